@@ -1,0 +1,38 @@
+# One interface target carries the language level, the warnings and the sanitizers for every target of the project.
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+    set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_library(quobrix_options INTERFACE)
+if(MSVC)
+    target_compile_options(quobrix_options INTERFACE /W4 /WX /utf-8 /permissive-)
+else()
+    target_compile_options(quobrix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+        -Werror $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+    # GCC 12 reports std::string copies as overlapping by mistake.
+    target_compile_options(quobrix_options INTERFACE
+        $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wno-restrict>)
+endif()
+if(QUOBRIX_SANITIZE)
+    target_compile_options(quobrix_options INTERFACE -fsanitize=${QUOBRIX_SANITIZE} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    target_link_options(quobrix_options INTERFACE -fsanitize=${QUOBRIX_SANITIZE})
+endif()
+if(QUOBRIX_FUZZ)
+    target_compile_options(quobrix_options INTERFACE -fsanitize=fuzzer-no-link,address,undefined
+        -fno-sanitize-recover=all)
+    target_link_options(quobrix_options INTERFACE -fsanitize=address,undefined)
+endif()

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "base/bytes.h"
+#include "base/result.h"
+#include "platform/file.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quobrix {
+
+/// A transacted MS-CFB version 3 file (512-byte sectors, one root storage, streams only).
+///
+/// Writes are pending until commit(): changed streams, directory and allocation tables go to free sectors, a flush,
+/// the header sector that makes them current, another flush. A crash at any byte leaves the last committed state.
+/// Reads see pending writes. All calls may come from any thread (one internal lock).
+class CompoundFile {
+public:
+    /// Reads header, allocation tables and directory, nothing else. NotADocument: no compound file; Corrupt: damaged
+    /// beyond use; Unsupported: 4096-byte sectors.
+    static Result<std::unique_ptr<CompoundFile>> open(std::unique_ptr<File> file);
+    /// An empty compound file over an empty file. Nothing is valid on disk before the first commit().
+    static Result<std::unique_ptr<CompoundFile>> create(std::unique_ptr<File> file);
+
+    virtual ~CompoundFile() = default;
+
+    virtual bool contains(std::string_view name) const = 0;
+    /// The names of all streams of the root storage, in directory order. Streams within inner storages (foreign
+    /// files) are left alone and not listed.
+    virtual std::vector<std::string> names() const = 0;
+    /// The whole stream. NotFound, or Corrupt when its chain is broken.
+    virtual Result<Bytes> read(std::string_view name) const = 0;
+    /// Creates or replaces a stream (name: 1 to 31 characters, ASCII). Pending until commit.
+    virtual void write(std::string_view name, Bytes content) = 0;
+    /// Removes a stream; no effect if there is none. Pending until commit.
+    virtual void remove(std::string_view name) = 0;
+    /// Moves pending contents from memory to free sectors. What is current on disk does not change.
+    virtual Result<void> spill() = 0;
+    /// Makes everything pending durable and current, or fails and leaves the file's committed state (the pending
+    /// changes are then kept, so that commit can be tried again).
+    virtual Result<void> commit() = 0;
+
+    struct Space {
+        std::uint64_t fileBytes = 0; ///< size of the file
+        std::uint64_t freeBytes = 0; ///< of which unused sectors
+    };
+    virtual Space space() const = 0;
+};
+
+} // namespace quobrix
