@@ -1,0 +1,29 @@
+#pragma once
+
+#include "messages/message.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quobrix {
+
+enum class Answer { Yes, No };
+
+/// How a flow of the core reaches the person in front of it. The main frame implements it with dialogs, the command
+/// line with its options, tests with a script. Called on the thread that runs the flow, never with the device lock
+/// held.
+class Prompter {
+public:
+    virtual ~Prompter() = default;
+
+    /// A yes-or-no question.
+    virtual Answer ask(const Message& question) = 0;
+    /// A statement; returns when it has been taken note of.
+    virtual void tell(const Message& statement) = 0;
+    /// One of CHOICES, with PRESET marked; nothing when the person cancels. WHAT says what is chosen ("serial port").
+    virtual std::optional<std::size_t> choose(std::string_view what, const std::vector<std::string>& choices,
+                                              std::size_t preset) = 0;
+};
+
+} // namespace quobrix
