@@ -1,0 +1,189 @@
+#include "units/number_format.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+
+namespace quobrix {
+namespace {
+
+/// Appends whole characters to a buffer and stops when the next one does not fit.
+class Writer {
+public:
+    explicit Writer(std::span<char> buffer) : buffer_(buffer) {}
+
+    void append(std::string_view text) {
+        if (text.size() > buffer_.size() - size_)
+            buffer_ = buffer_.first(size_); // full from here on, or a later, shorter text would slip in behind the gap
+        else
+            size_ = static_cast<std::size_t>(std::ranges::copy(text, buffer_.data() + size_).out - buffer_.data());
+    }
+    std::string_view text() const { return {buffer_.data(), size_}; }
+
+private:
+    std::span<char> buffer_;
+    std::size_t size_ = 0;
+};
+
+/// Bit k is set where a separator stands before the last k digits of a number.
+std::uint64_t separatorPlaces(const DigitGrouping& grouping, std::size_t digits) {
+    std::uint64_t places = 0;
+    std::size_t place = 0;
+    for (std::size_t i = 0; i < grouping.sizes.size() && grouping.sizes[i] != 0;) {
+        place += grouping.sizes[i];
+        if (place >= digits)
+            break;
+        places |= std::uint64_t{1} << place;
+        const bool last = i + 1 == grouping.sizes.size() || grouping.sizes[i + 1] == 0;
+        if (!last)
+            ++i;
+        else if (!grouping.repeatsLast)
+            break;
+    }
+    return places;
+}
+
+std::size_t characters(std::string_view text) {
+    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+struct SignText {
+    std::string_view before, after;
+};
+
+SignText signText(NegativeOrder order) {
+    switch (order) {
+    case NegativeOrder::Parentheses:
+        return {"(", ")"};
+    case NegativeOrder::LeadingMinusBlank:
+        return {"- ", ""};
+    case NegativeOrder::TrailingMinus:
+        return {"", "-"};
+    case NegativeOrder::TrailingBlankMinus:
+        return {"", " -"};
+    case NegativeOrder::LeadingMinus:
+        break;
+    }
+    return {"-", ""};
+}
+
+/// The digits of a number without sign: at most 63 before the point.
+struct Digits {
+    std::string_view whole, fraction;
+};
+
+/// Writes DIGITS with sign and separators; false if that takes more than the characters allowed.
+bool compose(const NumberFormat& format, Digits digits, bool negative, Writer& writer) {
+    if (!format.leadingZero && digits.whole == "0" && !digits.fraction.empty())
+        digits.whole = {};
+    const std::uint64_t places = separatorPlaces(format.grouping, digits.whole.size());
+    const SignText sign = negative ? signText(format.negativeOrder) : SignText{};
+
+    std::size_t length = digits.whole.size() + sign.before.size() + sign.after.size() + digits.fraction.size();
+    length += static_cast<std::size_t>(std::popcount(places)) * characters(format.thousandsSeparator);
+    if (!digits.fraction.empty())
+        length += characters(format.decimalSeparator);
+    if (length > kMaxNumberCharacters)
+        return false;
+
+    writer.append(sign.before);
+    std::size_t from = 0;
+    for (std::uint64_t left = places; left != 0;) {
+        const auto place = static_cast<std::size_t>(std::bit_width(left) - 1);
+        writer.append(digits.whole.substr(from, digits.whole.size() - place - from));
+        writer.append(format.thousandsSeparator);
+        from = digits.whole.size() - place;
+        left &= ~(std::uint64_t{1} << place);
+    }
+    writer.append(digits.whole.substr(from));
+    if (!digits.fraction.empty()) {
+        writer.append(format.decimalSeparator);
+        writer.append(digits.fraction);
+    }
+    writer.append(sign.after);
+    return true;
+}
+
+bool allZero(std::string_view digits) { return digits.find_first_not_of("0.") == std::string_view::npos; }
+
+std::string_view withPowerOfTen(const NumberFormat& format, double magnitude, bool negative, int decimals,
+                                Writer writer) {
+    std::array<char, 32> text;
+    const auto end = std::to_chars(text.begin(), text.end(), magnitude, std::chars_format::scientific, decimals).ptr;
+    const std::string_view digits(text.data(), static_cast<std::size_t>(end - text.data()));
+    const SignText sign = negative ? signText(format.negativeOrder) : SignText{};
+    writer.append(sign.before);
+    writer.append(digits.substr(0, 1));
+    if (decimals > 0) {
+        writer.append(format.decimalSeparator);
+        writer.append(digits.substr(2, static_cast<std::size_t>(decimals)));
+    }
+    writer.append(digits.substr(digits.find('e')));
+    writer.append(sign.after);
+    return writer.text();
+}
+
+} // namespace
+
+DigitGrouping DigitGrouping::parse(std::string_view text) {
+    DigitGrouping grouping{{}, false};
+    std::size_t count = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(';'), text.size());
+        unsigned size = 0;
+        const auto [stop, error] = std::from_chars(text.data(), text.data() + end, size);
+        if (error != std::errc{} || stop != text.data() + end || size > 9)
+            return {{}, false};
+        text.remove_prefix(std::min(end + 1, text.size()));
+        if (size == 0) { // stands only at the end
+            grouping.repeatsLast = count > 0;
+            return text.empty() ? grouping : DigitGrouping{{}, false};
+        }
+        if (count == grouping.sizes.size())
+            return {{}, false};
+        grouping.sizes[count++] = static_cast<std::uint8_t>(size);
+    }
+    return grouping;
+}
+
+std::string_view formatNumber(const NumberFormat& format, double value, int decimals, std::span<char> buffer) {
+    decimals = std::clamp(decimals, 0, 9);
+    const double magnitude = std::fabs(value);
+    Writer writer(buffer);
+    if (std::isnan(value)) {
+        writer.append("NaN");
+        return writer.text();
+    }
+    if (std::isinf(value)) {
+        const SignText sign = value < 0 ? signText(format.negativeOrder) : SignText{};
+        for (const std::string_view part : {sign.before, std::string_view("∞"), sign.after})
+            writer.append(part);
+        return writer.text();
+    }
+    if (magnitude >= 1e31)
+        return withPowerOfTen(format, magnitude, value < 0, decimals, writer);
+
+    std::array<char, 48> text; // 31 digits, the point, 9 decimals
+    const auto end = std::to_chars(text.begin(), text.end(), magnitude, std::chars_format::fixed, decimals).ptr;
+    const std::string_view digits(text.data(), static_cast<std::size_t>(end - text.data()));
+    const std::size_t point = decimals > 0 ? digits.size() - static_cast<std::size_t>(decimals) - 1 : digits.size();
+    const Digits parts{digits.substr(0, point), decimals > 0 ? digits.substr(point + 1) : std::string_view{}};
+    const bool negative = value < 0 && !allZero(digits);
+    if (!compose(format, parts, negative, writer))
+        return withPowerOfTen(format, magnitude, negative, decimals, writer);
+    return writer.text();
+}
+
+std::string_view formatInteger(const NumberFormat& format, std::int64_t value, std::span<char> buffer) {
+    std::array<char, 24> text;
+    const auto end = std::to_chars(text.begin(), text.end(), value).ptr;
+    const std::size_t sign = value < 0 ? 1 : 0;
+    const std::string_view digits(text.data() + sign, static_cast<std::size_t>(end - text.data()) - sign);
+    Writer writer(buffer);
+    if (!compose(format, {digits, {}}, value < 0, writer))
+        return withPowerOfTen(format, std::fabs(static_cast<double>(value)), value < 0, 9, writer);
+    return writer.text();
+}
+
+} // namespace quobrix
