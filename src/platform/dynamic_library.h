@@ -1,0 +1,25 @@
+#pragma once
+
+#include "base/result.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace quobrix {
+
+/// A library loaded at run time; it stays loaded as long as this object lives.
+class DynamicLibrary {
+public:
+    /// NotFound when there is no such file, Unsupported when it cannot be loaded (another machine, a missing library).
+    static Result<DynamicLibrary> open(const std::filesystem::path& path);
+
+    /// The function or datum called NAME, or null.
+    void* symbol(const char* name) const;
+
+private:
+    explicit DynamicLibrary(void* handle);
+
+    std::shared_ptr<void> handle_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,25 @@
+#include "platform/dynamic_library.h"
+#include "platform/system_error.h"
+
+#include <dlfcn.h>
+
+namespace quobrix {
+
+DynamicLibrary::DynamicLibrary(void* handle) : handle_(handle, [](void* library) { ::dlclose(library); }) {}
+
+Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
+    std::error_code code;
+    if (!std::filesystem::exists(path, code))
+        return Error{ErrorKind::NotFound, pathText(path) + " does not exist"};
+    // Absolute, or a bare name would be sought in the system's folders instead.
+    void* handle = ::dlopen(std::filesystem::absolute(path, code).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (handle == nullptr) {
+        const char* reason = ::dlerror();
+        return Error{ErrorKind::Unsupported, reason != nullptr ? reason : pathText(path)};
+    }
+    return DynamicLibrary(handle);
+}
+
+void* DynamicLibrary::symbol(const char* name) const { return ::dlsym(handle_.get(), name); }
+
+} // namespace quobrix

@@ -1,0 +1,29 @@
+#include "platform/dynamic_library.h"
+#include "platform/system_error.h"
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+namespace quobrix {
+
+DynamicLibrary::DynamicLibrary(void* handle)
+    : handle_(handle, [](void* library) { FreeLibrary(static_cast<HMODULE>(library)); }) {}
+
+Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
+    std::error_code code;
+    if (!std::filesystem::exists(path, code))
+        return Error{ErrorKind::NotFound, pathText(path) + " does not exist"};
+    // The library's own folder is searched for what it needs; the current folder is not.
+    const HMODULE handle = LoadLibraryExW(std::filesystem::absolute(path, code).c_str(), nullptr,
+                                          LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    if (handle == nullptr)
+        return Error{ErrorKind::Unsupported, lastSystemError("load", path).detail};
+    return DynamicLibrary(handle);
+}
+
+void* DynamicLibrary::symbol(const char* name) const {
+    return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_.get()), name));
+}
+
+} // namespace quobrix

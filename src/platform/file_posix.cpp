@@ -1,0 +1,163 @@
+#include "platform/file.h"
+#include "platform/system_error.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace quobrix {
+
+namespace {
+
+ErrorKind kindOf(int code) {
+    switch (code) {
+    case ENOENT:
+    case ENOTDIR:
+        return ErrorKind::NotFound;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return ErrorKind::AccessDenied;
+    case EISDIR:
+        return ErrorKind::IsDirectory;
+    case ETXTBSY:
+    case EBUSY:
+    case EWOULDBLOCK:
+        return ErrorKind::InUse;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        return ErrorKind::DiskFull;
+    default:
+        return ErrorKind::Io;
+    }
+}
+
+class PosixFile final : public File {
+public:
+    explicit PosixFile(int descriptor) : descriptor_(descriptor) {}
+    ~PosixFile() override { ::close(descriptor_); }
+    PosixFile(const PosixFile&) = delete;
+    PosixFile& operator=(const PosixFile&) = delete;
+
+    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+        while (!out.empty()) {
+            const ssize_t count = ::pread(descriptor_, out.data(), out.size(), static_cast<off_t>(offset));
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0)
+                return lastSystemError("read");
+            if (count == 0)
+                return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(offset)};
+            offset += static_cast<std::uint64_t>(count);
+            out = out.subspan(static_cast<std::size_t>(count));
+        }
+        return {};
+    }
+
+    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override {
+        while (!bytes.empty()) {
+            const ssize_t count = ::pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0)
+                return lastSystemError("write");
+            offset += static_cast<std::uint64_t>(count);
+            bytes = bytes.subspan(static_cast<std::size_t>(count));
+        }
+        return {};
+    }
+
+    Result<std::uint64_t> size() override {
+        struct stat status {};
+        if (::fstat(descriptor_, &status) != 0)
+            return lastSystemError("examine");
+        return static_cast<std::uint64_t>(status.st_size);
+    }
+
+    Result<void> resize(std::uint64_t size) override {
+        if (::ftruncate(descriptor_, static_cast<off_t>(size)) != 0)
+            return lastSystemError("resize");
+        return {};
+    }
+
+    Result<void> flush() override {
+#if defined(__APPLE__)
+        const int failed = ::fcntl(descriptor_, F_FULLFSYNC); // fsync there stops at the drive's cache
+#else
+        const int failed = ::fdatasync(descriptor_); // covers the size, which reading the data back needs
+#endif
+        if (failed != 0)
+            return lastSystemError("flush");
+        return {};
+    }
+
+private:
+    int descriptor_;
+};
+
+/// Waits for nobody: InUse when another open file description holds the lock, in this process or another. A file
+/// system that knows no locks lets everyone in.
+Result<void> lock(int descriptor, const std::filesystem::path& path) {
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno == ENOLCK || errno == EOPNOTSUPP)
+        return {};
+    return lastSystemError("lock", path);
+}
+
+FileIdentity identityOf(const struct stat& status) {
+    return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+}
+
+} // namespace
+
+Error lastSystemError(std::string_view action, const std::filesystem::path& subject) {
+    const int code = errno;
+    std::string detail(action);
+    if (!subject.empty())
+        detail += " " + pathText(subject);
+    return {kindOf(code), detail + ": " + std::generic_category().message(code)};
+}
+
+Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMode mode) {
+    // Non-blocking, so that opening a pipe by mistake returns.
+    const int flags = O_CLOEXEC | O_NONBLOCK |
+                      (mode == FileMode::Read        ? O_RDONLY
+                       : mode == FileMode::ReadWrite ? O_RDWR
+                                                     : O_RDWR | O_CREAT | O_EXCL);
+    // A file may be renamed over PATH between opening and locking; the lock would then be on a file nobody sees.
+    constexpr int kAttempts = 10;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        const int descriptor = ::open(path.c_str(), flags, 0666);
+        if (descriptor < 0)
+            return lastSystemError("open", path);
+        auto file = std::make_unique<PosixFile>(descriptor);
+        struct stat opened {};
+        if (::fstat(descriptor, &opened) != 0)
+            return lastSystemError("examine", path);
+        if (S_ISDIR(opened.st_mode))
+            return Error{ErrorKind::IsDirectory, pathText(path) + " is a folder"};
+        if (!S_ISREG(opened.st_mode))
+            return Error{ErrorKind::NotADocument, pathText(path) + " is not a regular file"};
+        if (mode == FileMode::Read)
+            return std::unique_ptr<File>(std::move(file));
+        QUOBRIX_TRY(lock(descriptor, path));
+        struct stat named {};
+        if (::stat(path.c_str(), &named) == 0 && identityOf(named) == identityOf(opened))
+            return std::unique_ptr<File>(std::move(file));
+    }
+    return Error{ErrorKind::InUse, pathText(path) + " is being replaced by another program"};
+}
+
+Result<FileIdentity> fileIdentity(const std::filesystem::path& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return lastSystemError("examine", path);
+    return identityOf(status);
+}
+
+} // namespace quobrix

@@ -1,0 +1,54 @@
+#include "platform/file_system.h"
+#include "platform/system_error.h"
+
+#include <cstddef>
+#include <cstring>
+#include <vector>
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+namespace quobrix {
+
+namespace {
+
+/// Renames over TO even when this process has TO open, which MoveFileExW cannot; false where that is not known.
+bool renameOverOpenFile(const std::filesystem::path& from, const std::filesystem::path& to) {
+    const HANDLE handle =
+        CreateFileW(from.c_str(), DELETE | SYNCHRONIZE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return false;
+    const std::wstring target = std::filesystem::absolute(to).native();
+    std::vector<std::byte> buffer(sizeof(FILE_RENAME_INFO) + target.size() * sizeof(wchar_t));
+    auto* information = reinterpret_cast<FILE_RENAME_INFO*>(buffer.data());
+    information->Flags = FILE_RENAME_FLAG_REPLACE_IF_EXISTS | FILE_RENAME_FLAG_POSIX_SEMANTICS;
+    information->FileNameLength = static_cast<DWORD>(target.size() * sizeof(wchar_t));
+    std::memcpy(information->FileName, target.data(), target.size() * sizeof(wchar_t));
+    const bool renamed =
+        SetFileInformationByHandle(handle, FileRenameInfoEx, information, static_cast<DWORD>(buffer.size()));
+    CloseHandle(handle);
+    return renamed;
+}
+
+} // namespace
+
+Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path& target) {
+    // The new file inherits its access list from the folder; only the read-only mark would stand in the way.
+    const DWORD attributes = GetFileAttributesW(target.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
+        !SetFileAttributesW(target.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
+        return lastSystemError("clear the read-only mark of", target);
+    return {};
+}
+
+Result<void> renameDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (renameOverOpenFile(from, to))
+        return {};
+    if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+        return lastSystemError("replace", to);
+    return {};
+}
+
+} // namespace quobrix

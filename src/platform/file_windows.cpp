@@ -1,0 +1,151 @@
+#include "platform/file.h"
+#include "platform/system_error.h"
+
+#include <algorithm>
+#include <system_error>
+
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+namespace quobrix {
+
+namespace {
+
+ErrorKind kindOf(DWORD code) {
+    switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_NETPATH:
+        return ErrorKind::NotFound;
+    case ERROR_ACCESS_DENIED:
+    case ERROR_WRITE_PROTECT:
+    case ERROR_PRIVILEGE_NOT_HELD:
+        return ErrorKind::AccessDenied;
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+        return ErrorKind::InUse;
+    case ERROR_DISK_FULL:
+    case ERROR_HANDLE_DISK_FULL:
+    case ERROR_DISK_QUOTA_EXCEEDED:
+        return ErrorKind::DiskFull;
+    default:
+        return ErrorKind::Io;
+    }
+}
+
+OVERLAPPED at(std::uint64_t offset) {
+    OVERLAPPED position{};
+    position.Offset = static_cast<DWORD>(offset);
+    position.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    return position;
+}
+
+constexpr std::size_t kLargestTransfer = 1u << 30; // a DWORD counts the bytes of one call
+
+class WindowsFile final : public File {
+public:
+    explicit WindowsFile(HANDLE handle) : handle_(handle) {}
+    ~WindowsFile() override { CloseHandle(handle_); }
+    WindowsFile(const WindowsFile&) = delete;
+    WindowsFile& operator=(const WindowsFile&) = delete;
+
+    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+        while (!out.empty()) {
+            OVERLAPPED position = at(offset);
+            DWORD count = 0;
+            const auto wanted = static_cast<DWORD>(std::min(out.size(), kLargestTransfer));
+            if (!ReadFile(handle_, out.data(), wanted, &count, &position) && GetLastError() != ERROR_HANDLE_EOF)
+                return lastSystemError("read");
+            if (count == 0)
+                return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(offset)};
+            offset += count;
+            out = out.subspan(count);
+        }
+        return {};
+    }
+
+    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override {
+        while (!bytes.empty()) {
+            OVERLAPPED position = at(offset);
+            DWORD count = 0;
+            const auto wanted = static_cast<DWORD>(std::min(bytes.size(), kLargestTransfer));
+            if (!WriteFile(handle_, bytes.data(), wanted, &count, &position))
+                return lastSystemError("write");
+            offset += count;
+            bytes = bytes.subspan(count);
+        }
+        return {};
+    }
+
+    Result<std::uint64_t> size() override {
+        LARGE_INTEGER size{};
+        if (!GetFileSizeEx(handle_, &size))
+            return lastSystemError("examine");
+        return static_cast<std::uint64_t>(size.QuadPart);
+    }
+
+    Result<void> resize(std::uint64_t size) override {
+        FILE_END_OF_FILE_INFO end{};
+        end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+        if (!SetFileInformationByHandle(handle_, FileEndOfFileInfo, &end, sizeof end))
+            return lastSystemError("resize");
+        return {};
+    }
+
+    Result<void> flush() override {
+        if (!FlushFileBuffers(handle_))
+            return lastSystemError("flush");
+        return {};
+    }
+
+private:
+    HANDLE handle_;
+};
+
+} // namespace
+
+Error lastSystemError(std::string_view action, const std::filesystem::path& subject) {
+    const DWORD code = GetLastError();
+    std::string detail(action);
+    if (!subject.empty())
+        detail += " " + pathText(subject);
+    return {kindOf(code), detail + ": " + std::system_category().message(static_cast<int>(code))};
+}
+
+Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMode mode) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
+        return Error{ErrorKind::IsDirectory, pathText(path) + " is a folder"};
+    // A writer shares reading only: that is the lock against a second one. Sharing deletion lets an open file be
+    // renamed, which a replacement file needs.
+    const bool writes = mode != FileMode::Read;
+    const HANDLE handle =
+        CreateFileW(path.c_str(), writes ? GENERIC_READ | GENERIC_WRITE | DELETE : GENERIC_READ,
+                    FILE_SHARE_READ | FILE_SHARE_DELETE | (writes ? 0u : FILE_SHARE_WRITE), nullptr,
+                    mode == FileMode::Create ? CREATE_NEW : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return lastSystemError("open", path);
+    auto file = std::make_unique<WindowsFile>(handle);
+    if (GetFileType(handle) != FILE_TYPE_DISK)
+        return Error{ErrorKind::NotADocument, pathText(path) + " is not a regular file"};
+    return std::unique_ptr<File>(std::move(file));
+}
+
+Result<FileIdentity> fileIdentity(const std::filesystem::path& path) {
+    const HANDLE handle = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (handle == INVALID_HANDLE_VALUE)
+        return lastSystemError("examine", path);
+    BY_HANDLE_FILE_INFORMATION information{};
+    const bool known = GetFileInformationByHandle(handle, &information);
+    const Error error = known ? Error{} : lastSystemError("examine", path);
+    CloseHandle(handle);
+    if (!known)
+        return error;
+    return FileIdentity{information.dwVolumeSerialNumber,
+                        (static_cast<std::uint64_t>(information.nFileIndexHigh) << 32) | information.nFileIndexLow};
+}
+
+} // namespace quobrix

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <filesystem>
+
+namespace quobrix {
+
+/// The running program's file, links followed; empty if the system does not say.
+std::filesystem::path executablePath();
+
+/// The folder of the program EXECUTABLE, ending in a separator, in which its data files are sought. A program that is
+/// run from a build's Release folder finds them beside that folder: the first "Release" folder of the path is left
+/// out, so C:\Work\Release\Sub\x.exe yields C:\Work\Sub\.
+std::filesystem::path programFolder(const std::filesystem::path& executable);
+
+/// Where this user's data and settings of the program lie; may not exist yet. Empty if the user has no home.
+std::filesystem::path userDataFolder();
+std::filesystem::path userConfigFolder();
+
+} // namespace quobrix
