@@ -28,7 +28,8 @@ struct Error {
 };
 
 /// Holds a T or an Error; the caller cannot ignore it.
-template <class T> class [[nodiscard]] Result {
+template <class T>
+class [[nodiscard]] Result {
 public:
     using Value = T;
     Result(T value) : state_(std::in_place_index<0>, std::move(value)) {}
@@ -48,7 +49,8 @@ private:
     std::variant<T, Error> state_;
 };
 
-template <> class [[nodiscard]] Result<void> {
+template <>
+class [[nodiscard]] Result<void> {
 public:
     Result() = default;
     Result(Error error) : failed_(true), error_(std::move(error)) {}

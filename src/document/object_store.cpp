@@ -1,0 +1,364 @@
+#include "document/object_store.h"
+
+#include "document/compound_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cassert>
+#include <charconv>
+
+namespace quobrix {
+namespace {
+
+constexpr std::string_view kVersionStream = "Version";
+constexpr std::string_view kNextIdStream = "Next Available Id";
+constexpr std::string_view kFreeIdsStream = "Available Ids";
+constexpr std::string_view kObjectIdsStream = "Object Ids";
+constexpr std::string_view kSingletonIdsStream = "Singleton Ids";
+
+// What is pending moves to the file before the 2nd, the 3,002nd, … object written. The odd phase lets the first spill
+// come early, so that a disk that takes nothing is noticed at once.
+constexpr std::size_t kSpillInterval = 3000;
+constexpr std::size_t kSpillPhase = 1;
+
+std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
+
+/// The id that a stream is named by; nothing for other names ("Version", "007").
+ObjectId idOfStream(std::string_view name) {
+    ObjectId id = kNoObject;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), id);
+    return error == std::errc{} && end == name.data() + name.size() && streamName(id) == name ? id : kNoObject;
+}
+
+Bytes u32Stream(std::uint32_t value) {
+    ByteWriter out;
+    out.u32(value);
+    return out.take();
+}
+
+} // namespace
+
+void TypeRegistry::add(const PersistentType& type) {
+    [[maybe_unused]] const bool added = types_.emplace(type.id(), &type).second;
+    assert(added);
+}
+
+const PersistentType* TypeRegistry::find(std::uint32_t typeId) const {
+    const auto found = types_.find(typeId);
+    return found == types_.end() ? nullptr : found->second;
+}
+
+void PersistentObject::setModified() {
+    modified_ = true;
+    ++revision_;
+    if (store_)
+        store_->setModified();
+}
+
+ObjectStore::ObjectStore(const TypeRegistry& types) : types_(types) {}
+
+ObjectStore::~ObjectStore() = default;
+
+void ObjectStore::load(const CompoundFile& file) {
+    assert(slots_.empty());
+    file_ = &file;
+    version_ = 1;
+    indexModified_ = false;
+    if (!file.contains(kVersionStream)) {
+        const std::vector<std::string> names = file.names();
+        if (std::any_of(names.begin(), names.end(), [](auto& name) { return idOfStream(name) != kNoObject; }))
+            rebuildIndex("the stream \"Version\" is missing");
+        else
+            indexModified_ = true; // an empty document; its first save writes the index
+        return;
+    }
+    loadIndex();
+}
+
+void ObjectStore::loadIndex() {
+    std::string why;
+    const auto stream = [&](std::string_view name) {
+        Result<Bytes> bytes = file_->read(name);
+        if (bytes)
+            return std::move(*bytes);
+        why = fmt::format("the stream \"{}\" cannot be read ({})", name, bytes.error().detail);
+        return Bytes();
+    };
+    const auto finish = [&](const ByteReader& in, std::string_view name) {
+        if (why.empty() && !in.finished())
+            why = fmt::format("the stream \"{}\" is damaged", name);
+    };
+
+    const Bytes versionBytes = stream(kVersionStream);
+    ByteReader version(versionBytes);
+    version_ = version.u32();
+    finish(version, kVersionStream);
+
+    const Bytes nextBytes = stream(kNextIdStream);
+    ByteReader next(nextBytes);
+    nextId_ = next.u32();
+    finish(next, kNextIdStream);
+
+    const Bytes objectBytes = stream(kObjectIdsStream);
+    ByteReader objects(objectBytes);
+    const std::uint32_t objectCount = objects.count(4);
+    slots_.reserve(objectCount);
+    for (std::uint32_t i = 0; i < objectCount; ++i)
+        slots_.push_back({objects.u32(), nullptr});
+    finish(objects, kObjectIdsStream);
+    if (!std::is_sorted(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; }))
+        std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
+    if (std::adjacent_find(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id == b.id; }) != slots_.end())
+        why = "an object id is listed twice";
+    if (!slots_.empty() && slots_.back().id >= nextId_)
+        why = "an object id is beyond the next available one";
+
+    const Bytes singletonBytes = stream(kSingletonIdsStream);
+    ByteReader singletons(singletonBytes);
+    const std::uint32_t singletonCount = singletons.count(8);
+    for (std::uint32_t i = 0; i < singletonCount; ++i) {
+        const std::uint32_t typeId = singletons.u32();
+        const ObjectId id = singletons.u32();
+        if (!slot(id) || !singletons_.emplace(typeId, id).second)
+            why = "a singleton is not among the objects";
+    }
+    finish(singletons, kSingletonIdsStream);
+
+    const Bytes freeBytes = stream(kFreeIdsStream);
+    ByteReader free(freeBytes);
+    const std::uint32_t freeCount = free.count(4);
+    std::set<ObjectId> seen;
+    for (std::uint32_t i = 0; i < freeCount; ++i) {
+        const ObjectId id = free.u32();
+        // An id that names an object, or is named twice, must not be given out: it would name two objects.
+        if (slot(id) || id >= nextId_ || !seen.insert(id).second)
+            why = "a free id is in use";
+        else
+            freeIds_.push_back(id);
+    }
+    finish(free, kFreeIdsStream);
+
+    if (!why.empty())
+        rebuildIndex(why);
+}
+
+void ObjectStore::rebuildIndex(const std::string& why) {
+    // The streams' names are the second witness of which objects there are; their first bytes say of which class.
+    slots_.clear();
+    freeIds_.clear();
+    singletons_.clear();
+    nextId_ = 0;
+    for (const std::string& name : file_->names())
+        if (const ObjectId id = idOfStream(name); id != kNoObject)
+            slots_.push_back({id, nullptr});
+    std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
+    for (const Slot& entry : slots_) {
+        nextId_ = std::max(nextId_, entry.id + 1);
+        if (const Result<Bytes> content = file_->read(streamName(entry.id)); content && content->size() >= 4) {
+            const PersistentType* type = types_.find(ByteReader(*content).u32());
+            if (type && type->singleton)
+                singletons_.emplace(type->id(), entry.id);
+        }
+    }
+    indexDamaged_ = true;
+    damage_.push_back({kNoObject, 0, why});
+}
+
+ObjectStore::Slot* ObjectStore::slot(ObjectId id) {
+    return const_cast<Slot*>(static_cast<const ObjectStore*>(this)->slot(id));
+}
+
+const ObjectStore::Slot* ObjectStore::slot(ObjectId id) const {
+    const auto found = std::lower_bound(slots_.begin(), slots_.end(), id,
+                                        [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
+    return found != slots_.end() && found->id == id ? &*found : nullptr;
+}
+
+std::vector<ObjectId> ObjectStore::objectIds() const {
+    std::vector<ObjectId> ids;
+    ids.reserve(slots_.size());
+    for (const Slot& entry : slots_)
+        ids.push_back(entry.id);
+    return ids;
+}
+
+std::vector<PersistentObject*> ObjectStore::loadedObjects() const {
+    std::vector<PersistentObject*> objects;
+    for (const Slot& entry : slots_)
+        if (entry.object)
+            objects.push_back(entry.object.get());
+    return objects;
+}
+
+bool ObjectStore::unreadable(ObjectId id) const {
+    const Slot* entry = slot(id);
+    return entry && entry->unreadable;
+}
+
+void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, std::string what) {
+    Slot* entry = slot(id);
+    if (!entry || entry->unreadable)
+        return;
+    entry->unreadable = true;
+    entry->object.reset();
+    damage_.push_back({id, typeId, std::move(what)});
+}
+
+PersistentObject* ObjectStore::find(ObjectId id) {
+    Slot* entry = slot(id);
+    if (!entry || entry->unreadable)
+        return nullptr;
+    return entry->object ? entry->object.get() : loadInto(*entry);
+}
+
+PersistentObject* ObjectStore::loadInto(Slot& entry) {
+    const auto refuse = [&](std::uint32_t typeId, std::string what) {
+        noteDamage(entry.id, typeId, std::move(what));
+        return nullptr;
+    };
+    if (!file_)
+        return refuse(0, "there is no file to read it from");
+    const Result<Bytes> content = file_->read(streamName(entry.id));
+    if (!content)
+        return refuse(0, "the stream cannot be read: " + content.error().detail);
+    ByteReader in(*content);
+    const std::uint32_t typeId = in.u32();
+    const std::uint8_t schema = in.u8();
+    const PersistentType* type = in.complete() ? types_.find(typeId) : nullptr;
+    if (!type)
+        return refuse(typeId, in.complete() ? "the class is not known" : "the stream is too short");
+    if (schema == 0 || schema > type->schema)
+        return refuse(typeId, fmt::format("layout {} of {} is not known", schema, type->name));
+    std::unique_ptr<PersistentObject> object = type->create();
+    object->store_ = this;
+    object->id_ = entry.id;
+    if (!object->read(in, schema) || !in.finished())
+        return refuse(typeId, fmt::format("the content of {} is damaged", type->name));
+    if (version_ < kVersion)
+        object->modified_ = true;
+    entry.object = std::move(object);
+    return entry.object.get();
+}
+
+PersistentObject* ObjectStore::findTyped(ObjectId id, const PersistentType& type) {
+    PersistentObject* object = find(id);
+    if (object && object->type().id() != type.id()) {
+        // The reference is wrong, not the object: it stays readable under its own class.
+        damage_.push_back({id, type.id(), fmt::format("a {} is referred to as {}", object->type().name, type.name)});
+        return nullptr;
+    }
+    return object;
+}
+
+PersistentObject* ObjectStore::existingSingletonOf(const PersistentType& type) {
+    const auto known = singletons_.find(type.id());
+    return known == singletons_.end() ? nullptr : findTyped(known->second, type);
+}
+
+PersistentObject& ObjectStore::singletonOf(const PersistentType& type) {
+    if (PersistentObject* existing = existingSingletonOf(type))
+        return *existing;
+    if (singletons_.contains(type.id()) || indexDamaged_) {
+        std::unique_ptr<PersistentObject>& standIn = standIns_[type.id()];
+        if (!standIn)
+            standIn = type.create();
+        return *standIn;
+    }
+    return create(type);
+}
+
+PersistentObject& ObjectStore::create(const PersistentType& type) {
+    ObjectId id = nextId_;
+    if (freeIds_.empty()) {
+        ++nextId_;
+    } else {
+        id = freeIds_.front();
+        freeIds_.pop_front();
+    }
+    const auto place = std::lower_bound(slots_.begin(), slots_.end(), id,
+                                        [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
+    std::unique_ptr<PersistentObject> object = type.create();
+    object->store_ = this;
+    object->id_ = id;
+    object->modified_ = true;
+    PersistentObject& result = *object;
+    slots_.insert(place, {id, std::move(object)});
+    if (type.singleton)
+        singletons_[type.id()] = id;
+    indexModified_ = modified_ = true;
+    result.created();
+    return result;
+}
+
+void ObjectStore::destroy(ObjectId id) {
+    if (!find(id))
+        return;
+    // Out of the index first: what the object owns may, in a damaged file, lead back to it.
+    Slot* entry = slot(id);
+    const std::unique_ptr<PersistentObject> object = std::move(entry->object);
+    slots_.erase(slots_.begin() + (entry - slots_.data()));
+    std::erase_if(singletons_, [&](const auto& pair) { return pair.second == id; });
+    freeIds_.push_back(id);
+    deletedStreams_.insert(id);
+    indexModified_ = modified_ = true;
+    object->deleting();
+}
+
+Result<void> ObjectStore::save(CompoundFile& file) {
+    for (const ObjectId id : deletedStreams_)
+        file.remove(streamName(id));
+    const bool writeIndex = indexModified_ || version_ != kVersion || !file.contains(kObjectIdsStream);
+    if (writeIndex) {
+        file.write(kVersionStream, u32Stream(kVersion));
+        file.write(kNextIdStream, u32Stream(nextId_));
+        ByteWriter free;
+        free.u32(static_cast<std::uint32_t>(freeIds_.size()));
+        for (const ObjectId id : freeIds_) {
+            free.u32(id);
+            file.remove(streamName(id));
+        }
+        file.write(kFreeIdsStream, free.take());
+        ByteWriter ids;
+        ids.u32(static_cast<std::uint32_t>(slots_.size()));
+        for (const Slot& entry : slots_)
+            ids.u32(entry.id);
+        file.write(kObjectIdsStream, ids.take());
+    }
+    std::size_t written = 0;
+    for (const Slot& entry : slots_) {
+        if (!entry.object)
+            continue;
+        const std::string name = streamName(entry.id);
+        if (!entry.object->modified_ && file.contains(name))
+            continue;
+        if (written++ % kSpillInterval == kSpillPhase)
+            QUOBRIX_TRY(file.spill());
+        ByteWriter out;
+        out.u32(entry.object->type().id());
+        out.u8(entry.object->type().schema);
+        entry.object->write(out);
+        file.write(name, out.take());
+    }
+    if (writeIndex) {
+        ByteWriter singletons;
+        singletons.u32(static_cast<std::uint32_t>(singletons_.size()));
+        for (const auto& [typeId, id] : singletons_) {
+            singletons.u32(typeId);
+            singletons.u32(id);
+        }
+        file.write(kSingletonIdsStream, singletons.take());
+    }
+    return {};
+}
+
+void ObjectStore::saved() {
+    for (const Slot& entry : slots_)
+        if (entry.object)
+            entry.object->modified_ = false;
+    deletedStreams_.clear();
+    version_ = kVersion;
+    modified_ = indexModified_ = false;
+}
+
+} // namespace quobrix

@@ -1,0 +1,131 @@
+#pragma once
+
+#include "base/result.h"
+#include "document/persistent.h"
+
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace quobrix {
+
+class CompoundFile;
+
+/// What could not be read, for the one message to the user and for the checker.
+struct Damage {
+    ObjectId id = kNoObject;  ///< kNoObject: an index stream
+    std::uint32_t typeId = 0; ///< 0: not known
+    std::string what;
+};
+
+/// The objects of a document, loaded on first request and written when changed. User-interface thread only.
+///
+/// Streams: "Version", "Next Available Id", "Available Ids", "Object Ids", "Singleton Ids", and one per object, named
+/// by its id in decimal: u32 type id, u8 schema number, content. All little-endian.
+///
+/// What is missing, damaged or of an unknown type reads as nothing and is noted in damage(); its stream is never
+/// overwritten or removed.
+class ObjectStore {
+public:
+    static constexpr std::uint32_t kVersion = 3;
+
+    /// TYPES must outlive the store.
+    explicit ObjectStore(const TypeRegistry& types);
+    ~ObjectStore();
+
+    /// Reads the index streams of FILE into an empty store and loads objects from it from now on; FILE must outlive
+    /// the store or be replaced by attach(). A file without "Version" stream is an empty document. Damaged index
+    /// streams are rebuilt from the streams' names as far as possible and noted.
+    void load(const CompoundFile& file);
+    /// Loads from FILE from now on: the same streams in another file.
+    void attach(const CompoundFile& file) { file_ = &file; }
+
+    /// The object ID, loaded if need be; nothing if it cannot be read or the index does not know it.
+    PersistentObject* find(ObjectId id);
+    /// Likewise, and nothing (noted as damage) if it is of another class.
+    template <class T>
+    T* find(ObjectId id) {
+        return static_cast<T*>(findTyped(id, T::kType));
+    }
+    /// The one instance of a singleton class: loaded, or created when the document has none. If the document has one
+    /// that cannot be read, an empty stand-in that no save writes.
+    template <class T>
+    T& singleton() {
+        return static_cast<T&>(singletonOf(T::kType));
+    }
+    /// The one instance if the document has it and it can be read.
+    template <class T>
+    T* existingSingleton() {
+        return static_cast<T*>(existingSingletonOf(T::kType));
+    }
+    /// A new object with the first free id, else the next available one; modified.
+    template <class T>
+    T& create() {
+        return static_cast<T&>(create(T::kType));
+    }
+    PersistentObject& create(const PersistentType& type);
+    /// Deletes an object and frees its id. An object that could not be read stays.
+    void destroy(ObjectId id);
+
+    /// Writes everything changed into FILE, which stays uncommitted: the caller commits and calls saved(). Every
+    /// 3,000 objects what is pending moves from memory to the file's free sectors, first before the second one.
+    /// Streams that FILE has of unreadable objects are left alone.
+    Result<void> save(CompoundFile& file);
+    /// What save() wrote is durable: nothing is modified any more.
+    void saved();
+
+    /// Number of objects in the index, loaded or not.
+    std::size_t objectCount() const { return slots_.size(); }
+    std::vector<ObjectId> objectIds() const;
+    std::vector<PersistentObject*> loadedObjects() const;
+    std::uint32_t nextAvailableId() const { return nextId_; }
+    const std::deque<ObjectId>& freeIds() const { return freeIds_; }
+    const std::map<std::uint32_t, ObjectId>& singletonIds() const { return singletons_; }
+    std::uint32_t version() const { return version_; }
+    const TypeRegistry& types() const { return types_; }
+
+    /// Something would be written by save().
+    bool modified() const { return modified_; }
+    void setModified() { modified_ = true; }
+    /// Everything found unreadable so far, each once.
+    const std::vector<Damage>& damage() const { return damage_; }
+    /// An index stream was damaged: what the document holds is a reconstruction.
+    bool indexDamaged() const { return indexDamaged_; }
+    bool unreadable(ObjectId id) const;
+    /// Notes that ID (known to the index) holds content that contradicts the rest of the document.
+    void noteDamage(ObjectId id, std::uint32_t typeId, std::string what);
+
+private:
+    struct Slot {
+        ObjectId id;
+        std::unique_ptr<PersistentObject> object;
+        bool unreadable = false;
+    };
+
+    PersistentObject* findTyped(ObjectId id, const PersistentType& type);
+    PersistentObject& singletonOf(const PersistentType& type);
+    PersistentObject* existingSingletonOf(const PersistentType& type);
+    Slot* slot(ObjectId id);
+    const Slot* slot(ObjectId id) const;
+    PersistentObject* loadInto(Slot& slot);
+    void loadIndex();
+    void rebuildIndex(const std::string& why);
+
+    const TypeRegistry& types_;
+    const CompoundFile* file_ = nullptr;
+    std::vector<Slot> slots_; // ascending by id, so that the index is written in one order
+    std::deque<ObjectId> freeIds_;
+    std::map<std::uint32_t, ObjectId> singletons_;
+    std::map<std::uint32_t, std::unique_ptr<PersistentObject>> standIns_;
+    std::set<ObjectId> deletedStreams_;
+    std::vector<Damage> damage_;
+    std::uint32_t nextId_ = 0;
+    std::uint32_t version_ = kVersion;
+    bool modified_ = false;
+    bool indexModified_ = true;
+    bool indexDamaged_ = false;
+};
+
+} // namespace quobrix

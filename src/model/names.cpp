@@ -1,0 +1,146 @@
+#include "model/names.h"
+
+#include "model/accident_log.h"
+#include "model/security_log.h"
+#include "model/trip_log.h"
+#include "model/trouble_log.h"
+
+#include <fmt/format.h>
+
+namespace quobrix {
+namespace {
+
+/// The text of a key, whichever kind of column holds it; empty for none.
+std::string keyText(const Column& column, RowIndex row) {
+    const Value value = column.value(row);
+    if (const auto* text = std::get_if<std::string>(&value))
+        return *text;
+    if (const auto* number = std::get_if<std::int64_t>(&value))
+        return std::to_string(*number);
+    return {};
+}
+
+/// The column C of the log, if the document has that log.
+template <class LogTable, class C>
+void addUser(const Column& asking, std::vector<const Column*>& users) {
+    if (const LogTable* log = asking.store() ? asking.store()->existingSingleton<LogTable>() : nullptr)
+        users.push_back(&log->template column<C>());
+}
+
+} // namespace
+
+bool InUseColumn::inUse(RowIndex row) const {
+    const std::vector<const Column*> columns = users();
+    std::uint64_t state = columns.size();
+    for (const Column* column : columns)
+        state = state * 1000003u + column->revision();
+    if (state != state_) {
+        keys_.clear();
+        for (const Column* column : columns)
+            for (RowIndex i = 0; i < column->rowCount(); ++i)
+                keys_.insert(keyText(*column, i));
+        state_ = state;
+    }
+    return keys_.contains(static_cast<const NamesTable*>(table())->key(row));
+}
+
+std::vector<const Column*> VehicleInUseColumn::users() const {
+    std::vector<const Column*> result;
+    addUser<TTripLogTable, TTripLogVinColumn>(*this, result);
+    addUser<TTroubleLogTable, TTroubleLogVinColumn>(*this, result);
+    addUser<TSecurityLogTable, TSecurityLogVinColumn>(*this, result);
+    addUser<TAccidentLogTable, TAccidentLogTableVinColumn>(*this, result);
+    return result;
+}
+
+std::vector<const Column*> LoggerInUseColumn::users() const {
+    std::vector<const Column*> result;
+    addUser<TTripLogTable, TTripLogQuobrixSerialNumberColumn>(*this, result);
+    addUser<TTroubleLogTable, TTroubleLogQuobrixSerialNumberColumn>(*this, result);
+    addUser<TSecurityLogTable, TSecurityLogQuobrixSerialNumberColumn>(*this, result);
+    addUser<TAccidentLogTable, TAccidentLogTableQuobrixSerialNumberColumn>(*this, result);
+    return result;
+}
+
+std::vector<const Column*> DriverInUseColumn::users() const {
+    std::vector<const Column*> result;
+    addUser<TTripLogTable, TTripLogDriverIDColumn>(*this, result);
+    return result;
+}
+
+std::string NamesTable::key(RowIndex row) const { return keyText(column(0), row); }
+
+const std::string& NamesTable::name(RowIndex row) const { return static_cast<const TextColumn&>(column(1)).at(row); }
+
+void NamesTable::refresh() const {
+    const std::uint64_t state = column(0).revision() * 1000003ull + rowCount();
+    if (state == state_)
+        return;
+    rows_.clear();
+    for (RowIndex row = 0; row < rowCount(); ++row)
+        rows_.emplace(key(row), row);
+    state_ = state;
+}
+
+RowIndex NamesTable::find(std::string_view key) const {
+    refresh();
+    const auto found = rows_.find(std::string(key));
+    return found == rows_.end() ? rowCount() : found->second;
+}
+
+std::string NamesTable::nameOf(std::string_view key) const {
+    const RowIndex row = find(key);
+    return row < rowCount() ? name(row) : std::string();
+}
+
+std::string NamesTable::displayName(std::string_view key) const {
+    std::string result = nameOf(key);
+    return result.empty() ? std::string(kUnknownName) : result;
+}
+
+const TableSpec& TVehicleNamesTable::spec() const {
+    static constexpr TableSpec spec{
+        kType, kTypesOf<TVehicleNamesVinColumn, TVehicleNamesNameColumn, TVehicleNamesVinInUseColumn>, {}};
+    return spec;
+}
+
+const TableSpec& TQuobrixNamesTable::spec() const {
+    static constexpr TableSpec spec{
+        kType,
+        kTypesOf<TQuobrixNamesSerialNumberColumn, TQuobrixNamesNameColumn, TQuobrixNamesSerialNumberInUseColumn>,
+        {}};
+    return spec;
+}
+
+const TableSpec& DriverNamesTable::spec() const {
+    static constexpr TableSpec spec{
+        kType, kTypesOf<DriverNamesIDColumn, DriverNamesNameColumn, DriverNamesIDInUseColumn>, {}};
+    return spec;
+}
+
+void TVehicleNamesTable::add(const std::string& vin) {
+    const RowIndex row = rowCount();
+    std::unordered_set<std::string> taken;
+    for (RowIndex i = 0; i < row; ++i)
+        taken.insert(name(i));
+    int number = 1;
+    while (taken.contains(fmt::format("Unknown #{}", number)))
+        ++number;
+    insertRows(row, 1);
+    column<TVehicleNamesVinColumn>().set(row, vin);
+    column<TVehicleNamesNameColumn>().set(row, fmt::format("Unknown #{}", number));
+}
+
+void TQuobrixNamesTable::add(const std::string& serialNumber) {
+    const RowIndex row = rowCount();
+    insertRows(row, 1);
+    column<TQuobrixNamesSerialNumberColumn>().set(row, serialNumber);
+}
+
+void DriverNamesTable::add(std::int32_t driver) {
+    const RowIndex row = rowCount();
+    insertRows(row, 1);
+    column<DriverNamesIDColumn>().set(row, driver);
+}
+
+} // namespace quobrix

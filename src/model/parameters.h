@@ -1,0 +1,78 @@
+#pragma once
+
+#include "tables/columns.h"
+#include "units/unit_catalogue.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quobrix {
+
+/// Sampled engine parameters, identifiers 1 to 24. Any other identifier has no name, converts to 0 and stores as 0.
+inline constexpr int kParameterCount = 24;
+
+/// "Engine Speed"; empty for 11 and for unknown identifiers.
+std::string_view parameterName(std::int32_t parameter);
+/// Bytes that a stored sample takes: 1 or 2.
+int parameterWidth(std::int32_t parameter);
+/// The metric value (km/h, rpm, %, °C, kPa, g/s, °, V) of a stored raw value.
+double metricFromRaw(std::int32_t parameter, std::uint16_t raw);
+/// The raw value of a metric one, rounded to nearest and clamped to the width's range. The conversions of storing are
+/// constants of their own (v × 2.55 + 0.5, …), not the inverse of the reading ones, so that files stay comparable.
+std::uint16_t rawFromMetric(std::int32_t parameter, double metric);
+/// The base value (m/s, Hz, K, Pa, kg/s, rad, V, percent) of a metric one.
+double baseFromMetric(std::int32_t parameter, double metric);
+
+/// One parameter series of a trip: raw samples at an interval of its own, and which of them have no value.
+/// Stream: i32 parameter, u8 flag, i32 interval (s), u32 count, the samples (1 or 2 bytes each), then one bit per
+/// sample, lowest first, set where there is a value. A series that records nothing has parameter 0 and no samples.
+class ParameterSeriesColumn : public Column {
+public:
+    ColumnKind kind() const override { return ColumnKind::Real; }
+
+    /// METRIC samples (kNoValue: none) at 0, 1, 2 … INTERVAL (s, above 0).
+    void setSeries(std::int32_t parameter, bool twoValues, std::int32_t interval, const std::vector<double>& metric);
+
+    std::int32_t parameter() const { return parameter_; }
+    /// Each sample carries two values, such as the status of fuel systems 1 and 2.
+    bool twoValues() const { return twoValues_; }
+    /// s between samples
+    std::int32_t interval() const { return interval_; }
+    std::size_t sampleCount() const { return raw_.size(); }
+    /// The sample's metric value, or kNoValue.
+    double metric(std::size_t sample) const;
+    /// The sample's base value, or kNoValue.
+    double base(std::size_t sample) const;
+    /// "Engine Speed", or with " 1 / 2" behind it.
+    std::string name() const;
+
+    /// As rows of the sample table: the sample taken at the row's elapsed time; nothing at rows between samples.
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext& context) const override;
+
+    void write(ByteWriter& out) const override;
+    bool read(ByteReader& in, std::uint8_t schema) override;
+
+private:
+    /// Index of the sample at ROW; sampleCount() if none was taken then.
+    std::size_t sampleAt(RowIndex row) const;
+
+    std::int32_t parameter_ = 0;
+    bool twoValues_ = false;
+    std::int32_t interval_ = 1;
+    std::vector<std::uint16_t> raw_;
+    std::vector<bool> present_;
+};
+
+/// A parameter identifier, shown by name.
+class ParameterColumn : public SelectionColumn {
+protected:
+    std::string selection(std::int32_t code) const override { return std::string(parameterName(code)); }
+};
+
+/// How a fuel system status byte stands in the tables of a trip.
+std::string_view fuelSystemStatusCode(std::uint8_t status);
+
+} // namespace quobrix

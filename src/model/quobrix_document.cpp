@@ -1,0 +1,123 @@
+#include "model/quobrix_document.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace quobrix {
+namespace {
+
+// A damaged object is assigned to a log by its class, or by the class of what refers to it.
+struct LogName {
+    std::string_view classPrefix, log;
+};
+constexpr LogName kLogNames[] = {
+    {"TTripLog", "Trip Log"},         {"TTroubleLog", "Vehicle Trouble Log"}, {"TSecurityLog", "Activity Log"},
+    {"TAccidentLog", "Accident Log"}, {"TVehicleNames", "Vehicle ID"},        {"TQuobrixNames", "Quobrix ID"},
+    {"DriverNames", "Driver ID"},
+};
+constexpr std::string_view kOtherLog = "Other tables";
+
+std::string_view logOfClass(std::string_view className) {
+    for (const LogName& entry : kLogNames)
+        if (className.starts_with(entry.classPrefix))
+            return entry.log;
+    return kOtherLog;
+}
+
+bool refersTo(const PersistentObject& object, ObjectId id) {
+    if (const auto* table = dynamic_cast<const Table*>(&object))
+        return table->refersTo(id);
+    if (const auto* column = dynamic_cast<const ObjectColumn*>(&object))
+        return std::find(column->values().begin(), column->values().end(), id) != column->values().end();
+    return false;
+}
+
+} // namespace
+
+const TypeRegistry& modelTypes() {
+    static const TypeRegistry registry = [] {
+        TypeRegistry types;
+#define TABLE(Name) types.add(Name::kType);
+        TABLE(TTripLogTable)
+        TABLE(TTripLogSampleTable)
+        TABLE(TTripLogSpeedBandsTable)
+        TABLE(TTripLogParametersTable)
+        TABLE(TTroubleLogTable)
+        TABLE(TSecurityLogTable)
+        TABLE(TAccidentLogTable)
+        TABLE(TAccidentLogSpeedBandsTable)
+        TABLE(TVehicleNamesTable)
+        TABLE(TQuobrixNamesTable)
+        TABLE(DriverNamesTable)
+        TABLE(TDownloadTable)
+        TABLE(TClearTable)
+        TABLE(TCurrentSpeedBandsTable)
+        TABLE(TCurrentParametersTable)
+        TABLE(TTripLogSampleElapsedTimeColumn)
+        TABLE(TAccidentLogSamplesColumn)
+        TABLE(TAccidentLogSampleElapsedTimeColumn)
+        TABLE(TAccidentLogSpeedBandFromColumn)
+        TABLE(TAccidentLogSpeedBandToColumn)
+#define COLUMN(Name, ...) types.add(Name::kType);
+#include "model/accident_log.def"
+#include "model/logger_tables.def"
+#include "model/names.def"
+#include "model/options.def"
+#include "model/security_log.def"
+#include "model/trip_log.def"
+#include "model/trip_parts.def"
+#include "model/trouble_log.def"
+#undef COLUMN
+#undef TABLE
+        return types;
+    }();
+    return registry;
+}
+
+TQuobrixDocument::TQuobrixDocument() : TDocument(modelTypes()) { newDocument(); }
+
+void TQuobrixDocument::bind() {
+    drivers_ = &store().singleton<DriverNamesTable>();
+    vehicles_ = &store().singleton<TVehicleNamesTable>();
+    loggers_ = &store().singleton<TQuobrixNamesTable>();
+    trips_ = &store().singleton<TTripLogTable>();
+    troubles_ = &store().singleton<TTroubleLogTable>();
+    activity_ = &store().singleton<TSecurityLogTable>();
+    dataChanged_ = false;
+    for (const Table* root :
+         std::initializer_list<const Table*>{drivers_, vehicles_, loggers_, trips_, troubles_, activity_})
+        if (!root->store()) // a stand-in
+            setReadOnly({ErrorKind::Corrupt, std::string(logOfClass(root->type().name)) + " cannot be read"});
+}
+
+std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : path().filename().string(); }
+
+bool TQuobrixDocument::isExample() const { return isExampleName(title()); }
+
+bool isExampleName(std::string_view fileName) {
+    std::string lower(fileName);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return lower == "example" || lower == "example.car";
+}
+
+std::vector<std::string> TQuobrixDocument::affectedLogs() {
+    std::vector<std::string> logs;
+    const std::vector<PersistentObject*> loaded = store().loadedObjects();
+    for (const Damage& damage : store().damage()) {
+        std::string_view log = kOtherLog;
+        if (const PersistentType* type = store().types().find(damage.typeId))
+            log = logOfClass(type->name);
+        else
+            for (const PersistentObject* object : loaded)
+                if (refersTo(*object, damage.id)) {
+                    log = logOfClass(object->type().name);
+                    break;
+                }
+        if (std::find(logs.begin(), logs.end(), log) == logs.end())
+            logs.emplace_back(log);
+    }
+    return logs;
+}
+
+} // namespace quobrix

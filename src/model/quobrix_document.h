@@ -1,0 +1,64 @@
+#pragma once
+
+#include "document/document.h"
+#include "model/accident_log.h"
+#include "model/logger_tables.h"
+#include "model/names.h"
+#include "model/security_log.h"
+#include "model/trip_log.h"
+#include "model/trouble_log.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quobrix {
+
+/// Every persistent class of the program.
+const TypeRegistry& modelTypes();
+
+/// The document of this program: the object store with its six root tables bound after every open and new.
+class TQuobrixDocument final : public TDocument {
+public:
+    TQuobrixDocument();
+
+    // The root tables. They change with every newDocument() and open(). A damaged one reads as empty, and the document
+    // is then read-only.
+    TTripLogTable& trips() const { return *trips_; }
+    TTroubleLogTable& troubles() const { return *troubles_; }
+    TSecurityLogTable& activity() const { return *activity_; }
+    TVehicleNamesTable& vehicles() const { return *vehicles_; }
+    TQuobrixNamesTable& loggers() const { return *loggers_; }
+    DriverNamesTable& drivers() const { return *drivers_; }
+    /// The accident log; none before the first stop was recorded.
+    TAccidentLogTable* accidents() { return store().existingSingleton<TAccidentLogTable>(); }
+
+    /// Rows were added or edited since the document was opened or begun.
+    bool dataChanged() const { return dataChanged_; }
+    void setDataChanged() { dataChanged_ = true; }
+
+    /// The file's name without its folder; "Quobrix Data" for an untitled document.
+    std::string title() const;
+    /// The document is the delivered example, by its title: never saved, never asked about.
+    bool isExample() const;
+
+    /// The logs and name tables that what could not be read so far belongs to ("Trip Log", …), each once.
+    std::vector<std::string> affectedLogs();
+
+protected:
+    void bind() override;
+
+private:
+    TTripLogTable* trips_ = nullptr;
+    TTroubleLogTable* troubles_ = nullptr;
+    TSecurityLogTable* activity_ = nullptr;
+    TVehicleNamesTable* vehicles_ = nullptr;
+    TQuobrixNamesTable* loggers_ = nullptr;
+    DriverNamesTable* drivers_ = nullptr;
+    bool dataChanged_ = false;
+};
+
+/// A file whose name is "Example" or "Example.car", in any case, is the example.
+bool isExampleName(std::string_view fileName);
+
+} // namespace quobrix

@@ -1,0 +1,109 @@
+#include "model/trip_log.h"
+
+#include "units/date_time.h"
+#include "units/unit_system.h"
+
+namespace quobrix {
+namespace {
+
+constexpr const PersistentType* kTripColumns[] = {
+#define COLUMN(Name, Base, Unit, Heading, Tooltip) &Name::kType,
+#include "model/trip_log.def"
+#undef COLUMN
+};
+static_assert(std::size(kTripColumns) == 40);
+
+template <class C>
+C& sibling(const Column& column) {
+    return column.table()->column<C>();
+}
+
+} // namespace
+
+const TableSpec& TTripLogTable::spec() const {
+    static constexpr TableSpec spec{kType, kTripColumns, {}};
+    return spec;
+}
+
+const TableSpec& TTripLogSampleTable::spec() const {
+    static constexpr TableSpec spec{
+        kType,
+        kTypesOf<TTripLogSampleRecordColumn, TTripLogSampleSpeedColumn, TTripLogParameter1Column,
+                 TTripLogParameter2Column, TTripLogParameter3Column, TTripLogParameter4Column>,
+        kTypesOf<TTripLogSampleElapsedTimeColumn>};
+    return spec;
+}
+
+ParameterSeriesColumn& TTripLogSampleTable::series(std::size_t series) const {
+    return static_cast<ParameterSeriesColumn&>(column(2 + series));
+}
+
+const TableSpec& TTripLogSpeedBandsTable::spec() const {
+    static constexpr TableSpec spec{kType, kTypesOf<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>, {}};
+    return spec;
+}
+
+const TableSpec& TTripLogParametersTable::spec() const {
+    static constexpr TableSpec spec{
+        kType, kTypesOf<TTripLogParameterColumn, TTripLogParameterSamplingIntervalColumn>, {}};
+    return spec;
+}
+
+Value SampleElapsedTimeColumn::value(RowIndex row) const {
+    return static_cast<std::int64_t>(row) * sibling<TTripLogSampleSpeedColumn>(*this).interval();
+}
+
+std::string SampleElapsedTimeColumn::text(RowIndex row, const TextContext&) const {
+    return durationText(std::get<std::int64_t>(value(row)));
+}
+
+Value TripVinColumn::value(RowIndex row) const { return sibling<TTripLogVinColumn>(*this).at(row); }
+
+std::string TripVinColumn::text(RowIndex row, const TextContext&) const {
+    return sibling<TTripLogVinColumn>(*this).at(row);
+}
+
+std::string TripEndTimeColumn::text(RowIndex row, const TextContext& context) const {
+    std::string result = DateTimeColumn::text(row, context);
+    if (sibling<TTripLogDisconnectedDuringTripColumn>(*this).at(row))
+        result += " (Disconnected During Trip)";
+    return result;
+}
+
+Value TripDurationColumn::value(RowIndex row) const {
+    const auto& start = sibling<TTripLogStartTimeColumn>(*this);
+    const auto& end = sibling<TTripLogEndTimeColumn>(*this);
+    if (!start.has(row) || !end.has(row))
+        return {};
+    return static_cast<std::int64_t>(end.at(row)) - start.at(row);
+}
+
+std::string TripDurationColumn::text(RowIndex row, const TextContext&) const {
+    const Value seconds = value(row);
+    return std::holds_alternative<std::int64_t>(seconds) ? durationText(std::get<std::int64_t>(seconds)) : "";
+}
+
+Value TripAverageSpeedColumn::value(RowIndex row) const {
+    const Value seconds = sibling<TTripLogDurationColumn>(*this).value(row);
+    const auto& distance = sibling<TTripLogDistanceColumn>(*this);
+    if (!distance.has(row) || !std::holds_alternative<std::int64_t>(seconds) || std::get<std::int64_t>(seconds) <= 0)
+        return {};
+    return distance.at(row) / static_cast<double>(std::get<std::int64_t>(seconds));
+}
+
+std::string TripAverageSpeedColumn::text(RowIndex row, const TextContext& context) const {
+    const Value speed = value(row);
+    return std::holds_alternative<double>(speed)
+               ? context.units.formatValueWithUnits(spec().unit, std::get<double>(speed))
+               : "";
+}
+
+#define COUNT(Name, Source)                                                                                            \
+    const Column& Name::source() const { return sibling<Source>(*this); }
+COUNT(TripHardBrakesColumn, TTripLogHardBrakesColumn)
+COUNT(TripPanicBrakesColumn, TTripLogPanicBrakesColumn)
+COUNT(TripHardAccelerationsColumn, TTripLogHardAccelerationsColumn)
+COUNT(TripPanicAccelerationsColumn, TTripLogPanicAccelerationsColumn)
+#undef COUNT
+
+} // namespace quobrix

@@ -1,0 +1,44 @@
+#include "model/trouble_log.h"
+
+#include <fmt/format.h>
+
+namespace quobrix {
+namespace {
+
+constexpr const PersistentType* kColumns[] = {
+#define COLUMN(Name, Base, Unit, Heading, Tooltip) &Name::kType,
+#include "model/trouble_log.def"
+#undef COLUMN
+};
+static_assert(std::size(kColumns) == 19);
+
+constexpr std::string_view kFuelSystemStatus[] = {
+    "Open loop; has not yet satisfied conditions to go to closed loop.",
+    "Closed loop; using oxygen sensor(s) as feedback for fuel control.",
+    "Open loop due to driving conditions (power enrichment, deceleration enleanment).",
+    "Open loop due to detected system fault.",
+    "Closed loop, but fault with at least one oxygen sensor; may be using single oxygen sensor for fuel control.",
+};
+
+} // namespace
+
+const TableSpec& TTroubleLogTable::spec() const {
+    static constexpr TableSpec spec{kType, kColumns, {}};
+    return spec;
+}
+
+std::string FuelSystemStatusColumn::selection(std::int32_t code) const {
+    if (code >= 0 && code < static_cast<std::int32_t>(std::size(kFuelSystemStatus)))
+        return std::string(kFuelSystemStatus[code]);
+    return fmt::format("{} fuel system status code. ({})", code >= 0 && code <= 7 ? "Unknown" : "Invalid", code);
+}
+
+Value TroubleCodeDescriptionColumn::value(RowIndex row) const {
+    return std::string(troubleCodeDescription(table()->column<TTroubleLogTroubleCodeColumn>().at(row)));
+}
+
+std::string TroubleCodeDescriptionColumn::text(RowIndex row, const TextContext&) const {
+    return std::get<std::string>(value(row));
+}
+
+} // namespace quobrix

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "model/log_columns.h"
+
+#include <string_view>
+
+namespace quobrix {
+
+/// The description of a trouble code by SAE J2012: out of the program's table, else by the code's category. Empty for
+/// an empty code, "Invalid DTC" for one that is not five characters long.
+std::string_view troubleCodeDescription(std::string_view code);
+
+/// Describes the trouble code of its row.
+class TroubleCodeDescriptionColumn : public DerivedColumn {
+public:
+    ColumnKind kind() const override { return ColumnKind::Text; }
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext& context) const override;
+};
+
+/// The status of a fuel system: the number of the bit set in the status byte of SAE J1979 PID 03.
+class FuelSystemStatusColumn : public SelectionColumn {
+protected:
+    std::string selection(std::int32_t code) const override;
+};
+
+#define COLUMN(Name, Base, Unit, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip)
+#include "model/trouble_log.def"
+#undef COLUMN
+
+/// All trouble codes of the document with their freeze frames, in order of time.
+class TTroubleLogTable final : public Table {
+    QUOBRIX_TABLE_CLASS(TTroubleLogTable, true)
+};
+
+} // namespace quobrix

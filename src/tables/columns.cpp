@@ -1,0 +1,77 @@
+#include "tables/columns.h"
+
+#include "tables/table.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+namespace quobrix {
+
+RowIndex Column::rowCount() const { return table_ ? table_->rowCount() : storedRows(); }
+
+std::string plainHeading(const ColumnSpec& spec) {
+    std::string result;
+    for (const char c : spec.heading) {
+        if (c == '\n' || c == ' ') {
+            if (!result.empty() && result.back() != ' ')
+                result += ' ';
+        } else if (c != '&') {
+            result += c;
+        }
+    }
+    while (!result.empty() && result.back() == ' ')
+        result.pop_back();
+    return result;
+}
+
+Value IntegerColumn::value(RowIndex row) const {
+    return has(row) ? Value(static_cast<std::int64_t>(at(row))) : Value();
+}
+
+std::string IntegerColumn::text(RowIndex row, const TextContext& context) const {
+    return has(row) ? context.units.formatInteger(at(row)) : "";
+}
+
+Value RealColumn::value(RowIndex row) const { return has(row) ? Value(at(row)) : Value(); }
+
+std::string RealColumn::text(RowIndex row, const TextContext& context) const {
+    return has(row) ? context.units.formatValueWithUnits(spec().unit, at(row)) : "";
+}
+
+Value TextColumn::value(RowIndex row) const { return at(row); }
+
+Value DateTimeColumn::value(RowIndex row) const {
+    return has(row) ? Value(static_cast<std::int64_t>(at(row))) : Value();
+}
+
+std::string DateTimeColumn::text(RowIndex row, const TextContext& context) const {
+    return has(row) ? dateTimeText(context.units, context.zone.toLocal(at(row))) : "";
+}
+
+Value SelectionColumn::value(RowIndex row) const {
+    return has(row) ? Value(static_cast<std::int64_t>(at(row))) : Value();
+}
+
+std::string ElapsedTimeColumn::text(RowIndex row, const TextContext&) const {
+    return has(row) ? durationText(at(row)) : "";
+}
+
+void ObjectColumn::removeRows(RowIndex at, std::size_t count) {
+    if (store())
+        for (RowIndex row = at; row < at + count; ++row)
+            if (has(row))
+                store()->destroy(this->at(row));
+    ArrayColumn::removeRows(at, count);
+}
+
+void ObjectColumn::deleting() {
+    for (const ObjectId id : values())
+        if (id != kNoObject)
+            store()->destroy(id);
+}
+
+std::string RowNumberColumn::text(RowIndex row, const TextContext& context) const {
+    return context.units.formatInteger(static_cast<std::int64_t>(row) + 1);
+}
+
+} // namespace quobrix

@@ -1,0 +1,216 @@
+#pragma once
+
+#include "tables/column.h"
+
+#include <limits>
+#include <vector>
+
+namespace quobrix {
+
+/// How an array's element lies in a stream, and which element means "no value".
+template <class T>
+struct Element;
+template <>
+struct Element<double> {
+    static constexpr std::size_t kSize = 8;
+    static constexpr double kNone = kNoValue;
+    static bool isNone(double v) { return !hasValue(v); }
+    static void write(ByteWriter& out, double v) { out.f64(v); }
+    static double read(ByteReader& in) { return in.f64(); }
+};
+template <>
+struct Element<std::int32_t> {
+    static constexpr std::size_t kSize = 4;
+    static constexpr std::int32_t kNone = std::numeric_limits<std::int32_t>::min();
+    static bool isNone(std::int32_t v) { return v == kNone; }
+    static void write(ByteWriter& out, std::int32_t v) { out.i32(v); }
+    static std::int32_t read(ByteReader& in) { return in.i32(); }
+};
+template <>
+struct Element<std::uint8_t> {
+    static constexpr std::size_t kSize = 1;
+    static constexpr std::uint8_t kNone = 0;
+    static bool isNone(std::uint8_t) { return false; }
+    static void write(ByteWriter& out, std::uint8_t v) { out.u8(v); }
+    static std::uint8_t read(ByteReader& in) { return in.u8(); }
+};
+template <>
+struct Element<ObjectId> {
+    static constexpr std::size_t kSize = 4;
+    static constexpr ObjectId kNone = kNoObject;
+    static bool isNone(ObjectId v) { return v == kNoObject; }
+    static void write(ByteWriter& out, ObjectId v) { out.u32(v); }
+    static ObjectId read(ByteReader& in) { return in.u32(); }
+};
+template <>
+struct Element<std::string> {
+    static constexpr std::size_t kSize = 4;
+    static inline const std::string kNone;
+    static bool isNone(const std::string& v) { return v.empty(); }
+    static void write(ByteWriter& out, const std::string& v) { out.text(v); }
+    static std::string read(ByteReader& in) { return in.text(); }
+};
+
+/// A column with an array of its own: u32 count, then the elements.
+template <class T>
+class ArrayColumn : public Column {
+public:
+    bool stored() const override { return true; }
+    std::size_t storedRows() const override { return values_.size(); }
+
+    /// The element of ROW; the "none" element for a row beyond the array (a column that could not be read).
+    const T& at(RowIndex row) const {
+        static const T none = Element<T>::kNone;
+        return row < values_.size() ? values_[row] : none;
+    }
+    bool has(RowIndex row) const { return row < values_.size() && !Element<T>::isNone(values_[row]); }
+    const std::vector<T>& values() const { return values_; }
+
+    void set(RowIndex row, T value) {
+        values_.at(row) = std::move(value);
+        setModified();
+    }
+    void setAll(std::vector<T> values) {
+        values_ = std::move(values);
+        setModified();
+    }
+
+    void insertRows(RowIndex at, std::size_t count) override {
+        values_.insert(values_.begin() + static_cast<std::ptrdiff_t>(at), count, T(Element<T>::kNone));
+        setModified();
+    }
+    void removeRows(RowIndex at, std::size_t count) override {
+        const auto first = values_.begin() + static_cast<std::ptrdiff_t>(at);
+        values_.erase(first, first + static_cast<std::ptrdiff_t>(count));
+        setModified();
+    }
+
+    void write(ByteWriter& out) const override {
+        out.u32(static_cast<std::uint32_t>(values_.size()));
+        for (const T& value : values_)
+            Element<T>::write(out, value);
+    }
+    bool read(ByteReader& in, std::uint8_t) override {
+        const std::uint32_t count = in.count(Element<T>::kSize);
+        values_.reserve(count);
+        for (std::uint32_t i = 0; i < count && in.complete(); ++i)
+            values_.push_back(Element<T>::read(in));
+        return in.complete();
+    }
+
+private:
+    std::vector<T> values_;
+};
+
+/// Yes or no.
+class BooleanColumn : public ArrayColumn<std::uint8_t> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Boolean; }
+    Value value(RowIndex row) const override { return at(row) != 0; }
+    std::string text(RowIndex row, const TextContext&) const override { return at(row) ? "Yes" : "No"; }
+};
+
+/// A whole number, shown with the digits grouped as the user's locale does it.
+class IntegerColumn : public ArrayColumn<std::int32_t> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Integer; }
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext& context) const override;
+};
+
+/// A real figure in the base unit of its unit type.
+class RealColumn : public ArrayColumn<double> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Real; }
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext& context) const override;
+};
+
+class TextColumn : public ArrayColumn<std::string> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Text; }
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext&) const override { return at(row); }
+};
+
+/// A moment, in seconds since 1970-01-01 00:00 UTC; shown in local time.
+class DateTimeColumn : public ArrayColumn<std::int32_t> {
+public:
+    ColumnKind kind() const override { return ColumnKind::DateTime; }
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext& context) const override;
+};
+
+/// A code out of a list of texts.
+class SelectionColumn : public ArrayColumn<std::int32_t> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Selection; }
+    Value value(RowIndex row) const override;
+    std::string text(RowIndex row, const TextContext&) const override { return has(row) ? selection(at(row)) : ""; }
+
+protected:
+    /// The text of a code.
+    virtual std::string selection(std::int32_t code) const = 0;
+};
+
+/// An elapsed time in whole seconds, shown as HH:MM:SS.
+class ElapsedTimeColumn : public IntegerColumn {
+public:
+    std::string text(RowIndex row, const TextContext&) const override;
+};
+
+/// Cells that hold objects (nested tables, lists). The column owns them: removing a row deletes its object.
+class ObjectColumn : public ArrayColumn<ObjectId> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Table; }
+    Value value(RowIndex) const override { return {}; }
+    std::string text(RowIndex, const TextContext&) const override { return {}; }
+    void removeRows(RowIndex at, std::size_t count) override;
+
+protected:
+    void deleting() override;
+};
+
+/// An object column whose cells are objects of class T.
+template <class T>
+class ObjectColumnOf : public ObjectColumn {
+public:
+    using Object = T;
+    /// The object of ROW, loaded on first request; nothing if there is none or it cannot be read.
+    T* object(RowIndex row) const;
+    /// The object of ROW, made if the cell has none. If it has one that cannot be read, a new one takes its place.
+    T& makeObject(RowIndex row);
+};
+
+/// A column that computes its cells from its siblings. TABLE kinds aside, the base of every column without an array.
+class DerivedColumn : public Column {};
+
+/// The number of a row: its ordinal in the table, from 1.
+class RowNumberColumn : public DerivedColumn {
+public:
+    ColumnKind kind() const override { return ColumnKind::Integer; }
+    Value value(RowIndex row) const override { return static_cast<std::int64_t>(row) + 1; }
+    std::string text(RowIndex row, const TextContext& context) const override;
+};
+
+} // namespace quobrix
+
+#include "document/object_store.h"
+
+namespace quobrix {
+
+template <class T>
+T* ObjectColumnOf<T>::object(RowIndex row) const {
+    return has(row) && store() ? store()->template find<T>(at(row)) : nullptr;
+}
+
+template <class T>
+T& ObjectColumnOf<T>::makeObject(RowIndex row) {
+    if (T* existing = object(row))
+        return *existing;
+    T& made = store()->template create<T>();
+    set(row, made.id());
+    return made;
+}
+
+} // namespace quobrix

@@ -1,0 +1,195 @@
+#include "tables/table.h"
+
+#include "document/object_store.h"
+
+#include <fmt/format.h>
+
+#include <cassert>
+
+namespace quobrix {
+
+RowIndex Table::rowCount() const {
+    if (!rowsVerified_)
+        verifyRows();
+    return rows_;
+}
+
+void Table::verifyRows() const {
+    rowsVerified_ = true; // load() below asks again
+    if (rows_ == 0)
+        return;
+    for (std::size_t i = 0; i < columnCount(); ++i)
+        if (const Column& candidate = load(i); candidate.stored() && candidate.storedRows() == rows_)
+            return;
+    if (store())
+        store()->noteDamage(id(), type().id(), "no column has as many rows as the table says");
+    rows_ = 0;
+}
+
+Column& Table::column(std::size_t index) const {
+    if (!rowsVerified_)
+        verifyRows();
+    return load(index);
+}
+
+Column& Table::load(std::size_t index) const {
+    if (entries_.size() < columnCount())
+        entries_.resize(columnCount());
+    Entry& entry = entries_[index];
+    if (entry.column)
+        return *entry.column;
+    const PersistentType& type = spec().column(index);
+    PersistentObject* object = store() && entry.id != kNoObject ? store()->find(entry.id) : nullptr;
+    if (object && object->type().id() != type.id()) {
+        store()->noteDamage(entry.id, type.id(), fmt::format("it is not the {} that its table names", type.name));
+        object = nullptr;
+    }
+    if (object) {
+        Column* column = static_cast<Column*>(object);
+        if (column->stored() && column->storedRows() != rows_) {
+            store()->noteDamage(entry.id, type.id(),
+                                fmt::format("{} has {} rows, its table {}", type.name, column->storedRows(), rows_));
+        } else {
+            entry.column = column;
+            column->table_ = const_cast<Table*>(this);
+            return *column;
+        }
+    }
+    entry.unreadable = entry.id != kNoObject;
+    standIn(index);
+    return *entry.column;
+}
+
+void Table::standIn(std::size_t index) const {
+    Entry& entry = entries_[index];
+    entry.standIn.reset(static_cast<Column*>(spec().column(index).create().release()));
+    entry.column = entry.standIn.get();
+    entry.column->table_ = const_cast<Table*>(this);
+}
+
+Column& Table::columnOf(const PersistentType& type) const {
+    for (std::size_t i = 0; i < columnCount(); ++i)
+        if (&spec().column(i) == &type)
+            return column(i);
+    assert(false && "the table has no such column");
+    std::abort();
+}
+
+std::size_t Table::indexOf(std::string_view key) const {
+    for (std::size_t i = 0; i < columnCount(); ++i)
+        if (column(i).spec().key == key)
+            return i;
+    return columnCount();
+}
+
+std::vector<std::size_t> Table::unreadableColumns() const {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < columnCount(); ++i) {
+        column(i);
+        if (entries_[i].unreadable)
+            result.push_back(i);
+    }
+    return result;
+}
+
+bool Table::refersTo(ObjectId wanted) const {
+    for (const Entry& entry : entries_)
+        if (entry.id == wanted)
+            return true;
+    return false;
+}
+
+void Table::makeWritable() {
+    const RowIndex rows = rowCount();
+    for (std::size_t i = 0; i < columnCount(); ++i) {
+        load(i);
+        Entry& entry = entries_[i];
+        if (!entry.standIn || i >= spec().columns.size())
+            continue;
+        if (store()) {
+            Column& fresh = static_cast<Column&>(store()->create(*spec().columns[i]));
+            fresh.table_ = this;
+            entry.id = fresh.id();
+            entry.column = &fresh;
+            entry.standIn.reset();
+        }
+        if (entry.column->stored() && entry.column->storedRows() < rows)
+            entry.column->insertRows(0, rows - entry.column->storedRows());
+    }
+}
+
+void Table::insertRows(RowIndex at, std::size_t count) {
+    makeWritable();
+    for (const Entry& entry : entries_)
+        entry.column->insertRows(at, count);
+    rows_ += count;
+    setModified();
+    rowsChanged();
+}
+
+void Table::removeRows(RowIndex at, std::size_t count) {
+    makeWritable();
+    for (const Entry& entry : entries_)
+        entry.column->removeRows(at, count);
+    rows_ -= count;
+    setModified();
+    rowsChanged();
+}
+
+void Table::created() {
+    entries_.clear();
+    entries_.resize(columnCount());
+    for (std::size_t i = 0; i < spec().columns.size(); ++i) {
+        Column& column = static_cast<Column&>(store()->create(*spec().columns[i]));
+        column.table_ = this;
+        entries_[i].id = column.id();
+        entries_[i].column = &column;
+    }
+}
+
+void Table::deleting() {
+    for (const Entry& entry : entries_)
+        if (entry.id != kNoObject)
+            store()->destroy(entry.id);
+}
+
+void Table::write(ByteWriter& out) const {
+    std::size_t known = 0;
+    for (const Entry& entry : entries_)
+        known += entry.id != kNoObject;
+    out.u32(static_cast<std::uint32_t>(rows_));
+    out.u32(static_cast<std::uint32_t>(known + foreign_.size()));
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        if (entries_[i].id != kNoObject) {
+            out.u32(spec().columns[i]->id());
+            out.u32(entries_[i].id);
+        }
+    for (const Foreign& foreign : foreign_) {
+        out.u32(foreign.typeId);
+        out.u32(foreign.id);
+    }
+}
+
+bool Table::read(ByteReader& in, std::uint8_t) {
+    rows_ = in.u32();
+    const std::uint32_t count = in.count(8);
+    entries_.clear();
+    entries_.resize(columnCount());
+    for (std::uint32_t n = 0; n < count; ++n) {
+        const std::uint32_t typeId = in.u32();
+        const ObjectId id = in.u32();
+        std::size_t i = 0;
+        while (i < spec().columns.size() && spec().columns[i]->id() != typeId)
+            ++i;
+        if (i == spec().columns.size())
+            foreign_.push_back({typeId, id});
+        else if (entries_[i].id == kNoObject)
+            entries_[i].id = id;
+        else
+            return false; // one column twice
+    }
+    rowsVerified_ = false;
+    return true;
+}
+
+} // namespace quobrix

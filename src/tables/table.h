@@ -1,0 +1,88 @@
+#pragma once
+
+#include "tables/column.h"
+
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace quobrix {
+
+/// The description of a table class: its columns in order.
+struct TableSpec {
+    PersistentType type;
+    std::span<const PersistentType* const> columns;  ///< objects of the document
+    std::span<const PersistentType* const> computed; ///< derived columns that the document does not know of
+
+    std::size_t columnCount() const { return columns.size() + computed.size(); }
+    const PersistentType& column(std::size_t index) const {
+        return index < columns.size() ? *columns[index] : *computed[index - columns.size()];
+    }
+};
+
+/// An ordered list of columns and a row count; a row is one record. The columns are objects of their own and are loaded
+/// when first asked for. Stream: u32 row count, u32 column count, then per column u32 type id, u32 object id.
+///
+/// A column that the file lacks or that cannot be read stands in empty. When rows are about to change, it is replaced
+/// by a new object: the old bytes stay in the file, under the id that nothing refers to any more.
+class Table : public PersistentObject {
+public:
+    virtual const TableSpec& spec() const = 0;
+    const PersistentType& type() const final { return spec().type; }
+
+    RowIndex rowCount() const;
+    std::size_t columnCount() const { return spec().columnCount(); }
+    /// The column at INDEX of the table's order.
+    Column& column(std::size_t index) const;
+    /// The column of class C, which the table must have.
+    template <class C>
+    C& column() const {
+        return static_cast<C&>(columnOf(C::kType));
+    }
+    /// The position of a column by key; columnCount() if there is none.
+    std::size_t indexOf(std::string_view key) const;
+    /// Columns that could not be read, by index. Loads all.
+    std::vector<std::size_t> unreadableColumns() const;
+    /// One of its columns is, or was, the object ID.
+    bool refersTo(ObjectId id) const;
+
+    /// Inserts COUNT rows without values before row AT.
+    void insertRows(RowIndex at, std::size_t count);
+    /// Removes rows, with the objects that their cells own.
+    void removeRows(RowIndex at, std::size_t count);
+
+    void write(ByteWriter& out) const override;
+    bool read(ByteReader& in, std::uint8_t schema) override;
+
+protected:
+    void created() override;
+    void deleting() override;
+    /// Called after rows or values were inserted or removed, for what a table keeps beside its columns.
+    virtual void rowsChanged() {}
+
+private:
+    struct Entry {
+        ObjectId id = kNoObject;
+        Column* column = nullptr;
+        std::unique_ptr<Column> standIn;
+        bool unreadable = false;
+    };
+    struct Foreign { // a column of the file that this class does not have: kept as it is
+        std::uint32_t typeId;
+        ObjectId id;
+    };
+
+    Column& columnOf(const PersistentType& type) const;
+    Column& load(std::size_t index) const;
+    void standIn(std::size_t index) const;
+    void verifyRows() const;
+    void makeWritable();
+
+    mutable std::vector<Entry> entries_;
+    std::vector<Foreign> foreign_;
+    mutable RowIndex rows_ = 0;
+    // The row count of a file is believed only when a column of that many rows is there.
+    mutable bool rowsVerified_ = true;
+};
+
+} // namespace quobrix
