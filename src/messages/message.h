@@ -16,8 +16,9 @@ enum class MessageId {
 
 /// Which answers a message offers.
 enum class MessageButtons {
-    Ok,    ///< a statement
-    YesNo, ///< a question; "no" is the safe answer unless the asking flow says otherwise
+    Ok,          ///< a statement
+    YesNo,       ///< a question; "no" is the safe answer unless the asking flow says otherwise
+    YesNoCancel, ///< a question that can also be left unanswered, which is the safe answer
 };
 
 /// A row of the string table. The key is the message's name in the help system and in scripts.
@@ -38,7 +39,9 @@ struct Message {
     std::string text;
 };
 
-template <class... Args> Message makeMessage(MessageId id, const Args&... args) {
+/// With arguments for the message's places, in order.
+template <class... Args>
+Message makeMessage(MessageId id, const Args&... args) {
     return {id, fmt::sprintf(messageSpec(id).text, args...)};
 }
 

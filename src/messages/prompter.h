@@ -2,8 +2,10 @@
 
 #include "messages/message.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quobrix {
@@ -19,6 +21,8 @@ public:
 
     /// A yes-or-no question.
     virtual Answer ask(const Message& question) = 0;
+    /// A question that can be left unanswered (MessageButtons::YesNoCancel): nothing when the person cancels.
+    virtual std::optional<Answer> askOrCancel(const Message& question) { return ask(question); }
     /// A statement; returns when it has been taken note of.
     virtual void tell(const Message& statement) = 0;
     /// One of CHOICES, with PRESET marked; nothing when the person cancels. WHAT says what is chosen ("serial port").

@@ -1,0 +1,41 @@
+#include "messages/file_messages.h"
+
+namespace quobrix {
+namespace {
+
+MessageId messageOf(ErrorKind kind) {
+    switch (kind) {
+    case ErrorKind::NotFound:
+        return MessageId::FileNotFound;
+    case ErrorKind::AccessDenied:
+        return MessageId::FileAccessDenied;
+    case ErrorKind::IsDirectory:
+        return MessageId::FileIsDirectory;
+    case ErrorKind::InUse:
+        return MessageId::FileInUse;
+    case ErrorKind::Changed:
+        return MessageId::FileChanged;
+    case ErrorKind::ReadOnly:
+        return MessageId::FileReadOnly;
+    case ErrorKind::NotADocument:
+        return MessageId::FileNotADocument;
+    case ErrorKind::Corrupt:
+        return MessageId::FileCorrupt;
+    case ErrorKind::DiskFull:
+        return MessageId::FileDiskFull;
+    case ErrorKind::Unsupported:
+        return MessageId::FileUnsupported;
+    case ErrorKind::Io:
+        break;
+    }
+    return MessageId::FileIo;
+}
+
+} // namespace
+
+Message fileMessage(const Error& error, FileAction action, std::string_view name) {
+    return makeMessage(messageOf(error.kind), std::string(name), action == FileAction::Open ? "opened" : "saved",
+                       error.detail);
+}
+
+} // namespace quobrix

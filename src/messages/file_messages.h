@@ -1,0 +1,14 @@
+#pragma once
+
+#include "base/result.h"
+#include "messages/message.h"
+
+namespace quobrix {
+
+/// What is being done to a file, as the messages word it.
+enum class FileAction { Open, Save };
+
+/// The message for ERROR, met by ACTION on the file called NAME (as the user knows it).
+Message fileMessage(const Error& error, FileAction action, std::string_view name);
+
+} // namespace quobrix
