@@ -21,9 +21,9 @@ extern "C" {
 /* Result codes that callers tell apart; any other value is an error that QuobrixResultDescription words. */
 enum {
     QUOBRIX_OK = 0,
-    QUOBRIX_NOT_REPORTED = 2,         /* a download result for which no message is shown */
-    QUOBRIX_TIMEOUT = -98,            /* no logger answered on the open port */
-    QUOBRIX_PORT_IN_USE = -197,       /* another application has the serial port */
+    QUOBRIX_NOT_REPORTED = 2,   /* a download result for which no message is shown */
+    QUOBRIX_TIMEOUT = -98,      /* no logger answered on the open port */
+    QUOBRIX_PORT_IN_USE = -197, /* another application has the serial port */
     QUOBRIX_PORT_DOES_NOT_EXIST = -198,
     QUOBRIX_NO_VIN_MODE_ANSWER = -297,
     QUOBRIX_PORT_NOT_OPENED = -298
@@ -34,17 +34,17 @@ enum {
 /* An integer figure without a value. */
 #define QUOBRIX_NO_CODE INT32_MIN
 
-#define QUOBRIX_SERIAL_SIZE 12      /* 8 characters and a NUL, room as the library wants it */
+#define QUOBRIX_SERIAL_SIZE 12 /* 8 characters and a NUL, room as the library wants it */
 #define QUOBRIX_PRODUCT_SIZE 64
-#define QUOBRIX_VIN_SIZE 20         /* 17 characters and a NUL; empty: the vehicle did not tell */
-#define QUOBRIX_SLOT_COUNT 5        /* sampled-parameter slots of a configuration */
-#define QUOBRIX_SERIES_COUNT 4      /* parameter series of a trip */
-#define QUOBRIX_BAND_COUNT 4        /* speed bands, the last one open-ended */
+#define QUOBRIX_VIN_SIZE 20    /* 17 characters and a NUL; empty: the vehicle did not tell */
+#define QUOBRIX_SLOT_COUNT 5   /* sampled-parameter slots of a configuration */
+#define QUOBRIX_SERIES_COUNT 4 /* parameter series of a trip */
+#define QUOBRIX_BAND_COUNT 4   /* speed bands, the last one open-ended */
 
 /* A record set is one malloc block: this head, then RECORD_COUNT records one behind the other, each beginning with a
  * QuobrixRecordHead that tells its length. The caller frees the block with free(). */
 typedef struct QuobrixRecordSet {
-    uint32_t size;        /* bytes of the whole block, this head included */
+    uint32_t size; /* bytes of the whole block, this head included */
     uint32_t recordCount;
 } QuobrixRecordSet;
 
@@ -80,19 +80,19 @@ typedef struct QuobrixTripRecord {
     QuobrixRecordHead head;
     char serialNumber[QUOBRIX_SERIAL_SIZE];
     char vin[QUOBRIX_VIN_SIZE];
-    int32_t driverId;         /* 0: no driver was identified */
-    int32_t startTime;        /* logger time, s since 1970-01-01 00:00 UTC */
-    int32_t endTime;          /* likewise */
-    uint32_t disconnected;    /* 1: the logger was pulled out during the trip */
-    double distance;          /* m */
-    double maximumSpeed;      /* km/h */
+    int32_t driverId;                                               /* 0: no driver was identified */
+    int32_t startTime;                                              /* logger time, s since 1970-01-01 00:00 UTC */
+    int32_t endTime;                                                /* likewise */
+    uint32_t disconnected;                                          /* 1: the logger was pulled out during the trip */
+    double distance;                                                /* m */
+    double maximumSpeed;                                            /* km/h */
     double hardBrakeThreshold, extremeBrakeThreshold;               /* m/s2 */
     double hardAccelerationThreshold, extremeAccelerationThreshold; /* m/s2 */
-    double bandLimit[QUOBRIX_BAND_COUNT - 1]; /* km/h: upper ends of the first three bands */
-    uint32_t idleSeconds;                     /* s at standstill */
-    uint32_t bandSeconds[QUOBRIX_BAND_COUNT]; /* s in each band */
-    uint32_t speedSamplingInterval;           /* s */
-    QuobrixArray speedSamples;                /* uint8_t: km/h, from the start */
+    double bandLimit[QUOBRIX_BAND_COUNT - 1];                       /* km/h: upper ends of the first three bands */
+    uint32_t idleSeconds;                                           /* s at standstill */
+    uint32_t bandSeconds[QUOBRIX_BAND_COUNT];                       /* s in each band */
+    uint32_t speedSamplingInterval;                                 /* s */
+    QuobrixArray speedSamples;                                      /* uint8_t: km/h, from the start */
     QuobrixArray hardBrakes, extremeBrakes, hardAccelerations, extremeAccelerations; /* uint32_t: s from the start */
     QuobrixParameterSeries series[QUOBRIX_SERIES_COUNT];
 } QuobrixTripRecord;
@@ -102,18 +102,18 @@ typedef struct QuobrixTroubleRecord {
     QuobrixRecordHead head;
     char serialNumber[QUOBRIX_SERIAL_SIZE];
     char vin[QUOBRIX_VIN_SIZE];
-    int32_t time;                 /* logger time */
-    char code[8];                 /* five characters, as in SAE J2012 */
-    int32_t fuelSystemStatus[2];  /* number of the bit set in the status byte of SAE J1979 PID 03 */
-    uint32_t reserved;            /* 0 */
-    double calculatedLoad;        /* % */
-    double coolantTemperature;    /* deg C */
-    double shortTermFuelTrim[2];  /* %, banks 1 and 2 */
-    double longTermFuelTrim[2];   /* %, banks 1 and 2 */
-    double fuelPressure;          /* kPa, relative to the atmosphere */
-    double intakeManifoldPressure;/* kPa, absolute */
-    double engineSpeed;           /* rpm */
-    double vehicleSpeed;          /* km/h */
+    int32_t time;                  /* logger time */
+    char code[8];                  /* five characters, as in SAE J2012 */
+    int32_t fuelSystemStatus[2];   /* number of the bit set in the status byte of SAE J1979 PID 03 */
+    uint32_t reserved;             /* 0 */
+    double calculatedLoad;         /* % */
+    double coolantTemperature;     /* deg C */
+    double shortTermFuelTrim[2];   /* %, banks 1 and 2 */
+    double longTermFuelTrim[2];    /* %, banks 1 and 2 */
+    double fuelPressure;           /* kPa, relative to the atmosphere */
+    double intakeManifoldPressure; /* kPa, absolute */
+    double engineSpeed;            /* rpm */
+    double vehicleSpeed;           /* km/h */
 } QuobrixTroubleRecord;
 
 typedef struct QuobrixActivityRecord {
@@ -128,9 +128,9 @@ typedef struct QuobrixStopRecord {
     QuobrixRecordHead head;
     char serialNumber[QUOBRIX_SERIAL_SIZE];
     char vin[QUOBRIX_VIN_SIZE];
-    int32_t startTime;     /* logger time at which the stop began (the first sample) */
-    int32_t timestamp;     /* logger time of the standstill (the last sample) */
-    double maximumSpeed;   /* km/h */
+    int32_t startTime;                        /* logger time at which the stop began (the first sample) */
+    int32_t timestamp;                        /* logger time of the standstill (the last sample) */
+    double maximumSpeed;                      /* km/h */
     double bandLimit[QUOBRIX_BAND_COUNT - 1]; /* km/h */
     uint32_t samplingInterval;                /* s */
     uint32_t reserved;                        /* 0 */
@@ -138,9 +138,9 @@ typedef struct QuobrixStopRecord {
 
 typedef struct QuobrixStopSamplesRecord {
     QuobrixRecordHead head;
-    uint32_t stop;         /* which record of the first set, from 0 */
-    uint32_t reserved;     /* 0 */
-    QuobrixArray speeds;   /* uint8_t: km/h; the last one is the standstill */
+    uint32_t stop;       /* which record of the first set, from 0 */
+    uint32_t reserved;   /* 0 */
+    QuobrixArray speeds; /* uint8_t: km/h; the last one is the standstill */
 } QuobrixStopSamplesRecord;
 
 /* Ports */
@@ -192,7 +192,8 @@ QUOBRIX_API int32_t QuobrixGetMemoryInformation(int32_t* capacity, int32_t* used
 /* Logs: buffers are opaque images of the logger's memory; the caller frees them with free(). The main buffer parses
  * into set 1, trips, and set 2, trouble codes and activity; an accident buffer into set 1, stops, and set 2, their
  * samples. */
-QUOBRIX_API int32_t QuobrixGetLogBuffer(int32_t mode, void** mainBuffer, void** accidentBuffer1, void** accidentBuffer2);
+QUOBRIX_API int32_t QuobrixGetLogBuffer(int32_t mode, void** mainBuffer, void** accidentBuffer1,
+                                        void** accidentBuffer2);
 QUOBRIX_API int32_t QuobrixGetLogBufferFromFile(void** buffer, const char* path); /* at most 260 characters */
 QUOBRIX_API int32_t QuobrixGetLogRecords(const void* mainBuffer, QuobrixRecordSet** first, QuobrixRecordSet** second);
 QUOBRIX_API int32_t QuobrixGetAccidentLogRecords(const void* accidentBuffer, QuobrixRecordSet** first,

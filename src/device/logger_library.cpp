@@ -1,0 +1,84 @@
+#include "device/logger_library.h"
+
+#include "platform/dynamic_library.h"
+
+#include <fmt/format.h>
+
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace quobrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+#if defined(_WIN32)
+constexpr const char* kFileName = "Quobrix.dll";
+#else
+constexpr const char* kFileName = "libQuobrix.so";
+#endif
+
+#define ENTRY(name) +1
+static_assert(0
+#include "device/logger_library.def"
+                  == 28,
+              "the library exports 28 functions");
+#undef ENTRY
+
+/// One function of each signature that comes to nothing.
+template <class Function>
+struct Absent;
+template <class... Arguments>
+struct Absent<std::int32_t (*)(Arguments...)> {
+    static std::int32_t call(Arguments...) { return kNoLibrary; }
+};
+template <class... Arguments>
+struct Absent<const char* (*)(Arguments...)> {
+    static const char* call(Arguments...) { return ""; }
+};
+
+} // namespace
+
+LoggerFunctions absentLoggerFunctions() {
+    LoggerFunctions functions;
+#define ENTRY(name) functions.name = Absent<decltype(functions.name)>::call;
+#include "device/logger_library.def"
+#undef ENTRY
+    return functions;
+}
+
+fs::path loggerLibraryPath(const fs::path& programFolder, const char* override) {
+    if (override == nullptr || *override == '\0')
+        return programFolder / kFileName;
+    std::error_code ignored;
+    const fs::path path = override;
+    return fs::is_directory(path, ignored) ? path / kFileName : path;
+}
+
+Result<LoggerLibrary> loadLoggerLibrary(const fs::path& path) {
+    auto module = DynamicLibrary::open(path);
+    if (!module && module.error().kind == ErrorKind::NotFound)
+        return Error{ErrorKind::NotFound, fmt::format("The logger library {} was not found.", path.string())};
+    if (!module)
+        return Error{module.error().kind, fmt::format("The logger library {} could not be loaded ({}).", path.string(),
+                                                      module.error().detail)};
+
+    LoggerLibrary library;
+    std::vector<const char*> missing;
+#define ENTRY(name)                                                                                                    \
+    library.functions.name = reinterpret_cast<decltype(library.functions.name)>(module->symbol("Quobrix" #name));      \
+    if (library.functions.name == nullptr)                                                                             \
+        missing.push_back("Quobrix" #name);
+#include "device/logger_library.def"
+#undef ENTRY
+    if (!missing.empty())
+        return Error{ErrorKind::Unsupported,
+                     fmt::format("The logger library {} lacks the function{} {}.", path.string(),
+                                 missing.size() == 1 ? "" : "s", fmt::join(missing, ", "))};
+    library.module = std::make_shared<DynamicLibrary>(std::move(*module));
+    return library;
+}
+
+} // namespace quobrix

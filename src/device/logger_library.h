@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/result.h"
+#include "device/quobrix.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <memory>
+
+namespace quobrix {
+
+/// What a library call came to: QUOBRIX_OK, another code of quobrix.h, or a value that the library words itself.
+using ResultCode = std::int32_t;
+
+/// What every call comes to while there is no library. Libraries count their codes from zero and never get here.
+inline constexpr ResultCode kNoLibrary = std::numeric_limits<ResultCode>::min();
+/// A log file's path that the library's buffer cannot take.
+inline constexpr ResultCode kPathTooLong = kNoLibrary + 1;
+
+/// The library's functions, all of them set. Tests fill one with a substitute's.
+struct LoggerFunctions {
+#define ENTRY(name) decltype(&::Quobrix##name) name = nullptr;
+#include "device/logger_library.def"
+#undef ENTRY
+};
+
+/// The functions, and what keeps them loaded.
+struct LoggerLibrary {
+    LoggerFunctions functions;
+    std::shared_ptr<void> module; ///< empty for a substitute that is linked in
+};
+
+/// Where the library is looked for: the file, or the folder with the library in it, that OVERRIDE names; without one
+/// the program's own folder.
+std::filesystem::path loggerLibraryPath(const std::filesystem::path& programFolder,
+                                        const char* override = std::getenv("QUOBRIX_LIBRARY"));
+
+/// Loads the library at PATH. The error's detail is one sentence for the user that names the file and, when it lacks
+/// functions, each of them: NotFound (no such file), Unsupported (it cannot be loaded, or lacks functions).
+Result<LoggerLibrary> loadLoggerLibrary(const std::filesystem::path& path);
+
+/// Functions that all come to kNoLibrary and hand nothing back: what stands in while there is no library.
+LoggerFunctions absentLoggerFunctions();
+
+} // namespace quobrix

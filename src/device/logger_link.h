@@ -1,0 +1,141 @@
+#pragma once
+
+#include "device/logger_library.h"
+#include "device/logger_status.h"
+#include "device/record_blocks.h"
+
+#include <atomic>
+#include <cstdint>
+#include <ctime>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace quobrix {
+
+/// What a call came to and what it handed back; the value means something only after success.
+template <class T>
+struct Reply {
+    ResultCode code = QUOBRIX_OK;
+    T value{};
+    bool ok() const { return code == QUOBRIX_OK; }
+};
+
+/// A finished call with all that a message about it needs, so that nobody has to ask the library again.
+struct LoggerOutcome {
+    ResultCode code = QUOBRIX_OK;
+    std::string port;        ///< the current port
+    std::string description; ///< the library's words for CODE; for kNoLibrary what is wrong with the library
+    bool ok() const { return code == QUOBRIX_OK; }
+};
+
+/// What the library's log buffers are asked for.
+enum class LogMode : std::int32_t { Ordinary = -1, Diagnostic = 1 };
+
+/// The computer's time, s since 1970-01-01 00:00 UTC.
+using WallClock = std::function<std::int64_t()>;
+inline std::int64_t wallClock() { return static_cast<std::int64_t>(std::time(nullptr)); }
+
+/// The library, the device lock and the state kept beside them, once per process. The functions are reached through
+/// LockedLogger only. Outlives everything that refers to it.
+class LoggerLink {
+public:
+    /// Without a library the link works all the same: every call comes to kNoLibrary.
+    explicit LoggerLink(Result<LoggerLibrary> library, WallClock clock = wallClock);
+    LoggerLink(const LoggerLink&) = delete;
+    LoggerLink& operator=(const LoggerLink&) = delete;
+
+    bool hasLibrary() const { return libraryProblem_.empty(); }
+    /// One sentence on what is wrong with the library; empty when it is there.
+    const std::string& libraryProblem() const { return libraryProblem_; }
+    /// A monitoring probe is under way, so the device lock may take a while. Any thread, without the lock.
+    bool probeBusy() const { return probeBusy_; }
+
+private:
+    friend class LockedLogger;
+    friend class MonitoringProbe;
+
+    LoggerLibrary library_;
+    std::string libraryProblem_;
+    WallClock clock_;
+    std::recursive_mutex deviceLock_; // guards the library and status_
+    LoggerStatus status_;
+    std::atomic<bool> probeBusy_ = false;
+};
+
+/// The logger while the device lock is held: making one enters the lock, and nothing else calls the library. Pass it on
+/// to operations built of others. Never ask the user anything, nor wait for another thread, while there is one.
+class LockedLogger {
+public:
+    explicit LockedLogger(LoggerLink& link) : link_(link), lock_(link.deviceLock_) {}
+    LockedLogger(const LockedLogger&) = delete;
+    LockedLogger& operator=(const LockedLogger&) = delete;
+
+    const LoggerStatus& status() const { return link_.status_; }
+    const std::string& libraryProblem() const { return link_.libraryProblem(); }
+    LoggerOutcome outcome(ResultCode code) const;
+    /// The library's words for CODE.
+    std::string describe(ResultCode code) const;
+    std::int64_t now() const { return link_.clock_(); }
+
+    /// Makes PORT the current port and opens it; any open port is closed first.
+    ResultCode openPort(const std::string& port);
+    void closePort();
+
+    /// Asks who is there and what time it has; the status tells. A failure other than a time-out closes the port: after
+    /// a time-out the logger may still be plugged in later.
+    ResultCode probe();
+    /// The number of the logger that the last probe found, into the status.
+    ResultCode convertLastSerialNumber();
+    Reply<std::int32_t> serialNumberToInt(const std::string& text) const;
+    /// Exactly 8 characters.
+    Reply<std::string> serialNumberToText(std::int32_t number) const;
+    /// Also tells the status what family the logger is of.
+    Reply<LoggerIdentity> identity();
+
+    /// Also keeps the option flag in the status.
+    Reply<LoggerConfiguration> configuration();
+    ResultCode setConfiguration(const LoggerConfiguration& configuration);
+
+    /// TIME: s since 1970-01-01 00:00 UTC. Clears the logger's memory.
+    ResultCode setTime(std::int32_t time);
+    ResultCode enableLed(bool enable);
+    Reply<bool> ledIsEnabled();
+    ResultCode enableVinMode(bool enable);
+    /// A logger that does not answer the question has it disabled: that is no failure.
+    Reply<bool> vinModeIsEnabled();
+    /// 0 disables the alarm.
+    ResultCode setBeepVolume(std::int32_t volume);
+    Reply<std::int32_t> beepVolume();
+    Reply<bool> beepIsEnabled();
+    ResultCode setCarType(std::int32_t carType);
+    Reply<std::int32_t> carType();
+    /// The logger says that there is trouble; false when it does not answer.
+    bool troubleIsPresent();
+
+    ResultCode clearLogs();
+    /// The library arms and disarms through its ClearTroubleCodes.
+    ResultCode arm(bool armed);
+    ResultCode clearAccidentLogs();
+    Reply<MemoryInformation> memoryInformation();
+
+    /// Reads the logger's logs. Afterwards its logs count as current, whatever came of it.
+    Reply<RecordBlocks> readLogs(LogMode mode);
+    /// Reads a log file that the library wrote. A PATH of more than 260 bytes, which the library cannot take, is
+    /// refused like a file that is none.
+    Reply<RecordBlocks> readLogFile(const std::string& path);
+
+private:
+    friend class MonitoringProbe;
+
+    const LoggerFunctions& library() const { return link_.library_.functions; }
+    LoggerStatus& state() { return link_.status_; }
+    void noteProbe(ResultCode code);
+    void noteLogsCurrent();
+
+    LoggerLink& link_;
+    std::unique_lock<std::recursive_mutex> lock_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "device/logger_library.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace quobrix {
+
+struct Version {
+    std::int32_t major = 0, minor = 0, build = 0;
+    bool operator==(const Version&) const = default;
+};
+
+struct LoggerIdentity {
+    std::string serialNumber;
+    std::string productNumber; ///< its substrings tell the family
+    Version firmware, boot;
+    std::int32_t hardwareVersion = 0;
+    bool operator==(const LoggerIdentity&) const = default;
+};
+
+/// What is set in the logger. Each dialog edits its own values and writes the others back as read.
+struct LoggerConfiguration {
+    std::array<double, QUOBRIX_BAND_COUNT - 1> bandLimits{};   ///< MPH
+    std::array<double, 2> brakeThresholds{};                   ///< m/s2: hard, extreme
+    std::array<double, 2> accelerationThresholds{};            ///< m/s2: hard, extreme
+    std::array<std::int32_t, QUOBRIX_SLOT_COUNT> parameters{}; ///< device parameter codes
+    std::array<std::int32_t, QUOBRIX_SLOT_COUNT> intervals{};  ///< sampling-interval codes
+    bool operator==(const LoggerConfiguration&) const = default;
+};
+
+struct MemoryInformation {
+    std::int32_t capacity = 0; ///< bytes
+    std::int32_t used = 0;     ///< bytes; above 300 the logger holds data
+};
+
+/// What is known of the port and the logger on it. Kept by the link under the device lock; copies of it are what the
+/// rest of the program reads.
+struct LoggerStatus {
+    std::string port; ///< the current one: open, or last opened; empty before the first
+    bool portOpen = false;
+    ResultCode openResult = QUOBRIX_PORT_NOT_OPENED; ///< why the port is not open, when it is not
+
+    ResultCode probe = QUOBRIX_PORT_NOT_OPENED; ///< the latest presence probe
+    std::string probeDescription;               ///< the library's words for it
+    std::string serialText;                     ///< 8 characters, of the last successful probe
+    std::int32_t serialNumber = 0;
+    std::int32_t loggerTime = 0; ///< s since 1970-01-01 00:00 UTC
+
+    LoggerIdentity identity;       ///< as last told
+    bool configFlag = false;       ///< the option flag that came with the last configuration
+    bool newerModel = false;       ///< the product number is none of the first family's
+    bool logsCurrent = false;      ///< nothing is on the logger that has not been downloaded, for all we know
+    std::int64_t logsReadTime = 0; ///< when its logs were last read or cleared, computer time, s
+
+    bool loggerPresent() const { return probe == QUOBRIX_OK; }
+    bool operator==(const LoggerStatus&) const = default;
+};
+
+} // namespace quobrix

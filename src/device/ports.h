@@ -1,0 +1,64 @@
+#pragma once
+
+#include "device/logger_calls.h"
+#include "messages/prompter.h"
+#include "settings/settings.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace quobrix {
+
+/// The ports that can be chosen, in the order in which they are listed and tried.
+inline constexpr std::array<const char*, 10> kPortNames = {"COM1", "COM2", "COM3", "COM4", "COM5",
+                                                           "COM6", "COM7", "COM8", "COM9", "COM10"};
+
+/// The port remembered in the settings; "COM1" when none is.
+std::string defaultPort(const Settings& settings);
+
+/// The name that the user gave a logger; empty when it has none.
+using LoggerNames = std::function<std::string(std::int32_t serialNumber)>;
+
+/// A logger as the user knows it: by its name, or by its serial text.
+std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names);
+
+/// The latest probe in words, for the status bar.
+std::string portStatusText(const LoggerStatus& status, const LoggerNames& names);
+
+/// Finds the logger and chooses its port. Each flow runs on the caller's thread, and asks only between two calls.
+class PortFlows {
+public:
+    PortFlows(LoggerCalls& calls, Prompter& prompter, Settings& settings, LoggerNames names);
+
+    /// Tries the default port, then the others in their order, and asks before another port becomes the default.
+    /// Returns whether a logger was found; if not, the default port stays open where it can be opened.
+    bool scan();
+    /// Scans, and offers to choose a port when nothing was found. A missing library is told instead of scanned with.
+    bool scanOrChoose();
+    /// Lets the user choose a port until one is accepted, which becomes the default, or the choice is cancelled.
+    /// Returns whether a port was accepted: a logger answers on it or the user wants it all the same.
+    bool choosePort();
+    /// Whether a logger answers. If none does and PROMPT is set, says so and offers to choose a port. Every command
+    /// that needs the logger begins with it.
+    bool ensureLogger(bool prompt);
+
+private:
+    /// How opening a port and looking for a logger there went.
+    struct Attempt {
+        LoggerOutcome open, probe; // the probe's is the open's where that failed
+        LoggerStatus status;
+    };
+
+    Attempt open(const std::string& port);
+    bool accept(const Attempt& attempt);
+    bool tellMissingLibrary();
+
+    LoggerCalls& calls_;
+    Prompter& prompter_;
+    Settings& settings_;
+    LoggerNames names_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,321 @@
+#include "device/records.h"
+
+#include "device/serial_number.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace quobrix {
+namespace {
+
+/// Reads one record. The records are C structures of this very process, so the fixed part is copied as it is; nothing
+/// in it is believed before it has been checked. The first complaint is kept, and all that follows is empty.
+class RecordReader {
+public:
+    explicit RecordReader(ByteView bytes) : bytes_(bytes) {}
+
+    template <class Record>
+    Record fixedPart() {
+        static_assert(std::is_trivially_copyable_v<Record>);
+        Record record{};
+        fixedSize_ = sizeof(Record);
+        require(bytes_.size() >= sizeof(Record), "it is shorter than its kind");
+        if (good())
+            std::memcpy(&record, bytes_.data(), sizeof(Record));
+        return record;
+    }
+
+    void require(bool condition, const char* complaint) {
+        if (!condition && good())
+            complaint_ = complaint;
+    }
+
+    template <std::size_t N>
+    std::string text(const char (&field)[N], const char* complaint) {
+        const char* end = std::find(field, field + N, '\0');
+        const bool printable = std::all_of(field, end, [](char c) { return c >= ' ' && c <= '~'; });
+        require(end != field + N && printable, complaint);
+        return good() ? std::string(field, end) : std::string();
+    }
+
+    template <class Record>
+    RecordOrigin origin(const Record& record) {
+        RecordOrigin origin;
+        origin.serialNumber = text(record.serialNumber, "its serial number is not a text");
+        require(isSerialNumber(origin.serialNumber), "its serial number is malformed");
+        origin.vin = text(record.vin, "its VIN is not a text");
+        return origin;
+    }
+
+    void finite(double value, const char* complaint) { require(std::isfinite(value), complaint); }
+    /// A figure that every record of the kind has.
+    void measured(double value, const char* complaint) { require(std::isfinite(value) && value >= 0, complaint); }
+
+    template <class Element>
+    std::vector<Element> array(const QuobrixArray& place) {
+        if (place.count == 0)
+            return {};
+        require(place.offset >= fixedSize_ && place.offset <= bytes_.size() && place.offset % sizeof(Element) == 0 &&
+                    place.count <= (bytes_.size() - place.offset) / sizeof(Element),
+                "an array lies outside of it");
+        if (!good())
+            return {};
+        std::vector<Element> elements(place.count);
+        std::memcpy(elements.data(), bytes_.data() + place.offset, place.count * sizeof(Element));
+        return elements;
+    }
+
+    /// COUNT samples an INTERVAL apart, the first at the start, fit into DURATION; all in s.
+    void fits(std::size_t count, std::int64_t interval, std::int64_t duration) {
+        if (count == 0)
+            return;
+        require(interval > 0, "its sampling interval is not positive");
+        require(static_cast<std::int64_t>(count - 1) <= duration / std::max<std::int64_t>(interval, 1),
+                "it has more samples than its duration holds");
+    }
+
+    bool good() const { return complaint_ == nullptr; }
+    const char* complaint() const { return complaint_; }
+
+private:
+    ByteView bytes_;
+    std::size_t fixedSize_ = 0;
+    const char* complaint_ = nullptr;
+};
+
+std::vector<std::uint32_t> readEvents(RecordReader& in, const QuobrixArray& place, std::int64_t duration) {
+    std::vector<std::uint32_t> events = in.array<std::uint32_t>(place);
+    in.require(std::is_sorted(events.begin(), events.end()), "its events are not in order of time");
+    in.require(events.empty() || events.back() <= duration, "an event lies after its end");
+    return events;
+}
+
+ParameterSeries readSeries(RecordReader& in, const QuobrixParameterSeries& raw, std::int64_t duration) {
+    if (raw.parameter == 0)
+        return {};
+    in.require(raw.parameter >= 1 && raw.parameter <= 24, "a parameter is unknown");
+    in.require(raw.twoValues <= 1, "a parameter series is malformed");
+    ParameterSeries series{raw.parameter, raw.samplingInterval, raw.twoValues == 1, in.array<double>(raw.samples)};
+    for (const double sample : series.samples)
+        in.finite(sample, "a parameter sample is not a number");
+    const std::size_t width = series.twoValues ? 2 : 1;
+    in.require(series.samples.size() % width == 0, "a parameter series is malformed");
+    in.fits(series.samples.size() / width, series.samplingInterval, duration);
+    return series;
+}
+
+template <std::size_t N, class Value>
+std::array<Value, N> copyOf(const Value (&values)[N]) {
+    std::array<Value, N> result;
+    std::copy(std::begin(values), std::end(values), result.begin());
+    return result;
+}
+
+std::int64_t durationOf(RecordReader& in, std::int32_t start, std::int32_t end) {
+    in.require(end >= start, "it ends before it starts");
+    return std::int64_t{end} - start;
+}
+
+TripRecord readTrip(RecordReader& in) {
+    const auto raw = in.fixedPart<QuobrixTripRecord>();
+    TripRecord trip;
+    trip.origin = in.origin(raw);
+    trip.driverId = raw.driverId;
+    trip.startTime = raw.startTime;
+    trip.endTime = raw.endTime;
+    const std::int64_t duration = durationOf(in, raw.startTime, raw.endTime);
+    in.require(raw.disconnected <= 1, "its disconnection mark is malformed");
+    trip.disconnected = raw.disconnected == 1;
+    in.measured(trip.distance = raw.distance, "its distance is not a distance");
+    in.measured(trip.maximumSpeed = raw.maximumSpeed, "its maximum speed is not a speed");
+    in.finite(trip.hardBrakeThreshold = raw.hardBrakeThreshold, "a threshold is not a number");
+    in.finite(trip.extremeBrakeThreshold = raw.extremeBrakeThreshold, "a threshold is not a number");
+    in.finite(trip.hardAccelerationThreshold = raw.hardAccelerationThreshold, "a threshold is not a number");
+    in.finite(trip.extremeAccelerationThreshold = raw.extremeAccelerationThreshold, "a threshold is not a number");
+    for (const double limit : trip.bandLimits = copyOf(raw.bandLimit))
+        in.measured(limit, "a speed-band limit is not a speed");
+    trip.idleSeconds = raw.idleSeconds;
+    trip.bandSeconds = copyOf(raw.bandSeconds);
+    trip.speedSamplingInterval = raw.speedSamplingInterval;
+    trip.speedSamples = in.array<std::uint8_t>(raw.speedSamples);
+    in.fits(trip.speedSamples.size(), trip.speedSamplingInterval, duration);
+    trip.hardBrakes = readEvents(in, raw.hardBrakes, duration);
+    trip.extremeBrakes = readEvents(in, raw.extremeBrakes, duration);
+    trip.hardAccelerations = readEvents(in, raw.hardAccelerations, duration);
+    trip.extremeAccelerations = readEvents(in, raw.extremeAccelerations, duration);
+    for (std::size_t i = 0; i < trip.series.size(); ++i)
+        trip.series[i] = readSeries(in, raw.series[i], duration);
+    return trip;
+}
+
+/// A trouble code of SAE J2012: system letter, a digit 0 to 3, three hexadecimal digits.
+bool isTroubleCode(std::string_view code) {
+    const auto hexadecimal = [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
+    return code.size() == 5 && std::string_view("PCBU").find(code[0]) != std::string_view::npos && code[1] >= '0' &&
+           code[1] <= '3' && std::all_of(code.begin() + 2, code.end(), hexadecimal);
+}
+
+TroubleRecord readTrouble(RecordReader& in) {
+    const auto raw = in.fixedPart<QuobrixTroubleRecord>();
+    TroubleRecord trouble;
+    trouble.origin = in.origin(raw);
+    trouble.time = raw.time;
+    trouble.code = in.text(raw.code, "its trouble code is not a text");
+    in.require(isTroubleCode(trouble.code), "its trouble code is malformed");
+    for (const std::int32_t status : trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus))
+        in.require(status == QUOBRIX_NO_CODE || (status >= 0 && status <= 7), "a fuel-system status is unknown");
+    const char* complaint = "a freeze-frame figure is not a number";
+    in.finite(trouble.calculatedLoad = raw.calculatedLoad, complaint);
+    in.finite(trouble.coolantTemperature = raw.coolantTemperature, complaint);
+    for (const double trim : trouble.shortTermFuelTrim = copyOf(raw.shortTermFuelTrim))
+        in.finite(trim, complaint);
+    for (const double trim : trouble.longTermFuelTrim = copyOf(raw.longTermFuelTrim))
+        in.finite(trim, complaint);
+    in.finite(trouble.fuelPressure = raw.fuelPressure, complaint);
+    in.finite(trouble.intakeManifoldPressure = raw.intakeManifoldPressure, complaint);
+    in.finite(trouble.engineSpeed = raw.engineSpeed, complaint);
+    in.finite(trouble.vehicleSpeed = raw.vehicleSpeed, complaint);
+    return trouble;
+}
+
+ActivityRecord readActivity(RecordReader& in) {
+    const auto raw = in.fixedPart<QuobrixActivityRecord>();
+    ActivityRecord activity{in.origin(raw), raw.time, raw.eventType};
+    in.require(raw.eventType == QUOBRIX_NO_CODE || (raw.eventType >= -6 && raw.eventType <= 20),
+               "its event is unknown");
+    return activity;
+}
+
+StopRecord readStop(RecordReader& in) {
+    const auto raw = in.fixedPart<QuobrixStopRecord>();
+    StopRecord stop;
+    stop.origin = in.origin(raw);
+    stop.startTime = raw.startTime;
+    stop.timestamp = raw.timestamp;
+    durationOf(in, raw.startTime, raw.timestamp);
+    in.measured(stop.maximumSpeed = raw.maximumSpeed, "its maximum speed is not a speed");
+    for (const double limit : stop.bandLimits = copyOf(raw.bandLimit))
+        in.measured(limit, "a speed-band limit is not a speed");
+    stop.samplingInterval = raw.samplingInterval;
+    return stop;
+}
+
+static_assert(static_cast<int>(RecordKind::StopSamples) == QUOBRIX_RECORD_STOP_SAMPLES, "kinds are numbered alike");
+RecordKind kindOf(std::uint32_t kind) {
+    return kind <= QUOBRIX_RECORD_STOP_SAMPLES ? static_cast<RecordKind>(kind) : RecordKind::Unknown;
+}
+
+template <class Head>
+Head headOf(ByteView bytes) {
+    Head head{};
+    if (bytes.size() >= sizeof(Head))
+        std::memcpy(&head, bytes.data(), sizeof(Head));
+    return head;
+}
+
+/// Shows VISIT(kind, index, reader) every record of SET, and lists those that it complained about.
+template <class Visit>
+void forEachRecord(ByteView set, LogRecords& records, Visit visit) {
+    if (set.empty())
+        return;
+    const auto head = headOf<QuobrixRecordSet>(set);
+    // A set too short for its own head reads as one that breaks off before its first record.
+    ByteView rest = set.first(std::min<std::size_t>(head.size, set.size()));
+    rest = rest.subspan(std::min(sizeof(QuobrixRecordSet), rest.size()));
+    const std::uint32_t count = head.size < sizeof(QuobrixRecordSet) ? 1 : head.recordCount;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const auto record = headOf<QuobrixRecordHead>(rest);
+        const RecordKind kind = kindOf(record.kind);
+        if (record.size < sizeof(QuobrixRecordHead) || record.size % 8 != 0 || record.size > rest.size()) {
+            // Where the next record begins is unknown; how many there are is believed as far as they can be there.
+            const std::size_t possible = std::max<std::size_t>(rest.size() / sizeof(QuobrixRecordHead), 1);
+            records.refused.push_back({kind, i + 1,
+                                       static_cast<std::uint32_t>(std::min<std::size_t>(count - i, possible)),
+                                       "the record set is damaged from here on"});
+            return;
+        }
+        RecordReader in(rest.first(record.size));
+        visit(kind, i, in);
+        if (!in.good())
+            records.refused.push_back({kind, i + 1, 1, in.complaint()});
+        rest = rest.subspan(record.size);
+    }
+}
+
+/// Adds RECORD, just read through IN, unless there was a complaint.
+template <class Record>
+void keep(const RecordReader& in, Record record, std::vector<Record>& records) {
+    if (in.good())
+        records.push_back(std::move(record));
+}
+
+constexpr const char* kMisplaced = "a record of its kind does not belong here";
+
+} // namespace
+
+const char* recordKindName(RecordKind kind) {
+    constexpr const char* kNames[] = {"record", "trip", "trouble code", "activity", "accident", "accident samples"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+std::uint64_t LogRecords::refusedCount() const {
+    std::uint64_t count = 0;
+    for (const RefusedRecords& some : refused)
+        count += some.count;
+    return count;
+}
+
+void parseMainRecords(ByteView trips, ByteView troublesAndActivity, LogRecords& records) {
+    forEachRecord(trips, records, [&](RecordKind kind, std::size_t, RecordReader& in) {
+        in.require(kind == RecordKind::Trip, kMisplaced);
+        keep(in, readTrip(in), records.trips);
+    });
+    forEachRecord(troublesAndActivity, records, [&](RecordKind kind, std::size_t, RecordReader& in) {
+        in.require(kind == RecordKind::Trouble || kind == RecordKind::Activity, kMisplaced);
+        if (kind == RecordKind::Trouble)
+            keep(in, readTrouble(in), records.troubles);
+        else
+            keep(in, readActivity(in), records.activities);
+    });
+}
+
+void parseAccidentRecords(ByteView stops, ByteView samples, LogRecords& records) {
+    constexpr std::size_t kRefused = std::numeric_limits<std::size_t>::max();
+    std::vector<std::size_t> places; // of each stop of the set in records.stops
+    forEachRecord(stops, records, [&](RecordKind kind, std::size_t, RecordReader& in) {
+        in.require(kind == RecordKind::Stop, kMisplaced);
+        keep(in, readStop(in), records.stops);
+        places.push_back(in.good() ? records.stops.size() - 1 : kRefused);
+    });
+    forEachRecord(samples, records, [&](RecordKind kind, std::size_t, RecordReader& in) {
+        in.require(kind == RecordKind::StopSamples, kMisplaced);
+        const auto raw = in.fixedPart<QuobrixStopSamplesRecord>();
+        in.require(raw.stop < places.size(), "its accident is missing");
+        if (!in.good() || places[raw.stop] == kRefused)
+            return; // samples go with their accident
+        StopRecord& stop = records.stops[places[raw.stop]];
+        in.require(stop.speedSamples.empty(), "its accident has samples already");
+        auto speeds = in.array<std::uint8_t>(raw.speeds);
+        in.fits(speeds.size(), stop.samplingInterval, std::int64_t{stop.timestamp} - stop.startTime);
+        if (in.good())
+            stop.speedSamples = std::move(speeds);
+    });
+}
+
+LogRecords parseRecords(const RecordBlocks& blocks) {
+    LogRecords records;
+    parseMainRecords(bytesOf(blocks.trips), bytesOf(blocks.troublesAndActivity), records);
+    for (const RecordBlocks::Accidents& accidents : blocks.accidents)
+        parseAccidentRecords(bytesOf(accidents.stops), bytesOf(accidents.samples), records);
+    return records;
+}
+
+} // namespace quobrix
