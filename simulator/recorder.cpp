@@ -10,6 +10,7 @@ namespace {
 constexpr int kSevereStopSpeed = 40; // km/h
 constexpr std::size_t kSevereStopSeconds = 8;
 constexpr std::size_t kSecondsBeforeStop = 20;
+constexpr std::int32_t kFuelSystemStatus = 11; // of two systems, in the low and the high byte
 
 using Speeds = std::vector<std::uint8_t>;
 
@@ -71,7 +72,8 @@ void findEvents(Trip& trip, int sign, EventKind hard, EventKind extreme) {
 }
 
 Series sample(const Drive& drive, std::int32_t parameter, std::int32_t interval) {
-    Series series{.parameter = parameter, .interval = interval, .twoValues = false, .samples = {}};
+    Series series{
+        .parameter = parameter, .interval = interval, .twoValues = parameter == kFuelSystemStatus, .samples = {}};
     const std::vector<double>& readings = drive.parameter[static_cast<std::size_t>(parameter - 1)];
     double newest = kNoValue;
     std::size_t row = 0;
