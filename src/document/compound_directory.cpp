@@ -1,0 +1,323 @@
+#include "document/compound_directory.h"
+
+#include "document/compound_tree.h"
+
+#include <algorithm>
+
+namespace quobrix::cfb {
+
+namespace {
+
+constexpr std::uint32_t kErasedSlot = 0xFFFFFFFE;
+
+/// Simple upper-casing of the scripts whose letters foreign files are likely to be named in.
+char16_t upper(char16_t unit) {
+    if (unit < 0x80)
+        return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
+    const auto within = [unit](char16_t first, char16_t last) { return unit >= first && unit <= last; };
+    if ((within(0xE0, 0xFE) && unit != 0xF7) || (within(0x3B1, 0x3CB) && unit != 0x3C2) || within(0x430, 0x44F))
+        return static_cast<char16_t>(unit - 32);
+    if (within(0x450, 0x45F))
+        return static_cast<char16_t>(unit - 80);
+    if (unit == 0xFF)
+        return 0x178;
+    // Latin Extended-A and Cyrillic beyond the basic alphabet go in pairs, upper before lower.
+    const bool oddIsLower = (within(0x100, 0x137) && unit != 0x131) || within(0x14A, 0x177) || within(0x460, 0x481);
+    const bool evenIsLower = within(0x139, 0x148) || within(0x179, 0x17E);
+    if ((oddIsLower && unit % 2 == 1) || (evenIsLower && unit % 2 == 0))
+        return static_cast<char16_t>(unit - 1);
+    return unit;
+}
+
+} // namespace
+
+std::optional<EntryName> EntryName::fromText(std::string_view text) {
+    EntryName name;
+    const auto append = [&name](char32_t unit) {
+        if (name.length + 1 < name.units.size()) // the last one is the terminator's
+            name.units[name.length++] = static_cast<char16_t>(unit);
+        else
+            name.length = static_cast<std::uint32_t>(name.units.size());
+    };
+    for (std::size_t i = 0; i < text.size();) {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        const std::size_t width = lead < 0x80 ? 1 : lead < 0xC0 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        if (width == 0 || width > text.size() - i)
+            return {};
+        char32_t c = width == 1 ? lead : lead & (0x7Fu >> width);
+        for (std::size_t k = 1; k < width; ++k)
+            c = c << 6 | (static_cast<unsigned char>(text[i + k]) & 0x3Fu);
+        if (c >= 0x10000) {
+            append(0xD800 + ((c - 0x10000) >> 10 & 0x3FF));
+            append(0xDC00 + (c & 0x3FF));
+        } else {
+            append(c);
+        }
+        i += width;
+    }
+    if (name.length == 0 || name.length >= name.units.size())
+        return {};
+    return name;
+}
+
+std::string EntryName::text() const {
+    std::string text;
+    for (std::uint32_t i = 0; i < length; ++i) {
+        char32_t c = units[i];
+        if (c >= 0xD800 && c < 0xDC00 && i + 1 < length && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000)
+            c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00u);
+        const auto tail = [&](int shift) { text += static_cast<char>(0x80 | (c >> shift & 0x3F)); };
+        if (c < 0x80) {
+            text += static_cast<char>(c);
+        } else if (c < 0x800) {
+            text += static_cast<char>(0xC0 | c >> 6);
+            tail(0);
+        } else if (c < 0x10000) {
+            text += static_cast<char>(0xE0 | c >> 12);
+            tail(6);
+            tail(0);
+        } else {
+            text += static_cast<char>(0xF0 | c >> 18);
+            tail(12);
+            tail(6);
+            tail(0);
+        }
+    }
+    return text;
+}
+
+std::uint32_t EntryName::hash() const {
+    std::uint32_t hash = length;
+    for (std::uint32_t i = 0; i < length; ++i)
+        hash = (hash ^ upper(units[i])) * 0x9E3779B1u;
+    return hash ^ hash >> 15;
+}
+
+int compareNames(const EntryName& a, const EntryName& b) {
+    if (a.length != b.length)
+        return a.length < b.length ? -1 : 1;
+    for (std::uint32_t i = 0; i < a.length; ++i)
+        if (const int difference = upper(a.units[i]) - upper(b.units[i]); difference != 0)
+            return difference;
+    return 0;
+}
+
+Directory::Directory() : treeChecked_(true) {
+    appendPage();
+    freeSlots_.pop_back();
+    std::uint8_t* root = change(0);
+    constexpr std::u16string_view kRootName = u"Root Entry"; // MS-CFB 2.6.2 wants it so
+    for (std::uint32_t i = 0; i < kRootName.size(); ++i)
+        store16(root + entry::kName + 2 * i, kRootName[i]);
+    store16(root + entry::kNameBytes, static_cast<std::uint16_t>(2 * kRootName.size() + 2));
+    root[entry::kType] = static_cast<std::uint8_t>(EntryType::Root);
+    setRed(0, false);
+    store32(root + entry::kStart, kEndOfChain);
+    rehash();
+}
+
+Directory::Directory(Bytes entries) : bytes_(std::move(entries)) {
+    findMembers();
+    for (std::uint32_t index = count(); index-- > 1;)
+        if (type(index) == EntryType::Unused && load16(at(index) + entry::kNameBytes) == 0)
+            freeSlots_.push_back(index);
+}
+
+std::uint8_t* Directory::change(std::uint32_t index) {
+    dirty_.insert(index / kEntriesPerPage);
+    return bytes_.data() + std::size_t{index} * kEntrySize;
+}
+
+bool Directory::sensible(std::uint32_t index) const {
+    const std::uint32_t nameBytes = load16(at(index) + entry::kNameBytes);
+    return (type(index) == EntryType::Stream || type(index) == EntryType::Storage) && nameBytes >= 4 &&
+           nameBytes <= 64 && nameBytes % 2 == 0 && load16(at(index) + nameBytes - 2) == 0;
+}
+
+/// Marks in SEEN, and lists in FOUND, what hangs on TOP; false where a link leads astray. Needs no recursion: a
+/// foreign writer may have made a list of it.
+bool Directory::walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const {
+    bool sound = true;
+    std::vector<std::uint32_t> open{top};
+    while (!open.empty()) {
+        const std::uint32_t index = open.back();
+        open.pop_back();
+        if (index == kNoEntry)
+            continue;
+        if (index == 0 || index >= count() || seen.contains(index) || !sensible(index)) {
+            sound = false;
+            continue;
+        }
+        seen.insert(index);
+        if (found != nullptr)
+            found->push_back(index);
+        open.push_back(link(index, entry::kRight));
+        open.push_back(link(index, entry::kLeft));
+    }
+    return sound;
+}
+
+void Directory::findMembers() {
+    SectorSet seen;
+    std::vector<std::uint32_t> found;
+    const bool sound = walk(link(0, entry::kChild), seen, &found);
+    if (!sound) {
+        // A damaged entry has cut off what hung on it. Whatever no inner storage leads to belonged here.
+        for (std::uint32_t index = 1; index < count(); ++index)
+            if (sensible(index) && type(index) == EntryType::Storage)
+                walk(link(index, entry::kChild), seen, nullptr);
+        for (std::uint32_t index = 1; index < count(); ++index)
+            if (sensible(index) && !seen.contains(index))
+                found.push_back(index);
+    }
+    memberCount_ = static_cast<std::uint32_t>(found.size());
+    rehash();
+    for (const std::uint32_t index : found) {
+        // Of two entries of one name only the first can be meant.
+        if (find(name(index)) != kNoEntry) {
+            --memberCount_;
+            continue;
+        }
+        members_.insert(index);
+        hashInsert(index);
+    }
+}
+
+EntryName Directory::name(std::uint32_t index) const {
+    EntryName name;
+    name.length = load16(at(index) + entry::kNameBytes) / 2u - 1;
+    for (std::uint32_t i = 0; i < name.length; ++i)
+        name.units[i] = load16(at(index) + entry::kName + 2 * i);
+    return name;
+}
+
+std::vector<std::uint32_t> Directory::members() const {
+    if (auto order = treeInOrder(*this, memberCount_); order && order->size() == memberCount_)
+        return *std::move(order);
+    std::vector<std::pair<EntryName, std::uint32_t>> named;
+    for (const std::uint32_t index : members_.members())
+        named.emplace_back(name(index), index);
+    std::sort(named.begin(), named.end(),
+              [](const auto& a, const auto& b) { return compareNames(a.first, b.first) < 0; });
+    std::vector<std::uint32_t> order;
+    for (const auto& [unused, index] : named)
+        order.push_back(index);
+    return order;
+}
+
+/// Before the first change of structure: a tree of a foreign writer, or a damaged one, is built anew.
+void Directory::prepareTree() {
+    if (treeChecked_)
+        return;
+    treeChecked_ = true;
+    const auto order = treeInOrder(*this, memberCount_);
+    if (!order || order->size() != memberCount_)
+        rebuildTree(*this, members());
+}
+
+void Directory::appendPage() {
+    const std::uint32_t first = count();
+    bytes_.resize(bytes_.size() + kSectorSize);
+    for (std::uint32_t index = first + kEntriesPerPage; index-- > first;) {
+        std::uint8_t* slot = change(index);
+        store32(slot + entry::kLeft, kNoEntry);
+        store32(slot + entry::kRight, kNoEntry);
+        store32(slot + entry::kChild, kNoEntry);
+        freeSlots_.push_back(index);
+    }
+}
+
+std::uint32_t Directory::insert(const EntryName& name) {
+    prepareTree();
+    if (freeSlots_.empty())
+        appendPage();
+    const std::uint32_t index = freeSlots_.back();
+    freeSlots_.pop_back();
+    std::uint8_t* slot = change(index);
+    std::fill_n(slot, kEntrySize, std::uint8_t{0});
+    for (std::uint32_t i = 0; i < name.length; ++i)
+        store16(slot + entry::kName + 2 * i, name.units[i]);
+    store16(slot + entry::kNameBytes, static_cast<std::uint16_t>(2 * name.length + 2));
+    slot[entry::kType] = static_cast<std::uint8_t>(EntryType::Stream);
+    store32(slot + entry::kChild, kNoEntry);
+    store32(slot + entry::kStart, kEndOfChain);
+    insertIntoTree(*this, index);
+    members_.insert(index);
+    ++memberCount_;
+    if (2 * (slotsUsed_ + 1) > slots_.size())
+        rehash(); // takes the new member in
+    else
+        hashInsert(index);
+    return index;
+}
+
+void Directory::erase(std::uint32_t index) {
+    prepareTree();
+    eraseFromTree(*this, index);
+    hashErase(index);
+    members_.erase(index);
+    --memberCount_;
+    std::uint8_t* slot = change(index);
+    std::fill_n(slot, kEntrySize, std::uint8_t{0});
+    store32(slot + entry::kLeft, kNoEntry);
+    store32(slot + entry::kRight, kNoEntry);
+    store32(slot + entry::kChild, kNoEntry);
+    freeSlots_.push_back(index);
+}
+
+void Directory::setContent(std::uint32_t index, std::uint32_t start, std::uint32_t size) {
+    if (this->start(index) == start && this->size(index) == size)
+        return;
+    std::uint8_t* slot = change(index);
+    store32(slot + entry::kStart, start);
+    store32(slot + entry::kSize, size);
+    store32(slot + entry::kSize + 4, 0);
+}
+
+void Directory::setLink(std::uint32_t index, std::uint32_t field, std::uint32_t to) {
+    if (link(index, field) != to)
+        store32(change(index) + field, to);
+}
+
+void Directory::setRed(std::uint32_t index, bool red) {
+    const auto colour = static_cast<std::uint8_t>(red ? Colour::Red : Colour::Black);
+    if (at(index)[entry::kColour] != colour)
+        change(index)[entry::kColour] = colour;
+}
+
+std::uint32_t Directory::find(const EntryName& name) const {
+    const auto mask = static_cast<std::uint32_t>(slots_.size() - 1);
+    for (std::uint32_t slot = name.hash() & mask; slots_[slot] != kNoEntry; slot = (slot + 1) & mask)
+        if (slots_[slot] != kErasedSlot && compareNames(this->name(slots_[slot]), name) == 0)
+            return slots_[slot];
+    return kNoEntry;
+}
+
+void Directory::hashInsert(std::uint32_t index) {
+    const auto mask = static_cast<std::uint32_t>(slots_.size() - 1);
+    std::uint32_t slot = name(index).hash() & mask;
+    while (slots_[slot] != kNoEntry)
+        slot = (slot + 1) & mask;
+    slots_[slot] = index;
+    ++slotsUsed_;
+}
+
+void Directory::hashErase(std::uint32_t index) {
+    const auto mask = static_cast<std::uint32_t>(slots_.size() - 1);
+    std::uint32_t slot = name(index).hash() & mask;
+    while (slots_[slot] != index)
+        slot = (slot + 1) & mask;
+    slots_[slot] = kErasedSlot;
+}
+
+void Directory::rehash() {
+    std::size_t size = 64;
+    while (size < 4 * std::size_t{memberCount_})
+        size *= 2;
+    slots_.assign(size, kNoEntry);
+    slotsUsed_ = 0;
+    for (const std::uint32_t index : members_.members())
+        hashInsert(index);
+}
+
+} // namespace quobrix::cfb

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "document/compound_allocation.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quobrix::cfb {
+
+/// A name as the directory keeps it: 1 to 31 UTF-16 units. Names that differ only in case are the same name.
+struct EntryName {
+    std::array<char16_t, 32> units{};
+    std::uint32_t length = 0;
+
+    /// TEXT is UTF-8; nothing when it is empty, too long or not UTF-8.
+    static std::optional<EntryName> fromText(std::string_view text);
+    std::string text() const;
+    std::uint32_t hash() const;
+};
+
+/// Negative, 0 or positive: the order of MS-CFB 2.6.4, shorter names first, then by upper-case units.
+int compareNames(const EntryName& a, const EntryName& b);
+
+/// The directory: all entries as they stand on disk, the tree of the root storage's members, and a hash of their
+/// names. Changes mark the pages (of kEntriesPerPage entries) that have to be written.
+class Directory {
+public:
+    /// A new directory with a root entry only.
+    Directory();
+    /// The entries of a file; entries that make no sense are not listed, and never changed.
+    explicit Directory(Bytes entries);
+
+    /// The stream or storage called NAME in the root storage, or kNoEntry.
+    std::uint32_t find(const EntryName& name) const;
+    /// Adds an empty stream; there must be nothing of that name.
+    std::uint32_t insert(const EntryName& name);
+    /// Removes an entry that find() yields; its index may be given to another.
+    void erase(std::uint32_t index);
+
+    bool isMember(std::uint32_t index) const { return members_.contains(index); }
+    bool isStream(std::uint32_t index) const { return type(index) == EntryType::Stream; }
+    EntryName name(std::uint32_t index) const;
+    std::uint32_t start(std::uint32_t index) const { return load32(at(index) + entry::kStart); }
+    std::uint32_t size(std::uint32_t index) const { return load32(at(index) + entry::kSize); }
+    /// The first sector and the size in bytes of a stream, or of the mini stream for entry 0.
+    void setContent(std::uint32_t index, std::uint32_t start, std::uint32_t size);
+    /// The members of the root storage in name order.
+    std::vector<std::uint32_t> members() const;
+
+    std::uint32_t pageCount() const { return static_cast<std::uint32_t>(bytes_.size() / kSectorSize); }
+    std::vector<std::uint32_t> dirtyPages() const { return dirty_.members(); }
+    void clearDirty() { dirty_.clear(); }
+    ByteView page(std::uint32_t index) const {
+        return ByteView(bytes_).subspan(std::size_t{index} * kSectorSize, kSectorSize);
+    }
+
+    /// The fields of an entry that the tree consists of.
+    std::uint32_t link(std::uint32_t index, std::uint32_t field) const { return load32(at(index) + field); }
+    void setLink(std::uint32_t index, std::uint32_t field, std::uint32_t to);
+    bool red(std::uint32_t index) const { return at(index)[entry::kColour] == static_cast<std::uint8_t>(Colour::Red); }
+    void setRed(std::uint32_t index, bool red);
+
+private:
+    const std::uint8_t* at(std::uint32_t index) const { return bytes_.data() + std::size_t{index} * kEntrySize; }
+    std::uint8_t* change(std::uint32_t index);
+    std::uint32_t count() const { return static_cast<std::uint32_t>(bytes_.size() / kEntrySize); }
+    EntryType type(std::uint32_t index) const { return static_cast<EntryType>(at(index)[entry::kType]); }
+    bool sensible(std::uint32_t index) const;
+    void findMembers();
+    bool walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const;
+    void prepareTree();
+    void appendPage();
+
+    void hashInsert(std::uint32_t index);
+    void hashErase(std::uint32_t index);
+    void rehash();
+
+    Bytes bytes_;
+    SectorSet dirty_;   ///< page indexes
+    SectorSet members_; ///< entries of the root storage
+    std::uint32_t memberCount_ = 0;
+    bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced
+    std::vector<std::uint32_t> freeSlots_; ///< unused entries, the lowest last
+    std::vector<std::uint32_t> slots_;     ///< open addressing by name; a power of two
+    std::uint32_t slotsUsed_ = 0;          ///< erased ones included
+};
+
+} // namespace quobrix::cfb

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "document/compound_format.h"
+#include "platform/file.h"
+
+#include <memory>
+#include <vector>
+
+namespace quobrix::cfb {
+
+/// Reads a file's bytes through a few windows that run ahead of sequential reading. Streams that were written in a row
+/// lie in a row, those of the mini stream and the large ones each for themselves, so reading them all needs few calls.
+class ReadCache {
+public:
+    /// Fills OUT from OFFSET (bytes). FILE_SIZE (bytes) bounds the reading ahead.
+    Result<void> read(File& file, std::uint64_t fileSize, std::uint64_t offset, std::span<std::uint8_t> out);
+    /// To be called when the file is written to.
+    void clear();
+
+private:
+    struct Window {
+        std::uint64_t offset = 0;
+        Bytes bytes;
+        std::uint64_t lastUse = 0;
+    };
+
+    std::array<Window, 4> windows_;
+    std::uint64_t clock_ = 0;
+};
+
+/// Collects pieces of whole sectors, then writes them in the order of the file, neighbours in one call.
+class WriteBatch {
+public:
+    /// CONTENT must stay where it is until write(); a last sector that it does not fill is filled up with zeros.
+    void add(std::uint32_t sector, ByteView content) { pieces_.push_back({sector, content}); }
+    /// The same for content made on the spot.
+    void add(std::uint32_t sector, const Sector& content);
+    bool empty() const { return pieces_.empty(); }
+    Result<void> write(File& file);
+
+private:
+    struct Piece {
+        std::uint32_t sector;
+        ByteView content;
+    };
+
+    std::vector<Piece> pieces_;
+    std::vector<std::unique_ptr<Sector>> owned_;
+};
+
+} // namespace quobrix::cfb

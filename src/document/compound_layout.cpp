@@ -1,0 +1,245 @@
+#include "document/compound_layout.h"
+
+#include <algorithm>
+
+namespace quobrix::cfb {
+
+namespace {
+
+/// Whom a sector belongs to: an entry's index, or one of these.
+constexpr std::uint32_t kNobody = 0xFFFFFFFF;
+constexpr std::uint32_t kStructure = 0xFFFFFFFE;
+
+/// Follows chains, and sees when two of them, or two turns of one, meet in a sector: so every walk ends.
+class Claims {
+public:
+    /// MARKS: the table; COUNT: how many sectors there really are.
+    Claims(const std::vector<std::uint32_t>& marks, std::uint32_t count) : marks_(marks), owners_(count, kNobody) {}
+
+    /// False if the sector does not exist or has an owner; OTHER is then that owner, or kNobody.
+    bool claim(std::uint32_t sector, std::uint32_t owner, std::uint32_t& other) {
+        other = sector < owners_.size() ? owners_[sector] : kNobody;
+        if (sector >= owners_.size() || other != kNobody)
+            return false;
+        owners_[sector] = owner;
+        return true;
+    }
+
+    /// Claims the chain from FIRST and passes each sector to VISIT; false if it does not end where a chain should.
+    template <class Visit>
+    bool follow(std::uint32_t first, std::uint32_t owner, std::uint32_t& other, Visit visit) {
+        other = kNobody;
+        for (std::uint32_t sector = first; sector != kEndOfChain; sector = marks_[sector]) {
+            if (!claim(sector, owner, other) || sector >= marks_.size())
+                return false;
+            visit(sector);
+        }
+        return true;
+    }
+
+    SectorSet claimed() const {
+        SectorSet set;
+        for (std::uint32_t sector = 0; sector < owners_.size(); ++sector)
+            if (owners_[sector] != kNobody)
+                set.insert(sector);
+        return set;
+    }
+
+private:
+    const std::vector<std::uint32_t>& marks_;
+    std::vector<std::uint32_t> owners_;
+};
+
+class Loader {
+public:
+    explicit Loader(File& file) : file_(file) {}
+
+    Result<Layout> load() {
+        const auto size = file_.size();
+        if (!size)
+            return size.error();
+        layout_.fileSize = *size;
+        Bytes start(static_cast<std::size_t>(std::min<std::uint64_t>(*size, kSectorSize)));
+        QUOBRIX_TRY(file_.readAt(0, start));
+        auto header = Header::decode(start);
+        if (!header)
+            return header.error();
+        header_ = *header;
+        std::copy(start.begin(), start.end(), layout_.header.begin());
+        // A last sector that is not all there counts: a stream may end within it.
+        sectors_ = static_cast<std::uint32_t>(
+            std::min<std::uint64_t>(unitsOf(*size - kSectorSize, kSectorSize), kMostSectors));
+
+        QUOBRIX_TRY(readFat());
+        QUOBRIX_TRY(readDirectory());
+        QUOBRIX_TRY(readMiniFat());
+        checkStreams();
+        layout_.claimed = claims_->claimed();
+        layout_.claimedMini = miniClaims_->claimed();
+        return std::move(layout_);
+    }
+
+private:
+    /// The sectors' content in that order, read in as few calls as their neighbourhood allows.
+    Result<Bytes> readSectors(const std::vector<std::uint32_t>& sectors) {
+        Bytes content(sectors.size() * kSectorSize);
+        for (std::size_t i = 0; i < sectors.size();) {
+            std::size_t count = 1;
+            while (i + count < sectors.size() && sectors[i + count] == sectors[i] + count)
+                ++count;
+            const std::span<std::uint8_t> part(content.data() + i * kSectorSize, count * kSectorSize);
+            QUOBRIX_TRY(file_.readAt(sectorOffset(sectors[i]), part));
+            i += count;
+        }
+        return content;
+    }
+
+    static void append(std::vector<std::uint32_t>& marks, ByteView page) {
+        for (std::size_t i = 0; i + 4 <= page.size(); i += 4)
+            marks.push_back(load32(page.data() + i));
+    }
+
+    /// What a table says of sectors that do not exist is void.
+    static void freeFrom(std::vector<std::uint32_t>& marks, std::size_t first) {
+        if (first < marks.size())
+            std::fill(marks.begin() + static_cast<std::ptrdiff_t>(first), marks.end(), kFreeSector);
+    }
+
+    bool wholeSector(std::uint32_t sector) const {
+        return sector < sectors_ && sectorOffset(sector) + kSectorSize <= layout_.fileSize;
+    }
+
+    Result<void> readFat() {
+        // The list of the FAT's pages: the header's part, then a chain of sectors that carries its own links.
+        claims_ = std::make_unique<Claims>(layout_.fat, sectors_);
+        std::vector<std::uint32_t> list(header_.fatSectors.begin(), header_.fatSectors.end());
+        std::uint32_t other = kNobody;
+        for (std::uint32_t next = header_.firstDifatSector;
+             next != kEndOfChain && next != kFreeSector && list.size() < header_.fatPages;) {
+            if (!wholeSector(next) || !claims_->claim(next, kStructure, other)) {
+                layout_.incomplete = true;
+                break;
+            }
+            layout_.difatSectors.push_back(next);
+            const auto page = readSectors({next});
+            if (!page)
+                return page.error();
+            append(list, *page);
+            next = list.back();
+            list.pop_back();
+        }
+        if (list.size() > header_.fatPages)
+            list.resize(header_.fatPages);
+        // A page that cannot be where the list says is lost. Lost pages count only as far as the file reaches, so
+        // that a list of nonsense costs no memory.
+        std::vector<std::uint32_t> present;
+        const std::uint32_t useful = unitsOf(sectors_, kMarksPerPage);
+        for (const std::uint32_t sector : list) {
+            const bool there = wholeSector(sector) && claims_->claim(sector, kStructure, other);
+            if (there)
+                present.push_back(sector);
+            else
+                layout_.incomplete = true;
+            if (there || layout_.fatSectors.size() < useful)
+                layout_.fatSectors.push_back(there ? sector : kUnknownSector);
+        }
+        if (present.empty())
+            return Error{ErrorKind::Corrupt, "no sector allocation table"};
+        if (list.size() < header_.fatPages)
+            layout_.incomplete = true;
+        const auto content = readSectors(present);
+        if (!content)
+            return content.error();
+        layout_.fat.reserve(layout_.fatSectors.size() * kMarksPerPage);
+        std::size_t at = 0;
+        for (const std::uint32_t sector : layout_.fatSectors) {
+            if (sector == kUnknownSector) {
+                layout_.fat.resize(layout_.fat.size() + kMarksPerPage, kUnknownSector);
+                continue;
+            }
+            append(layout_.fat, ByteView(*content).subspan(at, kSectorSize));
+            at += kSectorSize;
+        }
+        freeFrom(layout_.fat, sectors_);
+        return {};
+    }
+
+    /// The sectors of one of the file's own chains, as far as it is sound.
+    std::vector<std::uint32_t> structureChain(std::uint32_t first) {
+        std::vector<std::uint32_t> chain;
+        std::uint32_t other = kNobody;
+        if (!claims_->follow(first, kStructure, other, [&](std::uint32_t sector) { chain.push_back(sector); }))
+            layout_.incomplete = true;
+        return chain;
+    }
+
+    /// The same for a chain that is read whole.
+    Result<Bytes> readChain(std::uint32_t first, std::vector<std::uint32_t>& chain) {
+        chain = structureChain(first);
+        while (!chain.empty() && !wholeSector(chain.back())) {
+            chain.pop_back();
+            layout_.incomplete = true;
+        }
+        return readSectors(chain);
+    }
+
+    Result<void> readDirectory() {
+        auto content = readChain(header_.firstDirectorySector, layout_.directoryChain);
+        if (!content)
+            return content.error();
+        layout_.directory = *std::move(content);
+        if (layout_.directory.empty() || layout_.directory[entry::kType] != static_cast<std::uint8_t>(EntryType::Root))
+            return Error{ErrorKind::Corrupt, "no root directory entry"};
+        return {};
+    }
+
+    Result<void> readMiniFat() {
+        const std::uint8_t* root = layout_.directory.data();
+        if (load32(root + entry::kSize) > 0)
+            layout_.miniStreamChain = structureChain(load32(root + entry::kStart));
+        if (header_.miniFatPages > 0) {
+            const auto content = readChain(header_.firstMiniFatSector, layout_.miniFatChain);
+            if (!content)
+                return content.error();
+            append(layout_.miniFat, *content);
+        }
+        const std::size_t there = layout_.miniStreamChain.size() * kMiniSectorsPerPage;
+        freeFrom(layout_.miniFat, there);
+        miniClaims_ = std::make_unique<Claims>(layout_.miniFat,
+                                               static_cast<std::uint32_t>(std::min(layout_.miniFat.size(), there)));
+        return {};
+    }
+
+    void checkStreams() {
+        for (std::uint32_t index = 1; index < layout_.directory.size() / kEntrySize; ++index) {
+            const std::uint8_t* at = layout_.directory.data() + std::size_t{index} * kEntrySize;
+            const std::uint32_t size = load32(at + entry::kSize);
+            if (at[entry::kType] != static_cast<std::uint8_t>(EntryType::Stream) || size == 0)
+                continue;
+            const bool mini = size < kMiniCutoff;
+            std::uint32_t found = 0;
+            std::uint32_t other = kNobody;
+            const bool sound =
+                (mini ? *miniClaims_ : *claims_).follow(load32(at + entry::kStart), index, other, [&](std::uint32_t) {
+                    ++found;
+                });
+            if (!sound || found < unitsOf(size, mini ? kMiniSectorSize : kSectorSize))
+                layout_.damaged.insert(index);
+            if (!sound && other < kStructure)
+                layout_.damaged.insert(other);
+        }
+    }
+
+    File& file_;
+    Layout layout_;
+    Header header_;
+    std::uint32_t sectors_ = 0; ///< in the file
+    std::unique_ptr<Claims> claims_;
+    std::unique_ptr<Claims> miniClaims_;
+};
+
+} // namespace
+
+Result<Layout> readLayout(File& file) { return Loader(file).load(); }
+
+} // namespace quobrix::cfb

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "document/compound_allocation.h"
+#include "platform/file.h"
+
+#include <unordered_set>
+#include <vector>
+
+namespace quobrix::cfb {
+
+/// What a compound file on disk says, checked: every sector is claimed once, and no chain leads astray.
+struct Layout {
+    Sector header{};
+    std::vector<std::uint32_t> fat;             ///< marks, whole pages
+    std::vector<std::uint32_t> miniFat;         ///< marks, whole pages
+    std::vector<std::uint32_t> fatSectors;      ///< where each page of the FAT lies
+    std::vector<std::uint32_t> difatSectors;    ///< where the pages that list them lie
+    std::vector<std::uint32_t> directoryChain;  ///< sectors of the directory
+    std::vector<std::uint32_t> miniFatChain;    ///< sectors of the mini FAT
+    std::vector<std::uint32_t> miniStreamChain; ///< sectors of the mini stream
+    Bytes directory;                            ///< entries of kEntrySize bytes
+    SectorSet claimed;                          ///< sectors that some chain leads to
+    SectorSet claimedMini;
+    /// Streams (by entry index) whose chain is broken, too short, or shared with another.
+    std::unordered_set<std::uint32_t> damaged;
+    /// Allocation tables or directory are incomplete: what is left can be read, but nothing can be written safely.
+    bool incomplete = false;
+    std::uint64_t fileSize = 0; ///< bytes
+};
+
+/// Reads header, allocation tables and directory. The memory used is in proportion to the real size of the file,
+/// whatever its fields claim. Errors as CompoundFile::open.
+Result<Layout> readLayout(File& file);
+
+} // namespace quobrix::cfb

@@ -1,0 +1,117 @@
+#include "document/compound_file.h"
+
+#include "support/compound_checker.h"
+#include "support/memory_file.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+using Streams = std::map<std::string, Bytes>;
+
+Bytes noise(std::mt19937& random, std::size_t size) {
+    Bytes bytes(size);
+    for (auto& byte : bytes)
+        byte = static_cast<std::uint8_t>(random());
+    return bytes;
+}
+
+std::unique_ptr<CompoundFile> opened(const std::shared_ptr<Bytes>& disk) {
+    auto file = CompoundFile::open(std::make_unique<MemoryFile>(disk));
+    EXPECT_TRUE(file) << file.error().detail;
+    return file ? *std::move(file) : nullptr;
+}
+
+Streams everything(const CompoundFile& file) {
+    Streams streams;
+    for (const std::string& name : file.names()) {
+        auto content = file.read(name);
+        EXPECT_TRUE(content) << content.error().detail;
+        if (content)
+            streams[name] = *content;
+    }
+    return streams;
+}
+
+TEST(CompoundFile, AnEmptyOneIsValid) {
+    const auto disk = std::make_shared<Bytes>();
+    auto file = CompoundFile::create(std::make_unique<MemoryFile>(disk));
+    ASSERT_TRUE(file);
+    EXPECT_TRUE(disk->empty());
+    ASSERT_TRUE((*file)->commit());
+    const CompoundImage image = examineCompoundFile(*disk);
+    EXPECT_EQ(image.fault, "");
+    EXPECT_TRUE(image.streams.empty());
+    EXPECT_TRUE(opened(disk)->names().empty());
+}
+
+/// Thousands of random operations, with a map as the oracle and the independent checker after each commit.
+class CompoundFileModel : public testing::TestWithParam<unsigned> {};
+
+TEST_P(CompoundFileModel, FollowsAMap) {
+    std::mt19937 random(GetParam());
+    const auto below = [&random](std::size_t limit) { return random() % limit; };
+    const auto disk = std::make_shared<Bytes>();
+    auto created = CompoundFile::create(std::make_unique<MemoryFile>(disk));
+    ASSERT_TRUE(created);
+    std::unique_ptr<CompoundFile> file = *std::move(created);
+    Streams model, committed;
+    const std::size_t names = 20 + below(600);
+    for (int step = 0; step < 4000; ++step) {
+        const std::string name = (below(2) ? "" : "Name ") + std::to_string(below(names));
+        switch (below(16)) {
+        case 0:
+            ASSERT_TRUE(file->commit());
+            committed = model;
+            {
+                const CompoundImage image = examineCompoundFile(*disk);
+                ASSERT_EQ(image.fault, "");
+                ASSERT_EQ(image.streams, model);
+            }
+            break;
+        case 1:
+            ASSERT_TRUE(file->spill());
+            break;
+        case 2:
+            if (!committed.empty() && below(4) == 0) { // goes back to what is committed
+                file = opened(disk);
+                ASSERT_TRUE(file);
+                model = committed;
+            }
+            break;
+        case 3:
+        case 4:
+        case 5:
+            file->remove(name);
+            model.erase(name);
+            break;
+        case 6:
+        case 7: {
+            const auto content = file->read(name);
+            ASSERT_EQ(bool(content), model.contains(name));
+            if (content) {
+                ASSERT_EQ(*content, model[name]);
+            }
+            ASSERT_EQ(file->contains(name), model.contains(name));
+            break;
+        }
+        default: {
+            static constexpr std::size_t kSizes[] = {1, 64, 65, 200, 511, 512, 513, 4095, 4096, 4097, 9000, 70000};
+            const std::size_t largest = kSizes[below(std::size(kSizes))];
+            model[name] = noise(random, below(8) == 0 ? 0 : below(2) ? largest : below(largest));
+            file->write(name, model[name]);
+        }
+        }
+    }
+    EXPECT_EQ(everything(*file), model);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, CompoundFileModel, testing::Range(0u, 12u));
+
+} // namespace
+} // namespace quobrix
