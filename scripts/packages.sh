@@ -1,0 +1,6 @@
+# What the project needs of Debian 12, by purpose. Sourced by run, test and .ci/run.
+build_packages=(build-essential g++ cmake ninja-build ccache pkg-config libfmt-dev libcli11-dev
+    qt6-base-dev libqt6svg6-dev libgl-dev tzdata)
+run_packages=(qt6-qpa-plugins fonts-dejavu-core libqt6svg6)
+test_packages=(libgtest-dev libgmock-dev libgsf-1-dev libgsf-bin p7zip-full python3)
+ci_packages=(clang-14 libclang-rt-14-dev clang-format-14)
