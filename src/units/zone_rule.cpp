@@ -128,14 +128,18 @@ std::optional<ZoneRule> ZoneRule::parse(std::string_view text) {
         return {};
     rule.daylight = true;
     rule.daylightOffset += 3600;
-    if (!in.atEnd() && !in.take(',')) {
+    bool ownRule = in.take(',');
+    if (!ownRule && !in.atEnd()) {
         const std::optional<int> daylight = in.time(24);
-        if (!daylight || (!in.atEnd() && !in.take(',')))
+        if (!daylight)
             return {};
         rule.daylightOffset = -*daylight;
+        ownRule = in.take(',');
     }
+    if (!ownRule && !in.atEnd())
+        return {};
     // Without a rule of its own a zone changes as the United States do.
-    RuleText changes = in.atEnd() ? RuleText("M3.2.0,M11.1.0") : in;
+    RuleText changes = ownRule ? in : RuleText("M3.2.0,M11.1.0");
     const std::optional<Change> start = changes.change();
     const std::optional<Change> end = changes.take(',') ? changes.change() : std::nullopt;
     if (!start || !end || !changes.atEnd())

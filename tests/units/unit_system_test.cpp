@@ -1,0 +1,107 @@
+#include "units/unit_system.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace quobrix {
+namespace {
+
+class Recorder final : public UnitsListener {
+public:
+    Recorder(std::string name, std::string& log) : name_(std::move(name)), log_(log) {}
+    void unitsChanged(UnitsChange reason, std::optional<UnitTypeId> type) override {
+        log_ += name_ + std::to_string(static_cast<int>(reason));
+        log_ += type ? "(" + std::string(unitTypeRecord(*type).name) + ")" : "";
+        if (onCall)
+            onCall();
+    }
+    std::function<void()> onCall;
+
+private:
+    std::string name_;
+    std::string& log_;
+};
+
+TEST(UnitSystem, StartsAsSiAndShowsValuesInTheChosenUnits) {
+    TUnitSystem system;
+    EXPECT_EQ(system.name(), "S.I.");
+    EXPECT_TRUE(system.locked());
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Speed, 26.8224), "26.8 m/s");
+    system.setUnit(UnitTypeId::Speed, UnitId::MilePerHour);
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Speed, 26.8224), "60 MPH");
+    system.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
+    EXPECT_EQ(system.formatValue(UnitTypeId::Speed, 26.8224), "97");
+    system.setUnit(UnitTypeId::Temperature, UnitId::Celsius);
+    EXPECT_EQ(system.formatValue(UnitTypeId::Temperature, 0), "-273.15");
+    system.setUnit(UnitTypeId::Temperature, UnitId::Fahrenheit);
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Temperature, 0), "-459.7 °F");
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::P2, 12.5), "12.50 %");
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::D0, 1234567), "1,234,567");
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::TripDuration, 5400), "1.50 Hours");
+    EXPECT_DOUBLE_EQ(system.toBase(UnitTypeId::TripDuration, 1.5), 5400);
+    EXPECT_TRUE(system.modified());
+    system.resetToSI();
+    EXPECT_FALSE(system.modified());
+}
+
+TEST(UnitSystem, NoValueShowsAsBaseZero) {
+    TUnitSystem system;
+    EXPECT_EQ(system.formatValue(UnitTypeId::D9, kNoValue), "0.000000000");
+    system.setUnit(UnitTypeId::Temperature, UnitId::Celsius);
+    EXPECT_EQ(system.toDisplay(UnitTypeId::Temperature, kNoValue), -273.15);
+}
+
+TEST(UnitSystem, WritesIntoTheCallersBuffer) {
+    TUnitSystem system;
+    ValueText buffer;
+    const std::string_view text = system.formatValueWithUnits(UnitTypeId::Distance, 12.345, buffer);
+    EXPECT_EQ(text, "12.35 m");
+    EXPECT_EQ(text.data(), buffer.data());
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Distance, 12.345, std::span(buffer).first(6)), "12.35");
+}
+
+TEST(UnitSystem, TellsListenersInOrderWhatChanged) {
+    TUnitSystem system;
+    std::string log;
+    Recorder a("a", log), b("b", log);
+    system.addListener(a);
+    system.addListener(b);
+    system.setUnit(UnitTypeId::Fuel, UnitId::Gallon);
+    system.setDecimals(UnitTypeId::Fuel, 3);
+    system.setFractionDiameters(true);
+    system.setFractionDiameters(true);
+    system.replace({});
+    EXPECT_EQ(log, "a1(Fuel)b1(Fuel)a2(Fuel)b2(Fuel)a3b3a0b0");
+}
+
+TEST(UnitSystem, ListenersMayLeaveAndComeWhileCalled) {
+    TUnitSystem system;
+    std::string log;
+    Recorder a("a", log), b("b", log), c("c", log), d("d", log);
+    for (Recorder* listener : {&a, &b, &c})
+        system.addListener(*listener);
+    a.onCall = [&] {
+        system.removeListener(a);
+        system.removeListener(b);
+        system.addListener(d);
+    };
+    system.resetToSI();
+    EXPECT_EQ(log, "a0c0d0");
+    system.resetToSI();
+    EXPECT_EQ(log, "a0c0d0c0d0");
+}
+
+TEST(UnitSystem, DecimalsAreReadAsAPersonEntersThem) {
+    EXPECT_EQ(decimalsFromText("4"), 4);
+    EXPECT_EQ(decimalsFromText(" 2.9"), 2);
+    EXPECT_EQ(decimalsFromText("0"), 0);
+    EXPECT_EQ(decimalsFromText("10"), 9);
+    EXPECT_EQ(decimalsFromText("-1"), 9);
+    EXPECT_EQ(decimalsFromText("1e999"), 9);
+    EXPECT_FALSE(decimalsFromText(""));
+    EXPECT_FALSE(decimalsFromText("  "));
+}
+
+} // namespace
+} // namespace quobrix
