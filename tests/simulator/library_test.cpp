@@ -1,0 +1,238 @@
+#include "fixture.h"
+
+#include "simulator/history.h"
+#include "simulator/serial_number.h"
+
+#include <array>
+#include <ctime>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <tuple>
+
+namespace quobrix::sim {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::int32_t probe() {
+    char serial[QUOBRIX_SERIAL_SIZE];
+    std::int32_t time = 0;
+    return QuobrixGetSerialNumberAndTime(serial, &time);
+}
+
+struct Values {
+    std::array<double, 7> figures{};
+    std::array<std::int32_t, 10> codes{};
+    std::uint8_t flags = 0;
+
+    std::int32_t get() {
+        return std::apply(
+            [&](auto&... f) {
+                return std::apply([&](auto&... c) { return QuobrixGetConfiguration(&f..., &c..., &flags); }, codes);
+            },
+            figures);
+    }
+    std::int32_t set() const { return std::apply(QuobrixSetConfiguration, std::tuple_cat(figures, codes)); }
+};
+
+TEST_F(SimulatorTest, PortStatesHaveTheirCodes) {
+    EXPECT_EQ(probe(), QUOBRIX_OK);
+    change([](Port& port) { port.attached.reset(); });
+    EXPECT_EQ(probe(), QUOBRIX_TIMEOUT);
+    EXPECT_EQ(QuobrixEnableLED(1), QUOBRIX_TIMEOUT);
+    EXPECT_EQ(QuobrixOpenPort(kPort), QUOBRIX_OK) << "an empty port opens";
+
+    QuobrixClosePort();
+    EXPECT_EQ(probe(), QUOBRIX_PORT_NOT_OPENED);
+    EXPECT_EQ(QuobrixOpenPort("COM4"), QUOBRIX_PORT_DOES_NOT_EXIST);
+    EXPECT_EQ(QuobrixOpenPort("../COM3"), QUOBRIX_PORT_DOES_NOT_EXIST);
+    {
+        const auto other = store_.open(kPort);
+        ASSERT_TRUE(other);
+        EXPECT_EQ(QuobrixOpenPort(kPort), QUOBRIX_PORT_IN_USE);
+    }
+    EXPECT_EQ(QuobrixOpenPort(kPort), QUOBRIX_OK);
+    EXPECT_FALSE(store_.open(kPort)) << "the library holds the port";
+    EXPECT_TRUE(store_.remove(kPort));
+    EXPECT_EQ(probe(), QUOBRIX_PORT_DOES_NOT_EXIST);
+}
+
+TEST_F(SimulatorTest, DamagedFileIsAnErrorWithAText) {
+    const auto file = folder_ / "COM3.logger";
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
+    const std::int32_t result = probe();
+    EXPECT_STREQ(QuobrixResultDescription(result), "The simulated logger's file is damaged");
+    EXPECT_EQ(QuobrixSetTime(0), result);
+}
+
+TEST_F(SimulatorTest, ConfigurationRoundTripsAndLogsWhatChanged) {
+    Values values;
+    ASSERT_EQ(values.get(), QUOBRIX_OK);
+    EXPECT_THAT(values.figures, ElementsAre(45, 60, 70, 2.745862, 4.707192, 2.745862, 4.707192));
+    EXPECT_EQ(values.set(), QUOBRIX_OK);
+    EXPECT_THAT(Download().activityCodes(), IsEmpty()) << "nothing changed";
+
+    values.figures[2] = 75.5;
+    values.figures[6] = 5;
+    values.codes[4] = 0x42;
+    EXPECT_EQ(values.set(), QUOBRIX_OK);
+    Values read;
+    ASSERT_EQ(read.get(), QUOBRIX_OK);
+    EXPECT_EQ(read.figures, values.figures);
+    EXPECT_EQ(read.codes, values.codes);
+    EXPECT_THAT(Download().activityCodes(), ElementsAre(-1, -3, -4));
+    values.codes[9] = 3;
+    values.figures[3] = 2;
+    EXPECT_EQ(values.set(), QUOBRIX_OK);
+    EXPECT_THAT(Download().activityCodes(), ElementsAre(-1, -3, -4, -2, -5));
+}
+
+TEST_F(SimulatorTest, SettingTheClockClearsTheMemory) {
+    change([](Port& port) { ASSERT_TRUE(generateHistory(*port.logger(), {.trips = 2, .end = 1700000000})); });
+    ASSERT_EQ(recordsOf(Download().trips).size(), 2u);
+    const auto wanted = static_cast<std::int32_t>(std::time(nullptr)) - 5000;
+    EXPECT_EQ(QuobrixSetTime(wanted), QUOBRIX_OK);
+    char serial[QUOBRIX_SERIAL_SIZE];
+    std::int32_t time = 0;
+    EXPECT_EQ(QuobrixGetSerialNumberAndTime(serial, &time), QUOBRIX_OK);
+    EXPECT_NEAR(time, wanted, 2);
+    EXPECT_STREQ(serial, "K-0042-B");
+    EXPECT_THAT(recordsOf(Download().trips), IsEmpty());
+    EXPECT_THAT(Download().activityCodes(), ElementsAre(4));
+}
+
+TEST_F(SimulatorTest, ClearingLeavesOnlyItsTrace) {
+    change([](Port& port) { ASSERT_TRUE(generateHistory(*port.logger(), {.trips = 300, .end = 1700000000})); });
+    const auto stopCount = [] {
+        const Download download;
+        return recordsOf(download.stops[0]).size() + recordsOf(download.stops[1]).size();
+    };
+    EXPECT_GT(stopCount(), 1u);
+    EXPECT_EQ(QuobrixClearAccidentLogs(), QUOBRIX_OK);
+    EXPECT_EQ(stopCount(), 0u);
+    EXPECT_EQ(recordsOf(Download().trips).size(), 300u);
+    EXPECT_EQ(QuobrixClearLogs(), QUOBRIX_OK);
+    EXPECT_THAT(recordsOf(Download().trips), IsEmpty());
+    EXPECT_THAT(Download().activityCodes(), ElementsAre(5));
+    std::int32_t capacity = 0;
+    std::int32_t used = 0;
+    EXPECT_EQ(QuobrixGetMemoryInformation(&capacity, &used), QUOBRIX_OK);
+    EXPECT_LE(used, 300) << "a cleared logger counts as holding nothing";
+    EXPECT_GT(capacity, used);
+}
+
+TEST_F(SimulatorTest, DownloadsAreRepeatable) {
+    change([](Port& port) { ASSERT_TRUE(generateHistory(*port.logger(), {.trips = 100, .end = 1700000000})); });
+    const Download first;
+    const Download second;
+    for (const auto& set : {&Download::trips, &Download::events}) {
+        ASSERT_EQ((first.*set)->size, (second.*set)->size);
+        EXPECT_EQ(std::memcmp((first.*set).get(), (second.*set).get(), (first.*set)->size), 0);
+    }
+    change([](Port& port) { port.logger()->logsDownloads = true; });
+    const auto before = Download().activityCodes();
+    const auto after = Download().activityCodes();
+    EXPECT_EQ(after.size(), before.size() + 1);
+    EXPECT_EQ(after.back(), 6);
+}
+
+TEST_F(SimulatorTest, SettingsAreKept) {
+    std::uint8_t byte = 9;
+    std::int32_t number = 0;
+    EXPECT_EQ(QuobrixEnableLED(0), QUOBRIX_OK);
+    EXPECT_EQ(QuobrixLEDIsEnabled(&byte), QUOBRIX_OK);
+    EXPECT_EQ(byte, 0);
+    EXPECT_EQ(QuobrixEnableVinMode(0), QUOBRIX_OK);
+    EXPECT_EQ(QuobrixVinModeIsEnabled(&byte), QUOBRIX_OK);
+    EXPECT_EQ(byte, 0);
+    EXPECT_EQ(QuobrixSetBeepVolume(3), QUOBRIX_OK);
+    EXPECT_EQ(QuobrixGetBeepVolume(&number), QUOBRIX_OK);
+    EXPECT_EQ(number, 3);
+    EXPECT_EQ(QuobrixBeepIsEnabled(&byte), QUOBRIX_OK);
+    EXPECT_EQ(byte, 1);
+    EXPECT_EQ(QuobrixSetCarType(12), QUOBRIX_OK);
+    EXPECT_EQ(QuobrixGetCarType(&number), QUOBRIX_OK);
+    EXPECT_EQ(number, 12);
+    EXPECT_EQ(QuobrixGetTroubleByte(&byte), QUOBRIX_OK);
+    EXPECT_EQ(byte, 0);
+    EXPECT_EQ(QuobrixClearTroubleCodes(1), QUOBRIX_OK);
+    change([](Port& port) {
+        EXPECT_TRUE(port.logger()->armed);
+        port.logger()->product = "QBX-4730";
+    });
+    EXPECT_EQ(QuobrixVinModeIsEnabled(&byte), QUOBRIX_NO_VIN_MODE_ANSWER);
+}
+
+TEST_F(SimulatorTest, AnotherLoggerDoesNotDisturbTheFirst) {
+    EXPECT_EQ(QuobrixSetBeepVolume(7), QUOBRIX_OK);
+    change([](Port& port) { port.attach("A-0001-A"); });
+    std::int32_t volume = 0;
+    EXPECT_EQ(QuobrixGetBeepVolume(&volume), QUOBRIX_OK);
+    EXPECT_NE(volume, 7);
+    change([](Port& port) { port.attach("K-0042-B"); });
+    EXPECT_EQ(QuobrixGetBeepVolume(&volume), QUOBRIX_OK);
+    EXPECT_EQ(volume, 7);
+}
+
+TEST_F(SimulatorTest, SavedLogsAreImportedAndOtherFilesRefused) {
+    Logger logger;
+    ASSERT_TRUE(generateHistory(logger, {.trips = 3, .end = 1700000000}));
+    std::vector<ByteView> records;
+    const auto split = splitRecords(logger.memory);
+    ASSERT_TRUE(split);
+    for (const EncodedRecord& record : *split)
+        if (record.kind != RecordKind::Stop)
+            records.push_back(record.bytes);
+    Bytes image = makeImage("Z-9999-Z", records);
+    const std::string path = (folder_ / "log.txt").string();
+    const auto write = [&] {
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(image.data()), image.size());
+    };
+    write();
+    void* buffer = nullptr;
+    ASSERT_EQ(QuobrixGetLogBufferFromFile(&buffer, path.c_str()), QUOBRIX_OK);
+    const Block owner(buffer);
+    QuobrixRecordSet* trips = nullptr;
+    QuobrixRecordSet* events = nullptr;
+    ASSERT_EQ(QuobrixGetLogRecords(buffer, &trips, &events), QUOBRIX_OK);
+    const RecordSet ownTrips(trips);
+    const RecordSet ownEvents(events);
+    EXPECT_EQ(trips->recordCount, 3u);
+    EXPECT_NE(QuobrixGetAccidentLogRecords(buffer, &trips, &events), QUOBRIX_OK);
+    EXPECT_EQ(trips, nullptr);
+
+    const auto refused = [&] { return QuobrixGetLogBufferFromFile(&buffer, path.c_str()) != QUOBRIX_OK && !buffer; };
+    image[image.size() / 2] ^= 1;
+    write();
+    EXPECT_TRUE(refused());
+    image.pop_back();
+    write();
+    EXPECT_TRUE(refused());
+    image.resize(7);
+    write();
+    EXPECT_TRUE(refused());
+    EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, folder_.string().c_str()), QUOBRIX_OK);
+    EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, std::string(261, 'a').c_str()), QUOBRIX_OK);
+}
+
+TEST(SerialNumber, EveryTextHasItsNumber) {
+    std::int32_t expected = 1;
+    std::string text = "A-0000-A";
+    for (text[0] = 'A'; text[0] <= 'Z'; ++text[0])
+        for (int digits = 0; digits < 10000; ++digits) {
+            std::snprintf(text.data() + 2, 5, "%04d", digits);
+            text[6] = '-';
+            for (text[7] = 'A'; text[7] <= 'Z'; ++text[7], ++expected) {
+                ASSERT_EQ(serialToNumber(text), expected);
+                ASSERT_EQ(serialToText(expected), text);
+            }
+        }
+    EXPECT_FALSE(serialToText(0));
+    EXPECT_FALSE(serialToText(expected));
+    for (const char* bad : {"", "AA-99-A", "a-0042-B", "K-004X-B", "K-0042-B ", "K_0042-B", "K-0042-["})
+        EXPECT_FALSE(serialToNumber(bad)) << bad;
+}
+
+} // namespace
+} // namespace quobrix::sim
