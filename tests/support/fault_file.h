@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/file.h"
+
+#include <functional>
+#include <random>
+#include <vector>
+
+namespace quobrix::test {
+
+/// A disk that remembers what is durable and what is only on its way, and fails when told to.
+class FaultDisk {
+public:
+    explicit FaultDisk(unsigned seed) : random_(seed) {}
+
+    /// What a file over this disk reads back, whether durable or not.
+    const Bytes& current() const { return current_; }
+
+    /// What a power cut leaves now: everything up to the last flush, and of the writes since then any part, in any
+    /// order. Only a write of 512 bytes at the beginning is whole or not there at all.
+    Bytes powerCut();
+
+    /// Called after each write and flush that succeeds.
+    std::function<void()> afterEachChange;
+    /// Fails operation number failAt (reads, writes, sizes and flushes count, from 1) and failures - 1 after it.
+    /// A failing write leaves a part; after a failing flush the writes before it may never become durable.
+    std::size_t failAt = 0;
+    std::size_t failures = 1;
+    ErrorKind failWith = ErrorKind::Io;
+    std::size_t operations = 0;
+    std::size_t changes = 0; ///< writes and flushes that succeeded
+
+    std::unique_ptr<File> file();
+
+private:
+    friend class FaultFile;
+    struct Write {
+        std::uint64_t offset;
+        Bytes bytes;
+    };
+
+    bool fails();
+    void changed();
+    static void apply(Bytes& to, const Write& write, std::size_t begin, std::size_t end);
+    void applySome(Bytes& to);
+
+    std::mt19937 random_;
+    Bytes current_;
+    Bytes durable_;
+    std::vector<Write> onTheWay_;
+};
+
+} // namespace quobrix::test
