@@ -95,7 +95,7 @@ std::string ParameterSeriesColumn::text(RowIndex row, const TextContext& context
     const std::size_t sample = sampleAt(row);
     if (sample == raw_.size())
         return {};
-    if (twoValues_ && parameter_ == 11) {
+    if (twoValues_ && parameter_ == kFuelSystemStatusParameter) {
         const std::uint16_t status = raw_[sample];
         return std::string(fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF))) + " / " +
                std::string(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));

@@ -12,6 +12,8 @@ namespace quobrix {
 
 /// Sampled engine parameters, identifiers 1 to 24. Any other identifier has no name, converts to 0 and stores as 0.
 inline constexpr int kParameterCount = 24;
+/// The one parameter that is a pair of codes instead of a figure: the status of fuel systems 1 and 2.
+inline constexpr std::int32_t kFuelSystemStatusParameter = 11;
 
 /// "Engine Speed"; empty for 11 and for unknown identifiers.
 std::string_view parameterName(std::int32_t parameter);

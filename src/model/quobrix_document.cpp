@@ -17,22 +17,26 @@ constexpr LogName kLogNames[] = {
 };
 constexpr std::string_view kOtherLog = "Other tables";
 
+bool refersTo(const PersistentObject& object, ObjectId id) {
+    const std::vector<Reference> references = object.references();
+    return std::any_of(references.begin(), references.end(), [&](const Reference& r) { return r.id == id; });
+}
+
+/// The root table T. Its row count is looked at now, so that a damaged one is known to be before anything is changed.
+template <class T>
+T* rootTable(ObjectStore& store) {
+    store.singleton<T>().rowCount();
+    return &store.singleton<T>();
+}
+
+} // namespace
+
 std::string_view logOfClass(std::string_view className) {
     for (const LogName& entry : kLogNames)
         if (className.starts_with(entry.classPrefix))
             return entry.log;
     return kOtherLog;
 }
-
-bool refersTo(const PersistentObject& object, ObjectId id) {
-    if (const auto* table = dynamic_cast<const Table*>(&object))
-        return table->refersTo(id);
-    if (const auto* column = dynamic_cast<const ObjectColumn*>(&object))
-        return std::find(column->values().begin(), column->values().end(), id) != column->values().end();
-    return false;
-}
-
-} // namespace
 
 const TypeRegistry& modelTypes() {
     static const TypeRegistry registry = [] {
@@ -77,12 +81,12 @@ const TypeRegistry& modelTypes() {
 TQuobrixDocument::TQuobrixDocument() : TDocument(modelTypes()) { newDocument(); }
 
 void TQuobrixDocument::bind() {
-    drivers_ = &store().singleton<DriverNamesTable>();
-    vehicles_ = &store().singleton<TVehicleNamesTable>();
-    loggers_ = &store().singleton<TQuobrixNamesTable>();
-    trips_ = &store().singleton<TTripLogTable>();
-    troubles_ = &store().singleton<TTroubleLogTable>();
-    activity_ = &store().singleton<TSecurityLogTable>();
+    drivers_ = rootTable<DriverNamesTable>(store());
+    vehicles_ = rootTable<TVehicleNamesTable>(store());
+    loggers_ = rootTable<TQuobrixNamesTable>(store());
+    trips_ = rootTable<TTripLogTable>(store());
+    troubles_ = rootTable<TTroubleLogTable>(store());
+    activity_ = rootTable<TSecurityLogTable>(store());
     dataChanged_ = false;
     for (const Table* root :
          std::initializer_list<const Table*>{drivers_, vehicles_, loggers_, trips_, troubles_, activity_})

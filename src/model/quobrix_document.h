@@ -58,6 +58,9 @@ private:
     bool dataChanged_ = false;
 };
 
+/// The log or name table that objects of a class belong to ("Trip Log", …); "Other tables" for all others.
+std::string_view logOfClass(std::string_view className);
+
 /// A file whose name is "Example" or "Example.car", in any case, is the example.
 bool isExampleName(std::string_view fileName);
 

@@ -1,0 +1,108 @@
+#include "model/document_check.h"
+
+#include <fmt/format.h>
+
+#include <set>
+#include <unordered_map>
+
+namespace quobrix {
+namespace {
+
+class Checker {
+public:
+    explicit Checker(TQuobrixDocument& document) : store_(document.store()) {}
+
+    DocumentCheck run() {
+        result_.objects = store_.objectCount();
+        loadEverything();
+        followReferences();
+        checkSingletons();
+        for (const Damage& damage : store_.damage())
+            result_.damages.push_back({damage.id, logOf(damage), damage.what});
+        result_.damages.insert(result_.damages.end(), contradictions_.begin(), contradictions_.end());
+        noteLeftovers();
+        return std::move(result_);
+    }
+
+private:
+    void loadEverything() {
+        for (const ObjectId id : store_.objectIds())
+            store_.find(id);
+        // A table finds out about its columns' lengths and classes when it is asked for them.
+        for (PersistentObject* object : store_.loadedObjects())
+            if (auto* table = dynamic_cast<Table*>(object)) {
+                table->rowCount();
+                table->unreadableColumns();
+            }
+    }
+
+    void followReferences() {
+        for (const PersistentObject* object : store_.loadedObjects())
+            for (const Reference& reference : object->references())
+                follow(*object, reference);
+    }
+
+    void follow(const PersistentObject& owner, const Reference& reference) {
+        const auto contradiction = [&](std::string what) {
+            contradictions_.push_back({owner.id(), std::string(logOfClass(owner.type().name)), std::move(what)});
+        };
+        // Of its columns a table tells itself: whether they are of their class, and nobody else's.
+        const bool isTable = dynamic_cast<const Table*>(&owner) != nullptr;
+        const auto [known, first] = owners_.emplace(reference.id, &owner);
+        if (!first && !isTable)
+            return contradiction(fmt::format("{} and {} both refer to object {}", owner.type().name,
+                                             known->second->type().name, reference.id));
+        if (store_.unreadable(reference.id))
+            return; // told as damage of its own
+        const PersistentObject* object = store_.find(reference.id);
+        if (!object)
+            return contradiction(
+                fmt::format("{} refers to object {}, which does not exist", owner.type().name, reference.id));
+        if (object->type().id() != reference.typeId && !isTable)
+            contradiction(fmt::format("{} refers to object {}, which is a {}", owner.type().name, reference.id,
+                                      object->type().name));
+    }
+
+    void checkSingletons() {
+        for (const auto& [typeId, id] : store_.singletonIds()) {
+            const PersistentType* type = store_.types().find(typeId);
+            const PersistentObject* object = store_.find(id);
+            if (type && object && object->type().id() != typeId)
+                store_.noteBadReference(id, typeId,
+                                        fmt::format("a {} stands for the {}", object->type().name, type->name));
+        }
+    }
+
+    void noteLeftovers() {
+        std::set<ObjectId> singletons;
+        for (const auto& [typeId, id] : store_.singletonIds())
+            singletons.insert(id);
+        for (const PersistentObject* object : store_.loadedObjects())
+            if (!singletons.contains(object->id()) && !owners_.contains(object->id()))
+                result_.notes.push_back({object->id(), std::string(logOfClass(object->type().name)),
+                                         fmt::format("nothing refers to this {}", object->type().name)});
+        for (const std::string& name : store_.strayStreams())
+            result_.notes.push_back({kNoObject, {}, fmt::format("the stream \"{}\" belongs to no object", name)});
+    }
+
+    /// By the class of the damaged object; where that is not known, of what refers to it.
+    std::string logOf(const Damage& damage) const {
+        if (damage.id == kNoObject)
+            return {};
+        if (const PersistentType* type = store_.types().find(damage.typeId))
+            return std::string(logOfClass(type->name));
+        const auto owner = owners_.find(damage.id);
+        return owner == owners_.end() ? std::string() : std::string(logOfClass(owner->second->type().name));
+    }
+
+    ObjectStore& store_;
+    DocumentCheck result_;
+    std::vector<CheckFinding> contradictions_;
+    std::unordered_map<ObjectId, const PersistentObject*> owners_;
+};
+
+} // namespace
+
+DocumentCheck checkDocument(TQuobrixDocument& document) { return Checker(document).run(); }
+
+} // namespace quobrix
