@@ -201,8 +201,22 @@ void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, std::string what
     if (!entry || entry->unreadable)
         return;
     entry->unreadable = true;
-    entry->object.reset();
+    if (entry->object)
+        withdrawn_.push_back(std::move(entry->object));
     damage_.push_back({id, typeId, std::move(what)});
+}
+
+void ObjectStore::noteBadReference(ObjectId id, std::uint32_t typeId, std::string what) {
+    if (badReferences_.emplace(id, typeId).second)
+        damage_.push_back({id, typeId, std::move(what)});
+}
+
+std::vector<std::string> ObjectStore::strayStreams() const {
+    std::vector<std::string> stray;
+    for (std::string& name : file_ ? file_->names() : std::vector<std::string>())
+        if (const ObjectId id = idOfStream(name); id != kNoObject && !slot(id))
+            stray.push_back(std::move(name));
+    return stray;
 }
 
 PersistentObject* ObjectStore::find(ObjectId id) {
@@ -244,8 +258,7 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
 PersistentObject* ObjectStore::findTyped(ObjectId id, const PersistentType& type) {
     PersistentObject* object = find(id);
     if (object && object->type().id() != type.id()) {
-        // The reference is wrong, not the object: it stays readable under its own class.
-        damage_.push_back({id, type.id(), fmt::format("a {} is referred to as {}", object->type().name, type.name)});
+        noteBadReference(id, type.id(), fmt::format("a {} is referred to as {}", object->type().name, type.name));
         return nullptr;
     }
     return object;

@@ -7,6 +7,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quobrix {
@@ -94,8 +95,15 @@ public:
     /// An index stream was damaged: what the document holds is a reconstruction.
     bool indexDamaged() const { return indexDamaged_; }
     bool unreadable(ObjectId id) const;
-    /// Notes that ID (known to the index) holds content that contradicts the rest of the document.
+    /// Notes that ID (known to the index) holds content that contradicts the rest of the document. It reads as nothing
+    /// from now on; the object itself stays in memory, for those that hold it already.
     void noteDamage(ObjectId id, std::uint32_t typeId, std::string what);
+    /// Notes that something refers to ID as to an object of the class TYPE_ID, which it is not. The object stays
+    /// readable for those that refer to it rightly.
+    void noteBadReference(ObjectId id, std::uint32_t typeId, std::string what);
+    /// Streams named like objects that the index does not know of. No save touches them, unless a new object takes the
+    /// name.
+    std::vector<std::string> strayStreams() const;
 
 private:
     struct Slot {
@@ -121,6 +129,8 @@ private:
     std::map<std::uint32_t, std::unique_ptr<PersistentObject>> standIns_;
     std::set<ObjectId> deletedStreams_;
     std::vector<Damage> damage_;
+    std::set<std::pair<ObjectId, std::uint32_t>> badReferences_;
+    std::vector<std::unique_ptr<PersistentObject>> withdrawn_; // found damaged while something held them
     std::uint32_t nextId_ = 0;
     std::uint32_t version_ = kVersion;
     bool modified_ = false;

@@ -8,6 +8,7 @@
 #include <span>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace quobrix {
 
@@ -43,6 +44,12 @@ private:
     std::unordered_map<std::uint32_t, const PersistentType*> types_;
 };
 
+/// That an object owns another, and of which class that is to be.
+struct Reference {
+    ObjectId id;
+    std::uint32_t typeId;
+};
+
 /// A table, a column or a list of records that has a stream of its own in the document. Owned by its ObjectStore.
 class PersistentObject {
 public:
@@ -66,6 +73,8 @@ public:
     /// Reads what write() wrote under SCHEMA. False, or a reader that is not finished(), means damage; the object is
     /// then thrown away.
     virtual bool read(ByteReader& in, std::uint8_t schema) = 0;
+    /// The objects that this one owns, as its content names them; they need not exist.
+    virtual std::vector<Reference> references() const { return {}; }
 
 protected:
     /// Called once for an object that the store has just created (not loaded): the place to create what it owns.

@@ -57,17 +57,31 @@ std::string ElapsedTimeColumn::text(RowIndex row, const TextContext&) const {
 }
 
 void ObjectColumn::removeRows(RowIndex at, std::size_t count) {
-    if (store())
-        for (RowIndex row = at; row < at + count; ++row)
-            if (has(row))
-                store()->destroy(this->at(row));
+    for (RowIndex row = at; row < at + count; ++row)
+        destroyObject(row);
     ArrayColumn::removeRows(at, count);
 }
 
 void ObjectColumn::deleting() {
+    for (RowIndex row = 0; row < storedRows(); ++row)
+        destroyObject(row);
+}
+
+void ObjectColumn::destroyObject(RowIndex row) {
+    if (!store() || !has(row))
+        return;
+    // A cell of a damaged file may name any object; what is not of the cell's class belongs to something else.
+    const PersistentObject* object = store()->find(at(row));
+    if (object && object->type().id() == objectType().id())
+        store()->destroy(at(row));
+}
+
+std::vector<Reference> ObjectColumn::references() const {
+    std::vector<Reference> result;
     for (const ObjectId id : values())
         if (id != kNoObject)
-            store()->destroy(id);
+            result.push_back({id, objectType().id()});
+    return result;
 }
 
 std::string RowNumberColumn::text(RowIndex row, const TextContext& context) const {

@@ -166,9 +166,15 @@ public:
     Value value(RowIndex) const override { return {}; }
     std::string text(RowIndex, const TextContext&) const override { return {}; }
     void removeRows(RowIndex at, std::size_t count) override;
+    std::vector<Reference> references() const override;
 
 protected:
     void deleting() override;
+    /// The class of the objects.
+    virtual const PersistentType& objectType() const = 0;
+
+private:
+    void destroyObject(RowIndex row);
 };
 
 /// An object column whose cells are objects of class T.
@@ -180,6 +186,9 @@ public:
     T* object(RowIndex row) const;
     /// The object of ROW, made if the cell has none. If it has one that cannot be read, a new one takes its place.
     T& makeObject(RowIndex row);
+
+protected:
+    const PersistentType& objectType() const final { return T::kType; }
 };
 
 /// A column that computes its cells from its siblings. TABLE kinds aside, the base of every column without an array.

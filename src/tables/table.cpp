@@ -40,8 +40,10 @@ Column& Table::load(std::size_t index) const {
         return *entry.column;
     const PersistentType& type = spec().column(index);
     PersistentObject* object = store() && entry.id != kNoObject ? store()->find(entry.id) : nullptr;
-    if (object && object->type().id() != type.id()) {
-        store()->noteDamage(entry.id, type.id(), fmt::format("it is not the {} that its table names", type.name));
+    if (object && (object->type().id() != type.id() || static_cast<Column*>(object)->table_)) {
+        store()->noteBadReference(entry.id, type.id(),
+                                  fmt::format("{} names a {} as its {}, which belongs elsewhere", spec().type.name,
+                                              object->type().name, type.name));
         object = nullptr;
     }
     if (object) {
@@ -92,11 +94,14 @@ std::vector<std::size_t> Table::unreadableColumns() const {
     return result;
 }
 
-bool Table::refersTo(ObjectId wanted) const {
-    for (const Entry& entry : entries_)
-        if (entry.id == wanted)
-            return true;
-    return false;
+std::vector<Reference> Table::references() const {
+    std::vector<Reference> result;
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        if (entries_[i].id != kNoObject)
+            result.push_back({entries_[i].id, spec().columns[i]->id()});
+    for (const Foreign& foreign : foreign_)
+        result.push_back({foreign.id, foreign.typeId});
+    return result;
 }
 
 void Table::makeWritable() {
@@ -148,9 +153,9 @@ void Table::created() {
 }
 
 void Table::deleting() {
-    for (const Entry& entry : entries_)
-        if (entry.id != kNoObject)
-            store()->destroy(entry.id);
+    for (std::size_t i = 0; i < entries_.size(); ++i)
+        if (entries_[i].id != kNoObject && (load(i), !entries_[i].standIn)) // not what belongs elsewhere
+            store()->destroy(entries_[i].id);
 }
 
 void Table::write(ByteWriter& out) const {

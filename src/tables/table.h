@@ -43,8 +43,8 @@ public:
     std::size_t indexOf(std::string_view key) const;
     /// Columns that could not be read, by index. Loads all.
     std::vector<std::size_t> unreadableColumns() const;
-    /// One of its columns is, or was, the object ID.
-    bool refersTo(ObjectId id) const;
+    /// Its columns, readable or not.
+    std::vector<Reference> references() const override;
 
     /// Inserts COUNT rows without values before row AT.
     void insertRows(RowIndex at, std::size_t count);
