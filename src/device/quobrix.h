@@ -70,7 +70,7 @@ typedef struct QuobrixArray {
 typedef struct QuobrixParameterSeries {
     int32_t parameter;        /* identifier 1 to 24; 0: this series is not recorded */
     int32_t samplingInterval; /* s */
-    uint32_t twoValues;       /* 1: each sample carries two values (" 1 / 2") */
+    uint32_t twoValues;       /* 1: each sample carries two values (" 1 / 2"), the first in the low byte */
     uint32_t reserved;        /* 0 */
     QuobrixArray samples;     /* double: metric unit of the parameter (km/h, rpm, %, deg C, kPa, g/s, deg, V), at
                                  0, 1, 2 … intervals from the start; QUOBRIX_NO_VALUE where there is none */

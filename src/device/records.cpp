@@ -106,9 +106,7 @@ ParameterSeries readSeries(RecordReader& in, const QuobrixParameterSeries& raw, 
     ParameterSeries series{raw.parameter, raw.samplingInterval, raw.twoValues == 1, in.array<double>(raw.samples)};
     for (const double sample : series.samples)
         in.finite(sample, "a parameter sample is not a number");
-    const std::size_t width = series.twoValues ? 2 : 1;
-    in.require(series.samples.size() % width == 0, "a parameter series is malformed");
-    in.fits(series.samples.size() / width, series.samplingInterval, duration);
+    in.fits(series.samples.size(), series.samplingInterval, duration);
     return series;
 }
 

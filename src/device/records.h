@@ -24,7 +24,7 @@ struct RecordOrigin {
 struct ParameterSeries {
     std::int32_t parameter = 0;        ///< 1 to 24; 0: not recorded, and all else is empty
     std::int32_t samplingInterval = 0; ///< s, above 0
-    bool twoValues = false;            ///< each sample is two neighbouring values
+    bool twoValues = false;            ///< each sample is two bytes in one number: the first value is the low one
     std::vector<double> samples;       ///< km/h, rpm, %, deg C, kPa, g/s, deg or V; from the start, an interval apart
 };
 

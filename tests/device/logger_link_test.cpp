@@ -1,0 +1,150 @@
+#include "device/logger_link.h"
+
+#include "device/serial_number.h"
+#include "support/fake_logger_library.h"
+#include "support/scripted_prompter.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace quobrix::testing {
+namespace {
+
+TEST(LoggerLibrary, NamesTheMissingFileOrTheMissingFunctions) {
+    const auto missing = loadLoggerLibrary("/nowhere/libQuobrix.so");
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error().kind, ErrorKind::NotFound);
+    EXPECT_EQ(missing.error().detail, "The logger library /nowhere/libQuobrix.so was not found.");
+
+    const auto incomplete = loadLoggerLibrary(INCOMPLETE_LIBRARY);
+    ASSERT_FALSE(incomplete);
+    EXPECT_EQ(incomplete.error().kind, ErrorKind::Unsupported);
+    EXPECT_NE(incomplete.error().detail.find("lacks the functions QuobrixClosePort, QuobrixResultDescription, "),
+              std::string::npos)
+        << incomplete.error().detail;
+    EXPECT_EQ(incomplete.error().detail.find("QuobrixOpenPort"), std::string::npos);
+}
+
+TEST(LoggerLibrary, IsFoundByTheOverrideAsFileOrFolder) {
+    const std::filesystem::path folder = std::filesystem::path(INCOMPLETE_LIBRARY).parent_path();
+    EXPECT_EQ(loggerLibraryPath("/program", nullptr).parent_path(), "/program");
+    EXPECT_EQ(loggerLibraryPath("/program", "").parent_path(), "/program");
+    EXPECT_EQ(loggerLibraryPath("/program", INCOMPLETE_LIBRARY), INCOMPLETE_LIBRARY);
+    EXPECT_EQ(loggerLibraryPath("/program", folder.c_str()).parent_path(), folder);
+}
+
+TEST(LoggerLink, WorksWithoutLibraryAndSaysWhatIsWrong) {
+    LoggerLink link(Error{ErrorKind::NotFound, "There is none."});
+    LockedLogger logger(link);
+    EXPECT_EQ(logger.openPort("COM1"), kNoLibrary);
+    EXPECT_EQ(logger.probe(), kNoLibrary);
+    EXPECT_EQ(logger.identity().code, kNoLibrary);
+    EXPECT_EQ(logger.readLogs(LogMode::Ordinary).code, kNoLibrary);
+    EXPECT_FALSE(logger.troubleIsPresent());
+    EXPECT_EQ(logger.outcome(kNoLibrary).description, "There is none.");
+    EXPECT_FALSE(logger.status().loggerPresent());
+}
+
+class Link : public ::testing::Test {
+protected:
+    FakeLoggerLibrary fake_;
+    std::int64_t now_ = 1000;
+    LoggerLink link_{FakeLoggerLibrary::library(), [this] { return now_; }};
+    LockedLogger logger_{link_};
+};
+
+TEST_F(Link, ATimeOutLeavesThePortOpenAndAnyOtherFailureClosesIt) {
+    logger_.openPort("COM3");
+    EXPECT_EQ(logger_.probe(), QUOBRIX_TIMEOUT);
+    EXPECT_EQ(fake_.openPort, "COM3");
+
+    fake_.results["GetSerialNumberAndTime"] = -5;
+    EXPECT_EQ(logger_.probe(), -5);
+    EXPECT_EQ(fake_.openPort, "");
+    EXPECT_FALSE(logger_.status().portOpen);
+    EXPECT_EQ(logger_.status().probeDescription, "error -5");
+    EXPECT_EQ(logger_.status().port, "COM3") << "the port last opened stays the current one";
+}
+
+TEST_F(Link, AProbeOfAPortThatCannotBeOpenedSaysWhy) {
+    EXPECT_EQ(logger_.probe(), QUOBRIX_PORT_NOT_OPENED);
+    fake_.portProblems["COM4"] = QUOBRIX_PORT_IN_USE;
+    EXPECT_EQ(logger_.openPort("COM4"), QUOBRIX_PORT_IN_USE);
+    EXPECT_EQ(logger_.probe(), QUOBRIX_PORT_IN_USE);
+    logger_.closePort();
+    EXPECT_EQ(logger_.probe(), QUOBRIX_PORT_NOT_OPENED);
+}
+
+TEST_F(Link, NoAnswerToTheVinModeQuestionMeansDisabled) {
+    fake_.loggers["COM1"] = "K-0042-B";
+    logger_.openPort("COM1");
+    EXPECT_TRUE(logger_.vinModeIsEnabled().value);
+    fake_.results["VinModeIsEnabled"] = QUOBRIX_NO_VIN_MODE_ANSWER;
+    EXPECT_TRUE(logger_.vinModeIsEnabled().ok());
+    EXPECT_FALSE(logger_.vinModeIsEnabled().value);
+    fake_.results["VinModeIsEnabled"] = QUOBRIX_TIMEOUT;
+    EXPECT_EQ(logger_.vinModeIsEnabled().code, QUOBRIX_TIMEOUT);
+}
+
+// That the buffers are freed on every path is the leak checker's to see.
+TEST_F(Link, ADownloadReadsBothAccidentLogsUnlessTheFirstFails) {
+    fake_.loggers["COM1"] = "K-0042-B";
+    logger_.openPort("COM1");
+    fake_.trips = {8, 0, 0, 0, 0, 0, 0, 0};
+    fake_.results["GetLogRecords"] = -7; // what there is of the main log is taken all the same
+    const auto logs = logger_.readLogs(LogMode::Diagnostic);
+    ASSERT_TRUE(logs.ok());
+    EXPECT_EQ(bytesOf(logs.value.trips).size(), 8u);
+    EXPECT_EQ(bytesOf(logs.value.troublesAndActivity).size(), 0u);
+    EXPECT_EQ(fake_.count("GetLogBuffer 1"), 1);
+    EXPECT_EQ(fake_.count("GetAccidentLogRecords"), 2);
+
+    fake_.results["GetAccidentLogRecords"] = -7;
+    ASSERT_TRUE(logger_.readLogs(LogMode::Ordinary).ok());
+    EXPECT_EQ(fake_.count("GetLogBuffer -1"), 1);
+    EXPECT_EQ(fake_.count("GetAccidentLogRecords"), 3);
+}
+
+TEST_F(Link, ADownloadAttemptMakesTheLogsCurrentAndOnlyASuccessfulClearDoes) {
+    fake_.results["ClearLogs"] = -5;
+    logger_.clearLogs();
+    EXPECT_FALSE(logger_.status().logsCurrent);
+    fake_.results["GetLogBuffer"] = QUOBRIX_NOT_REPORTED;
+    EXPECT_EQ(logger_.readLogs(LogMode::Ordinary).code, QUOBRIX_NOT_REPORTED);
+    EXPECT_EQ(fake_.count("GetLogRecords"), 0);
+    EXPECT_TRUE(logger_.status().logsCurrent);
+}
+
+TEST_F(Link, ALogFileIsRefusedWhenEitherCallFailsOrItsPathIsTooLong) {
+    EXPECT_TRUE(logger_.readLogFile(std::string(260, 'x')).ok());
+    EXPECT_EQ(logger_.readLogFile(std::string(261, 'x')).code, kPathTooLong);
+    fake_.results["GetLogRecords"] = -7;
+    EXPECT_EQ(logger_.readLogFile("log.txt").code, -7);
+    fake_.results["GetLogBufferFromFile"] = -6;
+    EXPECT_EQ(logger_.readLogFile("log.txt").code, -6);
+    EXPECT_FALSE(logger_.status().logsCurrent);
+}
+
+TEST(SerialNumber, TypedOnesAreHeldAgainstTheirNeighboursBounds) {
+    for (const char* accepted : {"A-1234-B", "A-12X4-B", "A-123X-B", "A-X234-B", "A-1234-b"})
+        EXPECT_TRUE(isAcceptedTyped(accepted)) << accepted;
+    for (const char* refused : {"AA-99-A", "A-1X34-B", "a-1234-B", "A-1234-B ", "A-12.4-B", "A-123.-B", "A-.234-B",
+                                "A-1234_B", "A-1234-9", "A_1234-B", ""})
+        EXPECT_FALSE(isAcceptedTyped(refused)) << refused;
+    EXPECT_TRUE(isSerialNumber("A-1234-B"));
+    for (const char* malformed : {"A-12X4-B", "A-1234-b", "A-X234-B"})
+        EXPECT_FALSE(isSerialNumber(malformed)) << malformed;
+}
+
+TEST(SerialNumber, ARefusedOneIsNotConverted) {
+    FakeLoggerLibrary fake;
+    LoggerLink link(FakeLoggerLibrary::library());
+    DirectCalls calls(link);
+    ScriptedPrompter prompter{{MessageId::InvalidSerialNumber}};
+    EXPECT_EQ(convertTypedSerialNumber("AA-99-A", calls, prompter), std::nullopt);
+    EXPECT_TRUE(fake.calls.empty());
+    EXPECT_EQ(convertTypedSerialNumber("A-1234-B", calls, prompter), 1234);
+}
+
+} // namespace
+} // namespace quobrix::testing

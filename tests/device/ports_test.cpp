@@ -1,0 +1,142 @@
+#include "device/ports.h"
+
+#include "support/fake_logger_library.h"
+#include "support/scripted_prompter.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace quobrix::testing {
+namespace {
+
+class Ports : public ::testing::Test {
+protected:
+    Ports() { settings_.setText("Serial Ports", "Default", "COM3"); }
+
+    PortFlows flows(Prompter& prompter) {
+        return {calls_, prompter, settings_, [](std::int32_t number) { return number == 7 ? "Van" : ""; }};
+    }
+    std::vector<std::string> opened() const {
+        std::vector<std::string> ports;
+        for (const std::string& call : fake_.calls)
+            if (call.starts_with("OpenPort "))
+                ports.push_back(call.substr(9));
+        return ports;
+    }
+    LoggerStatus status() { return LockedLogger(link_).status(); }
+
+    FakeLoggerLibrary fake_;
+    Settings settings_{std::make_unique<MemorySettings>()};
+    LoggerLink link_{FakeLoggerLibrary::library()};
+    DirectCalls calls_{link_};
+};
+
+TEST_F(Ports, ALoggerOnTheDefaultPortIsFoundWithoutAsking) {
+    fake_.loggers = {{"COM1", "K-0001-B"}, {"COM3", "K-0042-B"}};
+    ScriptedPrompter silent;
+    EXPECT_TRUE(flows(silent).scan());
+    EXPECT_EQ(opened(), std::vector<std::string>{"COM3"});
+    EXPECT_EQ(status().serialNumber, 42);
+    EXPECT_EQ(defaultPort(settings_), "COM3");
+}
+
+TEST_F(Ports, AnotherPortBecomesTheDefaultWhenTheUserSaysSo) {
+    fake_.loggers = {{"COM1", "K-0007-B"}};
+    ScriptedPrompter prompter{{MessageId::PortDetected, Answer::Yes}};
+    EXPECT_TRUE(flows(prompter).scan());
+    EXPECT_EQ(prompter.shown[0], "A Quobrix (Van) was detected on COM1.\n\nUse COM1 instead of COM3?");
+    EXPECT_EQ(defaultPort(settings_), "COM1");
+    EXPECT_EQ(fake_.openPort, "COM1");
+}
+
+TEST_F(Ports, ARefusedPortIsPassedOverAndTheDefaultReopened) {
+    fake_.loggers = {{"COM1", "K-0042-B"}};
+    ScriptedPrompter prompter{{MessageId::PortDetected, Answer::No}};
+    EXPECT_FALSE(flows(prompter).scan());
+    EXPECT_EQ(prompter.shown[0], "A Quobrix (K-0042-B) was detected on COM1.\n\nUse COM1 instead of COM3?");
+    EXPECT_EQ(opened(), (std::vector<std::string>{"COM3", "COM1", "COM2", "COM4", "COM5", "COM6", "COM7", "COM8",
+                                                  "COM9", "COM10", "COM3"}));
+    EXPECT_EQ(fake_.openPort, "COM3") << "a time-out leaves it open: the logger may come";
+    EXPECT_EQ(defaultPort(settings_), "COM3");
+}
+
+TEST_F(Ports, NothingFoundOffersTheChoiceOfAPort) {
+    for (const char* port : kPortNames)
+        fake_.portProblems[port] = QUOBRIX_PORT_DOES_NOT_EXIST;
+    fake_.portProblems["COM5"] = QUOBRIX_PORT_IN_USE;
+    fake_.portProblems["COM6"] = -42;
+    fake_.portProblems.erase("COM8");
+    fake_.portProblems.erase("COM9");
+    fake_.loggers = {{"COM9", "K-0042-B"}};
+    ScriptedPrompter prompter{{{MessageId::PortDetected, Answer::No},
+                               {MessageId::NoPortDetected, Answer::Yes},
+                               {MessageId::PortDoesNotExist},
+                               {MessageId::PortInUse},
+                               {MessageId::PortError},
+                               {MessageId::UseSerialPortAnyway, Answer::No}},
+                              {"COM4", "COM5", "COM6", "COM8", "COM9"}};
+    EXPECT_TRUE(flows(prompter).scanOrChoose());
+    EXPECT_EQ(prompter.presets, (std::vector<std::string>{"COM3", "COM4", "COM5", "COM6", "COM8"}));
+    EXPECT_EQ(prompter.shown[4], "An error (error -42) was encountered\nwhile attempting to open this serial port.\n\n"
+                                 "Please select a different port.");
+    EXPECT_EQ(defaultPort(settings_), "COM9");
+}
+
+TEST_F(Ports, AnEmptyPortMayBeChosenAnywayAndIsKeptOpen) {
+    ScriptedPrompter prompter{{{MessageId::UseSerialPortAnyway, Answer::Yes}}, {"COM2"}};
+    EXPECT_TRUE(flows(prompter).choosePort());
+    EXPECT_EQ(defaultPort(settings_), "COM2");
+    EXPECT_EQ(fake_.openPort, "COM2");
+}
+
+TEST_F(Ports, CancellingTheChoiceChangesNothing) {
+    ScriptedPrompter prompter;
+    EXPECT_FALSE(flows(prompter).choosePort());
+    EXPECT_EQ(defaultPort(settings_), "COM3");
+    EXPECT_TRUE(fake_.calls.empty());
+}
+
+TEST_F(Ports, EnsuringALoggerAsksOnlyWhenPrompting) {
+    ScriptedPrompter prompter{{MessageId::CannotConnect, Answer::No}};
+    EXPECT_FALSE(flows(prompter).ensureLogger(false));
+    EXPECT_FALSE(flows(prompter).ensureLogger(true));
+
+    fake_.loggers = {{"COM6", "K-0042-B"}};
+    ScriptedPrompter choosing{{{MessageId::CannotConnect, Answer::Yes}}, {"COM6"}};
+    EXPECT_TRUE(flows(choosing).ensureLogger(true));
+    ScriptedPrompter silent;
+    EXPECT_TRUE(flows(silent).ensureLogger(true));
+}
+
+TEST_F(Ports, AMissingLibraryIsToldInsteadOfOfferingPorts) {
+    LoggerLink link(Error{ErrorKind::NotFound, "There is none."});
+    DirectCalls calls(link);
+    ScriptedPrompter prompter{{MessageId::LibraryMissing}, {MessageId::LibraryMissing}};
+    PortFlows flows(calls, prompter, settings_, [](std::int32_t) { return ""; });
+    EXPECT_FALSE(flows.scanOrChoose());
+    EXPECT_FALSE(flows.ensureLogger(false));
+    EXPECT_FALSE(flows.ensureLogger(true));
+}
+
+TEST(PortStatus, PutsTheLatestProbeInWords) {
+    const LoggerNames names = [](std::int32_t number) { return number == 7 ? "Van" : ""; };
+    LoggerStatus status;
+    status.port = "COM3";
+    status.serialText = "K-0042-B";
+    status.probeDescription = "odd";
+    const auto text = [&](ResultCode probe) {
+        status.probe = probe;
+        return portStatusText(status, names);
+    };
+    EXPECT_EQ(text(QUOBRIX_OK), "Quobrix Detected on COM3 : K-0042-B");
+    status.serialNumber = 7;
+    EXPECT_EQ(text(QUOBRIX_OK), "Quobrix Detected on COM3 : Van");
+    EXPECT_EQ(text(QUOBRIX_TIMEOUT), "No Quobrix Detected on COM3");
+    EXPECT_EQ(text(QUOBRIX_PORT_IN_USE), "COM3 Is In Use");
+    EXPECT_EQ(text(QUOBRIX_PORT_NOT_OPENED), "COM3 Port Not Opened");
+    EXPECT_EQ(text(QUOBRIX_PORT_DOES_NOT_EXIST), "COM3 Does Not Exist");
+    EXPECT_EQ(text(-5), "odd");
+}
+
+} // namespace
+} // namespace quobrix::testing

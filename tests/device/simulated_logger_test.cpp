@@ -1,0 +1,81 @@
+#include "device/logger_link.h"
+#include "device/ports.h"
+#include "device/records.h"
+#include "device/reporter.h"
+#include "support/scripted_prompter.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace quobrix::testing {
+namespace {
+
+/// The whole way from a logger that was driven to checked records, through a real shared library.
+class SimulatedLogger : public ::testing::Test {
+protected:
+    void SetUp() override {
+        std::string place = (std::filesystem::temp_directory_path() / "quobrix-device-XXXXXX").string();
+        ASSERT_NE(mkdtemp(place.data()), nullptr);
+        folder_ = place;
+        ASSERT_EQ(setenv("QUOBRIX_SIMULATOR", folder_.c_str(), 1), 0);
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+
+    void simulate(const std::string& arguments) {
+        ASSERT_EQ(std::system((SIMULATOR_PROGRAM " " + arguments + " > /dev/null").c_str()), 0) << arguments;
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
+    simulate("attach COM3 --serial K-0042-B --product QBX-4751 --clock-offset 600");
+    simulate("generate COM3 --trips 30 --seed 11");
+
+    auto library = loadLoggerLibrary(SIMULATOR_LIBRARY);
+    ASSERT_TRUE(library) << library.error().detail;
+    LoggerLink link(std::move(library));
+    DirectCalls calls(link);
+    Settings settings(std::make_unique<MemorySettings>());
+    ScriptedPrompter prompter{{MessageId::PortDetected, Answer::Yes}};
+    PortFlows flows(calls, prompter, settings, [](std::int32_t) { return ""; });
+    ASSERT_TRUE(flows.scan());
+    EXPECT_EQ(prompter.shown[0], "A Quobrix (K-0042-B) was detected on COM3.\n\nUse COM3 instead of COM1?");
+
+    LockedLogger logger(link);
+    EXPECT_NEAR(static_cast<double>(logger.status().loggerTime - wallClock()), 600, 5);
+    EXPECT_EQ(logger.serialNumberToText(logger.status().serialNumber).value, "K-0042-B");
+    EXPECT_EQ(logger.identity().value.productNumber, "QBX-4751");
+
+    auto configuration = logger.configuration();
+    ASSERT_TRUE(configuration.ok());
+    EXPECT_EQ(configuration.value.bandLimits, (std::array<double, 3>{45, 60, 70}));
+    configuration.value.bandLimits[0] = 50;
+    configuration.value.intervals[4] = 1;
+    ASSERT_EQ(logger.setConfiguration(configuration.value), QUOBRIX_OK);
+    EXPECT_EQ(logger.configuration().value, configuration.value);
+
+    const auto logs = logger.readLogs(LogMode::Ordinary);
+    ASSERT_TRUE(logs.ok()) << logger.describe(logs.code);
+    const LogRecords records = parseRecords(logs.value);
+    EXPECT_EQ(records.trips.size(), 30u);
+    EXPECT_FALSE(records.troubles.empty());
+    EXPECT_FALSE(records.activities.empty());
+    EXPECT_FALSE(records.stops.empty());
+    for (const StopRecord& stop : records.stops)
+        EXPECT_FALSE(stop.speedSamples.empty());
+    for (const RefusedRecords& refused : records.refused)
+        ADD_FAILURE() << recordKindName(refused.kind) << " " << refused.ordinal << ": " << refused.reason;
+
+    ASSERT_EQ(logger.clearLogs(), QUOBRIX_OK);
+    EXPECT_TRUE(parseRecords(logger.readLogs(LogMode::Ordinary).value).trips.empty());
+
+    simulate("detach COM3");
+    EXPECT_EQ(logger.probe(), QUOBRIX_TIMEOUT);
+    logger.closePort();
+}
+
+} // namespace
+} // namespace quobrix::testing

@@ -1,0 +1,22 @@
+// The first byte says where the input is cut in two record sets; they are read as a main log's and as an accident
+// log's.
+#include "device/records.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0)
+        return 0;
+    const quobrix::ByteView input(data + 1, size - 1);
+    const std::size_t cut = input.size() * data[0] / 255;
+    quobrix::LogRecords records;
+    quobrix::parseMainRecords(input.first(cut), input.subspan(cut), records);
+    quobrix::parseAccidentRecords(input.first(cut), input.subspan(cut), records);
+    // What was believed lies within its bounds.
+    for (const quobrix::TripRecord& trip : records.trips)
+        if (trip.endTime < trip.startTime || trip.origin.serialNumber.size() != 8)
+            std::abort();
+    return 0;
+}

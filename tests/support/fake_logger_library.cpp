@@ -1,0 +1,147 @@
+#include "support/fake_logger_library.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace quobrix::testing {
+namespace {
+
+FakeLoggerLibrary* current = nullptr;
+
+QuobrixRecordSet* allocated(const std::vector<std::uint8_t>& set) {
+    if (set.empty())
+        return nullptr;
+    void* block = std::malloc(set.size());
+    std::memcpy(block, set.data(), set.size());
+    return static_cast<QuobrixRecordSet*>(block);
+}
+
+} // namespace
+
+FakeLoggerLibrary::FakeLoggerLibrary() {
+    EXPECT_EQ(current, nullptr);
+    current = this;
+}
+
+FakeLoggerLibrary::~FakeLoggerLibrary() { current = nullptr; }
+
+int FakeLoggerLibrary::count(const std::string& call) const {
+    return static_cast<int>(std::count(calls.begin(), calls.end(), call));
+}
+
+ResultCode FakeLoggerLibrary::note(const std::string& function, const std::string& argument) {
+    EXPECT_EQ(++inside_, 1) << function << " while another call is under way";
+    calls.push_back(argument.empty() ? function : function + " " + argument);
+    if (during)
+        during(function);
+    --inside_;
+    const auto result = results.find(function);
+    return result == results.end() ? QUOBRIX_OK : result->second;
+}
+
+ResultCode FakeLoggerLibrary::presence() const {
+    if (openPort.empty())
+        return QUOBRIX_PORT_NOT_OPENED;
+    return loggers.count(openPort) ? QUOBRIX_OK : QUOBRIX_TIMEOUT;
+}
+
+ResultCode FakeLoggerLibrary::command(const std::string& function, const std::string& argument) {
+    const ResultCode scripted = note(function, argument);
+    return scripted != QUOBRIX_OK ? scripted : presence();
+}
+
+struct FakeFunctions {
+    static std::int32_t openPort(const char* port) {
+        FakeLoggerLibrary& fake = *current;
+        ResultCode code = fake.note("OpenPort", port);
+        EXPECT_EQ(fake.openPort, "") << "a port was left open";
+        if (const auto problem = fake.portProblems.find(port); problem != fake.portProblems.end())
+            code = problem->second;
+        fake.openPort = code == QUOBRIX_OK ? port : "";
+        return code;
+    }
+    static std::int32_t closePort() {
+        current->openPort.clear();
+        return current->note("ClosePort");
+    }
+    static const char* describe(std::int32_t code) {
+        static std::string text;
+        current->note("ResultDescription");
+        text = "error " + std::to_string(code);
+        return text.c_str();
+    }
+    static std::int32_t serialAndTime(char* serial, std::int32_t* time) {
+        const ResultCode code = current->command("GetSerialNumberAndTime");
+        if (code == QUOBRIX_OK) {
+            std::strcpy(serial, current->loggers[current->openPort].c_str());
+            *time = current->loggerTime;
+        }
+        return code;
+    }
+    static std::int32_t serialToInt(const char* serial, std::int32_t* number) {
+        *number = std::atoi(std::string(serial, 8).substr(2, 4).c_str());
+        return current->note("ConvertSerialNumberToInt", serial);
+    }
+    static std::int32_t identity(char* serial, char* product, std::int32_t* major, std::int32_t*, std::int32_t*,
+                                 std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*) {
+        std::strcpy(serial, "K-0042-B");
+        std::strcpy(product, current->product.c_str());
+        *major = 3;
+        return current->command("GetIdentityInformation");
+    }
+    static std::int32_t getConfiguration(double* band1, double*, double*, double*, double*, double*, double*,
+                                         std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*,
+                                         std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*,
+                                         std::uint8_t* flags) {
+        *band1 = 45;
+        *flags = current->flags;
+        return current->command("GetConfiguration");
+    }
+    static std::int32_t setTime(std::int32_t time) { return current->command("SetTime", std::to_string(time)); }
+    static std::int32_t vinMode(std::uint8_t* enabled) {
+        *enabled = 1;
+        return current->command("VinModeIsEnabled");
+    }
+    static std::int32_t clearLogs() { return current->command("ClearLogs"); }
+    static std::int32_t logBuffer(std::int32_t mode, void** main, void** accident1, void** accident2) {
+        if (current->handsOutBuffers)
+            for (void** buffer : {main, accident1, accident2})
+                *buffer = std::malloc(16);
+        return current->command("GetLogBuffer", std::to_string(mode));
+    }
+    static std::int32_t logFile(void** buffer, const char* path) {
+        *buffer = std::malloc(16);
+        return current->note("GetLogBufferFromFile", path);
+    }
+    static std::int32_t logRecords(const void*, QuobrixRecordSet** first, QuobrixRecordSet** second) {
+        *first = allocated(current->trips);
+        *second = allocated(current->troubles);
+        return current->note("GetLogRecords");
+    }
+    static std::int32_t accidentRecords(const void*, QuobrixRecordSet**, QuobrixRecordSet**) {
+        return current->note("GetAccidentLogRecords");
+    }
+};
+
+LoggerLibrary FakeLoggerLibrary::library() {
+    LoggerFunctions functions = absentLoggerFunctions();
+    functions.OpenPort = FakeFunctions::openPort;
+    functions.ClosePort = FakeFunctions::closePort;
+    functions.ResultDescription = FakeFunctions::describe;
+    functions.GetSerialNumberAndTime = FakeFunctions::serialAndTime;
+    functions.ConvertSerialNumberToInt = FakeFunctions::serialToInt;
+    functions.GetIdentityInformation = FakeFunctions::identity;
+    functions.GetConfiguration = FakeFunctions::getConfiguration;
+    functions.SetTime = FakeFunctions::setTime;
+    functions.VinModeIsEnabled = FakeFunctions::vinMode;
+    functions.ClearLogs = FakeFunctions::clearLogs;
+    functions.GetLogBuffer = FakeFunctions::logBuffer;
+    functions.GetLogBufferFromFile = FakeFunctions::logFile;
+    functions.GetLogRecords = FakeFunctions::logRecords;
+    functions.GetAccidentLogRecords = FakeFunctions::accidentRecords;
+    return {functions, nullptr};
+}
+
+} // namespace quobrix::testing

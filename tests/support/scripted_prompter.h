@@ -1,0 +1,72 @@
+#pragma once
+
+#include "messages/prompter.h"
+
+#include <algorithm>
+#include <deque>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quobrix::testing {
+
+/// Answers from a script and keeps what it was shown. What is not in the script fails the test, and so does what is
+/// left of it at the end.
+class ScriptedPrompter : public Prompter {
+public:
+    struct Line {
+        MessageId id;
+        Answer answer = Answer::Yes;
+    };
+
+    ScriptedPrompter() = default;
+    ScriptedPrompter(std::initializer_list<Line> lines, std::initializer_list<std::string> choices = {})
+        : lines_(lines), choices_(choices) {}
+    ~ScriptedPrompter() override {
+        EXPECT_TRUE(lines_.empty()) << "never shown: " << messageSpec(lines_.front().id).key;
+        EXPECT_TRUE(choices_.empty()) << "never offered: " << choices_.front();
+    }
+
+    Answer ask(const Message& question) override {
+        EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::YesNo);
+        return show(question);
+    }
+    void tell(const Message& statement) override {
+        EXPECT_EQ(messageSpec(statement.id).buttons, MessageButtons::Ok);
+        show(statement);
+    }
+    /// Chooses the script's next choice by its text; cancels when the script has none left.
+    std::optional<std::size_t> choose(std::string_view, const std::vector<std::string>& choices,
+                                      std::size_t preset) override {
+        presets.push_back(choices.at(preset));
+        if (choices_.empty())
+            return std::nullopt;
+        const auto place = std::find(choices.begin(), choices.end(), choices_.front());
+        choices_.pop_front();
+        EXPECT_NE(place, choices.end());
+        return static_cast<std::size_t>(place - choices.begin());
+    }
+
+    std::vector<std::string> shown; ///< texts of the messages, in order
+    std::vector<std::string> presets;
+
+private:
+    Answer show(const Message& message) {
+        shown.push_back(message.text);
+        if (lines_.empty() || lines_.front().id != message.id) {
+            ADD_FAILURE() << "unscripted: " << message.text;
+            return Answer::No;
+        }
+        const Answer answer = lines_.front().answer;
+        lines_.pop_front();
+        return answer;
+    }
+
+    std::deque<Line> lines_;
+    std::deque<std::string> choices_;
+};
+
+} // namespace quobrix::testing
