@@ -50,5 +50,7 @@ Result<void> writeFileAtomically(const std::filesystem::path& path, ByteView byt
 Result<void> adoptPermissions(const std::filesystem::path& temporary, const std::filesystem::path& target);
 /// Renames FROM over TO in one step, and makes the folder's new entry durable.
 Result<void> renameDurably(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Gives the file the system's hidden attribute, where the system has one; its other attributes stay.
+Result<void> hideFile(const std::filesystem::path& path);
 
 } // namespace quobrix

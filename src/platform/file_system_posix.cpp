@@ -39,4 +39,6 @@ Result<void> renameDurably(const std::filesystem::path& from, const std::filesys
     return result;
 }
 
+Result<void> hideFile(const std::filesystem::path&) { return {}; }
+
 } // namespace quobrix

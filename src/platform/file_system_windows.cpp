@@ -51,4 +51,11 @@ Result<void> renameDurably(const std::filesystem::path& from, const std::filesys
     return {};
 }
 
+Result<void> hideFile(const std::filesystem::path& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || !SetFileAttributesW(path.c_str(), attributes | FILE_ATTRIBUTE_HIDDEN))
+        return lastSystemError("hide", path);
+    return {};
+}
+
 } // namespace quobrix

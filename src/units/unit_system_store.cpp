@@ -117,15 +117,19 @@ Result<void> UnitSystemStore::saveSystem() {
     return {};
 }
 
+Result<void> UnitSystemStore::saveChanges() {
+    return current_.modified() && !current_.locked() ? saveSystem() : Result<void>{};
+}
+
 Result<void> UnitSystemStore::switchSystem(std::string_view name) {
-    if (current_.modified() && !current_.locked())
-        QUOBRIX_TRY(saveSystem());
+    QUOBRIX_TRY(saveChanges());
     return loadSystem(name);
 }
 
 Result<void> UnitSystemStore::newSystem(std::string_view name, std::string_view base) {
     if (checkName(name))
         return unfitName(name);
+    QUOBRIX_TRY(saveChanges());
     Result<UnitChoices> choices = read(base);
     if (!choices)
         return choices.error();
@@ -214,17 +218,21 @@ Result<UnitChoices> UnitSystemStore::read(std::string_view name) const {
 }
 
 Result<void> UnitSystemStore::write(const UnitChoices& choices) const {
-    const Bytes bytes = encodeUnitSystem(choices);
+    const auto writeHidden = [bytes = encodeUnitSystem(choices)](const fs::path& file) -> Result<void> {
+        QUOBRIX_TRY(writeFileAtomically(file, bytes));
+        (void)hideFile(file); // a file that stays visible serves as well
+        return {};
+    };
     const std::optional<fs::path> existing = find(choices.name);
     if (existing && isReadOnly(*existing))
         return lockedSystem(choices.name);
     const fs::path first = existing ? existing->parent_path() : folders_.program;
-    Result<void> written = writeFileAtomically(first / fileName(choices.name), bytes);
+    Result<void> written = writeHidden(first / fileName(choices.name));
     if (written || first == folders_.user || folders_.user.empty() || written.error().kind == ErrorKind::DiskFull)
         return written;
     std::error_code error;
     fs::create_directories(folders_.user, error); // a failure shows in the writing
-    return writeFileAtomically(folders_.user / fileName(choices.name), bytes);
+    return writeHidden(folders_.user / fileName(choices.name));
 }
 
 void UnitSystemStore::remember() const {

@@ -36,9 +36,13 @@ public:
     Result<void> loadSystem(std::string_view name);
     /// Saves the current system in its file. ReadOnly if it is locked.
     Result<void> saveSystem();
-    /// Saves what was changed in the current system, if that is not locked, then loads the other.
+    /// Saves the current system if it was changed and is not locked; what is changed in a locked one holds until
+    /// another is loaded. For the end of the program, too.
+    Result<void> saveChanges();
+    /// Saves the changes, then loads the other.
     Result<void> switchSystem(std::string_view name);
-    /// A copy of the system BASE under a NAME that checkName() lets pass (else Unsupported); it becomes current.
+    /// Saves the changes, then makes a copy of the system BASE under a NAME that checkName() lets pass (else
+    /// Unsupported); it becomes current.
     Result<void> newSystem(std::string_view name, std::string_view base);
     /// Gives the current system a name as newSystem() does; the new file is written before the old one goes.
     Result<void> renameSystem(std::string_view newName);

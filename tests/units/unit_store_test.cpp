@@ -61,6 +61,9 @@ TEST_F(UnitStore, ANewSystemLivesThroughSavingRenamingAndDeleting) {
     system_.setDecimals(UnitTypeId::Speed, 4);
     system_.setFractionDiameters(true);
     const UnitChoices mine = system_.choices();
+    ASSERT_TRUE(store_.newSystem("Copy", "Mine")); // which saves "Mine" first
+    EXPECT_EQ(system_.choices().decimals, mine.decimals);
+    ASSERT_TRUE(store_.deleteSystem());
     ASSERT_TRUE(store_.switchSystem("S.I."));
     EXPECT_EQ(remembered(), "S.I.");
     ASSERT_TRUE(store_.loadSystem("Mine"));
