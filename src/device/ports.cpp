@@ -32,7 +32,7 @@ std::string defaultPort(const Settings& settings) {
 }
 
 std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names) {
-    const std::string name = names(status.serialNumber);
+    const std::string name = names(status.serialText);
     return name.empty() ? status.serialText : name;
 }
 

@@ -19,7 +19,7 @@ inline constexpr std::array<const char*, 10> kPortNames = {"COM1", "COM2", "COM3
 std::string defaultPort(const Settings& settings);
 
 /// The name that the user gave a logger; empty when it has none.
-using LoggerNames = std::function<std::string(std::int32_t serialNumber)>;
+using LoggerNames = std::function<std::string(const std::string& serialText)>;
 
 /// A logger as the user knows it: by its name, or by its serial text.
 std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names);

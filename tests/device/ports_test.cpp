@@ -14,7 +14,8 @@ protected:
     Ports() { settings_.setText("Serial Ports", "Default", "COM3"); }
 
     PortFlows flows(Prompter& prompter) {
-        return {calls_, prompter, settings_, [](std::int32_t number) { return number == 7 ? "Van" : ""; }};
+        return {calls_, prompter, settings_,
+                [](const std::string& serial) { return serial == "K-0007-B" ? "Van" : ""; }};
     }
     std::vector<std::string> opened() const {
         std::vector<std::string> ports;
@@ -112,14 +113,14 @@ TEST_F(Ports, AMissingLibraryIsToldInsteadOfOfferingPorts) {
     LoggerLink link(Error{ErrorKind::NotFound, "There is none."});
     DirectCalls calls(link);
     ScriptedPrompter prompter{{MessageId::LibraryMissing}, {MessageId::LibraryMissing}};
-    PortFlows flows(calls, prompter, settings_, [](std::int32_t) { return ""; });
+    PortFlows flows(calls, prompter, settings_, [](const std::string&) { return ""; });
     EXPECT_FALSE(flows.scanOrChoose());
     EXPECT_FALSE(flows.ensureLogger(false));
     EXPECT_FALSE(flows.ensureLogger(true));
 }
 
 TEST(PortStatus, PutsTheLatestProbeInWords) {
-    const LoggerNames names = [](std::int32_t number) { return number == 7 ? "Van" : ""; };
+    const LoggerNames names = [](const std::string& serial) { return serial == "K-0007-B" ? "Van" : ""; };
     LoggerStatus status;
     status.port = "COM3";
     status.serialText = "K-0042-B";
@@ -129,7 +130,7 @@ TEST(PortStatus, PutsTheLatestProbeInWords) {
         return portStatusText(status, names);
     };
     EXPECT_EQ(text(QUOBRIX_OK), "Quobrix Detected on COM3 : K-0042-B");
-    status.serialNumber = 7;
+    status.serialText = "K-0007-B";
     EXPECT_EQ(text(QUOBRIX_OK), "Quobrix Detected on COM3 : Van");
     EXPECT_EQ(text(QUOBRIX_TIMEOUT), "No Quobrix Detected on COM3");
     EXPECT_EQ(text(QUOBRIX_PORT_IN_USE), "COM3 Is In Use");

@@ -40,7 +40,7 @@ TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     DirectCalls calls(link);
     Settings settings(std::make_unique<MemorySettings>());
     ScriptedPrompter prompter{{MessageId::PortDetected, Answer::Yes}};
-    PortFlows flows(calls, prompter, settings, [](std::int32_t) { return ""; });
+    PortFlows flows(calls, prompter, settings, [](const std::string&) { return ""; });
     ASSERT_TRUE(flows.scan());
     EXPECT_EQ(prompter.shown[0], "A Quobrix (K-0042-B) was detected on COM3.\n\nUse COM3 instead of COM1?");
 

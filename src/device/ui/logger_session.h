@@ -1,0 +1,58 @@
+#pragma once
+
+#include "device/download.h"
+#include "device/polling_thread.h"
+#include "device/ui/timed_progress_dialog.h"
+#include "device/ui/worker_calls.h"
+
+#include <QObject>
+
+#include <memory>
+
+class QWidget;
+
+namespace quobrix {
+
+/// The logger as the window sees it: the worker, its latest status, and the commands that need the logger. Each command
+/// runs on the user-interface thread and returns when it is over.
+class LoggerSession final : public QObject {
+    Q_OBJECT
+
+public:
+    /// All arguments must outlive the session; WINDOW is the parent of its dialogs.
+    LoggerSession(LoggerLink& link, Settings& settings, Prompter& prompter, TQuobrixDocument& document,
+                  QWidget& window);
+    /// Stops the worker and closes the port.
+    ~LoggerSession() override;
+
+    /// The latest news of the worker; what commands and status bar go by.
+    const LoggerStatus& status() const { return *status_; }
+    /// For the status bar.
+    std::string statusText() const;
+
+    /// Looks for the logger on the ports, under a small wait dialog, and lets the worker poll from then on.
+    void scanPorts();
+    /// Lets the user choose the port.
+    void choosePort();
+    /// Downloads into the document; see Download.
+    std::optional<MergeResult> download(std::function<bool()> startNewDocument);
+
+signals:
+    void statusChanged();
+
+private:
+    LoggerNames names() const;
+
+    LoggerLink& link_;
+    Settings& settings_;
+    Prompter& prompter_;
+    TQuobrixDocument& document_;
+    QWidget& window_;
+    std::shared_ptr<const LoggerStatus> status_ = std::make_shared<const LoggerStatus>();
+    TimedProgressDialog progress_;
+    bool polling_ = false;
+    TPollingThread worker_; // after all that its news reach
+    WorkerCalls calls_;
+};
+
+} // namespace quobrix

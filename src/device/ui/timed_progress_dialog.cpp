@@ -1,0 +1,29 @@
+#include "device/ui/timed_progress_dialog.h"
+
+#include <QProgressDialog>
+#include <QTimer>
+
+namespace quobrix {
+
+void TimedProgressDialog::show(const TimedProgress& progress) {
+    const QString title = QString::fromUtf8(progress.title.data(), static_cast<qsizetype>(progress.title.size()));
+    QProgressDialog dialog(title, {}, 0, progress.steps, &parent_);
+    dialog.setObjectName(QStringLiteral("timedProgress"));
+    dialog.setAccessibleName(title);
+    dialog.setWindowTitle(title);
+    dialog.setWindowModality(Qt::WindowModal);
+    dialog.setMinimumDuration(0);
+    dialog.setAutoClose(false);
+    dialog.setAutoReset(false);
+    dialog.setValue(0);
+    QTimer step;
+    QObject::connect(&step, &QTimer::timeout, &dialog, [&] {
+        if (dialog.value() < progress.steps)
+            dialog.setValue(dialog.value() + 1);
+    });
+    step.start(progress.interval);
+    QTimer::singleShot(progress.total(), &dialog, &QDialog::accept);
+    dialog.exec();
+}
+
+} // namespace quobrix
