@@ -43,6 +43,9 @@ int run(int argc, char** argv) {
                  "Exit codes: 0 done, 1 failed (one line on standard error), 2 wrong usage.",
                  "quobrix-sim");
     app.require_subcommand(1);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return fmt::format("quobrix-sim: {} (--help tells more)\n", error.what());
+    });
     const PortStore store(simulatorFolder());
     Result<void> result;
     std::string port;
