@@ -83,7 +83,7 @@ IniText::Line IniText::parseLine(std::string_view text) {
         return other;
     const auto name = decode(trimmed(line.substr(0, equals)));
     const auto value = decode(trimmed(line.substr(equals + 1)));
-    return name && value ? Line{Kind::Value, *name, *value, std::string(text)} : other;
+    return name && value ? Line{Kind::Entry, *name, *value, std::string(text)} : other;
 }
 
 std::string IniText::value(std::string_view section, std::string_view name) const {
@@ -92,7 +92,7 @@ std::string IniText::value(std::string_view section, std::string_view name) cons
     for (const Line& line : lines_) {
         if (line.kind == Kind::Section)
             inside = line.name == section;
-        else if (inside && line.kind == Kind::Value && line.name == name)
+        else if (inside && line.kind == Kind::Entry && line.name == name)
             found = line.value;
     }
     return found;
@@ -105,7 +105,7 @@ void IniText::setValue(std::string_view section, std::string_view name, std::str
         const Line& line = lines_[i];
         if (line.kind == Kind::Section)
             inside = line.name == section;
-        if (inside && line.kind == Kind::Value && line.name == name) {
+        if (inside && line.kind == Kind::Entry && line.name == name) {
             lines_.erase(lines_.begin() + static_cast<std::ptrdiff_t>(i));
             insertAt = i;
             continue;
@@ -124,7 +124,7 @@ void IniText::setValue(std::string_view section, std::string_view name, std::str
     }
     lines_.insert(
         lines_.begin() + static_cast<std::ptrdiff_t>(insertAt),
-        {Kind::Value, std::string(name), std::string(value), encode(name, kNameSpecials) + "=" + encode(value, {})});
+        {Kind::Entry, std::string(name), std::string(value), encode(name, kNameSpecials) + "=" + encode(value, {})});
 }
 
 std::string IniText::text() const {

@@ -22,7 +22,7 @@ public:
     std::string text() const;
 
 private:
-    enum class Kind { Section, Value, Other };
+    enum class Kind { Section, Entry, Other };
     struct Line {
         Kind kind;
         std::string name;  ///< of the section or of the value, decoded

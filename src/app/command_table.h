@@ -1,0 +1,40 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace quobrix {
+
+/// Every command of the main menu; the value is the command's id.
+enum class CommandId : int {
+#define COMMAND(Name, Id, Text, Prompt) Name = Id,
+#include "app/commands.def"
+};
+
+/// How many recent files the File menu lists. Their commands take the ids from RecentFile on.
+inline constexpr int kRecentFileCount = 9;
+
+/// One line of the description of the main menu.
+struct MenuRow {
+    enum class Kind { Menu, Submenu, End, Separator, Command, Toggle, RecentFiles };
+    Kind kind;
+    CommandId id{};            ///< the three last kinds only
+    std::string_view name{};   ///< the command's name, in scripts and tests
+    std::string_view text{};   ///< '&' marks the mnemonic, a tab precedes the shortcut
+    std::string_view prompt{}; ///< up to a line break; what follows is a title
+};
+
+std::span<const MenuRow> menuRows();
+
+/// TEXT up to the first SEPARATOR.
+constexpr std::string_view upTo(std::string_view text, char separator) { return text.substr(0, text.find(separator)); }
+/// What follows the first SEPARATOR of TEXT; empty if it has none.
+constexpr std::string_view behind(std::string_view text, char separator) {
+    const std::size_t at = text.find(separator);
+    return at == std::string_view::npos ? std::string_view() : text.substr(at + 1);
+}
+
+/// The title of a page; empty for one that has none.
+std::string_view pageTitle(int pageId);
+
+} // namespace quobrix

@@ -1,0 +1,119 @@
+#include "app/commands.h"
+
+#include "views/qt_text.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMenu>
+#include <QMenuBar>
+
+#include <exception>
+#include <vector>
+
+namespace quobrix {
+namespace {
+
+using Kind = MenuRow::Kind;
+
+QString plainText(std::string_view text) {
+    QString plain = toQt(upTo(text, '\t')).remove(QLatin1Char('&'));
+    if (plain.endsWith(QLatin1String("...")))
+        plain.chop(3);
+    return plain;
+}
+
+/// The prompt of a command that nobody handles.
+QString unavailablePrompt(const MenuRow& row) {
+    const std::string_view prompt = upTo(row.prompt, '\n');
+    return (prompt.empty() ? plainText(row.text) : toQt(prompt)) + QStringLiteral(" (not available yet)");
+}
+
+} // namespace
+
+Commands::Commands(Report report, QObject* parent) : QObject(parent), report_(std::move(report)) {
+    for (const MenuRow& row : menuRows())
+        if (!row.name.empty())
+            addEntry(row);
+}
+
+void Commands::addEntry(const MenuRow& row) {
+    auto* action = new QAction(toQt(upTo(row.text, '\t')), this);
+    action->setObjectName(toQt(row.name));
+    action->setData(static_cast<int>(row.id));
+    action->setCheckable(row.kind == Kind::Toggle);
+    action->setShortcut(QKeySequence(toQt(behind(row.text, '\t')), QKeySequence::PortableText));
+    // No platform may move an entry by what it takes its text to mean.
+    action->setMenuRole(QAction::NoRole);
+    action->setEnabled(false);
+    action->setStatusTip(unavailablePrompt(row));
+    action->setToolTip(unavailablePrompt(row));
+    const CommandId id = row.id;
+    connect(action, &QAction::triggered, this, [this, id] {
+        Entry& entry = entries_.at(id);
+        if (entry.action->isCheckable()) // the mark follows what the command achieves, not the click
+            entry.action->setChecked(!entry.action->isChecked());
+        guard(*entry.action, entry.run);
+    });
+    entries_[id] = {action, {}, {}};
+}
+
+void Commands::handle(CommandId id, Run run, Available available) {
+    Entry& entry = entries_.at(id);
+    entry.run = std::move(run);
+    entry.available = std::move(available);
+    for (const MenuRow& row : menuRows())
+        if (!row.name.empty() && row.id == id) {
+            entry.action->setStatusTip(toQt(upTo(row.prompt, '\n')));
+            entry.action->setToolTip(row.prompt.empty() ? plainText(row.text) : entry.action->statusTip());
+        }
+    refresh(entry);
+}
+
+void Commands::refresh(Entry& entry) { entry.action->setEnabled(entry.run && (!entry.available || entry.available())); }
+
+void Commands::refresh() {
+    for (auto& [id, entry] : entries_)
+        refresh(entry);
+}
+
+void Commands::trigger(CommandId id) { action(id)->trigger(); }
+
+void Commands::guard(const QAction& action, const Run& work) {
+    try {
+        if (work)
+            work();
+    } catch (const std::bad_alloc&) {
+        report_(action, "There is not enough memory.");
+    } catch (const std::exception& error) {
+        report_(action, error.what());
+    }
+}
+
+void Commands::fill(QMenuBar& menuBar) {
+    std::vector<QMenu*> open;
+    for (const MenuRow& row : menuRows()) {
+        switch (row.kind) {
+        case Kind::Menu:
+        case Kind::Submenu:
+            open.push_back(open.empty() ? menuBar.addMenu(toQt(row.text)) : open.back()->addMenu(toQt(row.text)));
+            open.back()->setObjectName(plainText(row.text) + QStringLiteral("Menu"));
+            open.back()->setToolTipsVisible(true);
+            break;
+        case Kind::End:
+            open.pop_back();
+            break;
+        case Kind::Separator:
+            open.back()->addSeparator();
+            break;
+        case Kind::RecentFiles:
+            recentFilesMenu_ = open.back();
+            [[fallthrough]];
+        case Kind::Command:
+        case Kind::Toggle:
+            open.back()->addAction(action(row.id));
+            break;
+        }
+    }
+}
+
+} // namespace quobrix

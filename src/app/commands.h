@@ -1,0 +1,62 @@
+#pragma once
+
+#include "app/command_table.h"
+
+#include <QObject>
+
+#include <functional>
+#include <map>
+#include <string>
+
+class QAction;
+class QMenu;
+class QMenuBar;
+
+namespace quobrix {
+
+/// The commands of the main menu as actions, and the one place through which each of them runs.
+///
+/// Every action carries the command's name as object name, its id as data, and its prompt as status tip. A command that
+/// nobody handles is disabled, and its tips say that it is not available yet.
+class Commands : public QObject {
+public:
+    /// What a command does. It may throw: the failure is then reported.
+    using Run = std::function<void()>;
+    /// Whether a command can run now.
+    using Available = std::function<bool()>;
+    /// Tells the user that the command ACTION failed, and why.
+    using Report = std::function<void(const QAction& action, const std::string& reason)>;
+
+    Commands(Report report, QObject* parent);
+
+    /// Makes RUN the work of the command ID, which is enabled when AVAILABLE (if given) says so.
+    void handle(CommandId id, Run run, Available available = {});
+    bool handled(CommandId id) const { return entries_.at(id).run != nullptr; }
+    QAction* action(CommandId id) const { return entries_.at(id).action; }
+    /// Runs the command as its menu entry does: not at all while it is disabled.
+    void trigger(CommandId id);
+    /// Asks every command whether it is available, after a change of the document or of the logger.
+    void refresh();
+    /// Runs WORK, which belongs to ACTION; an exception ends up as one message.
+    void guard(const QAction& action, const Run& work);
+
+    /// Fills MENU_BAR with the main menu.
+    void fill(QMenuBar& menuBar);
+    QMenu* recentFilesMenu() const { return recentFilesMenu_; }
+
+private:
+    struct Entry {
+        QAction* action = nullptr;
+        Run run;
+        Available available;
+    };
+
+    void addEntry(const MenuRow& row);
+    void refresh(Entry& entry);
+
+    Report report_;
+    std::map<CommandId, Entry> entries_;
+    QMenu* recentFilesMenu_ = nullptr;
+};
+
+} // namespace quobrix

@@ -1,0 +1,114 @@
+#include "app/dialog_prompter.h"
+
+#include "views/qt_text.h"
+
+#include <QComboBox>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QVBoxLayout>
+
+namespace quobrix {
+namespace {
+
+constexpr const char* kFilter = "Quobrix Data Files (*.car);;All Files (*)";
+
+/// The box for MESSAGE; the button that was pressed.
+QMessageBox::StandardButton show(QWidget& window, const Message& message) {
+    const MessageSpec& spec = messageSpec(message.id);
+    QMessageBox box(&window);
+    box.setObjectName(toQt(spec.key));
+    box.setWindowTitle(toQt(spec.title));
+    box.setTextFormat(Qt::PlainText);
+    box.setText(toQt(message.text));
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    switch (spec.buttons) {
+    case MessageButtons::Ok:
+        box.setIcon(QMessageBox::Information);
+        box.setStandardButtons(QMessageBox::Ok);
+        break;
+    case MessageButtons::YesNo:
+        box.setIcon(QMessageBox::Question);
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        box.setDefaultButton(QMessageBox::No);
+        box.setEscapeButton(QMessageBox::No);
+        break;
+    case MessageButtons::YesNoCancel:
+        // Here "yes" keeps what there is.
+        box.setIcon(QMessageBox::Question);
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        box.setDefaultButton(QMessageBox::Yes);
+        box.setEscapeButton(QMessageBox::Cancel);
+        break;
+    }
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+QString capitalized(std::string_view text) {
+    QString result = toQt(text);
+    if (!result.isEmpty())
+        result[0] = result[0].toUpper();
+    return result;
+}
+
+} // namespace
+
+Answer DialogPrompter::ask(const Message& question) {
+    return show(window_, question) == QMessageBox::Yes ? Answer::Yes : Answer::No;
+}
+
+std::optional<Answer> DialogPrompter::askOrCancel(const Message& question) {
+    const auto button = show(window_, question);
+    if (button == QMessageBox::Cancel)
+        return std::nullopt;
+    return button == QMessageBox::Yes ? Answer::Yes : Answer::No;
+}
+
+void DialogPrompter::tell(const Message& statement) { show(window_, statement); }
+
+std::optional<std::size_t> DialogPrompter::choose(std::string_view what, const std::vector<std::string>& choices,
+                                                  std::size_t preset) {
+    QDialog dialog(&window_);
+    dialog.setObjectName(QStringLiteral("ChooseDialog"));
+    dialog.setWindowTitle(QStringLiteral("Select ") + toQt(what));
+
+    auto* list = new QComboBox;
+    for (const std::string& choice : choices)
+        list->addItem(toQt(choice));
+    list->setCurrentIndex(static_cast<int>(preset));
+    auto* label = new QLabel(QStringLiteral("&") + capitalized(what) + QStringLiteral(":"));
+    label->setBuddy(list);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(label);
+    layout->addWidget(list);
+    layout->addSpacing(layout->spacing());
+    layout->addWidget(buttons);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    list->setMinimumWidth(list->fontMetrics().averageCharWidth() * 36);
+    if (dialog.exec() != QDialog::Accepted || list->currentIndex() < 0)
+        return std::nullopt;
+    return static_cast<std::size_t>(list->currentIndex());
+}
+
+std::optional<std::filesystem::path> DialogFileChooser::chooseToOpen() {
+    const QString file = QFileDialog::getOpenFileName(&window_, QStringLiteral("Open"), {}, QLatin1String(kFilter));
+    return file.isEmpty() ? std::nullopt : std::optional(toPath(file));
+}
+
+std::optional<std::filesystem::path> DialogFileChooser::chooseToSave(const std::filesystem::path& suggested) {
+    QFileDialog dialog(&window_, QStringLiteral("Save As"), {}, QLatin1String(kFilter));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("car"));
+    dialog.selectFile(toQtPath(suggested));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return toPath(dialog.selectedFiles().constFirst());
+}
+
+} // namespace quobrix

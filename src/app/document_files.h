@@ -1,0 +1,71 @@
+#pragma once
+
+#include "document/document.h"
+#include "messages/file_messages.h"
+#include "messages/prompter.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+
+namespace quobrix {
+
+class RecentFiles;
+class Settings;
+class TQuobrixDocument;
+
+/// Where the user points at a file; nothing when the choice is cancelled.
+class FileChooser {
+public:
+    virtual ~FileChooser() = default;
+    virtual std::optional<std::filesystem::path> chooseToOpen() = 0;
+    /// SUGGESTED: the name proposed, with or without a folder. The user has agreed to replace what exists.
+    virtual std::optional<std::filesystem::path> chooseToSave(const std::filesystem::path& suggested) = 0;
+};
+
+/// The File menu's flows on the one document, and the rules of what is saved when it is closed or replaced:
+/// a document opened from a file is saved without a question, a new one asks only if data was added, the example is
+/// never saved. Each flow returns whether it went through to its end; failures have then been told.
+class DocumentFiles {
+public:
+    struct Hooks {
+        std::function<void()> replacing; ///< the document's tables are about to end
+        std::function<void()> replaced;  ///< other content is in place, or the old one after all
+        std::function<void()> saved;     ///< the path or the modified state may differ
+    };
+
+    DocumentFiles(TQuobrixDocument& document, Settings& settings, RecentFiles& recent, Prompter& prompter,
+                  FileChooser& chooser, DiskRunner runDisk, Hooks hooks);
+
+    bool newFile();
+    /// PATH becomes the document; one that is open already stays as it is.
+    bool open(const std::filesystem::path& path);
+    bool chooseAndOpen();
+    bool save();
+    bool saveAs();
+    /// Makes sure that nothing is lost when the document goes away, and remembers it as the last file.
+    bool close();
+
+    /// Opens the example delivered as PATH without adding it to what is reopened at the next start.
+    bool openExample(const std::filesystem::path& path);
+    /// The document was begun as a new one; only opening a file ends that.
+    bool untitled() const { return untitled_; }
+
+private:
+    bool mayGo();
+    bool offerSaveAs();
+    bool saveTo(const std::filesystem::path& path);
+    bool replaceBy(const std::filesystem::path& path);
+    bool tell(const Error& error, FileAction action, const std::filesystem::path& path);
+
+    TQuobrixDocument& document_;
+    Settings& settings_;
+    RecentFiles& recent_;
+    Prompter& prompter_;
+    FileChooser& chooser_;
+    DiskRunner runDisk_;
+    Hooks hooks_;
+    bool untitled_ = true;
+};
+
+} // namespace quobrix

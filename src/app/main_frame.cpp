@@ -1,0 +1,211 @@
+#include "app/main_frame.h"
+
+#include "app/about_box.h"
+#include "app/disk_work.h"
+#include "model/quobrix_document.h"
+#include "settings/settings.h"
+#include "views/home_page.h"
+#include "views/qt_text.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QScreen>
+#include <QStatusBar>
+
+namespace quobrix {
+namespace {
+
+constexpr std::string_view kWindowSection = "Main Frame";
+
+/// The one file of a drag that can be opened; empty otherwise.
+QString draggedFile(const QMimeData& data) {
+    const QList<QUrl> urls = data.urls();
+    return urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
+}
+
+} // namespace
+
+TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
+    : context_(context), prompter_(*this), chooser_(*this), recent_(context.settings),
+      files_(context.document, context.settings, recent_, prompter_, chooser_,
+             [this](const std::function<Result<void>()>& work) { return runDisk(work); },
+             {.replacing = [this] { pages_->discard(); },
+              .replaced =
+                  [this] {
+                      documentChanged();
+                      pages_->restore();
+                  },
+              .saved = [this] { documentChanged(); }}),
+      commands_(new Commands(
+          [this](const QAction& action, const std::string& reason) {
+              prompter_.tell(makeMessage(MessageId::UnexpectedFailure, action.iconText().toStdString(), reason));
+          },
+          this)),
+      pages_(new PageArea), portStatus_(new QLabel) {
+    setObjectName(QStringLiteral("TQuobrixFrame"));
+    setCentralWidget(pages_);
+    setAcceptDrops(true);
+
+    commands_->fill(*menuBar());
+    addRecentFileActions();
+
+    portStatus_->setObjectName(QStringLiteral("portStatus"));
+    statusBar()->addPermanentWidget(portStatus_);
+
+    pages_->add(kHomePage, [this] {
+        return new HomePage(context_, {.download = commands_->action(CommandId::Download),
+                                       .open = commands_->action(CommandId::Open),
+                                       .create = commands_->action(CommandId::New),
+                                       .tripLog = commands_->action(CommandId::TripLog),
+                                       .recent = recentActions_});
+    });
+    addHandlers();
+    showDiagnosticsMenu(context_.settings.getInteger("Diagnostics", "Menu", 0) != 0);
+    documentChanged();
+    restoreWindow();
+}
+
+TQuobrixFrame::~TQuobrixFrame() { pages_->discard(); } // while the actions and the document are still there
+
+void TQuobrixFrame::addHandlers() {
+    commands_->handle(CommandId::New, [this] { files_.newFile(); });
+    commands_->handle(CommandId::Open, [this] { files_.chooseAndOpen(); });
+    commands_->handle(CommandId::Save, [this] { files_.save(); });
+    commands_->handle(CommandId::SaveAs, [this] { files_.saveAs(); });
+    commands_->handle(CommandId::Exit, [this] { close(); });
+    commands_->handle(CommandId::Home, [this] { pages_->show(kHomePage); });
+    commands_->handle(CommandId::About, [this] { showAboutBox(); });
+    commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });
+}
+
+void TQuobrixFrame::addPage(int pageId, PageArea::Create create) {
+    pages_->add(pageId, std::move(create));
+    for (const MenuRow& row : menuRows())
+        if (!row.name.empty() && static_cast<int>(row.id) == pageId)
+            commands_->handle(row.id, [this, pageId] { pages_->show(pageId); });
+}
+
+void TQuobrixFrame::addRecentFileActions() {
+    QAction* place = commands_->action(CommandId::RecentFile);
+    for (int i = 0; i < kRecentFileCount; ++i) {
+        auto* action = new QAction(this);
+        action->setObjectName(QStringLiteral("RecentFile%1").arg(i + 1));
+        action->setData(place->data().toInt() + i);
+        action->setStatusTip(QStringLiteral("Opens this file."));
+        connect(action, &QAction::triggered, this, [this, i] {
+            const auto files = recent_.list();
+            if (static_cast<std::size_t>(i) < files.size())
+                openFile(files[static_cast<std::size_t>(i)]);
+        });
+        recentActions_.push_back(action);
+        commands_->recentFilesMenu()->insertAction(place, action);
+    }
+}
+
+void TQuobrixFrame::updateRecentFiles() {
+    const auto files = recent_.list();
+    for (std::size_t i = 0; i < recentActions_.size(); ++i) {
+        QAction& action = *recentActions_[i];
+        action.setVisible(i < files.size());
+        if (i >= files.size())
+            continue;
+        const QString path = toQtPath(files[i]);
+        QString name = toQtPath(files[i].filename());
+        action.setText(QStringLiteral("&%1 %2").arg(i + 1).arg(name.replace(QLatin1Char('&'), QLatin1String("&&"))));
+        action.setToolTip(path);
+    }
+    QAction* place = commands_->action(CommandId::RecentFile);
+    place->setVisible(files.empty());
+    place->setStatusTip(QStringLiteral("Opens this file."));
+    place->setToolTip(QStringLiteral("No file has been opened yet."));
+}
+
+void TQuobrixFrame::updateTitle() {
+    const TQuobrixDocument& document = context_.document;
+    setWindowTitle(toQt(document.title()) + QStringLiteral("[*] - Quobrix"));
+    setWindowModified(document.dataChanged() && document.modified() && !document.isExample());
+    setWindowFilePath({});
+}
+
+void TQuobrixFrame::documentChanged() {
+    updateTitle();
+    updateRecentFiles();
+    commands_->refresh();
+    pages_->refresh();
+}
+
+void TQuobrixFrame::setPortStatus(const QString& text) { portStatus_->setText(text); }
+
+void TQuobrixFrame::openFile(const std::filesystem::path& path) {
+    commands_->guard(*commands_->action(CommandId::Open), [this, path] { files_.open(path); });
+    updateRecentFiles();
+}
+
+void TQuobrixFrame::setAboutLines(std::function<std::vector<std::pair<std::string, std::string>>()> lines) {
+    aboutLines_ = std::move(lines);
+}
+
+void TQuobrixFrame::showDiagnosticsMenu(bool shown) {
+    menuBar()->findChild<QMenu*>(QStringLiteral("DiagnosticsMenu"))->menuAction()->setVisible(shown);
+    if (shown != (context_.settings.getInteger("Diagnostics", "Menu", 0) != 0))
+        context_.settings.setInteger("Diagnostics", "Menu", shown ? 1 : 0);
+}
+
+void TQuobrixFrame::showAboutBox() {
+    AboutLines lines = programLines();
+    if (aboutLines_) {
+        const AboutLines more = aboutLines_();
+        lines.insert(lines.end(), more.begin(), more.end());
+    }
+    AboutBox(
+        lines, [this] { showDiagnosticsMenu(true); }, this)
+        .exec();
+}
+
+Result<void> TQuobrixFrame::runDisk(const std::function<Result<void>()>& work) {
+    busy_ = true;
+    Result<void> result = runWhilePainting(work);
+    busy_ = false;
+    return result;
+}
+
+void TQuobrixFrame::closeEvent(QCloseEvent* event) {
+    bool mayClose = false;
+    if (!busy_)
+        commands_->guard(*commands_->action(CommandId::Exit), [&] { mayClose = files_.close(); });
+    if (mayClose)
+        rememberWindow();
+    event->setAccepted(mayClose);
+}
+
+void TQuobrixFrame::dragEnterEvent(QDragEnterEvent* event) {
+    if (draggedFile(*event->mimeData()).endsWith(QLatin1String(".car"), Qt::CaseInsensitive))
+        event->acceptProposedAction();
+}
+
+void TQuobrixFrame::dropEvent(QDropEvent* event) {
+    event->acceptProposedAction();
+    // The program that the file comes from waits for the end of the drop, so it must not wait for a question.
+    const std::filesystem::path file = toPath(draggedFile(*event->mimeData()));
+    QMetaObject::invokeMethod(
+        this, [this, file] { openFile(file); }, Qt::QueuedConnection);
+}
+
+void TQuobrixFrame::restoreWindow() {
+    const QByteArray stored = QByteArray::fromStdString(context_.settings.getText(kWindowSection, "Geometry"));
+    if (restoreGeometry(QByteArray::fromBase64(stored)))
+        return;
+    const QSize available = screen()->availableSize();
+    resize(QSize(1080, 720).boundedTo(available * 9 / 10));
+}
+
+void TQuobrixFrame::rememberWindow() {
+    context_.settings.setText(kWindowSection, "Geometry", saveGeometry().toBase64().toStdString());
+}
+
+} // namespace quobrix

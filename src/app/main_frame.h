@@ -1,0 +1,73 @@
+#pragma once
+
+#include "app/commands.h"
+#include "app/dialog_prompter.h"
+#include "app/page_area.h"
+#include "app/recent_files.h"
+
+#include <QMainWindow>
+
+#include <vector>
+
+class QLabel;
+
+namespace quobrix {
+
+/// The page ids that commands bring into view are those of the commands.
+inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
+inline constexpr int kTripLogPage = static_cast<int>(CommandId::TripLog);
+
+/// The main window: menu bar, pages, and a status bar with the prompts and the state of the port.
+class TQuobrixFrame : public QMainWindow {
+public:
+    /// All of CONTEXT must outlive the frame.
+    explicit TQuobrixFrame(const ViewContext& context);
+    ~TQuobrixFrame() override;
+
+    const ViewContext& context() const { return context_; }
+    Commands& commands() { return *commands_; }
+    PageArea& pages() { return *pages_; }
+    Prompter& prompter() { return prompter_; }
+    DocumentFiles& files() { return files_; }
+    RecentFiles& recentFiles() { return recent_; }
+
+    /// Adds a page; a command of the same id then shows it.
+    void addPage(int pageId, PageArea::Create create);
+    /// Rows of the document or names have changed: everything that shows them does so anew.
+    void documentChanged();
+    void setPortStatus(const QString& text);
+    /// Opens PATH as the document, from the shell, a drop or the recent files, as one guarded command.
+    void openFile(const std::filesystem::path& path);
+    /// Lines that the About box shows below the program's own (the logger's versions).
+    void setAboutLines(std::function<std::vector<std::pair<std::string, std::string>>()> lines);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void addHandlers();
+    void addRecentFileActions();
+    void updateRecentFiles();
+    void updateTitle();
+    void showDiagnosticsMenu(bool shown);
+    void showAboutBox();
+    Result<void> runDisk(const std::function<Result<void>()>& work);
+    void restoreWindow();
+    void rememberWindow();
+
+    ViewContext context_;
+    DialogPrompter prompter_;
+    DialogFileChooser chooser_;
+    RecentFiles recent_;
+    DocumentFiles files_;
+    Commands* commands_;
+    PageArea* pages_;
+    QLabel* portStatus_;
+    std::vector<QAction*> recentActions_;
+    std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;
+    bool busy_ = false;
+};
+
+} // namespace quobrix

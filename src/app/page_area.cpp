@@ -1,0 +1,70 @@
+#include "app/page_area.h"
+
+#include "app/command_table.h"
+#include "views/qt_text.h"
+
+#include <QLabel>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace quobrix {
+
+PageArea::PageArea(QWidget* parent) : QWidget(parent), title_(new QLabel), stack_(new QStackedWidget) {
+    title_->setObjectName(QStringLiteral("pageTitle"));
+    title_->setContentsMargins(12, 6, 12, 6);
+    title_->hide();
+    stack_->setObjectName(QStringLiteral("pages"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(title_);
+    layout->addWidget(stack_, 1);
+}
+
+void PageArea::add(int pageId, Create create) { pages_[pageId] = {std::move(create), nullptr}; }
+
+Page* PageArea::page(int pageId) const {
+    const auto found = pages_.find(pageId);
+    return found == pages_.end() ? nullptr : found->second.page;
+}
+
+bool PageArea::show(int pageId) {
+    const auto found = pages_.find(pageId);
+    if (found == pages_.end())
+        return false;
+    Entry& entry = found->second;
+    setUpdatesEnabled(false); // title and page change in one step
+    if (!entry.page) {
+        entry.page = entry.create();
+        stack_->addWidget(entry.page);
+        entry.page->refresh();
+    }
+    current_ = pageId;
+    title_->setText(toQt(pageTitle(pageId)));
+    title_->setVisible(!title_->text().isEmpty());
+    stack_->setCurrentWidget(entry.page);
+    setUpdatesEnabled(true);
+    entry.page->setFocus();
+    return true;
+}
+
+void PageArea::refresh() {
+    for (auto& [id, entry] : pages_)
+        if (entry.page)
+            entry.page->refresh();
+}
+
+void PageArea::discard() {
+    setUpdatesEnabled(false);
+    for (auto& [id, entry] : pages_) {
+        delete entry.page;
+        entry.page = nullptr;
+    }
+}
+
+void PageArea::restore() {
+    show(current_);
+    setUpdatesEnabled(true);
+}
+
+} // namespace quobrix

@@ -1,0 +1,140 @@
+#include "app/quobrix_app.h"
+
+#include "app/theme.h"
+#include "app/user_locale.h"
+#include "platform/paths.h"
+#include "settings/file_settings.h"
+#include "views/qt_text.h"
+
+#include <QIcon>
+#include <QTimer>
+
+namespace quobrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The file that ARGUMENTS (the program's own first) name, made absolute while the folder of the start is current.
+fs::path fileNamed(const QStringList& arguments) {
+    for (const QString& argument : arguments.mid(1))
+        if (!argument.isEmpty() && !argument.startsWith(QLatin1Char('-'))) {
+            std::error_code ignored;
+            return fs::absolute(toPath(argument), ignored).lexically_normal();
+        }
+    return {};
+}
+
+/// Where the delivered files lie: beside the program, or, once installed, where packages put such files.
+fs::path findDataFolder() {
+    const fs::path program = programFolder(executablePath());
+    std::error_code ignored;
+    const fs::path packaged = (program / ".." / "share" / "quobrix").lexically_normal();
+    return fs::is_directory(packaged, ignored) ? packaged : program;
+}
+
+} // namespace
+
+TQuobrixApp::TQuobrixApp(int& argc, char** argv)
+    : QApplication(argc, argv), commandLineGiven_(arguments().size() > 1), commandLineFile_(fileNamed(arguments())),
+      dataFolder_(findDataFolder()), settings_(userSettings()), instance_(userConfigFolder()),
+      unitStore_(units_, {dataFolder_, userDataFolder()}, &settings_), zone_(TimeZone::local()) {
+    setOrganizationName(QStringLiteral("Halvern"));
+    setApplicationName(QStringLiteral("Quobrix"));
+    setApplicationVersion(QStringLiteral(QUOBRIX_VERSION));
+    setDesktopFileName(QStringLiteral("quobrix"));
+}
+
+TQuobrixApp::~TQuobrixApp() { units_.removeListener(*this); }
+
+bool TQuobrixApp::start() {
+    enterWorkingFolder();
+    if (!instance_.first()) {
+        if (!commandLineFile_.empty())
+            instance_.send(commandLineFile_);
+        return false;
+    }
+    applyTheme(*this, settings_);
+    setWindowIcon(QIcon(QStringLiteral(":/icons/quobrix.svg")));
+    units_.setLocale(userLocale());
+    const std::optional<Message> unitsProblem = unitStore_.loadAtStartUp();
+    units_.addListener(*this);
+    document_ = std::make_unique<TQuobrixDocument>();
+    createFrame();
+    instance_.receive([this](const fs::path& file) { openWhenIdle(file); });
+    // Everything that may ask or tell waits until the window is there.
+    QTimer::singleShot(0, frame_.get(), [this, unitsProblem] {
+        if (unitsProblem)
+            frame_->prompter().tell(*unitsProblem);
+        openStartFile();
+    });
+    return true;
+}
+
+void TQuobrixApp::enterWorkingFolder() {
+    const fs::path program = programFolder(executablePath());
+    std::error_code error;
+    fs::current_path(pathFromUtf8(settings_.getText("Default Directory", "Path", utf8(program))), error);
+    if (error)
+        fs::current_path(program, error);
+    connect(this, &QCoreApplication::aboutToQuit, this, [this] {
+        std::error_code failed;
+        if (const fs::path folder = fs::current_path(failed); !failed)
+            settings_.setText("Default Directory", "Path", utf8(folder));
+    });
+}
+
+void TQuobrixApp::createFrame() {
+    frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
+    const std::string port = settings_.getText("Serial Ports", "Default", "COM1");
+    frame_->setPortStatus(toQt(port) + QStringLiteral(" Port Not Opened"));
+    frame_->pages().show(kHomePage);
+    frame_->show();
+}
+
+void TQuobrixApp::openStartFile() {
+    if (commandLineGiven_) {
+        if (!commandLineFile_.empty())
+            openWhenIdle(commandLineFile_);
+        return;
+    }
+    if (settings_.getInteger("Example File", "Opened", 0) == 0) {
+        firstRun();
+        return;
+    }
+    const std::string last = settings_.getText("Program Config", "Last File Opened");
+    std::error_code ignored;
+    if (last.empty())
+        return;
+    if (fs::exists(pathFromUtf8(last), ignored))
+        frame_->openFile(pathFromUtf8(last));
+    else
+        settings_.setText("Program Config", "Last File Opened", "");
+}
+
+void TQuobrixApp::firstRun() {
+    const fs::path example = dataFolder_ / "Example.car";
+    std::error_code ignored;
+    if (fs::exists(example, ignored) && frame_->files().openExample(example)) {
+        frame_->prompter().tell(makeMessage(MessageId::ExampleFile));
+        frame_->commands().trigger(CommandId::TripLog);
+    }
+    settings_.setInteger("Example File", "Opened", 1);
+}
+
+void TQuobrixApp::openWhenIdle(const fs::path& file) {
+    if (activeModalWidget()) { // the document must not change under an open question
+        QTimer::singleShot(200, frame_.get(), [this, file] { openWhenIdle(file); });
+        return;
+    }
+    frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
+    frame_->raise();
+    frame_->activateWindow();
+    frame_->openFile(file);
+}
+
+void TQuobrixApp::unitsChanged(UnitsChange, std::optional<UnitTypeId>) {
+    if (frame_)
+        frame_->pages().refresh();
+}
+
+} // namespace quobrix

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/main_frame.h"
+#include "app/single_instance.h"
+#include "model/quobrix_document.h"
+#include "settings/settings.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+#include "units/unit_system_store.h"
+
+#include <QApplication>
+
+#include <filesystem>
+#include <memory>
+
+namespace quobrix {
+
+/// The program: settings, units, the one document and its frame, from start to exit.
+class TQuobrixApp final : public QApplication, private UnitsListener {
+public:
+    TQuobrixApp(int& argc, char** argv);
+    ~TQuobrixApp() override;
+
+    /// Everything up to the open window. False if the program is to end at once, without a word: another copy runs, and
+    /// has been given the file that this one was started with.
+    bool start();
+
+    TQuobrixFrame& frame() { return *frame_; }
+
+private:
+    void enterWorkingFolder();
+    void createFrame();
+    void openStartFile();
+    void firstRun();
+    void openWhenIdle(const std::filesystem::path& file);
+    void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
+
+    const bool commandLineGiven_;
+    const std::filesystem::path commandLineFile_; ///< empty if none was named
+    const std::filesystem::path dataFolder_;      ///< what is delivered with the program; its own folder if possible
+    Settings settings_;
+    SingleInstance instance_;
+    TUnitSystem units_;
+    UnitSystemStore unitStore_;
+    const TimeZone zone_;
+    std::unique_ptr<TQuobrixDocument> document_;
+    std::unique_ptr<TQuobrixFrame> frame_;
+};
+
+} // namespace quobrix

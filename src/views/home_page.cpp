@@ -1,0 +1,212 @@
+#include "views/home_page.h"
+
+#include "model/quobrix_document.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+#include "views/qt_text.h"
+
+#include <QAction>
+#include <QCommandLinkButton>
+#include <QFrame>
+#include <QIcon>
+#include <QLabel>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+constexpr int kMargin = 24;
+constexpr int kContentWidth = 980;
+constexpr RowIndex kMostVehicles = 4;
+
+QIcon icon(const char* name) { return QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name))); }
+
+QLabel* heading(const QString& text, double scale) {
+    auto* label = new QLabel(text);
+    QFont font = label->font();
+    font.setPointSizeF(font.pointSizeF() * scale);
+    font.setBold(true);
+    label->setFont(font);
+    return label;
+}
+
+/// A panel in the colour of lists, with a heading.
+QFrame* card(const QString& title, QVBoxLayout*& layout) {
+    auto* frame = new QFrame;
+    frame->setFrameStyle(QFrame::StyledPanel);
+    frame->setBackgroundRole(QPalette::Base);
+    frame->setAutoFillBackground(true);
+    layout = new QVBoxLayout(frame);
+    layout->setContentsMargins(16, 14, 16, 16);
+    layout->addWidget(heading(title, 1.15));
+    return frame;
+}
+
+/// A large button that does what ACTION does, and is enabled when that is.
+QCommandLinkButton* button(QAction* action, const QString& text, const QString& description, const QIcon& picture) {
+    auto* result = new QCommandLinkButton(text, description);
+    result->setObjectName(QStringLiteral("home") + action->objectName());
+    result->setIcon(picture);
+    result->setIconSize(QSize(32, 32));
+    const auto follow = [result, action] {
+        result->setEnabled(action->isEnabled());
+        result->setToolTip(action->toolTip());
+        result->setStatusTip(action->statusTip());
+    };
+    follow();
+    QObject::connect(action, &QAction::changed, result, follow);
+    QObject::connect(result, &QCommandLinkButton::clicked, action, &QAction::trigger);
+    return result;
+}
+
+} // namespace
+
+HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidget* parent)
+    : Page(parent), context_(context), actions_(actions) {
+    setObjectName(QStringLiteral("HomePage"));
+    setAccessibleName(QStringLiteral("Home"));
+
+    QVBoxLayout* start = nullptr;
+    QFrame* startCard = card(QStringLiteral("Start"), start);
+    auto* first = button(actions.download, QStringLiteral("Download"),
+                         QStringLiteral("Copy the trips of your Quobrix into this file"), icon("download"));
+    start->addWidget(first);
+    start->addWidget(button(actions.tripLog, QStringLiteral("Trip log"),
+                            QStringLiteral("Look at the trips in this file"), icon("trips")));
+    start->addWidget(button(actions.open, QStringLiteral("Open a file"),
+                            QStringLiteral("Go on with a file you have saved"), icon("open")));
+    start->addWidget(button(actions.create, QStringLiteral("New file"), QStringLiteral("Begin with an empty file"),
+                            icon("document")));
+    start->addStretch();
+    setFocusProxy(first);
+
+    QVBoxLayout* figures = nullptr;
+    QFrame* figuresCard = card(QStringLiteral("This file"), figures);
+    documentName_ = new QLabel;
+    documentName_->setObjectName(QStringLiteral("homeDocument"));
+    documentName_->setTextFormat(Qt::PlainText);
+    figures->addWidget(documentName_);
+    hint_ =
+        new QLabel(QStringLiteral("There are no trips in this file yet. Connect your Quobrix and choose Download."));
+    hint_->setWordWrap(true);
+    figures->addWidget(hint_);
+    trips_ = addFigure(*figures, "homeTrips", QStringLiteral("Trips"));
+    distance_ = addFigure(*figures, "homeDistance", QStringLiteral("Distance"));
+    lastTrip_ = addFigure(*figures, "homeLastTrip", QStringLiteral("Last trip"));
+    vehicles_ = addFigure(*figures, "homeVehicles", QStringLiteral("Vehicles"));
+    figures->addStretch();
+
+    recentCard_ = card(QStringLiteral("Recent files"), recentList_);
+
+    auto* title = new QHBoxLayout;
+    auto* picture = new QLabel;
+    picture->setPixmap(icon("quobrix").pixmap(QSize(40, 40), devicePixelRatioF()));
+    title->setSpacing(14);
+    title->addWidget(picture);
+    title->addWidget(heading(QStringLiteral("Quobrix"), 2.0), 1);
+
+    auto* content = new QWidget;
+    content->setMaximumWidth(kContentWidth);
+    auto* grid = new QGridLayout(content);
+    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid->setSpacing(16);
+    grid->addLayout(title, 0, 0, 1, 2);
+    grid->addWidget(startCard, 1, 0);
+    grid->addWidget(figuresCard, 1, 1);
+    grid->addWidget(recentCard_, 2, 0, 1, 2);
+    grid->setRowStretch(3, 1);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
+
+    auto* centred = new QWidget;
+    auto* row = new QHBoxLayout(centred);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addStretch(1);
+    row->addWidget(content, 100);
+    row->addStretch(1);
+    auto* scroll = new QScrollArea;
+    scroll->setFrameStyle(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    scroll->setWidget(centred);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(scroll);
+}
+
+QLabel* HomePage::addFigure(QVBoxLayout& layout, const char* objectName, const QString& caption) {
+    auto* name = new QLabel(caption);
+    name->setForegroundRole(QPalette::PlaceholderText);
+    QLabel* value = heading({}, 1.25);
+    value->setObjectName(QLatin1String(objectName));
+    value->setTextFormat(Qt::PlainText);
+    value->setWordWrap(true);
+    name->setBuddy(value);
+    layout.addSpacing(6);
+    layout.addWidget(name);
+    layout.addWidget(value);
+    return value;
+}
+
+void HomePage::refresh() {
+    const TQuobrixDocument& document = context_.document;
+    const TTripLogTable& trips = document.trips();
+    const RowIndex count = trips.rowCount();
+    documentName_->setText(toQt(document.title()));
+
+    double distance = 0; // m
+    std::int32_t last = 0;
+    const auto& distances = trips.column<TTripLogDistanceColumn>();
+    const auto& starts = trips.column<TTripLogStartTimeColumn>();
+    for (RowIndex row = 0; row < count; ++row) {
+        if (distances.has(row))
+            distance += distances.at(row);
+        if (starts.has(row))
+            last = std::max(last, starts.at(row));
+    }
+
+    const TVehicleNamesTable& vehicles = document.vehicles();
+    std::string names;
+    for (RowIndex row = 0; row < std::min(vehicles.rowCount(), kMostVehicles); ++row)
+        names += (row == 0 ? "" : ", ") + (vehicles.name(row).empty() ? vehicles.key(row) : vehicles.name(row));
+    if (vehicles.rowCount() > kMostVehicles)
+        names += " and " +
+                 context_.units.formatInteger(static_cast<std::int64_t>(vehicles.rowCount() - kMostVehicles)) + " more";
+
+    const auto set = [](QLabel* label, const QString& caption, std::string_view text) {
+        label->setText(text.empty() ? QStringLiteral("–") : toQt(text));
+        label->setAccessibleName(caption + QStringLiteral(": ") + label->text());
+    };
+    set(trips_, QStringLiteral("Trips"), context_.units.formatInteger(static_cast<std::int64_t>(count)));
+    set(distance_, QStringLiteral("Distance"), context_.units.formatValueWithUnits(UnitTypeId::Distance, distance));
+    set(lastTrip_, QStringLiteral("Last trip"),
+        last == 0 ? std::string() : dateTimeText(context_.units, context_.zone.toLocal(last)));
+    set(vehicles_, QStringLiteral("Vehicles"), names);
+    hint_->setVisible(count == 0);
+    showRecentFiles();
+}
+
+void HomePage::showRecentFiles() {
+    while (recentList_->count() > 1) { // all but the heading
+        QLayoutItem* item = recentList_->takeAt(1);
+        item->widget()->hide();
+        item->widget()->deleteLater(); // it may be the one whose click brought us here
+        delete item;
+    }
+    bool any = false;
+    for (QAction* action : actions_.recent) {
+        if (!action->isVisible())
+            continue;
+        any = true;
+        const std::filesystem::path path = toPath(action->toolTip());
+        recentList_->addWidget(
+            button(action, toQtPath(path.filename()), toQtPath(path.parent_path()), icon("document")));
+    }
+    recentCard_->setVisible(any);
+}
+
+} // namespace quobrix

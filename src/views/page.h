@@ -1,0 +1,33 @@
+#pragma once
+
+#include "tables/column.h"
+
+#include <QWidget>
+
+namespace quobrix {
+
+class Settings;
+class TimeZone;
+class TQuobrixDocument;
+class TUnitSystem;
+
+/// What every page shows from and through; lives as long as the main frame.
+struct ViewContext {
+    TQuobrixDocument& document;
+    Settings& settings;
+    TUnitSystem& units;
+    const TimeZone& zone;
+
+    TextContext text() const { return {units, zone}; }
+};
+
+/// A page of the main frame. Pages hold no data of their own, and end before the document gets other content.
+class Page : public QWidget {
+public:
+    using QWidget::QWidget;
+
+    /// Rows of the document, names or units have changed: show what there is now.
+    virtual void refresh() {}
+};
+
+} // namespace quobrix
