@@ -1,5 +1,6 @@
 #include "device/ui/worker_calls.h"
 
+#include <QCursor>
 #include <QEventLoop>
 #include <QGuiApplication>
 
