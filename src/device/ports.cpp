@@ -12,7 +12,9 @@ namespace {
 constexpr const char* kSection = "Serial Ports";
 constexpr const char* kDefaultName = "Default";
 
-Message openFailure(const LoggerOutcome& outcome) {
+} // namespace
+
+Message openFailureMessage(const LoggerOutcome& outcome) {
     switch (outcome.code) {
     case QUOBRIX_PORT_IN_USE:
         return makeMessage(MessageId::PortInUse);
@@ -24,8 +26,6 @@ Message openFailure(const LoggerOutcome& outcome) {
         return makeMessage(MessageId::PortError, outcome.description);
     }
 }
-
-} // namespace
 
 std::string defaultPort(const Settings& settings) {
     return settings.getText(kSection, kDefaultName, kPortNames.front());
@@ -140,7 +140,7 @@ bool PortFlows::accept(const Attempt& attempt) {
         return true;
     if (attempt.open.ok() && attempt.probe.code == QUOBRIX_TIMEOUT)
         return prompter_.ask(makeMessage(MessageId::UseSerialPortAnyway)) == Answer::Yes;
-    prompter_.tell(openFailure(attempt.probe));
+    prompter_.tell(openFailureMessage(attempt.probe));
     return false;
 }
 

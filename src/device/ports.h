@@ -27,6 +27,9 @@ std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names);
 /// The latest probe in words, for the status bar.
 std::string portStatusText(const LoggerStatus& status, const LoggerNames& names);
 
+/// Why a port could not be opened and what to do, for an OUTCOME that is no success.
+Message openFailureMessage(const LoggerOutcome& outcome);
+
 /// Finds the logger and chooses its port. Each flow runs on the caller's thread, and asks only between two calls.
 class PortFlows {
 public:

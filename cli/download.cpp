@@ -1,0 +1,95 @@
+#include "cli/download.h"
+
+#include "cli/option_prompter.h"
+#include "device/download.h"
+#include "messages/file_messages.h"
+#include "platform/paths.h"
+#include "settings/file_settings.h"
+
+#include <fmt/format.h>
+
+namespace quobrix::cli {
+namespace {
+
+/// Opens FILE to be written to, or begins a document that is to become it. Complains if neither is possible: better
+/// before the logger is read than after.
+bool openForWriting(TQuobrixDocument& document, const std::string& file) {
+    const auto failed = [&](const Error& error, FileAction action) {
+        complain(fileMessage(error, action, file).text);
+        return false;
+    };
+    const std::filesystem::path path = file;
+    if (isExampleName(path.filename().string())) {
+        complain(file + " is the delivered example, which takes no downloads; name another file with --into");
+        return false;
+    }
+    const Result<void> opened = document.open(path, TDocument::Access::Edit);
+    if (opened)
+        return document.readOnly() ? failed(*document.readOnlyReason(), FileAction::Save) : true;
+    if (opened.error().kind != ErrorKind::NotFound)
+        return failed(opened.error(), FileAction::Open);
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    std::error_code ignored;
+    if (std::filesystem::is_directory(folder, ignored))
+        return true;
+    complain(file + " cannot be saved because its folder does not exist");
+    return false;
+}
+
+/// Whether a logger answers on PORT, which then stays open.
+bool connect(LoggerCalls& calls, const std::string& port) {
+    const LoggerOutcome opened = calls.get([&](LockedLogger& logger) { return logger.outcome(logger.openPort(port)); });
+    if (!opened.ok()) {
+        complain(fmt::format("{}: {}", port, openFailureMessage(opened).text));
+        return false;
+    }
+    const LoggerOutcome probed = calls.get([](LockedLogger& logger) { return logger.outcome(logger.probe()); });
+    if (!probed.ok())
+        complain(failureMessage("Unable to download logs", probed).text);
+    return probed.ok();
+}
+
+} // namespace
+
+ExitCode download(const DownloadOptions& options) {
+    TQuobrixDocument document;
+    if (!openForWriting(document, options.file))
+        return kFailed;
+    Settings settings(userSettings());
+    LoggerLink link(loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath()))));
+    if (!link.hasLibrary()) {
+        complain(link.libraryProblem() + " Put it beside this program, or let QUOBRIX_LIBRARY say where it is.");
+        return kFailed;
+    }
+    DirectCalls calls(link);
+    if (!connect(calls, options.port ? *options.port : defaultPort(settings)))
+        return kFailed;
+
+    OptionPrompter prompter(options.yesTo);
+    ProgressReporter noProgress;
+    const auto names = [&](const std::string& serialNumber) { return document.loggers().nameOf(serialNumber); };
+    const auto anotherFile = [&] {
+        complain(fmt::format("name a new file with --into instead of {}", options.file));
+        return false;
+    };
+    const std::optional<MergeResult> result =
+        Download(calls, prompter, settings, noProgress, names, anotherFile).run(document);
+    calls.run([](LockedLogger& logger) { logger.closePort(); });
+    if (!result) {
+        if (!prompter.told())
+            complain("nothing was downloaded");
+        return kFailed;
+    }
+    const Result<void> saved = document.hasFile() ? document.save() : document.saveAs(options.file);
+    if (!saved) {
+        complain(fileMessage(saved.error(), FileAction::Save, options.file).text);
+        return kFailed;
+    }
+    for (const std::string& line : result->refusedLines())
+        complain(line);
+    Output output;
+    output.put(result->summary() + "\n");
+    return output.finish(result->refusedCount() == 0 ? kDone : kIncomplete);
+}
+
+} // namespace quobrix::cli

@@ -1,0 +1,105 @@
+/// quobrix-cli: the logger, its documents and their reports without a window.
+#include "cli/download.h"
+#include "cli/option_prompter.h"
+#include "cli/reading.h"
+#include "platform/standard_streams.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <map>
+
+namespace {
+
+using namespace quobrix::cli;
+
+constexpr const char* kFooter = "Exit codes:\n"
+                                "  0  done; for check: the document is sound\n"
+                                "  1  failed, one line on standard error says why; for check: the document is damaged\n"
+                                "  2  wrong usage, or an unknown unit system\n"
+                                "  3  done, but parts of the document could not be read or records were refused\n"
+                                "Reading commands change nothing. No command waits for a person.\n"
+                                "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
+
+const std::map<std::string, Format> kFormats = {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
+
+int run(int argc, char** argv) {
+    CLI::App app("Downloads Quobrix loggers into documents, and lists, reports and checks what these hold.",
+                 "quobrix-cli");
+    app.set_version_flag("--version", "quobrix-cli " QUOBRIX_VERSION);
+    app.footer(kFooter);
+    app.require_subcommand(1);
+
+    const auto file = [](CLI::App& command, std::string& target) {
+        command.add_option("file", target, "Document (.car)")->required();
+    };
+    const auto units = [](CLI::App& command, std::optional<std::string>& target) {
+        command.add_option("--units", target, "Unit system such as U.S., Metric or S.I. (default: the user's)");
+    };
+
+    DownloadOptions downloadOptions;
+    CLI::App& downloadCommand = *app.add_subcommand("download", "Add what a logger holds to a document");
+    downloadCommand.add_option("--port", downloadOptions.port, "Serial port (default: the one chosen in the program)");
+    downloadCommand.add_option("--into", downloadOptions.file, "Document (.car), made if it does not exist")
+        ->required();
+    downloadCommand
+        .add_option("--yes-to", downloadOptions.yesTo, "Questions to be answered with yes; all others get a no")
+        ->check(CLI::IsMember(questionKeys()))
+        ->type_name("QUESTION");
+
+    ListOptions listOptions;
+    CLI::App& listCommand = *app.add_subcommand("list", "Print the records of a log");
+    listCommand.add_option("log", listOptions.log, "Which log")->required()->check(CLI::IsMember(logNames()));
+    file(listCommand, listOptions.file);
+    listCommand
+        .add_option("--format", listOptions.format, "table for people, csv in current units, json in base units")
+        ->transform(CLI::Transformer(kFormats))
+        ->type_name("table|csv|json");
+    units(listCommand, listOptions.units);
+
+    ReportOptions reportOptions;
+    std::string kind;
+    CLI::App& reportCommand = *app.add_subcommand("report", "Print the report of one record");
+    reportCommand.add_option("kind", kind, "What is reported")->required()->check(CLI::IsMember({"trip"}));
+    reportCommand.add_option("number", reportOptions.trip, "Number of the trip, from 1")->required();
+    file(reportCommand, reportOptions.file);
+    units(reportCommand, reportOptions.units);
+
+    std::string checkedFile;
+    CLI::App& checkCommand = *app.add_subcommand("check", "Examine every object of a document");
+    file(checkCommand, checkedFile);
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        Output output;
+        output.put(app.help());
+        return output.finish(kDone);
+    } catch (const CLI::CallForVersion& version) {
+        Output output;
+        output.put(std::string(version.what()) + "\n");
+        return output.finish(kDone);
+    } catch (const CLI::ParseError& error) {
+        complain(std::string(error.what()) + "; see quobrix-cli --help");
+        return kUsage;
+    }
+    if (downloadCommand)
+        return download(downloadOptions);
+    if (listCommand)
+        return list(listOptions);
+    if (reportCommand)
+        return report(reportOptions);
+    return check(checkedFile);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    quobrix::secureStandardStreams();
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) { // out of memory, mostly
+        complain(error.what());
+        return kFailed;
+    }
+}

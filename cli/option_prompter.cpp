@@ -1,0 +1,36 @@
+#include "cli/option_prompter.h"
+
+#include "cli/output.h"
+
+#include <fmt/format.h>
+
+namespace quobrix::cli {
+
+Answer OptionPrompter::ask(const Message& question) {
+    const std::string key(messageSpec(question.id).key);
+    if (yesTo_.contains(key))
+        return Answer::Yes;
+    complain(fmt::format("{} (answered no; --yes-to {} answers yes)", question.text, key));
+    told_ = true;
+    return Answer::No;
+}
+
+void OptionPrompter::tell(const Message& statement) {
+    complain(statement.text);
+    told_ = true;
+}
+
+std::optional<std::size_t> OptionPrompter::choose(std::string_view what, const std::vector<std::string>&, std::size_t) {
+    complain(fmt::format("no {} has been chosen", what));
+    told_ = true;
+    return {};
+}
+
+std::vector<std::string> questionKeys() {
+    std::vector<std::string> keys;
+    for (const MessageId question : {MessageId::NewFileRecommended})
+        keys.emplace_back(messageSpec(question).key);
+    return keys;
+}
+
+} // namespace quobrix::cli

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string_view>
+
+namespace quobrix::cli {
+
+/// How the program ends; --help states it.
+enum ExitCode : int {
+    kDone = 0,
+    kFailed = 1,
+    kUsage = 2,
+    kIncomplete = 3,
+};
+
+/// One line "quobrix-cli: TEXT" on standard error.
+void complain(std::string_view text);
+
+/// Standard output. Remembers the first failure, after which it takes nothing more.
+class Output {
+public:
+    /// False once something could not be written: there is no sense in going on.
+    bool put(std::string_view text);
+    /// CODE, or kFailed with a complaint if something could not be written. A reader that has gone away is no news to
+    /// anybody, so that ends without a complaint.
+    ExitCode finish(ExitCode code);
+
+private:
+    int failure_ = 0; ///< an errno value
+};
+
+} // namespace quobrix::cli

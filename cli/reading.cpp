@@ -1,0 +1,135 @@
+#include "cli/reading.h"
+
+#include "cli/units.h"
+#include "messages/file_messages.h"
+#include "model/document_check.h"
+#include "model/trip_report.h"
+#include "tables/declare.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <span>
+
+namespace quobrix::cli {
+namespace {
+
+/// A log as the list command knows it, and the columns of its table for people.
+struct Log {
+    std::string_view name;
+    const Table* (*table)(TQuobrixDocument&);
+    std::span<const PersistentType* const> columns;
+};
+constexpr Log kLogs[] = {
+    {"trips", [](TQuobrixDocument& document) -> const Table* { return &document.trips(); },
+     kTypesOf<TTripLogRecordColumn, TTripLogStartTimeColumn, TTripLogDurationColumn, TTripLogDistanceColumn,
+              TTripLogMaximumSpeedColumn, TTripLogAverageSpeedColumn, TTripLogTimeInTopSpeedBandColumn,
+              TTripLogHardBrakesColumn, TTripLogPanicBrakesColumn, TTripLogHardAccelerationsColumn,
+              TTripLogPanicAccelerationsColumn, TTripLogVinColumn, TTripLogDriverIDColumn,
+              TTripLogQuobrixSerialNumberColumn, TTripLogCommentsColumn>},
+    {"troubles", [](TQuobrixDocument& document) -> const Table* { return &document.troubles(); },
+     kTypesOf<TTroubleLogRecordColumn, TTroubleLogTimeRecordedColumn, TTroubleLogVinColumn,
+              TTroubleLogQuobrixSerialNumberColumn, TTroubleLogTroubleCodeColumn,
+              TTroubleLogTroubleCodeDescriptionColumn, TTroubleLogCommentsColumn>},
+    {"activity", [](TQuobrixDocument& document) -> const Table* { return &document.activity(); },
+     kTypesOf<TSecurityLogRecordColumn, TSecurityLogTimeRecordedColumn, TSecurityLogQuobrixSerialNumberColumn,
+              TSecurityLogVinColumn, TSecurityLogEventDescriptionColumn, TSecurityLogCommentsColumn>},
+    {"accidents", [](TQuobrixDocument& document) -> const Table* { return document.accidents(); },
+     kTypesOf<TAccidentLogTableRecordColumn, TAccidentLogTableStartTimeColumn, TAccidentLogTableMaximumSpeedColumn,
+              TAccidentLogTableVinColumn, TAccidentLogTableQuobrixSerialNumberColumn, TAccidentLogTableCommentsColumn>},
+};
+
+bool openForReading(TQuobrixDocument& document, const std::string& file) {
+    const Result<void> opened = document.open(file, TDocument::Access::Read);
+    if (!opened)
+        complain(fileMessage(opened.error(), FileAction::Open, file).text);
+    return bool(opened);
+}
+
+/// Whether everything that was asked of the document could be read.
+ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
+    if (document.store().damage().empty())
+        return kDone;
+    complain(fmt::format("parts of {} cannot be read and are missing here ({}); \"quobrix-cli check {}\" says what is "
+                         "damaged",
+                         file, fmt::join(document.affectedLogs(), ", "), file));
+    return kIncomplete;
+}
+
+void putFinding(Output& output, std::string_view kind, const CheckFinding& finding) {
+    std::string line(kind);
+    if (!finding.log.empty())
+        line += ": " + finding.log;
+    if (finding.id != kNoObject)
+        line += fmt::format(": object {}", finding.id);
+    output.put(line + ": " + finding.what + "\n");
+}
+
+} // namespace
+
+std::vector<std::string> logNames() {
+    std::vector<std::string> names;
+    for (const Log& log : kLogs)
+        names.emplace_back(log.name);
+    return names;
+}
+
+ExitCode list(const ListOptions& options) {
+    UserUnits units(localeOf(options.format));
+    if (options.format != Format::Json || options.units) // json is in base units
+        if (const ExitCode code = units.load(options.units); code != kDone)
+            return code;
+    TQuobrixDocument document;
+    if (!openForReading(document, options.file))
+        return kFailed;
+
+    const auto* log = std::ranges::find(kLogs, std::string_view(options.log), &Log::name);
+    const Table* table = log->table(document);
+    const TAccidentLogTable none; // the one log that a document may not have yet
+    Output output;
+    writeRecords(output, table ? *table : none, options.format, log->columns, units.context());
+    return output.finish(completeness(document, options.file));
+}
+
+ExitCode report(const ReportOptions& options) {
+    UserUnits units(localeOf(Format::Table));
+    if (const ExitCode code = units.load(options.units); code != kDone)
+        return code;
+    TQuobrixDocument document;
+    if (!openForReading(document, options.file))
+        return kFailed;
+
+    const auto count = static_cast<std::int64_t>(document.trips().rowCount());
+    if (options.trip < 1 || options.trip > count) {
+        const ExitCode complete = completeness(document, options.file);
+        if (complete == kDone)
+            complain(count == 0
+                         ? fmt::format("{} holds no trips", options.file)
+                         : fmt::format("{} has no trip {}; its trips are 1 to {}", options.file, options.trip, count));
+        return kFailed;
+    }
+    Output output;
+    output.put(renderText(tripReport(document.trips(), static_cast<RowIndex>(options.trip - 1), units.context())));
+    return output.finish(completeness(document, options.file));
+}
+
+ExitCode check(const std::string& file) {
+    TQuobrixDocument document;
+    if (!openForReading(document, file))
+        return kFailed;
+    const DocumentCheck check = checkDocument(document);
+    Output output;
+    for (const CheckFinding& finding : check.damages)
+        putFinding(output, "damaged", finding);
+    for (const CheckFinding& finding : check.notes)
+        putFinding(output, "note", finding);
+    if (check.sound()) {
+        output.put(fmt::format("{} is sound: {} objects\n", file, check.objects));
+        return output.finish(kDone);
+    }
+    complain(fmt::format("{} is damaged in {} of its {} objects; keep it, and restore a copy if you have one", file,
+                         check.damages.size(), check.objects));
+    return output.finish(kFailed);
+}
+
+} // namespace quobrix::cli

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "cli/output.h"
+#include "cli/record_writer.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The commands that read a document. They open it for reading and write nothing but their output.
+namespace quobrix::cli {
+
+struct ListOptions {
+    std::string log; ///< one of logNames()
+    std::string file;
+    Format format = Format::Table;
+    std::optional<std::string> units; ///< none: the user's
+};
+
+struct ReportOptions {
+    std::int64_t trip = 0; ///< its number, from 1
+    std::string file;
+    std::optional<std::string> units;
+};
+
+std::vector<std::string> logNames();
+
+ExitCode list(const ListOptions& options);
+ExitCode report(const ReportOptions& options);
+ExitCode check(const std::string& file);
+
+} // namespace quobrix::cli
