@@ -37,8 +37,10 @@ std::vector<std::uint32_t> SectorSet::members() const {
     return members;
 }
 
-void AllocationTable::load(std::vector<std::uint32_t> marks, const SectorSet& claimed) {
+void AllocationTable::load(std::vector<std::uint32_t> marks, const SectorSet& claimed,
+                           std::set<std::uint32_t> avoided) {
     marks_ = std::move(marks);
+    avoided_ = std::move(avoided);
     for (std::uint32_t sector = 0; sector < marks_.size(); ++sector)
         if (marks_[sector] != kFreeSector || claimed.contains(sector)) {
             held_.insert(sector);
@@ -108,15 +110,23 @@ Result<std::vector<Run>> AllocationTable::allocate(std::uint32_t count) {
     // Near the limit of the file every free sector counts.
     while (count > atEnd && take(1)) {
     }
-    if (count > mostSectors_ - std::min(mostSectors_, end_)) {
+    while (count > 0 && end_ < mostSectors_) {
+        const auto obstacle = avoided_.lower_bound(end_);
+        const std::uint32_t room = (obstacle == avoided_.end() ? mostSectors_ : *obstacle) - end_;
+        if (room == 0) {
+            held_.insert(end_++);
+            ++freeCount_;
+            continue;
+        }
+        runs.push_back({end_, std::min(room, count)});
+        use(end_, runs.back().count, tail);
+        count -= runs.back().count;
+    }
+    if (count > 0) {
         for (const Run& run : runs)
             for (std::uint32_t i = 0; i < run.count; ++i)
                 release(run.first + i);
         return Error{ErrorKind::Unsupported, "the file would pass 2 GB"};
-    }
-    if (count > 0) {
-        runs.push_back({end_, count});
-        use(end_, count, tail);
     }
     return runs;
 }

@@ -3,6 +3,7 @@
 #include "document/compound_format.h"
 
 #include <cstdint>
+#include <set>
 #include <vector>
 
 namespace quobrix::cfb {
@@ -53,8 +54,9 @@ public:
     explicit AllocationTable(std::uint32_t mostSectors) : mostSectors_(mostSectors) {}
 
     /// The table as it stands on disk, whole pages of it. Every sector that is not free becomes held, and those in
-    /// CLAIMED too: a damaged table may call them free though a chain leads to them.
-    void load(std::vector<std::uint32_t> marks, const SectorSet& claimed);
+    /// CLAIMED too: a damaged table may call them free though a chain leads to them. AVOIDED sectors do not exist yet,
+    /// but a damaged chain leads to them: given out, they would become part of it.
+    void load(std::vector<std::uint32_t> marks, const SectorSet& claimed, std::set<std::uint32_t> avoided);
 
     /// The next sector in the chain, or a mark; kUnknownSector outside the table.
     std::uint32_t next(std::uint32_t sector) const { return sector < marks_.size() ? marks_[sector] : kUnknownSector; }
@@ -91,6 +93,7 @@ private:
     std::uint32_t freeCount_ = 0; ///< free marks below end_
     SectorSet available_;         ///< below end_, and may be allocated
     SectorSet held_;
+    std::set<std::uint32_t> avoided_;
     SectorSet dirty_;                  ///< page indexes
     std::vector<Run> allocated_;       ///< since holdAllocated()
     std::vector<std::uint32_t> freed_; ///< held, but free in the table

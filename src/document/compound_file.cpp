@@ -32,9 +32,7 @@ class CompoundFileEngine final : public CompoundFile {
 public:
     /// A new file.
     explicit CompoundFileEngine(std::unique_ptr<File> file)
-        : file_(std::move(file)), headerOnDisk_(newHeader()), changed_(true) {
-        fat_.load({}, {});
-    }
+        : file_(std::move(file)), headerOnDisk_(newHeader()), changed_(true) {}
 
     CompoundFileEngine(std::unique_ptr<File> file, Layout layout)
         : file_(std::move(file)), fileSize_(layout.fileSize), headerOnDisk_(layout.header), headerExists_(true),
@@ -42,8 +40,8 @@ public:
           fatSectors_(std::move(layout.fatSectors)), difatSectors_(std::move(layout.difatSectors)),
           directoryChain_(std::move(layout.directoryChain)), miniFatChain_(std::move(layout.miniFatChain)),
           miniStreamChain_(std::move(layout.miniStreamChain)) {
-        fat_.load(std::move(layout.fat), layout.claimed);
-        miniFat_.load(std::move(layout.miniFat), layout.claimedMini);
+        fat_.load(std::move(layout.fat), layout.claimed, std::move(layout.avoided));
+        miniFat_.load(std::move(layout.miniFat), layout.claimedMini, std::move(layout.avoidedMini));
         transaction_ = Header::decode(headerOnDisk_)->transaction;
     }
 
@@ -486,7 +484,7 @@ private:
     std::map<std::uint32_t, Pending> pending_; ///< by entry: contents that are not durable
 
     AllocationTable fat_{kMostSectors};
-    AllocationTable miniFat_{kMostSectors * kMiniSectorsPerPage};
+    AllocationTable miniFat_{kMostMiniSectors};
     std::vector<std::uint32_t> fatSectors_;
     std::vector<std::uint32_t> difatSectors_;
     bool difatDirty_ = false;

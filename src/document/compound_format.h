@@ -21,6 +21,7 @@ inline constexpr std::uint32_t kFatPagesPerDifat = kMarksPerPage - 1;
 inline constexpr std::uint32_t kFatPagesInHeader = 109;
 /// Version 3 addresses 2 GB: the header and this many sectors.
 inline constexpr std::uint32_t kMostSectors = (1u << 31) / kSectorSize - 1;
+inline constexpr std::uint32_t kMostMiniSectors = kMostSectors * kMiniSectorsPerPage;
 
 /// What stands in an allocation table instead of the next sector's number.
 inline constexpr std::uint32_t kDifatSector = 0xFFFFFFFC;
@@ -53,7 +54,7 @@ constexpr std::uint64_t sectorOffset(std::uint32_t number) { return (std::uint64
 /// Whole units of SIZE that COUNT things fill or begin to fill.
 template <class Integer>
 constexpr Integer unitsOf(Integer count, std::uint32_t size) {
-    return static_cast<Integer>((count + size - 1) / size);
+    return static_cast<Integer>(count / size + (count % size != 0 ? 1 : 0)); // the usual sum could overflow
 }
 
 /// The fields of the header that change from save to save; everything else of a foreign header is kept as it was.

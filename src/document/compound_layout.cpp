@@ -13,8 +13,9 @@ constexpr std::uint32_t kStructure = 0xFFFFFFFE;
 /// Follows chains, and sees when two of them, or two turns of one, meet in a sector: so every walk ends.
 class Claims {
 public:
-    /// MARKS: the table; COUNT: how many sectors there really are.
-    Claims(const std::vector<std::uint32_t>& marks, std::uint32_t count) : marks_(marks), owners_(count, kNobody) {}
+    /// MARKS: the table; COUNT: how many sectors there really are; MOST_SECTORS: how many there can ever be.
+    Claims(const std::vector<std::uint32_t>& marks, std::uint32_t count, std::uint32_t mostSectors)
+        : marks_(marks), owners_(count, kNobody), mostSectors_(mostSectors) {}
 
     /// False if the sector does not exist or has an owner; OTHER is then that owner, or kNobody.
     bool claim(std::uint32_t sector, std::uint32_t owner, std::uint32_t& other) {
@@ -30,12 +31,18 @@ public:
     bool follow(std::uint32_t first, std::uint32_t owner, std::uint32_t& other, Visit visit) {
         other = kNobody;
         for (std::uint32_t sector = first; sector != kEndOfChain; sector = marks_[sector]) {
-            if (!claim(sector, owner, other) || sector >= marks_.size())
+            if (!claim(sector, owner, other) || sector >= marks_.size()) {
+                if (sector >= owners_.size() && sector < mostSectors_)
+                    astray_.insert(sector);
                 return false;
+            }
             visit(sector);
         }
         return true;
     }
+
+    /// Where chains lead that leave what is there.
+    const std::set<std::uint32_t>& astray() const { return astray_; }
 
     SectorSet claimed() const {
         SectorSet set;
@@ -48,6 +55,8 @@ public:
 private:
     const std::vector<std::uint32_t>& marks_;
     std::vector<std::uint32_t> owners_;
+    std::uint32_t mostSectors_;
+    std::set<std::uint32_t> astray_;
 };
 
 class Loader {
@@ -76,6 +85,8 @@ public:
         checkStreams();
         layout_.claimed = claims_->claimed();
         layout_.claimedMini = miniClaims_->claimed();
+        layout_.avoided = claims_->astray();
+        layout_.avoidedMini = miniClaims_->astray();
         return std::move(layout_);
     }
 
@@ -111,7 +122,7 @@ private:
 
     Result<void> readFat() {
         // The list of the FAT's pages: the header's part, then a chain of sectors that carries its own links.
-        claims_ = std::make_unique<Claims>(layout_.fat, sectors_);
+        claims_ = std::make_unique<Claims>(layout_.fat, sectors_, kMostSectors);
         std::vector<std::uint32_t> list(header_.fatSectors.begin(), header_.fatSectors.end());
         std::uint32_t other = kNobody;
         for (std::uint32_t next = header_.firstDifatSector;
@@ -205,8 +216,8 @@ private:
         }
         const std::size_t there = layout_.miniStreamChain.size() * kMiniSectorsPerPage;
         freeFrom(layout_.miniFat, there);
-        miniClaims_ = std::make_unique<Claims>(layout_.miniFat,
-                                               static_cast<std::uint32_t>(std::min(layout_.miniFat.size(), there)));
+        miniClaims_ = std::make_unique<Claims>(
+            layout_.miniFat, static_cast<std::uint32_t>(std::min(layout_.miniFat.size(), there)), kMostMiniSectors);
         return {};
     }
 

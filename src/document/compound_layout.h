@@ -21,6 +21,8 @@ struct Layout {
     Bytes directory;                            ///< entries of kEntrySize bytes
     SectorSet claimed;                          ///< sectors that some chain leads to
     SectorSet claimedMini;
+    std::set<std::uint32_t> avoided; ///< sectors beyond the file's end that a damaged chain leads to
+    std::set<std::uint32_t> avoidedMini;
     /// Streams (by entry index) whose chain is broken, too short, or shared with another.
     std::unordered_set<std::uint32_t> damaged;
     /// Allocation tables or directory are incomplete: what is left can be read, but nothing can be written safely.
