@@ -51,10 +51,9 @@ int run(int argc, char** argv) {
     CLI::App& listCommand = *app.add_subcommand("list", "Print the records of a log");
     listCommand.add_option("log", listOptions.log, "Which log")->required()->check(CLI::IsMember(logNames()));
     file(listCommand, listOptions.file);
-    listCommand
-        .add_option("--format", listOptions.format, "table for people, csv in current units, json in base units")
-        ->transform(CLI::Transformer(kFormats))
-        ->type_name("table|csv|json");
+    std::string format = "table";
+    listCommand.add_option("--format", format, "table for people, csv in current units, or json in base units")
+        ->check(CLI::IsMember({"table", "csv", "json"}));
     units(listCommand, listOptions.units);
 
     ReportOptions reportOptions;
@@ -85,8 +84,10 @@ int run(int argc, char** argv) {
     }
     if (downloadCommand)
         return download(downloadOptions);
-    if (listCommand)
+    if (listCommand) {
+        listOptions.format = kFormats.at(format);
         return list(listOptions);
+    }
     if (reportCommand)
         return report(reportOptions);
     return check(checkedFile);
