@@ -8,6 +8,7 @@
 #include <QMenuBar>
 
 #include <exception>
+#include <utility>
 #include <vector>
 
 namespace quobrix {
@@ -79,6 +80,7 @@ void Commands::refresh() {
 void Commands::trigger(CommandId id) { action(id)->trigger(); }
 
 void Commands::guard(const QAction& action, const Run& work) {
+    const QAction* outer = std::exchange(running_, &action);
     try {
         if (work)
             work();
@@ -87,6 +89,7 @@ void Commands::guard(const QAction& action, const Run& work) {
     } catch (const std::exception& error) {
         report_(action, error.what());
     }
+    running_ = outer;
 }
 
 void Commands::fill(QMenuBar& menuBar) {

@@ -39,6 +39,8 @@ public:
     void refresh();
     /// Runs WORK, which belongs to ACTION; an exception ends up as one message.
     void guard(const QAction& action, const Run& work);
+    /// The action whose work is under way; nothing between commands. While there is one, the document is its alone.
+    const QAction* running() const { return running_; }
 
     /// Fills MENU_BAR with the main menu.
     void fill(QMenuBar& menuBar);
@@ -57,6 +59,7 @@ private:
     Report report_;
     std::map<CommandId, Entry> entries_;
     QMenu* recentFilesMenu_ = nullptr;
+    const QAction* running_ = nullptr;
 };
 
 } // namespace quobrix

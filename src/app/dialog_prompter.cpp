@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
 #include <QVBoxLayout>
@@ -24,20 +25,21 @@ QMessageBox::StandardButton show(QWidget& window, const Message& message) {
     box.setTextFormat(Qt::PlainText);
     box.setText(toQt(message.text));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    const bool question = spec.buttons != MessageButtons::Ok;
+    box.setIcon(question ? QMessageBox::Question : QMessageBox::Information); // what a screen reader announces
+    const QIcon icon(question ? QStringLiteral(":/icons/question.svg") : QStringLiteral(":/icons/information.svg"));
+    box.setIconPixmap(icon.pixmap(QSize(40, 40), window.devicePixelRatioF()));
     switch (spec.buttons) {
     case MessageButtons::Ok:
-        box.setIcon(QMessageBox::Information);
         box.setStandardButtons(QMessageBox::Ok);
         break;
     case MessageButtons::YesNo:
-        box.setIcon(QMessageBox::Question);
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
         box.setDefaultButton(QMessageBox::No);
         box.setEscapeButton(QMessageBox::No);
         break;
     case MessageButtons::YesNoCancel:
         // Here "yes" keeps what there is.
-        box.setIcon(QMessageBox::Question);
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
         box.setDefaultButton(QMessageBox::Yes);
         box.setEscapeButton(QMessageBox::Cancel);

@@ -122,7 +122,7 @@ bool DocumentFiles::mayGo() {
         // A file that cannot be written now must not hold the user captive.
         return !document_.modified() || saveTo(document_.path()) || offerSaveAs();
     }
-    if (!document_.dataChanged())
+    if (!document_.dataChanged() || (document_.hasFile() && !document_.modified()))
         return true;
     const auto answer = prompter_.askOrCancel(makeMessage(MessageId::SaveChanges, document_.title()));
     return answer && (*answer == Answer::No || save());

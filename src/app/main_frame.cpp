@@ -16,6 +16,7 @@
 #include <QMimeData>
 #include <QScreen>
 #include <QStatusBar>
+#include <QTimer>
 
 namespace quobrix {
 namespace {
@@ -142,6 +143,10 @@ void TQuobrixFrame::documentChanged() {
 void TQuobrixFrame::setPortStatus(const QString& text) { portStatus_->setText(text); }
 
 void TQuobrixFrame::openFile(const std::filesystem::path& path) {
+    if (commands_->running()) { // the document belongs to that command until it is over
+        QTimer::singleShot(200, this, [this, path] { openFile(path); });
+        return;
+    }
     commands_->guard(*commands_->action(CommandId::Open), [this, path] { files_.open(path); });
     updateRecentFiles();
 }
@@ -176,7 +181,8 @@ Result<void> TQuobrixFrame::runDisk(const std::function<Result<void>()>& work) {
 
 void TQuobrixFrame::closeEvent(QCloseEvent* event) {
     bool mayClose = false;
-    if (!busy_)
+    const QAction* running = commands_->running();
+    if (!busy_ && (!running || running == commands_->action(CommandId::Exit)))
         commands_->guard(*commands_->action(CommandId::Exit), [&] { mayClose = files_.close(); });
     if (mayClose)
         rememberWindow();

@@ -37,15 +37,22 @@ bool PageArea::show(int pageId) {
     if (!entry.page) {
         entry.page = entry.create();
         stack_->addWidget(entry.page);
+        connect(entry.page, &Page::titleChanged, this, &PageArea::showTitle);
         entry.page->refresh();
     }
     current_ = pageId;
-    title_->setText(toQt(pageTitle(pageId)));
-    title_->setVisible(!title_->text().isEmpty());
+    showTitle();
     stack_->setCurrentWidget(entry.page);
     setUpdatesEnabled(true);
     entry.page->setFocus();
     return true;
+}
+
+void PageArea::showTitle() {
+    const Page* shown = page(current_);
+    const QString own = shown ? shown->title() : QString();
+    title_->setText(own.isEmpty() ? toQt(pageTitle(current_)) : own);
+    title_->setVisible(!title_->text().isEmpty());
 }
 
 void PageArea::refresh() {

@@ -39,6 +39,8 @@ private:
         Page* page = nullptr;
     };
 
+    void showTitle();
+
     std::map<int, Entry> pages_;
     int current_ = 0;
     QLabel* title_;

@@ -66,6 +66,7 @@ bool TQuobrixApp::start() {
         if (unitsProblem)
             frame_->prompter().tell(*unitsProblem);
         openStartFile();
+        logger_->start();
     });
     return true;
 }
@@ -85,8 +86,8 @@ void TQuobrixApp::enterWorkingFolder() {
 
 void TQuobrixApp::createFrame() {
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
-    const std::string port = settings_.getText("Serial Ports", "Default", "COM1");
-    frame_->setPortStatus(toQt(port) + QStringLiteral(" Port Not Opened"));
+    logger_ = std::make_unique<LoggerCommands>(*frame_,
+                                               loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath()))));
     frame_->pages().show(kHomePage);
     frame_->show();
 }
@@ -122,7 +123,7 @@ void TQuobrixApp::firstRun() {
 }
 
 void TQuobrixApp::openWhenIdle(const fs::path& file) {
-    if (activeModalWidget()) { // the document must not change under an open question
+    if (activeModalWidget() || frame_->commands().running()) { // the document must not change under an open question
         QTimer::singleShot(200, frame_.get(), [this, file] { openWhenIdle(file); });
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/logger_commands.h"
 #include "app/main_frame.h"
 #include "app/single_instance.h"
 #include "model/quobrix_document.h"
@@ -45,6 +46,7 @@ private:
     const TimeZone zone_;
     std::unique_ptr<TQuobrixDocument> document_;
     std::unique_ptr<TQuobrixFrame> frame_;
+    std::unique_ptr<LoggerCommands> logger_;
 };
 
 } // namespace quobrix

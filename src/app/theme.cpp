@@ -11,16 +11,21 @@
 namespace quobrix {
 namespace {
 
-/// Lets the keyboard and the mouse reach disabled menu entries, so that the status bar can say why they are.
-class MenuStyle final : public QProxyStyle {
+class ProgramStyle final : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
 
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* returned) const override {
-        if (hint == SH_Menu_AllowActiveAndDisabled)
+        switch (hint) {
+        case SH_Menu_AllowActiveAndDisabled: // so that the status bar can say why an entry is disabled
             return 1;
-        return QProxyStyle::styleHint(hint, option, widget, returned);
+        case SH_DialogButtonBox_ButtonsHaveIcons: // the fallback icons are of another age,
+        case SH_EtchDisabledText:                 // and so is this
+            return 0;
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, returned);
+        }
     }
 };
 
@@ -43,38 +48,41 @@ Theme chosenTheme(const Settings& settings) {
     return theme == Theme::System && desktopIsDark ? Theme::Dark : theme;
 }
 
+void setTextColors(QPalette& palette, const QColor& text, const QColor& disabled) {
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(role, text);
+        palette.setColor(QPalette::Disabled, role, disabled);
+    }
+    QColor placeholder = text;
+    placeholder.setAlpha(165);
+    palette.setColor(QPalette::PlaceholderText, placeholder);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Disabled, QPalette::HighlightedText, disabled);
+}
+
 QPalette lightPalette() {
     QPalette palette(QColor(0xef, 0xef, 0xef), QColor(0xf4, 0xf5, 0xf6));
     palette.setColor(QPalette::Base, Qt::white);
     palette.setColor(QPalette::AlternateBase, QColor(0xf4, 0xf6, 0xf8));
-    palette.setColor(QPalette::WindowText, QColor(0x1d, 0x21, 0x25));
-    palette.setColor(QPalette::Text, QColor(0x1d, 0x21, 0x25));
-    palette.setColor(QPalette::ButtonText, QColor(0x1d, 0x21, 0x25));
     palette.setColor(QPalette::Highlight, QColor(0x1f, 0x6f, 0xc4));
-    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(0xd5, 0xda, 0xdf));
     palette.setColor(QPalette::Link, QColor(0x1a, 0x5f, 0xb4));
-    palette.setColor(QPalette::PlaceholderText, QColor(0x1d, 0x21, 0x25, 128));
+    setTextColors(palette, QColor(0x1d, 0x21, 0x25), QColor(0x8d, 0x94, 0x9b));
     return palette;
 }
 
 QPalette darkPalette() {
-    const QColor window(0x25, 0x28, 0x2c);
-    const QColor text(0xe6, 0xe8, 0xea);
-    QPalette palette(QColor(0x35, 0x39, 0x3e), window);
+    QPalette palette(QColor(0x35, 0x39, 0x3e), QColor(0x25, 0x28, 0x2c));
     palette.setColor(QPalette::Base, QColor(0x1b, 0x1e, 0x21));
     palette.setColor(QPalette::AlternateBase, QColor(0x22, 0x25, 0x29));
     palette.setColor(QPalette::ToolTipBase, QColor(0x3a, 0x3f, 0x45));
+    palette.setColor(QPalette::ToolTipText, QColor(0xe6, 0xe8, 0xea));
     palette.setColor(QPalette::Highlight, QColor(0x2b, 0x78, 0xcf));
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(0x45, 0x4a, 0x50));
     palette.setColor(QPalette::Link, QColor(0x6c, 0xb2, 0xff));
     palette.setColor(QPalette::LinkVisited, QColor(0xb0, 0x9c, 0xf0));
     palette.setColor(QPalette::BrightText, Qt::white);
-    palette.setColor(QPalette::HighlightedText, Qt::white);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
-        palette.setColor(role, text);
-    palette.setColor(QPalette::PlaceholderText, QColor(0xe6, 0xe8, 0xea, 128));
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText})
-        palette.setColor(QPalette::Disabled, role, QColor(0x84, 0x8a, 0x90));
-    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(0x45, 0x4a, 0x50));
+    setTextColors(palette, QColor(0xe6, 0xe8, 0xea), QColor(0x84, 0x8a, 0x90));
     return palette;
 }
 
@@ -83,7 +91,7 @@ QPalette darkPalette() {
 void applyTheme(QApplication& application, const Settings& settings) {
     const Theme theme = chosenTheme(settings);
     // The styles of some systems paint light whatever the palette; this one follows it.
-    application.setStyle(new MenuStyle(theme == Theme::System ? QString() : QStringLiteral("Fusion")));
+    application.setStyle(new ProgramStyle(theme == Theme::System ? QString() : QStringLiteral("Fusion")));
     if (theme != Theme::System)
         application.setPalette(theme == Theme::Dark ? darkPalette() : lightPalette());
 }

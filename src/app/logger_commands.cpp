@@ -1,0 +1,54 @@
+#include "app/logger_commands.h"
+
+#include "app/main_frame.h"
+#include "views/qt_text.h"
+
+#include <QStatusBar>
+
+namespace quobrix {
+namespace {
+
+// A box that lists every refused record of a broken memory would not fit on the screen.
+constexpr std::size_t kRefusedLinesShown = 12;
+
+std::string resultText(const MergeResult& result) {
+    std::string text = result.summary();
+    const std::vector<std::string> refused = result.refusedLines();
+    for (std::size_t i = 0; i < refused.size() && i < kRefusedLinesShown; ++i)
+        text += (i == 0 ? "\n\n" : "\n") + refused[i];
+    if (refused.size() > kRefusedLinesShown)
+        text += "\n…";
+    return text;
+}
+
+} // namespace
+
+LoggerCommands::LoggerCommands(TQuobrixFrame& frame, Result<LoggerLibrary> library)
+    : frame_(frame), link_(std::move(library)),
+      session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame) {
+    frame_.commands().handle(CommandId::Download, [this] { download(); });
+    frame_.commands().handle(CommandId::CommunicationsPort, [this] { session_.choosePort(); });
+    QObject::connect(&session_, &LoggerSession::statusChanged, &session_, [this] { showStatus(); });
+    showStatus();
+}
+
+void LoggerCommands::start() {
+    if (link_.hasLibrary())
+        frame_.commands().guard(*frame_.commands().action(CommandId::CommunicationsPort),
+                                [this] { session_.scanPorts(); });
+}
+
+void LoggerCommands::download() {
+    const std::optional<MergeResult> result = session_.download([this] { return frame_.files().newFile(); });
+    if (!result)
+        return;
+    frame_.documentChanged();
+    if (result->added > 0)
+        frame_.pages().show(kTripLogPage);
+    frame_.statusBar()->showMessage(toQt(result->summary()));
+    frame_.prompter().tell(makeMessage(MessageId::DownloadDone, resultText(*result)));
+}
+
+void LoggerCommands::showStatus() { frame_.setPortStatus(toQt(session_.statusText())); }
+
+} // namespace quobrix

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "device/logger_link.h"
+#include "device/ui/logger_session.h"
+
+namespace quobrix {
+
+class TQuobrixFrame;
+
+/// The commands that need the logger, as the main frame offers them, and the state of the port in its status bar.
+class LoggerCommands {
+public:
+    /// FRAME must outlive the commands.
+    LoggerCommands(TQuobrixFrame& frame, Result<LoggerLibrary> library);
+
+    /// Looks for the logger as the program starts. Without a library nothing is asked: the first logger command will
+    /// say what is missing.
+    void start();
+
+private:
+    void download();
+    void showStatus();
+
+    TQuobrixFrame& frame_;
+    LoggerLink link_;
+    LoggerSession session_;
+};
+
+} // namespace quobrix
