@@ -126,10 +126,10 @@ TEST_P(CompoundFileCrash, APowerCutAfterAnyWriteLeavesOldOrNew) {
     RecordProperty("cuts", static_cast<int>(cuts));
     const CompoundImage image = examineCompoundFile(disk.current());
     EXPECT_EQ(image.fault, "");
-    EXPECT_EQ(image.streams, script.pending());
+    EXPECT_TRUE(image.streams == script.pending());
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, CompoundFileCrash, testing::Range(0u, 12u));
+INSTANTIATE_TEST_SUITE_P(Seeds, CompoundFileCrash, testing::Range(0u, 6u));
 
 TEST(CompoundFileCrash, ALongSectorListIsMovedSafely) {
     FaultDisk disk(1);
@@ -152,7 +152,7 @@ TEST(CompoundFileCrash, ALongSectorListIsMovedSafely) {
     }
     const CompoundImage image = examineCompoundFile(disk.current());
     EXPECT_EQ(image.fault, "");
-    EXPECT_EQ(image.streams, script.pending());
+    EXPECT_TRUE(image.streams == script.pending());
 }
 
 /// Every operation fails once, alone or with those that follow it; the script goes on and nothing is lost.
@@ -172,7 +172,7 @@ TEST_P(CompoundFileFailure, OfAnyOperationLosesNothing) {
         script.run(5);
         if (HasFailure())
             return;
-        ASSERT_EQ(contentOf(disk.powerCut()), script.pending()) << "operation " << failAt << " failed";
+        ASSERT_TRUE(contentOf(disk.powerCut()) == script.pending()) << "operation " << failAt << " failed";
         const CompoundImage image = examineCompoundFile(disk.current());
         ASSERT_EQ(image.fault, "") << "operation " << failAt << " failed";
         if (disk.operations < failAt)

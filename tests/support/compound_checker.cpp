@@ -128,13 +128,14 @@ private:
     }
 
     void readStorage(uint32_t index, const std::string& path) {
+        const bool foreign = !path.empty(); // inner storages stay as their writer made them
         std::optional<std::size_t> blacks;
         std::u16string last;
         std::vector<uint32_t> storages;
         const std::function<void(uint32_t, bool, std::size_t, std::size_t)> walk =
             [&](uint32_t node, bool parentRed, std::size_t black, std::size_t depth) {
                 if (node == kNone) {
-                    require(black == blacks.value_or(black), "black height");
+                    require(foreign || black == blacks.value_or(black), "black height");
                     blacks = black;
                     return;
                 }
@@ -143,7 +144,7 @@ private:
                 require(depth < 64, "tree depth");
                 image_.treeDepth = std::max(image_.treeDepth, depth);
                 const bool red = entry(node, 67, 1) == 0;
-                require(!red || !parentRed, "red below red");
+                require(foreign || !red || !parentRed, "red below red");
                 walk(entry(node, 68), red, black + !red, depth + 1);
                 const std::u16string current = name(node);
                 require(last.empty() || precedes(last, current), "name order");
@@ -155,7 +156,7 @@ private:
                 walk(entry(node, 72), red, black + !red, depth + 1);
             };
         const uint32_t top = entry(index, 76);
-        require(top == kNone || entry(top, 67, 1) == 1, "red tree top");
+        require(foreign || top == kNone || entry(top, 67, 1) == 1, "red tree top");
         walk(top, false, 0, 1);
         for (const uint32_t storage : storages) {
             const std::u16string inner = name(storage);

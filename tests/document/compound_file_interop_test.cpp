@@ -1,0 +1,167 @@
+#include "document/compound_file.h"
+
+#include "platform/file_system.h"
+#include "support/compound_checker.h"
+
+#include <gsf/gsf.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+using Streams = std::map<std::string, Bytes>;
+
+/// Objects as a document has them: many small, some large, names in no order of the directory.
+Streams objects(int count) {
+    Streams streams;
+    for (int i = 0; i < count; ++i) {
+        const std::size_t size = i % 18 < 13 ? 16 + i % 185 : i % 18 < 17 ? 300 + i % 2700 : 4000 + i % 16000;
+        Bytes bytes(size);
+        for (std::size_t k = 0; k < size; ++k)
+            bytes[k] = static_cast<std::uint8_t>(i + k * 31);
+        streams[std::to_string(i)] = std::move(bytes);
+    }
+    return streams;
+}
+
+class CompoundFileInterop : public testing::Test {
+protected:
+    CompoundFileInterop() {
+        gsf_init();
+        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+        folder_ = std::filesystem::temp_directory_path() / (std::string("quobrix_interop_") + test->name());
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+        path_ = folder_ / "file.car";
+    }
+    ~CompoundFileInterop() override { std::filesystem::remove_all(folder_); }
+
+    Streams readByGsf() const {
+        Streams streams;
+        GsfInput* input = gsf_input_stdio_new(path_.c_str(), nullptr);
+        GsfInfile* file = gsf_infile_msole_new(input, nullptr);
+        EXPECT_NE(file, nullptr);
+        for (int i = 0; file != nullptr && i < gsf_infile_num_children(file); ++i) {
+            GsfInput* stream = gsf_infile_child_by_index(file, i);
+            if (stream == nullptr) {
+                ADD_FAILURE() << "child " << i;
+                continue;
+            }
+            Bytes content(static_cast<std::size_t>(gsf_input_size(stream)));
+            if (!content.empty()) {
+                EXPECT_NE(gsf_input_read(stream, content.size(), content.data()), nullptr);
+            }
+            streams[gsf_input_name(stream)] = std::move(content);
+            g_object_unref(stream);
+        }
+        if (file != nullptr)
+            g_object_unref(file);
+        g_object_unref(input);
+        return streams;
+    }
+
+    void writeByGsf(const Streams& streams, bool withStorage) const {
+        GsfOutput* output = gsf_output_stdio_new(path_.c_str(), nullptr);
+        GsfOutfile* file = gsf_outfile_msole_new(output);
+        const auto add = [](GsfOutfile* parent, const char* name, const Bytes& content) {
+            GsfOutput* stream = gsf_outfile_new_child(parent, name, FALSE);
+            gsf_output_write(stream, content.size(), content.data());
+            gsf_output_close(stream);
+            g_object_unref(stream);
+        };
+        for (const auto& [name, content] : streams)
+            add(file, name.c_str(), content);
+        if (withStorage) {
+            GsfOutput* storage = gsf_outfile_new_child(file, "Inner", TRUE);
+            add(GSF_OUTFILE(storage), "small", Bytes(100, 1));
+            add(GSF_OUTFILE(storage), "large", Bytes(10000, 2));
+            gsf_output_close(storage);
+            g_object_unref(storage);
+        }
+        gsf_output_close(GSF_OUTPUT(file));
+        g_object_unref(file);
+        g_object_unref(output);
+    }
+
+    std::unique_ptr<CompoundFile> open() const {
+        auto file = openFile(path_, FileMode::ReadWrite);
+        EXPECT_TRUE(file) << file.error().detail;
+        auto compound = CompoundFile::open(*std::move(file));
+        EXPECT_TRUE(compound) << compound.error().detail;
+        return *std::move(compound);
+    }
+
+    static Streams everything(const CompoundFile& file) {
+        Streams streams;
+        for (const std::string& name : file.names())
+            streams[name] = *file.read(name);
+        return streams;
+    }
+
+    CompoundImage image() const { return examineCompoundFile(*readFile(path_, 1u << 30)); }
+
+    std::filesystem::path folder_;
+    std::filesystem::path path_;
+};
+
+TEST_F(CompoundFileInterop, OthersReadWhatWeWrite) {
+    Streams streams = objects(3000);
+    {
+        auto file = CompoundFile::create(*openFile(path_, FileMode::Create));
+        for (const auto& [name, content] : streams)
+            (*file)->write(name, content);
+        ASSERT_TRUE((*file)->commit());
+        for (int i = 0; i < 3000; i += 7) {
+            (*file)->remove(std::to_string(i));
+            streams.erase(std::to_string(i));
+        }
+        (*file)->write("Contents", streams["Contents"] = {2, 0, 0, 0});
+        ASSERT_TRUE((*file)->commit());
+    }
+    EXPECT_EQ(image().fault, "");
+    EXPECT_TRUE(readByGsf() == streams);
+
+    if (std::system("7z > /dev/null 2>&1") == 0) {
+        const auto extracted = folder_ / "extracted";
+        const std::string command =
+            "7z x -tcompound -y -o" + extracted.string() + " " + path_.string() + " > /dev/null";
+        ASSERT_EQ(std::system(command.c_str()), 0);
+        for (const auto& [name, content] : streams)
+            ASSERT_TRUE(*readFile(extracted / name, 1u << 20) == content) << name;
+    }
+}
+
+TEST_F(CompoundFileInterop, AListShapedDirectoryIsReadAndPutInOrder) {
+    Streams streams = objects(18000);
+    writeByGsf(streams, true);
+    {
+        const auto file = open();
+        EXPECT_TRUE(everything(*file) == streams);
+        file->write("17", streams["17"] = Bytes(5000, 9));
+        ASSERT_TRUE(file->commit());
+    }
+    EXPECT_TRUE(everything(*open()) == streams);
+    {
+        const auto file = open();
+        file->write("new", streams["new"] = Bytes(50, 8));
+        file->remove("4000");
+        streams.erase("4000");
+        ASSERT_TRUE(file->commit());
+    }
+    const CompoundImage found = image();
+    EXPECT_EQ(found.fault, "");
+    EXPECT_LE(found.treeDepth, 30u); // twice the logarithm of the number of entries
+    Streams all = streams;
+    all["Inner/small"] = Bytes(100, 1);
+    all["Inner/large"] = Bytes(10000, 2);
+    EXPECT_TRUE(found.streams == all);
+    EXPECT_EQ(readByGsf().size(), streams.size() + 1);
+}
+
+} // namespace
+} // namespace quobrix

@@ -1,0 +1,135 @@
+#include "platform/dynamic_library.h"
+#include "platform/file_system.h"
+#include "platform/paths.h"
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+namespace quobrix {
+namespace {
+
+namespace fs = std::filesystem;
+
+class PlatformTest : public testing::Test {
+protected:
+    PlatformTest() {
+        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+        folder_ = fs::temp_directory_path() / (std::string("quobrix_platform_") + test->name());
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+    }
+    ~PlatformTest() override {
+        fs::permissions(folder_, fs::perms::owner_all);
+        fs::remove_all(folder_);
+    }
+
+    static void put(const fs::path& path, std::string_view text) {
+        ASSERT_TRUE(
+            writeFileAtomically(path, ByteView(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())));
+    }
+    static std::string get(const fs::path& path) {
+        const auto bytes = readFile(path, 1000);
+        return bytes ? std::string(bytes->begin(), bytes->end()) : "error " + bytes.error().detail;
+    }
+    std::size_t entries() const {
+        return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), fs::directory_iterator()));
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(PlatformTest, OneWriterAndAnyReaders) {
+    const fs::path path = folder_ / "a";
+    put(path, "text");
+    auto writer = openFile(path, FileMode::ReadWrite);
+    ASSERT_TRUE(writer);
+    EXPECT_EQ(openFile(path, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
+    EXPECT_TRUE(openFile(path, FileMode::Read));
+    EXPECT_EQ(get(path), "text");
+    *writer = nullptr;
+    EXPECT_TRUE(openFile(path, FileMode::ReadWrite));
+}
+
+TEST_F(PlatformTest, OpeningSaysWhatIsWrong) {
+    EXPECT_EQ(openFile(folder_ / "none", FileMode::Read).error().kind, ErrorKind::NotFound);
+    EXPECT_EQ(openFile(folder_, FileMode::Read).error().kind, ErrorKind::IsDirectory);
+    EXPECT_EQ(openFile(folder_, FileMode::ReadWrite).error().kind, ErrorKind::IsDirectory);
+    EXPECT_EQ(openFile("/dev/null", FileMode::ReadWrite).error().kind, ErrorKind::NotADocument);
+    put(folder_ / "a", "text");
+    EXPECT_FALSE(openFile(folder_ / "a", FileMode::Create));
+    auto file = openFile(folder_ / "a", FileMode::Read);
+    Bytes five(5);
+    EXPECT_EQ((*file)->readAt(0, five).error().kind, ErrorKind::Corrupt);
+    EXPECT_FALSE((*file)->writeAt(0, five));
+    EXPECT_EQ(readFile(folder_ / "a", 3).error().kind, ErrorKind::Unsupported);
+}
+
+TEST_F(PlatformTest, IdentityIsOfTheFileNotOfItsName) {
+    put(folder_ / "a", "1");
+    put(folder_ / "b", "1");
+    fs::create_symlink("a", folder_ / "link");
+    fs::create_hard_link(folder_ / "a", folder_ / "hard");
+    const auto a = *fileIdentity(folder_ / "a");
+    EXPECT_EQ(*fileIdentity(folder_ / "link"), a);
+    EXPECT_EQ(*fileIdentity(folder_ / "hard"), a);
+    EXPECT_NE(*fileIdentity(folder_ / "b"), a);
+    EXPECT_EQ(fileIdentity(folder_ / "none").error().kind, ErrorKind::NotFound);
+}
+
+TEST_F(PlatformTest, LinksAreFollowedToTheirEnd) {
+    fs::create_directory(folder_ / "sub");
+    fs::create_symlink("sub/second", folder_ / "first");
+    fs::create_symlink(folder_ / "end", folder_ / "sub" / "second");
+    EXPECT_EQ(*resolveLinks(folder_ / "first"), folder_ / "end"); // which does not exist
+    EXPECT_EQ(*resolveLinks(folder_ / "plain"), folder_ / "plain");
+    fs::create_symlink("circle", folder_ / "circle");
+    EXPECT_FALSE(resolveLinks(folder_ / "circle"));
+    put(folder_ / "first", "through links");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "first"));
+    EXPECT_EQ(get(folder_ / "end"), "through links");
+}
+
+TEST_F(PlatformTest, AReplacementIsWholeOrGone) {
+    const fs::path target = folder_ / "a";
+    put(target, "old");
+    fs::permissions(target, fs::perms::owner_read | fs::perms::group_read);
+    {
+        auto abandoned = ReplacementFile::create(target);
+        ASSERT_TRUE(abandoned);
+        ASSERT_TRUE(abandoned->file().writeAt(0, Bytes{'n'}));
+        EXPECT_EQ(get(target), "old");
+    }
+    EXPECT_EQ(entries(), 1u);
+    std::unique_ptr<File> file;
+    {
+        auto replacement = ReplacementFile::create(target);
+        file = replacement->takeFile();
+        ASSERT_TRUE(file->writeAt(0, Bytes{'n', 'e', 'w'}));
+        ASSERT_TRUE(replacement->commit());
+    }
+    EXPECT_EQ(get(target), "new");
+    EXPECT_EQ(entries(), 1u);
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    // The file handed out is the target now, and still locked.
+    EXPECT_EQ(openFile(target, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
+    EXPECT_EQ(ReplacementFile::create(folder_ / "none" / "a").error().kind, ErrorKind::NotFound);
+    EXPECT_EQ(ReplacementFile::create(folder_).error().kind, ErrorKind::IsDirectory);
+}
+
+TEST_F(PlatformTest, ProgramFolderLeavesTheReleaseFolderOut) {
+    EXPECT_EQ(programFolder("/opt/quobrix/quobrix"), "/opt/quobrix/");
+    EXPECT_EQ(programFolder("/work/Release/sub/quobrix"), "/work/sub/");
+    EXPECT_EQ(programFolder("/work/Release/Release/quobrix"), "/work/Release/");
+    EXPECT_EQ(programFolder("/work/PreRelease/quobrix"), "/work/PreRelease/");
+    EXPECT_TRUE(fs::equivalent(executablePath(), "/proc/self/exe"));
+}
+
+TEST_F(PlatformTest, LibrariesAreLoadedByPath) {
+    EXPECT_EQ(DynamicLibrary::open(folder_ / "none.so").error().kind, ErrorKind::NotFound);
+    put(folder_ / "text.so", "no library");
+    EXPECT_EQ(DynamicLibrary::open(folder_ / "text.so").error().kind, ErrorKind::Unsupported);
+}
+
+} // namespace
+} // namespace quobrix
