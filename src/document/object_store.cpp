@@ -22,6 +22,9 @@ constexpr std::string_view kSingletonIdsStream = "Singleton Ids";
 constexpr std::size_t kSpillInterval = 3000;
 constexpr std::size_t kSpillPhase = 1;
 
+// No document gets near it, and counting on from here never reaches kNoObject.
+constexpr ObjectId kLargestNextId = 1u << 31;
+
 std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
 
 /// The id that a stream is named by; nothing for other names ("Version", "007").
@@ -111,8 +114,8 @@ void ObjectStore::loadIndex() {
         std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
     if (std::adjacent_find(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id == b.id; }) != slots_.end())
         why = "an object id is listed twice";
-    if (!slots_.empty() && slots_.back().id >= nextId_)
-        why = "an object id is beyond the next available one";
+    if ((!slots_.empty() && slots_.back().id >= nextId_) || nextId_ > kLargestNextId)
+        why = "the next available id cannot be right";
 
     const Bytes singletonBytes = stream(kSingletonIdsStream);
     ByteReader singletons(singletonBytes);

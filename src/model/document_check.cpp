@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <set>
 #include <unordered_map>
 
 namespace quobrix {
@@ -64,21 +63,26 @@ private:
     }
 
     void checkSingletons() {
-        for (const auto& [typeId, id] : store_.singletonIds()) {
+        const auto& singletons = store_.singletonIds();
+        for (const auto& [typeId, id] : singletons) {
             const PersistentType* type = store_.types().find(typeId);
             const PersistentObject* object = store_.find(id);
             if (type && object && object->type().id() != typeId)
                 store_.noteBadReference(id, typeId,
                                         fmt::format("a {} stands for the {}", object->type().name, type->name));
         }
+        for (const PersistentObject* object : store_.loadedObjects()) {
+            const PersistentType& type = object->type();
+            const auto known = singletons.find(type.id());
+            if (type.singleton && (known == singletons.end() || known->second != object->id()))
+                contradictions_.push_back({object->id(), std::string(logOfClass(type.name)),
+                                           fmt::format("the index does not name this {}", type.name)});
+        }
     }
 
     void noteLeftovers() {
-        std::set<ObjectId> singletons;
-        for (const auto& [typeId, id] : store_.singletonIds())
-            singletons.insert(id);
         for (const PersistentObject* object : store_.loadedObjects())
-            if (!singletons.contains(object->id()) && !owners_.contains(object->id()))
+            if (!object->type().singleton && !owners_.contains(object->id()))
                 result_.notes.push_back({object->id(), std::string(logOfClass(object->type().name)),
                                          fmt::format("nothing refers to this {}", object->type().name)});
         for (const std::string& name : store_.strayStreams())

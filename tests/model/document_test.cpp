@@ -1,0 +1,355 @@
+#include "model/document_check.h"
+
+#include "support/document_streams.h"
+#include "support/sample_trip.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+constexpr std::int32_t kStart = 1'700'000'000;
+
+class DocumentFile : public testing::Test {
+protected:
+    /// Saves a document with COUNT trips.
+    void saveTrips(int count) {
+        TQuobrixDocument document;
+        for (int i = 0; i < count; ++i)
+            addTrip(document, kStart + 3600 * i);
+        distanceId_ = document.trips().column<TTripLogDistanceColumn>().id();
+        tripsId_ = document.trips().id();
+        ASSERT_TRUE(document.saveAs(path_));
+    }
+
+    static void expectOpens(TQuobrixDocument& document, const std::filesystem::path& path) {
+        const Result<void> opened = document.open(path, TDocument::Access::Edit);
+        ASSERT_TRUE(opened) << opened.error().detail;
+    }
+
+    TemporaryFolder folder_;
+    const std::filesystem::path path_ = folder_ / "Test.car";
+    ObjectId distanceId_ = kNoObject, tripsId_ = kNoObject;
+};
+
+TEST_F(DocumentFile, ANewOneHoldsTheIndexAndTheRootsAndNothingElse) {
+    TQuobrixDocument document;
+    ASSERT_TRUE(document.saveAs(path_));
+    Streams streams = streamsOf(path_);
+    const std::size_t objects = document.store().objectCount();
+    EXPECT_EQ(objects, 6 + 40 + 19 + 7 + 3 + 3 + 3u); // the root tables and their columns
+    EXPECT_EQ(streams.size(), 6 + objects);
+    EXPECT_EQ(streams["Contents"], u32s({2}));
+    EXPECT_EQ(streams["Version"], u32s({3}));
+    EXPECT_EQ(streams["Next Available Id"], u32s({static_cast<std::uint32_t>(objects)}));
+    EXPECT_EQ(streams["Available Ids"], u32s({0}));
+    EXPECT_EQ(streams["Object Ids"].size(), 4 + 4 * objects);
+    EXPECT_EQ(streams["Singleton Ids"].size(), 4 + 8 * 6u);
+    for (std::size_t id = 0; id < objects; ++id)
+        EXPECT_TRUE(streams.contains(std::to_string(id))) << id;
+    const std::string trips = std::to_string(document.trips().id());
+    EXPECT_EQ(ByteReader(streams[trips]).u32(), nameHash("TTripLogTable"));
+    EXPECT_FALSE(document.modified());
+}
+
+TEST_F(DocumentFile, SavedOpenedAndSavedAgainIsTheSameInEveryStream) {
+    saveTrips(3);
+    const Streams before = streamsOf(path_);
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    EXPECT_FALSE(document.modified());
+    for (const ObjectId id : document.store().objectIds()) {
+        ASSERT_NE(document.store().find(id), nullptr) << id;
+        document.store().find(id)->setModified();
+    }
+    EXPECT_TRUE(document.store().damage().empty());
+    ASSERT_TRUE(document.save());
+    EXPECT_EQ(streamsOf(path_), before);
+}
+
+TEST_F(DocumentFile, ATripOwns18ObjectsAndAStopFour) {
+    TQuobrixDocument document;
+    const std::size_t none = document.store().objectCount();
+    addTrip(document, kStart);
+    addTrip(document, kStart + 3600);
+    EXPECT_EQ(document.store().objectCount(), none + 2 * 18 - 2 * 3); // the sample has no parameter table
+    for (RowIndex row : {0, 1})
+        document.trips().column<TTripLogParametersTableColumn>().makeObject(row);
+    EXPECT_EQ(document.store().objectCount(), none + 2 * TTripLogTable::kObjectsPerTrip);
+    document.trips().removeRows(0, 2);
+    EXPECT_EQ(document.store().objectCount(), none);
+
+    TAccidentLogTable& stops = document.store().singleton<TAccidentLogTable>();
+    const std::size_t withLog = document.store().objectCount();
+    stops.insertRows(0, 1);
+    stops.column<TAccidentLogSpeedBandsTableColumn>().makeObject(0);
+    stops.column<TAccidentLogSpeedSamplesColumn>().makeObject(0);
+    EXPECT_EQ(document.store().objectCount(), withLog + TAccidentLogTable::kObjectsPerStop);
+}
+
+TEST_F(DocumentFile, IdsOfDeletedObjectsAreReusedInTheOrderOfTheFile) {
+    TQuobrixDocument document;
+    std::vector<ObjectId> ids;
+    for (int i = 0; i < 4; ++i)
+        ids.push_back(document.store().create<TTripLogTimesColumn>().id());
+    ASSERT_TRUE(document.saveAs(path_));
+    document.store().destroy(ids[2]);
+    document.store().destroy(ids[0]);
+    ASSERT_TRUE(document.save());
+
+    Streams streams = streamsOf(path_);
+    EXPECT_EQ(streams["Available Ids"], u32s({2, ids[2], ids[0]}));
+    EXPECT_FALSE(streams.contains(std::to_string(ids[0])) || streams.contains(std::to_string(ids[2])));
+
+    TQuobrixDocument again;
+    expectOpens(again, path_);
+    EXPECT_EQ(again.store().create<TTripLogTimesColumn>().id(), ids[2]);
+    EXPECT_EQ(again.store().create<TTripLogTimesColumn>().id(), ids[0]);
+    EXPECT_EQ(again.store().create<TTripLogTimesColumn>().id(), ids[3] + 1);
+}
+
+// Ways in which the stream of an object may be damaged.
+
+struct StreamDamage {
+    const char* name;
+    void (*apply)(Bytes& stream);
+};
+constexpr StreamDamage kDamages[] = {
+    {"Empty", [](Bytes& s) { s.clear(); }},
+    {"HeadCut", [](Bytes& s) { s.resize(4); }},
+    {"Truncated", [](Bytes& s) { s.pop_back(); }},
+    {"TooLong", [](Bytes& s) { s.push_back(0); }},
+    {"UnknownClass", [](Bytes& s) { s[0] ^= 0xFF; }},
+    {"LaterLayout", [](Bytes& s) { s[4] = 99; }},
+    {"HostileCount", [](Bytes& s) { s[5] = s[6] = s[7] = s[8] = 0xFF; }},
+    {"OtherLength", [](Bytes& s) { s.resize(9 + 8), s[5] = 1; }},
+};
+
+class DamagedColumn : public DocumentFile, public testing::WithParamInterface<StreamDamage> {};
+
+TEST_P(DamagedColumn, ReadsAsNothingAndItsBytesSurviveASave) {
+    saveTrips(3);
+    const std::string name = std::to_string(distanceId_);
+    Bytes damaged = streamsOf(path_)[name];
+    GetParam().apply(damaged);
+    tamper(path_, [&](CompoundFile& file) { file.write(name, damaged); });
+
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    EXPECT_FALSE(document.readOnly());
+    EXPECT_EQ(document.trips().rowCount(), 3u);
+    EXPECT_EQ(document.trips().column<TTripLogDistanceColumn>().value(1), Value());
+    EXPECT_EQ(document.trips().column<TTripLogHardBrakesColumn>().value(1), Value(std::int64_t{2}));
+    EXPECT_EQ(document.affectedLogs(), std::vector<std::string>{"Trip Log"});
+
+    document.trips().column<TTripLogCommentsColumn>().set(1, "kept");
+    ASSERT_TRUE(document.save());
+    EXPECT_EQ(streamsOf(path_)[name], damaged);
+    addTrip(document, kStart + 86400); // rows change, so a new column takes its place
+    ASSERT_TRUE(document.save());
+    EXPECT_EQ(streamsOf(path_)[name], damaged);
+
+    TQuobrixDocument again;
+    expectOpens(again, path_);
+    EXPECT_EQ(again.trips().column<TTripLogCommentsColumn>().at(1), "kept");
+    EXPECT_EQ(again.trips().column<TTripLogDistanceColumn>().value(1), Value());
+    EXPECT_EQ(again.trips().column<TTripLogDistanceColumn>().value(3), Value(12000.0));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, DamagedColumn, testing::ValuesIn(kDamages),
+                         [](const auto& kind) { return kind.param.name; });
+
+TEST_F(DocumentFile, AMissingStreamReadsAsNothing) {
+    saveTrips(1);
+    tamper(path_, [&](CompoundFile& file) { file.remove(std::to_string(distanceId_)); });
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    EXPECT_EQ(document.trips().column<TTripLogDistanceColumn>().value(0), Value());
+    EXPECT_EQ(document.affectedLogs(), std::vector<std::string>{"Trip Log"});
+}
+
+TEST_F(DocumentFile, WithADamagedRootTableItIsReadOnly) {
+    // Once the table's own stream, and once a row count that none of its columns has.
+    const std::function<void(Bytes&)> damages[] = {[](Bytes& s) { s.resize(7); },
+                                                   [](Bytes& s) { s[5] = s[6] = s[7] = s[8] = 0xFF; }};
+    for (const auto& damage : damages) {
+        saveTrips(2);
+        const std::string name = std::to_string(tripsId_);
+        Bytes damaged = streamsOf(path_)[name];
+        damage(damaged);
+        tamper(path_, [&](CompoundFile& file) { file.write(name, damaged); });
+        TQuobrixDocument document;
+        expectOpens(document, path_);
+        EXPECT_TRUE(document.readOnly());
+        EXPECT_EQ(document.trips().rowCount(), 0u);
+        EXPECT_EQ(document.vehicles().rowCount(), 1u);
+        EXPECT_EQ(document.affectedLogs(), std::vector<std::string>{"Trip Log"});
+        document.vehicles().add("1M8GDM9AXKP042788");
+        EXPECT_FALSE(document.save());
+        // Under another name everything is kept that could not be read.
+        ASSERT_TRUE(document.saveAs(folder_ / "Copy.car"));
+        EXPECT_EQ(streamsOf(folder_ / "Copy.car")[name], damaged);
+        TQuobrixDocument copy;
+        expectOpens(copy, folder_ / "Copy.car");
+        EXPECT_EQ(copy.vehicles().rowCount(), 2u);
+    }
+}
+
+TEST_F(DocumentFile, WhatALaterVersionAddedIsKept) {
+    saveTrips(1);
+    const ObjectId future = ByteReader(streamsOf(path_)["Next Available Id"]).u32();
+    const Bytes unknown = {'n', 'e', 'w', '!', 7, 1, 2, 3};
+    tamper(path_, [&](CompoundFile& file) {
+        Bytes ids = *file.read("Object Ids");
+        const Bytes added = u32s({future});
+        ids.insert(ids.end(), added.begin(), added.end());
+        ++ids[0];
+        file.write("Object Ids", ids);
+        file.write("Next Available Id", u32s({future + 1}));
+        file.write(std::to_string(future), unknown);
+        // and the trip table has a column of that class
+        Bytes table = *file.read(std::to_string(tripsId_));
+        ++table[9];
+        const Bytes column = u32s({0x2177656E, future});
+        table.insert(table.end(), column.begin(), column.end());
+        file.write(std::to_string(tripsId_), table);
+    });
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    EXPECT_FALSE(document.readOnly());
+    EXPECT_TRUE(document.store().damage().empty());
+    addTrip(document, kStart + 3600);
+    ASSERT_TRUE(document.save());
+
+    Streams streams = streamsOf(path_);
+    EXPECT_EQ(streams[std::to_string(future)], unknown);
+    const std::vector<Reference> columns = [&] {
+        TQuobrixDocument again;
+        expectOpens(again, path_);
+        EXPECT_EQ(again.trips().rowCount(), 2u);
+        EXPECT_NE(again.store().objectIds().back(), future); // the new trip's objects come after it
+        return again.trips().references();
+    }();
+    EXPECT_EQ(columns.back().id, future);
+}
+
+TEST_F(DocumentFile, ADamagedIndexIsRebuiltFromTheStreams) {
+    const Bytes ones(4, 0xFF);
+    const std::pair<const char*, Bytes> damages[] = {
+        {"Version", {}},
+        {"Next Available Id", {}},
+        {"Next Available Id", ones},
+        {"Next Available Id", u32s({5})}, // issued already
+        {"Available Ids", {}},
+        {"Available Ids", ones},
+        {"Available Ids", u32s({1, 3})}, // in use
+        {"Object Ids", {}},
+        {"Object Ids", ones},
+        {"Object Ids", u32s({3, 0, 1, 1})},
+        {"Singleton Ids", {}},
+        {"Singleton Ids", ones},
+        {"Singleton Ids", u32s({1, nameHash("TTripLogTable"), 99999})},
+    };
+    for (const auto& [stream, content] : damages) {
+        SCOPED_TRACE(stream);
+        saveTrips(2);
+        tamper(path_, [&](CompoundFile& file) { file.write(stream, content); });
+        TQuobrixDocument document;
+        expectOpens(document, path_);
+        EXPECT_TRUE(document.readOnly());
+        EXPECT_EQ(document.trips().rowCount(), 2u);
+        EXPECT_FALSE(checkDocument(document).sound());
+    }
+}
+
+TEST_F(DocumentFile, ARootThatTheIndexDoesNotNameIsDamage) {
+    saveTrips(2);
+    tamper(path_, [&](CompoundFile& file) { file.write("Singleton Ids", u32s({0})); });
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    EXPECT_FALSE(checkDocument(document).sound());
+}
+
+// The check
+
+TEST_F(DocumentFile, TheCheckFindsNothingInASoundDocument) {
+    saveTrips(2);
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    const DocumentCheck check = checkDocument(document);
+    EXPECT_TRUE(check.sound());
+    EXPECT_TRUE(check.notes.empty());
+    EXPECT_EQ(check.objects, document.store().objectCount());
+    EXPECT_FALSE(document.modified());
+}
+
+TEST_F(DocumentFile, TheCheckFollowsEveryReference) {
+    TQuobrixDocument made;
+    addTrip(made, kStart);
+    addTrip(made, kStart + 3600);
+    addTrip(made, kStart + 7200);
+    auto& times = made.trips().column<TTripLogHardBrakeTimesColumnColumn>();
+    const ObjectId orphan = times.at(0), shared = times.at(1);
+    times.setAll({shared, shared, 77777});
+    made.trips().column<TTripLogPanicBrakeTimesColumnColumn>().set(0, made.vehicles().id());
+    ASSERT_TRUE(made.saveAs(path_));
+    made.newDocument(); // lets go of the file
+    tamper(path_, [](CompoundFile& file) { file.write("66666", {1}); });
+
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    const DocumentCheck check = checkDocument(document);
+    std::vector<std::string> damages, notes;
+    for (const CheckFinding& finding : check.damages)
+        damages.push_back(finding.log + ": " + finding.what);
+    for (const CheckFinding& finding : check.notes)
+        notes.push_back(finding.what);
+    const auto mentions = [](const std::vector<std::string>& lines, const std::string& text) {
+        return std::ranges::any_of(lines, [&](auto& line) { return line.find(text) != std::string::npos; });
+    };
+    EXPECT_EQ(damages.size(), 3u);
+    EXPECT_TRUE(mentions(damages, "Trip Log: "));
+    EXPECT_TRUE(mentions(damages, "object 77777, which does not exist"));
+    EXPECT_TRUE(mentions(damages, "both refer to object " + std::to_string(shared)));
+    EXPECT_TRUE(mentions(damages, "which is a TVehicleNamesTable"));
+    EXPECT_TRUE(mentions(notes, "\"66666\" belongs to no object"));
+    EXPECT_TRUE(std::ranges::any_of(check.notes, [&](auto& note) { return note.id == orphan; }));
+    // Deleting what refers wrongly must not take along what belongs elsewhere.
+    document.trips().removeRows(0, 3);
+    EXPECT_EQ(document.vehicles().rowCount(), 1u);
+}
+
+TEST_F(DocumentFile, AColumnThatTwoTablesNameStaysWithTheFirst) {
+    TQuobrixDocument made;
+    addTrip(made, kStart);
+    addTrip(made, kStart + 3600);
+    auto& tables = made.trips().column<TTripLogSpeedBandsTableColumn>();
+    const ObjectId first = tables.at(0), second = tables.at(1);
+    ASSERT_TRUE(made.saveAs(path_));
+    made.newDocument(); // lets go of the file
+    tamper(path_, [&](CompoundFile& file) {
+        Bytes stolen = *file.read(std::to_string(first));
+        stolen[5] = 4; // and of another length
+        file.write(std::to_string(second), stolen);
+    });
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    auto& bands = document.trips().column<TTripLogSpeedBandsTableColumn>();
+    ASSERT_TRUE(bands.object(0));
+    const auto& from = bands.object(0)->column<TTripLogSpeedBandFromColumn>();
+    EXPECT_EQ(from.storedRows(), 5u);
+    ASSERT_TRUE(bands.object(1));
+    EXPECT_EQ(bands.object(1)->rowCount(), 0u);
+    EXPECT_EQ(from.at(2), 45 * kMph); // still there
+    EXPECT_FALSE(checkDocument(document).sound());
+    document.trips().removeRows(1, 1);
+    EXPECT_EQ(bands.object(0)->column<TTripLogSpeedBandFromColumn>().at(2), 45 * kMph);
+}
+
+} // namespace
+} // namespace quobrix

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "document/compound_file.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+
+namespace quobrix::test {
+
+using Streams = std::map<std::string, Bytes>;
+
+inline std::unique_ptr<CompoundFile> compoundFile(const std::filesystem::path& path, FileMode mode) {
+    auto file = openFile(path, mode);
+    if (!file)
+        throw std::runtime_error(file.error().detail);
+    auto compound = CompoundFile::open(*std::move(file));
+    if (!compound)
+        throw std::runtime_error(compound.error().detail);
+    return *std::move(compound);
+}
+
+/// All streams of the compound file PATH.
+inline Streams streamsOf(const std::filesystem::path& path) {
+    const auto file = compoundFile(path, FileMode::Read);
+    Streams streams;
+    for (const std::string& name : file->names())
+        streams[name] = *file->read(name);
+    return streams;
+}
+
+/// Changes the compound file PATH as no program should.
+inline void tamper(const std::filesystem::path& path, const std::function<void(CompoundFile&)>& change) {
+    const auto file = compoundFile(path, FileMode::ReadWrite);
+    change(*file);
+    if (!file->commit())
+        throw std::runtime_error("commit");
+}
+
+/// A stream of little-endian 32-bit numbers.
+inline Bytes u32s(std::initializer_list<std::uint32_t> values) {
+    ByteWriter out;
+    for (const std::uint32_t value : values)
+        out.u32(value);
+    return out.take();
+}
+
+} // namespace quobrix::test
