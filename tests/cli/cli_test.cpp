@@ -1,0 +1,261 @@
+#include "cli/parsing.h"
+#include "cli/program.h"
+#include "support/document_streams.h"
+#include "support/sample_trip.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+namespace fs = std::filesystem;
+
+constexpr std::int32_t kStart = 1'700'000'000; // 2023-11-14 22:13:20 UTC
+const std::string kComment = "He said \"stop\",\r\nthen \\ \x01 caf\xC3\xA9";
+
+class CommandLine : public testing::Test {
+protected:
+    Outcome cli(const std::vector<std::string>& arguments, const std::string& redirect = {}) {
+        return runProgram(folder_.path(), QUOBRIX_CLI, arguments, redirect);
+    }
+    Outcome sim(const std::vector<std::string>& arguments) {
+        return runProgram(folder_.path(), QUOBRIX_SIM, arguments);
+    }
+
+    /// Test.car: two trips, the second with a comment, a driver and a long way; one trouble code; no accident log.
+    void makeDocument() {
+        TQuobrixDocument document;
+        addTrip(document, kStart);
+        addTrip(document, kStart + 3600);
+        TTripLogTable& trips = document.trips();
+        trips.column<TTripLogCommentsColumn>().set(1, kComment);
+        trips.column<TTripLogDriverIDColumn>().set(1, 7);
+        trips.column<TTripLogDistanceColumn>().set(1, 1234567.891);
+        document.troubles().insertRows(0, 1);
+        document.troubles().column<TTroubleLogTroubleCodeColumn>().set(0, "P0300");
+        document.troubles().column<TTroubleLogCommentsColumn>().set(0, "broken \xFF\xC3 end");
+        distanceId_ = trips.column<TTripLogDistanceColumn>().id();
+        ASSERT_TRUE(document.saveAs(file_));
+    }
+
+    TemporaryFolder folder_;
+    const fs::path file_ = folder_ / "Test.car";
+    ObjectId distanceId_ = kNoObject;
+};
+
+TEST_F(CommandLine, JsonHoldsEveryColumnInBaseValues) {
+    makeDocument();
+    const Outcome outcome = cli({"list", "trips", "Test.car", "--format", "json"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(outcome.error, "");
+    const std::vector<JsonRecord> records = parseJson(outcome.out);
+    ASSERT_EQ(records.size(), 2u);
+
+    const TTripLogTable table;
+    std::size_t columns = 0;
+    for (std::size_t i = 0; i < table.columnCount(); ++i) {
+        const bool expected = table.column(i).kind() != ColumnKind::Table;
+        columns += expected;
+        EXPECT_EQ(records[0].contains(std::string(table.column(i).spec().key)), expected) << i;
+    }
+    EXPECT_EQ(records[0].size(), columns);
+
+    const auto& [first, second] = std::tie(records[0], records[1]);
+    EXPECT_EQ(first.at("TTripLogStartTimeColumn"), JsonValue(1.0 * kStart));
+    EXPECT_EQ(first.at("TTripLogVinColumn"), JsonValue(std::string(kVin)));
+    EXPECT_EQ(first.at("TTripLogDriverIDColumn"), JsonValue());
+    EXPECT_EQ(second.at("TTripLogDriverIDColumn"), JsonValue(7.0));
+    EXPECT_EQ(second.at("TTripLogDistanceColumn"), JsonValue(1234567.891));
+    EXPECT_EQ(second.at("TTripLogMaximumSpeedColumn"), JsonValue(75 * kMph)); // to the last bit
+    EXPECT_EQ(second.at("TTripLogDurationColumn"), JsonValue(600.0));
+    EXPECT_EQ(second.at("TTripLogDisconnectedDuringTripColumn"), JsonValue(false));
+    EXPECT_EQ(second.at("TTripLogCommentsColumn"), JsonValue(kComment));
+
+    const auto troubles = parseJson(cli({"list", "troubles", "Test.car", "--format", "json"}).out);
+    ASSERT_EQ(troubles.size(), 1u);
+    EXPECT_EQ(troubles[0].at("TTroubleLogEngineSpeedColumn"), JsonValue());
+    EXPECT_EQ(troubles[0].at("TTroubleLogCommentsColumn"),
+              JsonValue(std::string("broken \xEF\xBF\xBD\xEF\xBF\xBD end")));
+    EXPECT_TRUE(parseJson(cli({"list", "activity", "Test.car", "--format", "json"}).out).empty());
+    EXPECT_TRUE(parseJson(cli({"list", "accidents", "Test.car", "--format", "json"}).out).empty());
+}
+
+TEST_F(CommandLine, CsvHoldsCurrentUnitsWithoutGrouping) {
+    makeDocument();
+    const Outcome outcome = cli({"list", "trips", "Test.car", "--format", "csv", "--units", "Metric"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
+    const auto records = parseCsv(outcome.out);
+    ASSERT_EQ(records.size(), 3u);
+    const auto cell = [&](const std::string& heading, std::size_t row) {
+        const auto found = std::ranges::find(records[0], heading);
+        return found == records[0].end() ? "no column " + heading
+                                         : records[row].at(static_cast<std::size_t>(found - records[0].begin()));
+    };
+    for (const auto& record : records)
+        EXPECT_EQ(record.size(), records[0].size());
+    EXPECT_EQ(cell("Trip", 2), "2");
+    EXPECT_EQ(cell("Distance (km)", 2), "1234.6");
+    EXPECT_EQ(cell("Hard Brakes", 2), "2");
+    EXPECT_EQ(cell("Duration", 2), "00:10:00");
+    EXPECT_EQ(cell("Start Time", 2), "14/11/2023 23:13");
+    EXPECT_EQ(cell("Comments", 2), kComment);
+    EXPECT_EQ(cell("Comments", 1), "");
+    EXPECT_EQ(std::ranges::count(records[0], "Duration"), 1);
+    // Without a choice of the user's the units are those of the United States.
+    EXPECT_NE(cli({"list", "trips", "Test.car", "--format", "csv"}).out.find("Distance (Miles)"), std::string::npos);
+}
+
+TEST_F(CommandLine, TableAndReportAreForPeople) {
+    makeDocument();
+    const Outcome table = cli({"list", "trips", "Test.car"});
+    ASSERT_EQ(table.exitCode, 0) << table.error;
+    EXPECT_EQ(std::ranges::count(table.out, '\n'), 3); // the comment's line break is none of the table's
+    EXPECT_NE(table.out.find("767.1 Miles"), std::string::npos) << table.out;
+    EXPECT_NE(table.out.find("11/14/2023 10:13 PM"), std::string::npos) << table.out;
+    EXPECT_EQ(table.out.find('\x01'), std::string::npos);
+
+    const Outcome report = cli({"report", "trip", "2", "Test.car", "--units", "Metric"});
+    ASSERT_EQ(report.exitCode, 0) << report.error;
+    EXPECT_TRUE(report.out.starts_with("Trip 2\n"));
+    EXPECT_NE(report.out.find("1,234.6 km"), std::string::npos) << report.out;
+}
+
+TEST_F(CommandLine, ReadingTouchesNothing) {
+    makeDocument();
+    const std::string before = contentOf(file_);
+    const auto old = fs::last_write_time(file_) - std::chrono::hours(1);
+    fs::last_write_time(file_, old);
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"list", "trips", "Test.car"},
+                                                      {"report", "trip", "1", "Test.car"},
+                                                      {"check", "Test.car"},
+                                                      {"list", "accidents", "Test.car", "--format", "json"},
+                                                      {"list", "activity", "Test.car", "--units", "S.I."}})
+        EXPECT_EQ(cli(arguments).exitCode, 0);
+    EXPECT_EQ(contentOf(file_), before);
+    EXPECT_EQ(fs::last_write_time(file_), old);
+    EXPECT_TRUE(fs::is_empty(folder_ / "home"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()), 2);
+}
+
+TEST_F(CommandLine, EveryFailureIsOneClearLine) {
+    makeDocument();
+    std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
+    std::ofstream(folder_ / "Empty.car");
+    std::ofstream(folder_ / "Short.car", std::ios::binary) << contentOf(file_).substr(0, 3000);
+    fs::create_directory(folder_ / "Folder.car");
+    struct Case {
+        std::vector<std::string> arguments;
+        int exitCode;
+        std::string words;
+    };
+    const Case cases[] = {
+        {{"list", "trips", "Missing.car"}, 1, "Missing.car cannot be opened because it does not exist"},
+        {{"check", "Garbage.car"}, 1, "not a Quobrix data file"},
+        {{"list", "trips", "Empty.car"}, 1, "not a Quobrix data file"},
+        {{"report", "trip", "1", "Short.car"}, 1, "it is damaged"},
+        {{"check", "Folder.car"}, 1, "it is a folder"},
+        {{"report", "trip", "3", "Test.car"}, 1, "no trip 3; its trips are 1 to 2"},
+        {{"report", "trip", "0", "Test.car"}, 1, "no trip 0"},
+        {{"report", "trip", "-1", "Test.car"}, 1, "no trip -1"},
+        {{"list", "trips", "Test.car", "--units", "Nautical"}, 2, "there are Metric, S.I., U.S."},
+        {{"list", "journeys", "Test.car"}, 2, "journeys not in"},
+        {{"list", "trips"}, 2, "--help"},
+        {{}, 2, "--help"},
+        {{"download", "--port", "COM99", "--into", "New.car"}, 1, "This port does not exist"},
+        {{"download", "--port", "COM3", "--into", "New.car"}, 1, ""},
+        {{"download", "--port", "COM3", "--into", "Garbage.car"}, 1, "not a Quobrix data file"},
+        {{"download", "--port", "COM3", "--into", "Folder.car"}, 1, "it is a folder"},
+        {{"download", "--port", "COM3", "--into", "Nowhere/New.car"}, 1, "folder does not exist"},
+        {{"download", "--port", "COM3", "--into", "Example.car"}, 1, "takes no downloads"},
+    };
+    for (const Case& c : cases) {
+        const Outcome outcome = cli(c.arguments);
+        EXPECT_EQ(outcome.exitCode, c.exitCode) << outcome.error;
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_TRUE(outcome.error.starts_with("quobrix-cli: ")) << outcome.error;
+        EXPECT_EQ(std::ranges::count(outcome.error, '\n'), 1) << outcome.error;
+        EXPECT_NE(outcome.error.find(c.words), std::string::npos) << outcome.error;
+    }
+    EXPECT_EQ(contentOf(folder_ / "Garbage.car"), "These are notes about a car.");
+    EXPECT_FALSE(fs::exists(folder_ / "New.car"));
+}
+
+TEST_F(CommandLine, WithoutPermissionItSaysSo) {
+    makeDocument();
+    fs::permissions(file_, fs::perms::none);
+    if (std::ifstream(file_).is_open())
+        GTEST_SKIP() << "this user may read everything";
+    const Outcome outcome = cli({"check", "Test.car"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.error.find("you do not have permission"), std::string::npos) << outcome.error;
+}
+
+TEST_F(CommandLine, DamageIsToldByCheckAndByWhatItLeavesOut) {
+    makeDocument();
+    EXPECT_EQ(cli({"check", "Test.car"}).out.find("Test.car is sound"), 0u);
+    tamper(file_, [&](CompoundFile& file) { file.write(std::to_string(distanceId_), {1, 2, 3}); });
+    const Outcome check = cli({"check", "Test.car"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_NE(check.out.find("damaged: Trip Log: object " + std::to_string(distanceId_)), std::string::npos)
+        << check.out;
+    EXPECT_EQ(std::ranges::count(check.error, '\n'), 1);
+
+    const Outcome list = cli({"list", "trips", "Test.car", "--format", "json"});
+    EXPECT_EQ(list.exitCode, 3);
+    EXPECT_NE(list.error.find("Trip Log"), std::string::npos);
+    EXPECT_EQ(parseJson(list.out).at(1).at("TTripLogDistanceColumn"), JsonValue());
+    EXPECT_EQ(cli({"list", "troubles", "Test.car"}).exitCode, 0);
+}
+
+TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);
+    const Outcome first = cli({"download", "--port", "COM3", "--into", "New.car"});
+    ASSERT_EQ(first.exitCode, 0) << first.error;
+    EXPECT_EQ(first.error, "");
+    EXPECT_TRUE(first.out.ends_with(" new, 0 already present, 0 refused.\n")) << first.out;
+    EXPECT_EQ(parseJson(cli({"list", "trips", "New.car", "--format", "json"}).out).size(), 4u);
+
+    // Started without standard output, the document must not take its place and receive the result.
+    const Outcome second = cli({"download", "--port", "COM3", "--into", "New.car"}, ">&-");
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_NE(second.error.find("standard output cannot be written"), std::string::npos) << second.error;
+    EXPECT_EQ(cli({"check", "New.car"}).exitCode, 0);
+
+    const Outcome third = cli({"download", "--port", "COM3", "--into", "New.car"});
+    EXPECT_TRUE(third.out.starts_with("0 new, ")) << third.out;
+    const std::string before = contentOf(folder_ / "New.car");
+    ASSERT_EQ(sim({"detach", "COM3"}).exitCode, 0);
+    EXPECT_EQ(cli({"download", "--port", "COM3", "--into", "New.car"}).exitCode, 1);
+    EXPECT_EQ(contentOf(folder_ / "New.car"), before);
+    EXPECT_TRUE(fs::is_empty(folder_ / "home")); // no setting was written
+}
+
+TEST_F(CommandLine, AReaderThatGoesAwayIsNoCrash) {
+    TQuobrixDocument document;
+    document.activity().insertRows(0, 20000);
+    ASSERT_TRUE(document.saveAs(file_));
+    const Outcome piped =
+        runProgram(folder_.path(), "/bin/sh",
+                   {"-c", "{ \"$0\" list activity Test.car --format csv; echo $? >code; } | true", QUOBRIX_CLI});
+    EXPECT_EQ(piped.error, "");
+    EXPECT_EQ(contentOf(folder_ / "code"), "1\n");
+    EXPECT_EQ(cli({"list", "activity", "Test.car"}, ">/dev/full").exitCode, 1);
+}
+
+TEST_F(CommandLine, HelpAndVersionAreOutput) {
+    const Outcome help = cli({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* word : {"download", "list", "report", "check", "Exit codes"})
+        EXPECT_NE(help.out.find(word), std::string::npos) << word;
+    EXPECT_NE(cli({"list", "--help"}).out.find("--format"), std::string::npos);
+    EXPECT_TRUE(cli({"--version"}).out.starts_with("quobrix-cli "));
+}
+
+} // namespace
+} // namespace quobrix
