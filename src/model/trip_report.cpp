@@ -18,7 +18,7 @@ constexpr auto kGeneralColumns =
 Report::Section generalSection(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
     Report::Section section{"General", {}, {}, {}};
     for (const PersistentType* type : kGeneralColumns) {
-        const Column& column = trips.column(trips.indexOf(type->name));
+        const Column& column = trips.columnOf(*type);
         section.rows.push_back({plainHeading(column.spec()), column.text(row, context)});
     }
     return section;
@@ -180,6 +180,8 @@ Report tripReport(const TTripLogTable& trips, RowIndex row, const TextContext& c
             report.sections.push_back(std::move(section));
     };
     add(generalSection(trips, row, context));
+    if (const auto* bands = trips.column<TTripLogSpeedBandsTableColumn>().object(row))
+        add(bandSection(*bands, trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(row), context));
     add(eventSection<TTripLogHardBrakesReportColumn, TTripLogPanicBrakesReportColumn, TTripLogHardBrakeThresholdColumn,
                      TTripLogPanicBrakeThresholdColumn, TTripLogHardBrakeTimesColumnColumn,
                      TTripLogPanicBrakeTimesColumnColumn>("Brakes", trips, row, context));
@@ -187,8 +189,6 @@ Report tripReport(const TTripLogTable& trips, RowIndex row, const TextContext& c
                      TTripLogHardAccelerationThresholdColumn, TTripLogPanicAccelerationThresholdColumn,
                      TTripLogHardAccelerationTimesColumnColumn, TTripLogPanicAccelerationTimesColumnColumn>(
         "Accelerations", trips, row, context));
-    if (const auto* bands = trips.column<TTripLogSpeedBandsTableColumn>().object(row))
-        add(bandSection(*bands, trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(row), context));
     if (const auto* samples = trips.column<TTripLogSampleTableColumn>().object(row))
         add(parameterSection(*samples, context));
     if (const auto& comments = trips.column<TTripLogCommentsColumn>(); comments.has(row))

@@ -39,6 +39,8 @@ public:
     C& column() const {
         return static_cast<C&>(columnOf(C::kType));
     }
+    /// The column of a class, which the table must have.
+    Column& columnOf(const PersistentType& type) const;
     /// The position of a column by key; columnCount() if there is none.
     std::size_t indexOf(std::string_view key) const;
     /// Columns that could not be read, by index. Loads all.
@@ -72,7 +74,6 @@ private:
         ObjectId id;
     };
 
-    Column& columnOf(const PersistentType& type) const;
     Column& load(std::size_t index) const;
     void standIn(std::size_t index) const;
     void verifyRows() const;

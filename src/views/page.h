@@ -23,11 +23,18 @@ struct ViewContext {
 
 /// A page of the main frame. Pages hold no data of their own, and end before the document gets other content.
 class Page : public QWidget {
+    Q_OBJECT
 public:
     using QWidget::QWidget;
 
+    /// What stands above the page; empty: the title that its id has.
+    virtual QString title() const { return {}; }
+
     /// Rows of the document, names or units have changed: show what there is now.
     virtual void refresh() {}
+
+signals:
+    void titleChanged();
 };
 
 } // namespace quobrix

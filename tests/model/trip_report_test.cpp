@@ -99,7 +99,7 @@ TEST_F(TripReport, RendersColumnsOfEvenWidth) {
     const std::string text = renderText(report_);
     EXPECT_NE(text.find("\nBrakes\n"
                         "  Hard (Between 3.0 m/s² and 5.0 m/s²)  2\n"
-                        "  Extreme (Over 5.0 m/s²)                1\n"
+                        "  Extreme (Over 5.0 m/s²)               1\n"
                         "  Event          Elapsed Time\n"
                         "  Hard Brake         00:00:30\n"),
               std::string::npos)

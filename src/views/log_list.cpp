@@ -1,0 +1,60 @@
+#include "views/log_list.h"
+
+#include "tables/table.h"
+#include "views/qt_text.h"
+
+namespace quobrix {
+namespace {
+
+QString emptyText(const LogListSpec& spec) {
+    return QStringLiteral(
+               "This spreadsheet is currently empty.\n\nIt will normally display a list of all %1\nthat have "
+               "been downloaded into this file.\n\nTo copy them from the Quobrix, select Quobrix / "
+               "Download Quobrix Data.")
+        .arg(QLatin1String(spec.records));
+}
+
+} // namespace
+
+LogList::LogList(const ViewContext& context, const LogListSpec& spec, QWidget* parent)
+    : TableView(context.text(), context.settings, spec.name, emptyText(spec), parent), spec_(spec) {
+    setObjectName(QLatin1String(spec.name));
+    setAccessibleName(QLatin1String(spec.title));
+    connect(this, &TableView::currentRowChanged, this, [this] {
+        if (const auto row = currentRow())
+            current_ = keyOf(*row);
+    });
+}
+
+std::optional<LogList::Key> LogList::keyOf(RowIndex row) const {
+    if (!records_ || !loggers_)
+        return std::nullopt;
+    return Key{loggers_->at(row), records_->at(row)};
+}
+
+void LogList::show(const Table* log) {
+    std::vector<ShownColumn> columns;
+    if (log)
+        for (const PersistentType* type : spec_.columns)
+            columns.push_back({&log->columnOf(*type)});
+    records_ = nullptr;
+    loggers_ = nullptr;
+    for (std::size_t i = 0; log && i < log->columnCount(); ++i) {
+        if (const auto* records = dynamic_cast<const RecordColumn*>(&log->column(i)))
+            records_ = records;
+        if (const auto* loggers = dynamic_cast<const LoggerColumn*>(&log->column(i)))
+            loggers_ = loggers;
+    }
+    setColumns(std::move(columns));
+
+    const RowIndex rows = log ? log->rowCount() : 0;
+    if (rows == 0)
+        return;
+    RowIndex row = rows - 1;
+    for (RowIndex i = 0; current_ && i < rows; ++i)
+        if (records_->at(i) == current_->identity && keyOf(i) == current_)
+            row = i;
+    setCurrentRow(row);
+}
+
+} // namespace quobrix

@@ -1,0 +1,66 @@
+#include "views/trip_log_table_view.h"
+
+#include "model/quobrix_document.h"
+#include "model/trip_report.h"
+#include "views/qt_text.h"
+
+namespace quobrix {
+namespace {
+
+std::vector<ShownColumn> sampleColumns(const TTripLogSampleTable& samples) {
+    std::vector<ShownColumn> columns{{&samples.column<TTripLogSampleRecordColumn>()},
+                                     {&samples.column<TTripLogSampleElapsedTimeColumn>()},
+                                     {&samples.speed()}};
+    for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
+        if (const ParameterSeriesColumn& series = samples.series(i); series.parameter() != 0)
+            columns.push_back({&series, toQt(seriesHeading(series))});
+    return columns;
+}
+
+} // namespace
+
+TTripLogTableView::TTripLogTableView(const ViewContext& context, QWidget* parent)
+    : QTabWidget(parent), context_(context),
+      samples_(addTable("TTripLogSampleTable", QStringLiteral("Samples"),
+                        QStringLiteral("No samples were recorded during this trip."))),
+      bands_(addTable("TTripLogSpeedBandsTable", QStringLiteral("Speed Bands"),
+                      QStringLiteral("No speed bands are known of this trip."))),
+      parameters_(addTable("TTripLogParametersTable", QStringLiteral("Parameters"),
+                           QStringLiteral("No parameters were recorded during this trip."))) {
+    setObjectName(QStringLiteral("TTripLogTableView"));
+    setAccessibleName(QStringLiteral("Trip Tables"));
+    setTabPosition(QTabWidget::South);
+    setDocumentMode(true);
+}
+
+TableView* TTripLogTableView::addTable(const char* name, const QString& title, const QString& emptyText) {
+    auto* view = new TableView(context_.text(), context_.settings, name, emptyText);
+    view->setObjectName(QLatin1String(name));
+    view->setAccessibleName(title);
+    addTab(view, title);
+    return view;
+}
+
+void TTripLogTableView::showTrip(std::optional<RowIndex> row) {
+    const TTripLogTable& trips = context_.document.trips();
+    const auto* samples = row ? trips.column<TTripLogSampleTableColumn>().object(*row) : nullptr;
+    samples_->setColumns(samples ? sampleColumns(*samples) : std::vector<ShownColumn>());
+
+    std::vector<ShownColumn> columns;
+    TableModel::RowTitle bandName;
+    if (const auto* bands = row ? trips.column<TTripLogSpeedBandsTableColumn>().object(*row) : nullptr) {
+        columns = {{&bands->column<TTripLogSpeedBandFromColumn>()}, {&bands->column<TTripLogSpeedBandToColumn>()}};
+        if (const auto* times = trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(*row))
+            columns.push_back({times});
+        bandName = [bands, text = context_.text()](RowIndex band) { return toQt(speedBandLabel(*bands, band, text)); };
+    }
+    bands_->setColumns(std::move(columns), std::move(bandName));
+
+    columns.clear();
+    if (const auto* parameters = row ? trips.column<TTripLogParametersTableColumn>().object(*row) : nullptr)
+        columns = {{&parameters->column<TTripLogParameterColumn>()},
+                   {&parameters->column<TTripLogParameterSamplingIntervalColumn>()}};
+    parameters_->setColumns(std::move(columns));
+}
+
+} // namespace quobrix

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "views/page.h"
+#include "views/table_view.h"
+
+#include <QTabWidget>
+
+#include <optional>
+
+namespace quobrix {
+
+/// The tables of one trip: its samples, its speed bands with the time spent in each, its parameters.
+class TTripLogTableView final : public QTabWidget {
+    Q_OBJECT
+public:
+    explicit TTripLogTableView(const ViewContext& context, QWidget* parent = nullptr);
+
+    /// Shows the tables of the trip of ROW, or empty ones.
+    void showTrip(std::optional<RowIndex> row);
+
+private:
+    TableView* addTable(const char* name, const QString& title, const QString& emptyText);
+
+    ViewContext context_;
+    TableView* samples_;
+    TableView* bands_;
+    TableView* parameters_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,151 @@
+#include "views/trip_log_view.h"
+
+#include "model/quobrix_document.h"
+#include "model/trip_report.h"
+#include "units/unit_system.h"
+#include "views/qt_text.h"
+#include "views/trip_log_record_view.h"
+#include "views/trip_log_summary_view.h"
+#include "views/trip_log_table_view.h"
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QShortcut>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QToolButton>
+
+namespace quobrix {
+namespace {
+
+constexpr int place(TTripLogView::View view) { return static_cast<int>(view); }
+
+QToolButton* button(QAction* action, Qt::ArrowType arrow) {
+    auto* result = new QToolButton;
+    result->setDefaultAction(action);
+    result->setArrowType(arrow);
+    result->setAutoRaise(true);
+    result->setObjectName(action->objectName() + QStringLiteral("Button"));
+    result->setAccessibleName(action->text());
+    return result;
+}
+
+} // namespace
+
+TTripLogView::TTripLogView(const ViewContext& context)
+    : context_(context), summary_(new TTripLogSummaryView(context)), report_(new TTripLogRecordView(context)),
+      table_(new TTripLogTableView(context)), tabs_(new QTabWidget) {
+    setObjectName(QStringLiteral("TTripLogView"));
+    setAccessibleName(QStringLiteral("Trip Log"));
+    tabs_->setObjectName(QStringLiteral("tripLogViews"));
+    tabs_->setDocumentMode(true);
+    tabs_->addTab(summary_, QStringLiteral("S&ummary"));
+    tabs_->addTab(report_, QStringLiteral("&Report"));
+    tabs_->addTab(new QWidget, QStringLiteral("&Plot"));
+    tabs_->addTab(table_, QStringLiteral("Ta&ble"));
+    tabs_->setTabEnabled(place(View::Plot), false);
+    tabs_->setTabToolTip(place(View::Plot), QStringLiteral("This is not available yet."));
+    tabs_->setCornerWidget(makeNavigator());
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(tabs_);
+
+    connect(summary_, &TableView::currentRowChanged, this, &TTripLogView::currentTripChanged);
+    connect(summary_, &TableView::rowActivated, this, [this] { showView(View::Report); });
+    connect(summary_->model(), &QAbstractItemModel::layoutChanged, this, &TTripLogView::currentTripChanged);
+    connect(tabs_, &QTabWidget::currentChanged, this, [this] {
+        showCurrentTrip();
+        focusView();
+        emit titleChanged();
+    });
+    auto* back = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    back->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(back, &QShortcut::activated, this, [this] { showView(View::Summary); });
+    setFocusProxy(tabs_);
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+QWidget* TTripLogView::makeNavigator() {
+    const auto action = [this](const char* name, const QString& text, Qt::Key key, int direction) {
+        auto* result = new QAction(text, this);
+        result->setObjectName(QLatin1String(name));
+        result->setShortcut(QKeySequence(Qt::ALT | key));
+        result->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        result->setToolTip(QStringLiteral("%1 (%2)").arg(text, result->shortcut().toString(QKeySequence::NativeText)));
+        connect(result, &QAction::triggered, this, [this, direction] { step(direction); });
+        addAction(result);
+        return result;
+    };
+    previous_ = action("previousTrip", QStringLiteral("Previous trip"), Qt::Key_Left, -1);
+    next_ = action("nextTrip", QStringLiteral("Next trip"), Qt::Key_Right, 1);
+    trip_ = new QLabel;
+    trip_->setObjectName(QStringLiteral("currentTrip"));
+    auto* navigator = new QWidget;
+    auto* layout = new QHBoxLayout(navigator);
+    layout->setContentsMargins(0, 0, 8, 0);
+    layout->setSpacing(4);
+    layout->addWidget(button(previous_, Qt::LeftArrow));
+    layout->addWidget(trip_);
+    layout->addWidget(button(next_, Qt::RightArrow));
+    return navigator;
+}
+
+TTripLogView::View TTripLogView::view() const { return static_cast<View>(tabs_->currentIndex()); }
+
+QString TTripLogView::title() const {
+    const QString log = QStringLiteral("View / Trip Log");
+    static constexpr const char* kNames[] = {"", " / Report", " / Plot", " / Table"};
+    const auto row = summary_->currentRow();
+    if (view() == View::Summary || !row)
+        return log + QStringLiteral(" / Summary");
+    return log + QStringLiteral(" / Record ") +
+           toQt(context_.units.formatInteger(static_cast<std::int64_t>(*row) + 1)) +
+           QLatin1String(kNames[place(view())]);
+}
+
+void TTripLogView::refresh() {
+    summary_->show(&context_.document.trips());
+    const bool any = summary_->currentRow().has_value();
+    tabs_->setTabEnabled(place(View::Report), any);
+    tabs_->setTabEnabled(place(View::Table), any);
+    if (!any)
+        showView(View::Summary);
+    currentTripChanged();
+}
+
+void TTripLogView::showView(View view) { tabs_->setCurrentIndex(place(view)); }
+
+void TTripLogView::step(int direction) {
+    const auto row = summary_->currentRow();
+    if (const auto other = row ? summary_->neighbour(*row, direction) : std::nullopt)
+        summary_->setCurrentRow(*other);
+}
+
+void TTripLogView::currentTripChanged() {
+    const auto row = summary_->currentRow();
+    previous_->setEnabled(row && summary_->neighbour(*row, -1));
+    next_->setEnabled(row && summary_->neighbour(*row, 1));
+    const TTripLogTable& trips = context_.document.trips();
+    trip_->setText(row ? QStringLiteral("%1 of %2")
+                             .arg(toQt(tripTitle(trips, *row, context_.text())),
+                                  toQt(context_.units.formatInteger(static_cast<std::int64_t>(trips.rowCount()))))
+                       : QStringLiteral("No trips"));
+    showCurrentTrip();
+    emit titleChanged();
+}
+
+void TTripLogView::showCurrentTrip() {
+    if (view() == View::Report)
+        report_->showTrip(summary_->currentRow());
+    if (view() == View::Table)
+        table_->showTrip(summary_->currentRow());
+}
+
+/// Whoever opened a view by its tab stays on the tab.
+void TTripLogView::focusView() {
+    if (!tabs_->tabBar()->hasFocus())
+        tabs_->currentWidget()->setFocus();
+}
+
+} // namespace quobrix
