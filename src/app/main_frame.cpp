@@ -5,7 +5,9 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "views/home_page.h"
+#include "views/log_pages.h"
 #include "views/qt_text.h"
+#include "views/trip_log_view.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -66,6 +68,10 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                                        .recent = recentActions_});
     });
     addHandlers();
+    addPage(kTripLogPage, [this] { return new TTripLogView(context_); });
+    addPage(static_cast<int>(CommandId::TroubleLog), [this] { return new TTroubleLogView(context_); });
+    addPage(static_cast<int>(CommandId::ActivityLog), [this] { return new TSecurityLogView(context_); });
+    addPage(static_cast<int>(CommandId::AccidentLog), [this] { return new TAccidentLogView(context_); });
     showDiagnosticsMenu(context_.settings.getInteger("Diagnostics", "Menu", 0) != 0);
     documentChanged();
     restoreWindow();
