@@ -157,18 +157,52 @@ bool Directory::walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32
     return sound;
 }
 
-void Directory::findMembers() {
-    SectorSet seen;
+/// The members where they are all there is: no inner storage, and exactly one link to each entry. One pass through the
+/// entries tells, which for large directories is several times faster than following the tree.
+std::optional<std::vector<std::uint32_t>> Directory::plainMembers() const {
+    std::vector<bool> linked(count());
+    const auto follow = [&](std::uint32_t to) {
+        if (to == kNoEntry)
+            return true;
+        if (to == 0 || to >= count() || linked[to])
+            return false;
+        linked[to] = true;
+        return true;
+    };
+    if (!follow(link(0, entry::kChild)))
+        return {};
     std::vector<std::uint32_t> found;
-    const bool sound = walk(link(0, entry::kChild), seen, &found);
-    if (!sound) {
-        // A damaged entry has cut off what hung on it. Whatever no inner storage leads to belonged here.
-        for (std::uint32_t index = 1; index < count(); ++index)
-            if (sensible(index) && type(index) == EntryType::Storage)
-                walk(link(index, entry::kChild), seen, nullptr);
-        for (std::uint32_t index = 1; index < count(); ++index)
-            if (sensible(index) && !seen.contains(index))
-                found.push_back(index);
+    found.reserve(count());
+    for (std::uint32_t index = 1; index < count(); ++index) {
+        if (type(index) == EntryType::Unused)
+            continue;
+        if (!isStream(index) || !sensible(index) || !follow(link(index, entry::kLeft)) ||
+            !follow(link(index, entry::kRight)))
+            return {};
+        found.push_back(index);
+    }
+    const auto links = std::count(linked.begin(), linked.end(), true);
+    if (links != std::ssize(found) ||
+        !std::all_of(found.begin(), found.end(), [&](std::uint32_t index) { return linked[index]; }))
+        return {};
+    return found;
+}
+
+void Directory::findMembers() {
+    std::vector<std::uint32_t> found;
+    if (auto plain = plainMembers()) {
+        found = *std::move(plain);
+    } else {
+        SectorSet seen;
+        if (!walk(link(0, entry::kChild), seen, &found)) {
+            // A damaged entry has cut off what hung on it. Whatever no inner storage leads to belonged here.
+            for (std::uint32_t index = 1; index < count(); ++index)
+                if (sensible(index) && type(index) == EntryType::Storage)
+                    walk(link(index, entry::kChild), seen, nullptr);
+            for (std::uint32_t index = 1; index < count(); ++index)
+                if (sensible(index) && !seen.contains(index))
+                    found.push_back(index);
+        }
     }
     memberCount_ = static_cast<std::uint32_t>(found.size());
     rehash();
@@ -286,35 +320,38 @@ void Directory::setRed(std::uint32_t index, bool red) {
 }
 
 std::uint32_t Directory::find(const EntryName& name) const {
-    const auto mask = static_cast<std::uint32_t>(slots_.size() - 1);
-    for (std::uint32_t slot = name.hash() & mask; slots_[slot] != kNoEntry; slot = (slot + 1) & mask)
-        if (slots_[slot] != kErasedSlot && compareNames(this->name(slots_[slot]), name) == 0)
-            return slots_[slot];
+    const std::size_t mask = slots_.size() - 1;
+    const std::uint32_t hash = name.hash();
+    for (std::size_t at = hash & mask; slots_[at].index != kNoEntry; at = (at + 1) & mask)
+        if (slots_[at].index != kErasedSlot && slots_[at].hash == hash &&
+            compareNames(this->name(slots_[at].index), name) == 0)
+            return slots_[at].index;
     return kNoEntry;
 }
 
 void Directory::hashInsert(std::uint32_t index) {
-    const auto mask = static_cast<std::uint32_t>(slots_.size() - 1);
-    std::uint32_t slot = name(index).hash() & mask;
-    while (slots_[slot] != kNoEntry)
-        slot = (slot + 1) & mask;
-    slots_[slot] = index;
+    const std::size_t mask = slots_.size() - 1;
+    const std::uint32_t hash = name(index).hash();
+    std::size_t at = hash & mask;
+    while (slots_[at].index != kNoEntry)
+        at = (at + 1) & mask;
+    slots_[at] = {index, hash};
     ++slotsUsed_;
 }
 
 void Directory::hashErase(std::uint32_t index) {
-    const auto mask = static_cast<std::uint32_t>(slots_.size() - 1);
-    std::uint32_t slot = name(index).hash() & mask;
-    while (slots_[slot] != index)
-        slot = (slot + 1) & mask;
-    slots_[slot] = kErasedSlot;
+    const std::size_t mask = slots_.size() - 1;
+    std::size_t at = name(index).hash() & mask;
+    while (slots_[at].index != index)
+        at = (at + 1) & mask;
+    slots_[at].index = kErasedSlot;
 }
 
 void Directory::rehash() {
     std::size_t size = 64;
-    while (size < 4 * std::size_t{memberCount_})
+    while (size < 3 * std::size_t{memberCount_})
         size *= 2;
-    slots_.assign(size, kNoEntry);
+    slots_.assign(size, Slot{});
     slotsUsed_ = 0;
     for (const std::uint32_t index : members_.members())
         hashInsert(index);

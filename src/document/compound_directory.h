@@ -69,10 +69,15 @@ private:
     EntryType type(std::uint32_t index) const { return static_cast<EntryType>(at(index)[entry::kType]); }
     bool sensible(std::uint32_t index) const;
     void findMembers();
+    std::optional<std::vector<std::uint32_t>> plainMembers() const;
     bool walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const;
     void prepareTree();
     void appendPage();
 
+    struct Slot {
+        std::uint32_t index = kNoEntry;
+        std::uint32_t hash = 0; ///< of the name, so that most comparisons need not look at the entry
+    };
     void hashInsert(std::uint32_t index);
     void hashErase(std::uint32_t index);
     void rehash();
@@ -83,7 +88,7 @@ private:
     std::uint32_t memberCount_ = 0;
     bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced
     std::vector<std::uint32_t> freeSlots_; ///< unused entries, the lowest last
-    std::vector<std::uint32_t> slots_;     ///< open addressing by name; a power of two
+    std::vector<Slot> slots_;              ///< open addressing by name; a power of two
     std::uint32_t slotsUsed_ = 0;          ///< erased ones included
 };
 

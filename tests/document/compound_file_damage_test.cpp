@@ -1,0 +1,137 @@
+#include "document/compound_file.h"
+
+#include "support/memory_file.h"
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+/// A stream's bytes, recognisable in the file wherever they lie.
+Bytes content(char letter, std::size_t size) { return Bytes(size, static_cast<std::uint8_t>(letter)); }
+
+class CompoundFileDamage : public testing::Test {
+protected:
+    CompoundFileDamage() {
+        auto file = CompoundFile::create(std::make_unique<MemoryFile>(disk_));
+        for (char letter = 'a'; letter <= 'z'; ++letter)
+            (*file)->write(std::string(1, letter), content(letter, letter < 'm' ? 640 : 5120));
+        EXPECT_TRUE((*file)->commit());
+    }
+
+    Result<std::unique_ptr<CompoundFile>> open() const {
+        return CompoundFile::open(std::make_unique<MemoryFile>(disk_));
+    }
+
+    void put32(std::size_t offset, std::uint32_t value) {
+        for (int i = 0; i < 4; ++i)
+            disk_->at(offset + i) = static_cast<std::uint8_t>(value >> 8 * i);
+    }
+    /// Where the entry of a one-letter stream begins: its name, the terminator, and nothing for the rest of the name.
+    std::size_t entryOf(char letter) const {
+        std::string name(64, '\0');
+        name[0] = letter;
+        return std::string_view(reinterpret_cast<const char*>(disk_->data()), disk_->size()).find(name);
+    }
+    std::size_t sectorsFilledWith(char letter) const {
+        std::size_t count = 0;
+        for (std::size_t at = 512; at + 512 <= disk_->size(); at += 512)
+            count += std::all_of(disk_->begin() + at, disk_->begin() + at + 512, [&](auto c) { return c == letter; });
+        return count;
+    }
+    /// Everything except LOST can be read, and still can after saves that change all the rest.
+    void expectLost(std::string_view lost) {
+        for (int round = 0; round < 4; ++round) {
+            auto file = open();
+            ASSERT_TRUE(file) << file.error().detail;
+            for (char letter = 'a'; letter <= 'z'; ++letter) {
+                const std::string name(1, letter);
+                if (lost.find(letter) != std::string_view::npos)
+                    continue;
+                const auto read = (*file)->read(name);
+                ASSERT_TRUE(read && read->front() == letter) << name;
+                (*file)->write(name, content(letter, read->size()));
+            }
+            (*file)->write("new", content('!', 3000 * (round + 1)));
+            ASSERT_TRUE((*file)->commit());
+        }
+    }
+
+    std::shared_ptr<Bytes> disk_ = std::make_shared<Bytes>();
+};
+
+TEST_F(CompoundFileDamage, OpeningSaysWhatIsWrong) {
+    const auto kindOf = [](Bytes bytes) {
+        auto file = CompoundFile::open(std::make_unique<MemoryFile>(std::move(bytes)));
+        return file ? std::optional<ErrorKind>() : file.error().kind;
+    };
+    EXPECT_EQ(kindOf({}), ErrorKind::NotADocument);
+    EXPECT_EQ(kindOf(Bytes(4096, 'x')), ErrorKind::NotADocument);
+    EXPECT_EQ(kindOf({disk_->begin(), disk_->begin() + 100}), ErrorKind::Corrupt);
+    EXPECT_EQ(kindOf({disk_->begin(), disk_->begin() + 512}), ErrorKind::Corrupt);
+    Bytes later = *disk_;
+    later[26] = 4;
+    later[30] = 12;
+    EXPECT_EQ(kindOf(later), ErrorKind::Unsupported);
+}
+
+TEST_F(CompoundFileDamage, AnEntryThatMakesNoSenseHidesOnlyItself) {
+    for (const char letter : {'c', 'p'})
+        disk_->at(entryOf(letter) + 66) = 9; // its type
+    EXPECT_EQ((*open())->names().size(), 24u);
+    const std::size_t sectors = sectorsFilledWith('p');
+    EXPECT_EQ(sectors, 10u);
+    expectLost("cp");
+    EXPECT_EQ(sectorsFilledWith('p'), sectors);
+}
+
+TEST_F(CompoundFileDamage, CrossedAndEndlessChainsAreCorruptForTheirStreamsOnly) {
+    const std::size_t p = entryOf('p'), q = entryOf('q'), s = entryOf('s');
+    for (int i = 0; i < 4; ++i)
+        disk_->at(p + 116 + i) = disk_->at(q + 116 + i); // begins where another does
+    put32(s + 120, 1'000'000);                           // claims more than its chain has
+    const auto file = open();
+    ASSERT_TRUE(file);
+    for (const char* name : {"p", "q", "s"})
+        EXPECT_EQ((*file)->read(name).error().kind, ErrorKind::Corrupt);
+    expectLost("pqs");
+    EXPECT_EQ(sectorsFilledWith('q'), 10u);
+    EXPECT_EQ(sectorsFilledWith('s'), 10u);
+}
+
+TEST_F(CompoundFileDamage, ALostAllocationTableLeavesAFileThatIsOnlyRead) {
+    put32(44, 0xFFFFFFFF); // a header that claims 2^32 pages of it
+    const auto file = open();
+    ASSERT_TRUE(file);
+    EXPECT_EQ(*(*file)->read("q"), content('q', 5120));
+    (*file)->write("q", {});
+    const Bytes before = *disk_;
+    EXPECT_EQ((*file)->commit().error().kind, ErrorKind::Corrupt);
+    EXPECT_TRUE(*disk_ == before);
+}
+
+TEST_F(CompoundFileDamage, AnOddEndOfTheFileDoesNotMatter) {
+    disk_->resize(disk_->size() + 700, 0xEE); // growth that a crash cut short
+    expectLost("");
+    EXPECT_EQ((*open())->read("new")->size(), 12000u);
+}
+
+TEST_F(CompoundFileDamage, NamesThatTheFormatForbidsAreRefusedByTheCommit) {
+    const auto file = *open();
+    for (const std::string name : {"", "a/b", "0123456789012345678901234567890123"}) {
+        file->write(name, {1});
+        EXPECT_EQ(file->commit().error().kind, ErrorKind::Unsupported);
+        file->remove(name);
+    }
+    EXPECT_TRUE(file->commit());
+    // Names that differ in case only are one.
+    file->write("A", {1});
+    EXPECT_EQ(*file->read("a"), Bytes{1});
+}
+
+} // namespace
+} // namespace quobrix
