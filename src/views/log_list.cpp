@@ -1,7 +1,6 @@
 #include "views/log_list.h"
 
 #include "tables/table.h"
-#include "views/qt_text.h"
 
 namespace quobrix {
 namespace {
@@ -45,9 +44,15 @@ void LogList::show(const Table* log) {
         if (const auto* loggers = dynamic_cast<const LoggerColumn*>(&log->column(i)))
             loggers_ = loggers;
     }
-    setColumns(std::move(columns));
+    {
+        const QSignalBlocker onlyOneChange(this);
+        setColumns(std::move(columns));
+        makeCurrent(log ? log->rowCount() : 0);
+    }
+    emit currentRowChanged();
+}
 
-    const RowIndex rows = log ? log->rowCount() : 0;
+void LogList::makeCurrent(RowIndex rows) {
     if (rows == 0)
         return;
     RowIndex row = rows - 1;

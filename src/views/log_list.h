@@ -36,6 +36,7 @@ private:
     };
 
     std::optional<Key> keyOf(RowIndex row) const;
+    void makeCurrent(RowIndex rows);
 
     const LogListSpec& spec_;
     const RecordColumn* records_ = nullptr;

@@ -23,14 +23,17 @@ TableModel::TableModel(const TextContext& context, QObject* parent) : QAbstractT
 void TableModel::setColumns(std::vector<ShownColumn> columns, RowTitle rowTitle) {
     beginResetModel();
     columns_ = std::move(columns);
+    specs_.clear();
+    for (const ShownColumn& shown : columns_)
+        specs_.push_back(&shown.column->spec());
     rowTitle_ = std::move(rowTitle);
     rows_ = columns_.empty() ? 0 : static_cast<int>(columns_.front().column->rowCount());
     endResetModel();
 }
 
 int TableModel::indexOf(std::string_view key) const {
-    for (std::size_t i = 0; i < columns_.size(); ++i)
-        if (columns_[i].column->spec().key == key)
+    for (std::size_t i = 0; i < specs_.size(); ++i)
+        if (specs_[i]->key == key)
             return static_cast<int>(i);
     return -1;
 }
@@ -59,7 +62,7 @@ QVariant TableModel::data(const QModelIndex& cell, int role) const {
     case Qt::DisplayRole:
         return text(static_cast<RowIndex>(cell.row()), cell.column());
     case Qt::ToolTipRole:
-        return toQt(column.spec().tooltip);
+        return toQt(spec(cell.column()).tooltip);
     case Qt::TextAlignmentRole:
         return QVariant::fromValue((isFigure(column) ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     default:
@@ -73,16 +76,16 @@ QVariant TableModel::headerData(int section, Qt::Orientation orientation, int ro
             return {};
         return rowTitle_ ? rowTitle_(static_cast<RowIndex>(section)) : QString::number(section + 1);
     }
-    const ShownColumn& shown = columns_[static_cast<std::size_t>(section)];
+    const QString& heading = columns_[static_cast<std::size_t>(section)].heading;
     switch (role) {
     case Qt::DisplayRole:
-        return shown.heading.isEmpty() ? headingLines(shown.column->spec()) : shown.heading;
+        return heading.isEmpty() ? headingLines(spec(section)) : heading;
     case Qt::ToolTipRole:
-        return toQt(shown.column->spec().tooltip);
+        return toQt(spec(section).tooltip);
     case Qt::AccessibleTextRole:
-        return shown.heading.isEmpty() ? toQt(plainHeading(shown.column->spec())) : shown.heading;
+        return heading.isEmpty() ? toQt(plainHeading(spec(section))) : heading;
     case Qt::UserRole:
-        return toQt(shown.column->spec().key);
+        return toQt(spec(section).key);
     default:
         return {};
     }

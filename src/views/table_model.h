@@ -27,10 +27,11 @@ public:
 
     explicit TableModel(const TextContext& context, QObject* parent = nullptr);
 
-    /// Shows COLUMNS, which must stay valid until the next call; the first one says how many rows there are. Where
-    /// another column has fewer rows, its cells are empty.
+    /// Shows COLUMNS; the first one says how many rows there are. Where another column has fewer rows, its cells are
+    /// empty. The columns must be there when cells are painted or sorted; headings and keys do not need them.
     void setColumns(std::vector<ShownColumn> columns, RowTitle rowTitle = {});
     const std::vector<ShownColumn>& columns() const { return columns_; }
+    const ColumnSpec& spec(int column) const { return *specs_[static_cast<std::size_t>(column)]; }
     /// The position of a column by key; -1 if it is not shown.
     int indexOf(std::string_view key) const;
     /// Nothing where the cell has no value.
@@ -45,6 +46,7 @@ public:
 private:
     TextContext context_;
     std::vector<ShownColumn> columns_;
+    std::vector<const ColumnSpec*> specs_;
     RowTitle rowTitle_;
     int rows_ = 0;
 };

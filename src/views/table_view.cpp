@@ -143,9 +143,7 @@ void TableView::rememberLayout() {
     if (!layoutChanged_)
         return;
     const QHeaderView& header = *horizontalHeader();
-    const auto key = [&](int column) {
-        return std::string(table_.columns()[static_cast<std::size_t>(column)].column->spec().key);
-    };
+    const auto key = [&](int column) { return std::string(table_.spec(column).key); };
     std::string columns;
     for (int place = 0; place < header.count(); ++place) {
         const int column = header.logicalIndex(place);

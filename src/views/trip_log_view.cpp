@@ -104,15 +104,7 @@ QString TTripLogView::title() const {
            QLatin1String(kNames[place(view())]);
 }
 
-void TTripLogView::refresh() {
-    summary_->show(&context_.document.trips());
-    const bool any = summary_->currentRow().has_value();
-    tabs_->setTabEnabled(place(View::Report), any);
-    tabs_->setTabEnabled(place(View::Table), any);
-    if (!any)
-        showView(View::Summary);
-    currentTripChanged();
-}
+void TTripLogView::refresh() { summary_->show(&context_.document.trips()); }
 
 void TTripLogView::showView(View view) { tabs_->setCurrentIndex(place(view)); }
 
@@ -124,6 +116,10 @@ void TTripLogView::step(int direction) {
 
 void TTripLogView::currentTripChanged() {
     const auto row = summary_->currentRow();
+    tabs_->setTabEnabled(place(View::Report), row.has_value());
+    tabs_->setTabEnabled(place(View::Table), row.has_value());
+    if (!row)
+        showView(View::Summary);
     previous_->setEnabled(row && summary_->neighbour(*row, -1));
     next_->setEnabled(row && summary_->neighbour(*row, 1));
     const TTripLogTable& trips = context_.document.trips();

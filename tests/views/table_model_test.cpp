@@ -1,0 +1,160 @@
+#include "views/table_model.h"
+
+#include "support/view_fixture.h"
+#include "views/log_pages.h"
+#include "views/table_view.h"
+#include "views/trip_log_summary_view.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QHeaderView>
+
+namespace quobrix {
+namespace {
+
+class TableModelTest : public test::ViewTest {
+protected:
+    /// Trips whose distances in m, as texts, would sort otherwise.
+    void addTrips(std::initializer_list<double> distances) {
+        for (const double distance : distances) {
+            const RowIndex row = document_.trips().rowCount();
+            document_.trips().insertRows(row, 1);
+            document_.trips().column<TTripLogStartTimeColumn>().set(row, static_cast<std::int32_t>(row) * 3600);
+            document_.trips().column<TTripLogDistanceColumn>().set(row, distance);
+        }
+    }
+    template <class C>
+    ShownColumn shown() {
+        return {&document_.trips().column<C>()};
+    }
+};
+
+TEST_F(TableModelTest, AnswersFromItsColumns) {
+    test::addTrip(document_, 1'000'000'000);
+    TableModel model(context_.text());
+    model.setColumns({shown<TTripLogRecordColumn>(), shown<TTripLogDistanceColumn>(), shown<TTripLogVinColumn>(),
+                      shown<TTripLogPanicBrakesSummaryColumn>()});
+    ASSERT_EQ(model.rowCount(), 1);
+    ASSERT_EQ(model.columnCount(), 4);
+    const auto data = [&](int column, int role) { return model.data(model.index(0, column), role); };
+    EXPECT_EQ(data(1, Qt::DisplayRole).toString(), "12,000.00 m");
+    EXPECT_EQ(data(2, Qt::DisplayRole).toString(), "Unknown #1");
+    EXPECT_TRUE(data(1, Qt::TextAlignmentRole).value<Qt::Alignment>().testFlag(Qt::AlignRight));
+    EXPECT_TRUE(data(2, Qt::TextAlignmentRole).value<Qt::Alignment>().testFlag(Qt::AlignLeft));
+    EXPECT_EQ(data(1, Qt::ToolTipRole).toString(), "The distance traveled during this trip.");
+
+    const auto header = [&](int column, int role) { return model.headerData(column, Qt::Horizontal, role).toString(); };
+    EXPECT_EQ(header(0, Qt::DisplayRole), "Trip");
+    EXPECT_EQ(header(2, Qt::DisplayRole), "Vehicle") << "the mnemonic mark is not shown";
+    EXPECT_EQ(header(3, Qt::DisplayRole), "Brakes\nExtreme");
+    EXPECT_EQ(header(3, Qt::AccessibleTextRole), "Brakes Extreme");
+    EXPECT_EQ(header(3, Qt::UserRole), "TTripLogPanicBrakesSummaryColumn");
+}
+
+TEST_F(TableModelTest, SortsByBaseValueAndLeavesTheStoredOrder) {
+    addTrips({900, 12'000, 3'000});
+    TableModel model(context_.text());
+    model.setColumns({shown<TTripLogRecordColumn>(), shown<TTripLogDistanceColumn>()});
+    SortedTableModel sorted(model);
+    const auto order = [&] {
+        QString trips;
+        for (int row = 0; row < sorted.rowCount(); ++row)
+            trips += sorted.index(row, 0).data().toString();
+        return trips;
+    };
+    EXPECT_EQ(order(), "123");
+    sorted.sort(1);
+    EXPECT_EQ(order(), "132");
+    sorted.sort(1, Qt::DescendingOrder);
+    EXPECT_EQ(order(), "231");
+    sorted.sort(-1);
+    EXPECT_EQ(order(), "123");
+    EXPECT_EQ(document_.trips().column<TTripLogDistanceColumn>().at(0), 900);
+}
+
+TEST_F(TableModelTest, CellsBeyondAShorterColumnAreEmpty) {
+    const RowIndex trip = test::addTrip(document_, 0);
+    auto& trips = document_.trips();
+    auto& bands = *trips.column<TTripLogSpeedBandsTableColumn>().object(trip);
+    auto& times = *trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(trip);
+    times.setAll({1, 2});
+    TableModel model(context_.text());
+    model.setColumns({{&bands.column<TTripLogSpeedBandFromColumn>()}, {&times}});
+    EXPECT_EQ(model.rowCount(), 5);
+    EXPECT_EQ(model.index(1, 1).data().toString(), "00:00:02");
+    EXPECT_EQ(model.index(2, 1).data().toString(), "");
+}
+
+TEST_F(TableModelTest, TheListKeepsItsCurrentRecordWhereverItMoves) {
+    test::addTrip(document_, 2'000);
+    test::addTrip(document_, 3'000);
+    TTripLogSummaryView list(context_);
+    list.show(&document_.trips());
+    EXPECT_EQ(list.currentRow(), 1u) << "the latest trip";
+    document_.trips().column<TTripLogRecordColumn>().set(0, {2'000, 0});
+    document_.trips().column<TTripLogRecordColumn>().set(1, {3'000, 0});
+    list.setCurrentRow(0);
+
+    document_.trips().insertRows(0, 1); // an older trip of another logger
+    list.show(&document_.trips());
+    EXPECT_EQ(list.currentRow(), 1u);
+
+    document_.newDocument();
+    list.show(&document_.trips());
+    EXPECT_EQ(list.currentRow(), std::nullopt);
+}
+
+TEST_F(TableModelTest, RemembersOrderWidthsAndSorting) {
+    addTrips({900, 12'000, 3'000});
+    {
+        TTripLogSummaryView list(context_);
+        list.show(&document_.trips());
+        const int distance = list.table().indexOf("TTripLogDistanceColumn");
+        list.horizontalHeader()->moveSection(list.horizontalHeader()->visualIndex(distance), 0);
+        list.setColumnWidth(distance, 123);
+        list.sortByColumn(distance, Qt::DescendingOrder);
+    }
+    TTripLogSummaryView list(context_);
+    list.show(&document_.trips());
+    const int distance = list.table().indexOf("TTripLogDistanceColumn");
+    EXPECT_EQ(list.horizontalHeader()->visualIndex(distance), 0);
+    EXPECT_EQ(list.columnWidth(distance), 123);
+    EXPECT_EQ(list.model()->index(0, distance).data().toString(), "12,000.00 m");
+    list.show(&document_.trips());
+    EXPECT_EQ(list.columnWidth(distance), 123) << "showing again changes no width";
+}
+
+TEST_F(TableModelTest, TenThousandTripsAppearAndSortAtOnce) {
+    auto& trips = document_.trips();
+    trips.insertRows(0, 10'000);
+    for (RowIndex row = 0; row < trips.rowCount(); ++row)
+        trips.column<TTripLogDistanceColumn>().set(row, static_cast<double>((row * 7919) % 10'007));
+    TTripLogSummaryView list(context_);
+    list.resize(1000, 600);
+    list.show(&trips);
+    static_cast<QWidget&>(list).show();
+    QElapsedTimer timer;
+    timer.start();
+    list.show(&trips);
+    QApplication::processEvents();
+    EXPECT_LT(timer.restart(), 500);
+    list.sortByColumn(list.table().indexOf("TTripLogDistanceColumn"), Qt::AscendingOrder);
+    QApplication::processEvents();
+    EXPECT_LT(timer.elapsed(), 1'000);
+}
+
+TEST_F(TableModelTest, EveryLogIsListedAndTheOneWithoutATableIsEmpty) {
+    document_.troubles().insertRows(0, 1);
+    document_.troubles().column<TTroubleLogTroubleCodeColumn>().set(0, "P0301");
+    TTroubleLogView troubles(context_);
+    TSecurityLogView activity(context_);
+    TAccidentLogView accidents(context_);
+    for (LogPage* page : std::initializer_list<LogPage*>{&troubles, &activity, &accidents})
+        page->refresh();
+    EXPECT_EQ(troubles.list().model()->index(0, 4).data().toString(), "P0301");
+    EXPECT_EQ(activity.list().model()->rowCount(), 0);
+    EXPECT_EQ(accidents.list().model()->rowCount(), 0);
+}
+
+} // namespace
+} // namespace quobrix

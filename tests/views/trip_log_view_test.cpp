@@ -1,0 +1,113 @@
+#include "views/trip_log_view.h"
+
+#include "support/view_fixture.h"
+#include "views/share_bars.h"
+#include "views/trip_log_record_view.h"
+#include "views/trip_log_summary_view.h"
+#include "views/trip_log_table_view.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QLabel>
+#include <QTest>
+
+namespace quobrix {
+namespace {
+
+class TripLogView : public test::ViewTest {
+protected:
+    void SetUp() override {
+        for (std::int32_t n = 0; n < 3; ++n) {
+            const RowIndex row = test::addTrip(document_, 1'000'000'000 + n * 86'400);
+            document_.trips().column<TTripLogRecordColumn>().set(row, {1'000'000'000 + n * 86'400, 0});
+        }
+        view_ = std::make_unique<TTripLogView>(context_);
+        view_->resize(1000, 700);
+        view_->show();
+        view_->refresh();
+    }
+    QStringList reportTexts() const {
+        QStringList texts;
+        for (const QLabel* label : view_->report().findChildren<QLabel*>())
+            texts += label->text();
+        return texts;
+    }
+
+    std::unique_ptr<TTripLogView> view_;
+};
+
+TEST_F(TripLogView, IsWalkedThroughByTheKeyboard) {
+    EXPECT_EQ(view_->title(), "View / Trip Log / Summary");
+    QTest::keyClick(&view_->summary(), Qt::Key_Up);
+    QTest::keyClick(&view_->summary(), Qt::Key_Return);
+    EXPECT_EQ(view_->title(), "View / Trip Log / Record 2 / Report");
+    EXPECT_TRUE(reportTexts().contains("Trip 2"));
+
+    view_->findChild<QAction*>("previousTrip")->trigger();
+    EXPECT_EQ(view_->title(), "View / Trip Log / Record 1 / Report");
+    EXPECT_TRUE(reportTexts().contains("Trip 1"));
+    EXPECT_FALSE(view_->findChild<QAction*>("previousTrip")->isEnabled());
+
+    view_->showView(TTripLogView::View::Table);
+    EXPECT_EQ(view_->title(), "View / Trip Log / Record 1 / Table");
+}
+
+TEST_F(TripLogView, ReportFollowsUnitsAndIsCopiedAsText) {
+    view_->showView(TTripLogView::View::Report);
+    EXPECT_TRUE(reportTexts().contains("12,000.00 m"));
+    units_.setUnit(UnitTypeId::Distance, UnitId::Kilometre);
+    view_->refresh();
+    EXPECT_TRUE(reportTexts().filter("12,000.00 m").isEmpty());
+    EXPECT_FALSE(reportTexts().filter(" km").isEmpty());
+
+    QTest::keyClick(&view_->report(), Qt::Key_C, Qt::ControlModifier);
+    const TextContext text = context_.text();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), renderText(tripReport(document_.trips(), 2, text)));
+}
+
+TEST_F(TripLogView, TheBandPictureIsAChartForAssistiveTechnology) {
+    view_->showView(TTripLogView::View::Report);
+    auto* bars = view_->report().findChild<ShareBars*>();
+    ASSERT_NE(bars, nullptr);
+    QAccessibleInterface* chart = QAccessible::queryAccessibleInterface(bars);
+    EXPECT_EQ(chart->role(), QAccessible::Chart);
+    EXPECT_EQ(chart->text(QAccessible::Name), "Time per Speed Band");
+    EXPECT_TRUE(chart->text(QAccessible::Description).startsWith("Idle: 00:01:00 (10%), Speed Band 1: 00:04:00 (40%)"))
+        << chart->text(QAccessible::Description).toStdString();
+}
+
+TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
+    view_->showView(TTripLogView::View::Table);
+    const auto* samples = view_->findChild<TableView*>("TTripLogSampleTable");
+    const auto header = [&](const TableView* table, int section) {
+        return table->model()->headerData(section, Qt::Horizontal).toString();
+    };
+    ASSERT_EQ(samples->model()->columnCount(), 5);
+    EXPECT_EQ(samples->model()->rowCount(), 61);
+    EXPECT_EQ(header(samples, 3), "Engine Speed");
+    EXPECT_EQ(samples->model()->index(1, 3).data().toString(), "") << "sampled every 2 s";
+    EXPECT_EQ(samples->model()->index(5, 4).data().toString(), "O / C");
+
+    const auto* bands = view_->findChild<TableView*>("TTripLogSpeedBandsTable");
+    EXPECT_EQ(bands->model()->headerData(0, Qt::Vertical).toString(), "Idle");
+    EXPECT_EQ(bands->model()->index(1, 2).data().toString(), "00:04:00");
+}
+
+TEST_F(TripLogView, AnotherDocumentEmptiesEveryView) {
+    view_->showView(TTripLogView::View::Table);
+    document_.newDocument();
+    view_->refresh();
+    EXPECT_EQ(view_->title(), "View / Trip Log / Summary");
+    EXPECT_EQ(view_->summary().model()->rowCount(), 0);
+    EXPECT_FALSE(view_->findChild<QAction*>("nextTrip")->isEnabled());
+
+    test::addTrip(document_, 0);
+    view_->refresh();
+    view_->showView(TTripLogView::View::Table);
+    EXPECT_EQ(view_->findChild<TableView*>("TTripLogSampleTable")->model()->rowCount(), 61);
+}
+
+} // namespace
+} // namespace quobrix
