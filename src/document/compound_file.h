@@ -36,11 +36,18 @@ public:
     virtual void write(std::string_view name, Bytes content) = 0;
     /// Removes a stream; no effect if there is none. Pending until commit.
     virtual void remove(std::string_view name) = 0;
-    /// Moves pending contents from memory to free sectors. What is current on disk does not change.
+    /// Moves pending contents from memory to free sectors, durably: a commit can be tried again without them. What is
+    /// current on disk does not change. Errors as commit().
     virtual Result<void> spill() = 0;
     /// Makes everything pending durable and current, or fails and leaves the file's committed state (the pending
-    /// changes are then kept, so that commit can be tried again).
+    /// changes are then kept, so that commit can be tried again). No effect when nothing has changed. Corrupt when
+    /// allocation tables or directory are too damaged to write to; Unsupported past 2 GB, and when a name was written
+    /// that the format forbids (until it is removed).
     virtual Result<void> commit() = 0;
+
+    /// Writes the file as it was last committed to TARGET, an empty file. It is read through the handle that has been
+    /// open all the time, so it works even when the path has come to lead elsewhere.
+    virtual Result<void> copyTo(File& target) const = 0;
 
     struct Space {
         std::uint64_t fileBytes = 0; ///< size of the file
