@@ -119,6 +119,22 @@ public:
         return {};
     }
 
+    Result<void> copyTo(File& target) const override {
+        Bytes block(1 << 20);
+        for (std::uint64_t offset = 0;; offset += block.size()) {
+            const std::lock_guard lock(mutex_); // for a block at a time, so that readers need not wait for the copy
+            const Result<std::uint64_t> size = file_->size();
+            if (!size)
+                return size.error();
+            if (offset >= *size)
+                return {};
+            const auto part =
+                std::span(block).first(static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), *size - offset)));
+            QUOBRIX_TRY(file_->readAt(offset, part));
+            QUOBRIX_TRY(target.writeAt(offset, part));
+        }
+    }
+
     Result<void> commit() override {
         const std::lock_guard lock(mutex_);
         if (!changed_)
