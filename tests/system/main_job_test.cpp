@@ -1,0 +1,89 @@
+/// From a drive through the logger and the command line to the document's figures, which are compared with a
+/// computation of the test's own from the drive's text.
+#include "support/drive_sheet.h"
+#include "system/programs.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+class MainJob : public Programs {
+protected:
+    std::vector<JsonRecord> listed(const std::string& log) {
+        const Outcome outcome = cli({"list", log, "Drive.car", "--format", "json"});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+        return parseJson(outcome.out);
+    }
+
+    /// Records the drive of the file PATH by a fresh logger, downloads it and compares.
+    void compare(const std::filesystem::path& path) {
+        SCOPED_TRACE(path.filename().string());
+        std::filesystem::remove(folder_ / "Drive.car");
+        std::filesystem::remove_all(folder_ / "ports");
+        ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
+        const Outcome recorded = sim({"record", "COM3", path.string(), "--start", "2024-03-01 08:00:00"});
+        ASSERT_EQ(recorded.exitCode, 0) << recorded.error;
+        const Outcome downloaded = download("Drive.car");
+        ASSERT_EQ(downloaded.exitCode, 0) << downloaded.error;
+
+        const ExpectedTrip expected{DriveSheet(contentOf(path))};
+        const std::vector<JsonRecord> trips = listed("trips");
+        ASSERT_EQ(trips.size(), 1u);
+        const auto number = [&](const std::string& key) { return std::get<double>(trips[0].at(key)); };
+        EXPECT_EQ(number("TTripLogStartTimeColumn"), 1709280000.0);
+        EXPECT_NEAR(number("TTripLogDistanceColumn"), expected.metres, 1e-6);
+        EXPECT_NEAR(number("TTripLogMaximumSpeedColumn"), std::ranges::max(expected.speeds) / 3.6, 1e-12);
+        EXPECT_EQ(number("TTripLogDurationColumn"), static_cast<double>(expected.speeds.size() - 1));
+        EXPECT_EQ(number("TTripLogTimeInTopSpeedBandColumn"), expected.bands[3]);
+        const std::pair<const char*, const ExpectedTrip::Times*> events[] = {
+            {"TTripLogHardBrakesColumn", &expected.hardBrakes},
+            {"TTripLogPanicBrakesColumn", &expected.extremeBrakes},
+            {"TTripLogHardAccelerationsColumn", &expected.hardAccelerations},
+            {"TTripLogPanicAccelerationsColumn", &expected.extremeAccelerations},
+        };
+        for (const auto& [key, times] : events)
+            EXPECT_EQ(number(key), static_cast<double>(times->size())) << key;
+        EXPECT_EQ(listed("accidents").size(), expected.stops.size());
+        const std::size_t records = 1 + expected.stops.size();
+        EXPECT_EQ(downloaded.out, std::to_string(records) + " new, 0 already present, 0 refused.\n");
+        EXPECT_EQ(download("Drive.car").out, "0 new, " + std::to_string(records) + " already present, 0 refused.\n");
+    }
+
+    void compareText(const std::string& name, const std::string& csv) {
+        std::ofstream(folder_ / name, std::ios::binary) << csv;
+        compare(folder_ / name);
+    }
+};
+
+TEST_F(MainJob, MadeUpDrivesComeOutAsComputed) {
+    // Pulling away and braking on both sides of both thresholds, and a severe stop from 90 km/h.
+    compareText("hard.csv", steadyDrive({0, 9,  19, 29, 38, 48, 65, 75, 75, 65, 56, 39, 23, 13, 13, 3, 0,
+                                         0, 17, 30, 42, 55, 70, 80, 90, 90, 75, 60, 44, 28, 12, 0,  0}));
+    // Gaps hold the last speed; whole seconds between the readings; the end within a second.
+    compareText("gaps.csv", "seconds,engine_rpm,speed_kmh\n0,700,0\n0.4,,9.5\n1.0,900,20.5\n7.25,,61\n30,2500,61.49\n"
+                            "45.5,2600,58\n61,,30\n61.9,800,4\n70.7,700,0\n");
+    // Both sides of every limit of the speed bands.
+    compareText("bands.csv",
+                steadyDrive({0, 0, 36, 72, 73, 96, 97, 112, 113, 118, 112, 130, 125, 113, 96, 72, 50, 30}));
+}
+
+TEST_F(MainJob, RealDrivesComeOutAsComputed) {
+    const char* const folder = std::getenv("QUOBRIX_DRIVES");
+    if (folder == nullptr || !std::filesystem::is_directory(folder))
+        GTEST_SKIP() << "QUOBRIX_DRIVES names no folder of drives";
+    int drives = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        if (entry.path().extension() == ".csv") {
+            ++drives;
+            compare(std::filesystem::absolute(entry.path()));
+        }
+    EXPECT_GT(drives, 0);
+}
+
+} // namespace
+} // namespace quobrix
