@@ -5,7 +5,6 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QLocalSocket>
-#include <QStandardPaths>
 
 namespace quobrix {
 namespace {
@@ -18,14 +17,16 @@ QString lockName(const QString& folder) {
     return folder + QStringLiteral("/TQuobrix.lock");
 }
 
-/// Distinct for every settings folder, and short: local sockets allow about a hundred characters.
+/// Distinct for every settings folder. Local sockets of Unix are files, in folders of the user's own, whose paths must
+/// not exceed about a hundred characters.
 QString serverNameFor(const QString& folder) {
     const QByteArray hash = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha1).toHex().left(16);
     const QString name = QStringLiteral("TQuobrix-") + QString::fromLatin1(hash);
 #ifdef Q_OS_WIN
     return name;
 #else
-    return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QLatin1Char('/') + name;
+    const QString path = qEnvironmentVariable("XDG_RUNTIME_DIR", folder) + QLatin1Char('/') + name;
+    return path.toUtf8().size() <= 100 ? path : name;
 #endif
 }
 

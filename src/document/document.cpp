@@ -2,8 +2,6 @@
 
 #include "platform/file_system.h"
 
-#include <algorithm>
-
 namespace quobrix {
 namespace {
 
@@ -15,20 +13,6 @@ Bytes contents() {
     ByteWriter out;
     out.u32(kDocumentFormat);
     return out.take();
-}
-
-/// The bytes of FROM, to an empty file.
-Result<void> copyFile(File& from, File& to) {
-    const Result<std::uint64_t> size = from.size();
-    if (!size)
-        return size.error();
-    Bytes block(1 << 20);
-    for (std::uint64_t offset = 0; offset < *size; offset += block.size()) {
-        const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), *size - offset));
-        QUOBRIX_TRY(from.readAt(offset, std::span(block).first(count)));
-        QUOBRIX_TRY(to.writeAt(offset, ByteView(block).first(count)));
-    }
-    return {};
 }
 
 } // namespace
@@ -115,12 +99,7 @@ Result<void> TDocument::saveAs(const std::filesystem::path& path, const DiskRunn
     Result<std::unique_ptr<CompoundFile>> target = Error{};
     if (file_) {
         // A copy of the file, not of its streams: what could not be read comes along untouched.
-        const Result<std::unique_ptr<File>> own = openFile(path_, FileMode::Read);
-        if (!own)
-            return own.error();
-        if (const Result<FileIdentity> current = fileIdentity(path_); !current || *current != identity_)
-            return Error{ErrorKind::Changed, path_.string() + " is no longer the file that was opened"};
-        QUOBRIX_TRY(runDisk([&] { return copyFile(**own, replacement->file()); }));
+        QUOBRIX_TRY(runDisk([&] { return file_->copyTo(replacement->file()); }));
         target = CompoundFile::open(replacement->takeFile());
     } else {
         target = CompoundFile::create(replacement->takeFile());

@@ -19,7 +19,7 @@ class ScriptedPrompter : public Prompter {
 public:
     struct Line {
         MessageId id;
-        Answer answer = Answer::Yes;
+        std::optional<Answer> answer = Answer::Yes; ///< nothing: cancelled
     };
 
     ScriptedPrompter() = default;
@@ -32,6 +32,10 @@ public:
 
     Answer ask(const Message& question) override {
         EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::YesNo);
+        return show(question).value_or(Answer::No);
+    }
+    std::optional<Answer> askOrCancel(const Message& question) override {
+        EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::YesNoCancel);
         return show(question);
     }
     void tell(const Message& statement) override {
@@ -54,13 +58,13 @@ public:
     std::vector<std::string> presets;
 
 private:
-    Answer show(const Message& message) {
+    std::optional<Answer> show(const Message& message) {
         shown.push_back(message.text);
         if (lines_.empty() || lines_.front().id != message.id) {
             ADD_FAILURE() << "unscripted: " << message.text;
-            return Answer::No;
+            return std::nullopt;
         }
-        const Answer answer = lines_.front().answer;
+        const std::optional<Answer> answer = lines_.front().answer;
         lines_.pop_front();
         return answer;
     }

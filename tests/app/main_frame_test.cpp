@@ -1,0 +1,250 @@
+#include "app/main_frame.h"
+
+#include "app/about_box.h"
+#include "app/disk_work.h"
+#include "model/quobrix_document.h"
+#include "settings/settings.h"
+#include "support/sample_trip.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+#include "views/qt_text.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+namespace quobrix {
+namespace {
+
+class MainFrameTest : public ::testing::Test {
+protected:
+    QAction* action(CommandId id) { return frame_.commands().action(id); }
+    QMenu* menu(const char* name) { return frame_.menuBar()->findChild<QMenu*>(QLatin1String(name)); }
+
+    /// What the next message box says; it is closed with its default button.
+    static QString nextMessage(const std::function<void()>& trigger) {
+        QString text;
+        QTimer timer;
+        timer.setSingleShot(true);
+        QObject::connect(&timer, &QTimer::timeout, [&text] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                text = box->objectName() + QLatin1String(": ") + box->text();
+                box->accept();
+            }
+        });
+        timer.start(0);
+        trigger();
+        return text;
+    }
+
+    Settings settings_{std::make_unique<MemorySettings>()};
+    TQuobrixDocument document_;
+    TUnitSystem units_;
+    TimeZone zone_;
+    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
+};
+
+/// The menu as lines of text, from the table and from the widgets.
+struct MenuText {
+    QStringList lines;
+    void add(int depth, const QString& text) { lines << QString(depth * 2, QLatin1Char(' ')) + text; }
+};
+
+MenuText expectedMenu() {
+    MenuText result;
+    int depth = 0;
+    for (const MenuRow& row : menuRows()) {
+        switch (row.kind) {
+        case MenuRow::Kind::Menu:
+        case MenuRow::Kind::Submenu:
+            result.add(depth++, toQt(row.text));
+            break;
+        case MenuRow::Kind::End:
+            --depth;
+            break;
+        case MenuRow::Kind::Separator:
+            result.add(depth, QStringLiteral("-"));
+            break;
+        default:
+            result.add(depth, QStringLiteral("%1 %2").arg(static_cast<int>(row.id)).arg(toQt(row.text)));
+        }
+    }
+    return result;
+}
+
+void describe(const QList<QAction*>& actions, int depth, MenuText& result) {
+    for (const QAction* action : actions) {
+        QString text = action->text();
+        if (!action->shortcut().isEmpty())
+            text += QLatin1Char('\t') + action->shortcut().toString(QKeySequence::PortableText);
+        if (action->isSeparator())
+            result.add(depth, QStringLiteral("-"));
+        else if (action->menu()) {
+            result.add(depth, text);
+            describe(action->menu()->actions(), depth + 1, result);
+        } else if (!action->objectName().startsWith(QLatin1String("RecentFile")) ||
+                   action->objectName() == QLatin1String("RecentFile"))
+            result.add(depth, QStringLiteral("%1 %2").arg(action->data().toInt()).arg(text));
+    }
+}
+
+TEST_F(MainFrameTest, TheMenuIsTheTable) {
+    MenuText shown;
+    describe(frame_.menuBar()->actions(), 0, shown);
+    EXPECT_EQ(shown.lines.join(QLatin1Char('\n')).toStdString(),
+              expectedMenu().lines.join(QLatin1Char('\n')).toStdString());
+}
+
+TEST_F(MainFrameTest, NoTwoCommandsShareAShortcutAndNoTwoMenusAMnemonic) {
+    std::set<QString> shortcuts, mnemonics;
+    for (const QAction* command : frame_.findChildren<QAction*>())
+        EXPECT_TRUE(command->shortcut().isEmpty() || shortcuts.insert(command->shortcut().toString()).second)
+            << command->text().toStdString();
+    for (const QAction* top : frame_.menuBar()->actions())
+        EXPECT_TRUE(mnemonics.insert(QKeySequence::mnemonic(top->text()).toString()).second);
+}
+
+TEST_F(MainFrameTest, ACommandThatNobodyHandlesSaysSo) {
+    for (const MenuRow& row : menuRows()) {
+        if (row.name.empty() || row.kind == MenuRow::Kind::RecentFiles)
+            continue;
+        const bool handled = frame_.commands().handled(row.id);
+        EXPECT_EQ(action(row.id)->isEnabled(), handled) << row.name;
+        EXPECT_NE(action(row.id)->statusTip().endsWith(QLatin1String("(not available yet)")), handled) << row.name;
+        EXPECT_NE(action(row.id)->toolTip().endsWith(QLatin1String("(not available yet)")), handled) << row.name;
+    }
+    EXPECT_EQ(action(CommandId::Open)->statusTip(), QStringLiteral("Opens an existing file."));
+    EXPECT_EQ(action(CommandId::FuelEntry)->statusTip(), QStringLiteral("Fuel Entry (not available yet)"));
+}
+
+TEST_F(MainFrameTest, ACommandIsEnabledWhileItIsAvailableAndItsFailureIsOneMessage) {
+    bool available = false;
+    frame_.commands().handle(
+        CommandId::Download, [] { throw std::runtime_error("The sky fell."); }, [&] { return available; });
+    EXPECT_FALSE(action(CommandId::Download)->isEnabled());
+    EXPECT_EQ(nextMessage([&] { frame_.commands().trigger(CommandId::Download); }), QString());
+    available = true;
+    frame_.documentChanged();
+    EXPECT_EQ(nextMessage([&] { frame_.commands().trigger(CommandId::Download); }),
+              QStringLiteral("UnexpectedFailure: Download Quobrix Data could not be completed.\n\nThe sky fell."));
+}
+
+TEST_F(MainFrameTest, ATogglesMarkFollowsWhatItAchieves) {
+    bool works = false;
+    QAction* led = action(CommandId::EnableLed);
+    frame_.commands().handle(CommandId::EnableLed, [&] { led->setChecked(works); });
+    led->trigger();
+    EXPECT_FALSE(led->isChecked());
+    works = true;
+    led->trigger();
+    EXPECT_TRUE(led->isChecked());
+}
+
+TEST_F(MainFrameTest, TheDiagnosticsMenuComesByCtrlRightClickInTheAboutBox) {
+    const QAction* diagnostics = menu("DiagnosticsMenu")->menuAction();
+    EXPECT_FALSE(diagnostics->isVisible());
+    const auto clickInAboutBox = [this](Qt::KeyboardModifiers modifiers) {
+        QTimer::singleShot(0, qApp, [modifiers] {
+            QWidget* box = QApplication::activeModalWidget();
+            ASSERT_TRUE(box);
+            QTest::mouseClick(box, Qt::RightButton, modifiers, {5, 5});
+            box->close();
+        });
+        action(CommandId::About)->trigger();
+    };
+    clickInAboutBox(Qt::NoModifier);
+    EXPECT_FALSE(diagnostics->isVisible());
+    clickInAboutBox(Qt::ControlModifier);
+    EXPECT_TRUE(diagnostics->isVisible());
+    EXPECT_EQ(settings_.getInteger("Diagnostics", "Menu", -1), 1);
+
+    TQuobrixFrame next(frame_.context());
+    EXPECT_TRUE(next.menuBar()->findChild<QMenu*>(QStringLiteral("DiagnosticsMenu"))->menuAction()->isVisible());
+
+    action(CommandId::HideDiagnosticsMenu)->trigger();
+    EXPECT_FALSE(diagnostics->isVisible());
+    EXPECT_EQ(settings_.getInteger("Diagnostics", "Menu", -1), 0);
+}
+
+TEST_F(MainFrameTest, TheTitleNamesTheDocumentAndMarksNewData) {
+    EXPECT_EQ(frame_.windowTitle(), QStringLiteral("Quobrix Data[*] - Quobrix"));
+    EXPECT_FALSE(frame_.isWindowModified());
+    test::addTrip(document_, 1'700'000'000);
+    document_.setDataChanged();
+    frame_.documentChanged();
+    EXPECT_TRUE(frame_.isWindowModified());
+}
+
+TEST_F(MainFrameTest, RecentFilesStandInTheFileMenuUnderTheirIds) {
+    EXPECT_TRUE(action(CommandId::RecentFile)->isVisible());
+    EXPECT_FALSE(action(CommandId::RecentFile)->isEnabled());
+    frame_.recentFiles().add("/somewhere/Black & White.car");
+    frame_.recentFiles().add("/somewhere/b.car");
+    frame_.documentChanged();
+    EXPECT_FALSE(action(CommandId::RecentFile)->isVisible());
+    const auto* second = frame_.findChild<QAction*>(QStringLiteral("RecentFile2"));
+    EXPECT_TRUE(second->isVisible());
+    EXPECT_EQ(second->text(), QStringLiteral("&2 Black && White.car"));
+    EXPECT_EQ(second->data().toInt(), 57617);
+    EXPECT_EQ(nextMessage([&] { frame_.findChild<QAction*>(QStringLiteral("RecentFile1"))->trigger(); }),
+              QStringLiteral("FileNotFound: b.car cannot be opened because it does not exist."));
+}
+
+TEST_F(MainFrameTest, PagesAreMadeWhenShownAndAnewForOtherContent) {
+    struct Counting final : Page {
+        explicit Counting(int& alive) : alive_(alive) { ++alive_; }
+        ~Counting() override { --alive_; }
+        int& alive_;
+    };
+    int alive = 0, made = 0;
+    frame_.addPage(kTripLogPage, [&] { return ++made, new Counting(alive); });
+    EXPECT_TRUE(action(CommandId::TripLog)->isEnabled());
+    EXPECT_EQ(made, 0);
+    action(CommandId::TripLog)->trigger();
+    action(CommandId::Home)->trigger();
+    action(CommandId::TripLog)->trigger();
+    EXPECT_EQ(made, 1);
+    EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("pageTitle"))->text(), QStringLiteral("View / Trip Log"));
+    action(CommandId::New)->trigger();
+    EXPECT_EQ(made, 2);
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(frame_.pages().current(), kTripLogPage);
+    EXPECT_FALSE(frame_.pages().show(12345));
+}
+
+TEST_F(MainFrameTest, TheHomePageTellsOfTheDocument) {
+    test::addTrip(document_, 1'700'000'000);
+    test::addTrip(document_, 1'700'010'000);
+    frame_.pages().show(kHomePage);
+    EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("homeTrips"))->accessibleName(), QStringLiteral("Trips: 2"));
+    EXPECT_TRUE(frame_.findChild<QLabel*>(QStringLiteral("homeDistance"))->text().startsWith(QLatin1String("24,000")));
+}
+
+TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
+    int timeouts = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] { ++timeouts; });
+    timer.start(10);
+    const Result<void> result = runWhilePainting([]() -> Result<void> {
+        std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        return Error{ErrorKind::DiskFull, "detail"};
+    });
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().kind, ErrorKind::DiskFull);
+    EXPECT_GT(timeouts, 3);
+}
+
+} // namespace
+} // namespace quobrix
