@@ -22,6 +22,7 @@ namespace {
 constexpr int kMargin = 24;
 constexpr int kContentWidth = 980;
 constexpr RowIndex kMostVehicles = 4;
+constexpr int kMostRecentFiles = 4; // the File menu has them all
 
 QIcon icon(const char* name) { return QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name))); }
 
@@ -197,16 +198,15 @@ void HomePage::showRecentFiles() {
         item->widget()->deleteLater(); // it may be the one whose click brought us here
         delete item;
     }
-    bool any = false;
+    int shown = 0;
     for (QAction* action : actions_.recent) {
-        if (!action->isVisible())
+        if (!action->isVisible() || ++shown > kMostRecentFiles)
             continue;
-        any = true;
         const std::filesystem::path path = toPath(action->toolTip());
         recentList_->addWidget(
             button(action, toQtPath(path.filename()), toQtPath(path.parent_path()), icon("document")));
     }
-    recentCard_->setVisible(any);
+    recentCard_->setVisible(shown > 0);
 }
 
 } // namespace quobrix
