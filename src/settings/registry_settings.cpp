@@ -4,7 +4,8 @@
 #define NOMINMAX
 #include <windows.h>
 
-#include <optional>
+#include <algorithm>
+#include <string>
 
 namespace quobrix {
 namespace {

@@ -20,7 +20,7 @@ TEST(Messages, EveryRowIsWholeAndItsPlacesAreTexts) {
         EXPECT_EQ(spec.id, id);
         EXPECT_FALSE(spec.title.empty() || spec.text.empty()) << spec.key;
         EXPECT_TRUE(spec.stringId == 0 || stringIds.insert(spec.stringId).second) << spec.key;
-        // %s takes any argument, so that a wrong type cannot make a message fail; no text has more than six places.
+        // %s takes any argument, so that a wrong type cannot make a message fail.
         for (std::size_t at = spec.text.find('%'); at != std::string_view::npos; at = spec.text.find('%', at + 2))
             EXPECT_TRUE(spec.text.substr(at, 2) == "%s" || spec.text.substr(at, 2) == "%i") << spec.key;
     }
