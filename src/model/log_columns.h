@@ -54,6 +54,7 @@ public:
 /// one).
 class DriverColumn : public IntegerColumn {
 public:
+    ColumnKind kind() const override { return ColumnKind::Selection; }
     std::string text(RowIndex row, const TextContext& context) const override;
 };
 

@@ -29,6 +29,8 @@ TableView::TableView(const TextContext& context, Settings& settings, std::string
     setAlternatingRowColors(true);
     setShowGrid(false);
     setWordWrap(false);
+    // A figure on the right must not touch the text on the left of the next column.
+    setStyleSheet(QStringLiteral("QTableView::item { padding-left: 5px; padding-right: 5px; }"));
     setTabKeyNavigation(false); // Tab leaves the list, the arrow keys move in it
     setHorizontalScrollMode(ScrollPerPixel);
     verticalHeader()->hide();
@@ -37,6 +39,7 @@ TableView::TableView(const TextContext& context, Settings& settings, std::string
     QHeaderView& header = *horizontalHeader();
     header.setSectionsMovable(true);
     header.setHighlightSections(false);
+    header.setStretchLastSection(true);
     header.setResizeContentsPrecision(kMeasuredRows);
     header.setSortIndicatorClearable(true);
     header.setSortIndicator(-1, Qt::AscendingOrder);
@@ -115,7 +118,7 @@ void TableView::currentChanged(const QModelIndex& current, const QModelIndex& pr
 }
 
 // "Columns" holds key and width of each column from left to right; "Sort" the key of the sorted one, after a minus when
-// it is sorted downward.
+// it is sorted downward. A width of 0 leaves it to the texts.
 void TableView::restoreLayout() {
     resizeColumnsToContents();
     QHeaderView& header = *horizontalHeader();
@@ -147,7 +150,8 @@ void TableView::rememberLayout() {
     std::string columns;
     for (int place = 0; place < header.count(); ++place) {
         const int column = header.logicalIndex(place);
-        columns += (columns.empty() ? "" : " ") + key(column) + ':' + std::to_string(columnWidth(column));
+        const int width = place + 1 < header.count() ? columnWidth(column) : 0; // the last one is stretched
+        columns += (columns.empty() ? "" : " ") + key(column) + ':' + std::to_string(width);
     }
     settings_.setText(section_, "Columns", columns);
     const int sorted = header.sortIndicatorSection();

@@ -56,14 +56,14 @@ TTripLogView::TTripLogView(const ViewContext& context)
     connect(summary_->model(), &QAbstractItemModel::layoutChanged, this, &TTripLogView::currentTripChanged);
     connect(tabs_, &QTabWidget::currentChanged, this, [this] {
         showCurrentTrip();
+        setFocusProxy(tabs_->currentWidget());
         focusView();
         emit titleChanged();
     });
     auto* back = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     back->setContext(Qt::WidgetWithChildrenShortcut);
     connect(back, &QShortcut::activated, this, [this] { showView(View::Summary); });
-    setFocusProxy(tabs_);
-    setFocusPolicy(Qt::StrongFocus);
+    setFocusProxy(summary_);
 }
 
 QWidget* TTripLogView::makeNavigator() {
