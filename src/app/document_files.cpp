@@ -67,12 +67,18 @@ bool DocumentFiles::replaceBy(const fs::path& path) {
     fs::current_path(path.parent_path(), ignored);
     hooks_.replaced();
 
+    toldLogs_.clear();
+    tellDamage();
+    return true;
+}
+
+void DocumentFiles::tellDamage() {
     std::string affected;
     for (const std::string& log : document_.affectedLogs())
-        affected += (affected.empty() ? "" : "\n") + log;
+        if (toldLogs_.insert(log).second)
+            affected += (affected.empty() ? "" : "\n") + log;
     if (!affected.empty())
         prompter_.tell(makeMessage(MessageId::DamagedDocument, document_.title(), affected));
-    return true;
 }
 
 bool DocumentFiles::chooseAndOpen() {

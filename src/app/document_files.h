@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
+#include <string>
 
 namespace quobrix {
 
@@ -46,6 +48,10 @@ public:
     /// Makes sure that nothing is lost when the document goes away, and remembers it as the last file.
     bool close();
 
+    /// Tells, once for each, which logs parts that cannot be read belong to. Objects are loaded when they are first
+    /// shown, so this is asked after every page.
+    void tellDamage();
+
     /// Opens the example delivered as PATH without adding it to what is reopened at the next start.
     bool openExample(const std::filesystem::path& path);
     /// The document was begun as a new one; only opening a file ends that.
@@ -65,6 +71,7 @@ private:
     FileChooser& chooser_;
     DiskRunner runDisk_;
     Hooks hooks_;
+    std::set<std::string> toldLogs_;
     bool untitled_ = true;
 };
 

@@ -5,6 +5,8 @@
 
 #include <QStatusBar>
 
+#include <fmt/printf.h>
+
 namespace quobrix {
 namespace {
 
@@ -29,7 +31,21 @@ LoggerCommands::LoggerCommands(TQuobrixFrame& frame, Result<LoggerLibrary> libra
     frame_.commands().handle(CommandId::Download, [this] { download(); });
     frame_.commands().handle(CommandId::CommunicationsPort, [this] { session_.choosePort(); });
     QObject::connect(&session_, &LoggerSession::statusChanged, &session_, [this] { showStatus(); });
+    frame_.setAboutLines([this] { return identityLines(); });
     showStatus();
+}
+
+std::vector<std::pair<std::string, std::string>> LoggerCommands::identityLines() const {
+    const LoggerStatus& status = session_.status();
+    if (!status.loggerPresent())
+        return {};
+    const LoggerIdentity& identity = status.identity;
+    const auto version = [](const Version& v) { return fmt::sprintf("%d.%02d.%d", v.major, v.minor, v.build); };
+    return {{"Firmware Version", version(identity.firmware)},
+            {"Bootware Version", version(identity.boot)},
+            {"Hardware Version", std::to_string(identity.hardwareVersion)},
+            {"Product Number", identity.productNumber},
+            {"Serial Number", identity.serialNumber}};
 }
 
 void LoggerCommands::start() {

@@ -20,6 +20,8 @@ public:
 private:
     void download();
     void showStatus();
+    /// What the logger on the port says of itself, for the About box; nothing while there is none.
+    std::vector<std::pair<std::string, std::string>> identityLines() const;
 
     TQuobrixFrame& frame_;
     LoggerLink link_;

@@ -94,7 +94,10 @@ void TQuobrixFrame::addPage(int pageId, PageArea::Create create) {
     pages_->add(pageId, std::move(create));
     for (const MenuRow& row : menuRows())
         if (!row.name.empty() && static_cast<int>(row.id) == pageId)
-            commands_->handle(row.id, [this, pageId] { pages_->show(pageId); });
+            commands_->handle(row.id, [this, pageId] {
+                pages_->show(pageId);
+                files_.tellDamage();
+            });
 }
 
 void TQuobrixFrame::addRecentFileActions() {
