@@ -1,0 +1,114 @@
+/// Downloads under circumstances that forbid them: one clear line, and nothing has changed.
+#include "support/document_streams.h"
+#include "system/programs.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include <unistd.h>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+namespace fs = std::filesystem;
+
+class Failures : public Programs {
+protected:
+    void SetUp() override {
+        attachHistory("COM3", "K-0042-B", 60);
+        attachHistory("COM4", "K-0043-B", 300);
+        ASSERT_EQ(download("Doc.car").exitCode, 0);
+    }
+
+    static void expectOneLine(const Outcome& outcome, const std::string& words) {
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_TRUE(outcome.error.starts_with("quobrix-cli: ")) << outcome.error;
+        EXPECT_EQ(std::ranges::count(outcome.error, '\n'), 1) << outcome.error;
+        EXPECT_NE(outcome.error.find(words), std::string::npos) << outcome.error;
+    }
+
+    static Arguments into(const std::string& file) { return {"download", "--port", "COM4", "--into", file}; }
+};
+
+TEST_F(Failures, AFullDisk) {
+    const std::string before = contentOf(folder_ / "Doc.car");
+    const Streams streams = streamsOf(folder_ / "Doc.car");
+    // The largest file that the system allows, in blocks of 512 bytes, stands for the space on the disk. The logger's
+    // memory must fit.
+    const std::uintmax_t smallest =
+        std::max(fs::file_size(folder_ / "Doc.car"), fs::file_size(folder_ / "ports" / "COM4.logger"));
+    for (const std::uintmax_t more : {16u, 200u, 700u}) {
+        const std::string limit = std::to_string((smallest / 1024 + more) * 2);
+        const auto onFullDisk = [&](const std::string& file) {
+            return cliUnder("/bin/sh", {"-c", "trap '' XFSZ; ulimit -f \"$0\"; exec \"$@\"", limit}, into(file));
+        };
+        expectOneLine(onFullDisk("Doc.car"), "Doc.car cannot be saved because the disk is full");
+        // What was written behind the old content belongs to nothing, and is where the next save begins.
+        EXPECT_TRUE(contentOf(folder_ / "Doc.car").starts_with(before));
+        EXPECT_TRUE(streamsOf(folder_ / "Doc.car") == streams);
+        EXPECT_EQ(cli({"check", "Doc.car"}).exitCode, 0);
+
+        expectOneLine(onFullDisk("New.car"), "New.car cannot be saved because the disk is full");
+        EXPECT_EQ(files(), std::vector<std::string>{"Doc.car"});
+    }
+    ASSERT_EQ(download("Doc.car", "COM4").exitCode, 0);
+    EXPECT_EQ(cli({"check", "Doc.car"}).exitCode, 0);
+}
+
+TEST_F(Failures, NoPermission) {
+    for (const char* const name : {"ports", "home"})
+        fs::permissions(folder_ / name, fs::perms::all);
+    for (const auto& entry : fs::directory_iterator(folder_ / "ports"))
+        fs::permissions(entry.path(), fs::perms::all);
+    fs::create_directory(folder_ / "Locked");
+    fs::rename(folder_ / "Doc.car", folder_ / "Locked" / "Doc.car");
+    const std::string before = contentOf(folder_ / "Locked" / "Doc.car");
+    fs::permissions(folder_ / "Locked" / "Doc.car", fs::perms(0444));
+    fs::permissions(folder_ / "Locked", fs::perms(0555));
+    const auto denied = [&](const Arguments& arguments) {
+        if (::geteuid() != 0)
+            return cli(arguments);
+        return cliUnder("/usr/bin/setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups"}, arguments);
+    };
+    if (denied({"--version"}).exitCode == 0) {
+        expectOneLine(denied(into("Locked/Doc.car")),
+                      "Locked/Doc.car cannot be saved because you do not have permission");
+        expectOneLine(denied(into("Locked/New.car")),
+                      "Locked/New.car cannot be saved because you do not have permission");
+        EXPECT_EQ(contentOf(folder_ / "Locked" / "Doc.car"), before);
+        EXPECT_FALSE(fs::exists(folder_ / "Locked" / "New.car"));
+    }
+    fs::permissions(folder_ / "Locked", fs::perms::all);
+    if (denied({"--version"}).exitCode != 0)
+        GTEST_SKIP() << "nothing can be denied to this user";
+}
+
+TEST_F(Failures, ATruncatedDocument) {
+    const std::string whole = contentOf(folder_ / "Doc.car");
+    for (const std::size_t size : {whole.size() / 100, whole.size() / 2, whole.size() - 512}) {
+        std::ofstream(folder_ / "Short.car", std::ios::binary) << whole.substr(0, size);
+        expectOneLine(cli(into("Short.car")), "because it is damaged");
+        EXPECT_TRUE(contentOf(folder_ / "Short.car") == whole.substr(0, size));
+    }
+}
+
+TEST_F(Failures, NoLibrary) {
+    const std::string before = contentOf(folder_ / "Doc.car");
+    std::ofstream(folder_ / "text.so") << "no library";
+    for (const std::string library : {"nowhere/libQuobrix.so", "text.so"}) {
+        const std::string path = (folder_ / library).string();
+        const auto withIt = [&](const Arguments& arguments) {
+            return cliUnder("/usr/bin/env", {"QUOBRIX_LIBRARY=" + path}, arguments);
+        };
+        expectOneLine(withIt(into("Doc.car")), "The logger library " + path);
+        expectOneLine(withIt(into("New.car")), "The logger library " + path);
+        EXPECT_EQ(withIt({"list", "trips", "Doc.car"}).exitCode, 0);
+    }
+    EXPECT_TRUE(contentOf(folder_ / "Doc.car") == before);
+    EXPECT_FALSE(fs::exists(folder_ / "New.car"));
+}
+
+} // namespace
+} // namespace quobrix
