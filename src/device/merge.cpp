@@ -15,10 +15,15 @@ std::string identityKey(std::string_view serialNumber, RecordIdentity identity, 
 }
 
 /// A logger time with a shift, within what a time can hold.
-std::int32_t shifted(std::int32_t time, std::int32_t shift) {
+std::int32_t shifted(std::int32_t time, std::int64_t shift) {
     constexpr std::int64_t kFirst = std::numeric_limits<std::int32_t>::min() + 1; // the smallest means "no time"
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(std::int64_t{time} + shift, kFirst, std::numeric_limits<std::int32_t>::max()));
+}
+
+/// From one time to the other; 0 when the second is missing or before the first.
+std::uint64_t elapsed(std::int32_t from, std::int32_t to) {
+    return static_cast<std::uint64_t>(std::max<std::int64_t>(std::int64_t{to} - from, 0));
 }
 
 double kph(double value) { return toBaseFrom(UnitId::KilometrePerHour, value); }
@@ -31,11 +36,17 @@ std::int32_t code(std::int32_t value) { return value == QUOBRIX_NO_CODE ? Elemen
 
 std::vector<std::int32_t> toSigned(const std::vector<std::uint32_t>& values) { return {values.begin(), values.end()}; }
 
+void resize(Table& table, RowIndex rows) {
+    if (rows > table.rowCount())
+        table.insertRows(table.rowCount(), rows - table.rowCount());
+    else
+        table.removeRows(rows, table.rowCount() - rows);
+}
+
 /// The bands in force, from standstill upward: 0 to 0, then between the limits, the last one open.
 template <class From, class To>
 void fillBands(Table& table, const std::array<double, QUOBRIX_BAND_COUNT - 1>& limits) {
-    if (table.rowCount() == 0)
-        table.insertRows(0, QUOBRIX_BAND_COUNT + 1);
+    resize(table, QUOBRIX_BAND_COUNT + 1);
     std::vector<double> from{0.0, 0.0}, to{0.0};
     for (const double limit : limits) {
         from.push_back(kph(limit));
@@ -46,14 +57,7 @@ void fillBands(Table& table, const std::array<double, QUOBRIX_BAND_COUNT - 1>& l
     table.column<To>().setAll(std::move(to));
 }
 
-void resize(Table& table, RowIndex rows) {
-    if (rows > table.rowCount())
-        table.insertRows(table.rowCount(), rows - table.rowCount());
-    else
-        table.removeRows(rows, table.rowCount() - rows);
-}
-
-// One log each: what its records are called by (key columns), when they happened, how much they hold, and how they
+// One log each: what its records are known again by (key columns), when they happened, how much they hold, and how they
 // become a row. mergeLog() below is the same for all four.
 
 struct TripLog {
@@ -62,22 +66,23 @@ struct TripLog {
     using RecordNumber = TTripLogRecordColumn;
     using Serial = TTripLogQuobrixSerialNumberColumn;
     using Time = TTripLogStartTimeColumn;
+    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time>;
 
     static std::int32_t time(const Record& record) { return record.startTime; }
     static std::string code(const Record&) { return {}; }
     static std::string codeAt(const TableType&, RowIndex) { return {}; }
 
     static std::uint64_t content(const Record& record) {
-        std::uint64_t size = static_cast<std::uint32_t>(record.endTime - record.startTime) +
-                             record.speedSamples.size() + record.hardBrakes.size() + record.extremeBrakes.size() +
-                             record.hardAccelerations.size() + record.extremeAccelerations.size();
+        std::uint64_t size = elapsed(record.startTime, record.endTime) + record.speedSamples.size() +
+                             record.hardBrakes.size() + record.extremeBrakes.size() + record.hardAccelerations.size() +
+                             record.extremeAccelerations.size();
         for (const ParameterSeries& series : record.series)
             size += series.samples.size();
         return size;
     }
     static std::uint64_t contentAt(const TableType& table, RowIndex row) {
-        std::uint64_t size = static_cast<std::uint32_t>(table.column<TTripLogEndTimeColumn>().at(row) -
-                                                        table.column<TTripLogStartTimeColumn>().at(row));
+        std::uint64_t size =
+            elapsed(table.column<TTripLogStartTimeColumn>().at(row), table.column<TTripLogEndTimeColumn>().at(row));
         for (const IntegerColumn* events : std::initializer_list<const IntegerColumn*>{
                  &table.column<TTripLogHardBrakesColumn>(), &table.column<TTripLogPanicBrakesColumn>(),
                  &table.column<TTripLogHardAccelerationsColumn>(), &table.column<TTripLogPanicAccelerationsColumn>()})
@@ -90,7 +95,7 @@ struct TripLog {
         return size;
     }
 
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int32_t shift) {
+    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
         t.column<TTripLogVinColumn>().set(row, r.origin.vin);
         t.column<TTripLogDriverIDColumn>().set(row, r.driverId == 0 ? Element<std::int32_t>::kNone : r.driverId);
         t.column<TTripLogStartTimeColumn>().set(row, shifted(r.startTime, shift));
@@ -146,6 +151,7 @@ struct TroubleLog {
     using RecordNumber = TTroubleLogRecordColumn;
     using Serial = TTroubleLogQuobrixSerialNumberColumn;
     using Time = TTroubleLogTimeRecordedColumn;
+    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time, TTroubleLogTroubleCodeColumn>;
 
     static std::int32_t time(const Record& record) { return record.time; }
     static std::string code(const Record& record) { return record.code; }
@@ -196,7 +202,7 @@ struct TroubleLog {
         return size;
     }
 
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int32_t shift) {
+    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
         t.column<TTroubleLogTimeRecordedColumn>().set(row, shifted(r.time, shift));
         t.column<TTroubleLogVinColumn>().set(row, r.origin.vin);
         t.column<TTroubleLogTroubleCodeColumn>().set(row, r.code);
@@ -215,6 +221,7 @@ struct ActivityLog {
     using RecordNumber = TSecurityLogRecordColumn;
     using Serial = TSecurityLogQuobrixSerialNumberColumn;
     using Time = TSecurityLogTimeRecordedColumn;
+    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time, TSecurityLogEventTypeColumn>;
 
     static std::int32_t time(const Record& record) { return record.time; }
     static std::string code(const Record& record) { return std::to_string(quobrix::code(record.eventType)); }
@@ -226,7 +233,7 @@ struct ActivityLog {
         return table.column<TSecurityLogVinColumn>().has(row);
     }
 
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int32_t shift) {
+    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
         t.column<TSecurityLogTimeRecordedColumn>().set(row, shifted(r.time, shift));
         t.column<TSecurityLogVinColumn>().set(row, r.origin.vin);
         t.column<TSecurityLogEventTypeColumn>().set(row, quobrix::code(r.eventType));
@@ -239,6 +246,7 @@ struct AccidentLog {
     using RecordNumber = TAccidentLogTableRecordColumn;
     using Serial = TAccidentLogTableQuobrixSerialNumberColumn;
     using Time = TAccidentLogTableStartTimeColumn;
+    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time>;
 
     static std::int32_t time(const Record& record) { return record.startTime; }
     static std::string code(const Record&) { return {}; }
@@ -249,7 +257,7 @@ struct AccidentLog {
         return samples ? samples->storedRows() : 0;
     }
 
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int32_t shift) {
+    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
         t.column<TAccidentLogTableStartTimeColumn>().set(row, shifted(r.startTime, shift));
         t.column<TAccidentLogTableTimestampColumn>().set(row, shifted(r.timestamp, shift));
         t.column<TAccidentLogTableMaximumSpeedColumn>().set(row, kph(r.maximumSpeed));
@@ -293,7 +301,8 @@ void mergeLog(const std::vector<typename Log::Record>& records, typename Log::Ta
         if (Log::content(record) > Log::contentAt(table, found->second)) {
             // The shift that the old record got stays: its place among the others depends on it.
             const RowIndex row = found->second;
-            Log::fill(table, row, record, times.at(row) - Log::time(record));
+            table.makeWritable();
+            Log::fill(table, row, record, std::int64_t{times.at(row)} - Log::time(record));
             ++result.replaced;
         }
     }
@@ -351,11 +360,9 @@ private:
 
 template <class Log>
 Result<void> checkKeys(const typename Log::TableType& table) {
-    for (const std::size_t index : table.unreadableColumns()) {
-        const std::uint32_t type = table.spec().column(index).id();
-        if (type == Log::RecordNumber::kType.id() || type == Log::Serial::kType.id() || type == Log::Time::kType.id())
-            return Error{ErrorKind::Corrupt, std::string(table.spec().column(index).name)};
-    }
+    for (const PersistentType* type : Log::kKeys)
+        if (!table.columnOf(*type).store()) // one that stands in for what the file lacks or that cannot be read
+            return Error{ErrorKind::Corrupt, std::string(type->name)};
     return {};
 }
 
@@ -388,8 +395,10 @@ Result<void> canMerge(TQuobrixDocument& document) {
     QUOBRIX_TRY(checkKeys<TripLog>(document.trips()));
     QUOBRIX_TRY(checkKeys<TroubleLog>(document.troubles()));
     QUOBRIX_TRY(checkKeys<ActivityLog>(document.activity()));
-    if (const TAccidentLogTable* accidents = document.accidents())
+    if (TAccidentLogTable* accidents = document.accidents()) // its row count may turn out to be damaged
         QUOBRIX_TRY(checkKeys<AccidentLog>(*accidents));
+    if (document.store().singletonIds().contains(TAccidentLogTable::kType.id()) && !document.accidents())
+        return Error{ErrorKind::Corrupt, std::string(TAccidentLogTable::kType.name)};
     return {};
 }
 

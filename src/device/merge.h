@@ -23,8 +23,8 @@ struct MergeResult {
     std::vector<std::string> refusedLines() const;
 };
 
-/// Whether records can be merged into DOCUMENT: its root tables and the columns by which a record is known again must
-/// be readable. Corrupt names the log that is not.
+/// Whether records can be merged into DOCUMENT: its logs and the columns by which a record is known again must be
+/// readable. Corrupt names what is not.
 Result<void> canMerge(TQuobrixDocument& document);
 
 /// Adds RECORDS to DOCUMENT, which must pass canMerge(), as rows in order of time, with the vehicles, loggers and

@@ -59,7 +59,7 @@ Result<void> TDocument::open(const std::filesystem::path& path, Access access) {
     path_ = path;
     identity_ = *identity;
     readOnlyReason_ = std::move(readOnly);
-    if (store_->indexDamaged() && !readOnlyReason_)
+    if (store_->indexDamaged()) // the reason that a copy does not end
         readOnlyReason_ = Error{ErrorKind::Corrupt, store_->damage().front().what};
     bind();
     return {};
@@ -88,7 +88,7 @@ Result<void> TDocument::save(const DiskRunner& runDisk) {
 }
 
 Result<void> TDocument::saveAs(const std::filesystem::path& path, const DiskRunner& runDisk) {
-    if (file_ && !readOnlyReason_) {
+    if (file_) {
         const Result<FileIdentity> target = fileIdentity(path);
         if (target && *target == identity_)
             return save(runDisk);

@@ -36,7 +36,8 @@ public:
     /// if the path no longer leads to that file.
     Result<void> save(const DiskRunner& runDisk = runDirectly);
     /// Writes everything to PATH, replacing what is there, and goes on there: the new file is built beside PATH and
-    /// renamed over it. To the document's own file (whatever the path's spelling) it is save().
+    /// renamed over it. To the document's own file (whatever the path's spelling) it is save(),
+    /// so that a read-only document needs another path.
     Result<void> saveAs(const std::filesystem::path& path, const DiskRunner& runDisk = runDirectly);
 
     ObjectStore& store() { return *store_; }

@@ -117,6 +117,7 @@ void Table::makeWritable() {
             entry.id = fresh.id();
             entry.column = &fresh;
             entry.standIn.reset();
+            setModified();
         }
         if (entry.column->stored() && entry.column->storedRows() < rows)
             entry.column->insertRows(0, rows - entry.column->storedRows());

@@ -52,6 +52,10 @@ public:
     void insertRows(RowIndex at, std::size_t count);
     /// Removes rows, with the objects that their cells own.
     void removeRows(RowIndex at, std::size_t count);
+    /// Gives every stored column as many rows as the table has, so that all cells can be set. insertRows() and
+    /// removeRows() do this first; who sets cells of rows that are there already calls it. References to columns that
+    /// stood in end.
+    void makeWritable();
 
     void write(ByteWriter& out) const override;
     bool read(ByteReader& in, std::uint8_t schema) override;
@@ -77,7 +81,6 @@ private:
     Column& load(std::size_t index) const;
     void standIn(std::size_t index) const;
     void verifyRows() const;
-    void makeWritable();
 
     mutable std::vector<Entry> entries_;
     std::vector<Foreign> foreign_;
