@@ -1,5 +1,8 @@
 #include "device/merge.h"
 
+#include "support/document_streams.h"
+#include "support/temporary_folder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -165,4 +168,47 @@ TEST(Merge, RowsStandInOrderOfTimeHoweverTheyArrive) {
     EXPECT_TRUE(std::is_sorted(shown.begin(), shown.end()));
     for (RowIndex row = 0; row < document.trips().rowCount(); ++row) // and each kept what it owns
         ASSERT_EQ(document.trips().column<TTripLogSampleTableColumn>().object(row)->rowCount(), row + 2);
+}
+
+TEST(Merge, OfADamagedDocumentIsDoneWholeOrRefused) {
+    const struct {
+        const char* what;
+        ObjectId (*id)(TQuobrixDocument&);
+        bool fits;
+    } damages[] = {
+        {"VIN", [](TQuobrixDocument& d) { return d.trips().column<TTripLogVinColumn>().id(); }, true},
+        {"time of download",
+         [](TQuobrixDocument& d) {
+             return d.store().singleton<TDownloadTable>().column<TDownloadTableMostRecentDownloadColumn>().id();
+         },
+         true},
+        {"record number", [](TQuobrixDocument& d) { return d.trips().column<TTripLogRecordColumn>().id(); }, false},
+        {"event", [](TQuobrixDocument& d) { return d.activity().column<TSecurityLogEventTypeColumn>().id(); }, false},
+        {"accident log", [](TQuobrixDocument& d) { return d.accidents()->id(); }, false},
+    };
+    for (const auto& damage : damages) {
+        SCOPED_TRACE(damage.what);
+        const test::TemporaryFolder folder;
+        const std::filesystem::path path = folder / "Test.car";
+        std::string stream;
+        {
+            TQuobrixDocument made;
+            mergeRecords(oneOfEach(), made);
+            made.store().singleton<TDownloadTable>().record("K-0042-B", kNoon);
+            stream = std::to_string(damage.id(made));
+            ASSERT_TRUE(made.saveAs(path));
+        }
+        test::tamper(path, [&](CompoundFile& file) { file.write(stream, {1, 2, 3}); });
+        TQuobrixDocument document;
+        ASSERT_TRUE(document.open(path, TDocument::Access::Edit));
+        ASSERT_EQ(bool(canMerge(document)), damage.fits);
+        if (!damage.fits)
+            continue;
+        LogRecords longer = oneOfEach();
+        longer.trips = {trip(kNoon, 90)};
+        EXPECT_EQ(mergeRecords(longer, document).replaced, 1u);
+        document.store().singleton<TDownloadTable>().record("K-0042-B", kNoon + 60);
+        EXPECT_EQ(document.trips().column<TTripLogVinColumn>().at(0), longer.trips[0].origin.vin);
+        EXPECT_EQ(document.store().singleton<TDownloadTable>().rowCount(), 1u);
+    }
 }
