@@ -115,7 +115,8 @@ bool DocumentFiles::saveTo(const fs::path& path) {
 bool DocumentFiles::close() {
     if (!mayGo())
         return false;
-    settings_.setText(kProgramConfig, kLastFileOpened, utf8(document_.path()));
+    // The example opens by itself once only.
+    settings_.setText(kProgramConfig, kLastFileOpened, document_.isExample() ? "" : utf8(document_.path()));
     return true;
 }
 
@@ -124,7 +125,7 @@ bool DocumentFiles::mayGo() {
         return true;
     if (!untitled_) {
         if (document_.readOnly())
-            return !document_.dataChanged() || offerSaveAs();
+            return !document_.dataChanged() || !document_.modified() || offerSaveAs();
         // A file that cannot be written now must not hold the user captive.
         return !document_.modified() || saveTo(document_.path()) || offerSaveAs();
     }

@@ -115,10 +115,13 @@ void TQuobrixApp::openStartFile() {
 void TQuobrixApp::firstRun() {
     const fs::path example = dataFolder_ / "Example.car";
     std::error_code ignored;
-    if (fs::exists(example, ignored) && frame_->files().openExample(example)) {
-        frame_->prompter().tell(makeMessage(MessageId::ExampleFile));
-        frame_->commands().trigger(CommandId::TripLog);
-    }
+    if (fs::exists(example, ignored))
+        frame_->commands().guard(*frame_->commands().action(CommandId::Open), [&] {
+            if (!frame_->files().openExample(example))
+                return;
+            frame_->prompter().tell(makeMessage(MessageId::ExampleFile));
+            frame_->pages().show(kTripLogPage);
+        });
     settings_.setInteger("Example File", "Opened", 1);
 }
 

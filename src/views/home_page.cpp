@@ -60,7 +60,8 @@ QCommandLinkButton* button(QAction* action, const QString& text, const QString& 
     };
     follow();
     QObject::connect(action, &QAction::changed, result, follow);
-    QObject::connect(result, &QCommandLinkButton::clicked, action, &QAction::trigger);
+    // Queued: the command may replace the document, and this page and button with it.
+    QObject::connect(result, &QCommandLinkButton::clicked, action, &QAction::trigger, Qt::QueuedConnection);
     return result;
 }
 
