@@ -127,12 +127,13 @@ public:
             if (!size)
                 return size.error();
             if (offset >= *size)
-                return {};
+                break;
             const auto part =
                 std::span(block).first(static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), *size - offset)));
             QUOBRIX_TRY(file_->readAt(offset, part));
             QUOBRIX_TRY(target.writeAt(offset, part));
         }
+        return target.flush(); // a later commit flushes only what it changes
     }
 
     Result<void> commit() override {

@@ -45,8 +45,8 @@ public:
     /// that the format forbids (until it is removed).
     virtual Result<void> commit() = 0;
 
-    /// Writes the file as it was last committed to TARGET, an empty file. It is read through the handle that has been
-    /// open all the time, so it works even when the path has come to lead elsewhere.
+    /// Writes the file as it was last committed to TARGET, an empty file, durably. It is read through the handle that
+    /// has been open all the time, so it works even when the path has come to lead elsewhere.
     virtual Result<void> copyTo(File& target) const = 0;
 
     struct Space {

@@ -126,6 +126,36 @@ TEST_P(DocumentCrash, APowerCutAfterAnyWriteLeavesOldOrNew) {
 
 INSTANTIATE_TEST_SUITE_P(Trips, DocumentCrash, testing::Values(6, 200));
 
+/// Save As copies the file, changed or not, and renames the copy once it is said to be durable.
+TEST(DocumentCopy, IsDurableOnceItIsCommitted) {
+    for (const bool changed : {false, true}) {
+        const auto original = std::make_shared<Bytes>();
+        TQuobrixDocument document;
+        addTrip(document, kStart);
+        auto file = CompoundFile::create(std::make_unique<MemoryFile>(original));
+        ASSERT_TRUE(document.store().save(**file) && (*file)->commit());
+        document.store().attach(**file);
+        document.store().saved();
+        if (changed)
+            addTrip(document, kStart + 3600);
+        const Bytes before = *original;
+
+        FaultDisk disk(changed);
+        ASSERT_TRUE((*file)->copyTo(*disk.file()));
+        auto copy = CompoundFile::open(disk.file());
+        ASSERT_TRUE(copy);
+        ASSERT_TRUE(document.store().save(**copy) && (*copy)->commit());
+        for (int cut = 0; cut < 64; ++cut) {
+            const auto image = CompoundFile::open(std::make_unique<MemoryFile>(disk.powerCut()));
+            ASSERT_TRUE(image);
+            ObjectStore store(modelTypes());
+            store.load(**image);
+            ASSERT_EQ(contentOf(store), contentOf(document.store()));
+        }
+        EXPECT_EQ(*original, before);
+    }
+}
+
 TEST(DocumentFailure, OfAnyOperationIsMadeGoodByTheNextSave) {
     for (std::size_t failAt = 1;; ++failAt) {
         FaultDisk disk(static_cast<unsigned>(failAt));
