@@ -2,10 +2,12 @@
 
 #include "views/qt_text.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
@@ -16,8 +18,19 @@ namespace {
 
 constexpr const char* kFilter = "Quobrix Data Files (*.car);;All Files (*)";
 
-/// The box for MESSAGE; the button that was pressed.
-QMessageBox::StandardButton show(QWidget& window, const Message& message) {
+/// The choices of how often a reminder is shown, with CHOICE marked.
+QComboBox* reminderChoices(ReminderChoice choice) {
+    auto* choices = new QComboBox;
+    choices->setObjectName(QStringLiteral("ReminderChoice"));
+    choices->setAccessibleName(QStringLiteral("How often to remind"));
+    for (const std::string_view text : kReminderChoiceTexts)
+        choices->addItem(toQt(text));
+    choices->setCurrentIndex(static_cast<int>(choice));
+    return choices;
+}
+
+/// Shows the box for MESSAGE, with BELOW (if given) under its text; the button that was pressed.
+QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidget* below = nullptr) {
     const MessageSpec& spec = messageSpec(message.id);
     QMessageBox box(&window);
     box.setObjectName(toQt(spec.key));
@@ -45,6 +58,10 @@ QMessageBox::StandardButton show(QWidget& window, const Message& message) {
         box.setEscapeButton(QMessageBox::Cancel);
         break;
     }
+    // A message box lays icon, text and buttons out in a grid, and leaves the row below the text to further
+    // information.
+    if (auto* grid = qobject_cast<QGridLayout*>(box.layout()); grid && below)
+        grid->addWidget(below, 1, grid->columnCount() - 1, Qt::AlignLeft);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
@@ -58,21 +75,41 @@ QString capitalized(std::string_view text) {
 } // namespace
 
 Answer DialogPrompter::ask(const Message& question) {
-    return show(window_, question) == QMessageBox::Yes ? Answer::Yes : Answer::No;
+    return show(parent(), question) == QMessageBox::Yes ? Answer::Yes : Answer::No;
 }
 
 std::optional<Answer> DialogPrompter::askOrCancel(const Message& question) {
-    const auto button = show(window_, question);
+    const auto button = show(parent(), question);
     if (button == QMessageBox::Cancel)
         return std::nullopt;
     return button == QMessageBox::Yes ? Answer::Yes : Answer::No;
 }
 
-void DialogPrompter::tell(const Message& statement) { show(window_, statement); }
+void DialogPrompter::tell(const Message& statement) {
+    const std::optional<std::string_view> key = reminderKey(statement.id);
+    if (!key) {
+        show(parent(), statement);
+    } else if (reminders_.shouldRemind(*key)) {
+        QComboBox* choices = reminderChoices(reminders_.choice(*key));
+        QObject::connect(choices, &QComboBox::currentIndexChanged,
+                         [&](int choice) { reminders_.setChoice(*key, static_cast<ReminderChoice>(choice)); });
+        show(parent(), statement, choices);
+        reminders_.reminded(*key);
+    } else {
+        quietly_(toQt(statement.text).simplified());
+    }
+}
+
+QWidget& DialogPrompter::parent() const {
+    QWidget* active = QApplication::activeModalWidget();
+    if (!active)
+        active = QApplication::activeWindow();
+    return active ? *active : window_;
+}
 
 std::optional<std::size_t> DialogPrompter::choose(std::string_view what, const std::vector<std::string>& choices,
                                                   std::size_t preset) {
-    QDialog dialog(&window_);
+    QDialog dialog(&parent());
     dialog.setObjectName(QStringLiteral("ChooseDialog"));
     dialog.setWindowTitle(QStringLiteral("Select ") + toQt(what));
 

@@ -2,15 +2,24 @@
 
 #include "app/document_files.h"
 #include "messages/prompter.h"
+#include "messages/reminders.h"
 
+#include <functional>
+
+class QString;
 class QWidget;
 
 namespace quobrix {
 
-/// Questions and statements as message boxes over WINDOW. Each box has the message's key as object name.
+/// Questions and statements as message boxes over the program's active window, or WINDOW if there is none. Each box has
+/// the message's key as object name. A reminder's box offers how often it is to be shown; one that is not to be shown
+/// is told QUIETLY, so that nobody wonders why nothing happens.
 class DialogPrompter final : public Prompter {
 public:
-    explicit DialogPrompter(QWidget& window) : window_(window) {}
+    using Quietly = std::function<void(const QString& text)>;
+
+    DialogPrompter(QWidget& window, Reminders& reminders, Quietly quietly)
+        : window_(window), reminders_(reminders), quietly_(std::move(quietly)) {}
 
     Answer ask(const Message& question) override;
     std::optional<Answer> askOrCancel(const Message& question) override;
@@ -19,7 +28,11 @@ public:
                                       std::size_t preset) override;
 
 private:
+    QWidget& parent() const;
+
     QWidget& window_;
+    Reminders& reminders_;
+    Quietly quietly_;
 };
 
 /// Files chosen in the file dialog, over WINDOW.

@@ -4,6 +4,7 @@
 #include "app/disk_work.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "units/time_zone.h"
 #include "views/home_page.h"
 #include "views/log_pages.h"
 #include "views/qt_text.h"
@@ -24,6 +25,7 @@ namespace quobrix {
 namespace {
 
 constexpr std::string_view kWindowSection = "Main Frame";
+constexpr int kQuietlyShown = 15'000; // ms
 
 /// The one file of a drag that can be opened; empty otherwise.
 QString draggedFile(const QMimeData& data) {
@@ -34,7 +36,9 @@ QString draggedFile(const QMimeData& data) {
 } // namespace
 
 TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
-    : context_(context), prompter_(*this), chooser_(*this), recent_(context.settings),
+    : context_(context), reminders_(context.settings, currentTime),
+      prompter_(*this, reminders_, [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
+      chooser_(*this), recent_(context.settings),
       files_(context.document, context.settings, recent_, prompter_, chooser_,
              [this](const std::function<Result<void>()>& work) { return runDisk(work); },
              {.replacing = [this] { pages_->discard(); },

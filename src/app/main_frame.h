@@ -58,6 +58,7 @@ private:
     void rememberWindow();
 
     ViewContext context_;
+    Reminders reminders_;
     DialogPrompter prompter_;
     DialogFileChooser chooser_;
     RecentFiles recent_;

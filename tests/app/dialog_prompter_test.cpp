@@ -1,0 +1,68 @@
+#include "app/dialog_prompter.h"
+
+#include "settings/settings.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QTimer>
+#include <QWidget>
+
+#include <gtest/gtest.h>
+
+namespace quobrix {
+namespace {
+
+class DialogPrompterTest : public ::testing::Test {
+protected:
+    /// Tells MESSAGE; the box it comes up in, if any, is seen by LOOK and closed.
+    void tell(MessageId message, const std::function<void(QMessageBox&)>& look) {
+        QTimer::singleShot(0, qApp, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                look(*box);
+                box->accept();
+            }
+        });
+        prompter_.tell(makeMessage(message));
+        QApplication::processEvents();
+    }
+
+    QWidget window_;
+    QStringList quiet_;
+    Settings settings_{std::make_unique<MemorySettings>()};
+    Reminders reminders_{settings_, [] { return 1'700'000'000; }};
+    DialogPrompter prompter_{window_, reminders_, [this](const QString& text) { quiet_ << text; }};
+};
+
+TEST_F(DialogPrompterTest, AReminderOffersHowOftenAndIsToldQuietlyOnceItIsKnown) {
+    int boxes = 0;
+    const auto choose = [&](QMessageBox& box) {
+        ++boxes;
+        auto* choices = box.findChild<QComboBox*>(QStringLiteral("ReminderChoice"));
+        ASSERT_TRUE(choices);
+        EXPECT_TRUE(box.rect().contains(choices->mapTo(&box, choices->rect().bottomRight())));
+        EXPECT_EQ(choices->currentText(), QStringLiteral("Remind me every time"));
+        choices->setCurrentText(QStringLiteral("Don't remind me again"));
+    };
+    tell(MessageId::InvalidSerialNumber, choose);
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(reminders_.choice("InvalidSerialNumber"), ReminderChoice::Never);
+    EXPECT_TRUE(quiet_.isEmpty());
+    tell(MessageId::InvalidSerialNumber, choose);
+    EXPECT_EQ(boxes, 1);
+    ASSERT_EQ(quiet_.size(), 1);
+    EXPECT_TRUE(quiet_[0].startsWith(QLatin1String("Invalid serial number format."))) << quiet_[0].toStdString();
+}
+
+TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
+    int boxes = 0;
+    for (int i = 0; i < 2; ++i)
+        tell(MessageId::NewFileRequired, [&](QMessageBox& box) {
+            ++boxes;
+            EXPECT_FALSE(box.findChild<QComboBox*>());
+        });
+    EXPECT_EQ(boxes, 2);
+}
+
+} // namespace
+} // namespace quobrix
