@@ -1,6 +1,6 @@
 #include "app/about_box.h"
 
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>

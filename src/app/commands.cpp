@@ -1,6 +1,6 @@
 #include "app/commands.h"
 
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QAction>
 #include <QKeySequence>

@@ -1,6 +1,6 @@
 #include "app/dialog_prompter.h"
 
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QApplication>
 #include <QComboBox>

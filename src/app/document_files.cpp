@@ -1,9 +1,9 @@
 #include "app/document_files.h"
 
 #include "app/recent_files.h"
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
-#include "views/qt_text.h"
 
 namespace quobrix {
 namespace {

@@ -1,7 +1,7 @@
 #include "app/logger_commands.h"
 
 #include "app/main_frame.h"
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QStatusBar>
 

@@ -2,12 +2,12 @@
 
 #include "app/about_box.h"
 #include "app/disk_work.h"
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "units/time_zone.h"
 #include "views/home_page.h"
 #include "views/log_pages.h"
-#include "views/qt_text.h"
 #include "views/trip_log_view.h"
 
 #include <QAction>

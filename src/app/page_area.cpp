@@ -1,7 +1,7 @@
 #include "app/page_area.h"
 
 #include "app/command_table.h"
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QLabel>
 #include <QStackedWidget>

@@ -2,9 +2,9 @@
 
 #include "app/theme.h"
 #include "app/user_locale.h"
+#include "base/ui/qt_text.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
-#include "views/qt_text.h"
 
 #include <QIcon>
 #include <QTimer>

@@ -1,8 +1,8 @@
 #include "app/recent_files.h"
 
 #include "app/command_table.h"
+#include "base/ui/qt_text.h"
 #include "settings/settings.h"
-#include "views/qt_text.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include "app/single_instance.h"
 
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QCryptographicHash>
 #include <QDir>

@@ -1,7 +1,7 @@
 #include "app/theme.h"
 
+#include "base/ui/qt_text.h"
 #include "settings/settings.h"
-#include "views/qt_text.h"
 
 #include <QApplication>
 #include <QPalette>

@@ -1,10 +1,10 @@
 #include "views/home_page.h"
 
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
-#include "views/qt_text.h"
 
 #include <QAction>
 #include <QCommandLinkButton>

@@ -1,6 +1,6 @@
 #include "views/share_bars.h"
 
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 #include <QAccessibleWidget>
 #include <QPainter>

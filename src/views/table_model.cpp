@@ -1,6 +1,6 @@
 #include "views/table_model.h"
 
-#include "views/qt_text.h"
+#include "base/ui/qt_text.h"
 
 namespace quobrix {
 namespace {

@@ -1,7 +1,7 @@
 #include "views/table_view.h"
 
+#include "base/ui/qt_text.h"
 #include "settings/settings.h"
-#include "views/qt_text.h"
 
 #include <QHeaderView>
 #include <QKeyEvent>

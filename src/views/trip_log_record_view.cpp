@@ -1,7 +1,7 @@
 #include "views/trip_log_record_view.h"
 
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
-#include "views/qt_text.h"
 #include "views/share_bars.h"
 
 #include <QClipboard>

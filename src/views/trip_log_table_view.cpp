@@ -1,8 +1,8 @@
 #include "views/trip_log_table_view.h"
 
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "model/trip_report.h"
-#include "views/qt_text.h"
 
 namespace quobrix {
 namespace {

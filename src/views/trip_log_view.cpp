@@ -1,9 +1,9 @@
 #include "views/trip_log_view.h"
 
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "model/trip_report.h"
 #include "units/unit_system.h"
-#include "views/qt_text.h"
 #include "views/trip_log_record_view.h"
 #include "views/trip_log_summary_view.h"
 #include "views/trip_log_table_view.h"

@@ -1,11 +1,11 @@
 #include "app/document_files.h"
 
 #include "app/recent_files.h"
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "support/sample_trip.h"
 #include "support/scripted_prompter.h"
-#include "views/qt_text.h"
 
 #include <gtest/gtest.h>
 

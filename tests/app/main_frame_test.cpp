@@ -2,12 +2,12 @@
 
 #include "app/about_box.h"
 #include "app/disk_work.h"
+#include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "support/sample_trip.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
-#include "views/qt_text.h"
 
 #include <QAction>
 #include <QApplication>
