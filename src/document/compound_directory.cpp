@@ -239,6 +239,21 @@ std::vector<std::uint32_t> Directory::members() const {
     return order;
 }
 
+Result<void> Directory::onlyStreams() const {
+    for (std::uint32_t index = 1; index < count(); ++index)
+        if (type(index) == EntryType::Storage)
+            return Error{ErrorKind::Unsupported, "the file holds inner storages"};
+    for (std::uint32_t index = 1; index < count(); ++index)
+        if (type(index) != EntryType::Unused && !isMember(index))
+            return Error{ErrorKind::Corrupt, "directory entry " + std::to_string(index) + " makes no sense"};
+    return {};
+}
+
+void Directory::copyAttributes(std::uint32_t index, const Directory& from, std::uint32_t fromIndex) {
+    std::copy(from.at(fromIndex) + entry::kAttributes, from.at(fromIndex) + entry::kStart,
+              change(index) + entry::kAttributes);
+}
+
 /// Before the first change of structure: a tree of a foreign writer, or a damaged one, is built anew.
 void Directory::prepareTree() {
     if (treeChecked_)

@@ -48,6 +48,10 @@ public:
     void setContent(std::uint32_t index, std::uint32_t start, std::uint32_t size);
     /// The members of the root storage in name order.
     std::vector<std::uint32_t> members() const;
+    /// Unsupported if there are inner storages, Corrupt if entries are in use that members() does not list.
+    Result<void> onlyStreams() const;
+    /// Takes over what other programs may keep beside the content: class id, state bits and times.
+    void copyAttributes(std::uint32_t index, const Directory& from, std::uint32_t fromIndex);
 
     std::uint32_t pageCount() const { return static_cast<std::uint32_t>(bytes_.size() / kSectorSize); }
     std::vector<std::uint32_t> dirtyPages() const { return dirty_.members(); }

@@ -35,8 +35,9 @@ public:
         : file_(std::move(file)), headerOnDisk_(newHeader()), changed_(true) {}
 
     CompoundFileEngine(std::unique_ptr<File> file, Layout layout)
-        : file_(std::move(file)), fileSize_(layout.fileSize), headerOnDisk_(layout.header), headerExists_(true),
-          directory_(std::move(layout.directory)), damaged_(std::move(layout.damaged)), incomplete_(layout.incomplete),
+        : file_(std::move(file)), fileSize_(layout.fileSize), committedSize_(layout.fileSize),
+          headerOnDisk_(layout.header), headerExists_(true), directory_(std::move(layout.directory)),
+          damaged_(std::move(layout.damaged)), incomplete_(layout.incomplete),
           fatSectors_(std::move(layout.fatSectors)), difatSectors_(std::move(layout.difatSectors)),
           directoryChain_(std::move(layout.directoryChain)), miniFatChain_(std::move(layout.miniFatChain)),
           miniStreamChain_(std::move(layout.miniStreamChain)) {
@@ -119,23 +120,6 @@ public:
         return {};
     }
 
-    Result<void> copyTo(File& target) const override {
-        Bytes block(1 << 20);
-        for (std::uint64_t offset = 0;; offset += block.size()) {
-            const std::lock_guard lock(mutex_); // for a block at a time, so that readers need not wait for the copy
-            const Result<std::uint64_t> size = file_->size();
-            if (!size)
-                return size.error();
-            if (offset >= *size)
-                break;
-            const auto part =
-                std::span(block).first(static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), *size - offset)));
-            QUOBRIX_TRY(file_->readAt(offset, part));
-            QUOBRIX_TRY(target.writeAt(offset, part));
-        }
-        return target.flush(); // a later commit flushes only what it changes
-    }
-
     Result<void> commit() override {
         const std::lock_guard lock(mutex_);
         if (!changed_)
@@ -169,6 +153,60 @@ public:
         return turnHeader();
     }
 
+    Result<void> writable() const override {
+        if (incomplete_)
+            return Error{ErrorKind::Corrupt, "allocation tables or directory are damaged; the file can only be read"};
+        return {};
+    }
+
+    Result<void> copyTo(File& target) const override {
+        Snapshot source(*this);
+        Bytes block(1 << 20);
+        for (std::uint64_t offset = 0; offset < *source.size(); offset += block.size()) {
+            const auto size = std::min<std::uint64_t>(block.size(), *source.size() - offset);
+            const auto part = std::span(block).first(static_cast<std::size_t>(size));
+            QUOBRIX_TRY(source.readAt(offset, part));
+            QUOBRIX_TRY(target.writeAt(offset, part));
+        }
+        return target.flush(); // a later commit flushes only what it changes
+    }
+
+    Result<void> compactTo(File& target) const override {
+        constexpr std::size_t kSpillBytes = 4 << 20;
+        auto snapshot = std::make_unique<Snapshot>(*this);
+        auto layout = readLayout(*snapshot);
+        if (!layout)
+            return layout.error();
+        const CompoundFileEngine source(std::move(snapshot), *std::move(layout));
+        QUOBRIX_TRY(source.writable());
+        QUOBRIX_TRY(source.directory_.onlyStreams());
+        auto created = create(std::make_unique<BorrowedFile>(target));
+        if (!created)
+            return created.error();
+        auto& compact = static_cast<CompoundFileEngine&>(**created);
+        compact.directory_.copyAttributes(0, source.directory_, 0);
+        const std::vector<std::uint32_t> members = source.directory_.members();
+        std::size_t inMemory = 0;
+        for (const bool mini : {true, false})
+            for (const std::uint32_t index : members) {
+                if ((source.directory_.size(index) < kMiniCutoff) != mini)
+                    continue;
+                const std::string name = source.directory_.name(index).text();
+                auto content = source.read(name);
+                if (!content)
+                    return content.error();
+                inMemory += content->size();
+                compact.write(name, *std::move(content));
+                if (const std::uint32_t copied = compact.findStream(name); copied != kNoEntry)
+                    compact.directory_.copyAttributes(copied, source.directory_, index);
+                if (inMemory >= kSpillBytes) {
+                    QUOBRIX_TRY(compact.spill());
+                    inMemory = 0;
+                }
+            }
+        return compact.commit();
+    }
+
     Space space() const override {
         const std::lock_guard lock(mutex_);
         const std::uint64_t sectors = unitsOf(fileSize_ - std::min<std::uint64_t>(fileSize_, kSectorSize), kSectorSize);
@@ -180,6 +218,46 @@ public:
 private:
     static constexpr std::uint32_t kMostBytes = 0x7FFFFFFF; // of a stream, by version 3 of the format
     static constexpr std::uint32_t kNowhere = kFreeSector;  // the place of a page that has none yet
+
+    /// The committed state as a file of its own, whatever happens to the engine's meanwhile: while one lives, no
+    /// sector of it is used for anything else.
+    class Snapshot final : public File {
+    public:
+        explicit Snapshot(const CompoundFileEngine& engine) : engine_(engine) {
+            const std::lock_guard lock(engine_.mutex_);
+            header_ = engine_.headerOnDisk_;
+            size_ = engine_.committedSize_;
+            ++engine_.snapshots_;
+        }
+        ~Snapshot() override {
+            const std::lock_guard lock(engine_.mutex_);
+            --engine_.snapshots_;
+        }
+        Snapshot(const Snapshot&) = delete;
+        Snapshot& operator=(const Snapshot&) = delete;
+
+        Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+            if (offset > size_ || out.size() > size_ - offset)
+                return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(size_)};
+            const std::lock_guard lock(engine_.mutex_); // for each part, so that others need not wait for a whole copy
+            QUOBRIX_TRY(engine_.file_->readAt(offset, out));
+            if (offset < header_.size())
+                std::copy_n(header_.begin() + static_cast<std::ptrdiff_t>(offset),
+                            std::min<std::size_t>(out.size(), header_.size() - offset), out.begin());
+            return {};
+        }
+        Result<std::uint64_t> size() override { return size_; }
+        Result<void> writeAt(std::uint64_t, ByteView) override { return refused(); }
+        Result<void> resize(std::uint64_t) override { return refused(); }
+        Result<void> flush() override { return refused(); }
+
+    private:
+        static Error refused() { return {ErrorKind::ReadOnly, "a past state of a file"}; }
+
+        const CompoundFileEngine& engine_;
+        Sector header_{};
+        std::uint64_t size_ = 0;
+    };
 
     struct Pending {
         Bytes content;
@@ -193,8 +271,7 @@ private:
     }
 
     Result<void> mayWrite() const {
-        if (incomplete_)
-            return Error{ErrorKind::Corrupt, "allocation tables or directory are damaged; the file can only be read"};
+        QUOBRIX_TRY(writable());
         if (refused_)
             return Error{ErrorKind::Unsupported, "stream " + *refused_ + " cannot be written"};
         return {};
@@ -476,9 +553,11 @@ private:
             return done;
         }
         headerOnDisk_ = header;
+        committedSize_ = fileSize_;
         headerExists_ = true;
         ++transaction_;
-        fat_.releaseFreed();
+        if (snapshots_ == 0) // else the next commit without one does it
+            fat_.releaseFreed();
         miniFat_.releaseFreed();
         changed_ = false;
         return {};
@@ -486,7 +565,9 @@ private:
 
     mutable std::mutex mutex_;
     std::unique_ptr<File> file_;
-    std::uint64_t fileSize_ = 0; ///< bytes
+    std::uint64_t fileSize_ = 0;      ///< bytes
+    std::uint64_t committedSize_ = 0; ///< bytes; what spills have appended does not count
+    mutable std::uint32_t snapshots_ = 0;
     mutable ReadCache cache_;
 
     Sector headerOnDisk_;

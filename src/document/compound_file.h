@@ -44,10 +44,18 @@ public:
     /// allocation tables or directory are too damaged to write to; Unsupported past 2 GB, and when a name was written
     /// that the format forbids (until it is removed).
     virtual Result<void> commit() = 0;
+    /// Corrupt when every commit() would be refused because allocation tables or directory are too damaged to write
+    /// to. What is there can then be read, and copied stream by stream into another file.
+    virtual Result<void> writable() const = 0;
 
     /// Writes the file as it was last committed to TARGET, an empty file, durably. It is read through the handle that
-    /// has been open all the time, so it works even when the path has come to lead elsewhere.
+    /// has been open all the time, so it works even when the path has come to lead elsewhere. Other threads may read,
+    /// write and commit meanwhile: what is copied is the state at the beginning.
     virtual Result<void> copyTo(File& target) const = 0;
+    /// The same without unused sectors: builds a new compound file of the committed streams, those of the mini stream
+    /// first, each kind in directory order. Nothing is left out silently: Corrupt if any stream cannot be read,
+    /// Unsupported if there are inner storages or names that the format forbids.
+    virtual Result<void> compactTo(File& target) const = 0;
 
     struct Space {
         std::uint64_t fileBytes = 0; ///< size of the file

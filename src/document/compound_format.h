@@ -89,6 +89,7 @@ inline constexpr std::uint32_t kColour = 67;
 inline constexpr std::uint32_t kLeft = 68;
 inline constexpr std::uint32_t kRight = 72;
 inline constexpr std::uint32_t kChild = 76;
+inline constexpr std::uint32_t kAttributes = 80; ///< class id, state bits and times, up to kStart
 inline constexpr std::uint32_t kStart = 116;
 inline constexpr std::uint32_t kSize = 120; ///< u32; version 3 ignores the upper half that follows
 } // namespace entry

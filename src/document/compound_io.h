@@ -28,6 +28,22 @@ private:
     std::uint64_t clock_ = 0;
 };
 
+/// Another's file, for an owner of its own.
+class BorrowedFile final : public File {
+public:
+    explicit BorrowedFile(File& file) : file_(file) {}
+    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+        return file_.readAt(offset, out);
+    }
+    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_.writeAt(offset, bytes); }
+    Result<std::uint64_t> size() override { return file_.size(); }
+    Result<void> resize(std::uint64_t size) override { return file_.resize(size); }
+    Result<void> flush() override { return file_.flush(); }
+
+private:
+    File& file_;
+};
+
 /// Collects pieces of whole sectors, then writes them in the order of the file, neighbours in one call.
 class WriteBatch {
 public:

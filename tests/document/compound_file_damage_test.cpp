@@ -108,6 +108,9 @@ TEST_F(CompoundFileDamage, ALostAllocationTableLeavesAFileThatIsOnlyRead) {
     const auto file = open();
     ASSERT_TRUE(file);
     EXPECT_EQ(*(*file)->read("q"), content('q', 5120));
+    EXPECT_EQ((*file)->writable().error().kind, ErrorKind::Corrupt);
+    MemoryFile target;
+    EXPECT_EQ((*file)->compactTo(target).error().kind, ErrorKind::Corrupt);
     (*file)->write("q", {});
     const Bytes before = *disk_;
     EXPECT_EQ((*file)->commit().error().kind, ErrorKind::Corrupt);
