@@ -73,7 +73,7 @@ ExitCode download(const DownloadOptions& options) {
         return false;
     };
     const std::optional<MergeResult> result =
-        Download(calls, prompter, settings, noProgress, names, anotherFile).run(document);
+        Download(calls, prompter, settings, noProgress, names, {anotherFile}).run(document);
     calls.run([](LockedLogger& logger) { logger.closePort(); });
     if (!result) {
         if (!prompter.told())

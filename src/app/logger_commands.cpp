@@ -55,7 +55,8 @@ void LoggerCommands::start() {
 }
 
 void LoggerCommands::download() {
-    const std::optional<MergeResult> result = session_.download([this] { return frame_.files().newFile(); });
+    const std::optional<MergeResult> result =
+        session_.download({.startNewDocument = [this] { return frame_.files().newFile(); }});
     if (!result)
         return;
     frame_.documentChanged();

@@ -11,18 +11,18 @@ constexpr std::size_t kManyObjects = 1000 * TTripLogTable::kObjectsPerTrip;
 } // namespace
 
 Download::Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress,
-                   LoggerNames names, std::function<bool()> startNewDocument)
+                   LoggerNames names, Hooks hooks)
     : calls_(calls), prompter_(prompter), settings_(settings), reporter_(calls, prompter, progress),
-      ports_(calls, prompter, settings, std::move(names)), startNewDocument_(std::move(startNewDocument)) {}
+      ports_(calls, prompter, settings, std::move(names)), hooks_(std::move(hooks)) {}
 
 std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     if (document.isExample()) {
         prompter_.tell(makeMessage(MessageId::DownloadIntoExample));
-        if (!startNewDocument_())
+        if (!hooks_.startNewDocument())
             return {};
     }
     if (document.store().objectCount() > kManyObjects &&
-        prompter_.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes && !startNewDocument_())
+        prompter_.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes && !hooks_.startNewDocument())
         return {};
     if (!ports_.ensureLogger(true))
         return {};
@@ -44,6 +44,10 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     MergeResult result = mergeRecords(parseRecords(reply.value), document);
     document.store().singleton<TDownloadTable>().record(serial, currentTime());
     document.setDataChanged();
+    if (const std::string name = settings_.getText(kUnidentifiedDriverSection, kDefaultName); isDriverName(name))
+        document.drivers().nameAll(result.newKeys.drivers, name);
+    if (hooks_.keysAdded)
+        hooks_.keysAdded(result.newKeys);
     return result;
 }
 

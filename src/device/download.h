@@ -13,10 +13,17 @@ namespace quobrix {
 /// prompter, reaches the logger through the calls. A failure at any point leaves the document as it was.
 class Download {
 public:
-    /// START_NEW_DOCUMENT puts an empty document in the place of the present one, with all the questions that this
-    /// raises; false if the user does not want that after all.
+    /// What the program around the flow does for it.
+    struct Hooks {
+        /// Puts an empty document in the place of the present one, with all the questions that this raises; false if
+        /// the user does not want that after all.
+        std::function<bool()> startNewDocument;
+        /// Keys have come into the name tables. Nothing for a program in which nobody can name them.
+        std::function<void(const NewKeys&)> keysAdded{};
+    };
+
     Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress, LoggerNames names,
-             std::function<bool()> startNewDocument);
+             Hooks hooks);
 
     /// What was merged into DOCUMENT; nothing if the command ended before (the user has then been told why).
     std::optional<MergeResult> run(TQuobrixDocument& document);
@@ -27,7 +34,7 @@ private:
     Settings& settings_;
     Reporter reporter_;
     PortFlows ports_;
-    std::function<bool()> startNewDocument_;
+    Hooks hooks_;
 };
 
 } // namespace quobrix

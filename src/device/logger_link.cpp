@@ -1,6 +1,6 @@
 #include "device/logger_link.h"
 
-#include "device/serial_number.h"
+#include "model/serial_number.h"
 
 #include <array>
 #include <cstring>

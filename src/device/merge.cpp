@@ -331,32 +331,28 @@ void mergeLog(const std::vector<typename Log::Record>& records, typename Log::Ta
     result.added += fresh.size();
 }
 
-/// Vehicles, loggers and drivers that the name tables lack.
-class NewNames {
-public:
-    explicit NewNames(TQuobrixDocument& document) : document_(document) {}
-
-    template <class Record>
-    void add(const std::vector<Record>& records) {
-        for (const Record& record : records) {
-            add(document_.loggers(), record.origin.serialNumber);
-            add(document_.vehicles(), record.origin.vin);
-            if constexpr (std::is_same_v<Record, TripRecord>)
-                if (record.driverId != 0 && !has(document_.drivers(), std::to_string(record.driverId)))
-                    document_.drivers().add(record.driverId);
-        }
+/// The keys that records refer to, in the order of the records.
+template <class Record>
+void collectKeys(const std::vector<Record>& records, NewKeys& keys) {
+    for (const Record& record : records) {
+        keys.loggers.push_back(record.origin.serialNumber);
+        keys.vehicles.push_back(record.origin.vin);
+        if constexpr (std::is_same_v<Record, TripRecord>)
+            if (record.driverId != 0)
+                keys.drivers.push_back(std::to_string(record.driverId));
     }
+}
 
-private:
-    static bool has(const NamesTable& names, const std::string& key) { return names.find(key) < names.rowCount(); }
-    template <class Names>
-    void add(Names& names, const std::string& key) {
-        if (!key.empty() && !has(names, key))
-            names.add(key);
-    }
-
-    TQuobrixDocument& document_;
-};
+/// Adds the vehicles, loggers and drivers of the records that the name tables lack.
+NewKeys addNames(const LogRecords& records, TQuobrixDocument& document) {
+    NewKeys keys;
+    collectKeys(records.trips, keys);
+    collectKeys(records.troubles, keys);
+    collectKeys(records.activities, keys);
+    collectKeys(records.stops, keys);
+    return {document.loggers().addMissing(keys.loggers), document.vehicles().addMissing(keys.vehicles),
+            document.drivers().addMissing(keys.drivers)};
+}
 
 template <class Log>
 Result<void> checkKeys(const typename Log::TableType& table) {
@@ -410,11 +406,7 @@ MergeResult mergeRecords(const LogRecords& records, TQuobrixDocument& document, 
     mergeLog<ActivityLog>(records.activities, document.activity(), shift, result);
     if (!records.stops.empty())
         mergeLog<AccidentLog>(records.stops, document.store().singleton<TAccidentLogTable>(), shift, result);
-    NewNames names(document);
-    names.add(records.trips);
-    names.add(records.troubles);
-    names.add(records.activities);
-    names.add(records.stops);
+    result.newKeys = addNames(records, document);
     if (result.added + result.replaced > 0)
         document.setDataChanged();
     return result;

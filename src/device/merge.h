@@ -1,6 +1,7 @@
 #pragma once
 
 #include "device/records.h"
+#include "model/name_questions.h"
 #include "model/quobrix_document.h"
 
 #include <cstddef>
@@ -15,6 +16,7 @@ struct MergeResult {
     std::size_t present = 0;  ///< already in the document, replaced ones included
     std::size_t replaced = 0; ///< of those: seen again with more content
     std::vector<RefusedRecords> refused;
+    NewKeys newKeys; ///< which the name tables have got
 
     std::uint64_t refusedCount() const;
     /// "12 new, 340 already present, 0 refused."

@@ -1,6 +1,6 @@
 #include "device/records.h"
 
-#include "device/serial_number.h"
+#include "model/serial_number.h"
 
 #include <algorithm>
 #include <cmath>

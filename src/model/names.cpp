@@ -1,11 +1,14 @@
 #include "model/names.h"
 
+#include "base/utf8.h"
 #include "model/accident_log.h"
 #include "model/security_log.h"
 #include "model/trip_log.h"
 #include "model/trouble_log.h"
 
 #include <fmt/format.h>
+
+#include <charconv>
 
 namespace quobrix {
 namespace {
@@ -20,6 +23,8 @@ std::string keyText(const Column& column, RowIndex row) {
     return {};
 }
 
+TextColumn& nameColumn(const NamesTable& names) { return static_cast<TextColumn&>(names.column(1)); }
+
 /// The column C of the log, if the document has that log.
 template <class LogTable, class C>
 void addUser(const Column& asking, std::vector<const Column*>& users) {
@@ -28,6 +33,11 @@ void addUser(const Column& asking, std::vector<const Column*>& users) {
 }
 
 } // namespace
+
+bool isDriverName(std::string_view name) {
+    const std::size_t length = characterCount(name);
+    return length >= 1 && length <= kLongestDriverName;
+}
 
 bool InUseColumn::inUse(RowIndex row) const {
     const std::vector<const Column*> columns = users();
@@ -70,7 +80,9 @@ std::vector<const Column*> DriverInUseColumn::users() const {
 
 std::string NamesTable::key(RowIndex row) const { return keyText(column(0), row); }
 
-const std::string& NamesTable::name(RowIndex row) const { return static_cast<const TextColumn&>(column(1)).at(row); }
+const std::string& NamesTable::name(RowIndex row) const { return nameColumn(*this).at(row); }
+
+bool NamesTable::inUse(RowIndex row) const { return static_cast<const InUseColumn&>(column(2)).inUse(row); }
 
 void NamesTable::refresh() const {
     const std::uint64_t state = column(0).revision() * 1000003ull + rowCount();
@@ -118,29 +130,48 @@ const TableSpec& DriverNamesTable::spec() const {
     return spec;
 }
 
-void TVehicleNamesTable::add(const std::string& vin) {
-    const RowIndex row = rowCount();
-    std::unordered_set<std::string> taken;
-    for (RowIndex i = 0; i < row; ++i)
-        taken.insert(name(i));
-    int number = 1;
-    while (taken.contains(fmt::format("Unknown #{}", number)))
-        ++number;
-    insertRows(row, 1);
-    column<TVehicleNamesVinColumn>().set(row, vin);
-    column<TVehicleNamesNameColumn>().set(row, fmt::format("Unknown #{}", number));
+std::vector<std::string> NamesTable::addMissing(std::span<const std::string> keys) {
+    std::vector<std::string> added;
+    std::unordered_set<std::string_view> met;
+    for (const std::string& key : keys)
+        if (!key.empty() && met.insert(key).second && find(key) == rowCount())
+            added.push_back(key);
+    if (added.empty())
+        return added;
+    const std::vector<std::string> names = defaultNames(added.size());
+    const RowIndex first = rowCount();
+    insertRows(first, added.size());
+    for (std::size_t i = 0; i < added.size(); ++i)
+        setKey(first + i, added[i]);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        nameColumn(*this).set(first + i, names[i]);
+    return added;
 }
 
-void TQuobrixNamesTable::add(const std::string& serialNumber) {
-    const RowIndex row = rowCount();
-    insertRows(row, 1);
-    column<TQuobrixNamesSerialNumberColumn>().set(row, serialNumber);
+void NamesTable::nameAll(std::span<const std::string> keys, const std::string& name) {
+    for (const std::string& key : keys)
+        nameColumn(*this).set(find(key), name);
 }
 
-void DriverNamesTable::add(std::int32_t driver) {
-    const RowIndex row = rowCount();
-    insertRows(row, 1);
-    column<DriverNamesIDColumn>().set(row, driver);
+std::vector<std::string> NamesTable::defaultNames(std::size_t) const { return {}; }
+
+void NamesTable::setKey(RowIndex row, const std::string& key) { static_cast<TextColumn&>(column(0)).set(row, key); }
+
+std::vector<std::string> TVehicleNamesTable::defaultNames(std::size_t count) const {
+    std::unordered_set<std::string_view> taken;
+    for (RowIndex row = 0; row < rowCount(); ++row)
+        taken.insert(name(row));
+    std::vector<std::string> names;
+    for (std::size_t number = 1; names.size() < count; ++number)
+        if (std::string name = fmt::format("Unknown #{}", number); !taken.contains(name))
+            names.push_back(std::move(name));
+    return names;
+}
+
+void DriverNamesTable::setKey(RowIndex row, const std::string& key) {
+    std::int32_t number = 0;
+    std::from_chars(key.data(), key.data() + key.size(), number);
+    column<DriverNamesIDColumn>().set(row, number);
 }
 
 } // namespace quobrix

@@ -4,15 +4,27 @@
 #include "tables/declare.h"
 #include "tables/table.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace quobrix {
 
 /// How a key without a name is shown.
 inline constexpr std::string_view kUnknownName = "Unknown";
+
+/// A driver's name is 1 to 20 characters long.
+inline constexpr std::size_t kLongestDriverName = 20;
+bool isDriverName(std::string_view name);
+
+/// Where the settings keep the names that drivers get at first: one that is entered by hand, and one that a download
+/// brings by number only. Each under kDefaultName; none or an empty one leaves the driver without a name.
+inline constexpr std::string_view kNewDriverSection = "NewDriverColumn";
+inline constexpr std::string_view kUnidentifiedDriverSection = "UnidentifiedDriverColumn";
+inline constexpr std::string_view kDefaultName = "default";
 
 /// Whether any record of a log still uses the key of the row. Computed from the logs when asked, and kept until one of
 /// their key columns changes.
@@ -46,18 +58,31 @@ class DriverInUseColumn : public InUseColumn {
 #include "model/names.def"
 #undef COLUMN
 
-/// A table of keys that people gave names to: the key column first, then the name column.
+/// A table of keys that people gave names to: the key column first, then the name column, then the in-use column.
 class NamesTable : public Table {
 public:
     /// The key of a row as text (a driver's number in decimal digits).
     std::string key(RowIndex row) const;
     const std::string& name(RowIndex row) const;
+    /// Whether any record of a log refers to the key of the row.
+    bool inUse(RowIndex row) const;
     /// The row of KEY; rowCount() if there is none.
     RowIndex find(std::string_view key) const;
     /// The name of KEY; empty if it has none.
     std::string nameOf(std::string_view key) const;
     /// The name of KEY, or "Unknown".
     std::string displayName(std::string_view key) const;
+
+    /// Adds a row for each of KEYS that has none, in their order; gives the keys added. Empty ones are passed over.
+    /// Takes time in proportion to the keys and the rows.
+    std::vector<std::string> addMissing(std::span<const std::string> keys);
+    /// Gives each of KEYS, which must be there, the name NAME.
+    void nameAll(std::span<const std::string> keys, const std::string& name);
+
+protected:
+    /// The names that COUNT new keys get by themselves: none, if the keys stay without.
+    virtual std::vector<std::string> defaultNames(std::size_t count) const;
+    virtual void setKey(RowIndex row, const std::string& key);
 
 private:
     void refresh() const;
@@ -67,20 +92,19 @@ private:
 
 class TVehicleNamesTable final : public NamesTable {
     QUOBRIX_TABLE_CLASS(TVehicleNamesTable, true)
-    /// Adds a VIN with the default name "Unknown #n", n the smallest number from 1 that no row has yet.
-    void add(const std::string& vin);
+protected:
+    /// "Unknown #n" each, n the smallest numbers from 1 that no row has yet.
+    std::vector<std::string> defaultNames(std::size_t count) const override;
 };
 
 class TQuobrixNamesTable final : public NamesTable {
     QUOBRIX_TABLE_CLASS(TQuobrixNamesTable, true)
-    /// Adds a serial number without a name.
-    void add(const std::string& serialNumber);
 };
 
 class DriverNamesTable final : public NamesTable {
     QUOBRIX_TABLE_CLASS(DriverNamesTable, true)
-    /// Adds a driver without a name.
-    void add(std::int32_t driver);
+protected:
+    void setKey(RowIndex row, const std::string& key) override;
 };
 
 } // namespace quobrix

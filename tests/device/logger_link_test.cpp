@@ -1,6 +1,6 @@
 #include "device/logger_link.h"
 
-#include "device/serial_number.h"
+#include "device/typed_serial_number.h"
 #include "support/fake_logger_library.h"
 #include "support/scripted_prompter.h"
 
@@ -123,17 +123,6 @@ TEST_F(Link, ALogFileIsRefusedWhenEitherCallFailsOrItsPathIsTooLong) {
     fake_.results["GetLogBufferFromFile"] = -6;
     EXPECT_EQ(logger_.readLogFile("log.txt").code, -6);
     EXPECT_FALSE(logger_.status().logsCurrent);
-}
-
-TEST(SerialNumber, TypedOnesAreHeldAgainstTheirNeighboursBounds) {
-    for (const char* accepted : {"A-1234-B", "A-12X4-B", "A-123X-B", "A-X234-B", "A-1234-b"})
-        EXPECT_TRUE(isAcceptedTyped(accepted)) << accepted;
-    for (const char* refused : {"AA-99-A", "A-1X34-B", "a-1234-B", "A-1234-B ", "A-12.4-B", "A-123.-B", "A-.234-B",
-                                "A-1234_B", "A-1234-9", "A_1234-B", ""})
-        EXPECT_FALSE(isAcceptedTyped(refused)) << refused;
-    EXPECT_TRUE(isSerialNumber("A-1234-B"));
-    for (const char* malformed : {"A-12X4-B", "A-1234-b", "A-X234-B"})
-        EXPECT_FALSE(isSerialNumber(malformed)) << malformed;
 }
 
 TEST(SerialNumber, ARefusedOneIsNotConverted) {

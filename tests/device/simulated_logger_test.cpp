@@ -1,3 +1,4 @@
+#include "device/download.h"
 #include "device/logger_link.h"
 #include "device/ports.h"
 #include "device/records.h"
@@ -75,6 +76,34 @@ TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     simulate("detach COM3");
     EXPECT_EQ(logger.probe(), QUOBRIX_TIMEOUT);
     logger.closePort();
+}
+
+TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
+    simulate("attach COM1 --serial K-0042-B");
+    simulate("generate COM1 --trips 30 --seed 11"); // by two drivers
+    LoggerLink link(loadLoggerLibrary(SIMULATOR_LIBRARY));
+    DirectCalls calls(link);
+    Settings settings(std::make_unique<MemorySettings>());
+    settings.setText(kUnidentifiedDriverSection, kDefaultName, "Somebody");
+    ScriptedPrompter silent;
+    ProgressReporter noProgress;
+    TQuobrixDocument document;
+    std::vector<NewKeys> added;
+    Download download(calls, silent, settings, noProgress, {},
+                      {.startNewDocument = {}, .keysAdded = [&](const NewKeys& keys) { added.push_back(keys); }});
+    ASSERT_TRUE(LockedLogger(link).openPort("COM1") == QUOBRIX_OK);
+    ASSERT_TRUE(download.run(document));
+    EXPECT_EQ(document.drivers().name(1), "Somebody");
+    document.drivers().nameAll(added.at(0).drivers, "Ann");
+    ASSERT_TRUE(download.run(document));
+
+    ASSERT_EQ(added.size(), 2u);
+    EXPECT_EQ(added[0].loggers, std::vector<std::string>{"K-0042-B"});
+    EXPECT_EQ(added[0].vehicles.size(), 1u);
+    EXPECT_EQ(added[0].drivers.size(), 2u);
+    EXPECT_TRUE(added[1].loggers.empty() && added[1].vehicles.empty() && added[1].drivers.empty());
+    EXPECT_EQ(document.drivers().name(0), "Ann") << "only new ones get the default";
+    EXPECT_EQ(document.vehicles().name(0), "Unknown #1");
 }
 
 } // namespace

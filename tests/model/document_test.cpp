@@ -189,7 +189,7 @@ TEST_F(DocumentFile, WithADamagedRootTableItIsReadOnly) {
         EXPECT_EQ(document.trips().rowCount(), 0u);
         EXPECT_EQ(document.vehicles().rowCount(), 1u);
         EXPECT_EQ(document.affectedLogs(), std::vector<std::string>{"Trip Log"});
-        document.vehicles().add("1M8GDM9AXKP042788");
+        document.vehicles().addMissing(std::vector<std::string>{"1M8GDM9AXKP042788"});
         EXPECT_FALSE(document.save());
         // Under another name everything is kept that could not be read.
         ASSERT_TRUE(document.saveAs(folder_ / "Copy.car"));

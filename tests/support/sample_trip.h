@@ -3,6 +3,7 @@
 #include "model/quobrix_document.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace quobrix::test {
@@ -17,8 +18,7 @@ inline RowIndex addTrip(TQuobrixDocument& document, std::int32_t start) {
     TTripLogTable& trips = document.trips();
     const RowIndex row = trips.rowCount();
     trips.insertRows(row, 1);
-    if (document.vehicles().find(kVin) == document.vehicles().rowCount())
-        document.vehicles().add(kVin);
+    document.vehicles().addMissing(std::vector<std::string>{kVin});
     trips.column<TTripLogVinColumn>().set(row, kVin);
     trips.column<TTripLogQuobrixSerialNumberColumn>().set(row, "K-0042-B");
     trips.column<TTripLogStartTimeColumn>().set(row, start);

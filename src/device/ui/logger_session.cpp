@@ -72,8 +72,8 @@ void LoggerSession::scanPorts() {
 
 void LoggerSession::choosePort() { PortFlows(calls_, prompter_, settings_, names()).choosePort(); }
 
-std::optional<MergeResult> LoggerSession::download(std::function<bool()> startNewDocument) {
-    return Download(calls_, prompter_, settings_, progress_, names(), std::move(startNewDocument)).run(document_);
+std::optional<MergeResult> LoggerSession::download(Download::Hooks hooks) {
+    return Download(calls_, prompter_, settings_, progress_, names(), std::move(hooks)).run(document_);
 }
 
 } // namespace quobrix

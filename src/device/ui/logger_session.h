@@ -35,7 +35,7 @@ public:
     /// Lets the user choose the port.
     void choosePort();
     /// Downloads into the document; see Download.
-    std::optional<MergeResult> download(std::function<bool()> startNewDocument);
+    std::optional<MergeResult> download(Download::Hooks hooks);
 
 signals:
     void statusChanged();

@@ -1,6 +1,4 @@
-#include "device/serial_number.h"
-
-#include <string>
+#include "model/serial_number.h"
 
 namespace quobrix {
 namespace {
@@ -22,16 +20,6 @@ bool isAcceptedTyped(std::string_view text) {
     return isLetter(text[0]) && text[1] == '-' && text[2] >= '0' && text[3] <= '9' && isDigit(text[3]) &&
            text[4] >= '0' && text[3] <= '9' && text[5] >= '0' && text[3] <= '9' && text[6] == '-' && text[7] >= 'A' &&
            text[6] <= 'Z';
-}
-
-std::optional<std::int32_t> convertTypedSerialNumber(std::string_view text, LoggerCalls& calls, Prompter& prompter) {
-    if (!isAcceptedTyped(text)) {
-        prompter.tell(makeMessage(MessageId::InvalidSerialNumber));
-        return std::nullopt;
-    }
-    const auto number =
-        calls.get([&](const LockedLogger& logger) { return logger.serialNumberToInt(std::string(text)); });
-    return number.ok() ? std::optional(number.value) : std::nullopt;
 }
 
 } // namespace quobrix
