@@ -56,7 +56,7 @@ void WriteBatch::add(std::uint32_t sector, const Sector& content) {
 Result<void> WriteBatch::write(File& file) {
     std::sort(pieces_.begin(), pieces_.end(), [](const Piece& a, const Piece& b) { return a.sector < b.sector; });
     Bytes buffer;
-    buffer.reserve(kWriteBuffer);
+    buffer.reserve(std::min(kWriteBuffer, pieces_.size() * kSectorSize));
     std::uint32_t start = 0;
     const auto sectorsIn = [&] { return static_cast<std::uint32_t>(buffer.size() / kSectorSize); };
     for (const Piece& piece : pieces_) {

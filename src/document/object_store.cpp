@@ -52,6 +52,15 @@ const PersistentType* TypeRegistry::find(std::uint32_t typeId) const {
     return found == types_.end() ? nullptr : found->second;
 }
 
+std::vector<const PersistentType*> TypeRegistry::all() const {
+    std::vector<const PersistentType*> types;
+    types.reserve(types_.size());
+    for (const auto& [id, type] : types_)
+        types.push_back(type);
+    std::sort(types.begin(), types.end(), [](auto* a, auto* b) { return a->id() < b->id(); });
+    return types;
+}
+
 void PersistentObject::setModified() {
     modified_ = true;
     ++revision_;

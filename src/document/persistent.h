@@ -39,6 +39,8 @@ public:
     /// Nothing for an unknown id.
     const PersistentType* find(std::uint32_t typeId) const;
     std::size_t size() const { return types_.size(); }
+    /// All of them, by ascending id.
+    std::vector<const PersistentType*> all() const;
 
 private:
     std::unordered_map<std::uint32_t, const PersistentType*> types_;

@@ -1,35 +1,84 @@
 #include "fuzz/walk_objects.h"
-#include "support/memory_file.h"
+#include "support/stream_map.h"
+
+#include <cstdlib>
 
 using namespace quobrix;
 
 namespace {
 
-Bytes u32s(std::initializer_list<std::uint32_t> values) {
+/// The known class whose id is nearest to ID from above, so that every input is about real classes.
+const PersistentType& nearestType(std::uint32_t id) {
+    static const std::vector<const PersistentType*> types = modelTypes().all();
+    const auto found = std::ranges::lower_bound(types, id, {}, [](const PersistentType* type) { return type->id(); });
+    return found == types.end() ? *types.front() : **found;
+}
+
+Bytes u32Stream(std::uint32_t value) {
     ByteWriter out;
-    for (const std::uint32_t value : values)
-        out.u32(value);
+    out.u32(value);
     return out.take();
+}
+
+void require(bool condition) {
+    if (!condition)
+        std::abort();
+}
+
+/// What a person does to a table whose columns may be missing, short or another's.
+void edit(ObjectStore& store) {
+    for (const ObjectId id : store.objectIds())
+        if (auto* table = dynamic_cast<Table*>(store.find(id))) {
+            const RowIndex rows = table->rowCount();
+            table->insertRows(rows / 2, 2);
+            table->removeRows(0, 1);
+            require(table->rowCount() == rows + 1);
+            for (std::size_t i = 0; i < table->columnCount(); ++i)
+                require(!table->column(i).stored() || table->column(i).storedRows() == rows + 1);
+        }
 }
 
 } // namespace
 
-/// Any bytes as the streams of two objects of any class, which may refer to each other. The first byte says where the
-/// second one begins.
+/// Any bytes as the streams of up to eight objects of any classes, which may refer to each other: before each one the
+/// number of its bytes, 255 for all that are left. They are looked at, changed, saved and read again.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0)
-        return 0;
-    const std::size_t split = std::min<std::size_t>(1 + data[0], size);
-    auto file = CompoundFile::create(std::make_unique<test::MemoryFile>());
-    (*file)->write("Version", u32s({ObjectStore::kVersion}));
-    (*file)->write("Next Available Id", u32s({2}));
-    (*file)->write("Available Ids", u32s({0}));
-    (*file)->write("Object Ids", u32s({2, 0, 1}));
-    (*file)->write("Singleton Ids", u32s({0}));
-    (*file)->write("0", Bytes(data + split, data + size));
-    (*file)->write("1", Bytes(data + 1, data + split));
+    constexpr std::uint32_t kMostObjects = 8;
+    test::StreamMap file;
+    ByteReader in({data, size});
+    std::uint32_t count = 0;
+    ByteWriter ids;
+    for (; count < kMostObjects && in.remaining() > 4; ++count) {
+        const std::uint8_t length = in.u8();
+        const ByteView bytes =
+            in.bytes(length == 0xFF ? in.remaining() : std::min<std::size_t>(length, in.remaining()));
+        ByteReader object(bytes);
+        ByteWriter stream;
+        const PersistentType& type = nearestType(object.u32());
+        stream.u32(type.id());
+        stream.u8(type.schema);
+        stream.bytes(object.bytes(object.remaining()));
+        file.write(std::to_string(count), stream.take());
+        ids.u32(count);
+    }
+    Bytes objectIds = u32Stream(count);
+    objectIds.insert(objectIds.end(), ids.view().begin(), ids.view().end());
+    file.write("Version", u32Stream(ObjectStore::kVersion));
+    file.write("Next Available Id", u32Stream(count));
+    file.write("Available Ids", u32Stream(0));
+    file.write("Object Ids", std::move(objectIds));
+    file.write("Singleton Ids", u32Stream(0));
+
     ObjectStore store(modelTypes());
-    store.load(**file);
+    store.load(file);
+    require(!store.indexDamaged());
     test::walkObjects(store);
+    edit(store);
+    require(bool(store.save(file)));
+    ObjectStore again(modelTypes());
+    again.load(file);
+    require(!again.indexDamaged());
+    for (const ObjectId id : again.objectIds())
+        again.find(id);
     return 0;
 }

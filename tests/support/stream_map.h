@@ -1,0 +1,41 @@
+#pragma once
+
+#include "document/compound_file.h"
+
+#include <functional>
+#include <map>
+
+namespace quobrix::test {
+
+/// Streams in memory without a file around them, for what is above the compound file.
+class StreamMap final : public CompoundFile {
+public:
+    std::map<std::string, Bytes, std::less<>> streams;
+
+    bool contains(std::string_view name) const override { return streams.contains(name); }
+    std::vector<std::string> names() const override {
+        std::vector<std::string> names;
+        for (const auto& [name, content] : streams)
+            names.push_back(name);
+        return names;
+    }
+    Result<Bytes> read(std::string_view name) const override {
+        const auto found = streams.find(name);
+        if (found == streams.end())
+            return Error{ErrorKind::NotFound, std::string(name)};
+        return found->second;
+    }
+    void write(std::string_view name, Bytes content) override {
+        streams.insert_or_assign(std::string(name), std::move(content));
+    }
+    void remove(std::string_view name) override {
+        if (const auto found = streams.find(name); found != streams.end())
+            streams.erase(found);
+    }
+    Result<void> spill() override { return {}; }
+    Result<void> commit() override { return {}; }
+    Result<void> copyTo(File&) const override { return Error{ErrorKind::Unsupported, "there is no file"}; }
+    Space space() const override { return {}; }
+};
+
+} // namespace quobrix::test
