@@ -16,10 +16,9 @@ QString emptyText(const LogListSpec& spec) {
 } // namespace
 
 LogList::LogList(const ViewContext& context, const LogListSpec& spec, QWidget* parent)
-    : TableView(context.text(), context.settings, spec.name, emptyText(spec), parent), spec_(spec) {
-    setObjectName(QLatin1String(spec.name));
-    setAccessibleName(QLatin1String(spec.title));
-    connect(this, &TableView::currentRowChanged, this, [this] {
+    : TSpreadsheet(context.spreadsheet(), {spec.name, QLatin1String(spec.title), emptyText(spec)}, parent),
+      spec_(spec) {
+    connect(this, &TSpreadsheet::currentRowChanged, this, [this] {
         if (const auto row = currentRow())
             current_ = keyOf(*row);
     });

@@ -2,7 +2,6 @@
 
 #include "model/log_columns.h"
 #include "views/page.h"
-#include "views/table_view.h"
 
 #include <span>
 
@@ -17,7 +16,7 @@ struct LogListSpec {
 };
 
 /// The records of a log, one row each.
-class LogList : public TableView {
+class LogList : public TSpreadsheet {
     Q_OBJECT
 public:
     /// SPEC must outlive the list.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/column.h"
+#include "tables/ui/spreadsheet.h"
 
 #include <QWidget>
 
@@ -19,6 +19,7 @@ struct ViewContext {
     const TimeZone& zone;
 
     TextContext text() const { return {units, zone}; }
+    SpreadsheetContext spreadsheet() const { return {text(), settings}; }
 };
 
 /// A page of the main frame. Pages hold no data of their own, and end before the document gets other content.

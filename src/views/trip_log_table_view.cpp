@@ -33,10 +33,8 @@ TTripLogTableView::TTripLogTableView(const ViewContext& context, QWidget* parent
     setDocumentMode(true);
 }
 
-TableView* TTripLogTableView::addTable(const char* name, const QString& title, const QString& emptyText) {
-    auto* view = new TableView(context_.text(), context_.settings, name, emptyText);
-    view->setObjectName(QLatin1String(name));
-    view->setAccessibleName(title);
+TSpreadsheet* TTripLogTableView::addTable(const char* name, const QString& title, const QString& emptyText) {
+    auto* view = new TSpreadsheet(context_.spreadsheet(), {name, title, emptyText});
     addTab(view, title);
     return view;
 }
@@ -47,7 +45,7 @@ void TTripLogTableView::showTrip(std::optional<RowIndex> row) {
     samples_->setColumns(samples ? sampleColumns(*samples) : std::vector<ShownColumn>());
 
     std::vector<ShownColumn> columns;
-    TableModel::RowTitle bandName;
+    SpreadsheetModel::RowTitle bandName;
     if (const auto* bands = row ? trips.column<TTripLogSpeedBandsTableColumn>().object(*row) : nullptr) {
         columns = {{&bands->column<TTripLogSpeedBandFromColumn>()}, {&bands->column<TTripLogSpeedBandToColumn>()}};
         if (const auto* times = trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(*row))

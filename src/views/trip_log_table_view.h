@@ -1,7 +1,6 @@
 #pragma once
 
 #include "views/page.h"
-#include "views/table_view.h"
 
 #include <QTabWidget>
 
@@ -19,12 +18,12 @@ public:
     void showTrip(std::optional<RowIndex> row);
 
 private:
-    TableView* addTable(const char* name, const QString& title, const QString& emptyText);
+    TSpreadsheet* addTable(const char* name, const QString& title, const QString& emptyText);
 
     ViewContext context_;
-    TableView* samples_;
-    TableView* bands_;
-    TableView* parameters_;
+    TSpreadsheet* samples_;
+    TSpreadsheet* bands_;
+    TSpreadsheet* parameters_;
 };
 
 } // namespace quobrix

@@ -51,9 +51,9 @@ TTripLogView::TTripLogView(const ViewContext& context)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(tabs_);
 
-    connect(summary_, &TableView::currentRowChanged, this, &TTripLogView::currentTripChanged);
-    connect(summary_, &TableView::rowActivated, this, [this] { showView(View::Report); });
-    connect(summary_->model(), &QAbstractItemModel::layoutChanged, this, &TTripLogView::currentTripChanged);
+    connect(summary_, &TSpreadsheet::currentRowChanged, this, &TTripLogView::currentTripChanged);
+    connect(summary_, &TSpreadsheet::rowActivated, this, [this] { showView(View::Report); });
+    connect(summary_, &TSpreadsheet::orderChanged, this, &TTripLogView::currentTripChanged);
     connect(tabs_, &QTabWidget::currentChanged, this, [this] {
         showCurrentTrip();
         setFocusProxy(tabs_->currentWidget());

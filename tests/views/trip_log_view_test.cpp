@@ -40,8 +40,8 @@ protected:
 
 TEST_F(TripLogView, IsWalkedThroughByTheKeyboard) {
     EXPECT_EQ(view_->title(), "View / Trip Log / Summary");
-    QTest::keyClick(&view_->summary(), Qt::Key_Up);
-    QTest::keyClick(&view_->summary(), Qt::Key_Return);
+    QTest::keyClick(&view_->summary().view(), Qt::Key_Up);
+    QTest::keyClick(&view_->summary().view(), Qt::Key_Return);
     EXPECT_EQ(view_->title(), "View / Trip Log / Record 2 / Report");
     EXPECT_TRUE(reportTexts().contains("Trip 2"));
 
@@ -80,19 +80,19 @@ TEST_F(TripLogView, TheBandPictureIsAChartForAssistiveTechnology) {
 
 TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
     view_->showView(TTripLogView::View::Table);
-    const auto* samples = view_->findChild<TableView*>("TTripLogSampleTable");
-    const auto header = [&](const TableView* table, int section) {
-        return table->model()->headerData(section, Qt::Horizontal).toString();
+    const auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
+    const auto header = [&](const TSpreadsheet* table, int section) {
+        return table->model().headerData(section, Qt::Horizontal).toString();
     };
-    ASSERT_EQ(samples->model()->columnCount(), 5);
-    EXPECT_EQ(samples->model()->rowCount(), 61);
+    ASSERT_EQ(samples->model().columnCount(), 5);
+    EXPECT_EQ(samples->model().rowCount(), 61);
     EXPECT_EQ(header(samples, 3), "Engine Speed");
-    EXPECT_EQ(samples->model()->index(1, 3).data().toString(), "") << "sampled every 2 s";
-    EXPECT_EQ(samples->model()->index(5, 4).data().toString(), "O / C");
+    EXPECT_EQ(samples->model().index(1, 3).data().toString(), "") << "sampled every 2 s";
+    EXPECT_EQ(samples->model().index(5, 4).data().toString(), "O / C");
 
-    const auto* bands = view_->findChild<TableView*>("TTripLogSpeedBandsTable");
-    EXPECT_EQ(bands->model()->headerData(0, Qt::Vertical).toString(), "Idle");
-    EXPECT_EQ(bands->model()->index(1, 2).data().toString(), "00:04:00");
+    const auto* bands = view_->findChild<TSpreadsheet*>("TTripLogSpeedBandsTable");
+    EXPECT_EQ(bands->model().headerData(0, Qt::Vertical).toString(), "Idle");
+    EXPECT_EQ(bands->model().index(1, 2).data().toString(), "00:04:00");
 }
 
 TEST_F(TripLogView, AnotherDocumentEmptiesEveryView) {
@@ -100,13 +100,13 @@ TEST_F(TripLogView, AnotherDocumentEmptiesEveryView) {
     document_.newDocument();
     view_->refresh();
     EXPECT_EQ(view_->title(), "View / Trip Log / Summary");
-    EXPECT_EQ(view_->summary().model()->rowCount(), 0);
+    EXPECT_EQ(view_->summary().model().rowCount(), 0);
     EXPECT_FALSE(view_->findChild<QAction*>("nextTrip")->isEnabled());
 
     test::addTrip(document_, 0);
     view_->refresh();
     view_->showView(TTripLogView::View::Table);
-    EXPECT_EQ(view_->findChild<TableView*>("TTripLogSampleTable")->model()->rowCount(), 61);
+    EXPECT_EQ(view_->findChild<TSpreadsheet*>("TTripLogSampleTable")->model().rowCount(), 61);
 }
 
 } // namespace

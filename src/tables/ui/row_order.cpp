@@ -1,0 +1,122 @@
+#include "tables/ui/row_order.h"
+
+#include "base/ui/qt_text.h"
+
+#include <QCollator>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <string>
+#include <unordered_map>
+
+namespace quobrix {
+namespace {
+
+constexpr double kBlank = std::numeric_limits<double>::quiet_NaN();
+
+double numberOf(const Value& value) {
+    if (const auto* number = std::get_if<double>(&value))
+        return *number;
+    if (const auto* number = std::get_if<std::int64_t>(&value))
+        return static_cast<double>(*number);
+    if (const auto* flag = std::get_if<bool>(&value))
+        return *flag ? 1 : 0;
+    return kBlank;
+}
+
+std::vector<double> numberKeys(const Column& column, RowIndex rows) {
+    std::vector<double> keys(rows);
+    for (RowIndex row = 0; row < rows; ++row)
+        keys[row] = numberOf(column.value(row));
+    return keys;
+}
+
+/// The rank of each row's text among the different texts. Names come again in many rows, so each text is collated once.
+std::vector<double> textKeys(const Column& column, RowIndex rows, const TextContext& context) {
+    std::unordered_map<std::string, std::uint32_t> numbers;
+    std::vector<std::uint32_t> textOfRow(rows);
+    for (RowIndex row = 0; row < rows; ++row) {
+        const auto next = static_cast<std::uint32_t>(numbers.size());
+        textOfRow[row] = numbers.try_emplace(column.text(row, context), next).first->second;
+    }
+
+    QCollator collator;
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    struct Text {
+        QCollatorSortKey key;
+        std::uint32_t number;
+        bool blank;
+    };
+    std::vector<Text> texts;
+    texts.reserve(numbers.size());
+    for (const auto& [text, number] : numbers)
+        texts.push_back({collator.sortKey(toQt(text)), number, text.empty()});
+    std::sort(texts.begin(), texts.end(), [](const Text& a, const Text& b) { return a.key.compare(b.key) < 0; });
+
+    std::vector<double> rankOfText(texts.size());
+    double rank = 0;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (i > 0 && texts[i - 1].key.compare(texts[i].key) != 0)
+            ++rank;
+        rankOfText[texts[i].number] = texts[i].blank ? kBlank : rank;
+    }
+    std::vector<double> keys(rows);
+    for (RowIndex row = 0; row < rows; ++row)
+        keys[row] = rankOfText[textOfRow[row]];
+    return keys;
+}
+
+} // namespace
+
+bool sortsAsText(const Column& column) {
+    return column.kind() == ColumnKind::Text || column.kind() == ColumnKind::Selection;
+}
+
+void RowOrder::reset(RowIndex rows) {
+    size_ = rows;
+    rows_.clear();
+    places_.clear();
+}
+
+void RowOrder::sort(const Column& column, RowIndex rows, const TextContext& context, bool downward) {
+    const RowIndex filled = std::min(rows, column.rowCount());
+    const std::vector<double> keys =
+        sortsAsText(column) ? textKeys(column, filled, context) : numberKeys(column, filled);
+
+    struct Entry {
+        double key;
+        std::uint32_t row;
+    };
+    std::vector<Entry> entries;
+    std::vector<std::uint32_t> blank;
+    entries.reserve(filled);
+    for (RowIndex row = 0; row < rows; ++row) {
+        if (row < filled && !std::isnan(keys[row]))
+            entries.push_back({downward ? -keys[row] : keys[row], static_cast<std::uint32_t>(row)});
+        else
+            blank.push_back(static_cast<std::uint32_t>(row));
+    }
+    std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
+
+    reset(rows);
+    rows_.reserve(rows);
+    for (const Entry& entry : entries)
+        rows_.push_back(entry.row);
+    rows_.insert(rows_.end(), blank.begin(), blank.end());
+}
+
+std::size_t RowOrder::placeOf(RowIndex row) const {
+    if (rows_.empty())
+        return row;
+    if (places_.empty()) {
+        places_.resize(rows_.size());
+        for (std::size_t place = 0; place < rows_.size(); ++place)
+            places_[rows_[place]] = static_cast<std::uint32_t>(place);
+    }
+    return places_[row];
+}
+
+} // namespace quobrix

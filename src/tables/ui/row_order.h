@@ -1,0 +1,34 @@
+#pragma once
+
+#include "tables/column.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace quobrix {
+
+/// The order in which a list shows the rows of its columns, which stay in their stored order: a place is a row as it is
+/// shown, from 0 at the top.
+class RowOrder {
+public:
+    /// ROWS rows in their stored order.
+    void reset(RowIndex rows);
+    /// The first ROWS rows of COLUMN in the order of their values: figures and dates by base value, texts and
+    /// selections as they read in the person's language ("#2" before "#10"). Rows without a value come last either way;
+    /// equal rows keep their stored order.
+    void sort(const Column& column, RowIndex rows, const TextContext& context, bool downward);
+
+    RowIndex rowAt(std::size_t place) const { return rows_.empty() ? place : rows_[place]; }
+    std::size_t placeOf(RowIndex row) const;
+    std::size_t size() const { return size_; }
+
+private:
+    std::size_t size_ = 0;
+    std::vector<std::uint32_t> rows_;           ///< by place; empty: the stored order
+    mutable std::vector<std::uint32_t> places_; ///< by row; made when first asked for
+};
+
+/// Whether the cells of COLUMN are compared as they read, rather than by their base values.
+bool sortsAsText(const Column& column);
+
+} // namespace quobrix
