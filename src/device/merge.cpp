@@ -393,7 +393,11 @@ Result<void> canMerge(TQuobrixDocument& document) {
     QUOBRIX_TRY(checkKeys<ActivityLog>(document.activity()));
     if (TAccidentLogTable* accidents = document.accidents()) // its row count may turn out to be damaged
         QUOBRIX_TRY(checkKeys<AccidentLog>(*accidents));
-    if (document.store().singletonIds().contains(TAccidentLogTable::kType.id()) && !document.accidents())
+    if (document.accidents())
+        return {};
+    // There must be none: one that cannot be read, or that the index does not name, must not get another beside it.
+    ObjectStore& store = document.store();
+    if (store.singletonIds().contains(TAccidentLogTable::kType.id()) || store.findLostSingletons())
         return Error{ErrorKind::Corrupt, std::string(TAccidentLogTable::kType.name)};
     return {};
 }

@@ -134,27 +134,21 @@ bool Directory::sensible(std::uint32_t index) const {
            nameBytes <= 64 && nameBytes % 2 == 0 && load16(at(index) + nameBytes - 2) == 0;
 }
 
-/// Marks in SEEN, and lists in FOUND, what hangs on TOP; false where a link leads astray. Needs no recursion: a
-/// foreign writer may have made a list of it.
-bool Directory::walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const {
-    bool sound = true;
+/// Marks in SEEN, and lists in FOUND, what hangs on TOP. Needs no recursion: a foreign writer may have made a list of
+/// it.
+void Directory::walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const {
     std::vector<std::uint32_t> open{top};
     while (!open.empty()) {
         const std::uint32_t index = open.back();
         open.pop_back();
-        if (index == kNoEntry)
+        if (index == 0 || index >= count() || seen.contains(index) || !sensible(index))
             continue;
-        if (index == 0 || index >= count() || seen.contains(index) || !sensible(index)) {
-            sound = false;
-            continue;
-        }
         seen.insert(index);
         if (found != nullptr)
             found->push_back(index);
         open.push_back(link(index, entry::kRight));
         open.push_back(link(index, entry::kLeft));
     }
-    return sound;
 }
 
 /// The members where they are all there is: no inner storage, and exactly one link to each entry. One pass through the
@@ -193,16 +187,15 @@ void Directory::findMembers() {
     if (auto plain = plainMembers()) {
         found = *std::move(plain);
     } else {
+        // Whatever no tree leads to belonged here: a damaged link or entry has cut it off.
         SectorSet seen;
-        if (!walk(link(0, entry::kChild), seen, &found)) {
-            // A damaged entry has cut off what hung on it. Whatever no inner storage leads to belonged here.
-            for (std::uint32_t index = 1; index < count(); ++index)
-                if (sensible(index) && type(index) == EntryType::Storage)
-                    walk(link(index, entry::kChild), seen, nullptr);
-            for (std::uint32_t index = 1; index < count(); ++index)
-                if (sensible(index) && !seen.contains(index))
-                    found.push_back(index);
-        }
+        walk(link(0, entry::kChild), seen, &found);
+        for (std::uint32_t index = 1; index < count(); ++index)
+            if (sensible(index) && type(index) == EntryType::Storage)
+                walk(link(index, entry::kChild), seen, nullptr);
+        for (std::uint32_t index = 1; index < count(); ++index)
+            if (sensible(index) && !seen.contains(index))
+                found.push_back(index);
     }
     memberCount_ = static_cast<std::uint32_t>(found.size());
     rehash();

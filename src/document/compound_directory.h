@@ -74,7 +74,7 @@ private:
     bool sensible(std::uint32_t index) const;
     void findMembers();
     std::optional<std::vector<std::uint32_t>> plainMembers() const;
-    bool walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const;
+    void walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const;
     void prepareTree();
     void appendPage();
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cassert>
 #include <charconv>
+#include <optional>
 
 namespace quobrix {
 namespace {
@@ -27,11 +28,12 @@ constexpr ObjectId kLargestNextId = 1u << 31;
 
 std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
 
-/// The id that a stream is named by; nothing for other names ("Version", "007").
-ObjectId idOfStream(std::string_view name) {
-    ObjectId id = kNoObject;
-    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), id);
-    return error == std::errc{} && end == name.data() + name.size() && streamName(id) == name ? id : kNoObject;
+/// The class that a stream of an object begins with; nothing if it cannot be read.
+std::optional<std::uint32_t> typeIdOf(const CompoundFile& file, ObjectId id) {
+    const Result<Bytes> content = file.read(streamName(id));
+    if (!content || content->size() < 4)
+        return {};
+    return ByteReader(*content).u32();
 }
 
 Bytes u32Stream(std::uint32_t value) {
@@ -41,6 +43,13 @@ Bytes u32Stream(std::uint32_t value) {
 }
 
 } // namespace
+
+ObjectId idOfStream(std::string_view name) {
+    ObjectId id = kNoObject;
+    const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), id);
+    const bool proper = error == std::errc{} && end == name.data() + name.size() && id < kLargestNextId;
+    return proper && streamName(id) == name ? id : kNoObject;
+}
 
 void TypeRegistry::add(const PersistentType& type) {
     [[maybe_unused]] const bool added = types_.emplace(type.id(), &type).second;
@@ -134,6 +143,8 @@ void ObjectStore::loadIndex() {
         const ObjectId id = singletons.u32();
         if (!slot(id) || !singletons_.emplace(typeId, id).second)
             why = "a singleton is not among the objects";
+        else if (!types_.find(typeId) && typeIdOf(*file_, id) != typeId) // a later version may have added some
+            why = "a singleton is not of its class";
     }
     finish(singletons, kSingletonIdsStream);
 
@@ -167,14 +178,36 @@ void ObjectStore::rebuildIndex(const std::string& why) {
     std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
     for (const Slot& entry : slots_) {
         nextId_ = std::max(nextId_, entry.id + 1);
-        if (const Result<Bytes> content = file_->read(streamName(entry.id)); content && content->size() >= 4) {
-            const PersistentType* type = types_.find(ByteReader(*content).u32());
+        if (const std::optional<std::uint32_t> typeId = typeIdOf(*file_, entry.id)) {
+            const PersistentType* type = types_.find(*typeId);
             if (type && type->singleton)
-                singletons_.emplace(type->id(), entry.id);
+                singletons_.emplace(*typeId, entry.id);
         }
     }
     indexDamaged_ = true;
     damage_.push_back({kNoObject, 0, why});
+}
+
+bool ObjectStore::findLostSingletons() {
+    if (!file_ || indexDamaged_ || lostSingletonsSought_)
+        return indexDamaged_;
+    lostSingletonsSought_ = true;
+    std::string why;
+    for (const Slot& entry : slots_) {
+        if (entry.object || entry.unreadable)
+            continue; // a singleton that is loaded is known
+        const std::optional<std::uint32_t> typeId = typeIdOf(*file_, entry.id);
+        const PersistentType* type = typeId ? types_.find(*typeId) : nullptr;
+        if (type && type->singleton && singletons_.emplace(*typeId, entry.id).second)
+            why = fmt::format("the stream \"{}\" does not name the {}", kSingletonIdsStream, type->name);
+        else if (!typeId && why.empty())
+            why = fmt::format("a singleton is missing, and may be object {}, which cannot be read", entry.id);
+    }
+    if (!why.empty()) {
+        indexDamaged_ = true;
+        damage_.push_back({kNoObject, 0, std::move(why)});
+    }
+    return indexDamaged_;
 }
 
 ObjectStore::Slot* ObjectStore::slot(ObjectId id) {
@@ -269,6 +302,9 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
 
 PersistentObject* ObjectStore::findTyped(ObjectId id, const PersistentType& type) {
     PersistentObject* object = find(id);
+    if (!slot(id))
+        noteBadReference(id, type.id(),
+                         fmt::format("there is no such object, although a {} is referred to", type.name));
     if (object && object->type().id() != type.id()) {
         noteBadReference(id, type.id(), fmt::format("a {} is referred to as {}", object->type().name, type.name));
         return nullptr;
@@ -284,6 +320,9 @@ PersistentObject* ObjectStore::existingSingletonOf(const PersistentType& type) {
 PersistentObject& ObjectStore::singletonOf(const PersistentType& type) {
     if (PersistentObject* existing = existingSingletonOf(type))
         return *existing;
+    if (!singletons_.contains(type.id()) && findLostSingletons())
+        if (PersistentObject* found = existingSingletonOf(type))
+            return *found;
     if (singletons_.contains(type.id()) || indexDamaged_) {
         std::unique_ptr<PersistentObject>& standIn = standIns_[type.id()];
         if (!standIn)
@@ -333,7 +372,7 @@ void ObjectStore::destroy(ObjectId id) {
 Result<void> ObjectStore::save(CompoundFile& file) {
     for (const ObjectId id : deletedStreams_)
         file.remove(streamName(id));
-    const bool writeIndex = indexModified_ || version_ != kVersion || !file.contains(kObjectIdsStream);
+    const bool writeIndex = indexModified_ || indexDamaged_ || version_ != kVersion || !file.contains(kObjectIdsStream);
     if (writeIndex) {
         file.write(kVersionStream, u32Stream(kVersion));
         file.write(kNextIdStream, u32Stream(nextId_));
@@ -366,9 +405,13 @@ Result<void> ObjectStore::save(CompoundFile& file) {
         file.write(name, out.take());
     }
     if (writeIndex) {
+        // What stands in for a lost singleton is named without an object, so that nobody takes this index for whole.
+        std::map<std::uint32_t, ObjectId> named = singletons_;
+        for (const auto& [typeId, standIn] : standIns_)
+            named.emplace(typeId, kNoObject);
         ByteWriter singletons;
-        singletons.u32(static_cast<std::uint32_t>(singletons_.size()));
-        for (const auto& [typeId, id] : singletons_) {
+        singletons.u32(static_cast<std::uint32_t>(named.size()));
+        for (const auto& [typeId, id] : named) {
             singletons.u32(typeId);
             singletons.u32(id);
         }
@@ -384,6 +427,7 @@ void ObjectStore::saved() {
     deletedStreams_.clear();
     version_ = kVersion;
     modified_ = indexModified_ = false;
+    indexDamaged_ = indexDamaged_ && !standIns_.empty();
 }
 
 } // namespace quobrix

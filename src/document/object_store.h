@@ -21,6 +21,9 @@ struct Damage {
     std::string what;
 };
 
+/// The id that a stream is named by; nothing for other names ("Version", "007", and numbers that no object gets).
+ObjectId idOfStream(std::string_view name);
+
 /// The objects of a document, loaded on first request and written when changed. User-interface thread only.
 ///
 /// Streams: "Version", "Next Available Id", "Available Ids", "Object Ids", "Singleton Ids", and one per object, named
@@ -51,7 +54,8 @@ public:
         return static_cast<T*>(findTyped(id, T::kType));
     }
     /// The one instance of a singleton class: loaded, or created when the document has none. If the document has one
-    /// that cannot be read, an empty stand-in that no save writes.
+    /// that cannot be read, or may have one that its damaged index does not name, an empty stand-in that no save
+    /// writes.
     template <class T>
     T& singleton() {
         return static_cast<T&>(singletonOf(T::kType));
@@ -92,9 +96,13 @@ public:
     void setModified() { modified_ = true; }
     /// Everything found unreadable so far, each once.
     const std::vector<Damage>& damage() const { return damage_; }
-    /// An index stream was damaged: what the document holds is a reconstruction.
+    /// An index stream was damaged: what the document holds is a reconstruction, which the next save to another file
+    /// writes there.
     bool indexDamaged() const { return indexDamaged_; }
     bool unreadable(ObjectId id) const;
+    /// Looks through the streams of all objects, once, for singletons that the index does not name: these count from
+    /// then on, and the index as damaged. Whether it is.
+    bool findLostSingletons();
     /// Notes that ID (known to the index) holds content that contradicts the rest of the document. It reads as nothing
     /// from now on; the object itself stays in memory, for those that hold it already.
     void noteDamage(ObjectId id, std::uint32_t typeId, std::string what);
@@ -136,6 +144,7 @@ private:
     bool modified_ = false;
     bool indexModified_ = true;
     bool indexDamaged_ = false;
+    bool lostSingletonsSought_ = false;
 };
 
 } // namespace quobrix

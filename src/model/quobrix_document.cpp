@@ -92,6 +92,10 @@ void TQuobrixDocument::bind() {
          std::initializer_list<const Table*>{drivers_, vehicles_, loggers_, trips_, troubles_, activity_})
         if (!root->store()) // a stand-in
             setReadOnly({ErrorKind::Corrupt, std::string(logOfClass(root->type().name)) + " cannot be read"});
+    const auto& damage = store().damage();
+    const auto ofIndex = std::find_if(damage.begin(), damage.end(), [](auto& d) { return d.id == kNoObject; });
+    if (ofIndex != damage.end()) // it may have turned up only while a root was sought
+        setReadOnly({ErrorKind::Corrupt, ofIndex->what});
 }
 
 std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : path().filename().string(); }

@@ -40,6 +40,10 @@ Column& Table::load(std::size_t index) const {
         return *entry.column;
     const PersistentType& type = spec().column(index);
     PersistentObject* object = store() && entry.id != kNoObject ? store()->find(entry.id) : nullptr;
+    if (!object && store() && entry.id != kNoObject && !store()->unreadable(entry.id))
+        store()->noteBadReference(
+            entry.id, type.id(),
+            fmt::format("there is no such object, although {} names it as its {}", spec().type.name, type.name));
     if (object && (object->type().id() != type.id() || static_cast<Column*>(object)->table_)) {
         store()->noteBadReference(entry.id, type.id(),
                                   fmt::format("{} names a {} as its {}, which belongs elsewhere", spec().type.name,

@@ -1,4 +1,5 @@
 #include "document/compound_file.h"
+#include "document/compound_format.h"
 
 #include "support/memory_file.h"
 
@@ -87,6 +88,18 @@ TEST_F(CompoundFileDamage, AnEntryThatMakesNoSenseHidesOnlyItself) {
     EXPECT_EQ(sectors, 10u);
     expectLost("cp");
     EXPECT_EQ(sectorsFilledWith('p'), sectors);
+}
+
+TEST_F(CompoundFileDamage, ALinkOfTheDirectoryThatIsLostLosesNothing) {
+    const std::size_t root = (cfb::load32(disk_->data() + 48) + 1) * 512;
+    const Bytes sound = *disk_;
+    for (const std::size_t link : {root + 76, entryOf('h') + 68, entryOf('h') + 72, entryOf('p') + 72})
+        for (const std::uint32_t to : {0xFFFFFFFFu, 0u, 3u, 4711u}) {
+            *disk_ = sound;
+            put32(link, to);
+            EXPECT_EQ((*open())->names().size(), 26u);
+            expectLost("");
+        }
 }
 
 TEST_F(CompoundFileDamage, CrossedAndEndlessChainsAreCorruptForTheirStreamsOnly) {
