@@ -1,7 +1,6 @@
 #include "document/compound_allocation.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace quobrix::cfb {
 
@@ -12,68 +11,64 @@ constexpr std::uint32_t kShortestPiece = 8;
 
 } // namespace
 
-/// Beyond the words there are only gaps: kNone stands for "after all words".
-template <bool kMember>
-std::uint32_t SectorSet::next(std::uint32_t from) const {
-    std::size_t index = from / 64;
-    std::uint64_t mask = ~std::uint64_t{0} << (from % 64);
-    for (; index < words_.size(); ++index, mask = ~std::uint64_t{0})
-        if (const std::uint64_t word = (kMember ? words_[index] : ~words_[index]) & mask; word != 0)
-            return static_cast<std::uint32_t>(index * 64 + static_cast<std::size_t>(std::countr_zero(word)));
-    return kNone;
-}
-
-std::uint32_t SectorSet::nextMember(std::uint32_t from) const { return next<true>(from); }
-
-std::uint32_t SectorSet::nextGap(std::uint32_t from) const {
-    const std::uint32_t gap = next<false>(from);
-    return gap != kNone ? gap : std::max(from, static_cast<std::uint32_t>(words_.size() * 64));
-}
-
-std::vector<std::uint32_t> SectorSet::members() const {
-    std::vector<std::uint32_t> members;
-    for (std::uint32_t sector = nextMember(0); sector != kNone; sector = nextMember(sector + 1))
-        members.push_back(sector);
-    return members;
-}
-
-void AllocationTable::load(std::vector<std::uint32_t> marks, const SectorSet& claimed,
-                           std::set<std::uint32_t> avoided) {
-    marks_ = std::move(marks);
+void AllocationTable::load(Bytes marks, SectorSet claimed, std::set<std::uint32_t> avoided) {
+    pages_ = Pages(std::move(marks));
+    held_ = std::move(claimed);
     avoided_ = std::move(avoided);
-    for (std::uint32_t sector = 0; sector < marks_.size(); ++sector)
-        if (marks_[sector] != kFreeSector || claimed.contains(sector)) {
-            held_.insert(sector);
-            end_ = sector + 1;
+    if (reuse_ == Reuse::AfterCommit)
+        for (std::uint32_t sector = 0; sector < pages_.count() * kMarksPerPage; ++sector)
+            if (mark(sector) != kFreeSector)
+                held_.insert(sector);
+    findFree();
+}
+
+/// Up to the last sector that is used or held, the others are there to be used.
+void AllocationTable::findFree() {
+    available_.clear();
+    freeCount_ = end_ = cursor_ = 0;
+    noRunOf_ = ~0u;
+    const auto use = [&](std::uint32_t sector) {
+        for (; end_ < sector; ++end_) {
+            available_.insert(end_);
+            ++freeCount_;
         }
-    for (std::uint32_t sector = held_.nextGap(0); sector < end_; sector = held_.nextGap(sector + 1)) {
-        available_.insert(sector);
-        ++freeCount_;
-    }
+        ++end_;
+    };
+    const std::uint32_t marks = pages_.count() * kMarksPerPage;
+    for (std::uint32_t sector = 0; sector < marks; ++sector)
+        if (mark(sector) != kFreeSector || held_.contains(sector))
+            use(sector);
+    for (std::uint32_t sector = held_.nextMember(marks); sector != SectorSet::kNone;
+         sector = held_.nextMember(sector + 1))
+        use(sector);
+    freeCount_ += static_cast<std::uint32_t>(freed_.size());
 }
 
 void AllocationTable::setNext(std::uint32_t sector, std::uint32_t next) {
-    if (marks_[sector] == next)
-        return;
-    marks_[sector] = next;
-    dirty_.insert(sector / kMarksPerPage);
+    if (mark(sector) != next)
+        store32(pages_.change(std::size_t{4} * sector), next);
 }
 
+/// Chains the run behind TAIL, which then is its last sector.
 void AllocationTable::use(std::uint32_t first, std::uint32_t count, std::uint32_t& tail) {
-    if (first + count > marks_.size())
-        marks_.resize(unitsOf(first + count, kMarksPerPage) * std::size_t{kMarksPerPage}, kFreeSector);
-    for (std::uint32_t sector = first; sector < first + count; ++sector) {
-        if (sector < end_) {
-            available_.erase(sector);
-            --freeCount_;
-        }
-        if (tail != kEndOfChain)
-            setNext(tail, sector);
-        setNext(sector, kEndOfChain);
-        tail = sector;
+    const std::uint32_t after = first + count;
+    if (after > pages_.count() * kMarksPerPage)
+        pages_.grow(unitsOf(after, kMarksPerPage), 0xFF);
+    for (std::uint32_t sector = first; sector < std::min(after, end_); ++sector) {
+        available_.erase(sector);
+        --freeCount_;
     }
-    end_ = std::max(end_, first + count);
-    cursor_ = first + count;
+    for (std::uint32_t sector = first; sector < after;) {
+        std::uint8_t* at = pages_.change(std::size_t{4} * sector);
+        const std::uint32_t pageEnd = std::min(after, (sector / kMarksPerPage + 1) * kMarksPerPage);
+        for (; sector < pageEnd; ++sector, at += 4)
+            store32(at, sector + 1 < after ? sector + 1 : kEndOfChain);
+    }
+    if (tail != kEndOfChain)
+        setNext(tail, first);
+    tail = after - 1;
+    end_ = std::max(end_, after);
+    cursor_ = after;
     allocated_.push_back({first, count});
 }
 
@@ -143,22 +138,23 @@ void AllocationTable::release(std::uint32_t sector) {
 }
 
 void AllocationTable::releaseChain(std::uint32_t first) {
-    while (first < marks_.size()) {
-        const std::uint32_t following = marks_[first];
+    while (first < pages_.count() * kMarksPerPage) {
+        const std::uint32_t following = mark(first);
         release(first);
         first = following;
     }
 }
 
-void AllocationTable::holdAllocated() {
-    for (const Run& run : allocated_)
-        for (std::uint32_t sector = run.first; sector < run.first + run.count; ++sector)
-            if (marks_[sector] != kFreeSector)
-                held_.insert(sector);
+void AllocationTable::commit(bool copying) {
+    if (reuse_ == Reuse::AfterCommit)
+        for (const Run& run : allocated_)
+            for (std::uint32_t sector = run.first; sector < run.first + run.count; ++sector)
+                if (mark(sector) != kFreeSector)
+                    held_.insert(sector);
     allocated_.clear();
-}
-
-void AllocationTable::releaseFreed() {
+    pages_.commit();
+    if (copying)
+        return;
     for (const std::uint32_t sector : freed_) {
         held_.erase(sector);
         available_.insert(sector);
@@ -168,11 +164,20 @@ void AllocationTable::releaseFreed() {
     cursor_ = 0;
 }
 
-Sector AllocationTable::page(std::uint32_t index) const {
-    Sector sector;
-    for (std::uint32_t i = 0; i < kMarksPerPage; ++i)
-        store32(sector.data() + 4 * i, marks_[std::size_t{index} * kMarksPerPage + i]);
-    return sector;
+void AllocationTable::rollBack(bool certain) {
+    pages_.rollBack();
+    // What earlier commits have released stays so.
+    std::erase_if(freed_,
+                  [&](std::uint32_t sector) { return next(sector) != kFreeSector && next(sector) != kUnknownSector; });
+    if (!certain && reuse_ == Reuse::AfterCommit)
+        for (const Run& run : allocated_)
+            for (std::uint32_t sector = run.first; sector < run.first + run.count; ++sector)
+                if (!held(sector)) {
+                    held_.insert(sector);
+                    freed_.push_back(sector);
+                }
+    allocated_.clear();
+    findFree();
 }
 
 } // namespace quobrix::cfb

@@ -29,6 +29,35 @@ char16_t upper(char16_t unit) {
     return unit;
 }
 
+/// UNIT(i) is the name's i-th UTF-16 unit.
+template <class Unit>
+std::uint32_t hashName(std::uint32_t length, Unit unit) {
+    std::uint32_t hash = length;
+    for (std::uint32_t i = 0; i < length; ++i)
+        hash = (hash ^ upper(unit(i))) * 0x9E3779B1u;
+    return hash ^ hash >> 15;
+}
+
+template <class UnitA, class UnitB>
+int compareUnits(std::uint32_t lengthA, UnitA a, std::uint32_t lengthB, UnitB b) {
+    if (lengthA != lengthB)
+        return lengthA < lengthB ? -1 : 1;
+    for (std::uint32_t i = 0; i < lengthA; ++i)
+        if (const int difference = upper(a(i)) - upper(b(i)); difference != 0)
+            return difference;
+    return 0;
+}
+
+/// The units of an entry's name, where it lies in its page.
+auto unitsAt(const std::uint8_t* entry) {
+    return [entry](std::uint32_t i) { return static_cast<char16_t>(load16(entry + entry::kName + 2 * i)); };
+}
+auto nameUnits(const EntryName& name) {
+    return [&name](std::uint32_t i) { return name.units[i]; };
+}
+/// In UTF-16 units, without the terminator.
+std::uint32_t lengthAt(const std::uint8_t* entry) { return load16(entry + entry::kNameBytes) / 2u - 1; }
+
 } // namespace
 
 std::optional<EntryName> EntryName::fromText(std::string_view text) {
@@ -86,20 +115,10 @@ std::string EntryName::text() const {
     return text;
 }
 
-std::uint32_t EntryName::hash() const {
-    std::uint32_t hash = length;
-    for (std::uint32_t i = 0; i < length; ++i)
-        hash = (hash ^ upper(units[i])) * 0x9E3779B1u;
-    return hash ^ hash >> 15;
-}
+std::uint32_t EntryName::hash() const { return hashName(length, nameUnits(*this)); }
 
 int compareNames(const EntryName& a, const EntryName& b) {
-    if (a.length != b.length)
-        return a.length < b.length ? -1 : 1;
-    for (std::uint32_t i = 0; i < a.length; ++i)
-        if (const int difference = upper(a.units[i]) - upper(b.units[i]); difference != 0)
-            return difference;
-    return 0;
+    return compareUnits(a.length, nameUnits(a), b.length, nameUnits(b));
 }
 
 Directory::Directory() : treeChecked_(true) {
@@ -116,16 +135,24 @@ Directory::Directory() : treeChecked_(true) {
     rehash();
 }
 
-Directory::Directory(Bytes entries) : bytes_(std::move(entries)) {
+Directory::Directory(Bytes entries) : pages_(std::move(entries)) { load(); }
+
+void Directory::load() {
+    treeChecked_ = false;
+    members_.clear();
+    freeSlots_.clear();
     findMembers();
     for (std::uint32_t index = count(); index-- > 1;)
         if (type(index) == EntryType::Unused && load16(at(index) + entry::kNameBytes) == 0)
             freeSlots_.push_back(index);
 }
 
-std::uint8_t* Directory::change(std::uint32_t index) {
-    dirty_.insert(index / kEntriesPerPage);
-    return bytes_.data() + std::size_t{index} * kEntrySize;
+void Directory::rollBack() {
+    pages_.rollBack();
+    if (pages_.count() == 0)
+        *this = Directory();
+    else
+        load();
 }
 
 bool Directory::sensible(std::uint32_t index) const {
@@ -199,23 +226,37 @@ void Directory::findMembers() {
     }
     memberCount_ = static_cast<std::uint32_t>(found.size());
     rehash();
+    const std::size_t mask = slots_.size() - 1;
     for (const std::uint32_t index : found) {
+        const std::uint32_t hash = hashOf(index);
+        const auto sameName = [&](const Slot& slot) {
+            return slot.hash == hash && compareUnits(lengthAt(at(index)), unitsAt(at(index)), lengthAt(at(slot.index)),
+                                                     unitsAt(at(slot.index))) == 0;
+        };
         // Of two entries of one name only the first can be meant.
-        if (find(name(index)) != kNoEntry) {
+        std::size_t place = hash & mask;
+        while (slots_[place].index != kNoEntry && !sameName(slots_[place]))
+            place = (place + 1) & mask;
+        if (slots_[place].index != kNoEntry) {
             --memberCount_;
             continue;
         }
         members_.insert(index);
-        hashInsert(index);
+        slots_[place] = {index, hash};
+        ++slotsUsed_;
     }
 }
 
 EntryName Directory::name(std::uint32_t index) const {
     EntryName name;
-    name.length = load16(at(index) + entry::kNameBytes) / 2u - 1;
-    for (std::uint32_t i = 0; i < name.length; ++i)
-        name.units[i] = load16(at(index) + entry::kName + 2 * i);
+    name.length = lengthAt(at(index));
+    std::generate_n(name.units.begin(), name.length,
+                    [unit = unitsAt(at(index)), i = 0u]() mutable { return unit(i++); });
     return name;
+}
+
+int Directory::compare(const EntryName& name, std::uint32_t index) const {
+    return compareUnits(name.length, nameUnits(name), lengthAt(at(index)), unitsAt(at(index)));
 }
 
 std::vector<std::uint32_t> Directory::members() const {
@@ -259,7 +300,7 @@ void Directory::prepareTree() {
 
 void Directory::appendPage() {
     const std::uint32_t first = count();
-    bytes_.resize(bytes_.size() + kSectorSize);
+    pages_.grow(pages_.count() + 1, 0);
     for (std::uint32_t index = first + kEntriesPerPage; index-- > first;) {
         std::uint8_t* slot = change(index);
         store32(slot + entry::kLeft, kNoEntry);
@@ -289,7 +330,7 @@ std::uint32_t Directory::insert(const EntryName& name) {
     if (2 * (slotsUsed_ + 1) > slots_.size())
         rehash(); // takes the new member in
     else
-        hashInsert(index);
+        hashInsert(index, name.hash());
     return index;
 }
 
@@ -331,15 +372,15 @@ std::uint32_t Directory::find(const EntryName& name) const {
     const std::size_t mask = slots_.size() - 1;
     const std::uint32_t hash = name.hash();
     for (std::size_t at = hash & mask; slots_[at].index != kNoEntry; at = (at + 1) & mask)
-        if (slots_[at].index != kErasedSlot && slots_[at].hash == hash &&
-            compareNames(this->name(slots_[at].index), name) == 0)
+        if (slots_[at].index != kErasedSlot && slots_[at].hash == hash && compare(name, slots_[at].index) == 0)
             return slots_[at].index;
     return kNoEntry;
 }
 
-void Directory::hashInsert(std::uint32_t index) {
+std::uint32_t Directory::hashOf(std::uint32_t index) const { return hashName(lengthAt(at(index)), unitsAt(at(index))); }
+
+void Directory::hashInsert(std::uint32_t index, std::uint32_t hash) {
     const std::size_t mask = slots_.size() - 1;
-    const std::uint32_t hash = name(index).hash();
     std::size_t at = hash & mask;
     while (slots_[at].index != kNoEntry)
         at = (at + 1) & mask;
@@ -349,7 +390,7 @@ void Directory::hashInsert(std::uint32_t index) {
 
 void Directory::hashErase(std::uint32_t index) {
     const std::size_t mask = slots_.size() - 1;
-    std::size_t at = name(index).hash() & mask;
+    std::size_t at = hashOf(index) & mask;
     while (slots_[at].index != index)
         at = (at + 1) & mask;
     slots_[at].index = kErasedSlot;
@@ -362,7 +403,7 @@ void Directory::rehash() {
     slots_.assign(size, Slot{});
     slotsUsed_ = 0;
     for (const std::uint32_t index : members_.members())
-        hashInsert(index);
+        hashInsert(index, hashOf(index));
 }
 
 } // namespace quobrix::cfb

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/compound_allocation.h"
+#include "document/compound_pages.h"
 
 #include <array>
 #include <optional>
@@ -24,7 +24,7 @@ struct EntryName {
 int compareNames(const EntryName& a, const EntryName& b);
 
 /// The directory: all entries as they stand on disk, the tree of the root storage's members, and a hash of their
-/// names. Changes mark the pages (of kEntriesPerPage entries) that have to be written.
+/// names.
 class Directory {
 public:
     /// A new directory with a root entry only.
@@ -39,6 +39,8 @@ public:
     /// Removes an entry that find() yields; its index may be given to another.
     void erase(std::uint32_t index);
 
+    /// As compareNames() for NAME and the name of an entry.
+    int compare(const EntryName& name, std::uint32_t index) const;
     bool isMember(std::uint32_t index) const { return members_.contains(index); }
     bool isStream(std::uint32_t index) const { return type(index) == EntryType::Stream; }
     EntryName name(std::uint32_t index) const;
@@ -53,12 +55,10 @@ public:
     /// Takes over what other programs may keep beside the content: class id, state bits and times.
     void copyAttributes(std::uint32_t index, const Directory& from, std::uint32_t fromIndex);
 
-    std::uint32_t pageCount() const { return static_cast<std::uint32_t>(bytes_.size() / kSectorSize); }
-    std::vector<std::uint32_t> dirtyPages() const { return dirty_.members(); }
-    void clearDirty() { dirty_.clear(); }
-    ByteView page(std::uint32_t index) const {
-        return ByteView(bytes_).subspan(std::size_t{index} * kSectorSize, kSectorSize);
-    }
+    const Pages& pages() const { return pages_; }
+    void commit() { pages_.commit(); }
+    /// The directory is as it was committed, or new.
+    void rollBack();
 
     /// The fields of an entry that the tree consists of.
     std::uint32_t link(std::uint32_t index, std::uint32_t field) const { return load32(at(index) + field); }
@@ -67,11 +67,12 @@ public:
     void setRed(std::uint32_t index, bool red);
 
 private:
-    const std::uint8_t* at(std::uint32_t index) const { return bytes_.data() + std::size_t{index} * kEntrySize; }
-    std::uint8_t* change(std::uint32_t index);
-    std::uint32_t count() const { return static_cast<std::uint32_t>(bytes_.size() / kEntrySize); }
+    const std::uint8_t* at(std::uint32_t index) const { return pages_.data() + std::size_t{index} * kEntrySize; }
+    std::uint8_t* change(std::uint32_t index) { return pages_.change(std::size_t{index} * kEntrySize); }
+    std::uint32_t count() const { return pages_.count() * kEntriesPerPage; }
     EntryType type(std::uint32_t index) const { return static_cast<EntryType>(at(index)[entry::kType]); }
     bool sensible(std::uint32_t index) const;
+    void load();
     void findMembers();
     std::optional<std::vector<std::uint32_t>> plainMembers() const;
     void walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const;
@@ -82,12 +83,12 @@ private:
         std::uint32_t index = kNoEntry;
         std::uint32_t hash = 0; ///< of the name, so that most comparisons need not look at the entry
     };
-    void hashInsert(std::uint32_t index);
+    std::uint32_t hashOf(std::uint32_t index) const;
+    void hashInsert(std::uint32_t index, std::uint32_t hash);
     void hashErase(std::uint32_t index);
     void rehash();
 
-    Bytes bytes_;
-    SectorSet dirty_;   ///< page indexes
+    Pages pages_;
     SectorSet members_; ///< entries of the root storage
     std::uint32_t memberCount_ = 0;
     bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced

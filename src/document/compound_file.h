@@ -15,7 +15,7 @@ namespace quobrix {
 ///
 /// Writes are pending until commit(): changed streams, directory and allocation tables go to free sectors, a flush,
 /// the header sector that makes them current, another flush. A crash at any byte leaves the last committed state.
-/// Reads see pending writes. All calls may come from any thread (one internal lock).
+/// Reads see pending writes. All calls may come from any thread; reading need not wait for the flushes of a commit.
 class CompoundFile {
 public:
     /// Reads header, allocation tables and directory, nothing else. NotADocument: no compound file; Corrupt: damaged
@@ -36,13 +36,16 @@ public:
     virtual void write(std::string_view name, Bytes content) = 0;
     /// Removes a stream; no effect if there is none. Pending until commit.
     virtual void remove(std::string_view name) = 0;
-    /// Moves pending contents from memory to free sectors, durably: a commit can be tried again without them. What is
-    /// current on disk does not change. Errors as commit().
+    /// Moves pending contents from memory to free sectors. They are not durable, and what is current on disk does not
+    /// change, before the commit. Errors as commit(), with the same effect.
     virtual Result<void> spill() = 0;
-    /// Makes everything pending durable and current, or fails and leaves the file's committed state (the pending
-    /// changes are then kept, so that commit can be tried again). No effect when nothing has changed. Corrupt when
-    /// allocation tables or directory are too damaged to write to; Unsupported past 2 GB, and when a name was written
-    /// that the format forbids (until it is removed).
+    /// Makes everything pending durable and current, or leaves the file's committed state. No effect when nothing has
+    /// changed. Corrupt when writable() says so; Unsupported past 2 GB, and when a name was written that the format
+    /// forbids.
+    ///
+    /// A failure takes back everything pending since the last commit, what was spilled included, and the file gets its
+    /// former size again: who tries again writes everything again. Until something is written, commit() goes on
+    /// failing.
     virtual Result<void> commit() = 0;
     /// Corrupt when every commit() would be refused because allocation tables or directory are too damaged to write
     /// to. What is there can then be read, and copied stream by stream into another file.

@@ -48,20 +48,23 @@ private:
 class WriteBatch {
 public:
     /// CONTENT must stay where it is until write(); a last sector that it does not fill is filled up with zeros.
-    void add(std::uint32_t sector, ByteView content) { pieces_.push_back({sector, content}); }
+    void add(std::uint32_t sector, ByteView content);
     /// The same for content made on the spot.
     void add(std::uint32_t sector, const Sector& content);
-    bool empty() const { return pieces_.empty(); }
     Result<void> write(File& file);
+    /// Where the last of it ends in the file (bytes).
+    std::uint64_t end() const { return end_; }
 
 private:
     struct Piece {
         std::uint32_t sector;
         ByteView content;
+        std::uint32_t end() const { return sector + static_cast<std::uint32_t>(unitsOf(content.size(), kSectorSize)); }
     };
 
     std::vector<Piece> pieces_;
     std::vector<std::unique_ptr<Sector>> owned_;
+    std::uint64_t end_ = 0;
 };
 
 } // namespace quobrix::cfb

@@ -14,7 +14,7 @@ constexpr std::uint32_t kStructure = 0xFFFFFFFE;
 class Claims {
 public:
     /// MARKS: the table; COUNT: how many sectors there really are; MOST_SECTORS: how many there can ever be.
-    Claims(const std::vector<std::uint32_t>& marks, std::uint32_t count, std::uint32_t mostSectors)
+    Claims(const Bytes& marks, std::uint32_t count, std::uint32_t mostSectors)
         : marks_(marks), owners_(count, kNobody), mostSectors_(mostSectors) {}
 
     /// False if the sector does not exist or has an owner; OTHER is then that owner, or kNobody.
@@ -30,33 +30,37 @@ public:
     template <class Visit>
     bool follow(std::uint32_t first, std::uint32_t owner, std::uint32_t& other, Visit visit) {
         other = kNobody;
-        for (std::uint32_t sector = first; sector != kEndOfChain; sector = marks_[sector]) {
-            if (!claim(sector, owner, other) || sector >= marks_.size()) {
+        for (std::uint32_t sector = first, next; sector != kEndOfChain; sector = next) {
+            if (!claim(sector, owner, other)) {
                 if (sector >= owners_.size() && sector < mostSectors_)
                     astray_.insert(sector);
                 return false;
             }
+            keepIfFree(sector);
+            if (sector >= marks_.size() / 4)
+                return false;
             visit(sector);
+            next = load32(marks_.data() + std::size_t{4} * sector);
         }
         return true;
     }
 
-    /// Where chains lead that leave what is there.
-    const std::set<std::uint32_t>& astray() const { return astray_; }
-
-    SectorSet claimed() const {
-        SectorSet set;
-        for (std::uint32_t sector = 0; sector < owners_.size(); ++sector)
-            if (owners_[sector] != kNobody)
-                set.insert(sector);
-        return set;
+    /// A damaged table may call a claimed sector free, or not reach it: it must not be given out all the same.
+    void keepIfFree(std::uint32_t sector) {
+        if (sector >= marks_.size() / 4 || load32(marks_.data() + std::size_t{4} * sector) == kFreeSector)
+            claimedFree_.insert(sector);
     }
 
+    /// Where chains lead that leave what is there.
+    const std::set<std::uint32_t>& astray() const { return astray_; }
+    const SectorSet& claimedFree() const { return claimedFree_; }
+
 private:
-    const std::vector<std::uint32_t>& marks_;
+    const Bytes& marks_;
     std::vector<std::uint32_t> owners_;
     std::uint32_t mostSectors_;
     std::set<std::uint32_t> astray_;
+    SectorSet claimedFree_;
 };
 
 class Loader {
@@ -83,8 +87,8 @@ public:
         QUOBRIX_TRY(readDirectory());
         QUOBRIX_TRY(readMiniFat());
         checkStreams();
-        layout_.claimed = claims_->claimed();
-        layout_.claimedMini = miniClaims_->claimed();
+        layout_.claimed = claims_->claimedFree();
+        layout_.claimedMini = miniClaims_->claimedFree();
         layout_.avoided = claims_->astray();
         layout_.avoidedMini = miniClaims_->astray();
         return std::move(layout_);
@@ -105,15 +109,10 @@ private:
         return content;
     }
 
-    static void append(std::vector<std::uint32_t>& marks, ByteView page) {
-        for (std::size_t i = 0; i + 4 <= page.size(); i += 4)
-            marks.push_back(load32(page.data() + i));
-    }
-
     /// What a table says of sectors that do not exist is void.
-    static void freeFrom(std::vector<std::uint32_t>& marks, std::size_t first) {
-        if (first < marks.size())
-            std::fill(marks.begin() + static_cast<std::ptrdiff_t>(first), marks.end(), kFreeSector);
+    static void freeFrom(Bytes& marks, std::size_t first) {
+        if (4 * first < marks.size())
+            std::fill(marks.begin() + static_cast<std::ptrdiff_t>(4 * first), marks.end(), std::uint8_t{0xFF});
     }
 
     bool wholeSector(std::uint32_t sector) const {
@@ -135,7 +134,8 @@ private:
             const auto page = readSectors({next});
             if (!page)
                 return page.error();
-            append(list, *page);
+            for (std::size_t i = 0; i < kSectorSize; i += 4)
+                list.push_back(load32(page->data() + i));
             next = list.back();
             list.pop_back();
         }
@@ -158,20 +158,27 @@ private:
             return Error{ErrorKind::Corrupt, "no sector allocation table"};
         if (list.size() < header_.fatPages)
             layout_.incomplete = true;
-        const auto content = readSectors(present);
+        auto content = readSectors(present);
         if (!content)
             return content.error();
-        layout_.fat.reserve(layout_.fatSectors.size() * kMarksPerPage);
-        std::size_t at = 0;
-        for (const std::uint32_t sector : layout_.fatSectors) {
-            if (sector == kUnknownSector) {
-                layout_.fat.resize(layout_.fat.size() + kMarksPerPage, kUnknownSector);
-                continue;
-            }
-            append(layout_.fat, ByteView(*content).subspan(at, kSectorSize));
-            at += kSectorSize;
+        if (present.size() == layout_.fatSectors.size()) {
+            layout_.fat = *std::move(content);
+        } else {
+            auto from = content->begin();
+            for (const std::uint32_t sector : layout_.fatSectors)
+                if (sector != kUnknownSector) {
+                    layout_.fat.insert(layout_.fat.end(), from, from + kSectorSize);
+                    from += kSectorSize;
+                } else {
+                    for (std::uint32_t i = 0; i < kMarksPerPage; ++i)
+                        layout_.fat.insert(layout_.fat.end(), {kUnknownSector & 0xFF, 0xFF, 0xFF, 0xFF});
+                }
         }
         freeFrom(layout_.fat, sectors_);
+        for (const std::uint32_t sector : present)
+            claims_->keepIfFree(sector);
+        for (const std::uint32_t sector : layout_.difatSectors)
+            claims_->keepIfFree(sector);
         return {};
     }
 
@@ -209,15 +216,15 @@ private:
         if (load32(root + entry::kSize) > 0)
             layout_.miniStreamChain = structureChain(load32(root + entry::kStart));
         if (header_.miniFatPages > 0) {
-            const auto content = readChain(header_.firstMiniFatSector, layout_.miniFatChain);
+            auto content = readChain(header_.firstMiniFatSector, layout_.miniFatChain);
             if (!content)
                 return content.error();
-            append(layout_.miniFat, *content);
+            layout_.miniFat = *std::move(content);
         }
         const std::size_t there = layout_.miniStreamChain.size() * kMiniSectorsPerPage;
         freeFrom(layout_.miniFat, there);
         miniClaims_ = std::make_unique<Claims>(
-            layout_.miniFat, static_cast<std::uint32_t>(std::min(layout_.miniFat.size(), there)), kMostMiniSectors);
+            layout_.miniFat, static_cast<std::uint32_t>(std::min(layout_.miniFat.size() / 4, there)), kMostMiniSectors);
         return {};
     }
 

@@ -76,7 +76,7 @@ private:
         path_.clear();
         for (std::uint32_t at = directory_.link(kRoot, entry::kChild); at != until; at = child(at, side_)) {
             path_.push_back(at);
-            side_ = compareNames(name, directory_.name(at)) < 0 ? kLeft : kRight;
+            side_ = directory_.compare(name, at) < 0 ? kLeft : kRight;
         }
     }
 
@@ -181,7 +181,6 @@ std::optional<std::vector<std::uint32_t>> treeInOrder(const Directory& directory
     const std::size_t deepest = 2 * static_cast<std::size_t>(std::bit_width(most)) + 2;
     Step at{directory.link(kRoot, entry::kChild), 0};
     const auto endsAlike = [&](std::uint32_t blacks) { return blacks == blacksToEnds.value_or(blacks); };
-    EntryName last;
     for (bool parentRed = false;;) {
         if (at.node != kNoEntry) {
             if (!directory.isMember(at.node))
@@ -202,10 +201,8 @@ std::optional<std::vector<std::uint32_t>> treeInOrder(const Directory& directory
             return order;
         at = above.back();
         above.pop_back();
-        const EntryName name = directory.name(at.node);
-        if (!order.empty() && compareNames(last, name) >= 0)
+        if (!order.empty() && directory.compare(directory.name(order.back()), at.node) >= 0)
             return {};
-        last = name;
         order.push_back(at.node);
         parentRed = directory.red(at.node);
         at.node = directory.link(at.node, entry::kRight);

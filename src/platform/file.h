@@ -11,7 +11,7 @@
 namespace quobrix {
 
 /// A file as the compound-file engine sees it: bytes at offsets, and a flush that makes them durable. Tests put a
-/// fault-injecting one under the engine. Not thread-safe.
+/// fault-injecting one under the engine. Not thread-safe, but reading may go on during a flush().
 class File {
 public:
     virtual ~File() = default;

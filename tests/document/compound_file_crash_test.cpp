@@ -16,19 +16,21 @@ using namespace test;
 
 using Streams = std::map<std::string, Bytes>;
 
-/// What opening these bytes yields; nothing when it fails, as it must only before the first commit.
-std::optional<Streams> contentOf(Bytes image) {
-    auto file = CompoundFile::open(std::make_unique<MemoryFile>(std::move(image)));
-    if (!file)
-        return {};
+Streams contentOf(const CompoundFile& file) {
     Streams streams;
-    for (const std::string& name : (*file)->names()) {
-        auto content = (*file)->read(name);
+    for (const std::string& name : file.names()) {
+        auto content = file.read(name);
         if (!content)
             return Streams{{"unreadable: " + name, {}}};
         streams[name] = *std::move(content);
     }
     return streams;
+}
+
+/// What opening these bytes yields; nothing when it fails, as it must only before the first commit.
+std::optional<Streams> contentOf(Bytes image) {
+    auto file = CompoundFile::open(std::make_unique<MemoryFile>(std::move(image)));
+    return file ? std::optional(contentOf(**file)) : std::nullopt;
 }
 
 /// Writes, spills and commits of a random script, which knows at each moment what a reader may find.
@@ -60,9 +62,11 @@ public:
         pending_.erase(name);
     }
     void spill() {
-        for (int attempt = 0; attempt < 4; ++attempt)
+        for (int attempt = 0; attempt < 4; ++attempt) {
             if (file_->spill())
                 return;
+            writeAgain();
+        }
         ADD_FAILURE() << "no spill after four attempts";
     }
     void commit() {
@@ -74,6 +78,7 @@ public:
                 return;
             }
             // The user goes on working, and tries again.
+            writeAgain();
             if (attempt == 1)
                 change(2);
         }
@@ -104,6 +109,21 @@ public:
     }
 
 private:
+    /// A failure has taken everything back; what a document then writes.
+    void writeAgain() {
+        const std::size_t failAt = std::exchange(disk_.failAt, 0);
+        const Streams left = contentOf(*file_);
+        EXPECT_TRUE(left == committed_.value_or(Streams()));
+        EXPECT_FALSE(file_->commit());
+        disk_.failAt = failAt;
+        for (const auto& [name, bytes] : left)
+            if (!pending_.contains(name))
+                file_->remove(name);
+        for (const auto& [name, bytes] : pending_)
+            if (!left.contains(name) || left.at(name) != bytes)
+                file_->write(name, bytes);
+    }
+
     FaultDisk& disk_;
     std::mt19937 random_;
     std::unique_ptr<CompoundFile> file_;
@@ -177,6 +197,29 @@ TEST_P(CompoundFileFailure, OfAnyOperationLosesNothing) {
         ASSERT_EQ(image.fault, "") << "operation " << failAt << " failed";
         if (disk.operations < failAt)
             break; // the script ended before it
+    }
+}
+
+TEST(CompoundFileFailure, LeavesTheFileAsLargeAsItWas) {
+    for (std::size_t failAt = 1;; ++failAt) {
+        FaultDisk disk(static_cast<unsigned>(failAt));
+        Script script(disk, 5);
+        script.change(30);
+        script.commit();
+        const std::size_t size = disk.current().size();
+        CompoundFile& file = script.file();
+        disk.failAt = disk.operations + failAt;
+        disk.failWith = ErrorKind::DiskFull;
+        file.write("large", Bytes(50'000));
+        const auto spilled = file.spill();
+        file.write("0", Bytes(30'000));
+        const auto committed = file.commit();
+        if (spilled && committed)
+            break;
+        EXPECT_EQ((spilled ? committed : spilled).error().kind, ErrorKind::DiskFull);
+        if (!committed) {
+            EXPECT_EQ(disk.current().size(), size) << "operation " << failAt << " failed";
+        }
     }
 }
 

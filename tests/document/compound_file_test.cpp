@@ -53,17 +53,16 @@ TEST(CompoundFile, AnEmptyOneIsValid) {
 
 TEST(CompoundFile, SpaceIsReusedUpToTheLimitOfTheFormat) {
     using namespace cfb;
-    AllocationTable table(100);
+    AllocationTable table(100, Reuse::AfterCommit);
     ASSERT_TRUE(table.allocate(60));
-    table.holdAllocated();
+    table.commit(false);
     for (std::uint32_t sector = 10; sector < 30; ++sector)
         table.release(sector);
     // What the header on disk leads to is not given out, so only the 40 at the end are there.
     EXPECT_EQ(table.allocate(41).error().kind, ErrorKind::Unsupported);
     EXPECT_EQ(table.allocate(40)->front().first, 60u);
     EXPECT_EQ(table.allocate(1).error().kind, ErrorKind::Unsupported);
-    table.holdAllocated();
-    table.releaseFreed();
+    table.commit(false);
     const auto runs = table.allocate(20);
     ASSERT_TRUE(runs);
     EXPECT_EQ(runs->size(), 1u);

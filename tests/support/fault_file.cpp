@@ -38,18 +38,32 @@ public:
         return disk_.current_.size();
     }
 
-    Result<void> resize(std::uint64_t) override { return Error{ErrorKind::Unsupported, "not by this disk"}; }
+    Result<void> resize(std::uint64_t size) override {
+        if (disk_.fails())
+            return Error{disk_.failWith, "resize"};
+        disk_.current_.resize(static_cast<std::size_t>(size));
+        for (FaultDisk::Write& write : disk_.onTheWay_)
+            write.bytes.resize(std::min<std::size_t>(write.bytes.size(), size - std::min(size, write.offset)));
+        std::erase_if(disk_.onTheWay_, [](const FaultDisk::Write& write) { return write.bytes.empty(); });
+        disk_.sizes_.push_back(static_cast<std::size_t>(size));
+        disk_.changed();
+        return {};
+    }
 
     Result<void> flush() override {
         if (disk_.fails()) {
             // As systems do: what could not be written is forgotten, though reading still shows it.
             disk_.applySome(disk_.durable_);
             disk_.onTheWay_.clear();
+            disk_.sizes_.clear();
             return Error{disk_.failWith, "flush"};
         }
+        for (const std::size_t size : disk_.sizes_)
+            disk_.durable_.resize(size);
         for (const FaultDisk::Write& write : disk_.onTheWay_)
             FaultDisk::apply(disk_.durable_, write, 0, write.bytes.size());
         disk_.onTheWay_.clear();
+        disk_.sizes_.clear();
         disk_.changed();
         return {};
     }
@@ -77,6 +91,9 @@ void FaultDisk::apply(Bytes& to, const Write& write, std::size_t begin, std::siz
 }
 
 void FaultDisk::applySome(Bytes& to) {
+    // File systems keep changes of size in order.
+    for (std::size_t i = 0, count = random_() % (sizes_.size() + 1); i < count; ++i)
+        to.resize(sizes_[i]);
     std::vector<const Write*> order;
     for (const Write& write : onTheWay_)
         order.push_back(&write);

@@ -20,15 +20,15 @@ public:
     /// order. Only a write of 512 bytes at the beginning is whole or not there at all.
     Bytes powerCut();
 
-    /// Called after each write and flush that succeeds.
+    /// Called after each write, cut and flush that succeeds.
     std::function<void()> afterEachChange;
-    /// Fails operation number failAt (reads, writes, sizes and flushes count, from 1) and failures - 1 after it.
+    /// Fails operation number failAt (reads, writes, sizes, cuts and flushes count, from 1) and failures - 1 after it.
     /// A failing write leaves a part; after a failing flush the writes before it may never become durable.
     std::size_t failAt = 0;
     std::size_t failures = 1;
     ErrorKind failWith = ErrorKind::Io;
     std::size_t operations = 0;
-    std::size_t changes = 0; ///< writes and flushes that succeeded
+    std::size_t changes = 0; ///< writes, cuts and flushes that succeeded
 
     std::unique_ptr<File> file();
 
@@ -48,6 +48,7 @@ private:
     Bytes current_;
     Bytes durable_;
     std::vector<Write> onTheWay_;
+    std::vector<std::size_t> sizes_; ///< the file was cut to, and may not be yet
 };
 
 } // namespace quobrix::test
