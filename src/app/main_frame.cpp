@@ -21,6 +21,8 @@
 #include <QStatusBar>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -196,7 +198,9 @@ void TQuobrixFrame::closeEvent(QCloseEvent* event) {
     bool mayClose = false;
     const QAction* running = commands_->running();
     if (!busy_ && (!running || running == commands_->action(CommandId::Exit)))
-        commands_->guard(*commands_->action(CommandId::Exit), [&] { mayClose = files_.close(); });
+        commands_->guard(*commands_->action(CommandId::Exit), [&] {
+            mayClose = files_.close() && std::ranges::all_of(beforeClosing_, [](const auto& ask) { return ask(); });
+        });
     if (mayClose)
         rememberWindow();
     event->setAccepted(mayClose);

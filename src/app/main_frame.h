@@ -38,6 +38,8 @@ public:
     void setPortStatus(const QString& text);
     /// Opens PATH as the document, from the shell, a drop or the recent files, as one guarded command.
     void openFile(const std::filesystem::path& path);
+    /// Asks MAY_CLOSE before the window closes, after the document has been settled; false keeps it open.
+    void beforeClosing(std::function<bool()> mayClose) { beforeClosing_.push_back(std::move(mayClose)); }
     /// Lines that the About box shows below the program's own (the logger's versions).
     void setAboutLines(std::function<std::vector<std::pair<std::string, std::string>>()> lines);
 
@@ -68,6 +70,7 @@ private:
     QLabel* portStatus_;
     std::vector<QAction*> recentActions_;
     std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;
+    std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;
 };
 

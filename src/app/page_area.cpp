@@ -61,6 +61,12 @@ void PageArea::refresh() {
             entry.page->refresh();
 }
 
+void PageArea::unitsChanged() {
+    for (auto& [id, entry] : pages_)
+        if (entry.page)
+            entry.page->unitsChanged();
+}
+
 void PageArea::discard() {
     setUpdatesEnabled(false);
     for (auto& [id, entry] : pages_) {

@@ -28,6 +28,8 @@ public:
 
     /// Every page that has been made shows the document anew.
     void refresh();
+    /// Every page that has been made shows its values in the units that are now current.
+    void unitsChanged();
     /// Ends all pages, because the document is about to get other content.
     void discard();
     /// Makes the page that was in view again, after discard().

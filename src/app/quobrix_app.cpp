@@ -86,6 +86,7 @@ void TQuobrixApp::enterWorkingFolder() {
 
 void TQuobrixApp::createFrame() {
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
+    unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     logger_ = std::make_unique<LoggerCommands>(*frame_,
                                                loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath()))));
     frame_->pages().show(kHomePage);
@@ -137,8 +138,12 @@ void TQuobrixApp::openWhenIdle(const fs::path& file) {
 }
 
 void TQuobrixApp::unitsChanged(UnitsChange, std::optional<UnitTypeId>) {
-    if (frame_)
-        frame_->pages().refresh();
+    if (!frame_)
+        return;
+    frame_->pages().unitsChanged();
+    for (const QWidget* window : topLevelWidgets())
+        if (window != frame_.get())
+            retextTables(*window);
 }
 
 } // namespace quobrix

@@ -3,6 +3,7 @@
 #include "app/logger_commands.h"
 #include "app/main_frame.h"
 #include "app/single_instance.h"
+#include "app/units_command.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "units/time_zone.h"
@@ -46,6 +47,7 @@ private:
     const TimeZone zone_;
     std::unique_ptr<TQuobrixDocument> document_;
     std::unique_ptr<TQuobrixFrame> frame_;
+    std::unique_ptr<UnitsCommand> unitsCommand_;
     std::unique_ptr<LoggerCommands> logger_;
 };
 

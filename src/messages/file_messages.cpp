@@ -31,11 +31,15 @@ MessageId messageOf(ErrorKind kind) {
     return MessageId::FileIo;
 }
 
+std::string_view wordOf(FileAction action) {
+    constexpr std::string_view kWords[] = {"opened", "saved", "deleted"};
+    return kWords[static_cast<std::size_t>(action)];
+}
+
 } // namespace
 
 Message fileMessage(const Error& error, FileAction action, std::string_view name) {
-    return makeMessage(messageOf(error.kind), std::string(name), action == FileAction::Open ? "opened" : "saved",
-                       error.detail);
+    return makeMessage(messageOf(error.kind), std::string(name), std::string(wordOf(action)), error.detail);
 }
 
 } // namespace quobrix

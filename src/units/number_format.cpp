@@ -4,6 +4,7 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <numeric>
 
 namespace quobrix {
 namespace {
@@ -198,6 +199,35 @@ std::string_view formatNumber(const NumberFormat& format, double value, int deci
     const bool negative = value < 0 && !(allZero(parts.whole) && allZero(parts.fraction));
     if (!compose(format, parts, negative, writer))
         return withPowerOfTen(format, magnitude, negative, decimals, writer);
+    return writer.text();
+}
+
+std::string_view formatFraction(const NumberFormat& format, double value, std::span<char> buffer) {
+    constexpr double kLimit = 0x1p46;
+    constexpr std::int64_t kParts = 64;
+    if (!(std::fabs(value) < kLimit))
+        return formatNumber(format, value, 0, buffer);
+    const std::int64_t count = std::llround(std::fabs(value) * kParts);
+    const std::int64_t whole = count / kParts;
+    const std::int64_t part = count % kParts;
+    std::array<char, 24> text;
+    const auto digits = [&](std::int64_t number) {
+        const char* end = std::to_chars(text.begin(), text.end(), number).ptr;
+        return std::string_view(text.data(), static_cast<std::size_t>(end - text.data()));
+    };
+    Writer writer(buffer);
+    const SignText sign = value < 0 && count != 0 ? signText(format.negativeOrder) : SignText{};
+    writer.append(sign.before);
+    if (whole != 0 || part == 0)
+        compose(format, {digits(whole), {}}, false, writer);
+    if (part != 0) {
+        const std::int64_t common = std::gcd(part, kParts);
+        writer.append(whole != 0 ? " " : "");
+        writer.append(digits(part / common));
+        writer.append("/");
+        writer.append(digits(kParts / common));
+    }
+    writer.append(sign.after);
     return writer.text();
 }
 

@@ -47,7 +47,10 @@ using ValueText = std::array<char, kValueTextSize>;
 /// power of ten ("1.50e+40"), since a cut one would be a wrong one; not-a-number is "NaN", infinity "∞".
 /// A buffer smaller than kValueTextSize may cut the text, between characters.
 std::string_view formatNumber(const NumberFormat& format, double value, int decimals, std::span<char> buffer);
-/// The same for a whole number, from its digits.
+/// VALUE as a whole number and a fraction of 64ths, rounded to the nearest and reduced, as drills are sized: "1 47/64",
+/// "3/8", "2". A number without 64ths of its own (beyond 2^46, or none at all) is written as formatNumber writes it.
+std::string_view formatFraction(const NumberFormat& format, double value, std::span<char> buffer);
+/// A whole number, from its digits.
 std::string_view formatInteger(const NumberFormat& format, std::int64_t value, std::span<char> buffer);
 
 } // namespace quobrix

@@ -77,6 +77,8 @@ public:
     bool locked() const { return choices_.locked; }
     bool modified() const { return choices_.modified; }
     bool fractionDiameters() const { return choices_.fractionDiameters; }
+    /// Diameters are in inches and shown as fractions of them, whatever their decimals.
+    bool showsFractions() const { return choices_.fractionDiameters && unit(UnitTypeId::Diameter) == UnitId::Inch; }
     const TextLocale& locale() const { return locale_; }
 
     UnitId unit(UnitTypeId type) const { return choices_.units[index(type)]; }
@@ -105,8 +107,10 @@ public:
     std::string_view formatInteger(std::int64_t value, std::span<char> buffer) const {
         return quobrix::formatInteger(locale_.numbers, value, buffer);
     }
-    /// A base value in the current unit with the current decimals: "60".
+    /// A base value in the current unit with the current decimals: "60"; or as a fraction, see showsFractions().
     std::string_view formatValue(UnitTypeId type, double base, std::span<char> buffer) const {
+        if (type == UnitTypeId::Diameter && showsFractions())
+            return formatFraction(locale_.numbers, toDisplay(type, base), buffer);
         return formatNumber(toDisplay(type, base), decimals(type), buffer);
     }
     /// The same followed by the label: "60 MPH".

@@ -130,10 +130,11 @@ Result<void> UnitSystemStore::newSystem(std::string_view name, std::string_view 
     if (checkName(name))
         return unfitName(name);
     QUOBRIX_TRY(saveChanges());
-    Result<UnitChoices> choices = read(base);
+    Result<UnitChoices> choices = base == current_.name() ? current_.choices() : read(base);
     if (!choices)
         return choices.error();
     choices->name = name;
+    choices->modified = false;
     choices->locked = false;
     QUOBRIX_TRY(write(*choices));
     current_.replace(*std::move(choices));

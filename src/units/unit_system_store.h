@@ -42,7 +42,8 @@ public:
     /// Saves the changes, then loads the other.
     Result<void> switchSystem(std::string_view name);
     /// Saves the changes, then makes a copy of the system BASE under a NAME that checkName() lets pass (else
-    /// Unsupported); it becomes current.
+    /// Unsupported); it becomes current. If BASE is the current system, the copy has what was changed in it, which a
+    /// locked one could not keep.
     Result<void> newSystem(std::string_view name, std::string_view base);
     /// Gives the current system a name as newSystem() does; the new file is written before the old one goes.
     Result<void> renameSystem(std::string_view newName);

@@ -11,6 +11,7 @@ class LogPage : public Page {
     Q_OBJECT
 public:
     void refresh() override { list_->show(log()); }
+    void unitsChanged() override { retextTables(*this); }
     LogList& list() { return *list_; }
 
 protected:

@@ -31,11 +31,18 @@ public:
     /// What stands above the page; empty: the title that its id has.
     virtual QString title() const { return {}; }
 
-    /// Rows of the document, names or units have changed: show what there is now.
+    /// Rows of the document or names have changed: show what there is now.
     virtual void refresh() {}
+
+    /// Show the same in other units. Selection, scrolling and sorting stay.
+    virtual void unitsChanged() { refresh(); }
 
 signals:
     void titleChanged();
 };
+
+/// Makes every table on WIDGET show its cells and headings anew, because units have changed; nothing else of it
+/// changes.
+void retextTables(const QWidget& widget);
 
 } // namespace quobrix

@@ -106,6 +106,14 @@ QString TTripLogView::title() const {
 
 void TTripLogView::refresh() { summary_->show(&context_.document.trips()); }
 
+void TTripLogView::unitsChanged() {
+    retextTables(*this);
+    showTripName();
+    if (view() == View::Report)
+        report_->showTrip(summary_->currentRow());
+    emit titleChanged();
+}
+
 void TTripLogView::showView(View view) { tabs_->setCurrentIndex(place(view)); }
 
 void TTripLogView::step(int direction) {
@@ -122,13 +130,18 @@ void TTripLogView::currentTripChanged() {
         showView(View::Summary);
     previous_->setEnabled(row && summary_->neighbour(*row, -1));
     next_->setEnabled(row && summary_->neighbour(*row, 1));
+    showTripName();
+    showCurrentTrip();
+    emit titleChanged();
+}
+
+void TTripLogView::showTripName() {
+    const auto row = summary_->currentRow();
     const TTripLogTable& trips = context_.document.trips();
     trip_->setText(row ? QStringLiteral("%1 of %2")
                              .arg(toQt(tripTitle(trips, *row, context_.text())),
                                   toQt(context_.units.formatInteger(static_cast<std::int64_t>(trips.rowCount()))))
                        : QStringLiteral("No trips"));
-    showCurrentTrip();
-    emit titleChanged();
 }
 
 void TTripLogView::showCurrentTrip() {

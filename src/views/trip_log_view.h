@@ -26,6 +26,7 @@ public:
 
     QString title() const override;
     void refresh() override;
+    void unitsChanged() override;
     void showView(View view);
 
     TTripLogSummaryView& summary() { return *summary_; }
@@ -37,6 +38,7 @@ private:
     QWidget* makeNavigator();
     void step(int direction);
     void currentTripChanged();
+    void showTripName();
     void showCurrentTrip();
     void focusView();
 

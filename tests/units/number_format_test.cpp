@@ -85,6 +85,28 @@ TEST(NumberFormat, RoundsAsPrintfDoes) {
     }
 }
 
+TEST(NumberFormat, WritesFractionsAsDrillsAreSized) {
+    const auto fraction = [](double value, const NumberFormat& format = {}) {
+        ValueText buffer;
+        return std::string(formatFraction(format, value, buffer));
+    };
+    EXPECT_EQ(fraction(47.0 / 64), "47/64");
+    EXPECT_EQ(fraction(0.375), "3/8");
+    EXPECT_EQ(fraction(1.5), "1 1/2");
+    EXPECT_EQ(fraction(2), "2");
+    EXPECT_EQ(fraction(0), "0");
+    EXPECT_EQ(fraction(0.126), "1/8") << "the nearest 64th";
+    EXPECT_EQ(fraction(0.999), "1");
+    EXPECT_EQ(fraction(-0.25), "-1/4");
+    EXPECT_EQ(fraction(-0.001), "0");
+    EXPECT_EQ(fraction(-1234.5), "-1,234 1/2");
+    EXPECT_EQ(fraction(1e20), "100,000,000,000,000,000,000");
+    EXPECT_EQ(fraction(std::nan("")), "NaN");
+    NumberFormat brackets;
+    brackets.negativeOrder = NegativeOrder::Parentheses;
+    EXPECT_EQ(fraction(-2.75, brackets), "(2 3/4)");
+}
+
 TEST(NumberFormat, ASmallBufferCutsBetweenCharacters) {
     const NumberFormat swiss = locale(".", "’", "3;0");
     std::array<char, 3> buffer;

@@ -79,6 +79,18 @@ TEST_F(UnitStore, ANewSystemLivesThroughSavingRenamingAndDeleting) {
     EXPECT_FALSE(fs::exists(folders_.program / "Ours.us"));
 }
 
+TEST_F(UnitStore, ACopyOfTheCurrentSystemHasWhatWasChangedInIt) {
+    ASSERT_TRUE(store_.loadSystem("U.S."));
+    system_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
+    ASSERT_TRUE(store_.saveChanges()) << "a locked system's are passed over";
+    ASSERT_TRUE(store_.newSystem("Mine", "U.S."));
+    EXPECT_FALSE(system_.modified() || system_.locked());
+    ASSERT_TRUE(store_.loadSystem("U.S."));
+    EXPECT_EQ(system_.unit(UnitTypeId::Speed), UnitId::MilePerHour);
+    ASSERT_TRUE(store_.loadSystem("Mine"));
+    EXPECT_EQ(system_.unit(UnitTypeId::Speed), UnitId::KilometrePerHour);
+}
+
 TEST_F(UnitStore, RefusesNamesThatNoFileCanHaveOrThatExist) {
     const auto refusal = [&](std::string_view name) { return store_.checkName(name)->id; };
     for (const char* name : {"", "  "})

@@ -1,5 +1,7 @@
 #include "units/unit_system.h"
 
+#include "units/unit_example.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -50,6 +52,30 @@ TEST(UnitSystem, NoValueShowsAsBaseZero) {
     EXPECT_EQ(system.formatValue(UnitTypeId::D9, kNoValue), "0.000000000");
     system.setUnit(UnitTypeId::Temperature, UnitId::Celsius);
     EXPECT_EQ(system.toDisplay(UnitTypeId::Temperature, kNoValue), -273.15);
+}
+
+TEST(UnitSystem, ShowsDiametersInInchesAsFractionsOnRequest) {
+    TUnitSystem system;
+    const double drill = 0.0254 * 47 / 64; // m
+    system.setFractionDiameters(true);
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Diameter, drill), "0.02 m");
+    system.setUnit(UnitTypeId::Diameter, UnitId::Inch);
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Diameter, drill), "47/64 in");
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Depth, 0.5), "0.50 m") << "diameters only";
+    system.setFractionDiameters(false);
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Diameter, drill), "0.73 in");
+}
+
+TEST(UnitSystem, GivesAnExampleOfEveryTypeWithAChoice) {
+    TUnitSystem system;
+    for (const UnitTypeId type : offeredUnitTypes())
+        EXPECT_NE(unitExample(system, type), "") << unitTypeRecord(type).name;
+    system.setUnit(UnitTypeId::Speed, UnitId::MilePerHour);
+    system.setUnit(UnitTypeId::Date, UnitId::DayMonthYear);
+    EXPECT_EQ(unitExample(system, UnitTypeId::Speed), "26.8224 m/s shows as 60 MPH");
+    EXPECT_EQ(unitExample(system, UnitTypeId::Date), "March 4, 2009 shows as 04/03/2009");
+    EXPECT_EQ(unitExample(system, UnitTypeId::Time), "15:04 shows as 03:04 PM");
+    EXPECT_EQ(unitExample(system, UnitTypeId::P2), "");
 }
 
 TEST(UnitSystem, WritesIntoTheCallersBuffer) {

@@ -10,7 +10,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QHeaderView>
 #include <QLabel>
+#include <QScrollBar>
 #include <QTest>
 
 namespace quobrix {
@@ -65,6 +67,41 @@ TEST_F(TripLogView, ReportFollowsUnitsAndIsCopiedAsText) {
     QTest::keyClick(&view_->report(), Qt::Key_C, Qt::ControlModifier);
     const TextContext text = context_.text();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), renderText(tripReport(document_.trips(), 2, text)));
+}
+
+TEST_F(TripLogView, AnotherUnitLeavesSelectionScrollingAndSorting) {
+    for (std::int32_t n = 0; n < 200; ++n)
+        document_.trips().column<TTripLogDistanceColumn>().set(test::addTrip(document_, 1'000'500'000 + n * 86'400), n);
+    view_->refresh();
+    QTableView& list = view_->summary().view();
+    const int distance = view_->summary().model().indexOf("TTripLogDistanceColumn");
+    list.sortByColumn(distance, Qt::DescendingOrder);
+    view_->summary().setCurrentRow(150);
+    list.verticalScrollBar()->setValue(20);
+    list.horizontalScrollBar()->setValue(40);
+    const QString before = list.model()->index(0, distance).data().toString();
+    const QModelIndexList selected = list.selectionModel()->selectedIndexes();
+
+    units_.setUnit(UnitTypeId::Distance, UnitId::Foot);
+    view_->unitsChanged();
+    EXPECT_EQ(view_->summary().currentRow(), 150u);
+    EXPECT_EQ(list.selectionModel()->selectedIndexes(), selected);
+    EXPECT_EQ(list.verticalScrollBar()->value(), 20);
+    EXPECT_EQ(list.horizontalScrollBar()->value(), 40);
+    EXPECT_EQ(list.horizontalHeader()->sortIndicatorSection(), distance);
+    EXPECT_EQ(before, "12,000.00 m");
+    EXPECT_EQ(list.model()->index(0, distance).data().toString(), "39,370.08 ft");
+
+    view_->resize(600, 300);
+    view_->showView(TTripLogView::View::Report);
+    QApplication::processEvents();
+    QScrollBar& report = *view_->report().verticalScrollBar();
+    report.setValue(100);
+    units_.setUnit(UnitTypeId::Distance, UnitId::Mile);
+    view_->unitsChanged();
+    QApplication::processEvents();
+    EXPECT_EQ(report.value(), 100);
+    EXPECT_FALSE(reportTexts().filter(" Miles").isEmpty());
 }
 
 TEST_F(TripLogView, TheBandPictureIsAChartForAssistiveTechnology) {
