@@ -1,5 +1,6 @@
 #include "app/dialog_prompter.h"
 
+#include "app/reminder_choices.h"
 #include "base/ui/qt_text.h"
 
 #include <QApplication>
@@ -17,17 +18,6 @@ namespace quobrix {
 namespace {
 
 constexpr const char* kFilter = "Quobrix Data Files (*.car);;All Files (*)";
-
-/// The choices of how often a reminder is shown, with CHOICE marked.
-QComboBox* reminderChoices(ReminderChoice choice) {
-    auto* choices = new QComboBox;
-    choices->setObjectName(QStringLiteral("ReminderChoice"));
-    choices->setAccessibleName(QStringLiteral("How often to remind"));
-    for (const std::string_view text : kReminderChoiceTexts)
-        choices->addItem(toQt(text));
-    choices->setCurrentIndex(static_cast<int>(choice));
-    return choices;
-}
 
 /// Shows the box for MESSAGE, with BELOW (if given) under its text; the button that was pressed.
 QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidget* below = nullptr) {
@@ -90,7 +80,9 @@ void DialogPrompter::tell(const Message& statement) {
     if (!key) {
         show(parent(), statement);
     } else if (reminders_.shouldRemind(*key)) {
-        QComboBox* choices = reminderChoices(reminders_.choice(*key));
+        QComboBox* choices = makeReminderChoices(reminders_.choice(*key));
+        choices->setObjectName(QStringLiteral("ReminderChoice"));
+        choices->setAccessibleName(QStringLiteral("How often to remind"));
         QObject::connect(choices, &QComboBox::currentIndexChanged,
                          [&](int choice) { reminders_.setChoice(*key, static_cast<ReminderChoice>(choice)); });
         show(parent(), statement, choices);

@@ -2,6 +2,7 @@
 
 #include "app/about_box.h"
 #include "app/disk_work.h"
+#include "app/miscellaneous_dialog.h"
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
@@ -91,6 +92,8 @@ void TQuobrixFrame::addHandlers() {
     commands_->handle(CommandId::Save, [this] { files_.save(); });
     commands_->handle(CommandId::SaveAs, [this] { files_.saveAs(); });
     commands_->handle(CommandId::Exit, [this] { close(); });
+    commands_->handle(CommandId::Miscellaneous,
+                      [this] { MiscellaneousDialog(context_.settings, reminders_, this).exec(); });
     commands_->handle(CommandId::Home, [this] { pages_->show(kHomePage); });
     commands_->handle(CommandId::About, [this] { showAboutBox(); });
     commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });

@@ -29,8 +29,6 @@ public:
     }
 };
 
-enum class Theme { System, Light, Dark };
-
 Theme themeNamed(const QString& name) {
     if (name.compare(QLatin1String("dark"), Qt::CaseInsensitive) == 0)
         return Theme::Dark;
@@ -42,7 +40,7 @@ Theme themeNamed(const QString& name) {
 Theme chosenTheme(const Settings& settings) {
     if (qEnvironmentVariableIsSet("QUOBRIX_THEME"))
         return themeNamed(qEnvironmentVariable("QUOBRIX_THEME"));
-    const Theme theme = themeNamed(toQt(settings.getText("Appearance", "Theme")));
+    const Theme theme = themeSetting(settings);
     // Desktops without a Qt theme of their own tell GTK programs that they are dark, and no one else.
     const bool desktopIsDark = qEnvironmentVariable("GTK_THEME").endsWith(QLatin1String("dark"), Qt::CaseInsensitive);
     return theme == Theme::System && desktopIsDark ? Theme::Dark : theme;
@@ -88,12 +86,18 @@ QPalette darkPalette() {
 
 } // namespace
 
+Theme themeSetting(const Settings& settings) { return themeNamed(toQt(settings.getText("Appearance", "Theme"))); }
+
+void setThemeSetting(Settings& settings, Theme theme) {
+    settings.setText("Appearance", "Theme", theme == Theme::Dark ? "dark" : theme == Theme::Light ? "light" : "");
+}
+
 void applyTheme(QApplication& application, const Settings& settings) {
     const Theme theme = chosenTheme(settings);
     // The styles of some systems paint light whatever the palette; this one follows it.
     application.setStyle(new ProgramStyle(theme == Theme::System ? QString() : QStringLiteral("Fusion")));
-    if (theme != Theme::System)
-        application.setPalette(theme == Theme::Dark ? darkPalette() : lightPalette());
+    // An empty palette is that of the style and the desktop.
+    application.setPalette(theme == Theme::System ? QPalette() : theme == Theme::Dark ? darkPalette() : lightPalette());
 }
 
 } // namespace quobrix

@@ -1,0 +1,71 @@
+#include "app/miscellaneous_dialog.h"
+
+#include "app/reminder_choices.h"
+#include "app/theme.h"
+#include "base/ui/qt_text.h"
+#include "messages/reminders.h"
+#include "settings/settings.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QPushButton>
+
+namespace quobrix {
+
+MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminders, QWidget* parent)
+    : QDialog(parent), settings_(settings), reminders_(reminders), theme_(new QComboBox) {
+    setObjectName(QStringLiteral("Miscellaneous"));
+    setWindowTitle(QStringLiteral("Miscellaneous"));
+
+    auto* look = new QGroupBox(QStringLiteral("Appearance"));
+    theme_->setObjectName(QStringLiteral("Theme"));
+    theme_->addItems({QStringLiteral("As the desktop"), QStringLiteral("Light"), QStringLiteral("Dark")});
+    theme_->setCurrentIndex(static_cast<int>(themeSetting(settings_)));
+    auto* lookForm = new QFormLayout(look);
+    lookForm->addRow(QStringLiteral("&Colors:"), theme_);
+
+    auto* often = new QGroupBox(QStringLiteral("Reminders"));
+    auto* form = new QFormLayout(often);
+    for (const ReminderSpec& reminder : allReminders()) {
+        QComboBox* field = makeReminderChoices(reminders_.choice(reminder.key));
+        field->setObjectName(toQt(reminder.key));
+        form->addRow(toQt(reminder.label) + QLatin1Char(':'), field);
+    }
+    auto* all = new QPushButton(QStringLiteral("Remind me of e&verything again"));
+    all->setObjectName(QStringLiteral("RemindAll"));
+    all->setAutoDefault(false);
+    connect(all, &QPushButton::clicked, this, [often] {
+        for (auto* field : often->findChildren<QComboBox*>())
+            field->setCurrentIndex(static_cast<int>(ReminderChoice::EveryTime));
+    });
+    auto* allRow = new QHBoxLayout;
+    allRow->addStretch();
+    allRow->addWidget(all);
+    form->addRow(allRow);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, [this] { accept(); });
+    connect(buttons, &QDialogButtonBox::rejected, this, [this] { reject(); });
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(look);
+    layout->addWidget(often);
+    layout->addWidget(buttons);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void MiscellaneousDialog::accept() {
+    for (const ReminderSpec& reminder : allReminders()) {
+        const auto* field = findChild<QComboBox*>(toQt(reminder.key));
+        reminders_.setChoice(reminder.key, static_cast<ReminderChoice>(field->currentIndex()));
+    }
+    if (const auto theme = static_cast<Theme>(theme_->currentIndex()); theme != themeSetting(settings_)) {
+        setThemeSetting(settings_, theme);
+        applyTheme(*qApp, settings_);
+    }
+    QDialog::accept();
+}
+
+} // namespace quobrix

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QDialog>
+
+class QComboBox;
+
+namespace quobrix {
+
+class Reminders;
+class Settings;
+
+/// Options that fit nowhere else: how the program looks, and how often each reminder is shown. They take effect with
+/// OK.
+class MiscellaneousDialog final : public QDialog {
+public:
+    /// The arguments must outlive the dialog.
+    MiscellaneousDialog(Settings& settings, Reminders& reminders, QWidget* parent);
+
+    void accept() override;
+
+private:
+    Settings& settings_;
+    Reminders& reminders_;
+    QComboBox* theme_;
+};
+
+} // namespace quobrix
