@@ -4,7 +4,7 @@ namespace quobrix {
 namespace {
 
 constexpr const PersistentType* kColumns[] = {
-#define COLUMN(Name, Base, Key, Unit, Heading, Tooltip) &Name::kType,
+#define COLUMN(Name, ...) &Name::kType,
 #include "model/accident_log.def"
 #undef COLUMN
 };
@@ -12,13 +12,13 @@ constexpr const PersistentType* kColumns[] = {
 } // namespace
 
 const TableSpec& TAccidentLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kColumns, {}};
+    static constexpr TableSpec spec{kType, kColumns, {}, "Accident Log"};
     return spec;
 }
 
 const TableSpec& TAccidentLogSpeedBandsTable::spec() const {
     static constexpr TableSpec spec{
-        kType, kTypesOf<TAccidentLogSpeedBandFromColumn, TAccidentLogSpeedBandToColumn>, {}};
+        kType, kTypesOf<TAccidentLogSpeedBandFromColumn, TAccidentLogSpeedBandToColumn>, {}, "Accident Speed Bands"};
     return spec;
 }
 

@@ -5,15 +5,16 @@
 namespace quobrix {
 
 /// The speed samples of one stop, the last one being the standstill.
-QUOBRIX_COLUMN_CLASS(TAccidentLogSamplesColumn, SpeedSamplesColumn, "TAccidentLogSamplesColumn", Speed, " ", "")
+QUOBRIX_COLUMN_CLASS(TAccidentLogSamplesColumn, SpeedSamplesColumn, "TAccidentLogSamplesColumn", Speed, " ", "",
+                     Recorded)
 QUOBRIX_COLUMN_CLASS(TAccidentLogSpeedBandFromColumn, RealColumn, "TAccidentLogSpeedBandFromColumn", Speed, "From",
-                     "The lower end of this speed band.")
+                     "The lower end of this speed band.", Recorded)
 QUOBRIX_COLUMN_CLASS(TAccidentLogSpeedBandToColumn, RealColumn, "TAccidentLogSpeedBandToColumn", Speed, "Through",
-                     "The upper end of this speed band.")
+                     "The upper end of this speed band.", Recorded)
 
 /// Beside the samples of one stop: the time of each before the standstill.
 QUOBRIX_COLUMN_CLASS(TAccidentLogSampleElapsedTimeColumn, ElapsedTimeColumn, "TAccidentLogSampleElapsedTimeColumn", D0,
-                     "Elapsed Time", "Time until the vehicle comes to a complete stop.")
+                     "Elapsed Time", "Time until the vehicle comes to a complete stop.", Recorded)
 
 /// The speed bands in force at one stop, from standstill upward.
 class TAccidentLogSpeedBandsTable final : public Table {
@@ -28,7 +29,8 @@ public:
     std::string text(RowIndex, const TextContext&) const override { return {}; }
 };
 
-#define COLUMN(Name, Base, Key, Unit, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, Key, Unit, Heading, Tooltip)
+#define COLUMN(Name, Base, Key, Unit, Heading, Tooltip, Needs)                                                         \
+    QUOBRIX_COLUMN_CLASS(Name, Base, Key, Unit, Heading, Tooltip, Needs)
 #include "model/accident_log.def"
 #undef COLUMN
 

@@ -29,15 +29,15 @@ void TClearTable::record(const std::string& serialNumber, std::int32_t time) {
     recordTime<TClearTableSerialNumberColumn, TClearTableMostRecentClearColumn>(*this, serialNumber, time);
 }
 
-#define SPEC(Name, First, Second)                                                                                      \
+#define SPEC(Name, Title, First, Second)                                                                               \
     const TableSpec& Name::spec() const {                                                                              \
-        static constexpr TableSpec spec{kType, kTypesOf<First, Second>, {}};                                           \
+        static constexpr TableSpec spec{kType, kTypesOf<First, Second>, {}, Title};                                    \
         return spec;                                                                                                   \
     }
-SPEC(TDownloadTable, TDownloadTableSerialNumberColumn, TDownloadTableMostRecentDownloadColumn)
-SPEC(TClearTable, TClearTableSerialNumberColumn, TClearTableMostRecentClearColumn)
-SPEC(TCurrentSpeedBandsTable, TCurrentSpeedBandFromColumn, TCurrentSpeedBandToColumn)
-SPEC(TCurrentParametersTable, TCurrentParametersParameterColumn, TCurrentParametersSamplingIntervalColumn)
+SPEC(TDownloadTable, "Downloads", TDownloadTableSerialNumberColumn, TDownloadTableMostRecentDownloadColumn)
+SPEC(TClearTable, "Memory Clears", TClearTableSerialNumberColumn, TClearTableMostRecentClearColumn)
+SPEC(TCurrentSpeedBandsTable, "Speed Bands", TCurrentSpeedBandFromColumn, TCurrentSpeedBandToColumn)
+SPEC(TCurrentParametersTable, "Parameters", TCurrentParametersParameterColumn, TCurrentParametersSamplingIntervalColumn)
 #undef SPEC
 
 } // namespace quobrix

@@ -5,7 +5,8 @@
 
 namespace quobrix {
 
-#define COLUMN(Name, Base, Unit, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip)
+#define COLUMN(Name, Base, Unit, Heading, Tooltip, Needs)                                                              \
+    QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip, Needs)
 #include "model/logger_tables.def"
 #include "model/options.def"
 #undef COLUMN

@@ -32,6 +32,9 @@ void addUser(const Column& asking, std::vector<const Column*>& users) {
         users.push_back(&log->template column<C>());
 }
 
+// People add and delete names; more than a list can reasonably be read in is a mistaken paste.
+constexpr RowRequirements kNameRows{.editable = true, .required = {0, 100'000}};
+
 } // namespace
 
 bool isDriverName(std::string_view name) {
@@ -112,7 +115,11 @@ std::string NamesTable::displayName(std::string_view key) const {
 
 const TableSpec& TVehicleNamesTable::spec() const {
     static constexpr TableSpec spec{
-        kType, kTypesOf<TVehicleNamesVinColumn, TVehicleNamesNameColumn, TVehicleNamesVinInUseColumn>, {}};
+        kType,
+        kTypesOf<TVehicleNamesVinColumn, TVehicleNamesNameColumn, TVehicleNamesVinInUseColumn>,
+        {},
+        "Vehicle ID",
+        kNameRows};
     return spec;
 }
 
@@ -120,13 +127,18 @@ const TableSpec& TQuobrixNamesTable::spec() const {
     static constexpr TableSpec spec{
         kType,
         kTypesOf<TQuobrixNamesSerialNumberColumn, TQuobrixNamesNameColumn, TQuobrixNamesSerialNumberInUseColumn>,
-        {}};
+        {},
+        "Quobrix ID",
+        kNameRows};
     return spec;
 }
 
 const TableSpec& DriverNamesTable::spec() const {
-    static constexpr TableSpec spec{
-        kType, kTypesOf<DriverNamesIDColumn, DriverNamesNameColumn, DriverNamesIDInUseColumn>, {}};
+    static constexpr TableSpec spec{kType,
+                                    kTypesOf<DriverNamesIDColumn, DriverNamesNameColumn, DriverNamesIDInUseColumn>,
+                                    {},
+                                    "Driver ID",
+                                    kNameRows};
     return spec;
 }
 

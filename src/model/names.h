@@ -54,7 +54,7 @@ class DriverInUseColumn : public InUseColumn {
     std::vector<const Column*> users() const override;
 };
 
-#define COLUMN(Name, Base, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, D0, Heading, Tooltip)
+#define COLUMN(Name, Base, Heading, Tooltip, Needs) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, D0, Heading, Tooltip, Needs)
 #include "model/names.def"
 #undef COLUMN
 

@@ -78,7 +78,12 @@ const TypeRegistry& modelTypes() {
     return registry;
 }
 
-TQuobrixDocument::TQuobrixDocument() : TDocument(modelTypes()) { newDocument(); }
+TQuobrixDocument::TQuobrixDocument() : TDocument(modelTypes()) {
+    edits_.addListener(*this);
+    newDocument();
+}
+
+TQuobrixDocument::~TQuobrixDocument() { edits_.removeListener(*this); }
 
 void TQuobrixDocument::bind() {
     drivers_ = rootTable<DriverNamesTable>(store());
@@ -88,6 +93,7 @@ void TQuobrixDocument::bind() {
     troubles_ = rootTable<TTroubleLogTable>(store());
     activity_ = rootTable<TSecurityLogTable>(store());
     dataChanged_ = false;
+    edits_.clear();
     for (const Table* root :
          std::initializer_list<const Table*>{drivers_, vehicles_, loggers_, trips_, troubles_, activity_})
         if (!root->store()) // a stand-in

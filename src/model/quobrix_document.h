@@ -7,6 +7,7 @@
 #include "model/security_log.h"
 #include "model/trip_log.h"
 #include "model/trouble_log.h"
+#include "tables/table_edits.h"
 
 #include <string>
 #include <string_view>
@@ -18,9 +19,10 @@ namespace quobrix {
 const TypeRegistry& modelTypes();
 
 /// The document of this program: the object store with its six root tables bound after every open and new.
-class TQuobrixDocument final : public TDocument {
+class TQuobrixDocument final : public TDocument, private TableEditsListener {
 public:
     TQuobrixDocument();
+    ~TQuobrixDocument() override;
 
     // The root tables. They change with every newDocument() and open(). A damaged one reads as empty, and the document
     // is then read-only.
@@ -32,6 +34,9 @@ public:
     DriverNamesTable& drivers() const { return *drivers_; }
     /// The accident log; none before the first stop was recorded.
     TAccidentLogTable* accidents() { return store().existingSingleton<TAccidentLogTable>(); }
+
+    /// The way by which all editing of its tables goes. What else moves or removes rows ends the history: clear().
+    TableEdits& edits() { return edits_; }
 
     /// Rows were added or edited since the document was opened or begun.
     bool dataChanged() const { return dataChanged_; }
@@ -49,6 +54,8 @@ protected:
     void bind() override;
 
 private:
+    void tableChanged(const TableChange&) override { setDataChanged(); }
+
     TTripLogTable* trips_ = nullptr;
     TTroubleLogTable* troubles_ = nullptr;
     TSecurityLogTable* activity_ = nullptr;
@@ -56,6 +63,7 @@ private:
     TQuobrixNamesTable* loggers_ = nullptr;
     DriverNamesTable* drivers_ = nullptr;
     bool dataChanged_ = false;
+    TableEdits edits_{tablesOf(*this)};
 };
 
 /// The log or name table that objects of a class belong to ("Trip Log", …); "Other tables" for all others.

@@ -4,7 +4,7 @@ namespace quobrix {
 namespace {
 
 constexpr const PersistentType* kColumns[] = {
-#define COLUMN(Name, Base, Key, Heading, Tooltip) &Name::kType,
+#define COLUMN(Name, ...) &Name::kType,
 #include "model/security_log.def"
 #undef COLUMN
 };
@@ -41,7 +41,7 @@ constexpr std::string_view kConfigurationChanges[6] = {
 } // namespace
 
 const TableSpec& TSecurityLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kColumns, {}};
+    static constexpr TableSpec spec{kType, kColumns, {}, "Activity Log"};
     return spec;
 }
 

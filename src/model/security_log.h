@@ -15,7 +15,8 @@ public:
     std::string text(RowIndex row, const TextContext& context) const override;
 };
 
-#define COLUMN(Name, Base, Key, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, Key, D0, Heading, Tooltip)
+#define COLUMN(Name, Base, Key, Heading, Tooltip, Needs)                                                               \
+    QUOBRIX_COLUMN_CLASS(Name, Base, Key, D0, Heading, Tooltip, Needs)
 #include "model/security_log.def"
 #undef COLUMN
 

@@ -7,7 +7,7 @@ namespace quobrix {
 namespace {
 
 constexpr const PersistentType* kTripColumns[] = {
-#define COLUMN(Name, Base, Unit, Heading, Tooltip) &Name::kType,
+#define COLUMN(Name, ...) &Name::kType,
 #include "model/trip_log.def"
 #undef COLUMN
 };
@@ -21,7 +21,7 @@ C& sibling(const Column& column) {
 } // namespace
 
 const TableSpec& TTripLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kTripColumns, {}};
+    static constexpr TableSpec spec{kType, kTripColumns, {}, "Trip Log"};
     return spec;
 }
 
@@ -30,7 +30,7 @@ const TableSpec& TTripLogSampleTable::spec() const {
         kType,
         kTypesOf<TTripLogSampleRecordColumn, TTripLogSampleSpeedColumn, TTripLogParameter1Column,
                  TTripLogParameter2Column, TTripLogParameter3Column, TTripLogParameter4Column>,
-        kTypesOf<TTripLogSampleElapsedTimeColumn>};
+        kTypesOf<TTripLogSampleElapsedTimeColumn>, "Trip Samples"};
     return spec;
 }
 
@@ -39,13 +39,14 @@ ParameterSeriesColumn& TTripLogSampleTable::series(std::size_t series) const {
 }
 
 const TableSpec& TTripLogSpeedBandsTable::spec() const {
-    static constexpr TableSpec spec{kType, kTypesOf<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>, {}};
+    static constexpr TableSpec spec{
+        kType, kTypesOf<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>, {}, "Trip Speed Bands"};
     return spec;
 }
 
 const TableSpec& TTripLogParametersTable::spec() const {
     static constexpr TableSpec spec{
-        kType, kTypesOf<TTripLogParameterColumn, TTripLogParameterSamplingIntervalColumn>, {}};
+        kType, kTypesOf<TTripLogParameterColumn, TTripLogParameterSamplingIntervalColumn>, {}, "Trip Parameters"};
     return spec;
 }
 

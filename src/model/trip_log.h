@@ -13,10 +13,11 @@ public:
     std::string text(RowIndex row, const TextContext& context) const override;
 };
 
-#define COLUMN(Name, Base, Unit, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip)
+#define COLUMN(Name, Base, Unit, Heading, Tooltip, Needs)                                                              \
+    QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip, Needs)
 #include "model/trip_parts.def"
 COLUMN(TTripLogSampleElapsedTimeColumn, SampleElapsedTimeColumn, D0, "&Elapsed Time",
-       "The time at which this sample was recorded, relative to the start of the trip.")
+       "The time at which this sample was recorded, relative to the start of the trip.", Computed)
 
 /// The speed and parameter samples of one trip; a row is one speed sample.
 class TTripLogSampleTable final : public Table {

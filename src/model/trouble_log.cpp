@@ -6,7 +6,7 @@ namespace quobrix {
 namespace {
 
 constexpr const PersistentType* kColumns[] = {
-#define COLUMN(Name, Base, Unit, Heading, Tooltip) &Name::kType,
+#define COLUMN(Name, ...) &Name::kType,
 #include "model/trouble_log.def"
 #undef COLUMN
 };
@@ -23,7 +23,7 @@ constexpr std::string_view kFuelSystemStatus[] = {
 } // namespace
 
 const TableSpec& TTroubleLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kColumns, {}};
+    static constexpr TableSpec spec{kType, kColumns, {}, "Vehicle Trouble Log"};
     return spec;
 }
 

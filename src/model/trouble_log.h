@@ -24,7 +24,8 @@ protected:
     std::string selection(std::int32_t code) const override;
 };
 
-#define COLUMN(Name, Base, Unit, Heading, Tooltip) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip)
+#define COLUMN(Name, Base, Unit, Heading, Tooltip, Needs)                                                              \
+    QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, Heading, Tooltip, Needs)
 #include "model/trouble_log.def"
 #undef COLUMN
 

@@ -2,6 +2,7 @@
 
 #include "base/no_value.h"
 #include "document/persistent.h"
+#include "tables/requirements.h"
 #include "units/unit_catalogue.h"
 
 #include <cstddef>
@@ -9,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace quobrix {
 
@@ -29,6 +31,7 @@ struct ColumnSpec {
     UnitTypeId unit;          ///< D0 where no unit applies
     std::string_view heading; ///< '&' marks the mnemonic, a line break splits it in two lines
     std::string_view tooltip;
+    Requirements requirements{};
 };
 
 /// What turns a base value into the user's text.
@@ -38,6 +41,20 @@ struct TextContext {
 };
 
 using RowIndex = std::size_t;
+
+/// What a text that a person typed means: a value (nothing for an empty text), or why it is refused.
+struct Parsed {
+    Value value;
+    std::string refusal;
+
+    bool ok() const { return refusal.empty(); }
+};
+
+/// One entry of the list that a selection is made from.
+struct Selection {
+    std::int64_t code;
+    std::string text;
+};
 
 /// A column of a table: one contiguous array of values, or, for a derived column, none at all.
 class Column : public PersistentObject {
@@ -57,6 +74,29 @@ public:
     virtual Value value(RowIndex row) const = 0;
     /// The cell as the user reads it, with its unit; empty when there is no value.
     virtual std::string text(RowIndex row, const TextContext& context) const = 0;
+
+    const Requirements& requirements() const { return spec().requirements; }
+    /// A person may change its cells.
+    bool editable() const { return stored() && !requirements().readOnly && !requirements().notApplicable; }
+
+    /// What TEXT means as a value of this column, by the person's locale, units and clock. Says nothing of ranges and
+    /// other requirements. A figure may be followed by the name of any unit of the column's type. A figure that reads
+    /// the same as a bound of a range is that bound, or a bound could not be typed in other units than its own.
+    virtual Parsed parse(std::string_view text, const TextContext& context) const;
+    /// The cell as text for an editor: without a unit, and precise enough that parse() gives the value back.
+    virtual std::string editText(RowIndex row, const TextContext& context) const { return text(row, context); }
+    /// A figure of this column's kind as the user reads it, such as a bound of a range.
+    virtual std::string figureText(double base, const TextContext& context) const;
+    /// What can be selected, in the order in which it is offered; for columns of the kind Selection only.
+    virtual std::vector<Selection> selections() const { return {}; }
+    /// Why a value is refused for a reason of the column's own, beyond its requirements; empty: it is not.
+    virtual std::string objection(const Value&) const { return {}; }
+
+    /// Sets a cell of an editable column to a value of its kind, or to nothing where the kind has that.
+    virtual void setValue(RowIndex row, const Value& value);
+    /// Cells as they lie in the column's stream, for undo. Nothing for derived columns.
+    virtual void writeCells(ByteWriter&, RowIndex, std::size_t) const {}
+    virtual void readCells(ByteReader&, RowIndex, std::size_t) {}
 
     /// Makes room for COUNT rows without values before row AT. No effect on derived columns.
     virtual void insertRows(RowIndex, std::size_t) {}

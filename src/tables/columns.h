@@ -75,6 +75,16 @@ public:
         setModified();
     }
 
+    void writeCells(ByteWriter& out, RowIndex at, std::size_t count) const override {
+        for (RowIndex row = at; row < at + count; ++row)
+            Element<T>::write(out, values_.at(row));
+    }
+    void readCells(ByteReader& in, RowIndex at, std::size_t count) override {
+        for (RowIndex row = at; row < at + count; ++row)
+            values_.at(row) = Element<T>::read(in);
+        setModified();
+    }
+
     void insertRows(RowIndex at, std::size_t count) override {
         values_.insert(values_.begin() + static_cast<std::ptrdiff_t>(at), count, T(Element<T>::kNone));
         setModified();
@@ -102,12 +112,15 @@ private:
     std::vector<T> values_;
 };
 
-/// Yes or no.
+/// Yes or no; there is always one of them.
 class BooleanColumn : public ArrayColumn<std::uint8_t> {
 public:
     ColumnKind kind() const override { return ColumnKind::Boolean; }
     Value value(RowIndex row) const override { return at(row) != 0; }
     std::string text(RowIndex row, const TextContext&) const override { return at(row) ? "Yes" : "No"; }
+    /// Yes, No, True, False, 1 or 0, in any case.
+    Parsed parse(std::string_view text, const TextContext&) const override;
+    void setValue(RowIndex row, const Value& value) override;
 };
 
 /// A whole number, shown with the digits grouped as the user's locale does it.
@@ -116,6 +129,9 @@ public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override;
     std::string text(RowIndex row, const TextContext& context) const override;
+    Parsed parse(std::string_view text, const TextContext& context) const override;
+    std::string editText(RowIndex row, const TextContext& context) const override;
+    void setValue(RowIndex row, const Value& value) override;
 };
 
 /// A real figure in the base unit of its unit type.
@@ -124,6 +140,9 @@ public:
     ColumnKind kind() const override { return ColumnKind::Real; }
     Value value(RowIndex row) const override;
     std::string text(RowIndex row, const TextContext& context) const override;
+    Parsed parse(std::string_view text, const TextContext& context) const override;
+    std::string editText(RowIndex row, const TextContext& context) const override;
+    void setValue(RowIndex row, const Value& value) override;
 };
 
 class TextColumn : public ArrayColumn<std::string> {
@@ -131,6 +150,9 @@ public:
     ColumnKind kind() const override { return ColumnKind::Text; }
     Value value(RowIndex row) const override;
     std::string text(RowIndex row, const TextContext&) const override { return at(row); }
+    std::string editText(RowIndex row, const TextContext&) const override { return at(row); }
+    Parsed parse(std::string_view text, const TextContext&) const override { return {std::string(text), {}}; }
+    void setValue(RowIndex row, const Value& value) override;
 };
 
 /// A moment, in seconds since 1970-01-01 00:00 UTC; shown in local time.
@@ -139,7 +161,15 @@ public:
     ColumnKind kind() const override { return ColumnKind::DateTime; }
     Value value(RowIndex row) const override;
     std::string text(RowIndex row, const TextContext& context) const override;
+    Parsed parse(std::string_view text, const TextContext& context) const override;
+    /// With seconds where there are any.
+    std::string editText(RowIndex row, const TextContext& context) const override;
+    std::string figureText(double base, const TextContext& context) const override;
+    void setValue(RowIndex row, const Value& value) override;
 };
+
+/// The one of SELECTIONS that TEXT is, in any case, or begins.
+Parsed parseSelection(const std::vector<Selection>& selections, std::string_view text);
 
 /// A code out of a list of texts.
 class SelectionColumn : public ArrayColumn<std::int32_t> {
@@ -147,6 +177,9 @@ public:
     ColumnKind kind() const override { return ColumnKind::Selection; }
     Value value(RowIndex row) const override;
     std::string text(RowIndex row, const TextContext&) const override { return has(row) ? selection(at(row)) : ""; }
+    /// The text of a selection in any case, or the beginning of only one.
+    Parsed parse(std::string_view text, const TextContext& context) const override;
+    void setValue(RowIndex row, const Value& value) override;
 
 protected:
     /// The text of a code.
@@ -157,6 +190,10 @@ protected:
 class ElapsedTimeColumn : public IntegerColumn {
 public:
     std::string text(RowIndex row, const TextContext&) const override;
+    /// HH:MM:SS, with hours of any length.
+    Parsed parse(std::string_view text, const TextContext&) const override;
+    std::string editText(RowIndex row, const TextContext& context) const override { return text(row, context); }
+    std::string figureText(double base, const TextContext&) const override;
 };
 
 /// Cells that hold objects (nested tables, lists). The column owns them: removing a row deletes its object.

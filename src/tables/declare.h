@@ -4,12 +4,13 @@
 
 #include <array>
 
-/// Declares a column class from one row of data: its oddities, if any, are in BASE.
-#define QUOBRIX_COLUMN_CLASS(Name, Base, Key, Unit, Heading, Tooltip)                                                  \
+/// Declares a column class from one row of data: its oddities, if any, are in BASE. NEEDS starts from a constant of the
+/// namespace requirements.
+#define QUOBRIX_COLUMN_CLASS(Name, Base, Key, Unit, Heading, Tooltip, Needs)                                           \
     class Name final : public Base {                                                                                   \
     public:                                                                                                            \
         static constexpr PersistentType kType{#Name, false, 1, &makePersistent<Name>};                                 \
-        static constexpr ColumnSpec kSpec{kType, Key, UnitTypeId::Unit, Heading, Tooltip};                             \
+        static constexpr ColumnSpec kSpec{kType, Key, UnitTypeId::Unit, Heading, Tooltip, requirements::Needs};        \
         const ColumnSpec& spec() const override { return kSpec; }                                                      \
     };
 

@@ -13,6 +13,8 @@ struct TableSpec {
     PersistentType type;
     std::span<const PersistentType* const> columns;  ///< objects of the document
     std::span<const PersistentType* const> computed; ///< derived columns that the document does not know of
+    std::string_view title{};                        ///< what people call the table ("Trip Log")
+    RowRequirements rows{};
 
     std::size_t columnCount() const { return columns.size() + computed.size(); }
     const PersistentType& column(std::size_t index) const {
@@ -56,6 +58,11 @@ public:
     /// removeRows() do this first; who sets cells of rows that are there already calls it. References to columns that
     /// stood in end.
     void makeWritable();
+
+    /// Called when an edit has set a cell, or when the last such edit has been undone: for a table that keeps its
+    /// values elsewhere, too.
+    virtual void cellEdited(std::size_t /*column*/, RowIndex) {}
+    virtual void cellEditUndone(std::size_t /*column*/, RowIndex) {}
 
     void write(ByteWriter& out) const override;
     bool read(ByteReader& in, std::uint8_t schema) override;

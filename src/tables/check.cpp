@@ -1,0 +1,174 @@
+#include "tables/check.h"
+
+#include "tables/fold_case.h"
+#include "tables/range_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <bit>
+
+namespace quobrix {
+namespace {
+
+bool isEmpty(const Value& value) {
+    const auto* text = std::get_if<std::string>(&value);
+    return std::holds_alternative<std::monostate>(value) || (text && text->empty());
+}
+
+std::size_t characters(std::string_view text) {
+    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+std::string outsideText(const Column& column, const Range& range, double figure, std::string_view word,
+                        const TextContext& context) {
+    const auto figureText = [&](double base) { return column.figureText(base, context); };
+    if (range.lower == range.upper)
+        return fmt::format("This value, {}, is not equal to the {} value.\nThe {} value is {}.", figureText(figure),
+                           word, word, rangeText(range, figureText));
+    return fmt::format("This value, {}, lies outside of the {} range.\nThe {} range is {}.", figureText(figure), word,
+                       word, rangeText(range, figureText));
+}
+
+std::string lengthText(const CountRange& range, std::string_view word, const TextContext& context) {
+    return fmt::format("This string does not contain the {} number of characters.\nThe {} number of characters is {}.",
+                       word, word, countRangeText(range, context));
+}
+
+std::optional<double> figureOf(const Value& value) {
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        return static_cast<double>(*integer);
+    if (const auto* real = std::get_if<double>(&value))
+        return *real;
+    return {};
+}
+
+bool isSelectable(const Column& column, std::int64_t code) {
+    const std::vector<Selection> selections = column.selections();
+    return std::ranges::any_of(selections, [&](const Selection& selection) { return selection.code == code; });
+}
+
+} // namespace
+
+std::string_view cellMarkText(Severity severity) {
+    return severity == Severity::Required
+               ? "This value is in error. To find out why, press Shift+F10 or right-click on this field. "
+               : "This value may be in error. To find out why, press Shift+F10 or right-click on this field. ";
+}
+
+std::string_view uniquenessText(Severity severity, Uniqueness uniqueness) {
+    const bool sensitive = uniqueness == Uniqueness::CaseSensitive;
+    if (severity == Severity::Required)
+        return sensitive ? "This value must be unique (case sensitive)."
+                         : "This value must be unique (case insensitive).";
+    return sensitive ? "It is recommended that this value be unique (case sensitive)."
+                     : "It is recommended that this value be unique (case insensitive).";
+}
+
+std::string uniquenessKey(const Value& value, Uniqueness uniqueness) {
+    if (const auto* text = std::get_if<std::string>(&value))
+        return uniqueness == Uniqueness::CaseInsensitive ? foldCase(*text) : *text;
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        return fmt::to_string(*integer);
+    if (const auto* real = std::get_if<double>(&value))
+        return fmt::to_string(std::bit_cast<std::uint64_t>(*real == 0 ? 0.0 : *real));
+    return {};
+}
+
+std::vector<Finding> checkValue(const Column& column, const Value& value, const TextContext& context) {
+    std::vector<Finding> findings;
+    const Requirements& r = column.requirements();
+    const auto add = [&](Severity severity, std::string text) { findings.push_back({severity, std::move(text)}); };
+    if (isEmpty(value)) {
+        if (r.need == Need::Required)
+            add(Severity::Required, "This value is required but has not yet been defined.");
+        else if (r.need == Need::Recommended)
+            add(Severity::Recommended, "This value is recommended but has not yet been defined.");
+        return findings;
+    }
+    if (column.kind() == ColumnKind::Selection && column.editable()) {
+        const auto* code = std::get_if<std::int64_t>(&value);
+        if (!code || !isSelectable(column, *code))
+            add(Severity::Required, "This is not a valid selection.");
+    }
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        const std::size_t length = characters(*text);
+        if (!r.requiredCharacters.contains(length))
+            add(Severity::Required, lengthText(r.requiredCharacters, "required", context));
+        else if (!r.recommendedCharacters.contains(length))
+            add(Severity::Recommended, lengthText(r.recommendedCharacters, "recommended", context));
+    } else if (const std::optional<double> figure = figureOf(value)) {
+        if (!r.required.contains(*figure))
+            add(Severity::Required, outsideText(column, r.required, *figure, "required", context));
+        else if (!r.recommended.contains(*figure))
+            add(Severity::Recommended, outsideText(column, r.recommended, *figure, "recommended", context));
+    }
+    if (std::string objection = column.objection(value); !objection.empty())
+        add(Severity::Required, std::move(objection));
+    std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::severity);
+    return findings;
+}
+
+bool TableChecker::isUnique(const Column& column, std::size_t index, const Value& value, Uniqueness uniqueness) {
+    const std::string key = uniquenessKey(value, uniqueness);
+    if (key.empty())
+        return true;
+    Counts& counts = counts_[index * 2 + (uniqueness == Uniqueness::CaseInsensitive)];
+    if (counts.byKey.empty() || counts.revision != column.revision() || counts.rows != column.rowCount()) {
+        counts = {column.revision(), column.rowCount(), {}};
+        for (RowIndex row = 0; row < counts.rows; ++row)
+            ++counts.byKey[uniquenessKey(column.value(row), uniqueness)];
+    }
+    return counts.byKey[key] <= 1;
+}
+
+Finding TableChecker::finding(Severity severity, std::string text, const ColumnSpec* column, RowIndex row) const {
+    return {severity, std::move(text), table_.id(), table_.spec().title, column, row};
+}
+
+void TableChecker::append(const Column& column, std::size_t index, RowIndex row, const TextContext& context,
+                          std::vector<Finding>& findings) {
+    const Requirements& r = column.requirements();
+    const Value value = column.value(row);
+    std::vector<Finding> found = checkValue(column, value, context);
+    if (r.mustBeUnique != Uniqueness::None && !isUnique(column, index, value, r.mustBeUnique))
+        found.insert(found.begin(),
+                     finding(Severity::Required, std::string(uniquenessText(Severity::Required, r.mustBeUnique))));
+    if (r.shouldBeUnique != Uniqueness::None && !isUnique(column, index, value, r.shouldBeUnique))
+        found.push_back(
+            finding(Severity::Recommended, std::string(uniquenessText(Severity::Recommended, r.shouldBeUnique))));
+    for (Finding& each : found)
+        findings.push_back(finding(each.severity, std::move(each.text), &column.spec(), row));
+}
+
+std::vector<Finding> TableChecker::cell(std::size_t index, RowIndex row, const TextContext& context) {
+    std::vector<Finding> findings;
+    const Column& column = table_.column(index);
+    if (column.editable() && row < column.rowCount())
+        append(column, index, row, context, findings);
+    return findings;
+}
+
+std::vector<Finding> TableChecker::all(const TextContext& context) {
+    std::vector<Finding> findings;
+    const RowRequirements& rows = table_.spec().rows;
+    const RowIndex count = table_.rowCount();
+    if (rows.required.most < count)
+        findings.push_back(finding(Severity::Required, "This column contains more than the allowable number of rows."));
+    else if (rows.recommended.most < count)
+        findings.push_back(
+            finding(Severity::Recommended, "This column contains more than the recommended number of rows."));
+    if (count < rows.recommended.least)
+        findings.push_back(
+            finding(Severity::Recommended, "This column contains fewer than the recommended number of rows."));
+    std::vector<std::size_t> checked; // what is neither editable nor to be a certain way needs no look at its cells
+    for (std::size_t i = 0; i < table_.columnCount(); ++i)
+        if (table_.column(i).editable())
+            checked.push_back(i);
+    for (RowIndex row = 0; row < count; ++row)
+        for (const std::size_t i : checked)
+            append(table_.column(i), i, row, context, findings);
+    return findings;
+}
+
+} // namespace quobrix

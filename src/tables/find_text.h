@@ -1,0 +1,35 @@
+#pragma once
+
+#include "tables/column.h"
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace quobrix {
+
+struct FindOptions {
+    bool matchCase = false;
+    bool wholeCell = false; ///< the cell reads NEEDLE and nothing else
+    bool backwards = false;
+    bool wrap = true; ///< goes on from the other end
+};
+
+/// A cell by its place in a window: COLUMN counts in the columns given, ROW in the order shown.
+struct CellPlace {
+    std::size_t column = 0;
+    std::size_t row = 0;
+    bool operator==(const CellPlace&) const = default;
+};
+
+/// The next cell behind FROM (before it, when searching backwards), row by row, that reads NEEDLE as the user sees it.
+/// FROM itself is looked at last, and without FROM the search starts at the first (last) cell. ORDER gives the stored
+/// row of each row shown; empty: as stored. Nothing if NEEDLE is empty. STOP, when given, is asked every few thousand
+/// cells whether to give up.
+std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> order,
+                                  const TextContext& context, std::string_view needle, const FindOptions& options,
+                                  std::optional<CellPlace> from, const std::function<bool()>& stop = {});
+
+} // namespace quobrix

@@ -1,0 +1,435 @@
+#include "tables/table_edits.h"
+
+#include "document/document.h"
+#include "tables/tabbed_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cassert>
+#include <map>
+#include <unordered_map>
+
+namespace quobrix {
+
+const std::string_view kIncompatiblePaste =
+    "The clipboard contains data which cannot be pasted.\nIt's in a format that's incompatible with this spreadsheet.";
+
+namespace {
+
+constexpr std::string_view kNotEditable = "This is not editable; see Help for more information.";
+constexpr std::string_view kDamaged = "This is not editable because a part of this file is damaged.";
+constexpr std::string_view kMostRows =
+    "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.";
+constexpr std::string_view kFewestRows =
+    "This now contains the minimum number of required rows.\nNo more can be deleted.";
+
+EditOutcome refused(std::string_view why, std::size_t column = 0, RowIndex row = Finding::kNoRow) {
+    return {.refusal = std::string(why), .column = column, .row = row};
+}
+
+/// All stored columns' cells of some rows, one column after the other.
+Bytes wholeRows(const Table& table, RowIndex row, std::size_t rows) {
+    ByteWriter out;
+    for (std::size_t i = 0; i < table.columnCount(); ++i)
+        table.column(i).writeCells(out, row, rows);
+    return out.take();
+}
+
+std::string rowsText(std::string_view what, std::size_t rows) {
+    return rows == 1 ? fmt::format("{} a row", what) : fmt::format("{} {} rows", what, rows);
+}
+
+/// The rows whose cells of one column are to change, with their values.
+using NewValues = std::map<RowIndex, const Value*>;
+
+/// Which of the new values, if any, another row will have as well.
+std::optional<RowIndex> repeatedRow(const Column& column, const NewValues& edits, Uniqueness uniqueness) {
+    std::unordered_map<std::string, std::uint32_t> counts;
+    for (const auto& [row, value] : edits)
+        ++counts[uniquenessKey(*value, uniqueness)];
+    for (RowIndex row = 0; row < column.rowCount(); ++row)
+        if (!edits.contains(row))
+            if (const auto found = counts.find(uniquenessKey(column.value(row), uniqueness)); found != counts.end())
+                ++found->second;
+    for (const auto& [row, value] : edits)
+        if (const std::string key = uniquenessKey(*value, uniqueness); !key.empty() && counts[key] > 1)
+            return row;
+    return {};
+}
+
+} // namespace
+
+TableEdits::TableEdits(FindTable find) : find_(std::move(find)) {}
+
+TableEdits::TableEdits(Table& table) : find_([&table](ObjectId) { return &table; }) {}
+
+TableEdits::FindTable tablesOf(TDocument& document) {
+    return [&document](ObjectId id) { return dynamic_cast<Table*>(document.store().find(id)); };
+}
+
+Table* TableEdits::find(ObjectId table) const { return find_(table); }
+
+EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<CellEdit> cells,
+                              const TextContext& context, std::string description) {
+    Table* table = find(id);
+    if (!table)
+        return refused(kDamaged);
+    if (std::string why = addedRows ? cannotInsert(*table, addedRows) : std::string(); !why.empty())
+        return refused(why);
+
+    // All is looked at before anything is changed.
+    EditOutcome outcome;
+    const RowIndex rows = table->rowCount();
+    std::map<std::size_t, NewValues> byColumn;
+    for (const CellEdit& cell : cells) {
+        if (cell.column >= table->columnCount() || cell.row >= rows + addedRows)
+            return refused(kIncompatiblePaste, cell.column, cell.row);
+        const Column& column = table->column(cell.column);
+        if (!column.editable())
+            return refused(kNotEditable, cell.column, cell.row);
+        if (cell.row < rows && column.value(cell.row) == cell.value)
+            continue;
+        for (Finding& finding : checkValue(column, cell.value, context)) {
+            if (finding.severity == Severity::Required)
+                return refused(finding.text, cell.column, cell.row);
+            finding.table = id;
+            finding.title = table->spec().title;
+            finding.column = &column.spec();
+            finding.row = cell.row;
+            outcome.warnings.push_back(std::move(finding));
+        }
+        byColumn[cell.column][cell.row] = &cell.value;
+    }
+    for (const auto& [index, edits] : byColumn) {
+        const Column& column = table->column(index);
+        const Requirements& r = column.requirements();
+        if (r.mustBeUnique != Uniqueness::None)
+            if (const auto row = repeatedRow(column, edits, r.mustBeUnique))
+                return refused(uniquenessText(Severity::Required, r.mustBeUnique), index, *row);
+        if (r.shouldBeUnique != Uniqueness::None)
+            if (const auto row = repeatedRow(column, edits, r.shouldBeUnique))
+                outcome.warnings.push_back({Severity::Recommended,
+                                            std::string(uniquenessText(Severity::Recommended, r.shouldBeUnique)), id,
+                                            table->spec().title, &column.spec(), *row});
+    }
+    if (byColumn.empty() && addedRows == 0)
+        return outcome;
+
+    table->makeWritable();
+    if (addedRows > 0) {
+        table->insertRows(rows, addedRows);
+        record({TableChange::Kind::RowsInserted, id, 0, rows, addedRows, {}, {}});
+        if (table->rowCount() == table->spec().rows.required.most)
+            outcome.notice = kMostRows;
+    }
+    for (const auto& [index, edits] : byColumn) {
+        Column& column = table->column(index);
+        for (auto run = edits.begin(); run != edits.end();) {
+            auto end = run;
+            std::size_t count = 0;
+            for (; end != edits.end() && end->first == run->first + count; ++end)
+                ++count;
+            ByteWriter before, after;
+            column.writeCells(before, run->first, count);
+            for (auto edit = run; edit != end; ++edit)
+                column.setValue(edit->first, *edit->second);
+            column.writeCells(after, run->first, count);
+            record({TableChange::Kind::Cells, id, index, run->first, count, before.take(), after.take()});
+            for (RowIndex row = run->first; row < run->first + count; ++row)
+                table->cellEdited(index, row);
+            run = end;
+        }
+    }
+    commit(std::move(description));
+    return outcome;
+}
+
+EditOutcome TableEdits::type(ObjectId id, std::size_t index, RowIndex row, std::string_view text,
+                             const TextContext& context) {
+    const Table* table = find(id);
+    if (!table)
+        return refused(kDamaged);
+    const Column& column = table->column(index);
+    if (!column.editable())
+        return refused(kNotEditable, index, row);
+    if (row < table->rowCount() && text == column.editText(row, context))
+        return {};
+    Parsed parsed = column.parse(text, context);
+    if (!parsed.ok())
+        return refused(parsed.refusal, index, row);
+    return apply(id, 0, {{index, row, std::move(parsed.value)}}, context,
+                 fmt::format("typing in {}", plainHeading(column.spec())));
+}
+
+EditOutcome TableEdits::set(ObjectId id, std::vector<CellEdit> cells, const TextContext& context,
+                            std::string_view description) {
+    return apply(id, 0, std::move(cells), context, std::string(description));
+}
+
+EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns, RowIndex row, const TabbedText& block,
+                              const TextContext& context) {
+    const Table* table = find(id);
+    if (!table)
+        return refused(kDamaged);
+    const RowIndex rows = table->rowCount();
+    const RowIndex end = row + block.rows();
+    if (block.rows() == 0 || block.columns() > columns.size() || row > rows ||
+        (end > rows && !table->spec().rows.editable))
+        return refused(kIncompatiblePaste);
+    std::vector<CellEdit> cells;
+    for (std::size_t r = 0; r < block.rows(); ++r)
+        for (std::size_t c = 0; c < block.columns(); ++c) {
+            const Column& column = table->column(columns[c]);
+            if (!column.stored() && block.columns() > 1)
+                continue; // what follows from the other cells of its row comes of itself
+            if (!column.editable())
+                return refused(kNotEditable, columns[c], row + r);
+            Parsed parsed = column.parse(block.cell(r, c), context);
+            if (!parsed.ok())
+                return refused(parsed.refusal, columns[c], row + r);
+            cells.push_back({columns[c], row + r, std::move(parsed.value)});
+        }
+    return apply(id, end > rows ? end - rows : 0, std::move(cells), context, "paste");
+}
+
+EditOutcome TableEdits::fill(ObjectId id, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
+                             std::string_view text, const TextContext& context) {
+    const Table* table = find(id);
+    if (!table)
+        return refused(kDamaged);
+    std::vector<CellEdit> cells;
+    for (const std::size_t index : columns) {
+        const Column& column = table->column(index);
+        if (!column.editable())
+            return refused(kNotEditable, index);
+        const Parsed parsed = column.parse(text, context);
+        if (!parsed.ok())
+            return refused(parsed.refusal, index);
+        for (const RowIndex row : rows)
+            cells.push_back({index, row, parsed.value});
+    }
+    return apply(id, 0, std::move(cells), context, "fill");
+}
+
+EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) {
+    Table* table = find(id);
+    if (!table)
+        return refused(kDamaged);
+    if (std::string why = cannotInsert(*table, count); !why.empty())
+        return refused(why);
+    EditOutcome outcome;
+    at = std::min(at, table->rowCount());
+    table->insertRows(at, count);
+    if (table->rowCount() == table->spec().rows.required.most)
+        outcome.notice = kMostRows;
+    record({TableChange::Kind::RowsInserted, id, 0, at, count, {}, {}});
+    commit(rowsText("adding", count));
+    return outcome;
+}
+
+EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
+    Table* table = find(id);
+    if (!table)
+        return refused(kDamaged);
+    std::ranges::sort(rows);
+    rows.erase(std::ranges::unique(rows).begin(), rows.end());
+    if (!rows.empty() && rows.back() >= table->rowCount())
+        return refused(kNotEditable);
+    if (std::string why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
+        return refused(why);
+    table->makeWritable();
+    for (std::size_t end = rows.size(); end > 0;) { // from the last row up, so that the others keep their numbers
+        std::size_t begin = end - 1;
+        while (begin > 0 && rows[begin - 1] + 1 == rows[begin])
+            --begin;
+        const RowIndex first = rows[begin];
+        const std::size_t count = end - begin;
+        Bytes removed = wholeRows(*table, first, count);
+        table->removeRows(first, count);
+        record({TableChange::Kind::RowsRemoved, id, 0, first, count, std::move(removed), {}});
+        end = begin;
+    }
+    EditOutcome outcome;
+    if (const std::uint32_t least = table->spec().rows.required.least; least > 0 && table->rowCount() == least)
+        outcome.notice = kFewestRows;
+    commit(rowsText("deleting", rows.size()));
+    return outcome;
+}
+
+EditOutcome TableEdits::group(std::string_view description, const std::function<EditOutcome()>& work) {
+    const std::size_t start = open_.size();
+    ++depth_;
+    EditOutcome outcome;
+    try {
+        outcome = work();
+    } catch (...) {
+        --depth_;
+        rollBack(start);
+        throw;
+    }
+    --depth_;
+    if (!outcome.ok())
+        rollBack(start);
+    else
+        commit(std::string(description));
+    return outcome;
+}
+
+void TableEdits::record(Change change) { open_.push_back(std::move(change)); }
+
+void TableEdits::commit(std::string description) {
+    if (depth_ > 0 || open_.empty())
+        return;
+    steps_.resize(done_);
+    steps_.push_back({std::move(description), std::move(open_)});
+    ++done_;
+    open_.clear();
+    tellStep(steps_.back(), false);
+}
+
+void TableEdits::rollBack(std::size_t size) {
+    while (open_.size() > size) {
+        swap(open_.back(), true);
+        open_.pop_back();
+    }
+}
+
+void TableEdits::swap(const Change& change, bool undoing) {
+    Table* table = find(change.table);
+    if (!table)
+        return;
+    if (change.kind == TableChange::Kind::Cells) {
+        ByteReader in(undoing ? change.before : change.after);
+        table->column(change.column).readCells(in, change.row, change.rows);
+        for (std::size_t i = 0; i < change.rows; ++i) {
+            const RowIndex row = undoing ? change.row + change.rows - 1 - i : change.row + i;
+            undoing ? table->cellEditUndone(change.column, row) : table->cellEdited(change.column, row);
+        }
+    } else if ((change.kind == TableChange::Kind::RowsInserted) == undoing) {
+        table->removeRows(change.row, change.rows);
+    } else {
+        table->insertRows(change.row, change.rows);
+        ByteReader in(change.before);
+        if (!change.before.empty())
+            for (std::size_t i = 0; i < table->columnCount(); ++i)
+                table->column(i).readCells(in, change.row, change.rows);
+    }
+}
+
+std::string_view TableEdits::undoDescription() const {
+    return canUndo() ? std::string_view(steps_[done_ - 1].description) : std::string_view();
+}
+
+std::string_view TableEdits::redoDescription() const {
+    return canRedo() ? std::string_view(steps_[done_].description) : std::string_view();
+}
+
+void TableEdits::undo() {
+    assert(depth_ == 0);
+    if (!canUndo())
+        return;
+    const Step& step = steps_[--done_];
+    for (std::size_t i = step.changes.size(); i-- > 0;)
+        swap(step.changes[i], true);
+    tellStep(step, true);
+}
+
+void TableEdits::redo() {
+    assert(depth_ == 0);
+    if (!canRedo())
+        return;
+    const Step& step = steps_[done_++];
+    for (const Change& change : step.changes)
+        swap(change, false);
+    tellStep(step, false);
+}
+
+void TableEdits::clear() {
+    assert(depth_ == 0);
+    steps_.clear();
+    done_ = 0;
+    tell({});
+}
+
+std::size_t TableEdits::historySize() const {
+    std::size_t size = 0;
+    for (const Step& step : steps_) {
+        size += sizeof(Step);
+        for (const Change& change : step.changes)
+            size += sizeof(Change) + change.before.size() + change.after.size();
+    }
+    return size;
+}
+
+void TableEdits::addListener(TableEditsListener& listener) { listeners_.push_back(&listener); }
+
+void TableEdits::removeListener(TableEditsListener& listener) {
+    if (telling_ == 0)
+        std::erase(listeners_, &listener);
+    else // the places of the others must not move under the loop in tell()
+        std::ranges::replace(listeners_, &listener, nullptr);
+}
+
+void TableEdits::tellStep(const Step& step, bool undone) {
+    using Kind = TableChange::Kind;
+    std::vector<TableChange> changes;
+    for (std::size_t i = 0; i < step.changes.size(); ++i) {
+        const Change& change = step.changes[undone ? step.changes.size() - 1 - i : i];
+        TableChange told{change.kind, change.table, change.row, change.rows, change.column, change.column};
+        if (undone && told.kind != Kind::Cells)
+            told.kind = told.kind == Kind::RowsInserted ? Kind::RowsRemoved : Kind::RowsInserted;
+        // Cells that change one after another are told as the one block that holds them all.
+        if (!changes.empty() && told.kind == Kind::Cells && changes.back().kind == Kind::Cells &&
+            changes.back().table == told.table) {
+            TableChange& block = changes.back();
+            const RowIndex end = std::max(block.row + block.rows, told.row + told.rows);
+            block.row = std::min(block.row, told.row);
+            block.rows = end - block.row;
+            block.firstColumn = std::min(block.firstColumn, told.firstColumn);
+            block.lastColumn = std::max(block.lastColumn, told.lastColumn);
+        } else {
+            changes.push_back(told);
+        }
+    }
+    tell(changes);
+}
+
+void TableEdits::tell(std::span<const TableChange> changes) {
+    ++telling_;
+    for (std::size_t i = 0; i < listeners_.size(); ++i) {
+        for (const TableChange& change : changes)
+            if (listeners_[i])
+                listeners_[i]->tableChanged(change);
+        if (listeners_[i])
+            listeners_[i]->historyChanged();
+    }
+    if (--telling_ == 0)
+        std::erase(listeners_, nullptr);
+}
+
+std::string cannotDelete(const Table& table, const DeleteSelection& selection) {
+    if (table.rowCount() == 0)
+        return "Unable to delete. This spreadsheet is empty.";
+    if (selection.wholeRows.empty() && !selection.otherCells)
+        return "Unable to delete. No rows or cells have been selected.";
+    if (selection.onReadOnlyCell || !table.spec().rows.editable)
+        return "Unable to delete. This cell is read-only and cannot be edited or deleted.";
+    if (selection.otherCells)
+        return "Unable to delete. Only entire rows can be deleted.";
+    if (table.rowCount() - selection.wholeRows.size() < table.spec().rows.required.least)
+        return "Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows.";
+    return {};
+}
+
+std::string cannotInsert(const Table& table, std::size_t count) {
+    if (!table.spec().rows.editable)
+        return std::string(kNotEditable);
+    const CountRange& allowed = table.spec().rows.required;
+    if (allowed.most != CountRange::kUnlimited &&
+        count > allowed.most - std::min<std::size_t>(allowed.most, table.rowCount()))
+        return std::string(kMostRows);
+    return {};
+}
+
+} // namespace quobrix

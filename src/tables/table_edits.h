@@ -1,0 +1,165 @@
+#pragma once
+
+#include "tables/check.h"
+#include "tables/table.h"
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quobrix {
+
+class TDocument;
+class TabbedText;
+
+/// A cell to be set.
+struct CellEdit {
+    std::size_t column = 0;
+    RowIndex row = 0;
+    Value value;
+};
+
+/// What has changed in a table, by editing, undo or redo.
+struct TableChange {
+    enum class Kind { Cells, RowsInserted, RowsRemoved };
+
+    Kind kind = Kind::Cells;
+    ObjectId table = kNoObject;
+    RowIndex row = 0;            ///< first row concerned
+    std::size_t rows = 0;        ///< how many
+    std::size_t firstColumn = 0; ///< of Cells; computed columns may have changed with them
+    std::size_t lastColumn = 0;
+};
+
+/// Is told of every change, in order, when all of a step is done.
+class TableEditsListener {
+public:
+    virtual void tableChanged(const TableChange& change) = 0;
+    /// What can be undone or redone has changed.
+    virtual void historyChanged() {}
+
+protected:
+    ~TableEditsListener() = default;
+};
+
+/// How an edit ended. Refused: nothing has changed.
+struct EditOutcome {
+    std::string refusal;             ///< why; empty: it was done
+    std::vector<Finding> warnings{}; ///< recommendations that the new values do not follow
+    std::string notice{};            ///< a limit that has been reached
+    // Where it was refused: a cell of the block that was to be set, if it was for one.
+    std::size_t column = 0;
+    RowIndex row = Finding::kNoRow;
+
+    bool ok() const { return refusal.empty(); }
+};
+
+/// The way by which every edit goes into the tables of a document, or into a table that stands alone: it is checked as
+/// a whole, done, recorded, and told to all listeners. A step of undo is a whole edit or group of edits.
+///
+/// Tables are named by object id (kNoObject: the table that stands alone). Undo keeps cells as they lie in the streams,
+/// so that undoing all edits restores the streams byte for byte; its memory is that of the cells that changed. An edit
+/// that changes nothing is no step. User-interface thread only.
+class TableEdits {
+public:
+    /// Finds the table of an id; nothing if there is none.
+    using FindTable = std::function<Table*(ObjectId)>;
+
+    explicit TableEdits(FindTable find);
+    /// For a table that stands alone, which must outlive this.
+    explicit TableEdits(Table& table);
+    TableEdits(const TableEdits&) = delete;
+    TableEdits& operator=(const TableEdits&) = delete;
+
+    /// Sets one cell from what was typed. The text that editText() gives for the cell changes nothing.
+    EditOutcome type(ObjectId table, std::size_t column, RowIndex row, std::string_view text,
+                     const TextContext& context);
+    /// Sets cells to values, all or none, as one step called DESCRIPTION ("Cut").
+    EditOutcome set(ObjectId table, std::vector<CellEdit> cells, const TextContext& context,
+                    std::string_view description);
+    /// Puts a block of texts at a cell, all or none. COLUMNS are the table's columns that the block's columns go to,
+    /// from the first one on. Rows that are missing are added where the table allows that. A block of another shape is
+    /// refused with kIncompatiblePaste.
+    EditOutcome paste(ObjectId table, std::span<const std::size_t> columns, RowIndex row, const TabbedText& block,
+                      const TextContext& context);
+    /// Sets every given cell to what TEXT means there, all or none.
+    EditOutcome fill(ObjectId table, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
+                     std::string_view text, const TextContext& context);
+    /// Inserts COUNT empty rows before row AT (the row count: adds them at the end).
+    EditOutcome insertRows(ObjectId table, RowIndex at, std::size_t count = 1);
+    /// Deletes rows, given in any order.
+    EditOutcome removeRows(ObjectId table, std::vector<RowIndex> rows);
+    /// Runs WORK, whose edits become one step called DESCRIPTION. If WORK ends with a refusal, all of them are undone.
+    /// Groups may be within groups.
+    EditOutcome group(std::string_view description, const std::function<EditOutcome()>& work);
+
+    bool canUndo() const { return done_ > 0; }
+    bool canRedo() const { return done_ < steps_.size(); }
+    /// "typing in Name"; empty if there is nothing to undo (redo). Menus put "Undo " or "Redo " before it.
+    std::string_view undoDescription() const;
+    std::string_view redoDescription() const;
+    void undo();
+    void redo();
+    /// Forgets all steps: rows have moved by other means (a download), or there is another document.
+    void clear();
+    /// Bytes that the history takes, about.
+    std::size_t historySize() const;
+
+    /// Listeners must be removed before they end; they may be added and removed while they are called.
+    void addListener(TableEditsListener& listener);
+    void removeListener(TableEditsListener& listener);
+
+private:
+    struct Change {
+        TableChange::Kind kind;
+        ObjectId table;
+        std::size_t column; ///< Cells
+        RowIndex row;
+        std::size_t rows;
+        Bytes before, after; ///< cells of one column, or whole rows
+    };
+    struct Step {
+        std::string description;
+        std::vector<Change> changes;
+    };
+
+    Table* find(ObjectId table) const;
+    EditOutcome apply(ObjectId id, std::size_t addedRows, std::vector<CellEdit> cells, const TextContext& context,
+                      std::string description);
+    void swap(const Change& change, bool undoing);
+    void record(Change change);
+    void commit(std::string description);
+    void rollBack(std::size_t size);
+    void tellStep(const Step& step, bool undone);
+    void tell(std::span<const TableChange> changes);
+
+    FindTable find_;
+    std::vector<Step> steps_;
+    std::size_t done_ = 0; ///< steps before it are done, those from it on undone
+    std::vector<Change> open_;
+    int depth_ = 0; ///< of groups
+    std::vector<TableEditsListener*> listeners_;
+    int telling_ = 0;
+};
+
+/// The tables of DOCUMENT by object id.
+TableEdits::FindTable tablesOf(TDocument& document);
+
+/// "The clipboard contains data which cannot be pasted. …"
+extern const std::string_view kIncompatiblePaste;
+
+/// What is selected in a window when Delete is chosen.
+struct DeleteSelection {
+    std::vector<RowIndex> wholeRows{}; ///< rows selected from end to end
+    bool otherCells = false;           ///< cells of other rows are selected, too
+    bool onReadOnlyCell = false;       ///< one of them is not for editing
+};
+/// Why rows of TABLE cannot be deleted; empty if they can.
+std::string cannotDelete(const Table& table, const DeleteSelection& selection);
+/// Why COUNT rows cannot be added to or inserted into TABLE; empty if they can.
+std::string cannotInsert(const Table& table, std::size_t count);
+
+} // namespace quobrix
