@@ -9,7 +9,7 @@
 namespace quobrix::cli {
 
 ExitCode UserUnits::load(const std::optional<std::string>& name) {
-    const UnitSystemFolders folders{programFolder(executablePath()), userDataFolder()};
+    const UnitSystemFolders folders{deliveredFolder(), userDataFolder()};
     if (!name) {
         Settings settings(userSettings());
         if (const std::optional<Message> problem = UnitSystemStore(system_, folders, &settings).loadAtStartUp())

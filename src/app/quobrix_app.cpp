@@ -24,19 +24,11 @@ fs::path fileNamed(const QStringList& arguments) {
     return {};
 }
 
-/// Where the delivered files lie: beside the program, or, once installed, where packages put such files.
-fs::path findDataFolder() {
-    const fs::path program = programFolder(executablePath());
-    std::error_code ignored;
-    const fs::path packaged = (program / ".." / "share" / "quobrix").lexically_normal();
-    return fs::is_directory(packaged, ignored) ? packaged : program;
-}
-
 } // namespace
 
 TQuobrixApp::TQuobrixApp(int& argc, char** argv)
     : QApplication(argc, argv), commandLineGiven_(arguments().size() > 1), commandLineFile_(fileNamed(arguments())),
-      dataFolder_(findDataFolder()), settings_(userSettings()), instance_(userConfigFolder()),
+      dataFolder_(deliveredFolder()), settings_(userSettings()), instance_(userConfigFolder()),
       unitStore_(units_, {dataFolder_, userDataFolder()}, &settings_), zone_(TimeZone::local()) {
     setOrganizationName(QStringLiteral("Halvern"));
     setApplicationName(QStringLiteral("Quobrix"));

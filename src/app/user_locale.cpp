@@ -11,16 +11,18 @@ DigitGrouping groupingOf(const QLocale& locale) {
     const QStringList groups = locale.toString(qlonglong(1234567890123)).split(locale.groupSeparator());
     if (groups.size() < 3)
         return grouping;
-    grouping.sizes[0] = static_cast<std::uint8_t>(groups[groups.size() - 1].size());
-    const auto next = static_cast<std::uint8_t>(groups[groups.size() - 2].size());
+    const auto size = [&](qsizetype fromRight) { // some digits are of two code units
+        return static_cast<std::uint8_t>(groups[groups.size() - fromRight].size() / locale.zeroDigit().size());
+    };
+    grouping.sizes[0] = size(1);
+    const std::uint8_t next = size(2);
     grouping.sizes[1] = next == grouping.sizes[0] ? std::uint8_t(0) : next;
     return grouping;
 }
 
 } // namespace
 
-TextLocale userLocale() {
-    const QLocale locale = QLocale::system();
+TextLocale textLocale(const QLocale& locale) {
     TextLocale result;
     result.numbers.decimalSeparator = locale.decimalPoint().toStdString();
     result.numbers.thousandsSeparator = locale.groupSeparator().toStdString();
@@ -29,5 +31,7 @@ TextLocale userLocale() {
     result.pm = locale.pmText().toStdString();
     return result;
 }
+
+TextLocale userLocale() { return textLocale(QLocale::system()); }
 
 } // namespace quobrix

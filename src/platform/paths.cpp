@@ -12,4 +12,11 @@ std::filesystem::path programFolder(const std::filesystem::path& executable) {
     return folder;
 }
 
+std::filesystem::path deliveredFolder() {
+    const std::filesystem::path program = programFolder(executablePath());
+    const std::filesystem::path packaged = (program / ".." / "share" / "quobrix").lexically_normal();
+    std::error_code ignored;
+    return std::filesystem::is_directory(packaged, ignored) ? packaged : program;
+}
+
 } // namespace quobrix

@@ -12,6 +12,10 @@ std::filesystem::path executablePath();
 /// out, so C:\Work\Release\Sub\x.exe yields C:\Work\Sub\.
 std::filesystem::path programFolder(const std::filesystem::path& executable);
 
+/// Where the files lie that are delivered with the program: in its folder, or, once it is installed as a package, in
+/// share/quobrix beside that.
+std::filesystem::path deliveredFolder();
+
 /// Where this user's data and settings of the program lie; may not exist yet. Empty if the user has no home.
 std::filesystem::path userDataFolder();
 std::filesystem::path userConfigFolder();

@@ -1,6 +1,6 @@
 #include "tables/check.h"
 
-#include "tables/fold_case.h"
+#include "base/fold_case.h"
 #include "tables/range_text.h"
 
 #include <fmt/format.h>

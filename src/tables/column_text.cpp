@@ -2,7 +2,7 @@
 
 #include "tables/columns.h"
 
-#include "tables/fold_case.h"
+#include "base/fold_case.h"
 #include "units/date_time.h"
 #include "units/number_parse.h"
 #include "units/time_zone.h"

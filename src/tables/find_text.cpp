@@ -1,6 +1,6 @@
 #include "tables/find_text.h"
 
-#include "tables/fold_case.h"
+#include "base/fold_case.h"
 
 #include <string>
 

@@ -1,4 +1,6 @@
 #include "units/date_time.h"
+
+#include "base/fold_case.h"
 #include "units/unit_system.h"
 
 #include <array>
@@ -6,8 +8,6 @@
 
 namespace quobrix {
 namespace {
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 /// Takes numbers, separators and words off the front of what was typed.
 class Typed {
@@ -42,12 +42,8 @@ public:
         return found || (blank && separators.find(' ') != std::string_view::npos);
     }
     bool word(std::string_view word) {
-        if (word.empty() || word.size() > text_.size())
+        if (word.empty() || foldCase(text_.substr(0, word.size())) != foldCase(word))
             return false;
-        for (std::size_t i = 0; i < word.size(); ++i) {
-            if (lower(word[i]) != lower(text_[i]))
-                return false;
-        }
         text_.remove_prefix(word.size());
         return true;
     }

@@ -1,5 +1,6 @@
 #include "units/unit_system_store.h"
 
+#include "base/fold_case.h"
 #include "platform/file_system.h"
 #include "units/unit_system_file.h"
 
@@ -25,12 +26,6 @@ fs::path fileName(std::string_view system) {
 std::string text(const fs::path& path) {
     const std::u8string utf8 = path.u8string();
     return {utf8.begin(), utf8.end()};
-}
-
-std::string foldCase(std::string_view text) {
-    std::string folded(text);
-    std::ranges::transform(folded, folded.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
-    return folded;
 }
 
 /// Names that one of the systems the program runs on keeps for devices, whatever extension follows.
@@ -94,7 +89,7 @@ std::optional<Message> UnitSystemStore::checkName(std::string_view name) const {
     if (!isFileName(name))
         return makeMessage(MessageId::ErrUsBadName);
     const auto sameName = [folded = foldCase(name)](const std::string& other) { return foldCase(other) == folded; };
-    // The disk is asked too: its notion of equal names may go beyond ASCII.
+    // The disk is asked too: it may have its own notion of equal names.
     if (std::ranges::any_of(listSystems(), sameName) || find(name))
         return makeMessage(MessageId::ErrUsDlgNew);
     return {};

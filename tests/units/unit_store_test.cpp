@@ -101,6 +101,8 @@ TEST_F(UnitStore, RefusesNamesThatNoFileCanHaveOrThatExist) {
     for (const char* name : {"metric", "u.s.", "s.i."})
         EXPECT_EQ(refusal(name), MessageId::ErrUsDlgNew) << name;
     EXPECT_FALSE(store_.checkName("Über 100 %"));
+    ASSERT_TRUE(store_.newSystem("Über 100 %", "S.I."));
+    EXPECT_EQ(refusal("ÜBER 100 %"), MessageId::ErrUsDlgNew);
     EXPECT_FALSE(store_.newSystem("../escape", "S.I."));
     EXPECT_FALSE(fs::exists(root_ / "escape.us"));
 }

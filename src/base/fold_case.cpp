@@ -1,4 +1,4 @@
-#include "tables/fold_case.h"
+#include "base/fold_case.h"
 
 #include <cstdint>
 
