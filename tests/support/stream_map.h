@@ -34,7 +34,9 @@ public:
     }
     Result<void> spill() override { return {}; }
     Result<void> commit() override { return {}; }
+    Result<void> writable() const override { return {}; }
     Result<void> copyTo(File&) const override { return Error{ErrorKind::Unsupported, "there is no file"}; }
+    Result<void> compactTo(File& target) const override { return copyTo(target); }
     Space space() const override { return {}; }
 };
 
