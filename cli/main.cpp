@@ -1,4 +1,5 @@
 /// quobrix-cli: the logger, its documents and their reports without a window.
+#include "cli/check.h"
 #include "cli/download.h"
 #include "cli/option_prompter.h"
 #include "cli/reading.h"
@@ -13,13 +14,15 @@ namespace {
 
 using namespace quobrix::cli;
 
-constexpr const char* kFooter = "Exit codes:\n"
-                                "  0  done; for check: the document is sound\n"
-                                "  1  failed, one line on standard error says why; for check: the document is damaged\n"
-                                "  2  wrong usage, or an unknown unit system\n"
-                                "  3  done, but parts of the document could not be read or records were refused\n"
-                                "Reading commands change nothing. No command waits for a person.\n"
-                                "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
+constexpr const char* kFooter =
+    "Exit codes:\n"
+    "  0  done; for check: the document is sound\n"
+    "  1  failed, one line on standard error says why; for check: the document is damaged\n"
+    "  2  wrong usage, or an unknown unit system\n"
+    "  3  done, but parts of the document could not be read (check --repair: not all is in the\n"
+    "     new document) or records were refused\n"
+    "Reading commands change nothing. No command waits for a person.\n"
+    "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
 
 const std::map<std::string, Format> kFormats = {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
 
@@ -64,9 +67,16 @@ int run(int argc, char** argv) {
     file(reportCommand, reportOptions.file);
     units(reportCommand, reportOptions.units);
 
-    std::string checkedFile;
-    CLI::App& checkCommand = *app.add_subcommand("check", "Examine every object of a document");
-    file(checkCommand, checkedFile);
+    CheckOptions checkOptions;
+    CLI::App& checkCommand =
+        *app.add_subcommand("check", "Examine every object of a document, or recover what can be read of it");
+    file(checkCommand, checkOptions.file);
+    CLI::Option& repair = *checkCommand.add_flag(
+        "--repair", checkOptions.repair, "Write everything that can be read into a new document, and list what cannot");
+    CLI::Option& into = *checkCommand.add_option("--into", checkOptions.into, "The new document (.car)");
+    repair.needs(&into);
+    into.needs(&repair);
+    checkCommand.add_flag("--force", checkOptions.force, "Replace the file that is there")->needs(&into);
 
     try {
         app.parse(argc, argv);
@@ -90,7 +100,7 @@ int run(int argc, char** argv) {
     }
     if (reportCommand)
         return report(reportOptions);
-    return check(checkedFile);
+    return check(checkOptions);
 }
 
 } // namespace

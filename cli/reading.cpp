@@ -2,7 +2,6 @@
 
 #include "cli/units.h"
 #include "messages/file_messages.h"
-#include "model/document_check.h"
 #include "model/trip_report.h"
 #include "tables/declare.h"
 
@@ -39,13 +38,6 @@ constexpr Log kLogs[] = {
               TAccidentLogTableVinColumn, TAccidentLogTableQuobrixSerialNumberColumn, TAccidentLogTableCommentsColumn>},
 };
 
-bool openForReading(TQuobrixDocument& document, const std::string& file) {
-    const Result<void> opened = document.open(file, TDocument::Access::Read);
-    if (!opened)
-        complain(fileMessage(opened.error(), FileAction::Open, file).text);
-    return bool(opened);
-}
-
 /// Whether everything that was asked of the document could be read.
 ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
     if (document.store().damage().empty())
@@ -56,16 +48,14 @@ ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
     return kIncomplete;
 }
 
-void putFinding(Output& output, std::string_view kind, const CheckFinding& finding) {
-    std::string line(kind);
-    if (!finding.log.empty())
-        line += ": " + finding.log;
-    if (finding.id != kNoObject)
-        line += fmt::format(": object {}", finding.id);
-    output.put(line + ": " + finding.what + "\n");
-}
-
 } // namespace
+
+bool openForReading(TQuobrixDocument& document, const std::string& file) {
+    const Result<void> opened = document.open(file, TDocument::Access::Read);
+    if (!opened)
+        complain(fileMessage(opened.error(), FileAction::Open, file).text);
+    return bool(opened);
+}
 
 std::vector<std::string> logNames() {
     std::vector<std::string> names;
@@ -111,25 +101,6 @@ ExitCode report(const ReportOptions& options) {
     Output output;
     output.put(renderText(tripReport(document.trips(), static_cast<RowIndex>(options.trip - 1), units.context())));
     return output.finish(completeness(document, options.file));
-}
-
-ExitCode check(const std::string& file) {
-    TQuobrixDocument document;
-    if (!openForReading(document, file))
-        return kFailed;
-    const DocumentCheck check = checkDocument(document);
-    Output output;
-    for (const CheckFinding& finding : check.damages)
-        putFinding(output, "damaged", finding);
-    for (const CheckFinding& finding : check.notes)
-        putFinding(output, "note", finding);
-    if (check.sound()) {
-        output.put(fmt::format("{} is sound: {} objects\n", file, check.objects));
-        return output.finish(kDone);
-    }
-    complain(fmt::format("{} is damaged in {} of its {} objects; keep it, and restore a copy if you have one", file,
-                         check.damages.size(), check.objects));
-    return output.finish(kFailed);
 }
 
 } // namespace quobrix::cli

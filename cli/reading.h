@@ -2,6 +2,7 @@
 
 #include "cli/output.h"
 #include "cli/record_writer.h"
+#include "model/quobrix_document.h"
 
 #include <cstdint>
 #include <optional>
@@ -28,6 +29,8 @@ std::vector<std::string> logNames();
 
 ExitCode list(const ListOptions& options);
 ExitCode report(const ReportOptions& options);
-ExitCode check(const std::string& file);
+
+/// Opens FILE for reading, or complains.
+bool openForReading(TQuobrixDocument& document, const std::string& file);
 
 } // namespace quobrix::cli

@@ -9,13 +9,13 @@ namespace {
 constexpr std::string_view kContentsStream = "Contents";
 constexpr std::uint32_t kDocumentFormat = 2;
 
-Bytes contents() {
+} // namespace
+
+void writeDocumentStream(CompoundFile& file) {
     ByteWriter out;
     out.u32(kDocumentFormat);
-    return out.take();
+    file.write(kContentsStream, out.take());
 }
-
-} // namespace
 
 TDocument::TDocument(const TypeRegistry& types) : types_(types), store_(std::make_unique<ObjectStore>(types)) {}
 
@@ -67,7 +67,7 @@ Result<void> TDocument::open(const std::filesystem::path& path, Access access) {
 
 Result<void> TDocument::writeTo(CompoundFile& file) {
     if (!file.contains(kContentsStream))
-        file.write(kContentsStream, contents());
+        writeDocumentStream(file);
     return store_->save(file);
 }
 

@@ -15,6 +15,9 @@ namespace quobrix {
 /// Runs the part of a save that waits for the disk. The window runs it on another thread and paints meanwhile.
 using DiskRunner = std::function<Result<void>(const std::function<Result<void>()>&)>;
 
+/// Writes the stream that every document has beside those of its object store.
+void writeDocumentStream(CompoundFile& file);
+
 /// A document: an object store over a compound file. User-interface thread only.
 ///
 /// open() and save() either happen or do not: on failure the document is what it was before, in memory and on disk.

@@ -12,11 +12,11 @@
 namespace quobrix {
 namespace {
 
-constexpr std::string_view kVersionStream = "Version";
-constexpr std::string_view kNextIdStream = "Next Available Id";
-constexpr std::string_view kFreeIdsStream = "Available Ids";
-constexpr std::string_view kObjectIdsStream = "Object Ids";
-constexpr std::string_view kSingletonIdsStream = "Singleton Ids";
+constexpr std::string_view kVersionStream = kIndexStreams[0];
+constexpr std::string_view kNextIdStream = kIndexStreams[1];
+constexpr std::string_view kFreeIdsStream = kIndexStreams[2];
+constexpr std::string_view kObjectIdsStream = kIndexStreams[3];
+constexpr std::string_view kSingletonIdsStream = kIndexStreams[4];
 
 // What is pending moves to the file before the 2nd, the 3,002nd, … object written. The odd phase lets the first spill
 // come early, so that a disk that takes nothing is noticed at once.

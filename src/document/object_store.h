@@ -21,6 +21,10 @@ struct Damage {
     std::string what;
 };
 
+/// The streams beside those of the objects.
+inline constexpr std::string_view kIndexStreams[] = {"Version", "Next Available Id", "Available Ids", "Object Ids",
+                                                     "Singleton Ids"};
+
 /// The id that a stream is named by; nothing for other names ("Version", "007", and numbers that no object gets).
 ObjectId idOfStream(std::string_view name);
 

@@ -9,7 +9,7 @@ namespace {
 
 class Checker {
 public:
-    explicit Checker(TQuobrixDocument& document) : store_(document.store()) {}
+    explicit Checker(ObjectStore& store) : store_(store) {}
 
     DocumentCheck run() {
         result_.objects = store_.objectCount();
@@ -17,7 +17,10 @@ public:
         followReferences();
         checkSingletons();
         for (const Damage& damage : store_.damage())
-            result_.damages.push_back({damage.id, logOf(damage), damage.what});
+            if (ofLaterVersion(damage))
+                result_.notes.push_back({damage.id, {}, "the class is not known to this version; it is kept as it is"});
+            else
+                result_.damages.push_back({damage.id, logOf(damage), damage.what});
         result_.damages.insert(result_.damages.end(), contradictions_.begin(), contradictions_.end());
         noteLeftovers();
         return std::move(result_);
@@ -46,16 +49,17 @@ private:
             contradictions_.push_back({owner.id(), std::string(logOfClass(owner.type().name)), std::move(what)});
         };
         // Of its columns a table tells itself: whether they are of their class, and nobody else's.
-        const bool isTable = dynamic_cast<const Table*>(&owner) != nullptr;
-        const auto [known, first] = owners_.emplace(reference.id, &owner);
+        const bool isTable = dynamic_cast<const Table*>(&owner) != nullptr && store_.types().find(reference.typeId);
+        const auto [known, first] = owners_.emplace(reference.id, Owner{&owner, reference.typeId});
         if (!first && !isTable)
             return contradiction(fmt::format("{} and {} both refer to object {}", owner.type().name,
-                                             known->second->type().name, reference.id));
+                                             known->second.object->type().name, reference.id));
         if (store_.unreadable(reference.id))
             return; // told as damage of its own
         const PersistentObject* object = store_.find(reference.id);
         if (!object)
-            return contradiction(
+            return store_.noteBadReference(
+                reference.id, reference.typeId,
                 fmt::format("{} refers to object {}, which does not exist", owner.type().name, reference.id));
         if (object->type().id() != reference.typeId && !isTable)
             contradiction(fmt::format("{} refers to object {}, which is a {}", owner.type().name, reference.id,
@@ -89,6 +93,14 @@ private:
             result_.notes.push_back({kNoObject, {}, fmt::format("the stream \"{}\" belongs to no object", name)});
     }
 
+    /// It has a class that is not known, and nothing expects another of it.
+    bool ofLaterVersion(const Damage& damage) const {
+        if (!store_.unreadable(damage.id) || damage.typeId == 0 || store_.types().find(damage.typeId))
+            return false;
+        const auto owner = owners_.find(damage.id);
+        return owner == owners_.end() || owner->second.expected == damage.typeId;
+    }
+
     /// By the class of the damaged object; where that is not known, of what refers to it.
     std::string logOf(const Damage& damage) const {
         if (damage.id == kNoObject)
@@ -96,17 +108,22 @@ private:
         if (const PersistentType* type = store_.types().find(damage.typeId))
             return std::string(logOfClass(type->name));
         const auto owner = owners_.find(damage.id);
-        return owner == owners_.end() ? std::string() : std::string(logOfClass(owner->second->type().name));
+        return owner == owners_.end() ? std::string() : std::string(logOfClass(owner->second.object->type().name));
     }
+
+    struct Owner {
+        const PersistentObject* object;
+        std::uint32_t expected; ///< type id
+    };
 
     ObjectStore& store_;
     DocumentCheck result_;
     std::vector<CheckFinding> contradictions_;
-    std::unordered_map<ObjectId, const PersistentObject*> owners_;
+    std::unordered_map<ObjectId, Owner> owners_;
 };
 
 } // namespace
 
-DocumentCheck checkDocument(TQuobrixDocument& document) { return Checker(document).run(); }
+DocumentCheck checkDocument(ObjectStore& store) { return Checker(store).run(); }
 
 } // namespace quobrix

@@ -23,9 +23,11 @@ struct DocumentCheck {
     bool sound() const { return damages.empty(); }
 };
 
-/// Loads every object of DOCUMENT and follows every reference: each object of the index must have a stream that can be
-/// read, each table columns of its length, and each reference an object of its class that nothing else refers to.
+/// Loads every object of a document and follows every reference: each object of the index must have a stream that can
+/// be read, each table columns of its length, and each reference an object of its class that nothing else refers to.
+/// Objects of classes that only a later version knows are noted, and damage where another class is expected of them.
 /// Changes nothing, but what is damaged is known to the document from then on.
-DocumentCheck checkDocument(TQuobrixDocument& document);
+DocumentCheck checkDocument(ObjectStore& store);
+inline DocumentCheck checkDocument(TQuobrixDocument& document) { return checkDocument(document.store()); }
 
 } // namespace quobrix

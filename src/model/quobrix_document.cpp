@@ -15,7 +15,6 @@ constexpr LogName kLogNames[] = {
     {"TAccidentLog", "Accident Log"}, {"TVehicleNames", "Vehicle ID"},        {"TQuobrixNames", "Quobrix ID"},
     {"DriverNames", "Driver ID"},
 };
-constexpr std::string_view kOtherLog = "Other tables";
 
 bool refersTo(const PersistentObject& object, ObjectId id) {
     const std::vector<Reference> references = object.references();

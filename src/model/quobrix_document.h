@@ -18,6 +18,12 @@ namespace quobrix {
 /// Every persistent class of the program.
 const TypeRegistry& modelTypes();
 
+/// The tables that every document has, with or without records.
+inline constexpr const PersistentType* kRootTables[] = {
+    &DriverNamesTable::kType, &TVehicleNamesTable::kType, &TQuobrixNamesTable::kType,
+    &TTripLogTable::kType,    &TTroubleLogTable::kType,   &TSecurityLogTable::kType,
+};
+
 /// The document of this program: the object store with its six root tables bound after every open and new.
 class TQuobrixDocument final : public TDocument, private TableEditsListener {
 public:
@@ -66,7 +72,8 @@ private:
     TableEdits edits_{tablesOf(*this)};
 };
 
-/// The log or name table that objects of a class belong to ("Trip Log", …); "Other tables" for all others.
+/// The log or name table that objects of a class belong to ("Trip Log", …); kOtherLog for all others.
+inline constexpr std::string_view kOtherLog = "Other tables";
 std::string_view logOfClass(std::string_view className);
 
 /// A file whose name is "Example" or "Example.car", in any case, is the example.

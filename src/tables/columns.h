@@ -204,11 +204,11 @@ public:
     std::string text(RowIndex, const TextContext&) const override { return {}; }
     void removeRows(RowIndex at, std::size_t count) override;
     std::vector<Reference> references() const override;
+    /// The class of the objects.
+    virtual const PersistentType& objectType() const = 0;
 
 protected:
     void deleting() override;
-    /// The class of the objects.
-    virtual const PersistentType& objectType() const = 0;
 
 private:
     void destroyObject(RowIndex row);
@@ -223,8 +223,6 @@ public:
     T* object(RowIndex row) const;
     /// The object of ROW, made if the cell has none. If it has one that cannot be read, a new one takes its place.
     T& makeObject(RowIndex row);
-
-protected:
     const PersistentType& objectType() const final { return T::kType; }
 };
 

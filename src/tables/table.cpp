@@ -103,8 +103,7 @@ std::vector<Reference> Table::references() const {
     for (std::size_t i = 0; i < entries_.size(); ++i)
         if (entries_[i].id != kNoObject)
             result.push_back({entries_[i].id, spec().columns[i]->id()});
-    for (const Foreign& foreign : foreign_)
-        result.push_back({foreign.id, foreign.typeId});
+    result.insert(result.end(), foreign_.begin(), foreign_.end());
     return result;
 }
 
@@ -163,43 +162,47 @@ void Table::deleting() {
             store()->destroy(entries_[i].id);
 }
 
-void Table::write(ByteWriter& out) const {
-    std::size_t known = 0;
-    for (const Entry& entry : entries_)
-        known += entry.id != kNoObject;
-    out.u32(static_cast<std::uint32_t>(rows_));
-    out.u32(static_cast<std::uint32_t>(known + foreign_.size()));
-    for (std::size_t i = 0; i < entries_.size(); ++i)
-        if (entries_[i].id != kNoObject) {
-            out.u32(spec().columns[i]->id());
-            out.u32(entries_[i].id);
-        }
-    for (const Foreign& foreign : foreign_) {
-        out.u32(foreign.typeId);
-        out.u32(foreign.id);
-    }
-}
+void Table::write(ByteWriter& out) const { TableContent{static_cast<std::uint32_t>(rows_), references()}.write(out); }
 
 bool Table::read(ByteReader& in, std::uint8_t) {
-    rows_ = in.u32();
-    const std::uint32_t count = in.count(8);
+    TableContent content;
+    if (!content.read(in))
+        return false;
+    rows_ = content.rows;
     entries_.clear();
     entries_.resize(columnCount());
-    for (std::uint32_t n = 0; n < count; ++n) {
-        const std::uint32_t typeId = in.u32();
-        const ObjectId id = in.u32();
+    for (const Reference& column : content.columns) {
         std::size_t i = 0;
-        while (i < spec().columns.size() && spec().columns[i]->id() != typeId)
+        while (i < spec().columns.size() && spec().columns[i]->id() != column.typeId)
             ++i;
         if (i == spec().columns.size())
-            foreign_.push_back({typeId, id});
+            foreign_.push_back(column);
         else if (entries_[i].id == kNoObject)
-            entries_[i].id = id;
+            entries_[i].id = column.id;
         else
             return false; // one column twice
     }
     rowsVerified_ = false;
     return true;
+}
+
+void TableContent::write(ByteWriter& out) const {
+    out.u32(rows);
+    out.u32(static_cast<std::uint32_t>(columns.size()));
+    for (const Reference& column : columns) {
+        out.u32(column.typeId);
+        out.u32(column.id);
+    }
+}
+
+bool TableContent::read(ByteReader& in) {
+    rows = in.u32();
+    columns.resize(in.count(8));
+    for (Reference& column : columns) {
+        column.typeId = in.u32();
+        column.id = in.u32();
+    }
+    return in.complete();
 }
 
 } // namespace quobrix

@@ -22,8 +22,18 @@ struct TableSpec {
     }
 };
 
+/// What the stream of a table holds: u32 row count, u32 column count, then per column u32 type id, u32 object id.
+struct TableContent {
+    std::uint32_t rows = 0;
+    std::vector<Reference> columns;
+
+    void write(ByteWriter& out) const;
+    /// False if IN does not hold as many columns as it says.
+    bool read(ByteReader& in);
+};
+
 /// An ordered list of columns and a row count; a row is one record. The columns are objects of their own and are loaded
-/// when first asked for. Stream: u32 row count, u32 column count, then per column u32 type id, u32 object id.
+/// when first asked for. Stream: TableContent.
 ///
 /// A column that the file lacks or that cannot be read stands in empty. When rows are about to change, it is replaced
 /// by a new object: the old bytes stay in the file, under the id that nothing refers to any more.
@@ -80,17 +90,12 @@ private:
         std::unique_ptr<Column> standIn;
         bool unreadable = false;
     };
-    struct Foreign { // a column of the file that this class does not have: kept as it is
-        std::uint32_t typeId;
-        ObjectId id;
-    };
-
     Column& load(std::size_t index) const;
     void standIn(std::size_t index) const;
     void verifyRows() const;
 
     mutable std::vector<Entry> entries_;
-    std::vector<Foreign> foreign_;
+    std::vector<Reference> foreign_; ///< columns of the file that this class does not have: kept as they are
     mutable RowIndex rows_ = 0;
     // The row count of a file is believed only when a column of that many rows is there.
     mutable bool rowsVerified_ = true;

@@ -212,6 +212,39 @@ TEST_F(CommandLine, DamageIsToldByCheckAndByWhatItLeavesOut) {
     EXPECT_EQ(cli({"list", "troubles", "Test.car"}).exitCode, 0);
 }
 
+TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {
+    makeDocument();
+    tamper(file_, [&](CompoundFile& file) {
+        file.write(std::to_string(distanceId_), {1, 2, 3});
+        file.remove("Object Ids");
+    });
+    const std::string before = contentOf(file_);
+    const auto refused = [&](const std::vector<std::string>& arguments, int exitCode, std::string_view words) {
+        const Outcome outcome = cli(arguments);
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        EXPECT_NE(outcome.error.find(words), std::string::npos) << outcome.error;
+    };
+    refused({"check", "--repair", "Test.car"}, 2, "--into");
+    refused({"check", "Test.car", "--into", "New.car"}, 2, "--repair");
+    refused({"check", "--repair", "Test.car", "--into", "./Test.car", "--force"}, 1, "the damaged file itself");
+    refused({"check", "--repair", "Missing.car", "--into", "New.car"}, 1, "does not exist");
+    refused({"check", "--repair", "Test.car", "--into", "Nowhere/New.car"}, 1, "cannot be saved");
+
+    const Outcome repair = cli({"check", "--repair", "Test.car", "--into", "New.car"});
+    EXPECT_EQ(repair.exitCode, 3);
+    EXPECT_NE(repair.out.find("lost: Trip Log: object " + std::to_string(distanceId_)), std::string::npos)
+        << repair.out;
+    EXPECT_NE(repair.out.find("Trip Log 2"), std::string::npos) << repair.out;
+    EXPECT_NE(repair.error.find("1 part of Test.car could not be recovered"), std::string::npos) << repair.error;
+    EXPECT_EQ(cli({"check", "New.car"}).exitCode, 0);
+    EXPECT_EQ(parseJson(cli({"list", "trips", "New.car", "--format", "json"}).out).size(), 2u);
+
+    refused({"check", "--repair", "Test.car", "--into", "New.car"}, 1, "it exists");
+    EXPECT_EQ(cli({"check", "--repair", "New.car", "--into", "Again.car"}).exitCode, 0); // nothing more is lost
+    EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}).exitCode, 3);
+    EXPECT_EQ(contentOf(file_), before);
+}
+
 TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {
     ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
     ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);

@@ -1,0 +1,249 @@
+#include "model/document_repair.h"
+
+#include "platform/file_system.h"
+#include "support/document_streams.h"
+#include "support/sample_trip.h"
+#include "support/stream_map.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+constexpr std::int32_t kStart = 1'700'000'000;
+
+class Repair : public testing::Test {
+protected:
+    Repair() {
+        for (int i = 0; i < 3; ++i)
+            addTrip(made_, kStart + 3600 * i);
+        made_.activity().insertRows(0, 2);
+        const Result<void> saved = made_.store().save(damaged_);
+        writeDocumentStream(damaged_);
+        EXPECT_TRUE(saved);
+    }
+
+    Bytes& stream(ObjectId id) { return damaged_.streams.find(std::to_string(id))->second; }
+    void remove(ObjectId id) { damaged_.remove(std::to_string(id)); }
+    void cut(ObjectId id) { stream(id).pop_back(); }
+
+    /// Repairs, and opens what comes of it.
+    void repair() {
+        repaired_.streams.clear();
+        Result<DocumentRepair> result = salvage(damaged_, repaired_);
+        ASSERT_TRUE(result);
+        result_ = *std::move(result);
+        store_ = std::make_unique<ObjectStore>(modelTypes());
+        store_->load(repaired_);
+        EXPECT_FALSE(store_->indexDamaged());
+        EXPECT_FALSE(store_->findLostSingletons());
+        EXPECT_EQ(store_->objectCount(), result_.objects);
+        for (const CheckFinding& finding : checkDocument(*store_).damages)
+            ADD_FAILURE() << finding.id << " " << finding.what;
+        for (const PersistentType* root : kRootTables)
+            EXPECT_TRUE(store_->singletonIds().contains(root->id())) << root->name;
+    }
+    TTripLogTable& trips() { return store_->singleton<TTripLogTable>(); }
+
+    static bool mentions(const std::vector<CheckFinding>& findings, std::string_view log, std::string_view words) {
+        return std::ranges::any_of(findings, [&](const CheckFinding& finding) {
+            return finding.log == log && finding.what.find(words) != std::string::npos;
+        });
+    }
+    void expectOneLoss(std::string_view log, std::string_view words) {
+        EXPECT_EQ(result_.lost.size(), 1u);
+        EXPECT_TRUE(mentions(result_.lost, log, words)) << (result_.lost.empty() ? "" : result_.lost.front().what);
+    }
+
+    TQuobrixDocument made_;
+    StreamMap damaged_, repaired_;
+    DocumentRepair result_;
+    std::unique_ptr<ObjectStore> store_;
+};
+
+TEST_F(Repair, OfASoundDocumentIsTheSameDocument) {
+    repair();
+    EXPECT_TRUE(result_.complete() && result_.notes.empty());
+    EXPECT_TRUE(repaired_.streams == damaged_.streams);
+    const std::vector<std::pair<std::string, std::size_t>> records = {{"Activity Log", 2}, {"Driver ID", 0},
+                                                                      {"Quobrix ID", 0},   {"Trip Log", 3},
+                                                                      {"Vehicle ID", 1},   {"Vehicle Trouble Log", 0}};
+    EXPECT_EQ(result_.records, records);
+}
+
+TEST_F(Repair, WithoutAnyObjectLosesThatOneOnly) {
+    const auto whole = damaged_.streams;
+    for (const ObjectId id : made_.store().objectIds()) {
+        SCOPED_TRACE(made_.store().find(id)->type().name);
+        damaged_.streams = whole;
+        remove(id);
+        repair();
+        EXPECT_LE(result_.lost.size(), 1u);
+        for (const auto& [name, content] : whole)
+            if (name != std::to_string(id) && idOfStream(name) != kNoObject) {
+                const ObjectId other = idOfStream(name);
+                EXPECT_TRUE(store_->find(other) && store_->find(other)->type().id() == ByteReader(content).u32());
+            }
+        EXPECT_EQ(trips().rowCount(), 3u);
+    }
+}
+
+TEST_F(Repair, PutsALogTogetherAgainFromItsColumns) {
+    const auto whole = damaged_.streams;
+    const std::function<void()> damages[] = {
+        [&] { remove(made_.trips().id()); },
+        [&] { cut(made_.trips().id()); },
+        [&] { remove(made_.trips().id()), damaged_.remove("Singleton Ids"), damaged_.remove("Object Ids"); },
+    };
+    for (const auto& damage : damages) {
+        damaged_.streams = whole;
+        damage();
+        repair();
+        EXPECT_TRUE(result_.complete());
+        EXPECT_TRUE(mentions(result_.notes, "Trip Log", "40 of 40 columns; records: 3"));
+        EXPECT_EQ(trips().column<TTripLogDistanceColumn>().value(2), Value(12000.0));
+        ASSERT_TRUE(trips().column<TTripLogSampleTableColumn>().object(1));
+        EXPECT_EQ(trips().column<TTripLogSampleTableColumn>().object(1)->rowCount(), 61u);
+    }
+}
+
+TEST_F(Repair, MakesALostColumnAnEmptyOneOfTheRightLength) {
+    const ObjectId distance = made_.trips().column<TTripLogDistanceColumn>().id();
+    const auto whole = damaged_.streams;
+    const std::function<void()> damages[] = {
+        [&] { remove(distance); },
+        [&] { cut(distance); },
+        [&] { stream(distance)[0] ^= 0xFF; },                                 // another class
+        [&] { stream(distance)[4] = 9; },                                     // a later layout
+        [&] { stream(distance).resize(5 + 4 + 8), stream(distance)[5] = 1; }, // another length
+        [&] { stream(distance).assign(512, 0); },
+    };
+    for (const auto& damage : damages) {
+        damaged_.streams = whole;
+        damage();
+        repair();
+        expectOneLoss("Trip Log", "\"Distance\"");
+        const auto& column = trips().column<TTripLogDistanceColumn>();
+        EXPECT_TRUE(column.store());
+        EXPECT_EQ(column.storedRows(), 3u);
+        EXPECT_EQ(column.value(0), Value());
+        EXPECT_EQ(trips().column<TTripLogMaximumSpeedColumn>().value(0), Value(75 * kMph));
+    }
+}
+
+TEST_F(Repair, BelievesTheColumnsWhenATableSaysAnotherLength) {
+    for (const std::uint8_t rows : std::initializer_list<std::uint8_t>{0, 2, 200}) {
+        stream(made_.trips().id())[5] = rows;
+        repair();
+        EXPECT_TRUE(result_.complete());
+        EXPECT_TRUE(mentions(result_.notes, "Trip Log", "its columns have 3"));
+        EXPECT_EQ(trips().rowCount(), 3u);
+    }
+}
+
+TEST_F(Repair, FindsAColumnAgainThatItsTableNamesWrongly) {
+    Bytes& table = stream(made_.trips().id());
+    ByteReader in(table);
+    in.bytes(5 + 8);
+    std::size_t at = 5 + 8 + 4;
+    while (in.u32() != TTripLogDistanceColumn::kType.id()) {
+        in.u32();
+        at += 8;
+    }
+    table[at] ^= 0x40; // the id
+    repair();
+    EXPECT_TRUE(result_.complete());
+    EXPECT_EQ(trips().column<TTripLogDistanceColumn>().value(1), Value(12000.0));
+}
+
+TEST_F(Repair, TellsByTripWhichOwnedTablesAreLostAndLeavesTheirCellsEmpty) {
+    auto& samples = made_.trips().column<TTripLogSampleTableColumn>();
+    const ObjectId speeds = samples.object(2)->speed().id();
+    cut(samples.at(1));
+    cut(speeds);
+    remove(made_.trips().column<TTripLogHardBrakeTimesColumnColumn>().at(0));
+    repair();
+    EXPECT_EQ(result_.lost.size(), 3u);
+    EXPECT_TRUE(mentions(result_.lost, "Trip Log", "record 1: Hard Brake: "));
+    EXPECT_TRUE(mentions(result_.lost, "Trip Log", "record 2: Samples: "));
+    EXPECT_TRUE(mentions(result_.lost, "Trip Log", "record 3: Samples: none of its 61 rows"));
+    auto& repaired = trips().column<TTripLogSampleTableColumn>();
+    EXPECT_TRUE(repaired.object(0) && !repaired.has(1) && repaired.object(2));
+    EXPECT_EQ(repaired.object(2)->series(0).parameter(), 2); // its engine speeds are left
+    EXPECT_FALSE(trips().column<TTripLogHardBrakeTimesColumnColumn>().has(0));
+    // What the lost table owned belongs nowhere now, and is kept all the same.
+    EXPECT_TRUE(mentions(result_.notes, "Trip Log", "nothing refers to this TTripLogSampleSpeedColumn"));
+}
+
+TEST_F(Repair, GivesWhatTwoRecordsClaimToTheFirst) {
+    auto& bands = made_.trips().column<TTripLogSpeedBandsTableColumn>();
+    bands.set(2, bands.at(0));
+    ASSERT_TRUE(made_.store().save(damaged_));
+    repair();
+    expectOneLoss("Trip Log", "record 3: Speed Bands: cannot be read (it belongs elsewhere)");
+    EXPECT_EQ(trips().column<TTripLogSpeedBandsTableColumn>().object(0)->rowCount(), 5u);
+}
+
+TEST_F(Repair, TakesTheLogThatHasRecordsWhereALostOneWasBegunAnew) {
+    // What an earlier version made of a lost entry in the index: a second, empty log, which the index names.
+    TTripLogTable& second = static_cast<TTripLogTable&>(made_.store().create(TTripLogTable::kType));
+    ASSERT_TRUE(made_.store().save(damaged_));
+    repair();
+    EXPECT_EQ(trips().rowCount(), 3u);
+    EXPECT_NE(trips().id(), second.id());
+    expectOneLoss("Trip Log", "there are two TTripLogTable; this one of 0 rows is left out");
+}
+
+TEST_F(Repair, KeepsWhatALaterVersionAdded) {
+    const Bytes unknown = {'n', 'e', 'w', '!', 7, 1, 2, 3};
+    const ObjectId column = made_.store().nextAvailableId(), alone = column + 1;
+    damaged_.write(std::to_string(column), unknown);
+    damaged_.write(std::to_string(alone), unknown);
+    Bytes& table = stream(made_.trips().id());
+    ++table[9]; // the number of columns
+    const Bytes reference = u32s({0x2177656E, column});
+    table.insert(table.end(), reference.begin(), reference.end());
+    repair();
+    EXPECT_TRUE(result_.complete());
+    EXPECT_EQ(repaired_.streams.find(std::to_string(column))->second, unknown);
+    EXPECT_EQ(repaired_.streams.find(std::to_string(alone))->second, unknown);
+    EXPECT_EQ(trips().references().back().id, column);
+}
+
+TEST_F(Repair, OfNothingIsAnEmptyDocument) {
+    damaged_.streams.clear();
+    repair();
+    EXPECT_TRUE(result_.complete());
+    EXPECT_EQ(result_.objects, std::size(kRootTables));
+    damaged_.write("7", {1, 2});
+    repair();
+    EXPECT_FALSE(result_.complete());
+}
+
+TEST_F(Repair, OfAFileIsEditableAndLeavesTheFileAlone) {
+    TemporaryFolder folder;
+    const std::filesystem::path file = folder / "Damaged.car", into = folder / "New.car";
+    ASSERT_TRUE(made_.saveAs(file));
+    const ObjectId trips = made_.trips().id();
+    made_.newDocument(); // lets go of the file
+    tamper(file, [&](CompoundFile& compound) { compound.remove(std::to_string(trips)), compound.remove("Version"); });
+    const Bytes before = *readFile(file, 1u << 20);
+    const Result<DocumentRepair> result = repairDocument(*compoundFile(file, FileMode::Read), into);
+    ASSERT_TRUE(result && result->complete());
+    EXPECT_EQ(*readFile(file, 1u << 20), before);
+    TQuobrixDocument document;
+    ASSERT_TRUE(document.open(into, TDocument::Access::Edit));
+    EXPECT_FALSE(document.readOnly());
+    EXPECT_EQ(document.trips().rowCount(), 3u);
+    addTrip(document, kStart + 86400);
+    ASSERT_TRUE(document.save());
+    EXPECT_TRUE(checkDocument(document).sound());
+}
+
+} // namespace
+} // namespace quobrix
