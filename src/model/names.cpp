@@ -1,8 +1,10 @@
 #include "model/names.h"
 
 #include "base/utf8.h"
+#include "messages/message.h"
 #include "model/accident_log.h"
 #include "model/security_log.h"
+#include "model/serial_number.h"
 #include "model/trip_log.h"
 #include "model/trouble_log.h"
 
@@ -32,6 +34,18 @@ void addUser(const Column& asking, std::vector<const Column*>& users) {
         users.push_back(&log->template column<C>());
 }
 
+std::string_view withoutBlanksAround(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of(" \t");
+    return begin == std::string_view::npos ? std::string_view()
+                                           : text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
+}
+
+/// Why the key of ROW is not changed: the records that refer to it would lose their name.
+std::string keyLock(const Column& key, RowIndex row) {
+    const auto* names = static_cast<const NamesTable*>(key.table());
+    return names && names->inUse(row) ? "This cannot be changed because records of this file refer to it." : "";
+}
+
 // People add and delete names; more than a list can reasonably be read in is a mistaken paste.
 constexpr RowRequirements kNameRows{.editable = true, .required = {0, 100'000}};
 
@@ -40,6 +54,44 @@ constexpr RowRequirements kNameRows{.editable = true, .required = {0, 100'000}};
 bool isDriverName(std::string_view name) {
     const std::size_t length = characterCount(name);
     return length >= 1 && length <= kLongestDriverName;
+}
+
+Parsed VehicleKeyColumn::parse(std::string_view text, const TextContext&) const {
+    std::string vin(withoutBlanksAround(text));
+    for (char& c : vin)
+        if (c >= 'a' && c <= 'z')
+            c = static_cast<char>(c - 'a' + 'A');
+    return {vin, {}};
+}
+
+std::string VehicleKeyColumn::doubt(const Value& value) const {
+    const auto* vin = std::get_if<std::string>(&value);
+    if (!vin || vin->find_first_not_of("ABCDEFGHJKLMNPRSTUVWXYZ0123456789") == std::string::npos)
+        return {};
+    return "A VIN usually consists of digits and capital letters other than I, O and Q.";
+}
+
+std::string VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+
+Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
+    if (!isAcceptedTyped(text))
+        return {{}, std::string(messageSpec(MessageId::InvalidSerialNumber).text)};
+    return {std::string(text), {}};
+}
+
+std::string LoggerKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+
+std::string DriverKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+
+Parsed NameColumn::parse(std::string_view text, const TextContext&) const {
+    return {std::string(withoutBlanksAround(text)), {}};
+}
+
+Parsed DriverNameColumn::parse(std::string_view text, const TextContext& context) const {
+    Parsed name = NameColumn::parse(text, context);
+    if (!isDriverName(std::get<std::string>(name.value)))
+        return {{}, std::string(messageSpec(MessageId::InvalidDriverName).text)};
+    return name;
 }
 
 bool InUseColumn::inUse(RowIndex row) const {
@@ -54,7 +106,8 @@ bool InUseColumn::inUse(RowIndex row) const {
                 keys_.insert(keyText(*column, i));
         state_ = state;
     }
-    return keys_.contains(static_cast<const NamesTable*>(table())->key(row));
+    const std::string key = static_cast<const NamesTable*>(table())->key(row);
+    return !key.empty() && keys_.contains(key); // records without a vehicle do not use a row without a key
 }
 
 std::vector<const Column*> VehicleInUseColumn::users() const {
@@ -98,6 +151,8 @@ void NamesTable::refresh() const {
 }
 
 RowIndex NamesTable::find(std::string_view key) const {
+    if (key.empty())
+        return rowCount();
     refresh();
     const auto found = rows_.find(std::string(key));
     return found == rows_.end() ? rowCount() : found->second;

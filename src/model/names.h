@@ -26,6 +26,38 @@ inline constexpr std::string_view kNewDriverSection = "NewDriverColumn";
 inline constexpr std::string_view kUnidentifiedDriverSection = "UnidentifiedDriverColumn";
 inline constexpr std::string_view kDefaultName = "default";
 
+/// A vehicle's VIN. What is typed becomes upper case; other forms than ISO 3779's are doubted, never refused: older
+/// vehicles have them. Like every key it keeps its value while records refer to it.
+class VehicleKeyColumn : public TextColumn {
+public:
+    Parsed parse(std::string_view text, const TextContext&) const override;
+    std::string doubt(const Value& value) const override;
+    std::string lock(RowIndex row) const override;
+};
+/// A logger's serial number. What is typed must be accepted by isAcceptedTyped().
+class LoggerKeyColumn : public TextColumn {
+public:
+    Parsed parse(std::string_view text, const TextContext&) const override;
+    std::string lock(RowIndex row) const override;
+};
+/// A driver's identification number: a number that is not counted with, so its digits are not grouped.
+class DriverKeyColumn : public IntegerColumn {
+public:
+    std::string text(RowIndex row, const TextContext& context) const override { return editText(row, context); }
+    std::string lock(RowIndex row) const override;
+};
+
+/// A name, without blanks around it.
+class NameColumn : public TextColumn {
+public:
+    Parsed parse(std::string_view text, const TextContext&) const override;
+};
+/// What is typed must be a driver's name; a driver without one is none of the person's doing.
+class DriverNameColumn : public NameColumn {
+public:
+    Parsed parse(std::string_view text, const TextContext& context) const override;
+};
+
 /// Whether any record of a log still uses the key of the row. Computed from the logs when asked, and kept until one of
 /// their key columns changes.
 class InUseColumn : public DerivedColumn {
@@ -66,7 +98,7 @@ public:
     const std::string& name(RowIndex row) const;
     /// Whether any record of a log refers to the key of the row.
     bool inUse(RowIndex row) const;
-    /// The row of KEY; rowCount() if there is none.
+    /// The row of KEY; rowCount() if there is none, as for the empty key.
     RowIndex find(std::string_view key) const;
     /// The name of KEY; empty if it has none.
     std::string nameOf(std::string_view key) const;
@@ -78,10 +110,10 @@ public:
     std::vector<std::string> addMissing(std::span<const std::string> keys);
     /// Gives each of KEYS, which must be there, the name NAME.
     void nameAll(std::span<const std::string> keys, const std::string& name);
-
-protected:
     /// The names that COUNT new keys get by themselves: none, if the keys stay without.
     virtual std::vector<std::string> defaultNames(std::size_t count) const;
+
+protected:
     virtual void setKey(RowIndex row, const std::string& key);
 
 private:
@@ -92,7 +124,6 @@ private:
 
 class TVehicleNamesTable final : public NamesTable {
     QUOBRIX_TABLE_CLASS(TVehicleNamesTable, true)
-protected:
     /// "Unknown #n" each, n the smallest numbers from 1 that no row has yet.
     std::vector<std::string> defaultNames(std::size_t count) const override;
 };

@@ -1,6 +1,7 @@
 #include "tables/check.h"
 
 #include "base/fold_case.h"
+#include "base/utf8.h"
 #include "tables/range_text.h"
 
 #include <fmt/format.h>
@@ -14,10 +15,6 @@ namespace {
 bool isEmpty(const Value& value) {
     const auto* text = std::get_if<std::string>(&value);
     return std::holds_alternative<std::monostate>(value) || (text && text->empty());
-}
-
-std::size_t characters(std::string_view text) {
-    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
 std::string outsideText(const Column& column, const Range& range, double figure, std::string_view word,
@@ -92,7 +89,7 @@ std::vector<Finding> checkValue(const Column& column, const Value& value, const 
             add(Severity::Required, "This is not a valid selection.");
     }
     if (const auto* text = std::get_if<std::string>(&value)) {
-        const std::size_t length = characters(*text);
+        const std::size_t length = characterCount(*text);
         if (!r.requiredCharacters.contains(length))
             add(Severity::Required, lengthText(r.requiredCharacters, "required", context));
         else if (!r.recommendedCharacters.contains(length))
@@ -105,6 +102,8 @@ std::vector<Finding> checkValue(const Column& column, const Value& value, const 
     }
     if (std::string objection = column.objection(value); !objection.empty())
         add(Severity::Required, std::move(objection));
+    if (std::string doubt = column.doubt(value); !doubt.empty())
+        add(Severity::Recommended, std::move(doubt));
     std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::severity);
     return findings;
 }

@@ -91,6 +91,10 @@ public:
     virtual std::vector<Selection> selections() const { return {}; }
     /// Why a value is refused for a reason of the column's own, beyond its requirements; empty: it is not.
     virtual std::string objection(const Value&) const { return {}; }
+    /// What speaks against a value without forbidding it; empty: nothing.
+    virtual std::string doubt(const Value&) const { return {}; }
+    /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.
+    virtual std::string lock(RowIndex) const { return {}; }
 
     /// Sets a cell of an editable column to a value of its kind, or to nothing where the kind has that.
     virtual void setValue(RowIndex row, const Value& value);

@@ -90,6 +90,8 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
             return refused(kNotEditable, cell.column, cell.row);
         if (cell.row < rows && column.value(cell.row) == cell.value)
             continue;
+        if (std::string why = cell.row < rows ? column.lock(cell.row) : std::string(); !why.empty())
+            return refused(why, cell.column, cell.row);
         for (Finding& finding : checkValue(column, cell.value, context)) {
             if (finding.severity == Severity::Required)
                 return refused(finding.text, cell.column, cell.row);

@@ -3,6 +3,9 @@
 #include "model/serial_number.h"
 #include "support/sample_trip.h"
 #include "support/scripted_prompter.h"
+#include "tables/table_edits.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <gtest/gtest.h>
 
@@ -140,6 +143,78 @@ TEST(Names, ADriversNameIsOneToTwentyCharactersLong) {
     EXPECT_FALSE(isDriverName("123456789012345678901"));
     EXPECT_TRUE(isDriverName("ĄĆĘŁŃÓŚŹŻąćęłńóśźżßü")); // 40 bytes
     EXPECT_FALSE(isDriverName("ĄĆĘŁŃÓŚŹŻąćęłńóśźżßü!"));
+}
+
+class NameEditing : public ::testing::Test {
+protected:
+    /// Types TEXT into a cell; says why it is refused.
+    std::string type(const NamesTable& table, std::size_t column, RowIndex row, std::string_view text) {
+        return edits_.type(table.id(), column, row, text, context_).refusal;
+    }
+    std::vector<std::string> warnings(const NamesTable& table, RowIndex row, std::string_view text) {
+        std::vector<std::string> result;
+        for (const Finding& warning : edits_.type(table.id(), 0, row, text, context_).warnings)
+            result.push_back(warning.text);
+        return result;
+    }
+
+    TQuobrixDocument document_;
+    TableEdits edits_{tablesOf(document_)};
+    TUnitSystem units_;
+    TimeZone zone_;
+    TextContext context_{units_, zone_};
+};
+
+TEST_F(NameEditing, AVinIsMadeCapitalAndDoubtedOnlyWhereItsFormIsUnusual) {
+    TVehicleNamesTable& vehicles = document_.vehicles();
+    edits_.insertRows(vehicles.id(), 0, 3);
+    EXPECT_TRUE(warnings(vehicles, 0, " wvwzzz1kzaw000001").empty());
+    EXPECT_EQ(vehicles.key(0), "WVWZZZ1KZAW000001");
+    EXPECT_EQ(warnings(vehicles, 1, "OLDTIMER 1").size(), 2u); // its length, and its O and blank
+    EXPECT_EQ(warnings(vehicles, 2, "WVWZZZ1KZAW00000").size(), 1u);
+    EXPECT_EQ(type(vehicles, 0, 2, "WVWZZZ1KZAW000001"), "This value must be unique (case insensitive).");
+    EXPECT_EQ(type(vehicles, 0, 2, ""), "This value is required but has not yet been defined.");
+    EXPECT_EQ(vehicles.key(2), "WVWZZZ1KZAW00000");
+}
+
+TEST_F(NameEditing, SerialNumbersAndDriverNamesAreRefusedInTheirOwnWords) {
+    edits_.insertRows(document_.loggers().id(), 0);
+    const std::string format = "Invalid serial number format. The serial number must be in the format \"AA-99-A\".";
+    EXPECT_EQ(type(document_.loggers(), 0, 0, "AA-99-A"), format);
+    EXPECT_EQ(type(document_.loggers(), 0, 0, ""), "");
+    EXPECT_EQ(type(document_.loggers(), 0, 0, "K-0042-B"), "");
+
+    const DriverNamesTable& drivers = document_.drivers();
+    edits_.insertRows(drivers.id(), 0);
+    const std::string length = "Not a valid driver name. Length should be 1-20 characters long.";
+    EXPECT_EQ(type(drivers, 1, 0, "123456789012345678901"), length);
+    EXPECT_EQ(type(drivers, 1, 0, "  "), length);
+    EXPECT_EQ(type(drivers, 1, 0, "12345678901234567890"), "");
+    EXPECT_EQ(type(drivers, 1, 0, ""), length);
+    EXPECT_EQ(type(drivers, 0, 0, "1234"), "");
+    EXPECT_EQ(drivers.column(0).text(0, context_), "1234");
+}
+
+TEST_F(NameEditing, AKeyInUseIsKeptAndItsNameIsNot) {
+    test::addTrip(document_, 1'700'000'000);
+    const TVehicleNamesTable& vehicles = document_.vehicles();
+    EXPECT_EQ(type(vehicles, 0, 0, "WVWZZZ1KZAW000001"),
+              "This cannot be changed because records of this file refer to it.");
+    EXPECT_EQ(type(vehicles, 0, 0, test::kVin), "");
+    EXPECT_EQ(type(vehicles, 1, 0, "Van"), "");
+    EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(0, context_), "Van");
+    edits_.undo();
+    EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(0, context_), "Unknown #1");
+}
+
+TEST_F(NameEditing, ARowWithoutAKeyIsNobodys) {
+    test::addTrip(document_, 1'700'000'000); // no driver was identified
+    TVehicleNamesTable& vehicles = document_.vehicles();
+    edits_.insertRows(vehicles.id(), 0);
+    EXPECT_EQ(type(vehicles, 1, 0, "New van"), "");
+    document_.trips().column<TTripLogVinColumn>().set(0, "");
+    EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(0, context_), "Unknown");
+    EXPECT_FALSE(vehicles.inUse(0));
 }
 
 TEST(SerialNumber, TypedOnesAreHeldAgainstTheirNeighboursBounds) {
