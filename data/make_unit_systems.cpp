@@ -126,7 +126,9 @@ std::string markdown() {
         "Written by `make_unit_systems --markdown docs/units.md` from the catalogue in `src/units/`.\n\n"
         "Values are held in the base unit of their type and shown as (base + offset) × factor; units of\n"
         "time have seconds as their factor and show base ÷ factor. The first unit of a type is its\n"
-        "default, and the one of the S.I. system. Figures are given to 12 digits.\n";
+        "default, and the one of the S.I. system. Figures are given to 12 digits.\n\n"
+        "A system may show diameters in inches as fractions, as drills are sized: the nearest 64th of an\n"
+        "inch, reduced (1 47/64 in, 3/8 in). Their decimals have no effect then.\n";
     std::array<bool, kUnitCount> listed{};
     constexpr std::string_view kHead = "\n| Unit | Id | Factor | Offset | Decimals |\n|---|--:|--:|--:|--:|\n";
     for (const UnitTypeRecord& type : allUnitTypes()) {

@@ -4,9 +4,11 @@
 #include "settings/settings.h"
 
 #include <QApplication>
+#include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
 #include <QStyleFactory>
+#include <QStyleOption>
 
 namespace quobrix {
 namespace {
@@ -14,6 +16,21 @@ namespace {
 class ProgramStyle final : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        // On a dark window the style's own outline of an empty box cannot be seen.
+        if ((element == PE_IndicatorCheckBox || element == PE_IndicatorItemViewItemCheck) &&
+            option->palette.color(QPalette::Window).lightness() < 128) {
+            painter->save();
+            painter->setRenderHint(QPainter::Antialiasing);
+            painter->setBrush(Qt::NoBrush);
+            painter->setPen(option->palette.color(QPalette::PlaceholderText));
+            painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
+            painter->restore();
+        }
+    }
 
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* returned) const override {

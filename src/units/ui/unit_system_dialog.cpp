@@ -181,6 +181,7 @@ void UnitSystemDialog::layOut() {
         systemRow->addWidget(action);
 
     auto* decimalsRow = new QHBoxLayout;
+    decimalsRow->setSpacing(8);
     decimalsRow->addWidget(label(QStringLiteral("&Decimals:"), decimals_));
     decimalsRow->addWidget(decimals_);
     decimalsRow->addStretch();

@@ -1,0 +1,82 @@
+// Paints the pictures of the documentation without a display, in light and dark: screenshots FOLDER
+
+#include "app/main_frame.h"
+#include "app/theme.h"
+#include "app/units_command.h"
+#include "base/ui/qt_text.h"
+#include "model/quobrix_document.h"
+#include "platform/paths.h"
+#include "settings/settings.h"
+#include "units/time_zone.h"
+#include "views/trip_log_view.h"
+
+#include <QApplication>
+#include <QDir>
+
+#include <cstdio>
+
+namespace {
+
+using namespace quobrix;
+
+/// The program with the example open in one theme, and the pictures of it.
+class Studio {
+public:
+    Studio(Theme theme, const QString& folder) : folder_(folder), suffix_(theme == Theme::Dark ? "dark" : "light") {
+        setThemeSetting(settings_, theme);
+        applyTheme(*qApp, settings_);
+        frame_.resize(1080, 720);
+        frame_.show();
+    }
+
+    bool takeAll() {
+        if (!store_.loadSystem(kUsSystemName) || !frame_.files().openExample(deliveredFolder() / "Example.car"))
+            return false;
+        // What differs from one computer to the next is made up.
+        settings_.setText("Recent File List", "File1", "/home/driver/Example.car");
+        frame_.commands().handle(CommandId::Download, [] {});
+        frame_.setPortStatus(QStringLiteral("Quobrix Detected on COM3 : K-0042-B"));
+        frame_.documentChanged();
+        frame_.pages().show(kHomePage);
+        bool taken = take("home", frame_);
+        frame_.pages().show(kTripLogPage);
+        taken = take("trip-log", frame_) && taken;
+        static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Report);
+        taken = take("trip-report", frame_) && taken;
+        frame_.commands().trigger(CommandId::Units);
+        return take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && taken;
+    }
+
+private:
+    bool take(const char* name, QWidget& widget) {
+        QApplication::processEvents();
+        return widget.grab().save(QStringLiteral("%1/%2-%3.png").arg(folder_, QLatin1String(name), suffix_));
+    }
+
+    QString folder_;
+    QString suffix_;
+    Settings settings_{std::make_unique<MemorySettings>()};
+    TUnitSystem units_;
+    UnitSystemStore store_{units_, {deliveredFolder(), {}}};
+    TimeZone zone_; // Greenwich
+    TQuobrixDocument document_;
+    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
+    UnitsCommand unitsCommand_{frame_, units_, store_};
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    if (argc != 2) {
+        std::fputs("screenshots FOLDER\n", stderr);
+        return 2;
+    }
+    const QString folder =
+        QDir(application.arguments()[1]).absolutePath(); // opening a document changes the current one
+    for (const Theme theme : {Theme::Light, Theme::Dark})
+        if (!Studio(theme, folder).takeAll())
+            return 1;
+    return 0;
+}

@@ -1,0 +1,32 @@
+#include "support/allocation_counter.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::uint64_t> count{0};
+
+void* allocate(std::size_t size) {
+    count.fetch_add(1, std::memory_order_relaxed);
+    if (void* memory = std::malloc(size == 0 ? 1 : size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+} // namespace
+
+// The forms that the library does not build on these two are not used with over-aligned types here.
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace quobrix::test {
+
+std::uint64_t allocations() { return count.load(std::memory_order_relaxed); }
+
+} // namespace quobrix::test
