@@ -235,7 +235,7 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
     if (!table)
         return refused(kDamaged);
     std::ranges::sort(rows);
-    rows.erase(std::ranges::unique(rows).begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     if (!rows.empty() && rows.back() >= table->rowCount())
         return refused(kNotEditable);
     if (std::string why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
