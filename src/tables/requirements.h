@@ -63,6 +63,14 @@ struct Requirements {
     Uniqueness mustBeUnique = Uniqueness::None;
     Uniqueness shouldBeUnique = Uniqueness::None;
 
+    /// With one member changed. Clang 14 wants it before its uses in constant expressions.
+    template <class T>
+    constexpr Requirements with(T Requirements::*member, T value) const {
+        Requirements r = *this;
+        r.*member = value;
+        return r;
+    }
+
     constexpr Requirements defaulted(double value) const {
         Requirements r = *this;
         r.isDefaulted = true;
@@ -100,14 +108,6 @@ struct Requirements {
         return need != Need::Optional || required.limited() || recommended.limited() || requiredCharacters.limited() ||
                recommendedCharacters.limited() || requiredRows.limited() || recommendedRows.limited() ||
                mustBeUnique != Uniqueness::None || shouldBeUnique != Uniqueness::None;
-    }
-
-private:
-    template <class T>
-    constexpr Requirements with(T Requirements::*member, T value) const {
-        Requirements r = *this;
-        r.*member = value;
-        return r;
     }
 };
 
