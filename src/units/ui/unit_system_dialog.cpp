@@ -157,20 +157,24 @@ void UnitSystemDialog::makeButtons() {
     delete_ = button(QStringLiteral("De&lete"), "UsDelete", {});
     undo_ = button(QStringLiteral("Und&o"), "UsUndo", {});
     redo_ = button(QStringLiteral("R&edo"), "UsRedo", {});
-    const auto connectChange = [this](QPushButton* pressed, QAction* action, QKeySequence::StandardKey key) {
-        action->setShortcuts(key);
+    const auto connectChange = [this](QPushButton* pressed, QAction* action, const QList<QKeySequence>& keys) {
+        action->setShortcuts(keys);
         addAction(action);
         const auto follow = [pressed, action] {
             pressed->setEnabled(action->isEnabled());
-            const QString keys = action->shortcut().toString(QKeySequence::NativeText);
-            pressed->setToolTip(QStringLiteral("%1 (%2)").arg(action->text(), keys));
+            const QString shortcut = action->shortcut().toString(QKeySequence::NativeText);
+            pressed->setToolTip(QStringLiteral("%1 (%2)").arg(action->text(), shortcut));
         };
         follow();
         connect(action, &QAction::changed, this, follow);
         connect(pressed, &QPushButton::clicked, action, &QAction::trigger);
     };
-    connectChange(undo_, changes_.createUndoAction(this), QKeySequence::Undo);
-    connectChange(redo_, changes_.createRedoAction(this), QKeySequence::Redo);
+    connectChange(undo_, changes_.createUndoAction(this), QKeySequence::keyBindings(QKeySequence::Undo));
+    QList<QKeySequence> redoKeys = QKeySequence::keyBindings(QKeySequence::Redo);
+    if (const QKeySequence habit(Qt::CTRL | Qt::Key_Y);
+        !redoKeys.contains(habit)) // not the desktop's, but many people's
+        redoKeys << habit;
+    connectChange(redo_, changes_.createRedoAction(this), redoKeys);
 }
 
 void UnitSystemDialog::layOut() {
