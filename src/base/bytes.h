@@ -98,8 +98,10 @@ public:
 
 private:
     void little(std::uint64_t value, std::size_t width) {
+        const std::size_t at = bytes_.size();
+        bytes_.resize(at + width);
         for (std::size_t i = 0; i < width; ++i)
-            bytes_.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+            bytes_[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
     }
 
     Bytes bytes_;

@@ -8,118 +8,10 @@ namespace quobrix::cfb {
 
 namespace {
 
-constexpr std::uint32_t kErasedSlot = 0xFFFFFFFE;
-
-/// Simple upper-casing of the scripts whose letters foreign files are likely to be named in.
-char16_t upper(char16_t unit) {
-    if (unit < 0x80)
-        return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit;
-    const auto within = [unit](char16_t first, char16_t last) { return unit >= first && unit <= last; };
-    if ((within(0xE0, 0xFE) && unit != 0xF7) || (within(0x3B1, 0x3CB) && unit != 0x3C2) || within(0x430, 0x44F))
-        return static_cast<char16_t>(unit - 32);
-    if (within(0x450, 0x45F))
-        return static_cast<char16_t>(unit - 80);
-    if (unit == 0xFF)
-        return 0x178;
-    // Latin Extended-A and Cyrillic beyond the basic alphabet go in pairs, upper before lower.
-    const bool oddIsLower = (within(0x100, 0x137) && unit != 0x131) || within(0x14A, 0x177) || within(0x460, 0x481);
-    const bool evenIsLower = within(0x139, 0x148) || within(0x179, 0x17E);
-    if ((oddIsLower && unit % 2 == 1) || (evenIsLower && unit % 2 == 0))
-        return static_cast<char16_t>(unit - 1);
-    return unit;
-}
-
-/// UNIT(i) is the name's i-th UTF-16 unit.
-template <class Unit>
-std::uint32_t hashName(std::uint32_t length, Unit unit) {
-    std::uint32_t hash = length;
-    for (std::uint32_t i = 0; i < length; ++i)
-        hash = (hash ^ upper(unit(i))) * 0x9E3779B1u;
-    return hash ^ hash >> 15;
-}
-
-template <class UnitA, class UnitB>
-int compareUnits(std::uint32_t lengthA, UnitA a, std::uint32_t lengthB, UnitB b) {
-    if (lengthA != lengthB)
-        return lengthA < lengthB ? -1 : 1;
-    for (std::uint32_t i = 0; i < lengthA; ++i)
-        if (const int difference = upper(a(i)) - upper(b(i)); difference != 0)
-            return difference;
-    return 0;
-}
-
-/// The units of an entry's name, where it lies in its page.
-auto unitsAt(const std::uint8_t* entry) {
-    return [entry](std::uint32_t i) { return static_cast<char16_t>(load16(entry + entry::kName + 2 * i)); };
-}
-auto nameUnits(const EntryName& name) {
-    return [&name](std::uint32_t i) { return name.units[i]; };
-}
-/// In UTF-16 units, without the terminator.
-std::uint32_t lengthAt(const std::uint8_t* entry) { return load16(entry + entry::kNameBytes) / 2u - 1; }
+/// So many new entries for each old one are quicker built into a new tree than inserted one by one.
+constexpr std::uint32_t kManyAdded = 2;
 
 } // namespace
-
-std::optional<EntryName> EntryName::fromText(std::string_view text) {
-    EntryName name;
-    const auto append = [&name](char32_t unit) {
-        if (name.length + 1 < name.units.size()) // the last one is the terminator's
-            name.units[name.length++] = static_cast<char16_t>(unit);
-        else
-            name.length = static_cast<std::uint32_t>(name.units.size());
-    };
-    for (std::size_t i = 0; i < text.size();) {
-        const auto lead = static_cast<unsigned char>(text[i]);
-        const std::size_t width = lead < 0x80 ? 1 : lead < 0xC0 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        if (width == 0 || width > text.size() - i)
-            return {};
-        char32_t c = width == 1 ? lead : lead & (0x7Fu >> width);
-        for (std::size_t k = 1; k < width; ++k)
-            c = c << 6 | (static_cast<unsigned char>(text[i + k]) & 0x3Fu);
-        if (c >= 0x10000) {
-            append(0xD800 + ((c - 0x10000) >> 10 & 0x3FF));
-            append(0xDC00 + (c & 0x3FF));
-        } else {
-            append(c);
-        }
-        i += width;
-    }
-    if (name.length == 0 || name.length >= name.units.size())
-        return {};
-    return name;
-}
-
-std::string EntryName::text() const {
-    std::string text;
-    for (std::uint32_t i = 0; i < length; ++i) {
-        char32_t c = units[i];
-        if (c >= 0xD800 && c < 0xDC00 && i + 1 < length && units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000)
-            c = 0x10000 + ((c - 0xD800) << 10) + (units[++i] - 0xDC00u);
-        const auto tail = [&](int shift) { text += static_cast<char>(0x80 | (c >> shift & 0x3F)); };
-        if (c < 0x80) {
-            text += static_cast<char>(c);
-        } else if (c < 0x800) {
-            text += static_cast<char>(0xC0 | c >> 6);
-            tail(0);
-        } else if (c < 0x10000) {
-            text += static_cast<char>(0xE0 | c >> 12);
-            tail(6);
-            tail(0);
-        } else {
-            text += static_cast<char>(0xF0 | c >> 18);
-            tail(12);
-            tail(6);
-            tail(0);
-        }
-    }
-    return text;
-}
-
-std::uint32_t EntryName::hash() const { return hashName(length, nameUnits(*this)); }
-
-int compareNames(const EntryName& a, const EntryName& b) {
-    return compareUnits(a.length, nameUnits(a), b.length, nameUnits(b));
-}
 
 Directory::Directory() : treeChecked_(true) {
     appendPage();
@@ -132,7 +24,6 @@ Directory::Directory() : treeChecked_(true) {
     root[entry::kType] = static_cast<std::uint8_t>(EntryType::Root);
     setRed(0, false);
     store32(root + entry::kStart, kEndOfChain);
-    rehash();
 }
 
 Directory::Directory(Bytes entries) : pages_(std::move(entries)) { load(); }
@@ -140,6 +31,8 @@ Directory::Directory(Bytes entries) : pages_(std::move(entries)) { load(); }
 void Directory::load() {
     treeChecked_ = false;
     members_.clear();
+    added_.clear();
+    addedCount_ = 0;
     freeSlots_.clear();
     findMembers();
     for (std::uint32_t index = count(); index-- > 1;)
@@ -225,52 +118,39 @@ void Directory::findMembers() {
                 found.push_back(index);
     }
     memberCount_ = static_cast<std::uint32_t>(found.size());
-    rehash();
-    const std::size_t mask = slots_.size() - 1;
+    names_ = NameIndex(found.size());
     for (const std::uint32_t index : found) {
-        const std::uint32_t hash = hashOf(index);
-        const auto sameName = [&](const Slot& slot) {
-            return slot.hash == hash && compareUnits(lengthAt(at(index)), unitsAt(at(index)), lengthAt(at(slot.index)),
-                                                     unitsAt(at(slot.index))) == 0;
-        };
         // Of two entries of one name only the first can be meant.
-        std::size_t place = hash & mask;
-        while (slots_[place].index != kNoEntry && !sameName(slots_[place]))
-            place = (place + 1) & mask;
-        if (slots_[place].index != kNoEntry) {
+        if (find(name(index)) != kNoEntry) {
             --memberCount_;
             continue;
         }
         members_.insert(index);
-        slots_[place] = {index, hash};
-        ++slotsUsed_;
+        names_.insert(name(index).hash(), index);
     }
-}
-
-EntryName Directory::name(std::uint32_t index) const {
-    EntryName name;
-    name.length = lengthAt(at(index));
-    std::generate_n(name.units.begin(), name.length,
-                    [unit = unitsAt(at(index)), i = 0u]() mutable { return unit(i++); });
-    return name;
-}
-
-int Directory::compare(const EntryName& name, std::uint32_t index) const {
-    return compareUnits(name.length, nameUnits(name), lengthAt(at(index)), unitsAt(at(index)));
 }
 
 std::vector<std::uint32_t> Directory::members() const {
     if (auto order = treeInOrder(*this, memberCount_); order && order->size() == memberCount_)
         return *std::move(order);
-    std::vector<std::pair<EntryName, std::uint32_t>> named;
-    for (const std::uint32_t index : members_.members())
-        named.emplace_back(name(index), index);
-    std::sort(named.begin(), named.end(),
-              [](const auto& a, const auto& b) { return compareNames(a.first, b.first) < 0; });
-    std::vector<std::uint32_t> order;
-    for (const auto& [unused, index] : named)
-        order.push_back(index);
+    std::vector<std::uint32_t> order = members_.members();
+    sortByName(order);
     return order;
+}
+
+/// A natural merge sort: objects are written in the order of their ids, which is that of their names.
+void Directory::sortByName(std::vector<std::uint32_t>& entries) const {
+    std::vector<std::vector<std::uint32_t>::iterator> runs{entries.begin()};
+    while (runs.back() != entries.end()) {
+        auto next = runs.back() + 1;
+        while (next != entries.end() && precedes(*(next - 1), *next))
+            ++next;
+        runs.push_back(next);
+    }
+    for (std::size_t width = 1; width + 1 < runs.size(); width *= 2)
+        for (std::size_t i = 0; i + width + 1 < runs.size(); i += 2 * width)
+            std::inplace_merge(runs[i], runs[i + width], runs[std::min(i + 2 * width, runs.size() - 1)],
+                               [this](std::uint32_t a, std::uint32_t b) { return precedes(a, b); });
 }
 
 Result<void> Directory::onlyStreams() const {
@@ -293,9 +173,34 @@ void Directory::prepareTree() {
     if (treeChecked_)
         return;
     treeChecked_ = true;
-    const auto order = treeInOrder(*this, memberCount_);
-    if (!order || order->size() != memberCount_)
-        rebuildTree(*this, members());
+    const std::uint32_t inTree = memberCount_ - addedCount_;
+    const auto order = treeInOrder(*this, inTree);
+    if (order && order->size() == inTree)
+        return;
+    rebuildTree(*this, members());
+    added_.clear();
+    addedCount_ = 0;
+}
+
+void Directory::settle() {
+    if (addedCount_ == 0)
+        return;
+    prepareTree();
+    std::vector<std::uint32_t> added = added_.members();
+    const std::uint32_t inTree = memberCount_ - addedCount_;
+    added_.clear();
+    addedCount_ = 0;
+    if (added.size() < std::size_t{kManyAdded} * inTree) {
+        for (const std::uint32_t index : added)
+            insertIntoTree(*this, index);
+        return;
+    }
+    const auto before = treeInOrder(*this, inTree);
+    sortByName(added);
+    std::vector<std::uint32_t> all;
+    std::merge(before->begin(), before->end(), added.begin(), added.end(), std::back_inserter(all),
+               [this](std::uint32_t a, std::uint32_t b) { return precedes(a, b); });
+    rebuildTree(*this, all);
 }
 
 void Directory::appendPage() {
@@ -310,34 +215,35 @@ void Directory::appendPage() {
     }
 }
 
-std::uint32_t Directory::insert(const EntryName& name) {
-    prepareTree();
+std::uint32_t Directory::insert(const NameField& name) {
     if (freeSlots_.empty())
         appendPage();
     const std::uint32_t index = freeSlots_.back();
     freeSlots_.pop_back();
     std::uint8_t* slot = change(index);
-    std::fill_n(slot, kEntrySize, std::uint8_t{0});
-    for (std::uint32_t i = 0; i < name.length; ++i)
-        store16(slot + entry::kName + 2 * i, name.units[i]);
+    std::fill_n(std::copy(name.bytes.begin(), name.bytes.end(), slot), kEntrySize - name.bytes.size(), std::uint8_t{0});
     store16(slot + entry::kNameBytes, static_cast<std::uint16_t>(2 * name.length + 2));
     slot[entry::kType] = static_cast<std::uint8_t>(EntryType::Stream);
-    store32(slot + entry::kChild, kNoEntry);
+    for (const std::uint32_t link : {entry::kLeft, entry::kRight, entry::kChild})
+        store32(slot + link, kNoEntry);
     store32(slot + entry::kStart, kEndOfChain);
-    insertIntoTree(*this, index);
     members_.insert(index);
     ++memberCount_;
-    if (2 * (slotsUsed_ + 1) > slots_.size())
-        rehash(); // takes the new member in
-    else
-        hashInsert(index, name.hash());
+    added_.insert(index);
+    ++addedCount_;
+    names_.insert(name.name().hash(), index);
     return index;
 }
 
 void Directory::erase(std::uint32_t index) {
     prepareTree();
-    eraseFromTree(*this, index);
-    hashErase(index);
+    if (added_.contains(index)) {
+        added_.erase(index);
+        --addedCount_;
+    } else {
+        eraseFromTree(*this, index);
+    }
+    names_.erase(name(index).hash(), index);
     members_.erase(index);
     --memberCount_;
     std::uint8_t* slot = change(index);
@@ -368,42 +274,8 @@ void Directory::setRed(std::uint32_t index, bool red) {
         change(index)[entry::kColour] = colour;
 }
 
-std::uint32_t Directory::find(const EntryName& name) const {
-    const std::size_t mask = slots_.size() - 1;
-    const std::uint32_t hash = name.hash();
-    for (std::size_t at = hash & mask; slots_[at].index != kNoEntry; at = (at + 1) & mask)
-        if (slots_[at].index != kErasedSlot && slots_[at].hash == hash && compare(name, slots_[at].index) == 0)
-            return slots_[at].index;
-    return kNoEntry;
-}
-
-std::uint32_t Directory::hashOf(std::uint32_t index) const { return hashName(lengthAt(at(index)), unitsAt(at(index))); }
-
-void Directory::hashInsert(std::uint32_t index, std::uint32_t hash) {
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t at = hash & mask;
-    while (slots_[at].index != kNoEntry)
-        at = (at + 1) & mask;
-    slots_[at] = {index, hash};
-    ++slotsUsed_;
-}
-
-void Directory::hashErase(std::uint32_t index) {
-    const std::size_t mask = slots_.size() - 1;
-    std::size_t at = hashOf(index) & mask;
-    while (slots_[at].index != index)
-        at = (at + 1) & mask;
-    slots_[at].index = kErasedSlot;
-}
-
-void Directory::rehash() {
-    std::size_t size = 64;
-    while (size < 3 * std::size_t{memberCount_})
-        size *= 2;
-    slots_.assign(size, Slot{});
-    slotsUsed_ = 0;
-    for (const std::uint32_t index : members_.members())
-        hashInsert(index, hashOf(index));
+std::uint32_t Directory::find(EntryName name) const {
+    return names_.find(name.hash(), [&](std::uint32_t index) { return compareNames(this->name(index), name) == 0; });
 }
 
 } // namespace quobrix::cfb

@@ -1,27 +1,13 @@
 #pragma once
 
+#include "document/compound_name.h"
+#include "document/compound_name_index.h"
 #include "document/compound_pages.h"
 
-#include <array>
 #include <optional>
-#include <string>
-#include <string_view>
+#include <vector>
 
 namespace quobrix::cfb {
-
-/// A name as the directory keeps it: 1 to 31 UTF-16 units. Names that differ only in case are the same name.
-struct EntryName {
-    std::array<char16_t, 32> units{};
-    std::uint32_t length = 0;
-
-    /// TEXT is UTF-8; nothing when it is empty, too long or not UTF-8.
-    static std::optional<EntryName> fromText(std::string_view text);
-    std::string text() const;
-    std::uint32_t hash() const;
-};
-
-/// Negative, 0 or positive: the order of MS-CFB 2.6.4, shorter names first, then by upper-case units.
-int compareNames(const EntryName& a, const EntryName& b);
 
 /// The directory: all entries as they stand on disk, the tree of the root storage's members, and a hash of their
 /// names.
@@ -33,17 +19,18 @@ public:
     explicit Directory(Bytes entries);
 
     /// The stream or storage called NAME in the root storage, or kNoEntry.
-    std::uint32_t find(const EntryName& name) const;
-    /// Adds an empty stream; there must be nothing of that name.
-    std::uint32_t insert(const EntryName& name);
+    std::uint32_t find(EntryName name) const;
+    /// Adds an empty stream; there must be nothing of that name. It is not in the tree before settle().
+    std::uint32_t insert(const NameField& name);
     /// Removes an entry that find() yields; its index may be given to another.
     void erase(std::uint32_t index);
 
-    /// As compareNames() for NAME and the name of an entry.
-    int compare(const EntryName& name, std::uint32_t index) const;
     bool isMember(std::uint32_t index) const { return members_.contains(index); }
     bool isStream(std::uint32_t index) const { return type(index) == EntryType::Stream; }
-    EntryName name(std::uint32_t index) const;
+    /// Valid until something is inserted.
+    EntryName name(std::uint32_t index) const {
+        return {at(index) + entry::kName, load16(at(index) + entry::kNameBytes) / 2u - 1};
+    }
     std::uint32_t start(std::uint32_t index) const { return load32(at(index) + entry::kStart); }
     std::uint32_t size(std::uint32_t index) const { return load32(at(index) + entry::kSize); }
     /// The first sector and the size in bytes of a stream, or of the mini stream for entry 0.
@@ -56,6 +43,8 @@ public:
     void copyAttributes(std::uint32_t index, const Directory& from, std::uint32_t fromIndex);
 
     const Pages& pages() const { return pages_; }
+    /// Completes the tree, so that the pages can be written.
+    void settle();
     void commit() { pages_.commit(); }
     /// The directory is as it was committed, or new.
     void rollBack();
@@ -77,24 +66,18 @@ private:
     std::optional<std::vector<std::uint32_t>> plainMembers() const;
     void walk(std::uint32_t top, SectorSet& seen, std::vector<std::uint32_t>* found) const;
     void prepareTree();
+    bool precedes(std::uint32_t a, std::uint32_t b) const { return compareNames(name(a), name(b)) < 0; }
+    void sortByName(std::vector<std::uint32_t>& entries) const;
     void appendPage();
-
-    struct Slot {
-        std::uint32_t index = kNoEntry;
-        std::uint32_t hash = 0; ///< of the name, so that most comparisons need not look at the entry
-    };
-    std::uint32_t hashOf(std::uint32_t index) const;
-    void hashInsert(std::uint32_t index, std::uint32_t hash);
-    void hashErase(std::uint32_t index);
-    void rehash();
 
     Pages pages_;
     SectorSet members_; ///< entries of the root storage
+    SectorSet added_;   ///< those that are not in the tree yet
+    std::uint32_t addedCount_ = 0;
     std::uint32_t memberCount_ = 0;
     bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced
     std::vector<std::uint32_t> freeSlots_; ///< unused entries, the lowest last
-    std::vector<Slot> slots_;              ///< open addressing by name; a power of two
-    std::uint32_t slotsUsed_ = 0;          ///< erased ones included
+    NameIndex names_;
 };
 
 } // namespace quobrix::cfb

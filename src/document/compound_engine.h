@@ -30,7 +30,8 @@ public:
 
     bool contains(std::string_view name) const override;
     std::vector<std::string> names() const override;
-    Result<Bytes> read(std::string_view name) const override;
+    using CompoundFile::read;
+    Result<void> read(std::string_view name, Bytes& content) const override;
     void write(std::string_view name, Bytes content) override;
     void remove(std::string_view name) override;
     Result<void> spill() override;

@@ -33,8 +33,8 @@ std::vector<std::string> CompoundFileEngine::names() const {
 }
 
 std::uint32_t CompoundFileEngine::findStream(std::string_view name) const {
-    const auto entryName = EntryName::fromText(name);
-    const std::uint32_t index = entryName ? tables_.directory.find(*entryName) : kNoEntry;
+    const auto field = NameField::fromText(name);
+    const std::uint32_t index = field ? tables_.directory.find(field->name()) : kNoEntry;
     return index != kNoEntry && tables_.directory.isStream(index) ? index : kNoEntry;
 }
 
@@ -48,21 +48,23 @@ CompoundFile::Space CompoundFileEngine::space() const {
 
 // Reading
 
-Result<Bytes> CompoundFileEngine::read(std::string_view name) const {
+Result<void> CompoundFileEngine::read(std::string_view name, Bytes& content) const {
     const std::lock_guard lock(mutex_);
     const std::uint32_t index = findStream(name);
     if (index == kNoEntry)
         return Error{ErrorKind::NotFound, "stream " + std::string(name)};
-    if (const auto pending = pending_.find(index); pending != pending_.end())
-        return pending->second;
+    if (const auto pending = pending_.find(index); pending != pending_.end()) {
+        content = pending->second;
+        return {};
+    }
     if (tables_.damaged(index))
         return Error{ErrorKind::Corrupt, "stream " + std::string(name) + ": broken sector chain"};
-    Bytes content(tables_.directory.size(index));
+    content.resize(tables_.directory.size(index));
     auto done = content.size() < kMiniCutoff ? readMini(tables_.directory.start(index), content)
                                              : readLarge(tables_.directory.start(index), content);
     if (!done)
         return Error{done.error().kind, "stream " + std::string(name) + ": " + done.error().detail};
-    return content;
+    return {};
 }
 
 Result<void> CompoundFileEngine::readMini(std::uint32_t sector, std::span<std::uint8_t> out) const {
@@ -110,14 +112,14 @@ void CompoundFileEngine::write(std::string_view name, Bytes content) {
 }
 
 Result<void> CompoundFileEngine::take(std::string_view name, Bytes content) {
-    const auto entryName = EntryName::fromText(name);
-    std::uint32_t index = entryName ? tables_.directory.find(*entryName) : kNoEntry;
+    const auto field = NameField::fromText(name);
+    std::uint32_t index = field ? tables_.directory.find(field->name()) : kNoEntry;
     // MS-CFB keeps four characters out of names; and a storage cannot become a stream.
-    if (!entryName || name.find_first_of("/\\:!") != std::string_view::npos || content.size() > kMostBytes ||
+    if (!field || name.find_first_of("/\\:!") != std::string_view::npos || content.size() > kMostBytes ||
         (index != kNoEntry && !tables_.directory.isStream(index)))
         return Error{ErrorKind::Unsupported, "stream " + std::string(name) + " cannot be written"};
     if (index == kNoEntry)
-        index = tables_.directory.insert(*entryName);
+        index = tables_.directory.insert(*field);
     pending_.erase(index);
     if (content.size() >= kMiniCutoff) {
         tables_.releaseContent(index);
@@ -162,12 +164,11 @@ Result<void> CompoundFileEngine::placeMini(std::uint32_t sector, ByteView conten
 Result<Sector*> CompoundFileEngine::miniPage(std::uint32_t index) {
     if (Sector* page = miniPages_.find(index))
         return page;
-    Sector content{};
-    if (index < tables_.miniStream().size())
-        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(tables_.miniStream()[index]), content));
-    Sector& page = miniPages_.add(index);
-    page = content;
-    return &page;
+    if (index >= tables_.miniStream().size())
+        return &miniPages_.add(index);
+    Sector content;
+    QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(tables_.miniStream()[index]), content));
+    return &(miniPages_.add(index) = content);
 }
 
 // Writing
@@ -230,7 +231,9 @@ Result<void> CompoundFileEngine::spill() {
     auto done = placeContents(batch);
     if (done)
         done = writeBatch(batch);
-    if (!done)
+    if (done)
+        file_->startFlush(batch.end()); // the disk works while the next contents are made
+    else
         rollBack(done.error(), true);
     return done;
 }
@@ -299,6 +302,12 @@ void CompoundFileEngine::rollBack(const Error& why, bool certain) {
 }
 
 } // namespace cfb
+
+Result<Bytes> CompoundFile::read(std::string_view name) const {
+    Bytes content;
+    QUOBRIX_TRY(read(name, content));
+    return content;
+}
 
 Result<std::unique_ptr<CompoundFile>> CompoundFile::open(std::unique_ptr<File> file) {
     auto layout = cfb::readLayout(*file);

@@ -30,8 +30,11 @@ public:
     /// The names of all streams of the root storage, in directory order. Streams within inner storages (foreign
     /// files) are left alone and not listed.
     virtual std::vector<std::string> names() const = 0;
-    /// The whole stream. NotFound, or Corrupt when its chain is broken.
-    virtual Result<Bytes> read(std::string_view name) const = 0;
+    /// The whole stream, in place of CONTENT, whose memory is used again. NotFound, or Corrupt when its chain is
+    /// broken; CONTENT is then of no use.
+    virtual Result<void> read(std::string_view name, Bytes& content) const = 0;
+    /// The same in memory of its own.
+    Result<Bytes> read(std::string_view name) const;
     /// Creates or replaces a stream (name: 1 to 31 characters, ASCII). Pending until commit.
     virtual void write(std::string_view name, Bytes content) = 0;
     /// Removes a stream; no effect if there is none. Pending until commit.

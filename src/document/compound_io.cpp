@@ -6,9 +6,8 @@ namespace quobrix::cfb {
 
 namespace {
 
-constexpr std::size_t kAhead = 128 * 1024;       ///< read at once where reading is sequential
-constexpr std::size_t kAlone = 4 * 1024;         ///< elsewhere: a disk page
-constexpr std::size_t kWriteBuffer = 256 * 1024; ///< gathers small pieces; stays in the processor's cache
+constexpr std::size_t kAhead = 128 * 1024; ///< read at once where reading is sequential
+constexpr std::size_t kAlone = 4 * 1024;   ///< elsewhere: a disk page
 
 } // namespace
 
@@ -68,33 +67,22 @@ void WriteBatch::add(std::uint32_t sector, const Sector& content) {
 
 Result<void> WriteBatch::write(File& file) {
     std::sort(pieces_.begin(), pieces_.end(), [](const Piece& a, const Piece& b) { return a.sector < b.sector; });
-    Bytes buffer;
-    buffer.reserve(std::min(kWriteBuffer, pieces_.size() * kSectorSize));
-    std::uint32_t start = 0, end = 0;
-    const auto empty = [&]() -> Result<void> {
-        Result<void> done;
-        if (!buffer.empty())
-            done = file.writeAt(sectorOffset(start), buffer);
-        buffer.clear();
-        return done;
-    };
-    for (const Piece& piece : pieces_) {
-        ByteView rest = piece.content;
-        if (piece.sector != end || buffer.size() + rest.size() > kWriteBuffer)
-            QUOBRIX_TRY(empty());
-        if (buffer.empty())
-            start = piece.sector;
-        end = piece.end();
-        end_ = sectorOffset(end);
-        if (const std::size_t whole = rest.size() / kSectorSize; rest.size() > kWriteBuffer) {
-            QUOBRIX_TRY(file.writeAt(sectorOffset(start), rest.first(whole * kSectorSize)));
-            rest = rest.subspan(whole * kSectorSize);
-            start += static_cast<std::uint32_t>(whole);
+    static constexpr Sector kZeros{};
+    std::vector<ByteView> row;
+    for (auto piece = pieces_.begin(); piece != pieces_.end();) {
+        const std::uint32_t start = piece->sector;
+        std::uint32_t end = start;
+        for (row.clear(); piece != pieces_.end() && piece->sector == end; end = piece++->end()) {
+            row.push_back(piece->content);
+            if (const std::size_t unfilled =
+                    (piece->end() - piece->sector) * std::size_t{kSectorSize} - piece->content.size();
+                unfilled > 0)
+                row.push_back(ByteView(kZeros).first(unfilled));
         }
-        buffer.insert(buffer.end(), rest.begin(), rest.end());
-        buffer.resize((end - start) * std::size_t{kSectorSize});
+        QUOBRIX_TRY(file.gatherAt(sectorOffset(start), row));
+        end_ = sectorOffset(end);
     }
-    return empty();
+    return {};
 }
 
 } // namespace quobrix::cfb

@@ -36,9 +36,13 @@ public:
         return file_.readAt(offset, out);
     }
     Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_.writeAt(offset, bytes); }
+    Result<void> gatherAt(std::uint64_t offset, std::span<const ByteView> pieces) override {
+        return file_.gatherAt(offset, pieces);
+    }
     Result<std::uint64_t> size() override { return file_.size(); }
     Result<void> resize(std::uint64_t size) override { return file_.resize(size); }
     Result<void> flush() override { return file_.flush(); }
+    void startFlush(std::uint64_t end) override { file_.startFlush(end); }
 
 private:
     File& file_;

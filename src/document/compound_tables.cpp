@@ -86,6 +86,7 @@ Result<void> Tables::settle() {
     QUOBRIX_TRY(movePages(miniFatChain_, miniFat.pages().changed(), miniFat.pages().count()));
     directory.setContent(0, miniStreamChain_.empty() ? kEndOfChain : miniStreamChain_.front(),
                          static_cast<std::uint32_t>(miniStreamChain_.size() * kSectorSize));
+    directory.settle();
     QUOBRIX_TRY(movePages(directoryChain_, directory.pages().changed(), directory.pages().count()));
     return settleFat();
 }

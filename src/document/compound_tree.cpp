@@ -72,11 +72,11 @@ private:
     }
 
     /// Fills path_ with the ancestors of the place where NAME belongs, or of the entry UNTIL.
-    void descend(const EntryName& name, std::uint32_t until) {
+    void descend(EntryName name, std::uint32_t until) {
         path_.clear();
         for (std::uint32_t at = directory_.link(kRoot, entry::kChild); at != until; at = child(at, side_)) {
             path_.push_back(at);
-            side_ = directory_.compare(name, at) < 0 ? kLeft : kRight;
+            side_ = compareNames(name, directory_.name(at)) < 0 ? kLeft : kRight;
         }
     }
 
@@ -201,7 +201,7 @@ std::optional<std::vector<std::uint32_t>> treeInOrder(const Directory& directory
             return order;
         at = above.back();
         above.pop_back();
-        if (!order.empty() && directory.compare(directory.name(order.back()), at.node) >= 0)
+        if (!order.empty() && compareNames(directory.name(order.back()), directory.name(at.node)) >= 0)
             return {};
         order.push_back(at.node);
         parentRed = directory.red(at.node);

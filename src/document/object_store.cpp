@@ -26,6 +26,9 @@ constexpr std::size_t kSpillPhase = 1;
 // No document gets near it, and counting on from here never reaches kNoObject.
 constexpr ObjectId kLargestNextId = 1u << 31;
 
+// Bytes of memory kept from one object that is read to the next.
+constexpr std::size_t kReadBuffer = 64 * 1024;
+
 std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
 
 /// The class that a stream of an object begins with; nothing if it cannot be read.
@@ -215,9 +218,13 @@ ObjectStore::Slot* ObjectStore::slot(ObjectId id) {
 }
 
 const ObjectStore::Slot* ObjectStore::slot(ObjectId id) const {
-    const auto found = std::lower_bound(slots_.begin(), slots_.end(), id,
-                                        [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
-    return found != slots_.end() && found->id == id ? &*found : nullptr;
+    // Every id stands at most as far back as its number; with few gaps it stands right there.
+    if (id < slots_.size() && slots_[id].id == id)
+        return &slots_[id];
+    const auto end = slots_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(id, slots_.size()));
+    const auto found =
+        std::lower_bound(slots_.begin(), end, id, [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
+    return found != end && found->id == id ? &*found : nullptr;
 }
 
 std::vector<ObjectId> ObjectStore::objectIds() const {
@@ -278,10 +285,11 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
     };
     if (!file_)
         return refuse(0, "there is no file to read it from");
-    const Result<Bytes> content = file_->read(streamName(entry.id));
-    if (!content)
-        return refuse(0, "the stream cannot be read: " + content.error().detail);
-    ByteReader in(*content);
+    Bytes content = std::move(readBuffer_); // an object that is read may load others
+    const Result<void> done = file_->read(streamName(entry.id), content);
+    if (!done)
+        return refuse(0, "the stream cannot be read: " + done.error().detail);
+    ByteReader in(content);
     const std::uint32_t typeId = in.u32();
     const std::uint8_t schema = in.u8();
     const PersistentType* type = in.complete() ? types_.find(typeId) : nullptr;
@@ -297,6 +305,8 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
     if (version_ < kVersion)
         object->modified_ = true;
     entry.object = std::move(object);
+    if (content.capacity() <= kReadBuffer)
+        readBuffer_ = std::move(content);
     return entry.object.get();
 }
 
@@ -393,8 +403,8 @@ Result<void> ObjectStore::save(CompoundFile& file) {
     for (const Slot& entry : slots_) {
         if (!entry.object)
             continue;
-        const std::string name = streamName(entry.id);
-        if (!entry.object->modified_ && file.contains(name))
+        // What is loaded and unchanged stands in the file that it was loaded from.
+        if (!entry.object->modified_ && (&file == file_ || file.contains(streamName(entry.id))))
             continue;
         if (written++ % kSpillInterval == kSpillPhase)
             QUOBRIX_TRY(file.spill());
@@ -402,7 +412,7 @@ Result<void> ObjectStore::save(CompoundFile& file) {
         out.u32(entry.object->type().id());
         out.u8(entry.object->type().schema);
         entry.object->write(out);
-        file.write(name, out.take());
+        file.write(streamName(entry.id), out.take());
     }
     if (writeIndex) {
         // What stands in for a lost singleton is named without an object, so that nobody takes this index for whole.

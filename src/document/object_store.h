@@ -143,6 +143,7 @@ private:
     std::vector<Damage> damage_;
     std::set<std::pair<ObjectId, std::uint32_t>> badReferences_;
     std::vector<std::unique_ptr<PersistentObject>> withdrawn_; // found damaged while something held them
+    Bytes readBuffer_;                                         // empty while in use
     std::uint32_t nextId_ = 0;
     std::uint32_t version_ = kVersion;
     bool modified_ = false;

@@ -20,10 +20,15 @@ public:
     virtual Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) = 0;
     /// Writes all of BYTES at OFFSET, extending the file if needed. Not durable before flush().
     virtual Result<void> writeAt(std::uint64_t offset, ByteView bytes) = 0;
+    /// The same for bytes that lie in PIECES one behind the other.
+    virtual Result<void> gatherAt(std::uint64_t offset, std::span<const ByteView> pieces);
     virtual Result<std::uint64_t> size() = 0;
     virtual Result<void> resize(std::uint64_t size) = 0;
     /// Returns when everything written before is on the disk.
     virtual Result<void> flush() = 0;
+    /// A hint for a flush() to come: what lies before END (bytes) may go to the disk while more is written behind it.
+    /// Waits for nothing and promises nothing.
+    virtual void startFlush([[maybe_unused]] std::uint64_t end) {}
 };
 
 enum class FileMode {

@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace quobrix {
@@ -37,6 +39,8 @@ ErrorKind kindOf(int code) {
         return ErrorKind::Io;
     }
 }
+
+constexpr std::size_t kMostParts = 1024; // what Linux and the BSDs take at once (IOV_MAX)
 
 class PosixFile final : public File {
 public:
@@ -73,6 +77,32 @@ public:
         return {};
     }
 
+    Result<void> gatherAt(std::uint64_t offset, std::span<const ByteView> pieces) override {
+        std::vector<iovec> parts;
+        for (std::size_t next = 0; next < pieces.size();) {
+            parts.clear();
+            std::size_t size = 0;
+            for (; next < pieces.size() && parts.size() < kMostParts; ++next) {
+                parts.push_back({const_cast<std::uint8_t*>(pieces[next].data()), pieces[next].size()});
+                size += pieces[next].size();
+            }
+            const ssize_t count =
+                ::pwritev(descriptor_, parts.data(), static_cast<int>(parts.size()), static_cast<off_t>(offset));
+            if (count < 0 && errno != EINTR)
+                return lastSystemError("write");
+            // Cut short, by a signal or because the disk is full: the rest one by one, which tells which it is.
+            auto done = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+            for (const iovec& part : parts) {
+                const std::size_t skipped = std::min(done, part.iov_len);
+                done -= skipped;
+                QUOBRIX_TRY(writeAt(offset + skipped, {static_cast<const std::uint8_t*>(part.iov_base) + skipped,
+                                                       part.iov_len - skipped}));
+                offset += part.iov_len;
+            }
+        }
+        return {};
+    }
+
     Result<std::uint64_t> size() override {
         struct stat status {};
         if (::fstat(descriptor_, &status) != 0)
@@ -95,6 +125,16 @@ public:
         if (failed != 0)
             return lastSystemError("flush");
         return {};
+    }
+
+    void startFlush([[maybe_unused]] std::uint64_t end) override {
+#if defined(__linux__)
+        // Not the whole: who writes to a cached unit that is on its way waits for the disk, and file systems cache up
+        // to 2 MB in one. Without waiting, failures are not looked at either, but left for the flush to tell.
+        constexpr std::uint64_t kLargestUnit = 2 << 20;
+        if (const std::uint64_t size = end / kLargestUnit * kLargestUnit; size > 0) // zero would mean all
+            static_cast<void>(::sync_file_range(descriptor_, 0, static_cast<off_t>(size), SYNC_FILE_RANGE_WRITE));
+#endif
     }
 
 private:

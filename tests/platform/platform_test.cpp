@@ -5,6 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <string_view>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <csignal>
+#include <sys/resource.h>
+#endif
 
 namespace quobrix {
 namespace {
@@ -64,6 +70,55 @@ TEST_F(PlatformTest, OpeningSaysWhatIsWrong) {
     EXPECT_FALSE((*file)->writeAt(0, five));
     EXPECT_EQ(readFile(folder_ / "a", 3).error().kind, ErrorKind::Unsupported);
 }
+
+/// More pieces than a system takes at once, of all sizes, and what they are together.
+struct Pieces {
+    Pieces() {
+        for (std::size_t i = 0; i < 3000; ++i) {
+            whole.insert(whole.end(), i == 1500 ? 700'000 : i % 37, static_cast<std::uint8_t>(i));
+            ends.push_back(whole.size());
+        }
+        for (std::size_t i = 0, begin = 0; i < ends.size(); begin = ends[i++])
+            views.push_back(ByteView(whole).subspan(begin, ends[i] - begin));
+    }
+    Bytes whole;
+    std::vector<std::size_t> ends;
+    std::vector<ByteView> views;
+};
+
+TEST_F(PlatformTest, PiecesAreWrittenOneBehindTheOther) {
+    const Pieces pieces;
+    const auto file = *openFile(folder_ / "a", FileMode::Create);
+    ASSERT_TRUE(file->writeAt(0, Bytes(100, 'x')));
+    ASSERT_TRUE(file->gatherAt(50, pieces.views));
+    ASSERT_TRUE(file->File::gatherAt(2'000'000, pieces.views)); // the general way, without the system's help
+    for (const std::uint64_t offset : {50, 2'000'000}) {
+        Bytes read(pieces.whole.size());
+        ASSERT_TRUE(file->readAt(offset, read));
+        EXPECT_TRUE(read == pieces.whole);
+    }
+    EXPECT_EQ(*file->size(), 2'000'000 + pieces.whole.size());
+}
+
+#if !defined(_WIN32)
+TEST_F(PlatformTest, ADiskThatIsFullInTheMiddleOfAWriteIsTold) {
+    const Pieces pieces;
+    const auto file = *openFile(folder_ / "a", FileMode::Create);
+    const auto before = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    rlimit small = limit;
+    small.rlim_cur = 500'000;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const auto gathered = file->gatherAt(0, pieces.views);
+    const auto written = file->writeAt(0, pieces.whole);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::signal(SIGXFSZ, before);
+    EXPECT_EQ(gathered.error().kind, ErrorKind::DiskFull);
+    EXPECT_EQ(written.error().kind, ErrorKind::DiskFull);
+    EXPECT_EQ(*file->size(), 500'000u);
+}
+#endif
 
 TEST_F(PlatformTest, IdentityIsOfTheFileNotOfItsName) {
     put(folder_ / "a", "1");

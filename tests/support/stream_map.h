@@ -19,11 +19,13 @@ public:
             names.push_back(name);
         return names;
     }
-    Result<Bytes> read(std::string_view name) const override {
+    using CompoundFile::read;
+    Result<void> read(std::string_view name, Bytes& content) const override {
         const auto found = streams.find(name);
         if (found == streams.end())
             return Error{ErrorKind::NotFound, std::string(name)};
-        return found->second;
+        content = found->second;
+        return {};
     }
     void write(std::string_view name, Bytes content) override {
         streams.insert_or_assign(std::string(name), std::move(content));

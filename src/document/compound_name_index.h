@@ -1,0 +1,41 @@
+#pragma once
+
+#include "document/compound_format.h"
+
+#include <vector>
+
+namespace quobrix::cfb {
+
+/// Entries by the hash of their names: an open-addressing table that knows hashes and indexes, but no names.
+class NameIndex {
+public:
+    explicit NameIndex(std::size_t expected = 0) { resize(expected); }
+
+    /// The entry with this HASH for which SAME(index) holds, or kNoEntry.
+    template <class Same>
+    std::uint32_t find(std::uint32_t hash, Same same) const {
+        for (std::size_t at = hash & mask(); slots_[at].index != kNoEntry; at = (at + 1) & mask())
+            if (slots_[at].hash == hash && slots_[at].index != kErased && same(slots_[at].index))
+                return slots_[at].index;
+        return kNoEntry;
+    }
+    void insert(std::uint32_t hash, std::uint32_t index);
+    /// The entry must be there.
+    void erase(std::uint32_t hash, std::uint32_t index);
+
+private:
+    struct Slot {
+        std::uint32_t index = kNoEntry;
+        std::uint32_t hash = 0;
+    };
+    static constexpr std::uint32_t kErased = kNoEntry - 1;
+
+    std::size_t mask() const { return slots_.size() - 1; }
+    void resize(std::size_t expected);
+
+    std::vector<Slot> slots_; ///< a power of two
+    std::size_t count_ = 0;
+    std::size_t used_ = 0; ///< erased ones included
+};
+
+} // namespace quobrix::cfb
