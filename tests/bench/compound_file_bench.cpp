@@ -1,107 +1,178 @@
+/// Documents of objects against the ways in which others keep the same objects, in one run and on one disk.
+#include "ratios.h"
+#include "storage_peer.h"
+
 #include "document/compound_file.h"
 
-#include "platform/file_system.h"
-
-#include <benchmark/benchmark.h>
+#include <fmt/format.h>
 
 #include <cstdlib>
-#include <filesystem>
+#include <map>
 
-namespace quobrix {
+namespace quobrix::bench {
 namespace {
 
 /// A year of driving is about 18,000 objects: 13 of 18 short, 4 of 18 of some kilobytes, 1 of 18 long; 20 MB in all.
-Bytes object(std::int64_t index) {
-    const auto number = static_cast<std::size_t>(index);
-    const std::size_t size = number % 18 < 13   ? 16 + number * 7 % 185
-                             : number % 18 < 17 ? 300 + number * 13 % 2701
-                                                : 4000 + number * 31 % 16001;
-    return Bytes(size, static_cast<std::uint8_t>(number));
+const Objects& objects(std::int64_t count) {
+    static std::map<std::int64_t, Objects> made;
+    Objects& all = made[count];
+    for (std::uint32_t i = static_cast<std::uint32_t>(all.size()); i < count; ++i) {
+        const std::size_t size = i % 18 < 13   ? 16 + i * 7 % 185
+                                 : i % 18 < 17 ? 300 + i * 13 % 2701
+                                               : 4000 + i * 31 % 16001;
+        Object& object = all.emplace_back(Object{i, i % 18, Bytes(size)});
+        for (std::size_t at = 0; at < size; ++at)
+            object.content[at] = static_cast<std::uint8_t>(i * 151 + at * at);
+    }
+    return all;
 }
 
 /// On the disk that QUOBRIX_BENCH_FOLDER names, else in the current folder: not in memory.
-std::filesystem::path benchFile() {
+std::filesystem::path file(const std::string& name) {
     const char* folder = std::getenv("QUOBRIX_BENCH_FOLDER");
-    return std::filesystem::path(folder != nullptr ? folder : ".") / "compound_file_bench.car";
+    return std::filesystem::path(folder != nullptr ? folder : ".") / ("bench-" + name);
 }
 
-void require(bool condition) {
-    if (!condition)
-        std::abort();
-}
+struct Way {
+    const char* name;
+    std::unique_ptr<StoragePeer> (*make)();
+    std::int64_t most; ///< objects; with more it takes minutes
+    bool structured;   ///< knows single objects
+};
+constexpr Way kWays[] = {
+    {"document", makeDocumentPeer, 180'000, true},
+    {"sqlite", makeSqlitePeer, 180'000, true},
+    {"libgsf", makeGsfPeer, 18'000, true},
+    {"raw", makeRawPeer, 180'000, false},
+};
 
-void createFile(std::int64_t count) {
-    std::filesystem::remove(benchFile());
-    auto file = CompoundFile::create(*openFile(benchFile(), FileMode::Create));
-    for (std::int64_t i = 0; i < count; ++i) {
-        if (i % 3000 == 1)
-            require(bool((*file)->spill())); // as a document does, to bound its memory
-        (*file)->write(std::to_string(i), object(i));
+void create(benchmark::State& state, const Way& way) {
+    const auto peer = way.make();
+    const auto path = file(way.name);
+    peer->prepare(objects(state.range(0)));
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::filesystem::remove(path);
+        state.ResumeTiming();
+        peer->create(path);
     }
-    require(bool((*file)->commit()));
+    std::filesystem::remove(path);
 }
 
-std::unique_ptr<CompoundFile> openBenchFile(FileMode mode) { return *CompoundFile::open(*openFile(benchFile(), mode)); }
+/// A file to be read or changed: made once for each way and size.
+std::filesystem::path fileOf(const Way& way, std::int64_t count) {
+    static std::map<std::string, std::filesystem::path> made;
+    auto& path = made[fmt::format("{}-{}", way.name, count)];
+    if (path.empty()) {
+        path = file(fmt::format("{}-{}", way.name, count));
+        std::filesystem::remove(path);
+        const auto peer = way.make();
+        peer->prepare(objects(count));
+        peer->create(path);
+    }
+    return path;
+}
 
-void create(benchmark::State& state) {
+void readOne(benchmark::State& state, const Way& way) {
+    const auto path = fileOf(way, state.range(0));
+    const auto peer = way.make();
     for (auto _ : state)
-        createFile(state.range(0));
+        peer->readOne(path, 1234);
 }
 
-void openAndReadSome(benchmark::State& state) {
-    createFile(state.range(0));
-    for (auto _ : state) {
-        const auto file = openBenchFile(FileMode::Read);
-        for (const char* name : {"1", "2", "3", "4", "5", "1234"})
-            benchmark::DoNotOptimize(*file->read(name));
-    }
+void readAll(benchmark::State& state, const Way& way) {
+    const auto path = fileOf(way, state.range(0));
+    const auto peer = way.make();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(peer->readAll(path));
 }
 
-void readAll(benchmark::State& state) {
-    createFile(state.range(0));
+/// Ten objects from everywhere, of all sizes.
+void saveTen(benchmark::State& state, const Way& way) {
+    const auto path = fileOf(way, state.range(0));
+    const auto peer = way.make();
+    peer->open(path);
+    const Objects& all = objects(state.range(0));
+    Objects changed(10);
+    std::size_t next = 0;
     for (auto _ : state) {
-        const auto file = openBenchFile(FileMode::Read);
-        for (std::int64_t i = 0; i < state.range(0); ++i)
-            benchmark::DoNotOptimize(*file->read(std::to_string(i)));
-    }
-}
-
-void saveTen(benchmark::State& state) {
-    createFile(state.range(0));
-    const auto file = openBenchFile(FileMode::ReadWrite);
-    std::int64_t next = 0;
-    for (auto _ : state) {
-        for (int i = 0; i < 10; ++i) {
-            next = (next + 7919) % state.range(0);
-            file->write(std::to_string(next), object(next));
+        state.PauseTiming();
+        for (Object& object : changed) {
+            next = (next + 7919) % all.size();
+            object = all[next];
+            object.content.front() ^= 0xFF;
         }
-        require(bool(file->commit()));
+        state.ResumeTiming();
+        peer->save(changed);
     }
-    state.counters["fileBytes"] = static_cast<double>(file->space().fileBytes);
+    peer->close();
 }
 
-/// The limit: the same bytes in one write, and a flush.
-void rawWrite(benchmark::State& state) {
-    Bytes bytes;
-    for (std::int64_t i = 0; i < state.range(0); ++i) {
-        const Bytes content = object(i);
-        bytes.insert(bytes.end(), content.begin(), content.end());
-    }
+using CopyMember = Result<void> (CompoundFile::*)(File&) const;
+
+void copy(benchmark::State& state, CopyMember member) {
+    const auto path = fileOf(kWays[0], state.range(0));
+    const auto source = *CompoundFile::open(*openFile(path, FileMode::Read));
+    const auto target = file("copy");
     for (auto _ : state) {
-        std::filesystem::remove(benchFile());
-        const auto file = *openFile(benchFile(), FileMode::Create);
-        require(bool(file->writeAt(0, bytes)) && bool(file->flush()));
+        state.PauseTiming();
+        std::filesystem::remove(target);
+        state.ResumeTiming();
+        require(bool(((*source).*member)(**openFile(target, FileMode::Create))), "copy");
     }
+    std::filesystem::remove(target);
 }
 
-#define QUOBRIX_SIZES Unit(benchmark::kMillisecond)->UseRealTime()->Arg(1800)->Arg(18000)->Arg(180000)
-BENCHMARK(rawWrite)->QUOBRIX_SIZES;
-BENCHMARK(create)->QUOBRIX_SIZES;
-BENCHMARK(openAndReadSome)->QUOBRIX_SIZES;
-BENCHMARK(readAll)->QUOBRIX_SIZES;
-BENCHMARK(saveTen)->QUOBRIX_SIZES;
+void registerAll() {
+    struct Job {
+        const char* name;
+        void (*run)(benchmark::State&, const Way&);
+        bool structured;
+    };
+    constexpr Job kJobs[] = {
+        {"create", create, false}, {"readOne", readOne, true}, {"readAll", readAll, false}, {"saveTen", saveTen, true}};
+    const auto add = [](const std::string& name, std::int64_t most, const auto& run) {
+        auto* it = benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->UseRealTime();
+        for (const std::int64_t count : {1'800, 18'000, 180'000})
+            if (count <= most)
+                it->Arg(count);
+    };
+    for (const Job& job : kJobs)
+        for (const Way& way : kWays)
+            if (way.structured || !job.structured)
+                add(fmt::format("{}/{}", job.name, way.name), way.most,
+                    [&way, run = job.run](benchmark::State& state) { run(state, way); });
+    add("backup/document", 18'000, [](benchmark::State& state) { copy(state, &CompoundFile::copyTo); });
+    add("compact/document", 18'000, [](benchmark::State& state) { copy(state, &CompoundFile::compactTo); });
+}
+
+const std::vector<Ratio> kRatios = {
+    {"Create, to raw write and flush", "create/document/18000", "create/raw/18000", 3},
+    {"Create, to SQLite", "create/document/18000", "create/sqlite/18000", 0.4},
+    {"Create, to libgsf", "create/document/18000", "create/libgsf/18000"},
+    {"Open, read index and one object, to libgsf", "readOne/document/18000", "readOne/libgsf/18000", 0.004},
+    {"Open, read index and one object, to SQLite", "readOne/document/18000", "readOne/sqlite/18000"},
+    {"Read everything, to raw read", "readAll/document/18000", "readAll/raw/18000"},
+    {"Read everything, to SQLite", "readAll/document/18000", "readAll/sqlite/18000", 1},
+    {"Read everything, to libgsf", "readAll/document/18000", "readAll/libgsf/18000"},
+    {"Save 10 changed objects, to SQLite", "saveTen/document/18000", "saveTen/sqlite/18000", 1},
+    {"Save 10 changed objects, to libgsf", "saveTen/document/18000", "saveTen/libgsf/18000", 0.001},
+    {"Create 18,000, to 10 times 1,800", "create/document/18000", "create/document/1800", 1, 10},
+    {"Create 180,000, to 10 times 18,000", "create/document/180000", "create/document/18000", 1, 10},
+    {"Open with 18,000, to 10 times 1,800", "readOne/document/18000", "readOne/document/1800", 1, 10},
+    {"Open with 180,000, to 10 times 18,000", "readOne/document/180000", "readOne/document/18000", 1, 10},
+    {"Read all 18,000, to 10 times 1,800", "readAll/document/18000", "readAll/document/1800", 1, 10},
+    {"Read all 180,000, to 10 times 18,000", "readAll/document/180000", "readAll/document/18000", 1, 10},
+    {"Save 10 of 18,000, to 10 of 1,800", "saveTen/document/18000", "saveTen/document/1800"},
+    {"Save 10 of 180,000, to 10 of 18,000", "saveTen/document/180000", "saveTen/document/18000"},
+    {"Backup copy, to raw write and flush", "backup/document/18000", "create/raw/18000"},
+    {"Compaction, to raw write and flush", "compact/document/18000", "create/raw/18000"},
+};
 
 } // namespace
-} // namespace quobrix
+} // namespace quobrix::bench
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    quobrix::bench::registerAll();
+    return quobrix::bench::runAndCompare(argc, argv, quobrix::bench::kRatios);
+}
