@@ -403,6 +403,7 @@ Result<void> canMerge(TQuobrixDocument& document) {
 }
 
 MergeResult mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {
+    document.edits().clear(); // the rows that its steps mean are about to move
     MergeResult result;
     result.refused = records.refused;
     mergeLog<TripLog>(records.trips, document.trips(), shift, result);

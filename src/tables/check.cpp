@@ -100,8 +100,6 @@ std::vector<Finding> checkValue(const Column& column, const Value& value, const 
         else if (!r.recommended.contains(*figure))
             add(Severity::Recommended, outsideText(column, r.recommended, *figure, "recommended", context));
     }
-    if (std::string objection = column.objection(value); !objection.empty())
-        add(Severity::Required, std::move(objection));
     if (std::string doubt = column.doubt(value); !doubt.empty())
         add(Severity::Recommended, std::move(doubt));
     std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::severity);

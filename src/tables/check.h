@@ -31,7 +31,7 @@ struct Finding {
     RowIndex row = kNoRow;              ///< kNoRow: the column or table as a whole
 };
 
-/// What VALUE breaks by itself, errors first: missing, not in the list, out of range, too long or too short, or refused
+/// What VALUE breaks by itself, errors first: missing, not in the list, out of range, too long or too short, or doubted
 /// for a reason of the column's own. Uniqueness is a matter of the table: see TableChecker.
 std::vector<Finding> checkValue(const Column& column, const Value& value, const TextContext& context);
 /// "This value must be unique (case sensitive)." and its likes.

@@ -89,8 +89,6 @@ public:
     virtual std::string figureText(double base, const TextContext& context) const;
     /// What can be selected, in the order in which it is offered; for columns of the kind Selection only.
     virtual std::vector<Selection> selections() const { return {}; }
-    /// Why a value is refused for a reason of the column's own, beyond its requirements; empty: it is not.
-    virtual std::string objection(const Value&) const { return {}; }
     /// What speaks against a value without forbidding it; empty: nothing.
     virtual std::string doubt(const Value&) const { return {}; }
     /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.

@@ -2,6 +2,7 @@
 
 #include "base/fold_case.h"
 
+#include <algorithm>
 #include <string>
 
 namespace quobrix {
@@ -40,14 +41,17 @@ std::optional<CellPlace> findText(std::span<const Column* const> columns, std::s
         return {};
     const std::size_t rows = order.empty() ? columns.front()->rowCount() : order.size();
     const std::size_t cells = rows * columns.size();
+    if (cells == 0)
+        return {};
     Matcher matcher(needle, options);
-    // Cells are counted row by row; FROM, if there is one, comes last of all.
-    const std::size_t start = from ? from->row * columns.size() + from->column : (options.backwards ? 0 : cells - 1);
-    for (std::size_t step = 1; step <= cells; ++step) {
-        const std::size_t place = options.backwards ? (start + cells - step) % cells : (start + step) % cells;
-        const bool wrapped = options.backwards ? place >= start && from : place <= start && from;
-        if (wrapped && !options.wrap)
-            return {};
+    // Cells are counted row by row, from the one behind FROM in the direction of the search.
+    const std::size_t last = cells - 1;
+    const std::size_t origin =
+        from ? std::min(from->row * columns.size() + from->column, last) : (options.backwards ? 0 : last);
+    const std::size_t ahead = options.backwards ? origin : last - origin;
+    const std::size_t count = from && !options.wrap ? ahead : cells;
+    for (std::size_t step = 1; step <= count; ++step) {
+        const std::size_t place = (options.backwards ? origin + cells - step : origin + step) % cells;
         const CellPlace cell{place % columns.size(), place / columns.size()};
         const RowIndex row = order.empty() ? cell.row : order[cell.row];
         const Column& column = *columns[cell.column];

@@ -9,6 +9,7 @@
 #include <cassert>
 #include <map>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace quobrix {
 
@@ -121,7 +122,7 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
     table->makeWritable();
     if (addedRows > 0) {
         table->insertRows(rows, addedRows);
-        record({TableChange::Kind::RowsInserted, id, 0, rows, addedRows, {}, {}});
+        record({TableChange::Kind::RowsInserted, id, 0, rows, addedRows, {}, {}, rows, rows + addedRows});
         if (table->rowCount() == table->spec().rows.required.most)
             outcome.notice = kMostRows;
     }
@@ -137,7 +138,8 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
             for (auto edit = run; edit != end; ++edit)
                 column.setValue(edit->first, *edit->second);
             column.writeCells(after, run->first, count);
-            record({TableChange::Kind::Cells, id, index, run->first, count, before.take(), after.take()});
+            record({TableChange::Kind::Cells, id, index, run->first, count, before.take(), after.take(),
+                    rows + addedRows, rows + addedRows});
             for (RowIndex row = run->first; row < run->first + count; ++row)
                 table->cellEdited(index, row);
             run = end;
@@ -225,7 +227,7 @@ EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) 
     table->insertRows(at, count);
     if (table->rowCount() == table->spec().rows.required.most)
         outcome.notice = kMostRows;
-    record({TableChange::Kind::RowsInserted, id, 0, at, count, {}, {}});
+    record({TableChange::Kind::RowsInserted, id, 0, at, count, {}, {}, table->rowCount() - count, table->rowCount()});
     commit(rowsText("adding", count));
     return outcome;
 }
@@ -249,7 +251,15 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
         const std::size_t count = end - begin;
         Bytes removed = wholeRows(*table, first, count);
         table->removeRows(first, count);
-        record({TableChange::Kind::RowsRemoved, id, 0, first, count, std::move(removed), {}});
+        record({TableChange::Kind::RowsRemoved,
+                id,
+                0,
+                first,
+                count,
+                std::move(removed),
+                {},
+                table->rowCount() + count,
+                table->rowCount()});
         end = begin;
     }
     EditOutcome outcome;
@@ -297,10 +307,23 @@ void TableEdits::rollBack(std::size_t size) {
     }
 }
 
+bool TableEdits::fits(const Step& step, bool undoing) const {
+    // Within a step the changes follow from each other, so the first one of each table tells.
+    std::unordered_set<ObjectId> known;
+    for (std::size_t i = 0; i < step.changes.size(); ++i) {
+        const Change& change = step.changes[undoing ? step.changes.size() - 1 - i : i];
+        if (!known.insert(change.table).second)
+            continue;
+        const Table* table = find(change.table);
+        if (!table || table->rowCount() != (undoing ? change.rowsAfter : change.rowsBefore))
+            return false;
+    }
+    return true;
+}
+
 void TableEdits::swap(const Change& change, bool undoing) {
     Table* table = find(change.table);
-    if (!table)
-        return;
+    table->makeWritable();
     if (change.kind == TableChange::Kind::Cells) {
         ByteReader in(undoing ? change.before : change.after);
         table->column(change.column).readCells(in, change.row, change.rows);
@@ -331,6 +354,8 @@ void TableEdits::undo() {
     assert(depth_ == 0);
     if (!canUndo())
         return;
+    if (!fits(steps_[done_ - 1], true))
+        return clear(); // rows have moved by other means
     const Step& step = steps_[--done_];
     for (std::size_t i = step.changes.size(); i-- > 0;)
         swap(step.changes[i], true);
@@ -341,6 +366,8 @@ void TableEdits::redo() {
     assert(depth_ == 0);
     if (!canRedo())
         return;
+    if (!fits(steps_[done_], false))
+        return clear();
     const Step& step = steps_[done_++];
     for (const Change& change : step.changes)
         swap(change, false);

@@ -119,7 +119,8 @@ private:
         std::size_t column; ///< Cells
         RowIndex row;
         std::size_t rows;
-        Bytes before, after; ///< cells of one column, or whole rows
+        Bytes before, after;            ///< cells of one column, or whole rows
+        RowIndex rowsBefore, rowsAfter; ///< of the table
     };
     struct Step {
         std::string description;
@@ -129,6 +130,7 @@ private:
     Table* find(ObjectId table) const;
     EditOutcome apply(ObjectId id, std::size_t addedRows, std::vector<CellEdit> cells, const TextContext& context,
                       std::string description);
+    bool fits(const Step& step, bool undoing) const;
     void swap(const Change& change, bool undoing);
     void record(Change change);
     void commit(std::string description);

@@ -1,0 +1,28 @@
+#include "model/value_check.h"
+
+namespace quobrix {
+
+std::vector<Finding> checkValues(TQuobrixDocument& document, const TextContext& context) {
+    ObjectStore& store = document.store();
+    const std::initializer_list<const Table*> tables = {
+        &document.trips(),
+        &document.troubles(),
+        &document.activity(),
+        document.accidents(),
+        &document.vehicles(),
+        &document.loggers(),
+        &document.drivers(),
+        store.existingSingleton<TCurrentSpeedBandsTable>(),
+        store.existingSingleton<TCurrentParametersTable>(),
+    };
+    std::vector<Finding> findings;
+    for (const Table* table : tables) {
+        if (!table)
+            continue;
+        std::vector<Finding> found = TableChecker(*table).all(context);
+        findings.insert(findings.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
+    }
+    return findings;
+}
+
+} // namespace quobrix

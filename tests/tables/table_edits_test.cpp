@@ -1,0 +1,210 @@
+#include "tables/table_edits.h"
+
+#include "settings/settings.h"
+#include "tables/option_table.h"
+#include "tables/tabbed_text.h"
+#include "tables/sample_table.h"
+
+namespace quobrix::test {
+namespace {
+
+class Listener : public TableEditsListener {
+public:
+    void tableChanged(const TableChange& change) override { changes.push_back(change); }
+    std::vector<TableChange> changes;
+};
+
+class Edits : public TablesTest {
+protected:
+    Edits() { edits_.addListener(listener_); }
+    ~Edits() override { edits_.removeListener(listener_); }
+
+    std::string type(std::size_t column, RowIndex row, std::string_view text) {
+        return edits_.type(kNoObject, column, row, text, context_).refusal;
+    }
+    EditOutcome paste(std::vector<std::size_t> columns, RowIndex row, std::string_view text) {
+        return edits_.paste(kNoObject, columns, row, *TabbedText::parse(text), context_);
+    }
+    std::string text(std::size_t column, RowIndex row) { return table_.column(column).text(row, context_); }
+
+    SampleTable table_{3, {.editable = true, .required = {1, 5}}};
+    TableEdits edits_{table_};
+    Listener listener_;
+};
+
+TEST_F(Edits, TypingIsCheckedRecordedAndTold) {
+    EXPECT_EQ(type(SampleTable::Key, 1, "one"), "");
+    EXPECT_EQ(text(SampleTable::Key, 1), "one");
+    ASSERT_EQ(listener_.changes.size(), 1u);
+    EXPECT_EQ(listener_.changes[0].row, 1u);
+    EXPECT_EQ(edits_.undoDescription(), "typing in Key");
+    edits_.undo();
+    EXPECT_EQ(text(SampleTable::Key, 1), "");
+    EXPECT_EQ(edits_.redoDescription(), "typing in Key");
+    edits_.redo();
+    EXPECT_EQ(text(SampleTable::Key, 1), "one");
+    EXPECT_EQ(listener_.changes.size(), 3u);
+}
+
+TEST_F(Edits, RefusedTypingChangesNothing) {
+    type(SampleTable::Key, 0, "one");
+    const Bytes before = table_.bytes();
+    const std::uint32_t revision = table_.column(SampleTable::Key).revision();
+    EXPECT_EQ(type(SampleTable::Count, 0, "many"), "Hey, that's not an integer!");
+    EXPECT_EQ(type(SampleTable::Key, 0, ""), "This value is required but has not yet been defined.");
+    EXPECT_EQ(type(SampleTable::Key, 1, "ONE"), "This value must be unique (case insensitive).");
+    EXPECT_EQ(type(SampleTable::Recorded, 0, "1"), "This is not editable; see Help for more information.");
+    EXPECT_EQ(table_.bytes(), before);
+    EXPECT_EQ(table_.column(SampleTable::Key).revision(), revision);
+    EXPECT_EQ(listener_.changes.size(), 1u);
+}
+
+TEST_F(Edits, WarningsPassAndAreReported) {
+    const EditOutcome outcome = edits_.type(kNoObject, SampleTable::Speed, 0, "50", context_);
+    EXPECT_TRUE(outcome.ok());
+    ASSERT_EQ(outcome.warnings.size(), 1u);
+    EXPECT_EQ(outcome.warnings[0].column->key, "SampleSpeed");
+    EXPECT_EQ(text(SampleTable::Speed, 0), "50.00 m/s");
+}
+
+TEST_F(Edits, WhatStaysTheSameIsNoStep) {
+    type(SampleTable::Key, 0, "one");
+    type(SampleTable::Key, 0, "one");
+    type(SampleTable::Flag, 0, "false");
+    table_.column<SampleSpeed>().set(1, 1 / 3.0);
+    type(SampleTable::Speed, 1, table_.column(SampleTable::Speed).editText(1, context_));
+    EXPECT_EQ(table_.column<SampleSpeed>().at(1), 1 / 3.0);
+    edits_.undo();
+    EXPECT_FALSE(edits_.canUndo());
+}
+
+TEST_F(Edits, PastesAllOrNothing) {
+    const Bytes before = table_.bytes();
+    const EditOutcome refused = paste({SampleTable::Key, SampleTable::Count}, 0, "a\t1\nb\tx\n");
+    EXPECT_EQ(refused.refusal, "Hey, that's not an integer!");
+    EXPECT_EQ(refused.column, static_cast<std::size_t>(SampleTable::Count));
+    EXPECT_EQ(refused.row, 1u);
+    EXPECT_EQ(paste({SampleTable::Key}, 0, "a\nA\n").refusal, "This value must be unique (case insensitive).");
+    EXPECT_EQ(paste({SampleTable::Key}, 0, "a\tb").refusal, kIncompatiblePaste);
+    EXPECT_EQ(paste({SampleTable::Key}, 0, "1\n2\n3\n4\n5\n6").refusal,
+              "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.");
+    EXPECT_EQ(table_.bytes(), before);
+    EXPECT_FALSE(edits_.canUndo());
+
+    ASSERT_TRUE(paste({SampleTable::Key, SampleTable::Count, SampleTable::Number}, 2, "x\t1\t9\ny\t2\t9\n").ok());
+    EXPECT_EQ(table_.rowCount(), 4u) << "a row was added for the second line";
+    EXPECT_EQ(text(SampleTable::Key, 3) + text(SampleTable::Count, 3) + text(SampleTable::Number, 3), "y24");
+    edits_.undo();
+    EXPECT_EQ(table_.bytes(), before);
+    EXPECT_FALSE(edits_.canUndo()) << "a paste is one step";
+}
+
+TEST_F(Edits, KeysMayChangePlacesInOnePaste) {
+    ASSERT_TRUE(paste({SampleTable::Key}, 0, "a\nb\nc").ok());
+    EXPECT_TRUE(paste({SampleTable::Key}, 0, "b\na").ok());
+    EXPECT_EQ(text(SampleTable::Key, 0) + text(SampleTable::Key, 1) + text(SampleTable::Key, 2), "bac");
+    EXPECT_FALSE(paste({SampleTable::Key}, 0, "c").ok());
+}
+
+TEST_F(Edits, RowsComeAndGoWithinTheLimits) {
+    ASSERT_TRUE(paste({SampleTable::Key}, 0, "a\nb\nc").ok());
+    const Bytes before = table_.bytes();
+    EXPECT_EQ(edits_.insertRows(kNoObject, 1, 2).notice,
+              "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.");
+    EXPECT_FALSE(edits_.insertRows(kNoObject, 0).ok());
+    EXPECT_EQ(text(SampleTable::Key, 3), "b");
+    EXPECT_TRUE(edits_.removeRows(kNoObject, {4, 0, 2}).ok());
+    EXPECT_EQ(edits_.undoDescription(), "deleting 3 rows");
+    EXPECT_EQ(text(SampleTable::Key, 0) + "," + text(SampleTable::Key, 1), ",b");
+    EXPECT_EQ(edits_.removeRows(kNoObject, {0, 1}).refusal,
+              "Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows.");
+    edits_.undo();
+    edits_.undo();
+    EXPECT_EQ(table_.bytes(), before);
+}
+
+TEST_F(Edits, AGroupIsOneStepOrNone) {
+    const Bytes before = table_.bytes();
+    const auto addAndName = [&](std::string_view key) {
+        return edits_.group("adding a key", [&] {
+            edits_.insertRows(kNoObject, table_.rowCount());
+            return edits_.type(kNoObject, SampleTable::Key, table_.rowCount() - 1, key, context_);
+        });
+    };
+    EXPECT_FALSE(addAndName("").ok() && table_.rowCount() == 3) << "an empty key is no change, so it passes";
+    edits_.undo();
+    ASSERT_TRUE(addAndName("k").ok());
+    const Bytes after = table_.bytes();
+    EXPECT_FALSE(addAndName("K").ok());
+    EXPECT_EQ(table_.bytes(), after);
+    EXPECT_EQ(edits_.undoDescription(), "adding a key");
+    EXPECT_THROW(edits_.group("failing",
+                              [&]() -> EditOutcome {
+                                  edits_.insertRows(kNoObject, 0);
+                                  throw std::runtime_error("no");
+                              }),
+                 std::runtime_error);
+    EXPECT_EQ(table_.bytes(), after);
+    edits_.undo();
+    EXPECT_EQ(table_.bytes(), before);
+}
+
+TEST_F(Edits, RowsThatMovedByOtherMeansEndTheHistory) {
+    type(SampleTable::Key, 2, "last");
+    table_.removeRows(1, 2);
+    edits_.undo();
+    EXPECT_FALSE(edits_.canUndo() || edits_.canRedo());
+    EXPECT_EQ(text(SampleTable::Key, 0), "");
+}
+
+TEST_F(Edits, HistoryTakesMemoryForWhatChanged) {
+    SampleTable large(50'000);
+    TableEdits edits(large);
+    edits.type(kNoObject, SampleTable::Key, 49'999, "x", context_);
+    EXPECT_LT(edits.historySize(), 1000u);
+}
+
+TEST_F(Edits, DeletingIsRefusedInTheWordsOfWhatIsSelected) {
+    EXPECT_EQ(cannotDelete(SampleTable(0), {.wholeRows = {0}}), "Unable to delete. This spreadsheet is empty.");
+    EXPECT_EQ(cannotDelete(table_, {}), "Unable to delete. No rows or cells have been selected.");
+    EXPECT_EQ(cannotDelete(table_, {.otherCells = true, .onReadOnlyCell = true}),
+              "Unable to delete. This cell is read-only and cannot be edited or deleted.");
+    EXPECT_EQ(cannotDelete(table_, {.wholeRows = {0}, .otherCells = true}),
+              "Unable to delete. Only entire rows can be deleted.");
+    EXPECT_EQ(cannotDelete(table_, {.wholeRows = {0}}), "");
+    EXPECT_NE(cannotDelete(SampleTable(2, {}), {.wholeRows = {0}}), "") << "records";
+}
+
+constexpr auto kOptions = kTypesOf<SampleFlag, SampleSpeed, SampleName>;
+
+TEST_F(Edits, OptionsGoIntoTheSettingsAndBack) {
+    Settings settings(std::make_unique<MemorySettings>());
+    settings.setText("SampleName", "default", "Anna");
+    {
+        OptionTable options(settings, kOptions, "Options");
+        TableEdits edits(options);
+        EXPECT_EQ(options.column(2).text(0, context_), "Anna");
+        edits.type(kNoObject, 0, 0, "yes", context_);
+        edits.type(kNoObject, 1, 0, "7", context_);
+        EXPECT_EQ(settings.getInteger("SampleFlag", "Value", kMissingInteger), 1);
+        EXPECT_EQ(settings.getReal("SampleSpeed", "Value", 0), 7);
+        edits.undo();
+        EXPECT_EQ(settings.getText("SampleSpeed", "Value"), "") << "missing again, not the default";
+        edits.redo();
+        options.accept();
+        edits.clear();
+        edits.type(kNoObject, 0, 0, "no", context_);
+        edits.type(kNoObject, 2, 0, "Bob", context_);
+        options.cancel();
+        edits.clear();
+        EXPECT_EQ(options.column(2).text(0, context_), "Anna");
+        edits.type(kNoObject, 2, 0, "Eve", context_);
+    }
+    EXPECT_EQ(settings.getInteger("SampleFlag", "Value", kMissingInteger), 1);
+    EXPECT_EQ(settings.getReal("SampleSpeed", "Value", 0), 7);
+    EXPECT_EQ(settings.getText("SampleName", "default"), "Anna") << "what was not accepted is taken back at the end";
+    EXPECT_EQ(settings.journalMark(), 0u);
+}
+
+} // namespace
+} // namespace quobrix::test
