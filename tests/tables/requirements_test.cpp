@@ -64,9 +64,10 @@ TEST_F(RequirementsText, SaysWhatEachKindOfColumnTakes) {
 
 TEST_F(RequirementsText, ShowsRangesInTheCurrentUnit) {
     units_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
-    EXPECT_EQ(of(SampleTable::Speed),
-              "A real number, such as -1.1, 0 or 10.0e+3.\n\nRequired? No. This is optional.\n\n"
-              "Required Range : 0 kph <= x <= 255 kph\n\nRecommended Range : 0 kph <= x <= 100 kph\n\nUnit Type : Speed");
+    EXPECT_EQ(
+        of(SampleTable::Speed),
+        "A real number, such as -1.1, 0 or 10.0e+3.\n\nRequired? No. This is optional.\n\n"
+        "Required Range : 0 kph <= x <= 255 kph\n\nRecommended Range : 0 kph <= x <= 100 kph\n\nUnit Type : Speed");
 }
 
 } // namespace

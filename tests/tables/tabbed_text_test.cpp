@@ -49,9 +49,8 @@ TEST(TabbedText, ComesBackFromWhatItWrites) {
     TabbedText block(3);
     for (const char* cell : {"", "plain", "tab\tin", "line\nin", "\r", "\"", "\"quoted\"", " blanks ", "ünï"})
         block.add(cell);
-    EXPECT_EQ(parsed(block.text()), (Rows{{"", "plain", "tab\tin"},
-                                          {"line\nin", "\r", "\""},
-                                          {"\"quoted\"", " blanks ", "ünï"}}));
+    EXPECT_EQ(parsed(block.text()),
+              (Rows{{"", "plain", "tab\tin"}, {"line\nin", "\r", "\""}, {"\"quoted\"", " blanks ", "ünï"}}));
 }
 
 } // namespace
