@@ -8,6 +8,8 @@ namespace {
 
 /// Larger streams are not scattered over free runs shorter than this: a disk page, and reading stays sequential.
 constexpr std::uint32_t kShortestPiece = 8;
+/// The share of a file that may be holes too short for that: one in so many sectors.
+constexpr std::uint32_t kMostWaste = 3;
 
 } // namespace
 
@@ -102,8 +104,9 @@ Result<std::vector<Run>> AllocationTable::allocate(std::uint32_t count) {
         return runs;
     while (count > kShortestPiece && take(kShortestPiece)) {
     }
-    // Near the limit of the file every free sector counts.
-    while (count > atEnd && take(1)) {
+    // Every free sector counts near the limit of the file, and when holes have come to be a third of it.
+    const auto wasteful = [&] { return freeCount_ - freed_.size() > end_ / kMostWaste; };
+    while (count > 0 && (count > atEnd || wasteful()) && take(1)) {
     }
     while (count > 0 && end_ < mostSectors_) {
         const auto obstacle = avoided_.lower_bound(end_);

@@ -42,8 +42,8 @@ public:
     std::uint32_t end() const { return end_; }
     std::uint32_t freeCount() const { return freeCount_; }
 
-    /// COUNT (at least 1) sectors, chained in order: side by side where that is possible without much waste, else in
-    /// pieces, else at the end. Unsupported when the file would pass 2 GB.
+    /// COUNT (at least 1) sectors, chained in order: side by side where there is room, else in pieces that are not too
+    /// short, else at the end; in any pieces when much of the file is free. Unsupported when the file would pass 2 GB.
     Result<std::vector<Run>> allocate(std::uint32_t count);
     void release(std::uint32_t sector);
     /// Releases a whole chain, which must be sound.

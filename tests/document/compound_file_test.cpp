@@ -70,6 +70,27 @@ TEST(CompoundFile, SpaceIsReusedUpToTheLimitOfTheFormat) {
     EXPECT_EQ(table.freeCount(), 0u);
 }
 
+TEST(CompoundFile, ManySmallSavesDoNotLetTheFileGrowForEver) {
+    std::mt19937 random(1);
+    const auto disk = std::make_shared<Bytes>();
+    const auto file = *CompoundFile::create(std::make_unique<MemoryFile>(disk));
+    const auto write = [&](std::size_t index) {
+        file->write(std::to_string(index), Bytes(index * 7 % 6000 + random() % 40, 'x'));
+    };
+    for (std::size_t i = 0; i < 300; ++i)
+        write(i);
+    ASSERT_TRUE(file->commit());
+    const std::size_t size = disk->size();
+    for (int save = 0; save < 1000; ++save) {
+        for (int i = 0; i < 5; ++i)
+            write(random() % 300);
+        ASSERT_TRUE(file->commit());
+    }
+    EXPECT_LT(disk->size(), 2 * size);
+    EXPECT_LT(file->space().freeBytes, disk->size() / 2);
+    EXPECT_EQ(examineCompoundFile(*disk).fault, "");
+}
+
 /// Thousands of random operations, with a map as the oracle and the independent checker after each commit.
 class CompoundFileModel : public testing::TestWithParam<unsigned> {};
 
