@@ -43,9 +43,9 @@ ExitCode examine(const std::string& file) {
 
 /// Whether the repaired document may be put there; if not, why.
 bool mayWrite(const CheckOptions& options) {
-    const auto identity = fileIdentity(options.file), target = fileIdentity(options.into);
+    const auto damaged = fileStatus(options.file), target = fileStatus(options.into);
     std::string why;
-    if (identity && target && *identity == *target)
+    if (damaged && target && damaged->identity == target->identity)
         why = "it is the damaged file itself; name another one with --into";
     else if (isExampleName(fs::path(options.into).filename().string()))
         why = "this is the name of the delivered example; name another file with --into";

@@ -49,6 +49,23 @@ bool connect(LoggerCalls& calls, const std::string& port) {
     return probed.ok();
 }
 
+/// Saves DOCUMENT to FILE, which it is or is to become.
+bool save(TQuobrixDocument& document, const std::string& file, OptionPrompter& prompter) {
+    const auto failure = [](const Error& error, const std::filesystem::path& path) {
+        return fileMessage(error, FileAction::Save, path.string()).text;
+    };
+    const std::filesystem::path backup = TDocument::backupPath(file);
+    const SaveOptions options{.saveWithoutBackup = [&](const Error& reason) {
+        return prompter.ask(makeMessage(MessageId::NoBackup, failure(reason, backup), file)) == Answer::Yes;
+    }};
+    const Result<void> saved = document.hasFile() ? document.save(options) : document.saveAs(file, options);
+    if (!saved && saved.error().kind != ErrorKind::Cancelled)
+        complain(failure(saved.error(), file));
+    if (const std::optional<Error> problem = document.backupProblem(); saved && problem)
+        prompter.tell(makeMessage(MessageId::BackupNotKept, file, failure(*problem, backup)));
+    return bool(saved);
+}
+
 } // namespace
 
 ExitCode download(const DownloadOptions& options) {
@@ -80,11 +97,8 @@ ExitCode download(const DownloadOptions& options) {
             complain("nothing was downloaded");
         return kFailed;
     }
-    const Result<void> saved = document.hasFile() ? document.save() : document.saveAs(options.file);
-    if (!saved) {
-        complain(fileMessage(saved.error(), FileAction::Save, options.file).text);
+    if (!save(document, options.file, prompter))
         return kFailed;
-    }
     for (const std::string& line : result->refusedLines())
         complain(line);
     Output output;

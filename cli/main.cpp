@@ -1,5 +1,6 @@
 /// quobrix-cli: the logger, its documents and their reports without a window.
 #include "cli/check.h"
+#include "cli/compact.h"
 #include "cli/download.h"
 #include "cli/option_prompter.h"
 #include "cli/reading.h"
@@ -78,6 +79,10 @@ int run(int argc, char** argv) {
     into.needs(&repair);
     checkCommand.add_flag("--force", checkOptions.force, "Replace the file that is there")->needs(&into);
 
+    std::string compactedFile;
+    CLI::App& compactCommand = *app.add_subcommand("compact", "Remove the unused space from a document");
+    file(compactCommand, compactedFile);
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
@@ -100,6 +105,8 @@ int run(int argc, char** argv) {
     }
     if (reportCommand)
         return report(reportOptions);
+    if (compactCommand)
+        return compact(compactedFile);
     return check(checkOptions);
 }
 

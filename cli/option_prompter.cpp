@@ -15,6 +15,12 @@ Answer OptionPrompter::ask(const Message& question) {
     return Answer::No;
 }
 
+std::optional<std::size_t> OptionPrompter::chooseAction(const Message& question, const std::vector<std::string>&) {
+    complain(question.text);
+    told_ = true;
+    return {};
+}
+
 void OptionPrompter::tell(const Message& statement) {
     complain(statement.text);
     told_ = true;
@@ -28,7 +34,7 @@ std::optional<std::size_t> OptionPrompter::choose(std::string_view what, const s
 
 std::vector<std::string> questionKeys() {
     std::vector<std::string> keys;
-    for (const MessageId question : {MessageId::NewFileRecommended})
+    for (const MessageId question : {MessageId::NewFileRecommended, MessageId::NoBackup})
         keys.emplace_back(messageSpec(question).key);
     return keys;
 }

@@ -12,17 +12,19 @@
 #include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace quobrix {
 namespace {
 
 constexpr const char* kFilter = "Quobrix Data Files (*.car);;All Files (*)";
 
-/// Shows the box for MESSAGE, with BELOW (if given) under its text; the button that was pressed.
-QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidget* below = nullptr) {
+/// A box for MESSAGE without buttons.
+void fill(QMessageBox& box, const Message& message) {
     const MessageSpec& spec = messageSpec(message.id);
-    QMessageBox box(&window);
     box.setObjectName(toQt(spec.key));
     box.setWindowTitle(toQt(spec.title));
     box.setTextFormat(Qt::PlainText);
@@ -31,9 +33,16 @@ QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidge
     const bool question = spec.buttons != MessageButtons::Ok;
     box.setIcon(question ? QMessageBox::Question : QMessageBox::Information); // what a screen reader announces
     const QIcon icon(question ? QStringLiteral(":/icons/question.svg") : QStringLiteral(":/icons/information.svg"));
-    box.setIconPixmap(icon.pixmap(QSize(40, 40), window.devicePixelRatioF()));
-    switch (spec.buttons) {
+    box.setIconPixmap(icon.pixmap(QSize(40, 40), box.devicePixelRatioF()));
+}
+
+/// Shows the box for MESSAGE, with BELOW (if given) under its text; the button that was pressed.
+QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidget* below = nullptr) {
+    QMessageBox box(&window);
+    fill(box, message);
+    switch (messageSpec(message.id).buttons) {
     case MessageButtons::Ok:
+    case MessageButtons::Actions: // has them of its own
         box.setStandardButtons(QMessageBox::Ok);
         break;
     case MessageButtons::YesNo:
@@ -73,6 +82,27 @@ std::optional<Answer> DialogPrompter::askOrCancel(const Message& question) {
     if (button == QMessageBox::Cancel)
         return std::nullopt;
     return button == QMessageBox::Yes ? Answer::Yes : Answer::No;
+}
+
+std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
+                                                        const std::vector<std::string>& actions) {
+    QMessageBox box(&parent());
+    fill(box, question);
+    std::vector<const QAbstractButton*> buttons;
+    for (const std::string& action : actions) {
+        QPushButton* button = box.addButton(toQt(action), QMessageBox::ActionRole);
+        button->setObjectName(
+            button->text().remove(QLatin1Char('&')).remove(QLatin1Char(' ')).remove(QLatin1Char('.')));
+        if (buttons.empty())
+            box.setDefaultButton(button);
+        buttons.push_back(button);
+    }
+    box.setEscapeButton(box.addButton(QMessageBox::Cancel));
+    box.exec();
+    const auto pressed = std::ranges::find(buttons, box.clickedButton());
+    if (pressed == buttons.end())
+        return std::nullopt;
+    return static_cast<std::size_t>(pressed - buttons.begin());
 }
 
 void DialogPrompter::tell(const Message& statement) {

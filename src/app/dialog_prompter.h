@@ -23,6 +23,7 @@ public:
 
     Answer ask(const Message& question) override;
     std::optional<Answer> askOrCancel(const Message& question) override;
+    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<std::string>& actions) override;
     void tell(const Message& statement) override;
     std::optional<std::size_t> choose(std::string_view what, const std::vector<std::string>& choices,
                                       std::size_t preset) override;

@@ -1,13 +1,14 @@
 #pragma once
 
-#include "base/result.h"
+#include "document/disk_work.h"
 
-#include <functional>
+class QWidget;
 
 namespace quobrix {
 
-/// Runs WORK on another thread and returns its result. If it takes long enough to be felt, the window paints meanwhile
-/// under a wait cursor, and takes no input.
-Result<void> runWhilePainting(const std::function<Result<void>()>& work);
+/// Runs WORK on another thread and returns its result. If it takes long enough to be felt, WINDOW paints meanwhile
+/// under a wait cursor and takes no input; if it takes longer, a dialog shows how far it is, and cancels what can be
+/// cancelled.
+Result<void> runWhilePainting(const DiskWork& work, QWidget* window);
 
 } // namespace quobrix

@@ -13,10 +13,21 @@ namespace fs = std::filesystem;
 constexpr std::string_view kProgramConfig = "Program Config";
 constexpr std::string_view kLastFileOpened = "Last File Opened";
 
-bool sameFile(const fs::path& a, const fs::path& b) {
-    const auto first = fileIdentity(a);
-    const auto second = fileIdentity(b);
-    return first && second && *first == *second;
+constexpr std::string_view kOfferCompaction = "Offer Compaction";
+
+// Nobody needs to be asked about less.
+constexpr std::uint64_t kWorthCompacting = 64 << 10; // bytes
+
+/// A name beside PATH that no file has yet: "Name (2).car".
+fs::path anotherName(const fs::path& path) {
+    std::error_code ignored;
+    for (int number = 2;; ++number) {
+        fs::path name = path.stem();
+        name += " (" + std::to_string(number) + ")";
+        name += path.extension();
+        if (const fs::path other = path.parent_path() / name; !fs::exists(other, ignored))
+            return other;
+    }
 }
 
 } // namespace
@@ -29,22 +40,23 @@ DocumentFiles::DocumentFiles(TQuobrixDocument& document, Settings& settings, Rec
 bool DocumentFiles::newFile() {
     if (!close())
         return false;
-    hooks_.replacing();
-    document_.newDocument();
-    untitled_ = true;
-    hooks_.replaced();
+    replace([this] {
+        document_.newDocument();
+        untitled_ = true;
+    });
     return true;
 }
 
 bool DocumentFiles::open(const fs::path& path) {
     std::error_code ignored;
     const fs::path absolute = fs::absolute(path, ignored).lexically_normal();
-    if (document_.hasFile() && sameFile(absolute, document_.path()))
+    if (document_.isFile(absolute))
         return true;
     if (!close() || !replaceBy(absolute))
         return false;
     recent_.add(absolute);
     hooks_.saved();
+    offerCompaction();
     return true;
 }
 
@@ -55,18 +67,30 @@ bool DocumentFiles::openExample(const fs::path& path) {
     return true;
 }
 
-bool DocumentFiles::replaceBy(const fs::path& path) {
-    hooks_.replacing();
-    const Result<void> result = document_.open(path, TDocument::Access::Edit);
-    if (!result) {
+/// There are pages of a document again whatever comes of WORK.
+void DocumentFiles::replace(const std::function<void()>& work) {
+    try {
+        hooks_.replacing();
+        work();
+    } catch (...) {
         hooks_.replaced();
-        return tell(result.error(), FileAction::Open, path);
+        throw;
     }
-    untitled_ = false;
-    std::error_code ignored;
-    fs::current_path(path.parent_path(), ignored);
     hooks_.replaced();
+}
 
+bool DocumentFiles::replaceBy(const fs::path& path) {
+    Result<void> result;
+    replace([&] {
+        result = document_.open(path, TDocument::Access::Edit);
+        if (!result)
+            return;
+        untitled_ = false;
+        std::error_code ignored;
+        fs::current_path(path.parent_path(), ignored);
+    });
+    if (!result)
+        return tell(result.error(), FileAction::Open, path);
     toldLogs_.clear();
     tellDamage();
     return true;
@@ -92,24 +116,118 @@ bool DocumentFiles::save() {
         return saveAs();
     if (document_.readOnly())
         return offerSaveAs();
-    return saveTo(document_.path());
-}
-
-bool DocumentFiles::saveAs() {
-    const fs::path suggested = document_.hasFile() ? document_.path() : pathFromUtf8(document_.title() + ".car");
-    const auto path = chooser_.chooseToSave(suggested);
-    if (!path || !saveTo(*path))
+    if (saveTo(document_.path()) != Outcome::Done)
         return false;
-    recent_.add(document_.path());
-    hooks_.saved();
+    offerCompaction();
     return true;
 }
 
-bool DocumentFiles::saveTo(const fs::path& path) {
+bool DocumentFiles::saveAs() {
+    return chooseAndSaveAs(document_.hasFile() ? document_.path() : pathFromUtf8(document_.title() + ".car")) ==
+           Outcome::Done;
+}
+
+bool DocumentFiles::compact() {
+    if (document_.isExample()) {
+        prompter_.tell(makeMessage(MessageId::ExampleIsNotSaved, document_.title()));
+        return false;
+    }
+    const fs::path path = document_.path();
+    return finishSave(document_.compact(saveOptions(path)), FileAction::Compact, path) == Outcome::Done;
+}
+
+SaveOptions DocumentFiles::saveOptions(const fs::path& path) {
+    return {.saveWithoutBackup =
+                [this, path](const Error& reason) {
+                    const std::string backup = utf8(TDocument::backupPath(path).filename());
+                    const Message failure = fileMessage(reason, FileAction::Save, backup);
+                    return prompter_.ask(makeMessage(MessageId::NoBackup, failure.text, utf8(path.filename()))) ==
+                           Answer::Yes;
+                },
+            .runDisk = runDisk_};
+}
+
+DocumentFiles::Outcome DocumentFiles::chooseAndSaveAs(const fs::path& suggested) {
+    const auto path = chooser_.chooseToSave(suggested);
+    if (!path)
+        return Outcome::Cancelled;
+    if (const std::string name = utf8(path->filename()); isExampleName(name)) {
+        prompter_.tell(makeMessage(MessageId::ExampleIsNotSaved, name));
+        return Outcome::Cancelled;
+    }
+    const Outcome outcome = saveTo(*path);
+    if (outcome == Outcome::Done) {
+        recent_.add(document_.path());
+        hooks_.saved();
+    }
+    return outcome;
+}
+
+DocumentFiles::Outcome DocumentFiles::saveTo(const fs::path& path) {
     const bool own = document_.hasFile() && path == document_.path();
-    const Result<void> result = own ? document_.save(runDisk_) : document_.saveAs(path, runDisk_);
+    return finishSave(own ? document_.save(saveOptions(path)) : document_.saveAs(path, saveOptions(path)),
+                      FileAction::Save, path);
+}
+
+DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, FileAction action, const fs::path& path) {
     hooks_.saved();
-    return result ? true : tell(result.error(), FileAction::Save, path);
+    if (result) {
+        if (const std::optional<Error> problem = document_.backupProblem()) {
+            const std::string backup = utf8(TDocument::backupPath(path).filename());
+            prompter_.tell(makeMessage(MessageId::BackupNotKept, utf8(path.filename()),
+                                       fileMessage(*problem, FileAction::Save, backup).text));
+        }
+        return Outcome::Done;
+    }
+    if (result.error().kind == ErrorKind::Cancelled)
+        return Outcome::Cancelled;
+    if (result.error().kind == ErrorKind::Changed)
+        return resolveChange();
+    tell(result.error(), action, path);
+    return Outcome::Failed;
+}
+
+/// Another program has changed, replaced or removed the document's file.
+DocumentFiles::Outcome DocumentFiles::resolveChange() {
+    enum Choice { SaveAs, Reload, Overwrite };
+    const fs::path path = document_.path();
+    std::error_code ignored;
+    std::optional<std::size_t> choice;
+    if (fs::exists(path, ignored)) {
+        const std::string backup = utf8(TDocument::backupPath(path).filename());
+        choice = prompter_.chooseAction(makeMessage(MessageId::FileChangedOnDisk, document_.title(), backup),
+                                        {"Save &As...", "&Reload", "&Overwrite"});
+    } else {
+        choice = prompter_.chooseAction(makeMessage(MessageId::FileGoneFromDisk, document_.title()),
+                                        {"&Save Again", "Save &As..."});
+        if (choice)
+            choice = *choice == 0 ? Overwrite : SaveAs;
+    }
+    if (!choice)
+        return Outcome::Cancelled;
+    switch (*choice) {
+    case SaveAs:
+        return chooseAndSaveAs(anotherName(path));
+    case Reload:
+        return replaceBy(path) ? Outcome::Done : Outcome::Failed;
+    default:
+        return finishSave(document_.overwrite(saveOptions(path)), FileAction::Save, path);
+    }
+}
+
+/// A file that is mostly unused space is pointed out once a run, unless the person has said never to.
+void DocumentFiles::offerCompaction() {
+    const CompoundFile::Space space = document_.space();
+    if (document_.readOnly() || document_.isExample() || space.freeBytes < kWorthCompacting ||
+        space.freeBytes <= space.fileBytes / 2 || !settings_.getBoolean(kProgramConfig, kOfferCompaction, true) ||
+        !compactionOffered_.insert(document_.path()).second)
+        return;
+    const auto choice = prompter_.chooseAction(makeMessage(MessageId::CompactionOffered, document_.title()),
+                                               {"&Compact Now", "&Don't Ask Again"});
+    if (choice && *choice == 0)
+        compact();
+    else if (choice)
+        settings_.setBoolean(kProgramConfig, kOfferCompaction, false);
 }
 
 bool DocumentFiles::close() {
@@ -127,7 +245,10 @@ bool DocumentFiles::mayGo() {
         if (document_.readOnly())
             return !document_.dataChanged() || !document_.modified() || offerSaveAs();
         // A file that cannot be written now must not hold the user captive.
-        return !document_.modified() || saveTo(document_.path()) || offerSaveAs();
+        if (!document_.modified())
+            return true;
+        const Outcome outcome = saveTo(document_.path());
+        return outcome == Outcome::Done || (outcome == Outcome::Failed && offerSaveAs());
     }
     if (!document_.dataChanged() || (document_.hasFile() && !document_.modified()))
         return true;

@@ -27,7 +27,8 @@ public:
 
 /// The File menu's flows on the one document, and the rules of what is saved when it is closed or replaced:
 /// a document opened from a file is saved without a question, a new one asks only if data was added, the example is
-/// never saved. Each flow returns whether it went through to its end; failures have then been told.
+/// never saved. Each flow returns whether it went through to its end; failures have then been told, or the person has
+/// cancelled it. A file that another program has changed is overwritten only if the person says so.
 class DocumentFiles {
 public:
     struct Hooks {
@@ -45,6 +46,8 @@ public:
     bool chooseAndOpen();
     bool save();
     bool saveAs();
+    /// Removes the unused space from the document's file.
+    bool compact();
     /// Makes sure that nothing is lost when the document goes away, and remembers it as the last file.
     bool close();
 
@@ -58,10 +61,18 @@ public:
     bool untitled() const { return untitled_; }
 
 private:
+    enum class Outcome { Done, Failed, Cancelled };
+
     bool mayGo();
     bool offerSaveAs();
-    bool saveTo(const std::filesystem::path& path);
+    Outcome saveTo(const std::filesystem::path& path);
+    Outcome chooseAndSaveAs(const std::filesystem::path& suggested);
+    Outcome finishSave(const Result<void>& result, FileAction action, const std::filesystem::path& path);
+    Outcome resolveChange();
+    void offerCompaction();
+    void replace(const std::function<void()>& work);
     bool replaceBy(const std::filesystem::path& path);
+    SaveOptions saveOptions(const std::filesystem::path& path);
     bool tell(const Error& error, FileAction action, const std::filesystem::path& path);
 
     TQuobrixDocument& document_;
@@ -72,6 +83,7 @@ private:
     DiskRunner runDisk_;
     Hooks hooks_;
     std::set<std::string> toldLogs_;
+    std::set<std::filesystem::path> compactionOffered_; // in this run
     bool untitled_ = true;
 };
 

@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QStatusBar>
 #include <QTimer>
@@ -43,7 +44,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
       prompter_(*this, reminders_, [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
       chooser_(*this), recent_(context.settings),
       files_(context.document, context.settings, recent_, prompter_, chooser_,
-             [this](const std::function<Result<void>()>& work) { return runDisk(work); },
+             [this](const DiskWork& work) { return runDisk(work); },
              {.replacing = [this] { pages_->discard(); },
               .replaced =
                   [this] {
@@ -190,11 +191,9 @@ void TQuobrixFrame::showAboutBox() {
         .exec();
 }
 
-Result<void> TQuobrixFrame::runDisk(const std::function<Result<void>()>& work) {
-    busy_ = true;
-    Result<void> result = runWhilePainting(work);
-    busy_ = false;
-    return result;
+Result<void> TQuobrixFrame::runDisk(const DiskWork& work) {
+    const QScopedValueRollback busy(busy_, true);
+    return runWhilePainting(work, this);
 }
 
 void TQuobrixFrame::closeEvent(QCloseEvent* event) {

@@ -55,7 +55,7 @@ private:
     void updateTitle();
     void showDiagnosticsMenu(bool shown);
     void showAboutBox();
-    Result<void> runDisk(const std::function<Result<void>()>& work);
+    Result<void> runDisk(const DiskWork& work);
     void restoreWindow();
     void rememberWindow();
 

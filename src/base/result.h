@@ -12,11 +12,12 @@ enum class ErrorKind {
     AccessDenied, ///< the user may not read or write it
     IsDirectory,  ///< a folder where a file was expected
     InUse,        ///< another program has it open for writing
-    Changed,      ///< the file is no longer the one that was opened
+    Changed,      ///< the file is no longer what it was when it was opened
     ReadOnly,     ///< opened for reading only
     NotADocument, ///< the bytes are not of the expected format at all
     Corrupt,      ///< the right format, but damaged
     DiskFull,     ///< no space left (or over quota)
+    Cancelled,    ///< the person stopped it; there is nothing to tell
     Io,           ///< any other failure of the operating system
     Unsupported,  ///< a later format, or something this build cannot do
 };

@@ -1,13 +1,45 @@
 #include "document/document.h"
 
-#include "platform/file_system.h"
+#include "platform/system_error.h"
+
+#include <algorithm>
 
 namespace quobrix {
 namespace {
 
+namespace fs = std::filesystem;
+
 // The document's own stream: u32 format. Its value is not checked on reading; every version has been readable.
 constexpr std::string_view kContentsStream = "Contents";
 constexpr std::uint32_t kDocumentFormat = 2;
+
+constexpr std::string_view kBackupSuffix = ".bak";
+
+Result<void> copyFile(File& from, File& to) {
+    const auto size = from.size();
+    if (!size)
+        return size.error();
+    Bytes block(1 << 20);
+    for (std::uint64_t offset = 0; offset < *size; offset += block.size()) {
+        const auto part = std::span(block).first(std::min<std::uint64_t>(block.size(), *size - offset));
+        QUOBRIX_TRY(from.readAt(offset, part));
+        QUOBRIX_TRY(to.writeAt(offset, part));
+    }
+    return {};
+}
+
+/// Nothing is lost from A to B: the same streams with the same content.
+Result<void> checkSame(const CompoundFile& a, const CompoundFile& b, const DiskProgress& progress) {
+    const std::vector<std::string> names = a.names();
+    bool same = b.names().size() == names.size();
+    for (std::size_t i = 0; same && i < names.size(); ++i) {
+        if (progress.cancelled)
+            return Error{ErrorKind::Cancelled, "while comparing"};
+        const Result<Bytes> original = a.read(names[i]), copy = b.read(names[i]);
+        same = original && copy && *original == *copy;
+    }
+    return same ? Result<void>() : Error{ErrorKind::Io, "the compact copy differs from its original"};
+}
 
 } // namespace
 
@@ -17,112 +49,350 @@ void writeDocumentStream(CompoundFile& file) {
     file.write(kContentsStream, out.take());
 }
 
-TDocument::TDocument(const TypeRegistry& types) : types_(types), store_(std::make_unique<ObjectStore>(types)) {}
+// Content
+
+TDocument::TDocument(const TypeRegistry& types, FileSystem& files) : types_(types), files_(files) {
+    state_.store = std::make_unique<ObjectStore>(types);
+}
 
 TDocument::~TDocument() = default;
 
-void TDocument::newDocument() {
-    store_ = std::make_unique<ObjectStore>(types_);
-    file_.reset();
-    path_.clear();
-    identity_ = {};
-    readOnlyReason_.reset();
-    bind();
+void TDocument::take(State next) {
+    std::swap(state_, next);
+    try {
+        bind();
+    } catch (...) {
+        std::swap(state_, next);
+        throw;
+    }
+    backupProblem_.reset();
 }
 
-Result<void> TDocument::open(const std::filesystem::path& path, Access access) {
-    const Result<std::filesystem::path> target = resolveLinks(path);
-    if (!target)
-        return target.error();
-    std::optional<Error> readOnly;
-    if (access == Access::Read)
-        readOnly = Error{ErrorKind::ReadOnly, "opened for reading"};
-    // The file that is open already stays so (its lock would refuse the second opening).
-    Result<std::unique_ptr<File>> opened = openFile(*target, readOnly ? FileMode::Read : FileMode::ReadWrite);
-    if (!opened && (opened.error().kind == ErrorKind::AccessDenied || opened.error().kind == ErrorKind::InUse)) {
-        readOnly = opened.error();
-        opened = openFile(*target, FileMode::Read);
-    }
+void TDocument::newDocument() {
+    State next;
+    next.store = std::make_unique<ObjectStore>(types_);
+    take(std::move(next));
+}
+
+CompoundFile::Space TDocument::space() const { return hasFile() ? state_.file->space() : CompoundFile::Space{}; }
+
+std::uint32_t TDocument::format() const {
+    const Result<Bytes> content = hasFile() ? state_.file->read(kContentsStream) : Error{};
+    return content ? ByteReader(*content).u32() : kDocumentFormat;
+}
+
+fs::path TDocument::backupPath(const fs::path& path) {
+    const Result<fs::path> target = resolveLinks(path);
+    return fs::path(target ? *target : path) += kBackupSuffix;
+}
+
+// Opening
+
+Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& target, FileMode mode) const {
+    const Result<FileSnapshot> before = FileSnapshot::of(files_, target);
+    if (!before)
+        return before.error();
+    Result<std::unique_ptr<File>> opened = files_.open(target, mode);
     if (!opened)
         return opened.error();
     Result<std::unique_ptr<CompoundFile>> file = CompoundFile::open(std::move(*opened));
     if (!file)
         return file.error();
-    const Result<FileIdentity> identity = fileIdentity(*target);
-    if (!identity)
-        return identity.error();
-    auto store = std::make_unique<ObjectStore>(types_);
-    store->load(**file);
+    State state{std::move(*file), std::make_unique<ObjectStore>(types_), path, *before, true, {}};
+    state.store->load(*state.file);
+    if (mode == FileMode::Read)
+        state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
+    if (const Result<void> writable = state.file->writable(); !writable)
+        state.readOnlyReason = writable.error();
+    if (state.store->indexDamaged()) // the reason that a copy does not end
+        state.readOnlyReason = Error{ErrorKind::Corrupt, state.store->damage().front().what};
+    // What was opened must be what the path leads to, or a save would go to a file that nobody sees.
+    if (mode != FileMode::Read)
+        if (const Result<FileSnapshot> now = FileSnapshot::of(files_, target); !now || *now != *before)
+            return Error{ErrorKind::InUse, pathText(path) + " is being changed by another program"};
+    return state;
+}
 
-    store_ = std::move(store);
-    file_ = std::move(*file);
-    path_ = path;
-    identity_ = *identity;
-    readOnlyReason_ = std::move(readOnly);
-    if (store_->indexDamaged()) // the reason that a copy does not end
-        readOnlyReason_ = Error{ErrorKind::Corrupt, store_->damage().front().what};
-    bind();
+Result<void> TDocument::open(const fs::path& path, Access access) {
+    const Result<fs::path> target = resolveLinks(path);
+    if (!target)
+        return target.error();
+    std::optional<Error> refused;
+    Result<State> next = load(path, *target, access == Access::Edit ? FileMode::ReadWrite : FileMode::Read);
+    if (!next && (next.error().kind == ErrorKind::AccessDenied || next.error().kind == ErrorKind::InUse)) {
+        refused = next.error();
+        next = load(path, *target, FileMode::Read);
+    }
+    if (!next)
+        return next.error();
+    if (refused && next->readOnlyReason->kind != ErrorKind::Corrupt)
+        next->readOnlyReason = refused;
+    const bool ownLock = refused && refused->kind == ErrorKind::InUse && isFile(*target);
+    take(std::move(*next));
+    if (ownLock)
+        regainLock(*target);
+    if (!readOnly())
+        files_.removeAbandoned(target->parent_path());
     return {};
 }
+
+/// The document's own file was opened anew, for reading because the document had it locked. It has let go of it now.
+void TDocument::regainLock(const fs::path& target) {
+    Result<std::unique_ptr<File>> opened = files_.open(target, FileMode::ReadWrite);
+    if (!opened)
+        return;
+    Result<std::unique_ptr<CompoundFile>> file = CompoundFile::open(std::move(*opened));
+    const Result<FileSnapshot> now = FileSnapshot::of(files_, target);
+    if (!file || !now || *now != state_.snapshot)
+        return;
+    state_.store->attach(**file);
+    state_.file = std::move(*file);
+    if (state_.readOnlyReason->kind != ErrorKind::Corrupt)
+        state_.readOnlyReason.reset();
+}
+
+bool TDocument::isFile(const fs::path& path) const {
+    if (!hasFile())
+        return false;
+    const Result<FileStatus> status = files_.status(path);
+    return status && status->identity == state_.snapshot.status.identity;
+}
+
+Result<void> TDocument::unchangedOnDisk() const {
+    const Result<FileSnapshot> now = FileSnapshot::of(files_, state_.path);
+    if (!now && now.error().kind != ErrorKind::NotFound)
+        return now.error();
+    if (now && *now == state_.snapshot)
+        return {};
+    return Error{ErrorKind::Changed, pathText(state_.path) + " is no longer the file that was opened"};
+}
+
+// Saving
 
 Result<void> TDocument::writeTo(CompoundFile& file) {
     if (!file.contains(kContentsStream))
         writeDocumentStream(file);
-    return store_->save(file);
+    return store().save(file);
 }
 
-Result<void> TDocument::save(const DiskRunner& runDisk) {
-    if (!file_)
+Result<void> TDocument::save(const SaveOptions& options) {
+    if (!hasFile())
         return Error{ErrorKind::NotFound, "the document has no file yet"};
-    if (readOnlyReason_)
-        return Error{ErrorKind::ReadOnly, readOnlyReason_->detail};
-    const Result<FileIdentity> current = fileIdentity(path_);
-    if (!current || *current != identity_)
-        return Error{ErrorKind::Changed, path_.string() + " is no longer the file that was opened"};
+    if (readOnly())
+        return Error{ErrorKind::ReadOnly, state_.readOnlyReason->detail};
+    QUOBRIX_TRY(unchangedOnDisk());
     if (!modified())
         return {};
-    QUOBRIX_TRY(writeTo(*file_));
-    QUOBRIX_TRY(runDisk([this] { return file_->commit(); }));
-    store_->saved();
-    return {};
-}
-
-Result<void> TDocument::saveAs(const std::filesystem::path& path, const DiskRunner& runDisk) {
-    if (file_) {
-        const Result<FileIdentity> target = fileIdentity(path);
-        if (target && *target == identity_)
-            return save(runDisk);
-    }
-    Result<ReplacementFile> replacement = ReplacementFile::create(path);
-    if (!replacement)
-        return replacement.error();
-    Result<std::unique_ptr<CompoundFile>> target = Error{};
-    if (file_) {
-        // A copy of the file, not of its streams: what could not be read comes along untouched.
-        QUOBRIX_TRY(runDisk([&] { return file_->copyTo(replacement->file()); }));
-        target = CompoundFile::open(replacement->takeFile());
-    } else {
-        target = CompoundFile::create(replacement->takeFile());
-    }
+    const Result<fs::path> target = resolveLinks(state_.path);
     if (!target)
         return target.error();
-    QUOBRIX_TRY(writeTo(**target));
-    const auto makeDurable = [&]() -> Result<void> {
-        QUOBRIX_TRY((*target)->commit());
-        return replacement->commit();
-    };
-    QUOBRIX_TRY(runDisk(makeDurable));
-    const Result<FileIdentity> identity = fileIdentity(path);
-    store_->attach(**target);
-    file_ = std::move(*target);
-    store_->saved();
-    path_ = path;
-    identity_ = identity ? *identity : FileIdentity{};
-    if (readOnlyReason_ && readOnlyReason_->kind != ErrorKind::Corrupt)
-        readOnlyReason_.reset();
+    const auto copy = [this](File& to) { return state_.file->copyTo(to); };
+    return keepingBackup(
+        *target, copy, options, [&] { return writeInPlace(options); }, false);
+}
+
+Result<void> TDocument::writeInPlace(const SaveOptions& options) {
+    Result<void> done = writeTo(*state_.file);
+    if (done)
+        done = options.runDisk([&](DiskProgress&) -> Result<void> {
+            QUOBRIX_TRY(state_.file->commit());
+            return state_.nameDurable ? Result<void>() : files_.flushFolder(state_.path.parent_path());
+        });
+    // Whatever came of it, the file looks as it does by our doing, as long as it is the same file.
+    const Result<FileSnapshot> now = FileSnapshot::of(files_, state_.path);
+    if (now && now->status.identity == state_.snapshot.status.identity)
+        state_.snapshot = *now;
+    else if (done && now)
+        done = Error{ErrorKind::Changed, pathText(state_.path) + " was replaced while it was saved"};
+    if (!done)
+        return done;
+    state_.nameDurable = true;
+    store().saved();
     return {};
 }
 
-CompoundFile::Space TDocument::space() const { return file_ ? file_->space() : CompoundFile::Space{}; }
+Result<void> TDocument::saveAs(const fs::path& path, const SaveOptions& options) {
+    return isFile(path) ? save(options) : writeAnew(path, options);
+}
+
+Result<void> TDocument::overwrite(const SaveOptions& options) {
+    const Result<void> unchanged = unchangedOnDisk();
+    if (!unchanged && unchanged.error().kind != ErrorKind::Changed)
+        return unchanged;
+    return unchanged ? save(options) : writeAnew(state_.path, options);
+}
+
+Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& options) {
+    const Result<fs::path> target = resolveLinks(path);
+    if (!target)
+        return target.error();
+    // Another running copy must not lose the file that it has open, nor open one that is about to go.
+    Result<std::unique_ptr<File>> there = Error{ErrorKind::NotFound, {}};
+    const Result<FileStatus> status = files_.status(*target);
+    if (!status && status.error().kind != ErrorKind::NotFound)
+        return status.error();
+    if (status) {
+        there = files_.open(*target, isFile(*target) ? FileMode::Read : FileMode::ReadWrite);
+        if (!there && there.error().kind == ErrorKind::AccessDenied) // read-only; its folder decides
+            there = files_.open(*target, FileMode::Read);
+        if (!there && there.error().kind != ErrorKind::AccessDenied)
+            return there.error();
+    }
+    if (path == state_.path) // what is there is not what was kept before
+        backedUp_.erase(*target);
+    const auto build = [&](ReplacementFile& replacement) { return buildWhole(replacement, options); };
+    bool replaced = false;
+    const auto work = [&] { return putInPlace(path, options, build, replaced); };
+    files_.removeAbandoned(target->parent_path());
+    if (!there && there.error().kind == ErrorKind::NotFound)
+        return work();
+    const auto copy = [&](File& to) { return there ? copyFile(**there, to) : there.error(); };
+    return keepingBackup(*target, copy, options, work, replaced);
+}
+
+Result<std::unique_ptr<CompoundFile>> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
+    Result<std::unique_ptr<CompoundFile>> file = Error{};
+    if (hasFile()) {
+        const std::uint64_t size = space().fileBytes;
+        QUOBRIX_TRY(checkSpace(replacement.target(), size));
+        // A copy of the file, not of its streams: what could not be read comes along untouched.
+        QUOBRIX_TRY(options.runDisk([&](DiskProgress& progress) {
+            ProgressFile target(replacement.file(), progress, "Copying the file", size);
+            return state_.file->copyTo(target);
+        }));
+        file = CompoundFile::open(replacement.takeFile());
+    } else {
+        file = CompoundFile::create(replacement.takeFile());
+    }
+    if (!file)
+        return file;
+    QUOBRIX_TRY(writeTo(**file));
+    QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return (*file)->commit(); }));
+    return file;
+}
+
+Result<void> TDocument::compact(const SaveOptions& options) {
+    if (!hasFile())
+        return Error{ErrorKind::NotFound, "the document has no file yet"};
+    if (readOnly())
+        return *readOnlyReason();
+    if (!store().damage().empty())
+        return Error{ErrorKind::Corrupt, store().damage().front().what};
+    QUOBRIX_TRY(save(options));
+    bool replaced = false;
+    return putInPlace(
+        state_.path, options, [&](ReplacementFile& replacement) { return buildCompact(replacement, options); },
+        replaced);
+}
+
+Result<std::unique_ptr<CompoundFile>> TDocument::buildCompact(ReplacementFile& replacement,
+                                                              const SaveOptions& options) {
+    const CompoundFile::Space space = state_.file->space();
+    const std::uint64_t size = space.fileBytes - std::min(space.freeBytes, space.fileBytes);
+    QUOBRIX_TRY(checkSpace(replacement.target(), size));
+    Result<std::unique_ptr<CompoundFile>> file = Error{};
+    const auto work = [&](DiskProgress& progress) -> Result<void> {
+        ProgressFile target(replacement.file(), progress, "Compacting the file", size);
+        QUOBRIX_TRY(state_.file->compactTo(target));
+        file = CompoundFile::open(replacement.takeFile());
+        return file ? checkSame(*state_.file, **file, progress) : file.error();
+    };
+    QUOBRIX_TRY(options.runDisk(work));
+    return file;
+}
+
+/// Renames the file that BUILD makes, durably, over PATH and goes on there. REPLACED: that has happened, even if it was
+/// not reported as durable.
+Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& options, const Build& build,
+                                   bool& replaced) {
+    Result<ReplacementFile> replacement = ReplacementFile::create(path, {}, files_);
+    if (!replacement)
+        return replacement.error();
+    Result<std::unique_ptr<CompoundFile>> file = build(*replacement);
+    if (!file)
+        return file.error();
+    const Result<FileSnapshot> snapshot = FileSnapshot::of(files_, replacement->temporary());
+    if (!snapshot)
+        return snapshot.error();
+    const bool own = path == state_.path;
+    const Result<void> renamed = options.runDisk([&](DiskProgress&) { return replacement->commit(); });
+    replaced = replacement->inPlace();
+    if (!renamed && !(own && replaced)) // the document's own file is gone then
+        return renamed;
+    state_.store->attach(**file);
+    state_.file = std::move(*file);
+    state_.path = path;
+    state_.snapshot = *snapshot;
+    state_.nameDurable = bool(renamed);
+    if (!renamed)
+        return renamed;
+    store().saved();
+    if (readOnly() && state_.readOnlyReason->kind != ErrorKind::Corrupt)
+        state_.readOnlyReason.reset();
+    return {};
+}
+
+// The backup
+
+/// Runs WORK, which changes TARGET, or replaces it and says so in REPLACED, and keeps what COPY copies of it as its
+/// backup, once a run.
+Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, const SaveOptions& options,
+                                      const std::function<Result<void>()>& work, const bool& replaced) {
+    backupProblem_.reset();
+    if (!keepsBackup(target) || backedUp_.contains(target))
+        return work();
+    const auto goOnWithout = [&](const Error& reason) -> Result<void> {
+        if (reason.kind == ErrorKind::Cancelled || !options.saveWithoutBackup)
+            return reason;
+        return options.saveWithoutBackup(reason) ? Result<void>() : Error{ErrorKind::Cancelled, reason.detail};
+    };
+    std::optional<ReplacementFile> backup;
+    if (Result<ReplacementFile> made = makeBackup(target, copy, options))
+        backup.emplace(std::move(*made));
+    else
+        QUOBRIX_TRY(goOnWithout(made.error()));
+
+    Result<void> done = work();
+    if (!done && done.error().kind == ErrorKind::DiskFull && backup) {
+        backup.reset(); // it may have the space that is missing
+        QUOBRIX_TRY(goOnWithout(done.error()));
+        done = work();
+    }
+    if (!done && !replaced) // a file that is gone needs its backup, whatever else went wrong
+        return done;
+    if (backup)
+        if (const Result<void> kept = options.runDisk([&](DiskProgress&) { return backup->commit(); }); !kept) {
+            backupProblem_ = kept.error();
+            return done;
+        }
+    backedUp_.insert(target);
+    return done;
+}
+
+Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const Copy& copy, const SaveOptions& options) {
+    const fs::path path = backupPath(target);
+    if (const auto old = files_.open(path, FileMode::ReadWrite); !old && old.error().kind == ErrorKind::InUse)
+        return old.error(); // open as a document in another running copy
+    const Result<FileStatus> status = files_.status(target);
+    if (!status)
+        return status.error();
+    QUOBRIX_TRY(checkSpace(target, status->size));
+    Result<ReplacementFile> backup = ReplacementFile::create(path, target, files_);
+    if (!backup)
+        return backup;
+    const auto work = [&](DiskProgress& progress) -> Result<void> {
+        ProgressFile to(backup->file(), progress, "Keeping a backup of the file", status->size);
+        QUOBRIX_TRY(copy(to));
+        return to.flush();
+    };
+    QUOBRIX_TRY(options.runDisk(work));
+    return backup;
+}
+
+Result<void> TDocument::checkSpace(const fs::path& target, std::uint64_t bytes) const {
+    if (files_.freeSpace(target.parent_path()) >= bytes)
+        return {};
+    return Error{ErrorKind::DiskFull, "there is no space for a copy of " + std::to_string(bytes) + " bytes"};
+}
 
 } // namespace quobrix

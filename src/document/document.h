@@ -2,25 +2,40 @@
 
 #include "base/result.h"
 #include "document/compound_file.h"
+#include "document/disk_work.h"
+#include "document/file_snapshot.h"
 #include "document/object_store.h"
-#include "platform/file.h"
+#include "platform/file_system.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 
 namespace quobrix {
 
-/// Runs the part of a save that waits for the disk. The window runs it on another thread and paints meanwhile.
-using DiskRunner = std::function<Result<void>(const std::function<Result<void>()>&)>;
+/// What a save needs of its surroundings.
+struct SaveOptions {
+    /// Whether to go on although no backup can be kept, for this reason; if not, the save ends with Cancelled. Without
+    /// it the reason is the save's error.
+    std::function<bool(const Error& reason)> saveWithoutBackup = {};
+    DiskRunner runDisk = [](const DiskWork& work) {
+        DiskProgress nobodyLooks;
+        return work(nobodyLooks);
+    };
+};
 
 /// Writes the stream that every document has beside those of its object store.
 void writeDocumentStream(CompoundFile& file);
 
 /// A document: an object store over a compound file. User-interface thread only.
 ///
-/// open() and save() either happen or do not: on failure the document is what it was before, in memory and on disk.
+/// open(), save() and the others either happen or do not: on failure the document is what it was before, in memory and
+/// on disk.
+///
+/// The file as it was before the first change of a run is kept as NAME.car.bak beside it. It is complete before the
+/// save begins and takes its place when the save is durable, so that at every moment file or backup is whole.
 class TDocument {
 public:
     enum class Access {
@@ -28,49 +43,92 @@ public:
         Read, ///< for reading only, touching nothing
     };
 
-    explicit TDocument(const TypeRegistry& types);
+    explicit TDocument(const TypeRegistry& types, FileSystem& files = FileSystem::system());
     virtual ~TDocument();
 
     /// Replaces the content by an empty, untitled document.
     void newDocument();
-    /// Replaces the content by that of PATH.
+    /// Replaces the content by that of PATH. If that is the document's own file it is read anew, and what was changed
+    /// since the last save is gone.
     Result<void> open(const std::filesystem::path& path, Access access);
-    /// Writes what has changed to the file it was opened from or saved to. ReadOnly if it cannot be written, Changed
-    /// if the path no longer leads to that file.
-    Result<void> save(const DiskRunner& runDisk = runDirectly);
-    /// Writes everything to PATH, replacing what is there, and goes on there: the new file is built beside PATH and
-    /// renamed over it. To the document's own file (whatever the path's spelling) it is save(),
-    /// so that a read-only document needs another path.
-    Result<void> saveAs(const std::filesystem::path& path, const DiskRunner& runDisk = runDirectly);
+    /// Writes what has changed to the file it was opened from or saved to; that file's backup is made before. ReadOnly
+    /// if it cannot be written, Changed if the path no longer leads to that file or the file is no longer what it was.
+    Result<void> save(const SaveOptions& options = {});
+    /// Writes everything to PATH and goes on there: the new file is built beside PATH and renamed over it; what was
+    /// there becomes the backup of PATH. InUse if another running copy has PATH open. To the document's own file
+    /// (whatever the path's spelling) it is save(), so that a read-only document needs another path.
+    Result<void> saveAs(const std::filesystem::path& path, const SaveOptions& options = {});
+    /// Writes everything to the document's own path, whatever another program has put there or taken away: that
+    /// becomes the backup.
+    Result<void> overwrite(const SaveOptions& options = {});
+    /// Saves what has changed, then rebuilds the file without unused space and puts it in its place. Refused for
+    /// documents that are read-only or damaged.
+    Result<void> compact(const SaveOptions& options = {});
 
-    ObjectStore& store() { return *store_; }
-    const ObjectStore& store() const { return *store_; }
+    ObjectStore& store() { return *state_.store; }
+    const ObjectStore& store() const { return *state_.store; }
 
     /// Empty for an untitled document.
-    const std::filesystem::path& path() const { return path_; }
-    bool hasFile() const { return file_ != nullptr; }
+    const std::filesystem::path& path() const { return state_.path; }
+    bool hasFile() const { return state_.file != nullptr; }
+    /// PATH leads to the file that the document was opened from or saved to.
+    bool isFile(const std::filesystem::path& path) const;
     /// Opened so, or damaged so that a save could lose something; readOnlyReason says why.
-    bool readOnly() const { return readOnlyReason_.has_value(); }
-    std::optional<Error> readOnlyReason() const { return readOnlyReason_; }
+    bool readOnly() const { return state_.readOnlyReason.has_value(); }
+    std::optional<Error> readOnlyReason() const { return state_.readOnlyReason; }
     /// Anything that the next save would write.
-    bool modified() const { return store_->modified(); }
+    bool modified() const { return store().modified(); }
     CompoundFile::Space space() const;
+    /// The number of the document's format: that in its file, if it has one.
+    std::uint32_t format() const;
+    /// Why the last save could not put its backup in place; the save itself is durable. The next save tries again.
+    std::optional<Error> backupProblem() const { return backupProblem_; }
+
+    /// Where the backup of PATH lies: beside the file that it leads to.
+    static std::filesystem::path backupPath(const std::filesystem::path& path);
 
 protected:
-    /// Called when another content is in place: bind() what the program always needs of it.
+    /// Called when another content is in place: bind() what the program always needs of it. If it throws, the old
+    /// content is put back, so it changes nothing of its own before it has everything.
     virtual void bind() {}
-    void setReadOnly(Error reason) { readOnlyReason_ = std::move(reason); }
+    /// Whether the file PATH is kept as a backup before it is changed.
+    virtual bool keepsBackup(const std::filesystem::path&) const { return true; }
+    void setReadOnly(Error reason) { state_.readOnlyReason = std::move(reason); }
 
 private:
-    static Result<void> runDirectly(const std::function<Result<void>()>& work) { return work(); }
+    struct State {
+        std::unique_ptr<CompoundFile> file;
+        std::unique_ptr<ObjectStore> store; // after file: it reads from it
+        std::filesystem::path path;         // as the user knows it
+        FileSnapshot snapshot;
+        bool nameDurable = true; // after a renaming that could not be flushed: not yet
+        std::optional<Error> readOnlyReason;
+    };
+    using Copy = std::function<Result<void>(File&)>;
+    using Build = std::function<Result<std::unique_ptr<CompoundFile>>(ReplacementFile&)>;
+
+    void take(State next);
+    Result<State> load(const std::filesystem::path& path, const std::filesystem::path& target, FileMode mode) const;
+    void regainLock(const std::filesystem::path& target);
+    Result<void> unchangedOnDisk() const;
     Result<void> writeTo(CompoundFile& file);
+    Result<void> writeInPlace(const SaveOptions& options);
+    Result<void> writeAnew(const std::filesystem::path& path, const SaveOptions& options);
+    Result<std::unique_ptr<CompoundFile>> buildWhole(ReplacementFile& replacement, const SaveOptions& options);
+    Result<std::unique_ptr<CompoundFile>> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
+    Result<void> putInPlace(const std::filesystem::path& path, const SaveOptions& options, const Build& build,
+                            bool& replaced);
+    Result<void> keepingBackup(const std::filesystem::path& target, const Copy& copy, const SaveOptions& options,
+                               const std::function<Result<void>()>& work, const bool& replaced);
+    Result<ReplacementFile> makeBackup(const std::filesystem::path& target, const Copy& copy,
+                                       const SaveOptions& options);
+    Result<void> checkSpace(const std::filesystem::path& target, std::uint64_t bytes) const;
 
     const TypeRegistry& types_;
-    std::unique_ptr<CompoundFile> file_;
-    std::unique_ptr<ObjectStore> store_; // after file_: it reads from it
-    std::filesystem::path path_;
-    FileIdentity identity_;
-    std::optional<Error> readOnlyReason_;
+    FileSystem& files_;
+    State state_;
+    std::set<std::filesystem::path> backedUp_; // in this run
+    std::optional<Error> backupProblem_;
 };
 
 } // namespace quobrix

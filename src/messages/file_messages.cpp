@@ -25,6 +25,8 @@ MessageId messageOf(ErrorKind kind) {
         return MessageId::FileDiskFull;
     case ErrorKind::Unsupported:
         return MessageId::FileUnsupported;
+    case ErrorKind::Cancelled:
+        return MessageId::FileCancelled;
     case ErrorKind::Io:
         break;
     }
@@ -32,7 +34,7 @@ MessageId messageOf(ErrorKind kind) {
 }
 
 std::string_view wordOf(FileAction action) {
-    constexpr std::string_view kWords[] = {"opened", "saved", "deleted"};
+    constexpr std::string_view kWords[] = {"opened", "saved", "deleted", "compacted"};
     return kWords[static_cast<std::size_t>(action)];
 }
 

@@ -6,7 +6,7 @@
 namespace quobrix {
 
 /// What is being done to a file, as the messages word it.
-enum class FileAction { Open, Save, Delete };
+enum class FileAction { Open, Save, Delete, Compact };
 
 /// The message for ERROR, met by ACTION on the file called NAME (as the user knows it).
 Message fileMessage(const Error& error, FileAction action, std::string_view name);

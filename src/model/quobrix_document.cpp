@@ -77,7 +77,7 @@ const TypeRegistry& modelTypes() {
     return registry;
 }
 
-TQuobrixDocument::TQuobrixDocument() : TDocument(modelTypes()) {
+TQuobrixDocument::TQuobrixDocument(FileSystem& files) : TDocument(modelTypes(), files) {
     edits_.addListener(*this);
     newDocument();
 }
@@ -85,22 +85,31 @@ TQuobrixDocument::TQuobrixDocument() : TDocument(modelTypes()) {
 TQuobrixDocument::~TQuobrixDocument() { edits_.removeListener(*this); }
 
 void TQuobrixDocument::bind() {
-    drivers_ = rootTable<DriverNamesTable>(store());
-    vehicles_ = rootTable<TVehicleNamesTable>(store());
-    loggers_ = rootTable<TQuobrixNamesTable>(store());
-    trips_ = rootTable<TTripLogTable>(store());
-    troubles_ = rootTable<TTroubleLogTable>(store());
-    activity_ = rootTable<TSecurityLogTable>(store());
-    dataChanged_ = false;
-    edits_.clear();
-    for (const Table* root :
-         std::initializer_list<const Table*>{drivers_, vehicles_, loggers_, trips_, troubles_, activity_})
+    auto* drivers = rootTable<DriverNamesTable>(store());
+    auto* vehicles = rootTable<TVehicleNamesTable>(store());
+    auto* loggers = rootTable<TQuobrixNamesTable>(store());
+    auto* trips = rootTable<TTripLogTable>(store());
+    auto* troubles = rootTable<TTroubleLogTable>(store());
+    auto* activity = rootTable<TSecurityLogTable>(store());
+    for (const Table* root : std::initializer_list<const Table*>{drivers, vehicles, loggers, trips, troubles, activity})
         if (!root->store()) // a stand-in
             setReadOnly({ErrorKind::Corrupt, std::string(logOfClass(root->type().name)) + " cannot be read"});
     const auto& damage = store().damage();
     const auto ofIndex = std::find_if(damage.begin(), damage.end(), [](auto& d) { return d.id == kNoObject; });
     if (ofIndex != damage.end()) // it may have turned up only while a root was sought
         setReadOnly({ErrorKind::Corrupt, ofIndex->what});
+    drivers_ = drivers;
+    vehicles_ = vehicles;
+    loggers_ = loggers;
+    trips_ = trips;
+    troubles_ = troubles;
+    activity_ = activity;
+    dataChanged_ = false;
+    edits_.clear();
+}
+
+bool TQuobrixDocument::keepsBackup(const std::filesystem::path& file) const {
+    return !isExampleName(file.filename().string());
 }
 
 std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : path().filename().string(); }

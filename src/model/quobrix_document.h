@@ -27,7 +27,7 @@ inline constexpr const PersistentType* kRootTables[] = {
 /// The document of this program: the object store with its six root tables bound after every open and new.
 class TQuobrixDocument final : public TDocument, private TableEditsListener {
 public:
-    TQuobrixDocument();
+    explicit TQuobrixDocument(FileSystem& files = FileSystem::system());
     ~TQuobrixDocument() override;
 
     // The root tables. They change with every newDocument() and open(). A damaged one reads as empty, and the document
@@ -58,6 +58,7 @@ public:
 
 protected:
     void bind() override;
+    bool keepsBackup(const std::filesystem::path& file) const override;
 
 private:
     void tableChanged(const TableChange&) override { setDataChanged(); }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace quobrix {
@@ -46,6 +47,15 @@ struct FileIdentity {
     std::uint64_t index = 0;
     bool operator==(const FileIdentity&) const = default;
 };
-Result<FileIdentity> fileIdentity(const std::filesystem::path& path);
+
+/// What the system knows of a file.
+struct FileStatus {
+    FileIdentity identity;
+    std::uint64_t size = 0;    ///< bytes
+    std::int64_t modified = 0; ///< the last write: nanoseconds since 1970 UTC, as exact as the system keeps it
+    std::optional<std::int64_t> created; ///< likewise, where the file system knows it
+    bool operator==(const FileStatus&) const = default;
+};
+Result<FileStatus> fileStatus(const std::filesystem::path& path);
 
 } // namespace quobrix

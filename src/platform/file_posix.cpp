@@ -153,6 +153,8 @@ FileIdentity identityOf(const struct stat& status) {
     return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
 }
 
+std::int64_t nanoseconds(const timespec& time) { return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec; }
+
 } // namespace
 
 Error lastSystemError(std::string_view action, const std::filesystem::path& subject) {
@@ -193,11 +195,23 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
     return Error{ErrorKind::InUse, pathText(path) + " is being replaced by another program"};
 }
 
-Result<FileIdentity> fileIdentity(const std::filesystem::path& path) {
+Result<FileStatus> fileStatus(const std::filesystem::path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0)
         return lastSystemError("examine", path);
-    return identityOf(status);
+    FileStatus result{identityOf(status), static_cast<std::uint64_t>(status.st_size), {}, {}};
+#if defined(__APPLE__)
+    result.modified = nanoseconds(status.st_mtimespec);
+    result.created = nanoseconds(status.st_birthtimespec);
+#else
+    result.modified = nanoseconds(status.st_mtim);
+#endif
+#if defined(STATX_BTIME)
+    struct statx birth {};
+    if (::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &birth) == 0 && (birth.stx_mask & STATX_BTIME))
+        result.created = nanoseconds(timespec{birth.stx_btime.tv_sec, birth.stx_btime.tv_nsec});
+#endif
+    return result;
 }
 
 } // namespace quobrix

@@ -2,20 +2,54 @@
 
 #include "platform/system_error.h"
 
-#include <cstdio>
 #include <random>
+#include <string>
+#include <string_view>
 
 namespace quobrix {
 
 namespace {
 
+constexpr std::string_view kTemporaryPrefix = ".quobrix-", kTemporarySuffix = ".tmp", kHexDigits = "0123456789abcdef";
+constexpr std::size_t kTemporaryDigits = 16;
+
 /// A name that no other file of the folder has (probably; creation is exclusive), which listings hide.
 std::string temporaryName() {
     std::random_device random;
-    char name[32];
-    std::snprintf(name, sizeof name, ".quobrix-%08x%08x.tmp", random(), random());
-    return name;
+    std::string name(kTemporaryPrefix);
+    for (std::size_t i = 0; i < kTemporaryDigits; ++i)
+        name += kHexDigits[random() % kHexDigits.size()];
+    return name.append(kTemporarySuffix);
 }
+
+bool isTemporaryName(std::string_view name) {
+    return name.size() == kTemporaryPrefix.size() + kTemporaryDigits + kTemporarySuffix.size() &&
+           name.starts_with(kTemporaryPrefix) && name.ends_with(kTemporarySuffix) &&
+           name.substr(kTemporaryPrefix.size(), kTemporaryDigits).find_first_not_of(kHexDigits) == name.npos;
+}
+
+class SystemFiles final : public FileSystem {
+    Result<std::unique_ptr<File>> open(const std::filesystem::path& path, FileMode mode) override {
+        return openFile(path, mode);
+    }
+    Result<FileStatus> status(const std::filesystem::path& path) override { return fileStatus(path); }
+    std::uint64_t freeSpace(const std::filesystem::path& folder) override {
+        std::error_code ignored;
+        return std::filesystem::space(folder.empty() ? "." : folder, ignored).available; // all ones after an error
+    }
+    Result<void> adoptPermissions(const std::filesystem::path& temporary, const std::filesystem::path& like) override {
+        return quobrix::adoptPermissions(temporary, like);
+    }
+    Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        return quobrix::renameOver(from, to);
+    }
+    Result<void> flushFolder(const std::filesystem::path& folder) override { return quobrix::flushFolder(folder); }
+    void remove(const std::filesystem::path& path) override {
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    }
+    void removeAbandoned(const std::filesystem::path& folder) override { quobrix::removeAbandoned(folder); }
+};
 
 Error fromStandard(const std::error_code& code, const std::filesystem::path& path) {
     ErrorKind kind = ErrorKind::Io;
@@ -47,42 +81,61 @@ Result<std::filesystem::path> resolveLinks(const std::filesystem::path& path) {
     return Error{ErrorKind::Io, pathText(path) + ": too many symbolic links"};
 }
 
-Result<ReplacementFile> ReplacementFile::create(const std::filesystem::path& target) {
+FileSystem& FileSystem::system() {
+    static SystemFiles files;
+    return files;
+}
+
+Result<ReplacementFile> ReplacementFile::create(const std::filesystem::path& target, const std::filesystem::path& like,
+                                                FileSystem& files) {
     auto resolved = resolveLinks(target);
     if (!resolved)
         return resolved.error();
     std::error_code ignored;
     if (std::filesystem::is_directory(*resolved, ignored))
         return Error{ErrorKind::IsDirectory, pathText(*resolved) + " is a folder"};
-    const std::filesystem::path temporary = resolved->parent_path() / temporaryName();
-    auto file = openFile(temporary, FileMode::Create);
+    // Another program may take the new file for an abandoned one and lock it before this one does.
+    constexpr int kAttempts = 4;
+    std::filesystem::path temporary;
+    Result<std::unique_ptr<File>> file = Error{};
+    for (int attempt = 0; attempt < kAttempts && (attempt == 0 || file.error().kind == ErrorKind::InUse); ++attempt) {
+        temporary = resolved->parent_path() / temporaryName();
+        file = files.open(temporary, FileMode::Create);
+        if (file)
+            break;
+    }
     if (!file)
         return file.error();
-    return ReplacementFile(*std::move(resolved), temporary, *std::move(file));
+    ReplacementFile replacement(files, *std::move(resolved), temporary, *std::move(file));
+    QUOBRIX_TRY(files.adoptPermissions(temporary, like.empty() ? replacement.target_ : like));
+    return replacement;
 }
 
 ReplacementFile::ReplacementFile(ReplacementFile&& other) noexcept
-    : target_(std::move(other.target_)), temporary_(std::exchange(other.temporary_, {})),
+    : files_(other.files_), target_(std::move(other.target_)), temporary_(std::exchange(other.temporary_, {})),
       file_(std::move(other.file_)) {}
 
 ReplacementFile::~ReplacementFile() {
     if (temporary_.empty())
         return;
     file_.reset();
-    std::error_code ignored;
-    std::filesystem::remove(temporary_, ignored);
+    files_->remove(temporary_);
 }
 
 Result<void> ReplacementFile::commit() {
-    QUOBRIX_TRY(adoptPermissions(temporary_, target_));
     if (file_)
         QUOBRIX_TRY(file_->flush());
-    const std::filesystem::path temporary = std::exchange(temporary_, {});
-    auto renamed = renameDurably(temporary, target_);
-    std::error_code ignored;
-    if (!renamed && std::filesystem::exists(temporary, ignored))
-        temporary_ = temporary;
-    return renamed;
+    QUOBRIX_TRY(files_->renameOver(temporary_, target_));
+    temporary_.clear();
+    return files_->flushFolder(target_.parent_path());
+}
+
+void removeAbandoned(const std::filesystem::path& folder) {
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, failed), end; !failed && entry != end;
+         entry.increment(failed))
+        if (isTemporaryName(pathText(entry->path().filename())))
+            removeUnlessLocked(entry->path());
 }
 
 Result<Bytes> readFile(const std::filesystem::path& path, std::uint64_t maxSize) {

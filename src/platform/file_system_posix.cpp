@@ -5,14 +5,15 @@
 #include <cstdio>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace quobrix {
 
-Result<void> adoptPermissions(const std::filesystem::path& temporary, const std::filesystem::path& target) {
+Result<void> adoptPermissions(const std::filesystem::path& temporary, const std::filesystem::path& like) {
     struct stat status {};
-    if (::stat(target.c_str(), &status) != 0)
+    if (::stat(like.c_str(), &status) != 0)
         return {}; // a new file: what the user's mask says is right
     // The group is taken over where the user may; without it the bits for the group would open the file to another.
     const bool sameGroup = ::chown(temporary.c_str(), static_cast<uid_t>(-1), status.st_gid) == 0;
@@ -22,11 +23,14 @@ Result<void> adoptPermissions(const std::filesystem::path& temporary, const std:
     return {};
 }
 
-Result<void> renameDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
+Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         return lastSystemError("replace", to);
-    const std::filesystem::path folder = to.has_parent_path() ? to.parent_path() : std::filesystem::path(".");
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    return {};
+}
+
+Result<void> flushFolder(const std::filesystem::path& folder) {
+    const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return errno == EACCES ? Result<void>() // a folder one may write but not list cannot be flushed
                                : Result<void>(lastSystemError("flush", folder));
@@ -37,6 +41,16 @@ Result<void> renameDurably(const std::filesystem::path& from, const std::filesys
         result = lastSystemError("flush", folder);
     ::close(descriptor);
     return result;
+}
+
+void removeUnlessLocked(const std::filesystem::path& path) {
+    const int descriptor = ::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    struct stat status {};
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && ::flock(descriptor, LOCK_EX | LOCK_NB) == 0)
+        ::unlink(path.c_str());
+    ::close(descriptor);
 }
 
 Result<void> hideFile(const std::filesystem::path&) { return {}; }

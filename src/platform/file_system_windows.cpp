@@ -34,22 +34,31 @@ bool renameOverOpenFile(const std::filesystem::path& from, const std::filesystem
 
 } // namespace
 
-Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path& target) {
-    // The new file inherits its access list from the folder; only the read-only mark would stand in the way.
-    const DWORD attributes = GetFileAttributesW(target.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
-        !SetFileAttributesW(target.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
-        return lastSystemError("clear the read-only mark of", target);
-    return {};
-}
+// The new file inherits its access list from the folder.
+Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path&) { return {}; }
 
-Result<void> renameDurably(const std::filesystem::path& from, const std::filesystem::path& to) {
+Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
+    const DWORD attributes = GetFileAttributesW(to.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
+        !SetFileAttributesW(to.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
+        return lastSystemError("clear the read-only mark of", to);
     if (renameOverOpenFile(from, to))
         return {};
     if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
         return lastSystemError("replace", to);
     return {};
 }
+
+void removeUnlessLocked(const std::filesystem::path& path) {
+    // Sharing with nobody: not to be had while another has it open. Closing removes it.
+    const HANDLE handle = CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (handle != INVALID_HANDLE_VALUE)
+        CloseHandle(handle);
+}
+
+// Renaming there is written through, or a part of the volume's journal.
+Result<void> flushFolder(const std::filesystem::path&) { return {}; }
 
 Result<void> hideFile(const std::filesystem::path& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());

@@ -42,6 +42,14 @@ OVERLAPPED at(std::uint64_t offset) {
     return position;
 }
 
+std::uint64_t joined(DWORD high, DWORD low) { return (static_cast<std::uint64_t>(high) << 32) | low; }
+
+/// A FILETIME counts tenths of microseconds since 1601.
+std::int64_t nanoseconds(const FILETIME& time) {
+    constexpr std::int64_t kFrom1601To1970 = 116'444'736'000'000'000;
+    return (static_cast<std::int64_t>(joined(time.dwHighDateTime, time.dwLowDateTime)) - kFrom1601To1970) * 100;
+}
+
 constexpr std::size_t kLargestTransfer = 1u << 30; // a DWORD counts the bytes of one call
 
 class WindowsFile final : public File {
@@ -133,7 +141,7 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
     return std::unique_ptr<File>(std::move(file));
 }
 
-Result<FileIdentity> fileIdentity(const std::filesystem::path& path) {
+Result<FileStatus> fileStatus(const std::filesystem::path& path) {
     const HANDLE handle = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
@@ -144,8 +152,10 @@ Result<FileIdentity> fileIdentity(const std::filesystem::path& path) {
     CloseHandle(handle);
     if (!known)
         return error;
-    return FileIdentity{information.dwVolumeSerialNumber,
-                        (static_cast<std::uint64_t>(information.nFileIndexHigh) << 32) | information.nFileIndexLow};
+    return FileStatus{{information.dwVolumeSerialNumber, joined(information.nFileIndexHigh, information.nFileIndexLow)},
+                      joined(information.nFileSizeHigh, information.nFileSizeLow),
+                      nanoseconds(information.ftLastWriteTime),
+                      nanoseconds(information.ftCreationTime)};
 }
 
 } // namespace quobrix

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -45,8 +46,16 @@ protected:
                 recent_,
                 prompter,
                 chooser_,
-                [](const std::function<Result<void>()>& work) { return work(); },
-                {[this] { log_ += "replacing "; }, [this] { log_ += "replaced "; }, [] {}}};
+                [](const DiskWork& work) {
+                    DiskProgress progress;
+                    return work(progress);
+                },
+                {[this] {
+                     log_ += "replacing ";
+                     if (onReplacing_)
+                         onReplacing_();
+                 },
+                 [this] { log_ += "replaced "; }, [] {}}};
     }
     void addTrip() {
         test::addTrip(document_, 1'700'000'000);
@@ -58,6 +67,13 @@ protected:
         EXPECT_TRUE(document_.saveAs(folder_ / name));
         document_.newDocument();
         return folder_ / name;
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (const auto& entry : fs::directory_iterator(folder_))
+            found.push_back(entry.path().filename().string());
+        std::ranges::sort(found);
+        return found;
     }
     static std::string bytes(const fs::path& path) {
         std::ifstream in(path, std::ios::binary);
@@ -73,6 +89,7 @@ protected:
     TQuobrixDocument document_;
     ScriptedChooser chooser_;
     std::string log_;
+    std::function<void()> onReplacing_;
 };
 
 TEST_F(DocumentFilesTest, ANewDocumentAsksOnlyIfDataWasAdded) {
@@ -168,18 +185,132 @@ TEST_F(DocumentFilesTest, OpeningTheOpenFileUnderAnotherNameChangesNothing) {
     EXPECT_EQ(log_, "");
 }
 
-TEST_F(DocumentFilesTest, AFileThatWasReplacedMeanwhileIsNotLostSilently) {
+TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOverwritten) {
     const fs::path path = savedFile("a.car");
-    ScriptedPrompter prompter{{MessageId::FileChanged}, {MessageId::ReadOnlyDocument, Answer::Yes}};
+    fs::rename(path, folder_ / "theirs.car");
+    struct Case {
+        std::string choice; ///< none: cancelled
+        bool closed;
+        std::size_t trips; ///< in a.car then; they have one, the document two
+        std::vector<std::string> files;
+    };
+    for (const Case& c : {Case{"", false, 1, {"a.car", "theirs.car"}},
+                          Case{"Save &As...", true, 1, {"a (2).car", "a.car", "theirs.car"}},
+                          Case{"&Reload", true, 1, {"a.car", "theirs.car"}},
+                          Case{"&Overwrite", true, 2, {"a.car", "a.car.bak", "theirs.car"}}}) {
+        SCOPED_TRACE(c.choice);
+        fs::copy_file(folder_ / "theirs.car", path, fs::copy_options::overwrite_existing);
+        ScriptedPrompter prompter = c.choice.empty() ? ScriptedPrompter({{MessageId::FileChangedOnDisk, std::nullopt}})
+                                                     : ScriptedPrompter({{MessageId::FileChangedOnDisk}}, {c.choice});
+        DocumentFiles flows = files(prompter);
+        ASSERT_TRUE(flows.open(path));
+        test::addTrip(document_, 1'700'009'000);
+        document_.setDataChanged();
+        fs::remove(path);
+        fs::copy_file(folder_ / "theirs.car", path);
+        chooser_.next = folder_ / "a (2).car";
+        chooser_.lastSuggested.reset();
+        log_.clear();
+        EXPECT_EQ(flows.close(), c.closed);
+        EXPECT_EQ(chooser_.lastSuggested.has_value(), c.choice == "Save &As...");
+        EXPECT_EQ(chooser_.lastSuggested.value_or(folder_ / "a (2).car"), folder_ / "a (2).car");
+        EXPECT_EQ(log_, c.choice == "&Reload" ? "replacing replaced " : "");
+        TQuobrixDocument there;
+        ASSERT_TRUE(there.open(path, TDocument::Access::Read));
+        EXPECT_EQ(there.trips().rowCount(), c.trips);
+        EXPECT_EQ(names(), c.files);
+        document_.newDocument();
+        fs::remove(folder_ / "a (2).car");
+    }
+}
+
+TEST_F(DocumentFilesTest, AFileThatIsGoneIsSavedAgainOrElsewhere) {
+    for (const char* const choice : {"&Save Again", "Save &As..."}) {
+        document_.newDocument();
+        fs::remove_all(folder_ / "sub");
+        fs::create_directory(folder_ / "sub");
+        const fs::path path = savedFile("sub/a.car");
+        ScriptedPrompter prompter({{MessageId::FileGoneFromDisk}}, {choice});
+        DocumentFiles flows = files(prompter);
+        ASSERT_TRUE(flows.open(path));
+        fs::remove(path);
+        chooser_.next = folder_ / "sub" / "b.car";
+        EXPECT_TRUE(flows.save()); // though nothing was changed
+        EXPECT_EQ(document_.path().filename(), choice == std::string_view("&Save Again") ? "a.car" : "b.car");
+        EXPECT_TRUE(fs::exists(document_.path()));
+    }
+}
+
+TEST_F(DocumentFilesTest, WithoutABackupTheUserDecides) {
+    const fs::path path = savedFile("a.car");
+    fs::create_directory(folder_ / "a.car.bak");
+    const std::string before = bytes(path);
+    ScriptedPrompter prompter{{MessageId::NoBackup, Answer::No}, {MessageId::NoBackup, Answer::Yes}};
     DocumentFiles flows = files(prompter);
     ASSERT_TRUE(flows.open(path));
     addTrip();
-    fs::remove(path);
-    std::ofstream(path) << "another program's";
-    chooser_.next = folder_ / "rescued.car";
+    EXPECT_FALSE(flows.close());
+    EXPECT_EQ(bytes(path), before);
     EXPECT_TRUE(flows.close());
-    EXPECT_EQ(bytes(path), "another program's");
-    EXPECT_TRUE(fs::exists(folder_ / "rescued.car"));
+    EXPECT_FALSE(document_.modified());
+    EXPECT_TRUE(prompter.shown.front().starts_with("a.car.bak cannot be saved because it is a folder."));
+}
+
+TEST_F(DocumentFilesTest, NothingIsSavedUnderTheNameOfTheExample) {
+    addTrip();
+    ScriptedPrompter prompter{{MessageId::ExampleIsNotSaved}};
+    chooser_.next = folder_ / "example.car";
+    EXPECT_FALSE(files(prompter).save());
+    EXPECT_EQ(names(), std::vector<std::string>{});
+}
+
+TEST_F(DocumentFilesTest, PagesComeBackEvenIfOpeningThrows) {
+    const fs::path path = savedFile("a.car");
+    ScriptedPrompter silent;
+    DocumentFiles flows = files(silent);
+    addTrip();
+    ASSERT_TRUE(document_.saveAs(folder_ / "b.car"));
+    onReplacing_ = [] { throw std::runtime_error("out of memory"); };
+    EXPECT_THROW(flows.open(path), std::runtime_error);
+    EXPECT_EQ(log_, "replacing replaced ");
+    EXPECT_EQ(document_.title(), "b.car");
+}
+
+TEST_F(DocumentFilesTest, CompactionIsOfferedOnceForAFileThatIsMostlyUnused) {
+    for (int i = 0; i < 100; ++i)
+        test::addTrip(document_, 1'700'000'000 + 3600 * i);
+    const fs::path path = folder_ / "a.car";
+    ASSERT_TRUE(document_.saveAs(path));
+    ScriptedPrompter prompter({{MessageId::CompactionOffered, std::nullopt}, {MessageId::CompactionOffered}},
+                              {"&Compact Now"});
+    {
+        DocumentFiles flows = files(prompter);
+        ASSERT_TRUE(flows.open(path));
+        document_.trips().removeRows(0, 90);
+        ASSERT_TRUE(flows.save()); // declined
+        document_.trips().removeRows(0, 1);
+        ASSERT_TRUE(flows.save());
+        document_.newDocument();
+    }
+    const std::uintmax_t before = fs::file_size(path);
+    DocumentFiles nextRun = files(prompter);
+    ASSERT_TRUE(nextRun.open(path));
+    EXPECT_LT(fs::file_size(path), before / 2);
+    EXPECT_EQ(document_.trips().rowCount(), 9u);
+}
+
+TEST_F(DocumentFilesTest, CompactionIsNotOfferedToThoseWhoDoNotWantIt) {
+    for (int i = 0; i < 100; ++i)
+        test::addTrip(document_, 1'700'000'000 + 3600 * i);
+    ScriptedPrompter prompter({{MessageId::CompactionOffered}}, {"&Don't Ask Again"});
+    for (const char* const name : {"a.car", "b.car"}) {
+        ASSERT_TRUE(document_.saveAs(folder_ / name));
+        DocumentFiles flows = files(prompter);
+        document_.trips().removeRows(0, document_.trips().rowCount() - 1);
+        ASSERT_TRUE(flows.save());
+        for (int i = 0; i < 100; ++i)
+            test::addTrip(document_, 1'700'000'000 + 3600 * i);
+    }
 }
 
 TEST_F(DocumentFilesTest, RecentFilesAreNineTheNewestInFrontAndEachOnce) {

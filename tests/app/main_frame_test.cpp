@@ -237,10 +237,12 @@ TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { ++timeouts; });
     timer.start(10);
-    const Result<void> result = runWhilePainting([]() -> Result<void> {
-        std::this_thread::sleep_for(std::chrono::milliseconds(400));
-        return Error{ErrorKind::DiskFull, "detail"};
-    });
+    const Result<void> result = runWhilePainting(
+        [](DiskProgress&) -> Result<void> {
+            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+            return Error{ErrorKind::DiskFull, "detail"};
+        },
+        nullptr);
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error().kind, ErrorKind::DiskFull);
     EXPECT_GT(timeouts, 3);

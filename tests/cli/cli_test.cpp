@@ -172,6 +172,8 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
         {{"download", "--port", "COM3", "--into", "Folder.car"}, 1, "it is a folder"},
         {{"download", "--port", "COM3", "--into", "Nowhere/New.car"}, 1, "folder does not exist"},
         {{"download", "--port", "COM3", "--into", "Example.car"}, 1, "takes no downloads"},
+        {{"compact", "Missing.car"}, 1, "it does not exist"},
+        {{"compact", "Garbage.car"}, 1, "not a Quobrix data file"},
     };
     for (const Case& c : cases) {
         const Outcome outcome = cli(c.arguments);
@@ -243,6 +245,37 @@ TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {
     EXPECT_EQ(cli({"check", "--repair", "New.car", "--into", "Again.car"}).exitCode, 0); // nothing more is lost
     EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}).exitCode, 3);
     EXPECT_EQ(contentOf(file_), before);
+}
+
+TEST_F(CommandLine, CompactRemovesUnusedSpaceAndNothingElse) {
+    makeDocument();
+    {
+        TQuobrixDocument document;
+        ASSERT_TRUE(document.open(file_, TDocument::Access::Edit));
+        for (int i = 0; i < 60; ++i)
+            addTrip(document, kStart + 9000 * i);
+        ASSERT_TRUE(document.save());
+        document.trips().removeRows(2, 60);
+        ASSERT_TRUE(document.save());
+    }
+    const Streams streams = streamsOf(file_);
+    const auto before = fs::file_size(file_);
+    const Outcome outcome = cli({"compact", "Test.car"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_LT(fs::file_size(file_), before / 2);
+    EXPECT_EQ(outcome.out, "Test.car: " + std::to_string(before) + " bytes before, " +
+                               std::to_string(fs::file_size(file_)) + " bytes now\n");
+    EXPECT_TRUE(streamsOf(file_) == streams);
+
+    TQuobrixDocument running;
+    ASSERT_TRUE(running.open(file_, TDocument::Access::Edit));
+    const Outcome refused = cli({"compact", "Test.car"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.error.find("Test.car cannot be compacted because another program is using it"), std::string::npos)
+        << refused.error;
+    running.newDocument();
+    tamper(file_, [](CompoundFile& file) { file.write("Object Ids", {1}); });
+    EXPECT_NE(cli({"compact", "Test.car"}).error.find("because it is damaged"), std::string::npos);
 }
 
 TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {

@@ -11,7 +11,9 @@ namespace quobrix::test {
 /// A disk that remembers what is durable and what is only on its way, and fails when told to.
 class FaultDisk {
 public:
-    explicit FaultDisk(unsigned seed) : random_(seed) {}
+    /// CONTENT is there, durably.
+    explicit FaultDisk(unsigned seed, const Bytes& content = {})
+        : random_(seed), current_(content), durable_(content) {}
 
     /// What a file over this disk reads back, whether durable or not.
     const Bytes& current() const { return current_; }

@@ -38,6 +38,11 @@ public:
         EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::YesNoCancel);
         return show(question);
     }
+    /// Takes the script's next choice, as choose() does.
+    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<std::string>& actions) override {
+        EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::Actions);
+        return show(question) ? choose({}, actions, 0) : std::nullopt;
+    }
     void tell(const Message& statement) override {
         EXPECT_EQ(messageSpec(statement.id).buttons, MessageButtons::Ok);
         show(statement);

@@ -105,10 +105,15 @@ TEST_F(Exchange, SavedAgainItIsTheSameInEveryStream) {
     EXPECT_TRUE(streamsOf(folder_ / "Doc.car") == before);
     ASSERT_TRUE(document.saveAs(folder_ / "Copy.car"));
     EXPECT_TRUE(streamsOf(folder_ / "Copy.car") == before);
+    // What a download without news leaves: only its time.
+    auto* const downloads = document.store().existingSingleton<TDownloadTable>();
+    ASSERT_TRUE(downloads);
+    const std::string time = std::to_string(downloads->column<TDownloadTableMostRecentDownloadColumn>().id());
     document.newDocument();
-
     EXPECT_TRUE(download("Doc.car").out.starts_with("0 new, "));
-    EXPECT_TRUE(streamsOf(folder_ / "Doc.car") == before);
+    Streams after = streamsOf(folder_ / "Doc.car");
+    after[time] = before.at(time);
+    EXPECT_TRUE(after == before);
 }
 
 } // namespace

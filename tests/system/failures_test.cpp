@@ -44,7 +44,7 @@ TEST_F(Failures, AFullDisk) {
         const auto onFullDisk = [&](const std::string& file) {
             return cliUnder("/bin/sh", {"-c", "trap '' XFSZ; ulimit -f \"$0\"; exec \"$@\"", limit}, into(file));
         };
-        expectOneLine(onFullDisk("Doc.car"), "Doc.car cannot be saved because the disk is full");
+        expectOneLine(onFullDisk("Doc.car"), "cannot be saved because the disk is full");
         // What was written behind the old content belongs to nothing, and is where the next save begins.
         EXPECT_TRUE(contentOf(folder_ / "Doc.car").starts_with(before));
         EXPECT_TRUE(streamsOf(folder_ / "Doc.car") == streams);

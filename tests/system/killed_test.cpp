@@ -1,7 +1,9 @@
-/// A download that is killed at any moment leaves the old document or the new one.
+/// A program that is killed at any moment leaves the old document or the new one, and the old backup or the new one.
+#include "support/sample_trip.h"
 #include "system/programs.h"
 
 #include <chrono>
+#include <cstdio>
 #include <random>
 
 namespace quobrix {
@@ -18,6 +20,7 @@ protected:
     void SetUp() override {
         if (!fs::exists("/usr/bin/timeout"))
             GTEST_SKIP() << "timeout is not installed";
+        attachHistory("COM2", "K-0041-B", 10);
         attachHistory("COM3", "K-0042-B", 60);
         attachHistory("COM4", "K-0043-B", 300);
     }
@@ -28,23 +31,28 @@ protected:
         return outcome.out;
     }
 
-    /// The download of the large history into FILE, killed after DELAY.
-    void downloadKilled(const std::string& file, Seconds delay) {
-        cliUnder("/usr/bin/timeout", {"--foreground", "--signal=KILL", std::to_string(delay.count())},
-                 {"download", "--port", "COM4", "--into", file});
+    /// The command, killed after DELAY.
+    void runKilled(Seconds delay, const Arguments& arguments) {
+        cliUnder("/usr/bin/timeout", {"--foreground", "--signal=KILL", std::to_string(delay.count())}, arguments);
     }
+    /// Adds the large history to FILE.
+    static Arguments downloadInto(const std::string& file) { return {"download", "--port", "COM4", "--into", file}; }
 
-    /// A moment around that at which downloads end. Where it lies is learned from what the earlier moments met, so that
-    /// the kills crowd where the saving happens, however fast the machine is.
+    /// A moment around that at which the command ends. Where it lies is learned from what the earlier moments met, so
+    /// that the kills crowd where the saving happens, however fast the machine is.
     Seconds nextMoment() { return typical_ * std::uniform_real_distribution(0.5, 1.2)(random_); }
     void learn(bool finished) { typical_ *= finished ? 0.9 : 1.1; }
 
-    /// The download into FILE, left alone.
-    void timedDownload(const std::string& file) {
+    /// The command, left alone.
+    void runTimed(const Arguments& arguments) {
         const auto begin = std::chrono::steady_clock::now();
-        const Outcome outcome = download(file, "COM4");
+        const Outcome outcome = cli(arguments);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
         typical_ = std::chrono::steady_clock::now() - begin;
+    }
+    void report(const char* what, int count) {
+        RecordProperty(what, count);
+        std::printf("[  COUNTED ] %s: %d of %d\n", what, count, kRounds);
     }
 
     /// What killed runs left beside the documents must not be in the way of the next one.
@@ -55,46 +63,94 @@ protected:
         EXPECT_TRUE(cli({"check", file}).out.starts_with(file + " is sound"));
     }
 
-    Seconds typical_{}; ///< duration of a download
+    Seconds typical_{}; ///< duration of the command
     std::mt19937 random_{1};
 };
 
 TEST_F(Killed, WhileItSavesToAnExistingDocument) {
+    ASSERT_EQ(download("Older.car", "COM2").exitCode, 0);
+    fs::copy_file(folder_ / "Older.car", folder_ / "Old.car");
     ASSERT_EQ(download("Old.car").exitCode, 0);
     fs::copy_file(folder_ / "Old.car", folder_ / "New.car");
-    timedDownload("New.car");
-    const std::string old = list("Old.car"), fresh = list("New.car");
+    runTimed(downloadInto("New.car"));
+    const std::string older = list("Older.car"), old = list("Old.car"), fresh = list("New.car");
     ASSERT_NE(old, fresh);
 
-    int unfinished = 0, begun = 0;
+    int unfinished = 0, begun = 0, backups = 0;
     for (int round = 0; round < kRounds; ++round) {
         fs::copy_file(folder_ / "Old.car", folder_ / "Doc.car", fs::copy_options::overwrite_existing);
+        fs::copy_file(folder_ / "Older.car", folder_ / "Doc.car.bak", fs::copy_options::overwrite_existing);
+        const std::size_t before = files().size();
         const Seconds delay = nextMoment();
         SCOPED_TRACE("killed after " + std::to_string(delay.count()) + " s");
-        downloadKilled("Doc.car", delay);
+        runKilled(delay, downloadInto("Doc.car"));
         const Outcome check = cli({"check", "Doc.car"});
         ASSERT_EQ(check.exitCode, 0) << check.out << check.error;
-        const std::string found = list("Doc.car");
+        const std::string found = list("Doc.car"), backup = list("Doc.car.bak");
         ASSERT_TRUE(found == old || found == fresh);
+        ASSERT_TRUE(backup == older || (backup == old && found == fresh));
         learn(found == fresh);
         unfinished += found == old;
-        begun += found == old && fs::file_size(folder_ / "Doc.car") != fs::file_size(folder_ / "Old.car");
+        begun += found == old &&
+                 (files().size() > before || fs::file_size(folder_ / "Doc.car") != fs::file_size(folder_ / "Old.car"));
+        backups += backup == old;
     }
-    RecordProperty("unfinished", unfinished);
-    RecordProperty("unfinished with something written", begun);
+    report("saves that did not happen", unfinished);
+    report("of which something was written", begun);
+    report("backups replaced", backups);
     expectGoesOn("Doc.car", fresh);
-    EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "New.car", "Old.car"}));
+    EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Doc.car.bak", "New.car", "New.car.bak", "Old.car",
+                                                 "Old.car.bak", "Older.car"}));
+}
+
+TEST_F(Killed, WhileItCompactsADocument) {
+    {
+        TQuobrixDocument document;
+        for (int i = 0; i < 1200; ++i)
+            addTrip(document, 1'700'000'000 + 3600 * i);
+        ASSERT_TRUE(document.saveAs(folder_ / "Loose.car"));
+        document.trips().removeRows(0, 700);
+        ASSERT_TRUE(document.save());
+        document.newDocument();
+        fs::remove(folder_ / "Loose.car.bak");
+    }
+    const std::string expected = list("Loose.car");
+    const std::uintmax_t loose = fs::file_size(folder_ / "Loose.car");
+    fs::copy_file(folder_ / "Loose.car", folder_ / "Doc.car");
+    runTimed({"compact", "Doc.car"});
+    const std::uintmax_t compact = fs::file_size(folder_ / "Doc.car");
+    ASSERT_LT(compact, loose);
+    int unfinished = 0, begun = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        fs::copy_file(folder_ / "Loose.car", folder_ / "Doc.car", fs::copy_options::overwrite_existing);
+        const std::size_t before = files().size();
+        const Seconds delay = nextMoment();
+        SCOPED_TRACE("killed after " + std::to_string(delay.count()) + " s");
+        runKilled(delay, {"compact", "Doc.car"});
+        const std::uintmax_t size = fs::file_size(folder_ / "Doc.car");
+        ASSERT_TRUE(size == loose || size == compact);
+        ASSERT_EQ(cli({"check", "Doc.car"}).exitCode, 0);
+        ASSERT_TRUE(list("Doc.car") == expected);
+        learn(size == compact);
+        unfinished += size == loose;
+        begun += size == loose && files().size() > before;
+    }
+    report("compactions that did not happen", unfinished);
+    report("of which something was written", begun);
+    EXPECT_EQ(cli({"compact", "Doc.car"}).exitCode, 0);
+    EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Loose.car"}));
+    EXPECT_TRUE(list("Doc.car") == expected);
 }
 
 TEST_F(Killed, WhileItMakesADocument) {
-    timedDownload("New.car");
+    runTimed(downloadInto("New.car"));
     const std::string fresh = list("New.car");
     int unfinished = 0;
     for (int round = 0; round < kRounds; ++round) {
         fs::remove(folder_ / "Doc.car");
         const Seconds delay = nextMoment();
         SCOPED_TRACE("killed after " + std::to_string(delay.count()) + " s");
-        downloadKilled("Doc.car", delay);
+        runKilled(delay, downloadInto("Doc.car"));
         const bool finished = fs::exists(folder_ / "Doc.car");
         learn(finished);
         unfinished += !finished;
@@ -103,7 +159,7 @@ TEST_F(Killed, WhileItMakesADocument) {
         ASSERT_EQ(cli({"check", "Doc.car"}).exitCode, 0);
         ASSERT_TRUE(list("Doc.car") == fresh);
     }
-    RecordProperty("unfinished", unfinished);
+    report("documents that were not made", unfinished);
     expectGoesOn("Doc.car", fresh);
 }
 

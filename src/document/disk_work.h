@@ -1,0 +1,57 @@
+#pragma once
+
+#include "base/result.h"
+#include "platform/file.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+
+namespace quobrix {
+
+/// What the thread that works and the one that paints tell each other.
+struct DiskProgress {
+    /// Bytes written, and about how many there will be. Work of which the latter is 0 cannot be cancelled.
+    std::atomic<std::uint64_t> done = 0, total = 0;
+    std::atomic<bool> cancelled = false;
+    /// What is being done ("Compacting the file"), a literal.
+    std::atomic<const char*> what = "Saving";
+};
+
+/// The part of a save that waits for the disk. It touches no object of the document.
+using DiskWork = std::function<Result<void>(DiskProgress&)>;
+/// Runs it. The window does so on another thread and paints meanwhile.
+using DiskRunner = std::function<Result<void>(const DiskWork&)>;
+
+/// A copy that is being written to FILE: counted, and given up with Cancelled as soon as that is wanted.
+class ProgressFile final : public File {
+public:
+    ProgressFile(File& file, DiskProgress& progress, const char* what, std::uint64_t total)
+        : file_(file), progress_(progress) {
+        progress_.what = what;
+        progress_.done = 0;
+        progress_.total = total;
+    }
+    ~ProgressFile() override { progress_.total = 0; }
+    ProgressFile(const ProgressFile&) = delete;
+    ProgressFile& operator=(const ProgressFile&) = delete;
+
+    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+        return file_.readAt(offset, out);
+    }
+    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override {
+        if (progress_.cancelled)
+            return Error{ErrorKind::Cancelled, "while writing a copy"};
+        progress_.done += bytes.size();
+        return file_.writeAt(offset, bytes);
+    }
+    Result<std::uint64_t> size() override { return file_.size(); }
+    Result<void> resize(std::uint64_t size) override { return file_.resize(size); }
+    Result<void> flush() override { return file_.flush(); }
+
+private:
+    File& file_;
+    DiskProgress& progress_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "support/fault_file.h"
+
+#include <limits>
+#include <map>
+
+namespace quobrix::test {
+
+/// A folder on a disk that loses power, fails and fills up when told to. Its files are FaultDisks; what was done to its
+/// names is durable only once the folder has been flushed.
+class FaultFolder final : public FileSystem {
+public:
+    using Image = std::map<std::filesystem::path, Bytes>;
+
+    /// IMAGE is there, durably.
+    explicit FaultFolder(unsigned seed, const Image& image = {});
+
+    /// What a power cut leaves now: of what was done to the names since the last flush any part, and of each file what
+    /// its disk leaves.
+    Image powerCut();
+    /// What there is now for those who look.
+    Image current() const;
+    /// Another program has put a new file there, durably.
+    void replace(const std::filesystem::path& path, const Bytes& content);
+
+    /// Called after each change of a file or a name.
+    std::function<void()> afterEachChange;
+    /// Fails operation number failAt (on files and on names, from 1) and failures - 1 after it.
+    std::size_t failAt = 0;
+    std::size_t failures = 1;
+    ErrorKind failWith = ErrorKind::Io;
+    std::size_t operations = 0;
+    bool failed = false; ///< any has
+    /// Bytes that all files together may have.
+    std::uint64_t capacity = std::numeric_limits<std::uint64_t>::max();
+    bool tellsFreeSpace = true;
+    std::uint64_t used() const;
+
+    Result<std::unique_ptr<File>> open(const std::filesystem::path& path, FileMode mode) override;
+    Result<FileStatus> status(const std::filesystem::path& path) override;
+    std::uint64_t freeSpace(const std::filesystem::path& folder) override;
+    Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path&) override { return {}; }
+    Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    Result<void> flushFolder(const std::filesystem::path& folder) override;
+    void remove(const std::filesystem::path& path) override;
+    void removeAbandoned(const std::filesystem::path& folder) override;
+
+private:
+    friend class FolderFile;
+    struct Inode {
+        std::uint64_t number;
+        FaultDisk disk;
+        std::int64_t modified = 0;
+        bool locked = false;
+    };
+    using Names = std::map<std::filesystem::path, std::shared_ptr<Inode>>;
+    /// Names that one call changed: each leads to a file or to none.
+    using Change = std::vector<std::pair<std::filesystem::path, std::shared_ptr<Inode>>>;
+
+    bool fails();
+    std::shared_ptr<Inode> make(const Bytes& content);
+    void change(Change names);
+    void changed();
+    static void apply(const Change& change, Names& names);
+
+    std::mt19937 random_;
+    unsigned seed_;
+    std::uint64_t inodes_ = 0;
+    std::int64_t clock_ = 0;
+    Names names_, durable_;
+    std::vector<Change> onTheWay_;
+};
+
+} // namespace quobrix::test
