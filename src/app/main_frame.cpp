@@ -3,6 +3,7 @@
 #include "app/about_box.h"
 #include "app/disk_work.h"
 #include "app/miscellaneous_dialog.h"
+#include "app/properties_dialog.h"
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
@@ -92,6 +93,7 @@ void TQuobrixFrame::addHandlers() {
     commands_->handle(CommandId::Open, [this] { files_.chooseAndOpen(); });
     commands_->handle(CommandId::Save, [this] { files_.save(); });
     commands_->handle(CommandId::SaveAs, [this] { files_.saveAs(); });
+    commands_->handle(CommandId::Properties, [this] { showProperties(); });
     commands_->handle(CommandId::Exit, [this] { close(); });
     commands_->handle(CommandId::Miscellaneous,
                       [this] { MiscellaneousDialog(context_.settings, reminders_, this).exec(); });
@@ -178,6 +180,13 @@ void TQuobrixFrame::showDiagnosticsMenu(bool shown) {
     menuBar()->findChild<QMenu*>(QStringLiteral("DiagnosticsMenu"))->menuAction()->setVisible(shown);
     if (shown != (context_.settings.getInteger("Diagnostics", "Menu", 0) != 0))
         context_.settings.setInteger("Diagnostics", "Menu", shown ? 1 : 0);
+}
+
+void TQuobrixFrame::showProperties() {
+    const auto compact = [this] {
+        commands_->guard(*commands_->action(CommandId::Properties), [this] { files_.compact(); });
+    };
+    PropertiesDialog(context_, compact, this).exec();
 }
 
 void TQuobrixFrame::showAboutBox() {

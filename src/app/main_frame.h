@@ -54,6 +54,7 @@ private:
     void updateRecentFiles();
     void updateTitle();
     void showDiagnosticsMenu(bool shown);
+    void showProperties();
     void showAboutBox();
     Result<void> runDisk(const DiskWork& work);
     void restoreWindow();

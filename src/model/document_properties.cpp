@@ -1,0 +1,96 @@
+#include "model/document_properties.h"
+
+#include "platform/system_error.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace quobrix {
+namespace {
+
+std::string integerText(const TextContext& context, std::size_t value) {
+    ValueText buffer;
+    return std::string(
+        formatInteger(context.units.locale().numbers, static_cast<std::int64_t>(value), std::span<char>(buffer)));
+}
+
+std::string bytesText(const TextContext& context, std::uint64_t bytes) {
+    return context.units.formatValueWithUnits(UnitTypeId::ByteCount, static_cast<double>(bytes));
+}
+
+/// TIME: nanoseconds since 1970 UTC.
+std::string timeText(const TextContext& context, std::int64_t time) {
+    const std::int64_t seconds = std::clamp<std::int64_t>(
+        time / 1'000'000'000, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max());
+    return dateTimeText(context.units, context.zone.toLocal(static_cast<std::int32_t>(seconds)));
+}
+
+/// What of the file is free, in whole percent that are never 0 or 100 by rounding alone.
+std::string freeText(const TextContext& context, const CompoundFile::Space& space) {
+    if (space.freeBytes == 0 || space.fileBytes == 0)
+        return bytesText(context, 0);
+    const double share = 100.0 * static_cast<double>(space.freeBytes) / static_cast<double>(space.fileBytes);
+    return fmt::format("{} ({} %)", bytesText(context, space.freeBytes),
+                       static_cast<int>(std::clamp(std::round(share), 1.0, 99.0)));
+}
+
+std::string reasonText(const Error& reason) {
+    switch (reason.kind) {
+    case ErrorKind::AccessDenied:
+        return "You do not have permission to write to this file.";
+    case ErrorKind::InUse:
+        return "Another program is using this file.";
+    case ErrorKind::Corrupt:
+        return fmt::format("A part of this file is damaged ({}).", reason.detail);
+    default:
+        return "This file was opened for reading only.";
+    }
+}
+
+} // namespace
+
+std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, const TextContext& context) {
+    std::vector<DocumentProperty> result;
+    const auto add = [&](std::string_view key, std::string_view label, std::string value) {
+        result.push_back({key, label, std::move(value)});
+    };
+    const auto addRecords = [&](std::string_view key, const Table* table, const PersistentType& type) {
+        add(key, logOfClass(type.name), integerText(context, table ? table->rowCount() : 0));
+    };
+    add("Path", "File", document.hasFile() ? pathText(document.path()) : "Not saved yet");
+    if (document.hasFile()) {
+        const Result<FileStatus> status = fileStatus(document.path());
+        add("Size", "Size", status ? bytesText(context, status->size) : "The file is not there any more");
+        add("FreeSpace", "Unused Space", freeText(context, document.space()));
+        if (status && status->created)
+            add("Created", "Created", timeText(context, *status->created));
+        if (status)
+            add("Modified", "Modified", timeText(context, status->modified));
+        const Result<FileStatus> backup = fileStatus(TDocument::backupPath(document.path()));
+        add("Backup", "Last Backup", backup ? timeText(context, backup->modified) : "None");
+    }
+    addRecords("Trips", &document.trips(), TTripLogTable::kType);
+    addRecords("Troubles", &document.troubles(), TTroubleLogTable::kType);
+    addRecords("Activity", &document.activity(), TSecurityLogTable::kType);
+    addRecords("Accidents", document.accidents(), TAccidentLogTable::kType);
+    addRecords("Vehicles", &document.vehicles(), TVehicleNamesTable::kType);
+    addRecords("Loggers", &document.loggers(), TQuobrixNamesTable::kType);
+    addRecords("Drivers", &document.drivers(), DriverNamesTable::kType);
+    add("Objects", "Objects", integerText(context, document.store().objectCount()));
+    std::uint8_t schema = 0;
+    for (const PersistentType* type : document.store().types().all())
+        schema = std::max(schema, type->schema);
+    add("Format", "Format",
+        fmt::format("{} (object store {}, schema {})", document.format(), document.store().version(), schema));
+    if (document.readOnlyReason())
+        add("ReadOnly", "Read-Only", reasonText(*document.readOnlyReason()));
+    return result;
+}
+
+} // namespace quobrix
