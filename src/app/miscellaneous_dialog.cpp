@@ -34,7 +34,7 @@ MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminder
         field->setObjectName(toQt(reminder.key));
         form->addRow(toQt(reminder.label) + QLatin1Char(':'), field);
     }
-    auto* all = new QPushButton(QStringLiteral("Remind me of e&verything again"));
+    auto* all = new QPushButton(QStringLiteral("Remind me of everything &again"));
     all->setObjectName(QStringLiteral("RemindAll"));
     all->setAutoDefault(false);
     connect(all, &QPushButton::clicked, this, [often] {
