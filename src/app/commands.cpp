@@ -31,7 +31,8 @@ QString unavailablePrompt(const MenuRow& row) {
 
 } // namespace
 
-Commands::Commands(Report report, QObject* parent) : QObject(parent), report_(std::move(report)) {
+Commands::Commands(MayRun mayRun, Report report, QObject* parent)
+    : QObject(parent), mayRun_(std::move(mayRun)), report_(std::move(report)) {
     for (const MenuRow& row : menuRows())
         if (!row.name.empty())
             addEntry(row);
@@ -80,6 +81,8 @@ void Commands::refresh() {
 void Commands::trigger(CommandId id) { action(id)->trigger(); }
 
 void Commands::guard(const QAction& action, const Run& work) {
+    if (!mayRun_())
+        return;
     const QAction* outer = std::exchange(running_, &action);
     try {
         if (work)

@@ -24,10 +24,12 @@ public:
     using Run = std::function<void()>;
     /// Whether a command can run now.
     using Available = std::function<bool()>;
+    /// Asked before any work begins; false: not now, and the user has been told why.
+    using MayRun = std::function<bool()>;
     /// Tells the user that the command ACTION failed, and why.
     using Report = std::function<void(const QAction& action, const std::string& reason)>;
 
-    Commands(Report report, QObject* parent);
+    Commands(MayRun mayRun, Report report, QObject* parent);
 
     /// Makes RUN the work of the command ID, which is enabled when AVAILABLE (if given) says so.
     void handle(CommandId id, Run run, Available available = {});
@@ -56,6 +58,7 @@ private:
     void addEntry(const MenuRow& row);
     void refresh(Entry& entry);
 
+    MayRun mayRun_;
     Report report_;
     std::map<CommandId, Entry> entries_;
     QMenu* recentFilesMenu_ = nullptr;

@@ -53,15 +53,21 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                       pages_->restore();
                   },
               .saved = [this] { documentChanged(); }}),
-      commands_(new Commands(
-          [this](const QAction& action, const std::string& reason) {
-              prompter_.tell(makeMessage(MessageId::UnexpectedFailure, action.iconText().toStdString(), reason));
-          },
-          this)),
+      commands_(new Commands([this] { return pages_->finishEdits(); },
+                             [this](const QAction& action, const std::string& reason) {
+                                 prompter_.tell(makeMessage(MessageId::UnexpectedFailure,
+                                                            action.iconText().toStdString(), reason));
+                             },
+                             this)),
       pages_(new PageArea), portStatus_(new QLabel) {
     setObjectName(QStringLiteral("TQuobrixFrame"));
     setCentralWidget(pages_);
     setAcceptDrops(true);
+
+    windows_.unitSystems = [this] { commands_->trigger(CommandId::Units); };
+    context_.prompter = &prompter_;
+    context_.windows = &windows_;
+    context_.document.edits().addListener(*this);
 
     commands_->fill(*menuBar());
     addRecentFileActions();
@@ -86,7 +92,10 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     restoreWindow();
 }
 
-TQuobrixFrame::~TQuobrixFrame() { pages_->discard(); } // while the actions and the document are still there
+TQuobrixFrame::~TQuobrixFrame() {
+    context_.document.edits().removeListener(*this);
+    pages_->discard(); // while the actions and the document are still there
+}
 
 void TQuobrixFrame::addHandlers() {
     commands_->handle(CommandId::New, [this] { files_.newFile(); });
@@ -159,6 +168,12 @@ void TQuobrixFrame::documentChanged() {
     updateRecentFiles();
     commands_->refresh();
     pages_->refresh();
+}
+
+void TQuobrixFrame::historyChanged() {
+    updateTitle();
+    if (Page* home = pages_->page(kHomePage)) // lists follow edits by themselves
+        home->refresh();
 }
 
 void TQuobrixFrame::setPortStatus(const QString& text) { portStatus_->setText(text); }

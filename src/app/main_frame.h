@@ -18,7 +18,7 @@ inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
 inline constexpr int kTripLogPage = static_cast<int>(CommandId::TripLog);
 
 /// The main window: menu bar, pages, and a status bar with the prompts and the state of the port.
-class TQuobrixFrame : public QMainWindow {
+class TQuobrixFrame : public QMainWindow, private TableEditsListener {
 public:
     /// All of CONTEXT must outlive the frame.
     explicit TQuobrixFrame(const ViewContext& context);
@@ -49,6 +49,8 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void tableChanged(const TableChange&) override {}
+    void historyChanged() override;
     void addHandlers();
     void addRecentFileActions();
     void updateRecentFiles();
@@ -63,6 +65,7 @@ private:
     ViewContext context_;
     Reminders reminders_;
     DialogPrompter prompter_;
+    SpreadsheetWindows windows_;
     DialogFileChooser chooser_;
     RecentFiles recent_;
     DocumentFiles files_;

@@ -67,6 +67,17 @@ void PageArea::unitsChanged() {
             entry.page->unitsChanged();
 }
 
+bool PageArea::finishEdits() {
+    for (auto& [id, entry] : pages_)
+        for (TSpreadsheet* spreadsheet :
+             entry.page ? entry.page->findChildren<TSpreadsheet*>() : QList<TSpreadsheet*>())
+            if (!spreadsheet->finishEdit()) {
+                show(id);
+                return false;
+            }
+    return true;
+}
+
 void PageArea::discard() {
     setUpdatesEnabled(false);
     for (auto& [id, entry] : pages_) {

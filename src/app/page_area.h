@@ -30,6 +30,8 @@ public:
     void refresh();
     /// Every page that has been made shows its values in the units that are now current.
     void unitsChanged();
+    /// Takes the values of open editors. False if one of them is refused: its page is in view then.
+    bool finishEdits();
     /// Ends all pages, because the document is about to get other content.
     void discard();
     /// Makes the page that was in view again, after discard().

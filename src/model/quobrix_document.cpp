@@ -79,6 +79,7 @@ const TypeRegistry& modelTypes() {
 
 TQuobrixDocument::TQuobrixDocument(FileSystem& files) : TDocument(modelTypes(), files) {
     edits_.addListener(*this);
+    edits_.setLock([this] { return lockedBecause(); });
     newDocument();
 }
 
@@ -113,6 +114,14 @@ bool TQuobrixDocument::keepsBackup(const std::filesystem::path& file) const {
 }
 
 std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : path().filename().string(); }
+
+std::string TQuobrixDocument::lockedBecause() const {
+    if (isExample())
+        return "The example file cannot be edited. Start a new file, or open one of your own.";
+    if (const std::optional<Error> reason = readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
+        return "This file cannot be edited because a part of it is damaged (" + reason->detail + ").";
+    return {};
+}
 
 bool TQuobrixDocument::isExample() const { return isExampleName(title()); }
 

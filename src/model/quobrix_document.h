@@ -62,6 +62,8 @@ protected:
 
 private:
     void tableChanged(const TableChange&) override { setDataChanged(); }
+    /// Edits of the example would be lost, and those of a damaged document might lose something.
+    std::string lockedBecause() const;
 
     TTripLogTable* trips_ = nullptr;
     TTroubleLogTable* troubles_ = nullptr;

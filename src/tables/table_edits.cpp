@@ -76,6 +76,8 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
+    if (std::string why = lockedBecause(); !why.empty())
+        return refused(why);
     if (std::string why = addedRows ? cannotInsert(*table, addedRows) : std::string(); !why.empty())
         return refused(why);
 
@@ -171,30 +173,31 @@ EditOutcome TableEdits::set(ObjectId id, std::vector<CellEdit> cells, const Text
     return apply(id, 0, std::move(cells), context, std::string(description));
 }
 
-EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns, RowIndex row, const TabbedText& block,
-                              const TextContext& context) {
+EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
+                              const TabbedText& block, const TextContext& context) {
     const Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    const RowIndex rows = table->rowCount();
-    const RowIndex end = row + block.rows();
-    if (block.rows() == 0 || block.columns() > columns.size() || row > rows ||
-        (end > rows && !table->spec().rows.editable))
+    const std::size_t added = block.rows() - std::min(block.rows(), rows.size());
+    const auto isThere = [&](RowIndex row) { return row < table->rowCount(); };
+    if (block.rows() == 0 || block.columns() > columns.size() || !std::ranges::all_of(rows, isThere) ||
+        (added > 0 && !table->spec().rows.editable))
         return refused(kIncompatiblePaste);
     std::vector<CellEdit> cells;
     for (std::size_t r = 0; r < block.rows(); ++r)
         for (std::size_t c = 0; c < block.columns(); ++c) {
+            const RowIndex row = r < rows.size() ? rows[r] : table->rowCount() + r - rows.size();
             const Column& column = table->column(columns[c]);
             if (!column.stored() && block.columns() > 1)
                 continue; // what follows from the other cells of its row comes of itself
             if (!column.editable())
-                return refused(kNotEditable, columns[c], row + r);
+                return refused(kNotEditable, columns[c], row);
             Parsed parsed = column.parse(block.cell(r, c), context);
             if (!parsed.ok())
-                return refused(parsed.refusal, columns[c], row + r);
-            cells.push_back({columns[c], row + r, std::move(parsed.value)});
+                return refused(parsed.refusal, columns[c], row);
+            cells.push_back({columns[c], row, std::move(parsed.value)});
         }
-    return apply(id, end > rows ? end - rows : 0, std::move(cells), context, "paste");
+    return apply(id, added, std::move(cells), context, "paste");
 }
 
 EditOutcome TableEdits::fill(ObjectId id, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
@@ -220,6 +223,8 @@ EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) 
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
+    if (std::string why = lockedBecause(); !why.empty())
+        return refused(why);
     if (std::string why = cannotInsert(*table, count); !why.empty())
         return refused(why);
     EditOutcome outcome;
@@ -236,6 +241,8 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
+    if (std::string why = lockedBecause(); !why.empty())
+        return refused(why);
     std::ranges::sort(rows);
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     if (!rows.empty() && rows.back() >= table->rowCount())

@@ -74,17 +74,21 @@ public:
     TableEdits(const TableEdits&) = delete;
     TableEdits& operator=(const TableEdits&) = delete;
 
+    /// LOCK says why nothing may be edited now; empty: it may. Every edit is refused for that reason.
+    void setLock(std::function<std::string()> lock) { lock_ = std::move(lock); }
+    std::string lockedBecause() const { return lock_ ? lock_() : std::string(); }
+
     /// Sets one cell from what was typed. The text that editText() gives for the cell changes nothing.
     EditOutcome type(ObjectId table, std::size_t column, RowIndex row, std::string_view text,
                      const TextContext& context);
     /// Sets cells to values, all or none, as one step called DESCRIPTION ("Cut").
     EditOutcome set(ObjectId table, std::vector<CellEdit> cells, const TextContext& context,
                     std::string_view description);
-    /// Puts a block of texts at a cell, all or none. COLUMNS are the table's columns that the block's columns go to,
-    /// from the first one on. Rows that are missing are added where the table allows that. A block of another shape is
-    /// refused with kIncompatiblePaste.
-    EditOutcome paste(ObjectId table, std::span<const std::size_t> columns, RowIndex row, const TabbedText& block,
-                      const TextContext& context);
+    /// Puts a block of texts into cells, all or none. COLUMNS and ROWS are those of the table that the block goes to,
+    /// from the first ones on; what it has more rows than these is added at the end where the table allows that. A
+    /// block of another shape is refused with kIncompatiblePaste.
+    EditOutcome paste(ObjectId table, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
+                      const TabbedText& block, const TextContext& context);
     /// Sets every given cell to what TEXT means there, all or none.
     EditOutcome fill(ObjectId table, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
                      std::string_view text, const TextContext& context);
@@ -139,6 +143,7 @@ private:
     void tell(std::span<const TableChange> changes);
 
     FindTable find_;
+    std::function<std::string()> lock_;
     std::vector<Step> steps_;
     std::size_t done_ = 0; ///< steps before it are done, those from it on undone
     std::vector<Change> open_;

@@ -17,9 +17,11 @@ struct ViewContext {
     Settings& settings;
     TUnitSystem& units;
     const TimeZone& zone;
+    Prompter* prompter = nullptr;                ///< as in SpreadsheetContext
+    const SpreadsheetWindows* windows = nullptr; ///< likewise
 
     TextContext text() const { return {units, zone}; }
-    SpreadsheetContext spreadsheet() const { return {text(), settings}; }
+    SpreadsheetContext spreadsheet() const;
 };
 
 /// A page of the main frame. Pages hold no data of their own, and end before the document gets other content.

@@ -54,6 +54,12 @@ TTripLogView::TTripLogView(const ViewContext& context)
     connect(summary_, &TSpreadsheet::currentRowChanged, this, &TTripLogView::currentTripChanged);
     connect(summary_, &TSpreadsheet::rowActivated, this, [this] { showView(View::Report); });
     connect(summary_, &TSpreadsheet::orderChanged, this, &TTripLogView::currentTripChanged);
+    // Names and comments are edited elsewhere, too.
+    connect(&summary_->model(), &QAbstractItemModel::dataChanged, this, [this] {
+        showTripName();
+        if (view() == View::Report)
+            report_->showTrip(summary_->currentRow());
+    });
     connect(tabs_, &QTabWidget::currentChanged, this, [this] {
         showCurrentTrip();
         setFocusProxy(tabs_->currentWidget());
@@ -108,9 +114,6 @@ void TTripLogView::refresh() { summary_->show(&context_.document.trips()); }
 
 void TTripLogView::unitsChanged() {
     retextTables(*this);
-    showTripName();
-    if (view() == View::Report)
-        report_->showTrip(summary_->currentRow());
     emit titleChanged();
 }
 

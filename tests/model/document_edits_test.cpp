@@ -78,7 +78,8 @@ public:
             TabbedText block(2);
             for (std::size_t i = 2 * (1 + below(3)); i > 0; --i)
                 block.add(text());
-            edits.paste(id, std::vector<std::size_t>{column, (column + 1) % table.columnCount()}, row, block, context_);
+            edits.paste(id, std::vector<std::size_t>{column, (column + 1) % table.columnCount()},
+                        std::vector<RowIndex>{row}, block, context_);
             break;
         }
         case 4:

@@ -7,11 +7,14 @@
 #include "model/quobrix_document.h"
 #include "platform/paths.h"
 #include "settings/settings.h"
+#include "tables/ui/table_spreadsheet.h"
 #include "units/time_zone.h"
 #include "views/trip_log_view.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QMainWindow>
+#include <QStatusBar>
 
 #include <cstdio>
 
@@ -44,10 +47,38 @@ public:
         static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Report);
         taken = take("trip-report", frame_) && taken;
         frame_.commands().trigger(CommandId::Units);
-        return take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && taken;
+        return take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && takeSpreadsheet() && taken;
     }
 
 private:
+    /// Vehicles with what can be wrong with them.
+    bool takeSpreadsheet() {
+        TQuobrixDocument document;
+        TVehicleNamesTable& vehicles = document.vehicles();
+        vehicles.insertRows(0, 7);
+        vehicles.column<TVehicleNamesVinColumn>().setAll({"1GTEK19T23E123456", "2HGES16575H591234", "",
+                                                          "3FAFP13P41R199387", "2hges16575h591234", "WVWZZZ1KZ6W612345",
+                                                          "JM1BK32F781140112"});
+        vehicles.column<TVehicleNamesNameColumn>().setAll(
+            {"Blue van", "Family car", "Spare key", "", "Family car", "Trailer puller", "Ann's commuter"});
+        QMainWindow window;
+        auto* spreadsheet = new TTableSpreadsheet(
+            SpreadsheetContext{{units_, zone_}, settings_, &document.edits()},
+            SpreadsheetSpec{"Vehicles", QStringLiteral("Vehicles"), {}, SpreadsheetView::Use::Cells});
+        spreadsheet->showTable(vehicles);
+        window.setCentralWidget(spreadsheet);
+        window.resize(760, 340);
+        window.statusBar();
+        window.show();
+        spreadsheet->view().setColumnWidth(0, 300);
+        spreadsheet->view().setColumnWidth(1, 280);
+        spreadsheet->view().setFocus();
+        window.activateWindow();
+        QApplication::processEvents();
+        spreadsheet->setCurrentCell(4, 0);
+        return take("spreadsheet", window);
+    }
+
     bool take(const char* name, QWidget& widget) {
         QApplication::processEvents();
         return widget.grab().save(QStringLiteral("%1/%2-%3.png").arg(folder_, QLatin1String(name), suffix_));

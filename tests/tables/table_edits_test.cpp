@@ -23,7 +23,10 @@ protected:
         return edits_.type(kNoObject, column, row, text, context_).refusal;
     }
     EditOutcome paste(std::vector<std::size_t> columns, RowIndex row, std::string_view text) {
-        return edits_.paste(kNoObject, columns, row, *TabbedText::parse(text), context_);
+        std::vector<RowIndex> rows;
+        for (; row < table_.rowCount(); ++row)
+            rows.push_back(row);
+        return edits_.paste(kNoObject, columns, rows, *TabbedText::parse(text), context_);
     }
     std::string text(std::size_t column, RowIndex row) { return table_.column(column).text(row, context_); }
 

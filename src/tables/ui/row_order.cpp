@@ -3,6 +3,7 @@
 #include "base/ui/qt_text.h"
 
 #include <QCollator>
+#include <QLocale>
 
 #include <algorithm>
 #include <cmath>
@@ -42,7 +43,8 @@ std::vector<double> textKeys(const Column& column, RowIndex rows, const TextCont
         textOfRow[row] = numbers.try_emplace(column.text(row, context), next).first->second;
     }
 
-    QCollator collator;
+    // Without a language, as in English: not by the numbers of the letters.
+    QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     struct Text {
@@ -71,10 +73,6 @@ std::vector<double> textKeys(const Column& column, RowIndex rows, const TextCont
 
 } // namespace
 
-bool sortsAsText(const Column& column) {
-    return column.kind() == ColumnKind::Text || column.kind() == ColumnKind::Selection;
-}
-
 void RowOrder::reset(RowIndex rows) {
     size_ = rows;
     rows_.clear();
@@ -83,21 +81,21 @@ void RowOrder::reset(RowIndex rows) {
 
 void RowOrder::sort(const Column& column, RowIndex rows, const TextContext& context, bool downward) {
     const RowIndex filled = std::min(rows, column.rowCount());
-    const std::vector<double> keys =
-        sortsAsText(column) ? textKeys(column, filled, context) : numberKeys(column, filled);
+    const bool asText = column.kind() == ColumnKind::Text || column.kind() == ColumnKind::Selection;
+    const std::vector<double> keys = asText ? textKeys(column, filled, context) : numberKeys(column, filled);
 
     struct Entry {
         double key;
-        std::uint32_t row;
+        RowIndex row;
     };
     std::vector<Entry> entries;
-    std::vector<std::uint32_t> blank;
+    std::vector<RowIndex> blank;
     entries.reserve(filled);
     for (RowIndex row = 0; row < rows; ++row) {
         if (row < filled && !std::isnan(keys[row]))
-            entries.push_back({downward ? -keys[row] : keys[row], static_cast<std::uint32_t>(row)});
+            entries.push_back({downward ? -keys[row] : keys[row], row});
         else
-            blank.push_back(static_cast<std::uint32_t>(row));
+            blank.push_back(row);
     }
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
 
@@ -108,13 +106,36 @@ void RowOrder::sort(const Column& column, RowIndex rows, const TextContext& cont
     rows_.insert(rows_.end(), blank.begin(), blank.end());
 }
 
+std::size_t RowOrder::insert(RowIndex at, std::size_t count) {
+    size_ += count;
+    if (rows_.empty())
+        return at;
+    const std::size_t place = rows_.size();
+    for (RowIndex& row : rows_)
+        if (row >= at)
+            row += count;
+    for (RowIndex row = at; row < at + count; ++row)
+        rows_.push_back(row);
+    places_.clear();
+    return place;
+}
+
+void RowOrder::remove(RowIndex at, std::size_t count) {
+    size_ -= count;
+    places_.clear();
+    std::erase_if(rows_, [&](RowIndex row) { return row >= at && row < at + count; });
+    for (RowIndex& row : rows_)
+        if (row >= at + count)
+            row -= count;
+}
+
 std::size_t RowOrder::placeOf(RowIndex row) const {
     if (rows_.empty())
         return row;
     if (places_.empty()) {
         places_.resize(rows_.size());
         for (std::size_t place = 0; place < rows_.size(); ++place)
-            places_[rows_[place]] = static_cast<std::uint32_t>(place);
+            places_[rows_[place]] = place;
     }
     return places_[row];
 }

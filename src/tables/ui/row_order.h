@@ -2,7 +2,7 @@
 
 #include "tables/column.h"
 
-#include <cstdint>
+#include <span>
 #include <vector>
 
 namespace quobrix {
@@ -18,17 +18,22 @@ public:
     /// equal rows keep their stored order.
     void sort(const Column& column, RowIndex rows, const TextContext& context, bool downward);
 
+    /// COUNT rows have been inserted before row AT: they are shown there in the stored order, else as the last ones.
+    /// The place of the first.
+    std::size_t insert(RowIndex at, std::size_t count);
+    /// COUNT rows from row AT on have been removed.
+    void remove(RowIndex at, std::size_t count);
+
+    /// The rows by place; empty in the stored order.
+    std::span<const RowIndex> rows() const { return rows_; }
     RowIndex rowAt(std::size_t place) const { return rows_.empty() ? place : rows_[place]; }
     std::size_t placeOf(RowIndex row) const;
     std::size_t size() const { return size_; }
 
 private:
     std::size_t size_ = 0;
-    std::vector<std::uint32_t> rows_;           ///< by place; empty: the stored order
-    mutable std::vector<std::uint32_t> places_; ///< by row; made when first asked for
+    std::vector<RowIndex> rows_;              ///< by place; empty: the stored order
+    mutable std::vector<std::size_t> places_; ///< by row; made when first asked for
 };
-
-/// Whether the cells of COLUMN are compared as they read, rather than by their base values.
-bool sortsAsText(const Column& column);
 
 } // namespace quobrix

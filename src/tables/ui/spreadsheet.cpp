@@ -1,35 +1,85 @@
 #include "tables/ui/spreadsheet.h"
 
 #include "base/ui/qt_text.h"
+#include "messages/prompter.h"
+#include "tables/ui/cell_clipboard.h"
+#include "tables/ui/cell_mark.h"
+#include "tables/ui/column_chooser.h"
+#include "tables/ui/find_bar.h"
 
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QHeaderView>
+#include <QMenu>
+#include <QMimeData>
+#include <QStatusTipEvent>
+#include <QTimer>
 #include <QVBoxLayout>
+
+#include <fmt/format.h>
+
+#include <algorithm>
 
 namespace quobrix {
 
 TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetSpec& spec, QWidget* parent)
-    : QWidget(parent), context_(context), model_(context.text),
+    : QWidget(parent), context_(context), model_(context.text, context.edits),
       view_(new SpreadsheetView(model_, spec.use, spec.emptyText, this)),
-      layout_(context.settings, spec.name, *view_, model_) {
+      findBar_(new FindBar(*view_, model_, context.text, this)), commands_(new SpreadsheetCommands(*this)),
+      layout_(context.settings, spec.name, *view_, model_), sortTimer_(new QTimer(this)) {
     setObjectName(toQt(spec.name));
     view_->setObjectName(toQt(spec.name) + QStringLiteral("Cells"));
     view_->setAccessibleName(spec.title);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(view_);
+    layout->addWidget(view_, 1);
+    layout->addWidget(findBar_);
     setFocusProxy(view_);
+    addEditCommands();
+    addSortCommands();
+    addWindowCommands();
+
+    sortTimer_->setSingleShot(true);
+    sortTimer_->setInterval(0);
+    connect(sortTimer_, &QTimer::timeout, this, [this] {
+        sortLater_ = false;
+        view_->sortAgain();
+    });
     connect(view_, &SpreadsheetView::rowActivated, this, &TSpreadsheet::rowActivated);
-    connect(view_, &SpreadsheetView::currentRowChanged, this, &TSpreadsheet::currentRowChanged);
+    connect(view_, &SpreadsheetView::currentRowChanged, this, [this] {
+        if (sortLater_)
+            sortTimer_->start();
+        emit currentRowChanged();
+    });
+    connect(view_, &SpreadsheetView::selectionAltered, commands_, &SpreadsheetCommands::refresh);
+    connect(view_, &SpreadsheetView::menuRequested, this, &TSpreadsheet::showMenu);
+    view_->horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(view_->horizontalHeader(), &QWidget::customContextMenuRequested, this, &TSpreadsheet::showHeaderMenu);
     connect(&model_, &QAbstractItemModel::layoutChanged, this, &TSpreadsheet::orderChanged);
+    connect(&model_, &QAbstractItemModel::modelReset, commands_, &SpreadsheetCommands::refresh);
+    connect(&model_, &QAbstractItemModel::modelReset, findBar_, &FindBar::cellsChanged);
+    connect(&model_, &QAbstractItemModel::dataChanged, findBar_, &FindBar::cellsChanged);
+    connect(&model_, &SpreadsheetModel::rowsEdited, this, &TSpreadsheet::rowsEdited);
+    connect(&model_, &SpreadsheetModel::othersEdited, this, [this] {
+        if (model_.sorted())
+            sortTimer_->start();
+    });
+    connect(&model_, &SpreadsheetModel::editHistoryChanged, this, &TSpreadsheet::followHistory);
+    followHistory();
 }
 
 TSpreadsheet::~TSpreadsheet() {
     layout_.remember();
-    delete view_; // while its model is there
+    delete findBar_; // while view and model are there
+    delete view_;
 }
 
 void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel::RowTitle rowTitle) {
+    if (!rowTitle && model_.shows(columns))
+        return model_.valuesChanged();
+    view_->finishEdit();
     // A reset of the model takes widths and order of the columns with it only when their number changes.
     if (layout_.restored() && columns.size() != model_.columns().size()) {
         layout_.remember();
@@ -42,17 +92,286 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
 }
 
 void TSpreadsheet::setCurrentRow(RowIndex row) {
+    // The leftmost column in view, so that the list does not scroll sideways.
+    setCurrentCell(row, std::max(0, view_->horizontalHeader()->logicalIndexAt(1)));
+}
+
+void TSpreadsheet::setCurrentCell(RowIndex row, int column) {
     if (row >= static_cast<RowIndex>(model_.rowCount()))
         return;
-    // The leftmost column in view, so that the list does not scroll sideways.
-    const int column = std::max(0, view_->horizontalHeader()->logicalIndexAt(1));
-    view_->setCurrentIndex(model_.index(model_.placeOf(row), column));
-    view_->scrollTo(view_->currentIndex());
+    view_->goTo(model_.index(model_.placeOf(row), column));
 }
 
 std::optional<RowIndex> TSpreadsheet::neighbour(RowIndex row, int step) const {
     const int place = model_.placeOf(row) + step;
     return place >= 0 && place < model_.rowCount() ? std::optional(model_.storedRow(place)) : std::nullopt;
+}
+
+const Table* TSpreadsheet::table() const {
+    return model_.columns().empty() ? nullptr : model_.columns().front().column->table();
+}
+
+void TSpreadsheet::setGoToSource(std::function<void(RowIndex, const Column&)> go) {
+    commands_->handle(SpreadsheetCommand::GoToSource, [this, work = std::move(go)] {
+        if (const QModelIndex cell = view_->currentIndex(); cell.isValid())
+            work(model_.storedRow(cell.row()), model_.column(cell.column()));
+    });
+}
+
+// What is told
+
+void TSpreadsheet::tell(MessageId id, const std::string& text) {
+    if (context_.prompter)
+        context_.prompter->tell(makeMessage(id, text));
+    else
+        view_->say(toQt(text), view_->currentIndex());
+}
+
+void TSpreadsheet::report(const EditOutcome& outcome, MessageId refusal) {
+    if (!outcome.ok())
+        return tell(refusal, outcome.refusal);
+    if (!outcome.notice.empty())
+        tell(MessageId::RowLimit, outcome.notice);
+}
+
+// Commands
+
+void TSpreadsheet::addEditCommands() {
+    using enum SpreadsheetCommand;
+    const auto editable = [this] { return model_.anyEditable() && model_.rowCount() > 0; };
+    const auto selected = [this] { return view_->selectionModel()->hasSelection(); };
+    commands_->handle(
+        Copy, [this] { copy(); }, selected);
+    commands_->handle(
+        CopyMetafile, [this] { copyPicture(true); }, selected);
+    commands_->handle(
+        CopyBitmap, [this] { copyPicture(false); }, selected);
+    commands_->handle(
+        SelectAll, [this] { view_->selectAll(); }, [this] { return model_.rowCount() > 0; });
+    commands_->handle(
+        Cut, [this] { cut(); }, editable);
+    commands_->handle(
+        Paste, [this] { paste(); }, editable);
+    commands_->handle(Delete, [this] {
+        if (finishEdit())
+            deleteSelection();
+    });
+    commands_->handle(
+        Undo, [this] { stepHistory(&TableEdits::undo); },
+        [this] { return context_.edits && context_.edits->canUndo(); });
+    commands_->handle(
+        Redo, [this] { stepHistory(&TableEdits::redo); },
+        [this] { return context_.edits && context_.edits->canRedo(); });
+    for (const SpreadsheetCommand command : {Add, Insert, InsertAfter})
+        commands_->ruleOut(command, QStringLiteral("No entries can be added to this spreadsheet."));
+    commands_->ruleOut(GoToSource, QStringLiteral("This value comes from nowhere else."));
+}
+
+void TSpreadsheet::addSortCommands() {
+    using enum SpreadsheetCommand;
+    const auto rows = [this] { return model_.rowCount() > 0; };
+    const auto column = [this] { return view_->currentIndex().column(); };
+    const auto cell = [this] { return view_->currentIndex().isValid(); };
+    commands_->handle(
+        SortUp, [this, column] { sortBy(column(), Qt::AscendingOrder); }, cell);
+    commands_->handle(
+        SortDown, [this, column] { sortBy(column(), Qt::DescendingOrder); }, cell);
+    commands_->handle(
+        StoredOrder, [this] { sortBy(-1, Qt::AscendingOrder); }, [this] { return model_.sorted(); });
+    commands_->handle(
+        Columns, [this] { chooseColumns(); }, rows);
+    commands_->handle(
+        Find, [this] { findBar_->open(); }, rows);
+    commands_->handle(
+        FindNext, [this] { findBar_->findNext(); }, rows);
+    commands_->handle(
+        FindPrevious, [this] { findBar_->findPrevious(); }, rows);
+}
+
+void TSpreadsheet::addWindowCommands() {
+    using enum SpreadsheetCommand;
+    if (!context_.windows)
+        return;
+    const SpreadsheetWindows& windows = *context_.windows;
+    const auto cell = [this] { return view_->currentIndex().isValid(); };
+    const auto column = [this]() -> const Column& { return model_.column(view_->currentIndex().column()); };
+    if (windows.requirements)
+        commands_->handle(
+            Requirements, [&windows, column] { windows.requirements(column()); }, cell);
+    if (windows.errors)
+        commands_->handle(
+            Errors,
+            [this, &windows] {
+                if (const Table* shown = table(); shown && finishEdit())
+                    windows.errors(*shown);
+            },
+            [this] { return !model_.columns().empty(); });
+    if (windows.unitSystems)
+        commands_->handle(UnitSystems, windows.unitSystems);
+    if (windows.help)
+        commands_->handle(
+            Help, [&windows, column] { windows.help(column().spec().key); }, cell);
+}
+
+void TSpreadsheet::copy() {
+    if (finishEdit())
+        copyCells(model_, selectedBlock(*view_, model_));
+}
+
+void TSpreadsheet::cut() {
+    if (!finishEdit())
+        return;
+    const CellBlock block = selectedBlock(*view_, model_);
+    copyCells(model_, block);
+    emptyCells(block, "cut", MessageId::CannotDelete);
+}
+
+void TSpreadsheet::copyPicture(bool drawing) {
+    const CellBlock block = selectedBlock(*view_, model_);
+    auto* picture = new QMimeData;
+    if (drawing)
+        picture->setData(QStringLiteral("image/svg+xml"), drawSvg(*view_, model_, block));
+    else
+        picture->setImageData(drawBitmap(*view_, model_, block));
+    QApplication::clipboard()->setMimeData(picture);
+}
+
+void TSpreadsheet::paste() {
+    if (!finishEdit())
+        return;
+    const CellBlock block = selectedBlock(*view_, model_);
+    const std::optional<TabbedText> cells = cellsOnClipboard();
+    if (block.empty() || !cells || !table())
+        return tell(MessageId::CannotPaste, std::string(kIncompatiblePaste));
+    const bool one = cells->rows() == 1 && cells->columns() == 1;
+    const auto first = static_cast<std::size_t>(block.places.front());
+    const std::size_t end = std::min(static_cast<std::size_t>(model_.rowCount()), first + cells->rows());
+    std::vector<std::size_t> columns;
+    std::vector<RowIndex> rows;
+    for (const int column : one ? block.columns : shownColumns(*view_, block.columns.front()))
+        columns.push_back(model_.tableColumn(column));
+    if (one)
+        for (const int place : block.places)
+            rows.push_back(model_.storedRow(place));
+    else
+        for (std::size_t place = first; place < end; ++place)
+            rows.push_back(model_.storedRow(static_cast<int>(place)));
+
+    const ObjectId id = table()->id();
+    EditOutcome outcome = one ? context_.edits->fill(id, columns, rows, cells->cell(0, 0), context_.text)
+                              : context_.edits->paste(id, columns, rows, *cells, context_.text);
+    if (outcome.row != Finding::kNoRow) { // one cell of the clipboard does not fit: which, and why
+        const std::string heading = plainHeading(table()->column(outcome.column).spec());
+        outcome.refusal =
+            fmt::format("{}\n\nRow {}, {}: {}", kIncompatiblePaste, outcome.row + 1, heading, outcome.refusal);
+    }
+    report(outcome, MessageId::CannotPaste);
+}
+
+void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view description, MessageId refusal) {
+    if (!table() || !context_.edits)
+        return;
+    if (block.empty())
+        return tell(refusal, cannotDelete(*table(), {}));
+    std::vector<std::size_t> columns;
+    std::vector<RowIndex> rows;
+    for (const int column : block.columns) {
+        if (!model_.isEditable(column))
+            return tell(refusal, cannotDelete(*table(), {.otherCells = true, .onReadOnlyCell = true}));
+        columns.push_back(model_.tableColumn(column));
+    }
+    for (const int place : block.places)
+        rows.push_back(model_.storedRow(place));
+    std::vector<CellEdit> cells;
+    for (const RowIndex row : rows)
+        for (const std::size_t column : columns)
+            cells.push_back({column, row, {}});
+    report(context_.edits->set(table()->id(), std::move(cells), context_.text, description), refusal);
+}
+
+void TSpreadsheet::deleteSelection() { emptyCells(selectedBlock(*view_, model_), "delete", MessageId::CannotDelete); }
+
+void TSpreadsheet::stepHistory(void (TableEdits::*step)()) {
+    if (!finishEdit())
+        return;
+    lastEdited_.reset();
+    (context_.edits->*step)();
+    if (lastEdited_ && *lastEdited_ < static_cast<RowIndex>(model_.rowCount()))
+        setCurrentCell(*lastEdited_, std::max(0, view_->currentIndex().column()));
+}
+
+void TSpreadsheet::followHistory() {
+    commands_->refresh();
+    if (!context_.edits)
+        return;
+    const auto tip = [this](SpreadsheetCommand command, const char* word, std::string_view what) {
+        if (!what.empty())
+            commands_->action(command).setStatusTip(QStringLiteral("%1 %2.").arg(QLatin1String(word), toQt(what)));
+    };
+    tip(SpreadsheetCommand::Undo, "Takes back", context_.edits->undoDescription());
+    tip(SpreadsheetCommand::Redo, "Makes again", context_.edits->redoDescription());
+}
+
+// Order
+
+void TSpreadsheet::sortBy(int column, Qt::SortOrder order) {
+    if (finishEdit())
+        view_->sortByColumn(column, order);
+}
+
+void TSpreadsheet::rowsEdited(RowIndex row, std::size_t rows) {
+    lastEdited_ = row;
+    if (!model_.sorted())
+        return;
+    // A row must not run away while a person is in it: it is put in order when they leave it.
+    const auto current = currentRow();
+    if (current && *current >= row && *current < row + rows && isAncestorOf(QApplication::focusWidget()))
+        sortLater_ = true;
+    else
+        sortTimer_->start();
+}
+
+void TSpreadsheet::chooseColumns() {
+    if (finishEdit())
+        ColumnChooser(*view_, model_, this).exec();
+}
+
+// Menus
+
+void TSpreadsheet::showMenu(const QPoint& position) {
+    commands_->refresh();
+    QMenu* menu = commands_->makeMenu(*this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const QModelIndex cell = view_->currentIndex();
+    if (const auto finding = cell.isValid() ? model_.mark(cell.row(), cell.column()) : std::nullopt) {
+        const int size = fontMetrics().height();
+        auto* why = new QAction(QIcon(markPixmap(finding->severity, size, devicePixelRatioF())),
+                                toQt(finding->text).simplified().replace(QLatin1Char('&'), QLatin1String("&&")), menu);
+        why->setObjectName(QStringLiteral("SpreadsheetFinding"));
+        connect(why, &QAction::triggered, &commands_->action(SpreadsheetCommand::Requirements), &QAction::trigger);
+        menu->insertAction(menu->actions().constFirst(), why);
+        menu->insertSeparator(menu->actions().at(1));
+    }
+    menu->popup(position);
+}
+
+void TSpreadsheet::showHeaderMenu(const QPoint& position) {
+    QHeaderView& header = *view_->horizontalHeader();
+    const int column = header.logicalIndexAt(position);
+    if (column < 0 || !finishEdit())
+        return;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setObjectName(QStringLiteral("SpreadsheetHeaderMenu"));
+    menu->addAction(QStringLiteral("Sort &Up"), this, [this, column] { sortBy(column, Qt::AscendingOrder); });
+    menu->addAction(QStringLiteral("Sort &Down"), this, [this, column] { sortBy(column, Qt::DescendingOrder); });
+    menu->addAction(&commands_->action(SpreadsheetCommand::StoredOrder));
+    menu->addSeparator();
+    menu->addAction(QStringLiteral("&Fit Width"), this, [this, column] { view_->resizeColumnToContents(column); });
+    menu->addAction(QStringLiteral("&Hide"), this, [&header, column] { header.hideSection(column); })
+        ->setEnabled(header.count() - header.hiddenSectionCount() > 1);
+    menu->addAction(&commands_->action(SpreadsheetCommand::Columns));
+    menu->popup(header.viewport()->mapToGlobal(position));
 }
 
 } // namespace quobrix

@@ -1,22 +1,41 @@
 #pragma once
 
+#include "messages/message.h"
+#include "tables/ui/spreadsheet_commands.h"
 #include "tables/ui/spreadsheet_layout.h"
 #include "tables/ui/spreadsheet_model.h"
 #include "tables/ui/spreadsheet_view.h"
 
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 #include <string>
 
+class QTimer;
+
 namespace quobrix {
 
+class FindBar;
+struct CellBlock;
+class Prompter;
 class Settings;
 
-/// What every spreadsheet shows and remembers through; all of it outlives the spreadsheet.
+/// The windows that the commands of a spreadsheet open. Those that are missing are not available yet.
+struct SpreadsheetWindows {
+    std::function<void(const Column&)> requirements;
+    std::function<void(const Table&)> errors;
+    std::function<void()> unitSystems;
+    std::function<void(std::string_view topic)> help; ///< the key of a column
+};
+
+/// What every spreadsheet shows, edits and remembers through; all of it outlives the spreadsheet.
 struct SpreadsheetContext {
     TextContext text;
     Settings& settings;
+    TableEdits* edits = nullptr;                 ///< none: nothing can be edited
+    Prompter* prompter = nullptr;                ///< none: what is refused is said beside the cell
+    const SpreadsheetWindows* windows = nullptr; ///< none: they are not available
 };
 
 /// What tells one spreadsheet from another.
@@ -28,7 +47,8 @@ struct SpreadsheetSpec {
 };
 
 /// A table on the screen: sorted by a click on a heading, its columns moved, sized and chosen by their headings, all of
-/// it remembered.
+/// it remembered; its cells found, copied and edited. Edits go through TableEdits, so that every other window follows
+/// them and any of them can take them back.
 class TSpreadsheet : public QWidget {
     Q_OBJECT
 public:
@@ -38,6 +58,7 @@ public:
     SpreadsheetModel& model() { return model_; }
     const SpreadsheetModel& model() const { return model_; }
     SpreadsheetView& view() { return *view_; }
+    SpreadsheetCommands& commands() { return *commands_; }
 
     /// Shows COLUMNS as SpreadsheetModel does; the headings keep what the user made of them. There is no current row
     /// then. Rows with titles show them at their left.
@@ -45,8 +66,15 @@ public:
     /// The stored row that is current; nothing if there is none.
     std::optional<RowIndex> currentRow() const { return view_->currentRow(); }
     void setCurrentRow(RowIndex row);
+    /// Makes a cell current and brings it into view; the column is one of those shown.
+    void setCurrentCell(RowIndex row, int column);
     /// The row shown STEP rows below (above, if negative) ROW; nothing if there is none.
     std::optional<RowIndex> neighbour(RowIndex row, int step) const;
+
+    /// Takes the value of an open editor. False if it is refused: the editor is still there, with the reason.
+    bool finishEdit() { return view_->finishEdit(); }
+    /// Makes GO the work of "Go To Source", for the current cell.
+    void setGoToSource(std::function<void(RowIndex row, const Column& column)> go);
 
 signals:
     void rowActivated(quobrix::RowIndex row);
@@ -54,11 +82,42 @@ signals:
     /// The rows are shown in another order.
     void orderChanged();
 
+protected:
+    const SpreadsheetContext& context() const { return context_; }
+    /// Deletes what is selected: empties cells. Spreadsheets whose rows come and go delete these.
+    virtual void deleteSelection();
+    /// Tells how an edit ended, if there is anything to tell.
+    void report(const EditOutcome& outcome, MessageId refusal);
+    void tell(MessageId id, const std::string& text);
+    /// The table of the rows; nothing while nothing is shown.
+    const Table* table() const;
+    void emptyCells(const CellBlock& block, std::string_view description, MessageId refusal);
+
 private:
+    void addEditCommands();
+    void addSortCommands();
+    void addWindowCommands();
+    void copy();
+    void cut();
+    void paste();
+    void copyPicture(bool drawing);
+    void stepHistory(void (TableEdits::*step)());
+    void sortBy(int column, Qt::SortOrder order);
+    void chooseColumns();
+    void showMenu(const QPoint& position);
+    void showHeaderMenu(const QPoint& position);
+    void rowsEdited(RowIndex row, std::size_t rows);
+    void followHistory();
+
     SpreadsheetContext context_;
     SpreadsheetModel model_;
     SpreadsheetView* view_;
+    FindBar* findBar_;
+    SpreadsheetCommands* commands_;
     SpreadsheetLayout layout_;
+    QTimer* sortTimer_;
+    bool sortLater_ = false; ///< rows are out of order, but the person is still in one of them
+    std::optional<RowIndex> lastEdited_;
 };
 
 } // namespace quobrix

@@ -3,27 +3,70 @@
 #include "base/ui/qt_text.h"
 #include "units/unit_system.h"
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
+
+// Rows that lie apart as they are shown are taken out one by one, or all at once when they are many.
+constexpr std::size_t kMostSingleRemovals = 64;
 
 /// The heading in its one or two lines, without its mnemonic mark.
 QString headingLines(const ColumnSpec& spec) { return toQt(spec.heading).remove(QLatin1Char('&')).trimmed(); }
 
+ObjectId tableId(const Column& column) { return column.table() ? column.table()->id() : kNoObject; }
+
 } // namespace
 
-SpreadsheetModel::SpreadsheetModel(const TextContext& context, QObject* parent)
-    : QAbstractTableModel(parent), context_(context) {}
+SpreadsheetModel::SpreadsheetModel(const TextContext& context, TableEdits* edits, QObject* parent)
+    : QAbstractTableModel(parent), context_(context), edits_(edits) {
+    if (edits_)
+        edits_->addListener(*this);
+}
+
+SpreadsheetModel::~SpreadsheetModel() {
+    if (edits_)
+        edits_->removeListener(*this);
+}
 
 void SpreadsheetModel::setColumns(std::vector<ShownColumn> columns, RowTitle rowTitle) {
     beginResetModel();
     columns_ = std::move(columns);
     specs_.clear();
-    for (const ShownColumn& shown : columns_)
-        specs_.push_back(&shown.column->spec());
+    sources_.clear();
+    checkers_.clear();
+    for (const ShownColumn& shown : columns_) {
+        const Column& column = *shown.column;
+        specs_.push_back(&column.spec());
+        Source source;
+        source.table = tableId(column);
+        if (const Table* table = column.table()) {
+            source.column = table->indexOf(column.spec().key);
+            if (edits_ && column.editable())
+                source.checker = &checkers_.try_emplace(table, *table).first->second;
+        }
+        sources_.push_back(source);
+    }
     rowTitle_ = std::move(rowTitle);
-    rows_ = columns_.empty() ? 0 : columns_.front().column->rowCount();
+    order_.reset(columns_.empty() ? 0 : columns_.front().column->rowCount());
     applyOrder();
     endResetModel();
+}
+
+bool SpreadsheetModel::shows(const std::vector<ShownColumn>& columns) const {
+    if (columns.empty() || columns != columns_ || columns.front().column->rowCount() != order_.size())
+        return false;
+    for (std::size_t i = 0; i < columns.size(); ++i) // where one object may have taken the place of another
+        if (&columns[i].column->spec() != specs_[i] || tableId(*columns[i].column) != sources_[i].table)
+            return false;
+    return true;
+}
+
+void SpreadsheetModel::valuesChanged() {
+    emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
+    emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    if (sorted())
+        sortAgain();
 }
 
 int SpreadsheetModel::indexOf(std::string_view key) const {
@@ -52,6 +95,17 @@ QString SpreadsheetModel::text(int place, int column) const {
     return toQt(shown.column->text(row, context_));
 }
 
+QString SpreadsheetModel::exactText(int place, int column) const {
+    if (!isEditable(column) || !hasCell(place, column))
+        return text(place, column);
+    const Column& source = this->column(column);
+    const RowIndex row = storedRow(place);
+    QString result = toQt(source.editText(row, context_));
+    if (source.kind() == ColumnKind::Real && !result.isEmpty())
+        result += toQt(context_.units.unitLabel(spec(column).unit));
+    return result;
+}
+
 QString SpreadsheetModel::unitOf(int column) const {
     return columns_[static_cast<std::size_t>(column)].unitInHeading ? toQt(context_.units.unitName(spec(column).unit))
                                                                     : QString();
@@ -69,25 +123,92 @@ bool SpreadsheetModel::isFigure(int column) const {
     return kind == ColumnKind::Integer || kind == ColumnKind::Real;
 }
 
+bool SpreadsheetModel::isCheckBox(int column) const {
+    return this->column(column).kind() == ColumnKind::Boolean && isEditable(column);
+}
+
+bool SpreadsheetModel::isChecked(int place, int column) const {
+    return hasCell(place, column) && this->column(column).value(storedRow(place)) == Value(true);
+}
+
+QString SpreadsheetModel::lockedBecause(int place, int column) const {
+    if (std::string reason = edits_->lockedBecause(); !reason.empty())
+        return toQt(reason);
+    return hasCell(place, column) ? toQt(this->column(column).lock(storedRow(place))) : QString();
+}
+
+QString SpreadsheetModel::editHint(int column) const {
+    switch (this->column(column).kind()) {
+    case ColumnKind::Real:
+        return toQt(context_.units.unitName(spec(column).unit));
+    case ColumnKind::DateTime:
+        return toQt(context_.units.unitName(UnitTypeId::Date));
+    default:
+        return {};
+    }
+}
+
+std::optional<Finding> SpreadsheetModel::mark(int place, int column) const {
+    const Source& source = sources_[static_cast<std::size_t>(column)];
+    if (!source.checker || !hasCell(place, column))
+        return {};
+    std::vector<Finding> findings = source.checker->cell(source.column, storedRow(place), context_);
+    return findings.empty() ? std::nullopt : std::optional(std::move(findings.front()));
+}
+
+EditOutcome SpreadsheetModel::type(int place, int column, const QString& text) {
+    const Source& source = sources_[static_cast<std::size_t>(column)];
+    return edits_->type(source.table, source.column, storedRow(place), text.toStdString(), context_);
+}
+
 int SpreadsheetModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(rows_);
+    return parent.isValid() ? 0 : static_cast<int>(order_.size());
 }
 
 int SpreadsheetModel::columnCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(columns_.size());
 }
 
+Qt::ItemFlags SpreadsheetModel::flags(const QModelIndex& cell) const {
+    Qt::ItemFlags flags = QAbstractTableModel::flags(cell) | Qt::ItemNeverHasChildren;
+    if (!cell.isValid() || !isEditable(cell.column()))
+        return flags;
+    return flags | (isCheckBox(cell.column()) ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);
+}
+
 QVariant SpreadsheetModel::data(const QModelIndex& cell, int role) const {
     if (!cell.isValid())
         return {};
+    const int place = cell.row();
+    const int column = cell.column();
     switch (role) {
     case Qt::DisplayRole:
-        return text(cell.row(), cell.column());
+        return text(place, column);
+    case Qt::EditRole:
+        return hasCell(place, column) ? toQt(this->column(column).editText(storedRow(place), context_)) : QString();
+    case Qt::CheckStateRole:
+        if (!isCheckBox(column) || !hasCell(place, column))
+            return {};
+        return isChecked(place, column) ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:
+        if (const auto finding = mark(place, column))
+            return toQt(finding->text);
+        return toQt(spec(column).tooltip);
     case Qt::StatusTipRole:
-        return toQt(spec(cell.column()).tooltip);
+        if (const auto finding = mark(place, column))
+            return toQt(finding->text).simplified() + QLatin1Char(' ') + toQt(cellMarkText(finding->severity));
+        return toQt(spec(column).tooltip);
+    case Qt::AccessibleTextRole: {
+        const QString read = text(place, column);
+        return read.isEmpty() && isEditable(column) ? QLatin1String(kEmptyCell) : read;
+    }
+    case Qt::AccessibleDescriptionRole: {
+        const auto finding = mark(place, column);
+        const QString wrong = finding ? toQt(finding->text) : QString();
+        return QStringLiteral("%1 %2").arg(plainHeading(column), wrong).trimmed();
+    }
     case Qt::TextAlignmentRole:
-        return QVariant::fromValue((isFigure(cell.column()) ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+        return QVariant::fromValue((isFigure(column) ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     default:
         return {};
     }
@@ -146,9 +267,64 @@ void SpreadsheetModel::sortAgain() {
 
 void SpreadsheetModel::applyOrder() {
     if (sortColumn_ >= 0 && sortColumn_ < columnCount())
-        order_.sort(column(sortColumn_), rows_, context_, sortDownward_);
+        order_.sort(column(sortColumn_), order_.size(), context_, sortDownward_);
     else
-        order_.reset(rows_);
+        order_.reset(order_.size());
+}
+
+void SpreadsheetModel::tableChanged(const TableChange& change) {
+    if (columns_.empty())
+        return;
+    const bool own = change.table == sources_.front().table;
+    if (own && change.kind == TableChange::Kind::RowsInserted)
+        return insertPlaces(change);
+    if (own && change.kind == TableChange::Kind::RowsRemoved)
+        return removePlaces(change);
+    // Computed columns change with others of their row, and names with the tables that they come from.
+    const bool oneRow = own && change.rows == 1;
+    const int first = oneRow ? placeOf(change.row) : 0;
+    const int last = oneRow ? first : rowCount() - 1;
+    if (last < first)
+        return;
+    emit dataChanged(index(first, 0), index(last, columnCount() - 1));
+    if (own)
+        emit rowsEdited(change.row, change.rows);
+    else
+        emit othersEdited();
+}
+
+void SpreadsheetModel::insertPlaces(const TableChange& change) {
+    const bool storedOrder = order_.rows().empty();
+    const auto first = static_cast<int>(storedOrder ? change.row : order_.size());
+    beginInsertRows({}, first, first + static_cast<int>(change.rows) - 1);
+    order_.insert(change.row, change.rows);
+    endInsertRows();
+    emit rowsEdited(change.row, change.rows);
+}
+
+void SpreadsheetModel::removePlaces(const TableChange& change) {
+    int first = rowCount();
+    int last = -1;
+    for (RowIndex row = change.row; row < change.row + change.rows; ++row) {
+        first = std::min(first, placeOf(row));
+        last = std::max(last, placeOf(row));
+    }
+    if (static_cast<std::size_t>(last - first) + 1 == change.rows) {
+        beginRemoveRows({}, first, last);
+        order_.remove(change.row, change.rows);
+        endRemoveRows();
+    } else if (change.rows <= kMostSingleRemovals) {
+        for (RowIndex row = change.row + change.rows; row-- > change.row;) {
+            const int place = placeOf(row);
+            beginRemoveRows({}, place, place);
+            order_.remove(row, 1);
+            endRemoveRows();
+        }
+    } else {
+        beginResetModel();
+        order_.remove(change.row, change.rows);
+        endResetModel();
+    }
 }
 
 } // namespace quobrix

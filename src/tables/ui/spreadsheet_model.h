@@ -1,11 +1,14 @@
 #pragma once
 
-#include "tables/column.h"
+#include "tables/check.h"
+#include "tables/table_edits.h"
 #include "tables/ui/row_order.h"
 
 #include <QAbstractTableModel>
 
 #include <functional>
+#include <map>
+#include <optional>
 #include <vector>
 
 namespace quobrix {
@@ -19,56 +22,113 @@ struct ShownColumn {
     bool operator==(const ShownColumn&) const = default;
 };
 
+/// What an empty cell reads.
+inline constexpr const char* kEmptyCell = " [ Empty ] ";
+
 /// Columns of a table as a Qt model, in an order of its own: texts are made only for the cells that are painted, and
-/// sorting moves no stored row. Header data of Qt::UserRole is the column's key.
-class SpreadsheetModel final : public QAbstractTableModel {
+/// sorting moves no stored row. It follows every edit, wherever it is made. Header data of Qt::UserRole is the column's
+/// key.
+class SpreadsheetModel final : public QAbstractTableModel, private TableEditsListener {
     Q_OBJECT
 public:
     /// The title of a stored row, for tables whose rows have one.
     using RowTitle = std::function<QString(RowIndex)>;
 
-    explicit SpreadsheetModel(const TextContext& context, QObject* parent = nullptr);
+    /// EDITS (none: no cell can be edited) must outlive the model.
+    explicit SpreadsheetModel(const TextContext& context, TableEdits* edits = nullptr, QObject* parent = nullptr);
+    ~SpreadsheetModel() override;
 
     /// Shows COLUMNS; the first one says how many rows there are. Where another column has fewer rows, its cells are
     /// empty. The columns must be there when cells are painted or sorted; headings and keys do not need them.
     void setColumns(std::vector<ShownColumn> columns, RowTitle rowTitle = {});
+    /// What is shown already, but reads otherwise, in other units for instance; with the same cells current and
+    /// selected.
+    void valuesChanged();
+    /// Whether COLUMNS are those that are shown, with as many rows.
+    bool shows(const std::vector<ShownColumn>& columns) const;
     const std::vector<ShownColumn>& columns() const { return columns_; }
     const Column& column(int column) const { return *columns_[static_cast<std::size_t>(column)].column; }
     const ColumnSpec& spec(int column) const { return *specs_[static_cast<std::size_t>(column)]; }
     /// The position of a column by key; -1 if it is not shown.
     int indexOf(std::string_view key) const;
+    /// The column's position in its table.
+    std::size_t tableColumn(int column) const { return sources_[static_cast<std::size_t>(column)].column; }
 
     /// The stored row that is shown at PLACE, and back.
     RowIndex storedRow(int place) const { return order_.rowAt(static_cast<std::size_t>(place)); }
     int placeOf(RowIndex row) const { return static_cast<int>(order_.placeOf(row)); }
+    /// The stored rows by place; empty in their stored order.
+    std::span<const RowIndex> order() const { return order_.rows(); }
+
     /// The cell as it reads; empty where there is no value.
     QString text(int place, int column) const;
+    /// The cell with all of its value, so that what is copied comes back the same; figures with their unit.
+    QString exactText(int place, int column) const;
     /// Its heading in one line, with the unit if that is not in the cells.
     QString plainHeading(int column) const;
     /// Figures stand on the right.
     bool isFigure(int column) const;
+    /// A box that is ticked or not.
+    bool isCheckBox(int column) const;
+    bool isChecked(int place, int column) const;
+    bool isEditable(int column) const { return sources_[static_cast<std::size_t>(column)].checker != nullptr; }
+    bool anyEditable() const { return !checkers_.empty(); }
+    /// Why a cell that can be edited cannot be just now; empty: it can.
+    QString lockedBecause(int place, int column) const;
+    /// What stands behind the value while it is edited: the unit, or the form of a date.
+    QString editHint(int column) const;
+    /// The worst that is wrong with the cell; nothing if it is as it should be.
+    std::optional<Finding> mark(int place, int column) const;
+
+    /// Sets a cell to what was typed.
+    EditOutcome type(int place, int column, const QString& text);
 
     /// Sorts anew by the column of the last sort(), because values have changed.
     void sortAgain();
+    bool sorted() const { return sortColumn_ >= 0; }
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
+    Qt::ItemFlags flags(const QModelIndex& cell) const override;
     QVariant data(const QModelIndex& cell, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     /// By COLUMN, or in the stored order if it is -1.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
+signals:
+    /// Values of stored rows have changed, so that the rows may not be in order any more.
+    void rowsEdited(quobrix::RowIndex row, std::size_t rows);
+    /// Values of another table have changed, which may be shown here under its names.
+    void othersEdited();
+    /// What can be undone or redone has changed.
+    void editHistoryChanged();
+
 private:
+    /// Where a column comes from.
+    struct Source {
+        ObjectId table = kNoObject;
+        std::size_t column = 0;
+        TableChecker* checker = nullptr; ///< none: not for editing
+    };
+
     bool hasCell(int place, int column) const;
     QString unitOf(int column) const;
+    QString explanation(const Finding& finding) const;
     void applyOrder();
 
+    void tableChanged(const TableChange& change) override;
+    void historyChanged() override { emit editHistoryChanged(); }
+    void insertPlaces(const TableChange& change);
+    void removePlaces(const TableChange& change);
+
     TextContext context_;
+    TableEdits* edits_;
     std::vector<ShownColumn> columns_;
     std::vector<const ColumnSpec*> specs_;
+    std::vector<Source> sources_;
+    mutable std::map<const Table*, TableChecker> checkers_;
     RowTitle rowTitle_;
     RowOrder order_;
-    RowIndex rows_ = 0;
     int sortColumn_ = -1;
     bool sortDownward_ = false;
 };

@@ -1,11 +1,19 @@
 #include "tables/ui/spreadsheet_view.h"
 
+#include "base/ui/qt_text.h"
+#include "tables/ui/cell_editor.h"
+#include "tables/ui/cell_note.h"
 #include "tables/ui/spreadsheet_delegate.h"
 #include "tables/ui/spreadsheet_model.h"
 
+#include <QApplication>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScrollBar>
+#include <QStatusTipEvent>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -15,19 +23,25 @@ namespace {
 // Rows that are measured to find a column's first width.
 constexpr int kMeasuredRows = 50;
 
+bool isEnter(const QKeyEvent& event) { return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter; }
+
 } // namespace
 
 SpreadsheetView::SpreadsheetView(SpreadsheetModel& model, Use use, QString emptyText, QWidget* parent)
-    : QTableView(parent), model_(model), use_(use), emptyText_(std::move(emptyText)) {
+    : QTableView(parent), model_(model), use_(use), emptyText_(std::move(emptyText)), note_(new CellNote(viewport())) {
     setModel(&model);
-    setItemDelegate(new SpreadsheetDelegate(model, this));
+    auto* delegate = new SpreadsheetDelegate(model, use == Use::Cells, this);
+    setItemDelegate(delegate);
+    connect(delegate, &SpreadsheetDelegate::leaveRequested, this, &SpreadsheetView::leaveEditor);
     setSelectionBehavior(use == Use::Records ? SelectRows : SelectItems);
     setSelectionMode(ExtendedSelection);
+    setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
     setAlternatingRowColors(use == Use::Records);
     setShowGrid(use == Use::Cells);
     setWordWrap(false);
-    setTabKeyNavigation(false); // Tab leaves the list, the arrow keys move in it
+    setTabKeyNavigation(false);
     setHorizontalScrollMode(ScrollPerPixel);
+    setMouseTracking(true); // for the status tips of the cells
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
@@ -38,12 +52,8 @@ SpreadsheetView::SpreadsheetView(SpreadsheetModel& model, Use use, QString empty
     header.setResizeContentsPrecision(0); // the headings' own texts only
     header.setSortIndicatorClearable(true);
     header.setSortIndicator(-1, Qt::AscendingOrder);
+    header.viewport()->installEventFilter(this);
     setSortingEnabled(true);
-
-    connect(this, &QTableView::doubleClicked, this, [this](const QModelIndex& cell) {
-        if (use_ == Use::Records)
-            emit rowActivated(model_.storedRow(cell.row()));
-    });
 }
 
 SpreadsheetView::~SpreadsheetView() { setModel(nullptr); } // which ends before this base does
@@ -51,6 +61,12 @@ SpreadsheetView::~SpreadsheetView() { setModel(nullptr); } // which ends before 
 std::optional<RowIndex> SpreadsheetView::currentRow() const {
     const QModelIndex cell = currentIndex();
     return cell.isValid() ? std::optional(model_.storedRow(cell.row())) : std::nullopt;
+}
+
+void SpreadsheetView::goTo(const QModelIndex& cell) {
+    const auto rows = use_ == Use::Records ? QItemSelectionModel::Rows : QItemSelectionModel::NoUpdate;
+    selectionModel()->setCurrentIndex(cell, QItemSelectionModel::ClearAndSelect | rows);
+    scrollTo(cell);
 }
 
 int SpreadsheetView::sizeHintForColumn(int column) const {
@@ -62,13 +78,268 @@ int SpreadsheetView::sizeHintForColumn(int column) const {
     return width;
 }
 
-void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
-    if (use_ == Use::Records && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
-        if (const auto row = currentRow())
-            emit rowActivated(*row);
-        return;
+// Editing. The base class opens and closes editors; whether a value is taken is decided here.
+
+QWidget* SpreadsheetView::editor() const { return edited_.isValid() ? indexWidget(edited_) : nullptr; }
+
+bool SpreadsheetView::edit(const QModelIndex& cell, EditTrigger trigger, QEvent* event) {
+    const bool wanted =
+        (editTriggers() & trigger) && trigger != NoEditTriggers && cell.isValid() && model_.isEditable(cell.column());
+    if (!wanted || isEditing())
+        return QTableView::edit(cell, trigger, event);
+    if (trigger == AnyKeyPressed) { // which asks for every key
+        const auto* key = dynamic_cast<const QKeyEvent*>(event);
+        const QString text = key ? key->text() : QString();
+        if (text.isEmpty() || !text.front().isPrint() || model_.isCheckBox(cell.column()))
+            return false;
     }
-    QTableView::keyPressEvent(event);
+    if (const QString reason = model_.lockedBecause(cell.row(), cell.column()); !reason.isEmpty()) {
+        say(reason, cell);
+        return true;
+    }
+    edited_ = cell;
+    accepted_ = false;
+    const bool opened = QTableView::edit(cell, trigger, event);
+    if (auto* list = qobject_cast<QComboBox*>(editor()); list && trigger != AnyKeyPressed)
+        QTimer::singleShot(0, list, &QComboBox::showPopup);
+    if (QWidget* widget = editor())
+        whenEdited(*widget, note_, [this] { note_->hide(); });
+    return opened;
+}
+
+bool SpreadsheetView::commit() {
+    QWidget* const widget = editor();
+    const QModelIndex cell = edited_;
+    if (!widget || accepted_)
+        return true;
+    const EditOutcome outcome = model_.type(cell.row(), cell.column(), editorText(*widget));
+    accepted_ = outcome.ok();
+    if (!accepted_) {
+        say(toQt(outcome.refusal), cell);
+        return false;
+    }
+    note_->hide();
+    return true;
+}
+
+void SpreadsheetView::commitData(QWidget* widget) {
+    if (widget == editor())
+        commit();
+}
+
+void SpreadsheetView::closeEditor(QWidget* widget, QAbstractItemDelegate::EndEditHint hint) {
+    const bool given = hint == QAbstractItemDelegate::RevertModelCache;
+    if (widget == editor() && !given && !accepted_)
+        return;
+    note_->hide();
+    edited_ = QPersistentModelIndex();
+    QTableView::closeEditor(widget, QAbstractItemDelegate::NoHint);
+}
+
+bool SpreadsheetView::finishEdit() {
+    QWidget* const widget = editor();
+    if (!widget)
+        return true;
+    if (!commit()) {
+        scrollTo(edited_);
+        widget->setFocus();
+        return false;
+    }
+    closeEditor(widget, QAbstractItemDelegate::NoHint);
+    return true;
+}
+
+void SpreadsheetView::leaveEditor(int rowStep, int columnStep) {
+    if (finishEdit())
+        moveBy(rowStep, columnStep);
+}
+
+void SpreadsheetView::toggle(const QModelIndex& cell) {
+    if (const QString reason = model_.lockedBecause(cell.row(), cell.column()); !reason.isEmpty())
+        return say(reason, cell);
+    const bool checked = model_.isChecked(cell.row(), cell.column());
+    const EditOutcome outcome =
+        model_.type(cell.row(), cell.column(), checked ? QStringLiteral("No") : QStringLiteral("Yes"));
+    if (!outcome.ok())
+        say(toQt(outcome.refusal), cell);
+}
+
+void SpreadsheetView::reset() {
+    edited_ = QPersistentModelIndex();
+    note_->hide();
+    QTableView::reset();
+}
+
+// What is said of cells
+
+void SpreadsheetView::say(const QString& text, const QModelIndex& cell) {
+    scrollTo(cell);
+    note_->show(text, visualRect(cell));
+    QStatusTipEvent tip(text.simplified());
+    QApplication::sendEvent(this, &tip);
+}
+
+QString SpreadsheetView::note() const { return note_->text(); }
+
+void SpreadsheetView::showStatus(const QModelIndex& cell) {
+    if (!hasFocus())
+        return;
+    QStatusTipEvent tip(model_.data(cell, Qt::StatusTipRole).toString());
+    QApplication::sendEvent(this, &tip);
+}
+
+// Moving
+
+void SpreadsheetView::sortAgain() {
+    const auto row = currentRow();
+    const int before = currentIndex().row();
+    model_.sortAgain();
+    if (row) // scrolled by rows: as many as it has moved
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + model_.placeOf(*row) - before);
+}
+
+bool SpreadsheetView::moveBy(int rowStep, int columnStep) {
+    const QHeaderView& header = *horizontalHeader();
+    int row = currentIndex().row() + rowStep;
+    int visual = header.visualIndex(currentIndex().column());
+    while (columnStep != 0) { // to the next cell for editing, over the ends of rows
+        visual += columnStep;
+        if (visual < 0 || visual >= header.count()) {
+            row += columnStep;
+            visual = columnStep > 0 ? 0 : header.count() - 1;
+            if (row < 0 || row >= model_.rowCount())
+                return false;
+        }
+        const int column = header.logicalIndex(visual);
+        if (!header.isSectionHidden(column) && model_.isEditable(column))
+            break;
+    }
+    if (row < 0 || row >= model_.rowCount())
+        return false;
+    goTo(model_.index(row, header.logicalIndex(visual)));
+    return true;
+}
+
+bool SpreadsheetView::focusNextPrevChild(bool next) {
+    if (use_ == Use::Cells && model_.anyEditable() && currentIndex().isValid() && moveBy(0, next ? 1 : -1))
+        return true;
+    return QAbstractScrollArea::focusNextPrevChild(next);
+}
+
+void SpreadsheetView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    QTableView::currentChanged(current, previous);
+    note_->hide();
+    showStatus(current);
+    emit selectionAltered();
+    if (current.row() != previous.row() || current.isValid() != previous.isValid())
+        emit currentRowChanged();
+}
+
+void SpreadsheetView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+    QTableView::selectionChanged(selected, deselected);
+    emit selectionAltered();
+}
+
+void SpreadsheetView::scrollContentsBy(int dx, int dy) {
+    QTableView::scrollContentsBy(dx, dy);
+    if (!isEditing())
+        note_->hide();
+    else if (note_->isVisible())
+        note_->show(note_->text(), visualRect(edited_));
+}
+
+// Keys and mouse
+
+void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
+    const QModelIndex cell = currentIndex();
+    const bool shift = event->modifiers().testFlag(Qt::ShiftModifier);
+    const bool control = event->modifiers().testFlag(Qt::ControlModifier);
+    if (isEnter(*event)) {
+        if (use_ == Use::Cells)
+            moveBy(shift ? -1 : 1, 0);
+        else if (const auto row = currentRow())
+            emit rowActivated(*row);
+    } else if (event->key() == Qt::Key_Space && shift && cell.isValid()) {
+        selectionModel()->select(cell, QItemSelectionModel::Rows | QItemSelectionModel::Select);
+    } else if (event->key() == Qt::Key_Space && control && cell.isValid() && use_ == Use::Cells) {
+        selectionModel()->select(cell, QItemSelectionModel::Columns | QItemSelectionModel::Select);
+    } else if (event->key() == Qt::Key_Space && cell.isValid() && model_.isCheckBox(cell.column())) {
+        toggle(cell);
+    } else if (event->key() == Qt::Key_Tab && control) {
+        QAbstractScrollArea::focusNextPrevChild(true);
+    } else if (event->key() == Qt::Key_Backtab && control) {
+        QAbstractScrollArea::focusNextPrevChild(false);
+    } else if (event->key() == Qt::Key_Backspace && cell.isValid()) {
+        if (edit(cell, EditKeyPressed, event) && isEditing())
+            clearEditor(*editor());
+    } else {
+        QTableView::keyPressEvent(event);
+    }
+}
+
+QModelIndex SpreadsheetView::checkBoxAt(const QMouseEvent& event) const {
+    const QModelIndex cell = indexAt(event.position().toPoint());
+    if (!cell.isValid() || event.button() != Qt::LeftButton || !model_.isCheckBox(cell.column()))
+        return {};
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.rect = visualRect(cell);
+    return SpreadsheetDelegate::checkBoxRect(option).contains(event.position().toPoint()) ? cell : QModelIndex();
+}
+
+void SpreadsheetView::mousePressEvent(QMouseEvent* event) {
+    if (!finishEdit())
+        return;
+    note_->hide();
+    QTableView::mousePressEvent(event);
+    pressedBox_ = checkBoxAt(*event);
+}
+
+void SpreadsheetView::mouseReleaseEvent(QMouseEvent* event) {
+    QTableView::mouseReleaseEvent(event);
+    const QPersistentModelIndex pressed = std::exchange(pressedBox_, QPersistentModelIndex());
+    if (pressed.isValid() && checkBoxAt(*event) == pressed)
+        toggle(pressed);
+}
+
+void SpreadsheetView::mouseDoubleClickEvent(QMouseEvent* event) {
+    QTableView::mouseDoubleClickEvent(event);
+    pressedBox_ = checkBoxAt(*event); // a second click on a box is another one
+    const QModelIndex cell = indexAt(event->position().toPoint());
+    if (use_ == Use::Records && cell.isValid() && !model_.isEditable(cell.column()) &&
+        event->button() == Qt::LeftButton)
+        emit rowActivated(model_.storedRow(cell.row()));
+}
+
+bool SpreadsheetView::eventFilter(QObject* object, QEvent* event) {
+    // A click on a heading sorts; with Ctrl it selects the column.
+    const bool click = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonRelease;
+    if (object == horizontalHeader()->viewport() && click) {
+        const auto& mouse = *static_cast<QMouseEvent*>(event);
+        if (!finishEdit())
+            return true;
+        if (use_ == Use::Cells && mouse.button() == Qt::LeftButton && mouse.modifiers() == Qt::ControlModifier) {
+            const int column = horizontalHeader()->logicalIndexAt(mouse.position().toPoint());
+            if (event->type() == QEvent::MouseButtonPress && column >= 0) {
+                const bool selected = selectionModel()->isColumnSelected(column);
+                selectionModel()->select(model_.index(0, column),
+                                         (selected ? QItemSelectionModel::Deselect : QItemSelectionModel::Select) |
+                                             QItemSelectionModel::Columns);
+            }
+            return true;
+        }
+    }
+    return QTableView::eventFilter(object, event);
+}
+
+void SpreadsheetView::contextMenuEvent(QContextMenuEvent* event) {
+    if (!finishEdit())
+        return;
+    // From the keyboard, the menu belongs to the current cell.
+    QPoint position = event->pos();
+    if (event->reason() == QContextMenuEvent::Keyboard && currentIndex().isValid())
+        position = visualRect(currentIndex()).center();
+    emit menuRequested(viewport()->mapToGlobal(position));
 }
 
 void SpreadsheetView::paintEvent(QPaintEvent* event) {
@@ -78,12 +349,6 @@ void SpreadsheetView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
     painter.drawText(viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
-}
-
-void SpreadsheetView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
-    QTableView::currentChanged(current, previous);
-    if (current.row() != previous.row() || current.isValid() != previous.isValid())
-        emit currentRowChanged();
 }
 
 } // namespace quobrix

@@ -8,9 +8,13 @@
 
 namespace quobrix {
 
+class CellNote;
 class SpreadsheetModel;
 
-/// The grid of a spreadsheet.
+/// The grid of a spreadsheet: selecting, moving, and editing in place.
+///
+/// An editor that holds a value that is refused stays open, with the reason beside it, until the value is one that can
+/// be taken or Escape gives it up: neither a click elsewhere nor the loss of the keyboard loses what was typed.
 class SpreadsheetView final : public QTableView {
     Q_OBJECT
 public:
@@ -24,22 +28,68 @@ public:
     SpreadsheetView(SpreadsheetModel& model, Use use, QString emptyText, QWidget* parent);
     ~SpreadsheetView() override;
 
+    Use use() const { return use_; }
     std::optional<RowIndex> currentRow() const;
+    /// Makes CELL the current one, the only one selected, and in view; whatever keys are held down.
+    void goTo(const QModelIndex& cell);
+
+    using QTableView::edit;
+    bool isEditing() const { return editor() != nullptr; }
+    /// Takes the value of an open editor and closes it. False if the value is refused: the editor stays.
+    bool finishEdit();
+    /// Says TEXT beside a cell, until something else happens.
+    void say(const QString& text, const QModelIndex& cell);
+    /// What is said beside a cell; empty when nothing is.
+    QString note() const;
+
+    /// Sorts anew, with the current row at the same height of the window.
+    void sortAgain();
 
 signals:
     void rowActivated(quobrix::RowIndex row);
     void currentRowChanged();
+    /// Another cell is current, or other ones are selected.
+    void selectionAltered();
+    void menuRequested(const QPoint& position);
+
+public slots:
+    void reset() override;
 
 protected:
     int sizeHintForColumn(int column) const override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
+    bool edit(const QModelIndex& cell, EditTrigger trigger, QEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+    bool eventFilter(QObject* object, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    bool focusNextPrevChild(bool next) override;
+
+protected slots:
+    void commitData(QWidget* editor) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
 
 private:
+    QWidget* editor() const;
+    QModelIndex checkBoxAt(const QMouseEvent& event) const;
+    bool commit();
+    void leaveEditor(int rowStep, int columnStep);
+    void toggle(const QModelIndex& cell);
+    bool moveBy(int rowStep, int columnStep);
+    void showStatus(const QModelIndex& cell);
+
     SpreadsheetModel& model_;
     Use use_;
     QString emptyText_;
+    CellNote* note_;
+    QPersistentModelIndex edited_; ///< the cell of the open editor
+    bool accepted_ = true;         ///< the editor's value has been taken
+    QPersistentModelIndex pressedBox_;
 };
 
 } // namespace quobrix

@@ -1,0 +1,83 @@
+#include "tables/ui/cell_editor.h"
+
+#include "base/ui/qt_text.h"
+#include "tables/ui/spreadsheet_model.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+
+namespace quobrix {
+namespace {
+
+/// A line with HINT at its right end.
+QLineEdit* makeLine(const QString& hint, QWidget* parent) {
+    auto* line = new QLineEdit(parent);
+    line->setFrame(true);
+    if (hint.isEmpty())
+        return line;
+    auto* label = new QLabel(hint, line);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    label->setCursor(Qt::IBeamCursor);
+    auto* layout = new QHBoxLayout(line);
+    layout->setContentsMargins(0, 0, 6, 0);
+    layout->addStretch();
+    layout->addWidget(label);
+    line->setTextMargins(0, 0, label->sizeHint().width() + 6, 0);
+    return line;
+}
+
+QComboBox* makeList(const Column& column, QWidget* parent) {
+    auto* list = new QComboBox(parent);
+    if (column.requirements().need != Need::Required)
+        list->addItem(QString());
+    for (const Selection& selection : column.selections())
+        list->addItem(toQt(selection.text));
+    return list;
+}
+
+} // namespace
+
+QWidget* makeCellEditor(const SpreadsheetModel& model, const QModelIndex& cell, QWidget* parent) {
+    const Column& column = model.column(cell.column());
+    QWidget* editor = column.kind() == ColumnKind::Selection ? static_cast<QWidget*>(makeList(column, parent))
+                                                             : makeLine(model.editHint(cell.column()), parent);
+    editor->setObjectName(QStringLiteral("cellEditor"));
+    editor->setAccessibleName(
+        QStringLiteral("%1, %2").arg(model.plainHeading(cell.column()),
+                                     QStringLiteral("row ") + model.headerData(cell.row(), Qt::Vertical).toString()));
+    return editor;
+}
+
+void setEditorText(QWidget& editor, const QString& text) {
+    if (auto* list = qobject_cast<QComboBox*>(&editor)) {
+        if (!list->property("filled").toBool())
+            list->setCurrentText(text);
+        list->setProperty("filled", true);
+    } else if (auto* line = qobject_cast<QLineEdit*>(&editor); line && !line->isModified()) {
+        line->setText(text);
+    }
+}
+
+QString editorText(const QWidget& editor) {
+    if (const auto* list = qobject_cast<const QComboBox*>(&editor))
+        return list->currentText();
+    return static_cast<const QLineEdit&>(editor).text();
+}
+
+void clearEditor(QWidget& editor) {
+    if (auto* line = qobject_cast<QLineEdit*>(&editor)) {
+        line->clear();
+        line->setModified(true);
+    }
+}
+
+void whenEdited(QWidget& editor, QObject* context, const std::function<void()>& work) {
+    if (auto* list = qobject_cast<QComboBox*>(&editor))
+        QObject::connect(list, &QComboBox::currentIndexChanged, context, work);
+    else if (auto* line = qobject_cast<QLineEdit*>(&editor))
+        QObject::connect(line, &QLineEdit::textEdited, context, work);
+}
+
+} // namespace quobrix

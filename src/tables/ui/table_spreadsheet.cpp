@@ -1,0 +1,79 @@
+#include "tables/ui/table_spreadsheet.h"
+
+#include "tables/ui/cell_block.h"
+
+#include <algorithm>
+
+namespace quobrix {
+
+void TFixedTableSpreadsheet::showTable(Table& table, std::span<const PersistentType* const> columns) {
+    std::vector<ShownColumn> shown;
+    for (const PersistentType* type : columns)
+        shown.push_back({&table.columnOf(*type)});
+    for (std::size_t i = 0; columns.empty() && i < table.columnCount(); ++i)
+        if (table.column(i).kind() != ColumnKind::Table)
+            shown.push_back({&table.column(i)});
+    setColumns(std::move(shown));
+}
+
+TTableSpreadsheet::TTableSpreadsheet(const SpreadsheetContext& context, const SpreadsheetSpec& spec, QWidget* parent)
+    : TFixedTableSpreadsheet(context, spec, parent) {
+    using enum SpreadsheetCommand;
+    if (!context.edits)
+        return;
+    const auto cell = [this] { return view().currentIndex().isValid(); };
+    commands().handle(Add, [this] { addRow(); });
+    commands().handle(
+        Insert, [this] { insertBeside(false); }, cell);
+    commands().handle(
+        InsertAfter, [this] { insertBeside(true); }, cell);
+}
+
+void TTableSpreadsheet::addRow() {
+    if (const Table* shown = table(); shown && finishEdit())
+        insertRow(shown->rowCount());
+}
+
+void TTableSpreadsheet::insertBeside(bool after) {
+    const CellBlock block = selectedBlock(view(), model());
+    if (block.empty() || !finishEdit())
+        return;
+    const RowIndex row = model().storedRow(after ? block.places.back() : block.places.front());
+    insertRow(after ? row + 1 : row);
+}
+
+void TTableSpreadsheet::insertRow(RowIndex at) {
+    const EditOutcome outcome = context().edits->insertRows(table()->id(), at);
+    report(outcome, MessageId::CannotInsert);
+    if (!outcome.ok())
+        return;
+    const std::vector<int> columns = shownColumns(view());
+    const auto first =
+        std::find_if(columns.begin(), columns.end(), [&](int column) { return model().isEditable(column); });
+    setCurrentCell(at, first == columns.end() ? columns.front() : *first);
+    view().setFocus();
+}
+
+void TTableSpreadsheet::deleteSelection() {
+    const Table* shown = table();
+    if (!shown || !context().edits)
+        return;
+    DeleteSelection selection;
+    const CellBlock block = selectedBlock(view(), model());
+    for (const int place : block.places) {
+        if (view().selectionModel()->isRowSelected(place))
+            selection.wholeRows.push_back(model().storedRow(place));
+        else
+            selection.otherCells = true;
+    }
+    if (selection.otherCells)
+        for (const int column : block.columns)
+            selection.onReadOnlyCell |= !model().isEditable(column);
+    if (std::string why = cannotDelete(*shown, selection); !why.empty())
+        return tell(MessageId::CannotDelete, why);
+    if (mayDelete_ && !mayDelete_(selection.wholeRows))
+        return;
+    report(context().edits->removeRows(shown->id(), std::move(selection.wholeRows)), MessageId::CannotDelete);
+}
+
+} // namespace quobrix

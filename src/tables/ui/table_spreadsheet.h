@@ -1,0 +1,45 @@
+#pragma once
+
+#include "tables/ui/spreadsheet.h"
+
+#include <functional>
+#include <span>
+#include <vector>
+
+namespace quobrix {
+
+/// The spreadsheet of one table, whose rows are what they are: only cells are edited.
+class TFixedTableSpreadsheet : public TSpreadsheet {
+    Q_OBJECT
+public:
+    using TSpreadsheet::TSpreadsheet;
+
+    /// Shows columns of TABLE by their classes; without any, all that have cells to be seen. TABLE must outlive what is
+    /// shown.
+    void showTable(Table& table, std::span<const PersistentType* const> columns = {});
+};
+
+/// The spreadsheet of one table whose rows can also be added, inserted and deleted, within the limits of the table.
+class TTableSpreadsheet : public TFixedTableSpreadsheet {
+    Q_OBJECT
+public:
+    TTableSpreadsheet(const SpreadsheetContext& context, const SpreadsheetSpec& spec, QWidget* parent = nullptr);
+
+    /// Asked before ROWS are deleted; false keeps them.
+    using MayDelete = std::function<bool(const std::vector<RowIndex>& rows)>;
+    void setMayDelete(MayDelete mayDelete) { mayDelete_ = std::move(mayDelete); }
+
+    /// Adds a row at the end and goes to its first cell for editing.
+    void addRow();
+
+protected:
+    void deleteSelection() override;
+
+private:
+    void insertRow(RowIndex at);
+    void insertBeside(bool after);
+
+    MayDelete mayDelete_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,228 @@
+#include "fixture.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QClipboard>
+#include <QHeaderView>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+
+#include <map>
+
+namespace quobrix::test {
+namespace {
+
+using S = SampleTable;
+using Command = SpreadsheetCommand;
+
+class SpreadsheetCommandsTest : public SpreadsheetTest {
+protected:
+    void setClipboard(const char* text) { QApplication::clipboard()->setText(QString::fromUtf8(text)); }
+    QString clipboard() { return QApplication::clipboard()->text(); }
+};
+
+TEST_F(SpreadsheetCommandsTest, AreThoseOfEverySpreadsheet) {
+    const std::map<int, QString> expected = {{31500, "Cu&t\tCtrl+X"},        {31501, "&Copy\tCtrl+C"},
+                                             {31502, "&Paste\tCtrl+V"},      {31503, "&Undo\tCtrl+Z"},
+                                             {31505, "&Select All\tCtrl+A"}, {31506, "&Add\tCtrl+Ins"},
+                                             {31507, "&Insert\tIns"},        {31509, "&Delete\tDel"},
+                                             {31510, "&Help\tF1"},           {31520, "&Find...\tCtrl+F"},
+                                             {31521, "Find &Next\tF3"},      {31522, "Find &Previous\tShift+F3"},
+                                             {20040, "&Go To Source"},       {20050, "&Requirements...\tCtrl+R"},
+                                             {20060, "&Errors...\tCtrl+E"},  {20020, "U&nit Systems...\tCtrl+U"},
+                                             {20090, "&Metafile"},           {20091, "&Bitmap"}};
+    std::map<int, QString> actual;
+    std::function<void(const QMenu*)> collect = [&](const QMenu* menu) {
+        for (const QAction* action : menu->actions()) {
+            if (action->menu())
+                collect(action->menu());
+            QString text = action->text();
+            if (!action->shortcut().isEmpty())
+                text += QLatin1Char('\t') + action->shortcut().toString(QKeySequence::PortableText);
+            actual[action->data().toInt()] = text;
+        }
+    };
+    const std::unique_ptr<QMenu> menu(sheet().commands().makeMenu(sheet()));
+    collect(menu.get());
+    for (const auto& [id, text] : expected)
+        EXPECT_EQ(actual[id], text) << id;
+    for (const Command command : {Command::Help, Command::Requirements, Command::UnitSystems}) {
+        EXPECT_FALSE(sheet().commands().action(command).isEnabled());
+        EXPECT_TRUE(sheet().commands().action(command).statusTip().endsWith("(not available yet)"));
+    }
+}
+
+TEST_F(SpreadsheetCommandsTest, CopyAndPasteKeepAllOfAValue) {
+    table_.column<SampleSpeed>().set(0, 10.0 / 3);
+    select(0, S::Speed, 0, S::Speed);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), "7 MPH\n") << "other programs get what is read";
+    select(3, S::Speed, 4, S::Speed);
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(speed(3), 10.0 / 3);
+    EXPECT_EQ(speed(4), 10.0 / 3) << "one cell fills all that are selected";
+    trigger(Command::Undo);
+    EXPECT_EQ(speed(4), 14.0);
+    EXPECT_EQ(speed(3), 13.0) << "in one step";
+}
+
+TEST_F(SpreadsheetCommandsTest, BlocksArePastedInTheOrderThatIsShown) {
+    sheet().view().sortByColumn(S::Key, Qt::AscendingOrder); // K1 k2 K3 K5 K7 K10
+    setClipboard("50\t5\n60\t6\n");
+    select(4, S::Speed, 4, S::Speed);
+    trigger(Command::Paste);
+    EXPECT_EQ(key(3), "K7");
+    EXPECT_EQ(table_.column<SampleCount>().at(3), 5);
+    EXPECT_EQ(key(0), "K10");
+    EXPECT_EQ(table_.column<SampleCount>().at(0), 6);
+
+    setClipboard("A\nB\nC\n"); // one more than there are rows
+    select(4, S::Key, 4, S::Key);
+    trigger(Command::Paste);
+    EXPECT_EQ(key(3) + key(0), "AB");
+    ASSERT_EQ(table_.rowCount(), 7u);
+    EXPECT_EQ(key(6), "C");
+    trigger(Command::Undo);
+    EXPECT_EQ(table_.rowCount(), 6u);
+    EXPECT_EQ(key(3) + key(0), "K7K10");
+}
+
+TEST_F(SpreadsheetCommandsTest, WhatDoesNotFitIsRefusedAsAWhole) {
+    const std::string foreign = "The clipboard contains data which cannot be pasted.\nIt's in a format that's "
+                                "incompatible with this spreadsheet.";
+    const Bytes before = table_.bytes();
+    struct Case {
+        const char* text;
+        int column;
+        std::string told;
+    };
+    const Case cases[] = {
+        {"50\t5\n60\tx\n", S::Speed, foreign + "\n\nRow 2, Count: Hey, that's not an integer!"},
+        {"1\t2\n3\n", S::Count, foreign},
+        {"1\t2", S::Recorded, foreign + "\n\nRow 1, Recorded: This is not editable; see Help for more information."},
+        {"a\tb\tc", S::Recorded, foreign},
+        {"k2", S::Key, foreign + "\n\nRow 1, Key: This value must be unique (case insensitive)."},
+    };
+    for (const Case& each : cases) {
+        setClipboard(each.text);
+        goTo(0, each.column);
+        trigger(Command::Paste);
+        EXPECT_EQ(prompter_.told(MessageId::CannotPaste), each.told);
+        EXPECT_EQ(table_.bytes(), before);
+    }
+    EXPECT_FALSE(edits_.canUndo());
+}
+
+TEST_F(SpreadsheetCommandsTest, TenMegabytesAreRefusedWithoutHarm) {
+    QApplication::clipboard()->setText(QString(10'000'000, QLatin1Char('x')));
+    goTo(0, S::Key);
+    trigger(Command::Paste);
+    EXPECT_EQ(prompter_.told(MessageId::CannotPaste), std::string(kIncompatiblePaste));
+    EXPECT_EQ(key(0), "K10");
+}
+
+TEST_F(SpreadsheetCommandsTest, CutEmptiesWhatItCopies) {
+    select(0, S::Speed, 1, S::Count);
+    trigger(Command::Cut);
+    EXPECT_EQ(clipboard(), "22 MPH\t1\n25 MPH\t1\n");
+    EXPECT_FALSE(table_.column<SampleSpeed>().has(1));
+    EXPECT_FALSE(table_.column<SampleCount>().has(0));
+    select(3, S::Speed, 3, S::Speed);
+    trigger(Command::Paste);
+    EXPECT_DOUBLE_EQ(speed(4), 11);
+}
+
+TEST_F(SpreadsheetCommandsTest, OnlyWholeRowsAreDeletedAndWithinTheLimit) {
+    const auto refusal = [&] {
+        trigger(Command::Delete);
+        return prompter_.told(MessageId::CannotDelete);
+    };
+    sheet().view().clearSelection();
+    EXPECT_EQ(refusal(), "Unable to delete. No rows or cells have been selected.");
+    goTo(0, S::Key);
+    EXPECT_EQ(refusal(), "Unable to delete. Only entire rows can be deleted.");
+    goTo(0, S::Recorded);
+    EXPECT_EQ(refusal(), "Unable to delete. This cell is read-only and cannot be edited or deleted.");
+    trigger(Command::SelectAll);
+    EXPECT_EQ(refusal(), "Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows.");
+    goTo(1, S::Key);
+    press(Qt::Key_Space, Qt::ShiftModifier);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(table_.rowCount(), 5u);
+    EXPECT_EQ(key(1), "K1");
+    sheet().setMayDelete([](const std::vector<RowIndex>&) { return false; });
+    goTo(1, S::Key);
+    press(Qt::Key_Space, Qt::ShiftModifier);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(table_.rowCount(), 5u) << "somebody objects";
+}
+
+TEST_F(SpreadsheetCommandsTest, RowsAreAddedAndInsertedUpToTheLimit) {
+    goTo(2, S::Key);
+    press(Qt::Key_Insert);
+    EXPECT_EQ(sheet().currentRow(), 2u);
+    EXPECT_EQ(key(2) + "/" + key(3), "/K1");
+    trigger(Command::Add);
+    EXPECT_EQ(table_.rowCount(), 8u);
+    EXPECT_EQ(sheet().currentRow(), 7u);
+    const std::string full =
+        "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.";
+    EXPECT_EQ(prompter_.told(MessageId::RowLimit), full);
+    trigger(Command::InsertAfter);
+    EXPECT_EQ(prompter_.told(MessageId::CannotInsert), full);
+    EXPECT_EQ(table_.rowCount(), 8u);
+}
+
+TEST_F(SpreadsheetCommandsTest, FindGoesThroughWhatIsShown) {
+    sheet().view().sortByColumn(S::Key, Qt::AscendingOrder); // K1 k2 K3 K5 K7 K10
+    goTo(2, S::Key);                                         // K1
+    press(Qt::Key_F, Qt::ControlModifier);
+    auto* text = sheet().findChild<QLineEdit*>("findText");
+    ASSERT_TRUE(text->hasFocus());
+    QTest::keyClicks(text, "k1");
+    QTest::keyClick(text, Qt::Key_Return);
+    EXPECT_EQ(sheet().currentRow(), 0u) << "K10, shown last";
+    QTest::keyClick(text, Qt::Key_F3);
+    EXPECT_EQ(sheet().currentRow(), 2u) << "K1, from the top again";
+    QTest::keyClick(text, Qt::Key_F3, Qt::ShiftModifier);
+    EXPECT_EQ(sheet().currentRow(), 0u);
+    const auto* count = sheet().findChild<QLabel*>("findCount");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return count->text() == "2 cells"; })) << count->text().toStdString();
+    sheet().findChild<QCheckBox*>("findMatchCase")->setChecked(true);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return count->text() == "Not found"; })) << count->text().toStdString();
+    QTest::keyClick(text, Qt::Key_Escape);
+    EXPECT_TRUE(sheet().view().hasFocus());
+    EXPECT_EQ(key(0), "K10") << "stored where it was";
+}
+
+TEST_F(SpreadsheetCommandsTest, SelectionsAreCopiedAsPictures) {
+    select(0, S::Key, 2, S::Speed);
+    trigger(Command::CopyBitmap);
+    const QImage image = QApplication::clipboard()->image();
+    EXPECT_GT(image.width(), 100);
+    EXPECT_EQ(image.pixelColor(2, 2).lightness() > 200, true) << "on paper, whatever the theme";
+    trigger(Command::CopyMetafile);
+    const QByteArray svg = QApplication::clipboard()->mimeData()->data("image/svg+xml");
+    EXPECT_TRUE(svg.contains("<svg") && svg.contains("22 MPH") && svg.contains("Speed"));
+}
+
+TEST_F(SpreadsheetCommandsTest, RowsAndColumnsAreSelectedAsAWhole) {
+    goTo(1, S::Key);
+    press(Qt::Key_Space, Qt::ShiftModifier);
+    EXPECT_TRUE(sheet().view().selectionModel()->isRowSelected(1));
+    QHeaderView& header = *sheet().view().horizontalHeader();
+    const QPoint heading(header.sectionViewportPosition(S::Speed) + 10, 5);
+    QTest::mouseClick(header.viewport(), Qt::LeftButton, Qt::ControlModifier, heading);
+    EXPECT_TRUE(sheet().view().selectionModel()->isColumnSelected(S::Speed));
+    EXPECT_FALSE(sheet().model().sorted());
+    QTest::mouseClick(header.viewport(), Qt::LeftButton, {}, heading);
+    EXPECT_TRUE(sheet().model().sorted());
+    press(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_TRUE(sheet().view().selectionModel()->isRowSelected(5));
+}
+
+} // namespace
+} // namespace quobrix::test
