@@ -1,6 +1,7 @@
 #include "app/logger_commands.h"
 
 #include "app/main_frame.h"
+#include "app/names_commands.h"
 #include "base/ui/qt_text.h"
 
 #include <QStatusBar>
@@ -25,8 +26,8 @@ std::string resultText(const MergeResult& result) {
 
 } // namespace
 
-LoggerCommands::LoggerCommands(TQuobrixFrame& frame, Result<LoggerLibrary> library)
-    : frame_(frame), link_(std::move(library)),
+LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library)
+    : frame_(frame), names_(names), link_(std::move(library)),
       session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame) {
     frame_.commands().handle(CommandId::Download, [this] { download(); });
     frame_.commands().handle(CommandId::CommunicationsPort, [this] { session_.choosePort(); });
@@ -55,15 +56,22 @@ void LoggerCommands::start() {
 }
 
 void LoggerCommands::download() {
+    NewKeys toName;
     const std::optional<MergeResult> result =
-        session_.download({.startNewDocument = [this] { return frame_.files().newFile(); }});
+        session_.download({.startNewDocument = [this] { return frame_.files().newFile(); },
+                           .keysAdded =
+                               [this, &toName](const NewKeys& added) {
+                                   frame_.context().document.edits().clear(); // of rows that have moved
+                                   frame_.documentChanged();
+                                   toName = askForNames(added, frame_.prompter());
+                               }});
     if (!result)
         return;
-    frame_.documentChanged();
     if (result->added > 0)
         frame_.pages().show(kTripLogPage);
     frame_.statusBar()->showMessage(toQt(result->summary()));
     frame_.prompter().tell(makeMessage(MessageId::DownloadDone, resultText(*result)));
+    names_.name(toName);
 }
 
 void LoggerCommands::showStatus() { frame_.setPortStatus(toQt(session_.statusText())); }

@@ -5,13 +5,14 @@
 
 namespace quobrix {
 
+class NamesCommands;
 class TQuobrixFrame;
 
 /// The commands that need the logger, as the main frame offers them, and the state of the port in its status bar.
 class LoggerCommands {
 public:
-    /// FRAME must outlive the commands.
-    LoggerCommands(TQuobrixFrame& frame, Result<LoggerLibrary> library);
+    /// FRAME and NAMES must outlive the commands.
+    LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library);
 
     /// Looks for the logger as the program starts. Without a library nothing is asked: the first logger command will
     /// say what is missing.
@@ -24,6 +25,7 @@ private:
     std::vector<std::pair<std::string, std::string>> identityLines() const;
 
     TQuobrixFrame& frame_;
+    NamesCommands& names_;
     LoggerLink link_;
     LoggerSession session_;
 };

@@ -10,6 +10,7 @@
 #include "units/time_zone.h"
 #include "views/home_page.h"
 #include "views/log_pages.h"
+#include "views/names_dialog.h"
 #include "views/trip_log_view.h"
 
 #include <QAction>
@@ -46,14 +47,18 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
       chooser_(*this), recent_(context.settings),
       files_(context.document, context.settings, recent_, prompter_, chooser_,
              [this](const DiskWork& work) { return runDisk(work); },
-             {.replacing = [this] { pages_->discard(); },
+             {.replacing =
+                  [this] {
+                      qDeleteAll(namesDialogs());
+                      pages_->discard();
+                  },
               .replaced =
                   [this] {
                       documentChanged();
                       pages_->restore();
                   },
               .saved = [this] { documentChanged(); }}),
-      commands_(new Commands([this] { return pages_->finishEdits(); },
+      commands_(new Commands([this] { return finishEdits(); },
                              [this](const QAction& action, const std::string& reason) {
                                  prompter_.tell(makeMessage(MessageId::UnexpectedFailure,
                                                             action.iconText().toStdString(), reason));
@@ -94,6 +99,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
 
 TQuobrixFrame::~TQuobrixFrame() {
     context_.document.edits().removeListener(*this);
+    qDeleteAll(namesDialogs());
     pages_->discard(); // while the actions and the document are still there
 }
 
@@ -168,6 +174,21 @@ void TQuobrixFrame::documentChanged() {
     updateRecentFiles();
     commands_->refresh();
     pages_->refresh();
+    for (NamesDialog* dialog : namesDialogs())
+        dialog->refresh();
+}
+
+bool TQuobrixFrame::finishEdits() {
+    return pages_->finishEdits() &&
+           std::ranges::all_of(namesDialogs(), [](NamesDialog* dialog) { return dialog->finishEdit(); });
+}
+
+QList<NamesDialog*> TQuobrixFrame::namesDialogs() const {
+    QList<NamesDialog*> dialogs;
+    for (QObject* child : children())
+        if (auto* dialog = dynamic_cast<NamesDialog*>(child))
+            dialogs.push_back(dialog);
+    return dialogs;
 }
 
 void TQuobrixFrame::historyChanged() {

@@ -13,6 +13,8 @@ class QLabel;
 
 namespace quobrix {
 
+class NamesDialog;
+
 /// The page ids that commands bring into view are those of the commands.
 inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
 inline constexpr int kTripLogPage = static_cast<int>(CommandId::TripLog);
@@ -30,6 +32,9 @@ public:
     Prompter& prompter() { return prompter_; }
     DocumentFiles& files() { return files_; }
     RecentFiles& recentFiles() { return recent_; }
+
+    /// The dialogs of names that are open.
+    QList<NamesDialog*> namesDialogs() const;
 
     /// Adds a page; a command of the same id then shows it.
     void addPage(int pageId, PageArea::Create create);
@@ -55,6 +60,7 @@ private:
     void addRecentFileActions();
     void updateRecentFiles();
     void updateTitle();
+    bool finishEdits();
     void showDiagnosticsMenu(bool shown);
     void showProperties();
     void showAboutBox();

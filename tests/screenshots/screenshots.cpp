@@ -1,12 +1,14 @@
 // Paints the pictures of the documentation without a display, in light and dark: screenshots FOLDER
 
 #include "app/main_frame.h"
+#include "app/names_commands.h"
 #include "app/theme.h"
 #include "app/units_command.h"
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "platform/paths.h"
 #include "settings/settings.h"
+#include "support/sample_trip.h"
 #include "tables/ui/table_spreadsheet.h"
 #include "units/time_zone.h"
 #include "views/trip_log_view.h"
@@ -16,6 +18,7 @@
 #include <QMainWindow>
 #include <QStatusBar>
 
+#include <array>
 #include <cstdio>
 
 namespace {
@@ -47,10 +50,30 @@ public:
         static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Report);
         taken = take("trip-report", frame_) && taken;
         frame_.commands().trigger(CommandId::Units);
-        return take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && takeSpreadsheet() && taken;
+        taken = take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && taken;
+        fillGarage();
+        frame_.commands().trigger(CommandId::VehicleId);
+        return take("vehicle-names", *frame_.namesDialogs().constFirst()) && takeSpreadsheet() && taken;
     }
 
 private:
+    /// A household's vehicles in a new document; three of them have been driven with a logger.
+    void fillGarage() {
+        frame_.commands().trigger(CommandId::New);
+        constexpr std::array<std::array<const char*, 2>, 5> kGarage{{{"1GTEK19T23E123456", "Pickup"},
+                                                                     {"1HGCM82633A004352", "Family car"},
+                                                                     {"WVWZZZ1KZAW000327", "Anna's hatchback"},
+                                                                     {"1M8GDM9AXKP042788", "Camper"},
+                                                                     {"5YJ3E1EA7KF000316", "New electric car"}}};
+        for (std::size_t i = 0; i < kGarage.size(); ++i) {
+            const std::vector<std::string> vin{kGarage[i][0]};
+            document_.vehicles().addMissing(vin);
+            document_.vehicles().nameAll(vin, kGarage[i][1]);
+            if (i < 3)
+                document_.trips().column<TTripLogVinColumn>().set(test::addTrip(document_, 1'700'000'000), vin[0]);
+        }
+    }
+
     /// Vehicles with what can be wrong with them.
     bool takeSpreadsheet() {
         TQuobrixDocument document;
@@ -93,6 +116,7 @@ private:
     TQuobrixDocument document_;
     TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
     UnitsCommand unitsCommand_{frame_, units_, store_};
+    NamesCommands namesCommands_{frame_};
 };
 
 } // namespace

@@ -85,7 +85,7 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
         layout_.remember();
         layout_.forget();
     }
-    view_->verticalHeader()->setVisible(rowTitle != nullptr);
+    view_->verticalHeader()->setVisible(rowTitle != nullptr || rowNumbers_);
     model_.setColumns(std::move(columns), std::move(rowTitle));
     if (!layout_.restored() && model_.rowCount() > 0)
         layout_.restore();

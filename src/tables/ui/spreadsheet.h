@@ -84,6 +84,8 @@ signals:
 
 protected:
     const SpreadsheetContext& context() const { return context_; }
+    /// Shows the number of each row at its left, by which it is selected as a whole.
+    void showRowNumbers() { rowNumbers_ = true; }
     /// Deletes what is selected: empties cells. Spreadsheets whose rows come and go delete these.
     virtual void deleteSelection();
     /// Tells how an edit ended, if there is anything to tell.
@@ -116,6 +118,7 @@ private:
     SpreadsheetCommands* commands_;
     SpreadsheetLayout layout_;
     QTimer* sortTimer_;
+    bool rowNumbers_ = false;
     bool sortLater_ = false; ///< rows are out of order, but the person is still in one of them
     std::optional<RowIndex> lastEdited_;
 };

@@ -21,6 +21,7 @@ TTableSpreadsheet::TTableSpreadsheet(const SpreadsheetContext& context, const Sp
     using enum SpreadsheetCommand;
     if (!context.edits)
         return;
+    showRowNumbers();
     const auto cell = [this] { return view().currentIndex().isValid(); };
     commands().handle(Add, [this] { addRow(); });
     commands().handle(
@@ -43,7 +44,14 @@ void TTableSpreadsheet::insertBeside(bool after) {
 }
 
 void TTableSpreadsheet::insertRow(RowIndex at) {
-    const EditOutcome outcome = context().edits->insertRows(table()->id(), at);
+    TableEdits& edits = *context().edits;
+    const ObjectId id = table()->id();
+    const EditOutcome outcome = edits.group("adding a row", [&] {
+        EditOutcome inserted = edits.insertRows(id, at);
+        if (inserted.ok() && newRow_)
+            edits.set(id, newRow_(at), context().text, {}); // what does not fit is left for the person to fill in
+        return inserted;
+    });
     report(outcome, MessageId::CannotInsert);
     if (!outcome.ok())
         return;

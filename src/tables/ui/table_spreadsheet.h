@@ -28,6 +28,9 @@ public:
     /// Asked before ROWS are deleted; false keeps them.
     using MayDelete = std::function<bool(const std::vector<RowIndex>& rows)>;
     void setMayDelete(MayDelete mayDelete) { mayDelete_ = std::move(mayDelete); }
+    /// What a new row holds at first.
+    using NewRow = std::function<std::vector<CellEdit>(RowIndex row)>;
+    void setNewRow(NewRow newRow) { newRow_ = std::move(newRow); }
 
     /// Adds a row at the end and goes to its first cell for editing.
     void addRow();
@@ -40,6 +43,7 @@ private:
     void insertBeside(bool after);
 
     MayDelete mayDelete_;
+    NewRow newRow_;
 };
 
 } // namespace quobrix

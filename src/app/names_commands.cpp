@@ -1,0 +1,41 @@
+#include "app/names_commands.h"
+
+#include "app/main_frame.h"
+
+namespace quobrix {
+
+NamesCommands::NamesCommands(TQuobrixFrame& frame) : frame_(frame) {
+    frame_.commands().handle(CommandId::VehicleId, [this] { open<TVehicleNamesDialog>(); });
+    frame_.commands().handle(CommandId::QuobrixId, [this] { open<TQuobrixNamesDialog>(); });
+    frame_.commands().handle(CommandId::DriverId, [this] { open<DriverNamesDialog>(); });
+}
+
+template <class Dialog>
+Dialog& NamesCommands::open() {
+    Dialog* dialog = nullptr;
+    for (NamesDialog* shown : frame_.namesDialogs())
+        if (auto* found = dynamic_cast<Dialog*>(shown))
+            dialog = found;
+    if (!dialog) {
+        dialog = new Dialog(frame_.context(), &frame_);
+        dialog->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    dialog->show();
+    dialog->raise();
+    dialog->activateWindow();
+    return *dialog;
+}
+
+void NamesCommands::name(const NewKeys& keys) {
+    const auto nameVehicles = [this, vehicles = keys.vehicles] {
+        if (!vehicles.empty())
+            open<TVehicleNamesDialog>().nameKeys(vehicles);
+    };
+    if (keys.loggers.empty())
+        return nameVehicles();
+    auto& loggers = open<TQuobrixNamesDialog>();
+    loggers.nameKeys(keys.loggers);
+    QObject::connect(&loggers, &QDialog::finished, &frame_, nameVehicles); // one after the other: typing goes to one
+}
+
+} // namespace quobrix

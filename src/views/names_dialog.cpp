@@ -1,0 +1,224 @@
+#include "views/names_dialog.h"
+
+#include "base/ui/qt_text.h"
+#include "model/name_questions.h"
+#include "model/quobrix_document.h"
+#include "settings/settings.h"
+#include "tables/ui/table_spreadsheet.h"
+
+#include <QAction>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <vector>
+
+namespace quobrix {
+namespace {
+
+constexpr NamesDialogSpec kVehicles{"TVehicleNamesDialog", MessageId::EmptyVehicleNames};
+constexpr NamesDialogSpec kLoggers{"TQuobrixNamesDialog", MessageId::EmptyQuobrixNames};
+constexpr NamesDialogSpec kDrivers{"DriverNamesDialog", MessageId::EmptyDriverNames};
+
+constexpr int kNameColumn = 1;
+
+/// The commands of the list that have a button; all others are in its menu.
+struct ListButton {
+    SpreadsheetCommand command;
+    const char* name;
+    const char* text;
+};
+constexpr ListButton kListButtons[] = {
+    {SpreadsheetCommand::Add, "addName", "&Add"},       {SpreadsheetCommand::Delete, "deleteNames", "&Delete"},
+    {SpreadsheetCommand::Undo, "undoNames", "&Undo"},   {SpreadsheetCommand::Redo, "redoNames", "&Redo"},
+    {SpreadsheetCommand::Find, "findName", "&Find..."},
+};
+
+QPushButton* plainButton(const QString& text, const char* name) {
+    auto* button = new QPushButton(text);
+    button->setObjectName(QLatin1String(name));
+    button->setAutoDefault(false); // Enter ends an entry, not the dialog
+    return button;
+}
+
+/// A button that does what ACTION does, while it can.
+QPushButton* buttonOf(QAction& action, const ListButton& row) {
+    QPushButton* button = plainButton(QLatin1String(row.text), row.name);
+    const auto follow = [button, &action] {
+        button->setEnabled(action.isEnabled());
+        button->setToolTip(QStringLiteral("%1 (%2)").arg(action.statusTip().chopped(1),
+                                                         action.shortcut().toString(QKeySequence::NativeText)));
+        button->setAccessibleDescription(action.statusTip());
+    };
+    follow();
+    QObject::connect(&action, &QAction::changed, button, follow);
+    QObject::connect(button, &QPushButton::clicked, &action, &QAction::trigger);
+    return button;
+}
+
+/// A field for the name that drivers get at first, which the settings keep in SECTION.
+QLineEdit* defaultNameField(Settings& settings, std::string_view section, const char* name, const QString& tip) {
+    auto* field = new QLineEdit(toQt(settings.getText(section, kDefaultName)));
+    field->setObjectName(QLatin1String(name));
+    field->setMaxLength(static_cast<int>(kLongestDriverName));
+    field->setPlaceholderText(QStringLiteral("(none)"));
+    field->setToolTip(tip);
+    field->setAccessibleDescription(tip);
+    QObject::connect(field, &QLineEdit::textChanged, field, [&settings, section](const QString& text) {
+        settings.setText(section, kDefaultName, text.trimmed().toStdString());
+    });
+    return field;
+}
+
+void addField(QFormLayout& form, const QString& label, QLineEdit* field) {
+    form.addRow(label, field); // which makes the field the label's buddy
+    field->setAccessibleName(QString(label).remove(QLatin1Char('&')).chopped(1));
+}
+
+} // namespace
+
+NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const NamesDialogSpec& spec, QWidget* parent)
+    : QDialog(parent), context_(context), names_(names), spec_(spec), left_(new QVBoxLayout) {
+    setObjectName(QLatin1String(spec.name));
+    setWindowTitle(toQt(names.spec().title));
+    list_ = new TTableSpreadsheet(context.spreadsheet(), {.name = std::string(spec.name) + " List",
+                                                          .title = windowTitle(),
+                                                          .emptyText = toQt(messageSpec(spec.emptyText).text),
+                                                          .use = SpreadsheetView::Use::Cells});
+    list_->setMayDelete([this](const std::vector<RowIndex>& rows) {
+        return !context_.prompter || mayDelete(names_, rows, *context_.prompter);
+    });
+    list_->setNewRow([this](RowIndex row) {
+        std::vector<CellEdit> cells;
+        if (const std::string name = newName(); !name.empty())
+            cells.push_back({kNameColumn, row, name});
+        return cells;
+    });
+    list_->showTable(names);
+    QHeaderView& header = *list_->view().horizontalHeader();
+    header.setStretchLastSection(false);
+    header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
+
+    left_->addWidget(list_, 1);
+    auto* columns = new QHBoxLayout;
+    columns->addLayout(left_, 1);
+    columns->addWidget(makeButtons());
+    auto* box = new QDialogButtonBox(QDialogButtonBox::Close | QDialogButtonBox::Help);
+    for (QAbstractButton* button : box->buttons())
+        static_cast<QPushButton*>(button)->setAutoDefault(false);
+    QPushButton& help = *box->button(QDialogButtonBox::Help);
+    const QAction& explain = list_->commands().action(SpreadsheetCommand::Help);
+    help.setEnabled(explain.isEnabled());
+    help.setToolTip(explain.statusTip());
+    connect(&help, &QPushButton::clicked, &explain, &QAction::trigger);
+    connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(columns, 1);
+    layout->addWidget(box);
+
+    list_->setFocus();
+    const QByteArray geometry = QByteArray::fromStdString(context_.settings.getText(spec.name, "Geometry"));
+    if (!restoreGeometry(QByteArray::fromBase64(geometry)))
+        resize(fontMetrics().averageCharWidth() * 84, fontMetrics().lineSpacing() * 26);
+}
+
+NamesDialog::~NamesDialog() {
+    context_.settings.setText(spec_.name, "Geometry", saveGeometry().toBase64().toStdString());
+    delete list_; // which asks this
+}
+
+QWidget* NamesDialog::makeButtons() {
+    auto* column = new QWidget;
+    auto* layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    for (const ListButton& row : kListButtons) {
+        QPushButton* button = buttonOf(list_->commands().action(row.command), row);
+        if (row.command == SpreadsheetCommand::Delete) // of entries, whichever of their cells are selected
+            connect(button, &QPushButton::pressed, this, [this] { selectWholeRows(); });
+        layout->addWidget(button);
+    }
+    layout->addStretch();
+    return column;
+}
+
+void NamesDialog::selectWholeRows() {
+    QItemSelectionModel& selection = *list_->view().selectionModel();
+    selection.select(selection.hasSelection() ? selection.selection()
+                                              : QItemSelection(selection.currentIndex(), selection.currentIndex()),
+                     QItemSelectionModel::Select | QItemSelectionModel::Rows);
+}
+
+void NamesDialog::addBelowList(QWidget* widget) { left_->addWidget(widget); }
+
+std::string NamesDialog::newName() const {
+    const std::vector<std::string> names = names_.defaultNames(1);
+    return names.empty() ? std::string() : names.front();
+}
+
+bool NamesDialog::finishEdit() {
+    if (list_->finishEdit())
+        return true;
+    raise();
+    activateWindow();
+    return false;
+}
+
+void NamesDialog::refresh() { list_->showTable(names_); }
+
+void NamesDialog::nameKeys(std::span<const std::string> keys) {
+    if (!finishEdit())
+        return;
+    const SpreadsheetModel& model = list_->model();
+    std::vector<int> places;
+    for (const std::string& key : keys)
+        if (const RowIndex row = names_.find(key); row < names_.rowCount())
+            places.push_back(model.placeOf(row));
+    if (places.empty())
+        return;
+    std::ranges::sort(places);
+    QItemSelection rows; // neighbours as one range: a selection of many ranges is slow
+    for (std::size_t begin = 0, end = 0; begin < places.size(); begin = end) {
+        while (end < places.size() && places[end] - places[begin] == static_cast<int>(end - begin))
+            ++end;
+        rows.select(model.index(places[begin], 0), model.index(places[end - 1], model.columnCount() - 1));
+    }
+    list_->setCurrentCell(model.storedRow(places.front()), kNameColumn);
+    list_->view().selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+    list_->view().edit(list_->view().currentIndex());
+}
+
+void NamesDialog::done(int result) {
+    if (finishEdit())
+        QDialog::done(result);
+}
+
+TVehicleNamesDialog::TVehicleNamesDialog(const ViewContext& context, QWidget* parent)
+    : NamesDialog(context, context.document.vehicles(), kVehicles, parent) {}
+
+TQuobrixNamesDialog::TQuobrixNamesDialog(const ViewContext& context, QWidget* parent)
+    : NamesDialog(context, context.document.loggers(), kLoggers, parent) {}
+
+DriverNamesDialog::DriverNamesDialog(const ViewContext& context, QWidget* parent)
+    : NamesDialog(context, context.document.drivers(), kDrivers, parent) {
+    auto* group = new QGroupBox(QStringLiteral("Names that drivers get at first"));
+    auto* form = new QFormLayout(group);
+    addField(*form, QStringLiteral("&New driver:"),
+             defaultNameField(context.settings, kNewDriverSection, "newDriverName",
+                              QStringLiteral("The name that a driver gets whom you add to this list")));
+    addField(*form, QStringLiteral("Un&identified driver:"),
+             defaultNameField(context.settings, kUnidentifiedDriverSection, "unidentifiedDriverName",
+                              QStringLiteral("The name that a driver gets of whom a download brings only the "
+                                             "identification number; without one, \"Unknown\" is shown")));
+    addBelowList(group);
+}
+
+std::string DriverNamesDialog::newName() const { return context().settings.getText(kNewDriverSection, kDefaultName); }
+
+} // namespace quobrix

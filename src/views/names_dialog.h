@@ -1,0 +1,79 @@
+#pragma once
+
+#include "model/names.h"
+#include "views/page.h"
+
+#include <QDialog>
+
+#include <span>
+#include <string>
+
+class QVBoxLayout;
+
+namespace quobrix {
+
+class TTableSpreadsheet;
+enum class MessageId;
+
+/// What tells the dialog of one name table from those of the others.
+struct NamesDialogSpec {
+    const char* name; ///< object name, and the section of the settings
+    MessageId emptyText;
+};
+
+/// Edits a name table: keys, their names, and whether records refer to them. What is edited applies at once, so that
+/// the windows behind show it, and can be undone; the dialog can stay open beside them. It ends before the document
+/// gets other content.
+class NamesDialog : public QDialog {
+public:
+    ~NamesDialog() override;
+
+    /// Takes the value of an open editor. False if it is refused: the editor is in view, with the reason.
+    bool finishEdit();
+    /// Rows have come or gone by other means than editing, or records that use them.
+    void refresh();
+    /// Selects the rows of KEYS and opens the name of the first one for typing.
+    void nameKeys(std::span<const std::string> keys);
+
+    void done(int result) override;
+
+protected:
+    /// NAMES must be a table of CONTEXT's document.
+    NamesDialog(const ViewContext& context, NamesTable& names, const NamesDialogSpec& spec, QWidget* parent);
+    const ViewContext& context() const { return context_; }
+    /// Puts WIDGET between the list and the buttons.
+    void addBelowList(QWidget* widget);
+    /// The name that an entry gets when the user adds it.
+    virtual std::string newName() const;
+
+private:
+    QWidget* makeButtons();
+    void selectWholeRows();
+
+    ViewContext context_;
+    NamesTable& names_;
+    const NamesDialogSpec& spec_;
+    TTableSpreadsheet* list_;
+    QVBoxLayout* left_;
+};
+
+class TVehicleNamesDialog final : public NamesDialog {
+public:
+    TVehicleNamesDialog(const ViewContext& context, QWidget* parent);
+};
+
+class TQuobrixNamesDialog final : public NamesDialog {
+public:
+    TQuobrixNamesDialog(const ViewContext& context, QWidget* parent);
+};
+
+/// Keeps beside the drivers the names that new ones get at first.
+class DriverNamesDialog final : public NamesDialog {
+public:
+    DriverNamesDialog(const ViewContext& context, QWidget* parent);
+
+private:
+    std::string newName() const override;
+};
+
+} // namespace quobrix

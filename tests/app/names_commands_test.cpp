@@ -1,0 +1,112 @@
+#include "app/names_commands.h"
+
+#include "app/main_frame.h"
+#include "base/ui/qt_text.h"
+#include "model/quobrix_document.h"
+#include "settings/settings.h"
+#include "support/sample_trip.h"
+#include "tables/ui/table_spreadsheet.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+#include "views/trip_log_summary_view.h"
+#include "views/trip_log_view.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace quobrix {
+namespace {
+
+class NamesCommandsTest : public ::testing::Test {
+protected:
+    NamesCommandsTest() {
+        test::addTrip(document_, 1'700'000'000);
+        frame_.show();
+        frame_.documentChanged();
+    }
+    template <class Dialog>
+    Dialog* dialog() {
+        for (NamesDialog* open : frame_.namesDialogs())
+            if (auto* found = dynamic_cast<Dialog*>(open); found && found->isVisible())
+                return found;
+        return nullptr;
+    }
+    SpreadsheetView& view(NamesDialog& of) { return of.findChild<TTableSpreadsheet*>()->view(); }
+    /// Opens the name of the first vehicle and types TEXT, without ending the entry.
+    void beginRenaming(const char* text) {
+        frame_.commands().trigger(CommandId::VehicleId);
+        view(*dialog<TVehicleNamesDialog>()).setCurrentIndex(view(*dialog<TVehicleNamesDialog>()).model()->index(0, 1));
+        for (const char c : std::string_view(text))
+            QTest::keyClick(dialog<TVehicleNamesDialog>()->focusWidget(), c);
+        ASSERT_TRUE(view(*dialog<TVehicleNamesDialog>()).isEditing());
+    }
+
+    Settings settings_{std::make_unique<MemorySettings>()};
+    TUnitSystem units_;
+    TimeZone zone_;
+    TQuobrixDocument document_;
+    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
+    NamesCommands names_{frame_};
+};
+
+TEST_F(NamesCommandsTest, ADialogForEachTableStaysOpenBesideThePages) {
+    for (const CommandId id : {CommandId::VehicleId, CommandId::QuobrixId, CommandId::DriverId, CommandId::VehicleId})
+        frame_.commands().trigger(id);
+    EXPECT_EQ(frame_.namesDialogs().size(), 3);
+    EXPECT_FALSE(dialog<TQuobrixNamesDialog>()->isModal());
+}
+
+TEST_F(NamesCommandsTest, ANameIsShownAtOnceWhereverItIsInView) {
+    frame_.pages().show(kTripLogPage);
+    auto& trips = *static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage));
+    const SpreadsheetModel& summary = trips.summary().model();
+    const int vehicle = summary.indexOf("TTripLogVinColumn");
+    EXPECT_EQ(summary.text(0, vehicle), QStringLiteral("Unknown #1"));
+    trips.showView(TTripLogView::View::Report);
+    beginRenaming("Van");
+    QTest::keyClick(dialog<TVehicleNamesDialog>()->focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(summary.text(0, vehicle), QStringLiteral("Van"));
+    QStringList texts;
+    for (const QLabel* label : trips.findChildren<QLabel*>())
+        texts += label->text();
+    EXPECT_TRUE(texts.contains(QStringLiteral("Van")));
+    EXPECT_TRUE(frame_.isWindowModified());
+}
+
+TEST_F(NamesCommandsTest, AnOpenEntryIsTakenBeforeACommandAndEndsWithTheDocument) {
+    beginRenaming("Van");
+    frame_.commands().trigger(CommandId::Home);
+    EXPECT_EQ(document_.vehicles().name(0), "Van");
+    const QPointer<NamesDialog> open = dialog<TVehicleNamesDialog>();
+    QTimer::singleShot(0, qApp, [] {
+        ASSERT_EQ(QApplication::activeModalWidget()->objectName(), QStringLiteral("SaveChanges"));
+        QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_N);
+    });
+    frame_.commands().trigger(CommandId::New);
+    EXPECT_FALSE(open);
+    EXPECT_TRUE(frame_.namesDialogs().isEmpty());
+    frame_.commands().trigger(CommandId::VehicleId);
+    EXPECT_EQ(view(*dialog<TVehicleNamesDialog>()).model()->rowCount(), 0);
+}
+
+TEST_F(NamesCommandsTest, NewLoggersAreNamedFirstAndThenVehicles) {
+    document_.loggers().addMissing(std::vector<std::string>{"K-0042-B"});
+    names_.name({{"K-0042-B"}, {test::kVin}, {}});
+    ASSERT_TRUE(dialog<TQuobrixNamesDialog>());
+    EXPECT_TRUE(view(*dialog<TQuobrixNamesDialog>()).isEditing());
+    EXPECT_FALSE(dialog<TVehicleNamesDialog>());
+    dialog<TQuobrixNamesDialog>()->close();
+    ASSERT_TRUE(dialog<TVehicleNamesDialog>());
+    EXPECT_TRUE(view(*dialog<TVehicleNamesDialog>()).isEditing());
+    dialog<TVehicleNamesDialog>()->close();
+    QApplication::processEvents();
+    names_.name({});
+    EXPECT_FALSE(dialog<TQuobrixNamesDialog>() || dialog<TVehicleNamesDialog>());
+}
+
+} // namespace
+} // namespace quobrix
