@@ -122,11 +122,14 @@ void DialogPrompter::tell(const Message& statement) {
     }
 }
 
-QWidget& DialogPrompter::parent() const {
+QWidget& DialogPrompter::parent() {
     QWidget* active = QApplication::activeModalWidget();
     if (!active)
         active = QApplication::activeWindow();
-    return active ? *active : window_;
+    if (!active && last_ && last_->isVisible()) // between two boxes no window is active for a moment
+        active = last_;
+    last_ = active ? active : &window_;
+    return *last_;
 }
 
 std::optional<std::size_t> DialogPrompter::choose(std::string_view what, const std::vector<std::string>& choices,

@@ -4,6 +4,8 @@
 #include "messages/prompter.h"
 #include "messages/reminders.h"
 
+#include <QPointer>
+
 #include <functional>
 
 class QString;
@@ -29,9 +31,10 @@ public:
                                       std::size_t preset) override;
 
 private:
-    QWidget& parent() const;
+    QWidget& parent();
 
     QWidget& window_;
+    QPointer<QWidget> last_; ///< parent of the last box
     Reminders& reminders_;
     Quietly quietly_;
 };

@@ -51,6 +51,7 @@ QPushButton* plainButton(const QString& text, const char* name) {
 /// A button that does what ACTION does, while it can.
 QPushButton* buttonOf(QAction& action, const ListButton& row) {
     QPushButton* button = plainButton(QLatin1String(row.text), row.name);
+    button->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard to the list
     const auto follow = [button, &action] {
         button->setEnabled(action.isEnabled());
         button->setToolTip(QStringLiteral("%1 (%2)").arg(action.statusTip().chopped(1),
@@ -104,6 +105,7 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     list_->showTable(names);
     QHeaderView& header = *list_->view().horizontalHeader();
     header.setStretchLastSection(false);
+    header.setMinimumSectionSize(fontMetrics().averageCharWidth() * 11); // the first keys may be the shortest
     header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
 
     left_->addWidget(list_, 1);

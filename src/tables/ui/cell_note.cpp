@@ -26,15 +26,20 @@ CellNote::CellNote(QWidget* viewport) : QFrame(viewport), text_(new QLabel) {
     layout->setContentsMargins(6, 4, 8, 4);
     layout->setSpacing(6);
     layout->addWidget(icon, 0, Qt::AlignTop);
-    layout->addWidget(text_);
+    layout->addWidget(text_, 1);
     QFrame::hide();
 }
 
 void CellNote::show(const QString& text, const QRect& cell) {
     text_->setText(text);
+    text_->setWordWrap(false);
     setAccessibleName(text);
     adjustSize();
     const QRect area = parentWidget()->rect();
+    if (width() > area.width()) { // in as many lines as it takes
+        text_->setWordWrap(true);
+        resize(area.width(), layout()->totalHeightForWidth(area.width()));
+    }
     const int below = cell.bottom() + 2;
     const int above = cell.top() - 1 - height();
     move(std::clamp(cell.left(), 0, std::max(0, area.width() - width())),
