@@ -23,6 +23,10 @@ public:
         ADD_FAILURE() << question.text;
         return Answer::No;
     }
+    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<std::string>&) override {
+        ADD_FAILURE() << question.text;
+        return {};
+    }
     void tell(const Message& statement) override { told_.push_back(statement); }
     std::optional<std::size_t> choose(std::string_view, const std::vector<std::string>&, std::size_t) override {
         return {};
