@@ -14,7 +14,7 @@ template <class Dialog>
 Dialog& NamesCommands::open() {
     Dialog* dialog = nullptr;
     for (NamesDialog* shown : frame_.namesDialogs())
-        if (auto* found = dynamic_cast<Dialog*>(shown))
+        if (auto* found = dynamic_cast<Dialog*>(shown); found && found->isVisible()) // not one about to be deleted
             dialog = found;
     if (!dialog) {
         dialog = new Dialog(frame_.context(), &frame_);

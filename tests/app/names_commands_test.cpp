@@ -58,6 +58,10 @@ TEST_F(NamesCommandsTest, ADialogForEachTableStaysOpenBesideThePages) {
         frame_.commands().trigger(id);
     EXPECT_EQ(frame_.namesDialogs().size(), 3);
     EXPECT_FALSE(dialog<TQuobrixNamesDialog>()->isModal());
+    dialog<TQuobrixNamesDialog>()->close();
+    frame_.commands().trigger(CommandId::QuobrixId);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(dialog<TQuobrixNamesDialog>());
 }
 
 TEST_F(NamesCommandsTest, ANameIsShownAtOnceWhereverItIsInView) {
