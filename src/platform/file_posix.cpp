@@ -81,11 +81,8 @@ public:
         std::vector<iovec> parts;
         for (std::size_t next = 0; next < pieces.size();) {
             parts.clear();
-            std::size_t size = 0;
-            for (; next < pieces.size() && parts.size() < kMostParts; ++next) {
+            for (; next < pieces.size() && parts.size() < kMostParts; ++next)
                 parts.push_back({const_cast<std::uint8_t*>(pieces[next].data()), pieces[next].size()});
-                size += pieces[next].size();
-            }
             const ssize_t count =
                 ::pwritev(descriptor_, parts.data(), static_cast<int>(parts.size()), static_cast<off_t>(offset));
             if (count < 0 && errno != EINTR)
