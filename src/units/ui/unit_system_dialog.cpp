@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "units/ui/decimals_box.h"
+#include "units/ui/unit_delegates.h"
 #include "units/ui/unit_system_name_dialogs.h"
 #include "units/unit_example.h"
 
@@ -12,10 +13,8 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QListWidget>
-#include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
-#include <QStyledItemDelegate>
 
 namespace quobrix {
 namespace {
@@ -37,46 +36,6 @@ public:
 private:
     TUnitSystem& units_;
     UnitChoices before_, after_;
-};
-
-/// Rows as high as those of the program's lists.
-class RowDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return {QStyledItemDelegate::sizeHint(option, index).width(), option.fontMetrics.height() + 6};
-    }
-};
-
-/// Paints the unit of a type at the right end of its row.
-class TypeDelegate final : public RowDelegate {
-public:
-    TypeDelegate(const TUnitSystem& units, QObject* parent) : RowDelegate(parent), units_(units) {}
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        RowDelegate::paint(painter, option, index);
-        const auto type = static_cast<UnitTypeId>(index.data(Qt::UserRole).toInt());
-        const bool selected = option.state.testFlag(QStyle::State_Selected);
-        painter->save();
-        painter->setFont(option.font);
-        painter->setPen(option.palette.color(selected ? QPalette::HighlightedText : QPalette::PlaceholderText));
-        painter->drawText(option.rect.adjusted(0, 0, -kMargin, 0), Qt::AlignRight | Qt::AlignVCenter,
-                          toQt(units_.unitName(type)));
-        painter->restore();
-    }
-
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        const auto type = static_cast<UnitTypeId>(index.data(Qt::UserRole).toInt());
-        QSize size = RowDelegate::sizeHint(option, index);
-        size.rwidth() += option.fontMetrics.horizontalAdvance(toQt(units_.unitName(type))) + 4 * kMargin;
-        return size;
-    }
-
-private:
-    static constexpr int kMargin = 6;
-
-    const TUnitSystem& units_;
 };
 
 template <class Widget>
@@ -171,8 +130,8 @@ void UnitSystemDialog::makeButtons() {
     };
     connectChange(undo_, changes_.createUndoAction(this), QKeySequence::keyBindings(QKeySequence::Undo));
     QList<QKeySequence> redoKeys = QKeySequence::keyBindings(QKeySequence::Redo);
-    if (const QKeySequence habit(Qt::CTRL | Qt::Key_Y);
-        !redoKeys.contains(habit)) // not the desktop's, but many people's
+    const QKeySequence habit(Qt::CTRL | Qt::Key_Y); // not every desktop's, but many people's
+    if (!redoKeys.contains(habit))
         redoKeys << habit;
     connectChange(redo_, changes_.createRedoAction(this), redoKeys);
 }
