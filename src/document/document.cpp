@@ -1,5 +1,6 @@
 #include "document/document.h"
 
+#include "document/compound_io.h"
 #include "platform/system_error.h"
 
 #include <algorithm>
@@ -25,7 +26,7 @@ Result<void> copyFile(File& from, File& to) {
         QUOBRIX_TRY(from.readAt(offset, part));
         QUOBRIX_TRY(to.writeAt(offset, part));
     }
-    return {};
+    return to.flush();
 }
 
 /// Nothing is lost from A to B: the same streams with the same content.
@@ -47,6 +48,20 @@ void writeDocumentStream(CompoundFile& file) {
     ByteWriter out;
     out.u32(kDocumentFormat);
     file.write(kContentsStream, out.take());
+}
+
+Result<TDocument::OpenFile> TDocument::OpenFile::open(std::unique_ptr<File> disk) {
+    auto compound = CompoundFile::open(std::make_unique<cfb::BorrowedFile>(*disk));
+    if (!compound)
+        return compound.error();
+    return OpenFile{std::move(disk), *std::move(compound)};
+}
+
+Result<TDocument::OpenFile> TDocument::OpenFile::create(std::unique_ptr<File> disk) {
+    auto compound = CompoundFile::create(std::make_unique<cfb::BorrowedFile>(*disk));
+    if (!compound)
+        return compound.error();
+    return OpenFile{std::move(disk), *std::move(compound)};
 }
 
 // Content
@@ -74,10 +89,12 @@ void TDocument::newDocument() {
     take(std::move(next));
 }
 
-CompoundFile::Space TDocument::space() const { return hasFile() ? state_.file->space() : CompoundFile::Space{}; }
+CompoundFile::Space TDocument::space() const {
+    return hasFile() ? state_.file.compound->space() : CompoundFile::Space{};
+}
 
 std::uint32_t TDocument::format() const {
-    const Result<Bytes> content = hasFile() ? state_.file->read(kContentsStream) : Error{};
+    const Result<Bytes> content = hasFile() ? state_.file.compound->read(kContentsStream) : Error{};
     return content ? ByteReader(*content).u32() : kDocumentFormat;
 }
 
@@ -95,20 +112,20 @@ Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& t
     Result<std::unique_ptr<File>> opened = files_.open(target, mode);
     if (!opened)
         return opened.error();
-    Result<std::unique_ptr<CompoundFile>> file = CompoundFile::open(std::move(*opened));
+    Result<OpenFile> file = OpenFile::open(std::move(*opened));
     if (!file)
         return file.error();
     State state{std::move(*file), std::make_unique<ObjectStore>(types_), path, *before, true, {}};
-    state.store->load(*state.file);
+    state.store->load(*state.file.compound);
     if (mode == FileMode::Read)
         state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
-    if (const Result<void> writable = state.file->writable(); !writable)
+    if (const Result<void> writable = state.file.compound->writable(); !writable)
         state.readOnlyReason = writable.error();
     if (state.store->indexDamaged()) // the reason that a copy does not end
         state.readOnlyReason = Error{ErrorKind::Corrupt, state.store->damage().front().what};
     // What was opened must be what the path leads to, or a save would go to a file that nobody sees.
     if (mode != FileMode::Read)
-        if (const Result<FileSnapshot> now = FileSnapshot::of(files_, target); !now || *now != *before)
+        if (const auto now = FileSnapshot::of(files_, target, state.file.disk.get()); !now || *now != *before)
             return Error{ErrorKind::InUse, pathText(path) + " is being changed by another program"};
     return state;
 }
@@ -141,12 +158,14 @@ void TDocument::regainLock(const fs::path& target) {
     Result<std::unique_ptr<File>> opened = files_.open(target, FileMode::ReadWrite);
     if (!opened)
         return;
-    Result<std::unique_ptr<CompoundFile>> file = CompoundFile::open(std::move(*opened));
-    const Result<FileSnapshot> now = FileSnapshot::of(files_, target);
-    if (!file || !now || *now != state_.snapshot)
+    Result<OpenFile> file = OpenFile::open(std::move(*opened));
+    if (!file)
         return;
-    state_.store->attach(**file);
-    state_.file = std::move(*file);
+    const Result<FileSnapshot> now = FileSnapshot::of(files_, target, file->disk.get());
+    if (!now || *now != state_.snapshot)
+        return;
+    state_.store->attach(*file->compound);
+    std::swap(state_.file, *file);
     if (state_.readOnlyReason->kind != ErrorKind::Corrupt)
         state_.readOnlyReason.reset();
 }
@@ -158,8 +177,13 @@ bool TDocument::isFile(const fs::path& path) const {
     return status && status->identity == state_.snapshot.status.identity;
 }
 
+/// What the path leads to now.
+Result<FileSnapshot> TDocument::lookAtDisk() const {
+    return FileSnapshot::of(files_, state_.path, isFile(state_.path) ? state_.file.disk.get() : nullptr);
+}
+
 Result<void> TDocument::unchangedOnDisk() const {
-    const Result<FileSnapshot> now = FileSnapshot::of(files_, state_.path);
+    const Result<FileSnapshot> now = lookAtDisk();
     if (!now && now.error().kind != ErrorKind::NotFound)
         return now.error();
     if (now && *now == state_.snapshot)
@@ -186,20 +210,20 @@ Result<void> TDocument::save(const SaveOptions& options) {
     const Result<fs::path> target = resolveLinks(state_.path);
     if (!target)
         return target.error();
-    const auto copy = [this](File& to) { return state_.file->copyTo(to); };
+    const auto copy = [this](File& to) { return state_.file.compound->copyTo(to); };
     return keepingBackup(
-        *target, copy, options, [&] { return writeInPlace(options); }, false);
+        *target, copy, options, [&] { return writeInPlace(*target, options); }, false);
 }
 
-Result<void> TDocument::writeInPlace(const SaveOptions& options) {
-    Result<void> done = writeTo(*state_.file);
+Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& options) {
+    Result<void> done = writeTo(*state_.file.compound);
     if (done)
         done = options.runDisk([&](DiskProgress&) -> Result<void> {
-            QUOBRIX_TRY(state_.file->commit());
-            return state_.nameDurable ? Result<void>() : files_.flushFolder(state_.path.parent_path());
+            QUOBRIX_TRY(state_.file.compound->commit());
+            return state_.nameDurable ? Result<void>() : files_.flushFolder(target.parent_path());
         });
     // Whatever came of it, the file looks as it does by our doing, as long as it is the same file.
-    const Result<FileSnapshot> now = FileSnapshot::of(files_, state_.path);
+    const Result<FileSnapshot> now = lookAtDisk();
     if (now && now->status.identity == state_.snapshot.status.identity)
         state_.snapshot = *now;
     else if (done && now)
@@ -231,8 +255,9 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
     const Result<FileStatus> status = files_.status(*target);
     if (!status && status.error().kind != ErrorKind::NotFound)
         return status.error();
-    if (status) {
-        there = files_.open(*target, isFile(*target) ? FileMode::Read : FileMode::ReadWrite);
+    const bool own = isFile(*target); // changed where it is
+    if (status && !own) {
+        there = files_.open(*target, FileMode::ReadWrite);
         if (!there && there.error().kind == ErrorKind::AccessDenied) // read-only; its folder decides
             there = files_.open(*target, FileMode::Read);
         if (!there && there.error().kind != ErrorKind::AccessDenied)
@@ -244,30 +269,32 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
     bool replaced = false;
     const auto work = [&] { return putInPlace(path, options, build, replaced); };
     files_.removeAbandoned(target->parent_path());
-    if (!there && there.error().kind == ErrorKind::NotFound)
+    if (!own && !there && there.error().kind == ErrorKind::NotFound)
         return work();
-    const auto copy = [&](File& to) { return there ? copyFile(**there, to) : there.error(); };
+    const auto copy = [&](File& to) {
+        return own ? copyFile(*state_.file.disk, to) : there ? copyFile(**there, to) : there.error();
+    };
     return keepingBackup(*target, copy, options, work, replaced);
 }
 
-Result<std::unique_ptr<CompoundFile>> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
-    Result<std::unique_ptr<CompoundFile>> file = Error{};
+Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
+    Result<OpenFile> file = Error{};
     if (hasFile()) {
         const std::uint64_t size = space().fileBytes;
         QUOBRIX_TRY(checkSpace(replacement.target(), size));
         // A copy of the file, not of its streams: what could not be read comes along untouched.
         QUOBRIX_TRY(options.runDisk([&](DiskProgress& progress) {
             ProgressFile target(replacement.file(), progress, "Copying the file", size);
-            return state_.file->copyTo(target);
+            return state_.file.compound->copyTo(target);
         }));
-        file = CompoundFile::open(replacement.takeFile());
+        file = OpenFile::open(replacement.takeFile());
     } else {
-        file = CompoundFile::create(replacement.takeFile());
+        file = OpenFile::create(replacement.takeFile());
     }
     if (!file)
         return file;
-    QUOBRIX_TRY(writeTo(**file));
-    QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return (*file)->commit(); }));
+    QUOBRIX_TRY(writeTo(*file->compound));
+    QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return file->compound->commit(); }));
     return file;
 }
 
@@ -285,17 +312,16 @@ Result<void> TDocument::compact(const SaveOptions& options) {
         replaced);
 }
 
-Result<std::unique_ptr<CompoundFile>> TDocument::buildCompact(ReplacementFile& replacement,
-                                                              const SaveOptions& options) {
-    const CompoundFile::Space space = state_.file->space();
+Result<TDocument::OpenFile> TDocument::buildCompact(ReplacementFile& replacement, const SaveOptions& options) {
+    const CompoundFile::Space space = state_.file.compound->space();
     const std::uint64_t size = space.fileBytes - std::min(space.freeBytes, space.fileBytes);
     QUOBRIX_TRY(checkSpace(replacement.target(), size));
-    Result<std::unique_ptr<CompoundFile>> file = Error{};
+    Result<OpenFile> file = Error{};
     const auto work = [&](DiskProgress& progress) -> Result<void> {
         ProgressFile target(replacement.file(), progress, "Compacting the file", size);
-        QUOBRIX_TRY(state_.file->compactTo(target));
-        file = CompoundFile::open(replacement.takeFile());
-        return file ? checkSame(*state_.file, **file, progress) : file.error();
+        QUOBRIX_TRY(state_.file.compound->compactTo(target));
+        file = OpenFile::open(replacement.takeFile());
+        return file ? checkSame(*state_.file.compound, *file->compound, progress) : file.error();
     };
     QUOBRIX_TRY(options.runDisk(work));
     return file;
@@ -308,10 +334,10 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     Result<ReplacementFile> replacement = ReplacementFile::create(path, {}, files_);
     if (!replacement)
         return replacement.error();
-    Result<std::unique_ptr<CompoundFile>> file = build(*replacement);
+    Result<OpenFile> file = build(*replacement);
     if (!file)
         return file.error();
-    const Result<FileSnapshot> snapshot = FileSnapshot::of(files_, replacement->temporary());
+    const Result<FileSnapshot> snapshot = FileSnapshot::of(files_, replacement->temporary(), file->disk.get());
     if (!snapshot)
         return snapshot.error();
     const bool own = path == state_.path;
@@ -319,8 +345,8 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     replaced = replacement->inPlace();
     if (!renamed && !(own && replaced)) // the document's own file is gone then
         return renamed;
-    state_.store->attach(**file);
-    state_.file = std::move(*file);
+    state_.store->attach(*file->compound);
+    std::swap(state_.file, *file);
     state_.path = path;
     state_.snapshot = *snapshot;
     state_.nameDurable = bool(renamed);
@@ -382,8 +408,7 @@ Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const Copy
         return backup;
     const auto work = [&](DiskProgress& progress) -> Result<void> {
         ProgressFile to(backup->file(), progress, "Keeping a backup of the file", status->size);
-        QUOBRIX_TRY(copy(to));
-        return to.flush();
+        return copy(to);
     };
     QUOBRIX_TRY(options.runDisk(work));
     return backup;

@@ -70,7 +70,7 @@ public:
 
     /// Empty for an untitled document.
     const std::filesystem::path& path() const { return state_.path; }
-    bool hasFile() const { return state_.file != nullptr; }
+    bool hasFile() const { return state_.file.compound != nullptr; }
     /// PATH leads to the file that the document was opened from or saved to.
     bool isFile(const std::filesystem::path& path) const;
     /// Opened so, or damaged so that a save could lose something; readOnlyReason says why.
@@ -96,26 +96,34 @@ protected:
     void setReadOnly(Error reason) { state_.readOnlyReason = std::move(reason); }
 
 private:
+    /// A compound file, and the file under it within reach.
+    struct OpenFile {
+        std::unique_ptr<File> disk;
+        std::unique_ptr<CompoundFile> compound; // after disk: it works on it
+        static Result<OpenFile> open(std::unique_ptr<File> disk);
+        static Result<OpenFile> create(std::unique_ptr<File> disk);
+    };
     struct State {
-        std::unique_ptr<CompoundFile> file;
+        OpenFile file;
         std::unique_ptr<ObjectStore> store; // after file: it reads from it
         std::filesystem::path path;         // as the user knows it
         FileSnapshot snapshot;
         bool nameDurable = true; // after a renaming that could not be flushed: not yet
         std::optional<Error> readOnlyReason;
     };
-    using Copy = std::function<Result<void>(File&)>;
-    using Build = std::function<Result<std::unique_ptr<CompoundFile>>(ReplacementFile&)>;
+    using Copy = std::function<Result<void>(File&)>; // durable when it returns
+    using Build = std::function<Result<OpenFile>(ReplacementFile&)>;
 
     void take(State next);
     Result<State> load(const std::filesystem::path& path, const std::filesystem::path& target, FileMode mode) const;
     void regainLock(const std::filesystem::path& target);
+    Result<FileSnapshot> lookAtDisk() const;
     Result<void> unchangedOnDisk() const;
     Result<void> writeTo(CompoundFile& file);
-    Result<void> writeInPlace(const SaveOptions& options);
+    Result<void> writeInPlace(const std::filesystem::path& target, const SaveOptions& options);
     Result<void> writeAnew(const std::filesystem::path& path, const SaveOptions& options);
-    Result<std::unique_ptr<CompoundFile>> buildWhole(ReplacementFile& replacement, const SaveOptions& options);
-    Result<std::unique_ptr<CompoundFile>> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
+    Result<OpenFile> buildWhole(ReplacementFile& replacement, const SaveOptions& options);
+    Result<OpenFile> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
     Result<void> putInPlace(const std::filesystem::path& path, const SaveOptions& options, const Build& build,
                             bool& replaced);
     Result<void> keepingBackup(const std::filesystem::path& target, const Copy& copy, const SaveOptions& options,

@@ -11,7 +11,9 @@ struct FileSnapshot {
     FileStatus status;
     Bytes header;
 
-    static Result<FileSnapshot> of(FileSystem& files, const std::filesystem::path& path);
+    /// OPENED, if given, is the file, which PATH leads to as well: where locks keep even readers away, only who holds
+    /// the lock can read.
+    static Result<FileSnapshot> of(FileSystem& files, const std::filesystem::path& path, File* opened = nullptr);
     bool operator==(const FileSnapshot&) const = default;
 };
 

@@ -158,6 +158,20 @@ const Flow kFlows[] = {
      [](auto& document, auto& options) { return document.compact(options); }, false},
     {"compaction with changes", kDocument, openAndChange,
      [](auto& document, auto& options) { return document.compact(options); }, true},
+    {"save after a compaction that may have failed", kDocument,
+     [](auto& document, auto&, int) {
+         open(document);
+         comment(document, "old");
+         ASSERT_TRUE(document.save());
+         comment(document, "new");
+     },
+     [](auto& document, auto& options) {
+         comment(document, "old");
+         static_cast<void>(document.compact(options));
+         comment(document, "new");
+         return document.save(options);
+     },
+     false},
     {"overwriting what another program put there", kDocument,
      [](auto& document, auto& folder, int count) {
          openAndChange(document, folder, count);
@@ -208,6 +222,8 @@ public:
         }
         FAIL() << "not done after six attempts";
     }
+
+    Result<void> runOnce() { return flow_.run(document_, {}); }
 
     /// Every document of IMAGE is one that may be there.
     void expectAllowed(const FaultFolder::Image& image) const {
@@ -338,6 +354,13 @@ TEST_P(DocumentCrash, ADiskThatIsFullAtAnyWriteLosesNothing) {
                 ASSERT_FALSE(HasFailure()) << "full at byte " << fill;
             }
     report("full disks", GetParam(), full);
+}
+
+TEST_P(DocumentCrash, NobodyButTheHolderOfTheLockNeedsToReadTheFile) {
+    Trial trial(GetParam(), folderWithDocuments(3), 3, 1);
+    trial.folder.locksKeepReadersAway = true;
+    ASSERT_TRUE(trial.runOnce());
+    trial.expectDone(true);
 }
 
 INSTANTIATE_TEST_SUITE_P(Flows, DocumentCrash, testing::ValuesIn(kFlows), [](const auto& flow) {

@@ -17,6 +17,8 @@ public:
     }
 
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+        if (folder_.locksKeepReadersAway && inode_->locked && !writes_)
+            return Error{ErrorKind::AccessDenied, "read"};
         decide(0);
         return file_->readAt(offset, out);
     }

@@ -36,6 +36,8 @@ public:
     /// Bytes that all files together may have.
     std::uint64_t capacity = std::numeric_limits<std::uint64_t>::max();
     bool tellsFreeSpace = true;
+    /// A file that is open for writing is read by who opened it so only, as on network shares.
+    bool locksKeepReadersAway = false;
     std::uint64_t used() const;
 
     Result<std::unique_ptr<File>> open(const std::filesystem::path& path, FileMode mode) override;
