@@ -6,6 +6,7 @@
 #include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QFrame>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -15,6 +16,9 @@
 #include <QVBoxLayout>
 
 namespace quobrix {
+
+// Before these rows stands a line.
+constexpr std::string_view kFirstOfRecords = "Trips", kFirstOfFormat = "Objects";
 
 /// How much of the file is in use, as a bar.
 class PropertiesDialog::SpaceBar final : public QWidget {
@@ -72,7 +76,10 @@ PropertiesDialog::PropertiesDialog(const ViewContext& context, std::function<voi
     buttons->addButton(folderButton_, QDialogButtonBox::ActionRole);
     buttons->addButton(compactButton_, QDialogButtonBox::ActionRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    for (QPushButton* button : {compactButton_, folderButton_})
+        button->setAutoDefault(false);
     buttons->button(QDialogButtonBox::Close)->setDefault(true);
+    buttons->button(QDialogButtonBox::Close)->setFocus();
 
     form_->setHorizontalSpacing(24);
     form_->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
@@ -112,6 +119,12 @@ void PropertiesDialog::show(std::string_view key, std::string_view label, const 
         QPalette flat = field->palette();
         flat.setColor(QPalette::Base, Qt::transparent);
         field->setPalette(flat);
+        if (key == kFirstOfRecords || key == kFirstOfFormat) {
+            auto* line = new QFrame;
+            line->setFrameShape(QFrame::HLine);
+            line->setFrameShadow(QFrame::Sunken);
+            form_->addRow(line);
+        }
         auto* caption = new QLabel(toQt(label) + QLatin1Char(':'));
         caption->setBuddy(field);
         form_->addRow(caption, field);

@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
 #include <QTimer>
 #include <QWidget>
 
@@ -62,6 +64,20 @@ TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
             EXPECT_FALSE(box.findChild<QComboBox*>());
         });
     EXPECT_EQ(boxes, 2);
+}
+
+TEST_F(DialogPrompterTest, AnActionIsChosenByItsButtonAndNoneByEscape) {
+    const auto choose = [this](const std::function<void(QMessageBox&)>& act) {
+        QTimer::singleShot(0, qApp, [&] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                act(*box);
+        });
+        return prompter_.chooseAction(makeMessage(MessageId::FileGoneFromDisk, "a.car"),
+                                      {"&Save Again", "Save &As..."});
+    };
+    EXPECT_EQ(choose([](QMessageBox& box) { box.findChild<QPushButton*>(QStringLiteral("SaveAs"))->click(); }), 1u);
+    EXPECT_EQ(choose([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }), 0u);
+    EXPECT_EQ(choose([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }), std::nullopt);
 }
 
 } // namespace

@@ -15,6 +15,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTest>
 #include <QTimer>
@@ -246,6 +248,44 @@ TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
     ASSERT_FALSE(result);
     EXPECT_EQ(result.error().kind, ErrorKind::DiskFull);
     EXPECT_GT(timeouts, 3);
+}
+
+TEST(DiskWork, VeryLongWorkShowsHowFarItIsAndCanBeCancelled) {
+    QStringList seen;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (!dialog || dialog->objectName() != QLatin1String("DiskProgress"))
+            return;
+        const auto* bar = dialog->findChild<QProgressBar*>();
+        auto* cancel = dialog->findChild<QPushButton*>();
+        seen << bar->accessibleName() + QStringLiteral(" %1 ").arg(bar->value()) +
+                    QLatin1String(cancel->isEnabled() ? "can be cancelled" : "goes on");
+        if (seen.size() == 1)
+            QTest::keyClick(dialog, Qt::Key_Escape); // nothing to cancel yet: it stays
+        else if (cancel->isEnabled())
+            cancel->click();
+    });
+    timer.start(50);
+    const Result<void> result = runWhilePainting(
+        [&](DiskProgress& progress) -> Result<void> {
+            std::this_thread::sleep_for(std::chrono::milliseconds(900));
+            progress.what = "Testing";
+            progress.done = 1;
+            progress.total = 4;
+            while (!progress.cancelled)
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            progress.total = 0;
+            return Error{ErrorKind::Cancelled, ""};
+        },
+        nullptr);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().kind, ErrorKind::Cancelled);
+    ASSERT_GE(seen.size(), 2);
+    EXPECT_TRUE(seen.first().startsWith(QLatin1String("Saving")) && seen.first().endsWith(QLatin1String("goes on")))
+        << seen.first().toStdString();
+    EXPECT_EQ(seen.last(), QStringLiteral("Testing 250 can be cancelled"));
+    EXPECT_FALSE(QApplication::activeModalWidget());
 }
 
 } // namespace

@@ -15,6 +15,13 @@ public:
     explicit FaultDisk(unsigned seed, const Bytes& content = {})
         : random_(seed), current_(content), durable_(content) {}
 
+    /// CONTENT is there now, durably. Files over this disk must be opened anew.
+    void replace(const Bytes& content) {
+        current_ = durable_ = content;
+        onTheWay_.clear();
+        sizes_.clear();
+    }
+
     /// What a file over this disk reads back, whether durable or not.
     const Bytes& current() const { return current_; }
 

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <random>
 
 namespace quobrix {
@@ -14,7 +15,8 @@ namespace fs = std::filesystem;
 
 class Killed : public Programs {
 protected:
-    static constexpr int kRounds = 25;
+    /// How often each command is killed; QUOBRIX_KILLS asks for more.
+    const int rounds_ = std::getenv("QUOBRIX_KILLS") ? std::atoi(std::getenv("QUOBRIX_KILLS")) : 25;
     using Seconds = std::chrono::duration<double>;
 
     void SetUp() override {
@@ -52,7 +54,7 @@ protected:
     }
     void report(const char* what, int count) {
         RecordProperty(what, count);
-        std::printf("[  COUNTED ] %s: %d of %d\n", what, count, kRounds);
+        std::printf("[  COUNTED ] %s: %d of %d\n", what, count, rounds_);
     }
 
     /// What killed runs left beside the documents must not be in the way of the next one.
@@ -77,7 +79,7 @@ TEST_F(Killed, WhileItSavesToAnExistingDocument) {
     ASSERT_NE(old, fresh);
 
     int unfinished = 0, begun = 0, backups = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         fs::copy_file(folder_ / "Old.car", folder_ / "Doc.car", fs::copy_options::overwrite_existing);
         fs::copy_file(folder_ / "Older.car", folder_ / "Doc.car.bak", fs::copy_options::overwrite_existing);
         const std::size_t before = files().size();
@@ -121,7 +123,7 @@ TEST_F(Killed, WhileItCompactsADocument) {
     const std::uintmax_t compact = fs::file_size(folder_ / "Doc.car");
     ASSERT_LT(compact, loose);
     int unfinished = 0, begun = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         fs::copy_file(folder_ / "Loose.car", folder_ / "Doc.car", fs::copy_options::overwrite_existing);
         const std::size_t before = files().size();
         const Seconds delay = nextMoment();
@@ -146,7 +148,7 @@ TEST_F(Killed, WhileItMakesADocument) {
     runTimed(downloadInto("New.car"));
     const std::string fresh = list("New.car");
     int unfinished = 0;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < rounds_; ++round) {
         fs::remove(folder_ / "Doc.car");
         const Seconds delay = nextMoment();
         SCOPED_TRACE("killed after " + std::to_string(delay.count()) + " s");
