@@ -121,11 +121,10 @@ void Directory::findMembers() {
     names_ = NameIndex(found.size());
     for (const std::uint32_t index : found) {
         // Of two entries of one name only the first can be meant.
-        if (find(name(index)) != kNoEntry) {
+        if (find(name(index)) == kNoEntry)
+            members_.insert(index);
+        else
             --memberCount_;
-            continue;
-        }
-        members_.insert(index);
         names_.insert(name(index).hash(), index);
     }
 }
@@ -227,12 +226,16 @@ std::uint32_t Directory::insert(const NameField& name) {
     for (const std::uint32_t link : {entry::kLeft, entry::kRight, entry::kChild})
         store32(slot + link, kNoEntry);
     store32(slot + entry::kStart, kEndOfChain);
+    names_.insert(name.name().hash(), index);
+    addMember(index);
+    return index;
+}
+
+void Directory::addMember(std::uint32_t index) {
     members_.insert(index);
     ++memberCount_;
     added_.insert(index);
     ++addedCount_;
-    names_.insert(name.name().hash(), index);
-    return index;
 }
 
 void Directory::erase(std::uint32_t index) {
@@ -243,9 +246,15 @@ void Directory::erase(std::uint32_t index) {
     } else {
         eraseFromTree(*this, index);
     }
-    names_.erase(name(index).hash(), index);
+    const std::uint32_t hash = name(index).hash();
+    names_.erase(hash, index);
     members_.erase(index);
     --memberCount_;
+    // Nothing hides another one of that name any more: who opens the file next finds it.
+    if (const std::uint32_t hidden =
+            names_.find(hash, [&](std::uint32_t other) { return compareNames(name(other), name(index)) == 0; });
+        hidden != kNoEntry)
+        addMember(hidden);
     std::uint8_t* slot = change(index);
     std::fill_n(slot, kEntrySize, std::uint8_t{0});
     store32(slot + entry::kLeft, kNoEntry);
@@ -275,7 +284,9 @@ void Directory::setRed(std::uint32_t index, bool red) {
 }
 
 std::uint32_t Directory::find(EntryName name) const {
-    return names_.find(name.hash(), [&](std::uint32_t index) { return compareNames(this->name(index), name) == 0; });
+    return names_.find(name.hash(), [&](std::uint32_t index) {
+        return isMember(index) && compareNames(this->name(index), name) == 0;
+    });
 }
 
 } // namespace quobrix::cfb

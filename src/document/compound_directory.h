@@ -22,10 +22,13 @@ public:
     std::uint32_t find(EntryName name) const;
     /// Adds an empty stream; there must be nothing of that name. It is not in the tree before settle().
     std::uint32_t insert(const NameField& name);
-    /// Removes an entry that find() yields; its index may be given to another.
+    /// Removes an entry that find() yields; its index may be given to another. In a damaged directory there may be more
+    /// of that name: find() then yields the next one.
     void erase(std::uint32_t index);
 
     bool isMember(std::uint32_t index) const { return members_.contains(index); }
+    /// A member for which the tree must have a place; false for those inserted after the last settle().
+    bool belongsInTree(std::uint32_t index) const { return isMember(index) && !added_.contains(index); }
     bool isStream(std::uint32_t index) const { return type(index) == EntryType::Stream; }
     /// Valid until something is inserted.
     EntryName name(std::uint32_t index) const {
@@ -69,6 +72,7 @@ private:
     bool precedes(std::uint32_t a, std::uint32_t b) const { return compareNames(name(a), name(b)) < 0; }
     void sortByName(std::vector<std::uint32_t>& entries) const;
     void appendPage();
+    void addMember(std::uint32_t index);
 
     Pages pages_;
     SectorSet members_; ///< entries of the root storage
@@ -77,7 +81,7 @@ private:
     std::uint32_t memberCount_ = 0;
     bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced
     std::vector<std::uint32_t> freeSlots_; ///< unused entries, the lowest last
-    NameIndex names_;
+    NameIndex names_; ///< of the members, and of those that are hidden behind a member of the same name
 };
 
 } // namespace quobrix::cfb

@@ -134,13 +134,13 @@ void CompoundFileEngine::remove(std::string_view name) {
     const std::lock_guard changing(changing_);
     const std::lock_guard lock(mutex_);
     failed_.reset();
-    const std::uint32_t index = findStream(name);
-    if (index == kNoEntry)
-        return;
-    changed_ = true;
-    pending_.erase(index);
-    tables_.releaseContent(index);
-    tables_.directory.erase(index);
+    // In a damaged directory there may be several: none of them must come back.
+    for (std::uint32_t index; (index = findStream(name)) != kNoEntry;) {
+        changed_ = true;
+        pending_.erase(index);
+        tables_.releaseContent(index);
+        tables_.directory.erase(index);
+    }
 }
 
 /// Copies CONTENT into the pages that hold the chain from SECTOR on; what it does not fill of the last one is zero.

@@ -183,7 +183,7 @@ std::optional<std::vector<std::uint32_t>> treeInOrder(const Directory& directory
     const auto endsAlike = [&](std::uint32_t blacks) { return blacks == blacksToEnds.value_or(blacks); };
     for (bool parentRed = false;;) {
         if (at.node != kNoEntry) {
-            if (!directory.isMember(at.node))
+            if (!directory.belongsInTree(at.node))
                 return {};
             const bool red = directory.red(at.node);
             if (above.size() == deepest || order.size() + above.size() >= most || (red && parentRed))

@@ -1,6 +1,7 @@
 #include "document/compound_file.h"
 #include "document/compound_format.h"
 
+#include "support/compound_checker.h"
 #include "support/memory_file.h"
 
 #include <gtest/gtest.h>
@@ -100,6 +101,43 @@ TEST_F(CompoundFileDamage, ALinkOfTheDirectoryThatIsLostLosesNothing) {
             EXPECT_EQ((*open())->names().size(), 26u);
             expectLost("");
         }
+}
+
+TEST_F(CompoundFileDamage, ALinkToAnUnusedEntryDoesNotCatchTheNextStream) {
+    put32(entryOf('b') + 68, 27); // where a's was
+    {
+        const auto file = *open();
+        file->write("0", content('0', 640)); // becomes entry 27, and belongs before b
+        file->write("1", content('1', 640));
+        EXPECT_EQ(file->names().size(), 28u);
+        ASSERT_TRUE(file->commit());
+        EXPECT_EQ(examineCompoundFile(*disk_).fault, "");
+    }
+    EXPECT_EQ((*open())->names().size(), 28u);
+    expectLost("");
+}
+
+TEST_F(CompoundFileDamage, OfSeveralStreamsOfOneNameTheFirstCountsAndNoneSurvivesARemoval) {
+    for (const char letter : {'b', 'd', 'q'})
+        disk_->at(entryOf(letter)) = 'P';
+    disk_->at(entryOf('p') + 120 + 3) = 1; // damaged at that
+    {
+        const auto file = *open();
+        EXPECT_EQ(file->names().size(), 23u);
+        EXPECT_TRUE(file->contains("p"));
+        file->write("p", content('!', 100));
+        ASSERT_TRUE(file->commit());
+    }
+    {
+        const auto file = *open();
+        EXPECT_EQ(*file->read("p"), content('!', 100));
+        file->remove("p");
+        EXPECT_FALSE(file->contains("p"));
+        ASSERT_TRUE(file->commit());
+    }
+    EXPECT_FALSE((*open())->contains("p"));
+    expectLost("bdpq");
+    EXPECT_EQ((*open())->names().size(), 23u); // with the new one
 }
 
 TEST_F(CompoundFileDamage, CrossedAndEndlessChainsAreCorruptForTheirStreamsOnly) {
