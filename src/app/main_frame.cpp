@@ -4,6 +4,7 @@
 #include "app/disk_work.h"
 #include "app/miscellaneous_dialog.h"
 #include "app/properties_dialog.h"
+#include "app/table_windows.h"
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
@@ -88,10 +89,11 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                                        .recent = recentActions_});
     });
     addHandlers();
-    addPage(kTripLogPage, [this] { return new TTripLogView(context_); });
-    addPage(static_cast<int>(CommandId::TroubleLog), [this] { return new TTroubleLogView(context_); });
-    addPage(static_cast<int>(CommandId::ActivityLog), [this] { return new TSecurityLogView(context_); });
-    addPage(static_cast<int>(CommandId::AccidentLog), [this] { return new TAccidentLogView(context_); });
+    tableWindows_ = std::make_unique<TableWindows>(*this);
+    addLogPage(CommandId::TripLog, TTripLogTable::kType, [this] { return new TTripLogView(context_); });
+    addLogPage(CommandId::TroubleLog, TTroubleLogTable::kType, [this] { return new TTroubleLogView(context_); });
+    addLogPage(CommandId::ActivityLog, TSecurityLogTable::kType, [this] { return new TSecurityLogView(context_); });
+    addLogPage(CommandId::AccidentLog, TAccidentLogTable::kType, [this] { return new TAccidentLogView(context_); });
     showDiagnosticsMenu(context_.settings.getInteger("Diagnostics", "Menu", 0) != 0);
     documentChanged();
     restoreWindow();
@@ -100,6 +102,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
 TQuobrixFrame::~TQuobrixFrame() {
     context_.document.edits().removeListener(*this);
     qDeleteAll(namesDialogs());
+    tableWindows_.reset();
     pages_->discard(); // while the actions and the document are still there
 }
 
@@ -125,6 +128,16 @@ void TQuobrixFrame::addPage(int pageId, PageArea::Create create) {
                 pages_->show(pageId);
                 files_.tellDamage();
             });
+}
+
+void TQuobrixFrame::addLogPage(CommandId id, const PersistentType& log, PageArea::Create create) {
+    const int pageId = static_cast<int>(id);
+    addPage(pageId, std::move(create));
+    tableWindows_->addSource(log, [this, pageId](std::string_view columnKey, RowIndex row) {
+        pages_->show(pageId);
+        pages_->page(pageId)->showCell(columnKey, row);
+        activateWindow();
+    });
 }
 
 void TQuobrixFrame::addRecentFileActions() {

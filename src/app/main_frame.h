@@ -7,6 +7,7 @@
 
 #include <QMainWindow>
 
+#include <memory>
 #include <vector>
 
 class QLabel;
@@ -14,6 +15,7 @@ class QLabel;
 namespace quobrix {
 
 class NamesDialog;
+class TableWindows;
 
 /// The page ids that commands bring into view are those of the commands.
 inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
@@ -32,6 +34,7 @@ public:
     Prompter& prompter() { return prompter_; }
     DocumentFiles& files() { return files_; }
     RecentFiles& recentFiles() { return recent_; }
+    TableWindows& tableWindows() { return *tableWindows_; }
 
     /// The dialogs of names that are open.
     QList<NamesDialog*> namesDialogs() const;
@@ -57,6 +60,7 @@ private:
     void tableChanged(const TableChange&) override {}
     void historyChanged() override;
     void addHandlers();
+    void addLogPage(CommandId id, const PersistentType& log, PageArea::Create create);
     void addRecentFileActions();
     void updateRecentFiles();
     void updateTitle();
@@ -77,6 +81,7 @@ private:
     DocumentFiles files_;
     Commands* commands_;
     PageArea* pages_;
+    std::unique_ptr<TableWindows> tableWindows_;
     QLabel* portStatus_;
     std::vector<QAction*> recentActions_;
     std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;

@@ -25,6 +25,9 @@ constexpr std::string_view kNotADate = "Hey, that's not a date!";
 constexpr std::string_view kNotAnElapsedTime = "Hey, that's not an elapsed time in the format HH:MM:SS!";
 constexpr std::string_view kNotASelection = "This is not a valid selection.";
 
+// Beyond it the conversion into another unit could end at infinity.
+constexpr double kLargestFigure = 1e200;
+
 Parsed refused(std::string_view why) { return {{}, std::string(why)}; }
 
 std::string_view trimmed(std::string_view text) {
@@ -103,7 +106,7 @@ Parsed RealColumn::parse(std::string_view text, const TextContext& context) cons
     if (trimmed(text).empty())
         return {};
     const std::optional<double> typed = parseValue(context.units, spec().unit, text);
-    if (!typed || !std::isfinite(*typed) || !hasValue(*typed))
+    if (!typed || !(std::fabs(*typed) < kLargestFigure) || !hasValue(*typed))
         return refused(kNotANumber);
     return {
         snapped(requirements().recommended, snapped(requirements().required, *typed, *this, context), *this, context),

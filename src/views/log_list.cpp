@@ -51,6 +51,13 @@ void LogList::show(const Table* log) {
     emit currentRowChanged();
 }
 
+void LogList::showCell(std::string_view columnKey, RowIndex row) {
+    setCurrentRow(row);
+    const int column = model().indexOf(columnKey);
+    if (column >= 0 && row < static_cast<RowIndex>(model().rowCount()))
+        view().setCurrentIndex(model().index(model().placeOf(row), column));
+}
+
 void LogList::makeCurrent(RowIndex rows) {
     if (rows == 0)
         return;

@@ -11,6 +11,7 @@ class LogPage : public Page {
     Q_OBJECT
 public:
     void refresh() override { list_->show(log()); }
+    void showCell(std::string_view columnKey, RowIndex row) override { list_->showCell(columnKey, row); }
     void unitsChanged() override { retextTables(*this); }
     LogList& list() { return *list_; }
 

@@ -36,6 +36,9 @@ public:
     /// Rows of the document or names have changed: show what there is now.
     virtual void refresh() {}
 
+    /// Brings a cell of the page's table into view: the row at least, where the column is not shown.
+    virtual void showCell(std::string_view /*columnKey*/, RowIndex /*row*/) {}
+
     /// Show the same in other units. Selection, scrolling and sorting stay.
     virtual void unitsChanged() { refresh(); }
 

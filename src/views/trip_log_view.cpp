@@ -112,6 +112,11 @@ QString TTripLogView::title() const {
 
 void TTripLogView::refresh() { summary_->show(&context_.document.trips()); }
 
+void TTripLogView::showCell(std::string_view columnKey, RowIndex row) {
+    showView(View::Summary);
+    summary_->showCell(columnKey, row);
+}
+
 void TTripLogView::unitsChanged() {
     retextTables(*this);
     emit titleChanged();

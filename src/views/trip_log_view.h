@@ -26,6 +26,7 @@ public:
 
     QString title() const override;
     void refresh() override;
+    void showCell(std::string_view columnKey, RowIndex row) override;
     void unitsChanged() override;
     void showView(View view);
 

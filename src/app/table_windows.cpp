@@ -1,0 +1,86 @@
+#include "app/table_windows.h"
+
+#include "app/main_frame.h"
+#include "model/value_check.h"
+#include "tables/ui/error_log.h"
+#include "tables/ui/requirements_window.h"
+
+#include <QApplication>
+
+namespace quobrix {
+namespace {
+
+/// Shows WINDOW in front, over a modal dialog if there is one: elsewhere it could not be used.
+template <class Window, class Make>
+Window& inFront(QPointer<Window>& window, QWidget& frame, const Make& make) {
+    QWidget* parent = QApplication::activeModalWidget();
+    if (!parent)
+        parent = &frame;
+    if (window && window->parentWidget() != parent)
+        delete window;
+    if (!window) {
+        window = make(parent);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+    return *window;
+}
+
+} // namespace
+
+TableWindows::TableWindows(TQuobrixFrame& frame) : frame_(frame) {
+    recheck_.setSingleShot(true);
+    QObject::connect(&recheck_, &QTimer::timeout, &frame_, [this] { check(); });
+    frame_.context().document.edits().addListener(*this);
+    frame_.context().units.addListener(*this);
+    frame_.commands().handle(CommandId::CheckForErrors, [this] { showErrors(); });
+}
+
+TableWindows::~TableWindows() {
+    frame_.context().units.removeListener(*this);
+    frame_.context().document.edits().removeListener(*this);
+    delete errors_;
+    delete requirements_;
+}
+
+void TableWindows::addSource(const PersistentType& table, ShowCell showCell) {
+    sources_.insert_or_assign(table.id(), std::move(showCell));
+}
+
+void TableWindows::showErrors() {
+    inFront(errors_, frame_, [&](QWidget* parent) {
+        auto* log = new TErrorLog(frame_.context().text(), frame_.context().settings, parent);
+        QObject::connect(log, &TErrorLog::goTo, &frame_, [this](const Finding& finding) { goTo(finding); });
+        return log;
+    });
+    check();
+}
+
+void TableWindows::showErrorsOf(const Table& table) {
+    showErrors();
+    errors_->selectTable(table.id());
+}
+
+void TableWindows::showRequirements(const Column& column) {
+    inFront(requirements_, frame_, [&](QWidget* parent) {
+        return new RequirementsWindow(frame_.context().units, frame_.context().zone, parent);
+    }).setColumn(column);
+}
+
+void TableWindows::check() {
+    if (errors_)
+        errors_->setFindings(checkValues(frame_.context().document, frame_.context().text()));
+}
+
+void TableWindows::goTo(const Finding& finding) {
+    const PersistentObject* table = frame_.context().document.store().find(finding.table);
+    const auto source = table ? sources_.find(table->type().id()) : sources_.end();
+    if (source == sources_.end())
+        frame_.prompter().tell(makeMessage(MessageId::NoSource, std::string(finding.title)));
+    else
+        source->second(finding.column ? finding.column->key : std::string_view(), finding.row);
+}
+
+} // namespace quobrix

@@ -1,0 +1,239 @@
+#include "tables/ui/error_log.h"
+
+#include "base/ui/qt_text.h"
+#include "settings/settings.h"
+#include "units/unit_system.h"
+
+#include <QAbstractTableModel>
+#include <QApplication>
+#include <QClipboard>
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QStyle>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace quobrix {
+
+namespace {
+
+constexpr std::string_view kSection = "TErrorLog";
+
+enum Field { kSeverity, kTable, kRow, kColumn, kText, kFieldCount };
+
+bool sameSource(const Finding& a, const Finding& b) {
+    return a.table == b.table && a.column == b.column && a.row == b.row;
+}
+
+QString countText(qsizetype count, const char* one, const char* several) {
+    return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : several));
+}
+
+} // namespace
+
+/// The findings as lines of a list.
+class ErrorLogModel final : public QAbstractTableModel {
+public:
+    ErrorLogModel(const TextContext& context, QObject* parent) : QAbstractTableModel(parent), context_(context) {}
+
+    void set(std::vector<Finding> findings) {
+        beginResetModel();
+        findings_ = std::move(findings);
+        endResetModel();
+    }
+    const std::vector<Finding>& findings() const { return findings_; }
+
+    QString text(int line, int field) const {
+        const Finding& finding = findings_[static_cast<std::size_t>(line)];
+        switch (field) {
+        case kSeverity:
+            return finding.severity == Severity::Required ? QStringLiteral("Error") : QStringLiteral("Warning");
+        case kTable:
+            return toQt(finding.title);
+        case kRow:
+            return finding.row == Finding::kNoRow
+                       ? QString()
+                       : toQt(context_.units.formatInteger(static_cast<std::int64_t>(finding.row) + 1));
+        case kColumn:
+            return finding.column ? toQt(plainHeading(*finding.column)) : QString();
+        default:
+            return toQt(finding.text).replace(QLatin1Char('\n'), QLatin1Char(' '));
+        }
+    }
+
+    int rowCount(const QModelIndex& parent = {}) const override {
+        return parent.isValid() ? 0 : static_cast<int>(findings_.size());
+    }
+    int columnCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : kFieldCount; }
+
+    QVariant data(const QModelIndex& cell, int role) const override {
+        switch (role) {
+        case Qt::DisplayRole:
+            return text(cell.row(), cell.column());
+        case Qt::ToolTipRole:
+            return toQt(findings_[static_cast<std::size_t>(cell.row())].text);
+        case Qt::DecorationRole:
+            if (cell.column() == kSeverity)
+                return QApplication::style()->standardIcon(findings_[static_cast<std::size_t>(cell.row())].severity ==
+                                                                   Severity::Required
+                                                               ? QStyle::SP_MessageBoxCritical
+                                                               : QStyle::SP_MessageBoxWarning);
+            return {};
+        case Qt::TextAlignmentRole:
+            return QVariant::fromValue((cell.column() == kRow ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+        default:
+            return {};
+        }
+    }
+
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
+        static constexpr const char* kHeadings[] = {"Severity", "Table", "Row", "Column", "Message"};
+        if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+            return {};
+        return QLatin1String(kHeadings[section]);
+    }
+
+private:
+    TextContext context_;
+    std::vector<Finding> findings_;
+};
+
+TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* parent)
+    : QDialog(parent), settings_(settings), model_(new ErrorLogModel(context, this)), list_(new QTreeView),
+      none_(new QLabel(QStringLiteral("No Errors!"))), content_(new QStackedWidget), summary_(new QLabel),
+      goToSource_(new QPushButton(QStringLiteral("&Go To Source"))) {
+    setObjectName(QStringLiteral("TErrorLog"));
+    setWindowTitle(QStringLiteral("Error Log"));
+
+    list_->setObjectName(QStringLiteral("errors"));
+    list_->setAccessibleName(QStringLiteral("Errors"));
+    list_->setModel(model_);
+    list_->setRootIsDecorated(false);
+    list_->setUniformRowHeights(true);
+    list_->setAlternatingRowColors(true);
+    list_->setAllColumnsShowFocus(true);
+    list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list_->installEventFilter(this);
+    list_->header()->setStretchLastSection(true);
+    list_->header()->setSectionsMovable(false);
+    connect(list_, &QTreeView::doubleClicked, this, &TErrorLog::goToCurrent);
+    connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) { goToSource_->setEnabled(current.isValid()); });
+
+    none_->setObjectName(QStringLiteral("noErrors"));
+    none_->setAlignment(Qt::AlignCenter);
+    content_->addWidget(list_);
+    content_->addWidget(none_);
+
+    auto* hint = new QLabel(QStringLiteral("Double-click on a message to go to its source. For help, press F1."));
+    hint->setObjectName(QStringLiteral("hint"));
+    hint->setWordWrap(true);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(hint);
+    layout->addWidget(content_, 1);
+    layout->addWidget(makeButtons());
+    setFindings({});
+
+    const QByteArray geometry = QByteArray::fromStdString(settings_.getText(kSection, "Geometry"));
+    if (!restoreGeometry(QByteArray::fromBase64(geometry)))
+        resize(720, 320);
+}
+
+TErrorLog::~TErrorLog() { settings_.setText(kSection, "Geometry", saveGeometry().toBase64().toStdString()); }
+
+QWidget* TErrorLog::makeButtons() {
+    summary_->setObjectName(QStringLiteral("summary"));
+    goToSource_->setObjectName(QStringLiteral("goToSource"));
+    // Enter goes to the source wherever the focus is but on another button.
+    goToSource_->setDefault(true);
+    connect(goToSource_, &QPushButton::clicked, this, &TErrorLog::goToCurrent);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    buttons->button(QDialogButtonBox::Close)->setObjectName(QStringLiteral("close"));
+    buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
+    buttons->addButton(goToSource_, QDialogButtonBox::ActionRole);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* row = new QWidget;
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(summary_, 1);
+    layout->addWidget(buttons);
+    return row;
+}
+
+const std::vector<Finding>& TErrorLog::findings() const { return model_->findings(); }
+
+void TErrorLog::setFindings(std::vector<Finding> findings) {
+    const int oldLine = list_->currentIndex().row();
+    const bool hadCurrent = oldLine >= 0;
+    const Finding old = hadCurrent ? model_->findings()[static_cast<std::size_t>(oldLine)] : Finding();
+    const bool first = model_->findings().empty() && !findings.empty();
+    model_->set(std::move(findings));
+
+    const auto& now = model_->findings();
+    int line = std::min(std::max(oldLine, 0), static_cast<int>(now.size()) - 1);
+    if (hadCurrent)
+        for (std::size_t i = 0; i < now.size(); ++i)
+            if (sameSource(now[i], old)) {
+                line = static_cast<int>(i);
+                break;
+            }
+    if (line >= 0)
+        list_->setCurrentIndex(model_->index(line, 0));
+    goToSource_->setEnabled(line >= 0);
+
+    const auto errors = std::ranges::count(now, Severity::Required, &Finding::severity);
+    const auto warnings = static_cast<std::ptrdiff_t>(now.size()) - errors;
+    summary_->setText(now.empty() ? QString()
+                                  : countText(errors, "error", "errors") + QStringLiteral(", ") +
+                                        countText(warnings, "warning", "warnings"));
+    content_->setCurrentWidget(now.empty() ? static_cast<QWidget*>(none_) : list_);
+    if (first)
+        for (int field = 0; field < kText; ++field)
+            list_->resizeColumnToContents(field);
+}
+
+void TErrorLog::selectTable(ObjectId table) {
+    const auto& all = model_->findings();
+    const auto found = std::ranges::find(all, table, &Finding::table);
+    if (found != all.end())
+        list_->setCurrentIndex(model_->index(static_cast<int>(found - all.begin()), 0));
+}
+
+void TErrorLog::goToCurrent() {
+    const int line = list_->currentIndex().row();
+    if (line >= 0) {
+        const Finding finding = model_->findings()[static_cast<std::size_t>(line)]; // the list may change meanwhile
+        emit goTo(finding);
+    }
+}
+
+void TErrorLog::copy() const {
+    QModelIndexList lines = list_->selectionModel()->selectedRows();
+    std::sort(lines.begin(), lines.end());
+    QString text;
+    for (const QModelIndex& line : lines) {
+        QStringList fields;
+        for (int field = 0; field < kFieldCount; ++field)
+            fields << model_->text(line.row(), field);
+        text += fields.join(QLatin1Char('\t')) + QLatin1Char('\n');
+    }
+    QApplication::clipboard()->setText(text);
+}
+
+bool TErrorLog::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == list_ && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy)) {
+        copy();
+        return true;
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+} // namespace quobrix

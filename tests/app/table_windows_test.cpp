@@ -1,0 +1,80 @@
+#include "app/main_frame.h"
+#include "app/table_windows.h"
+#include "support/sample_trip.h"
+#include "support/view_fixture.h"
+#include "tables/ui/error_log.h"
+#include "tables/ui/requirements_window.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+#include <QTimer>
+
+namespace quobrix::test {
+namespace {
+
+class TableWindowsTest : public ViewTest {
+protected:
+    TErrorLog* log() { return frame_.findChild<TErrorLog*>(); }
+    bool comesTo(std::size_t findings) {
+        return QTest::qWaitFor([&] { return log()->findings().size() == findings; });
+    }
+    void type(const Table& table, std::string_view key, RowIndex row, std::string_view text) {
+        ASSERT_TRUE(document_.edits().type(table.id(), table.indexOf(key), row, text, context_.text()).ok());
+    }
+    TQuobrixFrame frame_{context_};
+};
+
+TEST_F(TableWindowsTest, TheErrorLogFollowsWhatIsEdited) {
+    frame_.commands().trigger(CommandId::CheckForErrors);
+    ASSERT_TRUE(log() && log()->isVisible());
+    EXPECT_TRUE(log()->findings().empty());
+    const ObjectId vehicles = document_.vehicles().id();
+    document_.edits().insertRows(vehicles, 0);
+    EXPECT_TRUE(comesTo(2)); // no VIN, no name
+    type(document_.vehicles(), "TVehicleNamesVinColumn", 0, kVin);
+    EXPECT_TRUE(comesTo(1));
+    document_.edits().undo();
+    EXPECT_TRUE(comesTo(2));
+    document_.newDocument();
+    EXPECT_TRUE(comesTo(0));
+}
+
+TEST_F(TableWindowsTest, GoesToTheCellOfAPage) {
+    for (int i = 0; i < 3; ++i)
+        addTrip(document_, 1'000'000'000 + 1000 * i);
+    frame_.documentChanged();
+    frame_.commands().trigger(CommandId::CheckForErrors);
+    emit log()->goTo({Severity::Required, "", document_.trips().id(), "Trip Log", &TTripLogCommentsColumn::kSpec, 1});
+    EXPECT_EQ(frame_.pages().current(), kTripLogPage);
+    auto* list = frame_.pages().page(kTripLogPage)->findChild<TSpreadsheet*>(QStringLiteral("TTripLogSummaryView"));
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->currentRow(), 1u);
+}
+
+TEST_F(TableWindowsTest, SaysWhenNoWindowShowsTheSource) {
+    frame_.commands().trigger(CommandId::CheckForErrors);
+    QString text;
+    QTimer::singleShot(0, &frame_, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            text = box->text();
+            box->accept();
+        }
+    });
+    emit log()->goTo({Severity::Required, "", kNoObject, "Speed Bands"});
+    EXPECT_TRUE(text.contains(QStringLiteral("Speed Bands"))) << text.toStdString();
+}
+
+TEST_F(TableWindowsTest, ShowsWhatASpreadsheetAsksFor) {
+    document_.edits().insertRows(document_.vehicles().id(), 0);
+    document_.edits().insertRows(document_.drivers().id(), 0);
+    frame_.tableWindows().showErrorsOf(document_.drivers());
+    EXPECT_EQ(log()->findings().size(), 4u);
+    frame_.tableWindows().showRequirements(document_.trips().column<TTripLogCommentsColumn>());
+    auto* window = frame_.findChild<RequirementsWindow*>();
+    ASSERT_TRUE(window && window->isVisible());
+    EXPECT_TRUE(window->text().startsWith(QStringLiteral("Information or comments regarding this trip.\n\nA text")));
+}
+
+} // namespace
+} // namespace quobrix::test
