@@ -70,6 +70,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     setCentralWidget(pages_);
     setAcceptDrops(true);
 
+    windows_.requirements = [this](const Column& column) { tableWindows_->showRequirements(column); };
+    windows_.errors = [this](const Table& table) { tableWindows_->showErrorsOf(table); };
     windows_.unitSystems = [this] { commands_->trigger(CommandId::Units); };
     context_.prompter = &prompter_;
     context_.windows = &windows_;

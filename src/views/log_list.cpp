@@ -52,10 +52,11 @@ void LogList::show(const Table* log) {
 }
 
 void LogList::showCell(std::string_view columnKey, RowIndex row) {
-    setCurrentRow(row);
     const int column = model().indexOf(columnKey);
-    if (column >= 0 && row < static_cast<RowIndex>(model().rowCount()))
-        view().setCurrentIndex(model().index(model().placeOf(row), column));
+    if (column < 0)
+        setCurrentRow(row);
+    else
+        setCurrentCell(row, column);
 }
 
 void LogList::makeCurrent(RowIndex rows) {

@@ -13,6 +13,7 @@ namespace quobrix {
 
 /// What the values of one column are to be like, in the current units. It may stay open; closed by Escape.
 class RequirementsWindow final : public QDialog, private UnitsListener {
+    Q_OBJECT
 public:
     /// UNITS and ZONE must outlive the window.
     RequirementsWindow(TUnitSystem& units, const TimeZone& zone, QWidget* parent);
