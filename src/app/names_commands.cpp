@@ -1,13 +1,22 @@
 #include "app/names_commands.h"
 
 #include "app/main_frame.h"
+#include "app/table_windows.h"
 
 namespace quobrix {
 
 NamesCommands::NamesCommands(TQuobrixFrame& frame) : frame_(frame) {
-    frame_.commands().handle(CommandId::VehicleId, [this] { open<TVehicleNamesDialog>(); });
-    frame_.commands().handle(CommandId::QuobrixId, [this] { open<TQuobrixNamesDialog>(); });
-    frame_.commands().handle(CommandId::DriverId, [this] { open<DriverNamesDialog>(); });
+    offer<TVehicleNamesDialog, TVehicleNamesTable>(CommandId::VehicleId);
+    offer<TQuobrixNamesDialog, TQuobrixNamesTable>(CommandId::QuobrixId);
+    offer<DriverNamesDialog, DriverNamesTable>(CommandId::DriverId);
+}
+
+template <class Dialog, class NamesTable>
+void NamesCommands::offer(CommandId id) {
+    frame_.commands().handle(id, [this] { open<Dialog>(); });
+    frame_.tableWindows().addSource(NamesTable::kType, [this](std::string_view columnKey, RowIndex row) {
+        open<Dialog>().showCell(columnKey, row);
+    });
 }
 
 template <class Dialog>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/command_table.h"
 #include "model/name_questions.h"
 #include "views/names_dialog.h"
 
@@ -23,6 +24,9 @@ public:
 private:
     template <class Dialog>
     Dialog& open();
+    /// Makes Dialog what the command ID opens, and where the values of its table are found.
+    template <class Dialog, class NamesTable>
+    void offer(CommandId id);
 
     TQuobrixFrame& frame_;
 };

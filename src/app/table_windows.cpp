@@ -16,7 +16,7 @@ Window& inFront(QPointer<Window>& window, QWidget& frame, const Make& make) {
     QWidget* parent = QApplication::activeModalWidget();
     if (!parent)
         parent = &frame;
-    if (window && window->parentWidget() != parent)
+    if (window && (!window->isVisible() || window->parentWidget() != parent)) // one about to end is not shown again
         delete window;
     if (!window) {
         window = make(parent);

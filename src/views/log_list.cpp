@@ -51,14 +51,6 @@ void LogList::show(const Table* log) {
     emit currentRowChanged();
 }
 
-void LogList::showCell(std::string_view columnKey, RowIndex row) {
-    const int column = model().indexOf(columnKey);
-    if (column < 0)
-        setCurrentRow(row);
-    else
-        setCurrentCell(row, column);
-}
-
 void LogList::makeCurrent(RowIndex rows) {
     if (rows == 0)
         return;

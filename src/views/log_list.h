@@ -25,8 +25,6 @@ public:
     /// Shows the rows of LOG, which may be none. The current record stays current where its row has moved, the last one
     /// becomes so where there was none.
     void show(const Table* log);
-    /// Makes a cell current and brings it into view; the row alone, where the column is not shown.
-    void showCell(std::string_view columnKey, RowIndex row);
 
 private:
     /// What tells a record from all others of its log.

@@ -196,6 +196,11 @@ void NamesDialog::nameKeys(std::span<const std::string> keys) {
     list_->view().edit(list_->view().currentIndex());
 }
 
+void NamesDialog::showCell(std::string_view columnKey, RowIndex row) {
+    list_->showCell(columnKey, row);
+    list_->setFocus();
+}
+
 void NamesDialog::done(int result) {
     if (finishEdit())
         QDialog::done(result);

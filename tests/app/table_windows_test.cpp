@@ -1,4 +1,5 @@
 #include "app/main_frame.h"
+#include "app/names_commands.h"
 #include "app/table_windows.h"
 #include "support/sample_trip.h"
 #include "support/view_fixture.h"
@@ -50,6 +51,21 @@ TEST_F(TableWindowsTest, GoesToTheCellOfAPage) {
     auto* list = frame_.pages().page(kTripLogPage)->findChild<TSpreadsheet*>(QStringLiteral("TTripLogSummaryView"));
     ASSERT_TRUE(list);
     EXPECT_EQ(list->currentRow(), 1u);
+}
+
+TEST_F(TableWindowsTest, GoesToTheCellOfADialog) {
+    const NamesCommands names(frame_);
+    for (int i = 0; i < 3; ++i)
+        document_.edits().insertRows(document_.drivers().id(), 0);
+    frame_.commands().trigger(CommandId::CheckForErrors);
+    const auto error = std::ranges::find(log()->findings(), RowIndex{2}, &Finding::row);
+    ASSERT_NE(error, log()->findings().end());
+    emit log()->goTo(*error);
+    ASSERT_EQ(frame_.namesDialogs().size(), 1);
+    auto* list = frame_.namesDialogs().front()->findChild<TSpreadsheet*>();
+    ASSERT_TRUE(list);
+    EXPECT_EQ(list->currentRow(), 2u);
+    EXPECT_EQ(list->model().spec(list->view().currentIndex().column()).key, "DriverNamesIDColumn");
 }
 
 TEST_F(TableWindowsTest, SaysWhenNoWindowShowsTheSource) {

@@ -102,6 +102,14 @@ void TSpreadsheet::setCurrentCell(RowIndex row, int column) {
     view_->goTo(model_.index(model_.placeOf(row), column));
 }
 
+void TSpreadsheet::showCell(std::string_view columnKey, RowIndex row) {
+    const int column = model_.indexOf(columnKey);
+    if (column < 0 || view_->isColumnHidden(column))
+        setCurrentRow(row);
+    else
+        setCurrentCell(row, column);
+}
+
 std::optional<RowIndex> TSpreadsheet::neighbour(RowIndex row, int step) const {
     const int place = model_.placeOf(row) + step;
     return place >= 0 && place < model_.rowCount() ? std::optional(model_.storedRow(place)) : std::nullopt;

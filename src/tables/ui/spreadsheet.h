@@ -68,6 +68,8 @@ public:
     void setCurrentRow(RowIndex row);
     /// Makes a cell current and brings it into view; the column is one of those shown.
     void setCurrentCell(RowIndex row, int column);
+    /// The same by the column's key; the row alone, if that column is not shown.
+    void showCell(std::string_view columnKey, RowIndex row);
     /// The row shown STEP rows below (above, if negative) ROW; nothing if there is none.
     std::optional<RowIndex> neighbour(RowIndex row, int step) const;
 
