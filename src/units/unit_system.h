@@ -131,6 +131,8 @@ public:
     void replace(UnitChoices choices);
     /// The system is now in the file NAME: neither modified nor locked. Values do not change, so nobody is told.
     void markSaved(std::string_view name);
+    /// The system's file has become read-only.
+    void markLocked() { choices_.locked = true; }
     void setLocale(TextLocale locale);
 
     /// Listeners are called in the order in which they were added, and must be removed before they end.

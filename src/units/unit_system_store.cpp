@@ -105,6 +105,8 @@ Result<void> UnitSystemStore::loadSystem(std::string_view name) {
 }
 
 Result<void> UnitSystemStore::saveSystem() {
+    if (const std::optional<fs::path> file = find(current_.name()); file && isReadOnly(*file))
+        current_.markLocked();
     if (current_.locked())
         return lockedSystem(current_.name());
     QUOBRIX_TRY(write(current_.choices()));
@@ -220,8 +222,6 @@ Result<void> UnitSystemStore::write(const UnitChoices& choices) const {
         return {};
     };
     const std::optional<fs::path> existing = find(choices.name);
-    if (existing && isReadOnly(*existing))
-        return lockedSystem(choices.name);
     const fs::path first = existing ? existing->parent_path() : folders_.program;
     Result<void> written = writeHidden(first / fileName(choices.name));
     if (written || first == folders_.user || folders_.user.empty() || written.error().kind == ErrorKind::DiskFull)

@@ -34,7 +34,8 @@ public:
 
     /// Makes the system NAME current. NotFound, or an error of the file.
     Result<void> loadSystem(std::string_view name);
-    /// Saves the current system in its file. ReadOnly if it is locked.
+    /// Saves the current system in its file. ReadOnly if it is locked, as it is from then on if its file has become
+    /// read-only since it was loaded.
     Result<void> saveSystem();
     /// Saves the current system if it was changed and is not locked; what is changed in a locked one holds until
     /// another is loaded. For the end of the program, too.

@@ -27,13 +27,19 @@ public:
     Change(const QString& what, TUnitSystem& units, UnitChoices before, UnitChoices after)
         : QUndoCommand(what), units_(units), before_(std::move(before)), after_(std::move(after)) {}
 
-    void undo() override { units_.replace(before_); }
+    void undo() override { take(before_); }
     void redo() override {
         if (units_.choices() != after_)
-            units_.replace(after_);
+            take(after_);
     }
 
 private:
+    void take(UnitChoices choices) {
+        choices.modified = true; // the other state may have been saved meanwhile
+        choices.locked = units_.locked();
+        units_.replace(std::move(choices));
+    }
+
     TUnitSystem& units_;
     UnitChoices before_, after_;
 };
@@ -329,8 +335,12 @@ void UnitSystemDialog::deleteSystem() {
 }
 
 bool UnitSystemDialog::settleChanges() {
-    if (!units_.locked())
-        return told(store_.saveChanges(), FileAction::Save, units_.name());
+    if (!units_.locked()) {
+        const Result<void> saved = store_.saveChanges();
+        if (saved || !units_.locked())
+            return told(saved, FileAction::Save, units_.name());
+        showSystem(); // its file has become read-only
+    }
     if (!units_.modified() || changes_.isClean())
         return true;
     const auto keep = prompter_.askOrCancel(makeMessage(MessageId::KeepUnitChanges, units_.name()));

@@ -116,7 +116,6 @@ TEST_F(UnitSystemDialogTest, WhatIsChosenAppliesAtOnceAndIsTakenBackStepByStep) 
     field<QPushButton>("UsUndo")->click();
     EXPECT_EQ(units_.unitName(UnitTypeId::Speed), "m/s");
     EXPECT_EQ(units_.decimals(UnitTypeId::Speed), 1);
-    EXPECT_FALSE(units_.modified());
     EXPECT_FALSE(field<QPushButton>("UsUndo")->isEnabled());
     field<QPushButton>("UsRedo")->click();
     EXPECT_EQ(units_.unitName(UnitTypeId::Speed), "MPH");
@@ -193,6 +192,39 @@ TEST_F(UnitSystemDialogTest, SwitchingAndClosingSaveTheChanges) {
     chooseUnit(1);
     dialog_.reset(); // as the program ends without a word
     EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::MilePerHour);
+}
+
+TEST_F(UnitSystemDialogTest, WhatIsTakenBackAfterItWasSavedIsSavedAgain) {
+    ScriptedPrompter script{{MessageId::FileCorrupt}};
+    std::ofstream(folders_.program / "Damaged.us") << "x";
+    open(script);
+    chooseUnit(2);
+    chooseSystem("Damaged"); // the changes are saved first
+    EXPECT_EQ(units_.name(), "Mine");
+    EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::KilometrePerHour);
+    field<QPushButton>("UsUndo")->click();
+    dialog_->close();
+    EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::MetrePerSecond);
+    dialog_.reset();
+}
+
+TEST_F(UnitSystemDialogTest, AFileThatBecomesReadOnlyLocksItsSystem) {
+    ScriptedPrompter script{{MessageId::KeepUnitChanges, std::nullopt}, {MessageId::KeepUnitChanges, Answer::Yes}};
+    open(script);
+    chooseUnit(2);
+    chooseUnit(3);
+    fs::permissions(folders_.program / "Mine.us", fs::perms::owner_read);
+    dialog_->close();
+    EXPECT_TRUE(dialog_->isVisible()) << "cancelled";
+    EXPECT_FALSE(field<QPushButton>("UsRename")->isEnabled());
+    field<QPushButton>("UsUndo")->click();
+    EXPECT_TRUE(units_.locked());
+    QTimer::singleShot(0, qApp, [] { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return); });
+    dialog_->close();
+    EXPECT_FALSE(dialog_->isVisible());
+    EXPECT_EQ(savedUnit("My Units", UnitTypeId::Speed), UnitId::KilometrePerHour);
+    EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::MetrePerSecond);
+    dialog_.reset();
 }
 
 TEST_F(UnitSystemDialogTest, ChangesOfALockedSystemAreOfferedToBeKept) {
