@@ -3,6 +3,7 @@
 #include "base/fold_case.h"
 #include "units/unit_system.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -41,10 +42,11 @@ public:
         blanks();
         return found || (blank && separators.find(' ') != std::string_view::npos);
     }
+    /// WORD as the rest of the text, in any case and however it is spaced and dotted: "a. m." is typed in many ways.
     bool word(std::string_view word) {
-        if (word.empty() || foldCase(text_.substr(0, word.size())) != foldCase(word))
+        if (word.empty() || bare(text_) != bare(word))
             return false;
-        text_.remove_prefix(word.size());
+        text_ = {};
         return true;
     }
     bool atEnd() {
@@ -53,6 +55,18 @@ public:
     }
 
 private:
+    static std::string bare(std::string_view word) {
+        constexpr std::string_view kMarks[] = {".", " ", "\t", "\u00A0", "\u202F"};
+        std::string result;
+        while (!word.empty()) {
+            const auto mark = std::ranges::find_if(kMarks, [&](auto each) { return word.starts_with(each); });
+            if (mark == std::end(kMarks))
+                result += word.front();
+            word.remove_prefix(mark == std::end(kMarks) ? 1 : mark->size());
+        }
+        return foldCase(result);
+    }
+
     std::string_view text_;
     std::size_t digits_ = 0;
 };

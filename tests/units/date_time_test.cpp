@@ -93,10 +93,16 @@ TEST(DateEntry, ReadsTimesOfBothClocks) {
     EXPECT_EQ(hours("12:15 AM"), 15);
     EXPECT_EQ(hours("12 pm"), 1200);
     EXPECT_EQ(hours("3:04PM"), 1504);
-    for (const char* bad : {"", "9", "24:00", "13:00 PM", "0:30 AM", "9:60", "9:5:61", "9:05 XM", "9:05 PM PM"})
+    for (const char* bad :
+         {"", "9", "24:00", "13:00 PM", "0:30 AM", "9:60", "9:5:61", "9:05 XM", "9:05 PM PM", "9:05 PM 1"})
         EXPECT_EQ(hours(bad), -1) << bad;
     units.setLocale({{}, "vorm.", "nachm."});
-    EXPECT_EQ(hours("3:04 Nachm."), 1504);
+    for (const char* typed : {"3:04 Nachm.", "3:04 nachm", "3:04 PM"})
+        EXPECT_EQ(hours(typed), 1504) << typed;
+    units.setLocale({{}, "a.\u00A0m.", "p.\u00A0m."}); // with a blank that no keyboard has
+    for (const char* typed : {"3:04 p.\u00A0m.", "3:04 p. m.", "3:04p.m.", "3:04 PM"})
+        EXPECT_EQ(hours(typed), 1504) << typed;
+    EXPECT_EQ(hours("3:04 ."), -1);
 }
 
 TEST(DateEntry, ReadsWhatItWrites) {
