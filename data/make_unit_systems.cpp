@@ -128,7 +128,13 @@ std::string markdown() {
         "time have seconds as their factor and show base ÷ factor. The first unit of a type is its\n"
         "default, and the one of the S.I. system. Figures are given to 12 digits.\n\n"
         "A system may show diameters in inches as fractions, as drills are sized: the nearest 64th of an\n"
-        "inch, reduced (1 47/64 in, 3/8 in). Their decimals have no effect then.\n";
+        "inch, reduced (1 47/64 in, 3/8 in). Their decimals have no effect then.\n\n";
+    text +=
+        fmt::format("The {} units belong to {} types. These are of {} kinds of quantity, since plain numbers (D) and\n"
+                    "percentages (P) have a type for each number of decimals:\n\n",
+                    kUnitCount, kUnitTypeCount, quantityKinds().size());
+    for (const std::string_view kind : quantityKinds())
+        text += fmt::format("- {}\n", kind);
     std::array<bool, kUnitCount> listed{};
     constexpr std::string_view kHead = "\n| Unit | Id | Factor | Offset | Decimals |\n|---|--:|--:|--:|--:|\n";
     for (const UnitTypeRecord& type : allUnitTypes()) {
