@@ -34,6 +34,7 @@ void Directory::load() {
     added_.clear();
     addedCount_ = 0;
     freeSlots_.clear();
+    hidden_.clear();
     findMembers();
     for (std::uint32_t index = count(); index-- > 1;)
         if (type(index) == EntryType::Unused && load16(at(index) + entry::kNameBytes) == 0)
@@ -121,10 +122,13 @@ void Directory::findMembers() {
     names_ = NameIndex(found.size());
     for (const std::uint32_t index : found) {
         // Of two entries of one name only the first can be meant.
-        if (find(name(index)) == kNoEntry)
-            members_.insert(index);
-        else
+        if (const std::uint32_t first = find(name(index)); first != kNoEntry) {
             --memberCount_;
+            if (const auto [behind, only] = hidden_.emplace(first, index); !only)
+                hidden_[index] = std::exchange(behind->second, index);
+            continue;
+        }
+        members_.insert(index);
         names_.insert(name(index).hash(), index);
     }
 }
@@ -246,15 +250,16 @@ void Directory::erase(std::uint32_t index) {
     } else {
         eraseFromTree(*this, index);
     }
-    const std::uint32_t hash = name(index).hash();
-    names_.erase(hash, index);
     members_.erase(index);
     --memberCount_;
-    // Nothing hides another one of that name any more: who opens the file next finds it.
-    if (const std::uint32_t hidden =
-            names_.find(hash, [&](std::uint32_t other) { return compareNames(name(other), name(index)) == 0; });
-        hidden != kNoEntry)
-        addMember(hidden);
+    if (const auto behind = hidden_.find(index); behind != hidden_.end()) {
+        // Nothing hides it any more: who opens the file next finds it.
+        names_.replace(name(index).hash(), index, behind->second);
+        addMember(behind->second);
+        hidden_.erase(behind);
+    } else {
+        names_.erase(name(index).hash(), index);
+    }
     std::uint8_t* slot = change(index);
     std::fill_n(slot, kEntrySize, std::uint8_t{0});
     store32(slot + entry::kLeft, kNoEntry);
@@ -284,9 +289,7 @@ void Directory::setRed(std::uint32_t index, bool red) {
 }
 
 std::uint32_t Directory::find(EntryName name) const {
-    return names_.find(name.hash(), [&](std::uint32_t index) {
-        return isMember(index) && compareNames(this->name(index), name) == 0;
-    });
+    return names_.find(name.hash(), [&](std::uint32_t index) { return compareNames(this->name(index), name) == 0; });
 }
 
 } // namespace quobrix::cfb

@@ -4,6 +4,7 @@
 #include "document/compound_name_index.h"
 #include "document/compound_pages.h"
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -81,7 +82,8 @@ private:
     std::uint32_t memberCount_ = 0;
     bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced
     std::vector<std::uint32_t> freeSlots_; ///< unused entries, the lowest last
-    NameIndex names_; ///< of the members, and of those that are hidden behind a member of the same name
+    NameIndex names_;
+    std::map<std::uint32_t, std::uint32_t> hidden_; ///< by entry: another one of its name, which counts only without it
 };
 
 } // namespace quobrix::cfb

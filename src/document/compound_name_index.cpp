@@ -14,11 +14,15 @@ void NameIndex::insert(std::uint32_t hash, std::uint32_t index) {
 }
 
 void NameIndex::erase(std::uint32_t hash, std::uint32_t index) {
+    replace(hash, index, kErased);
+    --count_;
+}
+
+void NameIndex::replace(std::uint32_t hash, std::uint32_t index, std::uint32_t other) {
     std::size_t at = hash & mask();
     while (slots_[at].index != index)
         at = (at + 1) & mask();
-    slots_[at].index = kErased;
-    --count_;
+    slots_[at].index = other;
 }
 
 void NameIndex::resize(std::size_t expected) {

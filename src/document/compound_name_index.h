@@ -22,6 +22,8 @@ public:
     void insert(std::uint32_t hash, std::uint32_t index);
     /// The entry must be there.
     void erase(std::uint32_t hash, std::uint32_t index);
+    /// Puts the entry OTHER of the same name in the place of INDEX, which must be there.
+    void replace(std::uint32_t hash, std::uint32_t index, std::uint32_t other);
 
 private:
     struct Slot {
