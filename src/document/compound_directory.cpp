@@ -10,6 +10,8 @@ namespace {
 
 /// So many new entries for each old one are quicker built into a new tree than inserted one by one.
 constexpr std::uint32_t kManyAdded = 2;
+/// A large index lies outside the processor's cache: so many places are asked for before they are needed.
+constexpr std::size_t kAhead = 8;
 
 } // namespace
 
@@ -120,16 +122,23 @@ void Directory::findMembers() {
     }
     memberCount_ = static_cast<std::uint32_t>(found.size());
     names_ = NameIndex(found.size());
-    for (const std::uint32_t index : found) {
+    std::vector<std::uint32_t> hashes;
+    hashes.reserve(found.size());
+    for (const std::uint32_t index : found)
+        hashes.push_back(name(index).hash());
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        if (i + kAhead < found.size())
+            names_.prefetch(hashes[i + kAhead]);
         // Of two entries of one name only the first can be meant.
-        if (const std::uint32_t first = find(name(index)); first != kNoEntry) {
+        const std::uint32_t index = found[i];
+        if (const std::uint32_t first = find(name(index), hashes[i]); first != kNoEntry) {
             --memberCount_;
             if (const auto [behind, only] = hidden_.emplace(first, index); !only)
                 hidden_[index] = std::exchange(behind->second, index);
             continue;
         }
         members_.insert(index);
-        names_.insert(name(index).hash(), index);
+        names_.insert(hashes[i], index);
     }
 }
 
@@ -288,8 +297,10 @@ void Directory::setRed(std::uint32_t index, bool red) {
         change(index)[entry::kColour] = colour;
 }
 
-std::uint32_t Directory::find(EntryName name) const {
-    return names_.find(name.hash(), [&](std::uint32_t index) { return compareNames(this->name(index), name) == 0; });
+std::uint32_t Directory::find(EntryName name) const { return find(name, name.hash()); }
+
+std::uint32_t Directory::find(EntryName name, std::uint32_t hash) const {
+    return names_.find(hash, [&](std::uint32_t index) { return compareNames(this->name(index), name) == 0; });
 }
 
 } // namespace quobrix::cfb

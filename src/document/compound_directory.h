@@ -65,6 +65,7 @@ private:
     std::uint32_t count() const { return pages_.count() * kEntriesPerPage; }
     EntryType type(std::uint32_t index) const { return static_cast<EntryType>(at(index)[entry::kType]); }
     bool sensible(std::uint32_t index) const;
+    std::uint32_t find(EntryName name, std::uint32_t hash) const;
     void load();
     void findMembers();
     std::optional<std::vector<std::uint32_t>> plainMembers() const;

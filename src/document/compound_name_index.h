@@ -19,6 +19,12 @@ public:
                 return slots_[at].index;
         return kNoEntry;
     }
+    /// A hint that the entry with this HASH will be looked for.
+    void prefetch([[maybe_unused]] std::uint32_t hash) const {
+#if defined(__GNUC__)
+        __builtin_prefetch(&slots_[hash & mask()]);
+#endif
+    }
     void insert(std::uint32_t hash, std::uint32_t index);
     /// The entry must be there.
     void erase(std::uint32_t hash, std::uint32_t index);
