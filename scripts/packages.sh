@@ -4,3 +4,4 @@ build_packages=(build-essential g++ cmake ninja-build ccache pkg-config libfmt-d
 run_packages=(qt6-qpa-plugins fonts-dejavu-core libqt6svg6)
 test_packages=(libgtest-dev libgmock-dev libgsf-1-dev libgsf-bin p7zip-full python3)
 ci_packages=(clang-14 libclang-rt-14-dev clang-format-14)
+bench_packages=(libbenchmark-dev libsqlite3-dev libgsf-1-dev)

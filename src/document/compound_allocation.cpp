@@ -13,8 +13,9 @@ constexpr std::uint32_t kMostWaste = 3;
 
 } // namespace
 
-void AllocationTable::load(Bytes marks, SectorSet claimed, std::set<std::uint32_t> avoided) {
-    pages_ = Pages(std::move(marks));
+void AllocationTable::load(Pages marks, SectorSet claimed, std::set<std::uint32_t> avoided) {
+    pages_ = std::move(marks);
+    pages_.commit();
     held_ = std::move(claimed);
     avoided_ = std::move(avoided);
     if (reuse_ == Reuse::AfterCommit)
@@ -44,6 +45,13 @@ void AllocationTable::findFree() {
          sector = held_.nextMember(sector + 1))
         use(sector);
     freeCount_ += static_cast<std::uint32_t>(freed_.size());
+}
+
+Run AllocationTable::run(std::uint32_t first, std::uint32_t most) const {
+    Run run{first, 1};
+    while (run.count < most && next(first + run.count - 1) == first + run.count)
+        ++run.count;
+    return run;
 }
 
 void AllocationTable::setNext(std::uint32_t sector, std::uint32_t next) {

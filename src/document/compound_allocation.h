@@ -12,6 +12,7 @@ namespace quobrix::cfb {
 struct Run {
     std::uint32_t first = 0;
     std::uint32_t count = 0;
+    std::uint32_t last() const { return first + count - 1; }
 };
 
 /// When a released sector may be allocated again.
@@ -31,13 +32,15 @@ public:
     /// The table as it stands on disk, whole pages of it. Sectors in CLAIMED are kept from use for good: the damaged
     /// table calls them free though a chain leads to them. AVOIDED sectors do not exist yet, but a damaged chain leads
     /// to them: given out, they would become part of it.
-    void load(Bytes marks, SectorSet claimed, std::set<std::uint32_t> avoided);
+    void load(Pages marks, SectorSet claimed, std::set<std::uint32_t> avoided);
 
     /// The next sector in the chain, or a mark; kUnknownSector outside the table.
     std::uint32_t next(std::uint32_t sector) const {
         return sector < pages_.count() * kMarksPerPage ? mark(sector) : kUnknownSector;
     }
     void setNext(std::uint32_t sector, std::uint32_t next);
+    /// FIRST and those that follow it in its chain side by side, at most MOST.
+    Run run(std::uint32_t first, std::uint32_t most = ~0u) const;
     /// One past the last sector ever used.
     std::uint32_t end() const { return end_; }
     std::uint32_t freeCount() const { return freeCount_; }
@@ -61,7 +64,7 @@ public:
     const Pages& pages() const { return pages_; }
 
 private:
-    std::uint32_t mark(std::uint32_t sector) const { return load32(pages_.data() + std::size_t{4} * sector); }
+    std::uint32_t mark(std::uint32_t sector) const { return load32(pages_.at(std::size_t{4} * sector)); }
     void use(std::uint32_t first, std::uint32_t count, std::uint32_t& tail);
     void findFree();
 

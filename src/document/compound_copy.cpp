@@ -7,7 +7,6 @@ namespace quobrix::cfb {
 namespace {
 
 constexpr std::size_t kCopyBlock = 1 << 20;
-constexpr std::size_t kSpillBytes = 4 << 20; ///< in memory at most, apart from one stream
 
 } // namespace
 
@@ -80,7 +79,6 @@ Result<void> CompoundFileEngine::compactTo(File& target) const {
     Directory& to = compact.tables_.directory;
     to.copyAttributes(0, from, 0);
     const std::vector<std::uint32_t> members = from.members();
-    std::size_t inMemory = 0;
     for (const bool mini : {true, false})
         for (const std::uint32_t index : members) {
             if ((from.size(index) < kMiniCutoff) != mini)
@@ -89,14 +87,9 @@ Result<void> CompoundFileEngine::compactTo(File& target) const {
             auto content = source.read(name);
             if (!content)
                 return content.error();
-            inMemory += content->size();
             compact.write(name, *std::move(content));
             if (const std::uint32_t copied = compact.findStream(name); copied != kNoEntry)
                 to.copyAttributes(copied, from, index);
-            if (inMemory >= kSpillBytes) {
-                QUOBRIX_TRY(compact.spill());
-                inMemory = 0;
-            }
         }
     return compact.commit();
 }

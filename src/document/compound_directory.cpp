@@ -28,7 +28,10 @@ Directory::Directory() : treeChecked_(true) {
     store32(root + entry::kStart, kEndOfChain);
 }
 
-Directory::Directory(Bytes entries) : pages_(std::move(entries)) { load(); }
+Directory::Directory(Pages entries) : pages_(std::move(entries)) {
+    pages_.commit();
+    load();
+}
 
 void Directory::load() {
     treeChecked_ = false;

@@ -17,7 +17,7 @@ public:
     /// A new directory with a root entry only.
     Directory();
     /// The entries of a file; entries that make no sense are not listed, and never changed.
-    explicit Directory(Bytes entries);
+    explicit Directory(Pages entries);
 
     /// The stream or storage called NAME in the root storage, or kNoEntry.
     std::uint32_t find(EntryName name) const;
@@ -31,7 +31,6 @@ public:
     /// A member for which the tree must have a place; false for those inserted after the last settle().
     bool belongsInTree(std::uint32_t index) const { return isMember(index) && !added_.contains(index); }
     bool isStream(std::uint32_t index) const { return type(index) == EntryType::Stream; }
-    /// Valid until something is inserted.
     EntryName name(std::uint32_t index) const {
         return {at(index) + entry::kName, load16(at(index) + entry::kNameBytes) / 2u - 1};
     }
@@ -60,7 +59,7 @@ public:
     void setRed(std::uint32_t index, bool red);
 
 private:
-    const std::uint8_t* at(std::uint32_t index) const { return pages_.data() + std::size_t{index} * kEntrySize; }
+    const std::uint8_t* at(std::uint32_t index) const { return pages_.at(std::size_t{index} * kEntrySize); }
     std::uint8_t* change(std::uint32_t index) { return pages_.change(std::size_t{index} * kEntrySize); }
     std::uint32_t count() const { return pages_.count() * kEntriesPerPage; }
     EntryType type(std::uint32_t index) const { return static_cast<EntryType>(at(index)[entry::kType]); }

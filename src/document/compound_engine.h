@@ -52,14 +52,18 @@ private:
 
     Result<void> take(std::string_view name, Bytes content);
     Result<void> placeMini(std::uint32_t sector, ByteView content);
-    Result<Sector*> miniPage(std::uint32_t index);
+    Result<std::uint8_t*> miniPage(std::uint32_t index);
+    void dropPending(std::uint32_t index);
 
     Result<void> placeContents(WriteBatch& batch);
+    Result<void> writeContents();
     Result<void> writeBatch(WriteBatch& batch);
     Result<void> flush(Lock& lock);
     Result<void> writeEverything(Lock& lock);
     Result<void> turnHeader(Lock& lock, bool& certain);
-    void rollBack(const Error& why, bool certain);
+    Result<void> ready();
+    Result<void> unlessFailed(Result<void> done, bool certain);
+    void rollBack(bool certain);
 
     /// Held while something is changed, so that changes and commits follow one another.
     std::mutex changing_;
@@ -73,10 +77,11 @@ private:
 
     Tables tables_;
     std::map<std::uint32_t, Bytes> pending_; ///< by entry: large contents that have no sectors yet
+    std::size_t pendingBytes_ = 0;
     MiniPages miniPages_;
     bool changed_ = true;         ///< something is not committed
-    std::optional<Error> doomed_; ///< something was to be written that cannot be: the transaction will fail
-    std::optional<Error> failed_; ///< why the last transaction was taken back, until something is written again
+    std::optional<Error> doomed_; ///< why the transaction was taken back, which its commit will tell
+    std::optional<Error> failed_; ///< why the last one was, which is told until something is written again
 };
 
 } // namespace quobrix::cfb

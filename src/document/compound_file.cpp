@@ -11,6 +11,8 @@ namespace cfb {
 namespace {
 
 constexpr std::uint32_t kMostBytes = 0x7FFFFFFF; // of a stream, by version 3 of the format
+/// Contents (bytes) that wait in memory: enough for calls worth making, and still in the processor's cache.
+constexpr std::size_t kMostInMemory = 512 * 1024;
 
 } // namespace
 
@@ -69,33 +71,27 @@ Result<void> CompoundFileEngine::read(std::string_view name, Bytes& content) con
 
 Result<void> CompoundFileEngine::readMini(std::uint32_t sector, std::span<std::uint8_t> out) const {
     while (!out.empty()) {
-        // As many neighbours as lie in one page.
-        const std::uint32_t first = sector;
-        std::uint32_t count = 1;
-        while ((sector = tables_.miniFat.next(sector)) == first + count && sector % kMiniSectorsPerPage != 0)
-            ++count;
-        const std::size_t size = std::min<std::size_t>(out.size(), std::size_t{count} * kMiniSectorSize);
-        const std::uint32_t page = first / kMiniSectorsPerPage;
-        const std::uint32_t within = first % kMiniSectorsPerPage * kMiniSectorSize;
-        if (const Sector* changed = miniPages_.find(page))
-            std::copy_n(changed->begin() + within, size, out.begin());
+        const std::uint32_t page = sector / kMiniSectorsPerPage, within = sector % kMiniSectorsPerPage;
+        const Run run = tables_.miniFat.run(sector, kMiniSectorsPerPage - within);
+        const auto part = out.first(std::min<std::size_t>(out.size(), std::size_t{run.count} * kMiniSectorSize));
+        if (miniPages_.contains(page))
+            std::copy_n(miniPages_.at(page).begin() + within * kMiniSectorSize, part.size(), part.begin());
         else
-            QUOBRIX_TRY(
-                cache_.read(*file_, fileSize_, sectorOffset(tables_.miniStream()[page]) + within, out.first(size)));
-        out = out.subspan(size);
+            QUOBRIX_TRY(cache_.read(*file_, fileSize_,
+                                    sectorOffset(tables_.miniStream()[page]) + within * kMiniSectorSize, part));
+        out = out.subspan(part.size());
+        sector = tables_.miniFat.next(run.last());
     }
     return {};
 }
 
 Result<void> CompoundFileEngine::readLarge(std::uint32_t sector, std::span<std::uint8_t> out) const {
     while (!out.empty()) {
-        const std::uint32_t first = sector;
-        std::uint32_t count = 1;
-        while ((sector = tables_.fat.next(sector)) == first + count)
-            ++count;
-        const std::size_t size = std::min<std::size_t>(out.size(), std::size_t{count} * kSectorSize);
-        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(first), out.first(size)));
-        out = out.subspan(size);
+        const Run run = tables_.fat.run(sector);
+        const auto part = out.first(std::min<std::size_t>(out.size(), std::size_t{run.count} * kSectorSize));
+        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(sector), part));
+        out = out.subspan(part.size());
+        sector = tables_.fat.next(run.last());
     }
     return {};
 }
@@ -107,8 +103,15 @@ void CompoundFileEngine::write(std::string_view name, Bytes content) {
     const std::lock_guard lock(mutex_);
     failed_.reset();
     changed_ = true;
-    if (const auto taken = take(name, std::move(content)); !taken && !doomed_)
+    if (doomed_ || tables_.incomplete())
+        return; // the commit will say so
+    auto taken = take(name, std::move(content));
+    if (taken && pendingBytes_ + miniPages_.bytes() >= kMostInMemory)
+        taken = writeContents();
+    if (!taken) {
+        rollBack(true);
         doomed_ = taken.error();
+    }
 }
 
 Result<void> CompoundFileEngine::take(std::string_view name, Bytes content) {
@@ -120,9 +123,10 @@ Result<void> CompoundFileEngine::take(std::string_view name, Bytes content) {
         return Error{ErrorKind::Unsupported, "stream " + std::string(name) + " cannot be written"};
     if (index == kNoEntry)
         index = tables_.directory.insert(*field);
-    pending_.erase(index);
+    dropPending(index);
     if (content.size() >= kMiniCutoff) {
         tables_.releaseContent(index);
+        pendingBytes_ += content.size();
         pending_.emplace(index, std::move(content));
         return {};
     }
@@ -134,12 +138,23 @@ void CompoundFileEngine::remove(std::string_view name) {
     const std::lock_guard changing(changing_);
     const std::lock_guard lock(mutex_);
     failed_.reset();
+    if (findStream(name) == kNoEntry)
+        return;
+    changed_ = true;
+    if (doomed_ || tables_.incomplete())
+        return;
     // In a damaged directory there may be several: none of them must come back.
     for (std::uint32_t index; (index = findStream(name)) != kNoEntry;) {
-        changed_ = true;
-        pending_.erase(index);
+        dropPending(index);
         tables_.releaseContent(index);
         tables_.directory.erase(index);
+    }
+}
+
+void CompoundFileEngine::dropPending(std::uint32_t index) {
+    if (const auto pending = pending_.find(index); pending != pending_.end()) {
+        pendingBytes_ -= pending->second.size();
+        pending_.erase(pending);
     }
 }
 
@@ -152,7 +167,7 @@ Result<void> CompoundFileEngine::placeMini(std::uint32_t sector, ByteView conten
             return page.error();
         for (; !content.empty() && sector / kMiniSectorsPerPage == index; sector = tables_.miniFat.next(sector)) {
             const std::size_t size = std::min<std::size_t>(content.size(), kMiniSectorSize);
-            const auto to = (*page)->begin() + sector % kMiniSectorsPerPage * kMiniSectorSize;
+            std::uint8_t* const to = *page + sector % kMiniSectorsPerPage * kMiniSectorSize;
             std::fill(std::copy_n(content.begin(), size, to), to + kMiniSectorSize, std::uint8_t{0});
             content = content.subspan(size);
         }
@@ -161,14 +176,15 @@ Result<void> CompoundFileEngine::placeMini(std::uint32_t sector, ByteView conten
 }
 
 /// A page of the mini stream in memory, to be changed: with its other streams' content if it had any.
-Result<Sector*> CompoundFileEngine::miniPage(std::uint32_t index) {
-    if (Sector* page = miniPages_.find(index))
-        return page;
-    if (index >= tables_.miniStream().size())
-        return &miniPages_.add(index);
-    Sector content;
-    QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(tables_.miniStream()[index]), content));
-    return &(miniPages_.add(index) = content);
+Result<std::uint8_t*> CompoundFileEngine::miniPage(std::uint32_t index) {
+    if (miniPages_.contains(index))
+        return miniPages_.change(index);
+    Sector content{};
+    if (index < tables_.miniStream().size())
+        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(tables_.miniStream()[index]), content));
+    std::uint8_t* const page = miniPages_.add(index);
+    std::copy(content.begin(), content.end(), page);
+    return page;
 }
 
 // Writing
@@ -181,25 +197,30 @@ Result<void> CompoundFileEngine::writable() const {
 
 /// Finds sectors for everything pending, and for the mini-stream pages that changed, and adds them to BATCH.
 Result<void> CompoundFileEngine::placeContents(WriteBatch& batch) {
-    if (doomed_)
-        return *doomed_;
     for (const auto& [index, content] : pending_) {
         QUOBRIX_TRY(tables_.resize(index, static_cast<std::uint32_t>(content.size())));
         ByteView rest = content;
         for (std::uint32_t sector = tables_.directory.start(index); !rest.empty();) {
-            const std::uint32_t first = sector;
-            std::uint32_t count = 1;
-            while ((sector = tables_.fat.next(sector)) == first + count)
-                ++count;
-            const std::size_t size = std::min<std::size_t>(rest.size(), std::size_t{count} * kSectorSize);
-            batch.add(first, rest.first(size));
+            const Run run = tables_.fat.run(sector);
+            const std::size_t size = std::min<std::size_t>(rest.size(), std::size_t{run.count} * kSectorSize);
+            batch.add(sector, rest.first(size));
             rest = rest.subspan(size);
+            sector = tables_.fat.next(run.last());
         }
     }
     const std::vector<std::uint32_t> pages = miniPages_.pages();
     QUOBRIX_TRY(tables_.settleMiniStream(pages));
     for (const std::uint32_t page : pages)
-        batch.add(tables_.miniStream()[page], ByteView(*miniPages_.find(page)));
+        batch.add(tables_.miniStream()[page], miniPages_.at(page));
+    return {};
+}
+
+/// Everything pending goes from memory to the file.
+Result<void> CompoundFileEngine::writeContents() {
+    WriteBatch batch;
+    QUOBRIX_TRY(placeContents(batch));
+    QUOBRIX_TRY(writeBatch(batch));
+    file_->startFlush(batch.end()); // the disk works while the next contents are made
     return {};
 }
 
@@ -209,6 +230,7 @@ Result<void> CompoundFileEngine::writeBatch(WriteBatch& batch) {
     QUOBRIX_TRY(batch.write(*file_));
     fileSize_ = std::max(fileSize_, batch.end());
     pending_.clear();
+    pendingBytes_ = 0;
     miniPages_.clear();
     return {};
 }
@@ -224,34 +246,38 @@ Result<void> CompoundFileEngine::flush(Lock& lock) {
 Result<void> CompoundFileEngine::spill() {
     const std::lock_guard changing(changing_);
     const Lock lock(mutex_);
-    if (failed_)
-        return *failed_;
-    QUOBRIX_TRY(writable());
-    WriteBatch batch;
-    auto done = placeContents(batch);
-    if (done)
-        done = writeBatch(batch);
-    if (done)
-        file_->startFlush(batch.end()); // the disk works while the next contents are made
-    else
-        rollBack(done.error(), true);
-    return done;
+    QUOBRIX_TRY(ready());
+    return unlessFailed(writeContents(), true);
 }
 
 Result<void> CompoundFileEngine::commit() {
     const std::lock_guard changing(changing_);
     Lock lock(mutex_);
-    if (failed_)
-        return *failed_;
+    QUOBRIX_TRY(ready());
     if (!changed_)
         return {};
-    QUOBRIX_TRY(writable());
     bool certain = true;
     auto done = writeEverything(lock);
     if (done)
         done = turnHeader(lock, certain);
-    if (!done)
-        rollBack(done.error(), certain);
+    return unlessFailed(std::move(done), certain);
+}
+
+/// What has been written since the last commit can be committed, as far as is known.
+Result<void> CompoundFileEngine::ready() {
+    if (doomed_)
+        failed_ = std::exchange(doomed_, {});
+    if (failed_)
+        return *failed_;
+    return changed_ ? writable() : Result<void>();
+}
+
+/// DONE, and if that is a failure the transaction is taken back.
+Result<void> CompoundFileEngine::unlessFailed(Result<void> done, bool certain) {
+    if (!done) {
+        rollBack(certain);
+        failed_ = done.error();
+    }
     return done;
 }
 
@@ -284,12 +310,11 @@ Result<void> CompoundFileEngine::turnHeader(Lock& lock, bool& certain) {
 }
 
 /// Everything pending is dropped, and the file loses what it has grown by, as far as no state needs it.
-void CompoundFileEngine::rollBack(const Error& why, bool certain) {
+void CompoundFileEngine::rollBack(bool certain) {
     pending_.clear();
+    pendingBytes_ = 0;
     miniPages_.clear();
     cache_.clear();
-    doomed_.reset();
-    failed_ = why;
     tables_.rollBack(certain);
     changed_ = !tables_.onDisk();
     const std::uint32_t sectors = tables_.fat.end();

@@ -35,12 +35,13 @@ public:
     virtual Result<void> read(std::string_view name, Bytes& content) const = 0;
     /// The same in memory of its own.
     Result<Bytes> read(std::string_view name) const;
-    /// Creates or replaces a stream (name: 1 to 31 characters, ASCII). Pending until commit.
+    /// Creates or replaces a stream (name: 1 to 31 characters, ASCII). Pending until commit: half a megabyte of it in
+    /// memory, the rest in free sectors, where nothing leads to it yet. Failures are told by the next spill or commit.
     virtual void write(std::string_view name, Bytes content) = 0;
     /// Removes a stream; no effect if there is none. Pending until commit.
     virtual void remove(std::string_view name) = 0;
-    /// Moves pending contents from memory to free sectors. They are not durable, and what is current on disk does not
-    /// change, before the commit. Errors as commit(), with the same effect.
+    /// Moves all pending contents to free sectors, so that a disk that takes no more is noticed. They are not durable,
+    /// and what is current on disk does not change, before the commit. Errors as commit(), with the same effect.
     virtual Result<void> spill() = 0;
     /// Makes everything pending durable and current, or leaves the file's committed state. No effect when nothing has
     /// changed. Corrupt when writable() says so; Unsupported past 2 GB, and when a name was written that the format

@@ -10,11 +10,13 @@ namespace {
 constexpr std::uint32_t kNobody = 0xFFFFFFFF;
 constexpr std::uint32_t kStructure = 0xFFFFFFFE;
 
+std::uint32_t marksIn(const Pages& table) { return table.count() * kMarksPerPage; }
+
 /// Follows chains, and sees when two of them, or two turns of one, meet in a sector: so every walk ends.
 class Claims {
 public:
     /// MARKS: the table; COUNT: how many sectors there really are; MOST_SECTORS: how many there can ever be.
-    Claims(const Bytes& marks, std::uint32_t count, std::uint32_t mostSectors)
+    Claims(const Pages& marks, std::uint32_t count, std::uint32_t mostSectors)
         : marks_(marks), owners_(count, kNobody), mostSectors_(mostSectors) {}
 
     /// False if the sector does not exist or has an owner; OTHER is then that owner, or kNobody.
@@ -37,17 +39,17 @@ public:
                 return false;
             }
             keepIfFree(sector);
-            if (sector >= marks_.size() / 4)
+            if (sector >= marksIn(marks_))
                 return false;
             visit(sector);
-            next = load32(marks_.data() + std::size_t{4} * sector);
+            next = load32(marks_.at(std::size_t{4} * sector));
         }
         return true;
     }
 
     /// A damaged table may call a claimed sector free, or not reach it: it must not be given out all the same.
     void keepIfFree(std::uint32_t sector) {
-        if (sector >= marks_.size() / 4 || load32(marks_.data() + std::size_t{4} * sector) == kFreeSector)
+        if (sector >= marksIn(marks_) || load32(marks_.at(std::size_t{4} * sector)) == kFreeSector)
             claimedFree_.insert(sector);
     }
 
@@ -56,7 +58,7 @@ public:
     const SectorSet& claimedFree() const { return claimedFree_; }
 
 private:
-    const Bytes& marks_;
+    const Pages& marks_;
     std::vector<std::uint32_t> owners_;
     std::uint32_t mostSectors_;
     std::set<std::uint32_t> astray_;
@@ -95,24 +97,30 @@ public:
     }
 
 private:
-    /// The sectors' content in that order, read in as few calls as their neighbourhood allows.
-    Result<Bytes> readSectors(const std::vector<std::uint32_t>& sectors) {
-        Bytes content(sectors.size() * kSectorSize);
+    /// The sectors' content in that order, read in as few calls as their neighbourhood allows; a page of marks that
+    /// say so for those that are lost.
+    Result<Pages> readSectors(const std::vector<std::uint32_t>& sectors) {
+        Pages pages;
         for (std::size_t i = 0; i < sectors.size();) {
-            std::size_t count = 1;
-            while (i + count < sectors.size() && sectors[i + count] == sectors[i] + count)
+            std::uint32_t count = 1;
+            while (i + count < sectors.size() && sectors[i] != kUnknownSector &&
+                   sectors[i + count] == sectors[i] + count)
                 ++count;
-            const std::span<std::uint8_t> part(content.data() + i * kSectorSize, count * kSectorSize);
-            QUOBRIX_TRY(file_.readAt(sectorOffset(sectors[i]), part));
-            i += count;
+            const std::span<std::uint8_t> part = pages.append(count);
+            if (sectors[i] != kUnknownSector)
+                QUOBRIX_TRY(file_.readAt(sectorOffset(sectors[i]), part));
+            else
+                for (std::size_t at = 0; at < part.size(); at += 4)
+                    store32(part.data() + at, kUnknownSector);
+            i += part.size() / kSectorSize;
         }
-        return content;
+        return pages;
     }
 
     /// What a table says of sectors that do not exist is void.
-    static void freeFrom(Bytes& marks, std::size_t first) {
-        if (4 * first < marks.size())
-            std::fill(marks.begin() + static_cast<std::ptrdiff_t>(4 * first), marks.end(), std::uint8_t{0xFF});
+    static void freeFrom(Pages& table, std::uint32_t first) {
+        for (std::uint32_t sector = first; sector < marksIn(table); ++sector)
+            store32(table.change(std::size_t{4} * sector), kFreeSector);
     }
 
     bool wholeSector(std::uint32_t sector) const {
@@ -135,7 +143,7 @@ private:
             if (!page)
                 return page.error();
             for (std::size_t i = 0; i < kSectorSize; i += 4)
-                list.push_back(load32(page->data() + i));
+                list.push_back(load32(page->at(i)));
             next = list.back();
             list.pop_back();
         }
@@ -158,22 +166,10 @@ private:
             return Error{ErrorKind::Corrupt, "no sector allocation table"};
         if (list.size() < header_.fatPages)
             layout_.incomplete = true;
-        auto content = readSectors(present);
+        auto content = readSectors(layout_.fatSectors);
         if (!content)
             return content.error();
-        if (present.size() == layout_.fatSectors.size()) {
-            layout_.fat = *std::move(content);
-        } else {
-            auto from = content->begin();
-            for (const std::uint32_t sector : layout_.fatSectors)
-                if (sector != kUnknownSector) {
-                    layout_.fat.insert(layout_.fat.end(), from, from + kSectorSize);
-                    from += kSectorSize;
-                } else {
-                    for (std::uint32_t i = 0; i < kMarksPerPage; ++i)
-                        layout_.fat.insert(layout_.fat.end(), {kUnknownSector & 0xFF, 0xFF, 0xFF, 0xFF});
-                }
-        }
+        layout_.fat = *std::move(content);
         freeFrom(layout_.fat, sectors_);
         for (const std::uint32_t sector : present)
             claims_->keepIfFree(sector);
@@ -192,7 +188,7 @@ private:
     }
 
     /// The same for a chain that is read whole.
-    Result<Bytes> readChain(std::uint32_t first, std::vector<std::uint32_t>& chain) {
+    Result<Pages> readChain(std::uint32_t first, std::vector<std::uint32_t>& chain) {
         chain = structureChain(first);
         while (!chain.empty() && !wholeSector(chain.back())) {
             chain.pop_back();
@@ -206,13 +202,14 @@ private:
         if (!content)
             return content.error();
         layout_.directory = *std::move(content);
-        if (layout_.directory.empty() || layout_.directory[entry::kType] != static_cast<std::uint8_t>(EntryType::Root))
+        if (layout_.directory.count() == 0 ||
+            *layout_.directory.at(entry::kType) != static_cast<std::uint8_t>(EntryType::Root))
             return Error{ErrorKind::Corrupt, "no root directory entry"};
         return {};
     }
 
     Result<void> readMiniFat() {
-        const std::uint8_t* root = layout_.directory.data();
+        const std::uint8_t* root = layout_.directory.at(0);
         if (load32(root + entry::kSize) > 0)
             layout_.miniStreamChain = structureChain(load32(root + entry::kStart));
         if (header_.miniFatPages > 0) {
@@ -221,16 +218,16 @@ private:
                 return content.error();
             layout_.miniFat = *std::move(content);
         }
-        const std::size_t there = layout_.miniStreamChain.size() * kMiniSectorsPerPage;
+        const auto there = static_cast<std::uint32_t>(layout_.miniStreamChain.size()) * kMiniSectorsPerPage;
         freeFrom(layout_.miniFat, there);
-        miniClaims_ = std::make_unique<Claims>(
-            layout_.miniFat, static_cast<std::uint32_t>(std::min(layout_.miniFat.size() / 4, there)), kMostMiniSectors);
+        miniClaims_ =
+            std::make_unique<Claims>(layout_.miniFat, std::min(marksIn(layout_.miniFat), there), kMostMiniSectors);
         return {};
     }
 
     void checkStreams() {
-        for (std::uint32_t index = 1; index < layout_.directory.size() / kEntrySize; ++index) {
-            const std::uint8_t* at = layout_.directory.data() + std::size_t{index} * kEntrySize;
+        for (std::uint32_t index = 1; index < layout_.directory.count() * kEntriesPerPage; ++index) {
+            const std::uint8_t* at = layout_.directory.at(std::size_t{index} * kEntrySize);
             const std::uint32_t size = load32(at + entry::kSize);
             if (at[entry::kType] != static_cast<std::uint8_t>(EntryType::Stream) || size == 0)
                 continue;

@@ -11,14 +11,14 @@ namespace quobrix::cfb {
 /// What a compound file on disk says, checked: every sector is claimed once, and no chain leads astray.
 struct Layout {
     Sector header{};
-    Bytes fat;                                  ///< marks, whole pages
-    Bytes miniFat;                              ///< marks, whole pages
+    Pages fat;                                  ///< marks
+    Pages miniFat;                              ///< marks
     std::vector<std::uint32_t> fatSectors;      ///< where each page of the FAT lies
     std::vector<std::uint32_t> difatSectors;    ///< where the pages that list them lie
     std::vector<std::uint32_t> directoryChain;  ///< sectors of the directory
     std::vector<std::uint32_t> miniFatChain;    ///< sectors of the mini FAT
     std::vector<std::uint32_t> miniStreamChain; ///< sectors of the mini stream
-    Bytes directory;                            ///< entries of kEntrySize bytes
+    Pages directory;                            ///< entries of kEntrySize bytes
     SectorSet claimed;                          ///< sectors that a damaged chain leads to and the table calls free
     SectorSet claimedMini;
     std::set<std::uint32_t> avoided; ///< sectors beyond the file's end that a damaged chain leads to

@@ -4,18 +4,13 @@
 
 namespace quobrix::cfb {
 
-namespace {
-
-constexpr std::size_t kMostKept = 4096; ///< pages whose memory waits for the next ones
-
-} // namespace
-
-Sector& MiniPages::add(std::uint32_t page) {
+std::uint8_t* MiniPages::add(std::uint32_t page) {
     if (page >= slots_.size())
         slots_.resize(std::max<std::size_t>(page + 1, 2 * slots_.size()), kNone);
-    slots_[page] = static_cast<std::uint32_t>(contents_.size());
+    slots_[page] = contents_.count();
     pages_.push_back(page);
-    return contents_.emplace_back();
+    contents_.grow(contents_.count() + 1, 0);
+    return change(page);
 }
 
 std::vector<std::uint32_t> MiniPages::pages() const {
@@ -29,8 +24,6 @@ void MiniPages::clear() {
         slots_[page] = kNone;
     pages_.clear();
     contents_.clear();
-    if (contents_.capacity() > kMostKept)
-        contents_.shrink_to_fit();
 }
 
 } // namespace quobrix::cfb

@@ -4,6 +4,29 @@
 
 namespace quobrix::cfb {
 
+namespace {
+
+constexpr std::size_t kMostKept = 16; ///< blocks
+
+} // namespace
+
+void Pages::grow(std::uint32_t count, std::uint8_t filling) {
+    while (count_ < count) {
+        const std::span<std::uint8_t> pages = append(count - count_);
+        std::fill(pages.begin(), pages.end(), filling);
+    }
+}
+
+std::span<std::uint8_t> Pages::append(std::uint32_t count) {
+    if (count_ / kBlockPages == blocks_.size())
+        blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(kBlock));
+    const std::uint32_t within = count_ % kBlockPages;
+    const std::uint32_t added = std::min(count, kBlockPages - within);
+    std::uint8_t* const first = blocks_[count_ / kBlockPages].get() + std::size_t{within} * kSectorSize;
+    count_ += added;
+    return {first, std::size_t{added} * kSectorSize};
+}
+
 void Pages::keep(std::uint32_t page) {
     changed_.insert(page);
     auto& kept = before_.emplace_back(page, Sector());
@@ -12,22 +35,30 @@ void Pages::keep(std::uint32_t page) {
 
 std::vector<std::uint32_t> Pages::changed() const {
     std::vector<std::uint32_t> pages = changed_.members();
-    for (std::uint32_t page = committed_; page < count(); ++page)
+    for (std::uint32_t page = committed_; page < count_; ++page)
         pages.push_back(page);
     return pages;
 }
 
 void Pages::commit() {
-    committed_ = count();
+    committed_ = count_;
     changed_.clear();
     before_.clear();
 }
 
 void Pages::rollBack() {
-    bytes_.resize(std::size_t{committed_} * kSectorSize);
+    count_ = committed_;
+    blocks_.resize(unitsOf(count_, kBlockPages));
     for (const auto& [page, content] : before_)
-        std::copy(content.begin(), content.end(), bytes_.begin() + std::ptrdiff_t{page} * kSectorSize);
+        std::copy(content.begin(), content.end(), change(std::size_t{page} * kSectorSize));
     commit();
+}
+
+void Pages::clear() {
+    count_ = 0;
+    commit();
+    if (blocks_.size() > kMostKept)
+        blocks_.resize(kMostKept);
 }
 
 } // namespace quobrix::cfb

@@ -3,35 +3,33 @@
 #include "document/compound_format.h"
 #include "document/compound_sector_set.h"
 
+#include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
 namespace quobrix::cfb {
 
 /// A table of the file in memory, in its form on disk. It knows which of its pages, of a sector each, differ from the
-/// last committed state, and how they were.
+/// last committed state, and how they were. Growing moves nothing.
 class Pages {
 public:
-    /// A table that no file has yet.
-    Pages() = default;
-    /// A table as it stands on disk, whole pages of it.
-    explicit Pages(Bytes bytes) : bytes_(std::move(bytes)), committed_(count()) {}
+    std::uint32_t count() const { return count_; }
+    /// The byte at OFFSET and what follows it in its page.
+    const std::uint8_t* at(std::size_t offset) const { return blocks_[offset / kBlock].get() + offset % kBlock; }
+    ByteView page(std::uint32_t index) const { return {at(std::size_t{index} * kSectorSize), kSectorSize}; }
 
-    std::uint32_t count() const { return static_cast<std::uint32_t>(bytes_.size() / kSectorSize); }
-    const std::uint8_t* data() const { return bytes_.data(); }
-    ByteView page(std::uint32_t index) const {
-        return ByteView(bytes_).subspan(std::size_t{index} * kSectorSize, kSectorSize);
-    }
-
-    /// The byte at OFFSET and what follows it in its page, to be changed.
+    /// The same, to be changed.
     std::uint8_t* change(std::size_t offset) {
         const auto page = static_cast<std::uint32_t>(offset / kSectorSize);
         if (page < committed_ && !changed_.contains(page))
             keep(page);
-        return bytes_.data() + offset;
+        return blocks_[offset / kBlock].get() + offset % kBlock;
     }
     /// New pages, full of FILLING, so that there are COUNT.
-    void grow(std::uint32_t count, std::uint8_t filling) { bytes_.resize(std::size_t{count} * kSectorSize, filling); }
+    void grow(std::uint32_t count, std::uint8_t filling);
+    /// Up to COUNT new pages side by side in memory, to be filled at once.
+    std::span<std::uint8_t> append(std::uint32_t count);
 
     /// The pages that differ from the committed state, new ones included, in ascending order.
     std::vector<std::uint32_t> changed() const;
@@ -39,11 +37,18 @@ public:
     void commit();
     /// The pages are as they were committed, and no more than there were.
     void rollBack();
+    /// There are no pages; some of their memory is kept for the next ones.
+    void clear();
 
 private:
+    /// Large enough for few calls when a table is read or written, small enough to come from the heap's middle.
+    static constexpr std::size_t kBlock = 64 * 1024;
+    static constexpr std::uint32_t kBlockPages = kBlock / kSectorSize;
+
     void keep(std::uint32_t page);
 
-    Bytes bytes_;
+    std::vector<std::unique_ptr<std::uint8_t[]>> blocks_;
+    std::uint32_t count_ = 0;
     std::uint32_t committed_ = 0; ///< count of pages; the later ones are new
     SectorSet changed_;           ///< of the committed pages
     std::vector<std::pair<std::uint32_t, Sector>> before_;

@@ -129,13 +129,17 @@ public:
         // Not the whole: who writes to a cached unit that is on its way waits for the disk, and file systems cache up
         // to 2 MB in one. Without waiting, failures are not looked at either, but left for the flush to tell.
         constexpr std::uint64_t kLargestUnit = 2 << 20;
-        if (const std::uint64_t size = end / kLargestUnit * kLargestUnit; size > 0) // zero would mean all
-            static_cast<void>(::sync_file_range(descriptor_, 0, static_cast<off_t>(size), SYNC_FILE_RANGE_WRITE));
+        const std::uint64_t whole = end / kLargestUnit * kLargestUnit;
+        if (whole > started_)
+            static_cast<void>(::sync_file_range(descriptor_, static_cast<off_t>(started_),
+                                                static_cast<off_t>(whole - started_), SYNC_FILE_RANGE_WRITE));
+        started_ = std::max(started_, whole);
 #endif
     }
 
 private:
     int descriptor_;
+    std::uint64_t started_ = 0; ///< up to here startFlush() has told the system
 };
 
 /// Waits for nobody: InUse when another open file description holds the lock, in this process or another. A file
