@@ -117,10 +117,18 @@ private:
         return pages;
     }
 
-    /// What a table says of sectors that do not exist is void.
-    static void freeFrom(Pages& table, std::uint32_t first) {
-        for (std::uint32_t sector = first; sector < marksIn(table); ++sector)
-            store32(table.change(std::size_t{4} * sector), kFreeSector);
+    /// Where a table speaks of sectors that do not exist, the file has been cut short. What it grows by later must not
+    /// pass for what has been lost.
+    void expectFreeFrom(const Pages& table, std::uint32_t first) {
+        for (std::uint32_t sector = first; sector < marksIn(table) && !layout_.incomplete; ++sector)
+            layout_.incomplete = load32(table.at(std::size_t{4} * sector)) != kFreeSector;
+    }
+
+    /// The same where the POSITION-th sector of a content of SIZE bytes is not there as far as it belongs to it.
+    void expectThere(std::uint32_t sector, std::uint64_t position, std::uint64_t size) {
+        const std::uint64_t before = std::min(size, position * kSectorSize);
+        if (sectorOffset(sector) + std::min<std::uint64_t>(size - before, kSectorSize) > layout_.fileSize)
+            layout_.incomplete = true;
     }
 
     bool wholeSector(std::uint32_t sector) const {
@@ -170,7 +178,7 @@ private:
         if (!content)
             return content.error();
         layout_.fat = *std::move(content);
-        freeFrom(layout_.fat, sectors_);
+        expectFreeFrom(layout_.fat, sectors_);
         for (const std::uint32_t sector : present)
             claims_->keepIfFree(sector);
         for (const std::uint32_t sector : layout_.difatSectors)
@@ -212,6 +220,8 @@ private:
         const std::uint8_t* root = layout_.directory.at(0);
         if (load32(root + entry::kSize) > 0)
             layout_.miniStreamChain = structureChain(load32(root + entry::kStart));
+        for (std::size_t i = 0; i < layout_.miniStreamChain.size(); ++i)
+            expectThere(layout_.miniStreamChain[i], i, load32(root + entry::kSize));
         if (header_.miniFatPages > 0) {
             auto content = readChain(header_.firstMiniFatSector, layout_.miniFatChain);
             if (!content)
@@ -219,7 +229,7 @@ private:
             layout_.miniFat = *std::move(content);
         }
         const auto there = static_cast<std::uint32_t>(layout_.miniStreamChain.size()) * kMiniSectorsPerPage;
-        freeFrom(layout_.miniFat, there);
+        expectFreeFrom(layout_.miniFat, there);
         miniClaims_ =
             std::make_unique<Claims>(layout_.miniFat, std::min(marksIn(layout_.miniFat), there), kMostMiniSectors);
         return {};
@@ -234,10 +244,12 @@ private:
             const bool mini = size < kMiniCutoff;
             std::uint32_t found = 0;
             std::uint32_t other = kNobody;
-            const bool sound =
-                (mini ? *miniClaims_ : *claims_).follow(load32(at + entry::kStart), index, other, [&](std::uint32_t) {
-                    ++found;
-                });
+            const bool sound = (mini ? *miniClaims_ : *claims_)
+                                   .follow(load32(at + entry::kStart), index, other, [&](std::uint32_t sector) {
+                                       if (!mini)
+                                           expectThere(sector, found, size);
+                                       ++found;
+                                   });
             if (!sound || found < unitsOf(size, mini ? kMiniSectorSize : kSectorSize))
                 layout_.damaged.insert(index);
             if (!sound && other < kStructure)

@@ -174,6 +174,41 @@ TEST_F(CompoundFileDamage, AnOddEndOfTheFileDoesNotMatter) {
     EXPECT_EQ((*open())->read("new")->size(), 12000u);
 }
 
+TEST_F(CompoundFileDamage, AFileThatWasCutShortIsOnlyRead) {
+    disk_->clear();
+    {
+        const auto file = *CompoundFile::create(std::make_unique<MemoryFile>(disk_));
+        file->write("b", content('b', 640));
+        file->write("x", content('x', 20'000));
+        ASSERT_TRUE(file->commit());
+        file->write("last", content('!', 10'000));
+        ASSERT_TRUE(file->commit());
+        file->remove("x"); // its sectors then take the tables of the next commits
+        for (const std::size_t size : {1, 2, 3}) {
+            file->write("small", content('s', size));
+            ASSERT_TRUE(file->commit());
+        }
+    }
+    const Bytes tail = content('!', 10'000 % 512);
+    const auto found = std::find_end(disk_->begin(), disk_->end(), tail.begin(), tail.end());
+    const auto end = static_cast<std::size_t>(found - disk_->begin()) + tail.size();
+    disk_->resize(end); // how a writer may leave it that does not fill the last sector
+    ASSERT_TRUE(open());
+    EXPECT_EQ(*(*open())->read("last"), content('!', 10'000));
+    EXPECT_TRUE((*open())->writable());
+    for (const std::size_t lost : {1, 100, 272, 273, 1000, 5000}) {
+        disk_->resize(end - lost);
+        const auto file = *open();
+        ASSERT_FALSE(file->read("last"));
+        EXPECT_EQ(file->read("last").error().kind, ErrorKind::Corrupt);
+        EXPECT_EQ(file->read("b")->size(), 640u);
+        EXPECT_EQ(file->writable().error().kind, ErrorKind::Corrupt);
+        file->write("new", content('n', 5000));
+        EXPECT_EQ(file->commit().error().kind, ErrorKind::Corrupt);
+        EXPECT_EQ(disk_->size(), end - lost);
+    }
+}
+
 TEST_F(CompoundFileDamage, NamesThatTheFormatForbidsAreRefusedByTheCommit) {
     const auto file = *open();
     for (const std::string name : {"", "a/b", "0123456789012345678901234567890123"}) {

@@ -76,7 +76,8 @@ public:
     }
 
 private:
-    /// What was committed is there for who opens the file anew, and a refused commit leaves what was there before.
+    /// What was committed is there for who opens the file anew, and a refused commit leaves what was there before. A
+    /// damaged stream may have become readable because another one that lays claim to its sectors is gone.
     bool commit() {
         const Result<void> done = file_->commit();
         require(done || done.error().kind == ErrorKind::Corrupt || done.error().kind == ErrorKind::Unsupported);
@@ -88,8 +89,13 @@ private:
             return bool(done);
         auto again = CompoundFile::open(std::make_unique<test::MemoryFile>(disk_));
         require(bool(again));
-        require(readable(**again) == committed_);
+        Streams found = readable(**again);
+        for (const auto& [name, content] : found)
+            require(committed_.contains(name) || (file_->contains(name) && !file_->read(name)));
+        for (const auto& [name, content] : committed_)
+            require(found.contains(name) && found[name] == content);
         require((*again)->space().fileBytes == disk_->size());
+        expected_ = committed_ = std::move(found);
         file_ = *std::move(again);
         return bool(done);
     }
