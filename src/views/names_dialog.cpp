@@ -27,6 +27,7 @@ constexpr NamesDialogSpec kVehicles{"TVehicleNamesDialog", MessageId::EmptyVehic
 constexpr NamesDialogSpec kLoggers{"TQuobrixNamesDialog", MessageId::EmptyQuobrixNames};
 constexpr NamesDialogSpec kDrivers{"DriverNamesDialog", MessageId::EmptyDriverNames};
 
+constexpr int kKeyColumn = 0;
 constexpr int kNameColumn = 1;
 
 /// The commands of the list that have a button; all others are in its menu.
@@ -107,6 +108,7 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     header.setStretchLastSection(false);
     header.setMinimumSectionSize(fontMetrics().averageCharWidth() * 11); // the first keys may be the shortest
     header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
+    connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] { fitKey(); });
 
     left_->addWidget(list_, 1);
     auto* columns = new QHBoxLayout;
@@ -159,6 +161,17 @@ void NamesDialog::selectWholeRows() {
 
 void NamesDialog::addBelowList(QWidget* widget) { left_->addWidget(widget); }
 
+void NamesDialog::fitKey() {
+    SpreadsheetView& view = list_->view();
+    const QModelIndex cell = view.currentIndex();
+    if (!cell.isValid() || cell.column() != kKeyColumn)
+        return;
+    const int markWidth = view.fontMetrics().height() + view.fontMetrics().averageCharWidth();
+    const int width = view.sizeHintForIndex(cell).width() + markWidth;
+    if (width > view.columnWidth(kKeyColumn))
+        view.setColumnWidth(kKeyColumn, width);
+}
+
 std::string NamesDialog::newName() const {
     const std::vector<std::string> names = names_.defaultNames(1);
     return names.empty() ? std::string() : names.front();
@@ -210,7 +223,22 @@ TVehicleNamesDialog::TVehicleNamesDialog(const ViewContext& context, QWidget* pa
     : NamesDialog(context, context.document.vehicles(), kVehicles, parent) {}
 
 TQuobrixNamesDialog::TQuobrixNamesDialog(const ViewContext& context, QWidget* parent)
-    : NamesDialog(context, context.document.loggers(), kLoggers, parent) {}
+    : NamesDialog(context, context.document.loggers(), kLoggers, parent) {
+    connect(&list().view(), &SpreadsheetView::entryRefused, this, &TQuobrixNamesDialog::tellRefusal);
+}
+
+void TQuobrixNamesDialog::tellRefusal(const QString& why) {
+    const Message format = makeMessage(MessageId::InvalidSerialNumber);
+    if (telling_ || !context().prompter || why != toQt(format.text))
+        return;
+    telling_ = true; // one attempt to leave may try more than once
+    const auto tell = [this, format] {
+        context().prompter->tell(format);
+        telling_ = false;
+    };
+    // Not before whoever wants the entry to end has heard that it does not.
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+}
 
 DriverNamesDialog::DriverNamesDialog(const ViewContext& context, QWidget* parent)
     : NamesDialog(context, context.document.drivers(), kDrivers, parent) {

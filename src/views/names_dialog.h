@@ -44,6 +44,7 @@ protected:
     /// NAMES must be a table of CONTEXT's document.
     NamesDialog(const ViewContext& context, NamesTable& names, const NamesDialogSpec& spec, QWidget* parent);
     const ViewContext& context() const { return context_; }
+    TTableSpreadsheet& list() { return *list_; }
     /// Puts WIDGET between the list and the buttons.
     void addBelowList(QWidget* widget);
     /// The name that an entry gets when the user adds it.
@@ -52,6 +53,8 @@ protected:
 private:
     QWidget* makeButtons();
     void selectWholeRows();
+    /// Widens the column of keys for the one that has been typed.
+    void fitKey();
 
     ViewContext context_;
     NamesTable& names_;
@@ -65,9 +68,15 @@ public:
     TVehicleNamesDialog(const ViewContext& context, QWidget* parent);
 };
 
+/// Tells of a serial number that is refused, since the person may choose how often to be reminded of its form.
 class TQuobrixNamesDialog final : public NamesDialog {
 public:
     TQuobrixNamesDialog(const ViewContext& context, QWidget* parent);
+
+private:
+    void tellRefusal(const QString& why);
+
+    bool telling_ = false;
 };
 
 /// Keeps beside the drivers the names that new ones get at first.

@@ -65,6 +65,7 @@ TEST_F(NamesDialogTest, AVehicleIsAddedTypedAndTakenBackAgain) {
     typeText("wauzzz8k9ba000003");
     press(Qt::Key_Return);
     EXPECT_EQ(document_.vehicles().key(3), "WAUZZZ8K9BA000003");
+    EXPECT_GE(list().view().columnWidth(0), list().view().sizeHintForIndex(list().model().index(3, 0)).width());
     button("undoNames").click();
     button("undoNames").click();
     EXPECT_EQ(document_.vehicles().rowCount(), 3u);
@@ -125,6 +126,33 @@ TEST_F(NamesDialogTest, ARefusedNameKeepsTheDialogOpen) {
     dialog.close();
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_EQ(document_.drivers().name(0), "12345678901234567890");
+}
+
+TEST_F(NamesDialogTest, ASerialNumberThatIsRefusedIsToldOnceForEachAttempt) {
+    ScriptedPrompter prompter{{MessageId::InvalidSerialNumber}, {MessageId::InvalidSerialNumber}};
+    context_.prompter = &prompter;
+    auto& dialog = open<TQuobrixNamesDialog>();
+    const auto rows = static_cast<int>(document_.loggers().rowCount());
+    button("addName").click();
+    typeText("AA-99-A");
+    press(Qt::Key_Return);
+    EXPECT_TRUE(list().view().isEditing());
+    QApplication::processEvents();
+    EXPECT_EQ(prompter.shown.size(), 1u);
+    dialog.close();
+    dialog.finishEdit();
+    QApplication::processEvents();
+    EXPECT_TRUE(dialog.isVisible());
+
+    QWidget box; // as the message's
+    box.show();
+    box.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&box));
+    dialog.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), QStringLiteral("cellEditor")) << "typing goes on";
+    press(Qt::Key_Escape);
+    EXPECT_EQ(list().model().rowCount(), rows + 1);
 }
 
 TEST_F(NamesDialogTest, DriversGetTheNamesThatAreKeptForThem) {

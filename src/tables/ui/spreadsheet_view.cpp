@@ -143,6 +143,7 @@ bool SpreadsheetView::finishEdit() {
     if (!commit()) {
         scrollTo(edited_);
         widget->setFocus();
+        emit entryRefused(note());
         return false;
     }
     closeEditor(widget, QAbstractItemDelegate::NoHint);
@@ -249,6 +250,12 @@ void SpreadsheetView::scrollContentsBy(int dx, int dy) {
 }
 
 // Keys and mouse
+
+void SpreadsheetView::focusInEvent(QFocusEvent* event) {
+    QTableView::focusInEvent(event);
+    if (QWidget* const widget = editor()) // one that is still open when its window becomes active again
+        widget->setFocus(event->reason());
+}
 
 void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
     const QModelIndex cell = currentIndex();

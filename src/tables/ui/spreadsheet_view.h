@@ -51,6 +51,8 @@ signals:
     /// Another cell is current, or other ones are selected.
     void selectionAltered();
     void menuRequested(const QPoint& position);
+    /// A person has tried to leave an editor whose value is refused.
+    void entryRefused(const QString& why);
 
 public slots:
     void reset() override;
@@ -61,6 +63,7 @@ protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
     bool eventFilter(QObject* object, QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
