@@ -2,6 +2,6 @@
 build_packages=(build-essential g++ cmake ninja-build ccache pkg-config libfmt-dev libcli11-dev
     qt6-base-dev libqt6svg6-dev libgl-dev tzdata)
 run_packages=(qt6-qpa-plugins fonts-dejavu-core libqt6svg6)
-test_packages=(libgtest-dev libgmock-dev libgsf-1-dev libgsf-bin p7zip-full python3)
+test_packages=(libgtest-dev libgmock-dev libgsf-1-dev libgsf-bin p7zip-full python3 python3-olefile)
 ci_packages=(clang-14 libclang-rt-14-dev clang-format-14)
 bench_packages=(libbenchmark-dev libsqlite3-dev libgsf-1-dev)
