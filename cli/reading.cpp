@@ -40,11 +40,15 @@ constexpr Log kLogs[] = {
 
 /// Whether everything that was asked of the document could be read.
 ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
-    if (document.store().damage().empty())
+    const std::vector<std::string> affected = document.affectedLogs();
+    if (affected.empty()) {
+        if (const auto reason = document.readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
+            complain(fmt::format("{} is damaged ({}), though nothing is missing here", file, reason->detail));
         return kDone;
+    }
     complain(fmt::format("parts of {} cannot be read and are missing here ({}); \"quobrix-cli check {}\" says what is "
                          "damaged",
-                         file, fmt::join(document.affectedLogs(), ", "), file));
+                         file, fmt::join(affected, ", "), file));
     return kIncomplete;
 }
 

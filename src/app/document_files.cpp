@@ -91,18 +91,26 @@ bool DocumentFiles::replaceBy(const fs::path& path) {
     });
     if (!result)
         return tell(result.error(), FileAction::Open, path);
-    toldLogs_.clear();
+    toldDamage_.clear();
     tellDamage();
     return true;
 }
 
 void DocumentFiles::tellDamage() {
     std::string affected;
+    const auto add = [&](const std::string& what) {
+        if (toldDamage_.insert(what).second)
+            affected += (affected.empty() ? "" : "\n") + what;
+    };
+    const std::optional<Error> reason = document_.readOnlyReason();
+    const bool lasting = reason && reason->kind == ErrorKind::Corrupt;
+    if (lasting)
+        add(reason->detail);
     for (const std::string& log : document_.affectedLogs())
-        if (toldLogs_.insert(log).second)
-            affected += (affected.empty() ? "" : "\n") + log;
+        add(log);
     if (!affected.empty())
-        prompter_.tell(makeMessage(MessageId::DamagedDocument, document_.title(), affected));
+        prompter_.tell(makeMessage(lasting ? MessageId::DamagedReadOnly : MessageId::DamagedDocument, document_.title(),
+                                   affected));
 }
 
 bool DocumentFiles::chooseAndOpen() {

@@ -82,7 +82,7 @@ private:
     FileChooser& chooser_;
     DiskRunner runDisk_;
     Hooks hooks_;
-    std::set<std::string> toldLogs_;
+    std::set<std::string> toldDamage_;
     std::set<std::filesystem::path> compactionOffered_; // in this run
     bool untitled_ = true;
 };

@@ -14,6 +14,9 @@ constexpr std::uint32_t kMostBytes = 0x7FFFFFFF; // of a stream, by version 3 of
 /// Contents (bytes) that wait in memory: enough for calls worth making, and still in the processor's cache.
 constexpr std::size_t kMostInMemory = 512 * 1024;
 
+/// MS-CFB keeps four characters out of names.
+bool hasForbidden(std::string_view name) { return name.find_first_of("/\\:!") != std::string_view::npos; }
+
 } // namespace
 
 CompoundFileEngine::CompoundFileEngine(std::unique_ptr<File> file, Layout layout)
@@ -117,8 +120,8 @@ void CompoundFileEngine::write(std::string_view name, Bytes content) {
 Result<void> CompoundFileEngine::take(std::string_view name, Bytes content) {
     const auto field = NameField::fromText(name);
     std::uint32_t index = field ? tables_.directory.find(field->name()) : kNoEntry;
-    // MS-CFB keeps four characters out of names; and a storage cannot become a stream.
-    if (!field || name.find_first_of("/\\:!") != std::string_view::npos || content.size() > kMostBytes ||
+    // A storage cannot become a stream.
+    if (!field || hasForbidden(name) || content.size() > kMostBytes ||
         (index != kNoEntry && !tables_.directory.isStream(index)))
         return Error{ErrorKind::Unsupported, "stream " + std::string(name) + " cannot be written"};
     if (index == kNoEntry)
@@ -340,6 +343,10 @@ Result<std::unique_ptr<CompoundFile>> CompoundFile::open(std::unique_ptr<File> f
         return layout.error();
     return std::unique_ptr<CompoundFile>(
         std::make_unique<cfb::CompoundFileEngine>(std::move(file), *std::move(layout)));
+}
+
+bool CompoundFile::nameAllowed(std::string_view name) {
+    return cfb::NameField::fromText(name) && !cfb::hasForbidden(name);
 }
 
 Result<std::unique_ptr<CompoundFile>> CompoundFile::create(std::unique_ptr<File> file) {

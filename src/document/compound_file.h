@@ -24,6 +24,9 @@ public:
     /// An empty compound file over an empty file. Nothing is valid on disk before the first commit().
     static Result<std::unique_ptr<CompoundFile>> create(std::unique_ptr<File> file);
 
+    /// A stream may be called so: 1 to 31 characters, none of them one that the format keeps out of names.
+    static bool nameAllowed(std::string_view name);
+
     virtual ~CompoundFile() = default;
 
     virtual bool contains(std::string_view name) const = 0;
@@ -35,8 +38,8 @@ public:
     virtual Result<void> read(std::string_view name, Bytes& content) const = 0;
     /// The same in memory of its own.
     Result<Bytes> read(std::string_view name) const;
-    /// Creates or replaces a stream (name: 1 to 31 characters, ASCII). Pending until commit: half a megabyte of it in
-    /// memory, the rest in free sectors, where nothing leads to it yet. Failures are told by the next spill or commit.
+    /// Creates or replaces a stream (see nameAllowed). Pending until commit: half a megabyte of it in memory, the rest
+    /// in free sectors, where nothing leads to it yet. Failures are told by the next spill or commit.
     virtual void write(std::string_view name, Bytes content) = 0;
     /// Removes a stream; no effect if there is none. Pending until commit.
     virtual void remove(std::string_view name) = 0;

@@ -42,6 +42,24 @@ Result<void> checkSame(const CompoundFile& a, const CompoundFile& b, const DiskP
     return same ? Result<void>() : Error{ErrorKind::Io, "the compact copy differs from its original"};
 }
 
+/// Every stream of FROM that can be read.
+Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, DiskProgress& progress) {
+    progress.what = "Copying what can be read";
+    progress.done = 0;
+    progress.total = from.space().fileBytes;
+    for (const std::string& name : from.names()) {
+        if (progress.cancelled)
+            return Error{ErrorKind::Cancelled, "while copying"};
+        Result<Bytes> content = from.read(name);
+        if (!content || !CompoundFile::nameAllowed(name))
+            continue;
+        progress.done += content->size();
+        to.write(name, *std::move(content));
+    }
+    progress.total = 0;
+    return to.spill();
+}
+
 } // namespace
 
 void writeDocumentStream(CompoundFile& file) {
@@ -76,6 +94,7 @@ void TDocument::take(State next) {
     std::swap(state_, next);
     try {
         bind();
+        state_.damage = damage();
     } catch (...) {
         std::swap(state_, next);
         throw;
@@ -115,14 +134,10 @@ Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& t
     Result<OpenFile> file = OpenFile::open(std::move(*opened));
     if (!file)
         return file.error();
-    State state{std::move(*file), std::make_unique<ObjectStore>(types_), path, *before, true, {}};
+    State state{std::move(*file), std::make_unique<ObjectStore>(types_), path, *before, true, {}, {}};
     state.store->load(*state.file.compound);
     if (mode == FileMode::Read)
         state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
-    if (const Result<void> writable = state.file.compound->writable(); !writable)
-        state.readOnlyReason = writable.error();
-    if (state.store->indexDamaged()) // the reason that a copy does not end
-        state.readOnlyReason = Error{ErrorKind::Corrupt, state.store->damage().front().what};
     // What was opened must be what the path leads to, or a save would go to a file that nobody sees.
     if (mode != FileMode::Read)
         if (const auto now = FileSnapshot::of(files_, target, state.file.disk.get()); !now || *now != *before)
@@ -142,7 +157,7 @@ Result<void> TDocument::open(const fs::path& path, Access access) {
     }
     if (!next)
         return next.error();
-    if (refused && next->readOnlyReason->kind != ErrorKind::Corrupt)
+    if (refused)
         next->readOnlyReason = refused;
     const bool ownLock = refused && refused->kind == ErrorKind::InUse && isFile(*target);
     take(std::move(*next));
@@ -166,8 +181,18 @@ void TDocument::regainLock(const fs::path& target) {
         return;
     state_.store->attach(*file->compound);
     std::swap(state_.file, *file);
-    if (state_.readOnlyReason->kind != ErrorKind::Corrupt)
-        state_.readOnlyReason.reset();
+    state_.readOnlyReason.reset();
+}
+
+std::optional<Error> TDocument::damage() const {
+    if (hasFile())
+        if (const Result<void> writable = state_.file.compound->writable(); !writable)
+            return writable.error();
+    if (!store().indexDamaged())
+        return {};
+    const std::vector<Damage>& all = store().damage();
+    const auto ofIndex = std::ranges::find(all, kNoObject, &Damage::id);
+    return Error{ErrorKind::Corrupt, ofIndex == all.end() ? std::string() : ofIndex->what};
 }
 
 bool TDocument::isFile(const fs::path& path) const {
@@ -203,7 +228,7 @@ Result<void> TDocument::save(const SaveOptions& options) {
     if (!hasFile())
         return Error{ErrorKind::NotFound, "the document has no file yet"};
     if (readOnly())
-        return Error{ErrorKind::ReadOnly, state_.readOnlyReason->detail};
+        return Error{ErrorKind::ReadOnly, readOnlyReason()->detail};
     QUOBRIX_TRY(unchangedOnDisk());
     if (!modified())
         return {};
@@ -279,7 +304,8 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
 
 Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
     Result<OpenFile> file = Error{};
-    if (hasFile()) {
+    const bool copied = hasFile() && state_.file.compound->writable();
+    if (copied) {
         const std::uint64_t size = space().fileBytes;
         QUOBRIX_TRY(checkSpace(replacement.target(), size));
         // A copy of the file, not of its streams: what could not be read comes along untouched.
@@ -293,6 +319,9 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
     }
     if (!file)
         return file;
+    if (hasFile() && !copied) // nothing can be written into a copy of damaged tables
+        QUOBRIX_TRY(options.runDisk(
+            [&](DiskProgress& progress) { return copyReadable(*state_.file.compound, *file->compound, progress); }));
     QUOBRIX_TRY(writeTo(*file->compound));
     QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return file->compound->commit(); }));
     return file;
@@ -353,8 +382,8 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     if (!renamed)
         return renamed;
     store().saved();
-    if (readOnly() && state_.readOnlyReason->kind != ErrorKind::Corrupt)
-        state_.readOnlyReason.reset();
+    state_.readOnlyReason.reset();
+    state_.damage = damage();
     return {};
 }
 

@@ -74,8 +74,8 @@ public:
     /// PATH leads to the file that the document was opened from or saved to.
     bool isFile(const std::filesystem::path& path) const;
     /// Opened so, or damaged so that a save could lose something; readOnlyReason says why.
-    bool readOnly() const { return state_.readOnlyReason.has_value(); }
-    std::optional<Error> readOnlyReason() const { return state_.readOnlyReason; }
+    bool readOnly() const { return readOnlyReason().has_value(); }
+    std::optional<Error> readOnlyReason() const { return state_.damage ? state_.damage : state_.readOnlyReason; }
     /// Anything that the next save would write.
     bool modified() const { return store().modified(); }
     CompoundFile::Space space() const;
@@ -93,7 +93,9 @@ protected:
     virtual void bind() {}
     /// Whether the file PATH is kept as a backup before it is changed.
     virtual bool keepsBackup(const std::filesystem::path&) const { return true; }
-    void setReadOnly(Error reason) { state_.readOnlyReason = std::move(reason); }
+    /// Why the file must not be written to although it is open: damage of which a save in place could make a loss.
+    /// Asked when another content is in place or has got another file.
+    virtual std::optional<Error> damage() const;
 
 private:
     /// A compound file, and the file under it within reach.
@@ -108,8 +110,9 @@ private:
         std::unique_ptr<ObjectStore> store; // after file: it reads from it
         std::filesystem::path path;         // as the user knows it
         FileSnapshot snapshot;
-        bool nameDurable = true; // after a renaming that could not be flushed: not yet
-        std::optional<Error> readOnlyReason;
+        bool nameDurable = true;             // after a renaming that could not be flushed: not yet
+        std::optional<Error> readOnlyReason; // as it was opened
+        std::optional<Error> damage;
     };
     using Copy = std::function<Result<void>(File&)>; // durable when it returns
     using Build = std::function<Result<OpenFile>(ReplacementFile&)>;

@@ -27,8 +27,9 @@ struct PersistentType {
     /// Number of the layout that the class writes now; it reads this one and all before it.
     std::uint8_t schema = 1;
     std::unique_ptr<PersistentObject> (*create)() = nullptr;
+    std::uint32_t hash = nameHash(name);
 
-    constexpr std::uint32_t id() const { return nameHash(name); }
+    constexpr std::uint32_t id() const { return hash; }
 };
 
 /// The persistent classes by type id. Filled once at program start; the types must outlive it.

@@ -126,4 +126,12 @@ private:
 
 DocumentCheck checkDocument(ObjectStore& store) { return Checker(store).run(); }
 
+DocumentCheck checkDocument(TQuobrixDocument& document) {
+    DocumentCheck check = checkDocument(document.store());
+    const std::optional<Error> reason = document.readOnlyReason();
+    if (check.sound() && reason && reason->kind == ErrorKind::Corrupt)
+        check.damages.push_back({kNoObject, {}, reason->detail});
+    return check;
+}
+
 } // namespace quobrix

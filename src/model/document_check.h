@@ -28,6 +28,7 @@ struct DocumentCheck {
 /// Objects of classes that only a later version knows are noted, and damage where another class is expected of them.
 /// Changes nothing, but what is damaged is known to the document from then on.
 DocumentCheck checkDocument(ObjectStore& store);
-inline DocumentCheck checkDocument(TQuobrixDocument& document) { return checkDocument(document.store()); }
+/// The same, and damage of the file around the objects.
+DocumentCheck checkDocument(TQuobrixDocument& document);
 
 } // namespace quobrix

@@ -92,13 +92,6 @@ void TQuobrixDocument::bind() {
     auto* trips = rootTable<TTripLogTable>(store());
     auto* troubles = rootTable<TTroubleLogTable>(store());
     auto* activity = rootTable<TSecurityLogTable>(store());
-    for (const Table* root : std::initializer_list<const Table*>{drivers, vehicles, loggers, trips, troubles, activity})
-        if (!root->store()) // a stand-in
-            setReadOnly({ErrorKind::Corrupt, std::string(logOfClass(root->type().name)) + " cannot be read"});
-    const auto& damage = store().damage();
-    const auto ofIndex = std::find_if(damage.begin(), damage.end(), [](auto& d) { return d.id == kNoObject; });
-    if (ofIndex != damage.end()) // it may have turned up only while a root was sought
-        setReadOnly({ErrorKind::Corrupt, ofIndex->what});
     drivers_ = drivers;
     vehicles_ = vehicles;
     loggers_ = loggers;
@@ -107,6 +100,13 @@ void TQuobrixDocument::bind() {
     activity_ = activity;
     dataChanged_ = false;
     edits_.clear();
+}
+
+std::optional<Error> TQuobrixDocument::damage() const {
+    for (const Table* root : roots())
+        if (!root->store()) // a stand-in
+            return Error{ErrorKind::Corrupt, std::string(logOfClass(root->type().name)) + " cannot be read"};
+    return TDocument::damage();
 }
 
 bool TQuobrixDocument::keepsBackup(const std::filesystem::path& file) const {
@@ -134,19 +134,24 @@ bool isExampleName(std::string_view fileName) {
 
 std::vector<std::string> TQuobrixDocument::affectedLogs() {
     std::vector<std::string> logs;
-    const std::vector<PersistentObject*> loaded = store().loadedObjects();
-    for (const Damage& damage : store().damage()) {
-        std::string_view log = kOtherLog;
-        if (const PersistentType* type = store().types().find(damage.typeId))
-            log = logOfClass(type->name);
-        else
-            for (const PersistentObject* object : loaded)
-                if (refersTo(*object, damage.id)) {
-                    log = logOfClass(object->type().name);
-                    break;
-                }
+    const auto add = [&](std::string_view log) {
         if (std::find(logs.begin(), logs.end(), log) == logs.end())
             logs.emplace_back(log);
+    };
+    for (const Table* root : roots())
+        if (!root->store()) // a stand-in
+            add(logOfClass(root->type().name));
+    const std::vector<PersistentObject*> loaded = store().loadedObjects();
+    for (const Damage& damage : store().damage()) {
+        if (damage.id == kNoObject)
+            continue; // the index: of no log
+        if (const PersistentType* type = store().types().find(damage.typeId)) {
+            add(logOfClass(type->name));
+            continue;
+        }
+        const auto owner = std::find_if(loaded.begin(), loaded.end(),
+                                        [&](const PersistentObject* object) { return refersTo(*object, damage.id); });
+        add(owner == loaded.end() ? kOtherLog : logOfClass((*owner)->type().name));
     }
     return logs;
 }

@@ -9,6 +9,7 @@
 #include "model/trouble_log.h"
 #include "tables/table_edits.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,17 +54,20 @@ public:
     /// The document is the delivered example, by its title: never saved, never asked about.
     bool isExample() const;
 
-    /// The logs and name tables that what could not be read so far belongs to ("Trip Log", …), each once.
+    /// The logs and name tables that what could not be read so far belongs to ("Trip Log", …), each once. Damage of the
+    /// index alone is of none.
     std::vector<std::string> affectedLogs();
 
 protected:
     void bind() override;
+    std::optional<Error> damage() const override;
     bool keepsBackup(const std::filesystem::path& file) const override;
 
 private:
     void tableChanged(const TableChange&) override { setDataChanged(); }
     /// Edits of the example would be lost, and those of a damaged document might lose something.
     std::string lockedBecause() const;
+    std::array<const Table*, 6> roots() const { return {drivers_, vehicles_, loggers_, trips_, troubles_, activity_}; }
 
     TTripLogTable* trips_ = nullptr;
     TTroubleLogTable* troubles_ = nullptr;

@@ -323,36 +323,43 @@ TEST_P(DocumentCrash, AnyFailingOperationIsMadeGoodByTheNextTry) {
 }
 
 TEST_P(DocumentCrash, ADiskThatIsFullAtAnyWriteLosesNothing) {
-    const FaultFolder::Image image = folderWithDocuments(3);
-    std::set<std::uint64_t> fills;
-    {
-        Trial trial(GetParam(), image, 3, 1);
-        trial.folder.afterEachChange = [&] { fills.insert(trial.folder.used()); };
-        trial.run({});
-    }
     std::size_t full = 0;
-    for (const std::uint64_t fill : fills)
-        for (const bool tells : {false, true})
-            for (const bool without : {false, true}) {
-                Trial trial(GetParam(), image, 3, static_cast<unsigned>(fill));
-                if (fill <= trial.folder.used())
-                    continue;
-                ++full;
-                trial.folder.capacity = fill - 1;
-                trial.folder.tellsFreeSpace = tells;
-                trial.folder.afterEachChange = [&] {
-                    ASSERT_NO_FATAL_FAILURE(trial.expectAllowed(trial.folder.powerCut()));
-                };
-                bool asked = false;
-                trial.run({.saveWithoutBackup = [&](const Error& reason) {
-                    EXPECT_EQ(reason.kind, ErrorKind::DiskFull);
-                    asked = true;
-                    return without;
-                }});
-                trial.folder.afterEachChange = {};
-                trial.expectDone(!asked || !without);
-                ASSERT_FALSE(HasFailure()) << "full at byte " << fill;
-            }
+    for (const int trips : {1, 3, 20}) {
+        const FaultFolder::Image image = folderWithDocuments(trips);
+        // Before the first byte of each write, in its midst, and before its last.
+        std::set<std::uint64_t> capacities;
+        {
+            Trial trial(GetParam(), image, trips, 1);
+            std::uint64_t used = trial.folder.used();
+            trial.folder.afterEachChange = [&] {
+                const std::uint64_t now = trial.folder.used();
+                if (now > used)
+                    capacities.insert({used, used + (now - used) / 2, now - 1});
+                used = now;
+            };
+            trial.run({});
+        }
+        for (const std::uint64_t capacity : capacities)
+            for (const bool tells : {false, true})
+                for (const bool without : {false, true}) {
+                    Trial trial(GetParam(), image, trips, static_cast<unsigned>(capacity));
+                    trial.folder.capacity = std::max(capacity, trial.folder.used());
+                    ++full;
+                    trial.folder.tellsFreeSpace = tells;
+                    trial.folder.afterEachChange = [&] {
+                        ASSERT_NO_FATAL_FAILURE(trial.expectAllowed(trial.folder.powerCut()));
+                    };
+                    bool asked = false;
+                    trial.run({.saveWithoutBackup = [&](const Error& reason) {
+                        EXPECT_EQ(reason.kind, ErrorKind::DiskFull);
+                        asked = true;
+                        return without;
+                    }});
+                    trial.folder.afterEachChange = {};
+                    trial.expectDone(!asked || !without);
+                    ASSERT_FALSE(HasFailure()) << trips << " trips, full at byte " << capacity;
+                }
+    }
     report("full disks", GetParam(), full);
 }
 

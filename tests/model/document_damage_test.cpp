@@ -1,0 +1,391 @@
+/// What each kind of damage does to opening, viewing, saving, the check and the repair. The same table stands in the
+/// documentation, and a test compares the two.
+#include "model/document_repair.h"
+
+#include "document/compound_format.h"
+#include "platform/file_system.h"
+#include "support/document_streams.h"
+#include "support/sample_trip.h"
+#include "support/temporary_folder.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+namespace fs = std::filesystem;
+
+constexpr std::int32_t kStart = 1'700'000'000;
+constexpr RowIndex kTrips = 3;
+
+/// A document on disk that something bad happens to.
+class Victim {
+public:
+    explicit Victim(fs::path file) : path(std::move(file)) {
+        TQuobrixDocument document;
+        for (int i = 0; i < static_cast<int>(kTrips); ++i)
+            addTrip(document, kStart + 3600 * i);
+        const TTripLogTable& table = document.trips();
+        trips = table.id();
+        distance = table.column<TTripLogDistanceColumn>().id();
+        sampleTables = table.column<TTripLogSampleTableColumn>().id();
+        samples = table.column<TTripLogSampleTableColumn>().at(1);
+        if (!document.saveAs(path))
+            throw std::runtime_error("saveAs");
+    }
+
+    void write(std::string_view name, Bytes content) const {
+        tamper(path, [&](CompoundFile& file) { file.write(name, std::move(content)); });
+    }
+    void remove(std::string_view name) const {
+        tamper(path, [&](CompoundFile& file) { file.remove(name); });
+    }
+    void cut(std::string_view name) const {
+        Bytes content = stream(name);
+        content.pop_back();
+        write(name, content);
+    }
+    void garble(std::string_view name) const { write(name, Bytes(stream(name).size() + 3, 0xEE)); }
+    Bytes stream(std::string_view name) const { return streamsOf(path)[std::string(name)]; }
+
+    Bytes bytes() const { return *readFile(path, 1u << 24); }
+    void setBytes(const Bytes& bytes) const {
+        std::ofstream(path, std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    void put32(std::size_t offset, std::uint32_t value) const {
+        Bytes changed = bytes();
+        cfb::store32(changed.data() + offset, value);
+        setBytes(changed);
+    }
+    std::uint32_t get32(std::size_t offset) const { return cfb::load32(bytes().data() + offset); }
+    std::size_t directory() const { return cfb::sectorOffset(get32(48)); }
+    /// Where the directory entry of a stream begins.
+    std::size_t entryOf(std::string_view name) const {
+        std::string units(64, '\0');
+        for (std::size_t i = 0; i < name.size(); ++i)
+            units[2 * i] = name[i];
+        const Bytes all = bytes();
+        return std::string_view(reinterpret_cast<const char*>(all.data()), all.size()).rfind(units);
+    }
+
+    fs::path path;
+    ObjectId trips, distance, sampleTables, samples;
+};
+
+enum class Opening { Edit, Read, Damaged, NoDocument };
+enum class View { Everything, NoColumn, NoSamples, NoOwnedTables, NoLog, Part, Nothing };
+enum class Mending { Whole, Part, Impossible };
+
+struct Row {
+    const char* damage;
+    std::function<void(const Victim&)> apply;
+    Opening opening;
+    View view;
+    bool sound; ///< by the check
+    Mending repair;
+    friend void PrintTo(const Row& row, std::ostream* out) { *out << row.damage; }
+};
+
+std::string name(ObjectId id) { return std::to_string(id); }
+
+const std::vector<Row>& table() {
+    using V = const Victim&;
+    static const std::vector<Row> rows = [] {
+        std::vector<Row> all;
+        const auto index = [&](const char* stream, const char* what, std::function<void(V)> apply) {
+            const bool needed = std::string_view(stream) != "Contents";
+            all.push_back({what, std::move(apply), needed ? Opening::Read : Opening::Edit, View::Everything, !needed,
+                           Mending::Whole});
+        };
+        for (const char* stream :
+             {"Contents", "Version", "Next Available Id", "Available Ids", "Object Ids", "Singleton Ids"}) {
+            static std::vector<std::string> names; // of the rows
+            names.reserve(64);
+            const auto row = [&](const char* what) {
+                return names.emplace_back(fmt::format("\"{}\" {}", stream, what)).c_str();
+            };
+            index(stream, row("is missing"), [=](V v) { v.remove(stream); });
+            index(stream, row("is cut short"), [=](V v) { v.cut(stream); });
+            index(stream, row("is garbage"), [=](V v) { v.garble(stream); });
+        }
+        const std::vector<Row> others = {
+            {"\"Singleton Ids\" lacks a log", [](V v) { v.write("Singleton Ids", u32s({0})); }, Opening::Read,
+             View::Everything, false, Mending::Whole},
+            {"\"Object Ids\" lacks a column",
+             [](V v) {
+                 TQuobrixDocument document;
+                 ASSERT_TRUE(document.open(v.path, TDocument::Access::Read));
+                 ByteWriter ids;
+                 ids.u32(static_cast<std::uint32_t>(document.store().objectCount() - 1));
+                 for (const ObjectId id : document.store().objectIds())
+                     if (id != v.distance)
+                         ids.u32(id);
+                 v.write("Object Ids", ids.take());
+             },
+             Opening::Edit, View::NoColumn, false, Mending::Whole},
+            {"A log's table cannot be read", [](V v) { v.cut(name(v.trips)); }, Opening::Read, View::NoLog, false,
+             Mending::Whole},
+            {"A log's table is missing", [](V v) { v.remove(name(v.trips)); }, Opening::Read, View::NoLog, false,
+             Mending::Whole},
+            {"A log's column cannot be read", [](V v) { v.garble(name(v.distance)); }, Opening::Edit, View::NoColumn,
+             false, Mending::Part},
+            {"A log's column is missing", [](V v) { v.remove(name(v.distance)); }, Opening::Edit, View::NoColumn, false,
+             Mending::Part},
+            {"A trip's table cannot be read", [](V v) { v.cut(name(v.samples)); }, Opening::Edit, View::NoSamples,
+             false, Mending::Part},
+            {"A trip's table is missing", [](V v) { v.remove(name(v.samples)); }, Opening::Edit, View::NoSamples, false,
+             Mending::Part},
+            {"The column that leads to the trips' tables is lost", [](V v) { v.cut(name(v.sampleTables)); },
+             Opening::Edit, View::NoOwnedTables, false, Mending::Part},
+            {"A link between directory entries is lost",
+             [](V v) { v.put32(v.directory() + cfb::entry::kChild, cfb::kNoEntry); }, Opening::Edit, View::Everything,
+             true, Mending::Whole},
+            {"The directory entry of a column makes no sense",
+             [](V v) { v.put32(v.entryOf(name(v.distance)) + cfb::entry::kNameBytes, 0x0909FFFF); }, Opening::Edit,
+             View::NoColumn, false, Mending::Part},
+            {"The size in a column's directory entry is too large",
+             [](V v) { v.put32(v.entryOf(name(v.distance)) + cfb::entry::kSize, 4000); }, Opening::Edit, View::NoColumn,
+             false, Mending::Part},
+            {"The directory's first sector is garbage",
+             [](V v) {
+                 Bytes bytes = v.bytes();
+                 std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(v.directory()), cfb::kSectorSize, 0xEE);
+                 v.setBytes(bytes);
+             },
+             Opening::Damaged, View::Nothing, false, Mending::Impossible},
+            {"The directory's chain is broken (FAT)",
+             [](V v) {
+                 const std::size_t fat = cfb::sectorOffset(v.get32(76));
+                 v.put32(fat + 4 * v.get32(48), 0x00ABCDEF);
+             },
+             Opening::Read, View::Part, false, Mending::Part},
+            {"The mini stream's chain is broken (FAT)",
+             [](V v) {
+                 const std::size_t fat = cfb::sectorOffset(v.get32(76));
+                 v.put32(fat + 4 * v.get32(v.directory() + cfb::entry::kStart), 0x00ABCDEF);
+             },
+             Opening::Read, View::Part, false, Mending::Part},
+            {"A FAT sector cannot be found",
+             [](V v) { v.put32(44, v.get32(44) + 1); }, // the header says that there is one more
+             Opening::Read, View::Everything, false, Mending::Part},
+            {"No FAT sector can be found", [](V v) { v.put32(76, 0x00ABCDEF); }, Opening::Damaged, View::Nothing, false,
+             Mending::Impossible},
+            {"The DIFAT cannot be found",
+             [](V v) {
+                 v.put32(44, cfb::kFatPagesInHeader + 1);
+                 v.put32(68, 0x00ABCDEF);
+             },
+             Opening::Read, View::Everything, false, Mending::Part},
+            {"The mini FAT cannot be found", [](V v) { v.put32(60, 0x00ABCDEF); }, Opening::Read, View::NoLog, false,
+             Mending::Part},
+            {"The header's signature is lost", [](V v) { v.put32(0, 0); }, Opening::NoDocument, View::Nothing, false,
+             Mending::Impossible},
+            {"The rest of the header is garbage",
+             [](V v) {
+                 Bytes bytes = v.bytes();
+                 std::fill_n(bytes.begin() + 44, cfb::kSectorSize - 44, 0xEE);
+                 v.setBytes(bytes);
+             },
+             Opening::Damaged, View::Nothing, false, Mending::Impossible},
+            {"The second half of the file is missing",
+             [](V v) {
+                 Bytes bytes = v.bytes();
+                 bytes.resize(bytes.size() / 2);
+                 v.setBytes(bytes);
+             },
+             Opening::Damaged, View::Nothing, false, Mending::Impossible},
+        };
+        all.insert(all.end(), others.begin(), others.end());
+        return all;
+    }();
+    return rows;
+}
+
+// The table as the documentation has it
+
+std::string line(const Row& row) {
+    static const std::map<Opening, std::string> opening = {
+        {Opening::Edit, "for editing"},
+        {Opening::Read, "read-only"},
+        {Opening::Damaged, "refused: damaged"},
+        {Opening::NoDocument, "refused: not a data file"},
+    };
+    static const std::map<View, std::string> view = {
+        {View::Everything, "everything"},
+        {View::NoColumn, "all but that column"},
+        {View::NoSamples, "all but that trip's samples"},
+        {View::NoOwnedTables, "all but the samples"},
+        {View::NoLog, "all but the logs concerned"},
+        {View::Part, "what can be reached"},
+        {View::Nothing, "–"},
+    };
+    static const std::map<Opening, std::string> saving = {
+        {Opening::Edit, "in place"},
+        {Opening::Read, "under another name"},
+        {Opening::Damaged, "–"},
+        {Opening::NoDocument, "–"},
+    };
+    static const std::map<Mending, std::string> repair = {
+        {Mending::Whole, "loses nothing"},
+        {Mending::Part, "saves the rest"},
+        {Mending::Impossible, "refused"},
+    };
+    const bool refused = row.repair == Mending::Impossible;
+    return fmt::format("| {} | {} | {} | {} | {} | {} |", row.damage, opening.at(row.opening), view.at(row.view),
+                       saving.at(row.opening),
+                       refused     ? "refused"
+                       : row.sound ? "sound"
+                                   : "says what",
+                       repair.at(row.repair));
+}
+
+TEST(DamageTable, StandsInTheDocumentation) {
+    std::ifstream file(QUOBRIX_SOURCE "/docs/reliability.md");
+    std::ostringstream text;
+    text << file.rdbuf();
+    std::string missing;
+    for (const Row& row : table())
+        if (text.str().find(line(row) + "\n") == std::string::npos)
+            missing += line(row) + "\n";
+    EXPECT_EQ(missing, "");
+}
+
+// What it says is so
+
+class Damaged : public testing::TestWithParam<Row> {
+protected:
+    void expectView(TQuobrixDocument& document, View view) {
+        if (view == View::Part)
+            return;
+        const TTripLogTable& trips = document.trips();
+        ASSERT_EQ(trips.rowCount(), view == View::NoLog ? 0u : kTrips);
+        if (view == View::NoLog)
+            return;
+        EXPECT_EQ(trips.column<TTripLogDistanceColumn>().value(1), view == View::NoColumn ? Value() : Value(12000.0));
+        EXPECT_EQ(trips.column<TTripLogMaximumSpeedColumn>().value(1), Value(75 * kMph));
+        const auto& samples = trips.column<TTripLogSampleTableColumn>();
+        EXPECT_EQ(samples.object(1) != nullptr, view != View::NoSamples && view != View::NoOwnedTables);
+        EXPECT_EQ(samples.object(0) != nullptr, view != View::NoOwnedTables);
+    }
+
+    /// No stream of the file's is another than BEFORE, unless the save has written it.
+    void expectKept(const Streams& before, const Streams& after, std::initializer_list<ObjectId> written) {
+        for (const auto& [stream, content] : before) {
+            const bool own = std::ranges::any_of(written, [&](ObjectId id) { return name(id) == stream; });
+            if (const auto found = after.find(stream); !own && (found == after.end() || found->second != content))
+                ADD_FAILURE() << stream;
+        }
+    }
+
+    /// A change is saved in place, and what cannot be read stays as it is.
+    void expectEditable(TQuobrixDocument& document) {
+        const Streams before = readable();
+        auto& comments = document.trips().column<TTripLogCommentsColumn>();
+        comments.set(1, "kept");
+        ASSERT_TRUE(document.save());
+        document.newDocument();
+        expectKept(before, readable(), {comments.id()});
+        expectOpens(document, victim_.path);
+        EXPECT_EQ(document.trips().column<TTripLogCommentsColumn>().at(1), "kept");
+    }
+
+    /// Nothing is written over the file; under another name everything that can be read is kept, and changes too.
+    void expectReadOnly(TQuobrixDocument& document) {
+        EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Corrupt);
+        const Bytes before = victim_.bytes();
+        document.drivers().insertRows(0, 1);
+        EXPECT_FALSE(document.save());
+        EXPECT_EQ(victim_.bytes(), before);
+        const Result<void> saved = document.saveAs(folder_ / "Copy.car");
+        ASSERT_TRUE(saved) << saved.error().detail;
+        EXPECT_EQ(victim_.bytes(), before);
+        if (GetParam().view == View::Part)
+            return; // what can be reached may be a document of its own
+        expectView(document, GetParam().view);
+        const bool mended = GetParam().view == View::Everything;
+        EXPECT_EQ(document.readOnly(), !mended);
+        document.newDocument(); // lets go of the file
+        TQuobrixDocument copy;
+        expectOpens(copy, folder_ / "Copy.car");
+        expectView(copy, GetParam().view);
+        if (mended) {
+            EXPECT_EQ(copy.drivers().rowCount(), 1u);
+        }
+        EXPECT_EQ(copy.readOnly(), !mended);
+        EXPECT_EQ(checkDocument(copy).sound(), mended);
+    }
+
+    static void expectOpens(TQuobrixDocument& document, const fs::path& path) {
+        const Result<void> opened = document.open(path, TDocument::Access::Edit);
+        ASSERT_TRUE(opened) << opened.error().detail;
+    }
+    Streams readable() const {
+        Streams streams;
+        const auto file = compoundFile(victim_.path, FileMode::Read);
+        for (const std::string& stream : file->names())
+            if (auto content = file->read(stream))
+                streams[stream] = *std::move(content);
+        return streams;
+    }
+
+    TemporaryFolder folder_;
+    Victim victim_{folder_ / "Test.car"};
+};
+
+TEST_P(Damaged, IsAsTheTableSays) {
+    const Row& row = GetParam();
+    row.apply(victim_);
+    const Bytes damaged = victim_.bytes();
+
+    TQuobrixDocument document;
+    const Result<void> opened = document.open(victim_.path, TDocument::Access::Read);
+    if (row.opening == Opening::Damaged || row.opening == Opening::NoDocument) {
+        ASSERT_FALSE(opened);
+        EXPECT_EQ(opened.error().kind, row.opening == Opening::Damaged ? ErrorKind::Corrupt : ErrorKind::NotADocument);
+        EXPECT_EQ(document.title(), "Quobrix Data"); // what was there before
+        EXPECT_EQ(victim_.bytes(), damaged);
+        return;
+    }
+    ASSERT_TRUE(opened);
+    EXPECT_EQ(checkDocument(document).sound(), row.sound);
+    document.newDocument();
+
+    const Result<DocumentRepair> repair =
+        repairDocument(*compoundFile(victim_.path, FileMode::Read), folder_ / "Repaired.car");
+    ASSERT_TRUE(repair);
+    EXPECT_EQ(repair->complete(), row.repair == Mending::Whole);
+    expectOpens(document, folder_ / "Repaired.car");
+    EXPECT_FALSE(document.readOnly());
+    EXPECT_TRUE(checkDocument(document).sound());
+    if (row.repair == Mending::Whole)
+        expectView(document, View::Everything);
+    EXPECT_EQ(victim_.bytes(), damaged);
+
+    expectOpens(document, victim_.path);
+    expectView(document, row.view);
+    ASSERT_EQ(document.readOnly(), row.opening == Opening::Read);
+    if (!row.sound) { // something to be told
+        EXPECT_TRUE(document.readOnly() || !document.affectedLogs().empty());
+    }
+    if (document.readOnly())
+        expectReadOnly(document);
+    else
+        expectEditable(document);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Damaged, testing::ValuesIn(table()), [](const auto& row) {
+    std::string name(row.param.damage);
+    std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
+    return name;
+});
+
+} // namespace
+} // namespace quobrix
