@@ -192,7 +192,11 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
                 continue; // what follows from the other cells of its row comes of itself
             if (!column.editable())
                 return refused(kNotEditable, columns[c], row);
-            Parsed parsed = column.parse(block.cell(r, c), context);
+            // What comes back as it was copied is no edit, even where it could not be typed: a missing driver's name.
+            const std::string& text = block.cell(r, c);
+            if (isThere(row) && (text == column.editText(row, context) || text == column.text(row, context)))
+                continue;
+            Parsed parsed = column.parse(text, context);
             if (!parsed.ok())
                 return refused(parsed.refusal, columns[c], row);
             cells.push_back({columns[c], row, std::move(parsed.value)});

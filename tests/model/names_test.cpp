@@ -3,6 +3,7 @@
 #include "model/serial_number.h"
 #include "support/sample_trip.h"
 #include "support/scripted_prompter.h"
+#include "tables/tabbed_text.h"
 #include "tables/table_edits.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
@@ -193,6 +194,22 @@ TEST_F(NameEditing, SerialNumbersAndDriverNamesAreRefusedInTheirOwnWords) {
     EXPECT_EQ(type(drivers, 1, 0, ""), length);
     EXPECT_EQ(type(drivers, 0, 0, "1234"), "");
     EXPECT_EQ(drivers.column(0).text(0, context_), "1234");
+}
+
+TEST_F(NameEditing, DriversWithoutNamesMayStaySoInABlockThatNamesOthers) {
+    const DriverNamesTable& drivers = document_.drivers();
+    document_.drivers().addMissing(Keys{"1", "2", "3"});
+    const std::vector<std::size_t> columns{0, 1};
+    const Rows rows{0, 1, 2};
+    const auto paste = [&](const char* text) {
+        return edits_.paste(drivers.id(), columns, rows, *TabbedText::parse(text), context_);
+    };
+    EXPECT_EQ(paste("1\t\n2\tAnn\n3\t\n").refusal, "");
+    EXPECT_EQ(names(drivers), (Keys{"", "Ann", ""}));
+    const EditOutcome refused = paste("1\tBob\n2\t\n3\t\n");
+    EXPECT_EQ(refused.refusal, "Not a valid driver name. Length should be 1-20 characters long.");
+    EXPECT_EQ(refused.row, 1u);
+    EXPECT_EQ(names(drivers), (Keys{"", "Ann", ""}));
 }
 
 TEST_F(NameEditing, AKeyInUseIsKeptAndItsNameIsNot) {
