@@ -226,6 +226,19 @@ TEST_F(MainFrameTest, PagesAreMadeWhenShownAndAnewForOtherContent) {
     EXPECT_FALSE(frame_.pages().show(12345));
 }
 
+TEST_F(MainFrameTest, ACommandFirstTakesTheValueOfAnOpenEditor) {
+    test::addTrip(document_, 1'700'000'000);
+    frame_.pages().show(kTripLogPage);
+    auto* trips = frame_.findChild<TSpreadsheet*>(QStringLiteral("TTripLogSummaryView"));
+    trips->setCurrentCell(0, trips->model().indexOf("TTripLogCommentsColumn"));
+    QTest::keyClicks(&trips->view(), QStringLiteral("x"));
+    ASSERT_TRUE(trips->view().isEditing());
+    EXPECT_FALSE(frame_.isWindowModified());
+    action(CommandId::Home)->trigger();
+    EXPECT_EQ(document_.trips().column<TTripLogCommentsColumn>().at(0), "x");
+    EXPECT_TRUE(frame_.isWindowModified());
+}
+
 TEST_F(MainFrameTest, TheHomePageTellsOfTheDocument) {
     test::addTrip(document_, 1'700'000'000);
     test::addTrip(document_, 1'700'010'000);

@@ -1,5 +1,6 @@
 #include "model/value_check.h"
 #include "support/sample_trip.h"
+#include "support/temporary_folder.h"
 #include "tables/tabbed_text.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
@@ -45,6 +46,19 @@ protected:
     TimeZone zone_;
     TextContext context_{units_, zone_};
 };
+
+TEST_F(DocumentEdits, TheExampleRefusesEveryEditAndSaysWhy) {
+    ASSERT_TRUE(type(document_.trips(), "TTripLogCommentsColumn", 0, "mine").ok());
+    const TemporaryFolder folder;
+    ASSERT_TRUE(document_.saveAs(folder / "Example.car"));
+    const std::string why = "The example file cannot be edited. Start a new file, or open one of your own.";
+    EXPECT_EQ(type(document_.trips(), "TTripLogCommentsColumn", 0, "other").refusal, why);
+    EXPECT_EQ(edits().insertRows(document_.vehicles().id(), 0).refusal, why);
+    EXPECT_EQ(edits().removeRows(document_.vehicles().id(), {0}).refusal, why);
+    EXPECT_EQ(document_.trips().column<TTripLogCommentsColumn>().at(0), "mine");
+    ASSERT_TRUE(document_.saveAs(folder / "My own.car"));
+    EXPECT_TRUE(type(document_.trips(), "TTripLogCommentsColumn", 0, "other").ok());
+}
 
 /// Edits of all kinds, at random, in all tables that have anything to edit. Many are refused.
 class RandomEdits {

@@ -4,7 +4,9 @@
 #include "views/log_pages.h"
 #include "views/trip_log_summary_view.h"
 
+#include <QAction>
 #include <QHeaderView>
+#include <QTest>
 
 namespace quobrix {
 namespace {
@@ -118,6 +120,25 @@ TEST_F(LogListTest, RemembersOrderWidthsAndSorting) {
     EXPECT_EQ(list.model().index(0, distance).data().toString(), "12,000.00 m");
     list.show(&document_.trips());
     EXPECT_EQ(list.view().columnWidth(distance), 123) << "showing again changes no width";
+}
+
+TEST_F(LogListTest, CommentsAreEditedInTheListAndTakenBackInAnother) {
+    test::addTrip(document_, 0);
+    document_.troubles().insertRows(0, 1);
+    TTripLogSummaryView trips(context_);
+    trips.show(&document_.trips());
+    TTroubleLogView troubles(context_);
+    troubles.refresh();
+    const SpreadsheetModel& model = trips.model();
+    for (int column = 0; column < model.columnCount(); ++column)
+        EXPECT_EQ(model.isEditable(column), model.spec(column).key == "TTripLogCommentsColumn");
+    trips.setCurrentCell(0, model.indexOf("TTripLogCommentsColumn"));
+    QTest::keyClicks(&trips.view(), "S");
+    EXPECT_TRUE(trips.finishEdit());
+    EXPECT_EQ(document_.trips().column<TTripLogCommentsColumn>().at(0), "S");
+    EXPECT_TRUE(document_.dataChanged());
+    troubles.list().commands().action(SpreadsheetCommand::Undo).trigger();
+    EXPECT_EQ(model.text(0, model.indexOf("TTripLogCommentsColumn")), "");
 }
 
 TEST_F(LogListTest, EveryLogIsListedAndTheOneWithoutATableIsEmpty) {

@@ -60,12 +60,11 @@ void drawCheckBox(QPainter& painter, const QStyleOptionViewItem& option, bool ch
     styleOf(option).drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, &painter, option.widget);
 }
 
-void drawFocus(QPainter& painter, const QStyleOptionViewItem& option, const QColor& background) {
-    QStyleOptionFocusRect focus;
-    focus.QStyleOption::operator=(option);
-    focus.state |= QStyle::State_KeyboardFocusChange | QStyle::State_Item;
-    focus.backgroundColor = background;
-    styleOf(option).drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, option.widget);
+/// The frame of the current cell: the one that is edited, where whole rows are selected.
+void drawFocus(QPainter& painter, const QStyleOptionViewItem& option, bool selected) {
+    painter.setPen(option.palette.color(selected ? QPalette::HighlightedText : QPalette::Highlight));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(option.rect.adjusted(0, 0, -1, -1));
 }
 
 } // namespace
@@ -106,7 +105,7 @@ void SpreadsheetDelegate::paint(QPainter* painter, const QStyleOptionViewItem& g
         drawText(*painter, option, area, std::move(text), right);
     }
     if (option.state & QStyle::State_HasFocus)
-        drawFocus(*painter, option, option.palette.color(selected ? QPalette::Highlight : QPalette::Base));
+        drawFocus(*painter, option, selected);
 }
 
 QSize SpreadsheetDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& cell) const {

@@ -103,7 +103,10 @@ bool SpreadsheetView::edit(const QModelIndex& cell, EditTrigger trigger, QEvent*
     if (auto* list = qobject_cast<QComboBox*>(editor()); list && trigger != AnyKeyPressed)
         QTimer::singleShot(0, list, &QComboBox::showPopup);
     if (QWidget* widget = editor())
-        whenEdited(*widget, note_, [this] { note_->hide(); });
+        whenEdited(*widget, note_, [this] {
+            accepted_ = false;
+            note_->hide();
+        });
     return opened;
 }
 
@@ -276,6 +279,8 @@ void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
         QAbstractScrollArea::focusNextPrevChild(true);
     } else if (event->key() == Qt::Key_Backtab && control) {
         QAbstractScrollArea::focusNextPrevChild(false);
+    } else if (event->key() == Qt::Key_F10 && shift) { // which not every system makes a context menu of
+        requestMenu({});
     } else if (event->key() == Qt::Key_Backspace && cell.isValid()) {
         if (edit(cell, EditKeyPressed, event) && isEditing())
             clearEditor(*editor());
@@ -340,13 +345,19 @@ bool SpreadsheetView::eventFilter(QObject* object, QEvent* event) {
 }
 
 void SpreadsheetView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool fromKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    if (!QApplication::activePopupWidget()) // some systems send a key and this event for it
+        requestMenu(fromKeyboard ? std::nullopt : std::optional(event->pos()));
+}
+
+void SpreadsheetView::requestMenu(std::optional<QPoint> position) {
     if (!finishEdit())
         return;
-    // From the keyboard, the menu belongs to the current cell.
-    QPoint position = event->pos();
-    if (event->reason() == QContextMenuEvent::Keyboard && currentIndex().isValid())
-        position = visualRect(currentIndex()).center();
-    emit menuRequested(viewport()->mapToGlobal(position));
+    if (!position) { // from the keyboard: for the current cell
+        scrollTo(currentIndex());
+        position = currentIndex().isValid() ? visualRect(currentIndex()).center() : QPoint();
+    }
+    emit menuRequested(viewport()->mapToGlobal(*position));
 }
 
 void SpreadsheetView::paintEvent(QPaintEvent* event) {

@@ -84,6 +84,8 @@ private:
     void leaveEditor(int rowStep, int columnStep);
     void toggle(const QModelIndex& cell);
     bool moveBy(int rowStep, int columnStep);
+    /// Asks for the menu at a place of the viewport, or at the current cell.
+    void requestMenu(std::optional<QPoint> position);
     void showStatus(const QModelIndex& cell);
 
     SpreadsheetModel& model_;

@@ -55,6 +55,16 @@ TEST_F(SpreadsheetCommandsTest, AreThoseOfEverySpreadsheet) {
     }
 }
 
+TEST_F(SpreadsheetCommandsTest, TheMenuComesByTheKeyboardAndSaysWhatIsWrong) {
+    table_.column<SampleKey>().set(1, "k10");
+    goTo(1, S::Key);
+    press(Qt::Key_F10, Qt::ShiftModifier);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(menu->actions().front()->text(), "This value must be unique (case insensitive).");
+    menu->close();
+}
+
 TEST_F(SpreadsheetCommandsTest, CopyAndPasteKeepAllOfAValue) {
     table_.column<SampleSpeed>().set(0, 10.0 / 3);
     select(0, S::Speed, 0, S::Speed);

@@ -1,3 +1,0 @@
-#pragma once
-
-#include "base/ui/qt_text.h"
