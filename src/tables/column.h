@@ -3,6 +3,7 @@
 #include "base/no_value.h"
 #include "document/persistent.h"
 #include "tables/requirements.h"
+#include "tables/row_runs.h"
 #include "units/unit_catalogue.h"
 
 #include <cstddef>
@@ -39,8 +40,6 @@ struct TextContext {
     const TUnitSystem& units;
     const TimeZone& zone;
 };
-
-using RowIndex = std::size_t;
 
 /// What a text that a person typed means: a value (nothing for an empty text), or why it is refused.
 struct Parsed {
@@ -100,9 +99,10 @@ public:
     virtual void writeCells(ByteWriter&, RowIndex, std::size_t) const {}
     virtual void readCells(ByteReader&, RowIndex, std::size_t) {}
 
-    /// Makes room for COUNT rows without values before row AT. No effect on derived columns.
-    virtual void insertRows(RowIndex, std::size_t) {}
-    virtual void removeRows(RowIndex, std::size_t) {}
+    /// Makes room for rows without values; removes rows. No effect on derived columns.
+    virtual void insertRows(std::span<const RowRun>) {}
+    virtual void removeRows(std::span<const RowRun>) {}
+    void insertRows(RowIndex at, std::size_t count);
     /// Rows of the column's own array; 0 for derived columns.
     virtual std::size_t storedRows() const { return 0; }
 

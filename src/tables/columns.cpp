@@ -9,6 +9,11 @@ namespace quobrix {
 
 RowIndex Column::rowCount() const { return table_ ? table_->rowCount() : storedRows(); }
 
+void Column::insertRows(RowIndex at, std::size_t count) {
+    const RowRun run{at, count};
+    insertRows(std::span(&run, 1));
+}
+
 std::string plainHeading(const ColumnSpec& spec) {
     std::string result;
     for (const char c : spec.heading) {
@@ -56,10 +61,11 @@ std::string ElapsedTimeColumn::text(RowIndex row, const TextContext&) const {
     return has(row) ? durationText(at(row)) : "";
 }
 
-void ObjectColumn::removeRows(RowIndex at, std::size_t count) {
-    for (RowIndex row = at; row < at + count; ++row)
-        destroyObject(row);
-    ArrayColumn::removeRows(at, count);
+void ObjectColumn::removeRows(std::span<const RowRun> runs) {
+    for (const RowRun& run : runs)
+        for (RowIndex row = run.first; row < run.end(); ++row)
+            destroyObject(row);
+    ArrayColumn::removeRows(runs);
 }
 
 void ObjectColumn::deleting() {

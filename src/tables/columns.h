@@ -2,6 +2,7 @@
 
 #include "tables/column.h"
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
@@ -85,13 +86,28 @@ public:
         setModified();
     }
 
-    void insertRows(RowIndex at, std::size_t count) override {
-        values_.insert(values_.begin() + static_cast<std::ptrdiff_t>(at), count, T(Element<T>::kNone));
+    using Column::insertRows;
+    // Each value moves once, however many runs there are.
+    void insertRows(std::span<const RowRun> runs) override {
+        std::size_t from = values_.size();
+        values_.resize(from + countRows(runs), T(Element<T>::kNone));
+        std::size_t to = values_.size();
+        for (std::size_t i = runs.size(); i-- > 0; to = runs[i].first) {
+            const std::size_t behind = to - runs[i].end();
+            std::move_backward(position(from - behind), position(from), position(to));
+            from -= behind;
+            std::fill(position(runs[i].first), position(runs[i].end()), T(Element<T>::kNone));
+        }
         setModified();
     }
-    void removeRows(RowIndex at, std::size_t count) override {
-        const auto first = values_.begin() + static_cast<std::ptrdiff_t>(at);
-        values_.erase(first, first + static_cast<std::ptrdiff_t>(count));
+    void removeRows(std::span<const RowRun> runs) override {
+        if (runs.empty())
+            return;
+        auto to = position(runs.front().first);
+        for (std::size_t i = 0; i < runs.size(); ++i)
+            to = std::move(position(runs[i].end()), i + 1 < runs.size() ? position(runs[i + 1].first) : values_.end(),
+                           to);
+        values_.erase(to, values_.end());
         setModified();
     }
 
@@ -109,6 +125,8 @@ public:
     }
 
 private:
+    auto position(RowIndex row) { return values_.begin() + static_cast<std::ptrdiff_t>(row); }
+
     std::vector<T> values_;
 };
 
@@ -202,7 +220,7 @@ public:
     ColumnKind kind() const override { return ColumnKind::Table; }
     Value value(RowIndex) const override { return {}; }
     std::string text(RowIndex, const TextContext&) const override { return {}; }
-    void removeRows(RowIndex at, std::size_t count) override;
+    void removeRows(std::span<const RowRun> runs) override;
     std::vector<Reference> references() const override;
     /// The class of the objects.
     virtual const PersistentType& objectType() const = 0;

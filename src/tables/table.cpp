@@ -127,22 +127,32 @@ void Table::makeWritable() {
     }
 }
 
-void Table::insertRows(RowIndex at, std::size_t count) {
+void Table::insertRows(std::span<const RowRun> runs) {
     makeWritable();
     for (const Entry& entry : entries_)
-        entry.column->insertRows(at, count);
-    rows_ += count;
+        entry.column->insertRows(runs);
+    rows_ += countRows(runs);
     setModified();
     rowsChanged();
 }
 
-void Table::removeRows(RowIndex at, std::size_t count) {
+void Table::removeRows(std::span<const RowRun> runs) {
     makeWritable();
     for (const Entry& entry : entries_)
-        entry.column->removeRows(at, count);
-    rows_ -= count;
+        entry.column->removeRows(runs);
+    rows_ -= countRows(runs);
     setModified();
     rowsChanged();
+}
+
+void Table::insertRows(RowIndex at, std::size_t count) {
+    const RowRun run{at, count};
+    insertRows(std::span(&run, 1));
+}
+
+void Table::removeRows(RowIndex at, std::size_t count) {
+    const RowRun run{at, count};
+    removeRows(std::span(&run, 1));
 }
 
 void Table::created() {

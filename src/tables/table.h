@@ -60,9 +60,11 @@ public:
     /// Its columns, readable or not.
     std::vector<Reference> references() const override;
 
-    /// Inserts COUNT rows without values before row AT.
+    /// Inserts rows without values.
+    void insertRows(std::span<const RowRun> runs);
     void insertRows(RowIndex at, std::size_t count);
     /// Removes rows, with the objects that their cells own.
+    void removeRows(std::span<const RowRun> runs);
     void removeRows(RowIndex at, std::size_t count);
     /// Gives every stored column as many rows as the table has, so that all cells can be set. insertRows() and
     /// removeRows() do this first; who sets cells of rows that are there already calls it. References to columns that

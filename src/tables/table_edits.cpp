@@ -29,11 +29,24 @@ EditOutcome refused(std::string_view why, std::size_t column = 0, RowIndex row =
     return {.refusal = std::string(why), .column = column, .row = row};
 }
 
+Bytes cellsOf(const Column& column, const RowRuns& rows) {
+    ByteWriter out;
+    for (const RowRun& run : rows)
+        column.writeCells(out, run.first, run.count);
+    return out.take();
+}
+
+void readCells(Column& column, ByteReader& in, const RowRuns& rows) {
+    for (const RowRun& run : rows)
+        column.readCells(in, run.first, run.count);
+}
+
 /// All stored columns' cells of some rows, one column after the other.
-Bytes wholeRows(const Table& table, RowIndex row, std::size_t rows) {
+Bytes wholeRows(const Table& table, const RowRuns& rows) {
     ByteWriter out;
     for (std::size_t i = 0; i < table.columnCount(); ++i)
-        table.column(i).writeCells(out, row, rows);
+        for (const RowRun& run : rows)
+            table.column(i).writeCells(out, run.first, run.count);
     return out.take();
 }
 
@@ -124,28 +137,25 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
     table->makeWritable();
     if (addedRows > 0) {
         table->insertRows(rows, addedRows);
-        record({TableChange::Kind::RowsInserted, id, 0, rows, addedRows, {}, {}, rows, rows + addedRows});
+        record({TableChange::Kind::RowsInserted, id, 0, {{rows, addedRows}}, {}, {}, rows, rows + addedRows});
         if (table->rowCount() == table->spec().rows.required.most)
             outcome.notice = kMostRows;
     }
     for (const auto& [index, edits] : byColumn) {
         Column& column = table->column(index);
-        for (auto run = edits.begin(); run != edits.end();) {
-            auto end = run;
-            std::size_t count = 0;
-            for (; end != edits.end() && end->first == run->first + count; ++end)
-                ++count;
-            ByteWriter before, after;
-            column.writeCells(before, run->first, count);
-            for (auto edit = run; edit != end; ++edit)
-                column.setValue(edit->first, *edit->second);
-            column.writeCells(after, run->first, count);
-            record({TableChange::Kind::Cells, id, index, run->first, count, before.take(), after.take(),
-                    rows + addedRows, rows + addedRows});
-            for (RowIndex row = run->first; row < run->first + count; ++row)
-                table->cellEdited(index, row);
-            run = end;
-        }
+        std::vector<RowIndex> edited;
+        edited.reserve(edits.size());
+        for (const auto& [row, value] : edits)
+            edited.push_back(row);
+        RowRuns runs = runsOf(edited);
+        Bytes before = cellsOf(column, runs);
+        for (const auto& [row, value] : edits)
+            column.setValue(row, *value);
+        Bytes after = cellsOf(column, runs);
+        record({TableChange::Kind::Cells, id, index, std::move(runs), std::move(before), std::move(after),
+                rows + addedRows, rows + addedRows});
+        for (const RowIndex row : edited)
+            table->cellEdited(index, row);
     }
     commit(std::move(description));
     return outcome;
@@ -236,7 +246,8 @@ EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) 
     table->insertRows(at, count);
     if (table->rowCount() == table->spec().rows.required.most)
         outcome.notice = kMostRows;
-    record({TableChange::Kind::RowsInserted, id, 0, at, count, {}, {}, table->rowCount() - count, table->rowCount()});
+    record(
+        {TableChange::Kind::RowsInserted, id, 0, {{at, count}}, {}, {}, table->rowCount() - count, table->rowCount()});
     commit(rowsText("adding", count));
     return outcome;
 }
@@ -254,25 +265,11 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
     if (std::string why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
         return refused(why);
     table->makeWritable();
-    for (std::size_t end = rows.size(); end > 0;) { // from the last row up, so that the others keep their numbers
-        std::size_t begin = end - 1;
-        while (begin > 0 && rows[begin - 1] + 1 == rows[begin])
-            --begin;
-        const RowIndex first = rows[begin];
-        const std::size_t count = end - begin;
-        Bytes removed = wholeRows(*table, first, count);
-        table->removeRows(first, count);
-        record({TableChange::Kind::RowsRemoved,
-                id,
-                0,
-                first,
-                count,
-                std::move(removed),
-                {},
-                table->rowCount() + count,
-                table->rowCount()});
-        end = begin;
-    }
+    RowRuns runs = runsOf(rows);
+    Bytes removed = wholeRows(*table, runs);
+    const RowIndex before = table->rowCount();
+    table->removeRows(runs);
+    record({TableChange::Kind::RowsRemoved, id, 0, std::move(runs), std::move(removed), {}, before, table->rowCount()});
     EditOutcome outcome;
     if (const std::uint32_t least = table->spec().rows.required.least; least > 0 && table->rowCount() == least)
         outcome.notice = kFewestRows;
@@ -337,19 +334,24 @@ void TableEdits::swap(const Change& change, bool undoing) {
     table->makeWritable();
     if (change.kind == TableChange::Kind::Cells) {
         ByteReader in(undoing ? change.before : change.after);
-        table->column(change.column).readCells(in, change.row, change.rows);
-        for (std::size_t i = 0; i < change.rows; ++i) {
-            const RowIndex row = undoing ? change.row + change.rows - 1 - i : change.row + i;
-            undoing ? table->cellEditUndone(change.column, row) : table->cellEdited(change.column, row);
+        readCells(table->column(change.column), in, change.rows);
+        if (!undoing) {
+            for (const RowRun& run : change.rows)
+                for (RowIndex row = run.first; row < run.end(); ++row)
+                    table->cellEdited(change.column, row);
+            return;
         }
+        for (auto run = change.rows.rbegin(); run != change.rows.rend(); ++run)
+            for (RowIndex row = run->end(); row-- > run->first;)
+                table->cellEditUndone(change.column, row);
     } else if ((change.kind == TableChange::Kind::RowsInserted) == undoing) {
-        table->removeRows(change.row, change.rows);
+        table->removeRows(change.rows);
     } else {
-        table->insertRows(change.row, change.rows);
+        table->insertRows(change.rows);
         ByteReader in(change.before);
         if (!change.before.empty())
             for (std::size_t i = 0; i < table->columnCount(); ++i)
-                table->column(i).readCells(in, change.row, change.rows);
+                readCells(table->column(i), in, change.rows);
     }
 }
 
@@ -397,7 +399,7 @@ std::size_t TableEdits::historySize() const {
     for (const Step& step : steps_) {
         size += sizeof(Step);
         for (const Change& change : step.changes)
-            size += sizeof(Change) + change.before.size() + change.after.size();
+            size += sizeof(Change) + change.rows.size() * sizeof(RowRun) + change.before.size() + change.after.size();
     }
     return size;
 }
@@ -416,21 +418,21 @@ void TableEdits::tellStep(const Step& step, bool undone) {
     std::vector<TableChange> changes;
     for (std::size_t i = 0; i < step.changes.size(); ++i) {
         const Change& change = step.changes[undone ? step.changes.size() - 1 - i : i];
-        TableChange told{change.kind, change.table, change.row, change.rows, change.column, change.column};
-        if (undone && told.kind != Kind::Cells)
-            told.kind = told.kind == Kind::RowsInserted ? Kind::RowsRemoved : Kind::RowsInserted;
-        // Cells that change one after another are told as the one block that holds them all.
-        if (!changes.empty() && told.kind == Kind::Cells && changes.back().kind == Kind::Cells &&
-            changes.back().table == told.table) {
-            TableChange& block = changes.back();
-            const RowIndex end = std::max(block.row + block.rows, told.row + told.rows);
-            block.row = std::min(block.row, told.row);
-            block.rows = end - block.row;
-            block.firstColumn = std::min(block.firstColumn, told.firstColumn);
-            block.lastColumn = std::max(block.lastColumn, told.lastColumn);
-        } else {
-            changes.push_back(told);
+        if (change.kind != Kind::Cells) {
+            const bool inserted = (change.kind == Kind::RowsInserted) != undone;
+            changes.push_back({inserted ? Kind::RowsInserted : Kind::RowsRemoved, change.table, change.rows});
+            continue;
         }
+        // Cells that change one after another are told as the one block that holds them all.
+        if (changes.empty() || changes.back().kind != Kind::Cells || changes.back().table != change.table)
+            changes.push_back({Kind::Cells, change.table, {change.rows.front()}, change.column, change.column});
+        TableChange& block = changes.back();
+        RowRun& rows = block.rows.front();
+        const RowIndex end = std::max(rows.end(), change.rows.back().end());
+        rows.first = std::min(rows.first, change.rows.front().first);
+        rows.count = end - rows.first;
+        block.firstColumn = std::min(block.firstColumn, change.column);
+        block.lastColumn = std::max(block.lastColumn, change.column);
     }
     tell(changes);
 }

@@ -28,8 +28,7 @@ struct TableChange {
 
     Kind kind = Kind::Cells;
     ObjectId table = kNoObject;
-    RowIndex row = 0;            ///< first row concerned
-    std::size_t rows = 0;        ///< how many
+    RowRuns rows{};              ///< of Cells: one run that holds all of them
     std::size_t firstColumn = 0; ///< of Cells; computed columns may have changed with them
     std::size_t lastColumn = 0;
 };
@@ -121,9 +120,8 @@ private:
         TableChange::Kind kind;
         ObjectId table;
         std::size_t column; ///< Cells
-        RowIndex row;
-        std::size_t rows;
-        Bytes before, after;            ///< cells of one column, or whole rows
+        RowRuns rows;
+        Bytes before, after;            ///< cells of one column, or whole rows column by column
         RowIndex rowsBefore, rowsAfter; ///< of the table
     };
     struct Step {

@@ -25,6 +25,7 @@ namespace {
 
 constexpr RowIndex kRows = 100'000;
 constexpr int kPages = 200;
+constexpr int kDeleted = 10'000;
 
 #define BENCH_COLUMN(Name, Base, Unit) QUOBRIX_COLUMN_CLASS(Name, Base, #Name, Unit, #Name, "", Optional)
 BENCH_COLUMN(Trip, RowNumberColumn, D0)
@@ -57,7 +58,9 @@ public:
             kTypesOf<Trip, Start, End, Duration, Vehicle, Driver, Logger, Distance, Maximum, Average, HardBrakes,
                      ExtremeBrakes, HardAccelerations, ExtremeAccelerations, BrakeThreshold, AccelerationThreshold,
                      TopBand, Coolant, Disconnected, Comments>,
-            {}};
+            {},
+            "Bench",
+            {.editable = true}};
         return spec;
     }
 
@@ -154,20 +157,22 @@ public:
         addSorting("Sort by names, down and up", 4);
         addSorting("Sort by texts that all differ, down and up", 19);
         addFinding("Find what is nowhere", "no such remark", false);
+        addFinding("Find a figure that is nowhere", "77777777", false);
         addFinding("Find what is in the last cell", table_.column(19).text(kRows - 1, text_), true);
+        enter("Delete 10,000 rows that lie apart, and take it back", [this] { deleteAndTakeBack(); });
         return ratios_;
     }
 
 private:
     using Work = std::function<void()>;
 
+    static void enter(const std::string& name, const Work& work) {
+        benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {
+            for (auto _ : state)
+                work();
+        })->Unit(benchmark::kMillisecond);
+    }
     void add(const std::string& label, double aim, const Work& plain, const Work& spreadsheet) {
-        const auto enter = [](const std::string& name, const Work& work) {
-            benchmark::RegisterBenchmark(name.c_str(), [work](benchmark::State& state) {
-                for (auto _ : state)
-                    work();
-            })->Unit(benchmark::kMillisecond);
-        };
         enter(label + "/plain", plain);
         enter(label + "/spreadsheet", spreadsheet);
         ratios_.push_back({label, label + "/spreadsheet", label + "/plain", aim});
@@ -203,6 +208,14 @@ private:
         spreadsheet.show();
         spreadsheet.grab();
     }
+    void deleteAndTakeBack() {
+        std::vector<RowIndex> rows;
+        for (RowIndex row = kDeleted * 2; row > 0; row -= 2)
+            rows.push_back(row);
+        require(edits_.removeRows(kNoObject, rows).ok());
+        edits_.undo();
+        edits_.clear();
+    }
     bool findInPlain(const std::string& needle) {
         for (int column = 0; column < plainModel_.columnCount(); ++column)
             if (!plainModel_
@@ -214,12 +227,13 @@ private:
 
     static constexpr QSize kSize{1200, 800};
 
-    const BenchTable table_;
+    BenchTable table_;
+    TableEdits edits_{table_};
     const TUnitSystem units_;
     const TimeZone zone_;
     const TextContext text_{units_, zone_};
     Settings settings_{std::make_unique<MemorySettings>()};
-    const SpreadsheetContext context_{text_, settings_};
+    const SpreadsheetContext context_{text_, settings_, &edits_};
     const SpreadsheetSpec spec_{"Bench", QStringLiteral("Bench"), {}};
     std::vector<ShownColumn> columns_;
     std::vector<const Column*> searched_;

@@ -39,7 +39,7 @@ TEST_F(Edits, TypingIsCheckedRecordedAndTold) {
     EXPECT_EQ(type(SampleTable::Key, 1, "one"), "");
     EXPECT_EQ(text(SampleTable::Key, 1), "one");
     ASSERT_EQ(listener_.changes.size(), 1u);
-    EXPECT_EQ(listener_.changes[0].row, 1u);
+    EXPECT_EQ(listener_.changes[0].rows.front().first, 1u);
     EXPECT_EQ(edits_.undoDescription(), "typing in Key");
     edits_.undo();
     EXPECT_EQ(text(SampleTable::Key, 1), "");

@@ -10,6 +10,7 @@
 #include <QSvgGenerator>
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 namespace quobrix {
@@ -77,15 +78,25 @@ void Drawing::draw(QPainter& painter) const {
 
 CellBlock selectedBlock(const SpreadsheetView& view, const SpreadsheetModel& model) {
     // From the ranges of the selection: all cells of a large table are one range, and a million indexes.
-    std::set<int> places, columns;
+    std::map<int, int> cells; // how many of each place
+    std::set<int> columns;
     for (const QItemSelectionRange& range : view.selectionModel()->selection()) {
-        for (int place = range.top(); place <= range.bottom(); ++place)
-            places.insert(places.end(), place);
+        int width = 0;
         for (int column = range.left(); column <= range.right(); ++column)
-            if (!view.isColumnHidden(column))
+            if (!view.isColumnHidden(column)) {
                 columns.insert(view.horizontalHeader()->visualIndex(column));
+                ++width;
+            }
+        for (int place = range.top(); place <= range.bottom(); ++place)
+            cells.try_emplace(cells.end(), place)->second += width;
     }
-    CellBlock block{{places.begin(), places.end()}, {}};
+    const int all = view.horizontalHeader()->count() - view.horizontalHeader()->hiddenSectionCount();
+    CellBlock block;
+    for (const auto& [place, width] : cells) {
+        block.places.push_back(place);
+        if (width == all)
+            block.wholePlaces.push_back(place);
+    }
     for (const int visual : columns)
         block.columns.push_back(view.horizontalHeader()->logicalIndex(visual));
     const int current = view.currentIndex().column();

@@ -15,6 +15,7 @@ class SpreadsheetView;
 struct CellBlock {
     std::vector<int> places;
     std::vector<int> columns;
+    std::vector<int> wholePlaces{}; ///< those of the rows that are selected from end to end
 
     bool empty() const { return places.empty() || columns.empty(); }
 };

@@ -106,38 +106,47 @@ void RowOrder::sort(const Column& column, RowIndex rows, const TextContext& cont
     rows_.insert(rows_.end(), blank.begin(), blank.end());
 }
 
-std::size_t RowOrder::insert(RowIndex at, std::size_t count) {
-    size_ += count;
+void RowOrder::insert(std::span<const RowRun> runs) {
+    size_ += countRows(runs);
     if (rows_.empty())
-        return at;
-    const std::size_t place = rows_.size();
+        return;
+    const RowShift shift(runs);
     for (RowIndex& row : rows_)
-        if (row >= at)
-            row += count;
-    for (RowIndex row = at; row < at + count; ++row)
-        rows_.push_back(row);
+        row = shift.with(row);
+    for (const RowRun& run : runs)
+        for (RowIndex row = run.first; row < run.end(); ++row)
+            rows_.push_back(row);
     places_.clear();
-    return place;
 }
 
-void RowOrder::remove(RowIndex at, std::size_t count) {
-    size_ -= count;
+void RowOrder::remove(std::span<const RowRun> runs) {
+    size_ -= countRows(runs);
     places_.clear();
-    std::erase_if(rows_, [&](RowIndex row) { return row >= at && row < at + count; });
+    const RowShift shift(runs);
+    std::erase_if(rows_, [&](RowIndex row) { return shift.goes(row); });
     for (RowIndex& row : rows_)
-        if (row >= at + count)
-            row -= count;
+        row = shift.without(row);
+}
+
+RowOrder RowOrder::without(std::size_t place, std::size_t count) const {
+    RowOrder rest;
+    rest.size_ = size_ - count;
+    rest.rows_.reserve(rest.size_);
+    for (std::size_t i = 0; i < size_; ++i)
+        if (i < place || i >= place + count)
+            rest.rows_.push_back(rowAt(i));
+    return rest;
 }
 
 std::size_t RowOrder::placeOf(RowIndex row) const {
     if (rows_.empty())
         return row;
     if (places_.empty()) {
-        places_.resize(rows_.size());
+        places_.resize(*std::ranges::max_element(rows_) + 1);
         for (std::size_t place = 0; place < rows_.size(); ++place)
             places_[rows_[place]] = place;
     }
-    return places_[row];
+    return row < places_.size() ? places_[row] : 0;
 }
 
 } // namespace quobrix

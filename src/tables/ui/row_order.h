@@ -18,15 +18,17 @@ public:
     /// equal rows keep their stored order.
     void sort(const Column& column, RowIndex rows, const TextContext& context, bool downward);
 
-    /// COUNT rows have been inserted before row AT: they are shown there in the stored order, else as the last ones.
-    /// The place of the first.
-    std::size_t insert(RowIndex at, std::size_t count);
-    /// COUNT rows from row AT on have been removed.
-    void remove(RowIndex at, std::size_t count);
+    /// Rows have been inserted: they are shown there in the stored order, else as the last ones.
+    void insert(std::span<const RowRun> runs);
+    /// Rows have been removed.
+    void remove(std::span<const RowRun> runs);
+    /// The rows with COUNT places from PLACE on left out; they keep their numbers.
+    RowOrder without(std::size_t place, std::size_t count) const;
 
     /// The rows by place; empty in the stored order.
     std::span<const RowIndex> rows() const { return rows_; }
     RowIndex rowAt(std::size_t place) const { return rows_.empty() ? place : rows_[place]; }
+    /// The place of a row that is shown.
     std::size_t placeOf(RowIndex row) const;
     std::size_t size() const { return size_; }
 

@@ -159,7 +159,7 @@ void TSpreadsheet::addEditCommands() {
     commands_->handle(
         Cut, [this] { cut(); }, editable);
     commands_->handle(
-        Paste, [this] { paste(); }, editable);
+        Paste, [this] { paste(); }, [this, editable] { return editable() || takesFirstRows(); });
     commands_->handle(Delete, [this] {
         if (finishEdit())
             deleteSelection();
@@ -244,19 +244,24 @@ void TSpreadsheet::copyPicture(bool drawing) {
     QApplication::clipboard()->setMimeData(picture);
 }
 
+bool TSpreadsheet::takesFirstRows() const {
+    return model_.rowCount() == 0 && model_.anyEditable() && table() && table()->spec().rows.editable;
+}
+
 void TSpreadsheet::paste() {
     if (!finishEdit())
         return;
     const CellBlock block = selectedBlock(*view_, model_);
     const std::optional<TabbedText> cells = cellsOnClipboard();
-    if (block.empty() || !cells || !table())
+    const bool asFirstRows = takesFirstRows();
+    if ((block.empty() && !asFirstRows) || !cells || !table())
         return tell(MessageId::CannotPaste, std::string(kIncompatiblePaste));
-    const bool one = cells->rows() == 1 && cells->columns() == 1;
-    const auto first = static_cast<std::size_t>(block.places.front());
+    const bool one = cells->rows() == 1 && cells->columns() == 1 && !asFirstRows;
+    const auto first = static_cast<std::size_t>(asFirstRows ? 0 : block.places.front());
     const std::size_t end = std::min(static_cast<std::size_t>(model_.rowCount()), first + cells->rows());
     std::vector<std::size_t> columns;
     std::vector<RowIndex> rows;
-    for (const int column : one ? block.columns : shownColumns(*view_, block.columns.front()))
+    for (const int column : one ? block.columns : shownColumns(*view_, asFirstRows ? -1 : block.columns.front()))
         columns.push_back(model_.tableColumn(column));
     if (one)
         for (const int place : block.places)

@@ -103,6 +103,8 @@ private:
     void addWindowCommands();
     void copy();
     void cut();
+    /// There are no rows, and pasting makes the first ones.
+    bool takesFirstRows() const;
     void paste();
     void copyPicture(bool drawing);
     void stepHistory(void (TableEdits::*step)());

@@ -8,8 +8,9 @@
 namespace quobrix {
 namespace {
 
-// Rows that lie apart as they are shown are taken out one by one, or all at once when they are many.
-constexpr std::size_t kMostSingleRemovals = 64;
+// Rows that lie apart come and go one by one, so that the current cell and the selection stay with their rows. Many of
+// them would keep the views busy for seconds.
+constexpr std::size_t kMostSteps = 64;
 
 /// The heading in its one or two lines, without its mnemonic mark.
 QString headingLines(const ColumnSpec& spec) { return toQt(spec.heading).remove(QLatin1Char('&')).trimmed(); }
@@ -277,53 +278,83 @@ void SpreadsheetModel::tableChanged(const TableChange& change) {
         return;
     const bool own = change.table == sources_.front().table;
     if (own && change.kind == TableChange::Kind::RowsInserted)
-        return insertPlaces(change);
+        return insertPlaces(change.rows);
     if (own && change.kind == TableChange::Kind::RowsRemoved)
-        return removePlaces(change);
+        return removePlaces(change.rows);
     // Computed columns change with others of their row, and names with the tables that they come from.
-    const bool oneRow = own && change.rows == 1;
-    const int first = oneRow ? placeOf(change.row) : 0;
+    const RowRun& rows = change.rows.front();
+    const bool oneRow = own && rows.count == 1;
+    const int first = oneRow ? placeOf(rows.first) : 0;
     const int last = oneRow ? first : rowCount() - 1;
     if (last < first)
         return;
     emit dataChanged(index(first, 0), index(last, columnCount() - 1));
     if (own)
-        emit rowsEdited(change.row, change.rows);
+        emit rowsEdited(rows.first, rows.count);
     else
         emit othersEdited();
 }
 
-void SpreadsheetModel::insertPlaces(const TableChange& change) {
-    const bool storedOrder = order_.rows().empty();
-    const auto first = static_cast<int>(storedOrder ? change.row : order_.size());
-    beginInsertRows({}, first, first + static_cast<int>(change.rows) - 1);
-    order_.insert(change.row, change.rows);
-    endInsertRows();
-    emit rowsEdited(change.row, change.rows);
-}
-
-void SpreadsheetModel::removePlaces(const TableChange& change) {
-    int first = rowCount();
-    int last = -1;
-    for (RowIndex row = change.row; row < change.row + change.rows; ++row) {
-        first = std::min(first, placeOf(row));
-        last = std::max(last, placeOf(row));
-    }
-    if (static_cast<std::size_t>(last - first) + 1 == change.rows) {
-        beginRemoveRows({}, first, last);
-        order_.remove(change.row, change.rows);
-        endRemoveRows();
-    } else if (change.rows <= kMostSingleRemovals) {
-        for (RowIndex row = change.row + change.rows; row-- > change.row;) {
-            const int place = placeOf(row);
-            beginRemoveRows({}, place, place);
-            order_.remove(row, 1);
-            endRemoveRows();
+void SpreadsheetModel::insertPlaces(const RowRuns& rows) {
+    const std::size_t count = countRows(rows);
+    const std::size_t first = rows.front().first;
+    if (!order_.rows().empty()) {
+        const std::size_t end = order_.size();
+        RowOrder order = order_;
+        order.insert(rows);
+        replacePlaces(end, 0, count, std::move(order));
+    } else if (rows.size() <= kMostSteps) {
+        for (const RowRun& run : rows) {
+            beginInsertRows({}, static_cast<int>(run.first), static_cast<int>(run.end()) - 1);
+            order_.insert(std::span(&run, 1));
+            endInsertRows();
         }
     } else {
-        beginResetModel();
-        order_.remove(change.row, change.rows);
-        endResetModel();
+        const std::size_t block = rows.back().end() - first;
+        RowOrder order = order_;
+        order.insert(rows);
+        replacePlaces(first, block - count, block, std::move(order));
+    }
+    emit rowsEdited(first, rows.back().end() - first);
+}
+
+void SpreadsheetModel::removePlaces(const RowRuns& rows) {
+    std::size_t first = order_.size();
+    std::size_t last = 0;
+    for (const RowRun& run : rows)
+        for (RowIndex row = run.first; row < run.end(); ++row) {
+            first = std::min(first, order_.placeOf(row));
+            last = std::max(last, order_.placeOf(row));
+        }
+    const std::size_t block = last - first + 1;
+    const std::size_t count = countRows(rows);
+    if (block == count || count > kMostSteps) {
+        RowOrder order = order_;
+        order.remove(rows);
+        return replacePlaces(first, block, block - count, std::move(order));
+    }
+    for (auto run = rows.rbegin(); run != rows.rend(); ++run)
+        for (RowIndex row = run->end(); row-- > run->first;) {
+            const int place = placeOf(row);
+            const RowRun one{row, 1};
+            beginRemoveRows({}, place, place);
+            order_.remove(std::span(&one, 1));
+            endRemoveRows();
+        }
+}
+
+/// Takes BEFORE places from FIRST on out and puts in AFTER ones, which makes ORDER.
+void SpreadsheetModel::replacePlaces(std::size_t first, std::size_t before, std::size_t after, RowOrder order) {
+    const auto begin = static_cast<int>(first);
+    if (before > 0) {
+        beginRemoveRows({}, begin, begin + static_cast<int>(before) - 1);
+        order_ = after > 0 ? order.without(first, after) : order;
+        endRemoveRows();
+    }
+    if (after > 0) {
+        beginInsertRows({}, begin, begin + static_cast<int>(after) - 1);
+        order_ = std::move(order);
+        endInsertRows();
     }
 }
 

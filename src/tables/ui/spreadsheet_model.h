@@ -118,8 +118,9 @@ private:
 
     void tableChanged(const TableChange& change) override;
     void historyChanged() override { emit editHistoryChanged(); }
-    void insertPlaces(const TableChange& change);
-    void removePlaces(const TableChange& change);
+    void insertPlaces(const RowRuns& rows);
+    void removePlaces(const RowRuns& rows);
+    void replacePlaces(std::size_t first, std::size_t before, std::size_t after, RowOrder order);
 
     TextContext context_;
     TableEdits* edits_;

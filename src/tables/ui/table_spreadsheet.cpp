@@ -68,12 +68,9 @@ void TTableSpreadsheet::deleteSelection() {
         return;
     DeleteSelection selection;
     const CellBlock block = selectedBlock(view(), model());
-    for (const int place : block.places) {
-        if (view().selectionModel()->isRowSelected(place))
-            selection.wholeRows.push_back(model().storedRow(place));
-        else
-            selection.otherCells = true;
-    }
+    for (const int place : block.wholePlaces)
+        selection.wholeRows.push_back(model().storedRow(place));
+    selection.otherCells = block.wholePlaces.size() < block.places.size();
     if (selection.otherCells)
         for (const int column : block.columns)
             selection.onReadOnlyCell |= !model().isEditable(column);

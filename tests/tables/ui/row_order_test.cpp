@@ -36,15 +36,16 @@ TEST_F(RowOrderTest, RowsThatComeAndGoLeaveTheOthersInTheirOrder) {
     SampleTable table(4);
     table.column<SampleSpeed>().setAll({3, 1, 4, 2});
     sorted(table.column<SampleSpeed>(), false); // 1 3 0 2
-    EXPECT_EQ(order_.insert(1, 2), 4u);
+    order_.insert(RowRuns{{1, 2}});
     EXPECT_EQ((std::vector<RowIndex>{order_.rows().begin(), order_.rows().end()}),
               (std::vector<RowIndex>{3, 5, 0, 4, 1, 2}));
     EXPECT_EQ(order_.placeOf(4), 3u);
-    order_.remove(0, 2);
+    order_.remove(RowRuns{{0, 2}});
     EXPECT_EQ((std::vector<RowIndex>{order_.rows().begin(), order_.rows().end()}), (std::vector<RowIndex>{1, 3, 2, 0}));
     order_.reset(4);
-    EXPECT_EQ(order_.insert(2, 3), 2u) << "where it is stored";
+    order_.insert(RowRuns{{2, 3}});
     EXPECT_EQ(order_.size(), 7u);
+    EXPECT_EQ(order_.rowAt(2), 2u) << "where it is stored";
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "fixture.h"
 
+#include <fmt/format.h>
+
 #include <QAction>
 #include <QCheckBox>
 #include <QClipboard>
@@ -98,6 +100,64 @@ TEST_F(SpreadsheetCommandsTest, BlocksArePastedInTheOrderThatIsShown) {
     trigger(Command::Undo);
     EXPECT_EQ(table_.rowCount(), 6u);
     EXPECT_EQ(key(3) + key(0), "K7K10");
+}
+
+TEST_F(SpreadsheetCommandsTest, AnEmptyListTakesRowsFromTheClipboard) {
+    table_.removeRows(0, 6);
+    EXPECT_FALSE(sheet().commands().action(Command::Copy).isEnabled());
+    for (const auto& [text, rows] : {std::pair("A\tAnna\nB\tBob\n", 2u), std::pair("only", 1u)}) {
+        setClipboard(text);
+        trigger(Command::Paste);
+        EXPECT_EQ(table_.rowCount(), rows) << text;
+        EXPECT_EQ(shownKeys(), rows == 2 ? "A B " : "only ");
+        trigger(Command::Undo);
+        EXPECT_EQ(table_.rowCount(), 0u);
+    }
+    setClipboard("K\tNames have five letters at most");
+    trigger(Command::Paste);
+    EXPECT_NE(prompter_.told(MessageId::CannotPaste), "");
+    EXPECT_EQ(sheet().model().rowCount(), 0);
+}
+
+TEST_F(SpreadsheetCommandsTest, ManyRowsThatLieApartAreDeletedAndComeBack) {
+    SampleTable large(500);
+    for (RowIndex row = 0; row < 500; ++row)
+        large.column<SampleKey>().set(row, fmt::format("K{}", row * 77 % 500));
+    TableEdits edits(large);
+    TTableSpreadsheet list({TablesTest::context_, settings_, &edits, &prompter_}, {"Large", {}, {}});
+    list.showTable(large);
+    SpreadsheetModel& model = list.model();
+    const auto keys = [&] {
+        std::vector<std::string> shown;
+        for (int place = 0; place < model.rowCount(); ++place)
+            shown.push_back(model.text(place, S::Key).toStdString());
+        return shown;
+    };
+    const Bytes before = large.bytes();
+    for (const int sortColumn : {-1, static_cast<int>(S::Key)}) {
+        list.view().sortByColumn(sortColumn, Qt::AscendingOrder);
+        const std::vector<std::string> all = keys();
+        std::vector<std::string> odd;
+        QItemSelection rows;
+        for (int place = 0; place < 500; ++place) {
+            if (place % 2)
+                odd.push_back(all[static_cast<std::size_t>(place)]);
+            else
+                rows.select(model.index(place, 0), model.index(place, model.columnCount() - 1));
+        }
+        list.setCurrentCell(model.storedRow(200), S::Name);
+        list.view().selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect);
+        list.commands().action(Command::Delete).trigger();
+        EXPECT_EQ(keys(), odd);
+        EXPECT_TRUE(list.currentRow().has_value());
+        list.commands().action(Command::Undo).trigger();
+        EXPECT_EQ(large.bytes(), before);
+        model.sortAgain();
+        EXPECT_EQ(keys(), all);
+        list.commands().action(Command::Redo).trigger();
+        EXPECT_EQ(keys(), odd);
+        list.commands().action(Command::Undo).trigger();
+    }
 }
 
 TEST_F(SpreadsheetCommandsTest, WhatDoesNotFitIsRefusedAsAWhole) {
