@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace quobrix {
 namespace {
@@ -14,12 +15,13 @@ constexpr std::size_t kCellsBetweenStops = 4096;
 class Matcher {
 public:
     Matcher(std::string_view needle, const FindOptions& options)
-        : options_(options), needle_(options.matchCase ? std::string(needle) : foldCase(needle)) {}
+        : options_(options), needle_(options.matchCase ? std::string(needle) : foldCase(needle)),
+          asItIs_(options.matchCase || std::ranges::none_of(needle, hasCase)) {}
 
     bool matches(std::string_view text) {
-        if (text.size() < needle_.size() && options_.matchCase)
+        if (text.size() < needle_.size()) // folding changes no length
             return false;
-        if (!options_.matchCase) {
+        if (!asItIs_) {
             foldCase(text, folded_);
             text = folded_;
         }
@@ -27,8 +29,14 @@ public:
     }
 
 private:
+    /// C may be of a letter that has two cases.
+    static bool hasCase(char c) {
+        return static_cast<unsigned char>(c) >= 0x80 || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    }
+
     FindOptions options_;
     std::string needle_;
+    bool asItIs_; ///< texts need not be folded to be compared
     std::string folded_;
 };
 
@@ -43,6 +51,9 @@ std::optional<CellPlace> findText(std::span<const Column* const> columns, std::s
     const std::size_t cells = rows * columns.size();
     if (cells == 0)
         return {};
+    std::vector<RowIndex> filled; // rows of each column: those of a damaged one may be fewer
+    for (const Column* column : columns)
+        filled.push_back(column->rowCount());
     Matcher matcher(needle, options);
     // Cells are counted row by row, from the one behind FROM in the direction of the search.
     const std::size_t last = cells - 1;
@@ -50,12 +61,22 @@ std::optional<CellPlace> findText(std::span<const Column* const> columns, std::s
         from ? std::min(from->row * columns.size() + from->column, last) : (options.backwards ? 0 : last);
     const std::size_t ahead = options.backwards ? origin : last - origin;
     const std::size_t count = from && !options.wrap ? ahead : cells;
+    CellPlace cell{origin % columns.size(), origin / columns.size()};
+    const auto advance = [&] {
+        if (options.backwards) {
+            if (cell.column-- == 0) {
+                cell.column = columns.size() - 1;
+                cell.row = (cell.row == 0 ? rows : cell.row) - 1;
+            }
+        } else if (++cell.column == columns.size()) {
+            cell.column = 0;
+            cell.row = cell.row + 1 == rows ? 0 : cell.row + 1;
+        }
+    };
     for (std::size_t step = 1; step <= count; ++step) {
-        const std::size_t place = (options.backwards ? origin + cells - step : origin + step) % cells;
-        const CellPlace cell{place % columns.size(), place / columns.size()};
+        advance();
         const RowIndex row = order.empty() ? cell.row : order[cell.row];
-        const Column& column = *columns[cell.column];
-        if (row < column.rowCount() && matcher.matches(column.text(row, context)))
+        if (row < filled[cell.column] && matcher.matches(columns[cell.column]->text(row, context)))
             return cell;
         if (stop && step % kCellsBetweenStops == 0 && stop())
             return {};

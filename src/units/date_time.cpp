@@ -2,6 +2,7 @@
 
 #include "units/unit_system.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <array>
@@ -18,6 +19,27 @@ constexpr std::int64_t kDay = 86400;
 
 int twelveHour(int hour) { return hour == 0 ? 12 : hour > 12 ? hour - 12 : hour; }
 std::string_view halfOfDay(int hour) { return hour < 12 ? "AM" : "PM"; }
+
+// What every cell of every list needs is compiled. DATE and TIME have every field within its range.
+
+std::string textOfDate(const TUnitSystem& units, const DateTime& date) {
+    switch (units.unit(UnitTypeId::Date)) {
+    case UnitId::DayMonthYear:
+        return fmt::format(FMT_COMPILE("{:02}/{:02}/{:04}"), date.day, date.month, date.year);
+    case UnitId::YearMonthDay:
+        return fmt::format(FMT_COMPILE("{:04}/{:02}/{:02}"), date.year, date.month, date.day);
+    default:
+        return fmt::format(FMT_COMPILE("{:02}/{:02}/{:04}"), date.month, date.day, date.year);
+    }
+}
+
+std::string textOfTime(const TUnitSystem& units, const DateTime& time) {
+    if (units.unit(UnitTypeId::Time) == UnitId::Hour24)
+        return fmt::format(FMT_COMPILE("{:02}:{:02}"), time.hour, time.minute);
+    const std::string& word = time.hour < 12 ? units.locale().am : units.locale().pm;
+    return fmt::format(FMT_COMPILE("{:02}:{:02} {}"), twelveHour(time.hour), time.minute,
+                       word.empty() ? halfOfDay(time.hour) : word);
+}
 
 } // namespace
 
@@ -70,29 +92,13 @@ std::string_view weekdayName(int day) {
     return day >= 0 && day <= 6 ? kWeekdayNames[static_cast<std::size_t>(day)] : std::string_view{};
 }
 
-std::string dateText(const TUnitSystem& units, const DateTime& value) {
-    const DateTime date = normalized(value);
-    switch (units.unit(UnitTypeId::Date)) {
-    case UnitId::DayMonthYear:
-        return fmt::format("{:02}/{:02}/{:04}", date.day, date.month, date.year);
-    case UnitId::YearMonthDay:
-        return fmt::format("{:04}/{:02}/{:02}", date.year, date.month, date.day);
-    default:
-        return fmt::format("{:02}/{:02}/{:04}", date.month, date.day, date.year);
-    }
-}
+std::string dateText(const TUnitSystem& units, const DateTime& value) { return textOfDate(units, normalized(value)); }
 
-std::string timeText(const TUnitSystem& units, const DateTime& value) {
-    const DateTime time = normalized(value);
-    if (units.unit(UnitTypeId::Time) == UnitId::Hour24)
-        return fmt::format("{:02}:{:02}", time.hour, time.minute);
-    const std::string& word = time.hour < 12 ? units.locale().am : units.locale().pm;
-    return fmt::format("{:02}:{:02} {}", twelveHour(time.hour), time.minute,
-                       word.empty() ? halfOfDay(time.hour) : word);
-}
+std::string timeText(const TUnitSystem& units, const DateTime& value) { return textOfTime(units, normalized(value)); }
 
 std::string dateTimeText(const TUnitSystem& units, const DateTime& value) {
-    return dateText(units, value) + " " + timeText(units, value);
+    const DateTime moment = normalized(value);
+    return textOfDate(units, moment) + " " + textOfTime(units, moment);
 }
 
 std::string yearFirstText(const DateTime& value) {
@@ -130,8 +136,8 @@ std::string timestampText(const DateTime& value) {
 
 std::string durationText(std::int64_t seconds) {
     const auto magnitude = seconds < 0 ? 0 - static_cast<std::uint64_t>(seconds) : static_cast<std::uint64_t>(seconds);
-    return fmt::format("{}{:02}:{:02}:{:02}", seconds < 0 ? "-" : "", magnitude / 3600, magnitude / 60 % 60,
-                       magnitude % 60);
+    return fmt::format(FMT_COMPILE("{}{:02}:{:02}:{:02}"), seconds < 0 ? "-" : "", magnitude / 3600,
+                       magnitude / 60 % 60, magnitude % 60);
 }
 
 } // namespace quobrix

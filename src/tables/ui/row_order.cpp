@@ -34,44 +34,67 @@ std::vector<double> numberKeys(const Column& column, RowIndex rows) {
     return keys;
 }
 
-/// The rank of each row's text among the different texts. Names come again in many rows, so each text is collated once.
-std::vector<double> textKeys(const Column& column, RowIndex rows, const TextContext& context) {
-    std::unordered_map<std::string, std::uint32_t> numbers;
-    std::vector<std::uint32_t> textOfRow(rows);
-    for (RowIndex row = 0; row < rows; ++row) {
-        const auto next = static_cast<std::uint32_t>(numbers.size());
-        textOfRow[row] = numbers.try_emplace(column.text(row, context), next).first->second;
-    }
-
+/// The texts as a person's language orders them: which place each of them has.
+std::vector<double> ranksOf(const std::vector<const std::string*>& texts) {
     // Without a language, as in English: not by the numbers of the letters.
     QCollator collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
-    struct Text {
-        QCollatorSortKey key;
-        std::uint32_t number;
-        bool blank;
-    };
-    std::vector<Text> texts;
-    texts.reserve(numbers.size());
-    for (const auto& [text, number] : numbers)
-        texts.push_back({collator.sortKey(toQt(text)), number, text.empty()});
-    std::sort(texts.begin(), texts.end(), [](const Text& a, const Text& b) { return a.key.compare(b.key) < 0; });
+    std::vector<QCollatorSortKey> keys;
+    keys.reserve(texts.size());
+    for (const std::string* text : texts)
+        keys.push_back(collator.sortKey(toQt(*text)));
+    std::vector<std::uint32_t> order(texts.size()); // sorted in place of the keys, which are slow to move
+    std::iota(order.begin(), order.end(), 0u);
+    std::sort(order.begin(), order.end(),
+              [&](std::uint32_t a, std::uint32_t b) { return keys[a].compare(keys[b]) < 0; });
 
-    std::vector<double> rankOfText(texts.size());
+    std::vector<double> ranks(texts.size());
     double rank = 0;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        if (i > 0 && texts[i - 1].key.compare(texts[i].key) != 0)
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i > 0 && keys[order[i - 1]].compare(keys[order[i]]) != 0)
             ++rank;
-        rankOfText[texts[i].number] = texts[i].blank ? kBlank : rank;
+        ranks[order[i]] = texts[order[i]]->empty() ? kBlank : rank;
     }
-    std::vector<double> keys(rows);
-    for (RowIndex row = 0; row < rows; ++row)
-        keys[row] = rankOfText[textOfRow[row]];
-    return keys;
+    return ranks;
 }
 
 } // namespace
+
+/// The rank of each row's text among the different texts. Names come again in many rows, so each text is ordered once;
+/// and while there is no new one, as when a list is turned upside down, the ranks of the last time hold.
+std::vector<double> RowOrder::textKeys(const Column& column, RowIndex rows, const TextContext& context) {
+    std::vector<const double*> rankOfRow;
+    rankOfRow.reserve(rows);
+    for (RowIndex row = 0; row < rows; ++row) {
+        const auto known = ranks_->find(column.text(row, context));
+        if (known == ranks_->end())
+            break;
+        rankOfRow.push_back(&known->second);
+    }
+    if (rankOfRow.size() < rows) {
+        rankOfRow.clear();
+        auto fresh = std::make_shared<Ranks>();
+        std::vector<const std::string*> texts;
+        std::vector<double*> places;
+        for (RowIndex row = 0; row < rows; ++row) {
+            const auto [entry, isNew] = fresh->try_emplace(column.text(row, context));
+            rankOfRow.push_back(&entry->second);
+            if (isNew) {
+                texts.push_back(&entry->first);
+                places.push_back(&entry->second);
+            }
+        }
+        const std::vector<double> ranks = ranksOf(texts);
+        for (std::size_t i = 0; i < ranks.size(); ++i)
+            *places[i] = ranks[i];
+        ranks_ = std::move(fresh);
+    }
+    std::vector<double> keys(rows);
+    for (RowIndex row = 0; row < rows; ++row)
+        keys[row] = *rankOfRow[row];
+    return keys;
+}
 
 void RowOrder::reset(RowIndex rows) {
     size_ = rows;

@@ -2,7 +2,10 @@
 
 #include "tables/column.h"
 
+#include <memory>
 #include <span>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace quobrix {
@@ -33,9 +36,13 @@ public:
     std::size_t size() const { return size_; }
 
 private:
+    std::vector<double> textKeys(const Column& column, RowIndex rows, const TextContext& context);
+
     std::size_t size_ = 0;
     std::vector<RowIndex> rows_;              ///< by place; empty: the stored order
     mutable std::vector<std::size_t> places_; ///< by row; made when first asked for
+    using Ranks = std::unordered_map<std::string, double>;
+    std::shared_ptr<const Ranks> ranks_ = std::make_shared<Ranks>(); ///< of the texts that were sorted last
 };
 
 } // namespace quobrix
