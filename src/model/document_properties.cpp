@@ -24,6 +24,11 @@ std::string bytesText(const TextContext& context, std::uint64_t bytes) {
     return context.units.formatValueWithUnits(UnitTypeId::ByteCount, static_cast<double>(bytes));
 }
 
+/// In the user's unit, which may be too large for a small file, and exactly.
+std::string sizeText(const TextContext& context, std::uint64_t bytes) {
+    return fmt::format("{} ({} bytes)", bytesText(context, bytes), integerText(context, bytes));
+}
+
 /// TIME: nanoseconds since 1970 UTC.
 std::string timeText(const TextContext& context, std::int64_t time) {
     const std::int64_t seconds = std::clamp<std::int64_t>(
@@ -34,7 +39,7 @@ std::string timeText(const TextContext& context, std::int64_t time) {
 /// What of the file is free, in whole percent that are never 0 or 100 by rounding alone.
 std::string freeText(const TextContext& context, const CompoundFile::Space& space) {
     if (space.freeBytes == 0 || space.fileBytes == 0)
-        return bytesText(context, 0);
+        return "None";
     const double share = 100.0 * static_cast<double>(space.freeBytes) / static_cast<double>(space.fileBytes);
     return fmt::format("{} ({} %)", bytesText(context, space.freeBytes),
                        static_cast<int>(std::clamp(std::round(share), 1.0, 99.0)));
@@ -66,7 +71,7 @@ std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, con
     add("Path", "File", document.hasFile() ? pathText(document.path()) : "Not saved yet");
     if (document.hasFile()) {
         const Result<FileStatus> status = fileStatus(document.path());
-        add("Size", "Size", status ? bytesText(context, status->size) : "The file is not there any more");
+        add("Size", "Size", status ? sizeText(context, status->size) : "The file is not there any more");
         add("FreeSpace", "Unused Space", freeText(context, document.space()));
         if (status && status->created)
             add("Created", "Created", timeText(context, *status->created));

@@ -57,7 +57,9 @@ TEST_F(PropertiesDialogTest, TellsWhatIsInTheDocumentAndWhereItLies) {
     EXPECT_EQ(value("Backup"), "None");
     EXPECT_EQ(value("ReadOnly"), "no ReadOnly");
     units_.setUnit(UnitTypeId::ByteCount, UnitId::Kilobytes);
-    EXPECT_TRUE(value("Size").ends_with(" KB")) << value("Size");
+    EXPECT_NE(value("Size").find(" KB ("), std::string::npos) << value("Size");
+    EXPECT_TRUE(value("Size").ends_with(" bytes)")) << value("Size");
+    EXPECT_EQ(value("FreeSpace"), "None");
 
     // One date for the file and its backup, in the user's form.
     const auto when = fs::file_time_type::clock::now();
