@@ -194,7 +194,9 @@ Result<std::uint8_t*> CompoundFileEngine::miniPage(std::uint32_t index) {
 
 Result<void> CompoundFileEngine::writable() const {
     if (tables_.incomplete())
-        return Error{ErrorKind::Corrupt, "allocation tables or directory are damaged; the file can only be read"};
+        return Error{
+            ErrorKind::Corrupt,
+            "allocation tables or directory are damaged, or the end of the file is missing; it can only be read"};
     return {};
 }
 

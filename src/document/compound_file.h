@@ -41,7 +41,7 @@ public:
     /// Creates or replaces a stream (see nameAllowed). Pending until commit: half a megabyte of it in memory, the rest
     /// in free sectors, where nothing leads to it yet. Failures are told by the next spill or commit.
     virtual void write(std::string_view name, Bytes content) = 0;
-    /// Removes a stream; no effect if there is none. Pending until commit.
+    /// Removes a stream, and all of its name in a damaged file; no effect if there is none. Pending until commit.
     virtual void remove(std::string_view name) = 0;
     /// Moves all pending contents to free sectors, so that a disk that takes no more is noticed. They are not durable,
     /// and what is current on disk does not change, before the commit. Errors as commit(), with the same effect.
@@ -54,8 +54,9 @@ public:
     /// former size again: who tries again writes everything again. Until something is written, commit() goes on
     /// failing.
     virtual Result<void> commit() = 0;
-    /// Corrupt when every commit() would be refused because allocation tables or directory are too damaged to write
-    /// to. What is there can then be read, and copied stream by stream into another file.
+    /// Corrupt when every commit() would be refused because the file has been cut short, or its allocation tables or
+    /// directory are too damaged to write to. What is there can then be read, and copied stream by stream into another
+    /// file.
     virtual Result<void> writable() const = 0;
 
     /// Writes the file as it was last committed to TARGET, an empty file, durably. It is read through the handle that

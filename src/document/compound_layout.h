@@ -25,7 +25,8 @@ struct Layout {
     std::set<std::uint32_t> avoidedMini;
     /// Streams (by entry index) whose chain is broken, too short, or shared with another.
     std::unordered_set<std::uint32_t> damaged;
-    /// Allocation tables or directory are incomplete: what is left can be read, but nothing can be written safely.
+    /// Allocation tables or directory are incomplete, or the file's end is missing: what is left can be read, but
+    /// nothing can be written safely.
     bool incomplete = false;
     std::uint64_t fileSize = 0; ///< bytes
 };

@@ -22,7 +22,8 @@ public:
     AllocationTable fat{kMostSectors, Reuse::AfterCommit};
     AllocationTable miniFat{kMostMiniSectors, Reuse::AtOnce};
 
-    /// Tables or directory are damaged: what is left can be read, but nothing can be written safely.
+    /// Tables or directory are damaged, or the file's end is missing: what is left can be read, but nothing can be
+    /// written safely.
     bool incomplete() const { return incomplete_; }
     /// A stream (by entry) that cannot be read.
     bool damaged(std::uint32_t index) const { return damaged_.contains(index); }

@@ -17,12 +17,13 @@ struct Ratio {
     double times = 1;
 };
 
-/// The console's report, which remembers the median of each benchmark's repetitions.
-class MedianReporter final : public benchmark::ConsoleReporter {
+/// The console's report, which remembers each benchmark's repetitions.
+class RatioReporter final : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override;
-    /// A table of RATIOS, in Markdown: ratio, aim, and the two times in milliseconds (in brackets: of the processor).
-    /// Those of benchmarks that did not run are left out.
+    /// A table of RATIOS, in Markdown: the ratio of the medians, that of the least times (which other work on the
+    /// machine disturbs least), the aim, and the two medians in milliseconds (in brackets: of the processor). Those of
+    /// benchmarks that did not run are left out.
     void printRatios(const std::vector<Ratio>& ratios) const;
 
 private:
