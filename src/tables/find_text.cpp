@@ -22,6 +22,8 @@ public:
         if (text.size() < needle_.size()) // folding changes no length
             return false;
         if (!asItIs_) {
+            if (!mayBegin(text))
+                return false;
             foldCase(text, folded_);
             text = folded_;
         }
@@ -32,6 +34,15 @@ private:
     /// C may be of a letter that has two cases.
     static bool hasCase(char c) {
         return static_cast<unsigned char>(c) >= 0x80 || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    }
+
+    /// TEXT holds the needle's first letter in one of its cases, if that can be told at a glance.
+    bool mayBegin(std::string_view text) const {
+        const char lower = needle_.front();
+        if (static_cast<unsigned char>(lower) >= 0x80)
+            return true;
+        const char upper = lower >= 'a' && lower <= 'z' ? static_cast<char>(lower - 32) : lower;
+        return std::ranges::any_of(text, [=](char c) { return c == lower || c == upper; });
     }
 
     FindOptions options_;

@@ -25,8 +25,7 @@ namespace quobrix {
 
 TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetSpec& spec, QWidget* parent)
     : QWidget(parent), context_(context), model_(context.text, context.edits),
-      view_(new SpreadsheetView(model_, spec.use, spec.emptyText, this)),
-      findBar_(new FindBar(*view_, model_, context.text, this)), commands_(new SpreadsheetCommands(*this)),
+      view_(new SpreadsheetView(model_, spec.use, spec.emptyText, this)), commands_(new SpreadsheetCommands(*this)),
       layout_(context.settings, spec.name, *view_, model_), sortTimer_(new QTimer(this)) {
     setObjectName(toQt(spec.name));
     view_->setObjectName(toQt(spec.name) + QStringLiteral("Cells"));
@@ -35,7 +34,6 @@ TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetS
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(view_, 1);
-    layout->addWidget(findBar_);
     setFocusProxy(view_);
     addEditCommands();
     addSortCommands();
@@ -59,8 +57,6 @@ TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetS
     connect(view_->horizontalHeader(), &QWidget::customContextMenuRequested, this, &TSpreadsheet::showHeaderMenu);
     connect(&model_, &QAbstractItemModel::layoutChanged, this, &TSpreadsheet::orderChanged);
     connect(&model_, &QAbstractItemModel::modelReset, commands_, &SpreadsheetCommands::refresh);
-    connect(&model_, &QAbstractItemModel::modelReset, findBar_, &FindBar::cellsChanged);
-    connect(&model_, &QAbstractItemModel::dataChanged, findBar_, &FindBar::cellsChanged);
     connect(&model_, &SpreadsheetModel::rowsEdited, this, &TSpreadsheet::rowsEdited);
     connect(&model_, &SpreadsheetModel::othersEdited, this, [this] {
         if (model_.sorted())
@@ -189,11 +185,11 @@ void TSpreadsheet::addSortCommands() {
     commands_->handle(
         Columns, [this] { chooseColumns(); }, rows);
     commands_->handle(
-        Find, [this] { findBar_->open(); }, rows);
+        Find, [this] { findBar().open(); }, rows);
     commands_->handle(
-        FindNext, [this] { findBar_->findNext(); }, rows);
+        FindNext, [this] { findBar().findNext(); }, rows);
     commands_->handle(
-        FindPrevious, [this] { findBar_->findPrevious(); }, rows);
+        FindPrevious, [this] { findBar().findPrevious(); }, rows);
 }
 
 void TSpreadsheet::addWindowCommands() {
@@ -326,6 +322,16 @@ void TSpreadsheet::followHistory() {
 }
 
 // Order
+
+FindBar& TSpreadsheet::findBar() {
+    if (!findBar_) {
+        findBar_ = new FindBar(*view_, model_, context_.text, this);
+        layout()->addWidget(findBar_);
+        connect(&model_, &QAbstractItemModel::modelReset, findBar_, &FindBar::cellsChanged);
+        connect(&model_, &QAbstractItemModel::dataChanged, findBar_, &FindBar::cellsChanged);
+    }
+    return *findBar_;
+}
 
 void TSpreadsheet::sortBy(int column, Qt::SortOrder order) {
     if (finishEdit())

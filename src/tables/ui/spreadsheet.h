@@ -108,6 +108,7 @@ private:
     void paste();
     void copyPicture(bool drawing);
     void stepHistory(void (TableEdits::*step)());
+    FindBar& findBar();
     void sortBy(int column, Qt::SortOrder order);
     void chooseColumns();
     void showMenu(const QPoint& position);
@@ -118,7 +119,7 @@ private:
     SpreadsheetContext context_;
     SpreadsheetModel model_;
     SpreadsheetView* view_;
-    FindBar* findBar_;
+    FindBar* findBar_ = nullptr; ///< made when it is first opened
     SpreadsheetCommands* commands_;
     SpreadsheetLayout layout_;
     QTimer* sortTimer_;
