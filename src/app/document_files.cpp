@@ -5,6 +5,8 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -104,9 +106,11 @@ void DocumentFiles::tellDamage() {
     };
     const std::optional<Error> reason = document_.readOnlyReason();
     const bool lasting = reason && reason->kind == ErrorKind::Corrupt;
-    if (lasting)
+    const std::vector<std::string> logs = document_.affectedLogs();
+    // The reason may be one of these logs.
+    if (lasting && std::ranges::none_of(logs, [&](const std::string& log) { return reason->detail.starts_with(log); }))
         add(reason->detail);
-    for (const std::string& log : document_.affectedLogs())
+    for (const std::string& log : logs)
         add(log);
     if (!affected.empty())
         prompter_.tell(makeMessage(lasting ? MessageId::DamagedReadOnly : MessageId::DamagedDocument, document_.title(),
@@ -123,7 +127,7 @@ bool DocumentFiles::save() {
     if (!document_.hasFile() || document_.isExample())
         return saveAs();
     if (document_.readOnly())
-        return offerSaveAs();
+        return document_.dataChanged() ? offerSaveAs() : saveAs();
     if (saveTo(document_.path()) != Outcome::Done)
         return false;
     offerCompaction();

@@ -4,6 +4,7 @@
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "support/document_streams.h"
 #include "support/sample_trip.h"
 #include "support/scripted_prompter.h"
 
@@ -172,6 +173,28 @@ TEST_F(DocumentFilesTest, AFileThatCannotBeOpenedLeavesTheDocument) {
     EXPECT_EQ(document_.trips().rowCount(), 1u);
     EXPECT_EQ(document_.path(), path);
     EXPECT_EQ(recent_.list(), std::vector{path});
+}
+
+TEST_F(DocumentFilesTest, ADamagedFileIsToldOfOnceAndSavedUnderAnotherName) {
+    const fs::path path = savedFile("a.car");
+    test::tamper(path, [](CompoundFile& file) { file.remove("Version"); });
+    ScriptedPrompter prompter{{MessageId::DamagedReadOnly}};
+    DocumentFiles flows = files(prompter);
+    ASSERT_TRUE(flows.open(path));
+    EXPECT_NE(prompter.shown.at(0).find("\n\nthe stream \"Version\" is missing\n\n"), std::string::npos)
+        << prompter.shown.at(0);
+    chooser_.next = folder_ / "b.car";
+    EXPECT_TRUE(flows.save()); // nothing was changed, so nothing is asked
+    EXPECT_EQ(document_.path(), folder_ / "b.car");
+    EXPECT_FALSE(document_.readOnly());
+
+    const ObjectId trips = document_.trips().id();
+    document_.newDocument();
+    test::tamper(folder_ / "b.car", [&](CompoundFile& file) { file.write(std::to_string(trips), {}); });
+    ScriptedPrompter again{{MessageId::DamagedReadOnly}};
+    ASSERT_TRUE(files(again).open(folder_ / "b.car"));
+    EXPECT_NE(again.shown.at(0).find("\n\nTrip Log"), std::string::npos) << again.shown.at(0);
+    EXPECT_EQ(again.shown.at(0).find("cannot be read\nTrip Log"), std::string::npos);
 }
 
 TEST_F(DocumentFilesTest, OpeningTheOpenFileUnderAnotherNameChangesNothing) {
