@@ -183,8 +183,12 @@ Result<std::uint8_t*> CompoundFileEngine::miniPage(std::uint32_t index) {
     if (miniPages_.contains(index))
         return miniPages_.change(index);
     Sector content{};
-    if (index < tables_.miniStream().size())
-        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(tables_.miniStream()[index]), content));
+    if (index < tables_.miniStream().size()) {
+        // Another program's file may end with what is used of its last page.
+        const std::uint64_t offset = sectorOffset(tables_.miniStream()[index]);
+        const std::uint64_t there = std::min<std::uint64_t>(kSectorSize, fileSize_ - std::min(fileSize_, offset));
+        QUOBRIX_TRY(cache_.read(*file_, fileSize_, offset, std::span(content).first(there)));
+    }
     std::uint8_t* const page = miniPages_.add(index);
     std::copy(content.begin(), content.end(), page);
     return page;

@@ -220,8 +220,6 @@ private:
         const std::uint8_t* root = layout_.directory.at(0);
         if (load32(root + entry::kSize) > 0)
             layout_.miniStreamChain = structureChain(load32(root + entry::kStart));
-        for (std::size_t i = 0; i < layout_.miniStreamChain.size(); ++i)
-            expectThere(layout_.miniStreamChain[i], i, load32(root + entry::kSize));
         if (header_.miniFatPages > 0) {
             auto content = readChain(header_.firstMiniFatSector, layout_.miniFatChain);
             if (!content)
@@ -230,6 +228,14 @@ private:
         }
         const auto there = static_cast<std::uint32_t>(layout_.miniStreamChain.size()) * kMiniSectorsPerPage;
         expectFreeFrom(layout_.miniFat, there);
+        // Whatever the root entry says: a page whose end is missing may only lack what nobody uses.
+        std::uint32_t used = std::min(marksIn(layout_.miniFat), there);
+        while (used > 0 && load32(layout_.miniFat.at(std::size_t{4} * (used - 1))) == kFreeSector)
+            --used;
+        const std::uint64_t size =
+            std::max<std::uint64_t>(load32(root + entry::kSize), std::uint64_t{used} * kMiniSectorSize);
+        for (std::size_t i = 0; i < layout_.miniStreamChain.size(); ++i)
+            expectThere(layout_.miniStreamChain[i], i, size);
         miniClaims_ =
             std::make_unique<Claims>(layout_.miniFat, std::min(marksIn(layout_.miniFat), there), kMostMiniSectors);
         return {};

@@ -209,6 +209,48 @@ TEST_F(CompoundFileDamage, AFileThatWasCutShortIsOnlyRead) {
     }
 }
 
+/// As some programs leave it: the mini stream is the last in the file, which ends with what is used of it.
+TEST_F(CompoundFileDamage, AFileMayEndWithinItsMiniStream) {
+    const auto get32 = [&](std::size_t at) { return cfb::load32(disk_->data() + at); };
+    disk_->clear();
+    {
+        const auto file = *CompoundFile::create(std::make_unique<MemoryFile>(disk_));
+        file->write("a", content('a', 100));
+        file->write("b", content('b', 100));
+        ASSERT_TRUE(file->commit());
+    }
+    const std::size_t fat = cfb::sectorOffset(get32(76)), root = cfb::sectorOffset(get32(48));
+    const std::uint32_t before = get32(root + cfb::entry::kStart);
+    const std::size_t page = cfb::sectorOffset(before);
+    constexpr std::size_t kUsed = 4 * cfb::kMiniSectorSize;
+    const auto last = static_cast<std::uint32_t>(disk_->size() / cfb::kSectorSize - 1);
+    const Bytes used(disk_->begin() + page, disk_->begin() + page + kUsed);
+    put32(fat + std::size_t{4} * before, cfb::kFreeSector);
+    put32(fat + std::size_t{4} * last, cfb::kEndOfChain);
+    put32(root + cfb::entry::kStart, last);
+    put32(root + cfb::entry::kSize, kUsed);
+    disk_->insert(disk_->end(), used.begin(), used.end());
+    const Bytes whole = *disk_;
+
+    for (const std::size_t size : {50, 100, 1000}) {
+        *disk_ = whole;
+        const auto file = *open();
+        ASSERT_TRUE(file->writable());
+        file->write("b", content('n', size));
+        ASSERT_TRUE(file->commit());
+        EXPECT_EQ(*(*open())->read("a"), content('a', 100));
+        EXPECT_EQ(*(*open())->read("b"), content('n', size));
+        EXPECT_EQ(examineCompoundFile(*disk_).fault, "");
+    }
+    // What is missing must not be in use, whatever the root entry says.
+    *disk_ = whole;
+    put32(root + cfb::entry::kSize, kUsed / 2);
+    disk_->resize(disk_->size() - cfb::kMiniSectorSize);
+    const auto file = *open();
+    EXPECT_FALSE(file->read("b"));
+    EXPECT_EQ(file->writable().error().kind, ErrorKind::Corrupt);
+}
+
 TEST_F(CompoundFileDamage, NamesThatTheFormatForbidsAreRefusedByTheCommit) {
     const auto file = *open();
     for (const std::string name : {"", "a/b", "0123456789012345678901234567890123"}) {
