@@ -41,7 +41,9 @@ std::string_view wordOf(FileAction action) {
 } // namespace
 
 Message fileMessage(const Error& error, FileAction action, std::string_view name) {
-    return makeMessage(messageOf(error.kind), std::string(name), std::string(wordOf(action)), error.detail);
+    const bool noFolder = error.kind == ErrorKind::NotFound && action == FileAction::Save;
+    return makeMessage(noFolder ? MessageId::FolderNotFound : messageOf(error.kind), std::string(name),
+                       std::string(wordOf(action)), error.detail);
 }
 
 } // namespace quobrix

@@ -345,6 +345,10 @@ private:
 Result<DocumentRepair> salvage(const CompoundFile& from, CompoundFile& into) { return Salvage(from, into).run(); }
 
 Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into) {
+    // Another running copy must not lose the file that it has open, nor open one that is about to go.
+    const Result<std::unique_ptr<File>> there = openFile(into, FileMode::ReadWrite);
+    if (!there && there.error().kind == ErrorKind::InUse)
+        return there.error();
     Result<ReplacementFile> replacement = ReplacementFile::create(into);
     if (!replacement)
         return replacement.error();

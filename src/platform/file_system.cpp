@@ -92,8 +92,11 @@ Result<ReplacementFile> ReplacementFile::create(const std::filesystem::path& tar
     if (!resolved)
         return resolved.error();
     std::error_code ignored;
-    if (std::filesystem::is_directory(*resolved, ignored))
+    const auto status = std::filesystem::status(*resolved, ignored);
+    if (std::filesystem::is_directory(status))
         return Error{ErrorKind::IsDirectory, pathText(*resolved) + " is a folder"};
+    if (std::filesystem::is_other(status)) // a device or a pipe
+        return Error{ErrorKind::NotADocument, pathText(*resolved) + " is not a regular file"};
     // Another program may take the new file for an abandoned one and lock it before this one does.
     constexpr int kAttempts = 4;
     std::filesystem::path temporary;

@@ -15,8 +15,10 @@ Result<void> adoptPermissions(const std::filesystem::path& temporary, const std:
     struct stat status {};
     if (::stat(like.c_str(), &status) != 0)
         return {}; // a new file: what the user's mask says is right
-    // The group is taken over where the user may; without it the bits for the group would open the file to another.
-    const bool sameGroup = ::chown(temporary.c_str(), static_cast<uid_t>(-1), status.st_gid) == 0;
+    // An administrator leaves the file to its owner. The group is taken over where the user may; without it the bits
+    // for the group would open the file to another.
+    const bool sameGroup = ::chown(temporary.c_str(), status.st_uid, status.st_gid) == 0 ||
+                           ::chown(temporary.c_str(), static_cast<uid_t>(-1), status.st_gid) == 0;
     const mode_t mode = (status.st_mode & (sameGroup ? 0777u : 0707u)) | S_IRUSR | S_IWUSR;
     if (::chmod(temporary.c_str(), mode) != 0)
         return lastSystemError("set the permissions of", temporary);

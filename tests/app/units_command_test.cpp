@@ -98,7 +98,7 @@ TEST_F(UnitsCommandTest, AFailureToSaveIsToldBeforeTheProgramEnds) {
     ASSERT_TRUE(store_.newSystem("Mine", "S.I."));
     units_.setDecimals(UnitTypeId::Speed, 5);
     std::filesystem::remove_all(folder_.path());
-    EXPECT_EQ(closeAnswering(Qt::Key_Return), QStringLiteral("FileNotFound"));
+    EXPECT_EQ(closeAnswering(Qt::Key_Return), QStringLiteral("FolderNotFound"));
     EXPECT_FALSE(frame_.isVisible()) << "nobody is held in the program";
 }
 

@@ -230,7 +230,7 @@ TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {
     refused({"check", "Test.car", "--into", "New.car"}, 2, "--repair");
     refused({"check", "--repair", "Test.car", "--into", "./Test.car", "--force"}, 1, "the damaged file itself");
     refused({"check", "--repair", "Missing.car", "--into", "New.car"}, 1, "does not exist");
-    refused({"check", "--repair", "Test.car", "--into", "Nowhere/New.car"}, 1, "cannot be saved");
+    refused({"check", "--repair", "Test.car", "--into", "Nowhere/New.car"}, 1, "its folder does not exist");
 
     const Outcome repair = cli({"check", "--repair", "Test.car", "--into", "New.car"});
     EXPECT_EQ(repair.exitCode, 3);
@@ -243,6 +243,11 @@ TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {
 
     refused({"check", "--repair", "Test.car", "--into", "New.car"}, 1, "it exists");
     EXPECT_EQ(cli({"check", "--repair", "New.car", "--into", "Again.car"}).exitCode, 0); // nothing more is lost
+    {
+        TQuobrixDocument open;
+        ASSERT_TRUE(open.open(folder_ / "New.car", TDocument::Access::Edit));
+        refused({"check", "--repair", "Test.car", "--into", "New.car", "--force"}, 1, "another program is using it");
+    }
     EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}).exitCode, 3);
     EXPECT_EQ(contentOf(file_), before);
 }

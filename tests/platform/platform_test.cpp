@@ -170,6 +170,9 @@ TEST_F(PlatformTest, AReplacementIsWholeOrGone) {
     EXPECT_EQ(openFile(target, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
     EXPECT_EQ(ReplacementFile::create(folder_ / "none" / "a").error().kind, ErrorKind::NotFound);
     EXPECT_EQ(ReplacementFile::create(folder_).error().kind, ErrorKind::IsDirectory);
+#if !defined(_WIN32)
+    EXPECT_EQ(ReplacementFile::create("/dev/null").error().kind, ErrorKind::NotADocument) << "a device stays";
+#endif
 }
 
 TEST_F(PlatformTest, ProgramFolderLeavesTheReleaseFolderOut) {

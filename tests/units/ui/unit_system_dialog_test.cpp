@@ -283,7 +283,7 @@ TEST_F(UnitSystemDialogTest, NewRenameAndDelete) {
 
 TEST_F(UnitSystemDialogTest, AFailureIsToldAndLosesNothing) {
     // A folder that is a file refuses every new entry, even to an administrator.
-    ScriptedPrompter script{{MessageId::FileNotFound}, {MessageId::FileNotFound}};
+    ScriptedPrompter script{{MessageId::FolderNotFound}, {MessageId::FolderNotFound}};
     UnitSystemStore store(units_, {folders_.program / "Metric.us", folders_.program / "U.S..us"}, &settings_);
     dialog_ = std::make_unique<UnitSystemDialog>(units_, store, settings_, script, nullptr);
     dialog_->show();
