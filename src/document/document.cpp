@@ -302,9 +302,41 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
     return keepingBackup(*target, copy, options, work, replaced);
 }
 
+/// Another program may have written into the very file that is open. Under another header nothing of it is the
+/// document's any more; the rest of a file that was cut short is.
+Result<TDocument::Left> TDocument::leftOnDisk() const {
+    if (!hasFile())
+        return Left::Everything;
+    const Result<std::uint64_t> size = state_.file.disk->size();
+    if (!size)
+        return size.error();
+    Bytes header(state_.snapshot.header.size());
+    if (*size < header.size())
+        return Left::Nothing;
+    QUOBRIX_TRY(state_.file.disk->readAt(0, header));
+    if (header != state_.snapshot.header)
+        return Left::Nothing;
+    return *size < space().fileBytes ? Left::Beginning : Left::Everything;
+}
+
+/// Notes as damage what can no longer be read of the document.
+void TDocument::noteLost(Left left) {
+    std::set<ObjectId> loaded;
+    for (const PersistentObject* object : store().loadedObjects())
+        loaded.insert(object->id());
+    for (const ObjectId id : store().objectIds())
+        if (left == Left::Beginning)
+            store().find(id);
+        else if (!loaded.contains(id))
+            store().noteDamage(id, 0, "another program has written over it");
+}
+
 Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
     Result<OpenFile> file = Error{};
-    const bool copied = hasFile() && state_.file.compound->writable();
+    const Result<Left> left = leftOnDisk();
+    if (!left)
+        return left.error();
+    const bool copied = hasFile() && *left == Left::Everything && state_.file.compound->writable();
     if (copied) {
         const std::uint64_t size = space().fileBytes;
         QUOBRIX_TRY(checkSpace(replacement.target(), size));
@@ -319,9 +351,11 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
     }
     if (!file)
         return file;
-    if (hasFile() && !copied) // nothing can be written into a copy of damaged tables
+    if (hasFile() && *left != Left::Nothing && !copied) // nothing can be written into a copy of damaged tables
         QUOBRIX_TRY(options.runDisk(
             [&](DiskProgress& progress) { return copyReadable(*state_.file.compound, *file->compound, progress); }));
+    if (*left != Left::Everything)
+        noteLost(*left);
     QUOBRIX_TRY(writeTo(*file->compound));
     QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return file->compound->commit(); }));
     return file;

@@ -125,6 +125,9 @@ private:
     Result<void> writeTo(CompoundFile& file);
     Result<void> writeInPlace(const std::filesystem::path& target, const SaveOptions& options);
     Result<void> writeAnew(const std::filesystem::path& path, const SaveOptions& options);
+    enum class Left { Everything, Beginning, Nothing };
+    Result<Left> leftOnDisk() const;
+    void noteLost(Left left);
     Result<OpenFile> buildWhole(ReplacementFile& replacement, const SaveOptions& options);
     Result<OpenFile> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
     Result<void> putInPlace(const std::filesystem::path& path, const SaveOptions& options, const Build& build,

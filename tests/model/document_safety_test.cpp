@@ -270,6 +270,50 @@ TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
     EXPECT_EQ(tripsIn(path_), 3u);
 }
 
+TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDocument) {
+    const fs::path other = folder_ / "Theirs.car", kept = folder_ / "Mine.car";
+    {
+        TQuobrixDocument made, theirs;
+        for (int i = 0; i < 20; ++i)
+            addTrip(made, kStart + 3600 * i);
+        ASSERT_TRUE(made.saveAs(path_));
+        for (int i = 0; i < 5; ++i) { // of another history, so that everything lies elsewhere
+            addTrip(theirs, kStart + 7000 * i);
+            ASSERT_TRUE(theirs.saveAs(other));
+        }
+    }
+    const std::string mine = bytes(path_);
+    const std::optional<std::string> contents[] = {{}, bytes(other), mine.substr(0, mine.size() / 2), ""};
+    for (const bool edited : {true, false}) {
+        Streams expected; // that of the untouched file, which comes first
+        for (const std::optional<std::string>& content : contents) {
+            SCOPED_TRACE(content ? content->size() : 0);
+            put(path_, mine);
+            fs::remove(kept);
+            TQuobrixDocument document;
+            open(document);
+            if (edited)
+                addTrip(document, kStart);
+            if (content) {
+                put(path_, *content);
+                ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
+            }
+            const Result<void> saved = document.saveAs(kept);
+            ASSERT_TRUE(saved) << saved.error().detail;
+            EXPECT_FALSE(document.readOnly());
+            Streams streams = streamsOf(kept);
+            if (!content)
+                expected = streams;
+            for (const auto& [name, stream] : expected) {
+                const ObjectId id = idOfStream(name);
+                EXPECT_TRUE(streams[name] == stream || (id != kNoObject && document.store().unreadable(id))) << name;
+            }
+            document.newDocument();
+            EXPECT_EQ(tripsIn(kept), edited ? 21u : 20u);
+        }
+    }
+}
+
 TEST_F(DocumentSafety, AFileThatHasBecomeUnreadableLeavesTheDocument) {
     TQuobrixDocument document;
     openAndAdd(document);
