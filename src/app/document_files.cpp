@@ -189,6 +189,7 @@ DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, Fil
             prompter_.tell(makeMessage(MessageId::BackupNotKept, utf8(path.filename()),
                                        fileMessage(*problem, FileAction::Save, backup).text));
         }
+        tellDamage(); // that another program did to the file since it was opened
         return Outcome::Done;
     }
     if (result.error().kind == ErrorKind::Cancelled)

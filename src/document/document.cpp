@@ -387,6 +387,7 @@ Result<TDocument::OpenFile> TDocument::buildCompact(ReplacementFile& replacement
         return file ? checkSame(*state_.file.compound, *file->compound, progress) : file.error();
     };
     QUOBRIX_TRY(options.runDisk(work));
+    QUOBRIX_TRY(unchangedOnDisk()); // by a program that heeds no lock, meanwhile
     return file;
 }
 

@@ -379,6 +379,21 @@ TEST_F(DocumentSafety, CompactionTakesAwayUnusedSpaceAndNothingElse) {
     EXPECT_EQ(tripsIn(path_), 10u);
 }
 
+TEST_F(DocumentSafety, CompactionDoesNotReplaceWhatAnotherProgramWritesMeanwhile) {
+    TQuobrixDocument document;
+    open(document);
+    const SaveOptions options{.runDisk = [&](const DiskWork& work) {
+        DiskProgress progress;
+        const Result<void> done = work(progress);
+        fs::remove(path_);
+        put(path_, "theirs");
+        return done;
+    }};
+    EXPECT_EQ(kindOf(document.compact(options)), ErrorKind::Changed);
+    EXPECT_EQ(bytes(path_), "theirs");
+    EXPECT_EQ(files(), std::vector<std::string>{"Doc.car"});
+}
+
 TEST_F(DocumentSafety, CompactionIsRefusedWhereItCouldLoseSomething) {
     TQuobrixDocument document, second;
     EXPECT_EQ(kindOf(document.compact()), ErrorKind::NotFound);
