@@ -11,43 +11,51 @@ namespace {
 
 constexpr std::size_t kCellsBetweenStops = 4096;
 
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
 /// Whether the text of a cell reads the needle.
 class Matcher {
 public:
     Matcher(std::string_view needle, const FindOptions& options)
-        : options_(options), needle_(options.matchCase ? std::string(needle) : foldCase(needle)),
-          asItIs_(options.matchCase || std::ranges::none_of(needle, hasCase)) {}
+        : wholeCell_(options.wholeCell), needle_(options.matchCase ? std::string(needle) : foldCase(needle)) {
+        if (!options.matchCase)
+            way_ = std::ranges::all_of(needle, isAscii) ? Way::AsciiLetters : Way::AnyLetters;
+    }
 
     bool matches(std::string_view text) {
-        if (text.size() < needle_.size()) // folding changes no length
+        if (text.size() < needle_.size() || (wholeCell_ && text.size() != needle_.size())) // folding changes no length
             return false;
-        if (!asItIs_) {
-            if (!mayBegin(text))
-                return false;
+        switch (way_) {
+        case Way::AsItIs:
+            break;
+        case Way::AsciiLetters:
+            return holdsAnyCase(text);
+        case Way::AnyLetters:
             foldCase(text, folded_);
             text = folded_;
         }
-        return options_.wholeCell ? text == needle_ : text.find(needle_) != std::string_view::npos;
+        return text.find(needle_) != std::string_view::npos;
     }
 
 private:
-    /// C may be of a letter that has two cases.
-    static bool hasCase(char c) {
-        return static_cast<unsigned char>(c) >= 0x80 || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    enum class Way { AsItIs, AsciiLetters, AnyLetters };
+
+    /// Folding makes no ASCII letter of any other, so that a needle of them alone is found without folding the text.
+    bool holdsAnyCase(std::string_view text) const {
+        const char first = needle_.front();
+        const std::string_view rest = std::string_view(needle_).substr(1);
+        for (std::size_t last = text.size() - needle_.size(), at = 0; at <= last; ++at)
+            if (lowerAscii(text[at]) == first &&
+                std::equal(rest.begin(), rest.end(), text.data() + at + 1,
+                           [](char wanted, char c) { return wanted == lowerAscii(c); }))
+                return true;
+        return false;
     }
 
-    /// TEXT holds the needle's first letter in one of its cases, if that can be told at a glance.
-    bool mayBegin(std::string_view text) const {
-        const char lower = needle_.front();
-        if (static_cast<unsigned char>(lower) >= 0x80)
-            return true;
-        const char upper = lower >= 'a' && lower <= 'z' ? static_cast<char>(lower - 32) : lower;
-        return std::ranges::any_of(text, [=](char c) { return c == lower || c == upper; });
-    }
-
-    FindOptions options_;
+    Way way_ = Way::AsItIs;
+    bool wholeCell_;
     std::string needle_;
-    bool asItIs_; ///< texts need not be folded to be compared
     std::string folded_;
 };
 

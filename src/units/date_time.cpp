@@ -2,11 +2,11 @@
 
 #include "units/unit_system.h"
 
-#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <array>
 #include <chrono>
+#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -20,25 +20,52 @@ constexpr std::int64_t kDay = 86400;
 int twelveHour(int hour) { return hour == 0 ? 12 : hour > 12 ? hour - 12 : hour; }
 std::string_view halfOfDay(int hour) { return hour < 12 ? "AM" : "PM"; }
 
-// What every cell of every list needs is compiled. DATE and TIME have every field within its range.
+// What every cell of every list needs is put together by hand, into a buffer. DATE and TIME have every field within its
+// range.
 
-std::string textOfDate(const TUnitSystem& units, const DateTime& date) {
-    switch (units.unit(UnitTypeId::Date)) {
-    case UnitId::DayMonthYear:
-        return fmt::format(FMT_COMPILE("{:02}/{:02}/{:04}"), date.day, date.month, date.year);
-    case UnitId::YearMonthDay:
-        return fmt::format(FMT_COMPILE("{:04}/{:02}/{:02}"), date.year, date.month, date.day);
-    default:
-        return fmt::format(FMT_COMPILE("{:02}/{:02}/{:04}"), date.month, date.day, date.year);
+using FieldsText = fmt::basic_memory_buffer<char, 64>;
+
+void append(FieldsText& text, std::string_view part) { text.append(part.data(), part.data() + part.size()); }
+
+void appendTwoDigits(FieldsText& text, int value) {
+    text.push_back(static_cast<char>('0' + value / 10));
+    text.push_back(static_cast<char>('0' + value % 10));
+}
+
+void appendYear(FieldsText& text, int year) {
+    if (year < 0 || year > 9999) {
+        fmt::format_to(std::back_inserter(text), "{:04}", year);
+        return;
+    }
+    appendTwoDigits(text, year / 100);
+    appendTwoDigits(text, year % 100);
+}
+
+void appendDate(FieldsText& text, const TUnitSystem& units, const DateTime& date) {
+    const UnitId order = units.unit(UnitTypeId::Date);
+    if (order == UnitId::YearMonthDay) {
+        appendYear(text, date.year);
+        text.push_back('/');
+    }
+    appendTwoDigits(text, order == UnitId::DayMonthYear ? date.day : date.month);
+    text.push_back('/');
+    appendTwoDigits(text, order == UnitId::DayMonthYear ? date.month : date.day);
+    if (order != UnitId::YearMonthDay) {
+        text.push_back('/');
+        appendYear(text, date.year);
     }
 }
 
-std::string textOfTime(const TUnitSystem& units, const DateTime& time) {
-    if (units.unit(UnitTypeId::Time) == UnitId::Hour24)
-        return fmt::format(FMT_COMPILE("{:02}:{:02}"), time.hour, time.minute);
+void appendTime(FieldsText& text, const TUnitSystem& units, const DateTime& time) {
+    const bool wholeDay = units.unit(UnitTypeId::Time) == UnitId::Hour24;
+    appendTwoDigits(text, wholeDay ? time.hour : twelveHour(time.hour));
+    text.push_back(':');
+    appendTwoDigits(text, time.minute);
+    if (wholeDay)
+        return;
     const std::string& word = time.hour < 12 ? units.locale().am : units.locale().pm;
-    return fmt::format(FMT_COMPILE("{:02}:{:02} {}"), twelveHour(time.hour), time.minute,
-                       word.empty() ? halfOfDay(time.hour) : word);
+    text.push_back(' ');
+    append(text, word.empty() ? halfOfDay(time.hour) : word);
 }
 
 } // namespace
@@ -92,13 +119,25 @@ std::string_view weekdayName(int day) {
     return day >= 0 && day <= 6 ? kWeekdayNames[static_cast<std::size_t>(day)] : std::string_view{};
 }
 
-std::string dateText(const TUnitSystem& units, const DateTime& value) { return textOfDate(units, normalized(value)); }
+std::string dateText(const TUnitSystem& units, const DateTime& value) {
+    FieldsText text;
+    appendDate(text, units, normalized(value));
+    return fmt::to_string(text);
+}
 
-std::string timeText(const TUnitSystem& units, const DateTime& value) { return textOfTime(units, normalized(value)); }
+std::string timeText(const TUnitSystem& units, const DateTime& value) {
+    FieldsText text;
+    appendTime(text, units, normalized(value));
+    return fmt::to_string(text);
+}
 
 std::string dateTimeText(const TUnitSystem& units, const DateTime& value) {
     const DateTime moment = normalized(value);
-    return textOfDate(units, moment) + " " + textOfTime(units, moment);
+    FieldsText text;
+    appendDate(text, units, moment);
+    text.push_back(' ');
+    appendTime(text, units, moment);
+    return fmt::to_string(text);
 }
 
 std::string yearFirstText(const DateTime& value) {
@@ -136,8 +175,19 @@ std::string timestampText(const DateTime& value) {
 
 std::string durationText(std::int64_t seconds) {
     const auto magnitude = seconds < 0 ? 0 - static_cast<std::uint64_t>(seconds) : static_cast<std::uint64_t>(seconds);
-    return fmt::format(FMT_COMPILE("{}{:02}:{:02}:{:02}"), seconds < 0 ? "-" : "", magnitude / 3600,
-                       magnitude / 60 % 60, magnitude % 60);
+    FieldsText text;
+    if (seconds < 0)
+        text.push_back('-');
+    const std::uint64_t hours = magnitude / 3600;
+    if (hours < 100)
+        appendTwoDigits(text, static_cast<int>(hours));
+    else
+        append(text, std::string_view(fmt::format_int(hours).c_str()));
+    for (const std::uint64_t field : {magnitude / 60 % 60, magnitude % 60}) {
+        text.push_back(':');
+        appendTwoDigits(text, static_cast<int>(field));
+    }
+    return fmt::to_string(text);
 }
 
 } // namespace quobrix

@@ -1,4 +1,6 @@
 #include "tables/find_text.h"
+
+#include "base/fold_case.h"
 #include "tables/sample_table.h"
 
 namespace quobrix::test {
@@ -37,6 +39,26 @@ TEST_F(Finding, HeedsCaseAndWholeCells) {
     EXPECT_EQ(find("anna", {.wholeCell = true}, CellPlace{0, 0}), (CellPlace{0, 0}));
     EXPECT_EQ(find("Berta "), std::nullopt);
     EXPECT_EQ(find(""), std::nullopt);
+}
+
+TEST_F(Finding, FindsWhatTheFoldedTextHolds) {
+    const std::vector<std::string> texts = {"Änne's RÜCKFAHRT",          "änne",  "ÉTÉ à Paris 7", "remark re-Remark",
+                                            "Unknown #12, 10 \xC3 \xFF", "k@[`{", "nana nanan",    ""};
+    table_.insertRows(4, texts.size() - 4);
+    table_.column<SampleKey>().setAll(texts);
+    for (const char* needle : {"ä", "Änne", "rückfahrt", "été", "7", "REMARK", "re-r", "nanan", "#12", "\xFF", "\xC3 ",
+                               "K@[`{", "[", "`", "{", "annex", "nanan nana"})
+        for (const bool whole : {false, true}) {
+            std::vector<std::size_t> expected, found;
+            for (std::size_t row = 0; row < texts.size(); ++row)
+                if (const std::string text = foldCase(texts[row]), part = foldCase(needle);
+                    whole ? text == part : text.find(part) != std::string::npos)
+                    expected.push_back(row);
+            std::optional<CellPlace> hit;
+            while ((hit = find(needle, {.wholeCell = whole, .wrap = false}, hit)))
+                found.push_back(hit->row);
+            EXPECT_EQ(found, expected) << needle;
+        }
 }
 
 TEST_F(Finding, ReadsCellsAsTheyAreShownAndInThatOrder) {
