@@ -290,9 +290,10 @@ protected:
         const Streams before = readable();
         auto& comments = document.trips().column<TTripLogCommentsColumn>();
         comments.set(1, "kept");
+        const ObjectId written = comments.id();
         ASSERT_TRUE(document.save());
         document.newDocument();
-        expectKept(before, readable(), {comments.id()});
+        expectKept(before, readable(), {written});
         expectOpens(document, victim_.path);
         EXPECT_EQ(document.trips().column<TTripLogCommentsColumn>().at(1), "kept");
     }
