@@ -90,11 +90,11 @@ private:
             SpreadsheetSpec{"Vehicles", QStringLiteral("Vehicles"), {}, SpreadsheetView::Use::Cells});
         spreadsheet->showTable(vehicles);
         window.setCentralWidget(spreadsheet);
-        window.resize(760, 340);
+        window.resize(920, 340);
         window.statusBar();
         window.show();
-        spreadsheet->view().setColumnWidth(0, 300);
-        spreadsheet->view().setColumnWidth(1, 280);
+        spreadsheet->view().setColumnWidth(0, 380);
+        spreadsheet->view().setColumnWidth(1, 360);
         spreadsheet->view().setFocus();
         window.activateWindow();
         QApplication::processEvents();
