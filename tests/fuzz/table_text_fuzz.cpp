@@ -85,9 +85,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(again && again->rows() == block->rows() && again->text() == block->text());
 
     DriverNamesTable& drivers = document.drivers();
+    document.edits().clear(); // or what follows would redo a step of the run before
     const Bytes before = bytesOf(drivers);
     const std::size_t columns[] = {0, 1, 2};
-    const EditOutcome outcome = document.edits().paste(drivers.id(), columns, 1, *block, context);
+    const RowIndex rows[] = {1};
+    const EditOutcome outcome = document.edits().paste(drivers.id(), columns, rows, *block, context);
     require(outcome.ok() || bytesOf(drivers) == before);
     const Bytes after = bytesOf(drivers);
     document.edits().undo();
