@@ -81,6 +81,9 @@ private:
 /// Appends little-endian values to a growing buffer.
 class ByteWriter {
 public:
+    /// Room for SIZE bytes, so that the buffer need not grow in steps.
+    void reserve(std::size_t size) { bytes_.reserve(size); }
+
     void u8(std::uint8_t value) { bytes_.push_back(value); }
     void u16(std::uint16_t value) { little(value, 2); }
     void u32(std::uint32_t value) { little(value, 4); }

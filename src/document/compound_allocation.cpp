@@ -30,20 +30,26 @@ void AllocationTable::findFree() {
     available_.clear();
     freeCount_ = end_ = cursor_ = 0;
     noRunOf_ = ~0u;
-    const auto use = [&](std::uint32_t sector) {
-        for (; end_ < sector; ++end_) {
-            available_.insert(end_);
+    std::vector<std::uint32_t> unused;
+    std::uint32_t sector = 0;
+    const auto consider = [&](bool used) {
+        if (used)
+            end_ = sector + 1;
+        else
+            unused.push_back(sector);
+        ++sector;
+    };
+    for (std::uint32_t page = 0; page < pages_.count(); ++page)
+        for (const std::uint8_t *mark = pages_.page(page).data(), *last = mark + kSectorSize; mark != last; mark += 4)
+            consider(load32(mark) != kFreeSector || held_.contains(sector));
+    for (std::uint32_t held; (held = held_.nextMember(sector)) != SectorSet::kNone;)
+        while (sector <= held)
+            consider(sector == held);
+    for (const std::uint32_t free : unused)
+        if (free < end_) {
+            available_.insert(free);
             ++freeCount_;
         }
-        ++end_;
-    };
-    const std::uint32_t marks = pages_.count() * kMarksPerPage;
-    for (std::uint32_t sector = 0; sector < marks; ++sector)
-        if (mark(sector) != kFreeSector || held_.contains(sector))
-            use(sector);
-    for (std::uint32_t sector = held_.nextMember(marks); sector != SectorSet::kNone;
-         sector = held_.nextMember(sector + 1))
-        use(sector);
     freeCount_ += static_cast<std::uint32_t>(freed_.size());
 }
 

@@ -300,7 +300,16 @@ void Directory::setRed(std::uint32_t index, bool red) {
         change(index)[entry::kColour] = colour;
 }
 
-std::uint32_t Directory::find(EntryName name) const { return find(name, name.hash()); }
+std::uint32_t Directory::find(EntryName name) const {
+    // Objects are asked for in the order in which they were written, most often: then the next entry is the one.
+    const std::uint32_t next = lastFound_ + 1;
+    if (next < count() && isMember(next) && compareNames(this->name(next), name) == 0)
+        return lastFound_ = next;
+    const std::uint32_t index = find(name, name.hash());
+    if (index != kNoEntry)
+        lastFound_ = index;
+    return index;
+}
 
 std::uint32_t Directory::find(EntryName name, std::uint32_t hash) const {
     return names_.find(hash, [&](std::uint32_t index) { return compareNames(this->name(index), name) == 0; });

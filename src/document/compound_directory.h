@@ -83,6 +83,7 @@ private:
     bool treeChecked_ = false;             ///< the tree is known to be ordered and balanced
     std::vector<std::uint32_t> freeSlots_; ///< unused entries, the lowest last
     NameIndex names_;
+    mutable std::uint32_t lastFound_ = 0;
     std::map<std::uint32_t, std::uint32_t> hidden_; ///< by entry: another one of its name, which counts only without it
 };
 

@@ -47,8 +47,8 @@ private:
 
     std::uint32_t findStream(std::string_view name) const;
 
-    Result<void> readMini(std::uint32_t sector, std::span<std::uint8_t> out) const;
-    Result<void> readLarge(std::uint32_t sector, std::span<std::uint8_t> out) const;
+    Result<void> readMini(std::uint32_t sector, std::size_t size, Bytes& out) const;
+    Result<void> readLarge(std::uint32_t sector, std::size_t size, Bytes& out) const;
 
     Result<void> take(std::string_view name, Bytes content);
     Result<void> placeMini(std::uint32_t sector, ByteView content);

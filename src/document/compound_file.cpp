@@ -64,36 +64,40 @@ Result<void> CompoundFileEngine::read(std::string_view name, Bytes& content) con
     }
     if (tables_.damaged(index))
         return Error{ErrorKind::Corrupt, "stream " + std::string(name) + ": broken sector chain"};
-    content.resize(tables_.directory.size(index));
-    auto done = content.size() < kMiniCutoff ? readMini(tables_.directory.start(index), content)
-                                             : readLarge(tables_.directory.start(index), content);
+    const std::size_t size = tables_.directory.size(index);
+    content.clear();
+    content.reserve(size);
+    auto done = size < kMiniCutoff ? readMini(tables_.directory.start(index), size, content)
+                                   : readLarge(tables_.directory.start(index), size, content);
     if (!done)
         return Error{done.error().kind, "stream " + std::string(name) + ": " + done.error().detail};
     return {};
 }
 
-Result<void> CompoundFileEngine::readMini(std::uint32_t sector, std::span<std::uint8_t> out) const {
-    while (!out.empty()) {
+Result<void> CompoundFileEngine::readMini(std::uint32_t sector, std::size_t size, Bytes& out) const {
+    while (size > 0) {
         const std::uint32_t page = sector / kMiniSectorsPerPage, within = sector % kMiniSectorsPerPage;
         const Run run = tables_.miniFat.run(sector, kMiniSectorsPerPage - within);
-        const auto part = out.first(std::min<std::size_t>(out.size(), std::size_t{run.count} * kMiniSectorSize));
-        if (miniPages_.contains(page))
-            std::copy_n(miniPages_.at(page).begin() + within * kMiniSectorSize, part.size(), part.begin());
-        else
-            QUOBRIX_TRY(cache_.read(*file_, fileSize_,
-                                    sectorOffset(tables_.miniStream()[page]) + within * kMiniSectorSize, part));
-        out = out.subspan(part.size());
+        const std::size_t part = std::min<std::size_t>(size, std::size_t{run.count} * kMiniSectorSize);
+        if (miniPages_.contains(page)) {
+            const std::uint8_t* const first = miniPages_.at(page).data() + within * kMiniSectorSize;
+            out.insert(out.end(), first, first + part);
+        } else {
+            const std::uint64_t offset = sectorOffset(tables_.miniStream()[page]) + within * kMiniSectorSize;
+            QUOBRIX_TRY(cache_.read(*file_, fileSize_, offset, part, out));
+        }
+        size -= part;
         sector = tables_.miniFat.next(run.last());
     }
     return {};
 }
 
-Result<void> CompoundFileEngine::readLarge(std::uint32_t sector, std::span<std::uint8_t> out) const {
-    while (!out.empty()) {
+Result<void> CompoundFileEngine::readLarge(std::uint32_t sector, std::size_t size, Bytes& out) const {
+    while (size > 0) {
         const Run run = tables_.fat.run(sector);
-        const auto part = out.first(std::min<std::size_t>(out.size(), std::size_t{run.count} * kSectorSize));
-        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(sector), part));
-        out = out.subspan(part.size());
+        const std::size_t part = std::min<std::size_t>(size, std::size_t{run.count} * kSectorSize);
+        QUOBRIX_TRY(cache_.read(*file_, fileSize_, sectorOffset(sector), part, out));
+        size -= part;
         sector = tables_.fat.next(run.last());
     }
     return {};
@@ -182,12 +186,12 @@ Result<void> CompoundFileEngine::placeMini(std::uint32_t sector, ByteView conten
 Result<std::uint8_t*> CompoundFileEngine::miniPage(std::uint32_t index) {
     if (miniPages_.contains(index))
         return miniPages_.change(index);
-    Sector content{};
+    Bytes content;
     if (index < tables_.miniStream().size()) {
         // Another program's file may end with what is used of its last page.
         const std::uint64_t offset = sectorOffset(tables_.miniStream()[index]);
         const std::uint64_t there = std::min<std::uint64_t>(kSectorSize, fileSize_ - std::min(fileSize_, offset));
-        QUOBRIX_TRY(cache_.read(*file_, fileSize_, offset, std::span(content).first(there)));
+        QUOBRIX_TRY(cache_.read(*file_, fileSize_, offset, there, content));
     }
     std::uint8_t* const page = miniPages_.add(index);
     std::copy(content.begin(), content.end(), page);

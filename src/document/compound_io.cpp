@@ -6,22 +6,20 @@ namespace quobrix::cfb {
 
 namespace {
 
-constexpr std::size_t kAhead = 128 * 1024; ///< read at once where reading is sequential
-constexpr std::size_t kAlone = 4 * 1024;   ///< elsewhere: a disk page
+constexpr std::size_t kAhead = 32 * 1024; ///< read at once where reading is sequential
+constexpr std::size_t kAlone = 4 * 1024;  ///< elsewhere: a disk page
 
 } // namespace
 
-Result<void> ReadCache::read(File& file, std::uint64_t fileSize, std::uint64_t offset, std::span<std::uint8_t> out) {
+Result<void> ReadCache::read(File& file, std::uint64_t fileSize, std::uint64_t offset, std::size_t size, Bytes& out) {
     ++clock_;
-    if (out.size() >= kAhead)
-        return file.readAt(offset, out);
     Window* chosen = &windows_[0];
     bool follows = false;
     for (Window& window : windows_) {
         const std::uint64_t end = window.offset + window.bytes.size();
-        if (offset >= window.offset && offset + out.size() <= end) {
-            std::copy_n(window.bytes.begin() + static_cast<std::ptrdiff_t>(offset - window.offset), out.size(),
-                        out.begin());
+        if (offset >= window.offset && offset + size <= end) {
+            const std::uint8_t* first = window.bytes.data() + (offset - window.offset);
+            out.insert(out.end(), first, first + size);
             window.lastUse = clock_;
             return {};
         }
@@ -31,16 +29,19 @@ Result<void> ReadCache::read(File& file, std::uint64_t fileSize, std::uint64_t o
             chosen = &window;
         follows = follows || goesOn;
     }
-    if (offset + out.size() > fileSize)
-        return file.readAt(offset, out); // says itself what is missing
-    const std::uint64_t ahead = std::max(out.size(), follows ? kAhead : kAlone);
+    if (size >= kAhead || offset + size > fileSize) {
+        // Longer than a window, or past the end, which the file tells itself.
+        out.resize(out.size() + size);
+        return file.readAt(offset, std::span(out).last(size));
+    }
     Bytes bytes = std::move(chosen->bytes);
-    bytes.resize(static_cast<std::size_t>(std::min(ahead, fileSize - offset)));
+    bytes.resize(static_cast<std::size_t>(
+        std::min<std::uint64_t>(std::max(size, follows ? kAhead : kAlone), fileSize - offset)));
     if (auto done = file.readAt(offset, bytes); !done) {
         *chosen = {};
         return done;
     }
-    std::copy_n(bytes.begin(), out.size(), out.begin());
+    out.insert(out.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
     *chosen = {offset, std::move(bytes), clock_};
     return {};
 }

@@ -12,8 +12,8 @@ namespace quobrix::cfb {
 /// lie in a row, those of the mini stream and the large ones each for themselves, so reading them all needs few calls.
 class ReadCache {
 public:
-    /// Fills OUT from OFFSET (bytes). FILE_SIZE (bytes) bounds the reading ahead.
-    Result<void> read(File& file, std::uint64_t fileSize, std::uint64_t offset, std::span<std::uint8_t> out);
+    /// Adds SIZE bytes from OFFSET on to OUT. FILE_SIZE (bytes) bounds the reading ahead.
+    Result<void> read(File& file, std::uint64_t fileSize, std::uint64_t offset, std::size_t size, Bytes& out);
     /// To be called when the file is written to.
     void clear();
 

@@ -32,17 +32,20 @@ public:
     template <class Visit>
     bool follow(std::uint32_t first, std::uint32_t owner, std::uint32_t& other, Visit visit) {
         other = kNobody;
-        for (std::uint32_t sector = first, next; sector != kEndOfChain; sector = next) {
+        const std::uint32_t marks = marksIn(marks_);
+        for (std::uint32_t sector = first; sector != kEndOfChain;) {
             if (!claim(sector, owner, other)) {
                 if (sector >= owners_.size() && sector < mostSectors_)
                     astray_.insert(sector);
                 return false;
             }
-            keepIfFree(sector);
-            if (sector >= marksIn(marks_))
+            const std::uint32_t next = sector < marks ? load32(marks_.at(std::size_t{4} * sector)) : kFreeSector;
+            if (next == kFreeSector)
+                claimedFree_.insert(sector);
+            if (sector >= marks)
                 return false;
             visit(sector);
-            next = load32(marks_.at(std::size_t{4} * sector));
+            sector = next;
         }
         return true;
     }
@@ -103,7 +106,7 @@ private:
         Pages pages;
         for (std::size_t i = 0; i < sectors.size();) {
             std::uint32_t count = 1;
-            while (i + count < sectors.size() && sectors[i] != kUnknownSector &&
+            while (count < pages.room() && i + count < sectors.size() && sectors[i] != kUnknownSector &&
                    sectors[i + count] == sectors[i] + count)
                 ++count;
             const std::span<std::uint8_t> part = pages.append(count);
@@ -112,7 +115,7 @@ private:
             else
                 for (std::size_t at = 0; at < part.size(); at += 4)
                     store32(part.data() + at, kUnknownSector);
-            i += part.size() / kSectorSize;
+            i += count;
         }
         return pages;
     }

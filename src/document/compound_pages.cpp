@@ -12,7 +12,7 @@ constexpr std::size_t kMostKept = 16; ///< blocks
 
 void Pages::grow(std::uint32_t count, std::uint8_t filling) {
     while (count_ < count) {
-        const std::span<std::uint8_t> pages = append(count - count_);
+        const std::span<std::uint8_t> pages = append(std::min(count - count_, room()));
         std::fill(pages.begin(), pages.end(), filling);
     }
 }
@@ -20,11 +20,9 @@ void Pages::grow(std::uint32_t count, std::uint8_t filling) {
 std::span<std::uint8_t> Pages::append(std::uint32_t count) {
     if (count_ / kBlockPages == blocks_.size())
         blocks_.push_back(std::make_unique_for_overwrite<std::uint8_t[]>(kBlock));
-    const std::uint32_t within = count_ % kBlockPages;
-    const std::uint32_t added = std::min(count, kBlockPages - within);
-    std::uint8_t* const first = blocks_[count_ / kBlockPages].get() + std::size_t{within} * kSectorSize;
-    count_ += added;
-    return {first, std::size_t{added} * kSectorSize};
+    std::uint8_t* const first = blocks_[count_ / kBlockPages].get() + std::size_t{count_ % kBlockPages} * kSectorSize;
+    count_ += count;
+    return {first, std::size_t{count} * kSectorSize};
 }
 
 void Pages::keep(std::uint32_t page) {

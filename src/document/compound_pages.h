@@ -28,7 +28,9 @@ public:
     }
     /// New pages, full of FILLING, so that there are COUNT.
     void grow(std::uint32_t count, std::uint8_t filling);
-    /// Up to COUNT new pages side by side in memory, to be filled at once.
+    /// How many new pages can lie side by side in memory, at least one.
+    std::uint32_t room() const { return kBlockPages - count_ % kBlockPages; }
+    /// COUNT new pages, at most room(), to be filled at once.
     std::span<std::uint8_t> append(std::uint32_t count);
 
     /// The pages that differ from the committed state, new ones included, in ascending order.

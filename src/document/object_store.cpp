@@ -28,6 +28,8 @@ constexpr ObjectId kLargestNextId = 1u << 31;
 
 // Bytes of memory kept from one object that is read to the next.
 constexpr std::size_t kReadBuffer = 64 * 1024;
+// Bytes that most objects are written in.
+constexpr std::size_t kMostObjects = 256;
 
 std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
 
@@ -409,6 +411,7 @@ Result<void> ObjectStore::save(CompoundFile& file) {
         if (written++ % kSpillInterval == kSpillPhase)
             QUOBRIX_TRY(file.spill());
         ByteWriter out;
+        out.reserve(kMostObjects);
         out.u32(entry.object->type().id());
         out.u8(entry.object->type().schema);
         entry.object->write(out);
