@@ -1,5 +1,7 @@
 #include "document/compound_name.h"
 
+#include <chrono>
+
 namespace quobrix::cfb {
 
 namespace {
@@ -23,10 +25,13 @@ char16_t upper(char16_t unit) {
     return unit;
 }
 
+/// Other in every run, so that nobody can make a file whose names all fall together in the index and take for ever.
+const auto kSeed = static_cast<std::uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+
 } // namespace
 
 std::uint32_t EntryName::hash() const {
-    std::uint32_t hash = length_;
+    std::uint32_t hash = kSeed ^ length_;
     for (std::uint32_t i = 0; i < length_; ++i)
         hash = (hash ^ upper((*this)[i])) * 0x9E3779B1u;
     return hash ^ hash >> 15;
