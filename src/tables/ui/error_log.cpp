@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "settings/settings.h"
+#include "tables/ui/cell_mark.h"
 #include "units/unit_system.h"
 
 #include <QAbstractTableModel>
@@ -80,10 +81,7 @@ public:
             return toQt(findings_[static_cast<std::size_t>(cell.row())].text);
         case Qt::DecorationRole:
             if (cell.column() == kSeverity)
-                return QApplication::style()->standardIcon(findings_[static_cast<std::size_t>(cell.row())].severity ==
-                                                                   Severity::Required
-                                                               ? QStyle::SP_MessageBoxCritical
-                                                               : QStyle::SP_MessageBoxWarning);
+                return sign(findings_[static_cast<std::size_t>(cell.row())].severity);
             return {};
         case Qt::TextAlignmentRole:
             return QVariant::fromValue((cell.column() == kRow ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
@@ -100,6 +98,12 @@ public:
     }
 
 private:
+    /// The sign that marks such a cell in its list.
+    static QPixmap sign(Severity severity) {
+        return markPixmap(severity, QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize),
+                          qApp->devicePixelRatio());
+    }
+
     TextContext context_;
     std::vector<Finding> findings_;
 };
