@@ -42,7 +42,8 @@ QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidge
     fill(box, message);
     switch (messageSpec(message.id).buttons) {
     case MessageButtons::Ok:
-    case MessageButtons::Actions: // has them of its own
+    case MessageButtons::Actions: // have them of their own
+    case MessageButtons::Offer:
         box.setStandardButtons(QMessageBox::Ok);
         break;
     case MessageButtons::YesNo:
@@ -97,7 +98,10 @@ std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
             box.setDefaultButton(button);
         buttons.push_back(button);
     }
-    box.setEscapeButton(box.addButton(QMessageBox::Cancel));
+    QPushButton* none = box.addButton(QMessageBox::Cancel);
+    if (messageSpec(question.id).buttons == MessageButtons::Offer)
+        none->setText(QStringLiteral("&Not Now"));
+    box.setEscapeButton(none);
     box.exec();
     const auto pressed = std::ranges::find(buttons, box.clickedButton());
     if (pressed == buttons.end())

@@ -14,7 +14,6 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kProgramConfig = "Program Config";
 constexpr std::string_view kLastFileOpened = "Last File Opened";
-
 constexpr std::string_view kOfferCompaction = "Offer Compaction";
 
 // Nobody needs to be asked about less.
@@ -33,6 +32,12 @@ fs::path anotherName(const fs::path& path) {
 }
 
 } // namespace
+
+bool offersCompaction(const Settings& settings) { return settings.getBoolean(kProgramConfig, kOfferCompaction, true); }
+
+void setOffersCompaction(Settings& settings, bool offers) {
+    settings.setBoolean(kProgramConfig, kOfferCompaction, offers);
+}
 
 DocumentFiles::DocumentFiles(TQuobrixDocument& document, Settings& settings, RecentFiles& recent, Prompter& prompter,
                              FileChooser& chooser, DiskRunner runDisk, Hooks hooks)
@@ -232,7 +237,7 @@ DocumentFiles::Outcome DocumentFiles::resolveChange() {
 void DocumentFiles::offerCompaction() {
     const CompoundFile::Space space = document_.space();
     if (document_.readOnly() || document_.isExample() || space.freeBytes < kWorthCompacting ||
-        space.freeBytes <= space.fileBytes / 2 || !settings_.getBoolean(kProgramConfig, kOfferCompaction, true) ||
+        space.freeBytes <= space.fileBytes / 2 || !offersCompaction(settings_) ||
         !compactionOffered_.insert(document_.path()).second)
         return;
     const auto choice = prompter_.chooseAction(makeMessage(MessageId::CompactionOffered, document_.title()),
@@ -240,7 +245,7 @@ void DocumentFiles::offerCompaction() {
     if (choice && *choice == 0)
         compact();
     else if (choice)
-        settings_.setBoolean(kProgramConfig, kOfferCompaction, false);
+        setOffersCompaction(settings_, false);
 }
 
 bool DocumentFiles::close() {

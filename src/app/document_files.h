@@ -25,6 +25,10 @@ public:
     virtual std::optional<std::filesystem::path> chooseToSave(const std::filesystem::path& suggested) = 0;
 };
 
+/// Whether a file that is mostly unused space is pointed out when it is opened or saved.
+bool offersCompaction(const Settings& settings);
+void setOffersCompaction(Settings& settings, bool offers);
+
 /// The File menu's flows on the one document, and the rules of what is saved when it is closed or replaced:
 /// a document opened from a file is saved without a question, a new one asks only if data was added, the example is
 /// never saved. Each flow returns whether it went through to its end; failures have then been told, or the person has

@@ -1,5 +1,6 @@
 #include "app/miscellaneous_dialog.h"
 
+#include "app/document_files.h"
 #include "app/reminder_choices.h"
 #include "app/theme.h"
 #include "base/ui/qt_text.h"
@@ -7,6 +8,7 @@
 #include "settings/settings.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -16,7 +18,8 @@
 namespace quobrix {
 
 MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminders, QWidget* parent)
-    : QDialog(parent), settings_(settings), reminders_(reminders), theme_(new QComboBox) {
+    : QDialog(parent), settings_(settings), reminders_(reminders), theme_(new QComboBox),
+      compaction_(new QCheckBox(QStringLiteral("Offer to compact files that are mostly &unused space"))) {
     setObjectName(QStringLiteral("Miscellaneous"));
     setWindowTitle(QStringLiteral("Miscellaneous"));
 
@@ -34,12 +37,16 @@ MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminder
         field->setObjectName(toQt(reminder.key));
         form->addRow(toQt(reminder.label) + QLatin1Char(':'), field);
     }
+    compaction_->setObjectName(QStringLiteral("OfferCompaction"));
+    compaction_->setChecked(offersCompaction(settings_));
+    form->addRow(compaction_);
     auto* all = new QPushButton(QStringLiteral("Remind me of everything &again"));
     all->setObjectName(QStringLiteral("RemindAll"));
     all->setAutoDefault(false);
-    connect(all, &QPushButton::clicked, this, [often] {
+    connect(all, &QPushButton::clicked, this, [this, often] {
         for (auto* field : often->findChildren<QComboBox*>())
             field->setCurrentIndex(static_cast<int>(ReminderChoice::EveryTime));
+        compaction_->setChecked(true);
     });
     auto* allRow = new QHBoxLayout;
     allRow->addStretch();
@@ -61,6 +68,7 @@ void MiscellaneousDialog::accept() {
         const auto* field = findChild<QComboBox*>(toQt(reminder.key));
         reminders_.setChoice(reminder.key, static_cast<ReminderChoice>(field->currentIndex()));
     }
+    setOffersCompaction(settings_, compaction_->isChecked());
     if (const auto theme = static_cast<Theme>(theme_->currentIndex()); theme != themeSetting(settings_)) {
         setThemeSetting(settings_, theme);
         applyTheme(*qApp, settings_);

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 
+class QCheckBox;
 class QComboBox;
 
 namespace quobrix {
@@ -9,7 +10,8 @@ namespace quobrix {
 class Reminders;
 class Settings;
 
-/// Options that fit nowhere else: how the program looks, and how often each reminder is shown. They take effect with
+/// Options that fit nowhere else: how the program looks, and how often each reminder is shown, what is
+/// offered. They take effect with
 /// OK.
 class MiscellaneousDialog final : public QDialog {
 public:
@@ -22,6 +24,7 @@ private:
     Settings& settings_;
     Reminders& reminders_;
     QComboBox* theme_;
+    QCheckBox* compaction_;
 };
 
 } // namespace quobrix

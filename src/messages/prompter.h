@@ -23,8 +23,8 @@ public:
     virtual Answer ask(const Message& question) = 0;
     /// A question that can be left unanswered (MessageButtons::YesNoCancel): nothing when the person cancels.
     virtual std::optional<Answer> askOrCancel(const Message& question) { return ask(question); }
-    /// A question answered by one of ACTIONS (MessageButtons::Actions; '&' marks their mnemonics), of which the first
-    /// loses nothing; nothing when the person cancels.
+    /// A question answered by one of ACTIONS (MessageButtons::Actions or Offer; '&' marks their mnemonics), of which
+    /// the first loses nothing; nothing when the person cancels.
     virtual std::optional<std::size_t> chooseAction(const Message& question,
                                                     const std::vector<std::string>& actions) = 0;
     /// A statement; returns when it has been taken note of.

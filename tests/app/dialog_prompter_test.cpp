@@ -67,17 +67,24 @@ TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
 }
 
 TEST_F(DialogPrompterTest, AnActionIsChosenByItsButtonAndNoneByEscape) {
-    const auto choose = [this](const std::function<void(QMessageBox&)>& act) {
+    const auto choose = [this](const std::function<void(QMessageBox&)>& act,
+                               MessageId question = MessageId::FileGoneFromDisk) {
         QTimer::singleShot(0, qApp, [&] {
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
                 act(*box);
         });
-        return prompter_.chooseAction(makeMessage(MessageId::FileGoneFromDisk, "a.car"),
-                                      {"&Save Again", "Save &As..."});
+        return prompter_.chooseAction(makeMessage(question, "a.car"), {"&Save Again", "Save &As..."});
     };
     EXPECT_EQ(choose([](QMessageBox& box) { box.findChild<QPushButton*>(QStringLiteral("SaveAs"))->click(); }), 1u);
     EXPECT_EQ(choose([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }), 0u);
     EXPECT_EQ(choose([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); }), std::nullopt);
+    QString unanswered;
+    const auto leave = [&](QMessageBox& box) {
+        unanswered = box.button(QMessageBox::Cancel)->text();
+        box.button(QMessageBox::Cancel)->click();
+    };
+    EXPECT_EQ(choose(leave, MessageId::CompactionOffered), std::nullopt);
+    EXPECT_EQ(unanswered, QStringLiteral("&Not Now")) << "there is nothing to cancel";
 }
 
 } // namespace

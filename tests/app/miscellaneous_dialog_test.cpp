@@ -1,9 +1,11 @@
 #include "app/miscellaneous_dialog.h"
 
+#include "app/document_files.h"
 #include "app/theme.h"
 #include "messages/reminders.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QPushButton>
 
@@ -37,6 +39,18 @@ TEST_F(MiscellaneousDialogTest, ListsEveryReminderAndTakesTheChoicesWithOk) {
     EXPECT_EQ(choice(), ReminderChoice::AfterAWhile) << "cancelled";
     again.accept();
     EXPECT_EQ(choice(), ReminderChoice::EveryTime);
+}
+
+TEST_F(MiscellaneousDialogTest, BringsBackTheOfferToCompact) {
+    setOffersCompaction(settings_, false);
+    MiscellaneousDialog dialog(settings_, reminders_, nullptr);
+    auto* offer = dialog.findChild<QCheckBox*>(QStringLiteral("OfferCompaction"));
+    EXPECT_FALSE(offer->isChecked());
+    dialog.findChild<QPushButton*>(QStringLiteral("RemindAll"))->click();
+    EXPECT_TRUE(offer->isChecked());
+    EXPECT_FALSE(offersCompaction(settings_)) << "before OK";
+    dialog.accept();
+    EXPECT_TRUE(offersCompaction(settings_));
 }
 
 TEST_F(MiscellaneousDialogTest, ColorsChangeAtOnceAndGoBackToTheDesktops) {
