@@ -461,13 +461,17 @@ Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, 
 
 Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const Copy& copy, const SaveOptions& options) {
     const fs::path path = backupPath(target);
-    if (const auto old = files_.open(path, FileMode::ReadWrite); !old && old.error().kind == ErrorKind::InUse)
+    std::error_code ignored;
+    // This document leaves its own file by a save that makes that the backup of another.
+    const bool mayBeInUse = !fs::is_symlink(path, ignored) && !isFile(path);
+    if (const auto old = mayBeInUse ? files_.open(path, FileMode::ReadWrite) : Error{};
+        !old && old.error().kind == ErrorKind::InUse)
         return old.error(); // open as a document in another running copy
     const Result<FileStatus> status = files_.status(target);
     if (!status)
         return status.error();
     QUOBRIX_TRY(checkSpace(target, status->size));
-    Result<ReplacementFile> backup = ReplacementFile::create(path, target, files_);
+    Result<ReplacementFile> backup = ReplacementFile::createForLink(path, target, files_);
     if (!backup)
         return backup;
     const auto work = [&](DiskProgress& progress) -> Result<void> {

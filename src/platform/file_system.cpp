@@ -88,28 +88,31 @@ FileSystem& FileSystem::system() {
 
 Result<ReplacementFile> ReplacementFile::create(const std::filesystem::path& target, const std::filesystem::path& like,
                                                 FileSystem& files) {
-    auto resolved = resolveLinks(target);
-    if (!resolved)
-        return resolved.error();
+    const auto resolved = resolveLinks(target);
+    return resolved ? createForLink(*resolved, like, files) : resolved.error();
+}
+
+Result<ReplacementFile> ReplacementFile::createForLink(const std::filesystem::path& target,
+                                                       const std::filesystem::path& like, FileSystem& files) {
     std::error_code ignored;
-    const auto status = std::filesystem::status(*resolved, ignored);
+    const auto status = std::filesystem::symlink_status(target, ignored);
     if (std::filesystem::is_directory(status))
-        return Error{ErrorKind::IsDirectory, pathText(*resolved) + " is a folder"};
+        return Error{ErrorKind::IsDirectory, pathText(target) + " is a folder"};
     if (std::filesystem::is_other(status)) // a device or a pipe
-        return Error{ErrorKind::NotADocument, pathText(*resolved) + " is not a regular file"};
+        return Error{ErrorKind::NotADocument, pathText(target) + " is not a regular file"};
     // Another program may take the new file for an abandoned one and lock it before this one does.
     constexpr int kAttempts = 4;
     std::filesystem::path temporary;
     Result<std::unique_ptr<File>> file = Error{};
     for (int attempt = 0; attempt < kAttempts && (attempt == 0 || file.error().kind == ErrorKind::InUse); ++attempt) {
-        temporary = resolved->parent_path() / temporaryName();
+        temporary = target.parent_path() / temporaryName();
         file = files.open(temporary, FileMode::Create);
         if (file)
             break;
     }
     if (!file)
         return file.error();
-    ReplacementFile replacement(files, *std::move(resolved), temporary, *std::move(file));
+    ReplacementFile replacement(files, target, temporary, *std::move(file));
     QUOBRIX_TRY(files.adoptPermissions(temporary, like.empty() ? replacement.target_ : like));
     return replacement;
 }

@@ -9,7 +9,8 @@ namespace quobrix {
 Result<std::filesystem::path> resolveLinks(const std::filesystem::path& path);
 
 /// The calls on files by their names with which documents are kept safe. There is one, the system's; tests put another
-/// in its place, whose power fails. Links are followed before: none of these paths ends in one.
+/// in its place, whose power fails. Links are followed before; a path that still
+/// ends in one means the link, which renameOver() replaces.
 class FileSystem {
 public:
     /// Calls the functions below of the same names.
@@ -37,6 +38,10 @@ public:
     /// an empty LIKE is the target.
     static Result<ReplacementFile> create(const std::filesystem::path& target, const std::filesystem::path& like = {},
                                           FileSystem& files = FileSystem::system());
+
+    /// The same for TARGET itself: where that is a symbolic link, the link is replaced and what it leads to stays.
+    static Result<ReplacementFile> createForLink(const std::filesystem::path& target, const std::filesystem::path& like,
+                                                 FileSystem& files = FileSystem::system());
 
     ReplacementFile(ReplacementFile&& other) noexcept;
     ReplacementFile& operator=(ReplacementFile&&) = delete;

@@ -113,6 +113,48 @@ TEST_F(DocumentSafety, TheBackupLiesBesideTheFileAndNotBesideALinkToIt) {
     EXPECT_EQ(tripsIn(path_), 2u);
 }
 
+TEST_F(DocumentSafety, ABackupThatIsALinkGivesWayAndWhatItLeadsToStays) {
+    const std::string before = bytes(path_);
+    const fs::path elsewhere = folder_ / "elsewhere";
+    put(elsewhere, "somebody's");
+    for (const fs::path& leadsTo : {elsewhere, folder_ / "missing", fs::path("."), path_}) {
+        fs::remove(backup_);
+        fs::create_symlink(leadsTo, backup_);
+        put(path_, before);
+        TQuobrixDocument document;
+        openAndAdd(document);
+        ASSERT_TRUE(document.save()) << leadsTo;
+        EXPECT_FALSE(fs::is_symlink(backup_)) << leadsTo;
+        EXPECT_EQ(bytes(backup_), before) << leadsTo;
+        EXPECT_EQ(tripsIn(path_), 2u) << leadsTo;
+    }
+    EXPECT_EQ(bytes(elsewhere), "somebody's");
+    EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Doc.car.bak", "elsewhere"}));
+}
+
+TEST_F(DocumentSafety, ABackupThatIsOpenCanBeSavedOverItsFile) {
+    put(backup_, bytes(path_));
+    {
+        TQuobrixDocument document;
+        openAndAdd(document);
+        ASSERT_TRUE(document.save());
+    }
+    const std::string newer = bytes(path_);
+    TQuobrixDocument document, running;
+    ASSERT_TRUE(document.open(backup_, TDocument::Access::Edit));
+    ASSERT_TRUE(document.saveAs(path_));
+    EXPECT_EQ(tripsIn(path_), 1u);
+    EXPECT_EQ(bytes(backup_), newer) << "what was replaced is kept";
+    EXPECT_EQ(document.path(), path_);
+    // That of another copy is left to it.
+    document.newDocument();
+    ASSERT_TRUE(running.open(backup_, TDocument::Access::Edit));
+    TQuobrixDocument nextRun;
+    addTrip(nextRun, kStart);
+    EXPECT_EQ(kindOf(nextRun.saveAs(path_)), ErrorKind::InUse);
+    EXPECT_EQ(bytes(backup_), newer);
+}
+
 TEST_F(DocumentSafety, TheExampleIsNeverKept) {
     fs::copy_file(path_, folder_ / "example.CAR");
     TQuobrixDocument document;
