@@ -280,7 +280,8 @@ bool DocumentFiles::offerSaveAs() {
 }
 
 bool DocumentFiles::tell(const Error& error, FileAction action, const fs::path& path) {
-    prompter_.tell(fileMessage(error, action, utf8(path.filename())));
+    const fs::path name = path.filename(); // none if PATH is a folder
+    prompter_.tell(fileMessage(error, action, utf8(name.empty() ? path : name)));
     return false;
 }
 

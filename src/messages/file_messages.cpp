@@ -41,6 +41,8 @@ std::string_view wordOf(FileAction action) {
 } // namespace
 
 Message fileMessage(const Error& error, FileAction action, std::string_view name) {
+    if (name.empty())
+        return makeMessage(MessageId::FileUnnamed, std::string(wordOf(action)));
     const bool noFolder = error.kind == ErrorKind::NotFound && action == FileAction::Save;
     return makeMessage(noFolder ? MessageId::FolderNotFound : messageOf(error.kind), std::string(name),
                        std::string(wordOf(action)), error.detail);

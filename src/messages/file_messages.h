@@ -8,7 +8,8 @@ namespace quobrix {
 /// What is being done to a file, as the messages word it.
 enum class FileAction { Open, Save, Delete, Compact };
 
-/// The message for ERROR, met by ACTION on the file called NAME (as the user knows it).
+/// The message for ERROR, met by ACTION on the file called NAME (as the user knows it; whoever gave no
+/// name is told so).
 Message fileMessage(const Error& error, FileAction action, std::string_view name);
 
 } // namespace quobrix

@@ -164,12 +164,19 @@ TEST_F(DocumentFilesTest, TheExampleIsNeverWrittenAndNeverAsksAndSaveLeadsElsewh
 TEST_F(DocumentFilesTest, AFileThatCannotBeOpenedLeavesTheDocument) {
     const fs::path path = savedFile("a.car");
     std::ofstream(folder_ / "text.car") << "not a document";
-    ScriptedPrompter prompter{{MessageId::FileNotADocument}, {MessageId::FileNotFound}, {MessageId::FileIsDirectory}};
+    ScriptedPrompter prompter{{MessageId::FileNotADocument},
+                              {MessageId::FileNotFound},
+                              {MessageId::FileIsDirectory},
+                              {MessageId::FileIsDirectory},
+                              {MessageId::FileUnnamed}};
     DocumentFiles flows = files(prompter);
     ASSERT_TRUE(flows.open(path));
     EXPECT_FALSE(flows.open(folder_ / "text.car"));
     EXPECT_FALSE(flows.open(folder_ / "missing.car"));
     EXPECT_FALSE(flows.open(folder_));
+    EXPECT_FALSE(flows.open(folder_ / ""));
+    EXPECT_TRUE(prompter.shown.back().starts_with(utf8(folder_ / "") + " cannot be opened")) << prompter.shown.back();
+    EXPECT_FALSE(flows.open(""));
     EXPECT_EQ(document_.trips().rowCount(), 1u);
     EXPECT_EQ(document_.path(), path);
     EXPECT_EQ(recent_.list(), std::vector{path});

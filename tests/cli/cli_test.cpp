@@ -155,6 +155,7 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
     };
     const Case cases[] = {
         {{"list", "trips", "Missing.car"}, 1, "Missing.car cannot be opened because it does not exist"},
+        {{"check", ""}, 1, "No file can be opened without a name"},
         {{"check", "Garbage.car"}, 1, "not a Quobrix data file"},
         {{"list", "trips", "Empty.car"}, 1, "not a Quobrix data file"},
         {{"report", "trip", "1", "Short.car"}, 1, "it is damaged"},
