@@ -128,6 +128,9 @@ void TableChecker::append(const Column& column, std::size_t index, RowIndex row,
     const Requirements& r = column.requirements();
     const Value value = column.value(row);
     std::vector<Finding> found = checkValue(column, value, context);
+    // What records hold is a fact, and nobody could put it right here.
+    if (!found.empty() && found.front().severity == Severity::Required && !column.lock(row).empty())
+        std::erase_if(found, [](const Finding& each) { return each.severity == Severity::Required; });
     if (r.mustBeUnique != Uniqueness::None && !isUnique(column, index, value, r.mustBeUnique))
         found.insert(found.begin(),
                      finding(Severity::Required, std::string(uniquenessText(Severity::Required, r.mustBeUnique))));

@@ -92,6 +92,18 @@ TEST(Names, AKeyIsInUseWhileAnyLogRefersToIt) {
     EXPECT_FALSE(vehicles.inUse(0));
 }
 
+TEST(Names, ADriverNumberThatTripsHoldIsNoErrorOfThePerson) {
+    TQuobrixDocument document;
+    test::addTrip(document, 1'700'000'000);
+    document.trips().column<TTripLogDriverIDColumn>().set(0, -5);
+    document.drivers().addMissing(Keys{"-5", "-6"});
+    const TUnitSystem units;
+    const TimeZone zone;
+    TableChecker checker(document.drivers());
+    EXPECT_TRUE(checker.cell(0, 0, {units, zone}).empty());
+    ASSERT_EQ(checker.cell(0, 1, {units, zone}).size(), 1u) << "this one can be put right";
+}
+
 TEST(Names, DeletingAsksFirstAndThenRefusesAllIfOneIsInUse) {
     TQuobrixDocument document;
     test::addTrip(document, 1'700'000'000);
