@@ -58,7 +58,8 @@ void LogList::makeCurrent(RowIndex rows) {
     for (RowIndex i = 0; current_ && i < rows; ++i)
         if (records_->at(i) == current_->identity && keyOf(i) == current_)
             row = i;
-    setCurrentRow(row);
+    if (currentRow() != row)
+        setCurrentRow(row);
 }
 
 } // namespace quobrix

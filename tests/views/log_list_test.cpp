@@ -97,6 +97,10 @@ TEST_F(LogListTest, TheListKeepsItsCurrentRecordWhereverItMoves) {
     list.show(&document_.trips());
     EXPECT_EQ(list.currentRow(), 1u);
 
+    list.setCurrentCell(1, 3);
+    list.show(&document_.trips()); // as after a save
+    EXPECT_EQ(list.view().currentIndex().column(), 3) << "nobody has moved";
+
     document_.newDocument();
     list.show(&document_.trips());
     EXPECT_EQ(list.currentRow(), std::nullopt);

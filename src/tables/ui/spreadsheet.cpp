@@ -88,8 +88,19 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
 }
 
 void TSpreadsheet::setCurrentRow(RowIndex row) {
-    // The leftmost column in view, so that the list does not scroll sideways.
-    setCurrentCell(row, std::max(0, view_->horizontalHeader()->logicalIndexAt(1)));
+    // A person stays in the column; one that is out of view gives way to the leftmost that is in view, so that the list
+    // does not scroll sideways.
+    const QHeaderView& header = *view_->horizontalHeader();
+    int column = view_->currentIndex().column();
+    const int left = column < 0 ? -1 : header.sectionViewportPosition(column);
+    if (left < 0 || left >= view_->viewport()->width() || header.isSectionHidden(column)) {
+        column = header.logicalIndexAt(1);
+        const int begin = header.sectionViewportPosition(column);
+        const int next = header.logicalIndexAt(begin + header.sectionSize(column) + 1);
+        if (begin < 0 && next >= 0) // of that one only the end is
+            column = next;
+    }
+    setCurrentCell(row, std::max(0, column));
 }
 
 void TSpreadsheet::setCurrentCell(RowIndex row, int column) {
