@@ -131,7 +131,7 @@ bool DocumentFiles::save() {
     // The example stays as it was delivered; what was done to it can be kept under another name.
     if (!document_.hasFile() || document_.isExample())
         return saveAs();
-    if (document_.readOnly())
+    if (needsAnotherName())
         return document_.dataChanged() ? offerSaveAs() : saveAs();
     if (saveTo(document_.path()) != Outcome::Done)
         return false;
@@ -178,6 +178,12 @@ DocumentFiles::Outcome DocumentFiles::chooseAndSaveAs(const fs::path& suggested)
         hooks_.saved();
     }
     return outcome;
+}
+
+/// The document's file cannot be written, nor could it be if the person decided between two versions of it.
+bool DocumentFiles::needsAnotherName() {
+    const Result<void> writable = document_.tryWriting();
+    return !writable && writable.error().kind != ErrorKind::Changed;
 }
 
 DocumentFiles::Outcome DocumentFiles::saveTo(const fs::path& path) {
@@ -260,8 +266,10 @@ bool DocumentFiles::mayGo() {
     if (document_.isExample())
         return true;
     if (!untitled_) {
-        if (document_.readOnly())
-            return !document_.dataChanged() || !document_.modified() || offerSaveAs();
+        if (document_.readOnly() && (!document_.dataChanged() || !document_.modified()))
+            return true;
+        if (needsAnotherName())
+            return offerSaveAs();
         // A file that cannot be written now must not hold the user captive.
         if (!document_.modified())
             return true;

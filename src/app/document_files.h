@@ -69,6 +69,7 @@ private:
 
     bool mayGo();
     bool offerSaveAs();
+    bool needsAnotherName();
     Outcome saveTo(const std::filesystem::path& path);
     Outcome chooseAndSaveAs(const std::filesystem::path& suggested);
     Outcome finishSave(const Result<void>& result, FileAction action, const std::filesystem::path& path);

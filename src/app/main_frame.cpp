@@ -6,6 +6,7 @@
 #include "app/properties_dialog.h"
 #include "app/table_windows.h"
 #include "base/ui/qt_text.h"
+#include "model/document_properties.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "units/time_zone.h"
@@ -65,7 +66,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                                                             action.iconText().toStdString(), reason));
                              },
                              this)),
-      pages_(new PageArea), portStatus_(new QLabel) {
+      pages_(new PageArea), readOnlyStatus_(new QLabel), portStatus_(new QLabel) {
     setObjectName(QStringLiteral("TQuobrixFrame"));
     setCentralWidget(pages_);
     setAcceptDrops(true);
@@ -80,6 +81,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     commands_->fill(*menuBar());
     addRecentFileActions();
 
+    readOnlyStatus_->setObjectName(QStringLiteral("readOnlyStatus"));
+    statusBar()->addPermanentWidget(readOnlyStatus_);
     portStatus_->setObjectName(QStringLiteral("portStatus"));
     statusBar()->addPermanentWidget(portStatus_);
 
@@ -179,7 +182,12 @@ void TQuobrixFrame::updateRecentFiles() {
 
 void TQuobrixFrame::updateTitle() {
     const TQuobrixDocument& document = context_.document;
-    setWindowTitle(toQt(document.title()) + QStringLiteral("[*] - Quobrix"));
+    // The example is never written, whoever may do what with its file.
+    const std::optional<Error> reason = document.isExample() ? std::nullopt : document.readOnlyReason();
+    setWindowTitle(toQt(document.title()) +
+                   (reason ? QStringLiteral("[*] (Read-Only) - Quobrix") : QStringLiteral("[*] - Quobrix")));
+    readOnlyStatus_->setVisible(reason.has_value());
+    readOnlyStatus_->setText(reason ? QStringLiteral("Read-only: ") + toQt(readOnlyText(*reason)) : QString());
     setWindowModified(document.dataChanged() && document.modified() && !document.isExample());
     setWindowFilePath({});
 }
@@ -266,6 +274,17 @@ void TQuobrixFrame::closeEvent(QCloseEvent* event) {
     if (mayClose)
         rememberWindow();
     event->setAccepted(mayClose);
+}
+
+/// Whoever had the file may have let go of it while the person was in another window.
+void TQuobrixFrame::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || busy_ || commands_->running())
+        return;
+    if (const auto reason = context_.document.readOnlyReason(); reason && reason->kind == ErrorKind::InUse) {
+        static_cast<void>(context_.document.tryWriting());
+        updateTitle();
+    }
 }
 
 void TQuobrixFrame::dragEnterEvent(QDragEnterEvent* event) {

@@ -53,6 +53,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -82,6 +83,7 @@ private:
     Commands* commands_;
     PageArea* pages_;
     std::unique_ptr<TableWindows> tableWindows_;
+    QLabel* readOnlyStatus_;
     QLabel* portStatus_;
     std::vector<QAction*> recentActions_;
     std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;

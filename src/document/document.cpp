@@ -161,27 +161,38 @@ Result<void> TDocument::open(const fs::path& path, Access access) {
         next->readOnlyReason = refused;
     const bool ownLock = refused && refused->kind == ErrorKind::InUse && isFile(*target);
     take(std::move(*next));
-    if (ownLock)
-        regainLock(*target);
+    if (ownLock) // which this document has let go of now
+        static_cast<void>(tryWriting());
     if (!readOnly())
         files_.removeAbandoned(target->parent_path());
     return {};
 }
 
-/// The document's own file was opened anew, for reading because the document had it locked. It has let go of it now.
-void TDocument::regainLock(const fs::path& target) {
-    Result<std::unique_ptr<File>> opened = files_.open(target, FileMode::ReadWrite);
-    if (!opened)
-        return;
-    Result<OpenFile> file = OpenFile::open(std::move(*opened));
-    if (!file)
-        return;
-    const Result<FileSnapshot> now = FileSnapshot::of(files_, target, file->disk.get());
-    if (!now || *now != state_.snapshot)
-        return;
+Result<void> TDocument::tryWriting() {
+    if (!readOnly())
+        return {};
+    const Error reason = *readOnlyReason();
+    if (reason.kind != ErrorKind::InUse && reason.kind != ErrorKind::AccessDenied && reason.kind != ErrorKind::Changed)
+        return Error{ErrorKind::ReadOnly, reason.detail};
+    const Result<fs::path> target = resolveLinks(state_.path);
+    if (!target)
+        return target.error();
+    Result<std::unique_ptr<File>> opened = files_.open(*target, FileMode::ReadWrite);
+    if (!opened && opened.error().kind != ErrorKind::NotFound)
+        return Error{ErrorKind::ReadOnly, opened.error().detail};
+    const Result<FileSnapshot> now =
+        opened ? FileSnapshot::of(files_, *target, opened->get()) : Result<FileSnapshot>(opened.error());
+    Result<OpenFile> file = now && *now == state_.snapshot
+                                ? OpenFile::open(std::move(*opened))
+                                : Error{ErrorKind::Changed, "another program has changed it"};
+    if (!file) {
+        state_.readOnlyReason = Error{ErrorKind::Changed, file.error().detail};
+        return *state_.readOnlyReason;
+    }
     state_.store->attach(*file->compound);
     std::swap(state_.file, *file);
     state_.readOnlyReason.reset();
+    return {};
 }
 
 std::optional<Error> TDocument::damage() const {
@@ -227,8 +238,7 @@ Result<void> TDocument::writeTo(CompoundFile& file) {
 Result<void> TDocument::save(const SaveOptions& options) {
     if (!hasFile())
         return Error{ErrorKind::NotFound, "the document has no file yet"};
-    if (readOnly())
-        return Error{ErrorKind::ReadOnly, readOnlyReason()->detail};
+    QUOBRIX_TRY(tryWriting());
     QUOBRIX_TRY(unchangedOnDisk());
     if (!modified())
         return {};

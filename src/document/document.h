@@ -48,6 +48,9 @@ public:
 
     /// Replaces the content by an empty, untitled document.
     void newDocument();
+    /// Tries anew to have the file for writing if it was opened for reading only because another program had it or for
+    /// want of permission. ReadOnly if it still cannot be written; Changed if it can, but is no longer what was opened.
+    Result<void> tryWriting();
     /// Replaces the content by that of PATH. If that is the document's own file it is read anew, and what was changed
     /// since the last save is gone.
     Result<void> open(const std::filesystem::path& path, Access access);
@@ -73,7 +76,8 @@ public:
     bool hasFile() const { return state_.file.compound != nullptr; }
     /// PATH leads to the file that the document was opened from or saved to.
     bool isFile(const std::filesystem::path& path) const;
-    /// Opened so, or damaged so that a save could lose something; readOnlyReason says why.
+    /// Opened so, changed by another program while that had it, or damaged so that a save could lose something;
+    /// readOnlyReason says why.
     bool readOnly() const { return readOnlyReason().has_value(); }
     std::optional<Error> readOnlyReason() const { return state_.damage ? state_.damage : state_.readOnlyReason; }
     /// Anything that the next save would write.
@@ -119,7 +123,6 @@ private:
 
     void take(State next);
     Result<State> load(const std::filesystem::path& path, const std::filesystem::path& target, FileMode mode) const;
-    void regainLock(const std::filesystem::path& target);
     Result<FileSnapshot> lookAtDisk() const;
     Result<void> unchangedOnDisk() const;
     Result<void> writeTo(CompoundFile& file);

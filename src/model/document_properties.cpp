@@ -45,20 +45,22 @@ std::string freeText(const TextContext& context, const CompoundFile::Space& spac
                        static_cast<int>(std::clamp(std::round(share), 1.0, 99.0)));
 }
 
-std::string reasonText(const Error& reason) {
+} // namespace
+
+std::string readOnlyText(const Error& reason) {
     switch (reason.kind) {
     case ErrorKind::AccessDenied:
         return "You do not have permission to write to this file.";
     case ErrorKind::InUse:
         return "Another program is using this file.";
+    case ErrorKind::Changed:
+        return "Another program has changed this file.";
     case ErrorKind::Corrupt:
         return fmt::format("A part of this file is damaged ({}).", reason.detail);
     default:
         return "This file was opened for reading only.";
     }
 }
-
-} // namespace
 
 std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, const TextContext& context) {
     std::vector<DocumentProperty> result;
@@ -94,7 +96,7 @@ std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, con
     add("Format", "Format",
         fmt::format("{} (object store {}, schema {})", document.format(), document.store().version(), schema));
     if (document.readOnlyReason())
-        add("ReadOnly", "Read-Only", reasonText(*document.readOnlyReason()));
+        add("ReadOnly", "Read-Only", readOnlyText(*document.readOnlyReason()));
     return result;
 }
 

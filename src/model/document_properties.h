@@ -15,6 +15,9 @@ struct DocumentProperty {
     std::string value;
 };
 
+/// Why a document is read-only, as a sentence for people.
+std::string readOnlyText(const Error& reason);
+
 /// Everything that is to be known of DOCUMENT: where its file lies, its sizes and dates as they are now, its records by
 /// log, its format, its backup, and why it is read-only, if it is.
 std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, const TextContext& context);

@@ -254,6 +254,23 @@ TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOver
     }
 }
 
+TEST_F(DocumentFilesTest, AFileThatAnotherCopyHasIsSavedElsewhereOrWhenThatIsGone) {
+    const fs::path path = savedFile("a.car");
+    TQuobrixDocument running;
+    ASSERT_TRUE(running.open(path, TDocument::Access::Edit));
+    ScriptedPrompter prompter{{MessageId::ReadOnlyDocument, std::nullopt}, {MessageId::ReadOnlyDocument, std::nullopt}};
+    DocumentFiles flows = files(prompter);
+    ASSERT_TRUE(flows.open(path));
+    test::addTrip(document_, 1'700'009'000);
+    document_.setDataChanged();
+    EXPECT_FALSE(flows.save());
+    EXPECT_FALSE(flows.close());
+    running.newDocument();
+    EXPECT_TRUE(flows.save());
+    EXPECT_FALSE(document_.readOnly());
+    EXPECT_FALSE(document_.modified());
+}
+
 TEST_F(DocumentFilesTest, AFileThatIsGoneIsSavedAgainOrElsewhere) {
     for (const char* const choice : {"&Save Again", "Save &As..."}) {
         document_.newDocument();

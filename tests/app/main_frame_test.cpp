@@ -6,11 +6,13 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "support/sample_trip.h"
+#include "support/temporary_folder.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -187,6 +189,28 @@ TEST_F(MainFrameTest, TheTitleNamesTheDocumentAndMarksNewData) {
     document_.setDataChanged();
     frame_.documentChanged();
     EXPECT_TRUE(frame_.isWindowModified());
+}
+
+TEST_F(MainFrameTest, AFileThatAnotherCopyHasIsSeenToBeReadOnlyUntilThatCloses) {
+    const test::TemporaryFolder folder;
+    const auto path = folder / "Held.car";
+    TQuobrixDocument running;
+    ASSERT_TRUE(running.saveAs(path));
+    frame_.show();
+    frame_.openFile(path);
+    const auto* status = frame_.findChild<QLabel*>(QStringLiteral("readOnlyStatus"));
+    EXPECT_EQ(frame_.windowTitle(), QStringLiteral("Held.car[*] (Read-Only) - Quobrix"));
+    EXPECT_EQ(status->text(), QStringLiteral("Read-only: Another program is using this file."));
+    EXPECT_TRUE(status->isVisible());
+    running.newDocument();
+    QDialog other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    frame_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&frame_));
+    EXPECT_EQ(frame_.windowTitle(), QStringLiteral("Held.car[*] - Quobrix"));
+    EXPECT_FALSE(status->isVisible());
 }
 
 TEST_F(MainFrameTest, RecentFilesStandInTheFileMenuUnderTheirIds) {

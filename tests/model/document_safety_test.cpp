@@ -49,7 +49,8 @@ protected:
         open(document);
         addTrip(document, kStart + 3600);
     }
-    static ErrorKind kindOf(const Result<void>& result) {
+    template <class T>
+    static ErrorKind kindOf(const Result<T>& result) {
         EXPECT_FALSE(result);
         return result ? ErrorKind{} : result.error().kind;
     }
@@ -212,6 +213,38 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasOpenIsNotReplaced) {
     EXPECT_EQ(tripsIn(other), 1u);
     ASSERT_TRUE(running.open(backup_.parent_path() / "Doc.car", TDocument::Access::Read)); // lets go of the other
     EXPECT_TRUE(document.saveAs(other));
+}
+
+TEST_F(DocumentSafety, AFileThatAnotherCopyHadIsWrittenOnceThatLetsGoOfIt) {
+    TQuobrixDocument running, document;
+    open(running);
+    openAndAdd(document);
+    EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::InUse);
+    EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly);
+    running.newDocument();
+    ASSERT_TRUE(document.tryWriting());
+    EXPECT_FALSE(document.readOnly());
+    ASSERT_TRUE(document.save());
+    EXPECT_EQ(tripsIn(path_), 2u);
+    EXPECT_EQ(kindOf(openFile(path_, FileMode::ReadWrite)), ErrorKind::InUse) << "locked now";
+}
+
+TEST_F(DocumentSafety, WhatAnotherCopyHasSavedMeanwhileIsNotOverwrittenUnasked) {
+    TQuobrixDocument running, document;
+    openAndAdd(running);
+    openAndAdd(document);
+    addTrip(document, kStart + 7200);
+    ASSERT_TRUE(running.save());
+    EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly) << "still held";
+    running.newDocument();
+    EXPECT_EQ(kindOf(document.tryWriting()), ErrorKind::Changed);
+    EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Changed);
+    EXPECT_EQ(kindOf(document.save()), ErrorKind::Changed);
+    EXPECT_EQ(tripsIn(path_), 2u);
+    ASSERT_TRUE(document.overwrite());
+    EXPECT_FALSE(document.readOnly());
+    EXPECT_EQ(tripsIn(path_), 3u);
+    EXPECT_EQ(tripsIn(backup_), 2u);
 }
 
 TEST_F(DocumentSafety, WhatKilledProgramsLeftIsRemovedAndNothingElse) {
