@@ -26,7 +26,7 @@ class StopSampleNumbersColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Table; }
     Value value(RowIndex) const override { return {}; }
-    std::string text(RowIndex, const TextContext&) const override { return {}; }
+    std::string_view textView(RowIndex, const TextContext&, TextBuffer&) const override { return {}; }
 };
 
 #define COLUMN(Name, Base, Key, Unit, Heading, Tooltip, Needs)                                                         \

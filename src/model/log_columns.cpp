@@ -7,33 +7,33 @@ namespace quobrix {
 namespace {
 
 template <class Names>
-std::string nameIn(const Column& column, std::string_view key) {
+std::string_view nameIn(const Column& column, std::string_view key) {
     const Names* names = column.store() ? column.store()->existingSingleton<Names>() : nullptr;
-    return names ? names->displayName(key) : std::string(kUnknownName);
+    return names ? names->displayName(key) : kUnknownName;
 }
 
 } // namespace
 
-std::string RecordColumn::text(RowIndex row, const TextContext& context) const {
-    return context.units.formatInteger(static_cast<std::int64_t>(row) + 1);
+std::string_view RecordColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return context.units.formatInteger(static_cast<std::int64_t>(row) + 1, buffer.figure);
 }
 
-std::string VehicleColumn::text(RowIndex row, const TextContext&) const {
+std::string_view VehicleColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
     return nameIn<TVehicleNamesTable>(*this, at(row));
 }
 
-std::string LoggerColumn::text(RowIndex row, const TextContext&) const {
+std::string_view LoggerColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
     return nameIn<TQuobrixNamesTable>(*this, at(row));
 }
 
-std::string DriverColumn::text(RowIndex row, const TextContext&) const {
+std::string_view DriverColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
     return nameIn<DriverNamesTable>(*this, has(row) ? std::to_string(at(row)) : std::string());
 }
 
 double SpeedSamplesColumn::speed(RowIndex row) const { return toBaseFrom(UnitId::KilometrePerHour, at(row)); }
 
-std::string SpeedSamplesColumn::text(RowIndex row, const TextContext& context) const {
-    return context.units.formatValueWithUnits(spec().unit, speed(row));
+std::string_view SpeedSamplesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return context.units.formatValueWithUnits(spec().unit, speed(row), buffer.figure);
 }
 
 void SpeedSamplesColumn::setInterval(std::uint32_t seconds) {

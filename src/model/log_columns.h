@@ -35,19 +35,19 @@ class RecordColumn : public ArrayColumn<RecordIdentity> {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override { return static_cast<std::int64_t>(row) + 1; }
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Holds a VIN, shows the vehicle's name ("Unknown" without one).
 class VehicleColumn : public TextColumn {
 public:
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Holds a logger's serial number, shows the logger's name ("Unknown" without one).
 class LoggerColumn : public TextColumn {
 public:
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Holds a driver's identification number (none: no driver was identified), shows the driver's name ("Unknown" without
@@ -55,7 +55,7 @@ public:
 class DriverColumn : public IntegerColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Selection; }
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Speeds as the logger samples them: whole km/h, a byte each, at a fixed interval. Stream: u32 interval (s), then as
@@ -66,7 +66,7 @@ public:
     /// m/s
     double speed(RowIndex row) const;
     Value value(RowIndex row) const override { return speed(row); }
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 
     /// s between samples
     std::uint32_t interval() const { return interval_; }

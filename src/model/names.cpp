@@ -94,6 +94,11 @@ Parsed DriverNameColumn::parse(std::string_view text, const TextContext& context
     return name;
 }
 
+std::string_view DriverKeyColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    buffer.words = editText(row, context);
+    return buffer.words;
+}
+
 bool InUseColumn::inUse(RowIndex row) const {
     const std::vector<const Column*> columns = users();
     std::uint64_t state = columns.size();
@@ -163,9 +168,9 @@ std::string NamesTable::nameOf(std::string_view key) const {
     return row < rowCount() ? name(row) : std::string();
 }
 
-std::string NamesTable::displayName(std::string_view key) const {
-    std::string result = nameOf(key);
-    return result.empty() ? std::string(kUnknownName) : result;
+std::string_view NamesTable::displayName(std::string_view key) const {
+    const RowIndex row = find(key);
+    return row < rowCount() && !name(row).empty() ? std::string_view(name(row)) : kUnknownName;
 }
 
 const TableSpec& TVehicleNamesTable::spec() const {

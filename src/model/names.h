@@ -43,7 +43,7 @@ public:
 /// A driver's identification number: a number that is not counted with, so its digits are not grouped.
 class DriverKeyColumn : public IntegerColumn {
 public:
-    std::string text(RowIndex row, const TextContext& context) const override { return editText(row, context); }
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     std::string lock(RowIndex row) const override;
 };
 
@@ -65,7 +65,9 @@ public:
     ColumnKind kind() const override { return ColumnKind::Boolean; }
     bool inUse(RowIndex row) const;
     Value value(RowIndex row) const override { return inUse(row); }
-    std::string text(RowIndex row, const TextContext&) const override { return inUse(row) ? "Yes" : "No"; }
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer&) const override {
+        return inUse(row) ? "Yes" : "No";
+    }
 
 protected:
     /// The columns of the logs that hold the key.
@@ -102,8 +104,8 @@ public:
     RowIndex find(std::string_view key) const;
     /// The name of KEY; empty if it has none.
     std::string nameOf(std::string_view key) const;
-    /// The name of KEY, or "Unknown".
-    std::string displayName(std::string_view key) const;
+    /// The name of KEY, or "Unknown"; holds until a name changes.
+    std::string_view displayName(std::string_view key) const;
 
     /// Adds a row for each of KEYS that has none, in their order; gives the keys added. Empty ones are passed over.
     /// Takes time in proportion to the keys and the rows.

@@ -91,17 +91,18 @@ Value ParameterSeriesColumn::value(RowIndex row) const {
     return sample < raw_.size() && present_[sample] ? Value(base(sample)) : Value();
 }
 
-std::string ParameterSeriesColumn::text(RowIndex row, const TextContext& context) const {
+std::string_view ParameterSeriesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     const std::size_t sample = sampleAt(row);
     if (sample == raw_.size())
         return {};
     if (twoValues_ && parameter_ == kFuelSystemStatusParameter) {
         const std::uint16_t status = raw_[sample];
-        return std::string(fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF))) + " / " +
-               std::string(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));
+        buffer.words = fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF));
+        buffer.words.append(" / ").append(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));
+        return buffer.words;
     }
     // The unit system shows a sample without a value as zero in the current unit.
-    return context.units.formatValueWithUnits(unitTypeOfParameter(parameter_), base(sample));
+    return context.units.formatValueWithUnits(unitTypeOfParameter(parameter_), base(sample), buffer.figure);
 }
 
 void ParameterSeriesColumn::write(ByteWriter& out) const {

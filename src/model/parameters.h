@@ -52,7 +52,7 @@ public:
 
     /// As rows of the sample table: the sample taken at the row's elapsed time; nothing at rows between samples.
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 
     void write(ByteWriter& out) const override;
     bool read(ByteReader& in, std::uint8_t schema) override;

@@ -52,13 +52,15 @@ std::string_view activityEventText(std::int32_t code) {
                                                                                 : kConfigurationChanges[5];
 }
 
-Value ActivityDescriptionColumn::value(RowIndex row) const {
-    const auto& events = table()->column<TSecurityLogEventTypeColumn>();
-    return events.has(row) ? std::string(activityEventText(events.at(row))) : std::string();
+Value ActivityDescriptionColumn::value(RowIndex row) const { return std::string(description(row)); }
+
+std::string_view ActivityDescriptionColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
+    return description(row);
 }
 
-std::string ActivityDescriptionColumn::text(RowIndex row, const TextContext&) const {
-    return std::get<std::string>(value(row));
+std::string_view ActivityDescriptionColumn::description(RowIndex row) const {
+    const auto& events = table()->column<TSecurityLogEventTypeColumn>();
+    return events.has(row) ? activityEventText(events.at(row)) : std::string_view();
 }
 
 } // namespace quobrix

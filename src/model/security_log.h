@@ -12,7 +12,10 @@ class ActivityDescriptionColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Text; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+
+private:
+    std::string_view description(RowIndex row) const;
 };
 
 #define COLUMN(Name, Base, Key, Heading, Tooltip, Needs)                                                               \

@@ -54,21 +54,22 @@ Value SampleElapsedTimeColumn::value(RowIndex row) const {
     return static_cast<std::int64_t>(row) * sibling<TTripLogSampleSpeedColumn>(*this).interval();
 }
 
-std::string SampleElapsedTimeColumn::text(RowIndex row, const TextContext&) const {
-    return durationText(std::get<std::int64_t>(value(row)));
+std::string_view SampleElapsedTimeColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return durationText(std::get<std::int64_t>(value(row)), buffer.figure);
 }
 
 Value TripVinColumn::value(RowIndex row) const { return sibling<TTripLogVinColumn>(*this).at(row); }
 
-std::string TripVinColumn::text(RowIndex row, const TextContext&) const {
+std::string_view TripVinColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
     return sibling<TTripLogVinColumn>(*this).at(row);
 }
 
-std::string TripEndTimeColumn::text(RowIndex row, const TextContext& context) const {
-    std::string result = DateTimeColumn::text(row, context);
-    if (sibling<TTripLogDisconnectedDuringTripColumn>(*this).at(row))
-        result += " (Disconnected During Trip)";
-    return result;
+std::string_view TripEndTimeColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    const std::string_view time = DateTimeColumn::textView(row, context, buffer);
+    if (!sibling<TTripLogDisconnectedDuringTripColumn>(*this).at(row))
+        return time;
+    buffer.words.assign(time).append(" (Disconnected During Trip)");
+    return buffer.words;
 }
 
 Value TripDurationColumn::value(RowIndex row) const {
@@ -79,9 +80,10 @@ Value TripDurationColumn::value(RowIndex row) const {
     return static_cast<std::int64_t>(end.at(row)) - start.at(row);
 }
 
-std::string TripDurationColumn::text(RowIndex row, const TextContext&) const {
+std::string_view TripDurationColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
     const Value seconds = value(row);
-    return std::holds_alternative<std::int64_t>(seconds) ? durationText(std::get<std::int64_t>(seconds)) : "";
+    return std::holds_alternative<std::int64_t>(seconds) ? durationText(std::get<std::int64_t>(seconds), buffer.figure)
+                                                         : "";
 }
 
 Value TripAverageSpeedColumn::value(RowIndex row) const {
@@ -92,10 +94,10 @@ Value TripAverageSpeedColumn::value(RowIndex row) const {
     return distance.at(row) / static_cast<double>(std::get<std::int64_t>(seconds));
 }
 
-std::string TripAverageSpeedColumn::text(RowIndex row, const TextContext& context) const {
+std::string_view TripAverageSpeedColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     const Value speed = value(row);
     return std::holds_alternative<double>(speed)
-               ? context.units.formatValueWithUnits(spec().unit, std::get<double>(speed))
+               ? context.units.formatValueWithUnits(spec().unit, std::get<double>(speed), buffer.figure)
                : "";
 }
 

@@ -10,7 +10,7 @@ class SampleElapsedTimeColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 #define COLUMN(Name, Base, Unit, Heading, Tooltip, Needs)                                                              \
@@ -43,13 +43,13 @@ class TripVinColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Text; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Says when the trip ended because the logger was pulled out.
 class TripEndTimeColumn : public DateTimeColumn {
 public:
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// End minus start, in s.
@@ -57,7 +57,7 @@ class TripDurationColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Distance by duration, in m/s; nothing for a trip of no duration.
@@ -65,7 +65,7 @@ class TripAverageSpeedColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Real; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// A count of events, as another column of the row holds it.
@@ -73,7 +73,9 @@ class TripCountColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override { return source().value(row); }
-    std::string text(RowIndex row, const TextContext& context) const override { return source().text(row, context); }
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override {
+        return source().textView(row, context, buffer);
+    }
 
 protected:
     virtual const Column& source() const = 0;

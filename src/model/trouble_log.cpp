@@ -33,12 +33,14 @@ std::string FuelSystemStatusColumn::selection(std::int32_t code) const {
     return fmt::format("{} fuel system status code. ({})", code >= 0 && code <= 7 ? "Unknown" : "Invalid", code);
 }
 
-Value TroubleCodeDescriptionColumn::value(RowIndex row) const {
-    return std::string(troubleCodeDescription(table()->column<TTroubleLogTroubleCodeColumn>().at(row)));
+Value TroubleCodeDescriptionColumn::value(RowIndex row) const { return std::string(description(row)); }
+
+std::string_view TroubleCodeDescriptionColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
+    return description(row);
 }
 
-std::string TroubleCodeDescriptionColumn::text(RowIndex row, const TextContext&) const {
-    return std::get<std::string>(value(row));
+std::string_view TroubleCodeDescriptionColumn::description(RowIndex row) const {
+    return troubleCodeDescription(table()->column<TTroubleLogTroubleCodeColumn>().at(row));
 }
 
 } // namespace quobrix

@@ -15,7 +15,10 @@ class TroubleCodeDescriptionColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Text; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+
+private:
+    std::string_view description(RowIndex row) const;
 };
 
 /// The status of a fuel system: the number of the bit set in the status byte of SAE J1979 PID 03.

@@ -4,6 +4,7 @@
 #include "document/persistent.h"
 #include "tables/requirements.h"
 #include "tables/row_runs.h"
+#include "units/number_format.h"
 #include "units/unit_catalogue.h"
 
 #include <cstddef>
@@ -41,6 +42,12 @@ struct TextContext {
     const TimeZone& zone;
 };
 
+/// Where the text of a cell is put together, to be used again for the next cell.
+struct TextBuffer {
+    ValueText figure;
+    std::string words;
+};
+
 /// What a text that a person typed means: a value (nothing for an empty text), or why it is refused.
 struct Parsed {
     Value value;
@@ -72,7 +79,9 @@ public:
     /// ROW must be below rowCount() in all calls below.
     virtual Value value(RowIndex row) const = 0;
     /// The cell as the user reads it, with its unit; empty when there is no value.
-    virtual std::string text(RowIndex row, const TextContext& context) const = 0;
+    std::string text(RowIndex row, const TextContext& context) const;
+    /// The same, without taking memory for it: it lies in the column or in BUFFER, and holds until either changes.
+    virtual std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const = 0;
 
     const Requirements& requirements() const { return spec().requirements; }
     /// A person may change its cells.

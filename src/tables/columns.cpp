@@ -9,6 +9,11 @@ namespace quobrix {
 
 RowIndex Column::rowCount() const { return table_ ? table_->rowCount() : storedRows(); }
 
+std::string Column::text(RowIndex row, const TextContext& context) const {
+    TextBuffer buffer;
+    return std::string(textView(row, context, buffer));
+}
+
 void Column::insertRows(RowIndex at, std::size_t count) {
     const RowRun run{at, count};
     insertRows(std::span(&run, 1));
@@ -33,14 +38,14 @@ Value IntegerColumn::value(RowIndex row) const {
     return has(row) ? Value(static_cast<std::int64_t>(at(row))) : Value();
 }
 
-std::string IntegerColumn::text(RowIndex row, const TextContext& context) const {
-    return has(row) ? context.units.formatInteger(at(row)) : "";
+std::string_view IntegerColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return has(row) ? context.units.formatInteger(at(row), buffer.figure) : "";
 }
 
 Value RealColumn::value(RowIndex row) const { return has(row) ? Value(at(row)) : Value(); }
 
-std::string RealColumn::text(RowIndex row, const TextContext& context) const {
-    return has(row) ? context.units.formatValueWithUnits(spec().unit, at(row)) : "";
+std::string_view RealColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return has(row) ? context.units.formatValueWithUnits(spec().unit, at(row), buffer.figure) : "";
 }
 
 Value TextColumn::value(RowIndex row) const { return at(row); }
@@ -49,16 +54,23 @@ Value DateTimeColumn::value(RowIndex row) const {
     return has(row) ? Value(static_cast<std::int64_t>(at(row))) : Value();
 }
 
-std::string DateTimeColumn::text(RowIndex row, const TextContext& context) const {
-    return has(row) ? dateTimeText(context.units, context.zone.toLocal(at(row))) : "";
+std::string_view DateTimeColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return has(row) ? dateTimeText(context.units, context.zone.toLocal(at(row)), buffer.figure) : "";
 }
 
 Value SelectionColumn::value(RowIndex row) const {
     return has(row) ? Value(static_cast<std::int64_t>(at(row))) : Value();
 }
 
-std::string ElapsedTimeColumn::text(RowIndex row, const TextContext&) const {
-    return has(row) ? durationText(at(row)) : "";
+std::string_view SelectionColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    if (!has(row))
+        return {};
+    buffer.words = selection(at(row));
+    return buffer.words;
+}
+
+std::string_view ElapsedTimeColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return has(row) ? durationText(at(row), buffer.figure) : "";
 }
 
 void ObjectColumn::removeRows(std::span<const RowRun> runs) {
@@ -90,8 +102,8 @@ std::vector<Reference> ObjectColumn::references() const {
     return result;
 }
 
-std::string RowNumberColumn::text(RowIndex row, const TextContext& context) const {
-    return context.units.formatInteger(static_cast<std::int64_t>(row) + 1);
+std::string_view RowNumberColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return context.units.formatInteger(static_cast<std::int64_t>(row) + 1, buffer.figure);
 }
 
 } // namespace quobrix

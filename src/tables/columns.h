@@ -135,7 +135,9 @@ class BooleanColumn : public ArrayColumn<std::uint8_t> {
 public:
     ColumnKind kind() const override { return ColumnKind::Boolean; }
     Value value(RowIndex row) const override { return at(row) != 0; }
-    std::string text(RowIndex row, const TextContext&) const override { return at(row) ? "Yes" : "No"; }
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer&) const override {
+        return at(row) ? "Yes" : "No";
+    }
     /// Yes, No, True, False, 1 or 0, in any case.
     Parsed parse(std::string_view text, const TextContext&) const override;
     void setValue(RowIndex row, const Value& value) override;
@@ -146,7 +148,7 @@ class IntegerColumn : public ArrayColumn<std::int32_t> {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     Parsed parse(std::string_view text, const TextContext& context) const override;
     std::string editText(RowIndex row, const TextContext& context) const override;
     void setValue(RowIndex row, const Value& value) override;
@@ -157,7 +159,7 @@ class RealColumn : public ArrayColumn<double> {
 public:
     ColumnKind kind() const override { return ColumnKind::Real; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     Parsed parse(std::string_view text, const TextContext& context) const override;
     std::string editText(RowIndex row, const TextContext& context) const override;
     void setValue(RowIndex row, const Value& value) override;
@@ -167,7 +169,7 @@ class TextColumn : public ArrayColumn<std::string> {
 public:
     ColumnKind kind() const override { return ColumnKind::Text; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext&) const override { return at(row); }
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer&) const override { return at(row); }
     std::string editText(RowIndex row, const TextContext&) const override { return at(row); }
     Parsed parse(std::string_view text, const TextContext&) const override { return {std::string(text), {}}; }
     void setValue(RowIndex row, const Value& value) override;
@@ -178,7 +180,7 @@ class DateTimeColumn : public ArrayColumn<std::int32_t> {
 public:
     ColumnKind kind() const override { return ColumnKind::DateTime; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     Parsed parse(std::string_view text, const TextContext& context) const override;
     /// With seconds where there are any.
     std::string editText(RowIndex row, const TextContext& context) const override;
@@ -194,7 +196,7 @@ class SelectionColumn : public ArrayColumn<std::int32_t> {
 public:
     ColumnKind kind() const override { return ColumnKind::Selection; }
     Value value(RowIndex row) const override;
-    std::string text(RowIndex row, const TextContext&) const override { return has(row) ? selection(at(row)) : ""; }
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override;
     /// The text of a selection in any case, or the beginning of only one.
     Parsed parse(std::string_view text, const TextContext& context) const override;
     void setValue(RowIndex row, const Value& value) override;
@@ -207,7 +209,7 @@ protected:
 /// An elapsed time in whole seconds, shown as HH:MM:SS.
 class ElapsedTimeColumn : public IntegerColumn {
 public:
-    std::string text(RowIndex row, const TextContext&) const override;
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override;
     /// HH:MM:SS, with hours of any length.
     Parsed parse(std::string_view text, const TextContext&) const override;
     std::string editText(RowIndex row, const TextContext& context) const override { return text(row, context); }
@@ -219,7 +221,7 @@ class ObjectColumn : public ArrayColumn<ObjectId> {
 public:
     ColumnKind kind() const override { return ColumnKind::Table; }
     Value value(RowIndex) const override { return {}; }
-    std::string text(RowIndex, const TextContext&) const override { return {}; }
+    std::string_view textView(RowIndex, const TextContext&, TextBuffer&) const override { return {}; }
     void removeRows(std::span<const RowRun> runs) override;
     std::vector<Reference> references() const override;
     /// The class of the objects.
@@ -252,7 +254,7 @@ class RowNumberColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override { return static_cast<std::int64_t>(row) + 1; }
-    std::string text(RowIndex row, const TextContext& context) const override;
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 } // namespace quobrix

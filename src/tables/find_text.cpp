@@ -3,13 +3,11 @@
 #include "base/fold_case.h"
 
 #include <algorithm>
+#include <array>
 #include <string>
-#include <vector>
 
 namespace quobrix {
 namespace {
-
-constexpr std::size_t kCellsBetweenStops = 4096;
 
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -59,47 +57,75 @@ private:
     std::string folded_;
 };
 
+/// The cells of some rows and columns that follow each other.
+struct Block {
+    std::size_t firstRow, endRow, firstColumn, endColumn;
+};
+
+class Search {
+public:
+    Search(std::span<const Column* const> columns, std::span<const RowIndex> order, const TextContext& context,
+           std::string_view needle, const FindOptions& options)
+        : columns_(columns), order_(order), context_(context), backwards_(options.backwards),
+          matcher_(needle, options) {}
+
+    /// The first hit in BLOCK, row by row. It looks at the columns one after the other, since that is several times as
+    /// fast, for twice as many rows each time, so that a hit nearby is found soon.
+    std::optional<CellPlace> in(const Block& block) {
+        const std::size_t rows = block.endRow - block.firstRow;
+        std::size_t count = 1;
+        for (std::size_t done = 0; done < rows; done += count, count *= 2) {
+            std::optional<CellPlace> hit;
+            std::size_t end = std::min(done + count, rows);
+            for (std::size_t i = block.firstColumn; i < block.endColumn; ++i) {
+                const std::size_t at = backwards_ ? block.endColumn - 1 - (i - block.firstColumn) : i;
+                const Column& column = *columns_[at];
+                const RowIndex filled = column.rowCount();          // a damaged one may have fewer rows
+                for (std::size_t step = done; step < end; ++step) { // a hit in a further column counts if it is nearer
+                    const std::size_t place = backwards_ ? block.endRow - 1 - step : block.firstRow + step;
+                    const RowIndex row = order_.empty() ? place : order_[place];
+                    if (row < filled && matcher_.matches(column.textView(row, context_, buffer_))) {
+                        hit = CellPlace{at, place};
+                        end = step;
+                    }
+                }
+            }
+            if (hit)
+                return hit;
+        }
+        return {};
+    }
+
+private:
+    std::span<const Column* const> columns_;
+    std::span<const RowIndex> order_;
+    const TextContext& context_;
+    bool backwards_;
+    Matcher matcher_;
+    TextBuffer buffer_;
+};
+
 } // namespace
 
 std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> order,
                                   const TextContext& context, std::string_view needle, const FindOptions& options,
-                                  std::optional<CellPlace> from, const std::function<bool()>& stop) {
+                                  std::optional<CellPlace> from) {
     if (needle.empty() || columns.empty())
         return {};
     const std::size_t rows = order.empty() ? columns.front()->rowCount() : order.size();
-    const std::size_t cells = rows * columns.size();
-    if (cells == 0)
-        return {};
-    std::vector<RowIndex> filled; // rows of each column: those of a damaged one may be fewer
-    for (const Column* column : columns)
-        filled.push_back(column->rowCount());
-    Matcher matcher(needle, options);
-    // Cells are counted row by row, from the one behind FROM in the direction of the search.
-    const std::size_t last = cells - 1;
-    const std::size_t origin =
-        from ? std::min(from->row * columns.size() + from->column, last) : (options.backwards ? 0 : last);
-    const std::size_t ahead = options.backwards ? origin : last - origin;
-    const std::size_t count = from && !options.wrap ? ahead : cells;
-    CellPlace cell{origin % columns.size(), origin / columns.size()};
-    const auto advance = [&] {
-        if (options.backwards) {
-            if (cell.column-- == 0) {
-                cell.column = columns.size() - 1;
-                cell.row = (cell.row == 0 ? rows : cell.row) - 1;
-            }
-        } else if (++cell.column == columns.size()) {
-            cell.column = 0;
-            cell.row = cell.row + 1 == rows ? 0 : cell.row + 1;
-        }
-    };
-    for (std::size_t step = 1; step <= count; ++step) {
-        advance();
-        const RowIndex row = order.empty() ? cell.row : order[cell.row];
-        if (row < filled[cell.column] && matcher.matches(columns[cell.column]->text(row, context)))
-            return cell;
-        if (stop && step % kCellsBetweenStops == 0 && stop())
-            return {};
-    }
+    const std::size_t width = columns.size();
+    Search search(columns, order, context, needle, options);
+    if (rows == 0 || !from)
+        return search.in({0, rows, 0, width});
+    const auto [column, row] = from->row < rows ? *from : CellPlace{width - 1, rows - 1};
+    const Block above{0, row, 0, width};
+    const Block below{row + 1, rows, 0, width};
+    const std::array<Block, 4> forwards{
+        {{row, row + 1, column + 1, width}, below, above, {row, row + 1, 0, column + 1}}};
+    const std::array<Block, 4> backwards{{{row, row + 1, 0, column}, above, below, {row, row + 1, column, width}}};
+    for (const Block& block : std::span(options.backwards ? backwards : forwards).first(options.wrap ? 4 : 2))
+        if (const auto hit = search.in(block))
+            return hit;
     return {};
 }
 

@@ -3,7 +3,6 @@
 #include "tables/column.h"
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -26,10 +25,9 @@ struct CellPlace {
 
 /// The next cell behind FROM (before it, when searching backwards), row by row, that reads NEEDLE as the user sees it.
 /// FROM itself is looked at last, and without FROM the search starts at the first (last) cell. ORDER gives the stored
-/// row of each row shown; empty: as stored. Nothing if NEEDLE is empty. STOP, when given, is asked every few thousand
-/// cells whether to give up.
+/// row of each row shown; empty: as stored. Nothing if NEEDLE is empty.
 std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> order,
                                   const TextContext& context, std::string_view needle, const FindOptions& options,
-                                  std::optional<CellPlace> from, const std::function<bool()>& stop = {});
+                                  std::optional<CellPlace> from);
 
 } // namespace quobrix

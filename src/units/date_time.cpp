@@ -1,12 +1,12 @@
 #include "units/date_time.h"
 
+#include "units/text_writer.h"
 #include "units/unit_system.h"
 
 #include <fmt/format.h>
 
 #include <array>
 #include <chrono>
-#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -23,49 +23,45 @@ std::string_view halfOfDay(int hour) { return hour < 12 ? "AM" : "PM"; }
 // What every cell of every list needs is put together by hand, into a buffer. DATE and TIME have every field within its
 // range.
 
-using FieldsText = fmt::basic_memory_buffer<char, 64>;
-
-void append(FieldsText& text, std::string_view part) { text.append(part.data(), part.data() + part.size()); }
-
-void appendTwoDigits(FieldsText& text, int value) {
-    text.push_back(static_cast<char>('0' + value / 10));
-    text.push_back(static_cast<char>('0' + value % 10));
+void appendTwoDigits(TextWriter& text, int value) {
+    const char digits[] = {static_cast<char>('0' + value / 10), static_cast<char>('0' + value % 10)};
+    text.append({digits, 2});
 }
 
-void appendYear(FieldsText& text, int year) {
+void appendYear(TextWriter& text, int year) {
     if (year < 0 || year > 9999) {
-        fmt::format_to(std::back_inserter(text), "{:04}", year);
+        text.append(fmt::format("{:04}", year));
         return;
     }
     appendTwoDigits(text, year / 100);
     appendTwoDigits(text, year % 100);
 }
 
-void appendDate(FieldsText& text, const TUnitSystem& units, const DateTime& date) {
+void appendDate(TextWriter& text, const TUnitSystem& units, const DateTime& date) {
     const UnitId order = units.unit(UnitTypeId::Date);
     if (order == UnitId::YearMonthDay) {
         appendYear(text, date.year);
-        text.push_back('/');
+        text.append("/");
     }
     appendTwoDigits(text, order == UnitId::DayMonthYear ? date.day : date.month);
-    text.push_back('/');
+    text.append("/");
     appendTwoDigits(text, order == UnitId::DayMonthYear ? date.month : date.day);
     if (order != UnitId::YearMonthDay) {
-        text.push_back('/');
+        text.append("/");
         appendYear(text, date.year);
     }
 }
 
-void appendTime(FieldsText& text, const TUnitSystem& units, const DateTime& time) {
+void appendTime(TextWriter& text, const TUnitSystem& units, const DateTime& time) {
     const bool wholeDay = units.unit(UnitTypeId::Time) == UnitId::Hour24;
     appendTwoDigits(text, wholeDay ? time.hour : twelveHour(time.hour));
-    text.push_back(':');
+    text.append(":");
     appendTwoDigits(text, time.minute);
     if (wholeDay)
         return;
     const std::string& word = time.hour < 12 ? units.locale().am : units.locale().pm;
-    text.push_back(' ');
-    append(text, word.empty() ? halfOfDay(time.hour) : word);
+    text.append(" ");
+    text.append(word.empty() ? halfOfDay(time.hour) : word);
 }
 
 } // namespace
@@ -91,6 +87,13 @@ DateTime fieldsFromSeconds(std::int64_t seconds) {
             rest / 3600,
             rest / 60 % 60,
             rest % 60};
+}
+
+DateTime normalized(const DateTime& fields) {
+    const auto within = [](int field, int first, int last) { return field >= first && field <= last; };
+    const bool normal = within(fields.month, 1, 12) && within(fields.day, 1, 28) && within(fields.hour, 0, 23) &&
+                        within(fields.minute, 0, 59) && within(fields.second, 0, 59);
+    return normal ? fields : fieldsFromSeconds(secondsFromFields(fields));
 }
 
 int weekday(const DateTime& date) {
@@ -120,24 +123,31 @@ std::string_view weekdayName(int day) {
 }
 
 std::string dateText(const TUnitSystem& units, const DateTime& value) {
-    FieldsText text;
+    ValueText buffer;
+    TextWriter text(buffer);
     appendDate(text, units, normalized(value));
-    return fmt::to_string(text);
+    return std::string(text.text());
 }
 
 std::string timeText(const TUnitSystem& units, const DateTime& value) {
-    FieldsText text;
+    ValueText buffer;
+    TextWriter text(buffer);
     appendTime(text, units, normalized(value));
-    return fmt::to_string(text);
+    return std::string(text.text());
+}
+
+std::string_view dateTimeText(const TUnitSystem& units, const DateTime& value, std::span<char> buffer) {
+    const DateTime moment = normalized(value);
+    TextWriter text(buffer);
+    appendDate(text, units, moment);
+    text.append(" ");
+    appendTime(text, units, moment);
+    return text.text();
 }
 
 std::string dateTimeText(const TUnitSystem& units, const DateTime& value) {
-    const DateTime moment = normalized(value);
-    FieldsText text;
-    appendDate(text, units, moment);
-    text.push_back(' ');
-    appendTime(text, units, moment);
-    return fmt::to_string(text);
+    ValueText buffer;
+    return std::string(dateTimeText(units, value, buffer));
 }
 
 std::string yearFirstText(const DateTime& value) {
@@ -173,21 +183,26 @@ std::string timestampText(const DateTime& value) {
     return fmt::format("{:04}{:02}{:02}{:02}{:02}", value.year, value.month, value.day, value.hour, value.minute);
 }
 
-std::string durationText(std::int64_t seconds) {
+std::string_view durationText(std::int64_t seconds, std::span<char> buffer) {
     const auto magnitude = seconds < 0 ? 0 - static_cast<std::uint64_t>(seconds) : static_cast<std::uint64_t>(seconds);
-    FieldsText text;
+    TextWriter text(buffer);
     if (seconds < 0)
-        text.push_back('-');
+        text.append("-");
     const std::uint64_t hours = magnitude / 3600;
     if (hours < 100)
         appendTwoDigits(text, static_cast<int>(hours));
     else
-        append(text, std::string_view(fmt::format_int(hours).c_str()));
+        text.append(fmt::format_int(hours).c_str());
     for (const std::uint64_t field : {magnitude / 60 % 60, magnitude % 60}) {
-        text.push_back(':');
+        text.append(":");
         appendTwoDigits(text, static_cast<int>(field));
     }
-    return fmt::to_string(text);
+    return text.text();
+}
+
+std::string durationText(std::int64_t seconds) {
+    ValueText buffer;
+    return std::string(durationText(seconds, buffer));
 }
 
 } // namespace quobrix

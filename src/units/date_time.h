@@ -3,6 +3,7 @@
 #include <compare>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -27,7 +28,7 @@ std::int64_t secondsFromFields(const DateTime& fields);
 /// The inverse; always yields fields within their ranges.
 DateTime fieldsFromSeconds(std::int64_t seconds);
 /// The same moment with every field within its range.
-inline DateTime normalized(const DateTime& fields) { return fieldsFromSeconds(secondsFromFields(fields)); }
+DateTime normalized(const DateTime& fields);
 /// 0 is Sunday.
 int weekday(const DateTime& date);
 
@@ -44,8 +45,9 @@ std::string_view weekdayName(int day);
 // Text in the person's choice of date order and clock (the unit types Date and Time): "04/03/2009", "03:04 PM".
 std::string dateText(const TUnitSystem& units, const DateTime& value);
 std::string timeText(const TUnitSystem& units, const DateTime& value);
-/// Date, a blank, time.
+/// Date, a blank, time. Into a buffer (ValueText) it is written without taking memory.
 std::string dateTimeText(const TUnitSystem& units, const DateTime& value);
+std::string_view dateTimeText(const TUnitSystem& units, const DateTime& value, std::span<char> buffer);
 
 // Text that does not depend on the unit system.
 std::string yearFirstText(const DateTime& value);  ///< "2009/03/04 15:04:05 ", with the blank at its end
@@ -59,6 +61,7 @@ std::string timestampText(const DateTime& value);  ///< "YYYYMMDDhhmm"
 
 /// An elapsed time as HH:MM:SS; the hours may exceed 99.
 std::string durationText(std::int64_t seconds);
+std::string_view durationText(std::int64_t seconds, std::span<char> buffer);
 
 // What a person types, in the current order of date fields. Fields are separated by '/', '-', '.' or blanks; a year may
 // have one, two (widened) or four digits. Times may carry seconds and the locale's words for AM and PM whatever the

@@ -1,5 +1,7 @@
 #include "units/number_format.h"
 
+#include "units/text_writer.h"
+
 #include <algorithm>
 #include <bit>
 #include <charconv>
@@ -8,24 +10,6 @@
 
 namespace quobrix {
 namespace {
-
-/// Appends whole characters to a buffer and stops when the next one does not fit.
-class Writer {
-public:
-    explicit Writer(std::span<char> buffer) : buffer_(buffer) {}
-
-    void append(std::string_view text) {
-        if (text.size() > buffer_.size() - size_)
-            buffer_ = buffer_.first(size_); // full from here on, or a later, shorter text would slip in behind the gap
-        else
-            size_ = static_cast<std::size_t>(std::ranges::copy(text, buffer_.data() + size_).out - buffer_.data());
-    }
-    std::string_view text() const { return {buffer_.data(), size_}; }
-
-private:
-    std::span<char> buffer_;
-    std::size_t size_ = 0;
-};
 
 /// Bit k is set where a separator stands before the last k digits of a number.
 std::uint64_t separatorPlaces(const DigitGrouping& grouping, std::size_t digits) {
@@ -75,14 +59,15 @@ struct Digits {
 };
 
 /// Writes DIGITS with sign and separators; false if that takes more than the characters allowed.
-bool compose(const NumberFormat& format, Digits digits, bool negative, Writer& writer) {
+bool compose(const NumberFormat& format, Digits digits, bool negative, TextWriter& writer) {
     if (!format.leadingZero && digits.whole == "0" && !digits.fraction.empty())
         digits.whole = {};
     const std::uint64_t places = separatorPlaces(format.grouping, digits.whole.size());
     const SignText sign = negative ? signText(format.negativeOrder) : SignText{};
 
     std::size_t length = digits.whole.size() + sign.before.size() + sign.after.size() + digits.fraction.size();
-    length += static_cast<std::size_t>(std::popcount(places)) * characters(format.thousandsSeparator);
+    if (places != 0)
+        length += static_cast<std::size_t>(std::popcount(places)) * characters(format.thousandsSeparator);
     if (!digits.fraction.empty())
         length += characters(format.decimalSeparator);
     if (length > kMaxNumberCharacters)
@@ -138,7 +123,7 @@ Digits printDigits(double magnitude, int decimals, DigitText& text) {
 }
 
 std::string_view withPowerOfTen(const NumberFormat& format, double magnitude, bool negative, int decimals,
-                                Writer writer) {
+                                TextWriter writer) {
     std::array<char, 32> text;
     const auto end = std::to_chars(text.begin(), text.end(), magnitude, std::chars_format::scientific, decimals).ptr;
     const std::string_view digits(text.data(), static_cast<std::size_t>(end - text.data()));
@@ -180,7 +165,7 @@ DigitGrouping DigitGrouping::parse(std::string_view text) {
 std::string_view formatNumber(const NumberFormat& format, double value, int decimals, std::span<char> buffer) {
     decimals = std::clamp(decimals, 0, 9);
     const double magnitude = std::fabs(value);
-    Writer writer(buffer);
+    TextWriter writer(buffer);
     if (std::isnan(value)) {
         writer.append("NaN");
         return writer.text();
@@ -215,7 +200,7 @@ std::string_view formatFraction(const NumberFormat& format, double value, std::s
         const char* end = std::to_chars(text.begin(), text.end(), number).ptr;
         return std::string_view(text.data(), static_cast<std::size_t>(end - text.data()));
     };
-    Writer writer(buffer);
+    TextWriter writer(buffer);
     const SignText sign = value < 0 && count != 0 ? signText(format.negativeOrder) : SignText{};
     writer.append(sign.before);
     if (whole != 0 || part == 0)
@@ -236,7 +221,7 @@ std::string_view formatInteger(const NumberFormat& format, std::int64_t value, s
     const auto end = std::to_chars(text.begin(), text.end(), value).ptr;
     const std::size_t sign = value < 0 ? 1 : 0;
     const std::string_view digits(text.data() + sign, static_cast<std::size_t>(end - text.data()) - sign);
-    Writer writer(buffer);
+    TextWriter writer(buffer);
     if (!compose(format, {digits, {}}, value < 0, writer))
         return withPowerOfTen(format, std::fabs(static_cast<double>(value)), value < 0, 9, writer);
     return writer.text();

@@ -34,6 +34,40 @@ TEST_F(Finding, GoesRowByRowFromTheCellBehind) {
     EXPECT_EQ(find("bob", {}, CellPlace{1, 99}), (CellPlace{0, 1})) << "from a row that is no longer there";
 }
 
+/// However it goes about it, what it finds is the first cell in the direction of the search.
+TEST_F(Finding, FindsTheNextCellFromAnyOtherAmongManyRows) {
+    constexpr std::size_t kRows = 37, kColumns = 3;
+    SampleTable table(kRows);
+    const std::vector<const Column*> columns = {&table.column(SampleTable::Name), &table.column(SampleTable::Key),
+                                                &table.column(SampleTable::Number)};
+    for (RowIndex row = 0; row < kRows; ++row) {
+        table.column<SampleName>().set(row, row % 11 == 3 ? "2" : "");
+        table.column<SampleKey>().set(row, row > 20 && row < 25 ? "122" : "1");
+    }
+    for (RowIndex row = 0; row < kRows; ++row)
+        order_.push_back((row * 10 + 5) % kRows);
+    const auto reads = [&](std::size_t cell) {
+        return columns[cell % kColumns]->text(order_[cell / kColumns], context_).find('2') != std::string::npos;
+    };
+    constexpr std::size_t kCells = kRows * kColumns;
+    for (const bool backwards : {false, true})
+        for (const bool wrap : {false, true})
+            for (std::size_t from = 0; from < kCells; ++from) {
+                std::optional<CellPlace> expected;
+                for (std::size_t step = 1; step <= kCells && !expected; ++step) {
+                    const std::size_t cell = (from + (backwards ? kCells - step : step)) % kCells;
+                    if (!wrap && (backwards ? cell >= from : cell <= from))
+                        break;
+                    if (reads(cell))
+                        expected = CellPlace{cell % kColumns, cell / kColumns};
+                }
+                const FindOptions options{.backwards = backwards, .wrap = wrap};
+                const CellPlace place{from % kColumns, from / kColumns};
+                EXPECT_EQ(findText(columns, order_, context_, "2", options, place), expected)
+                    << from << (backwards ? " back" : "") << (wrap ? " around" : "");
+            }
+}
+
 TEST_F(Finding, HeedsCaseAndWholeCells) {
     EXPECT_EQ(find("anna", {.matchCase = true}), (CellPlace{0, 3}));
     EXPECT_EQ(find("anna", {.wholeCell = true}, CellPlace{0, 0}), (CellPlace{0, 0}));

@@ -86,14 +86,13 @@ QString SpreadsheetModel::text(int place, int column) const {
         return {};
     const ShownColumn& shown = columns_[static_cast<std::size_t>(column)];
     const RowIndex row = storedRow(place);
+    TextBuffer buffer;
     if (shown.unitInHeading) {
         const Value value = shown.column->value(row);
-        if (const auto* figure = std::get_if<double>(&value)) {
-            ValueText buffer;
-            return toQt(context_.units.formatValue(spec(column).unit, *figure, buffer));
-        }
+        if (const auto* figure = std::get_if<double>(&value))
+            return toQt(context_.units.formatValue(spec(column).unit, *figure, buffer.figure));
     }
-    return toQt(shown.column->text(row, context_));
+    return toQt(shown.column->textView(row, context_, buffer));
 }
 
 QString SpreadsheetModel::exactText(int place, int column) const {
