@@ -16,12 +16,35 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace quobrix {
 namespace {
 
 // Rows that are measured to find a column's first width.
 constexpr int kMeasuredRows = 50;
+
+/// The widths of a text's characters added up, without what their neighbours make of them. To measure the text itself
+/// takes many times as long.
+class RoughWidth {
+public:
+    explicit RoughWidth(const QFontMetrics& metrics) : metrics_(metrics) {}
+
+    int of(const QString& text) {
+        int width = 0;
+        for (const QChar character : text) {
+            const auto [known, isNew] = widths_.try_emplace(character.unicode());
+            if (isNew)
+                known->second = metrics_.horizontalAdvance(character);
+            width += known->second;
+        }
+        return width;
+    }
+
+private:
+    QFontMetrics metrics_;
+    std::unordered_map<char16_t, int> widths_;
+};
 
 bool isEnter(const QKeyEvent& event) { return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter; }
 
@@ -72,10 +95,15 @@ void SpreadsheetView::goTo(const QModelIndex& cell) {
 int SpreadsheetView::sizeHintForColumn(int column) const {
     QStyleOptionViewItem option;
     initViewItemOption(&option);
-    int width = 0;
+    RoughWidth roughWidth(option.fontMetrics);
+    int widest = -1;
+    int rowOfWidest = -1;
     for (int row = 0; row < std::min(model_.rowCount(), kMeasuredRows); ++row)
-        width = std::max(width, itemDelegate()->sizeHint(option, model_.index(row, column)).width());
-    return width;
+        if (const int width = roughWidth.of(model_.text(row, column)); width > widest) {
+            widest = width;
+            rowOfWidest = row;
+        }
+    return rowOfWidest < 0 ? 0 : itemDelegate()->sizeHint(option, model_.index(rowOfWidest, column)).width();
 }
 
 // Editing. The base class opens and closes editors; whether a value is taken is decided here.
