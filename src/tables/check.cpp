@@ -113,6 +113,7 @@ bool TableChecker::isUnique(const Column& column, std::size_t index, const Value
     Counts& counts = counts_[index * 2 + (uniqueness == Uniqueness::CaseInsensitive)];
     if (counts.byKey.empty() || counts.revision != column.revision() || counts.rows != column.rowCount()) {
         counts = {column.revision(), column.rowCount(), {}};
+        counts.byKey.reserve(counts.rows);
         for (RowIndex row = 0; row < counts.rows; ++row)
             ++counts.byKey[uniquenessKey(column.value(row), uniqueness)];
     }

@@ -54,22 +54,38 @@ std::string rowsText(std::string_view what, std::size_t rows) {
     return rows == 1 ? fmt::format("{} a row", what) : fmt::format("{} {} rows", what, rows);
 }
 
-/// The rows whose cells of one column are to change, with their values.
-using NewValues = std::map<RowIndex, const Value*>;
+/// The cells of one column that are to change, with their values; by row, each once.
+using NewValues = std::vector<std::pair<RowIndex, const Value*>>;
 
-/// Which of the new values, if any, another row will have as well.
+/// Puts VALUES, given in any order, by row. Of a row that was given twice the last one counts.
+void putInOrder(NewValues& values) {
+    const auto row = &NewValues::value_type::first;
+    if (!std::ranges::is_sorted(values, {}, row))
+        std::ranges::stable_sort(values, {}, row);
+    // From the end, so that the last one of a row stays.
+    const auto kept =
+        std::unique(values.rbegin(), values.rend(), [](const auto& a, const auto& b) { return a.first == b.first; });
+    values.erase(values.begin(), kept.base());
+}
+
+/// The first of the new values' rows that another row will be equal to, if any.
 std::optional<RowIndex> repeatedRow(const Column& column, const NewValues& edits, Uniqueness uniqueness) {
-    std::unordered_map<std::string, std::uint32_t> counts;
+    std::unordered_map<std::string, RowIndex> firstRows;
+    firstRows.reserve(edits.size());
+    std::optional<RowIndex> first;
+    const auto repeat = [&](RowIndex row) { first = std::min(first.value_or(row), row); };
     for (const auto& [row, value] : edits)
-        ++counts[uniquenessKey(*value, uniqueness)];
+        if (std::string key = uniquenessKey(*value, uniqueness); !key.empty())
+            if (const auto [entry, isNew] = firstRows.try_emplace(std::move(key), row); !isNew)
+                repeat(entry->second);
+    auto edit = edits.begin();
     for (RowIndex row = 0; row < column.rowCount(); ++row)
-        if (!edits.contains(row))
-            if (const auto found = counts.find(uniquenessKey(column.value(row), uniqueness)); found != counts.end())
-                ++found->second;
-    for (const auto& [row, value] : edits)
-        if (const std::string key = uniquenessKey(*value, uniqueness); !key.empty() && counts[key] > 1)
-            return row;
-    return {};
+        if (edit != edits.end() && edit->first == row)
+            ++edit;
+        else if (const auto found = firstRows.find(uniquenessKey(column.value(row), uniqueness));
+                 found != firstRows.end())
+            repeat(found->second);
+    return first;
 }
 
 } // namespace
@@ -117,9 +133,10 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
             finding.row = cell.row;
             outcome.warnings.push_back(std::move(finding));
         }
-        byColumn[cell.column][cell.row] = &cell.value;
+        byColumn[cell.column].emplace_back(cell.row, &cell.value);
     }
-    for (const auto& [index, edits] : byColumn) {
+    for (auto& [index, edits] : byColumn) {
+        putInOrder(edits);
         const Column& column = table->column(index);
         const Requirements& r = column.requirements();
         if (r.mustBeUnique != Uniqueness::None)
@@ -194,6 +211,8 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
         (added > 0 && !table->spec().rows.editable))
         return refused(kIncompatiblePaste);
     std::vector<CellEdit> cells;
+    cells.reserve(block.rows() * block.columns());
+    TextBuffer buffer;
     for (std::size_t r = 0; r < block.rows(); ++r)
         for (std::size_t c = 0; c < block.columns(); ++c) {
             const RowIndex row = r < rows.size() ? rows[r] : table->rowCount() + r - rows.size();
@@ -204,7 +223,8 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
                 return refused(kNotEditable, columns[c], row);
             // What comes back as it was copied is no edit, even where it could not be typed: a missing driver's name.
             const std::string& text = block.cell(r, c);
-            if (isThere(row) && (text == column.editText(row, context) || text == column.text(row, context)))
+            if (isThere(row) &&
+                (text == column.editText(row, context) || text == column.textView(row, context, buffer)))
                 continue;
             Parsed parsed = column.parse(text, context);
             if (!parsed.ok())

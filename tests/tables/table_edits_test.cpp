@@ -109,6 +109,21 @@ TEST_F(Edits, KeysMayChangePlacesInOnePaste) {
     EXPECT_FALSE(paste({SampleTable::Key}, 0, "c").ok());
 }
 
+TEST_F(Edits, TheFirstRowThatRepeatsAnotherIsNamedWhateverOrderCellsComeIn) {
+    type(SampleTable::Key, 1, "taken");
+    const auto set = [&](std::vector<std::pair<RowIndex, const char*>> cells) {
+        std::vector<CellEdit> edits;
+        for (const auto& [row, key] : cells)
+            edits.push_back({SampleTable::Key, row, std::string(key)});
+        return edits_.set(kNoObject, std::move(edits), context_, "set");
+    };
+    EXPECT_EQ(set({{2, "new"}, {0, "NEW"}}).row, 0u);
+    EXPECT_EQ(set({{2, "TAKEN"}, {0, "new"}}).row, 2u) << "the other row stays as it is";
+    EXPECT_TRUE(set({{2, "second"}, {2, "third"}, {0, "second"}}).ok()) << "the last value of a cell counts";
+    EXPECT_EQ(text(SampleTable::Key, 2), "third");
+    EXPECT_EQ(text(SampleTable::Key, 0), "second");
+}
+
 TEST_F(Edits, RowsComeAndGoWithinTheLimits) {
     ASSERT_TRUE(paste({SampleTable::Key}, 0, "a\nb\nc").ok());
     const Bytes before = table_.bytes();
