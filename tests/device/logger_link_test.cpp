@@ -1,8 +1,6 @@
 #include "device/logger_link.h"
 
-#include "device/typed_serial_number.h"
 #include "support/fake_logger_library.h"
-#include "support/scripted_prompter.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -123,16 +121,6 @@ TEST_F(Link, ALogFileIsRefusedWhenEitherCallFailsOrItsPathIsTooLong) {
     fake_.results["GetLogBufferFromFile"] = -6;
     EXPECT_EQ(logger_.readLogFile("log.txt").code, -6);
     EXPECT_FALSE(logger_.status().logsCurrent);
-}
-
-TEST(SerialNumber, ARefusedOneIsNotConverted) {
-    FakeLoggerLibrary fake;
-    LoggerLink link(FakeLoggerLibrary::library());
-    DirectCalls calls(link);
-    ScriptedPrompter prompter{{MessageId::InvalidSerialNumber}};
-    EXPECT_EQ(convertTypedSerialNumber("AA-99-A", calls, prompter), std::nullopt);
-    EXPECT_TRUE(fake.calls.empty());
-    EXPECT_EQ(convertTypedSerialNumber("A-1234-B", calls, prompter), 1234);
 }
 
 } // namespace
