@@ -10,6 +10,7 @@
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -99,9 +100,12 @@ public:
 
 private:
     /// The sign that marks such a cell in its list.
-    static QPixmap sign(Severity severity) {
-        return markPixmap(severity, QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize),
-                          qApp->devicePixelRatio());
+    static QIcon sign(Severity severity) {
+        const QPixmap mark = markPixmap(severity, QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize),
+                                        qApp->devicePixelRatio());
+        QIcon icon(mark);
+        icon.addPixmap(mark, QIcon::Selected); // it is read by its colours
+        return icon;
     }
 
     TextContext context_;
@@ -189,7 +193,7 @@ void TErrorLog::setFindings(std::vector<Finding> findings) {
                 break;
             }
     if (line >= 0)
-        list_->setCurrentIndex(model_->index(line, 0));
+        makeCurrent(line);
     goToSource_->setEnabled(line >= 0);
 
     const auto errors = std::ranges::count(now, Severity::Required, &Finding::severity);
@@ -207,7 +211,14 @@ void TErrorLog::selectTable(ObjectId table) {
     const auto& all = model_->findings();
     const auto found = std::ranges::find(all, table, &Finding::table);
     if (found != all.end())
-        list_->setCurrentIndex(model_->index(static_cast<int>(found - all.begin()), 0));
+        makeCurrent(static_cast<int>(found - all.begin()));
+}
+
+/// And nothing else selected, whichever keys are held down for the command that leads here.
+void TErrorLog::makeCurrent(int line) {
+    list_->selectionModel()->setCurrentIndex(model_->index(line, 0),
+                                             QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    list_->scrollTo(list_->currentIndex());
 }
 
 void TErrorLog::goToCurrent() {

@@ -39,6 +39,7 @@ private:
     QWidget* makeButtons();
     void copy() const;
     void goToCurrent();
+    void makeCurrent(int line);
 
     Settings& settings_;
     ErrorLogModel* model_;
