@@ -126,6 +126,20 @@ TEST_F(LogListTest, RemembersOrderWidthsAndSorting) {
     EXPECT_EQ(list.view().columnWidth(distance), 123) << "showing again changes no width";
 }
 
+TEST_F(LogListTest, HeadingsAreWholeWithoutRowsTooAndCommentsHaveRoom) {
+    TTripLogSummaryView list(context_);
+    const QHeaderView& header = *list.view().horizontalHeader();
+    for (const RowIndex rows : {0, 1}) {
+        list.show(&document_.trips());
+        ASSERT_EQ(document_.trips().rowCount(), rows);
+        for (int column = 0; column < header.count(); ++column)
+            EXPECT_GE(header.sectionSize(column), header.sectionSizeHint(column)) << column;
+        test::addTrip(document_, 1'000'000'000);
+    }
+    const int comments = list.model().indexOf("TTripLogCommentsColumn");
+    EXPECT_GT(header.sectionSize(comments), header.sectionSizeHint(comments) + 40);
+}
+
 TEST_F(LogListTest, CommentsAreEditedInTheListAndTakenBackInAnother) {
     test::addTrip(document_, 0);
     document_.troubles().insertRows(0, 1);

@@ -85,6 +85,8 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
     model_.setColumns(std::move(columns), std::move(rowTitle));
     if (!layout_.restored() && model_.rowCount() > 0)
         layout_.restore();
+    else if (!layout_.restored())
+        layout_.fitToTexts();
 }
 
 void TSpreadsheet::setCurrentRow(RowIndex row) {

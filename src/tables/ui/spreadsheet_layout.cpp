@@ -14,6 +14,11 @@ namespace quobrix {
 namespace {
 
 constexpr int kWidestFirst = 320;
+constexpr int kRemarkCharacters = 24; // that a column for people's own remarks has room for from the beginning
+
+bool takesRemarks(const Column& column) {
+    return column.kind() == ColumnKind::Text && column.editable() && column.requirements().need == Need::Optional;
+}
 
 } // namespace
 
@@ -33,8 +38,10 @@ SpreadsheetLayout::SpreadsheetLayout(Settings& settings, std::string section, QT
 
 void SpreadsheetLayout::fitToTexts() {
     view_.resizeColumnsToContents();
+    const int remark = std::min(view_.fontMetrics().averageCharWidth() * kRemarkCharacters, kWidestFirst);
     for (int i = 0; i < view_.horizontalHeader()->count(); ++i)
-        view_.setColumnWidth(i, std::min(view_.columnWidth(i) + 8, kWidestFirst));
+        view_.setColumnWidth(
+            i, std::clamp(view_.columnWidth(i) + 8, takesRemarks(model_.column(i)) ? remark : 0, kWidestFirst));
 }
 
 void SpreadsheetLayout::restore() {

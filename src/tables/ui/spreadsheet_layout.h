@@ -21,6 +21,8 @@ public:
     /// All of it must outlive the layout.
     SpreadsheetLayout(Settings& settings, std::string section, QTableView& view, const SpreadsheetModel& model);
 
+    /// Gives the columns the widths of what they show now: of their headings alone while there are no rows.
+    void fitToTexts();
     /// Gives the columns their texts' widths, then what is remembered of them.
     void restore();
     /// Stores what has been changed since restore().
@@ -32,8 +34,6 @@ public:
     void forget() { restored_ = false; }
 
 private:
-    void fitToTexts();
-
     Settings& settings_;
     std::string section_;
     QTableView& view_;
