@@ -104,9 +104,12 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
         return cells;
     });
     list_->showTable(names);
+    list_->setMinimumHeight(fontMetrics().lineSpacing() * 8); // a row, and what is said below it of a refused entry
     QHeaderView& header = *list_->view().horizontalHeader();
     header.setStretchLastSection(false);
-    header.setMinimumSectionSize(fontMetrics().averageCharWidth() * 11); // the first keys may be the shortest
+    // An entry without a key, and the mark that it is missing.
+    header.setMinimumSectionSize(fontMetrics().horizontalAdvance(QLatin1String(kEmptyCell)) +
+                                 2 * fontMetrics().height());
     header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
     connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] { fitKey(); });
 
@@ -252,6 +255,12 @@ DriverNamesDialog::DriverNamesDialog(const ViewContext& context, QWidget* parent
                               QStringLiteral("The name that a driver gets of whom a download brings only the "
                                              "identification number; without one, \"Unknown\" is shown")));
     addBelowList(group);
+    // As they lie: after the buttons beside the list, before those below the fields.
+    QWidget* before = findChild<QPushButton*>(QLatin1String(std::rbegin(kListButtons)->name));
+    for (QLineEdit* field : group->findChildren<QLineEdit*>()) {
+        setTabOrder(before, field);
+        before = field;
+    }
 }
 
 std::string DriverNamesDialog::newName() const { return context().settings.getText(kNewDriverSection, kDefaultName); }

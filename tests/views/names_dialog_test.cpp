@@ -166,6 +166,19 @@ TEST_F(NamesDialogTest, DriversGetTheNamesThatAreKeptForThem) {
     EXPECT_EQ(document_.drivers().name(0), "Trainee");
 }
 
+TEST_F(NamesDialogTest, TabGoesThroughTheDialogAsItLies) {
+    open<DriverNamesDialog>();
+    QStringList names;
+    for (QWidget* next = dialog_->findChild<QWidget*>(QStringLiteral("addName")); names.size() < 8;
+         next = next->nextInFocusChain())
+        if (const auto* button = qobject_cast<QPushButton*>(next))
+            names << button->text().remove(QLatin1Char('&'));
+        else if (qobject_cast<QLineEdit*>(next))
+            names << next->objectName();
+    EXPECT_EQ(names.join(QLatin1Char(' ')),
+              QStringLiteral("Add Delete Undo Redo Find... newDriverName unidentifiedDriverName Close"));
+}
+
 TEST_F(NamesDialogTest, TenThousandRowsAreSortedNamedAndDeleted) {
     constexpr int kCount = 10'000;
     Keys keys;
