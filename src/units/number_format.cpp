@@ -65,13 +65,17 @@ bool compose(const NumberFormat& format, Digits digits, bool negative, TextWrite
     const std::uint64_t places = separatorPlaces(format.grouping, digits.whole.size());
     const SignText sign = negative ? signText(format.negativeOrder) : SignText{};
 
-    std::size_t length = digits.whole.size() + sign.before.size() + sign.after.size() + digits.fraction.size();
-    if (places != 0)
+    // There are fewer separators than digits, and no more characters than bytes, so only long numbers are counted.
+    const std::size_t others = sign.before.size() + sign.after.size() + digits.fraction.size();
+    if (digits.whole.size() * (1 + format.thousandsSeparator.size()) + format.decimalSeparator.size() + others >
+        kMaxNumberCharacters) {
+        std::size_t length = digits.whole.size() + others;
         length += static_cast<std::size_t>(std::popcount(places)) * characters(format.thousandsSeparator);
-    if (!digits.fraction.empty())
-        length += characters(format.decimalSeparator);
-    if (length > kMaxNumberCharacters)
-        return false;
+        if (!digits.fraction.empty())
+            length += characters(format.decimalSeparator);
+        if (length > kMaxNumberCharacters)
+            return false;
+    }
 
     writer.append(sign.before);
     std::size_t from = 0;
