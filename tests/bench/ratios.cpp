@@ -49,7 +49,7 @@ void RatioReporter::printRatios(const std::vector<Ratio>& ratios) const {
 
 int runAndCompare(int argc, char** argv, const std::vector<Ratio>& ratios) {
     std::vector<std::string> defaults = {"--benchmark_repetitions=7", "--benchmark_enable_random_interleaving=true",
-                                         "--benchmark_report_aggregates_only=false", "--benchmark_min_time=0.05"};
+                                         "--benchmark_report_aggregates_only=false", "--benchmark_min_time=0.5"};
     std::vector<char*> arguments = {argv[0]};
     for (std::string& option : defaults)
         arguments.push_back(option.data());
