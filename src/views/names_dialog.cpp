@@ -5,6 +5,7 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "tables/ui/table_spreadsheet.h"
+#include "views/status_line.h"
 
 #include <QAction>
 #include <QDialogButtonBox>
@@ -15,6 +16,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStatusTipEvent>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -57,6 +59,7 @@ QPushButton* buttonOf(QAction& action, const ListButton& row) {
         button->setEnabled(action.isEnabled());
         button->setToolTip(QStringLiteral("%1 (%2)").arg(action.statusTip().chopped(1),
                                                          action.shortcut().toString(QKeySequence::NativeText)));
+        button->setStatusTip(action.statusTip());
         button->setAccessibleDescription(action.statusTip());
     };
     follow();
@@ -87,7 +90,7 @@ void addField(QFormLayout& form, const QString& label, QLineEdit* field) {
 } // namespace
 
 NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const NamesDialogSpec& spec, QWidget* parent)
-    : QDialog(parent), context_(context), names_(names), spec_(spec), left_(new QVBoxLayout) {
+    : QDialog(parent), context_(context), names_(names), spec_(spec), left_(new QVBoxLayout), status_(new StatusLine) {
     setObjectName(QLatin1String(spec.name));
     setWindowTitle(toQt(names.spec().title));
     list_ = new TTableSpreadsheet(context.spreadsheet(), {.name = std::string(spec.name) + " List",
@@ -111,7 +114,11 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     header.setMinimumSectionSize(fontMetrics().horizontalAdvance(QLatin1String(kEmptyCell)) +
                                  2 * fontMetrics().height());
     header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
-    connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] { fitKey(); });
+    connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] {
+        fitKey();
+        showStatus({});
+    });
+    connect(&list_->view(), &SpreadsheetView::selectionAltered, this, [this] { showStatus({}); });
 
     left_->addWidget(list_, 1);
     auto* columns = new QHBoxLayout;
@@ -128,6 +135,7 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(columns, 1);
+    layout->addWidget(status_);
     layout->addWidget(box);
 
     list_->setFocus();
@@ -173,6 +181,17 @@ void NamesDialog::fitKey() {
     const int width = view.sizeHintForIndex(cell).width() + markWidth;
     if (width > view.columnWidth(kKeyColumn))
         view.setColumnWidth(kKeyColumn, width);
+}
+
+void NamesDialog::showStatus(const QString& tip) {
+    status_->say(tip.isEmpty() ? list_->view().currentIndex().data(Qt::StatusTipRole).toString() : tip);
+}
+
+bool NamesDialog::event(QEvent* event) {
+    if (event->type() != QEvent::StatusTip)
+        return QDialog::event(event);
+    showStatus(static_cast<QStatusTipEvent*>(event)->tip());
+    return true;
 }
 
 std::string NamesDialog::newName() const {

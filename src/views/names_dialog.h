@@ -12,6 +12,7 @@ class QVBoxLayout;
 
 namespace quobrix {
 
+class StatusLine;
 class TTableSpreadsheet;
 enum class MessageId;
 
@@ -41,6 +42,8 @@ public:
     void done(int result) override;
 
 protected:
+    bool event(QEvent* event) override;
+
     /// NAMES must be a table of CONTEXT's document.
     NamesDialog(const ViewContext& context, NamesTable& names, const NamesDialogSpec& spec, QWidget* parent);
     const ViewContext& context() const { return context_; }
@@ -55,12 +58,15 @@ private:
     void selectWholeRows();
     /// Widens the column of keys for the one that has been typed.
     void fitKey();
+    /// Shows TIP at the foot; an empty one gives way to what there is to say of the current cell.
+    void showStatus(const QString& tip);
 
     ViewContext context_;
     NamesTable& names_;
     const NamesDialogSpec& spec_;
     TTableSpreadsheet* list_;
     QVBoxLayout* left_;
+    StatusLine* status_;
 };
 
 class TVehicleNamesDialog final : public NamesDialog {

@@ -9,14 +9,12 @@
 #include "platform/paths.h"
 #include "settings/settings.h"
 #include "support/sample_trip.h"
-#include "tables/ui/table_spreadsheet.h"
 #include "units/time_zone.h"
+#include "views/names_dialog.h"
 #include "views/trip_log_view.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QMainWindow>
-#include <QStatusBar>
 
 #include <array>
 #include <cstdio>
@@ -84,22 +82,12 @@ private:
                                                           "JM1BK32F781140112"});
         vehicles.column<TVehicleNamesNameColumn>().setAll(
             {"Blue van", "Family car", "Spare key", "", "Family car", "Trailer puller", "Ann's commuter"});
-        QMainWindow window;
-        auto* spreadsheet = new TTableSpreadsheet(
-            SpreadsheetContext{{units_, zone_}, settings_, &document.edits()},
-            SpreadsheetSpec{"Vehicles", QStringLiteral("Vehicles"), {}, SpreadsheetView::Use::Cells});
-        spreadsheet->showTable(vehicles);
-        window.setCentralWidget(spreadsheet);
-        window.resize(920, 340);
-        window.statusBar();
-        window.show();
-        spreadsheet->view().setColumnWidth(0, 380);
-        spreadsheet->view().setColumnWidth(1, 360);
-        spreadsheet->view().setFocus();
-        window.activateWindow();
+        TVehicleNamesDialog dialog({document, settings_, units_, zone_}, nullptr);
+        dialog.show();
+        dialog.activateWindow();
         QApplication::processEvents();
-        spreadsheet->setCurrentCell(4, 0);
-        return take("spreadsheet", window);
+        dialog.showCell("TVehicleNamesVinColumn", 4);
+        return take("spreadsheet", dialog);
     }
 
     bool take(const char* name, QWidget& widget) {

@@ -4,12 +4,14 @@
 #include "support/scripted_prompter.h"
 #include "support/view_fixture.h"
 #include "tables/ui/table_spreadsheet.h"
+#include "views/status_line.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStatusTipEvent>
 #include <QTest>
 
 #include <set>
@@ -177,6 +179,37 @@ TEST_F(NamesDialogTest, TabGoesThroughTheDialogAsItLies) {
             names << next->objectName();
     EXPECT_EQ(names.join(QLatin1Char(' ')),
               QStringLiteral("Add Delete Undo Redo Find... newDriverName unidentifiedDriverName Close"));
+}
+
+TEST_F(NamesDialogTest, TheFootSaysWhatIsWrongWithTheCurrentCellAndWhatCommandsDo) {
+    for (RowIndex row = 0; row < 3; ++row)
+        document_.vehicles().nameAll(Keys{document_.vehicles().key(row)}, row < 2 ? "Van" : "Car");
+    open<TVehicleNamesDialog>();
+    const auto* line = dialog_->findChild<StatusLine*>(QStringLiteral("statusLine"));
+    ASSERT_TRUE(line && line->isVisible());
+    const int height = line->height();
+    const QString wrong = QStringLiteral(
+        "It is recommended that this value be unique (case insensitive). This value may be in error. To find "
+        "out why, press Shift+F10 or right-click on this field.");
+    list().setCurrentCell(0, 1);
+    EXPECT_EQ(line->said(), wrong) << line->said().toStdString();
+    EXPECT_EQ(line->accessibleName(), wrong);
+    EXPECT_EQ(line->toolTip(), QString()) << "all of it is in view";
+
+    QStatusTipEvent prompt(QStringLiteral("Copies the selected cells as text."));
+    QApplication::sendEvent(&list(), &prompt); // as a menu does
+    EXPECT_EQ(line->said(), prompt.tip());
+    QStatusTipEvent none({});
+    QApplication::sendEvent(&list(), &none);
+    EXPECT_EQ(line->said(), wrong);
+
+    ASSERT_TRUE(document_.edits().type(document_.vehicles().id(), 1, 1, "Truck", context_.text()).ok());
+    EXPECT_EQ(line->said(), QStringLiteral("The name by which this vehicle is shown.")) << "it is right again";
+    document_.edits().undo();
+    dialog_->resize(dialog_->minimumSizeHint());
+    QApplication::processEvents();
+    EXPECT_EQ(line->height(), height);
+    EXPECT_TRUE(line->text().endsWith(QChar(0x2026)) && line->toolTip() == wrong) << line->text().toStdString();
 }
 
 TEST_F(NamesDialogTest, TenThousandRowsAreSortedNamedAndDeleted) {
