@@ -251,6 +251,7 @@ Result<void> TDocument::save(const SaveOptions& options) {
 }
 
 Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& options) {
+    QUOBRIX_TRY(unchangedOnDisk()); // while the backup was made, or a question was open
     Result<void> done = writeTo(*state_.file.compound);
     if (done)
         done = options.runDisk([&](DiskProgress&) -> Result<void> {

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -310,6 +311,49 @@ TEST_F(DocumentSafety, AFileThatHasChangedIsNotOverwrittenUnasked) {
         addTrip(document, kStart + 7200);
         ASSERT_TRUE(document.save());
         EXPECT_EQ(tripsIn(path_), 3u);
+    }
+}
+
+TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnasked) {
+    TQuobrixDocument other;
+    for (int i = 0; i < 9; ++i)
+        addTrip(other, kStart + 86400 * i);
+    ASSERT_TRUE(other.saveAs(folder_ / "Theirs.car"));
+    const std::string mine = bytes(path_), theirs = bytes(folder_ / "Theirs.car");
+    for (const bool question : {false, true}) { // whether to save without it
+        SCOPED_TRACE(question);
+        fs::remove(backup_);
+        if (question)
+            fs::create_directory(backup_);
+        put(path_, mine);
+        bool changes = true;
+        const auto change = [&] {
+            if (std::exchange(changes, false))
+                put(path_, theirs);
+        };
+        const SaveOptions options{.saveWithoutBackup =
+                                      [&](const Error&) {
+                                          change();
+                                          return true;
+                                      },
+                                  .runDisk =
+                                      [&](const DiskWork& work) {
+                                          DiskProgress progress;
+                                          const Result<void> done = work(progress);
+                                          change();
+                                          return done;
+                                      }};
+        TQuobrixDocument document;
+        openAndAdd(document);
+        EXPECT_EQ(kindOf(document.save(options)), ErrorKind::Changed);
+        EXPECT_EQ(bytes(path_), theirs);
+        EXPECT_TRUE(document.modified());
+        EXPECT_EQ(kindOf(document.save(options)), ErrorKind::Changed) << "until the person has decided";
+        ASSERT_TRUE(document.overwrite(options));
+        EXPECT_EQ(tripsIn(path_), 2u);
+        if (!question) {
+            EXPECT_EQ(bytes(backup_), theirs);
+        }
     }
 }
 
