@@ -282,7 +282,7 @@ void SpreadsheetModel::tableChanged(const TableChange& change) {
         return removePlaces(change.rows);
     // Computed columns change with others of their row, and names with the tables that they come from.
     const RowRun& rows = change.rows.front();
-    const bool oneRow = own && rows.count == 1;
+    const bool oneRow = own && rows.count == 1 && !marksOtherRows(change);
     const int first = oneRow ? placeOf(rows.first) : 0;
     const int last = oneRow ? first : rowCount() - 1;
     if (last < first)
@@ -292,6 +292,16 @@ void SpreadsheetModel::tableChanged(const TableChange& change) {
         emit rowsEdited(rows.first, rows.count);
     else
         emit othersEdited();
+}
+
+bool SpreadsheetModel::marksOtherRows(const TableChange& change) const {
+    for (std::size_t i = 0; i < sources_.size(); ++i) {
+        const Requirements& needs = specs_[i]->requirements;
+        const bool unique = needs.mustBeUnique != Uniqueness::None || needs.shouldBeUnique != Uniqueness::None;
+        if (unique && sources_[i].column >= change.firstColumn && sources_[i].column <= change.lastColumn)
+            return true;
+    }
+    return false;
 }
 
 void SpreadsheetModel::insertPlaces(const RowRuns& rows) {

@@ -113,11 +113,12 @@ private:
 
     bool hasCell(int place, int column) const;
     QString unitOf(int column) const;
-    QString explanation(const Finding& finding) const;
     void applyOrder();
 
     void tableChanged(const TableChange& change) override;
     void historyChanged() override { emit editHistoryChanged(); }
+    /// Cells of other rows are marked by what stands in the columns that CHANGE is about.
+    bool marksOtherRows(const TableChange& change) const;
     void insertPlaces(const RowRuns& rows);
     void removePlaces(const RowRuns& rows);
     void replacePlaces(std::size_t first, std::size_t before, std::size_t after, RowOrder order);

@@ -6,6 +6,8 @@
 #include <QLineEdit>
 #include <QScrollBar>
 
+#include <map>
+
 namespace quobrix::test {
 namespace {
 
@@ -183,6 +185,29 @@ TEST_F(SpreadsheetEditing, WhatIsWrongIsMarkedAndExplained) {
     goTo(0, S::Name);
     press(Qt::Key_F2);
     EXPECT_EQ(editor()->accessibleName(), "Name, row 1");
+}
+
+TEST_F(SpreadsheetEditing, RowsThatAreMarkedByAnEditElsewhereArePaintedAnew) {
+    std::map<int, QString> shown; // by place: how the key is marked for all that the view has been told
+    const auto look = [&](int first, int last) {
+        for (int place = first; place <= last; ++place)
+            shown[place] = sheet().model().index(place, S::Key).data(Qt::ToolTipRole).toString();
+    };
+    QObject::connect(&sheet().model(), &QAbstractItemModel::dataChanged,
+                     [&](const QModelIndex& from, const QModelIndex& to) {
+                         if (from.column() <= S::Key && to.column() >= S::Key)
+                             look(from.row(), to.row());
+                     });
+    table_.column<SampleKey>().set(1, "k10");
+    look(0, 5);
+    const QString wrong = "This value must be unique (case insensitive).";
+    EXPECT_EQ(shown[0], wrong);
+    goTo(1, S::Key);
+    typeText("fine");
+    press(Qt::Key_Return);
+    EXPECT_NE(shown[0], wrong);
+    trigger(SpreadsheetCommand::Undo);
+    EXPECT_EQ(shown[0], wrong);
 }
 
 TEST_F(SpreadsheetEditing, ALockedDocumentSaysWhyBesideTheCell) {
