@@ -240,14 +240,17 @@ Result<void> TDocument::save(const SaveOptions& options) {
         return Error{ErrorKind::NotFound, "the document has no file yet"};
     QUOBRIX_TRY(tryWriting());
     QUOBRIX_TRY(unchangedOnDisk());
+    backupProblem_.reset();
     if (!modified())
         return {};
     const Result<fs::path> target = resolveLinks(state_.path);
     if (!target)
         return target.error();
+    const auto work = [&] { return writeInPlace(*target, options); };
+    if (kept_.contains(*target, state_.snapshot))
+        return work();
     const auto copy = [this](File& to) { return state_.file.compound->copyTo(to); };
-    return keepingBackup(
-        *target, copy, options, [&] { return writeInPlace(*target, options); }, false);
+    return keepingBackup(*target, copy, options, work, std::nullopt);
 }
 
 Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& options) {
@@ -260,9 +263,10 @@ Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& 
         });
     // Whatever came of it, the file looks as it does by our doing, as long as it is the same file.
     const Result<FileSnapshot> now = lookAtDisk();
-    if (now && now->status.identity == state_.snapshot.status.identity)
+    if (now && now->status.identity == state_.snapshot.status.identity) {
+        kept_.follow(target, state_.snapshot, *now);
         state_.snapshot = *now;
-    else if (done && now)
+    } else if (done && now)
         done = Error{ErrorKind::Changed, pathText(state_.path) + " was replaced while it was saved"};
     if (!done)
         return done;
@@ -299,14 +303,24 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
         if (!there && there.error().kind != ErrorKind::AccessDenied)
             return there.error();
     }
-    if (path == state_.path) // what is there is not what was kept before
-        backedUp_.erase(*target);
     const auto build = [&](ReplacementFile& replacement) { return buildWhole(replacement, options); };
-    bool replaced = false;
+    std::optional<FileSnapshot> replaced;
     const auto work = [&] { return putInPlace(path, options, build, replaced); };
     files_.removeAbandoned(target->parent_path());
+    backupProblem_.reset();
     if (!own && !there && there.error().kind == ErrorKind::NotFound)
         return work();
+    if (there) {
+        const Result<FileSnapshot> now = FileSnapshot::of(files_, *target, there->get());
+        if (!now)
+            return now.error();
+        if (kept_.unfinished(*target, *now)) { // a try that failed at the very end; what it replaced is the backup
+            const Result<void> done = work();
+            if (replaced)
+                kept_.add(*target, *replaced, bool(done));
+            return done;
+        }
+    }
     const auto copy = [&](File& to) {
         return own ? copyFile(*state_.file.disk, to) : there ? copyFile(**there, to) : there.error();
     };
@@ -380,10 +394,14 @@ Result<void> TDocument::compact(const SaveOptions& options) {
     if (!store().damage().empty())
         return Error{ErrorKind::Corrupt, store().damage().front().what};
     QUOBRIX_TRY(save(options));
-    bool replaced = false;
-    return putInPlace(
+    const FileSnapshot before = state_.snapshot;
+    std::optional<FileSnapshot> replaced;
+    const Result<void> done = putInPlace(
         state_.path, options, [&](ReplacementFile& replacement) { return buildCompact(replacement, options); },
         replaced);
+    if (replaced)
+        kept_.follow(state_.path, before, *replaced);
+    return done;
 }
 
 Result<TDocument::OpenFile> TDocument::buildCompact(ReplacementFile& replacement, const SaveOptions& options) {
@@ -402,10 +420,10 @@ Result<TDocument::OpenFile> TDocument::buildCompact(ReplacementFile& replacement
     return file;
 }
 
-/// Renames the file that BUILD makes, durably, over PATH and goes on there. REPLACED: that has happened, even if it was
-/// not reported as durable.
+/// Renames the file that BUILD makes, durably, over PATH and goes on there. REPLACED is that file once it is in place,
+/// even if that was not reported as durable.
 Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& options, const Build& build,
-                                   bool& replaced) {
+                                   std::optional<FileSnapshot>& replaced) {
     Result<ReplacementFile> replacement = ReplacementFile::create(path, {}, files_);
     if (!replacement)
         return replacement.error();
@@ -417,7 +435,8 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
         return snapshot.error();
     const bool own = path == state_.path;
     const Result<void> renamed = options.runDisk([&](DiskProgress&) { return replacement->commit(); });
-    replaced = replacement->inPlace();
+    if (replacement->inPlace())
+        replaced = *snapshot;
     if (!renamed && !(own && replaced)) // the document's own file is gone then
         return renamed;
     state_.store->attach(*file->compound);
@@ -435,12 +454,12 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
 
 // The backup
 
-/// Runs WORK, which changes TARGET, or replaces it and says so in REPLACED, and keeps what COPY copies of it as its
-/// backup, once a run.
+/// Runs WORK, which changes the document's file TARGET, or replaces TARGET and says by what in REPLACED, and keeps what
+/// COPY copies of it as its backup.
 Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, const SaveOptions& options,
-                                      const std::function<Result<void>()>& work, const bool& replaced) {
-    backupProblem_.reset();
-    if (!keepsBackup(target) || backedUp_.contains(target))
+                                      const std::function<Result<void>()>& work,
+                                      const std::optional<FileSnapshot>& replaced) {
+    if (!keepsBackup(target))
         return work();
     const auto goOnWithout = [&](const Error& reason) -> Result<void> {
         if (reason.kind == ErrorKind::Cancelled || !options.saveWithoutBackup)
@@ -461,12 +480,12 @@ Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, 
     }
     if (!done && !replaced) // a file that is gone needs its backup, whatever else went wrong
         return done;
-    if (backup)
-        if (const Result<void> kept = options.runDisk([&](DiskProgress&) { return backup->commit(); }); !kept) {
-            backupProblem_ = kept.error();
-            return done;
-        }
-    backedUp_.insert(target);
+    if (!backup) // which the next save tries again
+        return done;
+    if (const Result<void> kept = options.runDisk([&](DiskProgress&) { return backup->commit(); }); kept)
+        kept_.add(target, replaced ? *replaced : state_.snapshot, bool(done));
+    else
+        backupProblem_ = kept.error();
     return done;
 }
 

@@ -4,6 +4,7 @@
 #include "document/compound_file.h"
 #include "document/disk_work.h"
 #include "document/file_snapshot.h"
+#include "document/kept_files.h"
 #include "document/object_store.h"
 #include "platform/file_system.h"
 
@@ -11,7 +12,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <set>
 
 namespace quobrix {
 
@@ -34,8 +34,9 @@ void writeDocumentStream(CompoundFile& file);
 /// open(), save() and the others either happen or do not: on failure the document is what it was before, in memory and
 /// on disk.
 ///
-/// The file as it was before the first change of a run is kept as NAME.car.bak beside it. It is complete before the
-/// save begins and takes its place when the save is durable, so that at every moment file or backup is whole.
+/// The file as it was before the first change of a run is kept as NAME.car.bak beside it, and so is it when another
+/// program has been at it since, or when another document replaces it. The backup is complete before the save begins
+/// and takes its place when the save is durable, so that at every moment file or backup is whole.
 class TDocument {
 public:
     enum class Access {
@@ -134,9 +135,9 @@ private:
     Result<OpenFile> buildWhole(ReplacementFile& replacement, const SaveOptions& options);
     Result<OpenFile> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
     Result<void> putInPlace(const std::filesystem::path& path, const SaveOptions& options, const Build& build,
-                            bool& replaced);
+                            std::optional<FileSnapshot>& replaced);
     Result<void> keepingBackup(const std::filesystem::path& target, const Copy& copy, const SaveOptions& options,
-                               const std::function<Result<void>()>& work, const bool& replaced);
+                               const std::function<Result<void>()>& work, const std::optional<FileSnapshot>& replaced);
     Result<ReplacementFile> makeBackup(const std::filesystem::path& target, const Copy& copy,
                                        const SaveOptions& options);
     Result<void> checkSpace(const std::filesystem::path& target, std::uint64_t bytes) const;
@@ -144,7 +145,7 @@ private:
     const TypeRegistry& types_;
     FileSystem& files_;
     State state_;
-    std::set<std::filesystem::path> backedUp_; // in this run
+    KeptFiles kept_;
     std::optional<Error> backupProblem_;
 };
 

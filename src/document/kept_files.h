@@ -1,0 +1,30 @@
+#pragma once
+
+#include "document/file_snapshot.h"
+
+#include <filesystem>
+#include <map>
+
+namespace quobrix {
+
+/// The files of which this run has kept a backup, as it left them itself. While they look so, nothing is lost when it
+/// changes them again, and the backup stays the file from before the run; otherwise somebody else has been at work.
+class KeptFiles {
+public:
+    /// PATH, which looks like NOW, holds only this run's work on what was kept.
+    bool contains(const std::filesystem::path& path, const FileSnapshot& now) const;
+    /// Likewise, and it was put in place of what was kept without becoming durable, so that nobody takes it for saved.
+    bool unfinished(const std::filesystem::path& path, const FileSnapshot& now) const;
+    void add(const std::filesystem::path& path, const FileSnapshot& left, bool durable);
+    /// This run has changed PATH from BEFORE to AFTER.
+    void follow(const std::filesystem::path& path, const FileSnapshot& before, const FileSnapshot& after);
+
+private:
+    struct Entry {
+        FileSnapshot left;
+        bool durable;
+    };
+    std::map<std::filesystem::path, Entry> files_; // by paths without links
+};
+
+} // namespace quobrix
