@@ -57,6 +57,7 @@ TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetS
     connect(view_->horizontalHeader(), &QWidget::customContextMenuRequested, this, &TSpreadsheet::showHeaderMenu);
     connect(&model_, &QAbstractItemModel::layoutChanged, this, &TSpreadsheet::orderChanged);
     connect(&model_, &QAbstractItemModel::modelReset, commands_, &SpreadsheetCommands::refresh);
+    connect(&model_, &SpreadsheetModel::firstRowsInserted, this, &TSpreadsheet::showFirstRows);
     connect(&model_, &SpreadsheetModel::rowsEdited, this, &TSpreadsheet::rowsEdited);
     connect(&model_, &SpreadsheetModel::othersEdited, this, [this] {
         if (model_.sorted())
@@ -87,6 +88,12 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
         layout_.restore();
     else if (!layout_.restored())
         layout_.fitToTexts();
+}
+
+void TSpreadsheet::showFirstRows() {
+    if (!layout_.restored())
+        layout_.restore();
+    view_->goTo(model_.index(0, shownColumns(*view_).front()));
 }
 
 void TSpreadsheet::setCurrentRow(RowIndex row) {

@@ -113,6 +113,8 @@ private:
     void chooseColumns();
     void showMenu(const QPoint& position);
     void showHeaderMenu(const QPoint& position);
+    /// A list that had no rows gets its layout, which depends on their texts, and a current cell.
+    void showFirstRows();
     void rowsEdited(RowIndex row, std::size_t rows);
     void followHistory();
 

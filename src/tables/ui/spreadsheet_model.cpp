@@ -307,6 +307,7 @@ bool SpreadsheetModel::marksOtherRows(const TableChange& change) const {
 void SpreadsheetModel::insertPlaces(const RowRuns& rows) {
     const std::size_t count = countRows(rows);
     const std::size_t first = rows.front().first;
+    const bool firstRows = order_.size() == 0;
     if (!order_.rows().empty()) {
         const std::size_t end = order_.size();
         RowOrder order = order_;
@@ -324,6 +325,8 @@ void SpreadsheetModel::insertPlaces(const RowRuns& rows) {
         order.insert(rows);
         replacePlaces(first, block - count, block, std::move(order));
     }
+    if (firstRows)
+        emit firstRowsInserted();
     emit rowsEdited(first, rows.back().end() - first);
 }
 

@@ -96,6 +96,8 @@ public:
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
 signals:
+    /// Rows have come by an edit to where there were none.
+    void firstRowsInserted();
     /// Values of stored rows have changed, so that the rows may not be in order any more.
     void rowsEdited(quobrix::RowIndex row, std::size_t rows);
     /// Values of another table have changed, which may be shown here under its names.

@@ -2,6 +2,7 @@
 
 #include "tables/ui/column_chooser.h"
 
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QListWidget>
@@ -36,6 +37,25 @@ TEST_F(SpreadsheetLayoutTest, IsRememberedWithHiddenColumnsAndSorting) {
     EXPECT_EQ(second->model().storedRow(0), 5u);
     second->view().showColumn(S::Name);
     EXPECT_EQ(second->view().columnWidth(S::Name), 77);
+}
+
+TEST_F(SpreadsheetLayoutTest, AListThatWasEmptyGetsItWithItsFirstRows) {
+    settings_.setText("Sample", "Columns", "SampleSpeed:123");
+    settings_.setText("Sample", "Sort", "-SampleKey");
+    table_.removeRows(0, 6);
+    auto list = makeSheet();
+    SpreadsheetView& view = list->view();
+    const int heading = view.columnWidth(S::Key);
+    QApplication::clipboard()->setText("A rather long key\tAnn\nB\tBob\n");
+    list->commands().action(SpreadsheetCommand::Paste).trigger();
+    EXPECT_GT(view.columnWidth(S::Key), heading);
+    EXPECT_EQ(view.columnWidth(S::Speed), 123);
+    EXPECT_EQ(view.horizontalHeader()->visualIndex(S::Speed), 0);
+    EXPECT_EQ(list->model().text(0, S::Key), "B") << "sorted";
+    EXPECT_EQ(view.currentIndex(), list->model().index(0, S::Speed)) << "for F2 and for typing";
+    view.setColumnWidth(S::Speed, 99);
+    list.reset();
+    EXPECT_EQ(settings_.getText("Sample", "Columns").substr(0, 15), "SampleSpeed:99 ");
 }
 
 TEST_F(SpreadsheetLayoutTest, ColumnsAreChosenByTheKeyboard) {
