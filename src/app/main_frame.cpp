@@ -215,6 +215,7 @@ QList<NamesDialog*> TQuobrixFrame::namesDialogs() const {
 }
 
 void TQuobrixFrame::historyChanged() {
+    context_.document.forgetUnchanged();
     updateTitle();
     if (Page* home = pages_->page(kHomePage)) // lists follow edits by themselves
         home->refresh();

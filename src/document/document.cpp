@@ -253,8 +253,14 @@ Result<void> TDocument::save(const SaveOptions& options) {
     return keepingBackup(*target, copy, options, work, std::nullopt);
 }
 
+void TDocument::forgetUnchanged() {
+    if (!state_.saveFailed)
+        store().forgetUnchanged();
+}
+
 Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& options) {
     QUOBRIX_TRY(unchangedOnDisk()); // while the backup was made, or a question was open
+    state_.saveFailed = true;
     Result<void> done = writeTo(*state_.file.compound);
     if (done)
         done = options.runDisk([&](DiskProgress&) -> Result<void> {
@@ -271,6 +277,7 @@ Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& 
     if (!done)
         return done;
     state_.nameDurable = true;
+    state_.saveFailed = false;
     store().saved();
     return {};
 }
@@ -444,6 +451,7 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     state_.path = path;
     state_.snapshot = *snapshot;
     state_.nameDurable = bool(renamed);
+    state_.saveFailed = !renamed;
     if (!renamed)
         return renamed;
     store().saved();

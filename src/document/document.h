@@ -83,6 +83,8 @@ public:
     std::optional<Error> readOnlyReason() const { return state_.damage ? state_.damage : state_.readOnlyReason; }
     /// Anything that the next save would write.
     bool modified() const { return store().modified(); }
+    /// After edits have been undone: if the next save would write what the file holds already, nothing is modified.
+    void forgetUnchanged();
     CompoundFile::Space space() const;
     /// The number of the document's format: that in its file, if it has one.
     std::uint32_t format() const;
@@ -118,6 +120,7 @@ private:
         bool nameDurable = true;             // after a renaming that could not be flushed: not yet
         std::optional<Error> readOnlyReason; // as it was opened
         std::optional<Error> damage;
+        bool saveFailed = false; // the last time: what the open file holds may be nowhere else
     };
     using Copy = std::function<Result<void>(File&)>; // durable when it returns
     using Build = std::function<Result<OpenFile>(ReplacementFile&)>;

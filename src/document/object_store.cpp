@@ -381,6 +381,15 @@ void ObjectStore::destroy(ObjectId id) {
     object->deleting();
 }
 
+Bytes ObjectStore::streamOf(const PersistentObject& object) {
+    ByteWriter out;
+    out.reserve(kMostObjects);
+    out.u32(object.type().id());
+    out.u8(object.type().schema);
+    object.write(out);
+    return out.take();
+}
+
 Result<void> ObjectStore::save(CompoundFile& file) {
     for (const ObjectId id : deletedStreams_)
         file.remove(streamName(id));
@@ -410,12 +419,7 @@ Result<void> ObjectStore::save(CompoundFile& file) {
             continue;
         if (written++ % kSpillInterval == kSpillPhase)
             QUOBRIX_TRY(file.spill());
-        ByteWriter out;
-        out.reserve(kMostObjects);
-        out.u32(entry.object->type().id());
-        out.u8(entry.object->type().schema);
-        entry.object->write(out);
-        file.write(streamName(entry.id), out.take());
+        file.write(streamName(entry.id), streamOf(*entry.object));
     }
     if (writeIndex) {
         // What stands in for a lost singleton is named without an object, so that nobody takes this index for whole.
@@ -431,6 +435,17 @@ Result<void> ObjectStore::save(CompoundFile& file) {
         file.write(kSingletonIdsStream, singletons.take());
     }
     return {};
+}
+
+void ObjectStore::forgetUnchanged() {
+    if (!modified_ || !file_ || indexModified_ || indexDamaged_ || version_ != kVersion)
+        return;
+    Bytes stored;
+    for (const Slot& entry : slots_)
+        if (entry.object && entry.object->modified_ &&
+            (!file_->read(streamName(entry.id), stored) || stored != streamOf(*entry.object)))
+            return;
+    saved();
 }
 
 void ObjectStore::saved() {

@@ -84,6 +84,9 @@ public:
     Result<void> save(CompoundFile& file);
     /// What save() wrote is durable: nothing is modified any more.
     void saved();
+    /// If everything modified is, byte for byte, what the file holds that is loaded from (all edits were undone),
+    /// nothing is modified any more.
+    void forgetUnchanged();
 
     /// Number of objects in the index, loaded or not.
     std::size_t objectCount() const { return slots_.size(); }
@@ -127,6 +130,7 @@ private:
     PersistentObject* findTyped(ObjectId id, const PersistentType& type);
     PersistentObject& singletonOf(const PersistentType& type);
     PersistentObject* existingSingletonOf(const PersistentType& type);
+    static Bytes streamOf(const PersistentObject& object);
     Slot* slot(ObjectId id);
     const Slot* slot(ObjectId id) const;
     PersistentObject* loadInto(Slot& slot);

@@ -48,6 +48,17 @@ double baseFromMetric(std::int32_t parameter, double metric) {
     return toBaseFrom(loggerUnitOfParameter(parameter), metric);
 }
 
+std::string ParameterColumn::selection(std::int32_t code) const {
+    return code == kFuelSystemStatusParameter ? "Fuel System Status" : std::string(parameterName(code));
+}
+
+std::vector<Selection> ParameterColumn::selections() const {
+    std::vector<Selection> all;
+    for (std::int32_t code = 1; code <= kParameterCount; ++code)
+        all.push_back({code, selection(code)});
+    return all;
+}
+
 void ParameterSeriesColumn::setSeries(std::int32_t parameter, bool twoValues, std::int32_t interval,
                                       const std::vector<double>& metric) {
     parameter_ = parameter;

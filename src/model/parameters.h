@@ -70,8 +70,11 @@ private:
 
 /// A parameter identifier, shown by name.
 class ParameterColumn : public SelectionColumn {
+public:
+    std::vector<Selection> selections() const override;
+
 protected:
-    std::string selection(std::int32_t code) const override { return std::string(parameterName(code)); }
+    std::string selection(std::int32_t code) const override;
 };
 
 /// How a fuel system status byte stands in the tables of a trip.

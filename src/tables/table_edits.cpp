@@ -235,22 +235,25 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
 }
 
 EditOutcome TableEdits::fill(ObjectId id, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
-                             std::string_view text, const TextContext& context) {
+                             std::string_view text, const TextContext& context, std::string_view description) {
     const Table* table = find(id);
     if (!table)
         return refused(kDamaged);
     std::vector<CellEdit> cells;
     for (const std::size_t index : columns) {
         const Column& column = table->column(index);
-        if (!column.editable())
-            return refused(kNotEditable, index);
         const Parsed parsed = column.parse(text, context);
-        if (!parsed.ok())
-            return refused(parsed.refusal, index);
-        for (const RowIndex row : rows)
+        for (const RowIndex row : rows) {
+            if (!column.editable())
+                return refused(kNotEditable, index, row);
+            if (row < table->rowCount() && text == column.editText(row, context))
+                continue; // nothing changes, even where it could not be typed: a missing driver's name
+            if (!parsed.ok())
+                return refused(parsed.refusal, index, row);
             cells.push_back({index, row, parsed.value});
+        }
     }
-    return apply(id, 0, std::move(cells), context, "fill");
+    return apply(id, 0, std::move(cells), context, std::string(description));
 }
 
 EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) {

@@ -88,9 +88,10 @@ public:
     /// block of another shape is refused with kIncompatiblePaste.
     EditOutcome paste(ObjectId table, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
                       const TabbedText& block, const TextContext& context);
-    /// Sets every given cell to what TEXT means there, all or none.
+    /// Sets every given cell to what TEXT means there, as if it had been typed into each, all or none, as one step
+    /// called DESCRIPTION ("cut", where TEXT is empty).
     EditOutcome fill(ObjectId table, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
-                     std::string_view text, const TextContext& context);
+                     std::string_view text, const TextContext& context, std::string_view description);
     /// Inserts COUNT empty rows before row AT (the row count: adds them at the end).
     EditOutcome insertRows(ObjectId table, RowIndex at, std::size_t count = 1);
     /// Deletes rows, given in any order.

@@ -174,7 +174,7 @@ void HomePage::refresh() {
     const TVehicleNamesTable& vehicles = document.vehicles();
     std::string names;
     for (RowIndex row = 0; row < std::min(vehicles.rowCount(), kMostVehicles); ++row)
-        names += (row == 0 ? "" : ", ") + (vehicles.name(row).empty() ? vehicles.key(row) : vehicles.name(row));
+        names += (row == 0 ? "" : ", ") + std::string(vehicles.displayName(vehicles.key(row)));
     if (vehicles.rowCount() > kMostVehicles)
         names += " and " +
                  context_.units.formatInteger(static_cast<std::int64_t>(vehicles.rowCount() - kMostVehicles)) + " more";

@@ -86,7 +86,7 @@ public:
             edits.removeRows(id, {row, below(table.rowCount() + 1)});
             break;
         case 2:
-            edits.fill(id, {{column}}, std::vector<RowIndex>{row, row / 2}, text(), context_);
+            edits.fill(id, {{column}}, std::vector<RowIndex>{row, row / 2}, text(), context_, "fill");
             break;
         case 3: {
             TabbedText block(2);
@@ -167,6 +167,31 @@ TEST_F(DocumentEdits, EditsChangeTheDocumentAndItsNames) {
     EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(3, context_), "Blue van");
     edits().undo();
     EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(3, context_), "Unknown #1");
+}
+
+TEST_F(DocumentEdits, WhatIsUndoneNeedsNoSaving) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(document_.saveAs(folder / "My own.car"));
+    for (const char* comment : {"Rain", "Snow"})
+        ASSERT_TRUE(type(document_.trips(), "TTripLogCommentsColumn", 0, comment).ok());
+    for (const bool modified : {true, false}) {
+        edits().undo();
+        document_.forgetUnchanged();
+        EXPECT_EQ(document_.modified(), modified);
+    }
+    edits().redo();
+    document_.forgetUnchanged();
+    EXPECT_TRUE(document_.modified());
+    ASSERT_TRUE(document_.save());
+    edits().undo();
+    document_.forgetUnchanged();
+    EXPECT_TRUE(document_.modified()) << "the file has the edit";
+    edits().redo();
+    document_.forgetUnchanged();
+    EXPECT_FALSE(document_.modified());
+    addTrip(document_, 1'500'000'000);
+    document_.forgetUnchanged();
+    EXPECT_TRUE(document_.modified());
 }
 
 TEST_F(DocumentEdits, RecordsTakeCommentsOnly) {

@@ -224,6 +224,21 @@ TEST_F(NameEditing, DriversWithoutNamesMayStaySoInABlockThatNamesOthers) {
     EXPECT_EQ(names(drivers), (Keys{"", "Ann", ""}));
 }
 
+TEST_F(NameEditing, EmptyingANameIsTypingNothing) {
+    const DriverNamesTable& drivers = document_.drivers();
+    document_.drivers().addMissing(Keys{"1", "2"});
+    ASSERT_EQ(type(drivers, 1, 1, "Ann"), "");
+    const std::vector<std::size_t> name{1};
+    const auto empty = [&](const Rows& rows) { return edits_.fill(drivers.id(), name, rows, {}, context_, "cut"); };
+    const EditOutcome refused = empty({0, 1});
+    EXPECT_EQ(refused.refusal, "Not a valid driver name. Length should be 1-20 characters long.");
+    EXPECT_EQ(refused.row, 1u);
+    edits_.clear();
+    EXPECT_TRUE(empty({0}).ok());
+    EXPECT_FALSE(edits_.canUndo()) << "there was nothing to empty";
+    EXPECT_EQ(names(drivers), (Keys{"", "Ann"}));
+}
+
 TEST_F(NameEditing, AKeyInUseIsKeptAndItsNameIsNot) {
     test::addTrip(document_, 1'700'000'000);
     const TVehicleNamesTable& vehicles = document_.vehicles();

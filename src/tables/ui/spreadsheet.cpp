@@ -287,7 +287,7 @@ void TSpreadsheet::paste() {
             rows.push_back(model_.storedRow(static_cast<int>(place)));
 
     const ObjectId id = table()->id();
-    EditOutcome outcome = one ? context_.edits->fill(id, columns, rows, cells->cell(0, 0), context_.text)
+    EditOutcome outcome = one ? context_.edits->fill(id, columns, rows, cells->cell(0, 0), context_.text, "paste")
                               : context_.edits->paste(id, columns, rows, *cells, context_.text);
     if (outcome.row != Finding::kNoRow) { // one cell of the clipboard does not fit: which, and why
         const std::string heading = plainHeading(table()->column(outcome.column).spec());
@@ -311,11 +311,7 @@ void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view descripti
     }
     for (const int place : block.places)
         rows.push_back(model_.storedRow(place));
-    std::vector<CellEdit> cells;
-    for (const RowIndex row : rows)
-        for (const std::size_t column : columns)
-            cells.push_back({column, row, {}});
-    report(context_.edits->set(table()->id(), std::move(cells), context_.text, description), refusal);
+    report(context_.edits->fill(table()->id(), columns, rows, {}, context_.text, description), refusal);
 }
 
 void TSpreadsheet::deleteSelection() { emptyCells(selectedBlock(*view_, model_), "delete", MessageId::CannotDelete); }

@@ -309,8 +309,12 @@ void UnitSystemDialog::chooseSystem(const std::string& name) {
 
 bool UnitSystemDialog::newSystem(const std::string& suggestion) {
     NewUnitSystemDialog dialog(store_, prompter_, suggestion, units_.name(), this);
-    if (dialog.exec() != QDialog::Accepted ||
-        !told(store_.newSystem(dialog.name(), dialog.base()), FileAction::Save, dialog.name()))
+    if (dialog.exec() != QDialog::Accepted)
+        return false;
+    // On another base, what was changed in this one does not come along.
+    if (dialog.base() != units_.name() && !settleChanges())
+        return false;
+    if (!told(store_.newSystem(dialog.name(), dialog.base()), FileAction::Save, dialog.name()))
         return false;
     changes_.clear();
     return true;

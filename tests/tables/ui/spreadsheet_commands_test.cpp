@@ -174,6 +174,7 @@ TEST_F(SpreadsheetCommandsTest, WhatDoesNotFitIsRefusedAsAWhole) {
         {"1\t2\n3\n", S::Count, foreign},
         {"1\t2", S::Recorded, foreign + "\n\nRow 1, Recorded: This is not editable; see Help for more information."},
         {"a\tb\tc", S::Recorded, foreign},
+        {"x", S::Count, foreign + "\n\nRow 1, Count: Hey, that's not an integer!"},
         {"k2", S::Key, foreign + "\n\nRow 1, Key: This value must be unique (case insensitive)."},
     };
     for (const Case& each : cases) {

@@ -254,6 +254,27 @@ TEST_F(UnitSystemDialogTest, ChangesOfALockedSystemAreOfferedToBeKept) {
     dialog_.reset();
 }
 
+TEST_F(UnitSystemDialogTest, ANewSystemOnAnotherBaseDoesNotDropChangesUnasked) {
+    ASSERT_TRUE(store_.loadSystem("U.S."));
+    ScriptedPrompter script{{MessageId::KeepUnitChanges, std::nullopt}};
+    open(script);
+    chooseUnit(2);
+    const UnitId changed = units_.unit(UnitTypeId::Speed);
+    QTimer::singleShot(0, qApp, [] {
+        QWidget* window = QApplication::activeModalWidget();
+        auto* base = window->findChild<QComboBox*>("UsDlgNewFldBase");
+        base->setCurrentIndex(base->findText("Metric"));
+        QTest::keyClicks(window->findChild<QLineEdit*>("UsDlgNewFldName"), "Other");
+        QTest::keyClick(window, Qt::Key_Return);
+    });
+    field<QPushButton>("UsNew")->click();
+    EXPECT_EQ(script.shown.size(), 1u);
+    EXPECT_EQ(units_.name(), "U.S.");
+    EXPECT_EQ(units_.unit(UnitTypeId::Speed), changed);
+    EXPECT_FALSE(fs::exists(folders_.program / "Other.us"));
+    dialog_.reset();
+}
+
 TEST_F(UnitSystemDialogTest, NewRenameAndDelete) {
     ScriptedPrompter script{{MessageId::ErrUsNoName},
                             {MessageId::ErrUsDlgNew},
