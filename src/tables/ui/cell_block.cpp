@@ -76,7 +76,7 @@ void Drawing::draw(QPainter& painter) const {
 
 } // namespace
 
-CellBlock selectedBlock(const SpreadsheetView& view, const SpreadsheetModel& model) {
+CellBlock selectedBlock(const SpreadsheetView& view) {
     // From the ranges of the selection: all cells of a large table are one range, and a million indexes.
     std::map<int, int> cells; // how many of each place
     std::set<int> columns;
@@ -99,6 +99,11 @@ CellBlock selectedBlock(const SpreadsheetView& view, const SpreadsheetModel& mod
     }
     for (const int visual : columns)
         block.columns.push_back(view.horizontalHeader()->logicalIndex(visual));
+    return block;
+}
+
+CellBlock blockToEdit(const SpreadsheetView& view, const SpreadsheetModel& model) {
+    CellBlock block = selectedBlock(view);
     const int current = view.currentIndex().column();
     if (view.use() == SpreadsheetView::Use::Records && current >= 0 && model.isEditable(current))
         block.columns = {current};

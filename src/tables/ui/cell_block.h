@@ -20,9 +20,11 @@ struct CellBlock {
     bool empty() const { return places.empty() || columns.empty(); }
 };
 
-/// The rows and columns of the cells that are selected; what is hidden is not selected. Where rows are selected as a
-/// whole, editing is about the current column of them, if that can be edited, and copying about all columns.
-CellBlock selectedBlock(const SpreadsheetView& view, const SpreadsheetModel& model);
+/// The rows and columns of the cells that are selected; what is hidden is not selected.
+CellBlock selectedBlock(const SpreadsheetView& view);
+/// Those of them that editing is about: where rows are always selected as a whole, their cells in the current column,
+/// if that can be edited.
+CellBlock blockToEdit(const SpreadsheetView& view, const SpreadsheetModel& model);
 /// The columns that are shown, from left to right, from FROM on.
 std::vector<int> shownColumns(const QTableView& view, int from = -1);
 

@@ -239,19 +239,19 @@ void TSpreadsheet::addWindowCommands() {
 
 void TSpreadsheet::copy() {
     if (finishEdit())
-        copyCells(model_, selectedBlock(*view_, model_));
+        copyCells(model_, selectedBlock(*view_));
 }
 
 void TSpreadsheet::cut() {
     if (!finishEdit())
         return;
-    const CellBlock block = selectedBlock(*view_, model_);
+    const CellBlock block = blockToEdit(*view_, model_);
     copyCells(model_, block);
     emptyCells(block, "cut", MessageId::CannotDelete);
 }
 
 void TSpreadsheet::copyPicture(bool drawing) {
-    const CellBlock block = selectedBlock(*view_, model_);
+    const CellBlock block = selectedBlock(*view_);
     auto* picture = new QMimeData;
     if (drawing)
         picture->setData(QStringLiteral("image/svg+xml"), drawSvg(*view_, model_, block));
@@ -267,7 +267,7 @@ bool TSpreadsheet::takesFirstRows() const {
 void TSpreadsheet::paste() {
     if (!finishEdit())
         return;
-    const CellBlock block = selectedBlock(*view_, model_);
+    const CellBlock block = blockToEdit(*view_, model_);
     const std::optional<TabbedText> cells = cellsOnClipboard();
     const bool asFirstRows = takesFirstRows();
     if ((block.empty() && !asFirstRows) || !cells || !table())
@@ -314,7 +314,7 @@ void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view descripti
     report(context_.edits->fill(table()->id(), columns, rows, {}, context_.text, description), refusal);
 }
 
-void TSpreadsheet::deleteSelection() { emptyCells(selectedBlock(*view_, model_), "delete", MessageId::CannotDelete); }
+void TSpreadsheet::deleteSelection() { emptyCells(blockToEdit(*view_, model_), "delete", MessageId::CannotDelete); }
 
 void TSpreadsheet::stepHistory(void (TableEdits::*step)()) {
     if (!finishEdit())

@@ -36,7 +36,7 @@ void TTableSpreadsheet::addRow() {
 }
 
 void TTableSpreadsheet::insertBeside(bool after) {
-    const CellBlock block = selectedBlock(view(), model());
+    const CellBlock block = selectedBlock(view());
     if (block.empty() || !finishEdit())
         return;
     const RowIndex row = model().storedRow(after ? block.places.back() : block.places.front());
@@ -67,7 +67,7 @@ void TTableSpreadsheet::deleteSelection() {
     if (!shown || !context().edits)
         return;
     DeleteSelection selection;
-    const CellBlock block = selectedBlock(view(), model());
+    const CellBlock block = blockToEdit(view(), model());
     for (const int place : block.wholePlaces)
         selection.wholeRows.push_back(model().storedRow(place));
     selection.otherCells = block.wholePlaces.size() < block.places.size();

@@ -206,6 +206,20 @@ TEST_F(SpreadsheetCommandsTest, CutEmptiesWhatItCopies) {
     EXPECT_DOUBLE_EQ(speed(4), 11);
 }
 
+TEST_F(SpreadsheetCommandsTest, RecordsAreCopiedAsTheyAreHighlightedAndEditedInTheCurrentColumn) {
+    table_.column<SampleName>().set(0, "Anna");
+    table_.column<SampleName>().set(1, "Bob");
+    const auto records = makeSheet(SpreadsheetView::Use::Records);
+    records->setCurrentCell(1, S::Name);
+    QTest::keyClick(&records->view(), Qt::Key_Up, Qt::ShiftModifier);
+    records->commands().action(Command::Copy).trigger();
+    EXPECT_TRUE(clipboard().startsWith("K10\tAnna\t22 MPH\t")) << clipboard().toStdString();
+    EXPECT_TRUE(clipboard().contains("\nk2\tBob\t25 MPH\t"));
+    records->commands().action(Command::Cut).trigger();
+    EXPECT_EQ(clipboard(), "Anna\nBob\n");
+    EXPECT_EQ(key(0) + table_.column<SampleName>().at(0), "K10");
+}
+
 TEST_F(SpreadsheetCommandsTest, OnlyWholeRowsAreDeletedAndWithinTheLimit) {
     const auto refusal = [&] {
         trigger(Command::Delete);
