@@ -27,6 +27,10 @@ ExitCode examine(const std::string& file) {
     if (!openForReading(document, file))
         return kFailed;
     const DocumentCheck check = checkDocument(document);
+    if (document.outdated()) {
+        complain(fmt::format("{} was changed by another program while it was checked; try again", file));
+        return kFailed;
+    }
     Output output;
     putFindings(output, "damaged", check.damages);
     putFindings(output, "note", check.notes);
@@ -61,7 +65,10 @@ ExitCode repair(const CheckOptions& options) {
         complain(fileMessage(error, action, file).text);
         return kFailed;
     };
-    Result<std::unique_ptr<File>> file = openFile(options.file, FileMode::Read);
+    // Nothing is written to it, but nobody else shall meanwhile.
+    Result<std::unique_ptr<File>> file = openFile(options.file, FileMode::ReadWrite);
+    if (!file && file.error().kind == ErrorKind::AccessDenied)
+        file = openFile(options.file, FileMode::Read);
     if (!file)
         return failed(file.error(), FileAction::Open, options.file);
     const Result<std::unique_ptr<CompoundFile>> damaged = CompoundFile::open(*std::move(file));

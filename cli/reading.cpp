@@ -40,6 +40,11 @@ constexpr Log kLogs[] = {
 
 /// Whether everything that was asked of the document could be read.
 ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
+    if (document.outdated()) {
+        complain(fmt::format(
+            "{} was changed by another program while it was read, so not everything is here; try again", file));
+        return kIncomplete;
+    }
     const std::vector<std::string> affected = document.affectedLogs();
     if (affected.empty()) {
         if (const auto reason = document.readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)

@@ -57,7 +57,7 @@ bool DocumentFiles::newFile() {
 bool DocumentFiles::open(const fs::path& path) {
     std::error_code ignored;
     const fs::path absolute = fs::absolute(path, ignored).lexically_normal();
-    if (document_.isFile(absolute))
+    if (document_.isFile(absolute) && !document_.outdated())
         return true;
     if (!close() || !replaceBy(absolute))
         return false;
@@ -120,6 +120,12 @@ void DocumentFiles::tellDamage() {
     if (!affected.empty())
         prompter_.tell(makeMessage(lasting ? MessageId::DamagedReadOnly : MessageId::DamagedDocument, document_.title(),
                                    affected));
+}
+
+bool DocumentFiles::offerReload() {
+    return document_.outdated() && !(document_.dataChanged() && document_.modified()) &&
+           prompter_.ask(makeMessage(MessageId::FileOutdated, document_.title())) == Answer::Yes &&
+           replaceBy(document_.path());
 }
 
 bool DocumentFiles::chooseAndOpen() {
@@ -214,6 +220,10 @@ DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, Fil
 /// Another program has changed, replaced or removed the document's file.
 DocumentFiles::Outcome DocumentFiles::resolveChange() {
     enum Choice { SaveAs, Reload, Overwrite };
+    if (document_.outdated() && !document_.modified()) { // there is but one version
+        offerReload();
+        return Outcome::Cancelled;
+    }
     const fs::path path = document_.path();
     std::error_code ignored;
     std::optional<std::size_t> choice;

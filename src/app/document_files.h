@@ -59,6 +59,10 @@ public:
     /// shown, so this is asked after every page.
     void tellDamage();
 
+    /// Asks whether to open a file anew that another program has changed while it was shown, unless there are changes
+    /// that this would discard: these are asked about when they are saved. Whether it was opened.
+    bool offerReload();
+
     /// Opens the example delivered as PATH without adding it to what is reopened at the next start.
     bool openExample(const std::filesystem::path& path);
     /// The document was begun as a new one; only opening a file ends that.

@@ -100,12 +100,16 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     addLogPage(CommandId::ActivityLog, TSecurityLogTable::kType, [this] { return new TSecurityLogView(context_); });
     addLogPage(CommandId::AccidentLog, TAccidentLogTable::kType, [this] { return new TAccidentLogView(context_); });
     showDiagnosticsMenu(context_.settings.getInteger("Diagnostics", "Menu", 0) != 0);
+    context_.document.whenOutdated([this] { // found out in the midst of painting
+        QMetaObject::invokeMethod(this, &TQuobrixFrame::documentOutdated, Qt::QueuedConnection);
+    });
     documentChanged();
     restoreWindow();
 }
 
 TQuobrixFrame::~TQuobrixFrame() {
     context_.document.edits().removeListener(*this);
+    context_.document.whenOutdated({});
     qDeleteAll(namesDialogs());
     tableWindows_.reset();
     pages_->discard(); // while the actions and the document are still there
@@ -199,6 +203,12 @@ void TQuobrixFrame::documentChanged() {
     pages_->refresh();
     for (NamesDialog* dialog : namesDialogs())
         dialog->refresh();
+}
+
+void TQuobrixFrame::documentOutdated() {
+    updateTitle();
+    if (!busy_ && !commands_->running())
+        commands_->guard(*commands_->action(CommandId::Open), [this] { files_.offerReload(); });
 }
 
 bool TQuobrixFrame::finishEdits() {

@@ -65,6 +65,7 @@ private:
     void addRecentFileActions();
     void updateRecentFiles();
     void updateTitle();
+    void documentOutdated();
     bool finishEdits();
     void showDiagnosticsMenu(bool shown);
     void showProperties();

@@ -27,7 +27,9 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     if (!ports_.ensureLogger(true))
         return {};
     if (const Result<void> fit = canMerge(document); !fit) {
-        prompter_.tell(makeMessage(MessageId::DownloadIntoDamaged, fit.error().detail));
+        prompter_.tell(fit.error().kind == ErrorKind::Changed
+                           ? makeMessage(MessageId::DownloadIntoChanged)
+                           : makeMessage(MessageId::DownloadIntoDamaged, fit.error().detail));
         return {};
     }
 

@@ -385,7 +385,9 @@ std::vector<std::string> MergeResult::refusedLines() const {
     return lines;
 }
 
-Result<void> canMerge(TQuobrixDocument& document) {
+namespace {
+
+Result<void> keysReadable(TQuobrixDocument& document) {
     if (document.readOnly() && document.readOnlyReason()->kind == ErrorKind::Corrupt)
         return *document.readOnlyReason();
     QUOBRIX_TRY(checkKeys<TripLog>(document.trips()));
@@ -400,6 +402,13 @@ Result<void> canMerge(TQuobrixDocument& document) {
     if (store.singletonIds().contains(TAccidentLogTable::kType.id()) || store.findLostSingletons())
         return Error{ErrorKind::Corrupt, std::string(TAccidentLogTable::kType.name)};
     return {};
+}
+
+} // namespace
+
+Result<void> canMerge(TQuobrixDocument& document) {
+    const Result<void> readable = keysReadable(document);
+    return document.outdated() ? Result<void>(*document.readOnlyReason()) : readable;
 }
 
 MergeResult mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {

@@ -48,6 +48,20 @@ Result<void> ReadCache::read(File& file, std::uint64_t fileSize, std::uint64_t o
 
 void ReadCache::clear() { windows_ = {}; }
 
+Result<void> WatchedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> out) {
+    const Error changed{ErrorKind::Changed, "another program has changed the file"};
+    if (changed_)
+        return changed;
+    const Result<void> done = file_.readAt(offset, out);
+    Bytes header(header_.size());
+    const Result<void> compared = file_.readAt(0, header);
+    if (!compared && compared.error().kind != ErrorKind::Corrupt) // which would be a file that has become shorter
+        return compared;
+    if (!compared || header != header_)
+        changed_ = true;
+    return changed_ ? changed : done;
+}
+
 void WriteBatch::add(std::uint32_t sector, ByteView content) {
     if (!pieces_.empty()) {
         // What lies side by side in memory and in the file is one piece.

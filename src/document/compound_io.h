@@ -3,6 +3,7 @@
 #include "document/compound_format.h"
 #include "platform/file.h"
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -46,6 +47,31 @@ public:
 
 private:
     File& file_;
+};
+
+/// Another's file that programs may write to meanwhile, for reading it as it was when it began with HEADER, its first
+/// sector. What a later save may have written is Changed, and so is everything from then on.
+///
+/// The header is compared after each read: sectors that it leads to are used anew only once the next one is durable
+/// (see CompoundFileEngine), so while it is there, nothing younger has been read. It counts the commits and never
+/// returns.
+class WatchedFile final : public File {
+public:
+    WatchedFile(File& file, Bytes header) : file_(file), header_(std::move(header)) {}
+    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override;
+    Result<std::uint64_t> size() override { return file_.size(); }
+    Result<void> writeAt(std::uint64_t, ByteView) override { return refused(); }
+    Result<void> resize(std::uint64_t) override { return refused(); }
+    Result<void> flush() override { return refused(); }
+    /// A read has failed so. May be asked by any thread.
+    bool changed() const { return changed_; }
+
+private:
+    static Error refused() { return {ErrorKind::ReadOnly, "a file that is only read"}; }
+
+    File& file_;
+    const Bytes header_;
+    std::atomic<bool> changed_ = false;
 };
 
 /// Collects pieces of whole sectors, then writes them in the order of the file, neighbours in one call.

@@ -51,6 +51,8 @@ Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, DiskProgre
         if (progress.cancelled)
             return Error{ErrorKind::Cancelled, "while copying"};
         Result<Bytes> content = from.read(name);
+        if (!content && content.error().kind == ErrorKind::Changed)
+            return content.error();
         if (!content || !CompoundFile::nameAllowed(name))
             continue;
         progress.done += content->size();
@@ -75,6 +77,15 @@ Result<TDocument::OpenFile> TDocument::OpenFile::open(std::unique_ptr<File> disk
     return OpenFile{std::move(disk), *std::move(compound)};
 }
 
+Result<TDocument::OpenFile> TDocument::OpenFile::watch(std::unique_ptr<File> disk, const Bytes& header) {
+    auto watched = std::make_unique<cfb::WatchedFile>(*disk, header);
+    cfb::WatchedFile* const watch = watched.get();
+    auto compound = CompoundFile::open(std::move(watched));
+    if (!compound)
+        return compound.error();
+    return OpenFile{std::move(disk), *std::move(compound), watch};
+}
+
 Result<TDocument::OpenFile> TDocument::OpenFile::create(std::unique_ptr<File> disk) {
     auto compound = CompoundFile::create(std::make_unique<cfb::BorrowedFile>(*disk));
     if (!compound)
@@ -90,23 +101,44 @@ TDocument::TDocument(const TypeRegistry& types, FileSystem& files) : types_(type
 
 TDocument::~TDocument() = default;
 
-void TDocument::take(State next) {
+Result<void> TDocument::take(State next) {
     std::swap(state_, next);
+    Result<void> bound;
     try {
-        bind();
-        state_.damage = damage();
+        bound = bind();
+        if (bound)
+            state_.damage = damage();
     } catch (...) {
         std::swap(state_, next);
         throw;
     }
+    if (!bound) {
+        std::swap(state_, next);
+        return bound;
+    }
     backupProblem_.reset();
+    store().whenFileChanged([this] {
+        if (whenOutdated_)
+            whenOutdated_();
+    });
+    return {};
 }
 
 void TDocument::newDocument() {
     State next;
     next.store = std::make_unique<ObjectStore>(types_);
-    take(std::move(next));
+    static_cast<void>(take(std::move(next))); // it has no file that could change
 }
+
+std::optional<Error> TDocument::readOnlyReason() const {
+    if (outdated())
+        return Error{ErrorKind::Changed, "another program has changed it"};
+    return state_.damage ? state_.damage : state_.readOnlyReason;
+}
+
+bool TDocument::outdated() const { return state_.file.watched && state_.file.watched->changed(); }
+
+void TDocument::whenOutdated(std::function<void()> tell) { whenOutdated_ = std::move(tell); }
 
 CompoundFile::Space TDocument::space() const {
     return hasFile() ? state_.file.compound->space() : CompoundFile::Space{};
@@ -131,11 +163,14 @@ Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& t
     Result<std::unique_ptr<File>> opened = files_.open(target, mode);
     if (!opened)
         return opened.error();
-    Result<OpenFile> file = OpenFile::open(std::move(*opened));
+    Result<OpenFile> file = mode == FileMode::Read ? OpenFile::watch(std::move(*opened), before->header)
+                                                   : OpenFile::open(std::move(*opened));
     if (!file)
         return file.error();
     State state{std::move(*file), std::make_unique<ObjectStore>(types_), path, *before, true, {}, {}};
     state.store->load(*state.file.compound);
+    if (state.file.watched && state.file.watched->changed())
+        return Error{ErrorKind::Changed, pathText(path) + " is being changed by another program"};
     if (mode == FileMode::Read)
         state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
     // What was opened must be what the path leads to, or a save would go to a file that nobody sees.
@@ -146,6 +181,16 @@ Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& t
 }
 
 Result<void> TDocument::open(const fs::path& path, Access access) {
+    // Another copy that saves just then changes the file once; what is read next is the new state.
+    constexpr int kAttempts = 10;
+    Result<void> done;
+    for (int attempt = 0; attempt < kAttempts; ++attempt)
+        if (done = openOnce(path, access); done || done.error().kind != ErrorKind::Changed)
+            return done;
+    return Error{ErrorKind::InUse, done.error().detail};
+}
+
+Result<void> TDocument::openOnce(const fs::path& path, Access access) {
     const Result<fs::path> target = resolveLinks(path);
     if (!target)
         return target.error();
@@ -160,7 +205,7 @@ Result<void> TDocument::open(const fs::path& path, Access access) {
     if (refused)
         next->readOnlyReason = refused;
     const bool ownLock = refused && refused->kind == ErrorKind::InUse && isFile(*target);
-    take(std::move(*next));
+    QUOBRIX_TRY(take(std::move(*next)));
     if (ownLock) // which this document has let go of now
         static_cast<void>(tryWriting());
     if (!readOnly())
@@ -172,6 +217,8 @@ Result<void> TDocument::tryWriting() {
     if (!readOnly())
         return {};
     const Error reason = *readOnlyReason();
+    if (outdated()) // and nothing can bring back what it was
+        return reason;
     if (reason.kind != ErrorKind::InUse && reason.kind != ErrorKind::AccessDenied && reason.kind != ErrorKind::Changed)
         return Error{ErrorKind::ReadOnly, reason.detail};
     const Result<fs::path> target = resolveLinks(state_.path);
@@ -339,28 +386,27 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
 Result<TDocument::Left> TDocument::leftOnDisk() const {
     if (!hasFile())
         return Left::Everything;
-    const Result<std::uint64_t> size = state_.file.disk->size();
+    File& disk = state_.file.watched ? static_cast<File&>(*state_.file.watched) : *state_.file.disk;
+    const Result<std::uint64_t> size = disk.size();
     if (!size)
         return size.error();
     Bytes header(state_.snapshot.header.size());
     if (*size < header.size())
         return Left::Nothing;
-    QUOBRIX_TRY(state_.file.disk->readAt(0, header));
-    if (header != state_.snapshot.header)
+    const Result<void> read = disk.readAt(0, header);
+    if (!read && read.error().kind != ErrorKind::Changed)
+        return read.error();
+    if (!read || header != state_.snapshot.header)
         return Left::Nothing;
     return *size < space().fileBytes ? Left::Beginning : Left::Everything;
 }
 
 /// Notes as damage what can no longer be read of the document.
 void TDocument::noteLost(Left left) {
-    std::set<ObjectId> loaded;
-    for (const PersistentObject* object : store().loadedObjects())
-        loaded.insert(object->id());
+    if (left == Left::Nothing)
+        return store().noteLost("another program has written over it");
     for (const ObjectId id : store().objectIds())
-        if (left == Left::Beginning)
-            store().find(id);
-        else if (!loaded.contains(id))
-            store().noteDamage(id, 0, "another program has written over it");
+        store().find(id);
 }
 
 Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
@@ -368,6 +414,8 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
     const Result<Left> left = leftOnDisk();
     if (!left)
         return left.error();
+    if (outdated() && !modified()) // nothing of it is only here
+        return *readOnlyReason();
     const bool copied = hasFile() && *left == Left::Everything && state_.file.compound->writable();
     if (copied) {
         const std::uint64_t size = space().fileBytes;

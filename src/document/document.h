@@ -15,6 +15,10 @@
 
 namespace quobrix {
 
+namespace cfb {
+class WatchedFile;
+}
+
 /// What a save needs of its surroundings.
 struct SaveOptions {
     /// Whether to go on although no backup can be kept, for this reason; if not, the save ends with Cancelled. Without
@@ -59,8 +63,9 @@ public:
     /// if it cannot be written, Changed if the path no longer leads to that file or the file is no longer what it was.
     Result<void> save(const SaveOptions& options = {});
     /// Writes everything to PATH and goes on there: the new file is built beside PATH and renamed over it; what was
-    /// there becomes the backup of PATH. InUse if another running copy has PATH open. To the document's own file
-    /// (whatever the path's spelling) it is save(), so that a read-only document needs another path.
+    /// there becomes the backup of PATH. InUse if another running copy has PATH open; Changed if the document is
+    /// outdated() and nothing has been changed in it. To the document's own file (whatever the path's spelling) it is
+    /// save(), so that a read-only document needs another path.
     Result<void> saveAs(const std::filesystem::path& path, const SaveOptions& options = {});
     /// Writes everything to the document's own path, whatever another program has put there or taken away: that
     /// becomes the backup.
@@ -80,7 +85,12 @@ public:
     /// Opened so, changed by another program while that had it, or damaged so that a save could lose something;
     /// readOnlyReason says why.
     bool readOnly() const { return readOnlyReason().has_value(); }
-    std::optional<Error> readOnlyReason() const { return state_.damage ? state_.damage : state_.readOnlyReason; }
+    std::optional<Error> readOnlyReason() const;
+    /// Opened without the lock, and found changed by another program when something was to be read of it: what was not
+    /// loaded by then reads as nothing. open() shows the file as it is now.
+    bool outdated() const;
+    /// Calls TELL, which must not touch the document, when it turns out to be outdated.
+    void whenOutdated(std::function<void()> tell);
     /// Anything that the next save would write.
     bool modified() const { return store().modified(); }
     /// After edits have been undone: if the next save would write what the file holds already, nothing is modified.
@@ -95,9 +105,10 @@ public:
     static std::filesystem::path backupPath(const std::filesystem::path& path);
 
 protected:
-    /// Called when another content is in place: bind() what the program always needs of it. If it throws, the old
-    /// content is put back, so it changes nothing of its own before it has everything.
-    virtual void bind() {}
+    /// Called when another content is in place: bind() what the program always needs of it. If it fails or throws, the
+    /// old content is put back, so it changes nothing of its own before it has everything. Changed if that turns out
+    /// to be outdated().
+    virtual Result<void> bind() { return {}; }
     /// Whether the file PATH is kept as a backup before it is changed.
     virtual bool keepsBackup(const std::filesystem::path&) const { return true; }
     /// Why the file must not be written to although it is open: damage of which a save in place could make a loss.
@@ -109,7 +120,9 @@ private:
     struct OpenFile {
         std::unique_ptr<File> disk;
         std::unique_ptr<CompoundFile> compound; // after disk: it works on it
+        cfb::WatchedFile* watched = nullptr;    // what compound reads, if others may write to the file
         static Result<OpenFile> open(std::unique_ptr<File> disk);
+        static Result<OpenFile> watch(std::unique_ptr<File> disk, const Bytes& header);
         static Result<OpenFile> create(std::unique_ptr<File> disk);
     };
     struct State {
@@ -125,7 +138,8 @@ private:
     using Copy = std::function<Result<void>(File&)>; // durable when it returns
     using Build = std::function<Result<OpenFile>(ReplacementFile&)>;
 
-    void take(State next);
+    Result<void> take(State next);
+    Result<void> openOnce(const std::filesystem::path& path, Access access);
     Result<State> load(const std::filesystem::path& path, const std::filesystem::path& target, FileMode mode) const;
     Result<FileSnapshot> lookAtDisk() const;
     Result<void> unchangedOnDisk() const;
@@ -150,6 +164,7 @@ private:
     State state_;
     KeptFiles kept_;
     std::optional<Error> backupProblem_;
+    std::function<void()> whenOutdated_;
 };
 
 } // namespace quobrix

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cassert>
 #include <charconv>
-#include <optional>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -32,14 +32,6 @@ constexpr std::size_t kReadBuffer = 64 * 1024;
 constexpr std::size_t kMostObjects = 256;
 
 std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
-
-/// The class that a stream of an object begins with; nothing if it cannot be read.
-std::optional<std::uint32_t> typeIdOf(const CompoundFile& file, ObjectId id) {
-    const Result<Bytes> content = file.read(streamName(id));
-    if (!content || content->size() < 4)
-        return {};
-    return ByteReader(*content).u32();
-}
 
 Bytes u32Stream(std::uint32_t value) {
     ByteWriter out;
@@ -102,6 +94,26 @@ void ObjectStore::load(const CompoundFile& file) {
     loadIndex();
 }
 
+void ObjectStore::attach(const CompoundFile& file) {
+    file_ = &file;
+    fileChanged_ = false;
+}
+
+Result<void> ObjectStore::read(ObjectId id, Bytes& content) {
+    Result<void> done = file_->read(streamName(id), content);
+    if (!done && done.error().kind == ErrorKind::Changed && !std::exchange(fileChanged_, true) && whenFileChanged_)
+        whenFileChanged_();
+    return done;
+}
+
+/// The class that the stream of an object begins with; nothing if it cannot be read.
+std::optional<std::uint32_t> ObjectStore::typeIdOf(ObjectId id) {
+    Bytes content;
+    if (!read(id, content) || content.size() < 4)
+        return {};
+    return ByteReader(content).u32();
+}
+
 void ObjectStore::loadIndex() {
     std::string why;
     const auto stream = [&](std::string_view name) {
@@ -148,7 +160,7 @@ void ObjectStore::loadIndex() {
         const ObjectId id = singletons.u32();
         if (!slot(id) || !singletons_.emplace(typeId, id).second)
             why = "a singleton is not among the objects";
-        else if (!types_.find(typeId) && typeIdOf(*file_, id) != typeId) // a later version may have added some
+        else if (!types_.find(typeId) && typeIdOf(id) != typeId) // a later version may have added some
             why = "a singleton is not of its class";
     }
     finish(singletons, kSingletonIdsStream);
@@ -183,7 +195,7 @@ void ObjectStore::rebuildIndex(const std::string& why) {
     std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
     for (const Slot& entry : slots_) {
         nextId_ = std::max(nextId_, entry.id + 1);
-        if (const std::optional<std::uint32_t> typeId = typeIdOf(*file_, entry.id)) {
+        if (const std::optional<std::uint32_t> typeId = typeIdOf(entry.id)) {
             const PersistentType* type = types_.find(*typeId);
             if (type && type->singleton)
                 singletons_.emplace(*typeId, entry.id);
@@ -201,14 +213,14 @@ bool ObjectStore::findLostSingletons() {
     for (const Slot& entry : slots_) {
         if (entry.object || entry.unreadable)
             continue; // a singleton that is loaded is known
-        const std::optional<std::uint32_t> typeId = typeIdOf(*file_, entry.id);
+        const std::optional<std::uint32_t> typeId = typeIdOf(entry.id);
         const PersistentType* type = typeId ? types_.find(*typeId) : nullptr;
         if (type && type->singleton && singletons_.emplace(*typeId, entry.id).second)
             why = fmt::format("the stream \"{}\" does not name the {}", kSingletonIdsStream, type->name);
         else if (!typeId && why.empty())
             why = fmt::format("a singleton is missing, and may be object {}, which cannot be read", entry.id);
     }
-    if (!why.empty()) {
+    if (!why.empty() && !fileChanged_) {
         indexDamaged_ = true;
         damage_.push_back({kNoObject, 0, std::move(why)});
     }
@@ -247,21 +259,30 @@ std::vector<PersistentObject*> ObjectStore::loadedObjects() const {
 
 bool ObjectStore::unreadable(ObjectId id) const {
     const Slot* entry = slot(id);
-    return entry && entry->unreadable;
+    return entry && (entry->unreadable || (fileChanged_ && !entry->object));
 }
 
 void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, std::string what) {
     Slot* entry = slot(id);
-    if (!entry || entry->unreadable)
-        return;
-    entry->unreadable = true;
-    if (entry->object)
-        withdrawn_.push_back(std::move(entry->object));
-    damage_.push_back({id, typeId, std::move(what)});
+    if (entry && !entry->unreadable && !fileChanged_)
+        withdraw(*entry, typeId, std::move(what));
+}
+
+void ObjectStore::withdraw(Slot& entry, std::uint32_t typeId, std::string what) {
+    entry.unreadable = true;
+    if (entry.object)
+        withdrawn_.push_back(std::move(entry.object));
+    damage_.push_back({entry.id, typeId, std::move(what)});
+}
+
+void ObjectStore::noteLost(const std::string& what) {
+    for (Slot& entry : slots_)
+        if (!entry.object && !entry.unreadable)
+            withdraw(entry, 0, what);
 }
 
 void ObjectStore::noteBadReference(ObjectId id, std::uint32_t typeId, std::string what) {
-    if (badReferences_.emplace(id, typeId).second)
+    if (!fileChanged_ && badReferences_.emplace(id, typeId).second)
         damage_.push_back({id, typeId, std::move(what)});
 }
 
@@ -287,8 +308,10 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
     };
     if (!file_)
         return refuse(0, "there is no file to read it from");
+    if (fileChanged_)
+        return nullptr;
     Bytes content = std::move(readBuffer_); // an object that is read may load others
-    const Result<void> done = file_->read(streamName(entry.id), content);
+    const Result<void> done = read(entry.id, content);
     if (!done)
         return refuse(0, "the stream cannot be read: " + done.error().detail);
     ByteReader in(content);
@@ -335,7 +358,7 @@ PersistentObject& ObjectStore::singletonOf(const PersistentType& type) {
     if (!singletons_.contains(type.id()) && findLostSingletons())
         if (PersistentObject* found = existingSingletonOf(type))
             return *found;
-    if (singletons_.contains(type.id()) || indexDamaged_) {
+    if (singletons_.contains(type.id()) || indexDamaged_ || fileChanged_) {
         std::unique_ptr<PersistentObject>& standIn = standIns_[type.id()];
         if (!standIn)
             standIn = type.create();

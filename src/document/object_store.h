@@ -4,7 +4,9 @@
 #include "document/persistent.h"
 
 #include <deque>
+#include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -34,7 +36,8 @@ ObjectId idOfStream(std::string_view name);
 /// by its id in decimal: u32 type id, u8 schema number, content. All little-endian.
 ///
 /// What is missing, damaged or of an unknown type reads as nothing and is noted in damage(); its stream is never
-/// overwritten or removed.
+/// overwritten or removed. Once the file says that another program has changed it (ErrorKind::Changed), everything that
+/// is not loaded reads as nothing, and none of that is damage.
 class ObjectStore {
 public:
     static constexpr std::uint32_t kVersion = 3;
@@ -48,7 +51,10 @@ public:
     /// streams are rebuilt from the streams' names as far as possible and noted.
     void load(const CompoundFile& file);
     /// Loads from FILE from now on: the same streams in another file.
-    void attach(const CompoundFile& file) { file_ = &file; }
+    void attach(const CompoundFile& file);
+    /// Calls TELL when the file turns out to have been changed by another program.
+    void whenFileChanged(std::function<void()> tell) { whenFileChanged_ = std::move(tell); }
+    bool fileChanged() const { return fileChanged_; }
 
     /// The object ID, loaded if need be; nothing if it cannot be read or the index does not know it.
     PersistentObject* find(ObjectId id);
@@ -113,6 +119,8 @@ public:
     /// Notes that ID (known to the index) holds content that contradicts the rest of the document. It reads as nothing
     /// from now on; the object itself stays in memory, for those that hold it already.
     void noteDamage(ObjectId id, std::uint32_t typeId, std::string what);
+    /// Notes that everything that is not loaded is lost, for this reason.
+    void noteLost(const std::string& what);
     /// Notes that something refers to ID as to an object of the class TYPE_ID, which it is not. The object stays
     /// readable for those that refer to it rightly.
     void noteBadReference(ObjectId id, std::uint32_t typeId, std::string what);
@@ -134,6 +142,9 @@ private:
     Slot* slot(ObjectId id);
     const Slot* slot(ObjectId id) const;
     PersistentObject* loadInto(Slot& slot);
+    Result<void> read(ObjectId id, Bytes& content);
+    std::optional<std::uint32_t> typeIdOf(ObjectId id);
+    void withdraw(Slot& slot, std::uint32_t typeId, std::string what);
     void loadIndex();
     void rebuildIndex(const std::string& why);
 
@@ -154,6 +165,8 @@ private:
     bool indexModified_ = true;
     bool indexDamaged_ = false;
     bool lostSingletonsSought_ = false;
+    bool fileChanged_ = false; // by another program
+    std::function<void()> whenFileChanged_;
 };
 
 } // namespace quobrix

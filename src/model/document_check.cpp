@@ -128,6 +128,8 @@ DocumentCheck checkDocument(ObjectStore& store) { return Checker(store).run(); }
 
 DocumentCheck checkDocument(TQuobrixDocument& document) {
     DocumentCheck check = checkDocument(document.store());
+    if (document.outdated())
+        return {check.objects, {{kNoObject, {}, "another program has changed the file meanwhile"}}, {}};
     const std::optional<Error> reason = document.readOnlyReason();
     if (check.sound() && reason && reason->kind == ErrorKind::Corrupt)
         check.damages.push_back({kNoObject, {}, reason->detail});

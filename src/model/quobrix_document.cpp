@@ -85,13 +85,15 @@ TQuobrixDocument::TQuobrixDocument(FileSystem& files) : TDocument(modelTypes(), 
 
 TQuobrixDocument::~TQuobrixDocument() { edits_.removeListener(*this); }
 
-void TQuobrixDocument::bind() {
+Result<void> TQuobrixDocument::bind() {
     auto* drivers = rootTable<DriverNamesTable>(store());
     auto* vehicles = rootTable<TVehicleNamesTable>(store());
     auto* loggers = rootTable<TQuobrixNamesTable>(store());
     auto* trips = rootTable<TTripLogTable>(store());
     auto* troubles = rootTable<TTroubleLogTable>(store());
     auto* activity = rootTable<TSecurityLogTable>(store());
+    if (outdated()) // while its tables were read
+        return *readOnlyReason();
     drivers_ = drivers;
     vehicles_ = vehicles;
     loggers_ = loggers;
@@ -100,6 +102,7 @@ void TQuobrixDocument::bind() {
     activity_ = activity;
     dataChanged_ = false;
     edits_.clear();
+    return {};
 }
 
 std::optional<Error> TQuobrixDocument::damage() const {
@@ -118,6 +121,9 @@ std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix D
 std::string TQuobrixDocument::lockedBecause() const {
     if (isExample())
         return "The example file cannot be edited. Start a new file, or open one of your own.";
+    if (outdated())
+        return "This file cannot be edited because another program has changed it. Open it again to see it as it is "
+               "now.";
     if (const std::optional<Error> reason = readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
         return "This file cannot be edited because a part of it is damaged (" + reason->detail + ").";
     return {};

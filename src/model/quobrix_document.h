@@ -59,7 +59,7 @@ public:
     std::vector<std::string> affectedLogs();
 
 protected:
-    void bind() override;
+    Result<void> bind() override;
     std::optional<Error> damage() const override;
     bool keepsBackup(const std::filesystem::path& file) const override;
 

@@ -254,6 +254,34 @@ TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOver
     }
 }
 
+TEST_F(DocumentFilesTest, AFileThatAnotherCopyChangesWhileItIsShownIsOfferedToBeOpenedAnew) {
+    const fs::path path = savedFile("a.car");
+    TQuobrixDocument running;
+    ASSERT_TRUE(running.open(path, TDocument::Access::Edit));
+    ScriptedPrompter prompter{
+        {MessageId::FileOutdated, Answer::No}, {MessageId::FileOutdated, Answer::No}, {MessageId::FileOutdated}};
+    DocumentFiles flows = files(prompter);
+    ASSERT_TRUE(flows.open(path));
+    const auto change = [&] {
+        test::addTrip(running, 1'700'009'000);
+        ASSERT_TRUE(running.save());
+        document_.trips().column<TTripLogSampleTableColumn>().object(0); // what is not loaded yet
+        ASSERT_TRUE(document_.outdated());
+    };
+    EXPECT_FALSE(flows.offerReload()) << "nothing has changed";
+    change();
+    flows.tellDamage(); // there is none
+    EXPECT_FALSE(flows.offerReload());
+    chooser_.next = folder_ / "b.car";
+    EXPECT_FALSE(flows.saveAs()) << "what is here is not whole, and nothing of it is only here";
+    EXPECT_FALSE(fs::exists(folder_ / "b.car"));
+    EXPECT_TRUE(flows.offerReload());
+    EXPECT_EQ(document_.trips().rowCount(), 2u);
+    change();
+    EXPECT_TRUE(flows.open(path)) << "the same one anew";
+    EXPECT_EQ(document_.trips().rowCount(), 3u);
+}
+
 TEST_F(DocumentFilesTest, AFileThatAnotherCopyHasIsSavedElsewhereOrWhenThatIsGone) {
     const fs::path path = savedFile("a.car");
     TQuobrixDocument running;

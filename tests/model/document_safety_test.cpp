@@ -1,4 +1,5 @@
 /// The document's file among other files: other programs that change it, compaction.
+#include "model/document_check.h"
 #include "support/document_folder.h"
 #include "support/document_streams.h"
 
@@ -243,6 +244,151 @@ TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDo
     }
 }
 
+TEST_F(DocumentSafety, WhatAnotherCopyHasSavedIsNotMixedIntoWhatIsReadWithoutTheLock) {
+    constexpr RowIndex kTrips = 60;
+    constexpr int kSaves = 6;
+    const fs::path kept = folder_ / "Kept.car";
+    const auto setSpeeds = [](TQuobrixDocument& document, RowIndex trip, std::uint8_t speed) {
+        document.trips().column<TTripLogSampleTableColumn>().object(trip)->speed().setAll(
+            std::vector<std::uint8_t>(61, speed));
+    };
+    // Whether the trip shows what was there at first; if not it shows nothing.
+    const auto shown = [](TQuobrixDocument& document, RowIndex trip) {
+        const TTripLogSampleTable* samples = document.trips().column<TTripLogSampleTableColumn>().object(trip);
+        if (!samples || samples->speed().storedRows() == 0)
+            return false;
+        EXPECT_EQ(samples->speed().values(), std::vector<std::uint8_t>(61, static_cast<std::uint8_t>(trip + 1)));
+        return true;
+    };
+    {
+        TQuobrixDocument made;
+        for (RowIndex trip = 0; trip < kTrips; ++trip) {
+            addTrip(made, kStart + 3600 * static_cast<std::int32_t>(trip));
+            setSpeeds(made, trip, static_cast<std::uint8_t>(trip + 1));
+        }
+        ASSERT_TRUE(made.saveAs(path_));
+    }
+    for (const bool edited : {false, true}) {
+        SCOPED_TRACE(edited);
+        const std::string before = bytes(path_);
+        TQuobrixDocument writer, viewer;
+        open(writer);
+        open(viewer);
+        ASSERT_EQ(viewer.readOnlyReason()->kind, ErrorKind::InUse);
+        if (edited)
+            addTrip(viewer, kStart - 3600);
+        ASSERT_TRUE(shown(viewer, 0));
+        int told = 0;
+        viewer.whenOutdated([&] { ++told; });
+        for (int save = 0; save < kSaves; ++save) {
+            for (RowIndex trip = 0; trip < kTrips; ++trip)
+                if (trip % kSaves == static_cast<RowIndex>(save))
+                    setSpeeds(writer, trip, 200);
+            ASSERT_TRUE(writer.save());
+        }
+        EXPECT_FALSE(viewer.outdated()) << "it has not looked yet";
+        for (RowIndex trip = 1; trip < kTrips; ++trip)
+            shown(viewer, trip);
+        EXPECT_TRUE(viewer.outdated());
+        EXPECT_EQ(told, 1);
+        EXPECT_EQ(viewer.readOnlyReason()->kind, ErrorKind::Changed);
+        EXPECT_EQ(kindOf(viewer.tryWriting()), ErrorKind::Changed);
+        EXPECT_FALSE(viewer.edits().insertRows(viewer.drivers().id(), 0).ok()) << "on what is not whole";
+        EXPECT_TRUE(shown(viewer, 0)) << "loaded before";
+        EXPECT_FALSE(shown(viewer, kTrips - 1));
+        EXPECT_TRUE(viewer.store().damage().empty()) << "a change is no damage";
+        EXPECT_EQ(checkDocument(viewer).sound(), false);
+
+        if (!edited) { // there is nothing of one's own to be kept
+            EXPECT_EQ(kindOf(viewer.saveAs(kept)), ErrorKind::Changed);
+            EXPECT_FALSE(fs::exists(kept));
+        } else {
+            ASSERT_TRUE(viewer.saveAs(kept));
+            EXPECT_FALSE(viewer.outdated());
+            EXPECT_FALSE(viewer.store().damage().empty()) << "what it lacks";
+            TQuobrixDocument reader;
+            ASSERT_TRUE(reader.open(kept, TDocument::Access::Read));
+            EXPECT_EQ(reader.trips().rowCount(), kTrips + 1);
+            EXPECT_TRUE(shown(reader, 0));
+            EXPECT_FALSE(shown(reader, kTrips - 1));
+        }
+        ASSERT_TRUE(viewer.open(path_, TDocument::Access::Edit));
+        EXPECT_EQ(viewer.readOnlyReason()->kind, ErrorKind::InUse);
+        EXPECT_EQ(viewer.trips().column<TTripLogSampleTableColumn>().object(kTrips - 1)->speed().values()[0], 200);
+        writer.newDocument();
+        viewer.newDocument();
+        put(path_, before);
+    }
+}
+
+TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
+    /// Another copy saves at a few of the first moments when the file is read.
+    class Saving final : public File {
+    public:
+        Saving(std::unique_ptr<File> file, const std::function<void()>& save) : file_(std::move(file)), save_(save) {}
+        Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+            const Result<void> done = file_->readAt(offset, out);
+            save_();
+            return done;
+        }
+        Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_->writeAt(offset, bytes); }
+        Result<std::uint64_t> size() override { return file_->size(); }
+        Result<void> resize(std::uint64_t size) override { return file_->resize(size); }
+        Result<void> flush() override { return file_->flush(); }
+
+    private:
+        std::unique_ptr<File> file_;
+        const std::function<void()>& save_;
+    };
+    struct Files final : FileSystem {
+        Result<std::unique_ptr<File>> open(const fs::path& path, FileMode mode) override {
+            auto file = openFile(path, mode);
+            if (!file)
+                return file;
+            return std::unique_ptr<File>(std::make_unique<Saving>(*std::move(file), save));
+        }
+        Result<FileStatus> status(const fs::path& path) override { return fileStatus(path); }
+        std::uint64_t freeSpace(const fs::path&) override { return 0; }
+        Result<void> adoptPermissions(const fs::path&, const fs::path&) override { return {}; }
+        Result<void> renameOver(const fs::path&, const fs::path&) override { return {}; }
+        Result<void> flushFolder(const fs::path&) override { return {}; }
+        void remove(const fs::path&) override {}
+        void removeAbandoned(const fs::path&) override {}
+        std::function<void()> save = [] {};
+    };
+    for (int first = 0; first < 40; first += 3) {
+        SCOPED_TRACE(first);
+        TQuobrixDocument writer;
+        open(writer);
+        Files files;
+        TQuobrixDocument viewer(files);
+        int reads = 0;
+        files.save = [&] {
+            if (++reads - first == 1 || reads - first == 8) {
+                addTrip(writer, kStart + reads);
+                ASSERT_TRUE(writer.save());
+            }
+        };
+        ASSERT_TRUE(viewer.open(path_, TDocument::Access::Edit));
+        files.save = [] {};
+        if (viewer.outdated()) {
+            ASSERT_TRUE(viewer.open(path_, TDocument::Access::Edit));
+        }
+        EXPECT_EQ(viewer.trips().rowCount(), writer.trips().rowCount());
+        EXPECT_TRUE(checkDocument(viewer).sound());
+    }
+    TQuobrixDocument writer;
+    open(writer);
+    Files files;
+    files.save = [&, n = kStart]() mutable {
+        addTrip(writer, ++n);
+        ASSERT_TRUE(writer.save());
+    };
+    TQuobrixDocument viewer(files);
+    EXPECT_EQ(kindOf(viewer.open(path_, TDocument::Access::Edit)), ErrorKind::InUse) << "it never comes to rest";
+    EXPECT_FALSE(viewer.hasFile());
+}
+
 TEST_F(DocumentSafety, AFileThatHasBecomeUnreadableLeavesTheDocument) {
     TQuobrixDocument document;
     openAndAdd(document);
@@ -256,9 +402,10 @@ TEST_F(DocumentSafety, AFileThatHasBecomeUnreadableLeavesTheDocument) {
 TEST_F(DocumentSafety, ContentThatCannotBeBoundLeavesTheDocument) {
     struct Fragile final : TDocument {
         Fragile() : TDocument(modelTypes()) { newDocument(); }
-        void bind() override {
+        Result<void> bind() override {
             if (fails)
                 throw std::bad_alloc();
+            return {};
         }
         bool fails = false;
     };
