@@ -1,5 +1,6 @@
 #include "device/download.h"
 
+#include "messages/file_messages.h"
 #include "units/time_zone.h"
 
 namespace quobrix {
@@ -27,8 +28,10 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     if (!ports_.ensureLogger(true))
         return {};
     if (const Result<void> fit = canMerge(document); !fit) {
-        prompter_.tell(fit.error().kind == ErrorKind::Changed
-                           ? makeMessage(MessageId::DownloadIntoChanged)
+        const ErrorKind kind = fit.error().kind;
+        prompter_.tell(kind == ErrorKind::Changed ? makeMessage(MessageId::DownloadIntoChanged)
+                       : kind == ErrorKind::Unsupported
+                           ? fileMessage(fit.error(), FileAction::Save, document.title())
                            : makeMessage(MessageId::DownloadIntoDamaged, fit.error().detail));
         return {};
     }

@@ -388,8 +388,9 @@ std::vector<std::string> MergeResult::refusedLines() const {
 namespace {
 
 Result<void> keysReadable(TQuobrixDocument& document) {
-    if (document.readOnly() && document.readOnlyReason()->kind == ErrorKind::Corrupt)
-        return *document.readOnlyReason();
+    if (const auto reason = document.readOnlyReason();
+        reason && (reason->kind == ErrorKind::Corrupt || reason->kind == ErrorKind::Unsupported))
+        return *reason;
     QUOBRIX_TRY(checkKeys<TripLog>(document.trips()));
     QUOBRIX_TRY(checkKeys<TroubleLog>(document.troubles()));
     QUOBRIX_TRY(checkKeys<ActivityLog>(document.activity()));

@@ -26,7 +26,8 @@ struct MergeResult {
 };
 
 /// Whether records can be merged into DOCUMENT: its logs and the columns by which a record is known again must be
-/// readable. Corrupt names what is not; Changed if another program has changed the file meanwhile.
+/// readable. Corrupt names what is not; Changed if another program has changed the file meanwhile;
+/// Unsupported if a later version of this one has written it.
 Result<void> canMerge(TQuobrixDocument& document);
 
 /// Adds RECORDS to DOCUMENT, which must pass canMerge(), as rows in order of time, with the vehicles, loggers and

@@ -62,6 +62,8 @@ Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, DiskProgre
     return to.spill();
 }
 
+Error ofLaterVersion() { return {ErrorKind::Unsupported, "a later version of this software has written it"}; }
+
 } // namespace
 
 void writeDocumentStream(CompoundFile& file) {
@@ -133,6 +135,8 @@ void TDocument::newDocument() {
 std::optional<Error> TDocument::readOnlyReason() const {
     if (outdated())
         return Error{ErrorKind::Changed, "another program has changed it"};
+    if (store().ofLaterVersion())
+        return ofLaterVersion();
     return state_.damage ? state_.damage : state_.readOnlyReason;
 }
 
@@ -196,7 +200,10 @@ Result<void> TDocument::openOnce(const fs::path& path, Access access) {
         return target.error();
     std::optional<Error> refused;
     Result<State> next = load(path, *target, access == Access::Edit ? FileMode::ReadWrite : FileMode::Read);
-    if (!next && (next.error().kind == ErrorKind::AccessDenied || next.error().kind == ErrorKind::InUse)) {
+    if (next && access == Access::Edit && next->store->ofLaterVersion())
+        next = ofLaterVersion(); // which shall be able to write to it
+    if (!next && (next.error().kind == ErrorKind::AccessDenied || next.error().kind == ErrorKind::InUse ||
+                  next.error().kind == ErrorKind::Unsupported)) {
         refused = next.error();
         next = load(path, *target, FileMode::Read);
     }
@@ -344,6 +351,8 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
     const Result<fs::path> target = resolveLinks(path);
     if (!target)
         return target.error();
+    if (store().ofLaterVersion())
+        return ofLaterVersion();
     // Another running copy must not lose the file that it has open, nor open one that is about to go.
     Result<std::unique_ptr<File>> there = Error{ErrorKind::NotFound, {}};
     const Result<FileStatus> status = files_.status(*target);

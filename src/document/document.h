@@ -82,7 +82,8 @@ public:
     bool hasFile() const { return state_.file.compound != nullptr; }
     /// PATH leads to the file that the document was opened from or saved to.
     bool isFile(const std::filesystem::path& path) const;
-    /// Opened so, changed by another program while that had it, or damaged so that a save could lose something;
+    /// Opened so, changed by another program while that had it, written by a later version of this one (Unsupported;
+    /// Save As is then refused too), or damaged so that a save could lose something;
     /// readOnlyReason says why.
     bool readOnly() const { return readOnlyReason().has_value(); }
     std::optional<Error> readOnlyReason() const;

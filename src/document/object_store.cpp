@@ -414,6 +414,8 @@ Bytes ObjectStore::streamOf(const PersistentObject& object) {
 }
 
 Result<void> ObjectStore::save(CompoundFile& file) {
+    if (ofLaterVersion())
+        return Error{ErrorKind::Unsupported, "it was written by a later version"};
     for (const ObjectId id : deletedStreams_)
         file.remove(streamName(id));
     const bool writeIndex = indexModified_ || indexDamaged_ || version_ != kVersion || !file.contains(kObjectIdsStream);

@@ -86,7 +86,7 @@ public:
 
     /// Writes everything changed into FILE, which stays uncommitted: the caller commits and calls saved(). Every
     /// 3,000 objects what is pending moves from memory to the file's free sectors, first before the second one.
-    /// Streams that FILE has of unreadable objects are left alone.
+    /// Streams that FILE has of unreadable objects are left alone. Unsupported if the store is ofLaterVersion().
     Result<void> save(CompoundFile& file);
     /// What save() wrote is durable: nothing is modified any more.
     void saved();
@@ -102,6 +102,8 @@ public:
     const std::deque<ObjectId>& freeIds() const { return freeIds_; }
     const std::map<std::uint32_t, ObjectId>& singletonIds() const { return singletons_; }
     std::uint32_t version() const { return version_; }
+    /// Written by a later version of the program, and nothing but that one knows what its index must say.
+    bool ofLaterVersion() const { return version_ > kVersion && !indexDamaged_; }
     const TypeRegistry& types() const { return types_; }
 
     /// Something would be written by save().

@@ -55,6 +55,8 @@ std::string readOnlyText(const Error& reason) {
         return "Another program is using this file.";
     case ErrorKind::Changed:
         return "Another program has changed this file.";
+    case ErrorKind::Unsupported:
+        return "A later version of this software has written this file.";
     case ErrorKind::Corrupt:
         return fmt::format("A part of this file is damaged ({}).", reason.detail);
     default:

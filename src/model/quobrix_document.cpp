@@ -124,6 +124,8 @@ std::string TQuobrixDocument::lockedBecause() const {
     if (outdated())
         return "This file cannot be edited because another program has changed it. Open it again to see it as it is "
                "now.";
+    if (store().ofLaterVersion())
+        return "This file cannot be edited because a later version of this software has written it.";
     if (const std::optional<Error> reason = readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
         return "This file cannot be edited because a part of it is damaged (" + reason->detail + ").";
     return {};

@@ -238,6 +238,25 @@ TEST_F(DocumentFile, WhatALaterVersionAddedIsKept) {
     EXPECT_EQ(columns.back().id, future);
 }
 
+TEST_F(DocumentFile, WhatALaterVersionHasWrittenIsOnlyRead) {
+    saveTrips(2);
+    tamper(path_, [](CompoundFile& file) { file.write("Version", u32s({ObjectStore::kVersion + 1})); });
+    const Bytes before = *readFile(path_, 1u << 24);
+    TQuobrixDocument document;
+    expectOpens(document, path_);
+    EXPECT_EQ(document.trips().rowCount(), 2u);
+    EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Unsupported);
+    EXPECT_TRUE(openFile(path_, FileMode::ReadWrite)) << "the later version may write to it";
+    EXPECT_FALSE(document.edits().insertRows(document.drivers().id(), 0).ok());
+    addTrip(document, kStart + 9000);
+    for (const Result<void>& refused :
+         {document.save(), document.overwrite(), document.compact(), document.saveAs(folder_ / "New.car")})
+        EXPECT_FALSE(refused);
+    EXPECT_EQ(document.saveAs(folder_ / "New.car").error().kind, ErrorKind::Unsupported);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "New.car"));
+    EXPECT_EQ(*readFile(path_, 1u << 24), before);
+}
+
 TEST_F(DocumentFile, ADamagedIndexIsRebuiltFromTheStreams) {
     const Bytes ones(4, 0xFF);
     const std::pair<const char*, Bytes> damages[] = {
