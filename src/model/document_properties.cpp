@@ -92,11 +92,7 @@ std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, con
     addRecords("Loggers", &document.loggers(), TQuobrixNamesTable::kType);
     addRecords("Drivers", &document.drivers(), DriverNamesTable::kType);
     add("Objects", "Objects", integerText(context, document.store().objectCount()));
-    std::uint8_t schema = 0;
-    for (const PersistentType* type : document.store().types().all())
-        schema = std::max(schema, type->schema);
-    add("Format", "Format",
-        fmt::format("{} (object store {}, schema {})", document.format(), document.store().version(), schema));
+    add("Format", "Format", fmt::format("{} (schema {})", document.format(), document.store().version()));
     if (document.readOnlyReason())
         add("ReadOnly", "Read-Only", readOnlyText(*document.readOnlyReason()));
     return result;

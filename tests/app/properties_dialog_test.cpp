@@ -53,7 +53,7 @@ TEST_F(PropertiesDialogTest, TellsWhatIsInTheDocumentAndWhereItLies) {
     EXPECT_EQ(value("Vehicles"), "1");
     EXPECT_EQ(value("Accidents"), "0");
     EXPECT_EQ(value("Objects"), std::to_string(document_.store().objectCount()));
-    EXPECT_EQ(value("Format"), "2 (object store 3, schema 1)");
+    EXPECT_EQ(value("Format"), "2 (schema 3)");
     EXPECT_EQ(value("Backup"), "None");
     EXPECT_EQ(value("ReadOnly"), "no ReadOnly");
     units_.setUnit(UnitTypeId::ByteCount, UnitId::Kilobytes);
