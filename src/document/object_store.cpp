@@ -211,7 +211,7 @@ bool ObjectStore::findLostSingletons() {
     lostSingletonsSought_ = true;
     std::string why;
     for (const Slot& entry : slots_) {
-        if (entry.object || entry.unreadable)
+        if (entry.object || entry.unreadable || entry.vacant)
             continue; // a singleton that is loaded is known
         const std::optional<std::uint32_t> typeId = typeIdOf(entry.id);
         const PersistentType* type = typeId ? types_.find(*typeId) : nullptr;
@@ -234,18 +234,19 @@ ObjectStore::Slot* ObjectStore::slot(ObjectId id) {
 const ObjectStore::Slot* ObjectStore::slot(ObjectId id) const {
     // Every id stands at most as far back as its number; with few gaps it stands right there.
     if (id < slots_.size() && slots_[id].id == id)
-        return &slots_[id];
+        return slots_[id].vacant ? nullptr : &slots_[id];
     const auto end = slots_.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(id, slots_.size()));
     const auto found =
         std::lower_bound(slots_.begin(), end, id, [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
-    return found != end && found->id == id ? &*found : nullptr;
+    return found != end && found->id == id && !found->vacant ? &*found : nullptr;
 }
 
 std::vector<ObjectId> ObjectStore::objectIds() const {
     std::vector<ObjectId> ids;
-    ids.reserve(slots_.size());
+    ids.reserve(objectCount());
     for (const Slot& entry : slots_)
-        ids.push_back(entry.id);
+        if (!entry.vacant)
+            ids.push_back(entry.id);
     return ids;
 }
 
@@ -277,7 +278,7 @@ void ObjectStore::withdraw(Slot& entry, std::uint32_t typeId, std::string what) 
 
 void ObjectStore::noteLost(const std::string& what) {
     for (Slot& entry : slots_)
-        if (!entry.object && !entry.unreadable)
+        if (!entry.object && !entry.unreadable && !entry.vacant)
             withdraw(entry, 0, what);
 }
 
@@ -382,7 +383,12 @@ PersistentObject& ObjectStore::create(const PersistentType& type) {
     object->id_ = id;
     object->modified_ = true;
     PersistentObject& result = *object;
-    slots_.insert(place, {id, std::move(object)});
+    if (place != slots_.end() && place->id == id) { // vacant
+        *place = {id, std::move(object)};
+        --vacantSlots_;
+    } else {
+        slots_.insert(place, {id, std::move(object)});
+    }
     if (type.singleton)
         singletons_[type.id()] = id;
     indexModified_ = modified_ = true;
@@ -396,7 +402,13 @@ void ObjectStore::destroy(ObjectId id) {
     // Out of the index first: what the object owns may, in a damaged file, lead back to it.
     Slot* entry = slot(id);
     const std::unique_ptr<PersistentObject> object = std::move(entry->object);
-    slots_.erase(slots_.begin() + (entry - slots_.data()));
+    // Slots are cleared away many at once, so that what is deleted in a row does not move all that is behind it again
+    // and again.
+    *entry = {.id = id, .object = nullptr, .vacant = true};
+    if (++vacantSlots_ > slots_.size() / 2) {
+        std::erase_if(slots_, [](const Slot& s) { return s.vacant; });
+        vacantSlots_ = 0;
+    }
     std::erase_if(singletons_, [&](const auto& pair) { return pair.second == id; });
     freeIds_.push_back(id);
     deletedStreams_.insert(id);
@@ -430,9 +442,9 @@ Result<void> ObjectStore::save(CompoundFile& file) {
         }
         file.write(kFreeIdsStream, free.take());
         ByteWriter ids;
-        ids.u32(static_cast<std::uint32_t>(slots_.size()));
-        for (const Slot& entry : slots_)
-            ids.u32(entry.id);
+        ids.u32(static_cast<std::uint32_t>(objectCount()));
+        for (const ObjectId id : objectIds())
+            ids.u32(id);
         file.write(kObjectIdsStream, ids.take());
     }
     std::size_t written = 0;

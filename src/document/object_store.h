@@ -95,7 +95,7 @@ public:
     void forgetUnchanged();
 
     /// Number of objects in the index, loaded or not.
-    std::size_t objectCount() const { return slots_.size(); }
+    std::size_t objectCount() const { return slots_.size() - vacantSlots_; }
     std::vector<ObjectId> objectIds() const;
     std::vector<PersistentObject*> loadedObjects() const;
     std::uint32_t nextAvailableId() const { return nextId_; }
@@ -135,6 +135,8 @@ private:
         ObjectId id;
         std::unique_ptr<PersistentObject> object;
         bool unreadable = false;
+        bool vacant =
+            false; // destroyed: of no object, until one gets the id again or the vacant slots are cleared away
     };
 
     PersistentObject* findTyped(ObjectId id, const PersistentType& type);
@@ -152,7 +154,8 @@ private:
 
     const TypeRegistry& types_;
     const CompoundFile* file_ = nullptr;
-    std::vector<Slot> slots_; // ascending by id, so that the index is written in one order
+    std::vector<Slot> slots_;     // ascending by id, so that the index is written in one order
+    std::size_t vacantSlots_ = 0; // at most half of them
     std::deque<ObjectId> freeIds_;
     std::map<std::uint32_t, ObjectId> singletons_;
     std::map<std::uint32_t, std::unique_ptr<PersistentObject>> standIns_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <unordered_map>
 
 namespace quobrix {
 namespace {
@@ -15,11 +16,6 @@ constexpr LogName kLogNames[] = {
     {"TAccidentLog", "Accident Log"}, {"TVehicleNames", "Vehicle ID"},        {"TQuobrixNames", "Quobrix ID"},
     {"DriverNames", "Driver ID"},
 };
-
-bool refersTo(const PersistentObject& object, ObjectId id) {
-    const std::vector<Reference> references = object.references();
-    return std::any_of(references.begin(), references.end(), [&](const Reference& r) { return r.id == id; });
-}
 
 /// The root table T. Its row count is looked at now, so that a damaged one is known to be before anything is changed.
 template <class T>
@@ -149,17 +145,22 @@ std::vector<std::string> TQuobrixDocument::affectedLogs() {
     for (const Table* root : roots())
         if (!root->store()) // a stand-in
             add(logOfClass(root->type().name));
-    const std::vector<PersistentObject*> loaded = store().loadedObjects();
+    std::unordered_map<ObjectId, const PersistentType*> owners; // by what they refer to; made when first needed
+    const auto ownerOf = [&](ObjectId id) {
+        if (owners.empty())
+            for (const PersistentObject* object : store().loadedObjects())
+                for (const Reference& reference : object->references())
+                    owners.emplace(reference.id, &object->type());
+        const auto owner = owners.find(id);
+        return owner == owners.end() ? nullptr : owner->second;
+    };
     for (const Damage& damage : store().damage()) {
         if (damage.id == kNoObject)
             continue; // the index: of no log
-        if (const PersistentType* type = store().types().find(damage.typeId)) {
-            add(logOfClass(type->name));
-            continue;
-        }
-        const auto owner = std::find_if(loaded.begin(), loaded.end(),
-                                        [&](const PersistentObject* object) { return refersTo(*object, damage.id); });
-        add(owner == loaded.end() ? kOtherLog : logOfClass((*owner)->type().name));
+        const PersistentType* type = store().types().find(damage.typeId);
+        if (!type)
+            type = ownerOf(damage.id);
+        add(type ? logOfClass(type->name) : kOtherLog);
     }
     return logs;
 }
