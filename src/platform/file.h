@@ -33,9 +33,10 @@ public:
 };
 
 enum class FileMode {
-    Read,      ///< an existing file, shared with writers
-    ReadWrite, ///< an existing file, locked against a second writer (ErrorKind::InUse)
-    Create,    ///< a new file, which must not exist, locked likewise
+    Read,          ///< an existing file, shared with writers
+    ReadWrite,     ///< an existing file, locked against a second writer (ErrorKind::InUse)
+    Create,        ///< a new file, which must not exist, locked likewise
+    CreatePrivate, ///< likewise, and nobody but its owner can open it until its permissions are widened
 };
 
 /// Opens PATH. Folders are refused with IsDirectory.

@@ -175,7 +175,7 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
     // A file may be renamed over PATH between opening and locking; the lock would then be on a file nobody sees.
     constexpr int kAttempts = 10;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        const int descriptor = ::open(path.c_str(), flags, 0666);
+        const int descriptor = ::open(path.c_str(), flags, mode == FileMode::CreatePrivate ? 0600 : 0666);
         if (descriptor < 0)
             return lastSystemError("open", path);
         auto file = std::make_unique<PosixFile>(descriptor);

@@ -104,16 +104,19 @@ Result<ReplacementFile> ReplacementFile::createForLink(const std::filesystem::pa
     constexpr int kAttempts = 4;
     std::filesystem::path temporary;
     Result<std::unique_ptr<File>> file = Error{};
+    // Who opens a file can read it ever after, so that it must not be open to more than it will be.
+    const std::filesystem::path& model = like.empty() ? target : like;
+    const FileMode mode = std::filesystem::exists(model, ignored) ? FileMode::CreatePrivate : FileMode::Create;
     for (int attempt = 0; attempt < kAttempts && (attempt == 0 || file.error().kind == ErrorKind::InUse); ++attempt) {
         temporary = target.parent_path() / temporaryName();
-        file = files.open(temporary, FileMode::Create);
+        file = files.open(temporary, mode);
         if (file)
             break;
     }
     if (!file)
         return file.error();
     ReplacementFile replacement(files, target, temporary, *std::move(file));
-    QUOBRIX_TRY(files.adoptPermissions(temporary, like.empty() ? replacement.target_ : like));
+    QUOBRIX_TRY(files.adoptPermissions(temporary, model));
     return replacement;
 }
 

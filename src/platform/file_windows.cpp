@@ -123,16 +123,16 @@ Error lastSystemError(std::string_view action, const std::filesystem::path& subj
 }
 
 Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMode mode) {
+    const bool creates = mode == FileMode::Create || mode == FileMode::CreatePrivate;
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
         return Error{ErrorKind::IsDirectory, pathText(path) + " is a folder"};
     // A writer shares reading only: that is the lock against a second one. Sharing deletion lets an open file be
     // renamed, which a replacement file needs.
     const bool writes = mode != FileMode::Read;
-    const HANDLE handle =
-        CreateFileW(path.c_str(), writes ? GENERIC_READ | GENERIC_WRITE | DELETE : GENERIC_READ,
-                    FILE_SHARE_READ | FILE_SHARE_DELETE | (writes ? 0u : FILE_SHARE_WRITE), nullptr,
-                    mode == FileMode::Create ? CREATE_NEW : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle = CreateFileW(path.c_str(), writes ? GENERIC_READ | GENERIC_WRITE | DELETE : GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_DELETE | (writes ? 0u : FILE_SHARE_WRITE), nullptr,
+                                      creates ? CREATE_NEW : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return lastSystemError("open", path);
     auto file = std::make_unique<WindowsFile>(handle);

@@ -10,6 +10,7 @@
 #if !defined(_WIN32)
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #endif
 
 namespace quobrix {
@@ -174,6 +175,49 @@ TEST_F(PlatformTest, AReplacementIsWholeOrGone) {
     EXPECT_EQ(ReplacementFile::create("/dev/null").error().kind, ErrorKind::NotADocument) << "a device stays";
 #endif
 }
+
+#if !defined(_WIN32)
+/// The system's calls, with a look at the new file before it gets its permissions.
+class WatchedFiles final : public FileSystem {
+public:
+    std::optional<fs::perms> atFirst;
+
+    Result<void> adoptPermissions(const fs::path& temporary, const fs::path& like) override {
+        atFirst = fs::status(temporary).permissions();
+        return system().adoptPermissions(temporary, like);
+    }
+    Result<std::unique_ptr<File>> open(const fs::path& path, FileMode mode) override {
+        return system().open(path, mode);
+    }
+    Result<FileStatus> status(const fs::path& path) override { return system().status(path); }
+    std::uint64_t freeSpace(const fs::path& folder) override { return system().freeSpace(folder); }
+    Result<void> renameOver(const fs::path& from, const fs::path& to) override { return system().renameOver(from, to); }
+    Result<void> flushFolder(const fs::path& folder) override { return system().flushFolder(folder); }
+    void remove(const fs::path& path) override { system().remove(path); }
+    void removeAbandoned(const fs::path& folder) override { system().removeAbandoned(folder); }
+};
+
+TEST_F(PlatformTest, AReplacementIsAtNoMomentOpenToMoreThanItsModel) {
+    const auto mask = ::umask(0);
+    WatchedFiles files;
+    const auto permissionsOfNew = [&](const fs::path& target, const fs::path& like) {
+        const auto replacement = ReplacementFile::create(target, like, files);
+        return replacement ? fs::status(replacement->temporary()).permissions() : fs::perms::unknown;
+    };
+    const fs::path target = folder_ / "a", other = folder_ / "b";
+    constexpr auto kOwner = fs::perms::owner_read | fs::perms::owner_write;
+    EXPECT_EQ(permissionsOfNew(target, {}), fs::perms(0666)) << "as the user's mask says";
+    put(target, "private");
+    for (const fs::perms wanted : {kOwner, kOwner | fs::perms::group_read}) {
+        fs::permissions(target, wanted);
+        EXPECT_EQ(permissionsOfNew(target, {}), wanted);
+        EXPECT_EQ(files.atFirst, kOwner);
+        EXPECT_EQ(permissionsOfNew(other, target), wanted);
+        EXPECT_EQ(files.atFirst, kOwner);
+    }
+    ::umask(mask);
+}
+#endif
 
 TEST_F(PlatformTest, ProgramFolderLeavesTheReleaseFolderOut) {
     EXPECT_EQ(programFolder("/opt/quobrix/quobrix"), "/opt/quobrix/");

@@ -143,7 +143,7 @@ Result<std::unique_ptr<File>> FaultFolder::open(const std::filesystem::path& pat
         return Error{failWith, "open"};
     const auto found = names_.find(path);
     const bool writes = mode != FileMode::Read;
-    if (mode == FileMode::Create) {
+    if (mode == FileMode::Create || mode == FileMode::CreatePrivate) {
         if (found != names_.end())
             return Error{ErrorKind::Io, "exists"};
         const auto inode = make({});
