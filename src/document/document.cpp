@@ -366,7 +366,7 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
         if (!there && there.error().kind != ErrorKind::AccessDenied)
             return there.error();
     }
-    const auto build = [&](ReplacementFile& replacement) { return buildWhole(replacement, options); };
+    const auto build = [&](ReplacementFile& replacement, Left& left) { return buildWhole(replacement, options, left); };
     std::optional<FileSnapshot> replaced;
     const auto work = [&] { return putInPlace(path, options, build, replaced); };
     files_.removeAbandoned(target->parent_path());
@@ -410,22 +410,26 @@ Result<TDocument::Left> TDocument::leftOnDisk() const {
     return *size < space().fileBytes ? Left::Beginning : Left::Everything;
 }
 
-/// Notes as damage what can no longer be read of the document.
+/// Notes as damage what cannot be read any more, once the document is in a file that has no more than was LEFT.
 void TDocument::noteLost(Left left) {
+    if (left == Left::Everything)
+        return;
     if (left == Left::Nothing)
         return store().noteLost("another program has written over it");
     for (const ObjectId id : store().objectIds())
         store().find(id);
 }
 
-Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options) {
+Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, const SaveOptions& options,
+                                                  Left& left) {
     Result<OpenFile> file = Error{};
-    const Result<Left> left = leftOnDisk();
-    if (!left)
-        return left.error();
+    const Result<Left> found = leftOnDisk();
+    if (!found)
+        return found.error();
+    left = *found;
     if (outdated() && !modified()) // nothing of it is only here
         return *readOnlyReason();
-    const bool copied = hasFile() && *left == Left::Everything && state_.file.compound->writable();
+    const bool copied = hasFile() && left == Left::Everything && state_.file.compound->writable();
     if (copied) {
         const std::uint64_t size = space().fileBytes;
         QUOBRIX_TRY(checkSpace(replacement.target(), size));
@@ -440,11 +444,9 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
     }
     if (!file)
         return file;
-    if (hasFile() && *left != Left::Nothing && !copied) // nothing can be written into a copy of damaged tables
+    if (hasFile() && left != Left::Nothing && !copied) // nothing can be written into a copy of damaged tables
         QUOBRIX_TRY(options.runDisk(
             [&](DiskProgress& progress) { return copyReadable(*state_.file.compound, *file->compound, progress); }));
-    if (*left != Left::Everything)
-        noteLost(*left);
     QUOBRIX_TRY(writeTo(*file->compound));
     QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return file->compound->commit(); }));
     return file;
@@ -461,7 +463,7 @@ Result<void> TDocument::compact(const SaveOptions& options) {
     const FileSnapshot before = state_.snapshot;
     std::optional<FileSnapshot> replaced;
     const Result<void> done = putInPlace(
-        state_.path, options, [&](ReplacementFile& replacement) { return buildCompact(replacement, options); },
+        state_.path, options, [&](ReplacementFile& replacement, Left&) { return buildCompact(replacement, options); },
         replaced);
     if (replaced)
         kept_.follow(state_.path, before, *replaced);
@@ -491,7 +493,8 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     Result<ReplacementFile> replacement = ReplacementFile::create(path, {}, files_);
     if (!replacement)
         return replacement.error();
-    Result<OpenFile> file = build(*replacement);
+    Left left = Left::Everything;
+    Result<OpenFile> file = build(*replacement, left);
     if (!file)
         return file.error();
     const Result<FileSnapshot> snapshot = FileSnapshot::of(files_, replacement->temporary(), file->disk.get());
@@ -509,6 +512,7 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     state_.snapshot = *snapshot;
     state_.nameDurable = bool(renamed);
     state_.saveFailed = !renamed;
+    noteLost(left);
     if (!renamed)
         return renamed;
     store().saved();

@@ -137,7 +137,9 @@ private:
         bool saveFailed = false; // the last time: what the open file holds may be nowhere else
     };
     using Copy = std::function<Result<void>(File&)>; // durable when it returns
-    using Build = std::function<Result<OpenFile>(ReplacementFile&)>;
+    /// How much of the document is still there to be read.
+    enum class Left { Everything, Beginning, Nothing };
+    using Build = std::function<Result<OpenFile>(ReplacementFile&, Left&)>; // Left: Everything if it does not say
 
     Result<void> take(State next);
     Result<void> openOnce(const std::filesystem::path& path, Access access);
@@ -147,10 +149,9 @@ private:
     Result<void> writeTo(CompoundFile& file);
     Result<void> writeInPlace(const std::filesystem::path& target, const SaveOptions& options);
     Result<void> writeAnew(const std::filesystem::path& path, const SaveOptions& options);
-    enum class Left { Everything, Beginning, Nothing };
     Result<Left> leftOnDisk() const;
     void noteLost(Left left);
-    Result<OpenFile> buildWhole(ReplacementFile& replacement, const SaveOptions& options);
+    Result<OpenFile> buildWhole(ReplacementFile& replacement, const SaveOptions& options, Left& left);
     Result<OpenFile> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
     Result<void> putInPlace(const std::filesystem::path& path, const SaveOptions& options, const Build& build,
                             std::optional<FileSnapshot>& replaced);

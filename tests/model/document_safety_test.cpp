@@ -228,6 +228,13 @@ TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDo
                 put(path_, *content);
                 ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
             }
+            const std::size_t known = document.store().damage().size();
+            EXPECT_EQ(kindOf(document.saveAs(kept, {.runDisk =
+                                                        [](const DiskWork&) {
+                                                            return Error{ErrorKind::Io, {}};
+                                                        }})),
+                      ErrorKind::Io);
+            EXPECT_EQ(document.store().damage().size(), known) << "a save that fails takes nothing from the document";
             const Result<void> saved = document.saveAs(kept);
             ASSERT_TRUE(saved) << saved.error().detail;
             EXPECT_FALSE(document.readOnly());
