@@ -213,14 +213,57 @@ private:
         if (!content)
             return content.error();
         layout_.directory = *std::move(content);
-        if (layout_.directory.count() == 0 ||
-            *layout_.directory.at(entry::kType) != static_cast<std::uint8_t>(EntryType::Root))
-            return Error{ErrorKind::Corrupt, "no root directory entry"};
+        if (layout_.directory.count() == 0)
+            return Error{ErrorKind::Corrupt, "no directory"};
+        rootLost_ = *layout_.directory.at(entry::kType) != static_cast<std::uint8_t>(EntryType::Root);
+        if (rootLost_) {
+            layout_.incomplete = true;
+            std::uint8_t* root = layout_.directory.change(0);
+            std::fill_n(root, kEntrySize, std::uint8_t{0});
+            root[entry::kType] = static_cast<std::uint8_t>(EntryType::Root);
+            for (const std::uint32_t link : {entry::kLeft, entry::kRight, entry::kChild})
+                store32(root + link, kNoEntry); // so that the directory lists what it finds
+        }
         return {};
     }
 
+    /// Where the mini stream begins, whose only witness is the root entry, if that is lost: the one chain that nothing
+    /// leads to and that has room for the mini sectors in USE. Nowhere if there are several.
+    std::uint32_t lostMiniStream(std::uint32_t used) {
+        const std::uint32_t count = std::min(marksIn(layout_.fat), sectors_);
+        const auto next = [&](std::uint32_t sector) { return load32(layout_.fat.at(std::size_t{4} * sector)); };
+        std::vector<bool> led(count);
+        const auto lead = [&](std::uint32_t to) {
+            if (to < count)
+                led[to] = true;
+        };
+        for (std::uint32_t sector = 0; sector < count; ++sector)
+            lead(next(sector));
+        lead(header_.firstDirectorySector);
+        lead(header_.firstMiniFatSector);
+        for (std::uint32_t index = 1; index < layout_.directory.count() * kEntriesPerPage; ++index) {
+            const std::uint8_t* at = layout_.directory.at(std::size_t{index} * kEntrySize);
+            if (at[entry::kType] == static_cast<std::uint8_t>(EntryType::Stream) &&
+                load32(at + entry::kSize) >= kMiniCutoff)
+                lead(load32(at + entry::kStart));
+        }
+        std::uint32_t found = kEndOfChain;
+        std::vector<bool> seen(count);
+        for (std::uint32_t first = 0; first < count; ++first) {
+            std::uint32_t length = 0, sector = first;
+            for (; !led[first] && sector < count && !seen[sector]; sector = next(sector), ++length)
+                seen[sector] = true;
+            if (length == 0 || sector != kEndOfChain || length < unitsOf(used, kMiniSectorsPerPage))
+                continue;
+            if (found != kEndOfChain)
+                return kEndOfChain;
+            found = first;
+        }
+        return found;
+    }
+
     Result<void> readMiniFat() {
-        const std::uint8_t* root = layout_.directory.at(0);
+        std::uint8_t* root = layout_.directory.change(0);
         if (load32(root + entry::kSize) > 0)
             layout_.miniStreamChain = structureChain(load32(root + entry::kStart));
         if (header_.miniFatPages > 0) {
@@ -229,12 +272,17 @@ private:
                 return content.error();
             layout_.miniFat = *std::move(content);
         }
+        std::uint32_t used = marksIn(layout_.miniFat);
+        while (used > 0 && load32(layout_.miniFat.at(std::size_t{4} * (used - 1))) == kFreeSector)
+            --used;
+        if (rootLost_ && used > 0) {
+            layout_.miniStreamChain = structureChain(lostMiniStream(used));
+            store32(root + entry::kSize, static_cast<std::uint32_t>(layout_.miniStreamChain.size() * kSectorSize));
+        }
         const auto there = static_cast<std::uint32_t>(layout_.miniStreamChain.size()) * kMiniSectorsPerPage;
         expectFreeFrom(layout_.miniFat, there);
         // Whatever the root entry says: a page whose end is missing may only lack what nobody uses.
-        std::uint32_t used = std::min(marksIn(layout_.miniFat), there);
-        while (used > 0 && load32(layout_.miniFat.at(std::size_t{4} * (used - 1))) == kFreeSector)
-            --used;
+        used = std::min(used, there);
         const std::uint64_t size =
             std::max<std::uint64_t>(load32(root + entry::kSize), std::uint64_t{used} * kMiniSectorSize);
         for (std::size_t i = 0; i < layout_.miniStreamChain.size(); ++i)
@@ -270,6 +318,7 @@ private:
     Layout layout_;
     Header header_;
     std::uint32_t sectors_ = 0; ///< in the file
+    bool rootLost_ = false;     ///< the first entry of the directory
     std::unique_ptr<Claims> claims_;
     std::unique_ptr<Claims> miniClaims_;
 };

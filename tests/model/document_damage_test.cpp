@@ -160,7 +160,7 @@ const std::vector<Row>& table() {
                  std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(v.directory()), cfb::kSectorSize, 0xEE);
                  v.setBytes(bytes);
              },
-             Opening::Damaged, View::Nothing, false, Mending::Impossible},
+             Opening::Read, View::Everything, false, Mending::Part},
             {"The directory's chain is broken (FAT)",
              [](V v) {
                  const std::size_t fat = cfb::sectorOffset(v.get32(76));
