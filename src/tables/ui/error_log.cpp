@@ -6,6 +6,7 @@
 #include "units/unit_system.h"
 
 #include <QAbstractTableModel>
+#include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QDialogButtonBox>
@@ -16,6 +17,7 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QStyle>
+#include <QToolTip>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -142,6 +144,14 @@ TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* pa
     auto* hint = new QLabel(QStringLiteral("Double-click on a message to go to its source. For help, press F1."));
     hint->setObjectName(QStringLiteral("hint"));
     hint->setWordWrap(true);
+    auto* help = new QAction(this);
+    help->setObjectName(QStringLiteral("help"));
+    help->setShortcut(Qt::Key_F1);
+    connect(help, &QAction::triggered, hint, [hint] {
+        QToolTip::showText(hint->mapToGlobal(hint->rect().bottomLeft()),
+                           QStringLiteral("Explains this window. (not available yet)"), hint);
+    });
+    addAction(help);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(hint);

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 #include <QTreeView>
 
 namespace quobrix::test {
@@ -80,6 +81,14 @@ TEST_F(ErrorLog, CopiesTheSelectedLines) {
     QTest::keySequence(&list(), QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("Error\tSample\t1\tKey\tWrong. Very wrong.\n"
                                                                 "Warning\tSample\t2\tKey\tWrong. Very wrong.\n"));
+}
+
+TEST_F(ErrorLog, SaysThatHelpIsNotAvailableYet) {
+    log_.show();
+    log_.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&log_));
+    QTest::keyClick(&log_, Qt::Key_F1);
+    EXPECT_TRUE(QToolTip::text().endsWith(QStringLiteral("(not available yet)"))) << QToolTip::text().toStdString();
 }
 
 TEST_F(ErrorLog, RemembersItsSize) {
