@@ -203,6 +203,8 @@ void TSpreadsheet::addSortCommands() {
     commands_->handle(
         StoredOrder, [this] { sortBy(-1, Qt::AscendingOrder); }, [this] { return model_.sorted(); });
     commands_->handle(
+    commands_->handle(
+        FitWidth, [this, column] { view_->resizeColumnToContents(column()); }, cell);
         Columns, [this] { chooseColumns(); }, rows);
     commands_->handle(
         Find, [this] { findBar().open(); }, rows);

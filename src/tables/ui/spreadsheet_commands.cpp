@@ -81,7 +81,7 @@ QMenu* SpreadsheetCommands::makeMenu(QWidget& parent) const {
     add(menu, {Find, FindNext, FindPrevious});
     menu->addSeparator();
     add(menu->addMenu(QStringLiteral("Sort B&y This Column")), {SortUp, SortDown, StoredOrder});
-    add(menu, {Columns});
+    add(menu, {FitWidth, Columns});
     menu->addSeparator();
     add(menu, {GoToSource, Requirements, Errors, UnitSystems});
     menu->addSeparator();

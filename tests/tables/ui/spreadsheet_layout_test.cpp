@@ -2,11 +2,15 @@
 
 #include "tables/ui/column_chooser.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QListWidget>
+#include <QMenu>
 #include <QPushButton>
+
+#include <algorithm>
 
 namespace quobrix::test {
 namespace {
@@ -83,6 +87,17 @@ TEST_F(SpreadsheetLayoutTest, ColumnsAreChosenByTheKeyboard) {
     again.accept();
     EXPECT_EQ(header.visualIndex(S::Speed), int(S::Speed));
     EXPECT_EQ(header.hiddenSectionCount(), 0);
+}
+
+TEST_F(SpreadsheetLayoutTest, AColumnIsFittedToItsTextsFromTheCellMenu) {
+    goTo(0, S::Key);
+    sheet().view().setColumnWidth(S::Key, 300);
+    const std::unique_ptr<QMenu> menu(sheet().commands().makeMenu(sheet()));
+    const QList<QAction*> actions = menu->actions();
+    const auto fit = std::ranges::find(actions, QStringLiteral("Fit &Width"), &QAction::text);
+    ASSERT_NE(fit, actions.end());
+    (*fit)->trigger();
+    EXPECT_LT(sheet().view().columnWidth(S::Key), 300);
 }
 
 TEST_F(SpreadsheetLayoutTest, UnitsStandInTheHeadingWhereTheyAreWantedThere) {
