@@ -73,6 +73,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
 
     windows_.requirements = [this](const Column& column) { tableWindows_->showRequirements(column); };
     windows_.errors = [this](const Table& table) { tableWindows_->showErrorsOf(table); };
+    windows_.source = [this](const CellSource& source) { tableWindows_->showSource(source); };
     windows_.unitSystems = [this] { commands_->trigger(CommandId::Units); };
     context_.prompter = &prompter_;
     context_.windows = &windows_;

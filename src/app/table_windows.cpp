@@ -74,13 +74,24 @@ void TableWindows::check() {
         errors_->setFindings(checkValues(frame_.context().document, frame_.context().text()));
 }
 
+void TableWindows::showSource(const CellSource& source) {
+    if (!showCell(source.table.type(), source.columnKey, source.row))
+        frame_.prompter().tell(makeMessage(MessageId::NoSource, std::string(source.table.spec().title)));
+}
+
 void TableWindows::goTo(const Finding& finding) {
     const PersistentObject* table = frame_.context().document.store().find(finding.table);
-    const auto source = table ? sources_.find(table->type().id()) : sources_.end();
-    if (source == sources_.end())
+    if (!table || !showCell(table->type(), finding.column ? finding.column->key : std::string_view(), finding.row))
         frame_.prompter().tell(makeMessage(MessageId::NoSource, std::string(finding.title)));
-    else
-        source->second(finding.column ? finding.column->key : std::string_view(), finding.row);
+}
+
+/// False if no window shows the tables of class TABLE.
+bool TableWindows::showCell(const PersistentType& table, std::string_view columnKey, RowIndex row) {
+    const auto source = sources_.find(table.id());
+    if (source == sources_.end())
+        return false;
+    source->second(columnKey, row);
+    return true;
 }
 
 } // namespace quobrix

@@ -34,6 +34,8 @@ public:
     void showErrors();
     /// The same, with what is wrong with TABLE first in view.
     void showErrorsOf(const Table& table);
+    /// Brings SOURCE into view.
+    void showSource(const CellSource& source);
     void showRequirements(const Column& column);
 
 private:
@@ -43,6 +45,7 @@ private:
 
     void check();
     void goTo(const Finding& finding);
+    bool showCell(const PersistentType& table, std::string_view columnKey, RowIndex row);
 
     TQuobrixFrame& frame_;
     std::map<std::uint32_t, ShowCell> sources_; ///< by type id

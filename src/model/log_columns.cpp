@@ -12,6 +12,15 @@ std::string_view nameIn(const Column& column, std::string_view key) {
     return names ? names->displayName(key) : kUnknownName;
 }
 
+template <class Names>
+std::optional<CellSource> sourceIn(const Column& column, std::string_view key) {
+    const Names* names = column.store() ? column.store()->existingSingleton<Names>() : nullptr;
+    const RowIndex row = names ? names->find(key) : 0;
+    if (!names || row >= names->rowCount())
+        return {};
+    return CellSource{*names, names->column(1).spec().key, row};
+}
+
 } // namespace
 
 std::string_view RecordColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
@@ -22,12 +31,26 @@ std::string_view VehicleColumn::textView(RowIndex row, const TextContext&, TextB
     return nameIn<TVehicleNamesTable>(*this, at(row));
 }
 
+std::optional<CellSource> VehicleColumn::sourceOf(RowIndex row) const {
+    return sourceIn<TVehicleNamesTable>(*this, at(row));
+}
+
 std::string_view LoggerColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
     return nameIn<TQuobrixNamesTable>(*this, at(row));
 }
 
+std::optional<CellSource> LoggerColumn::sourceOf(RowIndex row) const {
+    return sourceIn<TQuobrixNamesTable>(*this, at(row));
+}
+
+std::string DriverColumn::key(RowIndex row) const { return has(row) ? std::to_string(at(row)) : std::string(); }
+
 std::string_view DriverColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
-    return nameIn<DriverNamesTable>(*this, has(row) ? std::to_string(at(row)) : std::string());
+    return nameIn<DriverNamesTable>(*this, key(row));
+}
+
+std::optional<CellSource> DriverColumn::sourceOf(RowIndex row) const {
+    return sourceIn<DriverNamesTable>(*this, key(row));
 }
 
 double SpeedSamplesColumn::speed(RowIndex row) const { return toBaseFrom(UnitId::KilometrePerHour, at(row)); }

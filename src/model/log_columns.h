@@ -42,12 +42,14 @@ public:
 class VehicleColumn : public TextColumn {
 public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+    std::optional<CellSource> sourceOf(RowIndex row) const override;
 };
 
 /// Holds a logger's serial number, shows the logger's name ("Unknown" without one).
 class LoggerColumn : public TextColumn {
 public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+    std::optional<CellSource> sourceOf(RowIndex row) const override;
 };
 
 /// Holds a driver's identification number (none: no driver was identified), shows the driver's name ("Unknown" without
@@ -56,6 +58,11 @@ class DriverColumn : public IntegerColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Selection; }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+    std::optional<CellSource> sourceOf(RowIndex row) const override;
+
+private:
+    /// The number in decimal digits; empty if there is none.
+    std::string key(RowIndex row) const;
 };
 
 /// Speeds as the logger samples them: whole km/h, a byte each, at a fixed interval. Stream: u32 interval (s), then as

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -56,6 +57,13 @@ struct Parsed {
     bool ok() const { return refusal.empty(); }
 };
 
+/// A cell that the text of another one is taken from.
+struct CellSource {
+    const Table& table;
+    std::string_view columnKey;
+    RowIndex row;
+};
+
 /// One entry of the list that a selection is made from.
 struct Selection {
     std::int64_t code;
@@ -101,6 +109,9 @@ public:
     virtual std::string doubt(const Value&) const { return {}; }
     /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.
     virtual std::string lock(RowIndex) const { return {}; }
+
+    /// Where the text of the cell is taken from; nothing, if that is the cell itself.
+    virtual std::optional<CellSource> sourceOf(RowIndex) const { return {}; }
 
     /// Sets a cell of an editable column to a value of its kind, or to nothing where the kind has that.
     virtual void setValue(RowIndex row, const Value& value);

@@ -232,6 +232,8 @@ void NamesDialog::nameKeys(std::span<const std::string> keys) {
 }
 
 void NamesDialog::showCell(std::string_view columnKey, RowIndex row) {
+    if (!finishEdit())
+        return;
     list_->showCell(columnKey, row);
     list_->setFocus();
 }

@@ -36,7 +36,7 @@ public:
     /// Selects the rows of KEYS and opens the name of the first one for typing.
     void nameKeys(std::span<const std::string> keys);
 
-    /// Makes a cell current; the row alone, where the column is not shown.
+    /// Makes a cell current; the row alone, where the column is not shown. An open editor whose value is refused stays.
     void showCell(std::string_view columnKey, RowIndex row);
 
     void done(int result) override;

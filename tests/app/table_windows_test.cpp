@@ -6,6 +6,7 @@
 #include "tables/ui/error_log.h"
 #include "tables/ui/requirements_window.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QMessageBox>
 #include <QTest>
@@ -66,6 +67,29 @@ TEST_F(TableWindowsTest, GoesToTheCellOfADialog) {
     ASSERT_TRUE(list);
     EXPECT_EQ(list->currentRow(), 2u);
     EXPECT_EQ(list->model().spec(list->view().currentIndex().column()).key, "DriverNamesIDColumn");
+}
+
+TEST_F(TableWindowsTest, GoesFromANameInALogToWhereItIsGiven) {
+    const NamesCommands names(frame_);
+    document_.vehicles().addMissing(std::vector<std::string>{"WVWZZZ1KZAW000001"});
+    const RowIndex trip = addTrip(document_, 1'000'000'000); // which adds its vehicle
+    const RowIndex vehicle = document_.vehicles().find(kVin);
+    ASSERT_GT(vehicle, 0u);
+    frame_.documentChanged();
+    frame_.pages().show(kTripLogPage);
+    auto& list = *frame_.pages().page(kTripLogPage)->findChild<TSpreadsheet*>(QStringLiteral("TTripLogSummaryView"));
+    const QAction& go = list.commands().action(SpreadsheetCommand::GoToSource);
+    list.setCurrentCell(trip, list.model().indexOf("TTripLogDistanceColumn"));
+    EXPECT_FALSE(go.isEnabled());
+    document_.trips().column<TTripLogDriverIDColumn>().set(trip, 7);
+    EXPECT_FALSE(document_.trips().column<TTripLogDriverIDColumn>().sourceOf(trip)) << "a driver nobody has entered";
+    list.setCurrentCell(trip, list.model().indexOf("TTripLogVinColumn"));
+    ASSERT_TRUE(go.isEnabled());
+    list.commands().action(SpreadsheetCommand::GoToSource).trigger();
+    ASSERT_EQ(frame_.namesDialogs().size(), 1);
+    auto* vehicles = frame_.namesDialogs().front()->findChild<TSpreadsheet*>();
+    EXPECT_EQ(vehicles->currentRow(), vehicle);
+    EXPECT_EQ(vehicles->model().spec(vehicles->view().currentIndex().column()).key, "TVehicleNamesNameColumn");
 }
 
 TEST_F(TableWindowsTest, SaysWhenNoWindowShowsTheSource) {

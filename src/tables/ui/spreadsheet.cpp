@@ -135,11 +135,13 @@ const Table* TSpreadsheet::table() const {
     return model_.columns().empty() ? nullptr : model_.columns().front().column->table();
 }
 
-void TSpreadsheet::setGoToSource(std::function<void(RowIndex, const Column&)> go) {
-    commands_->handle(SpreadsheetCommand::GoToSource, [this, work = std::move(go)] {
-        if (const QModelIndex cell = view_->currentIndex(); cell.isValid())
-            work(model_.storedRow(cell.row()), model_.column(cell.column()));
-    });
+std::optional<CellSource> TSpreadsheet::currentSource() const {
+    const QModelIndex cell = view_->currentIndex();
+    if (!cell.isValid())
+        return {};
+    const Column& column = model_.column(cell.column());
+    const RowIndex row = model_.storedRow(cell.row());
+    return row < column.rowCount() ? column.sourceOf(row) : std::nullopt;
 }
 
 // What is told
@@ -188,7 +190,6 @@ void TSpreadsheet::addEditCommands() {
         [this] { return context_.edits && context_.edits->canRedo(); });
     for (const SpreadsheetCommand command : {Add, Insert, InsertAfter})
         commands_->ruleOut(command, QStringLiteral("No entries can be added to this spreadsheet."));
-    commands_->ruleOut(GoToSource, QStringLiteral("This value comes from nowhere else."));
 }
 
 void TSpreadsheet::addSortCommands() {
@@ -203,8 +204,8 @@ void TSpreadsheet::addSortCommands() {
     commands_->handle(
         StoredOrder, [this] { sortBy(-1, Qt::AscendingOrder); }, [this] { return model_.sorted(); });
     commands_->handle(
-    commands_->handle(
         FitWidth, [this, column] { view_->resizeColumnToContents(column()); }, cell);
+    commands_->handle(
         Columns, [this] { chooseColumns(); }, rows);
     commands_->handle(
         Find, [this] { findBar().open(); }, rows);
@@ -221,6 +222,14 @@ void TSpreadsheet::addWindowCommands() {
     const SpreadsheetWindows& windows = *context_.windows;
     const auto cell = [this] { return view_->currentIndex().isValid(); };
     const auto column = [this]() -> const Column& { return model_.column(view_->currentIndex().column()); };
+    if (windows.source)
+        commands_->handle(
+            GoToSource,
+            [this, &windows] {
+                if (const auto source = currentSource(); source && finishEdit())
+                    windows.source(*source);
+            },
+            [this] { return currentSource().has_value(); });
     if (windows.requirements)
         commands_->handle(
             Requirements, [&windows, column] { windows.requirements(column()); }, cell);

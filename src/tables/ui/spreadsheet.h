@@ -25,6 +25,7 @@ class Settings;
 struct SpreadsheetWindows {
     std::function<void(const Column&)> requirements;
     std::function<void(const Table&)> errors;
+    std::function<void(const CellSource&)> source; ///< brings it into view
     std::function<void()> unitSystems;
     std::function<void(std::string_view topic)> help; ///< the key of a column
 };
@@ -75,8 +76,6 @@ public:
 
     /// Takes the value of an open editor. False if it is refused: the editor is still there, with the reason.
     bool finishEdit() { return view_->finishEdit(); }
-    /// Makes GO the work of "Go To Source", for the current cell.
-    void setGoToSource(std::function<void(RowIndex row, const Column& column)> go);
 
 signals:
     void rowActivated(quobrix::RowIndex row);
@@ -93,6 +92,8 @@ protected:
     /// Tells how an edit ended, if there is anything to tell.
     void report(const EditOutcome& outcome, MessageId refusal);
     void tell(MessageId id, const std::string& text);
+    /// Where the text of the current cell comes from, if that is elsewhere.
+    std::optional<CellSource> currentSource() const;
     /// The table of the rows; nothing while nothing is shown.
     const Table* table() const;
     void emptyCells(const CellBlock& block, std::string_view description, MessageId refusal);
