@@ -154,6 +154,24 @@ TEST_F(CompoundFileDamage, CrossedAndEndlessChainsAreCorruptForTheirStreamsOnly)
     EXPECT_EQ(sectorsFilledWith('s'), 10u);
 }
 
+/// A stream's second sector is called free, or its chain goes on beyond the end of the file: neither may become
+/// another's.
+TEST_F(CompoundFileDamage, WhereABrokenChainLeadsNothingElseIsPut) {
+    const auto markOf = [&](std::uint32_t sector) {
+        const std::uint32_t page = cfb::load32(disk_->data() + 76 + 4 * (sector / 128));
+        return static_cast<std::size_t>(cfb::sectorOffset(page)) + 4 * (sector % 128);
+    };
+    const std::uint32_t first = cfb::load32(disk_->data() + entryOf('p') + 116);
+    const Bytes sound = *disk_;
+    put32(markOf(cfb::load32(disk_->data() + markOf(first))), cfb::kFreeSector);
+    expectLost("p");
+    EXPECT_EQ(sectorsFilledWith('p'), 10u);
+    *disk_ = sound;
+    put32(markOf(first), static_cast<std::uint32_t>(disk_->size() / 512 + 20));
+    expectLost("p");
+    EXPECT_EQ(sectorsFilledWith('p'), 10u);
+}
+
 TEST_F(CompoundFileDamage, ALostAllocationTableLeavesAFileThatIsOnlyRead) {
     put32(44, 0xFFFFFFFF); // a header that claims 2^32 pages of it
     const auto file = open();

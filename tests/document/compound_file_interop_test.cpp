@@ -4,12 +4,14 @@
 #include "support/compound_checker.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gsf/gsf.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <random>
+#include <set>
 
 namespace quobrix {
 namespace {
@@ -43,8 +45,8 @@ protected:
     }
     ~CompoundFileInterop() override { std::filesystem::remove_all(folder_); }
 
-    /// Each of the other readers that is installed finds STREAMS in FILE, byte for byte.
-    void expectOthersRead(const std::filesystem::path& file, const Streams& streams) const {
+    /// Each of the other readers finds STREAMS in FILE, byte for byte; who is not installed is noted in missing_.
+    void expectOthersRead(const std::filesystem::path& file, const Streams& streams) {
         EXPECT_EQ(examineCompoundFile(*readFile(file, 1u << 30)).fault, "");
         EXPECT_TRUE(readByGsf(file) == streams);
         const auto extractedBy = [&](const std::string& command) {
@@ -61,9 +63,13 @@ protected:
         };
         if (std::system("7z > /dev/null 2>&1") == 0) {
             EXPECT_TRUE(extractedBy("7z x -tcompound -y -o{1} {0}") == streams);
+        } else {
+            missing_.insert("7-Zip");
         }
         if (std::system("/usr/bin/python3 -c 'import olefile' 2> /dev/null") == 0) {
             EXPECT_TRUE(extractedBy("/usr/bin/python3 " QUOBRIX_EXTRACT " {0} {1}") == streams);
+        } else {
+            missing_.insert("olefile");
         }
     }
 
@@ -131,6 +137,7 @@ protected:
 
     CompoundImage image() const { return examineCompoundFile(*readFile(path_, 1u << 30)); }
 
+    std::set<std::string> missing_; ///< readers
     std::filesystem::path folder_;
     std::filesystem::path path_;
 };
@@ -170,6 +177,9 @@ TEST_F(CompoundFileInterop, OthersReadWhatManySavesHaveLeft) {
     std::filesystem::remove(path_);
     writeByGsf(readByGsf(compact), false);
     EXPECT_TRUE(everything(*open()) == streams);
+    if (!missing_.empty())
+        GTEST_SKIP() << "the other checks have been made, but not installed: "
+                     << fmt::format("{}", fmt::join(missing_, ", "));
 }
 
 TEST_F(CompoundFileInterop, AListShapedDirectoryIsReadAndPutInOrder) {

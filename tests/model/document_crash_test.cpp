@@ -370,6 +370,27 @@ TEST_P(DocumentCrash, NobodyButTheHolderOfTheLockNeedsToReadTheFile) {
     trial.expectDone(true);
 }
 
+TEST(DocumentCompaction, ACopyThatTheDiskHasGarbledDoesNotTakeTheDocumentsPlace) {
+    FaultFolder folder(1, folderWithDocuments(3));
+    TQuobrixDocument document(folder);
+    open(document);
+    const FaultFolder::Image before = folder.current();
+    bool garbled = false;
+    folder.garble = [&](Bytes& bytes) {
+        const Bytes samples = {30, 31, 32, 33, 34, 35, 36, 37}; // speeds
+        const auto found = std::search(bytes.begin(), bytes.end(), samples.begin(), samples.end());
+        if (found == bytes.end())
+            return;
+        *found = 99;
+        garbled = true;
+    };
+    const Result<void> done = document.compact();
+    EXPECT_TRUE(garbled);
+    ASSERT_FALSE(done);
+    EXPECT_EQ(done.error().kind, ErrorKind::Io);
+    EXPECT_EQ(folder.current(), before);
+}
+
 INSTANTIATE_TEST_SUITE_P(Flows, DocumentCrash, testing::ValuesIn(kFlows), [](const auto& flow) {
     std::string name(flow.param.name);
     std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });

@@ -168,6 +168,42 @@ TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnask
     }
 }
 
+TEST_F(DocumentSafety, AFileThatIsReplacedWhileItIsSavedIsNotTakenForSaved) {
+    fs::copy_file(path_, folder_ / "Theirs.car");
+    TQuobrixDocument document;
+    openAndAdd(document);
+    ASSERT_TRUE(document.save());
+    addTrip(document, kStart + 7200);
+    EXPECT_EQ(kindOf(document.save({.runDisk =
+                                        [&](const DiskWork& work) {
+                                            DiskProgress progress;
+                                            const Result<void> done = work(progress);
+                                            fs::rename(folder_ / "Theirs.car", path_);
+                                            return done;
+                                        }})),
+              ErrorKind::Changed);
+    EXPECT_TRUE(document.modified());
+    EXPECT_EQ(tripsIn(path_), 1u);
+}
+
+TEST_F(DocumentSafety, WhatAFailedSaveHasWrittenIsNotTakenForAnothersWork) {
+    TQuobrixDocument document;
+    openAndAdd(document);
+    ASSERT_TRUE(document.save());
+    addTrip(document, kStart + 7200);
+    EXPECT_EQ(kindOf(document.save({.runDisk =
+                                        [](const DiskWork& work) {
+                                            DiskProgress progress;
+                                            EXPECT_TRUE(work(progress));
+                                            return Error{ErrorKind::Io, "at the very end"};
+                                        }})),
+              ErrorKind::Io);
+    const Result<void> again = document.save();
+    ASSERT_TRUE(again) << again.error().detail;
+    EXPECT_EQ(tripsIn(path_), 3u);
+    EXPECT_EQ(tripsIn(backup_), 1u);
+}
+
 TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
     TQuobrixDocument theirs;
     openAndAdd(theirs);

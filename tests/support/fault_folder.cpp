@@ -27,7 +27,10 @@ public:
             return Error{ErrorKind::AccessDenied, "write"};
         const std::uint64_t end = offset + bytes.size(), size = inode_->disk.current().size();
         decide(end > size ? end - size : 0);
-        const Result<void> done = file_->writeAt(offset, bytes);
+        Bytes written(bytes.begin(), bytes.end());
+        if (folder_.garble)
+            folder_.garble(written);
+        const Result<void> done = file_->writeAt(offset, written);
         inode_->modified = ++folder_.clock_;
         if (done)
             folder_.changed();

@@ -38,6 +38,8 @@ public:
     bool tellsFreeSpace = true;
     /// A file that is open for writing is read by who opened it so only, as on network shares.
     bool locksKeepReadersAway = false;
+    /// What is written to files becomes what this makes of it, and nobody is told.
+    std::function<void(Bytes&)> garble;
     std::uint64_t used() const;
 
     Result<std::unique_ptr<File>> open(const std::filesystem::path& path, FileMode mode) override;
