@@ -80,7 +80,7 @@ public:
     /// Sets one cell from what was typed. The text that editText() gives for the cell changes nothing.
     EditOutcome type(ObjectId table, std::size_t column, RowIndex row, std::string_view text,
                      const TextContext& context);
-    /// Sets cells to values, all or none, as one step called DESCRIPTION ("Cut").
+    /// Sets cells to values, all or none, as one step called DESCRIPTION.
     EditOutcome set(ObjectId table, std::vector<CellEdit> cells, const TextContext& context,
                     std::string_view description);
     /// Puts a block of texts into cells, all or none. COLUMNS and ROWS are those of the table that the block goes to,
