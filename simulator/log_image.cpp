@@ -9,7 +9,7 @@ namespace quobrix::sim {
 
 namespace {
 
-constexpr std::string_view kMagic = "QBXLOG01";
+constexpr std::string_view kImageMagic = "QBXLOG01";
 constexpr std::size_t kSerialSize = 8;
 
 constexpr std::array<std::uint32_t, 256> kCrcTable = [] {
@@ -38,7 +38,7 @@ std::uint32_t checksum(ByteView bytes) {
 
 std::size_t imageSize(ByteView head) {
     ByteReader in(head);
-    const bool known = textOf(in.bytes(kMagic.size())) == kMagic;
+    const bool known = textOf(in.bytes(kImageMagic.size())) == kImageMagic;
     const std::size_t payload = in.u32();
     return known && in.complete() ? kImageHeadSize + payload : 0;
 }
@@ -52,7 +52,7 @@ Bytes makeImage(const std::string& serial, const std::vector<ByteView>& records)
     for (const ByteView record : records)
         payload.insert(payload.end(), record.begin(), record.end());
     ByteWriter out;
-    out.bytes(bytesOf(kMagic));
+    out.bytes(bytesOf(kImageMagic));
     out.u32(static_cast<std::uint32_t>(payload.size()));
     out.u32(checksum(payload));
     out.bytes(payload);
@@ -64,7 +64,7 @@ Result<LogImage> openImage(ByteView bytes) {
     if (size == 0)
         return Error{ErrorKind::NotADocument, "not a log image"};
     ByteReader in(bytes);
-    in.bytes(kMagic.size());
+    in.bytes(kImageMagic.size());
     in.u32();
     const std::uint32_t sum = in.u32();
     const ByteView payload = in.bytes(in.remaining());

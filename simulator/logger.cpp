@@ -25,7 +25,7 @@ constexpr std::string_view kVinModeProducts[] = {"4731", "4751", "4755", "4771",
 
 /// Passes every kept value to ARCHIVE in the order of the file.
 template <class Archive, class L>
-void fields(Archive archive, L& logger) {
+void loggerFields(Archive archive, L& logger) {
     const auto all = [&archive](auto&... field) { (archive(field), ...); };
     auto& configuration = logger.configuration;
     all(logger.serial, logger.product, logger.firmware, logger.bootware, logger.hardware);
@@ -34,7 +34,7 @@ void fields(Archive archive, L& logger) {
     all(logger.beepVolume, logger.carType, logger.trouble, logger.capacity, logger.vin);
 }
 
-struct Writer {
+struct FieldWriter {
     ByteWriter& out;
     void operator()(const std::string& text) { out.text(text); }
     void operator()(bool value) { out.u8(value ? 1 : 0); }
@@ -50,7 +50,7 @@ struct Writer {
     }
 };
 
-struct Reader {
+struct FieldReader {
     ByteReader& in;
     void operator()(std::string& text) { text = in.text(); }
     void operator()(bool& value) { value = in.u8() != 0; }
@@ -152,11 +152,11 @@ void Logger::configure(const Configuration& wanted) {
             rememberEvent(event);
 }
 
-void writeLogger(ByteWriter& out, const Logger& logger) { fields(Writer{out}, logger); }
+void writeLogger(ByteWriter& out, const Logger& logger) { loggerFields(FieldWriter{out}, logger); }
 
 Logger readLogger(ByteReader& in) {
     Logger logger;
-    fields(Reader{in}, logger);
+    loggerFields(FieldReader{in}, logger);
     const auto finite = [](double value) { return std::isfinite(value); };
     const Configuration& configuration = logger.configuration;
     if (!serialToNumber(logger.serial) || !isPlainText(logger.product, 63) || !isPlainText(logger.vin, 17) ||

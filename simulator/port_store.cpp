@@ -9,21 +9,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kMagic = "QBXPORT1";
+constexpr std::string_view kPortMagic = "QBXPORT1";
 constexpr std::size_t kPrefixSize = 8 + 4 + 4;
 constexpr std::uint32_t kNothingAttached = 0xFFFFFFFFu;
 constexpr std::string_view kExtension = ".logger";
-
-Error corrupt(std::string detail) { return Error{ErrorKind::Corrupt, std::move(detail)}; }
 
 ByteView asBytes(std::string_view text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
 
 /// The bytes of the head, by the file's first bytes; nothing if it is no port file.
 std::optional<std::uint32_t> headSize(ByteView prefix) {
     ByteReader in(prefix);
-    const ByteView magic = in.bytes(kMagic.size());
+    const ByteView magic = in.bytes(kPortMagic.size());
     const std::uint32_t size = in.u32();
-    if (!in.complete() || !std::equal(magic.begin(), magic.end(), asBytes(kMagic).begin()))
+    if (!in.complete() || !std::equal(magic.begin(), magic.end(), asBytes(kPortMagic).begin()))
         return std::nullopt;
     return size;
 }
@@ -62,7 +60,7 @@ Bytes encodePort(const Port& port) {
         head.u32(checksum(logger.memory));
     }
     ByteWriter out;
-    out.bytes(asBytes(kMagic));
+    out.bytes(asBytes(kPortMagic));
     out.u32(static_cast<std::uint32_t>(head.view().size()));
     out.u32(checksum(head.view()));
     out.bytes(head.view());
@@ -76,11 +74,11 @@ Result<Port> decodePort(ByteView bytes, Memories memories) {
     if (!size)
         return Error{ErrorKind::NotADocument, "not a port file of the simulated logger"};
     ByteReader in(bytes);
-    in.bytes(kMagic.size() + 4);
+    in.bytes(kPortMagic.size() + 4);
     const std::uint32_t headSum = in.u32();
     const ByteView headBytes = in.bytes(*size);
     if (!in.complete() || checksum(headBytes) != headSum)
-        return corrupt("the port's file is damaged");
+        return Error{ErrorKind::Corrupt, "the port's file is damaged"};
 
     ByteReader head(headBytes);
     const std::uint32_t attached = head.u32();
@@ -93,14 +91,14 @@ Result<Port> decodePort(ByteView bytes, Memories memories) {
         if (memories == Memories::Read) {
             const ByteView memory = in.bytes(memorySize);
             if (!in.complete() || checksum(memory) != memorySum)
-                return corrupt("the logger's memory is damaged");
+                return Error{ErrorKind::Corrupt, "the logger's memory is damaged"};
             logger.memory.assign(memory.begin(), memory.end());
         }
         port.loggers.push_back(std::move(logger));
     }
     if (!head.finished() || (attached != kNothingAttached && attached >= count) ||
         (memories == Memories::Read && in.remaining() != 0))
-        return corrupt("the port's file is damaged");
+        return Error{ErrorKind::Corrupt, "the port's file is damaged"};
     if (attached != kNothingAttached)
         port.attached = attached;
     return port;

@@ -10,7 +10,7 @@ namespace quobrix {
 namespace {
 
 constexpr const char* kSection = "Serial Ports";
-constexpr const char* kDefaultName = "Default";
+constexpr const char* kDefaultPort = "Default";
 
 } // namespace
 
@@ -28,7 +28,7 @@ Message openFailureMessage(const LoggerOutcome& outcome) {
 }
 
 std::string defaultPort(const Settings& settings) {
-    return settings.getText(kSection, kDefaultName, kPortNames.front());
+    return settings.getText(kSection, kDefaultPort, kPortNames.front());
 }
 
 std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names) {
@@ -71,7 +71,7 @@ bool PortFlows::scan() {
             return true;
         const std::string label = loggerLabel(attempt.status, names_);
         if (prompter_.ask(makeMessage(MessageId::PortDetected, label, port, port, standard)) == Answer::Yes) {
-            settings_.setText(kSection, kDefaultName, port);
+            settings_.setText(kSection, kDefaultPort, port);
             return true;
         }
     }
@@ -105,7 +105,7 @@ bool PortFlows::choosePort() {
             return false;
         current = choices[*choice];
         if (accept(open(current))) {
-            settings_.setText(kSection, kDefaultName, current);
+            settings_.setText(kSection, kDefaultPort, current);
             return true;
         }
     }

@@ -11,7 +11,7 @@ namespace {
 /// So many new entries for each old one are quicker built into a new tree than inserted one by one.
 constexpr std::uint32_t kManyAdded = 2;
 /// A large index lies outside the processor's cache: so many places are asked for before they are needed.
-constexpr std::size_t kAhead = 8;
+constexpr std::size_t kPrefetched = 8;
 
 } // namespace
 
@@ -130,8 +130,8 @@ void Directory::findMembers() {
     for (const std::uint32_t index : found)
         hashes.push_back(name(index).hash());
     for (std::size_t i = 0; i < found.size(); ++i) {
-        if (i + kAhead < found.size())
-            names_.prefetch(hashes[i + kAhead]);
+        if (i + kPrefetched < found.size())
+            names_.prefetch(hashes[i + kPrefetched]);
         // Of two entries of one name only the first can be meant.
         const std::uint32_t index = found[i];
         if (const std::uint32_t first = find(name(index), hashes[i]); first != kNoEntry) {

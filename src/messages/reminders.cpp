@@ -23,7 +23,7 @@ using enum MessageId;
 #undef REMINDER
 } // namespace reminder_messages
 
-constexpr std::span<const MessageId> kMessages[] = {
+constexpr std::span<const MessageId> kReminderMessages[] = {
 #define REMINDER(Key, Label, ...) reminder_messages::k##Key,
 #include "messages/reminders.def"
 #undef REMINDER
@@ -38,7 +38,7 @@ std::span<const ReminderSpec> allReminders() { return kReminders; }
 
 std::optional<std::string_view> reminderKey(MessageId message) {
     for (std::size_t i = 0; i < std::size(kReminders); ++i)
-        if (std::ranges::find(kMessages[i], message) != kMessages[i].end())
+        if (std::ranges::find(kReminderMessages[i], message) != kReminderMessages[i].end())
             return kReminders[i].key;
     return {};
 }

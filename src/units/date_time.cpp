@@ -15,7 +15,6 @@ constexpr std::array<std::string_view, 13> kMonthNames = {"",     "Jan",    "Feb
                                                           "July", "August", "Sep", "Oct",   "Nov",   "Dec"};
 constexpr std::array<std::string_view, 7> kWeekdayNames = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                                            "Thursday", "Friday", "Saturday"};
-constexpr std::int64_t kDay = 86400;
 
 int twelveHour(int hour) { return hour == 0 ? 12 : hour > 12 ? hour - 12 : hour; }
 std::string_view halfOfDay(int hour) { return hour < 12 ? "AM" : "PM"; }
@@ -73,14 +72,14 @@ std::int64_t secondsFromFields(const DateTime& fields) {
     const year_month_day first{year{fields.year + carry}, month{static_cast<unsigned>(months - carry * 12 + 1)},
                                day{1}};
     const std::int64_t days = sys_days{first}.time_since_epoch().count() + std::int64_t{fields.day} - 1;
-    return days * kDay + std::int64_t{fields.hour} * 3600 + std::int64_t{fields.minute} * 60 + fields.second;
+    return days * kSecondsPerDay + std::int64_t{fields.hour} * 3600 + std::int64_t{fields.minute} * 60 + fields.second;
 }
 
 DateTime fieldsFromSeconds(std::int64_t seconds) {
     using namespace std::chrono;
     const sys_days day = floor<days>(sys_seconds{std::chrono::seconds{seconds}});
     const year_month_day date{day};
-    const auto rest = static_cast<int>(seconds - day.time_since_epoch().count() * kDay);
+    const auto rest = static_cast<int>(seconds - day.time_since_epoch().count() * kSecondsPerDay);
     return {static_cast<int>(date.year()),
             static_cast<int>(static_cast<unsigned>(date.month())),
             static_cast<int>(static_cast<unsigned>(date.day())),

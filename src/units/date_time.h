@@ -11,6 +11,8 @@ namespace quobrix {
 
 class TUnitSystem;
 
+inline constexpr std::int64_t kSecondsPerDay = 86400;
+
 /// Calendar fields in local time. Valid values are those of a 32-bit clock: years 1970 to 2037.
 struct DateTime {
     int year = 1970; ///< in full

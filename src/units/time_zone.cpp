@@ -15,8 +15,6 @@ namespace {
 
 constexpr std::uint64_t kMaxZoneFile = 1 << 20; // the largest real ones have a few kilobytes
 constexpr int kMaxOffset = 26 * 3600;           // RFC 8536 wants -25 to 26 hours
-constexpr std::int64_t kDay = 86400;
-
 /// A big-endian number of WIDTH bytes, sign-extended.
 std::int64_t bigEndian(ByteReader& in, std::size_t width) {
     std::uint64_t value = 0;
@@ -175,8 +173,8 @@ DateTime TimeZone::toLocal(std::int32_t utc) const { return fieldsFromSeconds(st
 std::int32_t TimeZone::toUtc(const DateTime& local) const {
     const std::int64_t wall = secondsFromFields(local);
     // A zone changes at most once within any two days, so one of the offsets a day before and after is in force.
-    const int before = offsetAt(wall - kDay);
-    const int after = offsetAt(wall + kDay);
+    const int before = offsetAt(wall - kSecondsPerDay);
+    const int after = offsetAt(wall + kSecondsPerDay);
     std::int64_t utc = wall - before;
     if (offsetAt(utc) != before && offsetAt(wall - after) == after)
         utc = wall - after;

@@ -6,8 +6,6 @@
 namespace quobrix {
 namespace {
 
-constexpr std::int64_t kDay = 86400;
-
 /// Reads the pieces of a POSIX TZ text (IEEE Std 1003.1, chapter 8.3, with the hours of RFC 8536).
 class RuleText {
 public:
@@ -102,7 +100,7 @@ std::int64_t changeInYear(const ZoneRule::Change& change, int year) {
     if (change.kind == Kind::DayOfYear)
         return midnight(1, 1 + change.day) + change.seconds;
     if (change.kind == Kind::JulianNoLeap) { // 29 February is never counted, so 1 March is always day 60
-        const bool leap = midnight(3, 1) - midnight(2, 28) == 2 * kDay;
+        const bool leap = midnight(3, 1) - midnight(2, 28) == 2 * kSecondsPerDay;
         return midnight(1, change.day + (leap && change.day >= 60 ? 1 : 0)) + change.seconds;
     }
     const int first = weekday({year, change.month, 1});

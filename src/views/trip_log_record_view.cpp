@@ -14,9 +14,9 @@
 namespace quobrix {
 namespace {
 
-constexpr int kMargin = 20;
+constexpr int kReportMargin = 20;
 constexpr int kTwoColumnWidth = 860;
-constexpr int kContentWidth = 1180;
+constexpr int kReportWidth = 1180;
 
 QLabel* textLabel(std::string_view text, Qt::Alignment alignment = Qt::AlignLeft) {
     auto* label = new QLabel(toQt(text));
@@ -120,9 +120,9 @@ void TTripLogRecordView::showTrip(std::optional<RowIndex> row) {
                   : Report{"No trip", {{"", {{"", "There are no trips in this file yet."}}, {}, {}}}};
 
     auto* content = new QWidget;
-    content->setMaximumWidth(kContentWidth);
+    content->setMaximumWidth(kReportWidth);
     grid_ = new QGridLayout(content);
-    grid_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid_->setContentsMargins(kReportMargin, kReportMargin, kReportMargin, kReportMargin);
     grid_->setSpacing(14);
     QLabel* title = heading(report_.title, 1.6);
     title->setObjectName(QStringLiteral("reportTitle"));

@@ -15,7 +15,6 @@ namespace {
 using namespace test;
 namespace fs = std::filesystem;
 
-constexpr std::int32_t kStart = 1'700'000'000; // 2023-11-14 22:13:20 UTC
 const std::string kComment = "He said \"stop\",\r\nthen \\ \x01 caf\xC3\xA9";
 
 class CommandLine : public testing::Test {

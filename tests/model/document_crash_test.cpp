@@ -49,7 +49,6 @@ std::optional<Content> contentOf(TDocument& document) {
     return content;
 }
 
-constexpr std::int32_t kStart = 1'700'000'000;
 const fs::path kDocument = "/Doc.car", kBackup = "/Doc.car.bak", kOther = "/Other.car", kNew = "/New.car";
 
 void addTrips(TQuobrixDocument& document, int from, int end) {

@@ -22,15 +22,14 @@ namespace {
 using namespace test;
 namespace fs = std::filesystem;
 
-constexpr std::int32_t kStart = 1'700'000'000;
-constexpr RowIndex kTrips = 3;
+constexpr RowIndex kVictimTrips = 3;
 
 /// A document on disk that something bad happens to.
 class Victim {
 public:
     explicit Victim(fs::path file) : path(std::move(file)) {
         TQuobrixDocument document;
-        for (int i = 0; i < static_cast<int>(kTrips); ++i)
+        for (int i = 0; i < static_cast<int>(kVictimTrips); ++i)
             addTrip(document, kStart + 3600 * i);
         const TTripLogTable& table = document.trips();
         trips = table.id();
@@ -266,7 +265,7 @@ protected:
         if (view == View::Part)
             return;
         const TTripLogTable& trips = document.trips();
-        ASSERT_EQ(trips.rowCount(), view == View::NoLog ? 0u : kTrips);
+        ASSERT_EQ(trips.rowCount(), view == View::NoLog ? 0u : kVictimTrips);
         if (view == View::NoLog)
             return;
         EXPECT_EQ(trips.column<TTripLogDistanceColumn>().value(1), view == View::NoColumn ? Value() : Value(12000.0));

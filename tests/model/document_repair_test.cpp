@@ -15,8 +15,6 @@ namespace {
 
 using namespace test;
 
-constexpr std::int32_t kStart = 1'700'000'000;
-
 class Repair : public testing::Test {
 protected:
     Repair() {

@@ -13,8 +13,6 @@ namespace {
 
 using namespace test;
 
-constexpr std::int32_t kStart = 1'700'000'000;
-
 class DocumentFile : public testing::Test {
 protected:
     /// Saves a document with COUNT trips.

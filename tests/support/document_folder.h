@@ -13,8 +13,6 @@ namespace quobrix::test {
 
 namespace fs = std::filesystem;
 
-inline constexpr std::int32_t kStart = 1'700'000'000;
-
 /// A folder with a document of one trip, Doc.car.
 class DocumentFolder : public testing::Test {
 protected:

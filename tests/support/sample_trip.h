@@ -8,6 +8,7 @@
 
 namespace quobrix::test {
 
+inline constexpr std::int32_t kStart = 1'700'000'000; ///< 2023-11-14 22:13:20 UTC
 inline constexpr const char* kVin = "1GTEK19T23E123456";
 inline constexpr double kMph = 1.609344 / 3.6; ///< m/s
 
