@@ -94,7 +94,10 @@ int run(int argc, char** argv) {
         output.put(std::string(version.what()) + "\n");
         return output.finish(kDone);
     } catch (const CLI::ParseError& error) {
-        complain(std::string(error.what()) + "; see quobrix-cli --help");
+        const std::vector<std::string> unknown = app.remaining();
+        const bool unknownCommand = app.get_subcommands().empty() && !unknown.empty();
+        complain((unknownCommand ? "there is no command \"" + unknown.front() + '"' : std::string(error.what())) +
+                 "; see quobrix-cli --help");
         return kUsage;
     }
     if (downloadCommand)

@@ -1,6 +1,6 @@
 #include "cli/output.h"
 
-#include "cli/text.h"
+#include "base/utf8.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -14,7 +14,7 @@ void complain(std::string_view text) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-bool Output::put(std::string_view text) {
+bool Output::putData(std::string_view text) {
     if (failure_ == 0 && std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
         failure_ = errno;
     return failure_ == 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/utf8.h"
+
 #include <string_view>
 
 namespace quobrix::cli {
@@ -18,8 +20,11 @@ void complain(std::string_view text);
 /// Standard output. Remembers the first failure, after which it takes nothing more.
 class Output {
 public:
-    /// False once something could not be written: there is no sense in going on.
-    bool put(std::string_view text);
+    /// Lines for people; what a terminal would obey is taken out of them. False once something could not be written:
+    /// there is no sense in going on.
+    bool put(std::string_view text) { return putData(harmlessLines(text)); }
+    /// The same, byte for byte: for formats with rules of their own for such characters.
+    bool putData(std::string_view text);
     /// CODE, or kFailed with a complaint if something could not be written. A reader that has gone away is no news to
     /// anybody, so that ends without a complaint.
     ExitCode finish(ExitCode code);

@@ -1,6 +1,6 @@
 #include "cli/record_writer.h"
 
-#include "cli/text.h"
+#include "base/utf8.h"
 
 #include <fmt/format.h>
 
@@ -32,14 +32,19 @@ bool repeatsSibling(const ColumnSpec& spec) {
 // JSON (RFC 8259)
 
 std::string jsonText(std::string_view text) {
+    const std::string valid = validUtf8(text);
     std::string result = "\"";
-    for (const char c : validUtf8(text)) {
-        if (c == '"' || c == '\\')
+    for (std::size_t at = 0; at < valid.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(valid[at]);
+        if (byte == '"' || byte == '\\')
             result += '\\';
-        if (static_cast<unsigned char>(c) < 0x20)
-            result += fmt::format("\\u{:04x}", static_cast<unsigned>(c));
+        // Beside those that RFC 8259 names, the control characters U+007F to U+009F: a terminal obeys them too.
+        if (byte == 0xC2 && static_cast<unsigned char>(valid[at + 1]) < 0xA0)
+            result += fmt::format("\\u{:04x}", static_cast<unsigned char>(valid[++at]));
+        else if (byte < 0x20 || byte == 0x7F)
+            result += fmt::format("\\u{:04x}", byte);
         else
-            result += c;
+            result += valid[at];
     }
     return result + '"';
 }
@@ -64,7 +69,7 @@ std::string jsonValue(const Value& value) {
 
 void writeJson(Output& output, const Table& table) {
     const Columns columns = columnsOf(table, [](const ColumnSpec&) { return true; });
-    output.put("[");
+    output.putData("[");
     for (RowIndex row = 0; row < table.rowCount(); ++row) {
         std::string record = row == 0 ? "\n" : ",\n";
         char before = '{';
@@ -72,16 +77,27 @@ void writeJson(Output& output, const Table& table) {
             record += before + jsonText(column->spec().key) + ":" + jsonValue(column->value(row));
             before = ',';
         }
-        if (!output.put(record + "}"))
+        if (!output.putData(record + "}"))
             return;
     }
-    output.put("\n]\n");
+    output.putData("\n]\n");
 }
 
 // CSV (RFC 4180)
 
+/// TEXT so that no spreadsheet program takes it for a formula: what begins like one and is no number gets the
+/// apostrophe that marks texts there.
+std::string notAFormula(std::string text) {
+    constexpr std::string_view kFormulaSigns = "=+-@\t\n";
+    if (text.empty() || kFormulaSigns.find(text.front()) == std::string_view::npos)
+        return text;
+    const bool number =
+        (text.front() == '-' || text.front() == '+') && text.find_first_not_of("0123456789.,", 1) == std::string::npos;
+    return number ? text : "'" + text;
+}
+
 std::string csvField(std::string_view text) {
-    std::string field = validUtf8(text);
+    std::string field(text);
     if (field.find_first_of("\",\r\n") == std::string::npos)
         return field;
     for (std::size_t at = 0; (at = field.find('"', at)) != std::string::npos; at += 2)
@@ -105,8 +121,8 @@ std::string csvHeading(const Column& column, const TextContext& context) {
 
 std::string csvText(const Column& column, RowIndex row, const TextContext& context) {
     if (column.kind() != ColumnKind::Real)
-        return column.text(row, context);
-    const Value value = column.value(row); // the unit is in the heading
+        return notAFormula(harmlessLines(column.text(row, context))); // numbers may show as names that people gave
+    const Value value = column.value(row);                            // the unit is in the heading
     const auto* real = std::get_if<double>(&value);
     return real ? context.units.formatValue(column.spec().unit, *real) : std::string();
 }
@@ -116,10 +132,10 @@ void writeCsv(Output& output, const Table& table, const TextContext& context) {
     std::vector<std::string> fields;
     for (const Column* column : columns)
         fields.push_back(csvHeading(*column, context));
-    output.put(csvRow(fields));
+    output.putData(csvRow(fields));
     for (RowIndex row = 0; row < table.rowCount(); ++row) {
         std::ranges::transform(columns, fields.begin(), [&](auto* c) { return csvText(*c, row, context); });
-        if (!output.put(csvRow(fields)))
+        if (!output.putData(csvRow(fields)))
             return;
     }
 }
@@ -141,13 +157,13 @@ void writeTable(Output& output, const Table& table, std::span<const PersistentTy
         for (std::size_t line = 0; line < lines.size(); ++line) {
             const std::string text =
                 line == 0 ? plainHeading(columns[i]->spec()) : oneLine(columns[i]->text(line - 1, context));
-            widths[i] = std::max(widths[i], textWidth(text));
+            widths[i] = std::max(widths[i], characterCount(text));
             lines[line].push_back(text);
         }
     for (const std::vector<std::string>& line : lines) {
         std::string text;
         for (std::size_t i = 0; i < columns.size(); ++i) {
-            const std::string padding(widths[i] - textWidth(line[i]), ' ');
+            const std::string padding(widths[i] - characterCount(line[i]), ' ');
             const ColumnKind kind = columns[i]->kind();
             const bool right = kind == ColumnKind::Integer || kind == ColumnKind::Real;
             text += right ? padding + line[i] : line[i] + padding;

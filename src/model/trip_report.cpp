@@ -1,5 +1,6 @@
 #include "model/trip_report.h"
 
+#include "base/utf8.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
@@ -112,13 +113,9 @@ Report::Section parameterSection(const TTripLogSampleTable& samples, const TextC
     return section;
 }
 
-std::size_t characters(std::string_view utf8) {
-    return static_cast<std::size_t>(
-        std::count_if(utf8.begin(), utf8.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
-void appendCell(std::string& line, std::string_view text, std::size_t width, bool right) {
-    const std::string padding(width - std::min(width, characters(text)), ' ');
+void appendCell(std::string& line, std::string_view cell, std::size_t width, bool right) {
+    const std::string text = oneLine(cell);
+    const std::string padding(width - std::min(width, characterCount(text)), ' ');
     line += right ? padding : "";
     line += text;
     line += right ? "" : padding;
@@ -132,10 +129,10 @@ void appendLine(std::string& out, std::string line) {
 void appendGrid(std::string& out, const Report::Grid& grid) {
     std::vector<std::size_t> widths;
     for (const std::string& heading : grid.headings)
-        widths.push_back(characters(heading));
+        widths.push_back(characterCount(oneLine(heading)));
     for (const auto& row : grid.rows)
         for (std::size_t i = 0; i < widths.size(); ++i)
-            widths[i] = std::max(widths[i], characters(row[i]));
+            widths[i] = std::max(widths[i], characterCount(oneLine(row[i])));
     const auto append = [&](const std::vector<std::string>& cells) {
         std::string line = "  ";
         for (std::size_t i = 0; i < widths.size(); ++i) {
@@ -202,7 +199,7 @@ std::string renderText(const Report& report) {
         out += '\n' + section.heading + '\n';
         std::size_t width = 0;
         for (const Report::Row& row : section.rows)
-            width = std::max(width, characters(row.label));
+            width = std::max(width, characterCount(oneLine(row.label)));
         for (const Report::Row& row : section.rows) {
             std::string line = "  ";
             if (!row.label.empty()) {

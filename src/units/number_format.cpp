@@ -1,5 +1,6 @@
 #include "units/number_format.h"
 
+#include "base/utf8.h"
 #include "units/text_writer.h"
 
 #include <algorithm>
@@ -27,10 +28,6 @@ std::uint64_t separatorPlaces(const DigitGrouping& grouping, std::size_t digits)
             break;
     }
     return places;
-}
-
-std::size_t characters(std::string_view text) {
-    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
 struct SignText {
@@ -70,9 +67,9 @@ bool compose(const NumberFormat& format, Digits digits, bool negative, TextWrite
     if (digits.whole.size() * (1 + format.thousandsSeparator.size()) + format.decimalSeparator.size() + others >
         kMaxNumberCharacters) {
         std::size_t length = digits.whole.size() + others;
-        length += static_cast<std::size_t>(std::popcount(places)) * characters(format.thousandsSeparator);
+        length += static_cast<std::size_t>(std::popcount(places)) * characterCount(format.thousandsSeparator);
         if (!digits.fraction.empty())
-            length += characters(format.decimalSeparator);
+            length += characterCount(format.decimalSeparator);
         if (length > kMaxNumberCharacters)
             return false;
     }

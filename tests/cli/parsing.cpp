@@ -75,7 +75,9 @@ private:
                 std::string digits;
                 for (int i = 0; i < 4; ++i)
                     digits += next();
-                result += static_cast<char>(std::stoi(digits, nullptr, 16)); // only controls need it
+                const int code = std::stoi(digits, nullptr, 16); // only controls need it, in UTF-8 "C2" and themselves
+                result += code < 0x80 ? "" : "\xC2";
+                result += static_cast<char>(code);
             } else if (escape == '"' || escape == '\\') {
                 result += escape;
             } else {

@@ -1,9 +1,9 @@
-#include "cli/text.h"
+#include "base/utf8.h"
 
 #include <algorithm>
 #include <cstdint>
 
-namespace quobrix::cli {
+namespace quobrix {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
@@ -23,6 +23,15 @@ constexpr Sequence kSequences[] = {
     {0xE1, 0xEC, 0x80, 0xBF, 3}, {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3},
     {0xF0, 0xF0, 0x90, 0xBF, 4}, {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
 };
+
+/// The bytes of the control character that VALID has AT; 0 if there is none. Beside the ASCII ones there are U+0080 to
+/// U+009F.
+std::size_t controlAt(std::string_view valid, std::size_t at) {
+    const std::uint8_t byte = byteAt(valid, at);
+    if (byte < 0x20 || byte == 0x7F)
+        return 1;
+    return byte == 0xC2 && byteAt(valid, at + 1) < 0xA0 ? 2 : 0;
+}
 
 } // namespace
 
@@ -52,24 +61,30 @@ std::string validUtf8(std::string_view text) {
 std::string oneLine(std::string_view text) {
     const std::string valid = validUtf8(text);
     std::string result;
-    for (std::size_t at = 0; at < valid.size(); ++at) {
-        const std::uint8_t byte = byteAt(valid, at);
-        // Beside the ASCII ones there are the control characters U+0080 to U+009F.
-        const bool control = byte < 0x20 || byte == 0x7F || (byte == 0xC2 && byteAt(valid, at + 1) < 0xA0);
-        if (!control && byte != ' ')
+    for (std::size_t at = 0; at < valid.size();) {
+        const std::size_t control = controlAt(valid, at);
+        if (control == 0 && valid[at] != ' ')
             result += valid[at];
         else if (!result.empty() && result.back() != ' ')
             result += ' ';
-        if (control && byte == 0xC2)
-            ++at;
+        at += std::max<std::size_t>(control, 1);
     }
     if (!result.empty() && result.back() == ' ')
         result.pop_back();
     return result;
 }
 
-std::size_t textWidth(std::string_view text) {
-    return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+std::string harmlessLines(std::string_view text) {
+    const std::string valid = validUtf8(text);
+    std::string result;
+    result.reserve(valid.size());
+    for (std::size_t at = 0; at < valid.size();) {
+        const std::size_t control = valid[at] == '\n' ? 0 : controlAt(valid, at);
+        if (valid[at] != '\r' || byteAt(valid, at + 1) != '\n')
+            result += control == 0 ? valid[at] : ' ';
+        at += std::max<std::size_t>(control, 1);
+    }
+    return result;
 }
 
-} // namespace quobrix::cli
+} // namespace quobrix
