@@ -74,9 +74,10 @@ std::string VehicleKeyColumn::doubt(const Value& value) const {
 std::string VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
 
 Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
-    if (!isAcceptedTyped(text))
+    const std::string_view serialNumber = withoutBlanksAround(text);
+    if (!isAcceptedTyped(serialNumber))
         return {{}, std::string(messageSpec(MessageId::InvalidSerialNumber).text)};
-    return {std::string(text), {}};
+    return {std::string(serialNumber), {}};
 }
 
 std::string LoggerKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }

@@ -34,7 +34,7 @@ public:
     std::string doubt(const Value& value) const override;
     std::string lock(RowIndex row) const override;
 };
-/// A logger's serial number. What is typed must be accepted by isAcceptedTyped().
+/// A logger's serial number, without blanks around it. What is typed must be accepted by isAcceptedTyped().
 class LoggerKeyColumn : public TextColumn {
 public:
     Parsed parse(std::string_view text, const TextContext&) const override;

@@ -252,10 +252,11 @@ TQuobrixNamesDialog::TQuobrixNamesDialog(const ViewContext& context, QWidget* pa
 }
 
 void TQuobrixNamesDialog::tellRefusal(const QString& why) {
-    const Message format = makeMessage(MessageId::InvalidSerialNumber);
+    Message format = makeMessage(MessageId::InvalidSerialNumber);
     if (telling_ || !context().prompter || why != toQt(format.text))
         return;
-    telling_ = true; // one attempt to leave may try more than once
+    format.text += "\n\nFor instance K-0042-B."; // the message's own sample is of another form
+    telling_ = true;                             // one attempt to leave may try more than once
     const auto tell = [this, format] {
         context().prompter->tell(format);
         telling_ = false;

@@ -140,7 +140,8 @@ TEST_F(NamesDialogTest, ASerialNumberThatIsRefusedIsToldOnceForEachAttempt) {
     press(Qt::Key_Return);
     EXPECT_TRUE(list().view().isEditing());
     QApplication::processEvents();
-    EXPECT_EQ(prompter.shown.size(), 1u);
+    ASSERT_EQ(prompter.shown.size(), 1u);
+    EXPECT_TRUE(prompter.shown[0].ends_with("format \"AA-99-A\".\n\nFor instance K-0042-B.")) << prompter.shown[0];
     dialog.close();
     dialog.finishEdit();
     QApplication::processEvents();
