@@ -18,6 +18,10 @@ using ResultCode = std::int32_t;
 inline constexpr ResultCode kNoLibrary = std::numeric_limits<ResultCode>::min();
 /// A log file's path that the library's buffer cannot take.
 inline constexpr ResultCode kPathTooLong = kNoLibrary + 1;
+/// The logger answered with a serial number of another form than isSerialNumber().
+inline constexpr ResultCode kBadSerialNumber = kNoLibrary + 2;
+/// The library handed over nothing where there must be something.
+inline constexpr ResultCode kNothingHandedOver = kNoLibrary + 3;
 
 /// The library's functions, all of them set. Tests fill one with a substitute's.
 struct LoggerFunctions {

@@ -5,6 +5,10 @@
 #include <array>
 #include <cstring>
 #include <initializer_list>
+#include <memory>
+#include <set>
+#include <utility>
+#include <vector>
 
 namespace quobrix {
 namespace {
@@ -36,23 +40,39 @@ Reply<Value> ask(std::int32_t (*function)(Out*)) {
         return {code, out};
 }
 
-/// Takes over what the library allocated, so that it is freed whatever happens next.
-RecordBlock own(QuobrixRecordSet* set) { return RecordBlock(set); }
 using LogBuffer = std::unique_ptr<void, FreeBlock>;
 
 struct SetPair {
-    ResultCode code;
+    ResultCode code = QUOBRIX_OK;
     RecordBlock first, second;
 };
 
-SetPair parseBuffer(decltype(LoggerFunctions::GetLogRecords) parse, const LogBuffer& buffer) {
-    if (!buffer)
-        return {QUOBRIX_OK, nullptr, nullptr};
-    QuobrixRecordSet* first = nullptr;
-    QuobrixRecordSet* second = nullptr;
-    const ResultCode code = parse(buffer.get(), &first, &second);
-    return {code, own(first), own(second)};
-}
+/// Takes over what the library allocates during one read, so that it is freed whatever happens next, and once: a block
+/// that it hands out again is none. What is taken must outlive this object, lest another block get its address.
+class Blocks {
+public:
+    LogBuffer buffer(void* block) { return LogBuffer(isNew(block) ? block : nullptr); }
+
+    /// The record sets of BUFFER: none after a failure.
+    SetPair parse(decltype(LoggerFunctions::GetLogRecords) function, const LogBuffer& buffer) {
+        QuobrixRecordSet* first = nullptr;
+        QuobrixRecordSet* second = nullptr;
+        const ResultCode code = function(buffer.get(), &first, &second);
+        SetPair sets{code, take(first), take(second)};
+        if (code == QUOBRIX_OK)
+            return sets;
+        for (RecordBlock* set : {&sets.first, &sets.second})
+            notUsed_.push_back(std::move(*set));
+        return {code, nullptr, nullptr};
+    }
+
+private:
+    bool isNew(const void* block) { return block && met_.insert(block).second; }
+    RecordBlock take(QuobrixRecordSet* set) { return RecordBlock(isNew(set) ? set : nullptr); }
+
+    std::set<const void*> met_;
+    std::vector<RecordBlock> notUsed_;
+};
 
 } // namespace
 
@@ -68,6 +88,16 @@ LoggerLink::LoggerLink(Result<LoggerLibrary> library, WallClock clock) : clock_(
 }
 
 std::string LockedLogger::describe(ResultCode code) const {
+    switch (code) {
+    case kPathTooLong:
+        return "The path is too long";
+    case kBadSerialNumber:
+        return "The Quobrix gave no valid serial number";
+    case kNothingHandedOver:
+        return "The Quobrix handed over nothing";
+    default:
+        break;
+    }
     if (!link_.hasLibrary())
         return link_.libraryProblem_;
     const char* text = library().ResultDescription(code);
@@ -98,6 +128,8 @@ ResultCode LockedLogger::probe() {
     std::array<char, QUOBRIX_SERIAL_SIZE> serial{};
     std::int32_t time = 0;
     ResultCode code = library().GetSerialNumberAndTime(serial.data(), &time);
+    if (code == QUOBRIX_OK && !isSerialNumber(textOf(serial)))
+        code = kBadSerialNumber;
     if (code == QUOBRIX_OK) {
         status.serialText = textOf(serial);
         status.loggerTime = time;
@@ -145,6 +177,8 @@ Reply<LoggerIdentity> LockedLogger::identity() {
     if (code != QUOBRIX_OK)
         return {code, {}};
     identity.serialNumber = textOf(serial);
+    if (!isSerialNumber(identity.serialNumber))
+        return {kBadSerialNumber, {}};
     identity.productNumber = textOf(product);
     state().newerModel = !containsAny(identity.productNumber, {"4730", "4731"}); // the first family
     state().identity = identity;
@@ -216,25 +250,36 @@ void LockedLogger::noteLogsCurrent() {
 }
 
 Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
-    void* buffers[3] = {};
+    void* allocated[3] = {};
     const ResultCode code =
-        library().GetLogBuffer(static_cast<std::int32_t>(mode), &buffers[0], &buffers[1], &buffers[2]);
-    const LogBuffer mainLog(buffers[0]), accidentLogs[2] = {LogBuffer(buffers[1]), LogBuffer(buffers[2])};
+        library().GetLogBuffer(static_cast<std::int32_t>(mode), &allocated[0], &allocated[1], &allocated[2]);
     noteLogsCurrent();
-
     Reply<RecordBlocks> reply{code, {}};
+    Blocks blocks;
+    const LogBuffer buffers[3] = {blocks.buffer(allocated[0]), blocks.buffer(allocated[1]),
+                                  blocks.buffer(allocated[2])};
     if (code != QUOBRIX_OK)
         return reply;
-    // What could be parsed of the main log is taken, whatever the library says of the rest.
-    SetPair main = parseBuffer(library().GetLogRecords, mainLog);
-    reply.value.trips = std::move(main.first);
-    reply.value.troublesAndActivity = std::move(main.second);
-    for (std::size_t i = 0; i < reply.value.accidents.size(); ++i) {
-        SetPair accidents = parseBuffer(library().GetAccidentLogRecords, accidentLogs[i]);
-        if (accidents.code != QUOBRIX_OK)
-            break;
-        reply.value.accidents[i] = {std::move(accidents.first), std::move(accidents.second)};
-    }
+
+    RecordBlocks& records = reply.value;
+    const auto parse = [&](decltype(LoggerFunctions::GetLogRecords) function, const LogBuffer& buffer,
+                           const char* name) {
+        SetPair sets = buffer ? blocks.parse(function, buffer) : SetPair{kNothingHandedOver, nullptr, nullptr};
+        if (sets.code != QUOBRIX_OK) {
+            records.unreadable.push_back({name, describe(sets.code)});
+            state().logsCurrent = false;
+        }
+        return sets;
+    };
+    SetPair main = parse(library().GetLogRecords, buffers[0], "trips, trouble codes and activity");
+    records.trips = std::move(main.first);
+    records.troublesAndActivity = std::move(main.second);
+    constexpr const char* kAccidentLogs[] = {"first accident log", "second accident log"};
+    for (std::size_t i = 0; i < records.accidents.size(); ++i)
+        if (allocated[i + 1]) { // not every logger has both
+            SetPair accidents = parse(library().GetAccidentLogRecords, buffers[i + 1], kAccidentLogs[i]);
+            records.accidents[i] = {std::move(accidents.first), std::move(accidents.second)};
+        }
     return reply;
 }
 
@@ -244,15 +289,15 @@ Reply<RecordBlocks> LockedLogger::readLogFile(const std::string& path) {
         reply.code = kPathTooLong;
         return reply;
     }
-    void* buffer = nullptr;
-    reply.code = library().GetLogBufferFromFile(&buffer, path.c_str());
-    const LogBuffer log(buffer);
+    void* allocated = nullptr;
+    reply.code = library().GetLogBufferFromFile(&allocated, path.c_str());
+    Blocks blocks;
+    const LogBuffer log = blocks.buffer(allocated);
     if (!reply.ok())
         return reply;
-    SetPair main = parseBuffer(library().GetLogRecords, log);
+    SetPair main = log ? blocks.parse(library().GetLogRecords, log) : SetPair{kNothingHandedOver, nullptr, nullptr};
     reply.code = main.code;
-    if (reply.ok())
-        reply.value = {std::move(main.first), std::move(main.second), {}};
+    reply.value = {std::move(main.first), std::move(main.second), {}, {}};
     return reply;
 }
 

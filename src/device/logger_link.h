@@ -75,7 +75,7 @@ public:
     const LoggerStatus& status() const { return link_.status_; }
     const std::string& libraryProblem() const { return link_.libraryProblem(); }
     LoggerOutcome outcome(ResultCode code) const;
-    /// The library's words for CODE.
+    /// The library's words for CODE, or those of this program for its own codes.
     std::string describe(ResultCode code) const;
     std::int64_t now() const { return link_.clock_(); }
 
@@ -84,7 +84,7 @@ public:
     void closePort();
 
     /// Asks who is there and what time it has; the status tells. A failure other than a time-out closes the port: after
-    /// a time-out the logger may still be plugged in later.
+    /// a time-out the logger may still be plugged in later. A serial number of another form is such a failure.
     ResultCode probe();
     /// The number of the logger that the last probe found, into the status.
     ResultCode convertLastSerialNumber();
@@ -120,7 +120,8 @@ public:
     ResultCode clearAccidentLogs();
     Reply<MemoryInformation> memoryInformation();
 
-    /// Reads the logger's logs. Afterwards its logs count as current, whatever came of it.
+    /// Reads the logger's logs. Afterwards its logs count as current, whatever came of it, unless a part of them could
+    /// not be parsed: that is no failure, but named in the value.
     Reply<RecordBlocks> readLogs(LogMode mode);
     /// Reads a log file that the library wrote. A PATH of more than 260 bytes, which the library cannot take, is
     /// refused like a file that is none.

@@ -89,7 +89,7 @@ typedef struct QuobrixTripRecord {
     double hardBrakeThreshold, extremeBrakeThreshold;               /* m/s2 */
     double hardAccelerationThreshold, extremeAccelerationThreshold; /* m/s2 */
     double bandLimit[QUOBRIX_BAND_COUNT - 1];                       /* km/h: upper ends of the first three bands */
-    uint32_t idleSeconds;                                           /* s at standstill */
+    uint32_t idleSeconds;                                           /* s at standstill, in no band */
     uint32_t bandSeconds[QUOBRIX_BAND_COUNT];                       /* s in each band */
     uint32_t speedSamplingInterval;                                 /* s */
     QuobrixArray speedSamples;                                      /* uint8_t: km/h, from the start */

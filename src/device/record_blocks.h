@@ -3,9 +3,12 @@
 #include "base/bytes.h"
 #include "device/quobrix.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace quobrix {
 
@@ -17,10 +20,19 @@ struct FreeBlock {
 /// A record set as the library handed it over; empty when it handed none.
 using RecordBlock = std::unique_ptr<QuobrixRecordSet, FreeBlock>;
 
-/// The set's bytes, as many as its head says: the library's word is all there is to know the block's size by.
+/// The set's bytes, as many as its head says and the head in any case: the library's word is all there is to know the
+/// block's size by.
 inline ByteView bytesOf(const RecordBlock& block) {
-    return block ? ByteView(reinterpret_cast<const std::uint8_t*>(block.get()), block->size) : ByteView();
+    return block ? ByteView(reinterpret_cast<const std::uint8_t*>(block.get()),
+                            std::max<std::size_t>(block->size, sizeof(QuobrixRecordSet)))
+                 : ByteView();
 }
+
+/// A part of the logger's memory that the library could not parse.
+struct UnreadableLog {
+    std::string name; ///< "trips, trouble codes and activity" …
+    std::string why;  ///< the library's words
+};
 
 /// Everything that one download, or one log file, holds.
 struct RecordBlocks {
@@ -30,6 +42,7 @@ struct RecordBlocks {
         RecordBlock stops, samples;
     };
     std::array<Accidents, 2> accidents;
+    std::vector<UnreadableLog> unreadable; ///< of these there are no records
 };
 
 } // namespace quobrix

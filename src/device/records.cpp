@@ -2,12 +2,15 @@
 
 #include "model/serial_number.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <iterator>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <string_view>
 #include <type_traits>
@@ -15,6 +18,10 @@
 
 namespace quobrix {
 namespace {
+
+// What no vehicle reaches. A vehicle tells its speed in one byte of whole km/h (SAE J1979, PID 0D); the figures that
+// the logger makes of it are rounded at most to the next one.
+constexpr double kSpeedLimit = 256; // km/h
 
 /// Reads one record. The records are C structures of this very process, so the fixed part is copied as it is; nothing
 /// in it is believed before it has been checked. The first complaint is kept, and all that follows is empty.
@@ -58,6 +65,11 @@ public:
     void finite(double value, const char* complaint) { require(std::isfinite(value), complaint); }
     /// A figure that every record of the kind has.
     void measured(double value, const char* complaint) { require(std::isfinite(value) && value >= 0, complaint); }
+    /// The highest speed, km/h.
+    void topSpeed(double value) {
+        measured(value, "its maximum speed is not a speed");
+        require(value < kSpeedLimit, "its maximum speed is beyond what a vehicle can tell (255 km/h)");
+    }
 
     template <class Element>
     std::vector<Element> array(const QuobrixArray& place) {
@@ -132,8 +144,12 @@ TripRecord readTrip(RecordReader& in) {
     const std::int64_t duration = durationOf(in, raw.startTime, raw.endTime);
     in.require(raw.disconnected <= 1, "its disconnection mark is malformed");
     trip.disconnected = raw.disconnected == 1;
+    // The last sample of a trip may count as a whole sampling interval, of at most a minute.
+    const std::int64_t longest = duration + std::clamp<std::int64_t>(raw.speedSamplingInterval, 1, 60); // s
     in.measured(trip.distance = raw.distance, "its distance is not a distance");
-    in.measured(trip.maximumSpeed = raw.maximumSpeed, "its maximum speed is not a speed");
+    in.require(trip.distance <= static_cast<double>(longest) * kSpeedLimit / 3.6,
+               "its distance is more than a vehicle covers in its duration");
+    in.topSpeed(trip.maximumSpeed = raw.maximumSpeed);
     in.finite(trip.hardBrakeThreshold = raw.hardBrakeThreshold, "a threshold is not a number");
     in.finite(trip.extremeBrakeThreshold = raw.extremeBrakeThreshold, "a threshold is not a number");
     in.finite(trip.hardAccelerationThreshold = raw.hardAccelerationThreshold, "a threshold is not a number");
@@ -142,6 +158,9 @@ TripRecord readTrip(RecordReader& in) {
         in.measured(limit, "a speed-band limit is not a speed");
     trip.idleSeconds = raw.idleSeconds;
     trip.bandSeconds = copyOf(raw.bandSeconds);
+    in.require(std::accumulate(trip.bandSeconds.begin(), trip.bandSeconds.end(), std::int64_t{trip.idleSeconds}) <=
+                   longest,
+               "its seconds at standstill and in the speed bands are more than its duration");
     trip.speedSamplingInterval = raw.speedSamplingInterval;
     trip.speedSamples = in.array<std::uint8_t>(raw.speedSamples);
     in.fits(trip.speedSamples.size(), trip.speedSamplingInterval, duration);
@@ -181,6 +200,7 @@ TroubleRecord readTrouble(RecordReader& in) {
     in.finite(trouble.intakeManifoldPressure = raw.intakeManifoldPressure, complaint);
     in.finite(trouble.engineSpeed = raw.engineSpeed, complaint);
     in.finite(trouble.vehicleSpeed = raw.vehicleSpeed, complaint);
+    in.require(trouble.vehicleSpeed < kSpeedLimit, "its vehicle speed is beyond what a vehicle can tell (255 km/h)");
     return trouble;
 }
 
@@ -199,7 +219,7 @@ StopRecord readStop(RecordReader& in) {
     stop.startTime = raw.startTime;
     stop.timestamp = raw.timestamp;
     durationOf(in, raw.startTime, raw.timestamp);
-    in.measured(stop.maximumSpeed = raw.maximumSpeed, "its maximum speed is not a speed");
+    in.topSpeed(stop.maximumSpeed = raw.maximumSpeed);
     for (const double limit : stop.bandLimits = copyOf(raw.bandLimit))
         in.measured(limit, "a speed-band limit is not a speed");
     stop.samplingInterval = raw.samplingInterval;
@@ -225,6 +245,8 @@ void forEachRecord(ByteView set, LogRecords& records, Visit visit) {
     if (set.empty())
         return;
     const auto head = headOf<QuobrixRecordSet>(set);
+    if (set.size() >= sizeof head && head.size == 0 && head.recordCount == 0)
+        return; // an empty set whose head was left blank
     // A set too short for its own head reads as one that breaks off before its first record.
     ByteView rest = set.first(std::min<std::size_t>(head.size, set.size()));
     rest = rest.subspan(std::min(sizeof(QuobrixRecordSet), rest.size()));
@@ -260,8 +282,15 @@ constexpr const char* kMisplaced = "a record of its kind does not belong here";
 } // namespace
 
 const char* recordKindName(RecordKind kind) {
-    constexpr const char* kNames[] = {"record", "trip", "trouble code", "activity", "accident", "accident samples"};
+    constexpr const char* kNames[] = {"record",          "trip",     "trouble code",
+                                      "activity record", "accident", "set of accident samples"};
     return kNames[static_cast<std::size_t>(kind)];
+}
+
+std::string recordCountText(RecordKind kind, std::uint64_t count) {
+    if (kind == RecordKind::StopSamples)
+        return fmt::format("{} {} of accident samples", count, count == 1 ? "set" : "sets");
+    return fmt::format("{} {}{}", count, recordKindName(kind), count == 1 ? "" : "s");
 }
 
 std::uint64_t LogRecords::refusedCount() const {
@@ -310,6 +339,7 @@ void parseAccidentRecords(ByteView stops, ByteView samples, LogRecords& records)
 
 LogRecords parseRecords(const RecordBlocks& blocks) {
     LogRecords records;
+    records.unreadable = blocks.unreadable;
     parseMainRecords(bytesOf(blocks.trips), bytesOf(blocks.troublesAndActivity), records);
     for (const RecordBlocks::Accidents& accidents : blocks.accidents)
         parseAccidentRecords(bytesOf(accidents.stops), bytesOf(accidents.samples), records);

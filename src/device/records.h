@@ -83,8 +83,13 @@ struct StopRecord {
 
 enum class RecordKind { Unknown, Trip, Trouble, Activity, Stop, StopSamples };
 
+inline constexpr RecordKind kRecordKinds[] = {RecordKind::Unknown,  RecordKind::Trip, RecordKind::Trouble,
+                                              RecordKind::Activity, RecordKind::Stop, RecordKind::StopSamples};
+
 /// "trip", "trouble code" …
 const char* recordKindName(RecordKind kind);
+/// "1 trip", "2 trips" …
+std::string recordCountText(RecordKind kind, std::uint64_t count);
 
 /// Records that were not believed, and why.
 struct RefusedRecords {
@@ -100,6 +105,9 @@ struct LogRecords {
     std::vector<ActivityRecord> activities;
     std::vector<StopRecord> stops;
     std::vector<RefusedRecords> refused;
+    std::vector<UnreadableLog> unreadable; ///< of which there are no records
+
+    bool empty() const { return trips.empty() && troubles.empty() && activities.empty() && stops.empty(); }
     /// Records refused in all.
     std::uint64_t refusedCount() const;
 };

@@ -84,23 +84,71 @@ TEST_F(Link, NoAnswerToTheVinModeQuestionMeansDisabled) {
     EXPECT_EQ(logger_.vinModeIsEnabled().code, QUOBRIX_TIMEOUT);
 }
 
-// That the buffers are freed on every path is the leak checker's to see.
-TEST_F(Link, ADownloadReadsBothAccidentLogsUnlessTheFirstFails) {
+// That the blocks are freed on every path, and once, is the leak checker's to see.
+TEST_F(Link, ADownloadParsesAllThatItIsHandedAndNamesWhatCannotBe) {
     fake_.loggers["COM1"] = "K-0042-B";
     logger_.openPort("COM1");
     fake_.trips = {8, 0, 0, 0, 0, 0, 0, 0};
-    fake_.results["GetLogRecords"] = -7; // what there is of the main log is taken all the same
+    fake_.stops = fake_.trips;
     const auto logs = logger_.readLogs(LogMode::Diagnostic);
     ASSERT_TRUE(logs.ok());
     EXPECT_EQ(bytesOf(logs.value.trips).size(), 8u);
     EXPECT_EQ(bytesOf(logs.value.troublesAndActivity).size(), 0u);
     EXPECT_EQ(fake_.count("GetLogBuffer 1"), 1);
-    EXPECT_EQ(fake_.count("GetAccidentLogRecords"), 2);
+    EXPECT_TRUE(logger_.status().logsCurrent);
 
-    fake_.results["GetAccidentLogRecords"] = -7;
-    ASSERT_TRUE(logger_.readLogs(LogMode::Ordinary).ok());
-    EXPECT_EQ(fake_.count("GetLogBuffer -1"), 1);
-    EXPECT_EQ(fake_.count("GetAccidentLogRecords"), 3);
+    const struct {
+        std::vector<std::string> failing;
+        std::string unreadable;
+        bool trips, first, second;
+    } cases[] = {
+        {{}, "", true, true, true},
+        {{"GetLogRecords"}, "trips, trouble codes and activity (error -7);", false, true, true},
+        {{"GetAccidentLogRecords 1"}, "first accident log (error -7);", true, false, true},
+        {{"GetAccidentLogRecords 2"}, "second accident log (error -7);", true, true, false},
+        {{"GetLogRecords", "GetAccidentLogRecords"},
+         "trips, trouble codes and activity (error -7);first accident log (error -7);second accident log (error -7);",
+         false,
+         false,
+         false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.unreadable);
+        fake_.results.clear();
+        for (const std::string& function : c.failing)
+            fake_.results[function] = -7;
+        const auto read = logger_.readLogs(LogMode::Ordinary);
+        ASSERT_TRUE(read.ok());
+        std::string unreadable;
+        for (const UnreadableLog& log : read.value.unreadable)
+            unreadable += log.name + " (" + log.why + ");";
+        EXPECT_EQ(unreadable, c.unreadable);
+        EXPECT_EQ(bool(read.value.trips), c.trips);
+        EXPECT_EQ(bool(read.value.accidents[0].stops), c.first);
+        EXPECT_EQ(bool(read.value.accidents[1].stops), c.second);
+        EXPECT_EQ(logger_.status().logsCurrent, c.failing.empty());
+    }
+    fake_.handsOutBuffers = false;
+    EXPECT_EQ(logger_.readLogs(LogMode::Ordinary).value.unreadable.size(), 1u) << "there is always a main log";
+}
+
+TEST_F(Link, ABlockThatIsHandedOutTwiceIsTakenOnce) {
+    fake_.loggers["COM1"] = "K-0042-B";
+    logger_.openPort("COM1");
+    fake_.handsOutOneBlock = true;
+    fake_.trips = {8, 0, 0, 0, 0, 0, 0, 0};
+    const auto logs = logger_.readLogs(LogMode::Ordinary);
+    EXPECT_TRUE(logs.value.trips);
+    EXPECT_FALSE(logs.value.troublesAndActivity);
+    EXPECT_EQ(logs.value.unreadable.size(), 2u) << "the accident logs, whose buffer was the main log's";
+}
+
+TEST_F(Link, ASerialNumberOfAnotherFormIsNoLogger) {
+    fake_.loggers["COM1"] = "\x1B[2JK-42";
+    logger_.openPort("COM1");
+    EXPECT_EQ(logger_.probe(), kBadSerialNumber);
+    EXPECT_EQ(logger_.status().serialText, "");
+    EXPECT_EQ(logger_.status().probeDescription, "The Quobrix gave no valid serial number");
 }
 
 TEST_F(Link, ADownloadAttemptMakesTheLogsCurrentAndOnlyASuccessfulClearDoes) {

@@ -2,6 +2,7 @@
 
 #include "support/record_set_builder.h"
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -73,6 +74,10 @@ TEST(Records, EachFigureOfATripIsChecked) {
         {"event after the end", tripWith([](auto& t) {
              t.hardBrakes = {sizeof t, 1};
          })},
+        {"more seconds than it lasts", tripWith([](auto& t) { t.idleSeconds = t.bandSeconds[3] = 2; })},
+        {"more seconds than a number holds", tripWith([](auto& t) { t.idleSeconds = t.bandSeconds[0] = 0xFFFFFFFFu; })},
+        {"speed of 256 km/h", tripWith([](auto& t) { t.maximumSpeed = 256; })},
+        {"distance at 257 km/h", tripWith([](auto& t) { t.distance = 257 / 3.6 * 3; })},
         {"unknown parameter", tripWith([](auto& t) { t.series[3].parameter = 25; })},
         {"series without interval", tripWith([](auto& t) {
              t.series[3] = {1, 0, 0, 0, {sizeof t, 1}};
@@ -85,7 +90,13 @@ TEST(Records, EachFigureOfATripIsChecked) {
         EXPECT_EQ(records.refused[0].kind, RecordKind::Trip) << what;
         EXPECT_EQ(records.refused[0].ordinal, 1u) << what;
     }
-    EXPECT_EQ(parseTrips(tripWith([](auto&) {})).trips.size(), 1u) << "undamaged";
+    const Bytes utmost = tripWith([](auto& t) { // the last of its samples may stand for another second
+        t.maximumSpeed = 255;
+        t.distance = 255 / 3.6 * 3;
+        t.idleSeconds = 1;
+        t.bandSeconds[3] = 2;
+    });
+    EXPECT_EQ(refusal(parseTrips(utmost)), "");
 }
 
 TEST(Records, OneBadRecordNeverStopsTheRest) {
@@ -98,6 +109,16 @@ TEST(Records, OneBadRecordNeverStopsTheRest) {
     ASSERT_EQ(records.refused.size(), 2u);
     EXPECT_EQ(records.refused[0].ordinal, 2u);
     EXPECT_EQ(records.refused[1].kind, RecordKind::Activity) << "activity has no place among the trips";
+}
+
+TEST(Records, ASetThatIsShorterThanItsHeadIsRefused) {
+    for (const std::uint32_t size : {0u, 4u, 7u}) {
+        RecordBlock block(static_cast<QuobrixRecordSet*>(std::malloc(sizeof(QuobrixRecordSet))));
+        *block = {size, 3};
+        EXPECT_EQ(parseTrips(Bytes(bytesOf(block).begin(), bytesOf(block).end())).refusedCount(), 1u) << size;
+        *block = {0, 0}; // what a library leaves blank holds nothing
+        EXPECT_EQ(parseTrips(Bytes(bytesOf(block).begin(), bytesOf(block).end())).refusedCount(), 0u);
+    }
 }
 
 TEST(Records, ADamagedLengthHidesTheRestAndSaysHowMany) {

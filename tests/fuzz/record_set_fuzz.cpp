@@ -15,8 +15,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     quobrix::parseMainRecords(input.first(cut), input.subspan(cut), records);
     quobrix::parseAccidentRecords(input.first(cut), input.subspan(cut), records);
     // What was believed lies within its bounds.
-    for (const quobrix::TripRecord& trip : records.trips)
-        if (trip.endTime < trip.startTime || trip.origin.serialNumber.size() != 8)
+    for (const quobrix::TripRecord& trip : records.trips) {
+        const std::int64_t longest = std::int64_t{trip.endTime} - trip.startTime + 60; // with a last sample of a minute
+        std::int64_t seconds = trip.idleSeconds;
+        for (const std::uint32_t band : trip.bandSeconds)
+            seconds += band;
+        if (trip.endTime < trip.startTime || trip.origin.serialNumber.size() != 8 || seconds > longest ||
+            !(trip.maximumSpeed < 256) || !(trip.distance <= static_cast<double>(longest) * 256 / 3.6))
             std::abort();
+    }
     return 0;
 }

@@ -108,7 +108,8 @@ struct FakeFunctions {
     static std::int32_t logBuffer(std::int32_t mode, void** main, void** accident1, void** accident2) {
         if (current->handsOutBuffers)
             for (void** buffer : {main, accident1, accident2})
-                *buffer = std::malloc(16);
+                *buffer = current->handsOutOneBlock && buffer != main ? *main : std::malloc(16);
+        current->accidentLog_ = 0;
         return current->command("GetLogBuffer", std::to_string(mode));
     }
     static std::int32_t logFile(void** buffer, const char* path) {
@@ -117,11 +118,16 @@ struct FakeFunctions {
     }
     static std::int32_t logRecords(const void*, QuobrixRecordSet** first, QuobrixRecordSet** second) {
         *first = allocated(current->trips);
-        *second = allocated(current->troubles);
+        *second = current->handsOutOneBlock ? *first : allocated(current->troubles);
         return current->note("GetLogRecords");
     }
-    static std::int32_t accidentRecords(const void*, QuobrixRecordSet**, QuobrixRecordSet**) {
-        return current->note("GetAccidentLogRecords");
+    static std::int32_t accidentRecords(const void*, QuobrixRecordSet** first, QuobrixRecordSet** second) {
+        *first = allocated(current->stops);
+        *second = allocated(current->stopSamples);
+        const ResultCode code = current->note("GetAccidentLogRecords");
+        const auto ofThisLog =
+            current->results.find("GetAccidentLogRecords " + std::to_string(++current->accidentLog_));
+        return ofThisLog == current->results.end() ? code : ofThisLog->second;
     }
 };
 

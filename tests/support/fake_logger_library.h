@@ -22,12 +22,15 @@ public:
 
     std::map<std::string, std::string> loggers;     ///< serial numbers, by the port on which they are
     std::map<std::string, ResultCode> portProblems; ///< what opening a port comes to
-    std::map<std::string, ResultCode> results;      ///< what a function comes to instead of its ordinary result
+    std::map<std::string, ResultCode> results;      ///< what a function comes to instead of its ordinary result;
+                                                    ///< "GetAccidentLogRecords 2": for the second accident log only
     std::string product = "QBX-4751";
     std::int32_t loggerTime = 1'700'000'000;
     std::uint8_t flags = 1;
     bool handsOutBuffers = true;                             ///< GetLogBuffer allocates, whatever its result
+    bool handsOutOneBlock = false;                           ///< for all buffers, and for both sets of a buffer
     std::vector<std::uint8_t> trips, troubles;               ///< record sets that are handed out
+    std::vector<std::uint8_t> stops, stopSamples;            ///< those of each accident log
     std::function<void(const std::string& function)> during; ///< runs inside of each call
 
     std::vector<std::string> calls; ///< "OpenPort COM3", "SetTime 5" …; probes and their like without arguments
@@ -42,6 +45,7 @@ private:
     ResultCode presence() const;
 
     std::atomic<int> inside_ = 0;
+    int accidentLog_ = 0; // which one is parsed
 };
 
 } // namespace quobrix::testing
