@@ -18,6 +18,8 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
         complain(fileMessage(error, action, file).text);
         return false;
     };
+    if (file.empty())
+        return failed({ErrorKind::NotFound, {}}, FileAction::Save);
     const std::filesystem::path path = file;
     if (isExampleName(path.filename().string())) {
         complain(file + " is the delivered example, which takes no downloads; name another file with --into");
@@ -90,7 +92,9 @@ ExitCode download(const DownloadOptions& options) {
         return false;
     };
     const std::optional<MergeResult> result =
-        Download(calls, prompter, settings, noProgress, names, {anotherFile}).run(document);
+        Download(calls, prompter, settings, noProgress, names,
+                 {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile})
+            .run(document);
     calls.run([](LockedLogger& logger) { logger.closePort(); });
     if (!result) {
         if (!prompter.told())
@@ -103,7 +107,7 @@ ExitCode download(const DownloadOptions& options) {
         complain(line);
     Output output;
     output.put(result->summary() + "\n");
-    return output.finish(result->refusedCount() == 0 ? kDone : kIncomplete);
+    return output.finish(result->complete() ? kDone : kIncomplete, options.file + " has been saved");
 }
 
 } // namespace quobrix::cli

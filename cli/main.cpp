@@ -21,7 +21,8 @@ constexpr const char* kFooter =
     "  1  failed, one line on standard error says why; for check: the document is damaged\n"
     "  2  wrong usage, or an unknown unit system\n"
     "  3  done, but parts of the document could not be read (check --repair: not all is in the\n"
-    "     new document) or records were refused\n"
+    "     new document); for download: saved, but some records were refused, a part of the\n"
+    "     logger's memory could not be read, or the result could not be printed\n"
     "Reading commands change nothing. No command waits for a person.\n"
     "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
 

@@ -2,6 +2,8 @@
 
 #include "base/utf8.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -20,14 +22,15 @@ bool Output::putData(std::string_view text) {
     return failure_ == 0;
 }
 
-ExitCode Output::finish(ExitCode code) {
+ExitCode Output::finish(ExitCode code, std::string_view done) {
     if (failure_ == 0 && std::fflush(stdout) != 0)
         failure_ = errno;
     if (failure_ == 0)
         return code;
     if (failure_ != EPIPE)
-        complain("standard output cannot be written: " + std::generic_category().message(failure_));
-    return kFailed;
+        complain(fmt::format("{}{}standard output cannot be written: {}", done, done.empty() ? "" : ", but ",
+                             std::generic_category().message(failure_)));
+    return done.empty() ? kFailed : kIncomplete;
 }
 
 } // namespace quobrix::cli

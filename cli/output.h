@@ -26,8 +26,9 @@ public:
     /// The same, byte for byte: for formats with rules of their own for such characters.
     bool putData(std::string_view text);
     /// CODE, or kFailed with a complaint if something could not be written. A reader that has gone away is no news to
-    /// anybody, so that ends without a complaint.
-    ExitCode finish(ExitCode code);
+    /// anybody, so that ends without a complaint. A command that did more than print says what it has DONE: that stays
+    /// done, and the code is then kIncomplete.
+    ExitCode finish(ExitCode code, std::string_view done = {});
 
 private:
     int failure_ = 0; ///< an errno value

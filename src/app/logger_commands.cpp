@@ -61,13 +61,12 @@ void LoggerCommands::download() {
         session_.download({.startNewDocument = [this] { return frame_.files().newFile(); },
                            .keysAdded =
                                [this, &toName](const NewKeys& added) {
-                                   frame_.context().document.edits().clear(); // of rows that have moved
                                    frame_.documentChanged();
                                    toName = askForNames(added, frame_.prompter());
                                }});
     if (!result)
         return;
-    if (result->added > 0)
+    if (result->added() > 0)
         frame_.pages().show(kTripLogPage);
     frame_.statusBar()->showMessage(toQt(result->summary()));
     frame_.prompter().tell(makeMessage(MessageId::DownloadDone, resultText(*result)));

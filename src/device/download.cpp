@@ -16,25 +16,40 @@ Download::Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, P
     : calls_(calls), prompter_(prompter), settings_(settings), reporter_(calls, prompter, progress),
       ports_(calls, prompter, settings, std::move(names)), hooks_(std::move(hooks)) {}
 
-std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
+void Download::tell(const Error& error, const TQuobrixDocument& document) {
+    switch (error.kind) {
+    case ErrorKind::Changed:
+        prompter_.tell(makeMessage(MessageId::DownloadIntoChanged));
+        break;
+    case ErrorKind::Unsupported:
+        prompter_.tell(fileMessage(error, FileAction::Save, document.title()));
+        break;
+    default:
+        prompter_.tell(makeMessage(MessageId::DownloadIntoDamaged, error.detail));
+    }
+}
+
+/// Whether the records go into a new document, as far as the present one decides it.
+bool Download::wantsNewDocument(const TQuobrixDocument& document) {
     if (document.isExample()) {
         prompter_.tell(makeMessage(MessageId::DownloadIntoExample));
-        if (!hooks_.startNewDocument())
-            return {};
+        return true;
     }
-    if (document.store().objectCount() > kManyObjects &&
-        prompter_.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes && !hooks_.startNewDocument())
+    return document.store().objectCount() > kManyObjects &&
+           prompter_.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes;
+}
+
+std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
+    const bool wantsNew = wantsNewDocument(document);
+    if (wantsNew && hooks_.mayStartNewDocument && !hooks_.mayStartNewDocument())
         return {};
     if (!ports_.ensureLogger(true))
         return {};
-    if (const Result<void> fit = canMerge(document); !fit) {
-        const ErrorKind kind = fit.error().kind;
-        prompter_.tell(kind == ErrorKind::Changed ? makeMessage(MessageId::DownloadIntoChanged)
-                       : kind == ErrorKind::Unsupported
-                           ? fileMessage(fit.error(), FileAction::Save, document.title())
-                           : makeMessage(MessageId::DownloadIntoDamaged, fit.error().detail));
-        return {};
-    }
+    if (!wantsNew) // better known before the logger is read than after
+        if (const Result<void> fit = canMerge(document); !fit) {
+            tell(fit.error(), document);
+            return {};
+        }
 
     const bool diagnostic = settings_.getInteger("Diagnostics", "Menu", 0) != 0;
     const auto [reply, outcome, serial] = [&] {
@@ -46,14 +61,27 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     }();
     if (!reporter_.report(LoggerCommand::Download, outcome))
         return {};
-    MergeResult result = mergeRecords(parseRecords(reply.value), document);
-    document.store().singleton<TDownloadTable>().record(serial, currentTime());
-    document.setDataChanged();
+    const LogRecords records = parseRecords(reply.value);
+    // The present document goes only for records that take its place.
+    if (wantsNew && !records.empty() && !hooks_.startNewDocument())
+        return {};
+    Result<MergeResult> merged = wantsNew && records.empty() ? MergeResult{{}, records.refused, records.unreadable, {}}
+                                                             : mergeRecords(records, document);
+    if (!merged) {
+        tell(merged.error(), document);
+        return {};
+    }
+    MergeResult& result = *merged;
+    // A new document that has got nothing stays one that nobody needs to save.
+    if (result.changed() || (document.hasFile() && !wantsNew))
+        document.store().singleton<TDownloadTable>().record(serial, currentTime());
     if (const std::string name = settings_.getText(kUnidentifiedDriverSection, kDefaultName); isDriverName(name))
         document.drivers().nameAll(result.newKeys.drivers, name);
     if (hooks_.keysAdded)
         hooks_.keysAdded(result.newKeys);
-    return result;
+    for (const UnreadableLog& log : result.unreadable)
+        prompter_.tell(makeMessage(MessageId::LogsUnreadable, log.name, log.why));
+    return std::move(result);
 }
 
 } // namespace quobrix

@@ -16,8 +16,10 @@ public:
     /// What the program around the flow does for it.
     struct Hooks {
         /// Puts an empty document in the place of the present one, with all the questions that this raises; false if
-        /// the user does not want that after all.
+        /// the user does not want that after all. Called once there are records for it.
         std::function<bool()> startNewDocument;
+        /// Whether that is possible; asked before the logger is read. Nothing for a program in which it always is.
+        std::function<bool()> mayStartNewDocument{};
         /// Keys have come into the name tables. Nothing for a program in which nobody can name them.
         std::function<void(const NewKeys&)> keysAdded{};
     };
@@ -25,10 +27,14 @@ public:
     Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress, LoggerNames names,
              Hooks hooks);
 
-    /// What was merged into DOCUMENT; nothing if the command ended before (the user has then been told why).
+    /// What was merged into DOCUMENT; nothing if the command ended before (the user has then been told why). Parts of
+    /// the logger's memory that could not be parsed have been told; what the others hold is merged.
     std::optional<MergeResult> run(TQuobrixDocument& document);
 
 private:
+    bool wantsNewDocument(const TQuobrixDocument& document);
+    void tell(const Error& error, const TQuobrixDocument& document);
+
     LoggerCalls& calls_;
     Prompter& prompter_;
     Settings& settings_;

@@ -1,315 +1,166 @@
 #include "device/merge.h"
 
+#include "device/log_rows.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
+#include <span>
+#include <string_view>
+#include <type_traits>
 #include <unordered_map>
 
 namespace quobrix {
 namespace {
 
-/// A record's identity within its log, as one text.
-std::string identityKey(std::string_view serialNumber, RecordIdentity identity, std::string_view code) {
-    return fmt::format("{}/{}/{}/{}", serialNumber, code, identity.loggerTime, identity.occurrence);
+Error unreadable(const PersistentType& type) { return {ErrorKind::Corrupt, std::string(logOfClass(type.name))}; }
+
+/// What records have in common that may be the same, as one text.
+std::string likenessKey(std::string_view serialNumber, std::int32_t loggerTime, std::string_view code) {
+    return fmt::format("{}/{}/{}", serialNumber, code, loggerTime);
 }
 
-/// A logger time with a shift, within what a time can hold.
-std::int32_t shifted(std::int32_t time, std::int64_t shift) {
-    constexpr std::int64_t kFirst = std::numeric_limits<std::int32_t>::min() + 1; // the smallest means "no time"
-    return static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(std::int64_t{time} + shift, kFirst, std::numeric_limits<std::int32_t>::max()));
-}
+/// What is to be done with the records of one log. Made before anything is changed.
+template <class Log>
+struct Plan {
+    using Record = typename Log::Record;
+    struct Change {
+        RowIndex row;
+        const Record* record;
+        bool whole; ///< else only the vehicle or driver that the row lacks
+    };
+    struct Fresh {
+        const Record* record;
+        RecordIdentity identity;
+        RowIndex place = 0; ///< before which of the table's present rows
+    };
+    std::vector<Change> changes;
+    std::vector<Fresh> fresh;
+    std::size_t present = 0;
 
-/// From one time to the other; 0 when the second is missing or before the first.
-std::uint64_t elapsed(std::int32_t from, std::int32_t to) {
-    return static_cast<std::uint64_t>(std::max<std::int64_t>(std::int64_t{to} - from, 0));
-}
+    MergeCounts counts() const { return {fresh.size(), changes.size(), present}; }
+};
 
-double kph(double value) { return toBaseFrom(UnitId::KilometrePerHour, value); }
+/// Finds for each record the row that it is the same as. Each row is taken once.
+template <class Log>
+class Planner {
+public:
+    using Record = typename Log::Record;
 
-double metric(UnitId unit, double value) { return toBaseFrom(unit, value); }
-
-std::int32_t count(std::size_t value) { return static_cast<std::int32_t>(value); }
-
-std::int32_t code(std::int32_t value) { return value == QUOBRIX_NO_CODE ? Element<std::int32_t>::kNone : value; }
-
-std::vector<std::int32_t> toSigned(const std::vector<std::uint32_t>& values) { return {values.begin(), values.end()}; }
-
-void resize(Table& table, RowIndex rows) {
-    if (rows > table.rowCount())
-        table.insertRows(table.rowCount(), rows - table.rowCount());
-    else
-        table.removeRows(rows, table.rowCount() - rows);
-}
-
-/// The bands in force, from standstill upward: 0 to 0, then between the limits, the last one open.
-template <class From, class To>
-void fillBands(Table& table, const std::array<double, QUOBRIX_BAND_COUNT - 1>& limits) {
-    resize(table, QUOBRIX_BAND_COUNT + 1);
-    std::vector<double> from{0.0, 0.0}, to{0.0};
-    for (const double limit : limits) {
-        from.push_back(kph(limit));
-        to.push_back(kph(limit));
-    }
-    to.push_back(kNoValue);
-    table.column<From>().setAll(std::move(from));
-    table.column<To>().setAll(std::move(to));
-}
-
-// One log each: what its records are known again by (key columns), when they happened, how much they hold, and how they
-// become a row. mergeLog() below is the same for all four.
-
-struct TripLog {
-    using Record = TripRecord;
-    using TableType = TTripLogTable;
-    using RecordNumber = TTripLogRecordColumn;
-    using Serial = TTripLogQuobrixSerialNumberColumn;
-    using Time = TTripLogStartTimeColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time>;
-
-    static std::int32_t time(const Record& record) { return record.startTime; }
-    static std::string code(const Record&) { return {}; }
-    static std::string codeAt(const TableType&, RowIndex) { return {}; }
-
-    static std::uint64_t content(const Record& record) {
-        std::uint64_t size = elapsed(record.startTime, record.endTime) + record.speedSamples.size() +
-                             record.hardBrakes.size() + record.extremeBrakes.size() + record.hardAccelerations.size() +
-                             record.extremeAccelerations.size();
-        for (const ParameterSeries& series : record.series)
-            size += series.samples.size();
-        return size;
-    }
-    static std::uint64_t contentAt(const TableType& table, RowIndex row) {
-        std::uint64_t size =
-            elapsed(table.column<TTripLogStartTimeColumn>().at(row), table.column<TTripLogEndTimeColumn>().at(row));
-        for (const IntegerColumn* events : std::initializer_list<const IntegerColumn*>{
-                 &table.column<TTripLogHardBrakesColumn>(), &table.column<TTripLogPanicBrakesColumn>(),
-                 &table.column<TTripLogHardAccelerationsColumn>(), &table.column<TTripLogPanicAccelerationsColumn>()})
-            size += static_cast<std::uint32_t>(std::max(events->at(row), 0));
-        if (const TTripLogSampleTable* samples = table.column<TTripLogSampleTableColumn>().object(row)) {
-            size += samples->rowCount();
-            for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
-                size += samples->series(i).sampleCount();
+    explicit Planner(const typename Log::TableType& table)
+        : table_(table), numbers_(table.template column<typename Log::RecordNumber>()),
+          times_(table.template column<typename Log::Time>()) {
+        const auto& serials = table.template column<typename Log::Serial>();
+        alike_.reserve(table.rowCount());
+        for (RowIndex row = 0; row < table.rowCount(); ++row) {
+            const RecordIdentity& identity = numbers_.at(row);
+            Alike& alike = alike_[likenessKey(serials.at(row), identity.loggerTime, Log::codeAt(table, row))];
+            alike.rows.push_back({row, false});
+            alike.nextOccurrence = std::max(alike.nextOccurrence, identity.occurrence + 1);
         }
-        return size;
     }
 
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
-        t.column<TTripLogVinColumn>().set(row, r.origin.vin);
-        t.column<TTripLogDriverIDColumn>().set(row, r.driverId == 0 ? Element<std::int32_t>::kNone : r.driverId);
-        t.column<TTripLogStartTimeColumn>().set(row, shifted(r.startTime, shift));
-        t.column<TTripLogEndTimeColumn>().set(row, shifted(r.endTime, shift));
-        t.column<TTripLogDisconnectedDuringTripColumn>().set(row, r.disconnected);
-        t.column<TTripLogDistanceColumn>().set(row, r.distance);
-        t.column<TTripLogMaximumSpeedColumn>().set(row, kph(r.maximumSpeed));
-        t.column<TTripLogHardBrakesColumn>().set(row, count(r.hardBrakes.size()));
-        t.column<TTripLogPanicBrakesColumn>().set(row, count(r.extremeBrakes.size()));
-        t.column<TTripLogHardBrakeThresholdColumn>().set(row, r.hardBrakeThreshold);
-        t.column<TTripLogPanicBrakeThresholdColumn>().set(row, r.extremeBrakeThreshold);
-        t.column<TTripLogHardAccelerationsColumn>().set(row, count(r.hardAccelerations.size()));
-        t.column<TTripLogPanicAccelerationsColumn>().set(row, count(r.extremeAccelerations.size()));
-        t.column<TTripLogHardAccelerationThresholdColumn>().set(row, r.hardAccelerationThreshold);
-        t.column<TTripLogPanicAccelerationThresholdColumn>().set(row, r.extremeAccelerationThreshold);
-        t.column<TTripLogSamplingIntervalColumn>().set(row, r.speedSamplingInterval == 0 ? kNoValue
-                                                                                         : r.speedSamplingInterval);
-        t.column<TTripLogTimeInTopSpeedBandColumn>().set(row, count(r.bandSeconds.back()));
+    Result<Plan<Log>> plan(const std::vector<Record>& records) {
+        // Equal rows first, then those that a record continues: what is the beginning of many must not take the row of
+        // another one's.
+        std::vector<const Record*> rest;
+        for (const Record& record : records)
+            if (Row* row = closestRow(record, &Comparison::equal))
+                seenAgain(*row, record);
+            else
+                rest.push_back(&record);
+        std::vector<const Record*> others;
+        for (const Record* record : rest)
+            if (Row* row = closestRow(*record, &Comparison::fuller))
+                QUOBRIX_TRY(replace(*row, *record));
+            else
+                others.push_back(record);
+        for (const Record* record : others)
+            if (Row* row = closestRow(*record, &Comparison::same))
+                seenAgain(*row, *record);
+            else
+                plan_.fresh.push_back({record, {Log::time(*record), alike(*record).nextOccurrence++}});
+        return std::move(plan_);
+    }
 
-        TTripLogSampleTable& samples = t.column<TTripLogSampleTableColumn>().makeObject(row);
-        resize(samples, r.speedSamples.size());
-        samples.speed().setInterval(std::max(r.speedSamplingInterval, 1u));
-        samples.speed().setAll(r.speedSamples);
-        TTripLogParametersTable& parameters = t.column<TTripLogParametersTableColumn>().makeObject(row);
-        resize(parameters, 0);
-        for (std::size_t i = 0; i < r.series.size(); ++i) {
-            const ParameterSeries& series = r.series[i];
-            samples.series(i).setSeries(series.parameter, series.twoValues, std::max(series.samplingInterval, 1),
-                                        series.samples);
-            if (series.parameter == 0)
+private:
+    struct Row {
+        RowIndex index;
+        bool taken;
+    };
+    struct Alike {
+        std::vector<Row> rows;
+        std::uint32_t nextOccurrence = 0;
+    };
+
+    Alike& alike(const Record& record) {
+        return alike_[likenessKey(record.origin.serialNumber, Log::time(record), Log::code(record))];
+    }
+
+    Comparison compare(const Row& row, const Record& record) const {
+        return Log::compare(table_, row.index, record, std::int64_t{times_.at(row.index)} - Log::time(record));
+    }
+
+    /// Of the rows that compare with RECORD as WANTED the one that has most in common with it.
+    Row* closestRow(const Record& record, bool (Comparison::*wanted)() const) {
+        Row* closest = nullptr;
+        std::uint64_t common = 0;
+        for (Row& row : alike(record).rows) {
+            if (row.taken)
                 continue;
-            const RowIndex at = parameters.rowCount();
-            parameters.insertRows(at, 1);
-            parameters.column<TTripLogParameterColumn>().set(at, series.parameter);
-            parameters.column<TTripLogParameterSamplingIntervalColumn>().set(at, series.samplingInterval);
+            const Comparison comparison = compare(row, record);
+            if (!(comparison.*wanted)() || (closest && comparison.common <= common))
+                continue;
+            closest = &row;
+            common = comparison.common;
+            if (comparison.equal())
+                break; // none is closer
         }
-        fillBands<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>(
-            t.column<TTripLogSpeedBandsTableColumn>().makeObject(row), r.bandLimits);
-        std::vector<std::int32_t> seconds{static_cast<std::int32_t>(r.idleSeconds)};
-        for (const std::uint32_t band : r.bandSeconds)
-            seconds.push_back(static_cast<std::int32_t>(band));
-        t.column<TTripLogTimePerSpeedBandColumnColumn>().makeObject(row).setAll(std::move(seconds));
-        t.column<TTripLogHardBrakeTimesColumnColumn>().makeObject(row).setAll(toSigned(r.hardBrakes));
-        t.column<TTripLogPanicBrakeTimesColumnColumn>().makeObject(row).setAll(toSigned(r.extremeBrakes));
-        t.column<TTripLogHardAccelerationTimesColumnColumn>().makeObject(row).setAll(toSigned(r.hardAccelerations));
-        t.column<TTripLogPanicAccelerationTimesColumnColumn>().makeObject(row).setAll(toSigned(r.extremeAccelerations));
-    }
-};
-
-struct TroubleLog {
-    using Record = TroubleRecord;
-    using TableType = TTroubleLogTable;
-    using RecordNumber = TTroubleLogRecordColumn;
-    using Serial = TTroubleLogQuobrixSerialNumberColumn;
-    using Time = TTroubleLogTimeRecordedColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time, TTroubleLogTroubleCodeColumn>;
-
-    static std::int32_t time(const Record& record) { return record.time; }
-    static std::string code(const Record& record) { return record.code; }
-    static std::string codeAt(const TableType& table, RowIndex row) {
-        return table.column<TTroubleLogTroubleCodeColumn>().at(row);
+        return closest;
     }
 
-    /// The freeze frame's figures in the order of their columns, from the short-term trim of bank 1, in base units.
-    static std::array<double, 10> figures(const Record& r) {
-        return {r.shortTermFuelTrim[0],
-                r.longTermFuelTrim[0],
-                r.shortTermFuelTrim[1],
-                r.longTermFuelTrim[1],
-                metric(UnitId::Kilopascal, r.fuelPressure),
-                metric(UnitId::Kilopascal, r.intakeManifoldPressure),
-                metric(UnitId::Celsius, r.coolantTemperature),
-                r.calculatedLoad,
-                metric(UnitId::RevolutionPerMinute, r.engineSpeed),
-                kph(r.vehicleSpeed)};
-    }
-    static std::array<RealColumn*, 10> figureColumns(const TableType& t) {
-        return {&t.column<TTroubleLogShortTermFuelTrimBankOneColumn>(),
-                &t.column<TTroubleLogLongTermFuelTrimBankOneColumn>(),
-                &t.column<TTroubleLogShortTermFuelTrimBankTwoColumn>(),
-                &t.column<TTroubleLogLongTermFuelTrimBankTwoColumn>(),
-                &t.column<TTroubleLogFuelPressureColumn>(),
-                &t.column<TTroubleLogIntakeManifoldPressureColumn>(),
-                &t.column<TTroubleLogEngineCoolantTemperatureColumn>(),
-                &t.column<TTroubleLogCalculatedLoadValueColumn>(),
-                &t.column<TTroubleLogEngineSpeedColumn>(),
-                &t.column<TTroubleLogVehicleSpeedColumn>()};
+    Result<void> replace(Row& row, const Record& record) {
+        if (!Log::replaceable(table_, row.index))
+            return unreadable(table_.type());
+        row.taken = true;
+        plan_.changes.push_back({row.index, &record, true});
+        return {};
     }
 
-    static std::uint64_t content(const Record& record) {
-        std::uint64_t size = !record.origin.vin.empty();
-        for (const std::int32_t status : record.fuelSystemStatus)
-            size += status != QUOBRIX_NO_CODE;
-        for (const double figure : figures(record))
-            size += hasValue(figure);
-        return size;
-    }
-    static std::uint64_t contentAt(const TableType& table, RowIndex row) {
-        std::uint64_t size = table.column<TTroubleLogVinColumn>().has(row);
-        size += table.column<TTroubleLogFuelSystemOneStatusColumn>().has(row);
-        size += table.column<TTroubleLogFuelSystemTwoStatusColumn>().has(row);
-        for (const RealColumn* figure : figureColumns(table))
-            size += figure->has(row);
-        return size;
+    /// RECORD has no more content than ROW.
+    void seenAgain(Row& row, const Record& record) {
+        row.taken = true;
+        if (Log::completes(table_, row.index, record))
+            plan_.changes.push_back({row.index, &record, false});
+        else
+            ++plan_.present;
     }
 
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
-        t.column<TTroubleLogTimeRecordedColumn>().set(row, shifted(r.time, shift));
-        t.column<TTroubleLogVinColumn>().set(row, r.origin.vin);
-        t.column<TTroubleLogTroubleCodeColumn>().set(row, r.code);
-        t.column<TTroubleLogFuelSystemOneStatusColumn>().set(row, quobrix::code(r.fuelSystemStatus[0]));
-        t.column<TTroubleLogFuelSystemTwoStatusColumn>().set(row, quobrix::code(r.fuelSystemStatus[1]));
-        const std::array<double, 10> values = figures(r);
-        const std::array<RealColumn*, 10> columns = figureColumns(t);
-        for (std::size_t i = 0; i < values.size(); ++i)
-            columns[i]->set(row, values[i]);
-    }
-};
-
-struct ActivityLog {
-    using Record = ActivityRecord;
-    using TableType = TSecurityLogTable;
-    using RecordNumber = TSecurityLogRecordColumn;
-    using Serial = TSecurityLogQuobrixSerialNumberColumn;
-    using Time = TSecurityLogTimeRecordedColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time, TSecurityLogEventTypeColumn>;
-
-    static std::int32_t time(const Record& record) { return record.time; }
-    static std::string code(const Record& record) { return std::to_string(quobrix::code(record.eventType)); }
-    static std::string codeAt(const TableType& table, RowIndex row) {
-        return std::to_string(table.column<TSecurityLogEventTypeColumn>().at(row));
-    }
-    static std::uint64_t content(const Record& record) { return !record.origin.vin.empty(); }
-    static std::uint64_t contentAt(const TableType& table, RowIndex row) {
-        return table.column<TSecurityLogVinColumn>().has(row);
-    }
-
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
-        t.column<TSecurityLogTimeRecordedColumn>().set(row, shifted(r.time, shift));
-        t.column<TSecurityLogVinColumn>().set(row, r.origin.vin);
-        t.column<TSecurityLogEventTypeColumn>().set(row, quobrix::code(r.eventType));
-    }
-};
-
-struct AccidentLog {
-    using Record = StopRecord;
-    using TableType = TAccidentLogTable;
-    using RecordNumber = TAccidentLogTableRecordColumn;
-    using Serial = TAccidentLogTableQuobrixSerialNumberColumn;
-    using Time = TAccidentLogTableStartTimeColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time>;
-
-    static std::int32_t time(const Record& record) { return record.startTime; }
-    static std::string code(const Record&) { return {}; }
-    static std::string codeAt(const TableType&, RowIndex) { return {}; }
-    static std::uint64_t content(const Record& record) { return record.speedSamples.size(); }
-    static std::uint64_t contentAt(const TableType& table, RowIndex row) {
-        const auto* samples = table.column<TAccidentLogSpeedSamplesColumn>().object(row);
-        return samples ? samples->storedRows() : 0;
-    }
-
-    static void fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
-        t.column<TAccidentLogTableStartTimeColumn>().set(row, shifted(r.startTime, shift));
-        t.column<TAccidentLogTableTimestampColumn>().set(row, shifted(r.timestamp, shift));
-        t.column<TAccidentLogTableMaximumSpeedColumn>().set(row, kph(r.maximumSpeed));
-        t.column<TAccidentLogTableVinColumn>().set(row, r.origin.vin);
-        TAccidentLogSamplesColumn& samples = t.column<TAccidentLogSpeedSamplesColumn>().makeObject(row);
-        samples.setInterval(std::max(r.samplingInterval, 1u));
-        samples.setAll(r.speedSamples);
-        fillBands<TAccidentLogSpeedBandFromColumn, TAccidentLogSpeedBandToColumn>(
-            t.column<TAccidentLogSpeedBandsTableColumn>().makeObject(row), r.bandLimits);
-    }
+    const typename Log::TableType& table_;
+    const typename Log::RecordNumber& numbers_;
+    const typename Log::Time& times_;
+    std::unordered_map<std::string, Alike> alike_;
+    Plan<Log> plan_;
 };
 
 template <class Log>
-void mergeLog(const std::vector<typename Log::Record>& records, typename Log::TableType& table, std::int32_t shift,
-              MergeResult& result) {
+void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shift) {
     auto& numbers = table.template column<typename Log::RecordNumber>();
     auto& serials = table.template column<typename Log::Serial>();
     const auto& times = table.template column<typename Log::Time>();
-    std::unordered_map<std::string, RowIndex> known;
-    known.reserve(table.rowCount());
-    for (RowIndex row = 0; row < table.rowCount(); ++row)
-        known.emplace(identityKey(serials.at(row), numbers.at(row), Log::codeAt(table, row)), row);
+    if (!plan.changes.empty())
+        table.makeWritable();
+    for (const auto& change : plan.changes)
+        if (change.whole) // the shift that the old record got stays: its place among the others depends on it
+            Log::fill(table, change.row, *change.record,
+                      std::int64_t{times.at(change.row)} - Log::time(*change.record));
+        else
+            Log::complete(table, change.row, *change.record);
 
-    struct Fresh {
-        const typename Log::Record* record;
-        RecordIdentity identity;
-        RowIndex place; // before which of the table's present rows
-    };
-    std::vector<Fresh> fresh;
-    std::unordered_map<std::string, std::uint32_t> occurrences;
-    for (const typename Log::Record& record : records) {
-        const std::string code = Log::code(record);
-        RecordIdentity identity{Log::time(record), 0};
-        identity.occurrence = occurrences[identityKey(record.origin.serialNumber, identity, code)]++;
-        const auto found = known.find(identityKey(record.origin.serialNumber, identity, code));
-        if (found == known.end()) {
-            fresh.push_back({&record, identity, 0});
-            continue;
-        }
-        ++result.present;
-        if (Log::content(record) > Log::contentAt(table, found->second)) {
-            // The shift that the old record got stays: its place among the others depends on it.
-            const RowIndex row = found->second;
-            table.makeWritable();
-            Log::fill(table, row, record, std::int64_t{times.at(row)} - Log::time(record));
-            ++result.replaced;
-        }
-    }
-
+    auto& fresh = plan.fresh;
     std::stable_sort(fresh.begin(), fresh.end(),
-                     [](const Fresh& a, const Fresh& b) { return Log::time(*a.record) < Log::time(*b.record); });
-    for (Fresh& entry : fresh)
+                     [](const auto& a, const auto& b) { return Log::time(*a.record) < Log::time(*b.record); });
+    for (auto& entry : fresh)
         entry.place = static_cast<RowIndex>(
             std::upper_bound(times.values().begin(), times.values().end(), shifted(Log::time(*entry.record), shift)) -
             times.values().begin());
@@ -328,7 +179,6 @@ void mergeLog(const std::vector<typename Log::Record>& records, typename Log::Ta
         }
         end = begin;
     }
-    result.added += fresh.size();
 }
 
 /// The keys that records refer to, in the order of the records.
@@ -354,25 +204,92 @@ NewKeys addNames(const LogRecords& records, TQuobrixDocument& document) {
             document.drivers().addMissing(keys.drivers)};
 }
 
+Result<void> checkTable(const Table& table) {
+    return table.unreadableColumns().empty() ? Result<void>() : unreadable(table.type());
+}
+
+/// Besides, the columns by which its records are known again must be there.
 template <class Log>
-Result<void> checkKeys(const typename Log::TableType& table) {
-    for (const PersistentType* type : Log::kKeys)
-        if (!table.columnOf(*type).store()) // one that stands in for what the file lacks or that cannot be read
-            return Error{ErrorKind::Corrupt, std::string(type->name)};
+Result<void> checkLog(const typename Log::TableType& table) {
+    for (const PersistentType* key : Log::kKeys)
+        if (!table.columnOf(*key).store())
+            return unreadable(table.type());
+    return checkTable(table);
+}
+
+Result<void> tablesReadable(TQuobrixDocument& document) {
+    if (const auto reason = document.readOnlyReason();
+        reason && (reason->kind == ErrorKind::Corrupt || reason->kind == ErrorKind::Unsupported))
+        return *reason;
+    QUOBRIX_TRY(checkLog<TripRows>(document.trips()));
+    QUOBRIX_TRY(checkLog<TroubleRows>(document.troubles()));
+    QUOBRIX_TRY(checkLog<ActivityRows>(document.activity()));
+    QUOBRIX_TRY(checkTable(document.vehicles()));
+    QUOBRIX_TRY(checkTable(document.loggers()));
+    QUOBRIX_TRY(checkTable(document.drivers()));
+    if (TAccidentLogTable* accidents = document.accidents()) // its row count may turn out to be damaged
+        QUOBRIX_TRY(checkLog<AccidentRows>(*accidents));
+    if (document.accidents())
+        return {};
+    // There must be none: one that cannot be read, or that the index does not name, must not get another beside it.
+    ObjectStore& store = document.store();
+    if (store.singletonIds().contains(TAccidentLogTable::kType.id()) || store.findLostSingletons())
+        return unreadable(TAccidentLogTable::kType);
     return {};
+}
+
+/// Another program may have changed the file until now, and what was not read by then reads as nothing.
+Result<void> unlessOutdated(const TQuobrixDocument& document, Result<void> result) {
+    return document.outdated() ? Result<void>(*document.readOnlyReason()) : std::move(result);
+}
+
+constexpr RecordKind kLogKinds[] = {RecordKind::Trip, RecordKind::Trouble, RecordKind::Activity, RecordKind::Stop};
+
+/// "LABEL: 2 trips, 1 accident." of the kinds that there are any of; else nothing.
+std::string outcomeText(std::string_view label, std::span<const RecordKind> kinds,
+                        std::span<const std::uint64_t> numbers) {
+    std::string text;
+    for (std::size_t i = 0; i < kinds.size(); ++i)
+        if (numbers[i] > 0)
+            text += (text.empty() ? fmt::format("{}: ", label) : ", ") + recordCountText(kinds[i], numbers[i]);
+    return text.empty() ? text : text + ".";
 }
 
 } // namespace
 
-std::uint64_t MergeResult::refusedCount() const {
-    std::uint64_t sum = 0;
-    for (const RefusedRecords& group : refused)
-        sum += group.count;
+std::size_t MergeResult::added() const {
+    std::size_t sum = 0;
+    for (const MergeCounts& log : logs)
+        sum += log.added;
     return sum;
 }
 
+bool MergeResult::changed() const {
+    return !newKeys.loggers.empty() || !newKeys.vehicles.empty() || !newKeys.drivers.empty() ||
+           std::ranges::any_of(logs, [](const MergeCounts& log) { return log.added + log.replaced > 0; });
+}
+
 std::string MergeResult::summary() const {
-    return fmt::format("{} new, {} already present, {} refused.", added, present, refusedCount());
+    const auto counted = [this](std::string_view label, std::size_t MergeCounts::*count) {
+        std::array<std::uint64_t, 4> numbers{};
+        for (std::size_t i = 0; i < logs.size(); ++i)
+            numbers[i] = logs[i].*count;
+        return outcomeText(label, kLogKinds, numbers);
+    };
+    std::array<std::uint64_t, std::size(kRecordKinds)> refusals{};
+    for (const RefusedRecords& group : refused)
+        refusals[static_cast<std::size_t>(group.kind)] += group.count;
+    std::string text;
+    const auto add = [&](const std::string& outcome) {
+        text += (text.empty() || outcome.empty() ? "" : " ") + outcome;
+    };
+    add(counted("New", &MergeCounts::added));
+    add(counted("Replaced", &MergeCounts::replaced));
+    if (text.empty())
+        text = "Nothing new.";
+    add(counted("Already present", &MergeCounts::present));
+    add(outcomeText("Refused", kRecordKinds, refusals));
+    return text;
 }
 
 std::vector<std::string> MergeResult::refusedLines() const {
@@ -385,44 +302,40 @@ std::vector<std::string> MergeResult::refusedLines() const {
     return lines;
 }
 
-namespace {
+Result<void> canMerge(TQuobrixDocument& document) { return unlessOutdated(document, tablesReadable(document)); }
 
-Result<void> keysReadable(TQuobrixDocument& document) {
-    if (const auto reason = document.readOnlyReason();
-        reason && (reason->kind == ErrorKind::Corrupt || reason->kind == ErrorKind::Unsupported))
-        return *reason;
-    QUOBRIX_TRY(checkKeys<TripLog>(document.trips()));
-    QUOBRIX_TRY(checkKeys<TroubleLog>(document.troubles()));
-    QUOBRIX_TRY(checkKeys<ActivityLog>(document.activity()));
-    if (TAccidentLogTable* accidents = document.accidents()) // its row count may turn out to be damaged
-        QUOBRIX_TRY(checkKeys<AccidentLog>(*accidents));
-    if (document.accidents())
-        return {};
-    // There must be none: one that cannot be read, or that the index does not name, must not get another beside it.
-    ObjectStore& store = document.store();
-    if (store.singletonIds().contains(TAccidentLogTable::kType.id()) || store.findLostSingletons())
-        return Error{ErrorKind::Corrupt, std::string(TAccidentLogTable::kType.name)};
-    return {};
-}
+Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {
+    QUOBRIX_TRY(canMerge(document));
+    auto trips = Planner<TripRows>(document.trips()).plan(records.trips);
+    auto troubles = Planner<TroubleRows>(document.troubles()).plan(records.troubles);
+    auto activity = Planner<ActivityRows>(document.activity()).plan(records.activities);
+    const TAccidentLogTable none;
+    const TAccidentLogTable* stops = document.accidents();
+    auto accidents = Planner<AccidentRows>(stops ? *stops : none).plan(records.stops);
+    Result<void> planned;
+    if (!trips)
+        planned = trips.error();
+    else if (!accidents)
+        planned = accidents.error();
+    QUOBRIX_TRY(unlessOutdated(document, planned));
 
-} // namespace
-
-Result<void> canMerge(TQuobrixDocument& document) {
-    const Result<void> readable = keysReadable(document);
-    return document.outdated() ? Result<void>(*document.readOnlyReason()) : readable;
-}
-
-MergeResult mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {
-    document.edits().clear(); // the rows that its steps mean are about to move
     MergeResult result;
     result.refused = records.refused;
-    mergeLog<TripLog>(records.trips, document.trips(), shift, result);
-    mergeLog<TroubleLog>(records.troubles, document.troubles(), shift, result);
-    mergeLog<ActivityLog>(records.activities, document.activity(), shift, result);
+    result.unreadable = records.unreadable;
+    result.logs = {trips->counts(), troubles->counts(), activity->counts(), accidents->counts()};
+    const auto endHistory = [&] { // the rows that its steps mean are about to move
+        if (result.changed())
+            document.edits().clear();
+    };
+    endHistory();
+    carryOut(*trips, document.trips(), shift);
+    carryOut(*troubles, document.troubles(), shift);
+    carryOut(*activity, document.activity(), shift);
     if (!records.stops.empty())
-        mergeLog<AccidentLog>(records.stops, document.store().singleton<TAccidentLogTable>(), shift, result);
+        carryOut(*accidents, document.store().singleton<TAccidentLogTable>(), shift);
     result.newKeys = addNames(records, document);
-    if (result.added + result.replaced > 0)
+    endHistory();
+    if (result.changed())
         document.setDataChanged();
     return result;
 }

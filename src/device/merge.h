@@ -4,38 +4,52 @@
 #include "model/name_questions.h"
 #include "model/quobrix_document.h"
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace quobrix {
 
+/// What became of the records of one log.
+struct MergeCounts {
+    std::size_t added = 0;
+    std::size_t replaced = 0; ///< were in the document with less content
+    std::size_t present = 0;  ///< are in the document as they are, or with more content
+};
+
 /// What became of the records of a download.
 struct MergeResult {
-    std::size_t added = 0;
-    std::size_t present = 0;  ///< already in the document, replaced ones included
-    std::size_t replaced = 0; ///< of those: seen again with more content
+    std::array<MergeCounts, 4> logs; ///< trips, trouble codes, activity, accidents
     std::vector<RefusedRecords> refused;
-    NewKeys newKeys; ///< which the name tables have got
+    std::vector<UnreadableLog> unreadable; ///< of whose records nothing is known
+    NewKeys newKeys;                       ///< which the name tables have got
 
-    std::uint64_t refusedCount() const;
-    /// "12 new, 340 already present, 0 refused."
+    std::size_t added() const;
+    /// The document was changed.
+    bool changed() const;
+    /// Everything that the logger holds is in the document.
+    bool complete() const { return refused.empty() && unreadable.empty(); }
+    /// One line: "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips. Refused: 1 accident."
     std::string summary() const;
     /// One line for each group of refused records: what, which and why.
     std::vector<std::string> refusedLines() const;
 };
 
-/// Whether records can be merged into DOCUMENT: its logs and the columns by which a record is known again must be
-/// readable. Corrupt names what is not; Changed if another program has changed the file meanwhile;
-/// Unsupported if a later version of this one has written it.
+/// Whether records can be merged into DOCUMENT: of its logs and name tables everything must be readable, since rows are
+/// written in all of their columns. Corrupt names the table that is not; Changed if another program has changed the
+/// file meanwhile; Unsupported if a later version of this one has written it.
 Result<void> canMerge(TQuobrixDocument& document);
 
-/// Adds RECORDS to DOCUMENT, which must pass canMerge(), as rows in order of time, with the vehicles, loggers and
-/// drivers that it has not seen. Times are kept as recorded for recognition, and shown with SHIFT (s) added.
+/// Adds RECORDS to DOCUMENT as rows in order of time, with the vehicles, loggers and drivers that it has not seen.
+/// Times are kept as recorded for recognition, and shown with SHIFT (s) added. All of it is done or nothing: the errors
+/// are those of canMerge(), and Corrupt if a record would take the place of one of which not everything can be read.
 ///
-/// A record is the same as one in the document when its logger, its kind, its time as recorded, its code or event and
-/// its number among equals are the same. It is then added only if it has more content, in place of the old one, whose
-/// comments stay.
-MergeResult mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift = 0);
+/// A record is the same as one in the document if logger, time as recorded, code or event are the same, the VIN is or
+/// one of them has none, and one of the two continues the other: a trip's samples and events, an accident's samples and
+/// a freeze frame's figures are the beginning, or a part, of those of the other. Otherwise both are kept, which a
+/// logger whose clock starts over needs. A fuller record takes the old one's place, whose comments stay, and so do the
+/// vehicle and driver that a person gave a trip. Each row stands for one record of a download.
+Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift = 0);
 
 } // namespace quobrix

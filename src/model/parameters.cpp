@@ -73,6 +73,14 @@ void ParameterSeriesColumn::setSeries(std::int32_t parameter, bool twoValues, st
     setModified();
 }
 
+bool ParameterSeriesColumn::agreesWith(const ParameterSeriesColumn& other) const {
+    const auto common = static_cast<std::ptrdiff_t>(std::min(raw_.size(), other.raw_.size()));
+    return common == 0 ||
+           (parameter_ == other.parameter_ && twoValues_ == other.twoValues_ && interval_ == other.interval_ &&
+            std::equal(raw_.begin(), raw_.begin() + common, other.raw_.begin()) &&
+            std::equal(present_.begin(), present_.begin() + common, other.present_.begin()));
+}
+
 double ParameterSeriesColumn::metric(std::size_t sample) const {
     return present_[sample] ? metricFromRaw(parameter_, raw_[sample]) : kNoValue;
 }

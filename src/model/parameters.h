@@ -43,6 +43,9 @@ public:
     /// s between samples
     std::int32_t interval() const { return interval_; }
     std::size_t sampleCount() const { return raw_.size(); }
+    /// Both record the same alike, and the samples of the shorter one are the beginning of the other's. A series
+    /// without samples is the beginning of any.
+    bool agreesWith(const ParameterSeriesColumn& other) const;
     /// The sample's metric value, or kNoValue.
     double metric(std::size_t sample) const;
     /// The sample's base value, or kNoValue.

@@ -11,7 +11,7 @@ constexpr const PersistentType* kTripColumns[] = {
 #include "model/trip_log.def"
 #undef COLUMN
 };
-static_assert(std::size(kTripColumns) == 40);
+static_assert(std::size(kTripColumns) == 41);
 
 template <class C>
 C& sibling(const Column& column) {
@@ -23,6 +23,29 @@ C& sibling(const Column& column) {
 const TableSpec& TTripLogTable::spec() const {
     static constexpr TableSpec spec{kType, kTripColumns, {}, "Trip Log"};
     return spec;
+}
+
+RecordedOrigin TTripLogTable::recorded(RowIndex row) const {
+    const RecordedOrigin& kept = column<TTripLogRecordedOriginColumn>().at(row);
+    return kept.known
+               ? kept
+               : RecordedOrigin{true, column<TTripLogVinColumn>().at(row), column<TTripLogDriverIDColumn>().at(row)};
+}
+
+void TTripLogTable::setRecorded(RowIndex row, const std::string& vin, std::int32_t driver) {
+    const RecordedOrigin before = recorded(row);
+    RecordedOrigin now = before;
+    if (!vin.empty())
+        now.vin = vin;
+    if (!Element<std::int32_t>::isNone(driver))
+        now.driver = driver;
+    auto& vins = column<TTripLogVinColumn>();
+    if (vins.at(row) == before.vin)
+        vins.set(row, now.vin);
+    auto& drivers = column<TTripLogDriverIDColumn>();
+    if (drivers.at(row) == before.driver)
+        drivers.set(row, now.driver);
+    column<TTripLogRecordedOriginColumn>().set(row, std::move(now));
 }
 
 const TableSpec& TTripLogSampleTable::spec() const {

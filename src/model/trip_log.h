@@ -68,6 +68,40 @@ public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
+/// The vehicle and driver of a trip as the logger recorded them.
+struct RecordedOrigin {
+    bool known = false; ///< false in files of before these were kept: they are what the trip shows
+    std::string vin;    ///< empty: the vehicle did not tell
+    std::int32_t driver = Element<std::int32_t>::kNone;
+    bool operator==(const RecordedOrigin&) const = default;
+};
+
+template <>
+struct Element<RecordedOrigin> {
+    static constexpr std::size_t kSize = 9;
+    static inline const RecordedOrigin kNone;
+    static bool isNone(const RecordedOrigin& v) { return !v.known; }
+    static void write(ByteWriter& out, const RecordedOrigin& v) {
+        out.u8(v.known);
+        out.text(v.vin);
+        out.i32(v.driver);
+    }
+    static RecordedOrigin read(ByteReader& in) {
+        const bool known = in.u8() != 0;
+        std::string vin = in.text();
+        return {known, std::move(vin), in.i32()};
+    }
+};
+
+/// What was recorded stays here when a person gives the trip another vehicle or driver: by it the trip is known again.
+/// Nothing shows it, so it counts as no cell. Stream: u32 count, then u8 known, the VIN, i32 driver each.
+class RecordedOriginColumn : public ArrayColumn<RecordedOrigin> {
+public:
+    ColumnKind kind() const override { return ColumnKind::Table; }
+    Value value(RowIndex) const override { return {}; }
+    std::string_view textView(RowIndex, const TextContext&, TextBuffer&) const override { return {}; }
+};
+
 /// A count of events, as another column of the row holds it.
 class TripCountColumn : public DerivedColumn {
 public:
@@ -102,6 +136,12 @@ class TTripLogTable final : public Table {
     /// parameter table with its two, the time-per-band column and the four columns of event times.
     static constexpr std::size_t kObjectsPerTrip = (1 + 6) + (1 + 2) + (1 + 2) + 1 + 4;
     static_assert(kObjectsPerTrip == 18);
+
+    /// The vehicle and driver that the logger recorded, whatever a person has made of them; always known.
+    RecordedOrigin recorded(RowIndex row) const;
+    /// Notes what the logger says of the trip's vehicle and driver now: an empty VIN or no driver says nothing. A
+    /// vehicle or driver that a person gave the trip stays, any other becomes what was recorded.
+    void setRecorded(RowIndex row, const std::string& vin, std::int32_t driver);
 };
 
 } // namespace quobrix

@@ -174,6 +174,7 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
         {{"journeys", "Test.car"}, 2, "no command \"journeys\""},
         {{"download", "--port", "COM99", "--into", "New.car"}, 1, "This port does not exist"},
         {{"download", "--port", "COM3", "--into", "New.car"}, 1, ""},
+        {{"download", "--port", "COM99", "--into", ""}, 1, "No file can be saved without a name"},
         {{"download", "--port", "COM3", "--into", "Garbage.car"}, 1, "not a Quobrix data file"},
         {{"download", "--port", "COM3", "--into", "Folder.car"}, 1, "it is a folder"},
         {{"download", "--port", "COM3", "--into", "Nowhere/New.car"}, 1, "folder does not exist"},
@@ -295,22 +296,55 @@ TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {
     const Outcome first = cli({"download", "--port", "COM3", "--into", "New.car"});
     ASSERT_EQ(first.exitCode, 0) << first.error;
     EXPECT_EQ(first.error, "");
-    EXPECT_TRUE(first.out.ends_with(" new, 0 already present, 0 refused.\n")) << first.out;
+    EXPECT_TRUE(first.out.starts_with("New: 4 trips")) << first.out;
     EXPECT_EQ(parseJson(cli({"list", "trips", "New.car", "--format", "json"}).out).size(), 4u);
 
     // Started without standard output, the document must not take its place and receive the result.
-    const Outcome second = cli({"download", "--port", "COM3", "--into", "New.car"}, ">&-");
-    EXPECT_EQ(second.exitCode, 1);
-    EXPECT_NE(second.error.find("standard output cannot be written"), std::string::npos) << second.error;
-    EXPECT_EQ(cli({"check", "New.car"}).exitCode, 0);
+    // The document is saved all the same.
+    for (const char* unwritable : {">&-", ">/dev/full"}) {
+        fs::remove(folder_ / "New.car");
+        const Outcome second = cli({"download", "--port", "COM3", "--into", "New.car"}, unwritable);
+        EXPECT_EQ(second.exitCode, 3);
+        EXPECT_TRUE(
+            second.error.starts_with("quobrix-cli: New.car has been saved, but standard output cannot be written: "))
+            << second.error;
+        EXPECT_EQ(cli({"check", "New.car"}).exitCode, 0);
+    }
 
     const Outcome third = cli({"download", "--port", "COM3", "--into", "New.car"});
-    EXPECT_TRUE(third.out.starts_with("0 new, ")) << third.out;
+    EXPECT_TRUE(third.out.starts_with("Nothing new. Already present: 4 trips")) << third.out;
     const std::string before = contentOf(folder_ / "New.car");
     ASSERT_EQ(sim({"detach", "COM3"}).exitCode, 0);
     EXPECT_EQ(cli({"download", "--port", "COM3", "--into", "New.car"}).exitCode, 1);
     EXPECT_EQ(contentOf(folder_ / "New.car"), before);
     EXPECT_TRUE(fs::is_empty(folder_ / "home")); // no setting was written
+}
+
+TEST_F(CommandLine, ADownloadNeverTakesThePlaceOfWhatCannotBeRead) {
+    makeDocument();
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);
+    ASSERT_EQ(cli({"download", "--port", "COM3", "--into", "Test.car"}).exitCode, 0);
+    const std::string sound = contentOf(file_);
+    TQuobrixDocument document;
+    ASSERT_TRUE(document.open(file_, TDocument::Access::Read));
+    const std::pair<ObjectId, std::string> objects[] = {
+        {distanceId_, "Trip Log"},
+        {document.vehicles().column<TVehicleNamesVinColumn>().id(), "Vehicle ID"},
+    };
+    document.newDocument();
+    for (const auto& [id, log] : objects) {
+        std::ofstream(file_, std::ios::binary) << sound;
+        tamper(file_, [id = id](CompoundFile& file) { file.write(std::to_string(id), {1, 2, 3}); });
+        const std::string damaged = contentOf(file_);
+        const Outcome outcome = cli({"download", "--port", "COM3", "--into", "Test.car"});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.error,
+                  "quobrix-cli: Nothing can be downloaded into this file because a part of it is damaged (" + log +
+                      "). Start a new file and download into it.\n");
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_EQ(contentOf(file_), damaged);
+    }
 }
 
 TEST_F(CommandLine, AReaderThatGoesAwayIsNoCrash) {

@@ -103,7 +103,7 @@ TEST_F(Repair, PutsALogTogetherAgainFromItsColumns) {
         damage();
         repair();
         EXPECT_TRUE(result_.complete());
-        EXPECT_TRUE(mentions(result_.notes, "Trip Log", "40 of 40 columns; records: 3"));
+        EXPECT_TRUE(mentions(result_.notes, "Trip Log", "41 of 41 columns; records: 3"));
         EXPECT_EQ(trips().column<TTripLogDistanceColumn>().value(2), Value(12000.0));
         ASSERT_TRUE(trips().column<TTripLogSampleTableColumn>().object(1));
         EXPECT_EQ(trips().column<TTripLogSampleTableColumn>().object(1)->rowCount(), 61u);

@@ -110,7 +110,7 @@ TEST_F(Exchange, SavedAgainItIsTheSameInEveryStream) {
     ASSERT_TRUE(downloads);
     const std::string time = std::to_string(downloads->column<TDownloadTableMostRecentDownloadColumn>().id());
     document.newDocument();
-    EXPECT_TRUE(download("Doc.car").out.starts_with("0 new, "));
+    EXPECT_TRUE(download("Doc.car").out.starts_with("Nothing new. Already present: 20 trips"));
     Streams after = streamsOf(folder_ / "Doc.car");
     after[time] = before.at(time);
     EXPECT_TRUE(after == before);

@@ -49,9 +49,24 @@ protected:
         for (const auto& [key, times] : events)
             EXPECT_EQ(number(key), static_cast<double>(times->size())) << key;
         EXPECT_EQ(listed("accidents").size(), expected.stops.size());
-        const std::size_t records = 1 + expected.stops.size();
-        EXPECT_EQ(downloaded.out, std::to_string(records) + " new, 0 already present, 0 refused.\n");
-        EXPECT_EQ(download("Drive.car").out, "0 new, " + std::to_string(records) + " already present, 0 refused.\n");
+        const std::size_t stops = expected.stops.size();
+        const std::string records = "1 trip" + (stops == 0   ? std::string()
+                                                : stops == 1 ? ", 1 accident"
+                                                             : ", " + std::to_string(stops) + " accidents");
+        EXPECT_EQ(downloaded.out, "New: " + records + ".\n");
+        EXPECT_EQ(download("Drive.car").out, "Nothing new. Already present: " + records + ".\n");
+
+        // Downloaded in the middle of the drive and again at its end it is one trip.
+        const std::string whole = contentOf(path);
+        std::ofstream(folder_ / "half.csv", std::ios::binary)
+            << whole.substr(0, whole.find('\n', whole.find('\n') + whole.size() / 2) + 1);
+        ASSERT_EQ(sim({"attach", "COM4", "--serial", "K-0042-B"}).exitCode, 0);
+        ASSERT_EQ(sim({"record", "COM4", "half.csv", "--start", "2024-03-01 08:00:00"}).exitCode, 0);
+        std::filesystem::remove(folder_ / "Half.car");
+        EXPECT_TRUE(download("Half.car", "COM4").out.starts_with("New: 1 trip"));
+        const std::string replaced = download("Half.car").out;
+        EXPECT_NE(replaced.find("Replaced: 1 trip."), std::string::npos) << replaced;
+        EXPECT_TRUE(download("Half.car", "COM4").out.starts_with("Nothing new. Already present: 1 trip"));
     }
 
     void compareText(const std::string& name, const std::string& csv) {

@@ -1,0 +1,162 @@
+#include "device/download.h"
+
+#include "support/document_streams.h"
+#include "support/fake_logger_library.h"
+#include "support/record_set_builder.h"
+#include "support/scripted_prompter.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace quobrix::testing {
+namespace {
+
+class Downloading : public ::testing::Test {
+protected:
+    Downloading() {
+        fake_.loggers["COM1"] = "K-0042-B";
+        fake_.trips = RecordSetBytes().add(plainTrip(), {10, 20, 30}).take();
+        fake_.troubles = RecordSetBytes().add(plainTrouble()).take();
+        LockedLogger(link_).openPort("COM1");
+    }
+
+    std::optional<MergeResult> download(ScriptedPrompter& prompter) {
+        return Download(calls_, prompter, settings_, progress_, {},
+                        {.startNewDocument =
+                             [this] {
+                                 ++begun_;
+                                 document_.newDocument();
+                                 return true;
+                             },
+                         .mayStartNewDocument = [this] { return mayBegin_; }})
+            .run(document_);
+    }
+
+    /// The example, or another document with one trip and OBJECTS objects.
+    void open(const std::string& name, std::size_t objects = 0) {
+        TQuobrixDocument made;
+        made.trips().insertRows(0, 1);
+        while (made.store().objectCount() < objects)
+            made.store().create<TTripLogTimesColumn>();
+        ASSERT_TRUE(made.saveAs(folder_ / name));
+        made.newDocument();
+        ASSERT_TRUE(document_.open(folder_ / name, TDocument::Access::Edit));
+        ASSERT_TRUE(objects == 0 || document_.store().objectCount() == objects);
+    }
+
+    const test::TemporaryFolder folder_;
+    FakeLoggerLibrary fake_;
+    LoggerLink link_{FakeLoggerLibrary::library()};
+    DirectCalls calls_{link_};
+    Settings settings_{std::make_unique<MemorySettings>()};
+    ProgressReporter progress_;
+    TQuobrixDocument document_;
+    bool mayBegin_ = true;
+    int begun_ = 0;
+};
+
+TEST_F(Downloading, TheNewDocumentTakesTheOldOnesPlaceOnlyForRecords) {
+    const struct {
+        const char* name;
+        std::size_t objects;
+        MessageId said;
+    } documents[] = {{"Example.car", 0, MessageId::DownloadIntoExample},
+                     {"Large.car", 18'001, MessageId::NewFileRecommended}};
+    for (const auto& [name, objects, said] : documents) {
+        SCOPED_TRACE(name);
+        open(name, objects);
+        ScriptedPrompter prompter{{said}, {said}, {MessageId::CannotConnect, Answer::No}, {said}, {said}, {said}};
+        mayBegin_ = false;
+        EXPECT_FALSE(download(prompter));
+        EXPECT_EQ(fake_.count("GetSerialNumberAndTime"), 0) << "the logger is not asked for nothing";
+        mayBegin_ = true;
+        fake_.results["GetSerialNumberAndTime"] = QUOBRIX_TIMEOUT;
+        EXPECT_FALSE(download(prompter));
+        fake_.results = {{"GetLogBuffer", QUOBRIX_NOT_REPORTED}};
+        EXPECT_FALSE(download(prompter));
+        fake_.results.clear();
+        const auto trips = std::exchange(fake_.trips, {}), troubles = std::exchange(fake_.troubles, {});
+        EXPECT_EQ(download(prompter).value().summary(), "Nothing new.");
+        EXPECT_EQ(begun_, 0);
+        EXPECT_EQ(document_.trips().rowCount(), 1u);
+        EXPECT_FALSE(document_.modified());
+
+        fake_.trips = trips;
+        fake_.troubles = troubles;
+        EXPECT_EQ(download(prompter).value().summary(), "New: 1 trip, 1 trouble code.");
+        EXPECT_EQ(std::exchange(begun_, 0), 1);
+        EXPECT_FALSE(document_.hasFile());
+        fake_.calls.clear();
+    }
+}
+
+TEST_F(Downloading, ANewFileIsRecommendedBeyond18000Objects) {
+    open("Full.car", 18'000);
+    ScriptedPrompter silent;
+    EXPECT_EQ(download(silent).value().added(), 2u);
+    open("Fuller.car", 18'001);
+    ScriptedPrompter asked{{MessageId::NewFileRecommended, Answer::No}};
+    EXPECT_EQ(download(asked).value().added(), 2u);
+    EXPECT_EQ(begun_, 0);
+}
+
+TEST_F(Downloading, ADamagedDocumentIsRefusedBeforeTheLoggerIsRead) {
+    open("Test.car");
+    const ObjectId distances = document_.trips().column<TTripLogDistanceColumn>().id();
+    document_.newDocument();
+    test::tamper(folder_ / "Test.car", [&](CompoundFile& file) { file.write(std::to_string(distances), {1}); });
+    ASSERT_TRUE(document_.open(folder_ / "Test.car", TDocument::Access::Edit));
+    ScriptedPrompter prompter{{MessageId::DownloadIntoDamaged}};
+    EXPECT_FALSE(download(prompter));
+    EXPECT_NE(prompter.shown[0].find("a part of it is damaged (Trip Log)."), std::string::npos) << prompter.shown[0];
+    EXPECT_EQ(fake_.count("GetLogBuffer -1"), 0);
+    EXPECT_FALSE(document_.modified());
+}
+
+TEST_F(Downloading, NothingNewLeavesADocumentAsItIsButForTheTimeInAFile) {
+    ScriptedPrompter silent;
+    const auto trips = std::exchange(fake_.trips, {}), troubles = std::exchange(fake_.troubles, {});
+    EXPECT_EQ(download(silent).value().summary(), "Nothing new.");
+    EXPECT_FALSE(document_.dataChanged());
+    EXPECT_FALSE(document_.store().existingSingleton<TDownloadTable>()) << "there is nothing to keep";
+
+    open("Test.car");
+    EXPECT_EQ(download(silent).value().summary(), "Nothing new.");
+    EXPECT_FALSE(document_.dataChanged());
+    ASSERT_TRUE(document_.store().existingSingleton<TDownloadTable>());
+    EXPECT_EQ(document_.store().existingSingleton<TDownloadTable>()->rowCount(), 1u);
+}
+
+TEST_F(Downloading, WhatTheLibraryCannotParseIsNamedAndTheRestIsMerged) {
+    fake_.stops = RecordSetBytes().add(plainStop()).take();
+    fake_.stopSamples = RecordSetBytes().add(samplesOf(0, 3), {50, 20, 0}).take();
+    const struct {
+        const char* failing;
+        std::string text, summary;
+    } cases[] = {
+        {"GetLogRecords", "the trips, trouble codes and activity (error -7).", "New: 2 accidents."},
+        {"GetAccidentLogRecords 1", "the first accident log (error -7).", "New: 1 trip, 1 trouble code, 1 accident."},
+        {"GetAccidentLogRecords 2", "the second accident log (error -7).", "New: 1 trip, 1 trouble code, 1 accident."},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.failing);
+        document_.newDocument();
+        fake_.results = {{c.failing, -7}};
+        ScriptedPrompter prompter{{MessageId::LogsUnreadable}};
+        const MergeResult result = download(prompter).value();
+        EXPECT_EQ(result.summary(), c.summary);
+        EXPECT_FALSE(result.complete());
+        EXPECT_NE(prompter.shown[0].find(c.text), std::string::npos) << prompter.shown[0];
+        EXPECT_FALSE(LockedLogger(link_).status().logsCurrent);
+    }
+    fake_.results.clear();
+    ScriptedPrompter silent;
+    EXPECT_TRUE(download(silent).value().complete());
+    EXPECT_TRUE(LockedLogger(link_).status().logsCurrent);
+}
+
+} // namespace
+} // namespace quobrix::testing
