@@ -67,7 +67,7 @@ template <class Object>
 bool readable(const ObjectColumnOf<Object>& column, RowIndex row) {
     const Object* object = column.object(row);
     if constexpr (std::is_base_of_v<Table, Object>)
-        return object ? object->unreadableColumns().empty() : !column.has(row);
+        return object ? object->unreadableColumns().empty() && object->rowLock().empty() : !column.has(row);
     else
         return object || !column.has(row);
 }

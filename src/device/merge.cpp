@@ -148,8 +148,6 @@ void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shif
     auto& numbers = table.template column<typename Log::RecordNumber>();
     auto& serials = table.template column<typename Log::Serial>();
     const auto& times = table.template column<typename Log::Time>();
-    if (!plan.changes.empty())
-        table.makeWritable();
     for (const auto& change : plan.changes)
         if (change.whole) // the shift that the old record got stays: its place among the others depends on it
             Log::fill(table, change.row, *change.record,
@@ -205,7 +203,7 @@ NewKeys addNames(const LogRecords& records, TQuobrixDocument& document) {
 }
 
 Result<void> checkTable(const Table& table) {
-    return table.unreadableColumns().empty() ? Result<void>() : unreadable(table.type());
+    return table.unreadableColumns().empty() && table.rowLock().empty() ? Result<void>() : unreadable(table.type());
 }
 
 /// Besides, the columns by which its records are known again must be there.

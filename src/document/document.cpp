@@ -123,6 +123,10 @@ Result<void> TDocument::take(State next) {
         if (whenOutdated_)
             whenOutdated_();
     });
+    store().whenDamaged([this] {
+        if (whenDamaged_)
+            whenDamaged_();
+    });
     return {};
 }
 

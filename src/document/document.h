@@ -92,6 +92,8 @@ public:
     bool outdated() const;
     /// Calls TELL, which must not touch the document, when it turns out to be outdated.
     void whenOutdated(std::function<void()> tell);
+    /// Calls TELL, which must not touch the document, when something of it is found damaged after it was opened.
+    void whenDamaged(std::function<void()> tell) { whenDamaged_ = std::move(tell); }
     /// Anything that the next save would write.
     bool modified() const { return store().modified(); }
     /// After edits have been undone: if the next save would write what the file holds already, nothing is modified.
@@ -167,6 +169,7 @@ private:
     KeptFiles kept_;
     std::optional<Error> backupProblem_;
     std::function<void()> whenOutdated_;
+    std::function<void()> whenDamaged_;
 };
 
 } // namespace quobrix

@@ -17,6 +17,7 @@ constexpr std::string_view kNextIdStream = kIndexStreams[1];
 constexpr std::string_view kFreeIdsStream = kIndexStreams[2];
 constexpr std::string_view kObjectIdsStream = kIndexStreams[3];
 constexpr std::string_view kSingletonIdsStream = kIndexStreams[4];
+constexpr std::size_t kIndexStreamsBeforeObjects = 4;
 
 // What is pending moves to the file before the 2nd, the 3,002nd, … object written. The odd phase lets the first spill
 // come early, so that a disk that takes nothing is noticed at once.
@@ -38,6 +39,9 @@ Bytes u32Stream(std::uint32_t value) {
     out.u32(value);
     return out.take();
 }
+
+/// What the file holds is neither missing nor damaged: a later read may succeed.
+bool mayPass(const Error& error) { return error.kind != ErrorKind::NotFound && error.kind != ErrorKind::Corrupt; }
 
 } // namespace
 
@@ -72,6 +76,8 @@ void PersistentObject::setModified() {
     ++revision_;
     if (store_)
         store_->setModified();
+    else
+        changedAlone();
 }
 
 ObjectStore::ObjectStore(const TypeRegistry& types) : types_(types) {}
@@ -174,7 +180,7 @@ void ObjectStore::loadIndex() {
         // An id that names an object, or is named twice, must not be given out: it would name two objects.
         if (slot(id) || id >= nextId_ || !seen.insert(id).second)
             why = "a free id is in use";
-        else
+        else if (!inFile(id)) // what the index merely lacks is not to be overwritten
             freeIds_.push_back(id);
     }
     finish(free, kFreeIdsStream);
@@ -202,7 +208,7 @@ void ObjectStore::rebuildIndex(const std::string& why) {
         }
     }
     indexDamaged_ = true;
-    damage_.push_back({kNoObject, 0, why});
+    addDamage({kNoObject, 0, why});
 }
 
 bool ObjectStore::findLostSingletons() {
@@ -222,7 +228,7 @@ bool ObjectStore::findLostSingletons() {
     }
     if (!why.empty() && !fileChanged_) {
         indexDamaged_ = true;
-        damage_.push_back({kNoObject, 0, std::move(why)});
+        addDamage({kNoObject, 0, std::move(why)});
     }
     return indexDamaged_;
 }
@@ -260,7 +266,33 @@ std::vector<PersistentObject*> ObjectStore::loadedObjects() const {
 
 bool ObjectStore::unreadable(ObjectId id) const {
     const Slot* entry = slot(id);
-    return entry && (entry->unreadable || (fileChanged_ && !entry->object));
+    return entry && (entry->unreadable || entry->failing || (fileChanged_ && !entry->object));
+}
+
+bool ObjectStore::failing(ObjectId id) const {
+    const Slot* entry = slot(id);
+    return entry && entry->failing;
+}
+
+/// The file has a stream of that name that this store has not deleted.
+bool ObjectStore::inFile(ObjectId id) const {
+    return file_ && file_->contains(streamName(id)) && !deletedStreams_.contains(id);
+}
+
+void ObjectStore::addDamage(Damage damage) {
+    damage_.push_back(std::move(damage));
+    if (whenDamaged_)
+        whenDamaged_();
+}
+
+/// That the last read of ENTRY failed is no damage, or not that one. What was noted of it.
+std::optional<Damage> ObjectStore::takeFailure(Slot& entry) {
+    if (!std::exchange(entry.failing, false))
+        return {};
+    const auto noted = std::ranges::find(damage_, entry.id, &Damage::id);
+    std::optional<Damage> failure = std::move(*noted);
+    damage_.erase(noted);
+    return failure;
 }
 
 void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, std::string what) {
@@ -270,10 +302,11 @@ void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, std::string what
 }
 
 void ObjectStore::withdraw(Slot& entry, std::uint32_t typeId, std::string what) {
+    takeFailure(entry);
     entry.unreadable = true;
     if (entry.object)
         withdrawn_.push_back(std::move(entry.object));
-    damage_.push_back({entry.id, typeId, std::move(what)});
+    addDamage({entry.id, typeId, std::move(what)});
 }
 
 void ObjectStore::noteLost(const std::string& what) {
@@ -284,7 +317,7 @@ void ObjectStore::noteLost(const std::string& what) {
 
 void ObjectStore::noteBadReference(ObjectId id, std::uint32_t typeId, std::string what) {
     if (!fileChanged_ && badReferences_.emplace(id, typeId).second)
-        damage_.push_back({id, typeId, std::move(what)});
+        addDamage({id, typeId, std::move(what)});
 }
 
 std::vector<std::string> ObjectStore::strayStreams() const {
@@ -313,6 +346,11 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
         return nullptr;
     Bytes content = std::move(readBuffer_); // an object that is read may load others
     const Result<void> done = read(entry.id, content);
+    if (!done && !fileChanged_ && mayPass(done.error())) {
+        if (!std::exchange(entry.failing, true))
+            addDamage({entry.id, 0, "the stream cannot be read now: " + done.error().detail});
+        return nullptr;
+    }
     if (!done)
         return refuse(0, "the stream cannot be read: " + done.error().detail);
     ByteReader in(content);
@@ -321,6 +359,8 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
     const PersistentType* type = in.complete() ? types_.find(typeId) : nullptr;
     if (!type)
         return refuse(typeId, in.complete() ? "the class is not known" : "the stream is too short");
+    if (schema > type->schema && !std::exchange(laterLayoutMet_, true))
+        savingBefore_ = modified_;
     if (schema == 0 || schema > type->schema)
         return refuse(typeId, fmt::format("layout {} of {} is not known", schema, type->name));
     std::unique_ptr<PersistentObject> object = type->create();
@@ -330,6 +370,8 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
         return refuse(typeId, fmt::format("the content of {} is damaged", type->name));
     if (version_ < kVersion)
         object->modified_ = true;
+    if (std::optional<Damage> failure = takeFailure(entry))
+        recovered_.push_back(*std::move(failure));
     entry.object = std::move(object);
     if (content.capacity() <= kReadBuffer)
         readBuffer_ = std::move(content);
@@ -369,51 +411,104 @@ PersistentObject& ObjectStore::singletonOf(const PersistentType& type) {
 }
 
 PersistentObject& ObjectStore::create(const PersistentType& type) {
-    ObjectId id = nextId_;
-    if (freeIds_.empty()) {
-        ++nextId_;
-    } else {
+    PersistentObject& object = adopt(type.create());
+    object.created();
+    return object;
+}
+
+PersistentObject& ObjectStore::adopt(std::unique_ptr<PersistentObject> object) {
+    const bool reused = !freeIds_.empty();
+    ObjectId id = kNoObject;
+    if (reused) {
         id = freeIds_.front();
         freeIds_.pop_front();
+    } else {
+        while (inFile(nextId_))
+            ++nextId_;
+        id = nextId_++;
     }
     const auto place = std::lower_bound(slots_.begin(), slots_.end(), id,
                                         [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
-    std::unique_ptr<PersistentObject> object = type.create();
     object->store_ = this;
     object->id_ = id;
     object->modified_ = true;
     PersistentObject& result = *object;
+    Slot entry{.id = id, .object = std::move(object), .reused = reused};
     if (place != slots_.end() && place->id == id) { // vacant
-        *place = {id, std::move(object)};
+        *place = std::move(entry);
         --vacantSlots_;
     } else {
-        slots_.insert(place, {id, std::move(object)});
+        slots_.insert(place, std::move(entry));
     }
-    if (type.singleton)
-        singletons_[type.id()] = id;
+    if (result.type().singleton)
+        singletons_[result.type().id()] = id;
     indexModified_ = modified_ = true;
-    result.created();
     return result;
+}
+
+std::unique_ptr<PersistentObject> ObjectStore::disown(ObjectId id) {
+    Slot* entry = slot(id);
+    assert(entry && entry->object);
+    const bool reused = entry->reused;
+    std::unique_ptr<PersistentObject> object = vacate(*entry);
+    object->store_ = nullptr;
+    object->id_ = kNoObject;
+    if (!reused && id + 1 == nextId_)
+        --nextId_;
+    else
+        freeIds_.push_front(id);
+    return object;
+}
+
+void ObjectStore::substitute(ObjectId id, std::unique_ptr<PersistentObject> standIn) {
+    Slot* entry = slot(id);
+    assert(entry && entry->object);
+    ByteWriter content;
+    entry->object->write(content);
+    ByteReader in(content.view());
+    [[maybe_unused]] const bool read = standIn->read(in, standIn->type().schema) && in.finished();
+    assert(read);
+    standIn->store_ = this;
+    standIn->id_ = id;
+    standIn->modified_ = entry->object->modified_;
+    ++standIn->revision_;
+    std::swap(entry->object, standIn);
+    withdrawn_.push_back(std::move(standIn)); // something may hold it
+}
+
+/// Takes the object, if it is loaded, out of the index and its stream out of the next save.
+std::unique_ptr<PersistentObject> ObjectStore::vacate(Slot& entry) {
+    const ObjectId id = entry.id;
+    std::unique_ptr<PersistentObject> object = std::move(entry.object);
+    // Slots are cleared away many at once, so that what is deleted in a row does not move all that is behind it again
+    // and again.
+    entry = {.id = id, .object = nullptr, .vacant = true};
+    if (++vacantSlots_ > slots_.size() / 2) {
+        std::erase_if(slots_, [](const Slot& s) { return s.vacant; });
+        vacantSlots_ = 0;
+    }
+    std::erase_if(singletons_, [&](const auto& pair) { return pair.second == id; });
+    deletedStreams_.insert(id);
+    indexModified_ = modified_ = true;
+    return object;
 }
 
 void ObjectStore::destroy(ObjectId id) {
     if (!find(id))
         return;
     // Out of the index first: what the object owns may, in a damaged file, lead back to it.
-    Slot* entry = slot(id);
-    const std::unique_ptr<PersistentObject> object = std::move(entry->object);
-    // Slots are cleared away many at once, so that what is deleted in a row does not move all that is behind it again
-    // and again.
-    *entry = {.id = id, .object = nullptr, .vacant = true};
-    if (++vacantSlots_ > slots_.size() / 2) {
-        std::erase_if(slots_, [](const Slot& s) { return s.vacant; });
-        vacantSlots_ = 0;
-    }
-    std::erase_if(singletons_, [&](const auto& pair) { return pair.second == id; });
+    const std::unique_ptr<PersistentObject> object = vacate(*slot(id));
     freeIds_.push_back(id);
-    deletedStreams_.insert(id);
-    indexModified_ = modified_ = true;
     object->deleting();
+}
+
+void ObjectStore::destroyForeign(const Reference& reference) {
+    Slot* entry = slot(reference.id);
+    if (!entry || entry->object || types_.find(reference.typeId) || typeIdOf(reference.id) != reference.typeId)
+        return;
+    vacate(*entry);
+    freeIds_.push_back(reference.id);
+    std::erase_if(damage_, [&](const Damage& damage) { return damage.id == reference.id; });
 }
 
 Bytes ObjectStore::streamOf(const PersistentObject& object) {
@@ -425,28 +520,40 @@ Bytes ObjectStore::streamOf(const PersistentObject& object) {
     return out.take();
 }
 
+ObjectStore::IndexStreams ObjectStore::indexStreams() const {
+    const auto list = [](const auto& values, std::size_t count, const auto& write) {
+        ByteWriter out;
+        out.u32(static_cast<std::uint32_t>(count));
+        for (const auto& value : values)
+            write(out, value);
+        return out.take();
+    };
+    const auto id = [](ByteWriter& out, ObjectId value) { out.u32(value); };
+    // What stands in for a lost singleton is named without an object, so that nobody takes this index for whole.
+    std::map<std::uint32_t, ObjectId> named = singletons_;
+    for (const auto& [typeId, standIn] : standIns_)
+        named.emplace(typeId, kNoObject);
+    const auto singleton = [](ByteWriter& out, const auto& pair) {
+        out.u32(pair.first);
+        out.u32(pair.second);
+    };
+    return {{kVersionStream, u32Stream(kVersion)},
+            {kNextIdStream, u32Stream(nextId_)},
+            {kFreeIdsStream, list(freeIds_, freeIds_.size(), id)},
+            {kObjectIdsStream, list(objectIds(), objectCount(), id)},
+            {kSingletonIdsStream, list(named, named.size(), singleton)}};
+}
+
 Result<void> ObjectStore::save(CompoundFile& file) {
     if (ofLaterVersion())
         return Error{ErrorKind::Unsupported, "it was written by a later version"};
     for (const ObjectId id : deletedStreams_)
         file.remove(streamName(id));
-    const bool writeIndex = indexModified_ || indexDamaged_ || version_ != kVersion || !file.contains(kObjectIdsStream);
-    if (writeIndex) {
-        file.write(kVersionStream, u32Stream(kVersion));
-        file.write(kNextIdStream, u32Stream(nextId_));
-        ByteWriter free;
-        free.u32(static_cast<std::uint32_t>(freeIds_.size()));
-        for (const ObjectId id : freeIds_) {
-            free.u32(id);
-            file.remove(streamName(id));
-        }
-        file.write(kFreeIdsStream, free.take());
-        ByteWriter ids;
-        ids.u32(static_cast<std::uint32_t>(objectCount()));
-        for (const ObjectId id : objectIds())
-            ids.u32(id);
-        file.write(kObjectIdsStream, ids.take());
-    }
+    IndexStreams index;
+    if (indexModified_ || indexDamaged_ || version_ != kVersion || !file.contains(kObjectIdsStream))
+        index = indexStreams();
+    for (std::size_t i = 0; i < index.size() && i < kIndexStreamsBeforeObjects; ++i)
+        file.write(index[i].first, std::move(index[i].second));
     std::size_t written = 0;
     for (const Slot& entry : slots_) {
         if (!entry.object)
@@ -458,26 +565,23 @@ Result<void> ObjectStore::save(CompoundFile& file) {
             QUOBRIX_TRY(file.spill());
         file.write(streamName(entry.id), streamOf(*entry.object));
     }
-    if (writeIndex) {
-        // What stands in for a lost singleton is named without an object, so that nobody takes this index for whole.
-        std::map<std::uint32_t, ObjectId> named = singletons_;
-        for (const auto& [typeId, standIn] : standIns_)
-            named.emplace(typeId, kNoObject);
-        ByteWriter singletons;
-        singletons.u32(static_cast<std::uint32_t>(named.size()));
-        for (const auto& [typeId, id] : named) {
-            singletons.u32(typeId);
-            singletons.u32(id);
-        }
-        file.write(kSingletonIdsStream, singletons.take());
-    }
+    for (std::size_t i = kIndexStreamsBeforeObjects; i < index.size(); ++i)
+        file.write(index[i].first, std::move(index[i].second));
     return {};
 }
 
 void ObjectStore::forgetUnchanged() {
-    if (!modified_ || !file_ || indexModified_ || indexDamaged_ || version_ != kVersion)
+    if (!modified_ || !file_ || indexDamaged_ || version_ != kVersion)
         return;
     Bytes stored;
+    if (indexModified_) {
+        for (const ObjectId id : deletedStreams_)
+            if (!slot(id) && file_->contains(streamName(id)))
+                return;
+        for (const auto& [name, content] : indexStreams())
+            if (!file_->read(name, stored) || stored != content)
+                return;
+    }
     for (const Slot& entry : slots_)
         if (entry.object && entry.object->modified_ &&
             (!file_->read(streamName(entry.id), stored) || stored != streamOf(*entry.object)))
@@ -491,7 +595,7 @@ void ObjectStore::saved() {
             entry.object->modified_ = false;
     deletedStreams_.clear();
     version_ = kVersion;
-    modified_ = indexModified_ = false;
+    modified_ = indexModified_ = savingBefore_ = false;
     indexDamaged_ = indexDamaged_ && !standIns_.empty();
 }
 

@@ -36,8 +36,9 @@ ObjectId idOfStream(std::string_view name);
 /// by its id in decimal: u32 type id, u8 schema number, content. All little-endian.
 ///
 /// What is missing, damaged or of an unknown type reads as nothing and is noted in damage(); its stream is never
-/// overwritten or removed. Once the file says that another program has changed it (ErrorKind::Changed), everything that
-/// is not loaded reads as nothing, and none of that is damage.
+/// overwritten or removed, and its id is not given to another object. What a failing disk kept back is tried again
+/// whenever it is asked for, and no damage any more once it has been read. Once the file says that another program has
+/// changed it (ErrorKind::Changed), everything that is not loaded reads as nothing, and none of that is damage.
 class ObjectStore {
 public:
     static constexpr std::uint32_t kVersion = 3;
@@ -55,6 +56,8 @@ public:
     /// Calls TELL when the file turns out to have been changed by another program.
     void whenFileChanged(std::function<void()> tell) { whenFileChanged_ = std::move(tell); }
     bool fileChanged() const { return fileChanged_; }
+    /// Calls TELL whenever something is found damaged.
+    void whenDamaged(std::function<void()> tell) { whenDamaged_ = std::move(tell); }
 
     /// The object ID, loaded if need be; nothing if it cannot be read or the index does not know it.
     PersistentObject* find(ObjectId id);
@@ -81,8 +84,17 @@ public:
         return static_cast<T&>(create(T::kType));
     }
     PersistentObject& create(const PersistentType& type);
+    /// Takes in OBJECT, which belongs to no store, as create() does with a new one, but for what it owns.
+    PersistentObject& adopt(std::unique_ptr<PersistentObject> object);
+    /// Takes back the adopt() of the object ID, with which its id was given out; if all later ones have been taken
+    /// back, ids are given out as if there had been none.
+    std::unique_ptr<PersistentObject> disown(ObjectId id);
+    /// Puts STAND_IN, which is empty and of the same class, with the content of the loaded object ID in its place.
+    void substitute(ObjectId id, std::unique_ptr<PersistentObject> standIn);
     /// Deletes an object and frees its id. An object that could not be read stays.
     void destroy(ObjectId id);
+    /// Deletes an object of a class that only a later version knows, if it is what REFERENCE says.
+    void destroyForeign(const Reference& reference);
 
     /// Writes everything changed into FILE, which stays uncommitted: the caller commits and calls saved(). Every
     /// 3,000 objects what is pending moves from memory to the file's free sectors, first before the second one.
@@ -102,8 +114,14 @@ public:
     const std::deque<ObjectId>& freeIds() const { return freeIds_; }
     const std::map<std::uint32_t, ObjectId>& singletonIds() const { return singletons_; }
     std::uint32_t version() const { return version_; }
-    /// Written by a later version of the program, and nothing but that one knows what its index must say.
-    bool ofLaterVersion() const { return version_ > kVersion && !indexDamaged_; }
+    /// Written by a later version of the program, and nothing but that one knows what its index must say, or what else
+    /// must change with an object whose layout it has changed. Such an object may be met late: what had been changed
+    /// until then can still be saved once.
+    bool ofLaterVersion() const {
+        return (version_ > kVersion && !indexDamaged_) || (laterLayoutMet_ && !savingBefore_);
+    }
+    /// An object of a later layout has been met, so that nothing more is to be changed.
+    bool laterLayoutMet() const { return laterLayoutMet_; }
     const TypeRegistry& types() const { return types_; }
 
     /// Something would be written by save().
@@ -111,10 +129,14 @@ public:
     void setModified() { modified_ = true; }
     /// Everything found unreadable so far, each once.
     const std::vector<Damage>& damage() const { return damage_; }
+    /// What could not be read when it was asked for, but later: somebody may have shown it as nothing.
+    const std::vector<Damage>& recovered() const { return recovered_; }
     /// An index stream was damaged: what the document holds is a reconstruction, which the next save to another file
     /// writes there.
     bool indexDamaged() const { return indexDamaged_; }
     bool unreadable(ObjectId id) const;
+    /// It could not be read the last time, for a reason that may pass.
+    bool failing(ObjectId id) const;
     /// Looks through the streams of all objects, once, for singletons that the index does not name: these count from
     /// then on, and the index as damaged. Whether it is.
     bool findLostSingletons();
@@ -126,8 +148,7 @@ public:
     /// Notes that something refers to ID as to an object of the class TYPE_ID, which it is not. The object stays
     /// readable for those that refer to it rightly.
     void noteBadReference(ObjectId id, std::uint32_t typeId, std::string what);
-    /// Streams named like objects that the index does not know of. No save touches them, unless a new object takes the
-    /// name.
+    /// Streams named like objects that the index does not know of. No save touches them.
     std::vector<std::string> strayStreams() const;
 
 private:
@@ -135,9 +156,13 @@ private:
         ObjectId id;
         std::unique_ptr<PersistentObject> object;
         bool unreadable = false;
+        bool failing = false; // the last read
+        bool reused = false;  // the id was a free one
         bool vacant =
             false; // destroyed: of no object, until one gets the id again or the vacant slots are cleared away
     };
+    /// Name and content, in the order of kIndexStreams.
+    using IndexStreams = std::vector<std::pair<std::string_view, Bytes>>;
 
     PersistentObject* findTyped(ObjectId id, const PersistentType& type);
     PersistentObject& singletonOf(const PersistentType& type);
@@ -149,6 +174,11 @@ private:
     Result<void> read(ObjectId id, Bytes& content);
     std::optional<std::uint32_t> typeIdOf(ObjectId id);
     void withdraw(Slot& slot, std::uint32_t typeId, std::string what);
+    void addDamage(Damage damage);
+    std::optional<Damage> takeFailure(Slot& slot);
+    std::unique_ptr<PersistentObject> vacate(Slot& slot);
+    bool inFile(ObjectId id) const;
+    IndexStreams indexStreams() const;
     void loadIndex();
     void rebuildIndex(const std::string& why);
 
@@ -160,7 +190,7 @@ private:
     std::map<std::uint32_t, ObjectId> singletons_;
     std::map<std::uint32_t, std::unique_ptr<PersistentObject>> standIns_;
     std::set<ObjectId> deletedStreams_;
-    std::vector<Damage> damage_;
+    std::vector<Damage> damage_, recovered_;
     std::set<std::pair<ObjectId, std::uint32_t>> badReferences_;
     std::vector<std::unique_ptr<PersistentObject>> withdrawn_; // found damaged while something held them
     Bytes readBuffer_;                                         // empty while in use
@@ -171,7 +201,10 @@ private:
     bool indexDamaged_ = false;
     bool lostSingletonsSought_ = false;
     bool fileChanged_ = false; // by another program
+    bool laterLayoutMet_ = false;
+    bool savingBefore_ = false; // what was changed before that
     std::function<void()> whenFileChanged_;
+    std::function<void()> whenDamaged_;
 };
 
 } // namespace quobrix

@@ -84,6 +84,9 @@ protected:
     virtual void created() {}
     /// Called before the store deletes the object: the place to delete what it owns.
     virtual void deleting() {}
+    /// Called when an object that belongs to no store has been changed: one that stands in for what a document lacks
+    /// becomes an object of it now.
+    virtual void changedAlone() {}
 
 private:
     friend class ObjectStore;

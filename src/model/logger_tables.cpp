@@ -8,9 +8,8 @@ namespace {
 /// Sets TIME in the row of SERIAL_NUMBER, which is added if it is not there.
 template <class SerialColumn, class TimeColumn>
 void recordTime(Table& table, const std::string& serialNumber, std::int32_t time) {
-    if (!table.unreadableColumns().empty())
+    if (!table.rowLock().empty())
         return; // what it says is worth less than what would be lost
-    table.makeWritable();
     const std::vector<std::string>& serials = table.column<SerialColumn>().values();
     const auto found = std::find(serials.begin(), serials.end(), serialNumber);
     const RowIndex row = static_cast<RowIndex>(found - serials.begin());

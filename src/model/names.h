@@ -32,18 +32,24 @@ class VehicleKeyColumn : public TextColumn {
 public:
     Parsed parse(std::string_view text, const TextContext&) const override;
     std::string doubt(const Value& value) const override;
+
+protected:
     std::string lock(RowIndex row) const override;
 };
 /// A logger's serial number, without blanks around it. What is typed must be accepted by isAcceptedTyped().
 class LoggerKeyColumn : public TextColumn {
 public:
     Parsed parse(std::string_view text, const TextContext&) const override;
+
+protected:
     std::string lock(RowIndex row) const override;
 };
 /// A driver's identification number: a number that is not counted with, so its digits are not grouped.
 class DriverKeyColumn : public IntegerColumn {
 public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+
+protected:
     std::string lock(RowIndex row) const override;
 };
 

@@ -120,7 +120,7 @@ std::string TQuobrixDocument::lockedBecause() const {
     if (outdated())
         return "This file cannot be edited because another program has changed it. Open it again to see it as it is "
                "now.";
-    if (store().ofLaterVersion())
+    if (store().ofLaterVersion() || store().laterLayoutMet())
         return "This file cannot be edited because a later version of this software has written it.";
     if (const std::optional<Error> reason = readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
         return "This file cannot be edited because a part of it is damaged (" + reason->detail + ").";
@@ -154,14 +154,15 @@ std::vector<std::string> TQuobrixDocument::affectedLogs() {
         const auto owner = owners.find(id);
         return owner == owners.end() ? nullptr : owner->second;
     };
-    for (const Damage& damage : store().damage()) {
-        if (damage.id == kNoObject)
-            continue; // the index: of no log
-        const PersistentType* type = store().types().find(damage.typeId);
-        if (!type)
-            type = ownerOf(damage.id);
-        add(type ? logOfClass(type->name) : kOtherLog);
-    }
+    for (const std::vector<Damage>* damages : {&store().damage(), &store().recovered()})
+        for (const Damage& damage : *damages) {
+            if (damage.id == kNoObject)
+                continue; // the index: of no log
+            const PersistentType* type = store().types().find(damage.typeId);
+            if (!type)
+                type = ownerOf(damage.id);
+            add(type ? logOfClass(type->name) : kOtherLog);
+        }
     return logs;
 }
 

@@ -54,8 +54,8 @@ public:
     /// The document is the delivered example, by its title: never saved, never asked about.
     bool isExample() const;
 
-    /// The logs and name tables that what could not be read so far belongs to ("Trip Log", …), each once. Damage of the
-    /// index alone is of none.
+    /// The logs and name tables that what could not be read so far belongs to ("Trip Log", …), each once; what could be
+    /// read in the end was perhaps missing where it was first shown. Damage of the index alone is of none.
     std::vector<std::string> affectedLogs();
 
 protected:

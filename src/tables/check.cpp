@@ -126,11 +126,13 @@ Finding TableChecker::finding(Severity severity, std::string text, const ColumnS
 
 void TableChecker::append(const Column& column, std::size_t index, RowIndex row, const TextContext& context,
                           std::vector<Finding>& findings) {
+    if (!table_.columnLock(column).empty())
+        return; // what could not be read is not wrong
     const Requirements& r = column.requirements();
     const Value value = column.value(row);
     std::vector<Finding> found = checkValue(column, value, context);
     // What records hold is a fact, and nobody could put it right here.
-    if (!found.empty() && found.front().severity == Severity::Required && !column.lock(row).empty())
+    if (!found.empty() && found.front().severity == Severity::Required && !column.lockedBecause(row).empty())
         std::erase_if(found, [](const Finding& each) { return each.severity == Severity::Required; });
     if (r.mustBeUnique != Uniqueness::None && !isUnique(column, index, value, r.mustBeUnique))
         found.insert(found.begin(),

@@ -108,7 +108,7 @@ public:
     /// What speaks against a value without forbidding it; empty: nothing.
     virtual std::string doubt(const Value&) const { return {}; }
     /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.
-    virtual std::string lock(RowIndex) const { return {}; }
+    std::string lockedBecause(RowIndex row) const;
 
     /// Where the text of the cell is taken from; nothing, if that is the cell itself.
     virtual std::optional<CellSource> sourceOf(RowIndex) const { return {}; }
@@ -126,11 +126,19 @@ public:
     /// Rows of the column's own array; 0 for derived columns.
     virtual std::size_t storedRows() const { return 0; }
 
+    /// What the cell of ROW owns, if anything, can be read, and replaced by something of another length.
+    virtual bool replaceable(RowIndex) const { return true; }
+
     void write(ByteWriter&) const override {}
     bool read(ByteReader&, std::uint8_t) override { return true; }
 
+protected:
+    /// What the column itself has against another value in ROW; empty: nothing.
+    virtual std::string lock(RowIndex) const { return {}; }
+
 private:
     friend class Table;
+    void changedAlone() final;
     Table* table_ = nullptr;
 };
 

@@ -5,9 +5,21 @@
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
+#include <stdexcept>
+
 namespace quobrix {
 
 RowIndex Column::rowCount() const { return table_ ? table_->rowCount() : storedRows(); }
+
+std::string Column::lockedBecause(RowIndex row) const {
+    const std::string_view lockedColumn = table_ ? table_->columnLock(*this) : std::string_view();
+    return lockedColumn.empty() ? lock(row) : std::string(lockedColumn);
+}
+
+void Column::changedAlone() {
+    if (table_)
+        table_->takeIn(*this);
+}
 
 std::string Column::text(RowIndex row, const TextContext& context) const {
     TextBuffer buffer;
@@ -92,6 +104,25 @@ void ObjectColumn::destroyObject(RowIndex row) {
     const PersistentObject* object = store()->find(at(row));
     if (object && object->type().id() == objectType().id())
         store()->destroy(at(row));
+}
+
+PersistentObject& ObjectColumn::make(RowIndex row) {
+    if (has(row))
+        throw std::logic_error("what this cell holds could not be read");
+    ObjectStore* const owner = store() ? store() : table()->store(); // the document may lack this column
+    PersistentObject& made = owner->create(objectType());
+    set(row, made.id());
+    return made;
+}
+
+bool ObjectColumn::replaceable(RowIndex row) const {
+    if (!has(row))
+        return true;
+    const PersistentObject* object = store() ? store()->find(at(row)) : nullptr;
+    if (!object || object->type().id() != objectType().id())
+        return false;
+    const auto* table = dynamic_cast<const Table*>(object);
+    return !table || (table->unreadableColumns().empty() && table->rowLock().empty());
 }
 
 std::vector<Reference> ObjectColumn::references() const {

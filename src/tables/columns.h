@@ -224,11 +224,14 @@ public:
     std::string_view textView(RowIndex, const TextContext&, TextBuffer&) const override { return {}; }
     void removeRows(std::span<const RowRun> runs) override;
     std::vector<Reference> references() const override;
+    bool replaceable(RowIndex row) const override;
     /// The class of the objects.
     virtual const PersistentType& objectType() const = 0;
 
 protected:
     void deleting() override;
+    /// An object of objectType() for ROW, which has none. std::logic_error if it has one that cannot be read.
+    PersistentObject& make(RowIndex row);
 
 private:
     void destroyObject(RowIndex row);
@@ -241,7 +244,8 @@ public:
     using Object = T;
     /// The object of ROW, loaded on first request; nothing if there is none or it cannot be read.
     T* object(RowIndex row) const;
-    /// The object of ROW, made if the cell has none. If it has one that cannot be read, a new one takes its place.
+    /// The object of ROW, made if the cell has none. std::logic_error if it has one that cannot be read: nothing would
+    /// lead to that any more.
     T& makeObject(RowIndex row);
     const PersistentType& objectType() const final { return T::kType; }
 };
@@ -270,11 +274,8 @@ T* ObjectColumnOf<T>::object(RowIndex row) const {
 
 template <class T>
 T& ObjectColumnOf<T>::makeObject(RowIndex row) {
-    if (T* existing = object(row))
-        return *existing;
-    T& made = store()->template create<T>();
-    set(row, made.id());
-    return made;
+    T* existing = object(row);
+    return existing ? *existing : static_cast<T&>(make(row));
 }
 
 } // namespace quobrix

@@ -4,24 +4,62 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <bit>
 #include <cassert>
+#include <stdexcept>
 
 namespace quobrix {
+namespace {
+
+constexpr std::string_view kColumnUnreadable =
+    "This cannot be edited because its column could not be read from the file.\n"
+    "The file keeps it; \"quobrix-cli check\" says what is wrong with it.";
+constexpr std::string_view kColumnOfLaterVersion =
+    "This cannot be edited because a later version of this software has changed the columns of this table.\n"
+    "Use that version to edit it.";
+constexpr std::string_view kRowsBesideUnreadable =
+    "Rows can be neither added nor deleted here because a column of this table could not be read from the file.\n"
+    "\"quobrix-cli check --repair\" makes a sound file of what can be read.";
+constexpr std::string_view kRowsOfLaterVersion =
+    "Rows can be neither added nor deleted here because a later version of this software has added a column.\n"
+    "Use that version to do so.";
+
+} // namespace
+
+/// While rows move, a column that is only there for what the file lacks stays so.
+struct Table::MovingRows {
+    explicit MovingRows(const Table& of) : table(of) { table.movingRows_ = true; }
+    MovingRows(const MovingRows&) = delete;
+    MovingRows& operator=(const MovingRows&) = delete;
+    ~MovingRows() { table.movingRows_ = false; }
+    const Table& table;
+};
 
 RowIndex Table::rowCount() const {
     if (!rowsVerified_)
         verifyRows();
-    return rows_;
+    return rowsVerified_ ? rows_ : 0;
 }
 
 void Table::verifyRows() const {
-    rowsVerified_ = true; // load() below asks again
-    if (rows_ == 0)
-        return;
-    for (std::size_t i = 0; i < columnCount(); ++i)
-        if (const Column& candidate = load(i); candidate.stored() && candidate.storedRows() == rows_)
+    bool failing = false;
+    for (std::size_t i = 0; i < spec().columns.size() && rows_ > 0; ++i) {
+        if (entries_[i].id == kNoObject)
+            continue;
+        if (const Column& candidate = load(i); candidate.stored() && candidate.storedRows() == rows_) {
+            rowsVerified_ = true;
+            for (const Entry& entry : entries_)
+                if (entry.standIn)
+                    followRows(*entry.column);
             return;
-    if (store())
+        }
+        failing = failing || entries_[i].failing;
+    }
+    if (failing) // who knows
+        return;
+    rowsVerified_ = true;
+    if (rows_ > 0 && store())
         store()->noteDamage(id(), type().id(), "no column has as many rows as the table says");
     rows_ = 0;
 }
@@ -36,10 +74,18 @@ Column& Table::load(std::size_t index) const {
     if (entries_.size() < columnCount())
         entries_.resize(columnCount());
     Entry& entry = entries_[index];
-    if (entry.column)
-        return *entry.column;
+    // Each cell that is painted may ask for its column, and a failing disk takes seconds to say no: so it is asked
+    // again the next time, and then less and less often. unreadableColumns() always asks.
+    if (!entry.column || (entry.failing && std::has_single_bit(++entry.asked)))
+        fetch(index);
+    return *entry.column;
+}
+
+void Table::fetch(std::size_t index) const {
+    Entry& entry = entries_[index];
     const PersistentType& type = spec().column(index);
     PersistentObject* object = store() && entry.id != kNoObject ? store()->find(entry.id) : nullptr;
+    entry.failing = store() && store()->failing(entry.id);
     if (!object && store() && entry.id != kNoObject && !store()->unreadable(entry.id))
         store()->noteBadReference(
             entry.id, type.id(),
@@ -55,15 +101,17 @@ Column& Table::load(std::size_t index) const {
         if (column->stored() && column->storedRows() != rows_) {
             store()->noteDamage(entry.id, type.id(),
                                 fmt::format("{} has {} rows, its table {}", type.name, column->storedRows(), rows_));
+        } else if (entry.standIn) { // which spreadsheets show
+            store()->substitute(entry.id, std::move(entry.standIn));
+            return;
         } else {
             entry.column = column;
             column->table_ = const_cast<Table*>(this);
-            return *column;
+            return;
         }
     }
-    entry.unreadable = entry.id != kNoObject;
-    standIn(index);
-    return *entry.column;
+    if (!entry.column)
+        standIn(index);
 }
 
 void Table::standIn(std::size_t index) const {
@@ -71,6 +119,17 @@ void Table::standIn(std::size_t index) const {
     entry.standIn.reset(static_cast<Column*>(spec().column(index).create().release()));
     entry.column = entry.standIn.get();
     entry.column->table_ = const_cast<Table*>(this);
+    if (rowsVerified_)
+        followRows(*entry.column);
+}
+
+/// A column that the file lacks gets as many rows as the others have.
+void Table::followRows(Column& column) const {
+    const auto entry = std::ranges::find(entries_, &column, &Entry::column);
+    if (entry->id != kNoObject || !column.stored())
+        return;
+    const MovingRows moving(*this);
+    column.insertRows(0, rows_ - column.storedRows());
 }
 
 Column& Table::columnOf(const PersistentType& type) const {
@@ -92,54 +151,91 @@ std::vector<std::size_t> Table::unreadableColumns() const {
     std::vector<std::size_t> result;
     for (std::size_t i = 0; i < columnCount(); ++i) {
         column(i);
-        if (entries_[i].unreadable)
+        if (entries_[i].failing)
+            fetch(i);
+        if (entries_[i].unreadable())
             result.push_back(i);
     }
     return result;
 }
 
-std::vector<Reference> Table::references() const {
-    std::vector<Reference> result;
-    for (std::size_t i = 0; i < entries_.size(); ++i)
-        if (entries_[i].id != kNoObject)
-            result.push_back({entries_[i].id, spec().columns[i]->id()});
-    result.insert(result.end(), foreign_.begin(), foreign_.end());
-    return result;
+bool Table::lacks(std::size_t index) const {
+    column(index);
+    return store() && index < spec().columns.size() && entries_[index].id == kNoObject;
 }
 
-void Table::makeWritable() {
-    const RowIndex rows = rowCount();
-    for (std::size_t i = 0; i < columnCount(); ++i) {
-        load(i);
-        Entry& entry = entries_[i];
-        if (!entry.standIn || i >= spec().columns.size())
-            continue;
-        if (store()) {
-            Column& fresh = static_cast<Column&>(store()->create(*spec().columns[i]));
-            fresh.table_ = this;
-            entry.id = fresh.id();
-            entry.column = &fresh;
-            entry.standIn.reset();
-            setModified();
-        }
-        if (entry.column->stored() && entry.column->storedRows() < rows)
-            entry.column->insertRows(0, rows - entry.column->storedRows());
-    }
+std::string_view Table::columnLock(const Column& column) const {
+    if (!store() || column.store())
+        return {};
+    const auto entry = std::ranges::find(entries_, &column, &Entry::column);
+    if (entry == entries_.end() || entry->unreadable())
+        return kColumnUnreadable;
+    // What it lacks may be the column whose class is not known.
+    return hasForeign_ ? kColumnOfLaterVersion : std::string_view();
+}
+
+std::string_view Table::rowLock() const {
+    for (const std::size_t index : unreadableColumns())
+        if (entries_[index].column->stored())
+            return kRowsBesideUnreadable;
+    return hasForeign_ ? kRowsOfLaterVersion : std::string_view();
+}
+
+bool Table::replaceable(RowIndex row) const {
+    for (std::size_t i = 0; i < columnCount(); ++i)
+        if (!column(i).replaceable(row))
+            return false;
+    return true;
+}
+
+/// STAND_IN has been changed.
+void Table::takeIn(const Column& standIn) {
+    if (!store() || movingRows_)
+        return;
+    const auto entry = std::ranges::find(entries_, &standIn, &Entry::column);
+    const auto index = static_cast<std::size_t>(entry - entries_.begin());
+    if (index >= spec().columns.size())
+        return; // one that is computed
+    if (const std::string_view lock = columnLock(standIn); !lock.empty())
+        throw std::logic_error(std::string(lock));
+    entry->id = store()->adopt(std::move(entry->standIn)).id();
+    columns_.push_back({entry->id, spec().columns[index]->id()});
+    setModified();
+}
+
+void Table::dropColumn(std::size_t index) {
+    Entry& entry = entries_[index];
+    ByteWriter cells, none;
+    entry.column->write(cells);
+    const auto empty = spec().columns[index]->create();
+    static_cast<Column&>(*empty).insertRows(0, rows_);
+    empty->write(none);
+    if (cells.view() != none.view())
+        return;
+    std::erase_if(columns_, [&](const Reference& each) { return each.id == entry.id; });
+    entry.standIn.reset(static_cast<Column*>(store()->disown(entry.id).release()));
+    entry.id = kNoObject;
+    setModified();
+}
+
+template <class Move>
+void Table::moveRows(const Move& move) {
+    if (const std::string_view lock = rowLock(); !lock.empty())
+        throw std::logic_error(std::string(lock));
+    const MovingRows moving(*this);
+    for (const Entry& entry : entries_)
+        move(*entry.column);
 }
 
 void Table::insertRows(std::span<const RowRun> runs) {
-    makeWritable();
-    for (const Entry& entry : entries_)
-        entry.column->insertRows(runs);
+    moveRows([&](Column& column) { column.insertRows(runs); });
     rows_ += countRows(runs);
     setModified();
     rowsChanged();
 }
 
 void Table::removeRows(std::span<const RowRun> runs) {
-    makeWritable();
-    for (const Entry& entry : entries_)
-        entry.column->removeRows(runs);
+    moveRows([&](Column& column) { column.removeRows(runs); });
     rows_ -= countRows(runs);
     setModified();
     rowsChanged();
@@ -158,35 +254,40 @@ void Table::removeRows(RowIndex at, std::size_t count) {
 void Table::created() {
     entries_.clear();
     entries_.resize(columnCount());
+    columns_.clear();
     for (std::size_t i = 0; i < spec().columns.size(); ++i) {
         Column& column = static_cast<Column&>(store()->create(*spec().columns[i]));
         column.table_ = this;
         entries_[i].id = column.id();
         entries_[i].column = &column;
+        columns_.push_back({column.id(), column.type().id()});
     }
 }
 
 void Table::deleting() {
-    for (std::size_t i = 0; i < entries_.size(); ++i)
+    for (std::size_t i = 0; i < spec().columns.size(); ++i)
         if (entries_[i].id != kNoObject && (load(i), !entries_[i].standIn)) // not what belongs elsewhere
             store()->destroy(entries_[i].id);
+    for (const Reference& column : columns_)
+        store()->destroyForeign(column);
 }
 
-void Table::write(ByteWriter& out) const { TableContent{static_cast<std::uint32_t>(rows_), references()}.write(out); }
+void Table::write(ByteWriter& out) const { TableContent{static_cast<std::uint32_t>(rows_), columns_}.write(out); }
 
 bool Table::read(ByteReader& in, std::uint8_t) {
     TableContent content;
     if (!content.read(in))
         return false;
     rows_ = content.rows;
+    columns_ = std::move(content.columns);
     entries_.clear();
     entries_.resize(columnCount());
-    for (const Reference& column : content.columns) {
+    for (const Reference& column : columns_) {
         std::size_t i = 0;
         while (i < spec().columns.size() && spec().columns[i]->id() != column.typeId)
             ++i;
         if (i == spec().columns.size())
-            foreign_.push_back(column);
+            hasForeign_ = true;
         else if (entries_[i].id == kNoObject)
             entries_[i].id = column.id;
         else

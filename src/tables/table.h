@@ -2,8 +2,10 @@
 
 #include "tables/column.h"
 
+#include <cstdint>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace quobrix {
@@ -35,8 +37,16 @@ struct TableContent {
 /// An ordered list of columns and a row count; a row is one record. The columns are objects of their own and are loaded
 /// when first asked for. Stream: TableContent.
 ///
-/// A column that the file lacks or that cannot be read stands in empty. When rows are about to change, it is replaced
-/// by a new object: the old bytes stay in the file, under the id that nothing refers to any more.
+/// No table lets go of an object that it could not read:
+/// - A column that the file lacks stands in without values and follows the rows. It becomes an object of the document
+///   when a cell of it is set.
+/// - A column that cannot be read stands in empty and keeps its id. Its cells cannot be set, and while its rows cannot
+///   move with the others, none do. If its reading failed for a reason that may pass it is tried again.
+/// - A column of a class that only a later version knows is kept as it is. How its cells lie, and what stands for an
+///   empty one, is known to its class alone; so the table gets neither rows nor columns beside it, and loses none.
+///
+/// columnLock() and rowLock() say so beforehand. Who does not ask gets std::logic_error, and the document stays as it
+/// is.
 class Table : public PersistentObject {
 public:
     virtual const TableSpec& spec() const = 0;
@@ -55,21 +65,29 @@ public:
     Column& columnOf(const PersistentType& type) const;
     /// The position of a column by key; columnCount() if there is none.
     std::size_t indexOf(std::string_view key) const;
-    /// Columns that could not be read, by index. Loads all.
+    /// Columns that could not be read, by index. Loads all, those too whose reading failed before.
     std::vector<std::size_t> unreadableColumns() const;
-    /// Its columns, readable or not.
-    std::vector<Reference> references() const override;
+    /// Its columns, readable or not, in the order of the file.
+    std::vector<Reference> references() const override { return columns_; }
 
-    /// Inserts rows without values.
+    /// Why no cell of a column can be set whose values are kept; empty: they can.
+    std::string_view columnLock(const Column& column) const;
+    /// Why rows can neither come nor go; empty: they can. Loads all columns as unreadableColumns() does.
+    std::string_view rowLock() const;
+    /// Everything that the cells of ROW own can be read, and replaced by something of another length.
+    bool replaceable(RowIndex row) const;
+
+    /// The document lacks the column.
+    bool lacks(std::size_t index) const;
+    /// Takes back that a cell was set in a column that the document had lacked; no effect unless all are empty again.
+    void dropColumn(std::size_t index);
+
+    /// Inserts rows without values. std::logic_error if there is a rowLock().
     void insertRows(std::span<const RowRun> runs);
     void insertRows(RowIndex at, std::size_t count);
-    /// Removes rows, with the objects that their cells own.
+    /// Removes rows, with the objects that their cells own. std::logic_error if there is a rowLock().
     void removeRows(std::span<const RowRun> runs);
     void removeRows(RowIndex at, std::size_t count);
-    /// Gives every stored column as many rows as the table has, so that all cells can be set. insertRows() and
-    /// removeRows() do this first; who sets cells of rows that are there already calls it. References to columns that
-    /// stood in end.
-    void makeWritable();
 
     /// Called when an edit has set a cell, or when the last such edit has been undone: for a table that keeps its
     /// values elsewhere, too.
@@ -86,21 +104,33 @@ protected:
     virtual void rowsChanged() {}
 
 private:
+    friend class Column;
     struct Entry {
-        ObjectId id = kNoObject;
+        ObjectId id = kNoObject; ///< none: the file lacks the column, or does not know of it
         Column* column = nullptr;
         std::unique_ptr<Column> standIn;
-        bool unreadable = false;
+        bool failing = false; ///< to be read, for a reason that may pass
+        std::uint32_t asked = 0;
+
+        bool unreadable() const { return standIn && id != kNoObject; }
     };
+    struct MovingRows;
     Column& load(std::size_t index) const;
+    void fetch(std::size_t index) const;
     void standIn(std::size_t index) const;
+    void followRows(Column& column) const;
     void verifyRows() const;
+    void takeIn(const Column& standIn);
+    template <class Move>
+    void moveRows(const Move& move);
 
     mutable std::vector<Entry> entries_;
-    std::vector<Reference> foreign_; ///< columns of the file that this class does not have: kept as they are
+    std::vector<Reference> columns_; ///< as in the stream
+    bool hasForeign_ = false;        ///< one of them is of a class that is not known
     mutable RowIndex rows_ = 0;
     // The row count of a file is believed only when a column of that many rows is there.
     mutable bool rowsVerified_ = true;
+    mutable bool movingRows_ = false;
 };
 
 } // namespace quobrix

@@ -41,12 +41,21 @@ void readCells(Column& column, ByteReader& in, const RowRuns& rows) {
         column.readCells(in, run.first, run.count);
 }
 
-/// All stored columns' cells of some rows, one column after the other.
+/// The columns that have cells to be kept: those that the document lacks are empty.
+std::vector<Column*> columnsWithCells(const Table& table) {
+    std::vector<Column*> columns;
+    for (std::size_t i = 0; i < table.columnCount(); ++i)
+        if (Column& column = table.column(i); column.stored() && !table.lacks(i))
+            columns.push_back(&column);
+    return columns;
+}
+
+/// All their cells of some rows, one column after the other.
 Bytes wholeRows(const Table& table, const RowRuns& rows) {
     ByteWriter out;
-    for (std::size_t i = 0; i < table.columnCount(); ++i)
+    for (const Column* column : columnsWithCells(table))
         for (const RowRun& run : rows)
-            table.column(i).writeCells(out, run.first, run.count);
+            column->writeCells(out, run.first, run.count);
     return out.take();
 }
 
@@ -100,12 +109,18 @@ TableEdits::FindTable tablesOf(TDocument& document) {
 
 Table* TableEdits::find(ObjectId table) const { return find_(table); }
 
+/// Why nothing may be edited in TABLE. All its columns are loaded first: one of them may lock the whole document.
+std::string TableEdits::lockOf(const Table& table) const {
+    table.unreadableColumns();
+    return lockedBecause();
+}
+
 EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<CellEdit> cells,
                               const TextContext& context, std::string description) {
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    if (std::string why = lockedBecause(); !why.empty())
+    if (std::string why = lockOf(*table); !why.empty())
         return refused(why);
     if (std::string why = addedRows ? cannotInsert(*table, addedRows) : std::string(); !why.empty())
         return refused(why);
@@ -122,7 +137,9 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
             return refused(kNotEditable, cell.column, cell.row);
         if (cell.row < rows && column.value(cell.row) == cell.value)
             continue;
-        if (std::string why = cell.row < rows ? column.lock(cell.row) : std::string(); !why.empty())
+        if (const std::string why =
+                cell.row < rows ? column.lockedBecause(cell.row) : std::string(table->columnLock(column));
+            !why.empty())
             return refused(why, cell.column, cell.row);
         for (Finding& finding : checkValue(column, cell.value, context)) {
             if (finding.severity == Severity::Required)
@@ -151,7 +168,6 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
     if (byColumn.empty() && addedRows == 0)
         return outcome;
 
-    table->makeWritable();
     if (addedRows > 0) {
         table->insertRows(rows, addedRows);
         record({TableChange::Kind::RowsInserted, id, 0, {{rows, addedRows}}, {}, {}, rows, rows + addedRows});
@@ -165,12 +181,13 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
         for (const auto& [row, value] : edits)
             edited.push_back(row);
         RowRuns runs = runsOf(edited);
+        const bool lacked = table->lacks(index);
         Bytes before = cellsOf(column, runs);
         for (const auto& [row, value] : edits)
             column.setValue(row, *value);
         Bytes after = cellsOf(column, runs);
         record({TableChange::Kind::Cells, id, index, std::move(runs), std::move(before), std::move(after),
-                rows + addedRows, rows + addedRows});
+                rows + addedRows, rows + addedRows, lacked});
         for (const RowIndex row : edited)
             table->cellEdited(index, row);
     }
@@ -260,7 +277,7 @@ EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) 
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    if (std::string why = lockedBecause(); !why.empty())
+    if (std::string why = lockOf(*table); !why.empty())
         return refused(why);
     if (std::string why = cannotInsert(*table, count); !why.empty())
         return refused(why);
@@ -279,7 +296,7 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    if (std::string why = lockedBecause(); !why.empty())
+    if (std::string why = lockOf(*table); !why.empty())
         return refused(why);
     std::ranges::sort(rows);
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
@@ -287,7 +304,6 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
         return refused(kNotEditable);
     if (std::string why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
         return refused(why);
-    table->makeWritable();
     RowRuns runs = runsOf(rows);
     Bytes removed = wholeRows(*table, runs);
     const RowIndex before = table->rowCount();
@@ -324,11 +340,29 @@ void TableEdits::record(Change change) { open_.push_back(std::move(change)); }
 void TableEdits::commit(std::string description) {
     if (depth_ > 0 || open_.empty())
         return;
-    steps_.resize(done_);
+    for (; steps_.size() > done_; steps_.pop_back())
+        size_ -= steps_.back().size();
     steps_.push_back({std::move(description), std::move(open_)});
+    size_ += steps_.back().size();
     ++done_;
     open_.clear();
+    forgetOldest();
     tellStep(steps_.back(), false);
+}
+
+void TableEdits::forgetOldest() {
+    for (; steps_.size() > 1 && (steps_.size() > kMostSteps || size_ > kMostBytes); --done_) {
+        size_ -= steps_.front().size();
+        steps_.pop_front();
+    }
+}
+
+std::size_t TableEdits::Step::size() const {
+    std::size_t size = sizeof(Step) + description.capacity() + (changes.capacity() - changes.size()) * sizeof(Change);
+    for (const Change& change : changes)
+        size += sizeof(Change) + change.rows.capacity() * sizeof(RowRun) + change.before.capacity() +
+                change.after.capacity();
+    return size;
 }
 
 void TableEdits::rollBack(std::size_t size) {
@@ -339,14 +373,17 @@ void TableEdits::rollBack(std::size_t size) {
 }
 
 bool TableEdits::fits(const Step& step, bool undoing) const {
-    // Within a step the changes follow from each other, so the first one of each table tells.
+    // Within a step the changes follow from each other, so the first one of each table tells of its rows.
     std::unordered_set<ObjectId> known;
     for (std::size_t i = 0; i < step.changes.size(); ++i) {
         const Change& change = step.changes[undoing ? step.changes.size() - 1 - i : i];
+        const Table* table = find(change.table);
+        const bool ofCells = change.kind == TableChange::Kind::Cells;
+        if (!table || !(ofCells ? table->columnLock(table->column(change.column)) : table->rowLock()).empty())
+            return false;
         if (!known.insert(change.table).second)
             continue;
-        const Table* table = find(change.table);
-        if (!table || table->rowCount() != (undoing ? change.rowsAfter : change.rowsBefore))
+        if (table->rowCount() != (undoing ? change.rowsAfter : change.rowsBefore))
             return false;
     }
     return true;
@@ -354,10 +391,11 @@ bool TableEdits::fits(const Step& step, bool undoing) const {
 
 void TableEdits::swap(const Change& change, bool undoing) {
     Table* table = find(change.table);
-    table->makeWritable();
     if (change.kind == TableChange::Kind::Cells) {
         ByteReader in(undoing ? change.before : change.after);
         readCells(table->column(change.column), in, change.rows);
+        if (undoing && change.madeColumn)
+            table->dropColumn(change.column);
         if (!undoing) {
             for (const RowRun& run : change.rows)
                 for (RowIndex row = run.first; row < run.end(); ++row)
@@ -373,8 +411,8 @@ void TableEdits::swap(const Change& change, bool undoing) {
         table->insertRows(change.rows);
         ByteReader in(change.before);
         if (!change.before.empty())
-            for (std::size_t i = 0; i < table->columnCount(); ++i)
-                readCells(table->column(i), in, change.rows);
+            for (Column* column : columnsWithCells(*table))
+                readCells(*column, in, change.rows);
     }
 }
 
@@ -413,18 +451,8 @@ void TableEdits::redo() {
 void TableEdits::clear() {
     assert(depth_ == 0);
     steps_.clear();
-    done_ = 0;
+    done_ = size_ = 0;
     tell({});
-}
-
-std::size_t TableEdits::historySize() const {
-    std::size_t size = 0;
-    for (const Step& step : steps_) {
-        size += sizeof(Step);
-        for (const Change& change : step.changes)
-            size += sizeof(Change) + change.rows.size() * sizeof(RowRun) + change.before.size() + change.after.size();
-    }
-    return size;
 }
 
 void TableEdits::addListener(TableEditsListener& listener) { listeners_.push_back(&listener); }
@@ -484,7 +512,7 @@ std::string cannotDelete(const Table& table, const DeleteSelection& selection) {
         return "Unable to delete. Only entire rows can be deleted.";
     if (table.rowCount() - selection.wholeRows.size() < table.spec().rows.required.least)
         return "Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows.";
-    return {};
+    return std::string(table.rowLock());
 }
 
 std::string cannotInsert(const Table& table, std::size_t count) {
@@ -494,7 +522,7 @@ std::string cannotInsert(const Table& table, std::size_t count) {
     if (allowed.most != CountRange::kUnlimited &&
         count > allowed.most - std::min<std::size_t>(allowed.most, table.rowCount()))
         return std::string(kMostRows);
-    return {};
+    return std::string(table.rowLock());
 }
 
 } // namespace quobrix

@@ -4,6 +4,7 @@
 #include "tables/table.h"
 
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <span>
 #include <string>
@@ -60,10 +61,14 @@ struct EditOutcome {
 /// a whole, done, recorded, and told to all listeners. A step of undo is a whole edit or group of edits.
 ///
 /// Tables are named by object id (kNoObject: the table that stands alone). Undo keeps cells as they lie in the streams,
-/// so that undoing all edits restores the streams byte for byte; its memory is that of the cells that changed. An edit
-/// that changes nothing is no step. User-interface thread only.
+/// so that undoing all edits restores the streams byte for byte, columns that the document had lacked among them. The
+/// oldest steps are forgotten when there are more than kMostSteps or they take more than kMostBytes; the newest one
+/// never is. An edit that changes nothing is no step. User-interface thread only.
 class TableEdits {
 public:
+    static constexpr std::size_t kMostSteps = 1000;
+    static constexpr std::size_t kMostBytes = 64 << 20;
+
     /// Finds the table of an id; nothing if there is none.
     using FindTable = std::function<Table*(ObjectId)>;
 
@@ -109,8 +114,8 @@ public:
     void redo();
     /// Forgets all steps: rows have moved by other means (a download), or there is another document.
     void clear();
-    /// Bytes that the history takes, about.
-    std::size_t historySize() const;
+    /// Bytes of memory that the history takes, but for what the system adds to each piece.
+    std::size_t historySize() const { return size_; }
 
     /// Listeners must be removed before they end; they may be added and removed while they are called.
     void addListener(TableEditsListener& listener);
@@ -124,27 +129,32 @@ private:
         RowRuns rows;
         Bytes before, after;            ///< cells of one column, or whole rows column by column
         RowIndex rowsBefore, rowsAfter; ///< of the table
+        bool madeColumn = false;        ///< Cells: the document had lacked it
     };
     struct Step {
         std::string description;
         std::vector<Change> changes;
+        std::size_t size() const;
     };
 
     Table* find(ObjectId table) const;
+    std::string lockOf(const Table& table) const;
     EditOutcome apply(ObjectId id, std::size_t addedRows, std::vector<CellEdit> cells, const TextContext& context,
                       std::string description);
     bool fits(const Step& step, bool undoing) const;
     void swap(const Change& change, bool undoing);
     void record(Change change);
     void commit(std::string description);
+    void forgetOldest();
     void rollBack(std::size_t size);
     void tellStep(const Step& step, bool undone);
     void tell(std::span<const TableChange> changes);
 
     FindTable find_;
     std::function<std::string()> lock_;
-    std::vector<Step> steps_;
+    std::deque<Step> steps_;
     std::size_t done_ = 0; ///< steps before it are done, those from it on undone
+    std::size_t size_ = 0; ///< of all steps
     std::vector<Change> open_;
     int depth_ = 0; ///< of groups
     std::vector<TableEditsListener*> listeners_;

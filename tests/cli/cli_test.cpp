@@ -3,6 +3,8 @@
 #include "support/document_streams.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <gtest/gtest.h>
 
@@ -219,6 +221,38 @@ TEST_F(CommandLine, DamageIsToldByCheckAndByWhatItLeavesOut) {
     EXPECT_NE(list.error.find("Trip Log"), std::string::npos);
     EXPECT_EQ(parseJson(list.out).at(1).at("TTripLogDistanceColumn"), JsonValue());
     EXPECT_EQ(cli({"list", "troubles", "Test.car"}).exitCode, 0);
+}
+
+TEST_F(CommandLine, WhatAnEditWasMadeBesideIsStillNamedByCheckAndFoundByRepair) {
+    makeDocument();
+    const std::string lost = std::to_string(distanceId_);
+    tamper(file_, [&](CompoundFile& file) { // the index does not name a column any more
+        const Bytes ids = *file.read("Object Ids");
+        ByteReader in(ids);
+        ByteWriter left;
+        left.u32(in.u32() - 1);
+        while (in.remaining() > 0)
+            if (const std::uint32_t id = in.u32(); id != distanceId_)
+                left.u32(id);
+        file.write("Object Ids", left.take());
+    });
+    const std::string before = cli({"check", "Test.car"}).out;
+    EXPECT_NE(before.find("damaged: Trip Log: object " + lost), std::string::npos) << before;
+    {
+        TQuobrixDocument document;
+        ASSERT_TRUE(document.open(file_, TDocument::Access::Edit));
+        const TTripLogTable& trips = document.trips();
+        TUnitSystem units;
+        TimeZone zone;
+        ASSERT_TRUE(
+            document.edits().type(trips.id(), trips.indexOf("TTripLogCommentsColumn"), 0, "Rain", {units, zone}).ok());
+        ASSERT_TRUE(document.save());
+    }
+    EXPECT_EQ(cli({"check", "Test.car"}).out, before);
+    EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car"}).exitCode, 0);
+    const auto records = parseJson(cli({"list", "trips", "New.car", "--format", "json"}).out);
+    EXPECT_EQ(records.at(1).at("TTripLogDistanceColumn"), JsonValue(1234567.891));
+    EXPECT_EQ(records.at(0).at("TTripLogCommentsColumn"), JsonValue(std::string("Rain")));
 }
 
 TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {

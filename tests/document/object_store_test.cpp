@@ -4,6 +4,7 @@
 #include "document/compound_file.h"
 #include "support/fault_file.h"
 #include "support/memory_file.h"
+#include "support/stream_map.h"
 
 #include <gtest/gtest.h>
 
@@ -160,6 +161,15 @@ public:
             return destroy();
         case 8:
             return change();
+        case 10: {
+            // What is taken back, in turn, leaves the ids as they were.
+            const ObjectId first = store_->adopt(kPlainType.create()).id();
+            const ObjectId second = store_->adopt(kPlainType.create()).id();
+            ASSERT_EQ(store_->disown(second)->id(), kNoObject);
+            ASSERT_EQ(store_->find(second), nullptr);
+            store_->disown(first);
+            return expectInMemory();
+        }
         case 9:
             if (std::ranges::none_of(model_.objects, [](auto& o) { return o.second.type == &kRootType; }))
                 return create(kRootType);
@@ -296,6 +306,94 @@ TEST_P(ObjectIds, AreReusedFrontFirstAndNeverNameTwoObjects) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ObjectIds, testing::Range(0u, 20u));
+
+TEST(ObjectStore, MovesWhatIsPendingToTheFileBeforeTheSecondObjectAndEvery3000thAfterIt) {
+    class Spills final : public StreamMap {
+    public:
+        void write(std::string_view name, Bytes content) override {
+            written += idOfStream(name) != kNoObject;
+            StreamMap::write(name, std::move(content));
+        }
+        Result<void> spill() override {
+            before.push_back(written + 1);
+            return {};
+        }
+        std::size_t written = 0;
+        std::vector<std::size_t> before; ///< the how manieth objects
+    };
+    const std::map<std::size_t, std::vector<std::size_t>> expected = {
+        {1, {}}, {2, {2}}, {3001, {2}}, {3002, {2, 3002}}, {6002, {2, 3002, 6002}}};
+    for (const auto& [objects, spills] : expected) {
+        Spills file;
+        ObjectStore store(types());
+        for (std::size_t i = 0; i < objects; ++i)
+            store.create(kPlainType);
+        ASSERT_TRUE(store.save(file));
+        EXPECT_EQ(file.before, spills) << objects;
+    }
+}
+
+TEST(ObjectStore, WhatAFailingDiskKeepsBackIsReadWhenItAnswers) {
+    class Failing final : public StreamMap {
+    public:
+        Result<void> read(std::string_view name, Bytes& content) const override {
+            if (idOfStream(name) != kNoObject && error)
+                return Error{*error, "the disk says no"};
+            return StreamMap::read(name, content);
+        }
+        std::optional<ErrorKind> error;
+    };
+    for (const ErrorKind error : {ErrorKind::Io, ErrorKind::AccessDenied, ErrorKind::Corrupt}) {
+        const bool passes = error != ErrorKind::Corrupt;
+        Failing file;
+        ObjectStore made(types());
+        const ObjectId id = made.create(kPlainType).id();
+        ASSERT_TRUE(made.save(file));
+        ObjectStore store(types());
+        store.load(file);
+        int told = 0;
+        store.whenDamaged([&] { ++told; });
+        file.error = error;
+        for (int i = 0; i < 2; ++i)
+            EXPECT_EQ(store.find(id), nullptr);
+        EXPECT_TRUE(store.unreadable(id));
+        EXPECT_EQ(store.failing(id), passes);
+        EXPECT_EQ(store.damage().size(), 1u);
+        EXPECT_EQ(told, 1);
+        store.destroy(id);
+        EXPECT_EQ(store.objectCount(), 1u) << "what could not be read stays";
+        file.error.reset();
+        EXPECT_EQ(store.find(id) != nullptr, passes);
+        EXPECT_EQ(store.unreadable(id), !passes);
+        EXPECT_EQ(store.damage().empty(), passes);
+        EXPECT_EQ(store.recovered().size(), passes ? 1u : 0u);
+    }
+}
+
+TEST(ObjectStore, AStreamThatTheIndexLacksIsNoNewObjects) {
+    const auto numbers = [](std::initializer_list<std::uint32_t> values) {
+        ByteWriter out;
+        for (const std::uint32_t value : values)
+            out.u32(value);
+        return out.take();
+    };
+    StreamMap file;
+    file.write("Version", numbers({3}));
+    file.write("Next Available Id", numbers({3}));
+    file.write("Available Ids", numbers({2, 1, 2}));
+    file.write("Object Ids", numbers({0}));
+    file.write("Singleton Ids", numbers({0}));
+    const Bytes lost = {1, 2, 3};
+    for (const char* name : {"1", "3"}) // one of a free id, one beyond the next id
+        file.write(name, lost);
+    ObjectStore store(types());
+    store.load(file);
+    for (const ObjectId id : {2, 4, 5})
+        EXPECT_EQ(store.create(kPlainType).id(), id);
+    ASSERT_TRUE(store.save(file));
+    for (const char* name : {"1", "3"})
+        EXPECT_EQ(file.streams.at(name), lost);
+}
 
 } // namespace
 } // namespace quobrix

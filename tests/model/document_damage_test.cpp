@@ -3,10 +3,14 @@
 #include "model/document_repair.h"
 
 #include "document/compound_format.h"
+#include "model/document_check.h"
 #include "platform/file_system.h"
 #include "support/document_streams.h"
+#include "support/fault_folder.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -79,7 +83,7 @@ public:
     ObjectId trips, distance, sampleTables, samples;
 };
 
-enum class Opening { Edit, Read, Damaged, NoDocument };
+enum class Opening { Edit, Read, Later, Damaged, NoDocument };
 enum class View { Everything, NoColumn, NoSamples, NoOwnedTables, NoLog, Part, Nothing };
 enum class Mending { Whole, Part, Impossible };
 
@@ -136,6 +140,13 @@ const std::vector<Row>& table() {
              Mending::Whole},
             {"A log's column cannot be read", [](V v) { v.garble(name(v.distance)); }, Opening::Edit, View::NoColumn,
              false, Mending::Part},
+            {"A log's column has the layout of a later version",
+             [](V v) {
+                 Bytes content = v.stream(name(v.distance));
+                 content[4] = 99;
+                 v.write(name(v.distance), content);
+             },
+             Opening::Later, View::NoColumn, false, Mending::Part},
             {"A log's column is missing", [](V v) { v.remove(name(v.distance)); }, Opening::Edit, View::NoColumn, false,
              Mending::Part},
             {"A trip's table cannot be read", [](V v) { v.cut(name(v.samples)); }, Opening::Edit, View::NoSamples,
@@ -214,6 +225,7 @@ std::string line(const Row& row) {
     static const std::map<Opening, std::string> opening = {
         {Opening::Edit, "for editing"},
         {Opening::Read, "read-only"},
+        {Opening::Later, "read-only"},
         {Opening::Damaged, "refused: damaged"},
         {Opening::NoDocument, "refused: not a data file"},
     };
@@ -227,9 +239,8 @@ std::string line(const Row& row) {
         {View::Nothing, "–"},
     };
     static const std::map<Opening, std::string> saving = {
-        {Opening::Edit, "in place"},
-        {Opening::Read, "under another name"},
-        {Opening::Damaged, "–"},
+        {Opening::Edit, "in place"}, {Opening::Read, "under another name"},
+        {Opening::Later, "–"},       {Opening::Damaged, "–"},
         {Opening::NoDocument, "–"},
     };
     static const std::map<Mending, std::string> repair = {
@@ -284,17 +295,41 @@ protected:
         }
     }
 
-    /// A change is saved in place, and what cannot be read stays as it is.
+    EditOutcome comment(TQuobrixDocument& document) {
+        const TTripLogTable& trips = document.trips();
+        return document.edits().type(trips.id(), trips.indexOf("TTripLogCommentsColumn"), 1, "kept", context_);
+    }
+
+    /// An edit is saved in place, and what cannot be read stays as it is and where it is: the check goes on naming it,
+    /// and the repair finds what it would have found.
     void expectEditable(TQuobrixDocument& document) {
         const Streams before = readable();
-        auto& comments = document.trips().column<TTripLogCommentsColumn>();
-        comments.set(1, "kept");
-        const ObjectId written = comments.id();
+        EXPECT_EQ(comment(document).refusal, "");
+        document.edits().undo();
+        document.forgetUnchanged();
+        EXPECT_FALSE(document.modified());
+        document.edits().redo();
+        const ObjectId written = document.trips().column<TTripLogCommentsColumn>().id();
         ASSERT_TRUE(document.save());
         document.newDocument();
         expectKept(before, readable(), {written});
         expectOpens(document, victim_.path);
         EXPECT_EQ(document.trips().column<TTripLogCommentsColumn>().at(1), "kept");
+        expectView(document, GetParam().view);
+        EXPECT_EQ(checkDocument(document).sound(), GetParam().sound);
+        document.newDocument();
+        expectRepair("Edited and repaired.car");
+    }
+
+    /// Nothing is written at all: what else must change with the column is known to the later version only.
+    void expectOfLaterVersion(TQuobrixDocument& document) {
+        EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Unsupported);
+        const Bytes before = victim_.bytes();
+        EXPECT_NE(comment(document).refusal.find("a later version"), std::string::npos);
+        EXPECT_NE(document.edits().insertRows(document.drivers().id(), 0).refusal, "");
+        for (const Result<void>& saved : {document.save(), document.saveAs(folder_ / "Copy.car"), document.compact()})
+            EXPECT_FALSE(saved);
+        EXPECT_EQ(victim_.bytes(), before);
     }
 
     /// Nothing is written over the file; under another name everything that can be read is kept, and changes too.
@@ -323,6 +358,20 @@ protected:
         EXPECT_EQ(checkDocument(copy).sound(), mended);
     }
 
+    void expectRepair(const char* into) {
+        const Row& row = GetParam();
+        const Result<DocumentRepair> repair =
+            repairDocument(*compoundFile(victim_.path, FileMode::Read), folder_ / into);
+        ASSERT_TRUE(repair);
+        EXPECT_EQ(repair->complete(), row.repair == Mending::Whole);
+        TQuobrixDocument document;
+        expectOpens(document, folder_ / into);
+        EXPECT_FALSE(document.readOnly());
+        EXPECT_TRUE(checkDocument(document).sound());
+        if (row.repair == Mending::Whole)
+            expectView(document, View::Everything);
+    }
+
     static void expectOpens(TQuobrixDocument& document, const fs::path& path) {
         const Result<void> opened = document.open(path, TDocument::Access::Edit);
         ASSERT_TRUE(opened) << opened.error().detail;
@@ -338,6 +387,9 @@ protected:
 
     TemporaryFolder folder_;
     Victim victim_{folder_ / "Test.car"};
+    TUnitSystem units_;
+    TimeZone zone_;
+    TextContext context_{units_, zone_};
 };
 
 TEST_P(Damaged, IsAsTheTableSays) {
@@ -358,24 +410,18 @@ TEST_P(Damaged, IsAsTheTableSays) {
     EXPECT_EQ(checkDocument(document).sound(), row.sound);
     document.newDocument();
 
-    const Result<DocumentRepair> repair =
-        repairDocument(*compoundFile(victim_.path, FileMode::Read), folder_ / "Repaired.car");
-    ASSERT_TRUE(repair);
-    EXPECT_EQ(repair->complete(), row.repair == Mending::Whole);
-    expectOpens(document, folder_ / "Repaired.car");
-    EXPECT_FALSE(document.readOnly());
-    EXPECT_TRUE(checkDocument(document).sound());
-    if (row.repair == Mending::Whole)
-        expectView(document, View::Everything);
+    expectRepair("Repaired.car");
     EXPECT_EQ(victim_.bytes(), damaged);
 
     expectOpens(document, victim_.path);
     expectView(document, row.view);
-    ASSERT_EQ(document.readOnly(), row.opening == Opening::Read);
+    ASSERT_EQ(document.readOnly(), row.opening == Opening::Read || row.opening == Opening::Later);
     if (!row.sound) { // something to be told
         EXPECT_TRUE(document.readOnly() || !document.affectedLogs().empty());
     }
-    if (document.readOnly())
+    if (row.opening == Opening::Later)
+        expectOfLaterVersion(document);
+    else if (document.readOnly())
         expectReadOnly(document);
     else
         expectEditable(document);
@@ -386,6 +432,62 @@ INSTANTIATE_TEST_SUITE_P(Table, Damaged, testing::ValuesIn(table()), [](const au
     std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
     return name;
 });
+
+TEST(FailingDisk, AReadThatFailsForAWhileIsTriedAgainAndCostsNothing) {
+    const fs::path path = "/folder/Test.car";
+    FaultFolder folder(1);
+    TQuobrixDocument document(folder);
+    addTrip(document, kStart);
+    addTrip(document, kStart + 3600);
+    ASSERT_TRUE(document.saveAs(path));
+    ASSERT_TRUE(document.open(path, TDocument::Access::Edit));
+    int told = 0;
+    document.whenDamaged([&] { ++told; });
+    const auto failing = [&](const auto& work) {
+        folder.failAt = folder.operations + 1;
+        folder.failures = 1000;
+        work();
+        folder.failAt = 0;
+    };
+
+    const TTripLogTable& trips = document.trips();
+    const Column* shown = nullptr;
+    const std::size_t operations = folder.operations;
+    failing([&] {
+        shown = &trips.column<TTripLogDistanceColumn>();
+        EXPECT_EQ(shown->value(1), Value());
+        for (int i = 0; i < 1000; ++i) // as painting does
+            trips.column<TTripLogDistanceColumn>();
+    });
+    EXPECT_LT(folder.operations, operations + 100) << "a disk that fails slowly is not asked for each cell";
+    EXPECT_EQ(told, 1) << "once for each object";
+    EXPECT_EQ(document.affectedLogs(), std::vector<std::string>{"Trip Log"});
+    EXPECT_TRUE(trips.unreadableColumns().empty());
+    EXPECT_EQ(shown->value(1), Value(12000.0)) << "for those who have it already, too";
+    EXPECT_TRUE(document.store().damage().empty());
+
+    // Once more, from the beginning, while a comment is typed.
+    ASSERT_TRUE(document.open(path, TDocument::Access::Edit));
+    const auto& comments = document.trips().column<TTripLogCommentsColumn>();
+    TUnitSystem units;
+    TimeZone zone;
+    const TextContext context{units, zone};
+    failing([&] {
+        const TTripLogTable& again = document.trips();
+        EXPECT_GT(again.unreadableColumns().size(), 20u);
+        EXPECT_TRUE(
+            document.edits().type(again.id(), comments.table()->indexOf(comments.spec().key), 0, "Rain", context).ok());
+        EXPECT_NE(again.rowLock(), "");
+    });
+    EXPECT_EQ(document.trips().rowLock(), "");
+    ASSERT_TRUE(document.save());
+    document.newDocument();
+    ASSERT_TRUE(document.open(path, TDocument::Access::Read));
+    EXPECT_EQ(document.trips().column<TTripLogMaximumSpeedColumn>().value(1), Value(75 * kMph));
+    EXPECT_EQ(document.trips().column<TTripLogCommentsColumn>().at(0), "Rain");
+    EXPECT_TRUE(checkDocument(document).sound());
+    EXPECT_TRUE(checkDocument(document).notes.empty());
+}
 
 } // namespace
 } // namespace quobrix

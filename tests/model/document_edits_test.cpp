@@ -1,4 +1,6 @@
+#include "model/document_check.h"
 #include "model/value_check.h"
+#include "support/document_streams.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
 #include "tables/tabbed_text.h"
@@ -13,10 +15,10 @@
 namespace quobrix::test {
 namespace {
 
-using Streams = std::map<ObjectId, Bytes>;
+using Contents = std::map<ObjectId, Bytes>;
 
-Streams streamsOf(TQuobrixDocument& document) {
-    Streams streams;
+Contents contentsOf(TQuobrixDocument& document) {
+    Contents streams;
     for (const PersistentObject* object : document.store().loadedObjects()) {
         ByteWriter out;
         object->write(out);
@@ -135,7 +137,7 @@ private:
 };
 
 TEST_F(DocumentEdits, UndoingAllGivesTheOriginalBytesAndRedoingAllTheEditedOnes) {
-    const Streams before = streamsOf(document_);
+    const Contents before = contentsOf(document_);
     for (std::uint32_t seed = 0; seed < 20; ++seed) {
         RandomEdits random(document_, context_, seed);
         ASSERT_EQ(random.tables(), 8u);
@@ -144,14 +146,14 @@ TEST_F(DocumentEdits, UndoingAllGivesTheOriginalBytesAndRedoingAllTheEditedOnes)
         while (edits().canRedo())
             edits().redo();
         ASSERT_TRUE(edits().canUndo());
-        const Streams after = streamsOf(document_);
+        const Contents after = contentsOf(document_);
         ASSERT_NE(before, after);
         while (edits().canUndo())
             edits().undo();
-        ASSERT_EQ(before, streamsOf(document_)) << seed;
+        ASSERT_EQ(before, contentsOf(document_)) << seed;
         while (edits().canRedo())
             edits().redo();
-        ASSERT_EQ(after, streamsOf(document_)) << seed;
+        ASSERT_EQ(after, contentsOf(document_)) << seed;
         while (edits().canUndo())
             edits().undo();
         edits().clear();
@@ -192,6 +194,136 @@ TEST_F(DocumentEdits, WhatIsUndoneNeedsNoSaving) {
     addTrip(document_, 1'500'000'000);
     document_.forgetUnchanged();
     EXPECT_TRUE(document_.modified());
+}
+
+/// An older document: one that lacks a column.
+class OlderDocument : public DocumentEdits {
+protected:
+    OlderDocument() {
+        DriverNamesTable& drivers = document_.drivers();
+        const ObjectId lacked = drivers.column<DriverNamesNameColumn>().id();
+        const std::string table = std::to_string(drivers.id());
+        EXPECT_TRUE(document_.saveAs(path_));
+        document_.newDocument();
+        tamper(path_, [&](CompoundFile& file) {
+            Bytes content = *file.read(table); // u32 class, u8 layout, u32 rows, u32 columns, pairs of u32
+            content[9] = 2;
+            content.erase(content.begin() + 13 + 8, content.begin() + 13 + 16);
+            file.write(table, content);
+            file.remove(std::to_string(lacked));
+            const Bytes ids = *file.read("Object Ids");
+            ByteReader all(ids);
+            ByteWriter left;
+            left.u32(all.u32() - 1);
+            while (all.remaining() > 0)
+                if (const std::uint32_t each = all.u32(); each != lacked)
+                    left.u32(each);
+            file.write("Object Ids", left.take());
+            file.write("Available Ids", u32s({1, lacked}));
+        });
+        before_ = streamsOf(path_);
+        EXPECT_TRUE(document_.open(path_, TDocument::Access::Edit));
+    }
+    Table& drivers() { return document_.drivers(); }
+    EditOutcome name(RowIndex row, std::string_view text) {
+        return type(drivers(), "DriverNamesNameColumn", row, text);
+    }
+
+    TemporaryFolder folder_;
+    const std::filesystem::path path_ = folder_ / "Older.car";
+    Streams before_;
+};
+
+TEST_F(OlderDocument, GetsAColumnWhenACellOfItIsSetAndLosesItWhenThatIsUndone) {
+    const Column& names = drivers().column<DriverNamesNameColumn>();
+    const std::vector<std::function<void()>> edits = {
+        [&] { ASSERT_TRUE(name(1, "Ann").ok()); },
+        [&] { ASSERT_TRUE(DocumentEdits::edits().insertRows(drivers().id(), 1, 2).ok()); },
+        [&] {
+            ASSERT_TRUE(DocumentEdits::edits().removeRows(drivers().id(), {0, 2}).ok());
+        },
+        [&] {
+            ASSERT_TRUE(DocumentEdits::edits()
+                            .group("a group",
+                                   [&] {
+                                       DocumentEdits::edits().insertRows(drivers().id(), 0);
+                                       name(0, "Joe");
+                                       return name(2, "Ann");
+                                   })
+                            .ok());
+            EXPECT_FALSE(DocumentEdits::edits()
+                             .group("a group that is taken back",
+                                    [&] {
+                                        name(0, "Jim");
+                                        return EditOutcome{.refusal = "no"};
+                                    })
+                             .ok());
+        },
+    };
+    for (std::size_t i = 0; i < edits.size(); ++i)
+        for (const bool saved : {false, true}) {
+            SCOPED_TRACE(std::to_string(i) + (saved ? ", saved" : ""));
+            edits[i]();
+            for (int turn = 0; turn < 2; ++turn) {
+                if (saved) {
+                    ASSERT_TRUE(document_.save());
+                }
+                DocumentEdits::edits().undo();
+                ASSERT_FALSE(DocumentEdits::edits().canUndo());
+                document_.forgetUnchanged();
+                EXPECT_EQ(document_.modified(), saved);
+                ASSERT_TRUE(document_.save());
+                EXPECT_TRUE(streamsOf(path_) == before_);
+                DocumentEdits::edits().redo();
+            }
+            while (DocumentEdits::edits().canUndo())
+                DocumentEdits::edits().undo();
+            DocumentEdits::edits().clear();
+            ASSERT_TRUE(document_.save());
+        }
+    EXPECT_EQ(&names, &drivers().column<DriverNamesNameColumn>()) << "which spreadsheets show";
+
+    ASSERT_TRUE(name(2, "Ann").ok());
+    EXPECT_EQ(names.value(2), Value(std::string("Ann")));
+    ASSERT_TRUE(document_.save());
+    document_.newDocument();
+    ASSERT_TRUE(document_.open(path_, TDocument::Access::Edit));
+    EXPECT_EQ(document_.drivers().name(2), "Ann");
+    EXPECT_TRUE(checkDocument(document_).sound());
+}
+
+TEST_F(DocumentEdits, BesideAColumnThatCannotBeReadItsCellsAndAllRowsStayAndSaySo) {
+    const TemporaryFolder folder;
+    const ObjectId drivers = document_.drivers().id();
+    const std::string damaged = std::to_string(document_.drivers().column<DriverNamesNameColumn>().id());
+    ASSERT_TRUE(document_.saveAs(folder / "Test.car"));
+    document_.newDocument();
+    tamper(folder / "Test.car", [&](CompoundFile& file) { file.write(damaged, {1, 2, 3}); });
+    const Streams before = streamsOf(folder / "Test.car");
+    ASSERT_TRUE(document_.open(folder / "Test.car", TDocument::Access::Edit));
+
+    const std::string why = "could not be read from the file";
+    const std::size_t ids = 0, names = 1;
+    const TabbedText block = *TabbedText::parse("8\tAnn\n9\tJoe\n");
+    const std::vector<std::size_t> both{ids, names};
+    const std::vector<RowIndex> last{2};
+    for (const EditOutcome& outcome :
+         {type(document_.drivers(), "DriverNamesNameColumn", 0, "Ann"), edits().insertRows(drivers, 0),
+          edits().removeRows(drivers, {0}), edits().paste(drivers, both, last, block, context_),
+          edits().set(drivers, {{ids, 0, Value(std::int64_t{8})}, {names, 0, Value(std::string("Ann"))}}, context_,
+                      "")})
+        EXPECT_NE(outcome.refusal.find(why), std::string::npos) << outcome.refusal;
+    EXPECT_NE(document_.drivers().column(names).lockedBecause(0).find(why), std::string::npos);
+    for (const Finding& finding : checkValues(document_, context_))
+        EXPECT_NE(finding.column->key, "DriverNamesNameColumn") << finding.text;
+    EXPECT_FALSE(edits().canUndo() || document_.modified());
+
+    EXPECT_TRUE(type(document_.drivers(), "DriverNamesIDColumn", 0, "8").ok());
+    ASSERT_TRUE(document_.save());
+    Streams after = streamsOf(folder / "Test.car");
+    after[std::to_string(document_.drivers().column(ids).id())] =
+        before.at(std::to_string(document_.drivers().column(ids).id()));
+    EXPECT_TRUE(after == before);
 }
 
 TEST_F(DocumentEdits, RecordsTakeCommentsOnly) {

@@ -8,7 +8,7 @@
 namespace quobrix::test {
 
 /// Streams in memory without a file around them, for what is above the compound file.
-class StreamMap final : public CompoundFile {
+class StreamMap : public CompoundFile {
 public:
     std::map<std::string, Bytes, std::less<>> streams;
 

@@ -180,6 +180,33 @@ TEST_F(Edits, HistoryTakesMemoryForWhatChanged) {
     EXPECT_LT(edits.historySize(), 1000u);
 }
 
+TEST_F(Edits, HistoryKeepsTheNewestStepsOfSoManyAndSoMuchMemory) {
+    const auto undoable = [&] {
+        std::size_t steps = 0;
+        for (; edits_.canUndo(); ++steps)
+            edits_.undo();
+        return steps;
+    };
+    for (std::size_t i = 0; i <= TableEdits::kMostSteps; ++i)
+        ASSERT_EQ(type(SampleTable::Key, 0, std::to_string(i)), "");
+    EXPECT_EQ(undoable(), TableEdits::kMostSteps);
+    EXPECT_EQ(text(SampleTable::Key, 0), "0") << "the first step is forgotten";
+    edits_.redo();
+    EXPECT_EQ(text(SampleTable::Key, 0), "1");
+    edits_.clear();
+    EXPECT_EQ(edits_.historySize(), 0u);
+
+    const std::size_t megabyte = 1 << 20;
+    for (char c = 'a'; c < 'a' + 3; ++c)
+        for (RowIndex row = 0; row < 3; ++row) // 18 times 9 MB
+            ASSERT_EQ(type(SampleTable::Key, row, std::to_string(row) + std::string(9 * megabyte, c)), "");
+    EXPECT_LE(edits_.historySize(), TableEdits::kMostBytes);
+    EXPECT_EQ(undoable(), 3u);
+    ASSERT_EQ(type(SampleTable::Key, 0, std::string(TableEdits::kMostBytes, 'x')), "");
+    EXPECT_EQ(undoable(), 1u) << "however much the newest step takes";
+    edits_.clear();
+}
+
 TEST_F(Edits, DeletingIsRefusedInTheWordsOfWhatIsSelected) {
     EXPECT_EQ(cannotDelete(SampleTable(0), {.wholeRows = {0}}), "Unable to delete. This spreadsheet is empty.");
     EXPECT_EQ(cannotDelete(table_, {}), "Unable to delete. No rows or cells have been selected.");

@@ -134,7 +134,7 @@ bool SpreadsheetModel::isChecked(int place, int column) const {
 QString SpreadsheetModel::lockedBecause(int place, int column) const {
     if (std::string reason = edits_->lockedBecause(); !reason.empty())
         return toQt(reason);
-    return hasCell(place, column) ? toQt(this->column(column).lock(storedRow(place))) : QString();
+    return hasCell(place, column) ? toQt(this->column(column).lockedBecause(storedRow(place))) : QString();
 }
 
 QString SpreadsheetModel::editHint(int column) const {
