@@ -118,8 +118,10 @@ void DocumentFiles::tellDamage() {
     for (const std::string& log : logs)
         add(log);
     if (!affected.empty())
-        prompter_.tell(makeMessage(lasting ? MessageId::DamagedReadOnly : MessageId::DamagedDocument, document_.title(),
-                                   affected));
+        prompter_.tell(makeMessage(lasting                              ? MessageId::DamagedReadOnly
+                                   : document_.store().laterLayoutMet() ? MessageId::PartsOfLaterVersion
+                                                                        : MessageId::DamagedDocument,
+                                   document_.title(), affected));
 }
 
 bool DocumentFiles::offerReload() {

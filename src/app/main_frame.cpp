@@ -28,6 +28,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -104,6 +105,10 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     context_.document.whenOutdated([this] { // found out in the midst of painting
         QMetaObject::invokeMethod(this, &TQuobrixFrame::documentOutdated, Qt::QueuedConnection);
     });
+    context_.document.whenDamaged([this] { // likewise, and perhaps of many objects in a row
+        if (!std::exchange(tellsDamage_, true))
+            QMetaObject::invokeMethod(this, &TQuobrixFrame::damageMet, Qt::QueuedConnection);
+    });
     documentChanged();
     restoreWindow();
 }
@@ -111,6 +116,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
 TQuobrixFrame::~TQuobrixFrame() {
     context_.document.edits().removeListener(*this);
     context_.document.whenOutdated({});
+    context_.document.whenDamaged({});
     qDeleteAll(namesDialogs());
     tableWindows_.reset();
     pages_->discard(); // while the actions and the document are still there
@@ -210,6 +216,14 @@ void TQuobrixFrame::documentOutdated() {
     updateTitle();
     if (!busy_ && !commands_->running())
         commands_->guard(*commands_->action(CommandId::Open), [this] { files_.offerReload(); });
+}
+
+/// While something was shown, such as the samples of a trip.
+void TQuobrixFrame::damageMet() {
+    tellsDamage_ = false;
+    updateTitle();
+    if (!busy_ && !commands_->running())
+        commands_->guard(*commands_->action(CommandId::Open), [this] { files_.tellDamage(); });
 }
 
 bool TQuobrixFrame::finishEdits() {

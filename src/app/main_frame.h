@@ -66,6 +66,7 @@ private:
     void updateRecentFiles();
     void updateTitle();
     void documentOutdated();
+    void damageMet();
     bool finishEdits();
     void showDiagnosticsMenu(bool shown);
     void showProperties();
@@ -90,6 +91,7 @@ private:
     std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;
+    bool tellsDamage_ = false; ///< soon
 };
 
 } // namespace quobrix

@@ -20,21 +20,17 @@ std::vector<ShownColumn> sampleColumns(const TTripLogSampleTable& samples) {
 } // namespace
 
 TTripLogTableView::TTripLogTableView(const ViewContext& context, QWidget* parent)
-    : QTabWidget(parent), context_(context),
-      samples_(addTable("TTripLogSampleTable", QStringLiteral("Samples"),
-                        QStringLiteral("No samples were recorded during this trip."))),
-      bands_(addTable("TTripLogSpeedBandsTable", QStringLiteral("Speed Bands"),
-                      QStringLiteral("No speed bands are known of this trip."))),
-      parameters_(addTable("TTripLogParametersTable", QStringLiteral("Parameters"),
-                           QStringLiteral("No parameters were recorded during this trip."))) {
+    : QTabWidget(parent), context_(context), samples_(addTable("TTripLogSampleTable", QStringLiteral("Samples"))),
+      bands_(addTable("TTripLogSpeedBandsTable", QStringLiteral("Speed Bands"))),
+      parameters_(addTable("TTripLogParametersTable", QStringLiteral("Parameters"))) {
     setObjectName(QStringLiteral("TTripLogTableView"));
     setAccessibleName(QStringLiteral("Trip Tables"));
     setTabPosition(QTabWidget::South);
     setDocumentMode(true);
 }
 
-TSpreadsheet* TTripLogTableView::addTable(const char* name, const QString& title, const QString& emptyText) {
-    auto* view = new TSpreadsheet(context_.spreadsheet(), {name, title, emptyText});
+TSpreadsheet* TTripLogTableView::addTable(const char* name, const QString& title) {
+    auto* view = new TSpreadsheet(context_.spreadsheet(), {name, title, {}});
     addTab(view, title);
     return view;
 }
@@ -59,6 +55,16 @@ void TTripLogTableView::showTrip(std::optional<RowIndex> row) {
         columns = {{&parameters->column<TTripLogParameterColumn>()},
                    {&parameters->column<TTripLogParameterSamplingIntervalColumn>()}};
     parameters_->setColumns(std::move(columns));
+
+    const auto explain = [&](TSpreadsheet* table, const Column& cells, const char* nothing, const char* unreadable) {
+        table->view().setEmptyText(QString::fromUtf8(row && !cells.replaceable(*row) ? unreadable : nothing));
+    };
+    explain(samples_, trips.column<TTripLogSampleTableColumn>(), "No samples were recorded during this trip.",
+            "The samples of this trip cannot be read.");
+    explain(bands_, trips.column<TTripLogSpeedBandsTableColumn>(), "No speed bands are known of this trip.",
+            "The speed bands of this trip cannot be read.");
+    explain(parameters_, trips.column<TTripLogParametersTableColumn>(), "No parameters were recorded during this trip.",
+            "The parameters of this trip cannot be read.");
 }
 
 } // namespace quobrix

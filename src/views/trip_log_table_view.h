@@ -18,7 +18,7 @@ public:
     void showTrip(std::optional<RowIndex> row);
 
 private:
-    TSpreadsheet* addTable(const char* name, const QString& title, const QString& emptyText);
+    TSpreadsheet* addTable(const char* name, const QString& title);
 
     ViewContext context_;
     TSpreadsheet* samples_;

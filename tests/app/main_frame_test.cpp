@@ -5,6 +5,7 @@
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "support/document_streams.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
 #include "units/time_zone.h"
@@ -211,6 +212,37 @@ TEST_F(MainFrameTest, AFileThatAnotherCopyHasIsSeenToBeReadOnlyUntilThatCloses) 
     ASSERT_TRUE(QTest::qWaitForWindowActive(&frame_));
     EXPECT_EQ(frame_.windowTitle(), QStringLiteral("Held.car[*] - Quobrix"));
     EXPECT_FALSE(status->isVisible());
+}
+
+TEST_F(MainFrameTest, DamageThatIsMetWhileAPageIsShownIsToldOnceALog) {
+    const test::TemporaryFolder folder;
+    const auto path = folder / "Damaged.car";
+    std::vector<ObjectId> samples;
+    {
+        TQuobrixDocument made;
+        for (int i = 0; i < 3; ++i) {
+            test::addTrip(made, 1'000'000'000 + 3600 * i);
+            samples.push_back(made.trips().column<TTripLogSampleTableColumn>().at(static_cast<RowIndex>(i)));
+        }
+        ASSERT_TRUE(made.saveAs(path));
+    }
+    test::tamper(path, [&](CompoundFile& file) {
+        for (const RowIndex row : {0, 1})
+            file.write(std::to_string(samples[row]), {1, 2, 3});
+    });
+    frame_.show();
+    frame_.openFile(path);
+    EXPECT_EQ(nextMessage([&] { action(CommandId::TripLog)->trigger(); }), "");
+    const auto meet = [&](RowIndex row) {
+        return nextMessage([&] {
+            EXPECT_EQ(document_.trips().column<TTripLogSampleTableColumn>().object(row), nullptr);
+            QApplication::processEvents(); // nobody has asked for a command
+        });
+    };
+    const QString told = meet(1);
+    EXPECT_TRUE(told.startsWith(QStringLiteral("DamagedDocument"))) << told.toStdString();
+    EXPECT_TRUE(told.contains(QStringLiteral("Trip Log"))) << told.toStdString();
+    EXPECT_EQ(meet(0), "") << "another one of the same log";
 }
 
 TEST_F(MainFrameTest, RecentFilesStandInTheFileMenuUnderTheirIds) {

@@ -132,6 +132,18 @@ TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
     EXPECT_EQ(bands->model().index(1, 2).data().toString(), "00:04:00");
 }
 
+TEST_F(TripLogView, SamplesThatCannotBeReadAreNotTakenForNone) {
+    view_->showView(TTripLogView::View::Table);
+    auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
+    const QString none = samples->view().emptyText();
+    const ObjectId table = document_.trips().column<TTripLogSampleTableColumn>().at(2);
+    document_.store().noteDamage(table, TTripLogSampleTable::kType.id(), "it was damaged");
+    view_->refresh();
+    EXPECT_EQ(samples->model().rowCount(), 0);
+    EXPECT_EQ(samples->view().emptyText(), "The samples of this trip cannot be read.");
+    EXPECT_NE(none, samples->view().emptyText());
+}
+
 TEST_F(TripLogView, AnotherDocumentEmptiesEveryView) {
     view_->showView(TTripLogView::View::Table);
     document_.newDocument();

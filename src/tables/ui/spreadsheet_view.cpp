@@ -388,6 +388,11 @@ void SpreadsheetView::requestMenu(std::optional<QPoint> position) {
     emit menuRequested(viewport()->mapToGlobal(*position));
 }
 
+void SpreadsheetView::setEmptyText(const QString& text) {
+    emptyText_ = text;
+    viewport()->update();
+}
+
 void SpreadsheetView::paintEvent(QPaintEvent* event) {
     QTableView::paintEvent(event);
     if (model_.rowCount() > 0)

@@ -29,6 +29,8 @@ public:
     ~SpreadsheetView() override;
 
     Use use() const { return use_; }
+    void setEmptyText(const QString& text);
+    const QString& emptyText() const { return emptyText_; }
     std::optional<RowIndex> currentRow() const;
     /// Makes CELL the current one, the only one selected, and in view; whatever keys are held down.
     void goTo(const QModelIndex& cell);
