@@ -112,7 +112,7 @@ Value ParameterSeriesColumn::value(RowIndex row) const {
 
 std::string_view ParameterSeriesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     const std::size_t sample = sampleAt(row);
-    if (sample == raw_.size())
+    if (sample == raw_.size() || !present_[sample])
         return {};
     if (twoValues_ && parameter_ == kFuelSystemStatusParameter) {
         const std::uint16_t status = raw_[sample];
@@ -120,7 +120,6 @@ std::string_view ParameterSeriesColumn::textView(RowIndex row, const TextContext
         buffer.words.append(" / ").append(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));
         return buffer.words;
     }
-    // The unit system shows a sample without a value as zero in the current unit.
     return context.units.formatValueWithUnits(unitTypeOfParameter(parameter_), base(sample), buffer.figure);
 }
 

@@ -199,7 +199,8 @@ std::optional<double> parseValue(const TUnitSystem& units, UnitTypeId type, std:
     trim(text);
     const auto inUnit = [&](UnitId unit, bool anyCase) -> std::optional<double> {
         std::string_view rest = text;
-        if (!takeName(rest, unitRecord(unit).name, anyCase))
+        const UnitRecord& record = unitRecord(unit);
+        if (!takeName(rest, record.name, anyCase) && !takeName(rest, record.nameOfOne(), anyCase))
             return {};
         const std::optional<double> number = parseNumber(format, rest);
         return number ? std::optional(unitRecord(unit).toBase(*number)) : std::nullopt;

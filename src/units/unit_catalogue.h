@@ -38,10 +38,26 @@ struct UnitRecord {
     int decimals;  ///< default number of decimals, 0 to 9
     bool secondsPerUnit;
 
+    /// What one of it is called: "Second" for "Seconds". Plurals are the names that end in a word with an "s" at its
+    /// end; symbols such as "ms" or "m/s" are none.
+    constexpr std::string_view nameOfOne() const { return name.substr(0, name.size() - pluralEnding()); }
+    constexpr std::string_view labelOfOne() const { return label.substr(0, label.size() - pluralEnding()); }
+
     constexpr double fromBase(double base) const {
         return secondsPerUnit ? (base + offset) / factor : (base + offset) * factor;
     }
     constexpr double toBase(double shown) const { return (secondsPerUnit ? shown * factor : shown / factor) - offset; }
+
+private:
+    constexpr std::size_t pluralEnding() const {
+        constexpr std::size_t kShortest = 4; // "bits"
+        if (name.size() < kShortest || !name.ends_with('s'))
+            return 0;
+        for (const char c : name.substr(name.size() - kShortest))
+            if ((c < 'a' || c > 'z') && (c < 'A' || c > 'Z'))
+                return 0;
+        return 1;
+    }
 };
 
 /// A kind of quantity, with its units in the order in which they are offered.

@@ -26,7 +26,10 @@ void UnitChoices::choose(UnitTypeId type, UnitId unit) {
 
 std::string_view TUnitSystem::formatValueWithUnits(UnitTypeId type, double base, std::span<char> buffer) const {
     const std::string_view number = formatValue(type, base, buffer);
-    const std::string_view label = unitLabel(type);
+    if (number.empty())
+        return {};
+    const UnitRecord& record = unitRecord(unit(type));
+    const std::string_view label = number == "1" || number == "-1" ? record.labelOfOne() : record.label;
     if (label.size() > buffer.size() - number.size())
         return number;
     std::ranges::copy(label, buffer.data() + number.size());

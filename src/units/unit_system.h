@@ -87,10 +87,12 @@ public:
     std::string_view unitLabel(UnitTypeId type) const { return unitRecord(unit(type)).label; }
     int decimals(UnitTypeId type) const { return choices_.decimals[index(type)]; }
 
-    /// A base value in the current unit; kNoValue shows as base zero does.
+    /// A base value in the current unit; kNoValue stays kNoValue.
     double toDisplay(UnitTypeId type, double base) const {
+        if (!hasValue(base))
+            return kNoValue;
         const std::size_t i = index(type);
-        const double sum = (hasValue(base) ? base : 0.0) + choices_.offsets[i];
+        const double sum = base + choices_.offsets[i];
         return choices_.secondsPerUnit[i] ? sum / choices_.factors[i] : sum * choices_.factors[i];
     }
     /// A value in the current unit as a base value.
@@ -108,12 +110,15 @@ public:
         return quobrix::formatInteger(locale_.numbers, value, buffer);
     }
     /// A base value in the current unit with the current decimals: "60"; or as a fraction, see showsFractions().
+    /// Nothing for kNoValue: a conversion would make a figure of it that nobody has measured.
     std::string_view formatValue(UnitTypeId type, double base, std::span<char> buffer) const {
+        if (!hasValue(base))
+            return {};
         if (type == UnitTypeId::Diameter && showsFractions())
             return formatFraction(locale_.numbers, toDisplay(type, base), buffer);
         return formatNumber(toDisplay(type, base), decimals(type), buffer);
     }
-    /// The same followed by the label: "60 MPH".
+    /// The same followed by the label: "60 MPH"; what reads "1" has one of it: "1 Second".
     std::string_view formatValueWithUnits(UnitTypeId type, double base, std::span<char> buffer) const;
 
     std::string formatNumber(double value, int decimals) const;

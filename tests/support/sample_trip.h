@@ -54,7 +54,7 @@ inline RowIndex addTrip(TQuobrixDocument& document, std::int32_t start) {
         speeds.push_back(second);
     samples.speed().setAll(speeds);
     samples.series(0).setSeries(2, false, 2, {800, kNoValue, 2000, 3000});
-    samples.series(1).setSeries(kFuelSystemStatusParameter, true, 5, {2 + 4 * 256, 4 + 2 * 256});
+    samples.series(1).setSeries(kFuelSystemStatusParameter, true, 5, {2 + 4 * 256, 4 + 2 * 256, kNoValue});
     return row;
 }
 

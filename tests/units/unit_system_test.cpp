@@ -1,5 +1,7 @@
 #include "units/unit_system.h"
 
+#include "units/number_parse.h"
+
 #include "units/unit_example.h"
 
 #include <gtest/gtest.h>
@@ -47,11 +49,32 @@ TEST(UnitSystem, StartsAsSiAndShowsValuesInTheChosenUnits) {
     EXPECT_FALSE(system.modified());
 }
 
-TEST(UnitSystem, NoValueShowsAsBaseZero) {
+TEST(UnitSystem, NoValueIsNoFigureInAnyUnit) {
     TUnitSystem system;
-    EXPECT_EQ(system.formatValue(UnitTypeId::D9, kNoValue), "0.000000000");
-    system.setUnit(UnitTypeId::Temperature, UnitId::Celsius);
-    EXPECT_EQ(system.toDisplay(UnitTypeId::Temperature, kNoValue), -273.15);
+    system.setFractionDiameters(true);
+    system.setUnit(UnitTypeId::Diameter, UnitId::Inch);
+    system.setUnit(UnitTypeId::Temperature, UnitId::Fahrenheit);
+    for (const UnitTypeRecord& type : allUnitTypes()) {
+        EXPECT_EQ(system.formatValue(type.id, kNoValue), "") << type.name;
+        EXPECT_EQ(system.formatValueWithUnits(type.id, kNoValue), "") << type.name;
+        EXPECT_FALSE(hasValue(system.toDisplay(type.id, kNoValue))) << type.name;
+    }
+}
+
+TEST(UnitSystem, OneOfAUnitIsNotCalledByItsPlural) {
+    TUnitSystem system;
+    system.setDecimals(UnitTypeId::SamplingInterval, 0);
+    for (const auto& [seconds, text] :
+         {std::pair(1.0, "1 Second"), {-1.0, "-1 Second"}, {0.0, "0 Seconds"}, {11.0, "11 Seconds"}, {1.4, "1 Second"}})
+        EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::SamplingInterval, seconds), text);
+    system.setDecimals(UnitTypeId::SamplingInterval, 2);
+    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::SamplingInterval, 1), "1.00 Seconds");
+    EXPECT_EQ(parseValue(system, UnitTypeId::SamplingInterval, "1 second"), 1.0);
+    std::string plurals;
+    for (const UnitRecord& unit : allUnits())
+        if (unit.nameOfOne() != unit.name)
+            plurals.append(unit.nameOfOne()).append(", ");
+    EXPECT_EQ(plurals, "tonne, UK Ton, US Ton, Mile, Second, Hour, bit, byte, nybble, Minute, Day, Week, ");
 }
 
 TEST(UnitSystem, ShowsDiametersInInchesAsFractionsOnRequest) {

@@ -61,18 +61,27 @@ NewUnitSystemDialog::NewUnitSystemDialog(const UnitSystemStore& store, Prompter&
 
 std::string NewUnitSystemDialog::base() const { return base_->currentText().toStdString(); }
 
-RenameUnitSystemDialog::RenameUnitSystemDialog(const UnitSystemStore& store, Prompter& prompter,
-                                               const std::string& oldName, QWidget* parent)
-    : UnitSystemNameDialog(store, prompter, parent) {
+RenameUnitSystemDialog::RenameUnitSystemDialog(const UnitSystemStore& store, Prompter& prompter, std::string oldName,
+                                               QWidget* parent)
+    : UnitSystemNameDialog(store, prompter, parent), oldName_(std::move(oldName)) {
     setObjectName(QStringLiteral("UsDlgRen"));
     setWindowTitle(QStringLiteral("Rename Unit System"));
-    auto* old = new QLineEdit(toQt(oldName));
+    auto* old = new QLineEdit(toQt(oldName_));
     old->setObjectName(QStringLiteral("UsDlgRenFldOld"));
     old->setToolTip(QStringLiteral("Displays the unit system's original name"));
     old->setReadOnly(true);
     name_->setObjectName(QStringLiteral("UsDlgRenFldNew"));
     name_->setToolTip(QStringLiteral("Enter the unit system's new name"));
+    name_->setText(toQt(oldName_));
+    name_->selectAll();
     layOut(QStringLiteral("&Old name:"), old, QStringLiteral("&New name:"), name_);
+}
+
+void RenameUnitSystemDialog::accept() {
+    if (name() == oldName_)
+        reject();
+    else
+        UnitSystemNameDialog::accept();
 }
 
 } // namespace quobrix

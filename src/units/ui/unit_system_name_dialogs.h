@@ -41,11 +41,16 @@ private:
     QComboBox* base_;
 };
 
-/// The system OLD_NAME's new name.
+/// The system OLD_NAME's new name; the one that it has is no new one, so OK is Cancel then.
 class RenameUnitSystemDialog final : public UnitSystemNameDialog {
 public:
-    RenameUnitSystemDialog(const UnitSystemStore& store, Prompter& prompter, const std::string& oldName,
-                           QWidget* parent);
+    RenameUnitSystemDialog(const UnitSystemStore& store, Prompter& prompter, std::string oldName, QWidget* parent);
+
+protected:
+    void accept() override;
+
+private:
+    std::string oldName_;
 };
 
 } // namespace quobrix

@@ -289,6 +289,13 @@ TEST_F(UnitSystemDialogTest, NewRenameAndDelete) {
     press("UsNew", "UsDlgNewFldName", " Ours ");
     EXPECT_EQ(units_.name(), "Ours");
     EXPECT_EQ(field<QComboBox>("UsFldUS")->currentText(), QStringLiteral("Ours"));
+    QTimer::singleShot(0, qApp, [] {
+        auto* asking = QApplication::activeModalWidget();
+        EXPECT_EQ(asking->findChild<QLineEdit*>(QStringLiteral("UsDlgRenFldNew"))->selectedText(), "Ours");
+        QTest::keyClick(asking, Qt::Key_Return); // which keeps the name, without a word
+        EXPECT_FALSE(asking->isVisible());
+    });
+    field<QPushButton>("UsRename")->click();
     press("UsRename", "UsDlgRenFldNew", "mine");
     press("UsRename", "UsDlgRenFldNew", "Theirs");
     EXPECT_EQ(field<QComboBox>("UsFldUS")->currentText(), QStringLiteral("Theirs"));
