@@ -13,6 +13,7 @@ namespace {
 
 constexpr int kGap = 12;
 constexpr int kLeastBarWidth = 80;
+constexpr double kLeastFilled = 3; // or a short time would look like none
 
 /// A part above nothing is never shown as nothing.
 QString percent(double share) {
@@ -67,15 +68,11 @@ void ShareBars::paintEvent(QPaintEvent*) {
     const int texts = widest(metrics, bars_, &Report::Bar::text);
     const int percents = metrics.horizontalAdvance(QStringLiteral("100%"));
     const double room = width() - labels - texts - percents - 3 * kGap;
-    double greatest = 0;
-    for (const Report::Bar& bar : bars_)
-        greatest = std::max(greatest, bar.share);
-
     for (std::size_t i = 0; i < bars_.size(); ++i) {
         const Report::Bar& bar = bars_[i];
         const QRect row(0, static_cast<int>(i) * rowHeight(), width(), rowHeight());
         painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(row.adjusted(0, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter, toQt(bar.label));
+        painter.drawText(row, Qt::AlignLeft | Qt::AlignVCenter, toQt(bar.label));
         painter.drawText(row.adjusted(0, 0, -percents - kGap, 0), Qt::AlignRight | Qt::AlignVCenter, toQt(bar.text));
         painter.drawText(row, Qt::AlignRight | Qt::AlignVCenter, percent(bar.share));
 
@@ -87,7 +84,7 @@ void ShareBars::paintEvent(QPaintEvent*) {
         painter.setBrush(ground);
         painter.drawRoundedRect(track, 3, 3);
         if (bar.share > 0) {
-            track.setWidth(std::max(3.0, room * bar.share / greatest));
+            track.setWidth(std::max(kLeastFilled, room * bar.share));
             painter.setBrush(palette().color(QPalette::Highlight));
             painter.drawRoundedRect(track, 3, 3);
         }

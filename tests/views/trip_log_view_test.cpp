@@ -115,6 +115,31 @@ TEST_F(TripLogView, TheBandPictureIsAChartForAssistiveTechnology) {
         << chart->text(QAccessible::Description).toStdString();
 }
 
+TEST_F(TripLogView, ABarOfTheBandPictureTakesItsShareOfTheTrack) {
+    ShareBars bars("Bands", {{"A", "1", 0.3}, {"B", "2", 0.7}, {"C", "3", 1.0}});
+    bars.resize(600, bars.sizeHint().height());
+    const QImage image = bars.grab().toImage();
+    const QColor filled = bars.palette().color(QPalette::Highlight);
+    const int rowHeight = image.height() / 3;
+    const auto width = [&](int row) { // of the filled part, inside its round corners
+        int pixels = 0;
+        for (int x = 0; x < image.width(); ++x)
+            pixels += image.pixelColor(x, row * rowHeight + rowHeight / 2) == filled;
+        return pixels;
+    };
+    EXPECT_GT(width(2), 300);
+    EXPECT_NEAR(width(0), 0.3 * width(2), 2);
+    EXPECT_NEAR(width(1), 0.7 * width(2), 2);
+
+    ShareBars longest("Bands", {{"A", "1", 0.3}, {"B", "2", 0.25}});
+    longest.resize(bars.width(), longest.sizeHint().height());
+    const QImage part = longest.grab().toImage();
+    int pixels = 0;
+    for (int x = 0; x < part.width(); ++x)
+        pixels += part.pixelColor(x, rowHeight / 2) == filled;
+    EXPECT_NEAR(pixels, width(0), 2) << "30 % looks like 30 % beside shorter ones too";
+}
+
 TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
     view_->showView(TTripLogView::View::Table);
     const auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
@@ -125,7 +150,10 @@ TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
     EXPECT_EQ(samples->model().rowCount(), 61);
     EXPECT_EQ(header(samples, 3), "Engine Speed");
     EXPECT_EQ(samples->model().index(1, 3).data().toString(), "") << "sampled every 2 s";
+    EXPECT_EQ(samples->model().index(0, 3).data().toString(), "13.33 Hz");
+    EXPECT_EQ(samples->model().index(2, 3).data().toString(), "") << "the vehicle gave no value";
     EXPECT_EQ(samples->model().index(5, 4).data().toString(), "O / C");
+    EXPECT_EQ(samples->model().index(10, 4).data().toString(), "") << "nor a status";
 
     const auto* bands = view_->findChild<TSpreadsheet*>("TTripLogSpeedBandsTable");
     EXPECT_EQ(bands->model().headerData(0, Qt::Vertical).toString(), "Idle");
