@@ -7,12 +7,15 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QIcon>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -63,6 +66,11 @@ QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidge
     if (auto* grid = qobject_cast<QGridLayout*>(box.layout()); grid && below)
         grid->addWidget(below, 1, grid->columnCount() - 1, Qt::AlignLeft);
     return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+QString documentsFolder() {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
 
 QString capitalized(std::string_view text) {
@@ -166,6 +174,7 @@ std::optional<std::size_t> DialogPrompter::choose(std::string_view what, const s
 
 std::optional<std::filesystem::path> DialogFileChooser::chooseToOpen() {
     const QString file = QFileDialog::getOpenFileName(&window_, QStringLiteral("Open"), {}, QLatin1String(kFilter));
+    chosen_ |= !file.isEmpty();
     return file.isEmpty() ? std::nullopt : std::optional(toPath(file));
 }
 
@@ -173,9 +182,12 @@ std::optional<std::filesystem::path> DialogFileChooser::chooseToSave(const std::
     QFileDialog dialog(&window_, QStringLiteral("Save As"), {}, QLatin1String(kFilter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("car"));
+    if (!suggested.has_parent_path() && !chosen_)
+        dialog.setDirectory(documentsFolder());
     dialog.selectFile(toQtPath(suggested));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
+    chosen_ = true;
     return toPath(dialog.selectedFiles().constFirst());
 }
 

@@ -39,7 +39,8 @@ private:
     Quietly quietly_;
 };
 
-/// Files chosen in the file dialog, over WINDOW.
+/// Files chosen in the file dialog, over WINDOW. What has no folder yet is saved among the person's documents, until a
+/// person has been to another folder.
 class DialogFileChooser final : public FileChooser {
 public:
     explicit DialogFileChooser(QWidget& window) : window_(window) {}
@@ -49,6 +50,7 @@ public:
 
 private:
     QWidget& window_;
+    bool chosen_ = false; ///< a file, and so the folder that the dialog opens in
 };
 
 } // namespace quobrix

@@ -148,8 +148,9 @@ bool DocumentFiles::save() {
 }
 
 bool DocumentFiles::saveAs() {
-    return chooseAndSaveAs(document_.hasFile() ? document_.path() : pathFromUtf8(document_.title() + ".car")) ==
-           Outcome::Done;
+    // Neither the example's folder nor its name is for what people save.
+    const bool placed = document_.hasFile() && !document_.isExample();
+    return chooseAndSaveAs(placed ? document_.path() : fs::path("Quobrix Data.car")) == Outcome::Done;
 }
 
 bool DocumentFiles::compact() {

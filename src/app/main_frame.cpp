@@ -42,6 +42,15 @@ QString draggedFile(const QMimeData& data) {
     return urls.size() == 1 ? urls.constFirst().toLocalFile() : QString();
 }
 
+/// Whether what is dragged is a document, and may stay where it is: whoever moves it would delete it.
+bool takeAsCopy(QDropEvent& event) {
+    const bool taken = draggedFile(*event.mimeData()).endsWith(QLatin1String(".car"), Qt::CaseInsensitive) &&
+                       event.possibleActions().testFlag(Qt::CopyAction);
+    event.setDropAction(taken ? Qt::CopyAction : Qt::IgnoreAction);
+    event.setAccepted(taken);
+    return taken;
+}
+
 } // namespace
 
 TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
@@ -171,6 +180,7 @@ void TQuobrixFrame::addRecentFileActions() {
         recentActions_.push_back(action);
         commands_->recentFilesMenu()->insertAction(place, action);
     }
+    connect(commands_->recentFilesMenu(), &QMenu::aboutToShow, this, [this] { lookForFiles_.look(recent_.list()); });
 }
 
 void TQuobrixFrame::updateRecentFiles() {
@@ -180,15 +190,31 @@ void TQuobrixFrame::updateRecentFiles() {
         action.setVisible(i < files.size());
         if (i >= files.size())
             continue;
-        const QString path = toQtPath(files[i]);
-        QString name = toQtPath(files[i].filename());
+        const std::filesystem::path& file = files[i];
+        const bool alike = std::ranges::count(files, file.filename(), &std::filesystem::path::filename) > 1;
+        const bool missing = std::ranges::find(missingFiles_, file) != missingFiles_.end();
+        QString name = toQtPath(file.filename());
+        if (alike)
+            name += QStringLiteral(" – ") + toQtPath(file.parent_path());
+        if (missing)
+            name += QStringLiteral(" (missing)");
         action.setText(QStringLiteral("&%1 %2").arg(i + 1).arg(name.replace(QLatin1Char('&'), QLatin1String("&&"))));
-        action.setToolTip(path);
+        action.setToolTip(toQtPath(file));
+        action.setProperty(kMissingProperty, missing);
     }
     QAction* place = commands_->action(CommandId::RecentFile);
     place->setVisible(files.empty());
     place->setStatusTip(QStringLiteral("Opens this file."));
     place->setToolTip(QStringLiteral("No file has been opened yet."));
+}
+
+void TQuobrixFrame::markMissingFiles(const std::vector<std::filesystem::path>& missing) {
+    if (missing == missingFiles_)
+        return;
+    missingFiles_ = missing;
+    updateRecentFiles();
+    if (auto* home = dynamic_cast<HomePage*>(pages_->page(kHomePage)))
+        home->showRecentFiles();
 }
 
 void TQuobrixFrame::updateTitle() {
@@ -206,6 +232,7 @@ void TQuobrixFrame::updateTitle() {
 void TQuobrixFrame::documentChanged() {
     updateTitle();
     updateRecentFiles();
+    lookForFiles_.look(recent_.list());
     commands_->refresh();
     pages_->refresh();
     for (NamesDialog* dialog : namesDialogs())
@@ -313,13 +340,11 @@ void TQuobrixFrame::changeEvent(QEvent* event) {
     }
 }
 
-void TQuobrixFrame::dragEnterEvent(QDragEnterEvent* event) {
-    if (draggedFile(*event->mimeData()).endsWith(QLatin1String(".car"), Qt::CaseInsensitive))
-        event->acceptProposedAction();
-}
+void TQuobrixFrame::dragEnterEvent(QDragEnterEvent* event) { takeAsCopy(*event); }
 
 void TQuobrixFrame::dropEvent(QDropEvent* event) {
-    event->acceptProposedAction();
+    if (!takeAsCopy(*event))
+        return;
     // The program that the file comes from waits for the end of the drop, so it must not wait for a question.
     const std::filesystem::path file = toPath(draggedFile(*event->mimeData()));
     QMetaObject::invokeMethod(

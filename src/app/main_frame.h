@@ -2,6 +2,7 @@
 
 #include "app/commands.h"
 #include "app/dialog_prompter.h"
+#include "app/missing_files.h"
 #include "app/page_area.h"
 #include "app/recent_files.h"
 
@@ -64,6 +65,7 @@ private:
     void addLogPage(CommandId id, const PersistentType& log, PageArea::Create create);
     void addRecentFileActions();
     void updateRecentFiles();
+    void markMissingFiles(const std::vector<std::filesystem::path>& missing);
     void updateTitle();
     void documentOutdated();
     void damageMet();
@@ -88,6 +90,8 @@ private:
     QLabel* readOnlyStatus_;
     QLabel* portStatus_;
     std::vector<QAction*> recentActions_;
+    std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for
+    MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
     std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;

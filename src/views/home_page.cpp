@@ -204,8 +204,10 @@ void HomePage::showRecentFiles() {
         if (!action->isVisible() || ++shown > kMostRecentFiles)
             continue;
         const std::filesystem::path path = toPath(action->toolTip());
-        recentList_->addWidget(
-            button(action, toQtPath(path.filename()), toQtPath(path.parent_path()), icon("document")));
+        QString folder = toQtPath(path.parent_path());
+        if (action->property(kMissingProperty).toBool())
+            folder += QStringLiteral(" (missing)");
+        recentList_->addWidget(button(action, toQtPath(path.filename()), folder, icon("document")));
     }
     recentCard_->setVisible(shown > 0);
 }

@@ -16,8 +16,10 @@ struct HomeActions {
     QAction* open;
     QAction* create;
     QAction* tripLog;
-    std::vector<QAction*> recent; ///< those that are visible
+    std::vector<QAction*> recent; ///< those that are visible; the tooltip is the path
 };
+/// A property of an action for a recent file: whether that is missing.
+inline constexpr const char* kMissingProperty = "missing";
 
 /// The page that the program starts with: the usual next steps, the recent files, and the document in a few figures.
 class HomePage final : public Page {
@@ -25,10 +27,11 @@ public:
     HomePage(const ViewContext& context, const HomeActions& actions, QWidget* parent = nullptr);
 
     void refresh() override;
+    /// The recent files are others, or some of them are missing.
+    void showRecentFiles();
 
 private:
     QLabel* addFigure(QVBoxLayout& layout, const char* objectName, const QString& caption);
-    void showRecentFiles();
 
     ViewContext context_;
     HomeActions actions_;

@@ -1,11 +1,17 @@
 #include "app/dialog_prompter.h"
 
+#include "base/ui/qt_text.h"
 #include "settings/settings.h"
+#include "support/temporary_folder.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
@@ -85,6 +91,32 @@ TEST_F(DialogPrompterTest, AnActionIsChosenByItsButtonAndNoneByEscape) {
     };
     EXPECT_EQ(choose(leave, MessageId::CompactionOffered), std::nullopt);
     EXPECT_EQ(unanswered, QStringLiteral("&Not Now")) << "there is nothing to cancel";
+}
+
+TEST(DialogFileChooser, ANewDocumentIsFirstSavedAmongThePersonsDocuments) {
+    const test::TemporaryFolder elsewhere;
+    QWidget window;
+    DialogFileChooser chooser(window);
+    const auto folderOf = [&](const std::filesystem::path& suggested, const QString& choice) {
+        QString folder;
+        QTimer::singleShot(0, qApp, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(dialog);
+            folder = dialog->directory().path();
+            if (choice.isEmpty())
+                return dialog->reject();
+            dialog->selectFile(choice);
+            static_cast<QDialog*>(dialog)->accept();
+        });
+        chooser.chooseToSave(suggested);
+        return folder;
+    };
+    const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    const QString first = QFileInfo(documents).isDir() ? documents : QDir::homePath();
+    EXPECT_EQ(folderOf("Quobrix Data.car", {}), first);
+    EXPECT_EQ(folderOf(elsewhere / "a.car", {}), toQtPath(elsewhere.path())) << "what has a folder stays there";
+    EXPECT_EQ(folderOf("Quobrix Data.car", toQtPath(elsewhere / "b.car")), first);
+    EXPECT_EQ(folderOf("Quobrix Data.car", {}), toQtPath(elsewhere.path())) << "where the person has been";
 }
 
 } // namespace

@@ -156,7 +156,7 @@ TEST_F(DocumentFilesTest, TheExampleIsNeverWrittenAndNeverAsksAndSaveLeadsElsewh
     EXPECT_EQ(recent_.list(), std::vector{path});
     addTrip();
     EXPECT_FALSE(flows.save());
-    EXPECT_EQ(chooser_.lastSuggested, path);
+    EXPECT_EQ(chooser_.lastSuggested, fs::path("Quobrix Data.car")) << "a name that is not refused, in no folder yet";
     EXPECT_TRUE(flows.close());
     EXPECT_EQ(bytes(path), before);
 }

@@ -13,11 +13,14 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCommandLinkButton>
 #include <QDialog>
+#include <QDragEnterEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStatusBar>
@@ -26,6 +29,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -258,6 +262,56 @@ TEST_F(MainFrameTest, RecentFilesStandInTheFileMenuUnderTheirIds) {
     EXPECT_EQ(second->data().toInt(), 57617);
     EXPECT_EQ(nextMessage([&] { frame_.findChild<QAction*>(QStringLiteral("RecentFile1"))->trigger(); }),
               QStringLiteral("FileNotFound: b.car cannot be opened because it does not exist."));
+}
+
+TEST_F(MainFrameTest, RecentFilesOfOneNameShowTheirFoldersAndMissingOnesAreMarked) {
+    const test::TemporaryFolder folder;
+    std::ofstream(folder / "Trips.car") << "there";
+    frame_.recentFiles().add("/nowhere/Other.car");
+    frame_.recentFiles().add("/nowhere/Trips.car");
+    frame_.recentFiles().add(folder / "Trips.car");
+    frame_.pages().show(kHomePage);
+    frame_.documentChanged();
+    const auto text = [this](int number) {
+        return frame_.findChild<QAction*>(QStringLiteral("RecentFile%1").arg(number))->text();
+    };
+    ASSERT_TRUE(QTest::qWaitFor([&] { return text(3).endsWith(QLatin1String(")")); }));
+    EXPECT_EQ(text(1), QStringLiteral("&1 Trips.car – ") + toQtPath(folder.path()));
+    EXPECT_EQ(text(2), QStringLiteral("&2 Trips.car – /nowhere (missing)"));
+    EXPECT_EQ(text(3), QStringLiteral("&3 Other.car (missing)"));
+    const auto* button = frame_.findChild<QCommandLinkButton*>(QStringLiteral("homeRecentFile2"));
+    ASSERT_TRUE(button);
+    EXPECT_EQ(button->description(), QStringLiteral("/nowhere (missing)"));
+}
+
+TEST_F(MainFrameTest, ADroppedFileIsCopiedWhateverItsSourceOffers) {
+    const test::TemporaryFolder folder;
+    TQuobrixDocument other;
+    ASSERT_TRUE(other.saveAs(folder / "Dropped.car"));
+    other.newDocument();
+    struct Case {
+        Qt::DropActions offered;
+        Qt::KeyboardModifiers keys;
+        const char* file;
+        bool taken;
+    };
+    const Case cases[] = {{Qt::MoveAction, Qt::NoModifier, "Dropped.car", false}, // its source would delete it
+                          {Qt::CopyAction | Qt::MoveAction, Qt::ShiftModifier, "Dropped.txt", false},
+                          {Qt::CopyAction | Qt::MoveAction, Qt::ShiftModifier, "Dropped.car", true}};
+    for (const Case& each : cases) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(toQtPath(folder / each.file))});
+        QDragEnterEvent enter({5, 5}, each.offered, &data, Qt::LeftButton, each.keys);
+        QApplication::sendEvent(&frame_, &enter);
+        QDropEvent drop({5, 5}, each.offered, &data, Qt::LeftButton, each.keys);
+        QApplication::sendEvent(&frame_, &drop);
+        for (const QDropEvent* event : {static_cast<QDropEvent*>(&enter), &drop}) {
+            EXPECT_EQ(event->isAccepted(), each.taken) << each.file;
+            EXPECT_TRUE(!each.taken || event->dropAction() == Qt::CopyAction) << each.file;
+        }
+        QApplication::processEvents();
+        EXPECT_EQ(document_.hasFile(), each.taken);
+    }
 }
 
 TEST_F(MainFrameTest, PagesAreMadeWhenShownAndAnewForOtherContent) {
