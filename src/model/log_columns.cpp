@@ -43,14 +43,14 @@ std::optional<CellSource> LoggerColumn::sourceOf(RowIndex row) const {
     return sourceIn<TQuobrixNamesTable>(*this, at(row));
 }
 
-std::string DriverColumn::key(RowIndex row) const { return has(row) ? std::to_string(at(row)) : std::string(); }
+std::string DriverColumn::namedKey(RowIndex row) const { return has(row) ? std::to_string(at(row)) : std::string(); }
 
 std::string_view DriverColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
-    return nameIn<DriverNamesTable>(*this, key(row));
+    return nameIn<DriverNamesTable>(*this, namedKey(row));
 }
 
 std::optional<CellSource> DriverColumn::sourceOf(RowIndex row) const {
-    return sourceIn<DriverNamesTable>(*this, key(row));
+    return sourceIn<DriverNamesTable>(*this, namedKey(row));
 }
 
 double SpeedSamplesColumn::speed(RowIndex row) const { return toBaseFrom(UnitId::KilometrePerHour, at(row)); }

@@ -41,6 +41,7 @@ public:
 /// Holds a VIN, shows the vehicle's name ("Unknown" without one).
 class VehicleColumn : public TextColumn {
 public:
+    std::string namedKey(RowIndex row) const override { return at(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     std::optional<CellSource> sourceOf(RowIndex row) const override;
 };
@@ -48,6 +49,7 @@ public:
 /// Holds a logger's serial number, shows the logger's name ("Unknown" without one).
 class LoggerColumn : public TextColumn {
 public:
+    std::string namedKey(RowIndex row) const override { return at(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     std::optional<CellSource> sourceOf(RowIndex row) const override;
 };
@@ -58,11 +60,9 @@ class DriverColumn : public IntegerColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Selection; }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
-    std::optional<CellSource> sourceOf(RowIndex row) const override;
-
-private:
     /// The number in decimal digits; empty if there is none.
-    std::string key(RowIndex row) const;
+    std::string namedKey(RowIndex row) const override;
+    std::optional<CellSource> sourceOf(RowIndex row) const override;
 };
 
 /// Speeds as the logger samples them: whole km/h, a byte each, at a fixed interval. Stream: u32 interval (s), then as

@@ -110,6 +110,9 @@ public:
     /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.
     std::string lockedBecause(RowIndex row) const;
 
+    /// What the text of the cell is a name of: a VIN, a serial number, an identification number. Empty where the text
+    /// is the value itself.
+    virtual std::string namedKey(RowIndex) const { return {}; }
     /// Where the text of the cell is taken from; nothing, if that is the cell itself.
     virtual std::optional<CellSource> sourceOf(RowIndex) const { return {}; }
 

@@ -154,10 +154,20 @@ QWidget* NamesDialog::makeButtons() {
     auto* layout = new QVBoxLayout(column);
     layout->setContentsMargins(0, 0, 0, 0);
     for (const ListButton& row : kListButtons) {
-        QPushButton* button = buttonOf(list_->commands().action(row.command), row);
-        if (row.command == SpreadsheetCommand::Delete) // of entries, whichever of their cells are selected
-            connect(button, &QPushButton::pressed, this, [this] { selectWholeRows(); });
+        QAction& action = list_->commands().action(row.command);
+        QPushButton* button = buttonOf(action, row);
         layout->addWidget(button);
+        if (row.command != SpreadsheetCommand::Delete)
+            continue;
+        // It deletes entries, whichever of their cells are selected.
+        const auto follow = [this, button] {
+            button->setEnabled(list_->view().currentIndex().isValid() &&
+                               context_.document.edits().lockedBecause().empty());
+        };
+        follow();
+        connect(&action, &QAction::changed, button, follow);
+        connect(&list_->view(), &SpreadsheetView::selectionAltered, button, follow);
+        connect(button, &QPushButton::pressed, this, [this] { selectWholeRows(); });
     }
     layout->addStretch();
     return column;

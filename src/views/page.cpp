@@ -8,7 +8,7 @@ SpreadsheetContext ViewContext::spreadsheet() const { return {text(), settings, 
 
 void retextTables(const QWidget& widget) {
     for (TSpreadsheet* spreadsheet : widget.findChildren<TSpreadsheet*>())
-        spreadsheet->model().valuesChanged();
+        spreadsheet->unitsChanged();
 }
 
 } // namespace quobrix

@@ -5,6 +5,7 @@
 #include "views/trip_log_summary_view.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QHeaderView>
 #include <QTest>
 
@@ -41,6 +42,10 @@ TEST_F(LogListTest, AnswersFromItsColumns) {
     EXPECT_TRUE(data(1, Qt::TextAlignmentRole).value<Qt::Alignment>().testFlag(Qt::AlignRight));
     EXPECT_TRUE(data(2, Qt::TextAlignmentRole).value<Qt::Alignment>().testFlag(Qt::AlignLeft));
     EXPECT_EQ(data(1, Qt::ToolTipRole).toString(), "The distance traveled during this trip.");
+    const QString vin = QLatin1String(test::kVin); // what is behind a name, or behind "Unknown"
+    EXPECT_EQ(data(2, Qt::ToolTipRole).toString(),
+              vin + "\nThe name or identification number of the vehicle associated with this trip.");
+    EXPECT_EQ(data(2, Qt::AccessibleDescriptionRole).toString(), "Vehicle " + vin);
 
     const auto header = [&](int column, int role) { return model.headerData(column, Qt::Horizontal, role).toString(); };
     EXPECT_EQ(header(0, Qt::DisplayRole), "Trip");
@@ -138,6 +143,31 @@ TEST_F(LogListTest, HeadingsAreWholeWithoutRowsTooAndCommentsHaveRoom) {
     }
     const int comments = list.model().indexOf("TTripLogCommentsColumn");
     EXPECT_GT(header.sectionSize(comments), header.sectionSizeHint(comments) + 40);
+    const int width = header.sectionSize(comments);
+    list.resize(5000, 300);
+    list.QWidget::show();
+    QApplication::processEvents();
+    EXPECT_EQ(header.sectionSize(comments), width) << "as wide as its content, however wide the window is";
+}
+
+TEST_F(LogListTest, NamesThatAreLongerGetTheRoomTheyNeedUnlessAPersonHasGivenIt) {
+    test::addTrip(document_, 0);
+    TTripLogSummaryView list(context_);
+    list.show(&document_.trips());
+    const int vehicle = list.model().indexOf("TTripLogVinColumn");
+    const int distance = list.model().indexOf("TTripLogDistanceColumn");
+    const auto width = [&](int column) { return list.view().columnWidth(column); };
+    const auto name = [&](const char* text) {
+        return document_.edits().type(document_.vehicles().id(), 1, 0, text, context_.text()).ok();
+    };
+    list.view().setColumnWidth(distance, 200);
+    const int before = width(vehicle);
+    ASSERT_TRUE(name("The red van of the northern depot"));
+    EXPECT_GT(width(vehicle), before + 50);
+    EXPECT_EQ(width(distance), 200);
+    list.view().setColumnWidth(vehicle, 70);
+    ASSERT_TRUE(name("The blue van of the southern depot"));
+    EXPECT_EQ(width(vehicle), 70);
 }
 
 TEST_F(LogListTest, CommentsAreEditedInTheListAndTakenBackInAnother) {

@@ -1,6 +1,7 @@
 #include "tables/ui/cell_clipboard.h"
 
 #include "tables/ui/spreadsheet_model.h"
+#include "units/unit_system.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -11,6 +12,8 @@ namespace {
 
 /// Cells as this program writes them for itself: figures are not rounded to what is shown.
 const QString kExactCells = QStringLiteral("application/x-quobrix-cells");
+/// The form that they are in: a row of the date order, the decimal separator and the thousands separator.
+const QString kForm = QStringLiteral("application/x-quobrix-cells-form");
 
 template <class TextOf>
 QByteArray blockText(const CellBlock& block, const TextOf& textOf) {
@@ -21,22 +24,55 @@ QByteArray blockText(const CellBlock& block, const TextOf& textOf) {
     return QByteArray::fromStdString(text.text());
 }
 
+std::optional<TabbedText> textsOf(const QByteArray& bytes) {
+    return TabbedText::parse({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+}
+
+QByteArray writeForm(const TUnitSystem& units) {
+    const NumberFormat& numbers = units.locale().numbers;
+    TabbedText form(3);
+    form.add(std::string(units.unitName(UnitTypeId::Date)));
+    form.add(numbers.decimalSeparator);
+    form.add(numbers.thousandsSeparator);
+    return QByteArray::fromStdString(form.text());
+}
+
+/// UNITS in the form of what writeForm() has written; as they are, if BYTES are nothing of that kind.
+std::unique_ptr<const TUnitSystem> readForm(const QByteArray& bytes, const TUnitSystem& units) {
+    TextLocale locale = units.locale();
+    UnitChoices choices = units.choices();
+    if (const auto form = textsOf(bytes); form && form->rows() == 1 && form->columns() == 3) {
+        for (const UnitId order : unitTypeRecord(UnitTypeId::Date).units)
+            if (unitRecord(order).name == form->cell(0, 0))
+                choices.choose(UnitTypeId::Date, order);
+        locale.numbers.decimalSeparator = form->cell(0, 1);
+        locale.numbers.thousandsSeparator = form->cell(0, 2);
+    }
+    auto result = std::make_unique<TUnitSystem>(std::move(locale));
+    result->replace(std::move(choices));
+    return result;
+}
+
 } // namespace
 
-void copyCells(const SpreadsheetModel& model, const CellBlock& block) {
+void copyCells(const SpreadsheetModel& model, const CellBlock& block, const TUnitSystem& units) {
     auto* data = new QMimeData;
     data->setText(
         QString::fromUtf8(blockText(block, [&](int place, int column) { return model.text(place, column); })));
     data->setData(kExactCells, blockText(block, [&](int place, int column) { return model.exactText(place, column); }));
+    data->setData(kForm, writeForm(units));
     QGuiApplication::clipboard()->setMimeData(data);
 }
 
-std::optional<TabbedText> cellsOnClipboard() {
+std::optional<ClipboardCells> cellsOnClipboard(const TUnitSystem& units) {
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     if (!data)
         return {};
-    const QByteArray bytes = data->hasFormat(kExactCells) ? data->data(kExactCells) : data->text().toUtf8();
-    return TabbedText::parse({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+    const bool own = data->hasFormat(kExactCells);
+    std::optional<TabbedText> texts = textsOf(own ? data->data(kExactCells) : data->text().toUtf8());
+    if (!texts)
+        return {};
+    return ClipboardCells{*std::move(texts), readForm(own ? data->data(kForm) : QByteArray(), units)};
 }
 
 } // namespace quobrix

@@ -88,6 +88,8 @@ FindBar::FindBar(SpreadsheetView& view, const SpreadsheetModel& model, const Tex
     connect(next, &QToolButton::clicked, this, &FindBar::findNext);
     connect(close, &QToolButton::clicked, this, [this] { hide(); });
     connect(counter_, &QTimer::timeout, this, &FindBar::countOn);
+    for (QWidget* part : findChildren<QWidget*>())
+        part->installEventFilter(this);
     hide();
 }
 
@@ -98,8 +100,15 @@ void FindBar::open() {
     cellsChanged();
 }
 
+bool FindBar::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+        view_.markCurrent(event->type() == QEvent::FocusIn);
+    return QWidget::eventFilter(object, event);
+}
+
 void FindBar::hideEvent(QHideEvent* event) {
     counter_->stop();
+    view_.markCurrent(false);
     if (isAncestorOf(focusWidget()))
         view_.setFocus();
     QWidget::hideEvent(event);

@@ -34,6 +34,8 @@ protected:
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    /// The cell that was found is marked while the keyboard is in the bar.
+    bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
     /// Goes to the next hit, or stays where one is already if AT_CURRENT.

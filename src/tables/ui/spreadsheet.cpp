@@ -53,13 +53,19 @@ TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetS
     });
     connect(view_, &SpreadsheetView::selectionAltered, commands_, &SpreadsheetCommands::refresh);
     connect(view_, &SpreadsheetView::menuRequested, this, &TSpreadsheet::showMenu);
-    view_->horizontalHeader()->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(view_->horizontalHeader(), &QWidget::customContextMenuRequested, this, &TSpreadsheet::showHeaderMenu);
+    connect(view_, &SpreadsheetView::headingMenuRequested, this, &TSpreadsheet::showHeaderMenu);
+    connect(view_, &SpreadsheetView::cutRefused, this, &TSpreadsheet::cut);
+    connect(view_, &SpreadsheetView::deleteRefused, this, [this] {
+        if (finishEdit())
+            deleteSelection();
+    });
     connect(&model_, &QAbstractItemModel::layoutChanged, this, &TSpreadsheet::orderChanged);
     connect(&model_, &QAbstractItemModel::modelReset, commands_, &SpreadsheetCommands::refresh);
     connect(&model_, &SpreadsheetModel::firstRowsInserted, this, &TSpreadsheet::showFirstRows);
     connect(&model_, &SpreadsheetModel::rowsEdited, this, &TSpreadsheet::rowsEdited);
     connect(&model_, &SpreadsheetModel::othersEdited, this, [this] {
+        if (layout_.restored()) // for names, which are not as long as the keys were
+            layout_.fitToTexts();
         if (model_.sorted())
             sortTimer_->start();
     });
@@ -90,6 +96,12 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
         layout_.fitToTexts();
 }
 
+void TSpreadsheet::unitsChanged() {
+    model_.valuesChanged();
+    if (layout_.restored())
+        layout_.fitToTexts();
+}
+
 void TSpreadsheet::showFirstRows() {
     if (!layout_.restored())
         layout_.restore();
@@ -101,12 +113,14 @@ void TSpreadsheet::setCurrentRow(RowIndex row) {
     // does not scroll sideways.
     const QHeaderView& header = *view_->horizontalHeader();
     int column = view_->currentIndex().column();
+    const int edge = view_->frozenWidth();
     const int left = column < 0 ? -1 : header.sectionViewportPosition(column);
-    if (left < 0 || left >= view_->viewport()->width() || header.isSectionHidden(column)) {
-        column = header.logicalIndexAt(1);
+    const bool frozen = edge > 0 && column == 0;
+    if (!frozen && (left < edge || left >= view_->viewport()->width() || header.isSectionHidden(column))) {
+        column = header.logicalIndexAt(edge + 1);
         const int begin = header.sectionViewportPosition(column);
         const int next = header.logicalIndexAt(begin + header.sectionSize(column) + 1);
-        if (begin < 0 && next >= 0) // of that one only the end is
+        if (begin < edge && next >= 0) // of that one only the end is
             column = next;
     }
     setCurrentCell(row, std::max(0, column));
@@ -175,13 +189,16 @@ void TSpreadsheet::addEditCommands() {
     commands_->handle(
         SelectAll, [this] { view_->selectAll(); }, [this] { return model_.rowCount() > 0; });
     commands_->handle(
-        Cut, [this] { cut(); }, editable);
+        Cut, [this] { cut(); }, [this] { return canEmpty(blockToEdit(*view_, model_)); });
     commands_->handle(
         Paste, [this] { paste(); }, [this, editable] { return editable() || takesFirstRows(); });
-    commands_->handle(Delete, [this] {
-        if (finishEdit())
-            deleteSelection();
-    });
+    commands_->handle(
+        Delete,
+        [this] {
+            if (finishEdit())
+                deleteSelection();
+        },
+        [this] { return canDelete(); });
     commands_->handle(
         Undo, [this] { stepHistory(&TableEdits::undo); },
         [this] { return context_.edits && context_.edits->canUndo(); });
@@ -248,16 +265,21 @@ void TSpreadsheet::addWindowCommands() {
             Help, [&windows, column] { windows.help(column().spec().key); }, cell);
 }
 
+/// Records are copied as they are highlighted, but the cell of one in which a person writes by itself: so can it be
+/// pasted into another.
 void TSpreadsheet::copy() {
-    if (finishEdit())
-        copyCells(model_, selectedBlock(*view_));
+    if (!finishEdit())
+        return;
+    const CellBlock block = selectedBlock(*view_);
+    copyCells(model_, block.places.size() == 1 ? blockToEdit(*view_, model_) : block, context_.text.units);
 }
 
 void TSpreadsheet::cut() {
     if (!finishEdit())
         return;
     const CellBlock block = blockToEdit(*view_, model_);
-    copyCells(model_, block);
+    if (!block.empty())
+        copyCells(model_, block, context_.text.units);
     emptyCells(block, "cut", MessageId::CannotDelete);
 }
 
@@ -279,13 +301,14 @@ void TSpreadsheet::paste() {
     if (!finishEdit())
         return;
     const CellBlock block = blockToEdit(*view_, model_);
-    const std::optional<TabbedText> cells = cellsOnClipboard();
+    const std::optional<ClipboardCells> clipboard = cellsOnClipboard(context_.text.units);
     const bool asFirstRows = takesFirstRows();
-    if ((block.empty() && !asFirstRows) || !cells || !table())
+    if ((block.empty() && !asFirstRows) || !clipboard || !table())
         return tell(MessageId::CannotPaste, std::string(kIncompatiblePaste));
-    const bool one = cells->rows() == 1 && cells->columns() == 1 && !asFirstRows;
+    const TabbedText& cells = clipboard->texts;
+    const bool one = cells.rows() == 1 && cells.columns() == 1 && !asFirstRows;
     const auto first = static_cast<std::size_t>(asFirstRows ? 0 : block.places.front());
-    const std::size_t end = std::min(static_cast<std::size_t>(model_.rowCount()), first + cells->rows());
+    const std::size_t end = std::min(static_cast<std::size_t>(model_.rowCount()), first + cells.rows());
     std::vector<std::size_t> columns;
     std::vector<RowIndex> rows;
     for (const int column : one ? block.columns : shownColumns(*view_, asFirstRows ? -1 : block.columns.front()))
@@ -298,8 +321,9 @@ void TSpreadsheet::paste() {
             rows.push_back(model_.storedRow(static_cast<int>(place)));
 
     const ObjectId id = table()->id();
-    EditOutcome outcome = one ? context_.edits->fill(id, columns, rows, cells->cell(0, 0), context_.text, "paste")
-                              : context_.edits->paste(id, columns, rows, *cells, context_.text);
+    const TextContext form{*clipboard->form, context_.text.zone};
+    EditOutcome outcome = one ? context_.edits->fill(id, columns, rows, cells.cell(0, 0), form, "paste")
+                              : context_.edits->paste(id, columns, rows, cells, form);
     if (outcome.row != Finding::kNoRow) { // one cell of the clipboard does not fit: which, and why
         const std::string heading = plainHeading(table()->column(outcome.column).spec());
         outcome.refusal =
@@ -324,6 +348,20 @@ void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view descripti
         rows.push_back(model_.storedRow(place));
     report(context_.edits->fill(table()->id(), columns, rows, {}, context_.text, description), refusal);
 }
+
+bool TSpreadsheet::canEmpty(const CellBlock& block) const {
+    if (!table() || !context_.edits || block.empty() || !context_.edits->lockedBecause().empty())
+        return false;
+    return std::ranges::all_of(block.columns, [&](int shown) {
+        const Column& column = model_.column(shown);
+        return model_.isEditable(shown) && column.requirements().need != Need::Required &&
+               column.parse({}, context_.text).ok() && std::ranges::all_of(block.places, [&](int place) {
+                   return model_.lockedBecause(place, shown).isEmpty();
+               });
+    });
+}
+
+bool TSpreadsheet::canDelete() const { return canEmpty(blockToEdit(*view_, model_)); }
 
 void TSpreadsheet::deleteSelection() { emptyCells(blockToEdit(*view_, model_), "delete", MessageId::CannotDelete); }
 
@@ -401,9 +439,8 @@ void TSpreadsheet::showMenu(const QPoint& position) {
     menu->popup(position);
 }
 
-void TSpreadsheet::showHeaderMenu(const QPoint& position) {
+void TSpreadsheet::showHeaderMenu(int column, const QPoint& position) {
     QHeaderView& header = *view_->horizontalHeader();
-    const int column = header.logicalIndexAt(position);
     if (column < 0 || !finishEdit())
         return;
     auto* menu = new QMenu(this);
@@ -417,7 +454,7 @@ void TSpreadsheet::showHeaderMenu(const QPoint& position) {
     menu->addAction(QStringLiteral("&Hide"), this, [&header, column] { header.hideSection(column); })
         ->setEnabled(header.count() - header.hiddenSectionCount() > 1);
     menu->addAction(&commands_->action(SpreadsheetCommand::Columns));
-    menu->popup(header.viewport()->mapToGlobal(position));
+    menu->popup(position);
 }
 
 } // namespace quobrix

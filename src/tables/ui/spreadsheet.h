@@ -59,6 +59,7 @@ public:
     SpreadsheetModel& model() { return model_; }
     const SpreadsheetModel& model() const { return model_; }
     SpreadsheetView& view() { return *view_; }
+    const SpreadsheetView& view() const { return *view_; }
     SpreadsheetCommands& commands() { return *commands_; }
 
     /// Shows COLUMNS as SpreadsheetModel does; the headings keep what the user made of them. There is no current row
@@ -73,6 +74,9 @@ public:
     void showCell(std::string_view columnKey, RowIndex row);
     /// The row shown STEP rows below (above, if negative) ROW; nothing if there is none.
     std::optional<RowIndex> neighbour(RowIndex row, int step) const;
+
+    /// Shows the same in other units, in columns as wide as that takes.
+    void unitsChanged();
 
     /// Takes the value of an open editor. False if it is refused: the editor is still there, with the reason.
     bool finishEdit() { return view_->finishEdit(); }
@@ -89,6 +93,8 @@ protected:
     void showRowNumbers() { rowNumbers_ = true; }
     /// Deletes what is selected: empties cells. Spreadsheets whose rows come and go delete these.
     virtual void deleteSelection();
+    /// Whether deleteSelection() would do so, as far as can be told without asking anybody.
+    virtual bool canDelete() const;
     /// Tells how an edit ended, if there is anything to tell.
     void report(const EditOutcome& outcome, MessageId refusal);
     void tell(MessageId id, const std::string& text);
@@ -97,6 +103,7 @@ protected:
     /// The table of the rows; nothing while nothing is shown.
     const Table* table() const;
     void emptyCells(const CellBlock& block, std::string_view description, MessageId refusal);
+    bool canEmpty(const CellBlock& block) const;
 
 private:
     void addEditCommands();
@@ -113,7 +120,7 @@ private:
     void sortBy(int column, Qt::SortOrder order);
     void chooseColumns();
     void showMenu(const QPoint& position);
-    void showHeaderMenu(const QPoint& position);
+    void showHeaderMenu(int column, const QPoint& position);
     /// A list that had no rows gets its layout, which depends on their texts, and a current cell.
     void showFirstRows();
     void rowsEdited(RowIndex row, std::size_t rows);

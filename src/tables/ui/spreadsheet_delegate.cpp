@@ -4,6 +4,7 @@
 #include "tables/ui/cell_mark.h"
 #include "tables/ui/spreadsheet_model.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QKeyEvent>
@@ -104,7 +105,11 @@ void SpreadsheetDelegate::paint(QPainter* painter, const QStyleOptionViewItem& g
         }
         drawText(*painter, option, area, std::move(text), right);
     }
-    if (option.state & QStyle::State_HasFocus)
+    const auto isMarked = [&] {
+        const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+        return view && view->currentIndex() == cell;
+    };
+    if ((option.state & QStyle::State_HasFocus) || (currentMarked_ && currentMarked_() && isMarked()))
         drawFocus(*painter, option, selected);
 }
 

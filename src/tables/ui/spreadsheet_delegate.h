@@ -2,6 +2,8 @@
 
 #include <QStyledItemDelegate>
 
+#include <functional>
+
 namespace quobrix {
 
 class SpreadsheetModel;
@@ -16,6 +18,8 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& cell) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& cell) const override;
+    /// The current cell of its view is framed while MARKED says so, not only while the view has the keyboard.
+    void setCurrentMarked(std::function<bool()> marked) { currentMarked_ = std::move(marked); }
     /// Where the box of a cell with one is to be clicked.
     static QRect checkBoxRect(const QStyleOptionViewItem& option);
 
@@ -38,6 +42,7 @@ protected:
 private:
     const SpreadsheetModel& model_;
     bool showsReadOnly_;
+    std::function<bool()> currentMarked_;
 };
 
 } // namespace quobrix

@@ -5,15 +5,20 @@
 #include "tables/ui/spreadsheet_model.h"
 
 #include <QHeaderView>
+#include <QScopedValueRollback>
 #include <QStringList>
 #include <QTableView>
 
 #include <algorithm>
+#include <cstdlib>
+#include <vector>
 
 namespace quobrix {
 namespace {
 
 constexpr int kWidestFirst = 320;
+constexpr int kWidestLast = 3 * kWidestFirst;
+constexpr int kSpare = 8;
 constexpr int kRemarkCharacters = 24; // that a column for people's own remarks has room for from the beginning
 
 bool takesRemarks(const Column& column) {
@@ -28,8 +33,12 @@ SpreadsheetLayout::SpreadsheetLayout(Settings& settings, std::string section, QT
     const auto changed = [this] { changed_ = restored_; };
     const QHeaderView* header = view.horizontalHeader();
     QObject::connect(header, &QHeaderView::sectionResized, &view, [this](int column, int before, int after) {
+        if (fitting_)
+            return;
         if (after == 0)
             hiddenWidths_[column] = before;
+        else if (before != 0 && restored_)
+            resized_.insert(column);
         changed_ = restored_;
     });
     QObject::connect(header, &QHeaderView::sectionMoved, &view, changed);
@@ -37,18 +46,28 @@ SpreadsheetLayout::SpreadsheetLayout(Settings& settings, std::string section, QT
 }
 
 void SpreadsheetLayout::fitToTexts() {
-    view_.resizeColumnsToContents();
+    const QScopedValueRollback fitting(fitting_, true);
+    const QHeaderView& header = *view_.horizontalHeader();
+    int last = header.count() - 1; // with nothing behind it, it may take more room
+    while (last > 0 && header.isSectionHidden(header.logicalIndex(last)))
+        --last;
     const int remark = std::min(view_.fontMetrics().averageCharWidth() * kRemarkCharacters, kWidestFirst);
-    for (int i = 0; i < view_.horizontalHeader()->count(); ++i)
-        view_.setColumnWidth(
-            i, std::clamp(view_.columnWidth(i) + 8, takesRemarks(model_.column(i)) ? remark : 0, kWidestFirst));
+    for (int column = 0; column < header.count(); ++column) {
+        if (resized_.contains(column) || header.isSectionHidden(column))
+            continue;
+        view_.resizeColumnToContents(column);
+        view_.setColumnWidth(column, std::clamp(view_.columnWidth(column) + kSpare,
+                                                takesRemarks(model_.column(column)) ? remark : 0,
+                                                header.visualIndex(column) == last ? kWidestLast : kWidestFirst));
+    }
 }
 
 void SpreadsheetLayout::restore() {
     QHeaderView& header = *view_.horizontalHeader();
     for (int i = 0; i < header.count(); ++i)
         header.showSection(i);
-    fitToTexts();
+    resized_.clear();
+    std::vector<int> hidden;
     int place = 0;
     for (const QString& entry : toQt(settings_.getText(section_, "Columns")).split(QLatin1Char(' '))) {
         const QStringList parts = entry.split(QLatin1Char(':'));
@@ -57,10 +76,16 @@ void SpreadsheetLayout::restore() {
             continue;
         header.moveSection(header.visualIndex(column), place++);
         const int width = parts[1].toInt();
-        if (width != 0)
+        if (std::abs(width) > 1) {
             view_.setColumnWidth(column, std::abs(width));
-        header.setSectionHidden(column, width < 0);
+            resized_.insert(column);
+        }
+        if (width < 0)
+            hidden.push_back(column);
     }
+    fitToTexts();
+    for (const int column : hidden)
+        header.hideSection(column);
     if (header.count() > 0 && header.hiddenSectionCount() == header.count())
         header.showSection(header.logicalIndex(0)); // nobody could find their way back from a list without columns
     const QString sort = toQt(settings_.getText(section_, "Sort"));
@@ -76,15 +101,13 @@ void SpreadsheetLayout::remember() {
         return;
     const QHeaderView& header = *view_.horizontalHeader();
     const auto key = [&](int column) { return std::string(model_.spec(column).key); };
-    int last = header.count() - 1; // the last one in view is stretched: its width is not its own
-    while (last >= 0 && header.isSectionHidden(header.logicalIndex(last)))
-        --last;
     std::string columns;
     for (int place = 0; place < header.count(); ++place) {
         const int column = header.logicalIndex(place);
-        int width = place == last ? 0 : view_.columnWidth(column);
+        const bool resized = resized_.contains(column);
+        int width = resized ? view_.columnWidth(column) : 0;
         if (header.isSectionHidden(column))
-            width = -std::max(hiddenWidths_[column], header.minimumSectionSize());
+            width = resized ? -std::max(hiddenWidths_[column], header.minimumSectionSize()) : -1;
         columns += (columns.empty() ? "" : " ") + key(column) + ':' + std::to_string(width);
     }
     settings_.setText(section_, "Columns", columns);
@@ -93,17 +116,6 @@ void SpreadsheetLayout::remember() {
     settings_.setText(section_, "Sort",
                       sorted < 0 || sorted >= header.count() ? "" : (downward ? "-" : "") + key(sorted));
     changed_ = false;
-}
-
-void SpreadsheetLayout::reset() {
-    QHeaderView& header = *view_.horizontalHeader();
-    for (int column = 0; column < header.count(); ++column) {
-        header.showSection(column);
-        header.moveSection(header.visualIndex(column), column);
-    }
-    fitToTexts();
-    view_.sortByColumn(-1, Qt::AscendingOrder);
-    changed_ = restored_;
 }
 
 } // namespace quobrix

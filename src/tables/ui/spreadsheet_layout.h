@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 
 class QTableView;
@@ -13,34 +14,39 @@ class SpreadsheetModel;
 /// What a person makes of the columns of a spreadsheet: their order, their widths, which of them are hidden, and the
 /// sorting. Kept in a section of the settings:
 ///
-/// "Columns"  key:width of each column from left to right, separated by blanks. A width of 0 leaves it to the texts, a
-///            negative one belongs to a hidden column.
+/// "Columns"  key:width of each column from left to right, separated by blanks. A width of 0 leaves it to the texts, as
+///            for columns that nobody has resized; a negative one belongs to a hidden column, -1 to one whose texts
+///            will say.
 /// "Sort"     the key of the column that is sorted by, behind a minus when it is sorted downward
 class SpreadsheetLayout {
 public:
     /// All of it must outlive the layout.
     SpreadsheetLayout(Settings& settings, std::string section, QTableView& view, const SpreadsheetModel& model);
 
-    /// Gives the columns the widths of what they show now: of their headings alone while there are no rows.
+    /// Gives the columns that nobody has resized the widths of what they show now: of their headings alone while there
+    /// are no rows.
     void fitToTexts();
-    /// Gives the columns their texts' widths, then what is remembered of them.
+    /// Gives the columns what is remembered of them, else their texts' widths.
     void restore();
     /// Stores what has been changed since restore().
     void remember();
-    /// Back to the order and the widths that nobody has changed, and no sorting.
-    void reset();
     /// restore() has been called for columns that are still shown.
     bool restored() const { return restored_; }
-    void forget() { restored_ = false; }
+    void forget() {
+        restored_ = false;
+        resized_.clear();
+    }
 
 private:
     Settings& settings_;
     std::string section_;
     QTableView& view_;
     const SpreadsheetModel& model_;
+    std::set<int> resized_;           ///< columns whose width is a person's
     std::map<int, int> hiddenWidths_; ///< by column: what a hidden one is wide when it is shown again
     bool restored_ = false;
     bool changed_ = false;
+    bool fitting_ = false; ///< widths change by themselves
 };
 
 } // namespace quobrix

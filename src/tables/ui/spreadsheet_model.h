@@ -64,6 +64,8 @@ public:
     QString text(int place, int column) const;
     /// The cell with all of its value, so that what is copied comes back the same; figures with their unit.
     QString exactText(int place, int column) const;
+    /// What the cell's text is a name of; empty where it is the value itself.
+    QString namedKey(int place, int column) const;
     /// Its heading in one line, with the unit if that is not in the cells.
     QString plainHeading(int column) const;
     /// Figures stand on the right.
@@ -87,6 +89,7 @@ public:
     void sortAgain();
     bool sorted() const { return sortColumn_ >= 0; }
 
+    QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     Qt::ItemFlags flags(const QModelIndex& cell) const override;

@@ -3,6 +3,7 @@
 #include "base/ui/qt_text.h"
 #include "tables/ui/cell_editor.h"
 #include "tables/ui/cell_note.h"
+#include "tables/ui/frozen_column.h"
 #include "tables/ui/spreadsheet_delegate.h"
 #include "tables/ui/spreadsheet_model.h"
 
@@ -55,6 +56,7 @@ SpreadsheetView::SpreadsheetView(SpreadsheetModel& model, Use use, QString empty
     setModel(&model);
     auto* delegate = new SpreadsheetDelegate(model, use == Use::Cells, this);
     setItemDelegate(delegate);
+    delegate->setCurrentMarked([this] { return marksCurrent_; });
     connect(delegate, &SpreadsheetDelegate::leaveRequested, this, &SpreadsheetView::leaveEditor);
     setSelectionBehavior(use == Use::Records ? SelectRows : SelectItems);
     setSelectionMode(ExtendedSelection);
@@ -71,15 +73,24 @@ SpreadsheetView::SpreadsheetView(SpreadsheetModel& model, Use use, QString empty
     QHeaderView& header = *horizontalHeader();
     header.setSectionsMovable(true);
     header.setHighlightSections(false);
-    header.setStretchLastSection(true);
     header.setResizeContentsPrecision(0); // the headings' own texts only
     header.setSortIndicatorClearable(true);
     header.setSortIndicator(-1, Qt::AscendingOrder);
     header.viewport()->installEventFilter(this);
+    header.setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&header, &QWidget::customContextMenuRequested, this, [this, &header](const QPoint& position) {
+        emit headingMenuRequested(header.logicalIndexAt(position), header.viewport()->mapToGlobal(position));
+    });
+    for (const auto signal : {&QHeaderView::sectionResized, &QHeaderView::sectionMoved})
+        connect(&header, signal, this, &SpreadsheetView::placeFrozen);
     setSortingEnabled(true);
 }
 
-SpreadsheetView::~SpreadsheetView() { setModel(nullptr); } // which ends before this base does
+SpreadsheetView::~SpreadsheetView() {
+    delete frozen_;
+    frozen_ = nullptr;
+    setModel(nullptr); // which ends before this base does
+}
 
 std::optional<RowIndex> SpreadsheetView::currentRow() const {
     const QModelIndex cell = currentIndex();
@@ -220,6 +231,59 @@ void SpreadsheetView::showStatus(const QModelIndex& cell) {
     QApplication::sendEvent(this, &tip);
 }
 
+// The first column
+
+/// A list of records that is scrolled sideways keeps its first column in sight, unless a person has put it elsewhere.
+bool SpreadsheetView::wantsFrozen() const {
+    return use_ == Use::Records && horizontalScrollBar()->value() > 0 && horizontalHeader()->visualIndex(0) == 0 &&
+           !isColumnHidden(0) && columnWidth(0) < viewport()->width() / 2;
+}
+
+void SpreadsheetView::placeFrozen() {
+    if (frozen_ && wantsFrozen())
+        frozen_->follow();
+    else if (frozen_)
+        frozen_->hide();
+}
+
+/// As a click on any heading does: upward, downward, not at all.
+void SpreadsheetView::sortByFrozen() {
+    if (!finishEdit())
+        return;
+    const QHeaderView& header = *horizontalHeader();
+    if (header.sortIndicatorSection() != 0)
+        sortByColumn(0, Qt::AscendingOrder);
+    else if (header.sortIndicatorOrder() == Qt::AscendingOrder)
+        sortByColumn(0, Qt::DescendingOrder);
+    else
+        sortByColumn(-1, Qt::AscendingOrder);
+}
+
+int SpreadsheetView::frozenWidth() const { return frozen_ && !frozen_->isHidden() ? frozen_->width() : 0; }
+
+void SpreadsheetView::updateGeometries() {
+    QTableView::updateGeometries();
+    placeFrozen();
+}
+
+void SpreadsheetView::scrollTo(const QModelIndex& cell, ScrollHint hint) {
+    QScrollBar& sideways = *horizontalScrollBar();
+    const int before = sideways.value();
+    const bool inSight = frozenWidth() > 0 && cell.column() == 0;
+    QTableView::scrollTo(cell, hint);
+    if (inSight)
+        sideways.setValue(before);
+    else if (const int covered = frozenWidth() - visualRect(cell).left(); covered > 0 && frozenWidth() > 0)
+        sideways.setValue(sideways.value() - covered);
+}
+
+void SpreadsheetView::markCurrent(bool marked) {
+    marksCurrent_ = marked;
+    update(currentIndex());
+    if (frozen_)
+        frozen_->viewport()->update();
+}
+
 // Moving
 
 void SpreadsheetView::sortAgain() {
@@ -274,6 +338,14 @@ void SpreadsheetView::selectionChanged(const QItemSelection& selected, const QIt
 
 void SpreadsheetView::scrollContentsBy(int dx, int dy) {
     QTableView::scrollContentsBy(dx, dy);
+    if (dx != 0 && !frozen_ && wantsFrozen()) {
+        frozen_ = new FrozenColumn(*this, model_);
+        connect(frozen_, &FrozenColumn::headingClicked, this, &SpreadsheetView::sortByFrozen);
+        connect(frozen_, &FrozenColumn::headingMenuRequested, this,
+                [this](const QPoint& position) { emit headingMenuRequested(0, position); });
+    }
+    if (dx != 0)
+        placeFrozen();
     if (!isEditing())
         note_->hide();
     else if (note_->isVisible())
@@ -286,6 +358,14 @@ void SpreadsheetView::focusInEvent(QFocusEvent* event) {
     QTableView::focusInEvent(event);
     if (QWidget* const widget = editor()) // one that is still open when its window becomes active again
         widget->setFocus(event->reason());
+    if (frozen_)
+        frozen_->viewport()->update();
+}
+
+void SpreadsheetView::focusOutEvent(QFocusEvent* event) {
+    QTableView::focusOutEvent(event);
+    if (frozen_)
+        frozen_->viewport()->update();
 }
 
 void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
@@ -309,11 +389,17 @@ void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
         QAbstractScrollArea::focusNextPrevChild(false);
     } else if (event->key() == Qt::Key_F10 && shift) { // which not every system makes a context menu of
         requestMenu({});
+    } else if (event->matches(QKeySequence::Delete)) { // while the commands take these keys, they do not come here
+        emit deleteRefused();
+    } else if (event->matches(QKeySequence::Cut)) {
+        emit cutRefused();
     } else if (event->key() == Qt::Key_Backspace && cell.isValid()) {
         if (edit(cell, EditKeyPressed, event) && isEditing())
             clearEditor(*editor());
     } else {
         QTableView::keyPressEvent(event);
+        if (event->key() == Qt::Key_Home) // the first column need not be scrolled to
+            horizontalScrollBar()->setValue(0);
     }
 }
 

@@ -9,6 +9,7 @@
 namespace quobrix {
 
 class CellNote;
+class FrozenColumn;
 class SpreadsheetModel;
 
 /// The grid of a spreadsheet: selecting, moving, and editing in place.
@@ -44,6 +45,13 @@ public:
     /// What is said beside a cell; empty when nothing is.
     QString note() const;
 
+    /// Frames the current cell without having the keyboard, too: what has been found.
+    void markCurrent(bool marked);
+    bool marksCurrent() const { return marksCurrent_; }
+    /// How much of the left edge the first column takes while it stays in sight there.
+    int frozenWidth() const;
+    void scrollTo(const QModelIndex& cell, ScrollHint hint = EnsureVisible) override;
+
     /// Sorts anew, with the current row at the same height of the window.
     void sortAgain();
 
@@ -52,7 +60,12 @@ signals:
     void currentRowChanged();
     /// Another cell is current, or other ones are selected.
     void selectionAltered();
+    /// At a place of the screen.
     void menuRequested(const QPoint& position);
+    void headingMenuRequested(int column, const QPoint& position);
+    /// A person has pressed the keys for a command that is not available.
+    void cutRefused();
+    void deleteRefused();
     /// A person has tried to leave an editor whose value is refused.
     void entryRefused(const QString& why);
 
@@ -66,6 +79,7 @@ protected:
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
     bool eventFilter(QObject* object, QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -73,6 +87,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void updateGeometries() override;
     bool focusNextPrevChild(bool next) override;
 
 protected slots:
@@ -89,11 +104,16 @@ private:
     /// Asks for the menu at a place of the viewport, or at the current cell.
     void requestMenu(std::optional<QPoint> position);
     void showStatus(const QModelIndex& cell);
+    bool wantsFrozen() const;
+    void placeFrozen();
+    void sortByFrozen();
 
     SpreadsheetModel& model_;
     Use use_;
     QString emptyText_;
     CellNote* note_;
+    FrozenColumn* frozen_ = nullptr; ///< made when it is first needed
+    bool marksCurrent_ = false;
     QPersistentModelIndex edited_; ///< the cell of the open editor
     bool accepted_ = true;         ///< the editor's value has been taken
     QPersistentModelIndex pressedBox_;

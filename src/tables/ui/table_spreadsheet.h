@@ -37,8 +37,10 @@ public:
 
 protected:
     void deleteSelection() override;
+    bool canDelete() const override;
 
 private:
+    DeleteSelection selectionToDelete() const;
     void insertRow(RowIndex at);
     void insertBeside(bool after);
 

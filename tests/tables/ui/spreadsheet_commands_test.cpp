@@ -81,6 +81,43 @@ TEST_F(SpreadsheetCommandsTest, CopyAndPasteKeepAllOfAValue) {
     EXPECT_EQ(speed(3), 13.0) << "in one step";
 }
 
+TEST_F(SpreadsheetCommandsTest, WhatWasCopiedIsReadInTheFormOfThen) {
+    table_.column<SampleTime>().set(0, 1'709'510'400); // 4 March 2024
+    table_.column<SampleTime>().set(1, 1'709'510'400);
+    units_.setUnit(UnitTypeId::Date, UnitId::MonthDayYear);
+    TextLocale comma;
+    comma.numbers.decimalSeparator = ",";
+    comma.numbers.thousandsSeparator = ".";
+    units_.setLocale(comma);
+    table_.column<SampleSpeed>().set(0, 1.234);
+    const auto copied = [&](int column, int rows) {
+        select(0, column, rows - 1, column);
+        trigger(Command::Copy);
+        return clipboard();
+    };
+    EXPECT_TRUE(copied(S::Time, 1).startsWith("03/04/2024 ")) << "as people read it";
+    units_.setUnit(UnitTypeId::Date, UnitId::DayMonthYear);
+    goTo(4, S::Time);
+    trigger(Command::Paste);
+    EXPECT_EQ(table_.column<SampleTime>().at(4), 1'709'510'400);
+    copied(S::Time, 2);
+    units_.setUnit(UnitTypeId::Date, UnitId::YearMonthDay);
+    goTo(2, S::Time);
+    trigger(Command::Paste);
+    EXPECT_EQ(table_.column<SampleTime>().at(3), 1'709'510'400) << "and in blocks";
+
+    copied(S::Speed, 1);
+    units_.setLocale({});
+    goTo(4, S::Speed);
+    trigger(Command::Paste);
+    EXPECT_DOUBLE_EQ(speed(4), 1.234);
+
+    setClipboard("2024/03/04"); // another program's, in the form of now
+    goTo(5, S::Time);
+    trigger(Command::Paste);
+    EXPECT_EQ(table_.column<SampleTime>().at(5), 1'709'510'400);
+}
+
 TEST_F(SpreadsheetCommandsTest, BlocksArePastedInTheOrderThatIsShown) {
     sheet().view().sortByColumn(S::Key, Qt::AscendingOrder); // K1 k2 K3 K5 K7 K10
     setClipboard("50\t5\n60\t6\n");
@@ -218,11 +255,46 @@ TEST_F(SpreadsheetCommandsTest, RecordsAreCopiedAsTheyAreHighlightedAndEditedInT
     records->commands().action(Command::Cut).trigger();
     EXPECT_EQ(clipboard(), "Anna\nBob\n");
     EXPECT_EQ(key(0) + table_.column<SampleName>().at(0), "K10");
+
+    table_.column<SampleName>().set(1, "Bob");
+    records->setCurrentCell(1, S::Name);
+    records->commands().action(Command::Copy).trigger();
+    EXPECT_EQ(clipboard(), "Bob\n") << "of one record the cell in which people write";
+    records->setCurrentCell(3, S::Name);
+    records->commands().action(Command::Paste).trigger();
+    EXPECT_EQ(table_.column<SampleName>().at(3), "Bob");
+    records->setCurrentCell(1, S::Recorded);
+    records->commands().action(Command::Copy).trigger();
+    EXPECT_TRUE(clipboard().startsWith("k2\tBob\t"));
+}
+
+TEST_F(SpreadsheetCommandsTest, CutAndDeleteAreOfferedWhereTheyDoNotRefuse) {
+    const auto records = makeSheet(SpreadsheetView::Use::Records);
+    const auto offered = [](TSpreadsheet& list, Command command) {
+        return list.commands().action(command).isEnabled();
+    };
+    const std::map<int, bool> cut = {{S::Key, false}, // required
+                                     {S::Name, true},
+                                     {S::Flag, false}, // yes or no, never empty
+                                     {S::Recorded, false},
+                                     {S::Number, false}};
+    for (const auto& [column, may] : cut) {
+        goTo(0, column);
+        EXPECT_EQ(offered(sheet(), Command::Cut), may) << column;
+        EXPECT_FALSE(offered(sheet(), Command::Delete)) << "a part of a row";
+        records->setCurrentCell(0, column);
+        EXPECT_EQ(offered(*records, Command::Cut), column == S::Key || column == S::Flag ? false : may) << column;
+        EXPECT_TRUE(offered(*records, Command::Delete)) << "whole rows";
+    }
+    edits_.setLock([] { return std::string("Read-only."); });
+    records->setCurrentCell(0, S::Name);
+    EXPECT_FALSE(offered(*records, Command::Cut) || offered(*records, Command::Delete));
 }
 
 TEST_F(SpreadsheetCommandsTest, OnlyWholeRowsAreDeletedAndWithinTheLimit) {
-    const auto refusal = [&] {
-        trigger(Command::Delete);
+    const auto refusal = [&] { // the key is pressed all the same
+        EXPECT_FALSE(sheet().commands().action(Command::Delete).isEnabled());
+        press(Qt::Key_Delete);
         return prompter_.told(MessageId::CannotDelete);
     };
     sheet().view().clearSelection();
@@ -267,6 +339,7 @@ TEST_F(SpreadsheetCommandsTest, FindGoesThroughWhatIsShown) {
     press(Qt::Key_F, Qt::ControlModifier);
     auto* text = sheet().findChild<QLineEdit*>("findText");
     ASSERT_TRUE(text->hasFocus());
+    EXPECT_TRUE(sheet().view().marksCurrent()) << "or nobody would see which cell it is";
     QTest::keyClicks(text, "k1");
     QTest::keyClick(text, Qt::Key_Return);
     EXPECT_EQ(sheet().currentRow(), 0u) << "K10, shown last";
@@ -280,6 +353,7 @@ TEST_F(SpreadsheetCommandsTest, FindGoesThroughWhatIsShown) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return count->text() == "Not found"; })) << count->text().toStdString();
     QTest::keyClick(text, Qt::Key_Escape);
     EXPECT_TRUE(sheet().view().hasFocus());
+    EXPECT_FALSE(sheet().view().marksCurrent());
     EXPECT_EQ(key(0), "K10") << "stored where it was";
 }
 

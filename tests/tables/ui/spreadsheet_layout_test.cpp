@@ -8,9 +8,12 @@
 #include <QHeaderView>
 #include <QListWidget>
 #include <QMenu>
+#include <QPersistentModelIndex>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <algorithm>
+#include <vector>
 
 namespace quobrix::test {
 namespace {
@@ -116,6 +119,75 @@ TEST_F(SpreadsheetLayoutTest, OtherUnitsLeaveSelectionAndScrollingAsTheyAre) {
     EXPECT_EQ(sheet().view().currentIndex().data(), "47 kph");
     EXPECT_EQ(sheet().view().currentIndex().row(), 3);
     EXPECT_EQ(sheet().view().columnWidth(S::Key), 91);
+}
+
+TEST_F(SpreadsheetLayoutTest, TheFirstColumnOfRecordsStaysInSight) {
+    const auto records = makeSheet(SpreadsheetView::Use::Records);
+    SpreadsheetView& view = records->view();
+    records->resize(400, 150);
+    records->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(records.get()));
+    EXPECT_FALSE(view.findChild<QTableView*>("frozenColumn")) << "as long as nothing is scrolled";
+    view.horizontalScrollBar()->setValue(view.horizontalScrollBar()->maximum());
+    auto* frozen = view.findChild<QTableView*>("frozenColumn");
+    ASSERT_TRUE(frozen && frozen->isVisible());
+    EXPECT_EQ(frozen->geometry(),
+              QRect(view.viewport()->x(), view.viewport()->y() - view.horizontalHeader()->height(), view.columnWidth(0),
+                    view.viewport()->height() + view.horizontalHeader()->height()));
+    view.verticalScrollBar()->setValue(2);
+    EXPECT_EQ(frozen->verticalScrollBar()->value(), 2);
+    EXPECT_EQ(frozen->rowAt(1), view.rowAt(1));
+
+    const int scrolled = view.horizontalScrollBar()->value();
+    QTest::mouseClick(frozen->viewport(), Qt::LeftButton, {}, {5, 5});
+    EXPECT_EQ(view.currentIndex(), records->model().index(view.rowAt(5), 0));
+    EXPECT_TRUE(view.hasFocus());
+    EXPECT_EQ(view.horizontalScrollBar()->value(), scrolled) << "a click does not scroll away what one looks at";
+    records->setCurrentCell(2, S::Name);
+    EXPECT_EQ(view.visualRect(view.currentIndex()).left(), frozen->width()) << "nothing is covered";
+    view.horizontalScrollBar()->setValue(view.horizontalScrollBar()->maximum());
+    QTest::mouseClick(frozen->horizontalHeader()->viewport(), Qt::LeftButton, {}, {5, 5});
+    EXPECT_EQ(records->model().text(0, S::Key), "K1") << "sorted by it";
+    EXPECT_EQ(view.horizontalHeader()->sortIndicatorSection(), 0);
+    QTest::keyClick(&view, Qt::Key_Home);
+    EXPECT_FALSE(frozen->isVisible());
+    view.horizontalHeader()->moveSection(S::Key, 3);
+    view.horizontalScrollBar()->setValue(view.horizontalScrollBar()->maximum());
+    EXPECT_FALSE(frozen->isVisible()) << "a person has put it elsewhere";
+}
+
+// Assistive technology has Qt keep an index for every cell that it has read. Where their hashes are neighbours, moving
+// them takes a step for each pair of them: more than a minute for a list of 20,000 rows.
+TEST_F(SpreadsheetLayoutTest, CellsLieApartInTheHashByWhichTheyAreKept) {
+    SampleTable large(20'000);
+    SpreadsheetModel model(TablesTest::context_);
+    std::vector<ShownColumn> columns;
+    for (std::size_t column = 0; column < large.columnCount(); ++column)
+        columns.push_back({&large.column(column)});
+    model.setColumns(columns);
+    std::vector<bool> used(1u << 19); // as large as a hash of 200,000 is
+    for (int row = 0; row < model.rowCount(); ++row)
+        for (int column = 0; column < model.columnCount(); ++column)
+            used[qHash(model.index(row, column)) % used.size()] = true;
+    int run = 0, longest = 0;
+    for (const bool place : used) {
+        run = place ? run + 1 : 0;
+        longest = std::max(longest, run);
+    }
+    EXPECT_LT(longest, 100);
+
+    for (RowIndex row = 0; row < large.rowCount(); ++row)
+        large.column<SampleCount>().set(row, static_cast<std::int32_t>(row * 7919 % 20'000));
+    std::vector<QPersistentModelIndex> kept;
+    for (int row = 0; row < model.rowCount(); ++row)
+        for (int column = 0; column < model.columnCount(); ++column)
+            kept.emplace_back(model.index(row, column));
+    model.sort(S::Count);
+    for (RowIndex row = 0; row < large.rowCount(); row += 997) {
+        const QPersistentModelIndex& cell = kept[row * large.columnCount() + S::Name];
+        EXPECT_EQ(cell, model.index(model.placeOf(row), S::Name));
+        EXPECT_EQ(static_cast<RowIndex>(cell.row()), row * 7919 % 20'000);
+    }
 }
 
 } // namespace
