@@ -7,13 +7,12 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
-#include <QPainter>
 #include <QScrollBar>
 
 namespace quobrix {
 
 FrozenColumn::FrozenColumn(SpreadsheetView& list, SpreadsheetModel& model)
-    : QTableView(&list), list_(list), model_(model) {
+    : QTableView(&list), list_(list), model_(model), edge_(new QWidget(this)) {
     setObjectName(QStringLiteral("frozenColumn"));
     setModel(&model);
     QItemSelectionModel* own = selectionModel();
@@ -44,6 +43,8 @@ FrozenColumn::FrozenColumn(SpreadsheetView& list, SpreadsheetModel& model)
     header.setMinimumSectionSize(listHeader.minimumSectionSize());
     header.setContextMenuPolicy(Qt::CustomContextMenu);
     hideOthers();
+    edge_->setBackgroundRole(QPalette::Mid);
+    edge_->setAutoFillBackground(true);
 
     const auto showSorting = [this, &header, &listHeader] {
         header.setSortIndicatorShown(listHeader.sortIndicatorSection() == 0);
@@ -74,6 +75,8 @@ void FrozenColumn::follow() {
     horizontalHeader()->setFixedHeight(heading);
     setColumnWidth(0, list_.columnWidth(0));
     setGeometry(cells.left(), cells.top() - heading, list_.columnWidth(0), heading + cells.height());
+    edge_->setGeometry(width() - 1, 0, 1, height());
+    edge_->raise();
     show();
     raise();
     updateGeometries(); // or the range to scroll in may be an old one
@@ -95,13 +98,5 @@ void FrozenColumn::mouseDoubleClickEvent(QMouseEvent* event) {
 void FrozenColumn::contextMenuEvent(QContextMenuEvent* event) { emit list_.menuRequested(event->globalPos()); }
 
 void FrozenColumn::wheelEvent(QWheelEvent* event) { QApplication::sendEvent(list_.viewport(), event); }
-
-/// A line parts it from what is scrolled away under it.
-void FrozenColumn::paintEvent(QPaintEvent* event) {
-    QTableView::paintEvent(event);
-    QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::Mid));
-    painter.drawLine(viewport()->rect().topRight(), viewport()->rect().bottomRight());
-}
 
 } // namespace quobrix

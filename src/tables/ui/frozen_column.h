@@ -28,13 +28,13 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     void hideOthers();
 
     SpreadsheetView& list_;
     SpreadsheetModel& model_;
+    QWidget* edge_; ///< parts it from what is scrolled away under it
 };
 
 } // namespace quobrix
