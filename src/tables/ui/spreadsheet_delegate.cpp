@@ -65,7 +65,8 @@ void drawCheckBox(QPainter& painter, const QStyleOptionViewItem& option, bool ch
 void drawFocus(QPainter& painter, const QStyleOptionViewItem& option, bool selected) {
     painter.setPen(option.palette.color(selected ? QPalette::HighlightedText : QPalette::Highlight));
     painter.setBrush(Qt::NoBrush);
-    painter.drawRect(option.rect.adjusted(0, 0, -1, -1));
+    // In the middle of its pixels: what is drawn beyond the cell stays there when another cell is current.
+    painter.drawRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5));
 }
 
 } // namespace
