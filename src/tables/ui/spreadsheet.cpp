@@ -92,7 +92,7 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
     model_.setColumns(std::move(columns), std::move(rowTitle));
     if (!layout_.restored() && model_.rowCount() > 0)
         layout_.restore();
-    else if (!layout_.restored())
+    else
         layout_.fitToTexts();
 }
 
@@ -354,10 +354,9 @@ bool TSpreadsheet::canEmpty(const CellBlock& block) const {
         return false;
     return std::ranges::all_of(block.columns, [&](int shown) {
         const Column& column = model_.column(shown);
+        const auto free = [&](int place) { return column.lock(model_.storedRow(place)).empty(); };
         return model_.isEditable(shown) && column.requirements().need != Need::Required &&
-               column.parse({}, context_.text).ok() && std::ranges::all_of(block.places, [&](int place) {
-                   return model_.lockedBecause(place, shown).isEmpty();
-               });
+               column.parse({}, context_.text).ok() && std::ranges::all_of(block.places, free);
     });
 }
 
