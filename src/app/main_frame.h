@@ -47,6 +47,8 @@ public:
     void setPortStatus(const QString& text);
     /// Opens PATH as the document, from the shell, a drop or the recent files, as one guarded command.
     void openFile(const std::filesystem::path& path);
+    /// Marks those recent files as MISSING that are among them, no others.
+    void markMissingFiles(const std::vector<std::filesystem::path>& missing);
     /// Asks MAY_CLOSE before the window closes, after the document has been settled; false keeps it open.
     void beforeClosing(std::function<bool()> mayClose) { beforeClosing_.push_back(std::move(mayClose)); }
     /// Lines that the About box shows below the program's own (the logger's versions).
@@ -65,7 +67,6 @@ private:
     void addLogPage(CommandId id, const PersistentType& log, PageArea::Create create);
     void addRecentFileActions();
     void updateRecentFiles();
-    void markMissingFiles(const std::vector<std::filesystem::path>& missing);
     void updateTitle();
     void documentOutdated();
     void damageMet();

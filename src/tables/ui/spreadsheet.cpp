@@ -278,7 +278,7 @@ void TSpreadsheet::cut() {
     if (!finishEdit())
         return;
     const CellBlock block = blockToEdit(*view_, model_);
-    if (!block.empty())
+    if (canEmpty(block))
         copyCells(model_, block, context_.text.units);
     emptyCells(block, "cut", MessageId::CannotDelete);
 }

@@ -12,6 +12,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QStatusTipEvent>
 #include <QTimer>
@@ -240,9 +241,11 @@ bool SpreadsheetView::wantsFrozen() const {
 }
 
 void SpreadsheetView::placeFrozen() {
-    if (frozen_ && wantsFrozen())
+    if (!frozen_ || frozenHeld_)
+        return;
+    if (wantsFrozen())
         frozen_->follow();
-    else if (frozen_)
+    else
         frozen_->hide();
 }
 
@@ -269,11 +272,14 @@ void SpreadsheetView::updateGeometries() {
 void SpreadsheetView::scrollTo(const QModelIndex& cell, ScrollHint hint) {
     QScrollBar& sideways = *horizontalScrollBar();
     const int before = sideways.value();
-    const bool inSight = frozenWidth() > 0 && cell.column() == 0;
-    QTableView::scrollTo(cell, hint);
-    if (inSight)
+    if (frozenWidth() > 0 && cell.column() == 0) { // which is in sight; the list scrolls up and down only
+        const QScopedValueRollback held(frozenHeld_, true);
+        QTableView::scrollTo(cell, hint);
         sideways.setValue(before);
-    else if (const int covered = frozenWidth() - visualRect(cell).left(); covered > 0 && frozenWidth() > 0)
+        return;
+    }
+    QTableView::scrollTo(cell, hint);
+    if (const int covered = frozenWidth() - visualRect(cell).left(); covered > 0 && frozenWidth() > 0)
         sideways.setValue(sideways.value() - covered);
 }
 
@@ -389,9 +395,9 @@ void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
         QAbstractScrollArea::focusNextPrevChild(false);
     } else if (event->key() == Qt::Key_F10 && shift) { // which not every system makes a context menu of
         requestMenu({});
-    } else if (event->matches(QKeySequence::Delete)) { // while the commands take these keys, they do not come here
-        emit deleteRefused();
-    } else if (event->matches(QKeySequence::Cut)) {
+    } else if (event->key() == Qt::Key_Delete && event->modifiers() == Qt::NoModifier) {
+        emit deleteRefused(); // while the command is available, it takes the key
+    } else if (event->key() == Qt::Key_X && event->modifiers() == Qt::ControlModifier) {
         emit cutRefused();
     } else if (event->key() == Qt::Key_Backspace && cell.isValid()) {
         if (edit(cell, EditKeyPressed, event) && isEditing())

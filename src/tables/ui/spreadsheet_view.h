@@ -113,6 +113,7 @@ private:
     QString emptyText_;
     CellNote* note_;
     FrozenColumn* frozen_ = nullptr; ///< made when it is first needed
+    bool frozenHeld_ = false;        ///< it may have the mouse, so it is neither hidden nor moved
     bool marksCurrent_ = false;
     QPersistentModelIndex edited_; ///< the cell of the open editor
     bool accepted_ = true;         ///< the editor's value has been taken
