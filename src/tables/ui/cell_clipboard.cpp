@@ -1,7 +1,6 @@
 #include "tables/ui/cell_clipboard.h"
 
 #include "tables/ui/spreadsheet_model.h"
-#include "units/unit_system.h"
 
 #include <QClipboard>
 #include <QGuiApplication>

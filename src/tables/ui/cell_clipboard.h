@@ -2,6 +2,7 @@
 
 #include "tables/tabbed_text.h"
 #include "tables/ui/cell_block.h"
+#include "units/unit_system.h"
 
 #include <memory>
 #include <optional>
@@ -9,7 +10,6 @@
 namespace quobrix {
 
 class SpreadsheetModel;
-class TUnitSystem;
 
 /// Cells of the clipboard, and how dates and numbers are written in them.
 struct ClipboardCells {

@@ -46,7 +46,7 @@ FrozenColumn::FrozenColumn(SpreadsheetView& list, SpreadsheetModel& model)
     edge_->setBackgroundRole(QPalette::Mid);
     edge_->setAutoFillBackground(true);
 
-    const auto showSorting = [this, &header, &listHeader] {
+    const auto showSorting = [&header, &listHeader] {
         header.setSortIndicatorShown(listHeader.sortIndicatorSection() == 0);
         header.setSortIndicator(0, listHeader.sortIndicatorOrder());
     };
