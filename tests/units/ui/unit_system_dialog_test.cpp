@@ -294,6 +294,7 @@ TEST_F(UnitSystemDialogTest, NewRenameAndDelete) {
         EXPECT_EQ(asking->findChild<QLineEdit*>(QStringLiteral("UsDlgRenFldNew"))->selectedText(), "Ours");
         QTest::keyClick(asking, Qt::Key_Return); // which keeps the name, without a word
         EXPECT_FALSE(asking->isVisible());
+        asking->close();
     });
     field<QPushButton>("UsRename")->click();
     press("UsRename", "UsDlgRenFldNew", "mine");
