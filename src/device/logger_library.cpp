@@ -1,13 +1,13 @@
 #include "device/logger_library.h"
 
 #include "platform/dynamic_library.h"
+#include "platform/system_error.h"
 
 #include <fmt/format.h>
 
 #include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 namespace quobrix {
 namespace {
@@ -21,10 +21,10 @@ constexpr const char* kFileName = "libQuobrix.so";
 #endif
 
 #define ENTRY(name) +1
-static_assert(0
+constexpr int kFunctions = 0
 #include "device/logger_library.def"
-                  == 28,
-              "the library exports 28 functions");
+    ;
+static_assert(kFunctions == 28, "the library exports 28 functions");
 #undef ENTRY
 
 /// One function of each signature that comes to nothing.
@@ -51,32 +51,38 @@ LoggerFunctions absentLoggerFunctions() {
 
 fs::path loggerLibraryPath(const fs::path& programFolder, const char* override) {
     if (override == nullptr || *override == '\0')
-        return programFolder / kFileName;
+        return programFolder.empty() ? programFolder : programFolder / kFileName;
     std::error_code ignored;
-    const fs::path path = override;
+    const fs::path path = fs::absolute(override, ignored);
     return fs::is_directory(path, ignored) ? path / kFileName : path;
 }
 
 Result<LoggerLibrary> loadLoggerLibrary(const fs::path& path) {
+    if (path.empty())
+        return Error{ErrorKind::NotFound, "The logger library was not found because the system does not tell in which "
+                                          "folder this program is."};
+    const std::string name = pathText(path);
     auto module = DynamicLibrary::open(path);
     if (!module && module.error().kind == ErrorKind::NotFound)
-        return Error{ErrorKind::NotFound, fmt::format("The logger library {} was not found.", path.string())};
+        return Error{ErrorKind::NotFound, fmt::format("The logger library {} was not found.", name)};
     if (!module)
-        return Error{module.error().kind, fmt::format("The logger library {} could not be loaded ({}).", path.string(),
-                                                      module.error().detail)};
+        return Error{module.error().kind,
+                     fmt::format("The logger library {} could not be loaded ({}).", name, module.error().detail)};
 
     LoggerLibrary library;
-    std::vector<const char*> missing;
+    const char* firstMissing = nullptr;
+    int missing = 0;
 #define ENTRY(name)                                                                                                    \
     library.functions.name = reinterpret_cast<decltype(library.functions.name)>(module->symbol("Quobrix" #name));      \
-    if (library.functions.name == nullptr)                                                                             \
-        missing.push_back("Quobrix" #name);
+    if (library.functions.name == nullptr && missing++ == 0)                                                           \
+        firstMissing = "Quobrix" #name;
 #include "device/logger_library.def"
 #undef ENTRY
-    if (!missing.empty())
+    if (missing > 0)
         return Error{ErrorKind::Unsupported,
-                     fmt::format("The logger library {} lacks the function{} {}.", path.string(),
-                                 missing.size() == 1 ? "" : "s", fmt::join(missing, ", "))};
+                     fmt::format("{} is not the logger library that this program needs: it lacks {} of its {} "
+                                 "functions ({}{}).",
+                                 name, missing, kFunctions, firstMissing, missing == 1 ? "" : ", ...")};
     library.module = std::make_shared<DynamicLibrary>(std::move(*module));
     return library;
 }

@@ -22,6 +22,8 @@ inline constexpr ResultCode kPathTooLong = kNoLibrary + 1;
 inline constexpr ResultCode kBadSerialNumber = kNoLibrary + 2;
 /// The library handed over nothing where there must be something.
 inline constexpr ResultCode kNothingHandedOver = kNoLibrary + 3;
+/// What is left out of an operation after the person has cancelled it.
+inline constexpr ResultCode kCancelled = kNoLibrary + 4;
 
 /// The library's functions, all of them set. Tests fill one with a substitute's.
 struct LoggerFunctions {
@@ -36,13 +38,13 @@ struct LoggerLibrary {
     std::shared_ptr<void> module; ///< empty for a substitute that is linked in
 };
 
-/// Where the library is looked for: the file, or the folder with the library in it, that OVERRIDE names; without one
-/// the program's own folder.
+/// Where the library is looked for, an absolute path: the file, or the folder with the library in it, that OVERRIDE
+/// names; without one the program's own folder. Empty if that is not known: the current folder may be anybody's.
 std::filesystem::path loggerLibraryPath(const std::filesystem::path& programFolder,
                                         const char* override = std::getenv("QUOBRIX_LIBRARY"));
 
 /// Loads the library at PATH. The error's detail is one sentence for the user that names the file and, when it lacks
-/// functions, each of them: NotFound (no such file), Unsupported (it cannot be loaded, or lacks functions).
+/// functions, the first of them: NotFound (no such file), Unsupported (it cannot be loaded, or lacks functions).
 Result<LoggerLibrary> loadLoggerLibrary(const std::filesystem::path& path);
 
 /// Functions that all come to kNoLibrary and hand nothing back: what stands in while there is no library.

@@ -8,11 +8,12 @@ namespace quobrix {
 DynamicLibrary::DynamicLibrary(void* handle) : handle_(handle, [](void* library) { ::dlclose(library); }) {}
 
 Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
+    if (!path.is_absolute())
+        return Error{ErrorKind::Unsupported, pathText(path) + " is not an absolute path"};
     std::error_code code;
     if (!std::filesystem::exists(path, code))
         return Error{ErrorKind::NotFound, pathText(path) + " does not exist"};
-    // Absolute, or a bare name would be sought in the system's folders instead.
-    void* handle = ::dlopen(std::filesystem::absolute(path, code).c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         const char* reason = ::dlerror();
         return Error{ErrorKind::Unsupported, reason != nullptr ? reason : pathText(path)};

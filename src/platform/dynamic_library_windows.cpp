@@ -11,11 +11,13 @@ DynamicLibrary::DynamicLibrary(void* handle)
     : handle_(handle, [](void* library) { FreeLibrary(static_cast<HMODULE>(library)); }) {}
 
 Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
+    if (!path.is_absolute())
+        return Error{ErrorKind::Unsupported, pathText(path) + " is not an absolute path"};
     std::error_code code;
     if (!std::filesystem::exists(path, code))
         return Error{ErrorKind::NotFound, pathText(path) + " does not exist"};
     // The library's own folder is searched for what it needs; the current folder is not.
-    const HMODULE handle = LoadLibraryExW(std::filesystem::absolute(path, code).c_str(), nullptr,
+    const HMODULE handle = LoadLibraryExW(path.c_str(), nullptr,
                                           LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (handle == nullptr)
         return Error{ErrorKind::Unsupported, lastSystemError("load", path).detail};

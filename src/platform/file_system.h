@@ -90,6 +90,8 @@ Result<void> flushFolder(const std::filesystem::path& folder);
 void removeAbandoned(const std::filesystem::path& folder);
 /// Removes PATH, a regular file, unless somebody has it locked or locks cannot be had.
 void removeUnlessLocked(const std::filesystem::path& path);
+/// FOLDER is the user's own and nobody else may put anything there.
+bool onlyUserWrites(const std::filesystem::path& folder);
 /// Gives the file the system's hidden attribute, where the system has one; its other attributes stay.
 Result<void> hideFile(const std::filesystem::path& path);
 

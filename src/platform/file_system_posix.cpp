@@ -25,6 +25,12 @@ Result<void> adoptPermissions(const std::filesystem::path& temporary, const std:
     return {};
 }
 
+bool onlyUserWrites(const std::filesystem::path& folder) {
+    struct stat status {};
+    return ::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
 Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         return lastSystemError("replace", to);

@@ -37,6 +37,11 @@ bool renameOverOpenFile(const std::filesystem::path& from, const std::filesystem
 // The new file inherits its access list from the folder.
 Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path&) { return {}; }
 
+bool onlyUserWrites(const std::filesystem::path& folder) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(folder, ignored); // as the profile's folders are
+}
+
 Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     const DWORD attributes = GetFileAttributesW(to.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&

@@ -3,6 +3,8 @@
 namespace quobrix {
 
 std::filesystem::path programFolder(const std::filesystem::path& executable) {
+    if (executable.empty())
+        return {};
     using Text = std::filesystem::path::string_type;
     constexpr auto kSeparator = std::filesystem::path::preferred_separator;
     Text folder = (executable.parent_path() / "").native();
@@ -14,6 +16,8 @@ std::filesystem::path programFolder(const std::filesystem::path& executable) {
 
 std::filesystem::path deliveredFolder() {
     const std::filesystem::path program = programFolder(executablePath());
+    if (program.empty())
+        return {};
     const std::filesystem::path packaged = (program / ".." / "share" / "quobrix").lexically_normal();
     std::error_code ignored;
     return std::filesystem::is_directory(packaged, ignored) ? packaged : program;

@@ -7,13 +7,14 @@ namespace quobrix {
 /// The running program's file, links followed; empty if the system does not say.
 std::filesystem::path executablePath();
 
-/// The folder of the program EXECUTABLE, ending in a separator, in which its data files are sought. A program that is
+/// The folder of the program EXECUTABLE, ending in a separator, in which its data files and the logger library are
+/// sought; empty if EXECUTABLE is, for what lies in the current folder is not the program's. A program that is
 /// run from a build's Release folder finds them beside that folder: the first "Release" folder of the path is left
 /// out, so C:\Work\Release\Sub\x.exe yields C:\Work\Sub\.
 std::filesystem::path programFolder(const std::filesystem::path& executable);
 
 /// Where the files lie that are delivered with the program: in its folder, or, once it is installed as a package, in
-/// share/quobrix beside that.
+/// share/quobrix beside that. Empty if the system does not say where the program is.
 std::filesystem::path deliveredFolder();
 
 /// Where this user's data and settings of the program lie; may not exist yet. Empty if the user has no home.

@@ -224,6 +224,7 @@ TEST_F(PlatformTest, ProgramFolderLeavesTheReleaseFolderOut) {
     EXPECT_EQ(programFolder("/work/Release/sub/quobrix"), "/work/sub/");
     EXPECT_EQ(programFolder("/work/Release/Release/quobrix"), "/work/Release/");
     EXPECT_EQ(programFolder("/work/PreRelease/quobrix"), "/work/PreRelease/");
+    EXPECT_EQ(programFolder(""), "") << "where the system does not tell, it is not the current folder";
     EXPECT_TRUE(fs::equivalent(executablePath(), "/proc/self/exe"));
 }
 
@@ -231,7 +232,22 @@ TEST_F(PlatformTest, LibrariesAreLoadedByPath) {
     EXPECT_EQ(DynamicLibrary::open(folder_ / "none.so").error().kind, ErrorKind::NotFound);
     put(folder_ / "text.so", "no library");
     EXPECT_EQ(DynamicLibrary::open(folder_ / "text.so").error().kind, ErrorKind::Unsupported);
+    EXPECT_EQ(DynamicLibrary::open("libm.so.6").error().kind, ErrorKind::Unsupported) << "not sought anywhere";
 }
+
+#ifndef _WIN32
+TEST_F(PlatformTest, AFolderIsPrivateOnlyIfNobodyElseMayWriteInIt) {
+    const fs::path folder = folder_ / "private";
+    fs::create_directory(folder);
+    for (const auto& [mode, expected] : {std::pair(0700, true), {0755, true}, {0775, false}, {0702, false}}) {
+        fs::permissions(folder, static_cast<fs::perms>(mode));
+        EXPECT_EQ(onlyUserWrites(folder), expected) << mode;
+    }
+    EXPECT_FALSE(onlyUserWrites("/tmp"));
+    EXPECT_FALSE(onlyUserWrites(folder / "none"));
+    EXPECT_FALSE(onlyUserWrites(""));
+}
+#endif
 
 } // namespace
 } // namespace quobrix
