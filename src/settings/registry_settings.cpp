@@ -5,7 +5,10 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <string>
+#include <system_error>
 
 namespace quobrix {
 namespace {
@@ -27,8 +30,8 @@ std::string toUtf8(std::wstring_view wide) {
 
 std::wstring keyPath(std::string_view section) { return L"Software\\Halvern\\Quobrix\\" + toWide(section); }
 
-/// One key per section below HKEY_CURRENT_USER\Software\Halvern\Quobrix, texts as REG_SZ. Integers that another version
-/// stored as REG_DWORD are read as well.
+/// One key per section below HKEY_CURRENT_USER\Software\Halvern\Quobrix, texts as REG_SZ and integers as REG_DWORD.
+/// Integers that an earlier version stored as REG_SZ are read as well.
 class RegistrySettings final : public SettingsBackend {
 public:
     std::string read(std::string_view section, std::string_view name) const override {
@@ -66,6 +69,16 @@ public:
         const std::wstring text = toWide(value);
         RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), toWide(name).c_str(), REG_SZ, text.c_str(),
                         static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+    }
+
+    void writeInteger(std::string_view section, std::string_view name, std::string_view value) override {
+        std::int32_t number = 0;
+        const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+        if (error != std::errc{} || end != value.data() + value.size())
+            return write(section, name, value); // what an undo puts back need not be a number
+        const auto bits = static_cast<DWORD>(number);
+        RegSetKeyValueW(HKEY_CURRENT_USER, keyPath(section).c_str(), toWide(name).c_str(), REG_DWORD, &bits,
+                        sizeof bits);
     }
 };
 

@@ -55,11 +55,11 @@ double Settings::getReal(std::string_view section, std::string_view name, double
 }
 
 void Settings::setText(std::string_view section, std::string_view name, std::string_view value, bool journal) {
-    store(section, name, value, journal);
+    store(Type::Text, section, name, value, journal);
 }
 
 void Settings::setInteger(std::string_view section, std::string_view name, std::int32_t value, bool journal) {
-    store(section, name, value == kMissingInteger ? std::string() : fmt::to_string(value), journal);
+    store(Type::Integer, section, name, value == kMissingInteger ? std::string() : fmt::to_string(value), journal);
 }
 
 void Settings::setBoolean(std::string_view section, std::string_view name, bool value, bool journal) {
@@ -67,14 +67,14 @@ void Settings::setBoolean(std::string_view section, std::string_view name, bool 
 }
 
 void Settings::setReal(std::string_view section, std::string_view name, double value, bool journal) {
-    store(section, name, std::isfinite(value) ? fmt::format("{:.9f}", value) : std::string(), journal);
+    store(Type::Text, section, name, std::isfinite(value) ? fmt::format("{:.9f}", value) : std::string(), journal);
 }
 
 void Settings::undoTo(std::size_t mark) {
     while (journal_.size() > mark) {
         const Entry entry = std::move(journal_.back());
         journal_.pop_back();
-        store(entry.section, entry.name, entry.previous, false);
+        store(entry.type, entry.section, entry.name, entry.previous, false);
     }
 }
 
@@ -83,11 +83,15 @@ void Settings::discardTo(std::size_t mark) {
         journal_.erase(journal_.begin() + static_cast<std::ptrdiff_t>(mark), journal_.end());
 }
 
-void Settings::store(std::string_view section, std::string_view name, std::string_view value, bool journal) {
+void Settings::store(Type type, std::string_view section, std::string_view name, std::string_view value, bool journal) {
     const std::string previous = backend_->read(section, name);
     if (journal && journalEnabled_)
-        journal_.push_back({std::string(section), std::string(name), previous});
-    if (previous != value) // a setting that stays as it is costs no write
+        journal_.push_back({std::string(section), std::string(name), previous, type});
+    if (previous == value) // a setting that stays as it is costs no write
+        return;
+    if (type == Type::Integer && !value.empty())
+        backend_->writeInteger(section, name, value);
+    else
         backend_->write(section, name, value);
 }
 

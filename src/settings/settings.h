@@ -20,6 +20,11 @@ public:
     /// Stores VALUE; an empty one removes the entry. A place that cannot be written is no error: the value then holds
     /// for this run only.
     virtual void write(std::string_view section, std::string_view name, std::string_view value) = 0;
+    /// Stores the integer that VALUE is the decimal text of; what read() gives back is that text. For places that keep
+    /// integers apart.
+    virtual void writeInteger(std::string_view section, std::string_view name, std::string_view value) {
+        write(section, name, value);
+    }
 };
 
 /// Settings that end with the process.
@@ -65,11 +70,13 @@ public:
     void discardTo(std::size_t mark);
 
 private:
+    enum class Type { Text, Integer };
     struct Entry {
         std::string section, name, previous;
+        Type type;
     };
 
-    void store(std::string_view section, std::string_view name, std::string_view value, bool journal);
+    void store(Type type, std::string_view section, std::string_view name, std::string_view value, bool journal);
 
     std::unique_ptr<SettingsBackend> backend_;
     std::vector<Entry> journal_;

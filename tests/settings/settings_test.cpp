@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <limits>
+#include <map>
 
 namespace quobrix {
 namespace {
@@ -41,6 +42,35 @@ TEST_F(SettingsTest, RealsAreTextWithNineDecimalsInEveryLocale) {
     EXPECT_EQ(stored_->read("TSplitter", "aspectRatio"), "1.500000000");
     EXPECT_EQ(settings_->getReal("TSplitter", "aspectRatio", 0), 1.5);
     std::setlocale(LC_ALL, before.c_str());
+}
+
+TEST(SettingsTypes, IntegersAreWrittenAsSuchAlsoWhenTheyAreTakenBack) {
+    struct Typed final : SettingsBackend {
+        std::map<std::string, std::string, std::less<>>& values;
+        explicit Typed(std::map<std::string, std::string, std::less<>>& v) : values(v) {}
+        std::string read(std::string_view, std::string_view name) const override {
+            const auto found = values.find(name);
+            return found == values.end() ? "" : found->second.substr(2);
+        }
+        void write(std::string_view, std::string_view name, std::string_view value) override {
+            values[std::string(name)] = "t:" + std::string(value);
+        }
+        void writeInteger(std::string_view, std::string_view name, std::string_view value) override {
+            values[std::string(name)] = "i:" + std::string(value);
+        }
+    };
+    std::map<std::string, std::string, std::less<>> values;
+    Settings settings(std::make_unique<Typed>(values));
+    settings.setInteger("S", "integer", -7);
+    settings.setBoolean("S", "boolean", true);
+    settings.setReal("S", "real", 2);
+    settings.setText("S", "text", "12");
+    EXPECT_EQ(values,
+              (decltype(values){{"integer", "i:-7"}, {"boolean", "i:1"}, {"real", "t:2.000000000"}, {"text", "t:12"}}));
+    settings.enableJournal(true);
+    settings.setInteger("S", "integer", 8, true);
+    settings.undoTo(0);
+    EXPECT_EQ(values["integer"], "i:-7");
 }
 
 TEST_F(SettingsTest, ATextOfTheWrongTypeCountsAsMissing) {
