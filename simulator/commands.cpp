@@ -196,6 +196,10 @@ Result<void> generate(const PortStore& store, const std::string& port, const Gen
     });
 }
 
+Result<void> fault(const PortStore& store, const std::string& port, const Faults& faults) {
+    return store.setFaults(port, faults);
+}
+
 Result<void> memory(const PortStore& store, const std::string& port, bool clear) {
     if (clear)
         QUOBRIX_TRY(change(store, port, [](Logger& logger) { return logger.forget(); }));

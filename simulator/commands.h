@@ -47,6 +47,8 @@ Result<void> list(const PortStore& store);
 Result<void> set(const PortStore& store, const std::string& port, const Settings& settings);
 Result<void> record(const PortStore& store, const std::string& port, const RecordOptions& options);
 Result<void> generate(const PortStore& store, const std::string& port, const GenerateOptions& options);
+/// Makes the port as faulty as FAULTS say, and no more than that.
+Result<void> fault(const PortStore& store, const std::string& port, const Faults& faults);
 Result<void> memory(const PortStore& store, const std::string& port, bool clear);
 /// Writes the image of the main log, as the maker's software saves a log to a file.
 Result<void> exportLog(const PortStore& store, const std::string& port, const std::filesystem::path& target);

@@ -8,6 +8,7 @@
 #include "device/quobrix.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,8 @@
 #include <iterator>
 #include <new>
 #include <optional>
+#include <string_view>
+#include <thread>
 #include <tuple>
 
 namespace quobrix::sim {
@@ -84,12 +87,18 @@ std::int32_t portResult(const Error& error) {
 
 std::int32_t logResult(const Error& error) { return error.kind == ErrorKind::NotADocument ? kNotALog : kLogDamaged; }
 
+/// A slow port takes its time, and keeps nobody else from the port's file meanwhile.
+void takeTime(const PortStore& store, std::string_view port) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(store.faults(port).delay));
+}
+
 /// Asks the attached logger: F(const Logger&) -> result code.
 template <class F>
 std::int32_t ask(F f, Memories memories = Memories::Skip) {
     return guarded([&]() -> std::int32_t {
         if (!openPort)
             return QUOBRIX_PORT_NOT_OPENED;
+        takeTime(openPort->store, openPort->name);
         const auto port = openPort->store.read(openPort->name, memories);
         if (!port)
             return portResult(port.error());
@@ -103,6 +112,7 @@ std::int32_t tell(F f) {
     return guarded([&]() -> std::int32_t {
         if (!openPort)
             return QUOBRIX_PORT_NOT_OPENED;
+        takeTime(openPort->store, openPort->name);
         std::int32_t result = QUOBRIX_TIMEOUT;
         const auto updated = openPort->store.update(openPort->name, [&](Port& port) -> Result<void> {
             if (port.logger())
@@ -207,6 +217,7 @@ int32_t QuobrixOpenPort(const char* portName) {
         PortStore store(simulatorFolder());
         if (!portName || !store.exists(portName))
             return QUOBRIX_PORT_DOES_NOT_EXIST;
+        takeTime(store, portName);
         auto lock = store.open(portName);
         if (!lock)
             return portResult(lock.error());
@@ -216,8 +227,12 @@ int32_t QuobrixOpenPort(const char* portName) {
 }
 
 int32_t QuobrixClosePort(void) {
-    openPort.reset();
-    return QUOBRIX_OK;
+    return guarded([]() -> std::int32_t {
+        if (openPort)
+            takeTime(openPort->store, openPort->name);
+        openPort.reset();
+        return QUOBRIX_OK;
+    });
 }
 
 const char* QuobrixResultDescription(int32_t result) {

@@ -109,6 +109,16 @@ int run(int argc, char** argv) {
         return memory(store, port, clear);
     })->add_flag("--clear", clear, "Empty it first, without a trace");
 
+    Faults faults;
+    bool noFaults = false;
+    auto* faultOptions =
+        portCommand("fault", "Make the port and its logger slow", [&] { return fault(store, port, faults); })
+            ->add_option_group("Fault")
+            ->require_option(1);
+    faultOptions->add_option("--delay", faults.delay, "Seconds that every call to it takes")
+        ->check(CLI::Range(0.0, 3600.0));
+    faultOptions->add_flag("--clear", noFaults, "Make it as good as new");
+
     std::filesystem::path target;
     portCommand("export", "Save the main log to a file that the program can import",
                 [&] { return exportLog(store, port, target); })

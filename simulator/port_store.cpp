@@ -120,6 +120,29 @@ bool PortStore::exists(std::string_view name) const {
     return isPortName(name) && fs::is_regular_file(file(name), error);
 }
 
+fs::path PortStore::faultFile(std::string_view name) const { return folder_ / ("." + std::string(name) + ".faults"); }
+
+Faults PortStore::faults(std::string_view name) const {
+    Faults faults;
+    if (std::ifstream in(isPortName(name) ? faultFile(name) : fs::path()); !(in >> faults.delay))
+        faults.delay = 0;
+    return faults;
+}
+
+Result<void> PortStore::setFaults(std::string_view name, const Faults& faults) const {
+    if (!exists(name))
+        return Error{ErrorKind::NotFound, std::string(name) + ": no such port"};
+    std::error_code error;
+    if (faults.delay == 0) {
+        fs::remove(faultFile(name), error);
+        return {};
+    }
+    std::ofstream out(faultFile(name), std::ios::trunc);
+    out << faults.delay << '\n';
+    out.close();
+    return out ? Result<void>() : Error{ErrorKind::Io, std::string(name) + ": its faults cannot be written"};
+}
+
 std::vector<std::string> PortStore::ports() const {
     std::vector<std::string> names;
     std::error_code error;
@@ -213,6 +236,7 @@ Result<void> PortStore::remove(std::string_view name) const {
     std::error_code error;
     fs::remove(file(name), error);
     fs::remove(folder_ / ("." + std::string(name) + ".open"), error);
+    fs::remove(faultFile(name), error);
     return {};
 }
 

@@ -25,6 +25,11 @@ struct Port {
 
 enum class Memories { Skip, Read };
 
+/// What is wrong with a port.
+struct Faults {
+    double delay = 0; ///< s that opening the port and each call to its logger take
+};
+
 /// The folder with one file a port, which programs in several processes read and change at the same time: every access
 /// reads the file afresh under a lock of the folder, and a change is written beside it and renamed over it.
 class PortStore {
@@ -58,11 +63,17 @@ public:
         return writeLocked(name, *port);
     }
 
+    /// Of a port that is not there: none.
+    Faults faults(std::string_view name) const;
+    /// ErrorKind::NotFound if there is no such port.
+    Result<void> setFaults(std::string_view name, const Faults& faults) const;
+
     /// Held by the one who has the port open; ErrorKind::InUse if someone else has it.
     Result<FileLock> open(std::string_view name) const;
 
 private:
     std::filesystem::path file(std::string_view name) const;
+    std::filesystem::path faultFile(std::string_view name) const;
     Result<FileLock> lockFolder() const;
     Result<Port> readLocked(std::string_view name, Memories memories) const;
     Result<void> writeLocked(std::string_view name, const Port& port) const;
