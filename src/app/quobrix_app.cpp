@@ -8,11 +8,16 @@
 
 #include <QIcon>
 #include <QTimer>
+#include <QWindow>
 
 namespace quobrix {
 namespace {
 
 namespace fs = std::filesystem;
+
+// A window that is minimized as it starts is never seen.
+constexpr int kShownInterval = 10; // ms
+constexpr int kShownAttempts = 200;
 
 /// The file that ARGUMENTS (the program's own first) name, made absolute while the folder of the start is current.
 fs::path fileNamed(const QStringList& arguments) {
@@ -28,7 +33,8 @@ fs::path fileNamed(const QStringList& arguments) {
 
 TQuobrixApp::TQuobrixApp(int& argc, char** argv)
     : QApplication(argc, argv), commandLineGiven_(arguments().size() > 1), commandLineFile_(fileNamed(arguments())),
-      dataFolder_(deliveredFolder()), settings_(userSettings()), instance_(userConfigFolder()),
+      libraryPath_(loggerLibraryPath(programFolder(executablePath()))), dataFolder_(deliveredFolder()),
+      settings_(userSettings()), instance_(userConfigFolder()),
       unitStore_(units_, {dataFolder_, userDataFolder()}, &settings_), zone_(TimeZone::local()) {
     setOrganizationName(QStringLiteral("Halvern"));
     setApplicationName(QStringLiteral("Quobrix"));
@@ -40,11 +46,8 @@ TQuobrixApp::~TQuobrixApp() { units_.removeListener(*this); }
 
 bool TQuobrixApp::start() {
     enterWorkingFolder();
-    if (!instance_.first()) {
-        if (!commandLineFile_.empty())
-            instance_.send(commandLineFile_);
+    if (!instance_.first() && (commandLineFile_.empty() || instance_.handOver(commandLineFile_)))
         return false;
-    }
     applyTheme(*this, settings_);
     setWindowIcon(QIcon(QStringLiteral(":/icons/quobrix.svg")));
     units_.setLocale(userLocale());
@@ -52,15 +55,26 @@ bool TQuobrixApp::start() {
     units_.addListener(*this);
     document_ = std::make_unique<TQuobrixDocument>();
     createFrame();
-    instance_.receive([this](const fs::path& file) { openWhenIdle(file); });
+    instance_.receive(
+        [this](const fs::path& file, const SingleInstance::Opened& opened) { openWhenIdle(file, opened); });
     // Everything that may ask or tell waits until the window is there.
-    QTimer::singleShot(0, frame_.get(), [this, unitsProblem] {
+    const auto begin = [this, unitsProblem] {
         if (unitsProblem)
             frame_->prompter().tell(*unitsProblem);
         openStartFile();
         logger_->start();
-    });
+    };
+    whenShown(begin, kShownAttempts);
     return true;
+}
+
+void TQuobrixApp::whenShown(const std::function<void()>& next, int attempts) {
+    QTimer::singleShot(kShownInterval, frame_.get(), [this, next, attempts] {
+        if (attempts > 0 && !frame_->windowHandle()->isExposed())
+            whenShown(next, attempts - 1);
+        else
+            next();
+    });
 }
 
 void TQuobrixApp::enterWorkingFolder() {
@@ -80,8 +94,7 @@ void TQuobrixApp::createFrame() {
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
-    logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_,
-                                               loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath()))));
+    logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_));
     frame_->pages().show(kHomePage);
     frame_->show();
 }
@@ -109,7 +122,7 @@ void TQuobrixApp::openStartFile() {
 void TQuobrixApp::firstRun() {
     const fs::path example = dataFolder_ / "Example.car";
     std::error_code ignored;
-    if (fs::exists(example, ignored))
+    if (!dataFolder_.empty() && fs::exists(example, ignored))
         frame_->commands().guard(*frame_->commands().action(CommandId::Open), [&] {
             if (!frame_->files().openExample(example))
                 return;
@@ -119,15 +132,19 @@ void TQuobrixApp::firstRun() {
     settings_.setInteger("Example File", "Opened", 1);
 }
 
-void TQuobrixApp::openWhenIdle(const fs::path& file) {
+void TQuobrixApp::openWhenIdle(const fs::path& file, const SingleInstance::Opened& opened) {
+    if (!frame_->isVisible()) // closed: the program is ending
+        return;
     if (activeModalWidget() || frame_->commands().running()) { // the document must not change under an open question
-        QTimer::singleShot(200, frame_.get(), [this, file] { openWhenIdle(file); });
+        QTimer::singleShot(200, frame_.get(), [this, file, opened] { openWhenIdle(file, opened); });
         return;
     }
     frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
     frame_->raise();
     frame_->activateWindow();
     frame_->openFile(file);
+    if (opened)
+        opened();
 }
 
 void TQuobrixApp::unitsChanged(UnitsChange, std::optional<UnitTypeId>) {

@@ -14,6 +14,7 @@
 #include <QApplication>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 namespace quobrix {
@@ -33,13 +34,20 @@ public:
 private:
     void enterWorkingFolder();
     void createFrame();
+    /// Calls NEXT when the frame has its place on the screen, so that boxes stand over it.
+    void whenShown(const std::function<void()>& next, int attempts);
     void openStartFile();
     void firstRun();
-    void openWhenIdle(const std::filesystem::path& file);
+    /// Calls OPENED (if given) behind it; never, if the window closes before.
+    void openWhenIdle(const std::filesystem::path& file, const SingleInstance::Opened& opened = {});
     void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
+
+    /// Goes last, and its port has a rest then: the next copy may be the first, and have the document, meanwhile.
+    std::unique_ptr<LoggerCommands> logger_;
 
     const bool commandLineGiven_;
     const std::filesystem::path commandLineFile_; ///< empty if none was named
+    const std::filesystem::path libraryPath_;     ///< of the logger library
     const std::filesystem::path dataFolder_;      ///< what is delivered with the program; its own folder if possible
     Settings settings_;
     SingleInstance instance_;
@@ -50,7 +58,6 @@ private:
     std::unique_ptr<TQuobrixFrame> frame_;
     std::unique_ptr<UnitsCommand> unitsCommand_;
     std::unique_ptr<NamesCommands> namesCommands_;
-    std::unique_ptr<LoggerCommands> logger_;
 };
 
 } // namespace quobrix
