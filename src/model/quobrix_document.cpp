@@ -114,6 +114,11 @@ bool TQuobrixDocument::keepsBackup(const std::filesystem::path& file) const {
 
 std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : path().filename().string(); }
 
+bool TQuobrixDocument::holdsSomething() const {
+    return std::ranges::any_of(roots(), [](const Table* table) { return table->rowCount() > 0; }) ||
+           store().singletonIds().contains(TAccidentLogTable::kType.id());
+}
+
 std::string TQuobrixDocument::lockedBecause() const {
     if (isExample())
         return "The example file cannot be edited. Start a new file, or open one of your own.";

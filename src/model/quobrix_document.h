@@ -45,8 +45,9 @@ public:
     /// The way by which all editing of its tables goes. What else moves or removes rows ends the history: clear().
     TableEdits& edits() { return edits_; }
 
-    /// Rows were added or edited since the document was opened or begun.
-    bool dataChanged() const { return dataChanged_; }
+    /// Rows were added or edited since the document was opened or begun. Not of one without a file that holds nothing:
+    /// there would be nothing to save.
+    bool dataChanged() const { return dataChanged_ && (hasFile() || holdsSomething()); }
     void setDataChanged() { dataChanged_ = true; }
 
     /// The file's name without its folder; "Quobrix Data" for an untitled document.
@@ -65,6 +66,7 @@ protected:
 
 private:
     void tableChanged(const TableChange&) override { setDataChanged(); }
+    bool holdsSomething() const;
     /// Edits of the example would be lost, and those of a damaged document might lose something.
     std::string lockedBecause() const;
     std::array<const Table*, 6> roots() const { return {drivers_, vehicles_, loggers_, trips_, troubles_, activity_}; }

@@ -109,6 +109,16 @@ TEST_F(DocumentFilesTest, ANewDocumentAsksOnlyIfDataWasAdded) {
     EXPECT_EQ(log_, "replacing replaced ");
 }
 
+TEST_F(DocumentFilesTest, ANewDocumentThatHoldsNothingAsksNothing) {
+    ASSERT_TRUE(document_.edits().insertRows(document_.drivers().id(), 0).ok());
+    EXPECT_TRUE(document_.dataChanged());
+    document_.edits().undo();
+    EXPECT_FALSE(document_.dataChanged()) << "nothing is left of what was added";
+    document_.setDataChanged(); // a download from an empty logger
+    ScriptedPrompter silent;
+    EXPECT_TRUE(files(silent).newFile());
+}
+
 TEST_F(DocumentFilesTest, SavingAtTheQuestionThatIsThenCancelledKeepsTheDocument) {
     addTrip();
     ScriptedPrompter prompter{{MessageId::SaveChanges, Answer::Yes}};
