@@ -39,13 +39,14 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
 }
 
 /// Whether a logger answers on PORT, which then stays open.
-bool connect(LoggerCalls& calls, const std::string& port) {
-    const LoggerOutcome opened = calls.get([&](LockedLogger& logger) { return logger.outcome(logger.openPort(port)); });
+bool connect(LoggerLink& link, const std::string& port) {
+    LockedLogger logger(link);
+    const LoggerOutcome opened = logger.outcome(logger.openPort(port));
     if (!opened.ok()) {
         complain(fmt::format("{}: {}", port, openFailureMessage(opened).text));
         return false;
     }
-    const LoggerOutcome probed = calls.get([](LockedLogger& logger) { return logger.outcome(logger.probe()); });
+    const LoggerOutcome probed = logger.outcome(logger.probe());
     if (!probed.ok())
         complain(failureMessage("Unable to download logs", probed).text);
     return probed.ok();
@@ -81,7 +82,7 @@ ExitCode download(const DownloadOptions& options) {
         return kFailed;
     }
     DirectCalls calls(link);
-    if (!connect(calls, options.port ? *options.port : defaultPort(settings)))
+    if (!connect(link, options.port ? *options.port : defaultPort(settings)))
         return kFailed;
 
     OptionPrompter prompter(options.yesTo);
@@ -93,9 +94,9 @@ ExitCode download(const DownloadOptions& options) {
     };
     const std::optional<MergeResult> result =
         Download(calls, prompter, settings, noProgress, names,
-                 {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile})
+                 {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile, .mayChangePort = false})
             .run(document);
-    calls.run([](LockedLogger& logger) { logger.closePort(); });
+    LockedLogger(link).closePort();
     if (!result) {
         if (!prompter.told())
             complain("nothing was downloaded");

@@ -82,9 +82,7 @@ QString capitalized(std::string_view text) {
 
 } // namespace
 
-Answer DialogPrompter::ask(const Message& question) {
-    return show(parent(), question) == QMessageBox::Yes ? Answer::Yes : Answer::No;
-}
+Answer DialogPrompter::ask(const Message& question) { return remind(question); }
 
 std::optional<Answer> DialogPrompter::askOrCancel(const Message& question) {
     const auto button = show(parent(), question);
@@ -117,21 +115,29 @@ std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
     return static_cast<std::size_t>(pressed - buttons.begin());
 }
 
-void DialogPrompter::tell(const Message& statement) {
-    const std::optional<std::string_view> key = reminderKey(statement.id);
+void DialogPrompter::tell(const Message& statement) { remind(statement); }
+
+/// Shows a statement or question unless it is a reminder that is not wanted.
+Answer DialogPrompter::remind(const Message& message) {
+    const std::optional<std::string_view> key = reminderKey(message.id);
+    auto pressed = QMessageBox::NoButton;
     if (!key) {
-        show(parent(), statement);
+        pressed = show(parent(), message);
     } else if (reminders_.shouldRemind(*key)) {
         QComboBox* choices = makeReminderChoices(reminders_.choice(*key));
         choices->setObjectName(QStringLiteral("ReminderChoice"));
         choices->setAccessibleName(QStringLiteral("How often to remind"));
         QObject::connect(choices, &QComboBox::currentIndexChanged,
                          [&](int choice) { reminders_.setChoice(*key, static_cast<ReminderChoice>(choice)); });
-        show(parent(), statement, choices);
+        pressed = show(parent(), message, choices);
         reminders_.reminded(*key);
     } else {
-        quietly_(toQt(statement.text).simplified());
+        const bool question = messageSpec(message.id).buttons != MessageButtons::Ok;
+        const std::string_view text = message.text;
+        // What a question asks stands behind what it is about.
+        quietly_(toQt(question ? text.substr(0, text.find("\n\n")) : text).simplified());
     }
+    return pressed == QMessageBox::Yes ? Answer::Yes : Answer::No;
 }
 
 QWidget& DialogPrompter::parent() {
@@ -141,6 +147,8 @@ QWidget& DialogPrompter::parent() {
     if (!active && last_ && last_->isVisible()) // between two boxes no window is active for a moment
         active = last_;
     last_ = active ? active : &window_;
+    if (last_->isMinimized()) // the box could not be seen either
+        last_->setWindowState(last_->windowState() & ~Qt::WindowMinimized);
     return *last_;
 }
 

@@ -26,9 +26,10 @@ std::string resultText(const MergeResult& result) {
 
 } // namespace
 
-LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library)
+LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
+                               LoggerSession::Times times)
     : frame_(frame), names_(names), link_(std::move(library)),
-      session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame) {
+      session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times) {
     frame_.commands().handle(CommandId::Download, [this] { download(); });
     frame_.commands().handle(CommandId::CommunicationsPort, [this] { session_.choosePort(); });
     QObject::connect(&session_, &LoggerSession::statusChanged, &session_, [this] { showStatus(); });

@@ -11,8 +11,9 @@ class TQuobrixFrame;
 /// The commands that need the logger, as the main frame offers them, and the state of the port in its status bar.
 class LoggerCommands {
 public:
-    /// FRAME and NAMES must outlive the commands.
-    LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library);
+    /// FRAME and NAMES must outlive all but the destructor, which has the worker close the port.
+    LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
+                   LoggerSession::Times times = {});
 
     /// Looks for the logger as the program starts. Without a library nothing is asked: the first logger command will
     /// say what is missing.

@@ -43,7 +43,7 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     const bool wantsNew = wantsNewDocument(document);
     if (wantsNew && hooks_.mayStartNewDocument && !hooks_.mayStartNewDocument())
         return {};
-    if (!ports_.ensureLogger(true))
+    if (hooks_.mayChangePort && !ports_.ensureLogger(true))
         return {};
     if (!wantsNew) // better known before the logger is read than after
         if (const Result<void> fit = canMerge(document); !fit) {
@@ -52,13 +52,17 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
         }
 
     const bool diagnostic = settings_.getInteger("Diagnostics", "Menu", 0) != 0;
-    const auto [reply, outcome, serial] = [&] {
-        const PollingPause pause(calls_);
-        return calls_.get([&](LockedLogger& logger) {
-            auto logs = logger.readLogs(diagnostic ? LogMode::Diagnostic : LogMode::Ordinary);
-            return std::tuple(std::move(logs), logger.outcome(logs.code), logger.status().serialText);
-        });
-    }();
+    const auto read = calls_.get(Reporter::title(LoggerCommand::Download), [&](LockedLogger& logger) {
+        auto logs = logger.readLogs(diagnostic ? LogMode::Diagnostic : LogMode::Ordinary);
+        const LoggerOutcome outcome = logger.outcome(logs.code);
+        return std::tuple(std::move(logs), outcome, logger.status().serialText);
+    });
+    if (!read) {
+        static_cast<void>(calls_.run({.what = Reporter::title(LoggerCommand::Download).what, .cancellable = false},
+                                     [](LockedLogger& logger) { logger.noteLogsDoubtful(); }));
+        return {};
+    }
+    const auto& [reply, outcome, serial] = *read;
     if (!reporter_.report(LoggerCommand::Download, outcome))
         return {};
     const LogRecords records = parseRecords(reply.value);

@@ -22,6 +22,9 @@ public:
         std::function<bool()> mayStartNewDocument{};
         /// Keys have come into the name tables. Nothing for a program in which nobody can name them.
         std::function<void(const NewKeys&)> keysAdded{};
+        /// A logger that does not answer on the current port may be looked for on others. Not in a program that was
+        /// told its port.
+        bool mayChangePort = true;
     };
 
     Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress, LoggerNames names,

@@ -112,6 +112,8 @@ ResultCode LockedLogger::openPort(const std::string& port) {
     closePort();
     LoggerStatus& status = state();
     status.port = port;
+    if (cancelled())
+        return kCancelled;
     status.openResult = library().OpenPort(port.c_str());
     status.portOpen = status.openResult == QUOBRIX_OK;
     return status.openResult;
@@ -119,6 +121,12 @@ ResultCode LockedLogger::openPort(const std::string& port) {
 
 void LockedLogger::closePort() {
     library().ClosePort();
+    state().portOpen = false;
+    state().openResult = QUOBRIX_PORT_NOT_OPENED;
+}
+
+void LockedLogger::expectPort(const std::string& port) {
+    state().port = port;
     state().portOpen = false;
     state().openResult = QUOBRIX_PORT_NOT_OPENED;
 }
@@ -134,9 +142,10 @@ ResultCode LockedLogger::probe() {
         status.serialText = textOf(serial);
         status.loggerTime = time;
     } else if (code == QUOBRIX_PORT_NOT_OPENED && !status.portOpen) {
-        code = status.openResult; // a port that could not be opened says why for as long as it stays closed
+        code = status.openResult; // a closed port says why for as long as it stays closed
     } else if (code != QUOBRIX_TIMEOUT && status.portOpen) {
         closePort();
+        status.openResult = code;
     }
     noteProbe(code);
     return code;
@@ -251,6 +260,8 @@ void LockedLogger::noteLogsCurrent() {
 
 Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
     void* allocated[3] = {};
+    int step = 0;
+    progress(step, 4); // the transfer, and a log to be parsed three times
     const ResultCode code =
         library().GetLogBuffer(static_cast<std::int32_t>(mode), &allocated[0], &allocated[1], &allocated[2]);
     noteLogsCurrent();
@@ -258,12 +269,17 @@ Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
     Blocks blocks;
     const LogBuffer buffers[3] = {blocks.buffer(allocated[0]), blocks.buffer(allocated[1]),
                                   blocks.buffer(allocated[2])};
-    if (code != QUOBRIX_OK)
+    if (cancelled())
+        reply.code = kCancelled;
+    if (!reply.ok())
         return reply;
 
     RecordBlocks& records = reply.value;
     const auto parse = [&](decltype(LoggerFunctions::GetLogRecords) function, const LogBuffer& buffer,
                            const char* name) {
+        progress(++step, 4);
+        if (cancelled())
+            return SetPair{};
         SetPair sets = buffer ? blocks.parse(function, buffer) : SetPair{kNothingHandedOver, nullptr, nullptr};
         if (sets.code != QUOBRIX_OK) {
             records.unreadable.push_back({name, describe(sets.code)});

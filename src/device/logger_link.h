@@ -37,6 +37,14 @@ enum class LogMode : std::int32_t { Ordinary = -1, Diagnostic = 1 };
 using WallClock = std::function<std::int64_t()>;
 inline std::int64_t wallClock() { return static_cast<std::int64_t>(std::time(nullptr)); }
 
+/// What an operation on the logger and the person who waits for it tell each other meanwhile. Any thread.
+struct CallProgress {
+    /// Steps that are over, of how many; of 0 where nobody knows.
+    std::atomic<int> done = 0, total = 0;
+    /// The person does not want it any more. The operation ends when the library call under way returns.
+    std::atomic<bool> cancelled = false;
+};
+
 /// The library, the device lock and the state kept beside them, once per process. The functions are reached through
 /// LockedLogger only. Outlives everything that refers to it.
 class LoggerLink {
@@ -79,9 +87,22 @@ public:
     std::string describe(ResultCode code) const;
     std::int64_t now() const { return link_.clock_(); }
 
+    /// PROGRESS, which must outlive this object, is somebody's who waits for what follows.
+    void follow(CallProgress& progress) { progress_ = &progress; }
+    /// Asked between two library calls of an operation: the rest of it is to be left out.
+    bool cancelled() const { return progress_ && progress_->cancelled; }
+    void progress(int done, int total) {
+        if (progress_) {
+            progress_->total = total;
+            progress_->done = done;
+        }
+    }
+
     /// Makes PORT the current port and opens it; any open port is closed first.
     ResultCode openPort(const std::string& port);
     void closePort();
+    /// Makes PORT the current port without a call: the monitoring probe will open it.
+    void expectPort(const std::string& port);
 
     /// Asks who is there and what time it has; the status tells. A failure other than a time-out closes the port: after
     /// a time-out the logger may still be plugged in later. A serial number of another form is such a failure.
@@ -123,6 +144,8 @@ public:
     /// Reads the logger's logs. Afterwards its logs count as current, whatever came of it, unless a part of them could
     /// not be parsed: that is no failure, but named in the value.
     Reply<RecordBlocks> readLogs(LogMode mode);
+    /// What was read of the logs went nowhere.
+    void noteLogsDoubtful() { state().logsCurrent = false; }
     /// Reads a log file that the library wrote. A PATH of more than 260 bytes, which the library cannot take, is
     /// refused like a file that is none.
     Reply<RecordBlocks> readLogFile(const std::string& path);
@@ -137,6 +160,7 @@ private:
 
     LoggerLink& link_;
     std::unique_lock<std::recursive_mutex> lock_;
+    CallProgress* progress_ = nullptr;
 };
 
 } // namespace quobrix

@@ -41,7 +41,7 @@ struct MemoryInformation {
 struct LoggerStatus {
     std::string port; ///< the current one: open, or last opened; empty before the first
     bool portOpen = false;
-    ResultCode openResult = QUOBRIX_PORT_NOT_OPENED; ///< why the port is not open, when it is not
+    ResultCode openResult = QUOBRIX_PORT_NOT_OPENED; ///< why the port is not open (any more), when it is not
 
     ResultCode probe = QUOBRIX_PORT_NOT_OPENED; ///< the latest presence probe
     std::string probeDescription;               ///< the library's words for it

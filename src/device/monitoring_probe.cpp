@@ -8,6 +8,9 @@ namespace {
 /// A longer gap in watching, in s, is time enough for the logger to have been away and recorded something.
 constexpr std::int64_t kLongestGap = 30;
 
+/// Between two attempts to open a port, in s. Opening one can make a program wait that has it, so it is not done often.
+constexpr std::int64_t kLongestPause = 30;
+
 class BusyMark {
 public:
     explicit BusyMark(std::atomic<bool>& busy) : busy_(busy) { busy_ = true; }
@@ -21,6 +24,38 @@ private:
 
 bool MonitoringProbe::run(LockedLogger& logger, const std::function<bool()>& interrupted) {
     const BusyMark busy(logger.link_.probeBusy_);
+    const bool tried = openAgain(logger);
+    const bool finished = !(tried && interrupted()) && look(logger, interrupted);
+    planOpening(logger, tried);
+    return finished;
+}
+
+bool MonitoringProbe::openAgain(LockedLogger& logger) {
+    const LoggerStatus& status = logger.status();
+    if (status.portOpen || status.port.empty())
+        return false;
+    if (opening_ && opening_->port == status.port) {
+        const std::int64_t since = logger.now() - opening_->planned;
+        if (since >= 0 && since < opening_->pause) // a time to come is that of a clock that was wrong
+            return false;
+    }
+    logger.openPort(std::string(status.port));
+    return true;
+}
+
+void MonitoringProbe::planOpening(const LockedLogger& logger, bool tried) {
+    const LoggerStatus& status = logger.status();
+    if (status.portOpen) {
+        opening_.reset();
+    } else if (!opening_ || opening_->port != status.port) {
+        opening_ = {status.port, logger.now(), 1};
+    } else if (tried) {
+        opening_->pause = std::min(2 * opening_->pause, kLongestPause);
+        opening_->planned = logger.now();
+    }
+}
+
+bool MonitoringProbe::look(LockedLogger& logger, const std::function<bool()>& interrupted) {
     if (logger.probe() != QUOBRIX_OK)
         return true;
     if (interrupted())

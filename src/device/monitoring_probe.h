@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace quobrix {
 
 /// Watches whether a logger is there, which one, and whether what was downloaded from it may be out of date. Its result
-/// is the link's status. One object watches one link.
+/// is the link's status. A current port that is closed, after a failure or because it was in use, is opened again, at
+/// intervals that grow from 1 to 30 s. One object watches one link.
 class MonitoringProbe {
 public:
     /// One look at the logger, with the device lock that the caller holds. Failures are silent; they show in the
@@ -19,11 +21,23 @@ public:
         LockedLogger& logger, const std::function<bool()>& interrupted = [] { return false; });
 
 private:
+    bool look(LockedLogger& logger, const std::function<bool()>& interrupted);
+    bool openAgain(LockedLogger& logger); // whether it was tried
+    void planOpening(const LockedLogger& logger, bool tried);
+
     struct Sighting {
         std::int32_t serialNumber;
         std::int64_t time; // computer time, s
     };
     std::optional<Sighting> previous_;
+
+    /// The next attempt to open the port.
+    struct Opening {
+        std::string port;
+        std::int64_t planned; // when it was planned; computer time, s
+        std::int64_t pause;   // s from then on
+    };
+    std::optional<Opening> opening_; // none while the port is open
 };
 
 } // namespace quobrix

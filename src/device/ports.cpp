@@ -12,6 +12,9 @@ namespace {
 constexpr const char* kSection = "Serial Ports";
 constexpr const char* kDefaultPort = "Default";
 
+constexpr const char* kOpening = "Opening Port";
+constexpr const char* kLooking = "Looking for the Quobrix";
+
 } // namespace
 
 Message openFailureMessage(const LoggerOutcome& outcome) {
@@ -37,6 +40,8 @@ std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names) {
 }
 
 std::string portStatusText(const LoggerStatus& status, const LoggerNames& names) {
+    if (status.port.empty())
+        return "No Port Opened";
     switch (status.probe) {
     case QUOBRIX_OK:
         return "Quobrix Detected on " + status.port + " : " + loggerLabel(status, names);
@@ -56,55 +61,78 @@ std::string portStatusText(const LoggerStatus& status, const LoggerNames& names)
 PortFlows::PortFlows(LoggerCalls& calls, Prompter& prompter, Settings& settings, LoggerNames names)
     : calls_(calls), prompter_(prompter), settings_(settings), names_(std::move(names)) {}
 
-bool PortFlows::scan() {
-    const PollingPause pause(calls_);
+ScanResult PortFlows::scan() {
     const std::string standard = defaultPort(settings_);
     std::vector<std::string> order{standard};
     std::copy_if(kPortNames.begin(), kPortNames.end(), std::back_inserter(order),
                  [&](const char* port) { return port != standard; });
 
-    for (const std::string& port : order) {
-        const Attempt attempt = open(port);
-        if (!attempt.probe.ok())
+    const int ports = static_cast<int>(order.size());
+    const int steps = ports + 1; // and the default port again
+    ScanResult result = ScanResult::NotFound;
+    std::optional<PollingPause> pause(std::in_place, calls_);
+    const auto cancelled = [&] {
+        pause.reset();
+        expect(standard);
+        return ScanResult::Cancelled;
+    };
+    for (int step = 0; step < ports; ++step) {
+        const std::string& port = order[static_cast<std::size_t>(step)];
+        const std::optional<Attempt> attempt = open({kOpening, port, step, steps}, port);
+        if (!attempt)
+            return cancelled();
+        if (!attempt->probe.ok())
             continue;
         if (port == standard)
-            return true;
-        const std::string label = loggerLabel(attempt.status, names_);
+            return ScanResult::Found;
+        pause.reset();
+        const std::string label = loggerLabel(attempt->status, names_);
         if (prompter_.ask(makeMessage(MessageId::PortDetected, label, port, port, standard)) == Answer::Yes) {
             settings_.setText(kSection, kDefaultPort, port);
-            return true;
+            return ScanResult::Found;
         }
+        result = ScanResult::Refused;
+        pause.emplace(calls_);
     }
     // A logger that is plugged into the default port later is found there by the monitoring probe.
-    return calls_.get([&](LockedLogger& logger) {
-        logger.openPort(standard);
-        const bool found = logger.probe() == QUOBRIX_OK;
-        if (found)
-            logger.convertLastSerialNumber();
-        return found;
+    const std::optional<bool> found = calls_.get({kOpening, standard, ports, steps}, [&](LockedLogger& logger) {
+        if (logger.openPort(standard) != QUOBRIX_OK || logger.cancelled() || logger.probe() != QUOBRIX_OK)
+            return false;
+        logger.convertLastSerialNumber();
+        return true;
     });
+    if (!found)
+        return cancelled();
+    return *found ? ScanResult::Found : result;
 }
 
 bool PortFlows::scanOrChoose() {
     if (tellMissingLibrary())
         return false;
-    if (scan())
-        return true;
+    const ScanResult result = scan();
+    if (result == ScanResult::Found || result == ScanResult::Cancelled)
+        return result == ScanResult::Found;
     return prompter_.ask(makeMessage(MessageId::NoPortDetected)) == Answer::Yes && choosePort();
 }
 
 bool PortFlows::choosePort() {
-    const PollingPause pause(calls_);
     const std::vector<std::string> choices(kPortNames.begin(), kPortNames.end());
-    std::string current = calls_.get([](const LockedLogger& logger) { return logger.status().port; });
-    for (;;) {
+    const auto before = calls_.get({kLooking}, [](const LockedLogger& logger) { return logger.status().port; });
+    if (!before)
+        return false;
+    std::string current = *before;
+    for (bool tried = false;; tried = true) {
         const auto found = std::find(choices.begin(), choices.end(), current);
         const auto preset = found == choices.end() ? 0 : static_cast<std::size_t>(found - choices.begin());
         const auto choice = prompter_.choose("serial port", choices, preset);
-        if (!choice || *choice >= choices.size())
+        if (!choice || *choice >= choices.size()) {
+            if (tried)
+                expect(*before);
             return false;
+        }
         current = choices[*choice];
-        if (accept(open(current))) {
+        const std::optional<Attempt> attempt = open({kOpening, current}, current);
+        if (attempt && accept(*attempt)) {
             settings_.setText(kSection, kDefaultPort, current);
             return true;
         }
@@ -112,27 +140,38 @@ bool PortFlows::choosePort() {
 }
 
 bool PortFlows::ensureLogger(bool prompt) {
-    const auto probe = [](LockedLogger& logger) { return logger.probe(); };
-    if (calls_.get(probe) == QUOBRIX_OK)
-        return true;
-    if (!prompt || tellMissingLibrary() || prompter_.ask(makeMessage(MessageId::CannotConnect)) != Answer::Yes)
+    const auto probe = [&] { return calls_.get({kLooking}, [](LockedLogger& logger) { return logger.probe(); }); };
+    const std::optional<ResultCode> code = probe();
+    if (!code || *code == QUOBRIX_OK)
+        return code.has_value();
+    if (!prompt || tellMissingLibrary())
+        return false;
+    const ScanResult result = scan();
+    if (result != ScanResult::NotFound)
+        return result == ScanResult::Found;
+    if (prompter_.ask(makeMessage(MessageId::CannotConnect)) != Answer::Yes)
         return false;
     // The port may have been chosen although nothing answers there.
-    return choosePort() && calls_.get(probe) == QUOBRIX_OK;
+    return choosePort() && probe() == QUOBRIX_OK;
 }
 
-PortFlows::Attempt PortFlows::open(const std::string& port) {
-    return calls_.get([&](LockedLogger& logger) {
+std::optional<PortFlows::Attempt> PortFlows::open(const CallTitle& title, const std::string& port) {
+    return calls_.get(title, [&](LockedLogger& logger) {
         Attempt attempt;
         attempt.open = attempt.probe = logger.outcome(logger.openPort(port));
         // The first answer tells that someone is there; the second one, on a line that has settled, is kept.
-        for (int time = 0; time < 2 && attempt.probe.ok(); ++time)
+        for (int time = 0; time < 2 && attempt.probe.ok() && !logger.cancelled(); ++time)
             attempt.probe = logger.outcome(logger.probe());
         if (attempt.probe.ok())
             logger.convertLastSerialNumber();
         attempt.status = logger.status();
         return attempt;
     });
+}
+
+void PortFlows::expect(const std::string& port) {
+    static_cast<void>(calls_.run({.what = kOpening, .where = port, .cancellable = false},
+                                 [&](LockedLogger& logger) { logger.expectPort(port); }));
 }
 
 bool PortFlows::accept(const Attempt& attempt) {
@@ -145,10 +184,10 @@ bool PortFlows::accept(const Attempt& attempt) {
 }
 
 bool PortFlows::tellMissingLibrary() {
-    const std::string problem = calls_.get([](const LockedLogger& logger) { return logger.libraryProblem(); });
-    if (!problem.empty())
-        prompter_.tell(makeMessage(MessageId::LibraryMissing, problem));
-    return !problem.empty();
+    const auto problem = calls_.get({kLooking}, [](const LockedLogger& logger) { return logger.libraryProblem(); });
+    if (problem && !problem->empty())
+        prompter_.tell(makeMessage(MessageId::LibraryMissing, *problem));
+    return !problem || !problem->empty();
 }
 
 } // namespace quobrix

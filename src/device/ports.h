@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace quobrix {
@@ -24,27 +25,38 @@ using LoggerNames = std::function<std::string(const std::string& serialText)>;
 /// A logger as the user knows it: by its name, or by its serial text.
 std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names);
 
-/// The latest probe in words, for the status bar.
+/// The latest probe in words, for the status bar. Before the first port: that there is none.
 std::string portStatusText(const LoggerStatus& status, const LoggerNames& names);
 
 /// Why a port could not be opened and what to do, for an OUTCOME that is no success.
 Message openFailureMessage(const LoggerOutcome& outcome);
 
-/// Finds the logger and chooses its port. Each flow runs on the caller's thread, and asks only between two calls.
+/// What looking for a logger on all ports came to.
+enum class ScanResult {
+    Found,
+    Refused, ///< there is one, on a port that the person does not want
+    NotFound,
+    Cancelled, ///< the worker will open the default port
+};
+
+/// Finds the logger and chooses its port. Each flow runs on the caller's thread, and asks only between two calls. What
+/// is cancelled ends without a word.
 class PortFlows {
 public:
     PortFlows(LoggerCalls& calls, Prompter& prompter, Settings& settings, LoggerNames names);
 
     /// Tries the default port, then the others in their order, and asks before another port becomes the default.
-    /// Returns whether a logger was found; if not, the default port stays open where it can be opened.
-    bool scan();
-    /// Scans, and offers to choose a port when nothing was found. A missing library is told instead of scanned with.
+    /// If none was found the default port stays open where it can be opened.
+    ScanResult scan();
+    /// Scans, and offers to choose a port when nothing was found; returns whether there is one with a logger, or wanted
+    /// all the same. A missing library is told instead of scanned with.
     bool scanOrChoose();
     /// Lets the user choose a port until one is accepted, which becomes the default, or the choice is cancelled.
-    /// Returns whether a port was accepted: a logger answers on it or the user wants it all the same.
+    /// Returns whether a port was accepted: a logger answers on it or the user wants it all the same. If none was, the
+    /// port that was the current one is it again.
     bool choosePort();
-    /// Whether a logger answers. If none does and PROMPT is set, says so and offers to choose a port. Every command
-    /// that needs the logger begins with it.
+    /// Whether a logger answers. If none does and PROMPT is set, all ports are scanned; if there is none either, says
+    /// so and offers to choose a port. Every command that needs the logger begins with it.
     bool ensureLogger(bool prompt);
 
 private:
@@ -54,7 +66,8 @@ private:
         LoggerStatus status;
     };
 
-    Attempt open(const std::string& port);
+    std::optional<Attempt> open(const CallTitle& title, const std::string& port); // nothing if it was cancelled
+    void expect(const std::string& port);
     bool accept(const Attempt& attempt);
     bool tellMissingLibrary();
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <optional>
 #include <string>
 
 namespace quobrix {
@@ -9,14 +10,15 @@ namespace {
 
 struct CommandTexts {
     LoggerCommand command;
-    std::string_view title; ///< of its progress; empty: it shows none
+    std::string_view title; ///< of the progress of a command that writes to the logger; empty: it only reads
     std::string_view failure;
+    std::string_view reads{}; ///< what one that only reads does, for the person who waits for it
 };
 
 constexpr CommandTexts kCommands[] = {
     {LoggerCommand::SetClock, "Setting Time", "Unable to set the time"},
     {LoggerCommand::ClearMemory, "Clearing Quobrix", "Unable to clear the Quobrix"},
-    {LoggerCommand::GetConfiguration, "", "Unable to retrieve the current configuration"},
+    {LoggerCommand::GetConfiguration, "", "Unable to retrieve the current configuration", "Reading the configuration"},
     {LoggerCommand::SetConfiguration, "Setting Configuration", "Unable to update the current configuration"},
     {LoggerCommand::EnableLed, "Enabling LED", "Unable to enable the LED"},
     {LoggerCommand::DisableLed, "Disabling LED", "Unable to disable the LED"},
@@ -27,7 +29,7 @@ constexpr CommandTexts kCommands[] = {
     {LoggerCommand::Arm, "Arming Quobrix", "Unable to arm the Quobrix"},
     {LoggerCommand::Disarm, "Disarming Quobrix", "Unable to disarm Quobrix"},
     {LoggerCommand::SetCarType, "Setting car type", "Unable to set car type"},
-    {LoggerCommand::Download, "", "Unable to download logs"},
+    {LoggerCommand::Download, "", "Unable to download logs", "Downloading"},
 };
 
 constexpr bool inOrder() {
@@ -61,8 +63,16 @@ Message failureMessage(std::string_view failure, const LoggerOutcome& outcome) {
     }
 }
 
+CallTitle Reporter::title(LoggerCommand command) {
+    const CommandTexts& texts = kCommands[static_cast<std::size_t>(command)];
+    const bool reads = texts.title.empty();
+    return {.what = std::string(reads ? texts.reads : texts.title), .cancellable = reads};
+}
+
 bool Reporter::run(LoggerCommand command, const std::function<ResultCode(LockedLogger&)>& call) {
-    return report(command, calls_.get([&](LockedLogger& logger) { return logger.outcome(call(logger)); }));
+    const std::optional<LoggerOutcome> outcome =
+        calls_.get(title(command), [&](LockedLogger& logger) { return logger.outcome(call(logger)); });
+    return outcome && report(command, *outcome);
 }
 
 bool Reporter::report(LoggerCommand command, const LoggerOutcome& outcome) {

@@ -46,10 +46,13 @@ public:
 /// Runs commands and tells the user what came of them. User-interface thread; never with the device lock held.
 class Reporter {
 public:
+    /// What a person is shown who waits for COMMAND.
+    static CallTitle title(LoggerCommand command);
+
     Reporter(LoggerCalls& calls, Prompter& prompter, ProgressReporter& progress)
         : calls_(calls), prompter_(prompter), progress_(progress) {}
 
-    /// Runs CALL and reports its result; returns whether it succeeded.
+    /// Runs CALL and reports its result, unless it was cancelled; returns whether it succeeded.
     bool run(LoggerCommand command, const std::function<ResultCode(LockedLogger&)>& call);
 
     /// A success shows the command's progress, if it has one; a failure is told with its reason. A download that came

@@ -62,6 +62,27 @@ TEST_F(DialogPrompterTest, AReminderOffersHowOftenAndIsToldQuietlyOnceItIsKnown)
     EXPECT_TRUE(quiet_[0].startsWith(QLatin1String("Invalid serial number format."))) << quiet_[0].toStdString();
 }
 
+TEST_F(DialogPrompterTest, AQuestionThatIsNotWantedIsAnsweredWithNoAndSaidQuietly) {
+    int boxes = 0;
+    const auto ask = [&](QMessageBox::StandardButton answer) {
+        QTimer::singleShot(0, qApp, [&, answer] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                ++boxes;
+                box->findChild<QComboBox*>(QStringLiteral("ReminderChoice"))
+                    ->setCurrentText(QStringLiteral("Don't remind me again"));
+                box->button(answer)->click();
+            }
+        });
+        const Answer result = prompter_.ask(makeMessage(MessageId::NoPortDetected));
+        QApplication::processEvents();
+        return result;
+    };
+    EXPECT_EQ(ask(QMessageBox::Yes), Answer::Yes);
+    EXPECT_EQ(ask(QMessageBox::Yes), Answer::No);
+    EXPECT_EQ(boxes, 1);
+    EXPECT_EQ(quiet_, QStringList{QStringLiteral("No Quobrix was detected on any of the standard serial ports.")});
+}
+
 TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
     int boxes = 0;
     for (int i = 0; i < 2; ++i)

@@ -1,6 +1,8 @@
 #include "device/logger_link.h"
 
+#include "platform/paths.h"
 #include "support/fake_logger_library.h"
+#include "support/temporary_folder.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -8,7 +10,7 @@
 namespace quobrix::testing {
 namespace {
 
-TEST(LoggerLibrary, NamesTheMissingFileOrTheMissingFunctions) {
+TEST(LoggerLibrary, NamesTheMissingFileOrSaysInOneSentenceThatItIsAnother) {
     const auto missing = loadLoggerLibrary("/nowhere/libQuobrix.so");
     ASSERT_FALSE(missing);
     EXPECT_EQ(missing.error().kind, ErrorKind::NotFound);
@@ -17,10 +19,22 @@ TEST(LoggerLibrary, NamesTheMissingFileOrTheMissingFunctions) {
     const auto incomplete = loadLoggerLibrary(INCOMPLETE_LIBRARY);
     ASSERT_FALSE(incomplete);
     EXPECT_EQ(incomplete.error().kind, ErrorKind::Unsupported);
-    EXPECT_NE(incomplete.error().detail.find("lacks the functions QuobrixClosePort, QuobrixResultDescription, "),
-              std::string::npos)
-        << incomplete.error().detail;
-    EXPECT_EQ(incomplete.error().detail.find("QuobrixOpenPort"), std::string::npos);
+    EXPECT_EQ(incomplete.error().detail, INCOMPLETE_LIBRARY " is not the logger library that this program needs: it "
+                                                            "lacks 27 of its 28 functions (QuobrixClosePort, ...).");
+}
+
+TEST(LoggerLibrary, IsNotTakenFromTheCurrentFolderWhereTheProgramsOwnIsNotKnown) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    const test::TemporaryFolder folder;
+    std::filesystem::copy_file(INCOMPLETE_LIBRARY, folder / "libQuobrix.so");
+    std::filesystem::current_path(folder.path());
+    for (const auto& path : {loggerLibraryPath(programFolder({}), nullptr), std::filesystem::path("libQuobrix.so")}) {
+        const auto loaded = loadLoggerLibrary(path);
+        ASSERT_FALSE(loaded);
+        EXPECT_EQ(loaded.error().detail.find("28 functions"), std::string::npos) << "it has been loaded";
+    }
+    EXPECT_TRUE(loggerLibraryPath("/program", ".").is_absolute()) << "what a person names may be relative";
+    std::filesystem::current_path(before);
 }
 
 TEST(LoggerLibrary, IsFoundByTheOverrideAsFileOrFolder) {
@@ -62,6 +76,7 @@ TEST_F(Link, ATimeOutLeavesThePortOpenAndAnyOtherFailureClosesIt) {
     EXPECT_FALSE(logger_.status().portOpen);
     EXPECT_EQ(logger_.status().probeDescription, "error -5");
     EXPECT_EQ(logger_.status().port, "COM3") << "the port last opened stays the current one";
+    EXPECT_EQ(logger_.probe(), -5) << "and says why it is closed";
 }
 
 TEST_F(Link, AProbeOfAPortThatCannotBeOpenedSaysWhy) {

@@ -66,6 +66,44 @@ TEST_F(Monitoring, KeepsTheOptionFlagAndTheFamilyAndAnyFailureMarksTheLoggerAbse
     EXPECT_FALSE(link_.probeBusy());
 }
 
+TEST_F(Monitoring, APortThatAFailureClosedIsOpenedAgainAtGrowingIntervals) {
+    const auto attempts = [&](std::int64_t seconds) {
+        std::vector<std::int64_t> after;
+        for (std::int64_t start = now_; now_ - start < seconds; ++now_) {
+            fake_.calls.clear();
+            probe_.run(logger_);
+            if (fake_.count("OpenPort COM1") > 0)
+                after.push_back(now_ - start);
+        }
+        return after;
+    };
+    fake_.results["GetSerialNumberAndTime"] = -9; // one bad answer
+    EXPECT_TRUE(attempts(1).empty());
+    EXPECT_FALSE(logger_.status().portOpen);
+    fake_.results.clear();
+    EXPECT_EQ(attempts(3), std::vector<std::int64_t>{0});
+    EXPECT_TRUE(logger_.status().loggerPresent());
+
+    fake_.portProblems["COM1"] = QUOBRIX_PORT_DOES_NOT_EXIST; // its adapter was unplugged
+    fake_.results["GetSerialNumberAndTime"] = -9;
+    EXPECT_TRUE(attempts(1).empty());
+    fake_.results.clear();
+    EXPECT_EQ(attempts(100), (std::vector<std::int64_t>{0, 2, 6, 14, 30, 60, 90}));
+    EXPECT_EQ(logger_.status().probe, QUOBRIX_PORT_DOES_NOT_EXIST);
+    now_ -= 100'000; // the clock is put right
+    EXPECT_EQ(attempts(1).size(), 1u);
+    fake_.portProblems.clear();
+    EXPECT_EQ(attempts(31).size(), 1u);
+    EXPECT_TRUE(logger_.status().loggerPresent());
+
+    logger_.expectPort("COM2"); // as after a scan that was cancelled
+    probe_.run(logger_);
+    EXPECT_EQ(fake_.openPort, "COM2");
+    logger_.expectPort("");
+    probe_.run(logger_);
+    EXPECT_EQ(fake_.openPort, "COM2") << "before the first scan there is nothing to open";
+}
+
 TEST_F(Monitoring, StopsBetweenTwoCallsWhenInterrupted) {
     fake_.calls.clear();
     EXPECT_FALSE(probe_.run(logger_, [] { return true; }));

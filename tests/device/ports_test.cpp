@@ -35,7 +35,7 @@ protected:
 TEST_F(Ports, ALoggerOnTheDefaultPortIsFoundWithoutAsking) {
     fake_.loggers = {{"COM1", "K-0001-B"}, {"COM3", "K-0042-B"}};
     ScriptedPrompter silent;
-    EXPECT_TRUE(flows(silent).scan());
+    EXPECT_EQ(flows(silent).scan(), ScanResult::Found);
     EXPECT_EQ(opened(), std::vector<std::string>{"COM3"});
     EXPECT_EQ(status().serialNumber, 42);
     EXPECT_EQ(defaultPort(settings_), "COM3");
@@ -44,7 +44,7 @@ TEST_F(Ports, ALoggerOnTheDefaultPortIsFoundWithoutAsking) {
 TEST_F(Ports, AnotherPortBecomesTheDefaultWhenTheUserSaysSo) {
     fake_.loggers = {{"COM1", "K-0007-B"}};
     ScriptedPrompter prompter{{MessageId::PortDetected, Answer::Yes}};
-    EXPECT_TRUE(flows(prompter).scan());
+    EXPECT_EQ(flows(prompter).scan(), ScanResult::Found);
     EXPECT_EQ(prompter.shown[0], "A Quobrix (Van) was detected on COM1.\n\nUse COM1 instead of COM3?");
     EXPECT_EQ(defaultPort(settings_), "COM1");
     EXPECT_EQ(fake_.openPort, "COM1");
@@ -53,7 +53,7 @@ TEST_F(Ports, AnotherPortBecomesTheDefaultWhenTheUserSaysSo) {
 TEST_F(Ports, ARefusedPortIsPassedOverAndTheDefaultReopened) {
     fake_.loggers = {{"COM1", "K-0042-B"}};
     ScriptedPrompter prompter{{MessageId::PortDetected, Answer::No}};
-    EXPECT_FALSE(flows(prompter).scan());
+    EXPECT_EQ(flows(prompter).scan(), ScanResult::Refused);
     EXPECT_EQ(prompter.shown[0], "A Quobrix (K-0042-B) was detected on COM1.\n\nUse COM1 instead of COM3?");
     EXPECT_EQ(opened(), (std::vector<std::string>{"COM3", "COM1", "COM2", "COM4", "COM5", "COM6", "COM7", "COM8",
                                                   "COM9", "COM10", "COM3"}));
@@ -95,18 +95,36 @@ TEST_F(Ports, CancellingTheChoiceChangesNothing) {
     EXPECT_FALSE(flows(prompter).choosePort());
     EXPECT_EQ(defaultPort(settings_), "COM3");
     EXPECT_TRUE(fake_.calls.empty());
+
+    LockedLogger(link_).openPort("COM3");
+    fake_.portProblems["COM4"] = QUOBRIX_PORT_IN_USE;
+    ScriptedPrompter failing{{{MessageId::PortInUse}}, {"COM4"}};
+    EXPECT_FALSE(flows(failing).choosePort());
+    EXPECT_EQ(status().port, "COM3") << "the worker opens it again";
+    EXPECT_FALSE(status().portOpen);
 }
 
-TEST_F(Ports, EnsuringALoggerAsksOnlyWhenPrompting) {
+TEST_F(Ports, EnsuringALoggerScansBeforeItSaysThatThereIsNone) {
+    const std::size_t kEveryPortAndTheDefaultAgain = kPortNames.size() + 1;
     ScriptedPrompter prompter{{MessageId::CannotConnect, Answer::No}};
     EXPECT_FALSE(flows(prompter).ensureLogger(false));
+    EXPECT_TRUE(opened().empty());
     EXPECT_FALSE(flows(prompter).ensureLogger(true));
+    EXPECT_EQ(opened().size(), kEveryPortAndTheDefaultAgain);
 
-    fake_.loggers = {{"COM6", "K-0042-B"}};
-    ScriptedPrompter choosing{{{MessageId::CannotConnect, Answer::Yes}}, {"COM6"}};
-    EXPECT_TRUE(flows(choosing).ensureLogger(true));
+    fake_.loggers = {{"COM6", "K-0042-B"}}; // plugged in meanwhile
+    ScriptedPrompter refusing{{MessageId::PortDetected, Answer::No}};
+    EXPECT_FALSE(flows(refusing).ensureLogger(true)) << "\"no Quobrix has been detected\" would not be true";
+    ScriptedPrompter accepting{{MessageId::PortDetected, Answer::Yes}};
+    EXPECT_TRUE(flows(accepting).ensureLogger(true));
     ScriptedPrompter silent;
     EXPECT_TRUE(flows(silent).ensureLogger(true));
+
+    fake_.loggers.clear();
+    ScriptedPrompter choosing{{{MessageId::CannotConnect, Answer::Yes}, {MessageId::UseSerialPortAnyway, Answer::Yes}},
+                              {"COM9"}};
+    EXPECT_FALSE(flows(choosing).ensureLogger(true));
+    EXPECT_EQ(defaultPort(settings_), "COM9");
 }
 
 TEST_F(Ports, AMissingLibraryIsToldInsteadOfOfferingPorts) {
@@ -137,6 +155,7 @@ TEST(PortStatus, PutsTheLatestProbeInWords) {
     EXPECT_EQ(text(QUOBRIX_PORT_NOT_OPENED), "COM3 Port Not Opened");
     EXPECT_EQ(text(QUOBRIX_PORT_DOES_NOT_EXIST), "COM3 Does Not Exist");
     EXPECT_EQ(text(-5), "odd");
+    EXPECT_EQ(portStatusText({}, names), "No Port Opened") << "before the first one";
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+#include <utility>
 
 namespace quobrix::testing {
 namespace {
@@ -42,7 +43,7 @@ TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     Settings settings(std::make_unique<MemorySettings>());
     ScriptedPrompter prompter{{MessageId::PortDetected, Answer::Yes}};
     PortFlows flows(calls, prompter, settings, [](const std::string&) { return ""; });
-    ASSERT_TRUE(flows.scan());
+    ASSERT_EQ(flows.scan(), ScanResult::Found);
     EXPECT_EQ(prompter.shown[0], "A Quobrix (K-0042-B) was detected on COM3.\n\nUse COM3 instead of COM1?");
 
     LockedLogger logger(link);
@@ -76,6 +77,41 @@ TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     simulate("detach COM3");
     EXPECT_EQ(logger.probe(), QUOBRIX_TIMEOUT);
     logger.closePort();
+}
+
+TEST_F(SimulatedLogger, ACancelledDownloadMergesNothingAndLeavesItsLogsDoubtful) {
+    struct CancelledTransfer final : LoggerCalls {
+        explicit CancelledTransfer(LoggerLink& l) : link(l) {}
+        bool run(const CallTitle& title, const Call& call) override {
+            LockedLogger logger(link);
+            CallProgress progress;
+            logger.follow(progress);
+            progress.cancelled = title.what == "Downloading" && !std::exchange(cancelled, true);
+            call(logger);
+            return !progress.cancelled;
+        }
+        LoggerLink& link;
+        bool cancelled = false;
+    };
+    simulate("attach COM1 --serial K-0042-B");
+    simulate("generate COM1 --trips 3 --seed 11");
+    LoggerLink link(loadLoggerLibrary(SIMULATOR_LIBRARY));
+    CancelledTransfer calls(link);
+    Settings settings(std::make_unique<MemorySettings>());
+    ScriptedPrompter silent;
+    ProgressReporter noProgress;
+    TQuobrixDocument document;
+    {
+        LockedLogger logger(link);
+        ASSERT_EQ(logger.openPort("COM1"), QUOBRIX_OK);
+        ASSERT_TRUE(logger.readLogs(LogMode::Ordinary).ok());
+        ASSERT_TRUE(logger.status().logsCurrent);
+    }
+    Download download(calls, silent, settings, noProgress, {}, {});
+    EXPECT_FALSE(download.run(document));
+    EXPECT_EQ(document.trips().rowCount(), 0u);
+    EXPECT_FALSE(LockedLogger(link).status().logsCurrent) << "what was read of them went nowhere";
+    EXPECT_TRUE(download.run(document)) << "the next one is not cancelled";
 }
 
 TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {

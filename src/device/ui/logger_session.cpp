@@ -1,16 +1,10 @@
 #include "device/ui/logger_session.h"
 
-#include <QDialog>
-#include <QLabel>
-#include <QProgressBar>
-#include <QTimer>
-#include <QVBoxLayout>
-
 namespace quobrix {
 
 LoggerSession::LoggerSession(LoggerLink& link, Settings& settings, Prompter& prompter, TQuobrixDocument& document,
-                             QWidget& window)
-    : link_(link), settings_(settings), prompter_(prompter), document_(document), window_(window), progress_(window),
+                             QWidget& window, Times times)
+    : link_(link), settings_(settings), prompter_(prompter), document_(document), progress_(window),
       worker_(
           link,
           [this](std::shared_ptr<const LoggerStatus> status) {
@@ -24,8 +18,8 @@ LoggerSession::LoggerSession(LoggerLink& link, Settings& settings, Prompter& pro
                   },
                   Qt::QueuedConnection);
           },
-          TPollingThread::Times{}),
-      calls_(worker_) {}
+          times.polling),
+      calls_(worker_, window, times.calls) {}
 
 LoggerSession::~LoggerSession() { worker_.stop(); }
 
@@ -38,32 +32,7 @@ std::string LoggerSession::statusText() const {
 }
 
 void LoggerSession::scanPorts() {
-    PortFlows flows(calls_, prompter_, settings_, names());
-    if (!link_.hasLibrary()) {
-        flows.scanOrChoose(); // says what is missing
-        return;
-    }
-    QDialog wait(&window_);
-    wait.setObjectName(QStringLiteral("openingPort"));
-    wait.setAccessibleName(QStringLiteral("Opening Port"));
-    wait.setWindowTitle(QStringLiteral("Quobrix"));
-    auto* layout = new QVBoxLayout(&wait);
-    auto* label = new QLabel(QStringLiteral("Opening Port"));
-    label->setMinimumWidth(220);
-    layout->addWidget(label);
-    auto* bar = new QProgressBar;
-    bar->setRange(0, 0);
-    bar->setTextVisible(false);
-    bar->setAccessibleName(QStringLiteral("Opening Port"));
-    layout->addWidget(bar);
-    bool found = false;
-    QTimer::singleShot(100, &wait, [&] {
-        found = flows.scan();
-        wait.done(found ? QDialog::Accepted : QDialog::Rejected);
-    });
-    wait.exec();
-    if (!found && prompter_.ask(makeMessage(MessageId::NoPortDetected)) == Answer::Yes)
-        flows.choosePort();
+    PortFlows(calls_, prompter_, settings_, names()).scanOrChoose();
     if (!polling_) {
         polling_ = true;
         worker_.resume();

@@ -19,9 +19,14 @@ class LoggerSession final : public QObject {
     Q_OBJECT
 
 public:
-    /// All arguments must outlive the session; WINDOW is the parent of its dialogs.
-    LoggerSession(LoggerLink& link, Settings& settings, Prompter& prompter, TQuobrixDocument& document,
-                  QWidget& window);
+    struct Times {
+        TPollingThread::Times polling{};
+        WorkerCalls::Times calls{};
+    };
+
+    /// WINDOW is the parent of its dialogs. LINK must outlive the session, the other arguments all but its destructor.
+    LoggerSession(LoggerLink& link, Settings& settings, Prompter& prompter, TQuobrixDocument& document, QWidget& window,
+                  Times times);
     /// Stops the worker and closes the port.
     ~LoggerSession() override;
 
@@ -30,7 +35,7 @@ public:
     /// For the status bar.
     std::string statusText() const;
 
-    /// Looks for the logger on the ports, under a small wait dialog, and lets the worker poll from then on.
+    /// Looks for the logger on the ports, and lets the worker poll from then on.
     void scanPorts();
     /// Lets the user choose the port.
     void choosePort();
@@ -47,7 +52,6 @@ private:
     Settings& settings_;
     Prompter& prompter_;
     TQuobrixDocument& document_;
-    QWidget& window_;
     std::shared_ptr<const LoggerStatus> status_ = std::make_shared<const LoggerStatus>();
     TimedProgressDialog progress_;
     bool polling_ = false;
