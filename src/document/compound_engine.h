@@ -61,6 +61,7 @@ private:
     Result<void> flush(Lock& lock);
     Result<void> writeEverything(Lock& lock);
     Result<void> turnHeader(Lock& lock, bool& certain);
+    void cutLitter();
     Result<void> ready();
     Result<void> unlessFailed(Result<void> done, bool certain);
     void rollBack(bool certain);

@@ -319,7 +319,16 @@ Result<void> CompoundFileEngine::turnHeader(Lock& lock, bool& certain) {
     tables_.commit(header, snapshots_ > 0);
     committedSize_ = fileSize_;
     changed_ = false;
+    cutLitter();
     return {};
+}
+
+/// Sectors behind the end of the allocation table are what a save that was killed has left: no state leads to them.
+/// They stay while somebody may be reading them, and in a damaged file, where they may be what is missing.
+void CompoundFileEngine::cutLitter() {
+    const std::uint64_t end = sectorOffset(tables_.fat.end());
+    if (snapshots_ == 0 && !tables_.anyDamaged() && end < fileSize_ && file_->resize(end))
+        fileSize_ = committedSize_ = end;
 }
 
 /// Everything pending is dropped, and the file loses what it has grown by, as far as no state needs it.

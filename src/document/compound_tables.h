@@ -27,6 +27,7 @@ public:
     bool incomplete() const { return incomplete_; }
     /// A stream (by entry) that cannot be read.
     bool damaged(std::uint32_t index) const { return damaged_.contains(index); }
+    bool anyDamaged() const { return !damaged_.empty() || incomplete_; }
 
     /// Gives a stream COUNT sectors, or mini sectors (by SIZE, in bytes), and notes its size; mini sectors that are as
     /// many as it had stay. Errors as AllocationTable::allocate.

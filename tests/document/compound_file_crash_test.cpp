@@ -175,6 +175,35 @@ TEST(CompoundFileCrash, ALongSectorListIsMovedSafely) {
     EXPECT_TRUE(image.streams == script.pending());
 }
 
+TEST(CompoundFileCrash, WhatAKilledSaveLeftBehindTheEndIsCutAway) {
+    for (const std::size_t litter : {0, 1, 512, 100'000}) {
+        FaultDisk made(1);
+        Script script(made, 1);
+        script.run(4);
+        Bytes image = made.current();
+        const std::size_t size = image.size();
+        image.resize(size + litter, 0xAB);
+        for (unsigned seed = 1; seed <= 8; ++seed) {
+            FaultDisk disk(seed, image);
+            const auto file = *CompoundFile::open(disk.file());
+            const Streams before = contentOf(*file);
+            Streams after = before;
+            after["new"] = Bytes(300, 7);
+            disk.afterEachChange = [&] {
+                for (int cut = 0; cut < 8; ++cut) {
+                    const std::optional<Streams> found = contentOf(disk.powerCut());
+                    ASSERT_TRUE(found == before || found == after);
+                }
+            };
+            file->write("new", Bytes(300, 7));
+            ASSERT_TRUE(file->commit());
+            EXPECT_LT(disk.current().size(), size + 8 * 512) << litter << " bytes";
+            EXPECT_EQ(disk.current().size(), file->space().fileBytes);
+            EXPECT_EQ(examineCompoundFile(disk.current()).fault, "");
+        }
+    }
+}
+
 /// Every operation fails once, alone or with those that follow it; the script goes on and nothing is lost.
 class CompoundFileFailure : public testing::TestWithParam<std::pair<ErrorKind, std::size_t>> {};
 
