@@ -1,5 +1,6 @@
 #include "cli/check.h"
 
+#include "base/path_text.h"
 #include "cli/reading.h"
 #include "messages/file_messages.h"
 #include "model/document_repair.h"
@@ -51,7 +52,7 @@ bool mayWrite(const CheckOptions& options) {
     std::string why;
     if (damaged && target && damaged->identity == target->identity)
         why = "it is the damaged file itself; name another one with --into";
-    else if (isExampleName(fs::path(options.into).filename().string()))
+    else if (isExampleName(utf8(fs::path(options.into).filename())))
         why = "this is the name of the delivered example; name another file with --into";
     else if (target && !options.force)
         why = "it exists; name another file with --into, or replace it with --force";
@@ -76,7 +77,8 @@ ExitCode repair(const CheckOptions& options) {
         return failed(damaged.error(), FileAction::Open, options.file);
     if (!mayWrite(options))
         return kFailed;
-    const Result<DocumentRepair> repaired = repairDocument(**damaged, options.into);
+    const IfThere ifThere = options.force ? IfThere::Replace : IfThere::Refuse;
+    const Result<DocumentRepair> repaired = repairDocument(**damaged, options.into, ifThere, options.file);
     if (!repaired)
         return failed(repaired.error(), FileAction::Save, options.into);
 
@@ -87,8 +89,10 @@ ExitCode repair(const CheckOptions& options) {
     for (const auto& [log, count] : repaired->records)
         records += fmt::format("{}{} {}", records.empty() ? "" : ", ", log, count);
     output.put(fmt::format("{} holds {} objects; records: {}\n", options.into, repaired->objects, records));
+    if (repaired->notDurable)
+        complain(fileMessage(*repaired->notDurable, FileAction::Save, options.into).text);
     if (repaired->complete())
-        return output.finish(kDone);
+        return output.finish(repaired->notDurable ? kIncomplete : kDone);
     complain(
         fmt::format("{} of {} could not be recovered, as listed; keep it",
                     repaired->lost.size() == 1 ? std::string("1 part") : fmt::format("{} parts", repaired->lost.size()),

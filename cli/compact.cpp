@@ -1,5 +1,6 @@
 #include "cli/compact.h"
 
+#include "cli/writing.h"
 #include "messages/file_messages.h"
 #include "model/quobrix_document.h"
 
@@ -15,16 +16,24 @@ ExitCode compact(const std::string& file) {
     TQuobrixDocument document;
     if (const Result<void> opened = document.open(file, TDocument::Access::Edit); !opened)
         return failed(opened.error(), FileAction::Open);
+    if (document.lockedBy()) {
+        complain(lockedMessage(document, file).text);
+        return kFailed;
+    }
+    complainOfLockFile(document, file);
     if (document.isExample()) {
         complain(fmt::format("{} is the delivered example, which is never changed", file));
         return kFailed;
     }
     const std::uint64_t before = document.space().fileBytes;
-    if (const Result<void> done = document.compact(); !done)
-        return failed(done.error(), FileAction::Compact);
+    const Result<void> done = document.compact();
+    if (!done)
+        failed(done.error(), FileAction::Compact);
+    if (!done && done.error().kind != ErrorKind::NotDurable)
+        return kFailed;
     Output output;
     output.put(fmt::format("{}: {} bytes before, {} bytes now\n", file, before, document.space().fileBytes));
-    return output.finish(kDone);
+    return output.finish(done ? kDone : kIncomplete);
 }
 
 } // namespace quobrix::cli

@@ -1,12 +1,17 @@
 #include "cli/download.h"
 
+#include "base/path_text.h"
 #include "cli/option_prompter.h"
+#include "cli/writing.h"
 #include "device/download.h"
 #include "messages/file_messages.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
 
 #include <fmt/format.h>
+
+#include <chrono>
+#include <thread>
 
 namespace quobrix::cli {
 namespace {
@@ -21,13 +26,19 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
     if (file.empty())
         return failed({ErrorKind::NotFound, {}}, FileAction::Save);
     const std::filesystem::path path = file;
-    if (isExampleName(path.filename().string())) {
+    if (isExampleName(utf8(path.filename()))) {
         complain(file + " is the delivered example, which takes no downloads; name another file with --into");
         return false;
     }
     const Result<void> opened = document.open(path, TDocument::Access::Edit);
-    if (opened)
+    if (opened && document.lockedBy()) {
+        complain(lockedMessage(document, file).text);
+        return false;
+    }
+    if (opened) {
+        complainOfLockFile(document, file);
         return document.readOnly() ? failed(*document.readOnlyReason(), FileAction::Save) : true;
+    }
     if (opened.error().kind != ErrorKind::NotFound)
         return failed(opened.error(), FileAction::Open);
     const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
@@ -52,21 +63,35 @@ bool connect(LoggerLink& link, const std::string& port) {
     return probed.ok();
 }
 
-/// Saves DOCUMENT to FILE, which it is or is to become.
-bool save(TQuobrixDocument& document, const std::string& file, OptionPrompter& prompter) {
+/// Opens FILE, which another program has made meanwhile, once that lets go of it. Complains if that cannot be added to.
+bool openWhatAppeared(TQuobrixDocument& document, const std::string& file) {
+    complain(fmt::format("{} has been made by another program in the meantime; the download is added to it", file));
+    constexpr std::chrono::milliseconds kLongest(30'000), kPause(50);
+    for (auto waited = kPause; waited < kLongest; waited += kPause) {
+        if (const Result<void> opened = document.open(file, TDocument::Access::Edit);
+            !opened || !document.readOnly() || document.readOnlyReason()->kind != ErrorKind::InUse)
+            break;
+        std::this_thread::sleep_for(kPause);
+    }
+    return openForWriting(document, file);
+}
+
+/// Saves DOCUMENT to FILE, which it is or is to become. Complains of failures, but not of a file that has appeared
+/// there (Exists).
+Result<void> save(TQuobrixDocument& document, const std::string& file, OptionPrompter& prompter) {
     const auto failure = [](const Error& error, const std::filesystem::path& path) {
-        return fileMessage(error, FileAction::Save, path.string()).text;
+        return fileMessage(error, FileAction::Save, utf8(path)).text;
     };
     const std::filesystem::path backup = TDocument::backupPath(file);
     const SaveOptions options{.saveWithoutBackup = [&](const Error& reason) {
         return prompter.ask(makeMessage(MessageId::NoBackup, failure(reason, backup), file)) == Answer::Yes;
     }};
     const Result<void> saved = document.hasFile() ? document.save(options) : document.saveAs(file, options);
-    if (!saved && saved.error().kind != ErrorKind::Cancelled)
+    if (!saved && saved.error().kind != ErrorKind::Cancelled && saved.error().kind != ErrorKind::Exists)
         complain(failure(saved.error(), file));
     if (const std::optional<Error> problem = document.backupProblem(); saved && problem)
         prompter.tell(makeMessage(MessageId::BackupNotKept, file, failure(*problem, backup)));
-    return bool(saved);
+    return saved;
 }
 
 } // namespace
@@ -92,23 +117,27 @@ ExitCode download(const DownloadOptions& options) {
         complain(fmt::format("name a new file with --into instead of {}", options.file));
         return false;
     };
-    const std::optional<MergeResult> result =
-        Download(calls, prompter, settings, noProgress, names,
-                 {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile, .mayChangePort = false})
-            .run(document);
+    std::optional<MergeResult> result;
+    Result<void> saved;
+    do { // what the logger holds is still there
+        result = Download(calls, prompter, settings, noProgress, names,
+                          {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile, .mayChangePort = false})
+                     .run(document);
+        saved = result ? save(document, options.file, prompter) : Result<void>();
+    } while (!saved && saved.error().kind == ErrorKind::Exists && openWhatAppeared(document, options.file));
     LockedLogger(link).closePort();
     if (!result) {
         if (!prompter.told())
             complain("nothing was downloaded");
         return kFailed;
     }
-    if (!save(document, options.file, prompter))
+    if (!saved && saved.error().kind != ErrorKind::NotDurable)
         return kFailed;
     for (const std::string& line : result->refusedLines())
         complain(line);
     Output output;
     output.put(result->summary() + "\n");
-    return output.finish(result->complete() ? kDone : kIncomplete, options.file + " has been saved");
+    return output.finish(saved && result->complete() ? kDone : kIncomplete, options.file + " has been saved");
 }
 
 } // namespace quobrix::cli

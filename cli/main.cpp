@@ -4,7 +4,7 @@
 #include "cli/download.h"
 #include "cli/option_prompter.h"
 #include "cli/reading.h"
-#include "platform/standard_streams.h"
+#include "platform/process.h"
 
 #include <CLI/CLI.hpp>
 
@@ -21,8 +21,9 @@ constexpr const char* kFooter =
     "  1  failed, one line on standard error says why; for check: the document is damaged\n"
     "  2  wrong usage, or an unknown unit system\n"
     "  3  done, but parts of the document could not be read (check --repair: not all is in the\n"
-    "     new document); for download: saved, but some records were refused, a part of the\n"
-    "     logger's memory could not be read, or the result could not be printed\n"
+    "     new document), or the saved file may not survive a power cut; for download: saved, but\n"
+    "     some records were refused, a part of the logger's memory could not be read, or the result\n"
+    "     could not be printed\n"
     "Reading commands change nothing. No command waits for a person.\n"
     "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
 
@@ -118,6 +119,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     quobrix::secureStandardStreams();
+    quobrix::ignoreWriteSignals();
     try {
         return run(argc, argv);
     } catch (const std::exception& error) { // out of memory, mostly

@@ -186,7 +186,7 @@ std::optional<std::filesystem::path> DialogFileChooser::chooseToOpen() {
     return file.isEmpty() ? std::nullopt : std::optional(toPath(file));
 }
 
-std::optional<std::filesystem::path> DialogFileChooser::chooseToSave(const std::filesystem::path& suggested) {
+std::optional<FileChooser::SavePlace> DialogFileChooser::chooseToSave(const std::filesystem::path& suggested) {
     QFileDialog dialog(&window_, QStringLiteral("Save As"), {}, QLatin1String(kFilter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("car"));
@@ -196,7 +196,9 @@ std::optional<std::filesystem::path> DialogFileChooser::chooseToSave(const std::
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     chosen_ = true;
-    return toPath(dialog.selectedFiles().constFirst());
+    const std::filesystem::path path = toPath(dialog.selectedFiles().constFirst());
+    std::error_code ignored; // the dialog has asked about what is there
+    return SavePlace{path, std::filesystem::exists(path, ignored) ? IfThere::Replace : IfThere::Refuse};
 }
 
 } // namespace quobrix

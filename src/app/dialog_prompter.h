@@ -47,7 +47,7 @@ public:
     explicit DialogFileChooser(QWidget& window) : window_(window) {}
 
     std::optional<std::filesystem::path> chooseToOpen() override;
-    std::optional<std::filesystem::path> chooseToSave(const std::filesystem::path& suggested) override;
+    std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) override;
 
 private:
     QWidget& window_;

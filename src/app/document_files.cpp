@@ -100,7 +100,27 @@ bool DocumentFiles::replaceBy(const fs::path& path) {
         return tell(result.error(), FileAction::Open, path);
     toldDamage_.clear();
     tellDamage();
+    tellLock();
     return true;
+}
+
+/// That a lock file keeps this copy from writing, or others.
+void DocumentFiles::tellLock() {
+    if (const std::optional<LockOwner> owner = document_.lockedBy()) {
+        const fs::path path = document_.path();
+        const auto choice =
+            prompter_.chooseAction(makeMessage(MessageId::FileLocked, document_.title(), owner->text(),
+                                               owner->timeText(), utf8(LockFile::pathFor(path).filename())),
+                                   {"Open &Read-Only", "&Take Over"});
+        if (choice && *choice == 1) {
+            if (const Result<void> taken = document_.takeOver(); !taken)
+                tell(taken.error(), FileAction::Save, path);
+            hooks_.saved();
+        }
+    }
+    const fs::path lock = document_.lockFile();
+    if (!lock.empty() && toldLocks_.insert(lock.parent_path()).second)
+        prompter_.tell(makeMessage(MessageId::FolderWithoutLocks, document_.title(), utf8(lock.filename())));
 }
 
 void DocumentFiles::tellDamage() {
@@ -174,15 +194,15 @@ SaveOptions DocumentFiles::saveOptions(const fs::path& path) {
 }
 
 DocumentFiles::Outcome DocumentFiles::chooseAndSaveAs(const fs::path& suggested) {
-    const auto path = chooser_.chooseToSave(suggested);
-    if (!path)
+    const auto place = chooser_.chooseToSave(suggested);
+    if (!place)
         return Outcome::Cancelled;
-    if (const std::string name = utf8(path->filename()); isExampleName(name)) {
+    if (const std::string name = utf8(place->path.filename()); isExampleName(name)) {
         prompter_.tell(makeMessage(MessageId::ExampleIsNotSaved, name));
         return Outcome::Cancelled;
     }
-    const Outcome outcome = saveTo(*path);
-    if (outcome == Outcome::Done) {
+    const Outcome outcome = saveTo(place->path, place->ifThere);
+    if (document_.path() == place->path) { // be it durable or not
         recent_.add(document_.path());
         hooks_.saved();
     }
@@ -195,10 +215,29 @@ bool DocumentFiles::needsAnotherName() {
     return !writable && writable.error().kind != ErrorKind::Changed;
 }
 
-DocumentFiles::Outcome DocumentFiles::saveTo(const fs::path& path) {
+DocumentFiles::Outcome DocumentFiles::saveTo(const fs::path& path, IfThere ifThere) {
     const bool own = document_.hasFile() && path == document_.path();
-    return finishSave(own ? document_.save(saveOptions(path)) : document_.saveAs(path, saveOptions(path)),
-                      FileAction::Save, path);
+    const auto save = [&] {
+        return own ? document_.save(saveOptions(path)) : document_.saveAs(path, ifThere, saveOptions(path));
+    };
+    Result<void> saved = save();
+    while (!saved && saved.error().kind == ErrorKind::Exists) { // it has appeared since the name was chosen
+        const std::string backup = utf8(document_.backupOf(path).filename());
+        if (prompter_.ask(makeMessage(MessageId::ReplaceFile, utf8(path.filename()), backup)) != Answer::Yes)
+            return Outcome::Cancelled;
+        ifThere = IfThere::Replace;
+        saved = save();
+    }
+    return finishSave(saved, FileAction::Save, path);
+}
+
+/// To the document's path, where its file is gone.
+DocumentFiles::Outcome DocumentFiles::saveAgain() {
+    const fs::path path = document_.path();
+    const Result<void> saved = document_.saveAs(path, saveOptions(path));
+    if (!saved && saved.error().kind == ErrorKind::Exists) // and another one has come meanwhile
+        return resolveChange();
+    return finishSave(saved, FileAction::Save, path);
 }
 
 DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, FileAction action, const fs::path& path) {
@@ -210,6 +249,7 @@ DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, Fil
                                        fileMessage(*problem, FileAction::Save, backup).text));
         }
         tellDamage(); // that another program did to the file since it was opened
+        tellLock();
         return Outcome::Done;
     }
     if (result.error().kind == ErrorKind::Cancelled)
@@ -222,23 +262,34 @@ DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, Fil
 
 /// Another program has changed, replaced or removed the document's file.
 DocumentFiles::Outcome DocumentFiles::resolveChange() {
-    enum Choice { SaveAs, Reload, Overwrite };
+    enum Choice { SaveAs, Reload, Overwrite, Again };
     if (document_.outdated() && !document_.modified()) { // there is but one version
         offerReload();
         return Outcome::Cancelled;
     }
     const fs::path path = document_.path();
+    const Result<bool> whole = document_.loadRest(); // before anybody changes more of it
+    if (!whole) {
+        tell(whole.error(), FileAction::Save, path);
+        return Outcome::Failed;
+    }
     std::error_code ignored;
+    const bool there = fs::exists(path, ignored);
     std::optional<std::size_t> choice;
-    if (fs::exists(path, ignored)) {
-        const std::string backup = utf8(TDocument::backupPath(path).filename());
+    if (!*whole) {
+        std::vector<std::string> actions{"Save &As..."};
+        if (there)
+            actions.emplace_back("&Reload");
+        choice = prompter_.chooseAction(makeMessage(MessageId::FileDestroyedOnDisk, document_.title()), actions);
+    } else if (there) {
+        const std::string backup = utf8(document_.backupOf(path).filename());
         choice = prompter_.chooseAction(makeMessage(MessageId::FileChangedOnDisk, document_.title(), backup),
                                         {"Save &As...", "&Reload", "&Overwrite"});
     } else {
         choice = prompter_.chooseAction(makeMessage(MessageId::FileGoneFromDisk, document_.title()),
                                         {"&Save Again", "Save &As..."});
         if (choice)
-            choice = *choice == 0 ? Overwrite : SaveAs;
+            choice = *choice == 0 ? Again : SaveAs;
     }
     if (!choice)
         return Outcome::Cancelled;
@@ -247,6 +298,8 @@ DocumentFiles::Outcome DocumentFiles::resolveChange() {
         return chooseAndSaveAs(anotherName(path));
     case Reload:
         return replaceBy(path) ? Outcome::Done : Outcome::Failed;
+    case Again:
+        return saveAgain();
     default:
         return finishSave(document_.overwrite(saveOptions(path)), FileAction::Save, path);
     }

@@ -21,8 +21,12 @@ class FileChooser {
 public:
     virtual ~FileChooser() = default;
     virtual std::optional<std::filesystem::path> chooseToOpen() = 0;
-    /// SUGGESTED: the name proposed, with or without a folder. The user has agreed to replace what exists.
-    virtual std::optional<std::filesystem::path> chooseToSave(const std::filesystem::path& suggested) = 0;
+    struct SavePlace {
+        std::filesystem::path path;
+        IfThere ifThere = IfThere::Refuse; ///< Replace: the user has agreed to it
+    };
+    /// SUGGESTED: the name proposed, with or without a folder.
+    virtual std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) = 0;
 };
 
 /// Whether a file that is mostly unused space is pointed out when it is opened or saved.
@@ -74,10 +78,12 @@ private:
     bool mayGo();
     bool offerSaveAs();
     bool needsAnotherName();
-    Outcome saveTo(const std::filesystem::path& path);
+    Outcome saveTo(const std::filesystem::path& path, IfThere ifThere = IfThere::Refuse);
     Outcome chooseAndSaveAs(const std::filesystem::path& suggested);
     Outcome finishSave(const Result<void>& result, FileAction action, const std::filesystem::path& path);
     Outcome resolveChange();
+    Outcome saveAgain();
+    void tellLock();
     void offerCompaction();
     void replace(const std::function<void()>& work);
     bool replaceBy(const std::filesystem::path& path);
@@ -93,6 +99,7 @@ private:
     Hooks hooks_;
     std::set<std::string> toldDamage_;
     std::set<std::filesystem::path> compactionOffered_; // in this run
+    std::set<std::filesystem::path> toldLocks_;         // folders, in this run
     bool untitled_ = true;
 };
 

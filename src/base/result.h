@@ -12,6 +12,7 @@ enum class ErrorKind {
     AccessDenied, ///< the user may not read or write it
     IsDirectory,  ///< a folder where a file was expected
     InUse,        ///< another program has it open for writing
+    Exists,       ///< there is a file of that name already
     Changed,      ///< the file is no longer what it was when it was opened
     ReadOnly,     ///< opened for reading only
     NotADocument, ///< the bytes are not of the expected format at all
@@ -20,6 +21,7 @@ enum class ErrorKind {
     Cancelled,    ///< the person stopped it; there is nothing to tell
     Io,           ///< any other failure of the operating system
     Unsupported,  ///< a later format, or something this build cannot do
+    NotDurable,   ///< it is done, but the system has failed to say that a power cut will not undo it
 };
 
 /// A kind for the program and a detail for the log and for "what exactly" lines; never shown alone to the user.

@@ -1,7 +1,7 @@
 #include "device/logger_library.h"
 
+#include "base/path_text.h"
 #include "platform/dynamic_library.h"
-#include "platform/system_error.h"
 
 #include <fmt/format.h>
 
@@ -61,7 +61,7 @@ Result<LoggerLibrary> loadLoggerLibrary(const fs::path& path) {
     if (path.empty())
         return Error{ErrorKind::NotFound, "The logger library was not found because the system does not tell in which "
                                           "folder this program is."};
-    const std::string name = pathText(path);
+    const std::string name = utf8(path);
     auto module = DynamicLibrary::open(path);
     if (!module && module.error().kind == ErrorKind::NotFound)
         return Error{ErrorKind::NotFound, fmt::format("The logger library {} was not found.", name)};

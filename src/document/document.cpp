@@ -1,9 +1,10 @@
 #include "document/document.h"
 
+#include "base/path_text.h"
 #include "document/compound_io.h"
-#include "platform/system_error.h"
 
 #include <algorithm>
+#include <set>
 
 namespace quobrix {
 namespace {
@@ -42,14 +43,17 @@ Result<void> checkSame(const CompoundFile& a, const CompoundFile& b, const DiskP
     return same ? Result<void>() : Error{ErrorKind::Io, "the compact copy differs from its original"};
 }
 
-/// Every stream of FROM that can be read.
-Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, DiskProgress& progress) {
+/// Every stream of FROM that can be read, but for those in EXCEPT.
+Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, const std::set<std::string>& except,
+                          DiskProgress& progress) {
     progress.what = "Copying what can be read";
     progress.done = 0;
     progress.total = from.space().fileBytes;
     for (const std::string& name : from.names()) {
         if (progress.cancelled)
             return Error{ErrorKind::Cancelled, "while copying"};
+        if (except.contains(name))
+            continue;
         Result<Bytes> content = from.read(name);
         if (!content && content.error().kind == ErrorKind::Changed)
             return content.error();
@@ -60,6 +64,12 @@ Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, DiskProgre
     }
     progress.total = 0;
     return to.spill();
+}
+
+/// FILE is certainly no compound file, or damaged so that it cannot be written to.
+bool isRuin(File& file) {
+    const auto compound = CompoundFile::open(std::make_unique<cfb::BorrowedFile>(file));
+    return compound ? !(*compound)->writable() : compound.error().kind != ErrorKind::Io;
 }
 
 Error ofLaterVersion() { return {ErrorKind::Unsupported, "a later version of this software has written it"}; }
@@ -162,29 +172,59 @@ fs::path TDocument::backupPath(const fs::path& path) {
     return fs::path(target ? *target : path) += kBackupSuffix;
 }
 
+fs::path TDocument::lockFile() const { return state_.lock ? LockFile::pathFor(state_.lock->document()) : fs::path(); }
+
 // Opening
 
-Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& target, FileMode mode) const {
+/// Takes the lock file of TARGET if FILE, which is or is to become TARGET, is not locked by the system and the document
+/// has not got it. If another copy has it that is OWNER.
+Result<void> TDocument::takeLock(const fs::path& target, const File& file, std::unique_ptr<LockFile>& lock,
+                                 std::optional<LockOwner>& owner) const {
+    if (lock || file.locked() || (state_.lock && state_.lock->document() == target))
+        return {};
+    Result<std::unique_ptr<LockFile>> taken = LockFile::take(files_, target, owner);
+    if (!taken)
+        return taken.error();
+    lock = *std::move(taken);
+    return {};
+}
+
+Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& target, FileMode mode,
+                                         std::optional<LockOwner>& lockedBy) const {
     const Result<FileSnapshot> before = FileSnapshot::of(files_, target);
     if (!before)
         return before.error();
     Result<std::unique_ptr<File>> opened = files_.open(target, mode);
     if (!opened)
         return opened.error();
+    std::unique_ptr<LockFile> lock;
+    if (mode != FileMode::Read && !(*opened)->locked()) {
+        Result<std::unique_ptr<LockFile>> taken = LockFile::take(files_, target, lockedBy);
+        if (!taken)
+            return taken.error();
+        lock = *std::move(taken);
+    }
     Result<OpenFile> file = mode == FileMode::Read ? OpenFile::watch(std::move(*opened), before->header)
                                                    : OpenFile::open(std::move(*opened));
     if (!file)
         return file.error();
-    State state{std::move(*file), std::make_unique<ObjectStore>(types_), path, *before, true, {}, {}};
+    State state{.lock = std::move(lock),
+                .file = std::move(*file),
+                .store = std::make_unique<ObjectStore>(types_),
+                .path = path,
+                .snapshot = *before,
+                .readOnlyReason = {},
+                .lockedBy = {},
+                .damage = {}};
     state.store->load(*state.file.compound);
     if (state.file.watched && state.file.watched->changed())
-        return Error{ErrorKind::Changed, pathText(path) + " is being changed by another program"};
+        return Error{ErrorKind::Changed, utf8(path) + " is being changed by another program"};
     if (mode == FileMode::Read)
         state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
     // What was opened must be what the path leads to, or a save would go to a file that nobody sees.
     if (mode != FileMode::Read)
         if (const auto now = FileSnapshot::of(files_, target, state.file.disk.get()); !now || *now != *before)
-            return Error{ErrorKind::InUse, pathText(path) + " is being changed by another program"};
+            return Error{ErrorKind::InUse, utf8(path) + " is being changed by another program"};
     return state;
 }
 
@@ -203,18 +243,21 @@ Result<void> TDocument::openOnce(const fs::path& path, Access access) {
     if (!target)
         return target.error();
     std::optional<Error> refused;
-    Result<State> next = load(path, *target, access == Access::Edit ? FileMode::ReadWrite : FileMode::Read);
+    std::optional<LockOwner> lockedBy;
+    Result<State> next = load(path, *target, access == Access::Edit ? FileMode::ReadWrite : FileMode::Read, lockedBy);
     if (next && access == Access::Edit && next->store->ofLaterVersion())
         next = ofLaterVersion(); // which shall be able to write to it
     if (!next && (next.error().kind == ErrorKind::AccessDenied || next.error().kind == ErrorKind::InUse ||
-                  next.error().kind == ErrorKind::Unsupported)) {
-        refused = next.error();
-        next = load(path, *target, FileMode::Read);
+                  next.error().kind == ErrorKind::Unsupported || next.error().kind == ErrorKind::DiskFull)) {
+        refused = next.error(); // a full disk has no room for a lock file
+        next = load(path, *target, FileMode::Read, lockedBy);
     }
     if (!next)
         return next.error();
-    if (refused)
+    if (refused) {
         next->readOnlyReason = refused;
+        next->lockedBy = lockedBy;
+    }
     const bool ownLock = refused && refused->kind == ErrorKind::InUse && isFile(*target);
     QUOBRIX_TRY(take(std::move(*next)));
     if (ownLock) // which this document has let go of now
@@ -225,12 +268,22 @@ Result<void> TDocument::openOnce(const fs::path& path, Access access) {
 }
 
 Result<void> TDocument::tryWriting() {
+    if (state_.lock) {
+        const Result<bool> held = state_.lock->held();
+        if (!held)
+            return held.error();
+        if (!*held) { // a person has decided that it may be taken away
+            state_.lock.reset();
+            state_.readOnlyReason = Error{ErrorKind::InUse, "another program has taken it over"};
+        }
+    }
     if (!readOnly())
         return {};
     const Error reason = *readOnlyReason();
     if (outdated()) // and nothing can bring back what it was
         return reason;
-    if (reason.kind != ErrorKind::InUse && reason.kind != ErrorKind::AccessDenied && reason.kind != ErrorKind::Changed)
+    if (reason.kind != ErrorKind::InUse && reason.kind != ErrorKind::AccessDenied &&
+        reason.kind != ErrorKind::DiskFull && reason.kind != ErrorKind::Changed)
         return Error{ErrorKind::ReadOnly, reason.detail};
     const Result<fs::path> target = resolveLinks(state_.path);
     if (!target)
@@ -238,6 +291,11 @@ Result<void> TDocument::tryWriting() {
     Result<std::unique_ptr<File>> opened = files_.open(*target, FileMode::ReadWrite);
     if (!opened && opened.error().kind != ErrorKind::NotFound)
         return Error{ErrorKind::ReadOnly, opened.error().detail};
+    std::unique_ptr<LockFile> taken;
+    if (opened)
+        if (const Result<void> locked = takeLock(*target, **opened, taken, state_.lockedBy); !locked)
+            return Error{ErrorKind::ReadOnly, locked.error().detail};
+    state_.lockedBy.reset();
     const Result<FileSnapshot> now =
         opened ? FileSnapshot::of(files_, *target, opened->get()) : Result<FileSnapshot>(opened.error());
     Result<OpenFile> file = now && *now == state_.snapshot
@@ -249,8 +307,19 @@ Result<void> TDocument::tryWriting() {
     }
     state_.store->attach(*file->compound);
     std::swap(state_.file, *file);
+    if (taken)
+        state_.lock = std::move(taken);
     state_.readOnlyReason.reset();
     return {};
+}
+
+Result<void> TDocument::takeOver() {
+    const Result<fs::path> target = resolveLinks(state_.path);
+    if (!target)
+        return target.error();
+    if (state_.lockedBy)
+        LockFile::removeOf(files_, *target, *state_.lockedBy);
+    return tryWriting();
 }
 
 std::optional<Error> TDocument::damage() const {
@@ -282,7 +351,7 @@ Result<void> TDocument::unchangedOnDisk() const {
         return now.error();
     if (now && *now == state_.snapshot)
         return {};
-    return Error{ErrorKind::Changed, pathText(state_.path) + " is no longer the file that was opened"};
+    return Error{ErrorKind::Changed, utf8(state_.path) + " is no longer the file that was opened"};
 }
 
 // Saving
@@ -299,8 +368,8 @@ Result<void> TDocument::save(const SaveOptions& options) {
     QUOBRIX_TRY(tryWriting());
     QUOBRIX_TRY(unchangedOnDisk());
     backupProblem_.reset();
-    if (!modified())
-        return {};
+    if (!store().modified())
+        return makeNameDurable(options);
     const Result<fs::path> target = resolveLinks(state_.path);
     if (!target)
         return target.error();
@@ -308,7 +377,22 @@ Result<void> TDocument::save(const SaveOptions& options) {
     if (kept_.contains(*target, state_.snapshot))
         return work();
     const auto copy = [this](File& to) { return state_.file.compound->copyTo(to); };
-    return keepingBackup(*target, copy, options, work, std::nullopt);
+    return keepingBackup(*target, backupPath(*target), copy, options, work, std::nullopt);
+}
+
+/// What a save that ended with NotDurable has left to be done.
+Result<void> TDocument::makeNameDurable(const SaveOptions& options) {
+    if (state_.nameDurable)
+        return {};
+    const Result<fs::path> target = resolveLinks(state_.path);
+    if (!target)
+        return target.error();
+    if (const Result<void> done =
+            options.runDisk([&](DiskProgress&) { return files_.flushFolder(target->parent_path()); });
+        !done)
+        return Error{ErrorKind::NotDurable, done.error().detail};
+    state_.nameDurable = true;
+    return {};
 }
 
 void TDocument::forgetUnchanged() {
@@ -321,37 +405,40 @@ Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& 
     state_.saveFailed = true;
     Result<void> done = writeTo(*state_.file.compound);
     if (done)
-        done = options.runDisk([&](DiskProgress&) -> Result<void> {
-            QUOBRIX_TRY(state_.file.compound->commit());
-            return state_.nameDurable ? Result<void>() : files_.flushFolder(target.parent_path());
-        });
+        done = options.runDisk([&](DiskProgress&) { return state_.file.compound->commit(); });
     // Whatever came of it, the file looks as it does by our doing, as long as it is the same file.
     const Result<FileSnapshot> now = lookAtDisk();
     if (now && now->status.identity == state_.snapshot.status.identity) {
         kept_.follow(target, state_.snapshot, *now);
         state_.snapshot = *now;
     } else if (done && now)
-        done = Error{ErrorKind::Changed, pathText(state_.path) + " was replaced while it was saved"};
+        done = Error{ErrorKind::Changed, utf8(state_.path) + " was replaced while it was saved"};
     if (!done)
         return done;
-    state_.nameDurable = true;
     state_.saveFailed = false;
     store().saved();
-    return {};
+    return makeNameDurable(options);
 }
 
-Result<void> TDocument::saveAs(const fs::path& path, const SaveOptions& options) {
-    return isFile(path) ? save(options) : writeAnew(path, options);
+Result<void> TDocument::saveAs(const fs::path& path, IfThere ifThere, const SaveOptions& options) {
+    return isFile(path) ? save(options) : writeAnew(path, ifThere, options);
 }
 
 Result<void> TDocument::overwrite(const SaveOptions& options) {
     const Result<void> unchanged = unchangedOnDisk();
     if (!unchanged && unchanged.error().kind != ErrorKind::Changed)
         return unchanged;
-    return unchanged ? save(options) : writeAnew(state_.path, options);
+    if (unchanged)
+        return save(options);
+    const Result<bool> whole = loadRest();
+    if (!whole)
+        return whole.error();
+    if (!*whole)
+        return Error{ErrorKind::Changed, "another program has changed it, and not all of the document is here"};
+    return writeAnew(state_.path, IfThere::Replace, options);
 }
 
-Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& options) {
+Result<void> TDocument::writeAnew(const fs::path& path, IfThere ifThere, const SaveOptions& options) {
     const Result<fs::path> target = resolveLinks(path);
     if (!target)
         return target.error();
@@ -362,36 +449,36 @@ Result<void> TDocument::writeAnew(const fs::path& path, const SaveOptions& optio
     const Result<FileStatus> status = files_.status(*target);
     if (!status && status.error().kind != ErrorKind::NotFound)
         return status.error();
+    if (status && ifThere == IfThere::Refuse)
+        return Error{ErrorKind::Exists, utf8(*target) + " exists"};
     const bool own = isFile(*target); // changed where it is
+    std::unique_ptr<LockFile> taken;
+    std::optional<LockOwner> owner;
     if (status && !own) {
         there = files_.open(*target, FileMode::ReadWrite);
-        if (!there && there.error().kind == ErrorKind::AccessDenied) // read-only; its folder decides
+        if (there)
+            QUOBRIX_TRY(takeLock(*target, **there, taken, owner));
+        else if (there.error().kind == ErrorKind::AccessDenied) // read-only; its folder decides
             there = files_.open(*target, FileMode::Read);
         if (!there && there.error().kind != ErrorKind::AccessDenied)
             return there.error();
     }
     const auto build = [&](ReplacementFile& replacement, Left& left) { return buildWhole(replacement, options, left); };
     std::optional<FileSnapshot> replaced;
-    const auto work = [&] { return putInPlace(path, options, build, replaced); };
+    const bool nothing = !own && !there && there.error().kind == ErrorKind::NotFound;
+    // What appears where nothing was has no backup: it is not replaced before the person has been asked again.
+    const auto work = [&] {
+        return putInPlace(path, nothing ? IfThere::Refuse : IfThere::Replace, options, build, std::move(taken),
+                          replaced);
+    };
     files_.removeAbandoned(target->parent_path());
     backupProblem_.reset();
-    if (!own && !there && there.error().kind == ErrorKind::NotFound)
+    if (nothing)
         return work();
-    if (there) {
-        const Result<FileSnapshot> now = FileSnapshot::of(files_, *target, there->get());
-        if (!now)
-            return now.error();
-        if (kept_.unfinished(*target, *now)) { // a try that failed at the very end; what it replaced is the backup
-            const Result<void> done = work();
-            if (replaced)
-                kept_.add(*target, *replaced, bool(done));
-            return done;
-        }
-    }
-    const auto copy = [&](File& to) {
-        return own ? copyFile(*state_.file.disk, to) : there ? copyFile(**there, to) : there.error();
-    };
-    return keepingBackup(*target, copy, options, work, replaced);
+    File* const content = own ? state_.file.disk.get() : there ? there->get() : nullptr;
+    const auto copy = [&](File& to) { return content ? copyFile(*content, to) : there.error(); };
+    return keepingBackup(*target, content ? backupFor(*target, *content) : backupPath(*target), copy, options, work,
+                         replaced);
 }
 
 /// Another program may have written into the very file that is open. Under another header nothing of it is the
@@ -414,6 +501,39 @@ Result<TDocument::Left> TDocument::leftOnDisk() const {
     return *size < space().fileBytes ? Left::Beginning : Left::Everything;
 }
 
+/// Somebody has written into the very file that is open.
+Result<bool> TDocument::writtenInto() const {
+    if (!hasFile())
+        return false;
+    const Result<FileStatus> status = files_.status(state_.path);
+    if (!status)
+        return status.error().kind == ErrorKind::NotFound ? Result<bool>(false) : status.error();
+    if (status->identity != state_.snapshot.status.identity)
+        return false;
+    const Result<FileSnapshot> now = lookAtDisk();
+    if (!now)
+        return now.error();
+    return *now != state_.snapshot;
+}
+
+Result<bool> TDocument::loadRest() {
+    const Result<Left> left = leftOnDisk();
+    if (!left)
+        return left.error();
+    const Result<bool> written = writtenInto();
+    if (!written)
+        return written.error();
+    std::set<ObjectId> here;
+    for (const PersistentObject* object : store().loadedObjects())
+        here.insert(object->id());
+    bool all = true;
+    for (const ObjectId id : store().objectIds())
+        if (!here.contains(id) && (*left == Left::Nothing || store().find(id) == nullptr))
+            all = false;
+    // What cannot be read of a file that nobody has written into goes along as it lies there.
+    return all || (*left == Left::Everything && !*written);
+}
+
 /// Notes as damage what cannot be read any more, once the document is in a file that has no more than was LEFT.
 void TDocument::noteLost(Left left) {
     if (left == Left::Everything)
@@ -433,7 +553,11 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
     left = *found;
     if (outdated() && !modified()) // nothing of it is only here
         return *readOnlyReason();
-    const bool copied = hasFile() && left == Left::Everything && state_.file.compound->writable();
+    const Result<bool> written = writtenInto();
+    if (!written)
+        return written.error();
+    const bool trusted = left == Left::Everything && !*written;
+    const bool copied = hasFile() && trusted && state_.file.compound->writable();
     if (copied) {
         const std::uint64_t size = space().fileBytes;
         QUOBRIX_TRY(checkSpace(replacement.target(), size));
@@ -448,9 +572,17 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
     }
     if (!file)
         return file;
-    if (hasFile() && left != Left::Nothing && !copied) // nothing can be written into a copy of damaged tables
-        QUOBRIX_TRY(options.runDisk(
-            [&](DiskProgress& progress) { return copyReadable(*state_.file.compound, *file->compound, progress); }));
+    if (hasFile() && left != Left::Nothing && !copied) { // nothing can be written into a copy of damaged tables
+        std::set<std::string> known;
+        if (!trusted) { // what is in memory is not taken from there
+            known.insert(std::begin(kIndexStreams), std::end(kIndexStreams));
+            for (const PersistentObject* object : store().loadedObjects())
+                known.insert(std::to_string(object->id()));
+        }
+        QUOBRIX_TRY(options.runDisk([&](DiskProgress& progress) {
+            return copyReadable(*state_.file.compound, *file->compound, known, progress);
+        }));
+    }
     QUOBRIX_TRY(writeTo(*file->compound));
     QUOBRIX_TRY(options.runDisk([&](DiskProgress&) { return file->compound->commit(); }));
     return file;
@@ -467,8 +599,8 @@ Result<void> TDocument::compact(const SaveOptions& options) {
     const FileSnapshot before = state_.snapshot;
     std::optional<FileSnapshot> replaced;
     const Result<void> done = putInPlace(
-        state_.path, options, [&](ReplacementFile& replacement, Left&) { return buildCompact(replacement, options); },
-        replaced);
+        state_.path, IfThere::Replace, options,
+        [&](ReplacementFile& replacement, Left&) { return buildCompact(replacement, options); }, nullptr, replaced);
     if (replaced)
         kept_.follow(state_.path, before, *replaced);
     return done;
@@ -490,13 +622,16 @@ Result<TDocument::OpenFile> TDocument::buildCompact(ReplacementFile& replacement
     return file;
 }
 
-/// Renames the file that BUILD makes, durably, over PATH and goes on there. REPLACED is that file once it is in place,
-/// even if that was not reported as durable.
-Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& options, const Build& build,
+/// Renames the file that BUILD makes, durably, to PATH and goes on there. REPLACED is that file once it is in place,
+/// even if that was not reported as durable (NotDurable). TAKEN is the lock file of PATH, if there is one already.
+Result<void> TDocument::putInPlace(const fs::path& path, IfThere ifThere, const SaveOptions& options,
+                                   const Build& build, std::unique_ptr<LockFile> taken,
                                    std::optional<FileSnapshot>& replaced) {
     Result<ReplacementFile> replacement = ReplacementFile::create(path, {}, files_);
     if (!replacement)
         return replacement.error();
+    std::optional<LockOwner> owner;
+    QUOBRIX_TRY(takeLock(replacement->target(), replacement->file(), taken, owner));
     Left left = Left::Everything;
     Result<OpenFile> file = build(*replacement, left);
     if (!file)
@@ -504,33 +639,58 @@ Result<void> TDocument::putInPlace(const fs::path& path, const SaveOptions& opti
     const Result<FileSnapshot> snapshot = FileSnapshot::of(files_, replacement->temporary(), file->disk.get());
     if (!snapshot)
         return snapshot.error();
-    const bool own = path == state_.path;
-    const Result<void> renamed = options.runDisk([&](DiskProgress&) { return replacement->commit(); });
-    if (replacement->inPlace())
-        replaced = *snapshot;
-    if (!renamed && !(own && replaced)) // the document's own file is gone then
+    const Result<void> renamed = options.runDisk([&](DiskProgress&) { return replacement->commit(ifThere); });
+    if (!replacement->inPlace())
         return renamed;
+    replaced = *snapshot;
     state_.store->attach(*file->compound);
     std::swap(state_.file, *file);
+    if (taken || (state_.lock && state_.lock->document() != replacement->target()))
+        state_.lock = std::move(taken);
     state_.path = path;
     state_.snapshot = *snapshot;
     state_.nameDurable = bool(renamed);
-    state_.saveFailed = !renamed;
-    noteLost(left);
-    if (!renamed)
-        return renamed;
-    store().saved();
+    state_.saveFailed = false;
     state_.readOnlyReason.reset();
+    state_.lockedBy.reset();
+    noteLost(left);
+    store().saved();
     state_.damage = damage();
-    return {};
+    return renamed ? Result<void>() : Error{ErrorKind::NotDurable, renamed.error().detail};
 }
 
 // The backup
 
+/// Where CONTENT, which TARGET holds, is to be kept.
+fs::path TDocument::backupFor(const fs::path& target, File& content) const {
+    fs::path path = backupPath(target);
+    std::error_code ignored;
+    if (!isRuin(content) || fs::is_symlink(path, ignored))
+        return path;
+    if (const auto older = files_.open(path, FileMode::Read); !older || isRuin(**older))
+        return path;
+    for (int number = 2; files_.status(path); ++number) {
+        path = target;
+        path += "." + std::to_string(number);
+        path += kBackupSuffix;
+    }
+    return path;
+}
+
+fs::path TDocument::backupOf(const fs::path& path) const {
+    const Result<fs::path> target = resolveLinks(path);
+    if (!target)
+        return backupPath(path);
+    if (isFile(*target))
+        return backupFor(*target, *state_.file.disk);
+    const auto file = files_.open(*target, FileMode::Read);
+    return file ? backupFor(*target, **file) : backupPath(*target);
+}
+
 /// Runs WORK, which changes the document's file TARGET, or replaces TARGET and says by what in REPLACED, and keeps what
-/// COPY copies of it as its backup.
-Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, const SaveOptions& options,
-                                      const std::function<Result<void>()>& work,
+/// COPY copies of it as PATH.
+Result<void> TDocument::keepingBackup(const fs::path& target, const fs::path& path, const Copy& copy,
+                                      const SaveOptions& options, const std::function<Result<void>()>& work,
                                       const std::optional<FileSnapshot>& replaced) {
     if (!keepsBackup(target))
         return work();
@@ -540,7 +700,7 @@ Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, 
         return options.saveWithoutBackup(reason) ? Result<void>() : Error{ErrorKind::Cancelled, reason.detail};
     };
     std::optional<ReplacementFile> backup;
-    if (Result<ReplacementFile> made = makeBackup(target, copy, options))
+    if (Result<ReplacementFile> made = makeBackup(target, path, copy, options))
         backup.emplace(std::move(*made));
     else
         QUOBRIX_TRY(goOnWithout(made.error()));
@@ -551,25 +711,32 @@ Result<void> TDocument::keepingBackup(const fs::path& target, const Copy& copy, 
         QUOBRIX_TRY(goOnWithout(done.error()));
         done = work();
     }
-    if (!done && !replaced) // a file that is gone needs its backup, whatever else went wrong
+    if (!done && done.error().kind != ErrorKind::NotDurable)
         return done;
     if (!backup) // which the next save tries again
         return done;
-    if (const Result<void> kept = options.runDisk([&](DiskProgress&) { return backup->commit(); }); kept)
-        kept_.add(target, replaced ? *replaced : state_.snapshot, bool(done));
+    // Only the one backup gives way.
+    const IfThere older = path == backupPath(target) ? IfThere::Replace : IfThere::Refuse;
+    const Result<void> kept = options.runDisk([&](DiskProgress&) { return backup->commit(older); });
+    if (kept)
+        kept_.add(target, replaced ? *replaced : state_.snapshot);
     else
-        backupProblem_ = kept.error();
+        backupProblem_ =
+            Error{kept.error().kind == ErrorKind::NotDurable ? ErrorKind::Io : kept.error().kind, kept.error().detail};
     return done;
 }
 
-Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const Copy& copy, const SaveOptions& options) {
-    const fs::path path = backupPath(target);
+Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const fs::path& path, const Copy& copy,
+                                              const SaveOptions& options) {
     std::error_code ignored;
     // This document leaves its own file by a save that makes that the backup of another.
     const bool mayBeInUse = !fs::is_symlink(path, ignored) && !isFile(path);
     if (const auto old = mayBeInUse ? files_.open(path, FileMode::ReadWrite) : Error{};
         !old && old.error().kind == ErrorKind::InUse)
         return old.error(); // open as a document in another running copy
+    else if (old && !(*old)->locked())
+        if (const auto owner = LockFile::ownerOf(files_, path); owner && *owner)
+            return Error{ErrorKind::InUse, (*owner)->text()};
     const Result<FileStatus> status = files_.status(target);
     if (!status)
         return status.error();

@@ -5,6 +5,7 @@
 #include "document/disk_work.h"
 #include "document/file_snapshot.h"
 #include "document/kept_files.h"
+#include "document/lock_file.h"
 #include "document/object_store.h"
 #include "platform/file_system.h"
 
@@ -40,7 +41,10 @@ void writeDocumentStream(CompoundFile& file);
 ///
 /// The file as it was before the first change of a run is kept as NAME.car.bak beside it, and so is it when another
 /// program has been at it since, or when another document replaces it. The backup is complete before the save begins
-/// and takes its place when the save is durable, so that at every moment file or backup is whole.
+/// and takes its place when the save is durable, so that at every moment file or backup is whole. A file that cannot be
+/// opened never takes the place of a backup that can: it gets a number of its own, NAME.car.2.bak.
+///
+/// Where the file system has no locks a LockFile stands in for them.
 class TDocument {
 public:
     enum class Access {
@@ -60,16 +64,27 @@ public:
     /// since the last save is gone.
     Result<void> open(const std::filesystem::path& path, Access access);
     /// Writes what has changed to the file it was opened from or saved to; that file's backup is made before. ReadOnly
-    /// if it cannot be written, Changed if the path no longer leads to that file or the file is no longer what it was.
+    /// if it cannot be written, Changed if the path no longer leads to that file or the file is no longer what it was;
+    /// NotDurable as saveAs().
     Result<void> save(const SaveOptions& options = {});
-    /// Writes everything to PATH and goes on there: the new file is built beside PATH and renamed over it; what was
-    /// there becomes the backup of PATH. InUse if another running copy has PATH open; Changed if the document is
-    /// outdated() and nothing has been changed in it. To the document's own file (whatever the path's spelling) it is
-    /// save(), so that a read-only document needs another path.
-    Result<void> saveAs(const std::filesystem::path& path, const SaveOptions& options = {});
+    /// Writes everything to PATH and goes on there: the new file is built beside PATH and renamed. What is there
+    /// becomes the backup of PATH if it may be replaced (IF_THERE); Exists if it may not, and if something appears
+    /// there only while the file is built. InUse if another running copy has PATH open; Changed if the document is
+    /// outdated() and nothing has been changed in it; NotDurable if it is in place, but may not survive a power cut. To
+    /// the document's own file (whatever the path's spelling) it is save(), so that a read-only document needs another
+    /// path.
+    Result<void> saveAs(const std::filesystem::path& path, IfThere ifThere, const SaveOptions& options = {});
+    /// To a name that no file has.
+    Result<void> saveAs(const std::filesystem::path& path, const SaveOptions& options = {}) {
+        return saveAs(path, IfThere::Refuse, options);
+    }
     /// Writes everything to the document's own path, whatever another program has put there or taken away: that
-    /// becomes the backup.
+    /// becomes the backup. Changed if some of the document is not here, see loadRest().
     Result<void> overwrite(const SaveOptions& options = {});
+    /// Loads what has not been loaded yet, which is to be done when another program has changed the file: from then on
+    /// nothing more can be lost. Whether the document is whole: all of it is in memory, or its file, though it goes by
+    /// another name or none, is as it was.
+    Result<bool> loadRest();
     /// Saves what has changed, then rebuilds the file without unused space and puts it in its place. Refused for
     /// documents that are read-only or damaged.
     Result<void> compact(const SaveOptions& options = {});
@@ -94,8 +109,14 @@ public:
     void whenOutdated(std::function<void()> tell);
     /// Calls TELL, which must not touch the document, when something of it is found damaged after it was opened.
     void whenDamaged(std::function<void()> tell) { whenDamaged_ = std::move(tell); }
-    /// Anything that the next save would write.
-    bool modified() const { return store().modified(); }
+    /// Why it is only read, where that is the lock file of another running copy.
+    const std::optional<LockOwner>& lockedBy() const { return state_.lockedBy; }
+    /// Takes the right to write away from lockedBy(). Errors as tryWriting().
+    Result<void> takeOver();
+    /// The file system has no locks: this file beside the document tells others that it is open here. Else empty.
+    std::filesystem::path lockFile() const;
+    /// Anything that the next save would write, or make durable at last.
+    bool modified() const { return store().modified() || !state_.nameDurable; }
     /// After edits have been undone: if the next save would write what the file holds already, nothing is modified.
     void forgetUnchanged();
     CompoundFile::Space space() const;
@@ -106,6 +127,8 @@ public:
 
     /// Where the backup of PATH lies: beside the file that it leads to.
     static std::filesystem::path backupPath(const std::filesystem::path& path);
+    /// Where what PATH leads to now would be kept if it were replaced.
+    std::filesystem::path backupOf(const std::filesystem::path& path) const;
 
 protected:
     /// Called when another content is in place: bind() what the program always needs of it. If it fails or throws, the
@@ -129,12 +152,14 @@ private:
         static Result<OpenFile> create(std::unique_ptr<File> disk);
     };
     struct State {
+        std::unique_ptr<LockFile> lock; // before file: it goes away after it
         OpenFile file;
         std::unique_ptr<ObjectStore> store; // after file: it reads from it
         std::filesystem::path path;         // as the user knows it
         FileSnapshot snapshot;
         bool nameDurable = true;             // after a renaming that could not be flushed: not yet
         std::optional<Error> readOnlyReason; // as it was opened
+        std::optional<LockOwner> lockedBy;
         std::optional<Error> damage;
         bool saveFailed = false; // the last time: what the open file holds may be nowhere else
     };
@@ -145,22 +170,29 @@ private:
 
     Result<void> take(State next);
     Result<void> openOnce(const std::filesystem::path& path, Access access);
-    Result<State> load(const std::filesystem::path& path, const std::filesystem::path& target, FileMode mode) const;
+    Result<State> load(const std::filesystem::path& path, const std::filesystem::path& target, FileMode mode,
+                       std::optional<LockOwner>& lockedBy) const;
+    Result<void> takeLock(const std::filesystem::path& target, const File& file, std::unique_ptr<LockFile>& lock,
+                          std::optional<LockOwner>& owner) const;
     Result<FileSnapshot> lookAtDisk() const;
     Result<void> unchangedOnDisk() const;
     Result<void> writeTo(CompoundFile& file);
     Result<void> writeInPlace(const std::filesystem::path& target, const SaveOptions& options);
-    Result<void> writeAnew(const std::filesystem::path& path, const SaveOptions& options);
+    Result<void> writeAnew(const std::filesystem::path& path, IfThere ifThere, const SaveOptions& options);
+    Result<void> makeNameDurable(const SaveOptions& options);
     Result<Left> leftOnDisk() const;
+    Result<bool> writtenInto() const;
     void noteLost(Left left);
     Result<OpenFile> buildWhole(ReplacementFile& replacement, const SaveOptions& options, Left& left);
     Result<OpenFile> buildCompact(ReplacementFile& replacement, const SaveOptions& options);
-    Result<void> putInPlace(const std::filesystem::path& path, const SaveOptions& options, const Build& build,
-                            std::optional<FileSnapshot>& replaced);
-    Result<void> keepingBackup(const std::filesystem::path& target, const Copy& copy, const SaveOptions& options,
-                               const std::function<Result<void>()>& work, const std::optional<FileSnapshot>& replaced);
-    Result<ReplacementFile> makeBackup(const std::filesystem::path& target, const Copy& copy,
-                                       const SaveOptions& options);
+    Result<void> putInPlace(const std::filesystem::path& path, IfThere ifThere, const SaveOptions& options,
+                            const Build& build, std::unique_ptr<LockFile> lock, std::optional<FileSnapshot>& replaced);
+    Result<void> keepingBackup(const std::filesystem::path& target, const std::filesystem::path& backup,
+                               const Copy& copy, const SaveOptions& options, const std::function<Result<void>()>& work,
+                               const std::optional<FileSnapshot>& replaced);
+    Result<ReplacementFile> makeBackup(const std::filesystem::path& target, const std::filesystem::path& path,
+                                       const Copy& copy, const SaveOptions& options);
+    std::filesystem::path backupFor(const std::filesystem::path& target, File& content) const;
     Result<void> checkSpace(const std::filesystem::path& target, std::uint64_t bytes) const;
 
     const TypeRegistry& types_;

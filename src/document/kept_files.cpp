@@ -16,20 +16,16 @@ fs::path withoutLinks(const fs::path& path) {
 
 bool KeptFiles::contains(const fs::path& path, const FileSnapshot& now) const {
     const auto found = files_.find(withoutLinks(path));
-    return found != files_.end() && found->second.left == now;
+    return found != files_.end() && found->second == now;
 }
 
-bool KeptFiles::unfinished(const fs::path& path, const FileSnapshot& now) const {
-    return contains(path, now) && !files_.at(withoutLinks(path)).durable;
-}
-
-void KeptFiles::add(const fs::path& path, const FileSnapshot& left, bool durable) {
-    files_.insert_or_assign(withoutLinks(path), Entry{left, durable});
+void KeptFiles::add(const fs::path& path, const FileSnapshot& left) {
+    files_.insert_or_assign(withoutLinks(path), left);
 }
 
 void KeptFiles::follow(const fs::path& path, const FileSnapshot& before, const FileSnapshot& after) {
     if (contains(path, before))
-        add(path, after, true);
+        add(path, after);
 }
 
 } // namespace quobrix

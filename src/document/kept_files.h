@@ -13,18 +13,12 @@ class KeptFiles {
 public:
     /// PATH, which looks like NOW, holds only this run's work on what was kept.
     bool contains(const std::filesystem::path& path, const FileSnapshot& now) const;
-    /// Likewise, and it was put in place of what was kept without becoming durable, so that nobody takes it for saved.
-    bool unfinished(const std::filesystem::path& path, const FileSnapshot& now) const;
-    void add(const std::filesystem::path& path, const FileSnapshot& left, bool durable);
+    void add(const std::filesystem::path& path, const FileSnapshot& left);
     /// This run has changed PATH from BEFORE to AFTER.
     void follow(const std::filesystem::path& path, const FileSnapshot& before, const FileSnapshot& after);
 
 private:
-    struct Entry {
-        FileSnapshot left;
-        bool durable;
-    };
-    std::map<std::filesystem::path, Entry> files_; // by paths without links
+    std::map<std::filesystem::path, FileSnapshot> files_; // by paths without links
 };
 
 } // namespace quobrix

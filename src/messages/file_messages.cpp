@@ -13,6 +13,8 @@ MessageId messageOf(ErrorKind kind) {
         return MessageId::FileIsDirectory;
     case ErrorKind::InUse:
         return MessageId::FileInUse;
+    case ErrorKind::Exists:
+        return MessageId::FileExists;
     case ErrorKind::Changed:
         return MessageId::FileChanged;
     case ErrorKind::ReadOnly:
@@ -27,6 +29,8 @@ MessageId messageOf(ErrorKind kind) {
         return MessageId::FileUnsupported;
     case ErrorKind::Cancelled:
         return MessageId::FileCancelled;
+    case ErrorKind::NotDurable:
+        return MessageId::FileNotDurable;
     case ErrorKind::Io:
         break;
     }

@@ -1,6 +1,6 @@
 #include "model/document_properties.h"
 
-#include "platform/system_error.h"
+#include "base/path_text.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
@@ -72,7 +72,7 @@ std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, con
     const auto addRecords = [&](std::string_view key, const Table* table, const PersistentType& type) {
         add(key, logOfClass(type.name), integerText(context, table ? table->rowCount() : 0));
     };
-    add("Path", "File", document.hasFile() ? pathText(document.path()) : "Not saved yet");
+    add("Path", "File", document.hasFile() ? utf8(document.path()) : "Not saved yet");
     if (document.hasFile()) {
         const Result<FileStatus> status = fileStatus(document.path());
         add("Size", "Size", status ? sizeText(context, status->size) : "The file is not there any more");

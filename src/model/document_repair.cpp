@@ -1,6 +1,7 @@
 #include "model/document_repair.h"
 
 #include "document/compound_file.h"
+#include "document/lock_file.h"
 #include "model/salvaged_objects.h"
 #include "platform/file_system.h"
 
@@ -344,12 +345,16 @@ private:
 
 Result<DocumentRepair> salvage(const CompoundFile& from, CompoundFile& into) { return Salvage(from, into).run(); }
 
-Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into) {
+Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into, IfThere ifThere,
+                                      const std::filesystem::path& like) {
     // Another running copy must not lose the file that it has open, nor open one that is about to go.
     const Result<std::unique_ptr<File>> there = openFile(into, FileMode::ReadWrite);
     if (!there && there.error().kind == ErrorKind::InUse)
         return there.error();
-    Result<ReplacementFile> replacement = ReplacementFile::create(into);
+    if (there && !(*there)->locked())
+        if (const auto owner = LockFile::ownerOf(FileSystem::system(), into); owner && *owner)
+            return Error{ErrorKind::InUse, (*owner)->text()};
+    Result<ReplacementFile> replacement = ReplacementFile::create(into, like);
     if (!replacement)
         return replacement.error();
     const Result<std::unique_ptr<CompoundFile>> made = CompoundFile::create(replacement->takeFile());
@@ -359,7 +364,11 @@ Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::files
     if (!result)
         return result;
     QUOBRIX_TRY((*made)->commit());
-    QUOBRIX_TRY(replacement->commit());
+    if (const Result<void> placed = replacement->commit(ifThere); !placed) {
+        if (!replacement->inPlace())
+            return placed.error();
+        result->notDurable = placed.error();
+    }
     return result;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "model/document_check.h"
+#include "platform/file_system.h"
 
 #include <filesystem>
+#include <optional>
 #include <utility>
 
 namespace quobrix {
@@ -16,6 +18,9 @@ struct DocumentRepair {
     std::vector<std::pair<std::string, std::size_t>> records;
     std::vector<CheckFinding> lost;  ///< what the new document does not have
     std::vector<CheckFinding> notes; ///< what was put right without loss, and what is kept though nothing refers to it
+
+    /// Why the new document may not survive a power cut, although it is in place.
+    std::optional<Error> notDurable;
 
     bool complete() const { return lost.empty(); }
 };
@@ -33,7 +38,9 @@ struct DocumentRepair {
 Result<DocumentRepair> salvage(const CompoundFile& from, CompoundFile& into);
 
 /// The same into the file INTO, which must not be the one that FROM reads: the document is built beside its place and
-/// put there, instead of what was there before, when it is whole. Errors as TDocument::saveAs.
-Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into);
+/// put there when it is whole, instead of what was there before if that may be replaced (IF_THERE). It has the
+/// permissions of LIKE, the damaged file, so that nobody else can read what was private. Errors as TDocument::saveAs.
+Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into,
+                                      IfThere ifThere = IfThere::Refuse, const std::filesystem::path& like = {});
 
 } // namespace quobrix

@@ -1,5 +1,7 @@
 #include "model/quobrix_document.h"
 
+#include "base/path_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <unordered_map>
@@ -109,10 +111,10 @@ std::optional<Error> TQuobrixDocument::damage() const {
 }
 
 bool TQuobrixDocument::keepsBackup(const std::filesystem::path& file) const {
-    return !isExampleName(file.filename().string());
+    return !isExampleName(utf8(file.filename()));
 }
 
-std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : path().filename().string(); }
+std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : utf8(path().filename()); }
 
 bool TQuobrixDocument::holdsSomething() const {
     return std::ranges::any_of(roots(), [](const Table* table) { return table->rowCount() > 0; }) ||

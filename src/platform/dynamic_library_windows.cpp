@@ -15,7 +15,7 @@ Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
         return Error{ErrorKind::Unsupported, pathText(path) + " is not an absolute path"};
     std::error_code code;
     if (!std::filesystem::exists(path, code))
-        return Error{ErrorKind::NotFound, pathText(path) + " does not exist"};
+        return Error{ErrorKind::NotFound, utf8(path) + " does not exist"};
     // The library's own folder is searched for what it needs; the current folder is not.
     const HMODULE handle = LoadLibraryExW(path.c_str(), nullptr,
                                           LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);

@@ -30,12 +30,14 @@ public:
     /// A hint for a flush() to come: what lies before END (bytes) may go to the disk while more is written behind it.
     /// Waits for nothing and promises nothing.
     virtual void startFlush([[maybe_unused]] std::uint64_t end) {}
+    /// Of a file that was opened to be written: nobody else can open it so. False where the file system has no locks.
+    virtual bool locked() const { return true; }
 };
 
 enum class FileMode {
     Read,          ///< an existing file, shared with writers
-    ReadWrite,     ///< an existing file, locked against a second writer (ErrorKind::InUse)
-    Create,        ///< a new file, which must not exist, locked likewise
+    ReadWrite,     ///< an existing file, locked against a second writer (ErrorKind::InUse), see File::locked()
+    Create,        ///< a new file, which must not exist (ErrorKind::Exists), locked likewise
     CreatePrivate, ///< likewise, and nobody but its owner can open it until its permissions are widened
 };
 

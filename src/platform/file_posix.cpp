@@ -25,6 +25,8 @@ ErrorKind kindOf(int code) {
     case EPERM:
     case EROFS:
         return ErrorKind::AccessDenied;
+    case EEXIST:
+        return ErrorKind::Exists;
     case EISDIR:
         return ErrorKind::IsDirectory;
     case ETXTBSY:
@@ -137,18 +139,22 @@ public:
 #endif
     }
 
+    bool locked() const override { return locked_; }
+
+    /// Waits for nobody: InUse when another open file description holds the lock, in this process or another. Where
+    /// the file system knows no locks everyone is let in, and locked() says so.
+    Result<void> lock(const std::filesystem::path& path) {
+        locked_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+        if (locked_ || errno == ENOLCK || errno == EOPNOTSUPP || errno == ENOSYS)
+            return {};
+        return lastSystemError("lock", path);
+    }
+
 private:
     int descriptor_;
+    bool locked_ = false;
     std::uint64_t started_ = 0; ///< up to here startFlush() has told the system
 };
-
-/// Waits for nobody: InUse when another open file description holds the lock, in this process or another. A file
-/// system that knows no locks lets everyone in.
-Result<void> lock(int descriptor, const std::filesystem::path& path) {
-    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno == ENOLCK || errno == EOPNOTSUPP)
-        return {};
-    return lastSystemError("lock", path);
-}
 
 FileIdentity identityOf(const struct stat& status) {
     return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
@@ -162,7 +168,7 @@ Error lastSystemError(std::string_view action, const std::filesystem::path& subj
     const int code = errno;
     std::string detail(action);
     if (!subject.empty())
-        detail += " " + pathText(subject);
+        detail += " " + utf8(subject);
     return {kindOf(code), detail + ": " + std::generic_category().message(code)};
 }
 
@@ -183,17 +189,17 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
         if (::fstat(descriptor, &opened) != 0)
             return lastSystemError("examine", path);
         if (S_ISDIR(opened.st_mode))
-            return Error{ErrorKind::IsDirectory, pathText(path) + " is a folder"};
+            return Error{ErrorKind::IsDirectory, utf8(path) + " is a folder"};
         if (!S_ISREG(opened.st_mode))
-            return Error{ErrorKind::NotADocument, pathText(path) + " is not a regular file"};
+            return Error{ErrorKind::NotADocument, utf8(path) + " is not a regular file"};
         if (mode == FileMode::Read)
             return std::unique_ptr<File>(std::move(file));
-        QUOBRIX_TRY(lock(descriptor, path));
+        QUOBRIX_TRY(file->lock(path));
         struct stat named {};
         if (::stat(path.c_str(), &named) == 0 && identityOf(named) == identityOf(opened))
             return std::unique_ptr<File>(std::move(file));
     }
-    return Error{ErrorKind::InUse, pathText(path) + " is being replaced by another program"};
+    return Error{ErrorKind::InUse, utf8(path) + " is being replaced by another program"};
 }
 
 Result<FileStatus> fileStatus(const std::filesystem::path& path) {

@@ -43,6 +43,9 @@ class SystemFiles final : public FileSystem {
     Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) override {
         return quobrix::renameOver(from, to);
     }
+    Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to) override {
+        return quobrix::renameNew(from, to);
+    }
     Result<void> flushFolder(const std::filesystem::path& folder) override { return quobrix::flushFolder(folder); }
     void remove(const std::filesystem::path& path) override {
         std::error_code ignored;
@@ -57,7 +60,7 @@ Error fromStandard(const std::error_code& code, const std::filesystem::path& pat
         kind = ErrorKind::AccessDenied;
     else if (code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory)
         kind = ErrorKind::NotFound;
-    return {kind, pathText(path) + ": " + code.message()};
+    return {kind, utf8(path) + ": " + code.message()};
 }
 
 } // namespace
@@ -73,12 +76,14 @@ Result<std::filesystem::path> resolveLinks(const std::filesystem::path& path) {
                 return fromStandard(code, result);
             return result;
         }
+        if (!mayFollow(result))
+            return Error{ErrorKind::AccessDenied, utf8(result) + " is somebody else's link in a shared folder"};
         const std::filesystem::path link = std::filesystem::read_symlink(result, code);
         if (code)
             return fromStandard(code, result);
         result = result.parent_path() / link; // an absolute link replaces the folder
     }
-    return Error{ErrorKind::Io, pathText(path) + ": too many symbolic links"};
+    return Error{ErrorKind::Io, utf8(path) + ": too many symbolic links"};
 }
 
 FileSystem& FileSystem::system() {
@@ -97,9 +102,9 @@ Result<ReplacementFile> ReplacementFile::createForLink(const std::filesystem::pa
     std::error_code ignored;
     const auto status = std::filesystem::symlink_status(target, ignored);
     if (std::filesystem::is_directory(status))
-        return Error{ErrorKind::IsDirectory, pathText(target) + " is a folder"};
+        return Error{ErrorKind::IsDirectory, utf8(target) + " is a folder"};
     if (std::filesystem::is_other(status)) // a device or a pipe
-        return Error{ErrorKind::NotADocument, pathText(target) + " is not a regular file"};
+        return Error{ErrorKind::NotADocument, utf8(target) + " is not a regular file"};
     // Another program may take the new file for an abandoned one and lock it before this one does.
     constexpr int kAttempts = 4;
     std::filesystem::path temporary;
@@ -131,19 +136,22 @@ ReplacementFile::~ReplacementFile() {
     files_->remove(temporary_);
 }
 
-Result<void> ReplacementFile::commit() {
+Result<void> ReplacementFile::commit(IfThere ifThere) {
     if (file_)
         QUOBRIX_TRY(file_->flush());
-    QUOBRIX_TRY(files_->renameOver(temporary_, target_));
+    QUOBRIX_TRY(ifThere == IfThere::Replace ? files_->renameOver(temporary_, target_)
+                                            : files_->renameNew(temporary_, target_));
     temporary_.clear();
-    return files_->flushFolder(target_.parent_path());
+    if (const Result<void> flushed = files_->flushFolder(target_.parent_path()); !flushed)
+        return Error{ErrorKind::NotDurable, flushed.error().detail};
+    return {};
 }
 
 void removeAbandoned(const std::filesystem::path& folder) {
     std::error_code failed;
     for (std::filesystem::directory_iterator entry(folder.empty() ? "." : folder, failed), end; !failed && entry != end;
          entry.increment(failed))
-        if (isTemporaryName(pathText(entry->path().filename())))
+        if (isTemporaryName(utf8(entry->path().filename())))
             removeUnlessLocked(entry->path());
 }
 
@@ -155,7 +163,7 @@ Result<Bytes> readFile(const std::filesystem::path& path, std::uint64_t maxSize)
     if (!size)
         return size.error();
     if (*size > maxSize)
-        return Error{ErrorKind::Unsupported, pathText(path) + " is larger than " + std::to_string(maxSize) + " bytes"};
+        return Error{ErrorKind::Unsupported, utf8(path) + " is larger than " + std::to_string(maxSize) + " bytes"};
     Bytes bytes(static_cast<std::size_t>(*size));
     QUOBRIX_TRY((*file)->readAt(0, bytes));
     return bytes;

@@ -5,7 +5,8 @@
 namespace quobrix {
 
 /// The path that opening PATH really reaches: symbolic links of its last name are followed to the end, which need not
-/// exist yet. Io when the links run in a circle.
+/// exist yet. Io when the links run in a circle; AccessDenied for a link in a folder that anybody may write to (such as
+/// /tmp), unless it is the user's own or that of the folder's owner: others could lead a save wherever they like.
 Result<std::filesystem::path> resolveLinks(const std::filesystem::path& path);
 
 /// The calls on files by their names with which documents are kept safe. There is one, the system's; tests put another
@@ -24,13 +25,20 @@ public:
     virtual Result<void> adoptPermissions(const std::filesystem::path& temporary,
                                           const std::filesystem::path& like) = 0;
     virtual Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+    virtual Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
     virtual Result<void> flushFolder(const std::filesystem::path& folder) = 0;
     virtual void remove(const std::filesystem::path& path) = 0;
     virtual void removeAbandoned(const std::filesystem::path& folder) = 0;
 };
 
+/// What a new file does to one that has its name already.
+enum class IfThere {
+    Replace,
+    Refuse, ///< nothing: it is not put in place (ErrorKind::Exists)
+};
+
 /// A new file that takes the place of TARGET in one step, or does not: it is built beside the target, and commit()
-/// renames it over. So a failure or a crash leaves the target as it was. Without commit() the new file goes away.
+/// renames it. So a failure or a crash leaves the target as it was. Without commit() the new file goes away.
 class ReplacementFile {
 public:
     /// Makes the temporary file, locked like every written file, in the folder of TARGET (links followed). It has the
@@ -52,11 +60,11 @@ public:
     /// Hands the file over for good. Its new owner flushes it before commit().
     std::unique_ptr<File> takeFile() { return std::move(file_); }
 
-    /// Makes the file durable, renames it over the target and makes that durable too. After an error inPlace() tells
-    /// whether the target is still what it was.
-    Result<void> commit();
+    /// Makes the file durable, renames it to the target and makes that durable too. NotDurable if only the last of it
+    /// fails; after any other error the target is what it was.
+    Result<void> commit(IfThere ifThere = IfThere::Replace);
 
-    /// It has been renamed over the target, durably or not.
+    /// It has been renamed to the target, durably or not.
     bool inPlace() const { return temporary_.empty(); }
     /// Where the new file is until then.
     const std::filesystem::path& temporary() const { return temporary_; }
@@ -84,6 +92,8 @@ Result<void> writeFileAtomically(const std::filesystem::path& path, ByteView byt
 Result<void> adoptPermissions(const std::filesystem::path& temporary, const std::filesystem::path& like);
 /// Renames FROM over TO, which may be read-only, in one step. Not durable before the folder has been flushed.
 Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to);
+/// Renames FROM to TO, which must not exist (ErrorKind::Exists): whatever is there, or appears there just then, stays.
+Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Returns when the names in FOLDER are on the disk.
 Result<void> flushFolder(const std::filesystem::path& folder);
 /// Removes the temporary files that programs which were killed have left in FOLDER: those that nobody has locked.
@@ -92,6 +102,8 @@ void removeAbandoned(const std::filesystem::path& folder);
 void removeUnlessLocked(const std::filesystem::path& path);
 /// FOLDER is the user's own and nobody else may put anything there.
 bool onlyUserWrites(const std::filesystem::path& folder);
+/// Whether the system would follow LINK, see resolveLinks().
+bool mayFollow(const std::filesystem::path& link);
 /// Gives the file the system's hidden attribute, where the system has one; its other attributes stay.
 Result<void> hideFile(const std::filesystem::path& path);
 

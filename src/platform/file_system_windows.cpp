@@ -54,6 +54,15 @@ Result<void> renameOver(const std::filesystem::path& from, const std::filesystem
     return {};
 }
 
+Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH))
+        return lastSystemError("create", to);
+    return {};
+}
+
+// Making a link takes a privilege there.
+bool mayFollow(const std::filesystem::path&) { return true; }
+
 void removeUnlessLocked(const std::filesystem::path& path) {
     // Sharing with nobody: not to be had while another has it open. Closing removes it.
     const HANDLE handle = CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,

@@ -26,9 +26,13 @@ ErrorKind kindOf(DWORD code) {
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
         return ErrorKind::InUse;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return ErrorKind::Exists;
     case ERROR_DISK_FULL:
     case ERROR_HANDLE_DISK_FULL:
     case ERROR_DISK_QUOTA_EXCEEDED:
+    case ERROR_FILE_TOO_LARGE:
         return ErrorKind::DiskFull;
     default:
         return ErrorKind::Io;
@@ -118,7 +122,7 @@ Error lastSystemError(std::string_view action, const std::filesystem::path& subj
     const DWORD code = GetLastError();
     std::string detail(action);
     if (!subject.empty())
-        detail += " " + pathText(subject);
+        detail += " " + utf8(subject);
     return {kindOf(code), detail + ": " + std::system_category().message(static_cast<int>(code))};
 }
 
@@ -126,7 +130,7 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
     const bool creates = mode == FileMode::Create || mode == FileMode::CreatePrivate;
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
-        return Error{ErrorKind::IsDirectory, pathText(path) + " is a folder"};
+        return Error{ErrorKind::IsDirectory, utf8(path) + " is a folder"};
     // A writer shares reading only: that is the lock against a second one. Sharing deletion lets an open file be
     // renamed, which a replacement file needs.
     const bool writes = mode != FileMode::Read;
@@ -137,7 +141,7 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
         return lastSystemError("open", path);
     auto file = std::make_unique<WindowsFile>(handle);
     if (GetFileType(handle) != FILE_TYPE_DISK)
-        return Error{ErrorKind::NotADocument, pathText(path) + " is not a regular file"};
+        return Error{ErrorKind::NotADocument, utf8(path) + " is not a regular file"};
     return std::unique_ptr<File>(std::move(file));
 }
 

@@ -5,6 +5,7 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "support/document_streams.h"
+#include "support/fault_folder.h"
 #include "support/sample_trip.h"
 #include "support/scripted_prompter.h"
 
@@ -23,11 +24,12 @@ using testing::ScriptedPrompter;
 class ScriptedChooser final : public FileChooser {
 public:
     std::optional<fs::path> chooseToOpen() override { return next; }
-    std::optional<fs::path> chooseToSave(const fs::path& suggested) override {
+    std::optional<SavePlace> chooseToSave(const fs::path& suggested) override {
         lastSuggested = suggested;
-        return next;
+        return next ? std::optional(SavePlace{*next, ifThere}) : std::nullopt;
     }
     std::optional<fs::path> next, lastSuggested;
+    IfThere ifThere = IfThere::Refuse;
 };
 
 class DocumentFilesTest : public ::testing::Test {
@@ -262,6 +264,104 @@ TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOver
         document_.newDocument();
         fs::remove(folder_ / "a (2).car");
     }
+}
+
+TEST_F(DocumentFilesTest, AFileThatWasCutShortIsNotOverwrittenByWhatIsLeftOfIt) {
+    constexpr int kTrips = 200; // more than what is read ahead
+    for (int i = 0; i < kTrips; ++i)
+        test::addTrip(document_, 1'700'000'000 + 3600 * i);
+    const fs::path path = folder_ / "a.car", backup = folder_ / "a.car.bak";
+    ASSERT_TRUE(document_.saveAs(path));
+    document_.newDocument();
+    const std::string sound = bytes(path), stump = sound.substr(0, 5 << 10);
+    fs::copy_file(path, backup);
+    for (const bool loaded : {false, true}) {
+        SCOPED_TRACE(loaded);
+        std::ofstream(path, std::ios::binary) << sound;
+        ScriptedPrompter prompter = loaded ? ScriptedPrompter({{MessageId::FileChangedOnDisk}}, {"&Overwrite"})
+                                           : ScriptedPrompter({{MessageId::DamagedDocument},
+                                                               {MessageId::FileDestroyedOnDisk, std::nullopt},
+                                                               {MessageId::FileDestroyedOnDisk},
+                                                               {MessageId::DamagedDocument}}, // what else is not there
+                                                              {"Save &As..."});
+        DocumentFiles flows = files(prompter);
+        ASSERT_TRUE(flows.open(path));
+        addTrip();
+        if (loaded) {
+            ASSERT_TRUE(*document_.loadRest());
+        }
+        std::ofstream(path, std::ios::binary) << stump;
+        chooser_.next = folder_ / "b.car";
+        if (!loaded) { // it is met before, and asked about until it is decided
+            for (RowIndex trip = 0; trip < kTrips; ++trip)
+                if (auto* samples = document_.trips().column<TTripLogSampleTableColumn>().object(trip))
+                    samples->speed().storedRows();
+            EXPECT_FALSE(document_.store().damage().empty());
+            flows.tellDamage();
+            EXPECT_FALSE(flows.save());
+        }
+        ASSERT_TRUE(flows.save());
+        EXPECT_TRUE(bytes(backup) == sound) << "the only good one";
+        if (!loaded) {
+            EXPECT_TRUE(bytes(path) == stump);
+            EXPECT_EQ(document_.path(), folder_ / "b.car");
+        } else {
+            EXPECT_NE(prompter.shown.at(0).find("kept as a.car.2.bak"), std::string::npos) << prompter.shown.at(0);
+            EXPECT_TRUE(bytes(folder_ / "a.car.2.bak") == stump);
+            document_.newDocument();
+            TQuobrixDocument saved;
+            ASSERT_TRUE(saved.open(path, TDocument::Access::Read));
+            EXPECT_EQ(saved.trips().rowCount(), kTrips + 1u);
+            EXPECT_TRUE(*saved.loadRest() && saved.store().damage().empty());
+        }
+        document_.newDocument();
+    }
+}
+
+TEST_F(DocumentFilesTest, WithoutLocksItIsSaidOnceAndWhoHasTheFileCanBeTakenOver) {
+    test::FaultFolder folder(1);
+    folder.locks = false;
+    TQuobrixDocument running(folder), document(folder);
+    const fs::path path = "/Doc.car";
+    ASSERT_TRUE(running.saveAs(path));
+    ScriptedPrompter prompter({{MessageId::FileLocked}, {MessageId::FileLocked}, {MessageId::FolderWithoutLocks}},
+                              {"Open &Read-Only", "&Take Over"});
+    DocumentFiles flows(document, settings_, recent_, prompter, chooser_,
+                        [](const DiskWork& work) {
+                            DiskProgress progress;
+                            return work(progress);
+                        },
+                        {[] {}, [] {}, [] {}});
+    ASSERT_TRUE(flows.open(path));
+    EXPECT_TRUE(document.readOnly());
+    ASSERT_TRUE(flows.newFile());
+    ASSERT_TRUE(flows.open(path));
+    EXPECT_FALSE(document.readOnly());
+    ASSERT_TRUE(flows.newFile());
+    running.newDocument();
+    ASSERT_TRUE(flows.open(path)); // and nothing more is said
+    EXPECT_TRUE(prompter.shown.at(0).starts_with("Doc.car is in use: ")) << prompter.shown.at(0);
+    EXPECT_NE(prompter.shown.at(2).find("the file Doc.car.lock beside it"), std::string::npos) << prompter.shown.at(2);
+}
+
+TEST_F(DocumentFilesTest, WhatAppearsUnderAChosenNameIsAskedAbout) {
+    const fs::path path = savedFile("a.car");
+    ScriptedPrompter prompter{{MessageId::ReplaceFile, Answer::No}, {MessageId::ReplaceFile, Answer::Yes}};
+    DocumentFiles flows = files(prompter);
+    addTrip();
+    chooser_.next = path;
+    EXPECT_FALSE(flows.save());
+    EXPECT_FALSE(fs::exists(folder_ / "a.car.bak"));
+    EXPECT_TRUE(flows.save());
+    EXPECT_EQ(prompter.shown.at(0), "a.car already exists.\n\nReplace it? What it holds now is kept as a.car.bak.");
+    EXPECT_TRUE(fs::exists(folder_ / "a.car.bak"));
+    ScriptedPrompter silent; // the file dialog has asked
+    fs::remove(folder_ / "b.car");
+    fs::copy_file(path, folder_ / "b.car");
+    chooser_.next = folder_ / "b.car";
+    chooser_.ifThere = IfThere::Replace;
+    EXPECT_TRUE(files(silent).saveAs());
+    EXPECT_TRUE(fs::exists(folder_ / "b.car.bak"));
 }
 
 TEST_F(DocumentFilesTest, AFileThatAnotherCopyChangesWhileItIsShownIsOfferedToBeOpenedAnew) {

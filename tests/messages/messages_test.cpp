@@ -34,6 +34,8 @@ TEST(Messages, EveryFileErrorNamesTheFileAndTheDeed) {
         EXPECT_TRUE(message.text.starts_with("Żółw 100%.car cannot be saved because ")) << message.text;
         EXPECT_TRUE(texts.insert(message.text).second) << message.text;
     }
+    EXPECT_TRUE(fileMessage({ErrorKind::NotDurable, "flush"}, FileAction::Save, "a.car")
+                    .text.starts_with("a.car has been saved, but the disk has not confirmed it"));
     EXPECT_TRUE(fileMessage({ErrorKind::NotFound, {}}, FileAction::Open, "").text.starts_with("No file can be opened"));
 }
 

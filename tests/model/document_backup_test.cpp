@@ -90,7 +90,7 @@ TEST_F(DocumentBackup, ABackupThatIsOpenCanBeSavedOverItsFile) {
     const std::string newer = bytes(path_);
     TQuobrixDocument document, running;
     ASSERT_TRUE(document.open(backup_, TDocument::Access::Edit));
-    ASSERT_TRUE(document.saveAs(path_));
+    ASSERT_TRUE(document.saveAs(path_, IfThere::Replace));
     EXPECT_EQ(tripsIn(path_), 1u);
     EXPECT_EQ(bytes(backup_), newer) << "what was replaced is kept";
     EXPECT_EQ(document.path(), path_);
@@ -99,7 +99,7 @@ TEST_F(DocumentBackup, ABackupThatIsOpenCanBeSavedOverItsFile) {
     ASSERT_TRUE(running.open(backup_, TDocument::Access::Edit));
     TQuobrixDocument nextRun;
     addTrip(nextRun, kStart);
-    EXPECT_EQ(kindOf(nextRun.saveAs(path_)), ErrorKind::InUse);
+    EXPECT_EQ(kindOf(nextRun.saveAs(path_, IfThere::Replace)), ErrorKind::InUse);
     EXPECT_EQ(bytes(backup_), newer);
 }
 
@@ -149,11 +149,35 @@ TEST_F(DocumentBackup, WhatSaveAsReplacesIsKept) {
     put(other, "something else");
     TQuobrixDocument document;
     openAndAdd(document);
-    ASSERT_TRUE(document.saveAs(other));
+    EXPECT_EQ(kindOf(document.saveAs(other)), ErrorKind::Exists);
+    EXPECT_EQ(bytes(other), "something else");
+    ASSERT_TRUE(document.saveAs(other, IfThere::Replace));
     EXPECT_EQ(bytes(folder_ / "Other.car.bak"), "something else");
     EXPECT_EQ(tripsIn(other), 2u);
     EXPECT_EQ(tripsIn(path_), 1u);
     EXPECT_FALSE(fs::exists(backup_));
+}
+
+TEST_F(DocumentBackup, ASoundBackupNeverGivesWayToAFileThatCannotBeOpened) {
+    const std::string sound = bytes(path_), ruin = sound.substr(0, 5000);
+    const fs::path second = folder_ / "Doc.car.2.bak", third = folder_ / "Doc.car.3.bak";
+    put(backup_, sound);
+    TQuobrixDocument document;
+    openAndAdd(document);
+    ASSERT_TRUE(*document.loadRest()); // so that it can be written over what becomes of the file
+    for (const fs::path& kept : {second, third}) {
+        put(path_, ruin);
+        EXPECT_EQ(document.backupOf(path_), kept);
+        ASSERT_TRUE(document.overwrite());
+        EXPECT_EQ(tripsIn(path_), 2u);
+        EXPECT_TRUE(bytes(backup_) == sound);
+        EXPECT_TRUE(bytes(kept) == ruin);
+    }
+    put(backup_, "no better");
+    put(path_, ruin);
+    ASSERT_TRUE(document.overwrite());
+    EXPECT_TRUE(bytes(backup_) == ruin);
+    EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Doc.car.2.bak", "Doc.car.3.bak", "Doc.car.bak"}));
 }
 
 TEST_F(DocumentBackup, WhatSaveAsReplacesIsKeptEvenIfThisRunHasSavedIt) {
@@ -166,7 +190,7 @@ TEST_F(DocumentBackup, WhatSaveAsReplacesIsKeptEvenIfThisRunHasSavedIt) {
     ASSERT_TRUE(document.save());
     EXPECT_EQ(tripsIn(backup_), 1u);
     ASSERT_TRUE(document.open(other, TDocument::Access::Edit));
-    ASSERT_TRUE(document.saveAs(path_));
+    ASSERT_TRUE(document.saveAs(path_, IfThere::Replace));
     EXPECT_EQ(tripsIn(path_), 5u);
     EXPECT_EQ(tripsIn(backup_), 2u);
     addTrip(document, kStart);
@@ -174,9 +198,9 @@ TEST_F(DocumentBackup, WhatSaveAsReplacesIsKeptEvenIfThisRunHasSavedIt) {
     EXPECT_EQ(tripsIn(backup_), 2u) << "from now on it is one document again";
     // Nor does it matter that both were one document once.
     document.trips().removeRows(0, 3);
-    ASSERT_TRUE(document.saveAs(other));
+    ASSERT_TRUE(document.saveAs(other, IfThere::Replace));
     document.trips().removeRows(0, 2);
-    ASSERT_TRUE(document.saveAs(path_));
+    ASSERT_TRUE(document.saveAs(path_, IfThere::Replace));
     EXPECT_EQ(tripsIn(path_), 1u);
     EXPECT_EQ(tripsIn(backup_), 6u);
 }

@@ -136,7 +136,7 @@ const Flow kFlows[] = {
     {"first save", kNew, [](auto& document, auto&, int count) { addTrips(document, 0, count); },
      [](auto& document, auto& options) { return document.saveAs(kNew, options); }, false},
     {"first save over a file", kOther, [](auto& document, auto&, int count) { addTrips(document, 0, count); },
-     [](auto& document, auto& options) { return document.saveAs(kOther, options); }, true},
+     [](auto& document, auto& options) { return document.saveAs(kOther, IfThere::Replace, options); }, true},
     {"save with backup", kDocument, openAndChange, [](auto& document, auto& options) { return document.save(options); },
      true},
     {"save", kDocument,
@@ -152,7 +152,7 @@ const Flow kFlows[] = {
     {"Save As, unchanged", kNew, [](auto& document, auto&, int) { open(document); },
      [](auto& document, auto& options) { return document.saveAs(kNew, options); }, false},
     {"Save As over a file", kOther, openAndChange,
-     [](auto& document, auto& options) { return document.saveAs(kOther, options); }, true},
+     [](auto& document, auto& options) { return document.saveAs(kOther, IfThere::Replace, options); }, true},
     {"compaction", kDocument, [](auto& document, auto&, int) { open(document); },
      [](auto& document, auto& options) { return document.compact(options); }, false},
     {"compaction with changes", kDocument, openAndChange,
@@ -182,8 +182,9 @@ const Flow kFlows[] = {
 /// A flow on a folder, and what that may hold at each moment.
 class Trial {
 public:
-    Trial(const Flow& flow, const FaultFolder::Image& image, int count, unsigned seed)
+    Trial(const Flow& flow, const FaultFolder::Image& image, int count, unsigned seed, bool locks = true)
         : folder(seed, image), flow_(flow), document_(folder) {
+        folder.locks = locks;
         flow.prepare(document_, folder, count);
         const FaultFolder::Image before = folder.powerCut();
         for (const fs::path& path : {kDocument, kBackup, kOther, kNew})
@@ -232,7 +233,9 @@ public:
             ASSERT_TRUE(found != 0 || !image.contains(path)) << path << " is damaged";
         }
         for (const auto& [path, bytes] : image)
-            ASSERT_TRUE(allowed_.contains(path) || path.extension() == ".tmp") << path;
+            ASSERT_TRUE(allowed_.contains(path) || path.extension() == ".tmp" ||
+                        (!folder.locks && path.string().find(".lock") != std::string::npos))
+                << path;
         if (!flow_.backup || folder.failed)
             return;
         // The backup is replaced only when what it is the backup of is durable.
@@ -279,11 +282,12 @@ TEST_P(DocumentCrash, APowerCutAfterAnyChangeLeavesOldOrNew) {
         int trips;
         unsigned seeds;
         int cutsAtOnce;
+        bool locks = true;
     };
-    for (const Case& c : {Case{1, 3, 16}, Case{6, 3, 16}, Case{200, 1, 2}}) {
+    for (const Case& c : {Case{1, 3, 16}, Case{6, 3, 16}, Case{200, 1, 2}, Case{3, 1, 16, false}}) {
         const FaultFolder::Image image = folderWithDocuments(c.trips);
         for (unsigned seed = 1; seed <= c.seeds; ++seed) {
-            Trial trial(GetParam(), image, c.trips, seed);
+            Trial trial(GetParam(), image, c.trips, seed, c.locks);
             trial.folder.afterEachChange = [&] {
                 for (int cut = 0; cut < c.cutsAtOnce; ++cut, ++cuts)
                     ASSERT_NO_FATAL_FAILURE(trial.expectAllowed(trial.folder.powerCut()));
@@ -301,9 +305,10 @@ TEST_P(DocumentCrash, APowerCutAfterAnyChangeLeavesOldOrNew) {
 TEST_P(DocumentCrash, AnyFailingOperationIsMadeGoodByTheNextTry) {
     const FaultFolder::Image image = folderWithDocuments(3);
     std::size_t failed = 0;
-    for (const std::size_t failures : {1, 2, 5})
+    const std::pair<std::size_t, bool> ways[] = {{1, true}, {2, true}, {5, true}, {1, false}, {5, false}};
+    for (const auto& [failures, locks] : ways)
         for (std::size_t failAt = 1;; ++failAt, ++failed) {
-            Trial trial(GetParam(), image, 3, static_cast<unsigned>(failAt));
+            Trial trial(GetParam(), image, 3, static_cast<unsigned>(failAt), locks);
             trial.folder.afterEachChange = [&] {
                 ASSERT_NO_FATAL_FAILURE(trial.expectAllowed(trial.folder.powerCut()));
             };

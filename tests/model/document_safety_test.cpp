@@ -2,7 +2,10 @@
 #include "model/document_check.h"
 #include "support/document_folder.h"
 #include "support/document_streams.h"
+#include "support/fault_folder.h"
+#include "support/forwarding_files.h"
 
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -19,12 +22,13 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasOpenIsNotReplaced) {
     TQuobrixDocument document, running;
     ASSERT_TRUE(running.open(other, TDocument::Access::Edit));
     openAndAdd(document);
-    EXPECT_EQ(kindOf(document.saveAs(other, {.saveWithoutBackup = [](const Error&) { return true; }})),
-              ErrorKind::InUse);
+    EXPECT_EQ(
+        kindOf(document.saveAs(other, IfThere::Replace, {.saveWithoutBackup = [](const Error&) { return true; }})),
+        ErrorKind::InUse);
     EXPECT_EQ(document.path(), path_);
     EXPECT_EQ(tripsIn(other), 1u);
     ASSERT_TRUE(running.open(backup_.parent_path() / "Doc.car", TDocument::Access::Read)); // lets go of the other
-    EXPECT_TRUE(document.saveAs(other));
+    EXPECT_TRUE(document.saveAs(other, IfThere::Replace));
 }
 
 TEST_F(DocumentSafety, AFileThatAnotherCopyHadIsWrittenOnceThatLetsGoOfIt) {
@@ -46,6 +50,7 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasSavedMeanwhileIsNotOverwrittenUnasked) 
     openAndAdd(running);
     openAndAdd(document);
     addTrip(document, kStart + 7200);
+    ASSERT_TRUE(*document.loadRest());
     ASSERT_TRUE(running.save());
     EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly) << "still held";
     running.newDocument();
@@ -75,6 +80,157 @@ TEST_F(DocumentSafety, WhatKilledProgramsLeftIsRemovedAndNothingElse) {
     EXPECT_FALSE(fs::exists(folder_ / ".quobrix-0123456789abcdef.tmp"));
     EXPECT_TRUE(fs::exists(held));
     EXPECT_EQ(files().size(), 7u);
+}
+
+// Names that were free
+
+TEST_F(DocumentSafety, WhatAppearsWhereAFileIsToBeMadeStays) {
+    const fs::path target = folder_ / "New.car";
+    for (const IfThere ifThere : {IfThere::Refuse, IfThere::Replace}) {
+        fs::remove(target);
+        TQuobrixDocument document;
+        openAndAdd(document);
+        const SaveOptions options{.runDisk = [&](const DiskWork& work) {
+            put(target, "theirs");
+            DiskProgress progress;
+            return work(progress);
+        }};
+        EXPECT_EQ(kindOf(document.saveAs(target, ifThere, options)), ErrorKind::Exists);
+        EXPECT_EQ(bytes(target), "theirs");
+        EXPECT_EQ(document.path(), path_);
+        EXPECT_TRUE(document.modified());
+        EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "New.car"}));
+    }
+}
+
+TEST_F(DocumentSafety, AFileThatIsInPlaceButMayNotSurviveAPowerCutIsToldAndMadeSureOfLater) {
+    struct Files final : ForwardingFiles {
+        Result<void> flushFolder(const fs::path& folder) override {
+            return fails ? Error{ErrorKind::Io, "flush"} : ForwardingFiles::flushFolder(folder);
+        }
+        bool fails = true;
+    };
+    for (const bool newName : {true, false}) {
+        SCOPED_TRACE(newName);
+        Files files;
+        TQuobrixDocument document(files);
+        openAndAdd(document);
+        const fs::path target = newName ? folder_ / "New.car" : path_;
+        const auto save = [&] { return newName ? document.saveAs(target) : document.compact(); };
+        EXPECT_EQ(kindOf(save()), ErrorKind::NotDurable);
+        EXPECT_EQ(document.path(), target);
+        EXPECT_EQ(tripsIn(target), 2u);
+        EXPECT_TRUE(document.modified());
+        EXPECT_EQ(kindOf(document.save()), ErrorKind::NotDurable);
+        files.fails = false;
+        ASSERT_TRUE(document.save());
+        EXPECT_FALSE(document.modified());
+    }
+}
+
+// Folders without locks
+
+/// A folder with a document of one trip, on a file system without locks.
+struct Lockless {
+    Lockless() {
+        folder.locks = false;
+        TQuobrixDocument made(folder);
+        addTrip(made, kStart);
+        EXPECT_TRUE(made.saveAs(path));
+    }
+    void open(TQuobrixDocument& document) { ASSERT_TRUE(document.open(path, TDocument::Access::Edit)); }
+    std::string lockText() {
+        const Bytes content = folder.current().at(lock);
+        return {content.begin(), content.end()};
+    }
+    /// Somebody else has left a lock file: the document's with LINE (from 0) replaced.
+    void leaveLock(std::size_t line, const std::string& text) {
+        TQuobrixDocument document(folder);
+        open(document);
+        std::istringstream in(lockText());
+        std::string out;
+        for (std::string l; std::getline(in, l);)
+            out += (line-- == 0 ? text : l) + "\n";
+        document.newDocument();
+        folder.replace(lock, Bytes(out.begin(), out.end()));
+    }
+    bool locked() { return folder.current().contains(lock); }
+
+    FaultFolder folder{1};
+    const fs::path path = "/Doc.car", lock = "/Doc.car.lock";
+};
+
+TEST(LocklessFolder, ALockFileKeepsTheSecondWriterAway) {
+    Lockless there;
+    EXPECT_FALSE(there.locked());
+    TQuobrixDocument first(there.folder), second(there.folder);
+    there.open(first);
+    EXPECT_EQ(first.lockFile(), there.lock);
+    ASSERT_TRUE(there.locked());
+    there.open(second);
+    ASSERT_TRUE(second.lockedBy());
+    EXPECT_EQ(second.readOnlyReason()->kind, ErrorKind::InUse);
+    EXPECT_NE(second.lockedBy()->text().find(thisProcess().host), std::string::npos);
+    EXPECT_TRUE(second.lockedBy()->timeText().ends_with(" UTC"));
+    addTrip(second, kStart + 3600);
+    EXPECT_EQ(second.save().error().kind, ErrorKind::ReadOnly);
+    addTrip(first, kStart + 7200);
+    ASSERT_TRUE(first.saveAs("/Copy.car")); // which lets go of the other
+    EXPECT_EQ(first.lockFile(), fs::path("/Copy.car.lock"));
+    EXPECT_FALSE(there.locked());
+    ASSERT_TRUE(second.save());
+    EXPECT_FALSE(second.lockedBy());
+    ASSERT_TRUE(second.open(there.path, TDocument::Access::Edit)) << "its own anew";
+    EXPECT_FALSE(second.readOnly());
+    EXPECT_EQ(first.saveAs(there.path, IfThere::Replace).error().kind, ErrorKind::InUse);
+    second.newDocument();
+    ASSERT_TRUE(first.saveAs(there.path, IfThere::Replace));
+    ASSERT_TRUE(first.compact());
+    EXPECT_TRUE(there.locked());
+    first.newDocument();
+    EXPECT_EQ(there.folder.current().size(), 3u) << "two documents and a backup";
+}
+
+TEST(LocklessFolder, WhatAProgramThatHasEndedLeftIsRemovedAndOthersArePersonsToDecide) {
+    struct Case {
+        const char* what;
+        std::size_t line;
+        std::string text;
+        bool removed;
+    };
+    for (const Case& c :
+         {Case{"a process that is gone", 4, "999999999", true}, Case{"an earlier start of this computer", 2, "x", true},
+          Case{"another computer", 1, "else\x1b[1mwhere", false}, Case{"no lock file of ours", 0, "hello", false}}) {
+        SCOPED_TRACE(c.what);
+        Lockless there;
+        there.leaveLock(c.line, c.text);
+        TQuobrixDocument document(there.folder);
+        there.open(document);
+        EXPECT_EQ(document.readOnly(), !c.removed);
+        if (!c.removed) {
+            EXPECT_EQ(document.lockedBy()->text().find('\x1b'), std::string::npos);
+            ASSERT_TRUE(document.takeOver());
+        }
+        addTrip(document, kStart + 3600);
+        ASSERT_TRUE(document.save());
+        document.newDocument();
+        EXPECT_FALSE(there.locked());
+    }
+}
+
+TEST(LocklessFolder, WhoWasTakenOverSavesNoMore) {
+    Lockless there;
+    TQuobrixDocument first(there.folder), second(there.folder);
+    there.open(first);
+    there.open(second);
+    ASSERT_TRUE(second.takeOver());
+    addTrip(first, kStart + 3600);
+    EXPECT_EQ(first.save().error().kind, ErrorKind::ReadOnly);
+    EXPECT_TRUE(first.lockedBy());
+    addTrip(second, kStart + 3600);
+    ASSERT_TRUE(second.save());
+    first.newDocument();
+    EXPECT_TRUE(there.locked()) << "it is the other's now";
 }
 
 // Other programs
@@ -108,6 +264,7 @@ TEST_F(DocumentSafety, AFileThatHasChangedIsNotOverwrittenUnasked) {
         put(path_, mine);
         TQuobrixDocument document;
         openAndAdd(document);
+        ASSERT_TRUE(*document.loadRest());
         change();
         const bool gone = !fs::exists(path_);
         const std::string theirs = bytes(path_);
@@ -160,6 +317,10 @@ TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnask
         EXPECT_EQ(bytes(path_), theirs);
         EXPECT_TRUE(document.modified());
         EXPECT_EQ(kindOf(document.save(options)), ErrorKind::Changed) << "until the person has decided";
+        EXPECT_EQ(kindOf(document.overwrite(options)), ErrorKind::Changed) << "a part of it is nowhere any more";
+        put(path_, mine); // as it was, but for the time
+        ASSERT_TRUE(*document.loadRest());
+        put(path_, theirs);
         ASSERT_TRUE(document.overwrite(options));
         EXPECT_EQ(tripsIn(path_), 2u);
         if (!question) {
@@ -236,13 +397,35 @@ TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
     EXPECT_EQ(tripsIn(path_), 3u);
 }
 
+TEST_F(DocumentSafety, WhatIsLoadedIsNotTakenFromAFileThatOthersHaveWrittenInto) {
+    const std::string mine = bytes(path_), speeds = {30, 31, 32, 33, 34, 35, 36, 37};
+    std::string garbled = mine; // with the same header and size
+    const std::size_t at = garbled.find(speeds);
+    ASSERT_NE(at, std::string::npos);
+    garbled.replace(at, speeds.size(), speeds.size(), 'x');
+    Streams expected;
+    for (const std::string& there : {mine, garbled}) {
+        put(path_, mine);
+        TQuobrixDocument document;
+        openAndAdd(document);
+        ASSERT_TRUE(*document.loadRest());
+        put(path_, there);
+        const fs::path kept = folder_ / (there == mine ? "Kept.car" : "Kept too.car");
+        ASSERT_TRUE(document.saveAs(kept));
+        const Streams streams = streamsOf(kept);
+        if (there == mine)
+            expected = streams;
+        EXPECT_TRUE(streams == expected);
+    }
+}
+
 TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDocument) {
     const fs::path other = folder_ / "Theirs.car", kept = folder_ / "Mine.car";
     {
         TQuobrixDocument made, theirs;
         for (int i = 0; i < 20; ++i)
             addTrip(made, kStart + 3600 * i);
-        ASSERT_TRUE(made.saveAs(path_));
+        ASSERT_TRUE(made.saveAs(path_, IfThere::Replace));
         for (int i = 0; i < 5; ++i) { // of another history, so that everything lies elsewhere
             addTrip(theirs, kStart + 7000 * i);
             ASSERT_TRUE(theirs.saveAs(other));
@@ -309,7 +492,7 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasSavedIsNotMixedIntoWhatIsReadWithoutThe
             addTrip(made, kStart + 3600 * static_cast<std::int32_t>(trip));
             setSpeeds(made, trip, static_cast<std::uint8_t>(trip + 1));
         }
-        ASSERT_TRUE(made.saveAs(path_));
+        ASSERT_TRUE(made.saveAs(path_, IfThere::Replace));
     }
     for (const bool edited : {false, true}) {
         SCOPED_TRACE(edited);
@@ -341,6 +524,8 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasSavedIsNotMixedIntoWhatIsReadWithoutThe
         EXPECT_FALSE(shown(viewer, kTrips - 1));
         EXPECT_TRUE(viewer.store().damage().empty()) << "a change is no damage";
         EXPECT_EQ(checkDocument(viewer).sound(), false);
+        EXPECT_FALSE(*viewer.loadRest());
+        EXPECT_EQ(kindOf(viewer.overwrite()), ErrorKind::Changed) << "not by a part of it";
 
         if (!edited) { // there is nothing of one's own to be kept
             EXPECT_EQ(kindOf(viewer.saveAs(kept)), ErrorKind::Changed);
@@ -366,37 +551,26 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasSavedIsNotMixedIntoWhatIsReadWithoutThe
 
 TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
     /// Another copy saves at a few of the first moments when the file is read.
-    class Saving final : public File {
+    class Saving final : public ForwardingFile {
     public:
-        Saving(std::unique_ptr<File> file, const std::function<void()>& save) : file_(std::move(file)), save_(save) {}
+        Saving(std::unique_ptr<File> file, const std::function<void()>& save)
+            : ForwardingFile(std::move(file)), save_(save) {}
         Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
-            const Result<void> done = file_->readAt(offset, out);
+            const Result<void> done = ForwardingFile::readAt(offset, out);
             save_();
             return done;
         }
-        Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_->writeAt(offset, bytes); }
-        Result<std::uint64_t> size() override { return file_->size(); }
-        Result<void> resize(std::uint64_t size) override { return file_->resize(size); }
-        Result<void> flush() override { return file_->flush(); }
 
     private:
-        std::unique_ptr<File> file_;
         const std::function<void()>& save_;
     };
-    struct Files final : FileSystem {
+    struct Files final : ForwardingFiles {
         Result<std::unique_ptr<File>> open(const fs::path& path, FileMode mode) override {
             auto file = openFile(path, mode);
             if (!file)
                 return file;
             return std::unique_ptr<File>(std::make_unique<Saving>(*std::move(file), save));
         }
-        Result<FileStatus> status(const fs::path& path) override { return fileStatus(path); }
-        std::uint64_t freeSpace(const fs::path&) override { return 0; }
-        Result<void> adoptPermissions(const fs::path&, const fs::path&) override { return {}; }
-        Result<void> renameOver(const fs::path&, const fs::path&) override { return {}; }
-        Result<void> flushFolder(const fs::path&) override { return {}; }
-        void remove(const fs::path&) override {}
-        void removeAbandoned(const fs::path&) override {}
         std::function<void()> save = [] {};
     };
     for (int first = 0; first < 40; first += 3) {

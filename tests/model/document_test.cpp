@@ -24,7 +24,7 @@ protected:
             addTrip(document, kStart + 3600 * i);
         distanceId_ = document.trips().column<TTripLogDistanceColumn>().id();
         tripsId_ = document.trips().id();
-        ASSERT_TRUE(document.saveAs(path_));
+        ASSERT_TRUE(document.saveAs(path_, IfThere::Replace));
     }
 
     static void expectOpens(TQuobrixDocument& document, const std::filesystem::path& path) {
@@ -196,7 +196,7 @@ TEST_F(DocumentFile, WithADamagedRootTableItIsReadOnly) {
         document.vehicles().addMissing(std::vector<std::string>{"1M8GDM9AXKP042788"});
         EXPECT_FALSE(document.save());
         // Under another name everything is kept that could not be read.
-        ASSERT_TRUE(document.saveAs(folder_ / "Copy.car"));
+        ASSERT_TRUE(document.saveAs(folder_ / "Copy.car", IfThere::Replace));
         EXPECT_EQ(streamsOf(folder_ / "Copy.car")[name], damaged);
         TQuobrixDocument copy;
         expectOpens(copy, folder_ / "Copy.car");

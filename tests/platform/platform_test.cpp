@@ -1,6 +1,8 @@
 #include "platform/dynamic_library.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
+#include "platform/rename_new.h"
+#include "support/forwarding_files.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +13,7 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #endif
 
 namespace quobrix {
@@ -146,6 +149,59 @@ TEST_F(PlatformTest, LinksAreFollowedToTheirEnd) {
     EXPECT_EQ(get(folder_ / "end"), "through links");
 }
 
+TEST_F(PlatformTest, AFileThatIsThereIsRefused) {
+    const fs::path target = folder_ / "a";
+    auto replacement = ReplacementFile::create(target);
+    ASSERT_TRUE(replacement && replacement->file().writeAt(0, Bytes{'n'}));
+    put(target, "appeared");
+    EXPECT_EQ(replacement->commit(IfThere::Refuse).error().kind, ErrorKind::Exists);
+    EXPECT_EQ(get(target), "appeared");
+    fs::remove(target);
+    EXPECT_TRUE(replacement->commit(IfThere::Refuse));
+    EXPECT_EQ(get(target), "n");
+    EXPECT_EQ(entries(), 1u);
+}
+
+#if !defined(_WIN32)
+TEST_F(PlatformTest, EachWayOfRenamingRefusesWhatIsThere) {
+    using Way = std::optional<Result<void>> (*)(const fs::path&, const fs::path&);
+    const Way ways[] = {renameNewInOneCall, renameNewByLink, [](const fs::path& from, const fs::path& to) {
+                            return std::optional(renameNewByPlaceholder(from, to));
+                        }};
+    const fs::path from = folder_ / "new", to = folder_ / "a", link = folder_ / "link";
+    fs::create_symlink("nowhere", link);
+    for (const Way way : ways) {
+        put(from, "new");
+        put(to, "old");
+        for (const fs::path& taken : {to, link}) {
+            const auto refused = way(from, taken);
+            if (!refused)
+                GTEST_SKIP() << "not offered by this file system";
+            EXPECT_EQ(refused->error().kind, ErrorKind::Exists);
+        }
+        EXPECT_EQ(get(to), "old");
+        fs::remove(to);
+        EXPECT_TRUE(*way(from, to));
+        EXPECT_EQ(get(to), "new");
+        EXPECT_FALSE(fs::exists(from));
+    }
+}
+
+TEST_F(PlatformTest, AnothersLinkInASharedFolderIsNotFollowed) {
+    const fs::path shared = folder_ / "shared", link = shared / "link";
+    fs::create_directory(shared);
+    put(folder_ / "end", "text");
+    fs::create_symlink(folder_ / "end", link);
+    if (::lchown(link.c_str(), 65534, 65534) != 0)
+        GTEST_SKIP() << "nothing can be given to another user";
+    EXPECT_EQ(*resolveLinks(link), folder_ / "end");
+    fs::permissions(shared, fs::perms::all | fs::perms::sticky_bit);
+    EXPECT_EQ(resolveLinks(link).error().kind, ErrorKind::AccessDenied);
+    ASSERT_EQ(::lchown(link.c_str(), ::geteuid(), ::getegid()), 0);
+    EXPECT_EQ(*resolveLinks(link), folder_ / "end");
+}
+#endif
+
 TEST_F(PlatformTest, AReplacementIsWholeOrGone) {
     const fs::path target = folder_ / "a";
     put(target, "old");
@@ -178,7 +234,7 @@ TEST_F(PlatformTest, AReplacementIsWholeOrGone) {
 
 #if !defined(_WIN32)
 /// The system's calls, with a look at the new file before it gets its permissions.
-class WatchedFiles final : public FileSystem {
+class WatchedFiles final : public test::ForwardingFiles {
 public:
     std::optional<fs::perms> atFirst;
 
@@ -186,15 +242,6 @@ public:
         atFirst = fs::status(temporary).permissions();
         return system().adoptPermissions(temporary, like);
     }
-    Result<std::unique_ptr<File>> open(const fs::path& path, FileMode mode) override {
-        return system().open(path, mode);
-    }
-    Result<FileStatus> status(const fs::path& path) override { return system().status(path); }
-    std::uint64_t freeSpace(const fs::path& folder) override { return system().freeSpace(folder); }
-    Result<void> renameOver(const fs::path& from, const fs::path& to) override { return system().renameOver(from, to); }
-    Result<void> flushFolder(const fs::path& folder) override { return system().flushFolder(folder); }
-    void remove(const fs::path& path) override { system().remove(path); }
-    void removeAbandoned(const fs::path& folder) override { system().removeAbandoned(folder); }
 };
 
 TEST_F(PlatformTest, AReplacementIsAtNoMomentOpenToMoreThanItsModel) {

@@ -9,7 +9,7 @@ class FolderFile final : public File {
 public:
     FolderFile(FaultFolder& folder, std::shared_ptr<FaultFolder::Inode> inode, bool writes)
         : folder_(folder), inode_(std::move(inode)), writes_(writes), file_(inode_->disk.file()) {
-        inode_->locked = inode_->locked || writes_;
+        inode_->locked = inode_->locked || (writes_ && folder_.locks);
     }
     ~FolderFile() override {
         if (writes_)
@@ -48,6 +48,7 @@ public:
             folder_.changed();
         return done;
     }
+    bool locked() const override { return folder_.locks; }
     Result<void> flush() override {
         decide(0);
         const Result<void> done = file_->flush();
@@ -148,14 +149,14 @@ Result<std::unique_ptr<File>> FaultFolder::open(const std::filesystem::path& pat
     const bool writes = mode != FileMode::Read;
     if (mode == FileMode::Create || mode == FileMode::CreatePrivate) {
         if (found != names_.end())
-            return Error{ErrorKind::Io, "exists"};
+            return Error{ErrorKind::Exists, "open"};
         const auto inode = make({});
         change({{path, inode}});
         return std::unique_ptr<File>(std::make_unique<FolderFile>(*this, inode, writes));
     }
     if (found == names_.end())
         return Error{ErrorKind::NotFound, path.string()};
-    if (writes && found->second->locked)
+    if (writes && locks && found->second->locked)
         return Error{ErrorKind::InUse, path.string()};
     return std::unique_ptr<File>(std::make_unique<FolderFile>(*this, found->second, writes));
 }
@@ -177,6 +178,15 @@ std::uint64_t FaultFolder::freeSpace(const std::filesystem::path&) {
 Result<void> FaultFolder::renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (fails())
         return Error{failWith, "rename"};
+    change({{to, names_.at(from)}, {from, nullptr}});
+    return {};
+}
+
+Result<void> FaultFolder::renameNew(const std::filesystem::path& from, const std::filesystem::path& to) {
+    if (fails())
+        return Error{failWith, "rename"};
+    if (names_.contains(to))
+        return Error{ErrorKind::Exists, "rename"};
     change({{to, names_.at(from)}, {from, nullptr}});
     return {};
 }

@@ -38,6 +38,8 @@ public:
     bool tellsFreeSpace = true;
     /// A file that is open for writing is read by who opened it so only, as on network shares.
     bool locksKeepReadersAway = false;
+    /// The file system has locks.
+    bool locks = true;
     /// What is written to files becomes what this makes of it, and nobody is told.
     std::function<void(Bytes&)> garble;
     std::uint64_t used() const;
@@ -47,6 +49,7 @@ public:
     std::uint64_t freeSpace(const std::filesystem::path& folder) override;
     Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path&) override { return {}; }
     Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to) override;
     Result<void> flushFolder(const std::filesystem::path& folder) override;
     void remove(const std::filesystem::path& path) override;
     void removeAbandoned(const std::filesystem::path& folder) override;

@@ -1,0 +1,64 @@
+/// Two programs at once.
+#include "system/programs.h"
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+namespace fs = std::filesystem;
+
+using Together = Programs;
+
+TEST_F(Together, TwoFirstDownloadsIntoOneNewFileLoseNothing) {
+    constexpr int kRounds = 12;
+    attachHistory("COM3", "K-0042-B", 6);
+    attachHistory("COM4", "K-0043-B", 9);
+    const auto trips = [&](const std::string& file, const std::string& serial) {
+        const std::string list = cli({"list", "trips", file, "--format", "json"}).out;
+        std::size_t count = 0;
+        for (std::size_t at = list.find(serial); at != std::string::npos; at = list.find(serial, at + 1))
+            ++count;
+        return count;
+    };
+    ASSERT_EQ(download("One.car", "COM3").exitCode, 0);
+    ASSERT_EQ(download("One.car", "COM4").exitCode, 0);
+    const std::size_t first = trips("One.car", "K-0042-B"), second = trips("One.car", "K-0043-B");
+    ASSERT_TRUE(first > 0 && second > 0);
+    for (int round = 0; round < kRounds; ++round) {
+        const Outcome both =
+            cliUnder("/bin/sh",
+                     {"-c", "\"$0\" download --port COM3 --into New.car & "
+                            "\"$0\" download --port COM4 --into New.car; echo ended $?; wait $!; echo ended $?"},
+                     {});
+        // One makes the file. The other one adds to it, or was so late that it found the first one still writing.
+        const bool refused = both.error.find("another program is using it") != std::string::npos;
+        EXPECT_EQ(both.out.find("ended 1") != std::string::npos, refused) << both.out << both.error;
+        EXPECT_EQ(trips("New.car", "K-0042-B") + trips("New.car", "K-0043-B") == first + second, !refused)
+            << both.out << both.error;
+        EXPECT_EQ(cli({"check", "New.car"}).exitCode, 0);
+        for (const char* const made : {"New.car", "New.car.bak"})
+            fs::remove(folder_ / made);
+        EXPECT_EQ(files(), (std::vector<std::string>{"One.car", "One.car.bak"}));
+    }
+}
+
+TEST_F(Together, ARepairedOrCompactedPrivateFileStaysPrivate) {
+    attachHistory("COM3", "K-0042-B", 6);
+    ASSERT_EQ(download("Doc.car").exitCode, 0);
+    constexpr auto kPrivate = fs::perms::owner_read | fs::perms::owner_write;
+    fs::permissions(folder_ / "Doc.car", kPrivate);
+    const auto openly = [&](const Arguments& arguments) {
+        return cliUnder("/bin/sh", {"-c", "umask 0; exec \"$0\" \"$@\""}, arguments);
+    };
+    const Arguments repair = {"check", "--repair", "Doc.car", "--into", "New.car"};
+    ASSERT_EQ(openly(repair).exitCode, 0);
+    EXPECT_EQ(fs::status(folder_ / "New.car").permissions(), kPrivate);
+    EXPECT_EQ(openly(repair).exitCode, 1) << "it exists";
+    ASSERT_EQ(openly({"compact", "Doc.car"}).exitCode, 0);
+    EXPECT_EQ(fs::status(folder_ / "Doc.car").permissions(), kPrivate);
+}
+
+} // namespace
+} // namespace quobrix
