@@ -12,7 +12,7 @@ DynamicLibrary::DynamicLibrary(void* handle)
 
 Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
     if (!path.is_absolute())
-        return Error{ErrorKind::Unsupported, pathText(path) + " is not an absolute path"};
+        return Error{ErrorKind::Unsupported, utf8(path) + " is not an absolute path"};
     std::error_code code;
     if (!std::filesystem::exists(path, code))
         return Error{ErrorKind::NotFound, utf8(path) + " does not exist"};
