@@ -1,25 +1,53 @@
 #include "cli/check.h"
 
 #include "base/path_text.h"
+#include "base/utf8.h"
 #include "cli/reading.h"
 #include "messages/file_messages.h"
 #include "model/document_repair.h"
+#include "model/salvaged_file.h"
 
 #include <fmt/format.h>
+
+#include <map>
+#include <string>
+#include <utility>
 
 namespace quobrix::cli {
 namespace {
 
 namespace fs = std::filesystem;
 
+/// WHAT without its numbers.
+std::string kindOf(const std::string& what) {
+    std::string kind;
+    for (const char c : what)
+        if (c < '0' || c > '9')
+            kind += c;
+        else if (kind.empty() || kind.back() != '#')
+            kind += '#';
+    return kind;
+}
+
+/// One line for each finding, or for all those of a log that differ in numbers only.
 void putFindings(Output& output, std::string_view kind, const std::vector<CheckFinding>& findings) {
+    constexpr std::size_t kMostLines = 3; // alike
+    std::map<std::pair<std::string, std::string>, std::size_t> alike;
+    for (const CheckFinding& finding : findings)
+        ++alike[{finding.log, kindOf(finding.what)}];
     for (const CheckFinding& finding : findings) {
+        std::size_t& count = alike[{finding.log, kindOf(finding.what)}];
+        if (count == 0)
+            continue; // told with the first one
         std::string line(kind);
         if (!finding.log.empty())
             line += ": " + finding.log;
+        const std::size_t times = count > kMostLines ? std::exchange(count, 0) : 1;
+        if (times > 1)
+            line += fmt::format(": {} times", times);
         if (finding.id != kNoObject)
-            line += fmt::format(": object {}", finding.id);
-        output.put(line + ": " + finding.what + "\n");
+            line += fmt::format("{} object {}", times > 1 ? ", first" : ":", finding.id);
+        output.put(oneLine(line + ": " + finding.what) + "\n");
     }
 }
 
@@ -39,10 +67,12 @@ ExitCode examine(const std::string& file) {
         output.put(fmt::format("{} is sound: {} objects\n", file, check.objects));
         return output.finish(kDone);
     }
-    complain(
-        fmt::format("{0} is damaged in {1} of its {2} objects; keep it, and restore a copy if you have one, or save "
-                    "what can be read with \"quobrix-cli check --repair {0} --into NEW.car\"",
-                    file, check.damages.size(), check.objects));
+    const std::string where = check.damagedObjects > 0
+                                  ? fmt::format(" in {} of its {} objects", check.damagedObjects, check.objects)
+                                  : std::string();
+    complain(fmt::format("{0} is damaged{1}; keep it, and restore a copy if you have one, or save what can be read "
+                         "with \"quobrix-cli check --repair {0} --into NEW.car\"",
+                         file, where));
     return output.finish(kFailed);
 }
 
@@ -72,7 +102,7 @@ ExitCode repair(const CheckOptions& options) {
         file = openFile(options.file, FileMode::Read);
     if (!file)
         return failed(file.error(), FileAction::Open, options.file);
-    const Result<std::unique_ptr<CompoundFile>> damaged = CompoundFile::open(*std::move(file));
+    const Result<std::unique_ptr<CompoundFile>> damaged = openForRepair(*std::move(file));
     if (!damaged)
         return failed(damaged.error(), FileAction::Open, options.file);
     if (!mayWrite(options))

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <span>
 
 namespace quobrix::cli {
@@ -38,7 +39,7 @@ constexpr Log kLogs[] = {
               TAccidentLogTableVinColumn, TAccidentLogTableQuobrixSerialNumberColumn, TAccidentLogTableCommentsColumn>},
 };
 
-/// Whether everything that was asked of the document could be read.
+/// Whether everything that was asked of the document is known to have been read.
 ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
     if (document.outdated()) {
         complain(fmt::format(
@@ -46,14 +47,14 @@ ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
         return kIncomplete;
     }
     const std::vector<std::string> affected = document.affectedLogs();
-    if (affected.empty()) {
-        if (const auto reason = document.readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
-            complain(fmt::format("{} is damaged ({}), though nothing is missing here", file, reason->detail));
+    const std::optional<std::string> doubt = document.doubt();
+    if (affected.empty() && !doubt)
         return kDone;
-    }
-    complain(fmt::format("parts of {} cannot be read and are missing here ({}); \"quobrix-cli check {}\" says what is "
-                         "damaged",
-                         file, fmt::join(affected, ", "), file));
+    const std::string missing =
+        affected.empty() ? fmt::format("{} is damaged ({}), and there may be more than is shown here", file, *doubt)
+                         : fmt::format("parts of {} cannot be read and are missing here ({}){}", file,
+                                       fmt::join(affected, ", "), doubt ? ", and there may be more" : "");
+    complain(fmt::format("{}; \"quobrix-cli check {}\" says what is damaged", missing, file));
     return kIncomplete;
 }
 
@@ -61,9 +62,13 @@ ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
 
 bool openForReading(TQuobrixDocument& document, const std::string& file) {
     const Result<void> opened = document.open(file, TDocument::Access::Read);
-    if (!opened)
-        complain(fileMessage(opened.error(), FileAction::Open, file).text);
-    return bool(opened);
+    if (opened)
+        return true;
+    std::string text = fileMessage(opened.error(), FileAction::Open, file).text;
+    if (opened.error().kind == ErrorKind::Corrupt)
+        text += fmt::format(" \"quobrix-cli check --repair {} --into NEW.car\" saves what can be found in it.", file);
+    complain(text);
+    return false;
 }
 
 std::vector<std::string> logNames() {
@@ -84,6 +89,8 @@ ExitCode list(const ListOptions& options) {
 
     const auto* log = std::ranges::find(kLogs, std::string_view(options.log), &Log::name);
     const Table* table = log->table(document);
+    if (!table && document.store().findLostSingletons())
+        table = log->table(document);
     const TAccidentLogTable none; // the one log that a document may not have yet
     Output output;
     writeRecords(output, table ? *table : none, options.format, log->columns, units.context());
@@ -91,6 +98,13 @@ ExitCode list(const ListOptions& options) {
 }
 
 ExitCode report(const ReportOptions& options) {
+    std::int64_t trip = 0;
+    const char* const end = options.trip.data() + options.trip.size();
+    if (const auto [parsed, error] = std::from_chars(options.trip.data(), end, trip);
+        error != std::errc{} || parsed != end) {
+        complain(fmt::format("\"{}\" is no number of a trip; see quobrix-cli --help", options.trip));
+        return kUsage;
+    }
     UserUnits units(localeOf(Format::Table));
     if (const ExitCode code = units.load(options.units); code != kDone)
         return code;
@@ -99,16 +113,15 @@ ExitCode report(const ReportOptions& options) {
         return kFailed;
 
     const auto count = static_cast<std::int64_t>(document.trips().rowCount());
-    if (options.trip < 1 || options.trip > count) {
+    if (trip < 1 || trip > count) {
         const ExitCode complete = completeness(document, options.file);
         if (complete == kDone)
-            complain(count == 0
-                         ? fmt::format("{} holds no trips", options.file)
-                         : fmt::format("{} has no trip {}; its trips are 1 to {}", options.file, options.trip, count));
+            complain(count == 0 ? fmt::format("{} holds no trips", options.file)
+                                : fmt::format("{} has no trip {}; its trips are 1 to {}", options.file, trip, count));
         return kFailed;
     }
     Output output;
-    output.put(renderText(tripReport(document.trips(), static_cast<RowIndex>(options.trip - 1), units.context())));
+    output.put(renderText(tripReport(document.trips(), static_cast<RowIndex>(trip - 1), units.context())));
     return output.finish(completeness(document, options.file));
 }
 

@@ -4,7 +4,6 @@
 #include "cli/record_writer.h"
 #include "model/quobrix_document.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,7 +19,7 @@ struct ListOptions {
 };
 
 struct ReportOptions {
-    std::int64_t trip = 0; ///< its number, from 1
+    std::string trip; ///< its number, from 1, in decimal digits
     std::string file;
     std::optional<std::string> units;
 };

@@ -99,7 +99,7 @@ bool DocumentFiles::replaceBy(const fs::path& path) {
     if (!result)
         return tell(result.error(), FileAction::Open, path);
     toldDamage_.clear();
-    tellDamage();
+    tellDamage(document_.doubt());
     tellLock();
     return true;
 }
@@ -123,7 +123,7 @@ void DocumentFiles::tellLock() {
         prompter_.tell(makeMessage(MessageId::FolderWithoutLocks, document_.title(), utf8(lock.filename())));
 }
 
-void DocumentFiles::tellDamage() {
+void DocumentFiles::tellDamage(const std::optional<std::string>& doubt) {
     std::string affected;
     const auto add = [&](const std::string& what) {
         if (toldDamage_.insert(what).second)
@@ -135,6 +135,8 @@ void DocumentFiles::tellDamage() {
     // The reason may be one of these logs.
     if (lasting && std::ranges::none_of(logs, [&](const std::string& log) { return reason->detail.starts_with(log); }))
         add(reason->detail);
+    else if (!lasting && doubt)
+        add("There may be more than is shown: " + *doubt);
     for (const std::string& log : logs)
         add(log);
     if (!affected.empty())

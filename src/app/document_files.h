@@ -60,8 +60,8 @@ public:
     bool close();
 
     /// Tells, once for each, which logs parts that cannot be read belong to. Objects are loaded when they are first
-    /// shown, so this is asked after every page.
-    void tellDamage();
+    /// shown, so this is asked after every page. DOUBT: why there may be more than is known of.
+    void tellDamage(const std::optional<std::string>& doubt = {});
 
     /// Asks whether to open a file anew that another program has changed while it was shown, unless there are changes
     /// that this would discard: these are asked about when they are saved. Whether it was opened.

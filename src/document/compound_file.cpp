@@ -14,8 +14,17 @@ constexpr std::uint32_t kMostBytes = 0x7FFFFFFF; // of a stream, by version 3 of
 /// Contents (bytes) that wait in memory: enough for calls worth making, and still in the processor's cache.
 constexpr std::size_t kMostInMemory = 512 * 1024;
 
-/// MS-CFB keeps four characters out of names.
-bool hasForbidden(std::string_view name) { return name.find_first_of("/\\:!") != std::string_view::npos; }
+/// MS-CFB keeps four characters out of names. NUL would end one, and half a surrogate pair, which a garbled entry may
+/// hold, is no text: other programs refuse the whole file for either.
+bool hasForbidden(std::string_view name) {
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool surrogate = static_cast<unsigned char>(name[i]) == 0xED && i + 1 < name.size() &&
+                               static_cast<unsigned char>(name[i + 1]) >= 0xA0;
+        if (surrogate || name[i] == '\0' || std::string_view("/\\:!").find(name[i]) != std::string_view::npos)
+            return true;
+    }
+    return false;
+}
 
 } // namespace
 

@@ -24,7 +24,8 @@ public:
     /// An empty compound file over an empty file. Nothing is valid on disk before the first commit().
     static Result<std::unique_ptr<CompoundFile>> create(std::unique_ptr<File> file);
 
-    /// A stream may be called so: 1 to 31 characters, none of them one that the format keeps out of names.
+    /// A stream may be called so: 1 to 31 characters, none of them NUL, half a surrogate pair or one that the format
+    /// keeps out of names.
     static bool nameAllowed(std::string_view name);
 
     virtual ~CompoundFile() = default;

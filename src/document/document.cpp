@@ -333,6 +333,14 @@ std::optional<Error> TDocument::damage() const {
     return Error{ErrorKind::Corrupt, ofIndex == all.end() ? std::string() : ofIndex->what};
 }
 
+std::optional<std::string> TDocument::doubt() const {
+    if (!hasFile())
+        return {};
+    if (const Result<void> whole = state_.file.compound->writable(); !whole)
+        return whole.error().detail;
+    return store().doubt();
+}
+
 bool TDocument::isFile(const fs::path& path) const {
     if (!hasFile())
         return false;

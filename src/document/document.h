@@ -115,6 +115,10 @@ public:
     Result<void> takeOver();
     /// The file system has no locks: this file beside the document tells others that it is open here. Else empty.
     std::filesystem::path lockFile() const;
+    /// Why it is not known whether everything that its file held is there; nothing when it is: allocation tables and
+    /// directory are whole, and index and streams agree (see ObjectStore::doubt). What then cannot be read is known to
+    /// be damaged when it is asked for.
+    std::optional<std::string> doubt() const;
     /// Anything that the next save would write, or make durable at last.
     bool modified() const { return store().modified() || !state_.nameDurable; }
     /// After edits have been undone: if the next save would write what the file holds already, nothing is modified.

@@ -27,6 +27,9 @@ constexpr std::size_t kSpillPhase = 1;
 // No document gets near it, and counting on from here never reaches kNoObject.
 constexpr ObjectId kLargestNextId = 1u << 31;
 
+// Ids that are neither used nor free, of which more than these can only come of a garbled number.
+constexpr std::size_t kMostUnused = 1u << 20;
+
 // Bytes of memory kept from one object that is read to the next.
 constexpr std::size_t kReadBuffer = 64 * 1024;
 // Bytes that most objects are written in.
@@ -89,15 +92,12 @@ void ObjectStore::load(const CompoundFile& file) {
     file_ = &file;
     version_ = 1;
     indexModified_ = false;
-    if (!file.contains(kVersionStream)) {
-        const std::vector<std::string> names = file.names();
-        if (std::any_of(names.begin(), names.end(), [](auto& name) { return idOfStream(name) != kNoObject; }))
-            rebuildIndex("the stream \"Version\" is missing");
-        else
-            indexModified_ = true; // an empty document; its first save writes the index
-        return;
-    }
-    loadIndex();
+    const std::vector<std::string> names = file.contains(kVersionStream) ? std::vector<std::string>() : file.names();
+    if (!file.contains(kVersionStream) &&
+        std::none_of(names.begin(), names.end(), [](auto& name) { return idOfStream(name) != kNoObject; }))
+        indexModified_ = true; // an empty document; its first save writes the index
+    else
+        loadIndex();
 }
 
 void ObjectStore::attach(const CompoundFile& file) {
@@ -126,7 +126,9 @@ void ObjectStore::loadIndex() {
         Result<Bytes> bytes = file_->read(name);
         if (bytes)
             return std::move(*bytes);
-        why = fmt::format("the stream \"{}\" cannot be read ({})", name, bytes.error().detail);
+        why = bytes.error().kind == ErrorKind::NotFound
+                  ? fmt::format("the stream \"{}\" is missing", name)
+                  : fmt::format("the stream \"{}\" cannot be read ({})", name, bytes.error().detail);
         return Bytes();
     };
     const auto finish = [&](const ByteReader& in, std::string_view name) {
@@ -151,10 +153,11 @@ void ObjectStore::loadIndex() {
     for (std::uint32_t i = 0; i < objectCount; ++i)
         slots_.push_back({objects.u32(), nullptr});
     finish(objects, kObjectIdsStream);
+    bool listed = objects.finished();
     if (!std::is_sorted(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; }))
         std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
     if (std::adjacent_find(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id == b.id; }) != slots_.end())
-        why = "an object id is listed twice";
+        why = "an object id is listed twice", listed = false;
     if ((!slots_.empty() && slots_.back().id >= nextId_) || nextId_ > kLargestNextId)
         why = "the next available id cannot be right";
 
@@ -175,8 +178,9 @@ void ObjectStore::loadIndex() {
     ByteReader free(freeBytes);
     const std::uint32_t freeCount = free.count(4);
     std::set<ObjectId> seen;
+    std::vector<ObjectId> unused;
     for (std::uint32_t i = 0; i < freeCount; ++i) {
-        const ObjectId id = free.u32();
+        const ObjectId id = unused.emplace_back(free.u32());
         // An id that names an object, or is named twice, must not be given out: it would name two objects.
         if (slot(id) || id >= nextId_ || !seen.insert(id).second)
             why = "a free id is in use";
@@ -185,19 +189,27 @@ void ObjectStore::loadIndex() {
     }
     finish(free, kFreeIdsStream);
 
-    if (!why.empty())
-        rebuildIndex(why);
+    if (why.empty())
+        return;
+    const std::vector<ObjectId> ids = objectIds();
+    listed = listed && (ids.empty() || ids.back() < kLargestNextId);
+    rebuildIndex(why, listed ? &ids : nullptr, free.finished() ? unused : std::vector<ObjectId>());
 }
 
-void ObjectStore::rebuildIndex(const std::string& why) {
+/// LISTED: the list of all objects, if that can be read. UNUSED: what the list of free ids says.
+void ObjectStore::rebuildIndex(const std::string& why, const std::vector<ObjectId>* listed,
+                               const std::vector<ObjectId>& unused) {
     // The streams' names are the second witness of which objects there are; their first bytes say of which class.
     slots_.clear();
     freeIds_.clear();
-    singletons_.clear();
+    const std::map<std::uint32_t, ObjectId> named = std::exchange(singletons_, {});
     nextId_ = 0;
     for (const std::string& name : file_->names())
         if (const ObjectId id = idOfStream(name); id != kNoObject)
             slots_.push_back({id, nullptr});
+    for (const ObjectId id : listed ? *listed : std::vector<ObjectId>())
+        if (!file_->contains(streamName(id)))
+            slots_.push_back({id, nullptr}); // lost, which shows when it is asked for
     std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
     for (const Slot& entry : slots_) {
         nextId_ = std::max(nextId_, entry.id + 1);
@@ -207,8 +219,33 @@ void ObjectStore::rebuildIndex(const std::string& why) {
                 singletons_.emplace(*typeId, entry.id);
         }
     }
+    for (const auto& [typeId, id] : named) // it is lost, but known for what it was
+        if (const PersistentType* type = types_.find(typeId);
+            type && type->singleton && slot(id) && !file_->contains(streamName(id)))
+            singletons_.emplace(typeId, id);
+    // Without the list, an id without a stream may be that of a lost object that others refer to.
+    if (listed)
+        freeUnusedIds();
+    else
+        for (const ObjectId id : std::set<ObjectId>(unused.begin(), unused.end()))
+            if (id < nextId_ && !slot(id))
+                freeIds_.push_back(id);
     indexDamaged_ = true;
     addDamage({kNoObject, 0, why});
+}
+
+void ObjectStore::freeUnusedIds() {
+    std::vector<ObjectId> taken = objectIds();
+    taken.insert(taken.end(), freeIds_.begin(), freeIds_.end());
+    std::sort(taken.begin(), taken.end());
+    if (nextId_ - taken.size() > kMostUnused)
+        return;
+    auto next = taken.begin();
+    for (ObjectId id = 0; id < nextId_; ++id)
+        if (next != taken.end() && *next == id)
+            ++next;
+        else
+            freeIds_.push_back(id);
 }
 
 bool ObjectStore::findLostSingletons() {
@@ -326,6 +363,34 @@ std::vector<std::string> ObjectStore::strayStreams() const {
         if (const ObjectId id = idOfStream(name); id != kNoObject && !slot(id))
             stray.push_back(std::move(name));
     return stray;
+}
+
+std::vector<std::string> ObjectStore::garbledStreams() const {
+    std::vector<std::string> garbled = file_ ? file_->names() : std::vector<std::string>();
+    std::erase_if(garbled, [](const std::string& name) { return CompoundFile::nameAllowed(name); });
+    return garbled;
+}
+
+std::optional<std::string> ObjectStore::doubt() const {
+    if (!file_)
+        return {};
+    if (indexDamaged_) {
+        const auto ofIndex = std::ranges::find(damage_, kNoObject, &Damage::id);
+        return ofIndex == damage_.end() ? "the index is damaged" : ofIndex->what;
+    }
+    const auto lacking = std::ranges::count_if(slots_, [&](const Slot& entry) {
+        return !entry.vacant && !entry.object && !file_->contains(streamName(entry.id));
+    });
+    if (lacking > 0)
+        return fmt::format("the streams of {} objects are missing", lacking);
+    std::vector<std::string> stray = strayStreams();
+    std::erase_if(stray, [&](const std::string& name) { return deletedStreams_.contains(idOfStream(name)); });
+    if (!stray.empty())
+        return fmt::format("the index does not know the stream \"{}\"", stray.front());
+    const std::size_t known = objectCount() + freeIds_.size();
+    if (known < nextId_ && nextId_ - known <= kMostUnused)
+        return fmt::format("the index does not say what has become of {} objects", nextId_ - known);
+    return {};
 }
 
 PersistentObject* ObjectStore::find(ObjectId id) {

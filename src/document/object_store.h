@@ -150,6 +150,15 @@ public:
     void noteBadReference(ObjectId id, std::uint32_t typeId, std::string what);
     /// Streams named like objects that the index does not know of. No save touches them.
     std::vector<std::string> strayStreams() const;
+    /// Streams whose names no program can have given them.
+    std::vector<std::string> garbledStreams() const;
+    /// Why the file may hold more than the index leads to; nothing when that is known to be everything: the index is
+    /// sound, every object of it has its stream, every object's stream is in it, and each id below the next available
+    /// one is used or free. Reads no stream.
+    std::optional<std::string> doubt() const;
+    /// Makes every id that names no object a free one, as it has to be in a document of which nothing is lost. None of
+    /// them may be referred to.
+    void freeUnusedIds();
 
 private:
     struct Slot {
@@ -180,7 +189,7 @@ private:
     bool inFile(ObjectId id) const;
     IndexStreams indexStreams() const;
     void loadIndex();
-    void rebuildIndex(const std::string& why);
+    void rebuildIndex(const std::string& why, const std::vector<ObjectId>* listed, const std::vector<ObjectId>& unused);
 
     const TypeRegistry& types_;
     const CompoundFile* file_ = nullptr;

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <set>
 #include <unordered_map>
 
 namespace quobrix {
@@ -22,7 +24,11 @@ public:
             else
                 result_.damages.push_back({damage.id, logOf(damage), damage.what});
         result_.damages.insert(result_.damages.end(), contradictions_.begin(), contradictions_.end());
+        checkStreams();
+        if (const std::optional<std::string> doubt = store_.doubt(); doubt && result_.damages.empty())
+            result_.damages.push_back({kNoObject, {}, *doubt});
         noteLeftovers();
+        countDamaged();
         return std::move(result_);
     }
 
@@ -84,13 +90,27 @@ private:
         }
     }
 
+    void checkStreams() {
+        for (const std::string& name : store_.strayStreams())
+            result_.damages.push_back({kNoObject, {}, fmt::format("the stream \"{}\" belongs to no object", name)});
+        for (const std::string& name : store_.garbledStreams())
+            result_.damages.push_back({kNoObject, {}, fmt::format("\"{}\" is no name of a stream", name)});
+    }
+
+    void countDamaged() {
+        const std::vector<ObjectId> known = store_.objectIds();
+        std::set<ObjectId> damaged;
+        for (const CheckFinding& finding : result_.damages)
+            if (std::ranges::binary_search(known, finding.id))
+                damaged.insert(finding.id);
+        result_.damagedObjects = damaged.size();
+    }
+
     void noteLeftovers() {
         for (const PersistentObject* object : store_.loadedObjects())
             if (!object->type().singleton && !owners_.contains(object->id()))
                 result_.notes.push_back({object->id(), std::string(logOfClass(object->type().name)),
                                          fmt::format("nothing refers to this {}", object->type().name)});
-        for (const std::string& name : store_.strayStreams())
-            result_.notes.push_back({kNoObject, {}, fmt::format("the stream \"{}\" belongs to no object", name)});
     }
 
     /// It has a class that is not known, and nothing expects another of it.
@@ -129,10 +149,9 @@ DocumentCheck checkDocument(ObjectStore& store) { return Checker(store).run(); }
 DocumentCheck checkDocument(TQuobrixDocument& document) {
     DocumentCheck check = checkDocument(document.store());
     if (document.outdated())
-        return {check.objects, {{kNoObject, {}, "another program has changed the file meanwhile"}}, {}};
-    const std::optional<Error> reason = document.readOnlyReason();
-    if (check.sound() && reason && reason->kind == ErrorKind::Corrupt)
-        check.damages.push_back({kNoObject, {}, reason->detail});
+        return {check.objects, 0, {{kNoObject, {}, "another program has changed the file meanwhile"}}, {}};
+    if (const std::optional<std::string> doubt = document.doubt(); doubt && check.sound())
+        check.damages.push_back({kNoObject, {}, *doubt});
     return check;
 }
 

@@ -17,6 +17,7 @@ struct CheckFinding {
 
 struct DocumentCheck {
     std::size_t objects = 0;           ///< in the document's index
+    std::size_t damagedObjects = 0;    ///< how many of these have a part in the damages
     std::vector<CheckFinding> damages; ///< what is lost, or contradicts itself
     std::vector<CheckFinding> notes;   ///< what is merely left over
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <optional>
 
 namespace quobrix {
 namespace {
@@ -234,19 +235,40 @@ private:
     void claimCells(SalvagedObject& column, const Place& place, const Own& own) {
         const Column& prototype = objects_.columnPrototype(*column.type);
         const std::string heading = plainHeading(prototype.spec());
+        const auto within = [&](RowIndex first, RowIndex last) {
+            return first == last ? fmt::format("{}record {}: {}: ", place.within, first + 1, heading)
+                                 : fmt::format("{}records {} to {}: {}: ", place.within, first + 1, last + 1, heading);
+        };
+        // Records in a row that lose the same for the same reason are told as one.
+        struct Run {
+            RowIndex first;
+            ObjectId id;
+            std::string why;
+        };
+        std::optional<Run> run;
+        const auto tell = [&](RowIndex end) {
+            if (run)
+                lose(run->id, place.log, fmt::format("{}cannot be read ({})", within(run->first, end - 1), run->why));
+            run.reset();
+        };
         for (RowIndex row = 0; row < column.cells.size(); ++row) {
             ObjectId& cell = column.cells[row];
-            if (cell == kNoObject)
-                continue;
-            const std::string within = fmt::format("{}record {}: {}: ", place.within, row + 1, heading);
-            if (SalvagedObject* object = objects_.free(cell, column.cellTypeId)) {
-                own(cell, *object, {place.log, within});
+            SalvagedObject* const object = cell == kNoObject ? nullptr : objects_.free(cell, column.cellTypeId);
+            if (cell == kNoObject || object) {
+                tell(row);
+                if (object)
+                    own(cell, *object, {place.log, within(row, row)});
                 continue;
             }
-            lose(cell, place.log, fmt::format("{}cannot be read ({})", within, objects_.whyNot(cell)));
+            std::string why = objects_.whyNot(cell);
+            if (run && run->why != why)
+                tell(row);
+            if (!run)
+                run = Run{row, cell, std::move(why)};
             cell = kNoObject;
             column.changed = true;
         }
+        tell(column.cells.size());
     }
 
     // What is left
@@ -302,6 +324,7 @@ private:
         // The store makes the index of a file that has none from the names of its streams.
         ObjectStore store(modelTypes());
         store.load(into_);
+        store.freeUnusedIds(); // nothing refers to them any more
         QUOBRIX_TRY(store.save(into_));
         countRecords();
         return {};

@@ -169,6 +169,10 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
         {{"report", "trip", "3", "Test.car"}, 1, "no trip 3; its trips are 1 to 2"},
         {{"report", "trip", "0", "Test.car"}, 1, "no trip 0"},
         {{"report", "trip", "-1", "Test.car"}, 1, "no trip -1"},
+        {{"report", "trip", "010", "Test.car"}, 1, "no trip 10"},
+        {{"report", "trip", "0x1", "Test.car"}, 2, "\"0x1\" is no number of a trip"},
+        {{"report", "trip", "1.0", "Test.car"}, 2, "\"1.0\" is no number of a trip"},
+        {{"report", "trip", "99999999999999999999", "Test.car"}, 2, "is no number of a trip"},
         {{"list", "trips", "Test.car", "--units", "Nautical"}, 2, "there are Metric, S.I., U.S."},
         {{"list", "journeys", "Test.car"}, 2, "journeys not in"},
         {{"list", "trips"}, 2, "--help"},
@@ -253,6 +257,77 @@ TEST_F(CommandLine, WhatAnEditWasMadeBesideIsStillNamedByCheckAndFoundByRepair) 
     const auto records = parseJson(cli({"list", "trips", "New.car", "--format", "json"}).out);
     EXPECT_EQ(records.at(1).at("TTripLogDistanceColumn"), JsonValue(1234567.891));
     EXPECT_EQ(records.at(0).at("TTripLogCommentsColumn"), JsonValue(std::string("Rain")));
+}
+
+/// A log that the index does not name may be there all the same, and an end that is cut off may have held anything.
+TEST_F(CommandLine, WhatIsNotKnownToBeWholeIsNotCalledSo) {
+    makeDocument();
+    {
+        TQuobrixDocument document;
+        ASSERT_TRUE(document.open(file_, TDocument::Access::Edit));
+        document.store().singleton<TAccidentLogTable>().insertRows(0, 3);
+        ASSERT_TRUE(document.save());
+    }
+    const std::string whole = contentOf(file_);
+    const auto expectDoubt = [&](const std::vector<std::string>& arguments) {
+        const Outcome outcome = cli(arguments);
+        EXPECT_EQ(outcome.exitCode, 3);
+        EXPECT_NE(outcome.error.find("there may be more"), std::string::npos) << outcome.error;
+    };
+    Bytes bytes(whole.begin(), whole.end());
+    bytes[76 + 4] = 7; // a second sector of the allocation table, which is none
+    bytes[44] = 2;
+    const auto put = [&] {
+        std::ofstream(file_, std::ios::binary)
+            .write(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    };
+    put();
+    expectDoubt({"list", "accidents", "Test.car"});
+    expectDoubt({"report", "trip", "1", "Test.car"});
+    EXPECT_EQ(cli({"check", "Test.car"}).exitCode, 1);
+
+    std::ofstream(file_, std::ios::binary) << whole;
+    tamper(file_, [&](CompoundFile& file) {
+        const Bytes all = *file.read("Singleton Ids");
+        ByteReader in(all);
+        ByteWriter rest;
+        const std::uint32_t count = in.u32();
+        rest.u32(count - 1);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const std::uint32_t typeId = in.u32(), id = in.u32();
+            if (typeId != TAccidentLogTable::kType.id())
+                rest.u32(typeId), rest.u32(id);
+        }
+        file.write("Singleton Ids", rest.take());
+    });
+    const Outcome found = cli({"list", "accidents", "Test.car", "--format", "json"});
+    EXPECT_EQ(found.exitCode, 3);
+    EXPECT_EQ(parseJson(found.out).size(), 3u);
+}
+
+TEST_F(CommandLine, TheCheckTellsTheSameOfManyObjectsOnce) {
+    TQuobrixDocument document;
+    for (int i = 0; i < 12; ++i)
+        addTrip(document, kStart + 3600 * i);
+    const auto& bands = document.trips().column<TTripLogSpeedBandsTableColumn>();
+    std::vector<ObjectId> cut;
+    for (RowIndex row = 2; row < 12; ++row)
+        cut.push_back(bands.at(row));
+    ASSERT_TRUE(document.saveAs(file_));
+    document.newDocument();
+    tamper(file_, [&](CompoundFile& file) {
+        for (const ObjectId id : cut)
+            file.write(std::to_string(id), {1});
+    });
+    const Outcome check = cli({"check", "Test.car"});
+    EXPECT_EQ(check.exitCode, 1);
+    EXPECT_NE(check.out.find("damaged: Trip Log: 10 times, first object " + std::to_string(cut[0])), std::string::npos)
+        << check.out;
+    EXPECT_LE(std::ranges::count(check.out, '\n'), 3) << check.out; // with the columns that are left over
+    EXPECT_NE(check.error.find(" is damaged in 10 of its "), std::string::npos) << check.error;
+
+    const Outcome repair = cli({"check", "--repair", "Test.car", "--into", "New.car"});
+    EXPECT_NE(repair.out.find("records 3 to 12: Speed Bands: "), std::string::npos) << repair.out;
 }
 
 TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {

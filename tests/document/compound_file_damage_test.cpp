@@ -271,7 +271,8 @@ TEST_F(CompoundFileDamage, AFileMayEndWithinItsMiniStream) {
 
 TEST_F(CompoundFileDamage, NamesThatTheFormatForbidsAreRefusedByTheCommit) {
     const auto file = *open();
-    for (const std::string name : {"", "a/b", "0123456789012345678901234567890123"}) {
+    using namespace std::string_literals;
+    for (const std::string& name : {""s, "a/b"s, "0123456789012345678901234567890123"s, "a\0b"s, "\xED\xA0\x80"s}) {
         file->write(name, {1});
         file->write("b", {2});
         EXPECT_EQ(file->commit().error().kind, ErrorKind::Unsupported);

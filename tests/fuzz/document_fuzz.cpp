@@ -1,5 +1,6 @@
 #include "fuzz/walk_objects.h"
 #include "model/document_repair.h"
+#include "model/salvaged_file.h"
 #include "support/memory_file.h"
 
 #include <cstdlib>
@@ -15,18 +16,19 @@ void require(bool condition) {
 
 } // namespace
 
-/// Any bytes as a whole document: whatever of it can be opened is looked at as the views do, checked, and repaired into
-/// a document that is sound.
+/// Any bytes as a whole document: whatever of it can be opened is looked at as the views do and checked; whatever can
+/// be found in it is repaired into a document that is sound.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto file = CompoundFile::open(std::make_unique<test::MemoryFile>(Bytes(data, data + size)));
-    if (!file)
-        return 0;
-    {
+    const Bytes bytes(data, data + size);
+    if (const auto opened = CompoundFile::open(std::make_unique<test::MemoryFile>(bytes))) {
         ObjectStore store(modelTypes());
-        store.load(**file);
+        store.load(**opened);
         test::walkObjects(store);
         (void)checkDocument(store);
     }
+    const auto file = openForRepair(std::make_unique<test::MemoryFile>(bytes));
+    if (!file)
+        return 0;
     const auto disk = std::make_shared<Bytes>();
     auto target = CompoundFile::create(std::make_unique<test::MemoryFile>(disk));
     const Result<DocumentRepair> repair = salvage(**file, **target);
@@ -35,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(bool(target));
     ObjectStore store(modelTypes());
     store.load(**target);
-    require(!store.indexDamaged() && !store.findLostSingletons());
+    require(!store.doubt() && !store.findLostSingletons());
     require(checkDocument(store).sound());
     require(store.objectCount() == repair->objects);
     for (const PersistentType* root : kRootTables)

@@ -1,7 +1,9 @@
 #include "model/document_repair.h"
+#include "model/salvaged_file.h"
 
 #include "platform/file_system.h"
 #include "support/document_streams.h"
+#include "support/memory_file.h"
 #include "support/sample_trip.h"
 #include "support/stream_map.h"
 #include "support/temporary_folder.h"
@@ -241,6 +243,114 @@ TEST_F(Repair, OfAFileIsEditableAndLeavesTheFileAlone) {
     addTrip(document, kStart + 86400);
     ASSERT_TRUE(document.save());
     EXPECT_TRUE(checkDocument(document).sound());
+}
+
+/// Files whose end, with allocation tables, directory or more, is cut off. Every trip has samples of its own.
+class CutShort : public testing::Test {
+protected:
+    CutShort() {
+        addTrips(20);
+        auto& accidents = made_.store().singleton<TAccidentLogTable>();
+        accidents.insertRows(0, 3);
+        accidents.column<TAccidentLogTableStartTimeColumn>().setAll({kStart, kStart + 1, kStart + 2});
+        EXPECT_TRUE(made_.saveAs(folder_ / "Made.car"));
+    }
+
+    void addTrips(int count) {
+        for (int i = 0; i < count; ++i) {
+            const RowIndex row = made_.trips().rowCount();
+            const auto number = static_cast<std::uint8_t>(row + 1);
+            addTrip(made_, kStart + 3600 * number);
+            made_.trips().column<TTripLogSampleTableColumn>().object(row)->speed().setAll(Bytes(61, number));
+            made_.trips().column<TTripLogHardBrakeTimesColumnColumn>().object(row)->setAll({number});
+            made_.trips().column<TTripLogHardAccelerationTimesColumnColumn>().object(row)->setAll({100 + number});
+        }
+    }
+
+    /// Repairs what is left of the file without its last LOST bytes and, if so, without the first sector.
+    void repair(std::size_t lost, bool header = true) {
+        Bytes bytes = *readFile(made_.path(), 1u << 24);
+        bytes.resize(bytes.size() - lost);
+        if (!header)
+            std::fill_n(bytes.begin(), 512, std::uint8_t{0});
+        const auto found = openForRepair(std::make_unique<MemoryFile>(std::move(bytes)));
+        ASSERT_TRUE(found);
+        StreamMap into;
+        auto result = salvage(**found, into);
+        ASSERT_TRUE(result);
+        result_ = *std::move(result);
+        repaired_ = std::move(into);
+        store_ = std::make_unique<ObjectStore>(modelTypes());
+        store_->load(repaired_);
+        EXPECT_FALSE(store_->doubt());
+        EXPECT_TRUE(checkDocument(*store_).sound());
+    }
+    std::size_t size() const { return static_cast<std::size_t>(std::filesystem::file_size(made_.path())); }
+
+    /// Trips that have what belongs to them; what belongs to another is a failure.
+    std::size_t wholeTrips() {
+        const auto& trips = store_->singleton<TTripLogTable>();
+        const auto& starts = trips.column<TTripLogStartTimeColumn>();
+        std::size_t whole = 0;
+        for (RowIndex row = 0; row < trips.rowCount(); ++row) {
+            if (!starts.has(row))
+                continue;
+            const auto number = static_cast<std::uint8_t>((starts.at(row) - kStart) / 3600);
+            const TTripLogSampleTable* samples = trips.column<TTripLogSampleTableColumn>().object(row);
+            const auto* brakes = trips.column<TTripLogHardBrakeTimesColumnColumn>().object(row);
+            const auto* starting = trips.column<TTripLogHardAccelerationTimesColumnColumn>().object(row);
+            const bool sampled = samples && samples->rowCount() == 61;
+            if (sampled && samples->speed().at(60) != 0) { // or that column is lost
+                EXPECT_EQ(samples->speed().at(60), number);
+            }
+            if (brakes) {
+                EXPECT_EQ(brakes->values(), std::vector<std::int32_t>{number});
+            }
+            if (starting) {
+                EXPECT_EQ(starting->values(), std::vector<std::int32_t>{100 + number});
+            }
+            whole += sampled && brakes && starting && samples->speed().at(60) == number;
+        }
+        return whole;
+    }
+
+    TemporaryFolder folder_;
+    TQuobrixDocument made_;
+    StreamMap repaired_;
+    DocumentRepair result_;
+    std::unique_ptr<ObjectStore> store_;
+};
+
+TEST_F(CutShort, AFileThatWasSavedOnceLosesNothingWithItsLastQuarter) {
+    for (const std::size_t percent : {0, 1, 2, 5, 10, 25})
+        for (const bool header : {true, false}) {
+            SCOPED_TRACE(percent);
+            if (percent == 0 && header)
+                continue;
+            repair(std::max<std::size_t>(size() * percent / 100, percent == 0 ? 0 : 2048), header);
+            EXPECT_EQ(wholeTrips(), 20u);
+            EXPECT_EQ(store_->objectCount(), made_.store().objectCount());
+            EXPECT_EQ(store_->singleton<TAccidentLogTable>().rowCount(), 3u);
+            EXPECT_EQ(result_.lost.size(), 1u); // that there may have been more
+        }
+    repair(size() / 2);
+    EXPECT_GE(wholeTrips(), 10u);
+}
+
+TEST_F(CutShort, AFileThatWasSavedOftenGivesNoTripWhatIsAnothers) {
+    for (int i = 0; i < 4; ++i) {
+        addTrips(3);
+        ASSERT_TRUE(made_.save());
+    }
+    repair(2048);
+    EXPECT_GE(wholeTrips(), 28u);
+    std::size_t least = 32;
+    for (std::size_t lost = 0; lost + 512 < size(); lost += size() / 50) {
+        SCOPED_TRACE(lost);
+        repair(lost, lost % 2 == 0);
+        least = std::min(least, wholeTrips());
+    }
+    EXPECT_EQ(least, 0u);
 }
 
 } // namespace
