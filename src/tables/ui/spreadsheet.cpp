@@ -354,7 +354,7 @@ bool TSpreadsheet::canEmpty(const CellBlock& block) const {
         return false;
     return std::ranges::all_of(block.columns, [&](int shown) {
         const Column& column = model_.column(shown);
-        const auto free = [&](int place) { return column.lock(model_.storedRow(place)).empty(); };
+        const auto free = [&](int place) { return column.lockedBecause(model_.storedRow(place)).empty(); };
         return model_.isEditable(shown) && column.requirements().need != Need::Required &&
                column.parse({}, context_.text).ok() && std::ranges::all_of(block.places, free);
     });
