@@ -1,13 +1,13 @@
 #include "tables/ui/cell_block.h"
 
+#include "drawing/svg.h"
+#include "drawing/ui/drawing_painter.h"
 #include "tables/ui/spreadsheet_model.h"
 #include "tables/ui/spreadsheet_view.h"
 
-#include <QBuffer>
 #include <QHeaderView>
 #include <QImage>
 #include <QPainter>
-#include <QSvgGenerator>
 
 #include <algorithm>
 #include <map>
@@ -18,60 +18,62 @@ namespace {
 
 // A bitmap of more rows would not fit into what other programs take from a clipboard.
 constexpr int kTallestPicture = 16'000;
-constexpr int kSidePadding = 6;
+constexpr double kSidePadding = 6;
 
-/// The measures of a block as it is drawn.
-struct Drawing {
-    const QTableView& view;
-    const SpreadsheetModel& model;
-    const CellBlock& block;
+Drawing drawCells(const QTableView& view, const SpreadsheetModel& model, const CellBlock& block) {
+    const FontTextMeasure measure(view.font(), view);
+    const double lineHeight = measure.lineHeight(FontRole::Body), ascent = measure.ascent(FontRole::Body);
+    const double headerHeight = view.horizontalHeader()->height();
+    const double rowHeight = view.verticalHeader()->defaultSectionSize();
+    const std::size_t rows = std::min(block.places.size(), static_cast<std::size_t>(kTallestPicture / rowHeight));
+    const double bottom = headerHeight + static_cast<double>(rows) * rowHeight;
+    double right = 0;
+    for (const int column : block.columns)
+        right += view.columnWidth(column);
 
-    int rowHeight() const { return view.verticalHeader()->defaultSectionSize(); }
-    int headerHeight() const { return view.horizontalHeader()->height(); }
-    std::size_t rows() const {
-        return std::min(block.places.size(), static_cast<std::size_t>(kTallestPicture / rowHeight()));
-    }
-    QSize size() const {
-        int width = 1;
-        for (const int column : block.columns)
-            width += view.columnWidth(column);
-        return {width, headerHeight() + static_cast<int>(rows()) * rowHeight() + 1};
-    }
-    void draw(QPainter& painter) const;
-};
-
-void Drawing::draw(QPainter& painter) const {
-    const QSize whole = size();
-    const QColor line(0xc0, 0xc4, 0xc8);
-    painter.setFont(view.font());
-    painter.fillRect(QRect(QPoint(), whole), Qt::white);
-    painter.fillRect(QRect(0, 0, whole.width(), headerHeight()), QColor(0xee, 0xf0, 0xf2));
-    int x = 0;
+    Drawing drawing;
+    drawing.title = view.accessibleName().toStdString();
+    drawing.size = {right + 1, bottom + 1};
+    drawing.fontSize = measure.fontSize();
+    drawing.commands.push_back(Rectangle{{0, 0, right + 1, bottom + 1}, ColourRole::Ground});
+    drawing.commands.push_back(Rectangle{{0, 0, right + 1, headerHeight}, ColourRole::HeadingGround});
+    // In the middle of their pixels.
+    const auto rule = [&](Point from, Point to) {
+        drawing.commands.push_back(Line{{from.x + 0.5, from.y + 0.5}, {to.x + 0.5, to.y + 0.5}});
+    };
+    double left = 0;
     for (const int column : block.columns) {
-        const int width = view.columnWidth(column);
-        const auto cell = [&](int top, int height) {
-            return QRect(x + kSidePadding, top, width - 2 * kSidePadding, height);
+        const double width = view.columnWidth(column);
+        const auto put = [&](const QString& text, double top, Anchor anchor) {
+            std::string shown = elided(text.toStdString(), FontRole::Body, width - 2 * kSidePadding, measure);
+            const double x = anchor == Anchor::Start ? left + kSidePadding
+                             : anchor == Anchor::End ? left + width - kSidePadding
+                                                     : left + width / 2;
+            if (!shown.empty())
+                drawing.commands.push_back(Text{{x, top + ascent}, std::move(shown), anchor});
         };
-        painter.setPen(Qt::black);
-        painter.drawText(cell(0, headerHeight()), Qt::AlignCenter, model.headerData(column, Qt::Horizontal).toString());
-        const int right = model.isFigure(column) ? Qt::AlignRight : Qt::AlignLeft;
-        for (std::size_t row = 0; row < rows(); ++row) {
-            const QRect area = cell(headerHeight() + static_cast<int>(row) * rowHeight(), rowHeight());
-            const QString text = model.text(block.places[row], column).replace(QLatin1Char('\n'), QLatin1Char(' '));
-            painter.drawText(area, right | Qt::AlignVCenter | Qt::TextSingleLine,
-                             painter.fontMetrics().elidedText(text, Qt::ElideRight, area.width()));
+        const QStringList heading = model.headerData(column, Qt::Horizontal).toString().split(QLatin1Char('\n'));
+        double top = (headerHeight - lineHeight * static_cast<double>(heading.size())) / 2;
+        for (const QString& line : heading) {
+            put(line, top, Anchor::Middle);
+            top += lineHeight;
         }
-        painter.setPen(line);
-        painter.drawLine(x, 0, x, whole.height() - 1);
-        x += width;
+        top = headerHeight + (rowHeight - lineHeight) / 2;
+        for (std::size_t row = 0; row < rows; ++row) {
+            put(model.text(block.places[row], column).replace(QLatin1Char('\n'), QLatin1Char(' ')), top,
+                model.isFigure(column) ? Anchor::End : Anchor::Start);
+            top += rowHeight;
+        }
+        rule({left, 0}, {left, bottom});
+        left += width;
     }
-    painter.setPen(line);
-    painter.drawLine(x, 0, x, whole.height() - 1);
-    painter.drawLine(0, 0, x, 0);
-    for (std::size_t row = 0; row <= rows(); ++row) {
-        const int y = headerHeight() + static_cast<int>(row) * rowHeight();
-        painter.drawLine(0, y, x, y);
+    rule({right, 0}, {right, bottom});
+    rule({0, 0}, {right, 0});
+    for (std::size_t row = 0; row <= rows; ++row) {
+        const double y = headerHeight + static_cast<double>(row) * rowHeight;
+        rule({0, y}, {right, y});
     }
+    return drawing;
 }
 
 } // namespace
@@ -120,27 +122,17 @@ std::vector<int> shownColumns(const QTableView& view, int from) {
 }
 
 QImage drawBitmap(const QTableView& view, const SpreadsheetModel& model, const CellBlock& block) {
-    const Drawing drawing{view, model, block};
-    QImage image(drawing.size() * view.devicePixelRatioF(), QImage::Format_RGB32);
+    const Drawing drawing = drawCells(view, model, block);
+    const QSizeF size = QSizeF(drawing.size.width, drawing.size.height) * view.devicePixelRatioF();
+    QImage image(size.toSize(), QImage::Format_RGB32);
     image.setDevicePixelRatio(view.devicePixelRatioF());
     QPainter painter(&image);
-    drawing.draw(painter);
+    paintDrawing(painter, drawing, kPaperPalette, view.font());
     return image;
 }
 
 QByteArray drawSvg(const QTableView& view, const SpreadsheetModel& model, const CellBlock& block) {
-    const Drawing drawing{view, model, block};
-    QBuffer buffer;
-    QSvgGenerator generator;
-    generator.setOutputDevice(&buffer);
-    generator.setResolution(view.logicalDpiX());
-    generator.setSize(drawing.size());
-    generator.setViewBox(QRect(QPoint(), drawing.size()));
-    generator.setTitle(view.accessibleName());
-    QPainter painter(&generator);
-    drawing.draw(painter);
-    painter.end();
-    return buffer.data();
+    return QByteArray::fromStdString(writeSvg(drawCells(view, model, block), kPaperPalette));
 }
 
 } // namespace quobrix

@@ -1,0 +1,124 @@
+#include "drawing/svg.h"
+#include "support/fixed_measure.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace quobrix {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+TEST(TextMeasure, TableHasTheWidthsOfHelvetica) {
+    const TableTextMeasure measure(10);
+    EXPECT_DOUBLE_EQ(measure.width("Trip 6", FontRole::Body), 6.11 + 3.33 + 2.22 + 5.56 + 2.78 + 5.56);
+    EXPECT_DOUBLE_EQ(measure.width("Mm", FontRole::Strong), 8.33 + 8.89);
+    EXPECT_DOUBLE_EQ(measure.width("ll", FontRole::Title), 16 * 2 * 0.278);
+    EXPECT_DOUBLE_EQ(measure.width("°", FontRole::Body), measure.width("é", FontRole::Body));
+    EXPECT_DOUBLE_EQ(measure.width("車", FontRole::Body), 10);
+}
+
+TEST(TextMeasure, TextsAreShortenedAndBrokenAtCharactersAndWords) {
+    const test::FixedMeasure measure;
+    EXPECT_EQ(elided("twelve", FontRole::Body, 36, measure), "twelve");
+    EXPECT_EQ(elided("twelve", FontRole::Body, 35, measure), "twel…");
+    EXPECT_EQ(elided("zwölf Monate", FontRole::Body, 42, measure), "zwölf…"); // no blank before the dots
+    EXPECT_EQ(elided("twelve", FontRole::Body, 5, measure), "");
+
+    struct Case {
+        std::string text;
+        double width;
+        Lines lines;
+    };
+    const Case cases[] = {
+        {"", 60, {""}},
+        {"one", 60, {"one"}},
+        {"one two three", 48, {"one two", "three"}},
+        {"one  two", 18, {"one", "two"}},
+        {"one\n\ntwo", 60, {"one", "", "two"}},
+        {"one\r\ntwo\x1B", 60, {"one", "two "}},
+        {"unbreakable", 24, {"unbr", "eaka", "ble"}},
+        {"ööö", 12, {"öö", "ö"}},
+        {"abc", 1, {"a", "b", "c"}},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(wrapped(c.text, FontRole::Body, c.width, measure), c.lines) << c.text;
+
+    std::string many;
+    for (int i = 0; i < 100'000; ++i)
+        many += "word ";
+    EXPECT_EQ(wrapped(many, FontRole::Body, 600, measure).size(), 5'000u);
+}
+
+Drawing everything() {
+    Drawing drawing{"Speed < 70 & \"fast\"", "Line 1\x01\xEF\xBF\xBF", {200, 100.5}, 12, {}};
+    drawing.commands = {Rectangle{{0, 0, 200, 100.5}},
+                        Line{{0, 0.5}, {200, 0.5}, {ColourRole::Rule, 0.5}},
+                        Polyline{{{1, 2}, {3.25, 4}, {5, 1.0 / 3}}, {ColourRole::Accent, 2}},
+                        Area{{{0, 0}, {10, 0}, {10, 10}}},
+                        Bar{{10, 20, 30, 40}, ColourRole::Track},
+                        Text{{5, 15}, "0 < 70 °F"},
+                        Text{{195, 15}, "2", Anchor::End, FontRole::Title, ColourRole::SecondaryText}};
+    return drawing;
+}
+
+TEST(Svg, HasEveryCommandInTheColoursOfThePalette) {
+    EXPECT_EQ(writeSvg(everything(), kPaperPalette), R"(<?xml version="1.0" encoding="UTF-8"?>
+<svg xmlns="http://www.w3.org/2000/svg" width="200" height="100.5" viewBox="0 0 200 100.5" role="img" version="1.1" font-family="Helvetica, Arial, 'Liberation Sans', 'Nimbus Sans', sans-serif" font-size="12">
+<title>Speed &lt; 70 &amp; &quot;fast&quot;</title>
+<desc>Line 1 �</desc>
+<rect x="0" y="0" width="200" height="100.5" fill="#ffffff"/>
+<line x1="0" y1="0.5" x2="200" y2="0.5" stroke="#c0c4c8" stroke-width="0.5"/>
+<polyline points="1,2 3.25,4 5,0.333" fill="none" stroke="#1f6fc4" stroke-width="2"/>
+<polygon points="0,0 10,0 10,10" fill="#1f6fc4"/>
+<rect x="10" y="20" width="30" height="40" rx="3" fill="#ecedee"/>
+<text x="5" y="15" fill="#1d2125">0 &lt; 70 °F</text>
+<text x="195" y="15" fill="#60666c" text-anchor="end" font-size="19.2" font-weight="bold">2</text>
+</svg>
+)");
+}
+
+TEST(Svg, InlineHasTheColoursOfItsPage) {
+    const std::string svg = writeInlineSvg(everything());
+    EXPECT_EQ(svg.find('#'), std::string::npos);
+    EXPECT_TRUE(svg.starts_with("<svg "));
+    for (std::size_t role = 0; role < kColourRoles; ++role) {
+        const std::string use = cssColour(static_cast<ColourRole>(role)); // var(--name)
+        EXPECT_NE(cssColours(kDarkPalette).find(use.substr(4, use.size() - 5) + ":#"), std::string::npos) << use;
+    }
+}
+
+TEST(Drawing, CommandsAreMoved) {
+    const Drawing drawing = everything();
+    const auto at = [&](std::size_t i) { return moved(drawing.commands[i], {10, -1}); };
+    EXPECT_EQ(std::get<Rectangle>(at(0)).box, (Box{10, -1, 200, 100.5}));
+    EXPECT_EQ(std::get<Line>(at(1)).to, (Point{210, -0.5}));
+    EXPECT_EQ(std::get<Polyline>(at(2)).points[1], (Point{13.25, 3}));
+    EXPECT_EQ(std::get<Text>(at(5)).place, (Point{15, 14}));
+}
+
+/// Relative luminance and contrast as WCAG 2.1 defines them.
+double luminance(Colour colour) {
+    const auto linear = [](std::uint8_t value) {
+        const double c = value / 255.0;
+        return c <= 0.03928 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.red) + 0.7152 * linear(colour.green) + 0.0722 * linear(colour.blue);
+}
+
+TEST(Palettes, CanBeReadByEverybody) {
+    for (const Palette& palette : {kLightPalette, kDarkPalette}) {
+        const auto contrast = [&](ColourRole front, ColourRole back) {
+            const double a = luminance(palette[front]), b = luminance(palette[back]);
+            return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+        };
+        for (const ColourRole text : {ColourRole::Text, ColourRole::SecondaryText})
+            for (const ColourRole ground : {ColourRole::Ground, ColourRole::HeadingGround})
+                EXPECT_GE(contrast(text, ground), 4.5);
+        EXPECT_GE(contrast(ColourRole::Accent, ColourRole::Track), 3);
+    }
+}
+
+} // namespace
+} // namespace quobrix

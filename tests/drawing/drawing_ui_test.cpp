@@ -1,0 +1,95 @@
+#include "drawing/ui/drawing_painter.h"
+#include "drawing/ui/drawing_view.h"
+
+#include <QAccessible>
+#include <QImage>
+#include <QPainter>
+#include <QPalette>
+
+#include <gtest/gtest.h>
+
+namespace quobrix {
+namespace {
+
+QColor colourOf(ColourRole role) {
+    const Colour colour = kPaperPalette[role];
+    return {colour.red, colour.green, colour.blue};
+}
+
+/// Whether anything of COLOUR is in PART of IMAGE.
+bool has(const QImage& image, const QRect& part, const QColor& colour) {
+    for (int y = part.top(); y <= part.bottom(); ++y)
+        for (int x = part.left(); x <= part.right(); ++x)
+            if (image.pixelColor(x, y) == colour)
+                return true;
+    return false;
+}
+
+TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
+    for (const int scale : {1, 2, 3}) {
+        QImage image(QSize(100, 80) * scale, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        image.setDevicePixelRatio(scale);
+        Drawing drawing{{}, {}, {100, 80}, 12, {}};
+        drawing.commands = {Rectangle{{0, 0, 100, 80}},
+                            Bar{{10, 10, 30, 10}, ColourRole::Track},
+                            Area{{{50, 10}, {70, 10}, {70, 30}, {50, 30}}},
+                            Line{{10, 40.5}, {90, 40.5}, {ColourRole::Rule, 1}},
+                            Polyline{{{80, 5.5}, {90, 5.5}, {95, 5.5}}, {ColourRole::Text, 1}},
+                            Text{{95, 70}, "▇▇", Anchor::End, FontRole::Body, ColourRole::Accent}};
+        QPainter painter(&image);
+        paintDrawing(painter, drawing, kPaperPalette, QFont());
+        painter.end();
+        const auto at = [&](int x, int y) { return image.pixelColor(x * scale + scale / 2, y * scale + scale / 2); };
+        EXPECT_EQ(at(1, 1), colourOf(ColourRole::Ground));
+        EXPECT_EQ(at(25, 15), colourOf(ColourRole::Track));
+        EXPECT_NE(at(10, 10), colourOf(ColourRole::Track)) << "round";
+        EXPECT_EQ(at(60, 20), colourOf(ColourRole::Accent));
+        EXPECT_EQ(at(50, 40), colourOf(ColourRole::Rule)) << "one unit wide at scale " << scale;
+        EXPECT_EQ(at(50, 41), colourOf(ColourRole::Ground));
+        EXPECT_EQ(at(90, 5), colourOf(ColourRole::Text));
+        const auto part = [&](int left, int right) {
+            return QRect(left * scale, 50 * scale, (right - left) * scale, 25 * scale);
+        };
+        EXPECT_TRUE(has(image, part(80, 95), colourOf(ColourRole::Accent))) << "ends at its place";
+        EXPECT_FALSE(has(image, part(96, 100), colourOf(ColourRole::Accent)));
+    }
+}
+
+TEST(DrawingPainter, MeasuresInUnitsOfTheDevice) {
+    QImage points(1, 1, QImage::Format_RGB32);
+    points.setDotsPerMeterX(2835); // 72 dots an inch
+    points.setDotsPerMeterY(2835);
+    QFont font;
+    font.setPointSizeF(10);
+    const FontTextMeasure measure(font, points);
+    EXPECT_NEAR(measure.fontSize(), 10, 0.1);
+    EXPECT_GT(measure.width("Trip", FontRole::Title), 1.4 * measure.width("Trip", FontRole::Body));
+    EXPECT_GT(measure.lineHeight(FontRole::Body), measure.ascent(FontRole::Body));
+}
+
+TEST(DrawingPainter, SeeThroughColoursOfTheWindowBecomeOpaque) {
+    QPalette window;
+    window.setColor(QPalette::Base, Qt::black);
+    window.setColor(QPalette::PlaceholderText, QColor(255, 255, 255, 102)); // 40 %
+    EXPECT_EQ(screenPalette(window)[ColourRole::SecondaryText], (Colour{102, 102, 102}));
+}
+
+TEST(DrawingView, IsDrawnForItsWidthAndReadAsAChart) {
+    double drawn = 0;
+    DrawingView view([&](Size room, const TextMeasure& measure) {
+        drawn = room.width;
+        return Drawing{"Share", "Half: 50 %", {std::max(room.width, 120.0), 40}, measure.fontSize(), {}};
+    });
+    EXPECT_EQ(view.minimumSizeHint(), QSize(120, 40));
+    view.resize(300, 40);
+    view.grab();
+    EXPECT_EQ(drawn, 300);
+    QAccessibleInterface* chart = QAccessible::queryAccessibleInterface(&view);
+    EXPECT_EQ(chart->role(), QAccessible::Chart);
+    EXPECT_EQ(chart->text(QAccessible::Name), "Share");
+    EXPECT_EQ(chart->text(QAccessible::Description), "Half: 50 %");
+}
+
+} // namespace
+} // namespace quobrix
