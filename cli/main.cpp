@@ -68,6 +68,9 @@ int run(int argc, char** argv) {
     reportCommand.add_option("kind", kind, "What is reported")->required()->check(CLI::IsMember({"trip"}));
     reportCommand.add_option("number", reportOptions.trip, "Number of the trip, from 1")->required();
     file(reportCommand, reportOptions.file);
+    std::string reportFormat = "text";
+    reportCommand.add_option("--format", reportFormat, "text, or html as one file that needs no other")
+        ->check(CLI::IsMember({"text", "html"}));
     units(reportCommand, reportOptions.units);
 
     CheckOptions checkOptions;
@@ -108,8 +111,10 @@ int run(int argc, char** argv) {
         listOptions.format = kFormats.at(format);
         return list(listOptions);
     }
-    if (reportCommand)
+    if (reportCommand) {
+        reportOptions.html = reportFormat == "html";
         return report(reportOptions);
+    }
     if (compactCommand)
         return compact(compactedFile);
     return check(checkOptions);

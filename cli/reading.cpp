@@ -3,6 +3,7 @@
 #include "cli/units.h"
 #include "messages/file_messages.h"
 #include "model/trip_report.h"
+#include "report/render.h"
 #include "tables/declare.h"
 
 #include <fmt/format.h>
@@ -121,7 +122,11 @@ ExitCode report(const ReportOptions& options) {
         return kFailed;
     }
     Output output;
-    output.put(renderText(tripReport(document.trips(), static_cast<RowIndex>(trip - 1), units.context())));
+    const Report shown = tripReport(document.trips(), static_cast<RowIndex>(trip - 1), units.context());
+    if (options.html)
+        output.putData(renderHtml(shown));
+    else
+        output.put(renderText(shown));
     return output.finish(completeness(document, options.file));
 }
 

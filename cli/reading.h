@@ -21,6 +21,7 @@ struct ListOptions {
 struct ReportOptions {
     std::string trip; ///< its number, from 1, in decimal digits
     std::string file;
+    bool html = false; ///< as a file for a browser
     std::optional<std::string> units;
 };
 

@@ -1,11 +1,11 @@
 #include "model/trip_report.h"
 
-#include "base/utf8.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -16,27 +16,35 @@ constexpr auto kGeneralColumns =
              TTripLogMaximumSpeedColumn, TTripLogAverageSpeedColumn, TTripLogTimeInTopSpeedBandColumn,
              TTripLogSamplingIntervalColumn>;
 
-Report::Section generalSection(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
-    Report::Section section{"General", {}, {}, {}};
+using Blocks = std::vector<Block>;
+
+/// A first column that names the rows, and figures under HEADINGS.
+Grid gridOf(std::string firstHeading, std::vector<std::string> headings) {
+    Grid grid{{{std::move(firstHeading), false}}, {}};
+    for (std::string& heading : headings)
+        grid.columns.push_back({std::move(heading)});
+    return grid;
+}
+
+Facts generalFacts(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
+    Facts facts;
     for (const PersistentType* type : kGeneralColumns) {
         const Column& column = trips.columnOf(*type);
-        section.rows.push_back({plainHeading(column.spec()), column.text(row, context)});
+        facts.facts.push_back({plainHeading(column.spec()), column.text(row, context)});
     }
-    return section;
+    return facts;
 }
 
 /// Hard and extreme events of one kind: how many, from which threshold on, and when.
 template <class HardCount, class ExtremeCount, class HardThreshold, class ExtremeThreshold, class HardTimes,
           class ExtremeTimes>
-Report::Section eventSection(std::string heading, const TTripLogTable& trips, RowIndex row,
-                             const TextContext& context) {
+Blocks eventBlocks(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
     const std::string hard = trips.column<HardThreshold>().text(row, context);
     const std::string extreme = trips.column<ExtremeThreshold>().text(row, context);
-    Report::Section section{std::move(heading), {}, {}, {}};
     const std::string between = hard.empty() || extreme.empty() ? "" : " (Between " + hard + " and " + extreme + ")";
     const std::string over = extreme.empty() ? "" : " (Over " + extreme + ")";
-    section.rows.push_back({plainHeading(HardCount::kSpec) + between, trips.column<HardCount>().text(row, context)});
-    section.rows.push_back({plainHeading(ExtremeCount::kSpec) + over, trips.column<ExtremeCount>().text(row, context)});
+    Blocks blocks{Facts{{{plainHeading(HardCount::kSpec) + between, trips.column<HardCount>().text(row, context)},
+                         {plainHeading(ExtremeCount::kSpec) + over, trips.column<ExtremeCount>().text(row, context)}}}};
 
     struct Event {
         std::int32_t time;
@@ -51,20 +59,23 @@ Report::Section eventSection(std::string heading, const TTripLogTable& trips, Ro
     collect(trips.column<HardTimes>());
     collect(trips.column<ExtremeTimes>());
     std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) { return a.time < b.time; });
-    if (!events.empty())
-        section.grid.headings = {"Event", plainHeading(TTripLogTimesColumn::kSpec)};
+    Grid grid = gridOf("Event", {plainHeading(TTripLogTimesColumn::kSpec)});
     for (Event& event : events)
-        section.grid.rows.push_back({std::move(event.label), durationText(event.time)});
-    return section;
+        grid.rows.push_back({std::move(event.label), durationText(event.time)});
+    if (!events.empty())
+        blocks.push_back(std::move(grid));
+    return blocks;
 }
 
-Report::Section bandSection(const TTripLogSpeedBandsTable& bands, const TTripLogTimePerSpeedBandColumn* times,
-                            const TextContext& context) {
+constexpr const char* kBandHeading = "Time per Speed Band";
+
+Blocks bandBlocks(const TTripLogSpeedBandsTable& bands, const TTripLogTimePerSpeedBandColumn* times,
+                  const TextContext& context) {
     const auto& from = bands.column<TTripLogSpeedBandFromColumn>();
     const auto& to = bands.column<TTripLogSpeedBandToColumn>();
-    Report::Section section{"Time per Speed Band", {}, {}, {}};
-    section.grid.headings = {"Speed Band", plainHeading(from.spec()), plainHeading(to.spec()),
-                             plainHeading(TTripLogTimePerSpeedBandColumn::kSpec)};
+    Bars bars{kBandHeading, {}};
+    Grid grid = gridOf("Speed Band", {plainHeading(from.spec()), plainHeading(to.spec()),
+                                      plainHeading(TTripLogTimePerSpeedBandColumn::kSpec)});
     const RowIndex timed = times ? std::min(times->storedRows(), bands.rowCount()) : 0;
     double whole = 0;
     for (RowIndex band = 0; band < timed; ++band)
@@ -72,11 +83,16 @@ Report::Section bandSection(const TTripLogSpeedBandsTable& bands, const TTripLog
     for (RowIndex band = 0; band < bands.rowCount(); ++band) {
         const std::string label = speedBandLabel(bands, band, context);
         const std::string time = band < timed ? times->text(band, context) : "";
-        section.grid.rows.push_back({label, from.text(band, context), to.text(band, context), time});
+        grid.rows.push_back({label, from.text(band, context), to.text(band, context), time});
         if (band < timed && times->has(band))
-            section.bars.push_back({label, time, whole > 0 ? times->at(band) / whole : 0});
+            bars.parts.push_back({label, time, whole > 0 ? times->at(band) / whole : 0});
     }
-    return section;
+    Blocks blocks;
+    if (!bars.parts.empty())
+        blocks.push_back(std::move(bars));
+    if (!grid.rows.empty())
+        blocks.push_back(std::move(grid));
+    return blocks;
 }
 
 /// Lowest, highest and mean of the samples that have a value, as a row of the parameter table.
@@ -102,48 +118,15 @@ std::vector<std::string> seriesRow(const ParameterSeriesColumn& series, const Te
     return cells;
 }
 
-Report::Section parameterSection(const TTripLogSampleTable& samples, const TextContext& context) {
-    Report::Section section{"Parameters", {}, {}, {}};
+Blocks parameterBlocks(const TTripLogSampleTable& samples, const TextContext& context) {
+    Grid grid = gridOf("Parameter",
+                       {plainHeading(TTripLogParameterSamplingIntervalColumn::kSpec), "Minimum", "Maximum", "Average"});
     for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
         if (const ParameterSeriesColumn& series = samples.series(i); series.parameter() != 0)
-            section.grid.rows.push_back(seriesRow(series, context));
-    if (!section.grid.rows.empty())
-        section.grid.headings = {"Parameter", plainHeading(TTripLogParameterSamplingIntervalColumn::kSpec), "Minimum",
-                                 "Maximum", "Average"};
-    return section;
-}
-
-void appendCell(std::string& line, std::string_view cell, std::size_t width, bool right) {
-    const std::string text = oneLine(cell);
-    const std::string padding(width - std::min(width, characterCount(text)), ' ');
-    line += right ? padding : "";
-    line += text;
-    line += right ? "" : padding;
-}
-
-void appendLine(std::string& out, std::string line) {
-    line.erase(line.find_last_not_of(' ') + 1);
-    out += line + '\n';
-}
-
-void appendGrid(std::string& out, const Report::Grid& grid) {
-    std::vector<std::size_t> widths;
-    for (const std::string& heading : grid.headings)
-        widths.push_back(characterCount(oneLine(heading)));
-    for (const auto& row : grid.rows)
-        for (std::size_t i = 0; i < widths.size(); ++i)
-            widths[i] = std::max(widths[i], characterCount(oneLine(row[i])));
-    const auto append = [&](const std::vector<std::string>& cells) {
-        std::string line = "  ";
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            line += i == 0 ? "" : "  ";
-            appendCell(line, cells[i], widths[i], i != 0);
-        }
-        appendLine(out, std::move(line));
-    };
-    append(grid.headings);
-    for (const auto& row : grid.rows)
-        append(row);
+            grid.rows.push_back(seriesRow(series, context));
+    if (grid.rows.empty())
+        return {};
+    return {std::move(grid)};
 }
 
 } // namespace
@@ -172,46 +155,30 @@ std::string speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, c
 
 Report tripReport(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
     Report report{tripTitle(trips, row, context), {}};
-    const auto add = [&](Report::Section section) {
-        if (!section.rows.empty() || !section.grid.rows.empty())
-            report.sections.push_back(std::move(section));
+    const auto add = [&](std::string heading, Blocks blocks) {
+        if (blocks.empty())
+            return;
+        report.blocks.push_back(Heading{std::move(heading)});
+        std::ranges::move(blocks, std::back_inserter(report.blocks));
     };
-    add(generalSection(trips, row, context));
+    add("General", {generalFacts(trips, row, context)});
     if (const auto* bands = trips.column<TTripLogSpeedBandsTableColumn>().object(row))
-        add(bandSection(*bands, trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(row), context));
-    add(eventSection<TTripLogHardBrakesReportColumn, TTripLogPanicBrakesReportColumn, TTripLogHardBrakeThresholdColumn,
-                     TTripLogPanicBrakeThresholdColumn, TTripLogHardBrakeTimesColumnColumn,
-                     TTripLogPanicBrakeTimesColumnColumn>("Brakes", trips, row, context));
-    add(eventSection<TTripLogHardAccelerationsReportColumn, TTripLogPanicAccelerationsReportColumn,
-                     TTripLogHardAccelerationThresholdColumn, TTripLogPanicAccelerationThresholdColumn,
-                     TTripLogHardAccelerationTimesColumnColumn, TTripLogPanicAccelerationTimesColumnColumn>(
-        "Accelerations", trips, row, context));
+        add(kBandHeading,
+            bandBlocks(*bands, trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(row), context));
+    add("Brakes",
+        eventBlocks<TTripLogHardBrakesReportColumn, TTripLogPanicBrakesReportColumn, TTripLogHardBrakeThresholdColumn,
+                    TTripLogPanicBrakeThresholdColumn, TTripLogHardBrakeTimesColumnColumn,
+                    TTripLogPanicBrakeTimesColumnColumn>(trips, row, context));
+    add("Accelerations",
+        eventBlocks<TTripLogHardAccelerationsReportColumn, TTripLogPanicAccelerationsReportColumn,
+                    TTripLogHardAccelerationThresholdColumn, TTripLogPanicAccelerationThresholdColumn,
+                    TTripLogHardAccelerationTimesColumnColumn, TTripLogPanicAccelerationTimesColumnColumn>(trips, row,
+                                                                                                           context));
     if (const auto* samples = trips.column<TTripLogSampleTableColumn>().object(row))
-        add(parameterSection(*samples, context));
+        add("Parameters", parameterBlocks(*samples, context));
     if (const auto& comments = trips.column<TTripLogCommentsColumn>(); comments.has(row))
-        add({plainHeading(comments.spec()), {{"", comments.at(row)}}, {}, {}});
+        add(plainHeading(comments.spec()), {Paragraph{comments.at(row)}});
     return report;
-}
-
-std::string renderText(const Report& report) {
-    std::string out = report.title + '\n';
-    for (const Report::Section& section : report.sections) {
-        out += '\n' + section.heading + '\n';
-        std::size_t width = 0;
-        for (const Report::Row& row : section.rows)
-            width = std::max(width, characterCount(oneLine(row.label)));
-        for (const Report::Row& row : section.rows) {
-            std::string line = "  ";
-            if (!row.label.empty()) {
-                appendCell(line, row.label, width, false);
-                line += "  ";
-            }
-            appendLine(out, line + row.text);
-        }
-        if (!section.grid.headings.empty())
-            appendGrid(out, section.grid);
-    }
-    return out;
 }
 
 } // namespace quobrix

@@ -1,39 +1,23 @@
 #pragma once
 
-#include "model/trip_report.h"
+#include "report/ui/report_view.h"
 #include "views/page.h"
-
-#include <QScrollArea>
 
 #include <optional>
 
-class QGridLayout;
-
 namespace quobrix {
 
-/// The report of one trip: a card for each of its sections.
-class TTripLogRecordView final : public QScrollArea {
+/// The report of one trip.
+class TTripLogRecordView final : public ReportView {
     Q_OBJECT
 public:
     explicit TTripLogRecordView(const ViewContext& context, QWidget* parent = nullptr);
 
     /// Shows the report of the trip of ROW, or that there is none.
     void showTrip(std::optional<RowIndex> row);
-    /// Puts the report on the clipboard as text.
-    void copy() const;
-
-protected:
-    void resizeEvent(QResizeEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void arrange();
-
     ViewContext context_;
-    Report report_;
-    QGridLayout* grid_ = nullptr;
-    std::vector<QWidget*> cards_;
-    int columns_ = 0;
 };
 
 } // namespace quobrix

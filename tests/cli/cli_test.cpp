@@ -127,7 +127,12 @@ TEST_F(CommandLine, TableAndReportAreForPeople) {
     ASSERT_EQ(report.exitCode, 0) << report.error;
     EXPECT_TRUE(report.out.starts_with("Trip 2\n"));
     EXPECT_NE(report.out.find("1,234.6 km"), std::string::npos) << report.out;
-    for (const std::string& text : {table.out, report.out})
+
+    const Outcome page = cli({"report", "trip", "2", "Test.car", "--units", "Metric", "--format", "html"});
+    ASSERT_EQ(page.exitCode, 0) << page.error;
+    EXPECT_TRUE(page.out.starts_with("<!DOCTYPE html>\n")) << page.out;
+    EXPECT_NE(page.out.find("<dt>Distance</dt><dd>1,234.6 km</dd>"), std::string::npos) << page.out;
+    for (const std::string& text : {table.out, report.out, page.out})
         EXPECT_EQ(text.find_first_of("\x1B\x9B\r"), std::string::npos) << text;
 }
 

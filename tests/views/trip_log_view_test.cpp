@@ -1,12 +1,12 @@
 #include "views/trip_log_view.h"
 
+#include "model/trip_report.h"
+#include "report/render.h"
 #include "support/view_fixture.h"
-#include "views/share_bars.h"
 #include "views/trip_log_record_view.h"
 #include "views/trip_log_summary_view.h"
 #include "views/trip_log_table_view.h"
 
-#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -102,42 +102,6 @@ TEST_F(TripLogView, AnotherUnitLeavesSelectionScrollingAndSorting) {
     QApplication::processEvents();
     EXPECT_EQ(report.value(), 100);
     EXPECT_FALSE(reportTexts().filter(" Miles").isEmpty());
-}
-
-TEST_F(TripLogView, TheBandPictureIsAChartForAssistiveTechnology) {
-    view_->showView(TTripLogView::View::Report);
-    auto* bars = view_->report().findChild<ShareBars*>();
-    ASSERT_NE(bars, nullptr);
-    QAccessibleInterface* chart = QAccessible::queryAccessibleInterface(bars);
-    EXPECT_EQ(chart->role(), QAccessible::Chart);
-    EXPECT_EQ(chart->text(QAccessible::Name), "Time per Speed Band");
-    EXPECT_TRUE(chart->text(QAccessible::Description).startsWith("Idle: 00:01:00 (10%), Speed Band 1: 00:04:00 (40%)"))
-        << chart->text(QAccessible::Description).toStdString();
-}
-
-TEST_F(TripLogView, ABarOfTheBandPictureTakesItsShareOfTheTrack) {
-    ShareBars bars("Bands", {{"A", "1", 0.3}, {"B", "2", 0.7}, {"C", "3", 1.0}});
-    bars.resize(600, bars.sizeHint().height());
-    const QImage image = bars.grab().toImage();
-    const QColor filled = bars.palette().color(QPalette::Highlight);
-    const int rowHeight = image.height() / 3;
-    const auto width = [&](int row) { // of the filled part, inside its round corners
-        int pixels = 0;
-        for (int x = 0; x < image.width(); ++x)
-            pixels += image.pixelColor(x, row * rowHeight + rowHeight / 2) == filled;
-        return pixels;
-    };
-    EXPECT_GT(width(2), 300);
-    EXPECT_NEAR(width(0), 0.3 * width(2), 2);
-    EXPECT_NEAR(width(1), 0.7 * width(2), 2);
-
-    ShareBars longest("Bands", {{"A", "1", 0.3}, {"B", "2", 0.25}});
-    longest.resize(bars.width(), longest.sizeHint().height());
-    const QImage part = longest.grab().toImage();
-    int pixels = 0;
-    for (int x = 0; x < part.width(); ++x)
-        pixels += part.pixelColor(x, rowHeight / 2) == filled;
-    EXPECT_NEAR(pixels, width(0), 2) << "30 % looks like 30 % beside shorter ones too";
 }
 
 TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {

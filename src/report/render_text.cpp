@@ -1,0 +1,82 @@
+#include "report/render.h"
+
+#include "base/utf8.h"
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+class TextRenderer {
+public:
+    explicit TextRenderer(const Report& report) : out_(oneLine(report.title) + '\n') {
+        if (!report.blocks.empty() && !std::holds_alternative<Heading>(report.blocks.front()))
+            out_ += '\n';
+        for (const Block& block : report.blocks)
+            std::visit([this](const auto& what) { write(what); }, block);
+    }
+    std::string text() { return std::move(out_); }
+
+private:
+    void write(const Heading& heading) { out_ += '\n' + oneLine(heading.text) + '\n'; }
+
+    void write(const Facts& facts) {
+        std::size_t width = 0;
+        for (const Facts::Fact& fact : facts.facts)
+            width = std::max(width, characterCount(oneLine(fact.label)));
+        for (const Facts::Fact& fact : facts.facts) {
+            std::string line = "  ";
+            appendCell(line, fact.label, width, false);
+            appendLine(line + "  " + oneLine(fact.text));
+        }
+    }
+
+    void write(const Grid& grid) {
+        std::vector<std::string> headings;
+        for (const Grid::Column& column : grid.columns)
+            headings.push_back(column.heading);
+        std::vector<std::size_t> widths(headings.size());
+        const auto widen = [&](const std::vector<std::string>& cells) {
+            for (std::size_t i = 0; i < widths.size(); ++i)
+                widths[i] = std::max(widths[i], characterCount(oneLine(cells[i])));
+        };
+        const auto append = [&](const std::vector<std::string>& cells) {
+            std::string line = "  ";
+            for (std::size_t i = 0; i < widths.size(); ++i) {
+                line += i == 0 ? "" : "  ";
+                appendCell(line, cells[i], widths[i], grid.columns[i].figures);
+            }
+            appendLine(std::move(line));
+        };
+        widen(headings);
+        std::ranges::for_each(grid.rows, widen);
+        append(headings);
+        std::ranges::for_each(grid.rows, append);
+    }
+
+    void write(const Bars&) {}
+    void write(const Picture& picture) {
+        constexpr double kAnyWidth = 600;
+        const Drawing drawing = picture.draw({kAnyWidth, kUnlimited}, TableTextMeasure(12));
+        appendLine("  " + oneLine(drawing.title + ": " + drawing.description));
+    }
+    void write(const Paragraph& paragraph) { appendLine("  " + paragraph.text); }
+
+    static void appendCell(std::string& line, std::string_view cell, std::size_t width, bool right) {
+        const std::string text = oneLine(cell);
+        const std::string padding(width - std::min(width, characterCount(text)), ' ');
+        line += right ? padding + text : text + padding;
+    }
+    void appendLine(std::string line) {
+        line.erase(line.find_last_not_of(' ') + 1);
+        out_ += line + '\n';
+    }
+
+    std::string out_;
+};
+
+} // namespace
+
+std::string renderText(const Report& report) { return TextRenderer(report).text(); }
+
+} // namespace quobrix

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "drawing/text_measure.h"
+
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace quobrix {
+
+// What a report is made of. All texts are UTF-8 in the user's units already: who builds a report says what it tells,
+// the renderers only how it looks.
+
+/// Begins a section, which goes on to the next heading.
+struct Heading {
+    std::string text;
+};
+
+/// Values by name: "Distance", "77.4 Miles".
+struct Facts {
+    struct Fact {
+        std::string label, text;
+    };
+    std::vector<Fact> facts;
+};
+
+/// A table. Every row has as many cells as there are columns; the first cell says what the row is about.
+struct Grid {
+    struct Column {
+        std::string heading;
+        bool figures = true; ///< on the right
+    };
+    std::vector<Column> columns;
+    std::vector<std::vector<std::string>> rows;
+};
+
+/// How a whole divides, as a picture: a bar for each part. Its figures stand in the report otherwise, too, so that
+/// plain text leaves the picture out.
+struct Bars {
+    struct Part {
+        std::string label, text;
+        double share = 0; ///< of the whole, 0 to 1
+    };
+    std::string title;
+    std::vector<Part> parts;
+};
+
+/// Any other picture, made for the medium that shows it. Plain text has its description.
+struct Picture {
+    DrawingMaker draw;
+};
+
+/// Text as somebody wrote it; it may have line breaks.
+struct Paragraph {
+    std::string text;
+};
+
+using Block = std::variant<Heading, Facts, Grid, Bars, Picture, Paragraph>;
+
+/// What is told about something, to be shown in the window, printed, written to a file or copied.
+struct Report {
+    std::string title;
+    std::vector<Block> blocks;
+};
+
+/// The blocks of a report under one heading.
+struct Section {
+    const Heading* heading = nullptr; ///< none: what stands before the first one
+    std::span<const Block> blocks;    ///< without the heading
+};
+std::vector<Section> sections(const Report& report);
+
+/// BARS as a drawing: label, bar, text and percentage of each part, a line each, bars in proportion to the whole.
+Drawing drawBars(const Bars& bars, double width, const TextMeasure& measure);
+
+} // namespace quobrix

@@ -1,0 +1,206 @@
+#include "report/ui/report_view.h"
+
+#include "base/ui/qt_text.h"
+#include "drawing/ui/drawing_painter.h"
+#include "drawing/ui/drawing_view.h"
+#include "report/render.h"
+
+#include <QAccessibleWidget>
+#include <QClipboard>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QScrollBar>
+
+namespace quobrix {
+namespace {
+
+constexpr int kMargin = 20;
+constexpr int kTwoColumnWidth = 860;
+constexpr int kGreatestWidth = 1180;
+
+/// A label that assistive technology can go to from heading to heading.
+class HeadingLabel final : public QLabel {
+public:
+    HeadingLabel(std::string_view text, FontRole role) {
+        static const bool installed = [] {
+            QAccessible::installFactory(makeAccessible);
+            return true;
+        }();
+        Q_UNUSED(installed)
+        setTextFormat(Qt::PlainText);
+        setText(toQt(text)); // not by the base's constructor: it has the toolkit make an interface of the base's role
+        setTextInteractionFlags(Qt::TextSelectableByMouse);
+        setFont(fontOf(role, font()));
+        setAccessibleName(QLabel::text());
+    }
+
+private:
+    static QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
+        auto* label = dynamic_cast<HeadingLabel*>(object);
+        return label ? new QAccessibleWidget(label, QAccessible::Heading) : nullptr;
+    }
+};
+
+QLabel* textLabel(std::string_view text) {
+    auto* label = new QLabel(toQt(text));
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+/// What names a value stands back behind it.
+QLabel* nameLabel(std::string_view text) {
+    QLabel* label = textLabel(text);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    return label;
+}
+
+QGridLayout* cellLayout() {
+    auto* layout = new QGridLayout;
+    layout->setHorizontalSpacing(24);
+    layout->setVerticalSpacing(4);
+    return layout;
+}
+
+/// The card of a section.
+class Card final : public QFrame {
+public:
+    explicit Card(const Section& section) : layout_(new QVBoxLayout(this)) {
+        setFrameStyle(QFrame::StyledPanel);
+        setBackgroundRole(QPalette::Base);
+        setAutoFillBackground(true);
+        layout_->setContentsMargins(16, 14, 16, 16);
+        layout_->setSpacing(10);
+        if (section.heading) {
+            setAccessibleName(toQt(section.heading->text));
+            layout_->addWidget(new HeadingLabel(section.heading->text, FontRole::Heading));
+        }
+        for (const Block& block : section.blocks)
+            std::visit([this](const auto& what) { add(what); }, block);
+        layout_->addStretch();
+    }
+
+private:
+    void add(const Heading&) {} // sections() has taken them out
+
+    void add(const Facts& facts) {
+        QGridLayout* cells = cellLayout();
+        cells->setColumnStretch(1, 1);
+        int line = 0;
+        for (const Facts::Fact& fact : facts.facts) {
+            QLabel* name = nameLabel(fact.label);
+            QLabel* value = textLabel(fact.text);
+            value->setWordWrap(true);
+            value->setAccessibleName(toQt(fact.label + ": " + fact.text));
+            name->setBuddy(value);
+            cells->addWidget(name, line, 0, Qt::AlignTop);
+            cells->addWidget(value, line++, 1);
+        }
+        layout_->addLayout(cells);
+    }
+
+    void add(const Grid& grid) {
+        QGridLayout* cells = cellLayout();
+        // Row by row, as it is read aloud.
+        const auto add = [&](QLabel* label, int line, std::size_t column) {
+            const Qt::Alignment side = grid.columns[column].figures ? Qt::AlignRight : Qt::AlignLeft;
+            label->setAlignment(side | Qt::AlignVCenter);
+            cells->addWidget(label, line, static_cast<int>(column));
+        };
+        const std::size_t columns = grid.columns.size();
+        for (std::size_t column = 0; column < columns; ++column)
+            add(nameLabel(grid.columns[column].heading), 0, column);
+        int line = 1;
+        for (const std::vector<std::string>& row : grid.rows) {
+            for (std::size_t column = 0; column < columns; ++column) {
+                QLabel* cell = textLabel(row[column]);
+                // What sight tells from the place of the cell.
+                const std::string& heading = grid.columns[column].heading;
+                cell->setAccessibleDescription(toQt(column == 0 ? heading : row[0] + ", " + heading));
+                add(cell, line, column);
+            }
+            ++line;
+        }
+        cells->setColumnStretch(static_cast<int>(columns), 1);
+        layout_->addLayout(cells);
+    }
+
+    void add(const Bars& bars) {
+        layout_->addWidget(new DrawingView(
+            [bars](Size room, const TextMeasure& measure) { return drawBars(bars, room.width, measure); }));
+    }
+    void add(const Picture& picture) { layout_->addWidget(new DrawingView(picture.draw)); }
+
+    void add(const Paragraph& paragraph) {
+        QLabel* text = textLabel(paragraph.text);
+        text->setWordWrap(true);
+        layout_->addWidget(text);
+    }
+
+    QVBoxLayout* layout_;
+};
+
+} // namespace
+
+ReportView::ReportView(QWidget* parent) : QScrollArea(parent) {
+    setFrameStyle(QFrame::NoFrame);
+    setWidgetResizable(true);
+}
+
+void ReportView::setReport(Report report) {
+    const int scrolled = report.title == report_.title ? verticalScrollBar()->value() : 0;
+    report_ = std::move(report);
+
+    auto* content = new QWidget;
+    content->setMaximumWidth(kGreatestWidth);
+    grid_ = new QGridLayout(content);
+    grid_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid_->setSpacing(14);
+    auto* title = new HeadingLabel(report_.title, FontRole::Title);
+    title->setObjectName(QStringLiteral("reportTitle"));
+    grid_->addWidget(title, 0, 0, 1, 2);
+    cards_.clear();
+    for (const Section& section : sections(report_))
+        cards_.push_back(new Card(section));
+    columns_ = 0;
+    arrange();
+    setWidget(content);
+    verticalScrollBar()->setValue(scrolled);
+}
+
+void ReportView::arrange() {
+    const int columns = viewport()->width() >= kTwoColumnWidth ? 2 : 1;
+    if (!grid_ || columns == columns_)
+        return;
+    columns_ = columns;
+    for (QWidget* card : cards_)
+        grid_->removeWidget(card);
+    int place = 0;
+    for (QWidget* card : cards_) {
+        grid_->addWidget(card, 1 + place / columns, place % columns);
+        ++place;
+    }
+    for (int column = 0; column < 2; ++column)
+        grid_->setColumnStretch(column, column < columns ? 1 : 0);
+    grid_->setRowStretch(static_cast<int>(cards_.size()) + 2, 1);
+}
+
+void ReportView::copy() const { QGuiApplication::clipboard()->setText(toQt(renderText(report_))); }
+
+void ReportView::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    arrange();
+}
+
+void ReportView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Copy))
+        copy();
+    else if (event->key() == Qt::Key_Home || event->key() == Qt::Key_End)
+        verticalScrollBar()->setValue(event->key() == Qt::Key_Home ? 0 : verticalScrollBar()->maximum());
+    else
+        QScrollArea::keyPressEvent(event);
+}
+
+} // namespace quobrix

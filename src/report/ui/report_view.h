@@ -1,0 +1,37 @@
+#pragma once
+
+#include "report/report.h"
+
+#include <QScrollArea>
+
+class QGridLayout;
+
+namespace quobrix {
+
+/// Shows a report: a card for each of its sections, in two columns where there is room. Texts can be selected, Ctrl+C
+/// copies the whole as text.
+class ReportView : public QScrollArea {
+    Q_OBJECT
+public:
+    explicit ReportView(QWidget* parent = nullptr);
+
+    /// Shows REPORT, from its top unless it has the title of the one before: then it is the same in other units.
+    void setReport(Report report);
+    const Report& report() const { return report_; }
+    /// Puts the report on the clipboard as text.
+    void copy() const;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void arrange();
+
+    Report report_;
+    QGridLayout* grid_ = nullptr;
+    std::vector<QWidget*> cards_;
+    int columns_ = 0;
+};
+
+} // namespace quobrix

@@ -1,0 +1,91 @@
+#include "report/ui/report_view.h"
+
+#include "report/render.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QLabel>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace quobrix {
+namespace {
+
+struct Spoken {
+    QAccessible::Role role;
+    QString name, description;
+};
+
+/// What assistive technology reads in WIDGET, in its order.
+void collect(QAccessibleInterface* interface, std::vector<Spoken>& all) {
+    all.push_back({interface->role(), interface->text(QAccessible::Name), interface->text(QAccessible::Description)});
+    for (int i = 0; i < interface->childCount(); ++i)
+        collect(interface->child(i), all);
+}
+
+class ReportViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        view_.resize(600, 300);
+        view_.show();
+    }
+    static Report report(const std::string& title) {
+        return {title,
+                {Heading{"Bands"}, Bars{"Share", {{"Idle", "60 s", 1}}},
+                 Grid{{{"Band", false}, {"From"}}, {{"Idle", "0 MPH"}}}, Facts{{{"VIN", "1G"}}}, Heading{"Comments"},
+                 Paragraph{"<i>To the lake</i>\n" + std::string(200, '\n') + "and back"}}};
+    }
+    ReportView view_;
+};
+
+TEST_F(ReportViewTest, IsReadByAssistiveTechnology) {
+    view_.setReport(report("Trip 1"));
+    std::vector<Spoken> all;
+    collect(QAccessible::queryAccessibleInterface(view_.widget()), all);
+    const auto says = [&](QAccessible::Role role, const QString& name, const QString& description = {}) {
+        return std::ranges::any_of(all, [&](const Spoken& spoken) {
+            return spoken.role == role && spoken.name == name && spoken.description == description;
+        });
+    };
+    EXPECT_TRUE(says(QAccessible::Heading, "Trip 1"));
+    EXPECT_TRUE(says(QAccessible::Heading, "Bands"));
+    EXPECT_TRUE(says(QAccessible::Chart, "Share", "Idle: 60 s (100%)"));
+    EXPECT_TRUE(says(QAccessible::StaticText, "Idle", "Band"));
+    EXPECT_TRUE(says(QAccessible::StaticText, "0 MPH", "Idle, From"));
+    EXPECT_TRUE(says(QAccessible::StaticText, "VIN: 1G"));
+    QStringList inOrder;
+    for (const Spoken& spoken : all)
+        inOrder += spoken.name;
+    EXPECT_TRUE(inOrder.join('|').contains("|Band|From|Idle|0 MPH|")) << "row by row";
+    for (const QLabel* label : view_.findChildren<QLabel*>())
+        EXPECT_EQ(label->textFormat(), Qt::PlainText) << label->text().toStdString();
+}
+
+TEST_F(ReportViewTest, IsScrolledByTheKeyboardAndCopied) {
+    view_.setReport(report("Trip 1"));
+    QApplication::processEvents();
+    QScrollBar& bar = *view_.verticalScrollBar();
+    QTest::keyClick(&view_, Qt::Key_PageDown);
+    const int page = bar.value();
+    EXPECT_GT(page, 0);
+    QTest::keyClick(&view_, Qt::Key_End);
+    EXPECT_EQ(bar.value(), bar.maximum());
+    QTest::keyClick(&view_, Qt::Key_Home);
+    EXPECT_EQ(bar.value(), 0);
+    QTest::keyClick(&view_, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), renderText(report("Trip 1")));
+
+    bar.setValue(page);
+    view_.setReport(report("Trip 1"));
+    QApplication::processEvents();
+    EXPECT_EQ(bar.value(), page) << "the same in other units";
+    view_.setReport(report("Trip 2"));
+    QApplication::processEvents();
+    EXPECT_EQ(bar.value(), 0);
+}
+
+} // namespace
+} // namespace quobrix
