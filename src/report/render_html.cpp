@@ -23,13 +23,14 @@ table{{border-collapse:collapse;margin:.6em 0}}
 thead{{display:table-header-group}}
 tr{{break-inside:avoid}}
 th,td{{padding:.2em 1.6em .2em 0;text-align:left;vertical-align:top;font-weight:normal}}
+th:last-child,td:last-child{{padding-right:0}}
 thead th{{color:var(--secondary-text);border-bottom:1px solid var(--rule)}}
 .figure{{text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}}
 svg{{display:block;max-width:100%;height:auto;margin:.6em 0;break-inside:avoid}}
 :root{{color-scheme:light dark;{light}}}
 @media screen and (prefers-color-scheme:dark){{:root{{{dark}}}}}
 @page{{margin:15mm}}
-@media print{{body{{padding:0;max-width:none;font-size:10pt}}}}
+@media print{{body{{padding:0;max-width:none}}}}
 )";
 
 class HtmlRenderer {

@@ -51,6 +51,13 @@ void LogList::show(const Table* log) {
     emit currentRowChanged();
 }
 
+std::optional<Report> LogList::printable(const std::optional<RecordRange>& range) {
+    Grid grid = shownCells(*this, range);
+    if (grid.rows.empty())
+        return {};
+    return Report{spec_.title, {std::move(grid)}};
+}
+
 void LogList::makeCurrent(RowIndex rows) {
     if (rows == 0)
         return;

@@ -26,6 +26,9 @@ public:
     /// becomes so where there was none.
     void show(const Table* log);
 
+    /// As Page::printable.
+    std::optional<Report> printable(const std::optional<RecordRange>& range);
+
 private:
     /// What tells a record from all others of its log.
     struct Key {

@@ -13,6 +13,9 @@ public:
     void refresh() override { list_->show(log()); }
     void showCell(std::string_view columnKey, RowIndex row) override { list_->showCell(columnKey, row); }
     void unitsChanged() override { retextTables(*this); }
+    std::optional<Report> printable(const std::optional<RecordRange>& range) const override {
+        return list_->printable(range);
+    }
     LogList& list() { return *list_; }
 
 protected:

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "report/report.h"
 #include "tables/ui/spreadsheet.h"
 
 #include <QWidget>
+
+#include <cstdint>
+#include <optional>
 
 namespace quobrix {
 
@@ -24,6 +28,11 @@ struct ViewContext {
     SpreadsheetContext spreadsheet() const;
 };
 
+/// Records of a log by their numbers, which count from 1; both ends are among them.
+struct RecordRange {
+    std::int64_t first = 1, last = 0;
+};
+
 /// A page of the main frame. Pages hold no data of their own, and end before the document gets other content.
 class Page : public QWidget {
     Q_OBJECT
@@ -42,9 +51,16 @@ public:
     /// Show the same in other units. Selection, scrolling and sorting stay.
     virtual void unitsChanged() { refresh(); }
 
+    /// What the page shows, to be printed or written: of a log those records whose numbers lie in RANGE (none: all), as
+    /// they are shown. Nothing if there is nothing to print.
+    virtual std::optional<Report> printable(const std::optional<RecordRange>& /*range*/) const { return {}; }
+
 signals:
     void titleChanged();
 };
+
+/// The rows of SPREADSHEET with numbers in RANGE (none: all), and its columns, as they are shown.
+Grid shownCells(TSpreadsheet& spreadsheet, const std::optional<RecordRange>& range = {});
 
 /// Makes every table on WIDGET show its cells and headings anew, because units have changed; nothing else of it
 /// changes.

@@ -67,4 +67,14 @@ void TTripLogTableView::showTrip(std::optional<RowIndex> row) {
             "The parameters of this trip cannot be read.");
 }
 
+std::vector<Block> TTripLogTableView::printable() const {
+    std::vector<Block> blocks;
+    for (int i = 0; i < count(); ++i)
+        if (Grid grid = shownCells(static_cast<TSpreadsheet&>(*widget(i))); !grid.rows.empty()) {
+            blocks.push_back(Heading{tabText(i).toStdString()});
+            blocks.push_back(std::move(grid));
+        }
+    return blocks;
+}
+
 } // namespace quobrix

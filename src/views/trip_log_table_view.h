@@ -16,6 +16,8 @@ public:
 
     /// Shows the tables of the trip of ROW, or empty ones.
     void showTrip(std::optional<RowIndex> row);
+    /// The tables that have rows.
+    std::vector<Block> printable() const;
 
 private:
     TSpreadsheet* addTable(const char* name, const QString& title);

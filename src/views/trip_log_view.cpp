@@ -122,6 +122,15 @@ void TTripLogView::unitsChanged() {
     emit titleChanged();
 }
 
+std::optional<Report> TTripLogView::printable(const std::optional<RecordRange>& range) const {
+    const auto row = summary_->currentRow();
+    if (view() == View::Summary || !row)
+        return summary_->printable(range);
+    if (view() == View::Report)
+        return report_->report();
+    return Report{tripTitle(context_.document.trips(), *row, context_.text()), table_->printable()};
+}
+
 void TTripLogView::showView(View view) { tabs_->setCurrentIndex(place(view)); }
 
 void TTripLogView::step(int direction) {

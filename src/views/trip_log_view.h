@@ -28,6 +28,7 @@ public:
     void refresh() override;
     void showCell(std::string_view columnKey, RowIndex row) override;
     void unitsChanged() override;
+    std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
     void showView(View view);
 
     TTripLogSummaryView& summary() { return *summary_; }

@@ -104,6 +104,32 @@ TEST_F(TripLogView, AnotherUnitLeavesSelectionScrollingAndSorting) {
     EXPECT_FALSE(reportTexts().filter(" Miles").isEmpty());
 }
 
+TEST_F(TripLogView, OffersWhatItShowsForPrinting) {
+    const auto lines = [&](std::optional<RecordRange> range = {}) { return renderText(*view_->printable(range)); };
+    QTableView& list = view_->summary().view();
+    list.sortByColumn(view_->summary().model().indexOf("TTripLogStartTimeColumn"), Qt::DescendingOrder);
+    list.setColumnHidden(view_->summary().model().indexOf("TTripLogEndTimeColumn"), true);
+    const std::string all = lines();
+    EXPECT_TRUE(all.starts_with("Trip Log\n\n  Trip  Start Time           Duration")) << all;
+    EXPECT_TRUE(all.find("\n     3  ") < all.find("\n     1  ")) << "in the order that is shown";
+    const std::string two = lines(RecordRange{2, 5});
+    EXPECT_NE(two.find("\n     3  "), std::string::npos) << two;
+    EXPECT_NE(two.find("\n     2  "), std::string::npos) << two;
+    EXPECT_EQ(two.find("\n     1  "), std::string::npos) << two;
+    EXPECT_FALSE(view_->printable(RecordRange{4, 9}));
+
+    view_->showView(TTripLogView::View::Report);
+    EXPECT_EQ(lines(), renderText(tripReport(document_.trips(), 2, context_.text())));
+    view_->showView(TTripLogView::View::Table);
+    const std::string tables = lines();
+    EXPECT_TRUE(tables.starts_with("Trip 3\n\nSamples\n  ")) << tables;
+    EXPECT_NE(tables.find("\nSpeed Bands\n"), std::string::npos) << tables;
+    EXPECT_NE(tables.find("\n  Idle "), std::string::npos) << tables;
+    document_.newDocument();
+    view_->refresh();
+    EXPECT_FALSE(view_->printable({}));
+}
+
 TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
     view_->showView(TTripLogView::View::Table);
     const auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
