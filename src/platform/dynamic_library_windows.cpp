@@ -17,8 +17,8 @@ Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
     if (!std::filesystem::exists(path, code))
         return Error{ErrorKind::NotFound, utf8(path) + " does not exist"};
     // The library's own folder is searched for what it needs; the current folder is not.
-    const HMODULE handle = LoadLibraryExW(path.c_str(), nullptr,
-                                          LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    const HMODULE handle =
+        LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (handle == nullptr)
         return Error{ErrorKind::Unsupported, lastSystemError("load", path).detail};
     return DynamicLibrary(handle);
