@@ -121,13 +121,14 @@ ExitCode repair(const CheckOptions& options) {
     output.put(fmt::format("{} holds {} objects; records: {}\n", options.into, repaired->objects, records));
     if (repaired->notDurable)
         complain(fileMessage(*repaired->notDurable, FileAction::Save, options.into).text);
+    const std::string written = options.into + " has been written";
     if (repaired->complete())
-        return output.finish(repaired->notDurable ? kIncomplete : kDone);
+        return output.finish(repaired->notDurable ? kIncomplete : kDone, written);
     complain(
         fmt::format("{} of {} could not be recovered, as listed; keep it",
                     repaired->lost.size() == 1 ? std::string("1 part") : fmt::format("{} parts", repaired->lost.size()),
                     options.file));
-    return output.finish(kIncomplete);
+    return output.finish(kIncomplete, written);
 }
 
 } // namespace

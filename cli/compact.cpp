@@ -33,7 +33,7 @@ ExitCode compact(const std::string& file) {
         return kFailed;
     Output output;
     output.put(fmt::format("{}: {} bytes before, {} bytes now\n", file, before, document.space().fileBytes));
-    return output.finish(done ? kDone : kIncomplete);
+    return output.finish(done ? kDone : kIncomplete, file + " has been compacted");
 }
 
 } // namespace quobrix::cli

@@ -8,8 +8,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
 #include <exception>
 #include <map>
+#include <new>
 
 namespace {
 
@@ -21,9 +23,9 @@ constexpr const char* kFooter =
     "  1  failed, one line on standard error says why; for check: the document is damaged\n"
     "  2  wrong usage, or an unknown unit system\n"
     "  3  done, but parts of the document could not be read (check --repair: not all is in the\n"
-    "     new document), or the saved file may not survive a power cut; for download: saved, but\n"
-    "     some records were refused, a part of the logger's memory could not be read, or the result\n"
-    "     could not be printed\n"
+    "     new document), or the saved file may not survive a power cut, or a file was written but\n"
+    "     the result could not be printed; for download: saved, but some records were refused or a\n"
+    "     part of the logger's memory could not be read\n"
     "Reading commands change nothing. No command waits for a person.\n"
     "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
 
@@ -127,7 +129,10 @@ int main(int argc, char** argv) {
     quobrix::ignoreWriteSignals();
     try {
         return run(argc, argv);
-    } catch (const std::exception& error) { // out of memory, mostly
+    } catch (const std::bad_alloc&) { // nothing here may need more of it
+        std::fputs("quobrix-cli: there is not enough memory; close other programs and try again\n", stderr);
+        return kFailed;
+    } catch (const std::exception& error) {
         complain(error.what());
         return kFailed;
     }

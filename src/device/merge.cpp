@@ -206,11 +206,12 @@ Result<void> checkTable(const Table& table) {
     return table.unreadableColumns().empty() && table.rowLock().empty() ? Result<void>() : unreadable(table.type());
 }
 
-/// Besides, the columns by which its records are known again must be there.
+/// Besides, the columns by which its records are known again must be there, unless there are none: a repair leaves logs
+/// that have lost everything without columns, which come back with the first record.
 template <class Log>
 Result<void> checkLog(const typename Log::TableType& table) {
     for (const PersistentType* key : Log::kKeys)
-        if (!table.columnOf(*key).store())
+        if (table.rowCount() > 0 && !table.columnOf(*key).store())
             return unreadable(table.type());
     return checkTable(table);
 }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <set>
 
 namespace quobrix {
 namespace {
@@ -370,6 +371,10 @@ TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {
         refused({"check", "--repair", "Test.car", "--into", "New.car", "--force"}, 1, "another program is using it");
     }
     EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}).exitCode, 3);
+    const Outcome unprinted = cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}, ">/dev/full");
+    EXPECT_EQ(unprinted.exitCode, 3);
+    EXPECT_NE(unprinted.error.find("New.car has been written, but standard output cannot"), std::string::npos)
+        << unprinted.error;
     EXPECT_EQ(contentOf(file_), before);
 }
 
@@ -392,6 +397,10 @@ TEST_F(CommandLine, CompactRemovesUnusedSpaceAndNothingElse) {
     EXPECT_EQ(outcome.out, "Test.car: " + std::to_string(before) + " bytes before, " +
                                std::to_string(fs::file_size(file_)) + " bytes now\n");
     EXPECT_TRUE(streamsOf(file_) == streams);
+    const Outcome unprinted = cli({"compact", "Test.car"}, ">/dev/full");
+    EXPECT_EQ(unprinted.exitCode, 3);
+    EXPECT_TRUE(unprinted.error.starts_with("quobrix-cli: Test.car has been compacted, but standard output cannot"))
+        << unprinted.error;
 
     TQuobrixDocument running;
     ASSERT_TRUE(running.open(file_, TDocument::Access::Edit));
@@ -471,6 +480,29 @@ TEST_F(CommandLine, AReaderThatGoesAwayIsNoCrash) {
     EXPECT_EQ(piped.error, "");
     EXPECT_EQ(contentOf(folder_ / "code"), "1\n");
     EXPECT_EQ(cli({"list", "activity", "Test.car"}, ">/dev/full").exitCode, 1);
+}
+
+TEST_F(CommandLine, WithTooLittleMemoryItSaysSo) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers need an address space without limits";
+#endif
+    TQuobrixDocument document;
+    document.activity().insertRows(0, 300'000);
+    ASSERT_TRUE(document.saveAs(file_));
+    document.newDocument(); // lets go of it
+    std::set<int> codes;
+    for (int megabytes = 8; megabytes <= 200 && !codes.contains(0); megabytes += 2) {
+        const Outcome limited = runProgram(
+            folder_.path(), "/bin/sh",
+            {"-c", "ulimit -v $1 && exec \"$0\" compact Test.car", QUOBRIX_CLI, std::to_string(megabytes * 1024)});
+        codes.insert(limited.exitCode);
+        if (limited.exitCode == 1) {
+            EXPECT_EQ(limited.error, "quobrix-cli: there is not enough memory; close other programs and try again\n");
+        }
+        EXPECT_EQ(cli({"check", "Test.car"}).exitCode, 0) << megabytes;
+    }
+    codes.erase(127); // too little to load the program
+    EXPECT_EQ(codes, (std::set<int>{0, 1}));
 }
 
 TEST_F(CommandLine, HelpAndVersionAreOutput) {

@@ -642,5 +642,28 @@ TEST(Merge, IntoWhatCannotBeReadIsRefusedAndChangesNothing) {
     }
 }
 
+TEST(Merge, ALogThatHasLostEverythingTakesRecordsAgain) {
+    const test::TemporaryFolder folder;
+    const std::filesystem::path path = folder / "Test.car";
+    TQuobrixDocument document;
+    const std::string table = std::to_string(document.troubles().id());
+    ASSERT_TRUE(document.saveAs(path));
+    document.newDocument();
+    // As a repair leaves a log of which nothing is left: a table without columns and rows.
+    Bytes content = test::streamsOf(path)[table];
+    content.resize(5); // class and schema
+    content.resize(13);
+    test::tamper(path, [&](CompoundFile& file) { file.write(table, content); });
+    ASSERT_TRUE(document.open(path, TDocument::Access::Edit));
+    EXPECT_TRUE(canMerge(document));
+    EXPECT_TRUE(mergeRecords(oneOfEach(), document));
+    ASSERT_TRUE(document.save());
+    ASSERT_TRUE(document.open(path, TDocument::Access::Edit));
+    EXPECT_EQ(document.troubles().rowCount(), 1u);
+    const Result<MergeResult> again = mergeRecords(oneOfEach(), document);
+    ASSERT_TRUE(again);
+    EXPECT_FALSE(document.modified());
+}
+
 } // namespace
 } // namespace quobrix::testing
