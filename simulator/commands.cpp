@@ -5,12 +5,15 @@
 #include "simulator/recorder.h"
 #include "simulator/serial_number.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <fmt/format.h>
 #include <fstream>
+#include <iterator>
+#include <string_view>
 
 namespace quobrix::sim {
 
@@ -196,7 +199,27 @@ Result<void> generate(const PortStore& store, const std::string& port, const Gen
     });
 }
 
-Result<void> fault(const PortStore& store, const std::string& port, const Faults& faults) {
+Result<void> fault(const PortStore& store, const std::string& port, const FaultOptions& options) {
+    constexpr std::string_view kFunctions[] = {
+#define ENTRY(name) #name,
+#include "device/logger_library.def"
+#undef ENTRY
+    };
+    Faults faults{options.delay, {}};
+    for (const std::string& text : options.fail) {
+        Faults::Failure failure{text.substr(0, text.find('=')), -1, options.after, options.once};
+        // What describes results has none of its own.
+        if (failure.function == "ResultDescription" ||
+            std::find(std::begin(kFunctions), std::end(kFunctions), failure.function) == std::end(kFunctions))
+            return bad(failure.function + " is no function of the library that can fail");
+        if (const std::size_t sign = text.find('='); sign != std::string::npos) {
+            const char* const end = text.data() + text.size();
+            const auto [parsed, error] = std::from_chars(text.data() + sign + 1, end, failure.result);
+            if (error != std::errc{} || parsed != end)
+                return bad(text + ": not a result");
+        }
+        faults.failures.push_back(std::move(failure));
+    }
     return store.setFaults(port, faults);
 }
 

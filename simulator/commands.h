@@ -40,6 +40,13 @@ struct GenerateOptions {
     std::string end; ///< "YYYY-MM-DD HH:MM:SS", local, of the last trip; empty: a fixed day
 };
 
+struct FaultOptions {
+    double delay = 0;              ///< s
+    std::vector<std::string> fail; ///< "FUNCTION" or "FUNCTION=RESULT"
+    std::uint32_t after = 0;
+    bool once = false;
+};
+
 Result<void> attach(const PortStore& store, const std::string& port, const std::string& serial,
                     const Settings& settings);
 Result<void> detach(const PortStore& store, const std::string& port);
@@ -47,8 +54,8 @@ Result<void> list(const PortStore& store);
 Result<void> set(const PortStore& store, const std::string& port, const Settings& settings);
 Result<void> record(const PortStore& store, const std::string& port, const RecordOptions& options);
 Result<void> generate(const PortStore& store, const std::string& port, const GenerateOptions& options);
-/// Makes the port as faulty as FAULTS say, and no more than that.
-Result<void> fault(const PortStore& store, const std::string& port, const Faults& faults);
+/// Makes the port as faulty as OPTIONS say, and no more than that.
+Result<void> fault(const PortStore& store, const std::string& port, const FaultOptions& options);
 Result<void> memory(const PortStore& store, const std::string& port, bool clear);
 /// Writes the image of the main log, as the maker's software saves a log to a file.
 Result<void> exportLog(const PortStore& store, const std::string& port, const std::filesystem::path& target);

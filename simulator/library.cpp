@@ -61,11 +61,21 @@ struct OpenPort {
 };
 std::optional<OpenPort> openPort;
 
-/// Nothing may be thrown into a caller that may not be C++.
+/// The exported function that calls the one whose default argument this is, without "Quobrix".
+#define QUOBRIX_CALLER (__builtin_FUNCTION() + (sizeof "Quobrix" - 1))
+
+/// What CALLER is to fail with on the open port, if anything.
+std::int32_t orderedFailure(const char* caller) {
+    return openPort ? openPort->store.failureOf(openPort->name, caller).value_or(QUOBRIX_OK) : QUOBRIX_OK;
+}
+
+/// Nothing may be thrown into a caller that may not be C++. Every function goes through here, so that each can be made
+/// to fail.
 template <class F>
-std::int32_t guarded(F f) noexcept {
+std::int32_t guarded(F f, const char* caller = QUOBRIX_CALLER) noexcept {
     try {
-        return f();
+        const std::int32_t failure = orderedFailure(caller);
+        return failure == QUOBRIX_OK ? f() : failure;
     } catch (...) {
         return kOutOfMemory;
     }
@@ -94,8 +104,8 @@ void takeTime(const PortStore& store, std::string_view port) {
 
 /// Asks the attached logger: F(const Logger&) -> result code.
 template <class F>
-std::int32_t ask(F f, Memories memories = Memories::Skip) {
-    return guarded([&]() -> std::int32_t {
+std::int32_t ask(F f, Memories memories = Memories::Skip, const char* caller = QUOBRIX_CALLER) {
+    const auto answer = [&]() -> std::int32_t {
         if (!openPort)
             return QUOBRIX_PORT_NOT_OPENED;
         takeTime(openPort->store, openPort->name);
@@ -103,13 +113,14 @@ std::int32_t ask(F f, Memories memories = Memories::Skip) {
         if (!port)
             return portResult(port.error());
         return port->logger() ? f(*port->logger()) : QUOBRIX_TIMEOUT;
-    });
+    };
+    return guarded(answer, caller);
 }
 
 /// Tells the attached logger: F(Logger&) -> result code; what it changed is kept if that is QUOBRIX_OK.
 template <class F>
-std::int32_t tell(F f) {
-    return guarded([&]() -> std::int32_t {
+std::int32_t tell(F f, const char* caller = QUOBRIX_CALLER) {
+    const auto change = [&]() -> std::int32_t {
         if (!openPort)
             return QUOBRIX_PORT_NOT_OPENED;
         takeTime(openPort->store, openPort->name);
@@ -122,25 +133,28 @@ std::int32_t tell(F f) {
         if (!updated && updated.error().kind != ErrorKind::Unsupported)
             return portResult(updated.error());
         return result;
-    });
+    };
+    return guarded(change, caller);
 }
 
 template <class T, class Value>
-std::int32_t answer(T* out, Value Logger::*value) {
+std::int32_t answer(T* out, Value Logger::*value, const char* caller = QUOBRIX_CALLER) {
     if (!out)
         return kBadArgument;
-    return ask([&](const Logger& logger) {
+    const auto copy = [&](const Logger& logger) {
         *out = static_cast<T>(logger.*value);
         return QUOBRIX_OK;
-    });
+    };
+    return ask(copy, Memories::Skip, caller);
 }
 
 template <class T, class Value>
-std::int32_t take(T value, Value Logger::*target) {
-    return tell([&](Logger& logger) {
+std::int32_t take(T value, Value Logger::*target, const char* caller = QUOBRIX_CALLER) {
+    const auto set = [&](Logger& logger) {
         logger.*target = static_cast<Value>(value);
         return QUOBRIX_OK;
-    });
+    };
+    return tell(set, caller);
 }
 
 void copyText(char* target, const std::string& text) { std::memcpy(target, text.c_str(), text.size() + 1); }
@@ -185,8 +199,9 @@ ByteView viewOf(const void* image) {
 
 using Parser = Result<RecordSets> (*)(ByteView image);
 
-std::int32_t parse(Parser parser, const void* image, QuobrixRecordSet** first, QuobrixRecordSet** second) {
-    return guarded([&]() -> std::int32_t {
+std::int32_t parse(Parser parser, const void* image, QuobrixRecordSet** first, QuobrixRecordSet** second,
+                   const char* caller = QUOBRIX_CALLER) {
+    const auto split = [&]() -> std::int32_t {
         if (!image || !first || !second)
             return kBadArgument;
         *first = *second = nullptr;
@@ -201,7 +216,8 @@ std::int32_t parse(Parser parser, const void* image, QuobrixRecordSet** first, Q
         std::free(*second);
         *first = *second = nullptr;
         return kOutOfMemory;
-    });
+    };
+    return guarded(split, caller);
 }
 
 } // namespace
@@ -212,12 +228,14 @@ using namespace quobrix;
 using namespace quobrix::sim;
 
 int32_t QuobrixOpenPort(const char* portName) {
+    openPort.reset(); // before the call can be made to fail: the new port's faults count
     return guarded([&]() -> std::int32_t {
-        openPort.reset();
         PortStore store(simulatorFolder());
         if (!portName || !store.exists(portName))
             return QUOBRIX_PORT_DOES_NOT_EXIST;
         takeTime(store, portName);
+        if (const auto failure = store.failureOf(portName, "OpenPort"))
+            return *failure;
         auto lock = store.open(portName);
         if (!lock)
             return portResult(lock.error());
@@ -254,21 +272,25 @@ int32_t QuobrixGetSerialNumberAndTime(char* serialNumber, int32_t* loggerTime) {
 int32_t QuobrixConvertSerialNumberToInt(const char* serialNumber, int32_t* number) {
     if (anyMissing(serialNumber, number))
         return kBadArgument;
-    const auto converted = serialToNumber(serialNumber);
-    if (!converted)
-        return kBadSerialNumber;
-    *number = *converted;
-    return QUOBRIX_OK;
+    return guarded([&]() -> std::int32_t {
+        const auto converted = serialToNumber(serialNumber);
+        if (!converted)
+            return kBadSerialNumber;
+        *number = *converted;
+        return QUOBRIX_OK;
+    });
 }
 
 int32_t QuobrixConvertSerialNumberToString(int32_t number, char* serialNumber) {
     if (!serialNumber)
         return kBadArgument;
-    const auto converted = serialToText(number);
-    if (!converted)
-        return kBadSerialNumber;
-    copyText(serialNumber, *converted);
-    return QUOBRIX_OK;
+    return guarded([&]() -> std::int32_t {
+        const auto converted = serialToText(number);
+        if (!converted)
+            return kBadSerialNumber;
+        copyText(serialNumber, *converted);
+        return QUOBRIX_OK;
+    });
 }
 
 int32_t QuobrixGetIdentityInformation(char* serialNumber, char* productNumber, int32_t* firmwareMajor,
@@ -434,10 +456,12 @@ int32_t QuobrixGetLogBuffer(int32_t mode, void** mainBuffer, void** accidentBuff
     }
     // Off unless asked for: a download repeated right away shall find nothing new.
     if (logged)
-        tell([](Logger& logger) {
-            logger.rememberEvent(kDownloaded);
-            return QUOBRIX_OK;
-        });
+        tell(
+            [](Logger& logger) {
+                logger.rememberEvent(kDownloaded);
+                return QUOBRIX_OK;
+            },
+            "");
     return QUOBRIX_OK;
 }
 

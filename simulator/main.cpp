@@ -109,15 +109,19 @@ int run(int argc, char** argv) {
         return memory(store, port, clear);
     })->add_flag("--clear", clear, "Empty it first, without a trace");
 
-    Faults faults;
+    FaultOptions faultOptions;
     bool noFaults = false;
-    auto* faultOptions =
-        portCommand("fault", "Make the port and its logger slow", [&] { return fault(store, port, faults); })
-            ->add_option_group("Fault")
-            ->require_option(1);
-    faultOptions->add_option("--delay", faults.delay, "Seconds that every call to it takes")
+    auto* faultCommand = portCommand("fault", "Make the port and its logger slow, or calls to it fail",
+                                     [&] { return fault(store, port, faultOptions); });
+    auto* faultKinds = faultCommand->add_option_group("Fault")->require_option(1, 2);
+    faultKinds->add_option("--delay", faultOptions.delay, "Seconds that every call to it takes")
         ->check(CLI::Range(0.0, 3600.0));
-    faultOptions->add_flag("--clear", noFaults, "Make it as good as new");
+    auto* failing = faultKinds->add_option("--fail", faultOptions.fail,
+                                           "Functions that fail, such as GetLogRecords, or GetLogRecords=-7 with the "
+                                           "result that it returns (default: -1)");
+    faultKinds->add_flag("--clear", noFaults, "Make it as good as new")->excludes(failing);
+    faultCommand->add_option("--after", faultOptions.after, "Calls of them that go well before")->needs(failing);
+    faultCommand->add_flag("--once", faultOptions.once, "They fail one time only")->needs(failing);
 
     std::filesystem::path target;
     portCommand("export", "Save the main log to a file that the program can import",

@@ -124,23 +124,63 @@ fs::path PortStore::faultFile(std::string_view name) const { return folder_ / ("
 
 Faults PortStore::faults(std::string_view name) const {
     Faults faults;
-    if (std::ifstream in(isPortName(name) ? faultFile(name) : fs::path()); !(in >> faults.delay))
-        faults.delay = 0;
+    std::ifstream in(isPortName(name) ? faultFile(name) : fs::path());
+    if (!(in >> faults.delay))
+        return {};
+    for (Faults::Failure f; in >> f.function >> f.result >> f.after >> f.once;)
+        faults.failures.push_back(f);
     return faults;
 }
 
 Result<void> PortStore::setFaults(std::string_view name, const Faults& faults) const {
     if (!exists(name))
         return Error{ErrorKind::NotFound, std::string(name) + ": no such port"};
+    auto lock = lockFolder();
+    if (!lock)
+        return lock.error();
+    return writeFaults(name, faults);
+}
+
+Result<void> PortStore::writeFaults(std::string_view name, const Faults& faults) const {
+    const fs::path beside = folder_ / ("." + std::string(name) + ".newfaults");
     std::error_code error;
-    if (faults.delay == 0) {
+    if (faults.delay == 0 && faults.failures.empty()) {
         fs::remove(faultFile(name), error);
         return {};
     }
-    std::ofstream out(faultFile(name), std::ios::trunc);
+    std::ofstream out(beside, std::ios::trunc);
     out << faults.delay << '\n';
+    for (const Faults::Failure& f : faults.failures)
+        out << f.function << ' ' << f.result << ' ' << f.after << ' ' << f.once << '\n';
     out.close();
-    return out ? Result<void>() : Error{ErrorKind::Io, std::string(name) + ": its faults cannot be written"};
+    if (out)
+        fs::rename(beside, faultFile(name), error);
+    return out && !error ? Result<void>() : Error{ErrorKind::Io, std::string(name) + ": its faults cannot be written"};
+}
+
+std::optional<std::int32_t> PortStore::failureOf(std::string_view name, std::string_view function) const {
+    const auto find = [&](Faults& faults) {
+        return std::find_if(faults.failures.begin(), faults.failures.end(),
+                            [&](const Faults::Failure& f) { return f.function == function; });
+    };
+    if (Faults unlocked = faults(name); find(unlocked) == unlocked.failures.end())
+        return {};
+    const auto lock = lockFolder();
+    Faults current = faults(name);
+    const auto failure = find(current);
+    if (!lock || failure == current.failures.end())
+        return {};
+    std::optional<std::int32_t> result;
+    if (failure->after > 0) {
+        --failure->after;
+    } else {
+        result = failure->result;
+        if (!failure->once)
+            return result;
+        current.failures.erase(failure);
+    }
+    static_cast<void>(writeFaults(name, current));
+    return result;
 }
 
 std::vector<std::string> PortStore::ports() const {

@@ -3,6 +3,7 @@
 #include "simulator/logger.h"
 #include "simulator/platform.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -27,7 +28,15 @@ enum class Memories { Skip, Read };
 
 /// What is wrong with a port.
 struct Faults {
+    /// A function that fails.
+    struct Failure {
+        std::string function;     ///< as quobrix.h names it, without "Quobrix"
+        std::int32_t result = -1; ///< what it returns
+        std::uint32_t after = 0;  ///< calls that go well before
+        bool once = false;        ///< fails one time only
+    };
     double delay = 0; ///< s that opening the port and each call to its logger take
+    std::vector<Failure> failures{};
 };
 
 /// The folder with one file a port, which programs in several processes read and change at the same time: every access
@@ -67,6 +76,8 @@ public:
     Faults faults(std::string_view name) const;
     /// ErrorKind::NotFound if there is no such port.
     Result<void> setFaults(std::string_view name, const Faults& faults) const;
+    /// What this call of FUNCTION, by whatever program, is to fail with.
+    std::optional<std::int32_t> failureOf(std::string_view name, std::string_view function) const;
 
     /// Held by the one who has the port open; ErrorKind::InUse if someone else has it.
     Result<FileLock> open(std::string_view name) const;
@@ -74,6 +85,7 @@ public:
 private:
     std::filesystem::path file(std::string_view name) const;
     std::filesystem::path faultFile(std::string_view name) const;
+    Result<void> writeFaults(std::string_view name, const Faults& faults) const;
     Result<FileLock> lockFolder() const;
     Result<Port> readLocked(std::string_view name, Memories memories) const;
     Result<void> writeLocked(std::string_view name, const Port& port) const;

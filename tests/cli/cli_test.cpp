@@ -443,6 +443,37 @@ TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {
     EXPECT_TRUE(fs::is_empty(folder_ / "home")); // no setting was written
 }
 
+TEST_F(CommandLine, WhatTheLibraryCannotParseIsNamedAndComesWithTheNextDownload) {
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "20", "--seed", "1"}).exitCode, 0);
+    const std::vector<std::string> download = {"download", "--port", "COM3", "--into", "New.car"};
+    const struct {
+        std::vector<std::string> fault; ///< of the simulated logger
+        std::string error, out;
+    } cases[] = {
+        {{"--fail", "GetLogRecords=-7", "--once"},
+         "the trips, trouble codes and activity (Unknown result)",
+         "New: 1 accident.\n"},
+        {{"--fail", "GetAccidentLogRecords", "--after", "1"},
+         "the second accident log (Unknown result)",
+         "New: 20 trips, 7 activity records. Already present: 1 accident.\n"},
+        {{"--clear"}, "", "Nothing new. Already present: 20 trips, 7 activity records, 1 accident.\n"},
+    };
+    for (const auto& c : cases) {
+        std::vector<std::string> fault = {"fault", "COM3"};
+        fault.insert(fault.end(), c.fault.begin(), c.fault.end());
+        ASSERT_EQ(sim(fault).exitCode, 0);
+        const Outcome outcome = cli(download);
+        EXPECT_EQ(outcome.exitCode, c.error.empty() ? 0 : 3);
+        EXPECT_EQ(outcome.out, c.out);
+        EXPECT_NE(outcome.error.find(c.error), std::string::npos) << outcome.error;
+        EXPECT_EQ(outcome.error.empty(), c.error.empty()) << outcome.error;
+    }
+    const Outcome wrong = sim({"fault", "COM3", "--fail", "GetLogRecord"});
+    EXPECT_EQ(wrong.exitCode, 1);
+    EXPECT_NE(wrong.error.find("GetLogRecord is no function"), std::string::npos) << wrong.error;
+}
+
 TEST_F(CommandLine, ADownloadNeverTakesThePlaceOfWhatCannotBeRead) {
     makeDocument();
     ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);

@@ -7,8 +7,12 @@
 #include <chrono>
 #include <ctime>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
+#include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace quobrix::sim {
 namespace {
@@ -75,6 +79,55 @@ TEST_F(SimulatorTest, ASlowPortTakesItsTimeForEachCallAndKeepsNobodyElseFromIt) 
     ASSERT_TRUE(store_.setFaults(kPort, {}));
     EXPECT_LT(seconds([] { EXPECT_EQ(probe(), QUOBRIX_TIMEOUT); }), 100);
     EXPECT_EQ(store_.setFaults("COM4", {.delay = 1}).error().kind, ErrorKind::NotFound);
+}
+
+TEST_F(SimulatorTest, EachFunctionCanBeMadeToFail) {
+    constexpr std::int32_t kOrdered = -77;
+    std::uint8_t enabled = 0;
+    std::int32_t number = 0;
+    char serial[QUOBRIX_SERIAL_SIZE];
+    void* images[3] = {};
+    ASSERT_EQ(QuobrixGetLogBuffer(0, &images[0], &images[1], &images[2]), QUOBRIX_OK);
+    const Block owners[] = {Block(images[0]), Block(images[1]), Block(images[2])};
+    QuobrixRecordSet *first = nullptr, *second = nullptr;
+    const struct {
+        const char* function;
+        std::function<std::int32_t()> call;
+    } cases[] = {
+        {"OpenPort", [] { return QuobrixOpenPort(kPort); }},
+        {"GetSerialNumberAndTime", [] { return probe(); }},
+        {"ConvertSerialNumberToInt", [&] { return QuobrixConvertSerialNumberToInt("K-0042-B", &number); }},
+        {"ConvertSerialNumberToString", [&] { return QuobrixConvertSerialNumberToString(number, serial); }},
+        {"LEDIsEnabled", [&] { return QuobrixLEDIsEnabled(&enabled); }},
+        {"EnableLED", [] { return QuobrixEnableLED(1); }},
+        {"SetTime", [] { return QuobrixSetTime(0); }},
+        {"GetLogRecords",
+         [&] {
+             const std::int32_t result = QuobrixGetLogRecords(images[0], &first, &second);
+             const RecordSet freed[] = {RecordSet(std::exchange(first, nullptr)),
+                                        RecordSet(std::exchange(second, nullptr))};
+             return result;
+         }},
+        {"ClosePort",
+         [] {
+             QuobrixOpenPort(kPort);
+             return QuobrixClosePort();
+         }},
+    };
+    for (const auto& [function, call] : cases) {
+        SCOPED_TRACE(function);
+        const auto results = [&, &call = call](std::uint32_t after, bool once) {
+            EXPECT_EQ(QuobrixOpenPort(kPort), QUOBRIX_OK);
+            EXPECT_TRUE(store_.setFaults(kPort, {.failures = {{function, kOrdered, after, once}}}));
+            std::vector<std::int32_t> all;
+            for (int i = 0; i < 3; ++i)
+                all.push_back(call());
+            EXPECT_TRUE(store_.setFaults(kPort, {}));
+            return all;
+        };
+        EXPECT_EQ(results(0, false), (std::vector<std::int32_t>{kOrdered, kOrdered, kOrdered}));
+        EXPECT_EQ(results(1, true), (std::vector<std::int32_t>{QUOBRIX_OK, kOrdered, QUOBRIX_OK}));
+    }
 }
 
 TEST_F(SimulatorTest, DamagedFileIsAnErrorWithAText) {
