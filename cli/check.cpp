@@ -70,9 +70,15 @@ ExitCode examine(const std::string& file) {
     const std::string where = check.damagedObjects > 0
                                   ? fmt::format(" in {} of its {} objects", check.damagedObjects, check.objects)
                                   : std::string();
-    complain(fmt::format("{0} is damaged{1}; keep it, and restore a copy if you have one, or save what can be read "
-                         "with \"quobrix-cli check --repair {0} --into NEW.car\"",
-                         file, where));
+    const std::string advice =
+        fmt::format("save what can be read with \"quobrix-cli check --repair {} --into NEW.car\"", file);
+    if (document.store().laterLayoutMet())
+        complain(
+            fmt::format("a later version of this software has written parts of {}, as listed; use that version, or {}",
+                        file, advice));
+    else
+        complain(
+            fmt::format("{} is damaged{}; keep it, and restore a copy if you have one, or {}", file, where, advice));
     return output.finish(kFailed);
 }
 

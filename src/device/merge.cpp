@@ -237,9 +237,14 @@ Result<void> tablesReadable(TQuobrixDocument& document) {
     return {};
 }
 
-/// Another program may have changed the file until now, and what was not read by then reads as nothing.
-Result<void> unlessOutdated(const TQuobrixDocument& document, Result<void> result) {
-    return document.outdated() ? Result<void>(*document.readOnlyReason()) : std::move(result);
+/// RESULT, or what weighs more: another program has changed the file until now, and what was not read by then reads as
+/// nothing; or what cannot be read is no damage but of a later version, beside whose parts a document is only read.
+Result<void> unlessForeign(const TQuobrixDocument& document, Result<void> result) {
+    if (document.outdated())
+        return *document.readOnlyReason();
+    if (document.store().laterLayoutMet())
+        return Error{ErrorKind::Unsupported, "a later version of this software has written it"};
+    return result;
 }
 
 constexpr RecordKind kLogKinds[] = {RecordKind::Trip, RecordKind::Trouble, RecordKind::Activity, RecordKind::Stop};
@@ -301,7 +306,7 @@ std::vector<std::string> MergeResult::refusedLines() const {
     return lines;
 }
 
-Result<void> canMerge(TQuobrixDocument& document) { return unlessOutdated(document, tablesReadable(document)); }
+Result<void> canMerge(TQuobrixDocument& document) { return unlessForeign(document, tablesReadable(document)); }
 
 Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {
     QUOBRIX_TRY(canMerge(document));
@@ -316,7 +321,7 @@ Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& do
         planned = trips.error();
     else if (!accidents)
         planned = accidents.error();
-    QUOBRIX_TRY(unlessOutdated(document, planned));
+    QUOBRIX_TRY(unlessForeign(document, planned));
 
     MergeResult result;
     result.refused = records.refused;

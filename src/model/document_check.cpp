@@ -117,6 +117,9 @@ private:
     bool ofLaterVersion(const Damage& damage) const {
         if (!store_.unreadable(damage.id) || damage.typeId == 0 || store_.types().find(damage.typeId))
             return false;
+        for (const auto& [typeId, id] : store_.singletonIds())
+            if (id == damage.id && typeId != damage.typeId)
+                return false;
         const auto owner = owners_.find(damage.id);
         return owner == owners_.end() || owner->second.expected == damage.typeId;
     }

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <set>
 
 namespace quobrix {
@@ -482,22 +483,41 @@ TEST_F(CommandLine, ADownloadNeverTakesThePlaceOfWhatCannotBeRead) {
     const std::string sound = contentOf(file_);
     TQuobrixDocument document;
     ASSERT_TRUE(document.open(file_, TDocument::Access::Read));
-    const std::pair<ObjectId, std::string> objects[] = {
-        {distanceId_, "Trip Log"},
-        {document.vehicles().column<TVehicleNamesVinColumn>().id(), "Vehicle ID"},
+    const auto damagedPart = [](const std::string& log) {
+        return "Nothing can be downloaded into this file because a part of it is damaged (" + log +
+               "). Start a new file and download into it.";
     };
+    const ObjectId vins = document.vehicles().column<TVehicleNamesVinColumn>().id();
     document.newDocument();
-    for (const auto& [id, log] : objects) {
+    struct Case {
+        ObjectId id;
+        std::function<void(Bytes&)> spoil;
+        std::string download, check;
+    };
+    const auto ruin = [](Bytes& bytes) { bytes = {1, 2, 3}; };
+    const Case cases[] = {
+        {distanceId_, ruin, damagedPart("Trip Log"), "Test.car is damaged in 1 of its "},
+        {vins, ruin, damagedPart("Vehicle ID"), "Test.car is damaged in 1 of its "},
+        {distanceId_, [](Bytes& bytes) { ++bytes[4]; }, // the number of its layout
+         "Test.car cannot be saved because it was written by a later version of this software.",
+         "a later version of this software has written parts of Test.car, as listed; use that version"},
+    };
+    for (const Case& c : cases) {
         std::ofstream(file_, std::ios::binary) << sound;
-        tamper(file_, [id = id](CompoundFile& file) { file.write(std::to_string(id), {1, 2, 3}); });
+        tamper(file_, [&](CompoundFile& file) {
+            Bytes bytes = *file.read(std::to_string(c.id));
+            c.spoil(bytes);
+            file.write(std::to_string(c.id), bytes);
+        });
         const std::string damaged = contentOf(file_);
         const Outcome outcome = cli({"download", "--port", "COM3", "--into", "Test.car"});
         EXPECT_EQ(outcome.exitCode, 1);
-        EXPECT_EQ(outcome.error,
-                  "quobrix-cli: Nothing can be downloaded into this file because a part of it is damaged (" + log +
-                      "). Start a new file and download into it.\n");
+        EXPECT_EQ(outcome.error, "quobrix-cli: " + c.download + "\n");
         EXPECT_EQ(outcome.out, "");
         EXPECT_EQ(contentOf(file_), damaged);
+        const Outcome check = cli({"check", "Test.car"});
+        EXPECT_EQ(check.exitCode, 1);
+        EXPECT_TRUE(check.error.starts_with("quobrix-cli: " + c.check)) << check.error;
     }
 }
 

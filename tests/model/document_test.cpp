@@ -364,8 +364,14 @@ TEST_F(DocumentFile, TheCheckFollowsEveryReference) {
     times.setAll({shared, shared, 77777});
     made.trips().column<TTripLogPanicBrakeTimesColumnColumn>().set(0, made.vehicles().id());
     ASSERT_TRUE(made.saveAs(path_));
+    const std::string drivers = std::to_string(made.drivers().id());
     made.newDocument(); // lets go of the file
-    tamper(path_, [](CompoundFile& file) { file.write("66666", {1}); });
+    tamper(path_, [&](CompoundFile& file) {
+        file.write("66666", {1});
+        Bytes bytes = *file.read(drivers);
+        bytes[0] ^= 1; // the class is none that is known, and not what the index says
+        file.write(drivers, bytes);
+    });
 
     TQuobrixDocument document;
     expectOpens(document, path_);
@@ -378,9 +384,10 @@ TEST_F(DocumentFile, TheCheckFollowsEveryReference) {
     const auto mentions = [](const std::vector<std::string>& lines, const std::string& text) {
         return std::ranges::any_of(lines, [&](auto& line) { return line.find(text) != std::string::npos; });
     };
-    EXPECT_EQ(damages.size(), 4u);
-    EXPECT_EQ(check.damagedObjects, 2u); // one of the objects does not exist, and the stream is none's
+    EXPECT_EQ(damages.size(), 5u);
+    EXPECT_EQ(check.damagedObjects, 3u); // one of the objects does not exist, and the stream is none's
     EXPECT_TRUE(mentions(damages, "Trip Log: "));
+    EXPECT_TRUE(mentions(damages, "the class is not known"));
     EXPECT_TRUE(mentions(damages, "object 77777, which does not exist"));
     EXPECT_TRUE(mentions(damages, "both refer to object " + std::to_string(shared)));
     EXPECT_TRUE(mentions(damages, "which is a TVehicleNamesTable"));
