@@ -114,12 +114,12 @@ int run(int argc, char** argv) {
     auto* faultCommand = portCommand("fault", "Make the port and its logger slow, or calls to it fail",
                                      [&] { return fault(store, port, faultOptions); });
     auto* faultKinds = faultCommand->add_option_group("Fault")->require_option(1, 2);
-    faultKinds->add_option("--delay", faultOptions.delay, "Seconds that every call to it takes")
-        ->check(CLI::Range(0.0, 3600.0));
+    auto* delay = faultKinds->add_option("--delay", faultOptions.delay, "Seconds that every call to it takes")
+                      ->check(CLI::Range(0.0, 3600.0));
     auto* failing = faultKinds->add_option("--fail", faultOptions.fail,
                                            "Functions that fail, such as GetLogRecords, or GetLogRecords=-7 with the "
                                            "result that it returns (default: -1)");
-    faultKinds->add_flag("--clear", noFaults, "Make it as good as new")->excludes(failing);
+    faultKinds->add_flag("--clear", noFaults, "Make it as good as new")->excludes(failing)->excludes(delay);
     faultCommand->add_option("--after", faultOptions.after, "Calls of them that go well before")->needs(failing);
     faultCommand->add_flag("--once", faultOptions.once, "They fail one time only")->needs(failing);
 

@@ -214,6 +214,18 @@ TEST_F(DocumentFilesTest, ADamagedFileIsToldOfOnceAndSavedUnderAnotherName) {
     ASSERT_TRUE(files(again).open(folder_ / "b.car"));
     EXPECT_NE(again.shown.at(0).find("\n\nTrip Log"), std::string::npos) << again.shown.at(0);
     EXPECT_EQ(again.shown.at(0).find("cannot be read\nTrip Log"), std::string::npos);
+
+    // Everything that the index names is there, but not everything that is there is named.
+    document_.newDocument();
+    const fs::path doubtful = savedFile("c.car");
+    test::tamper(doubtful, [](CompoundFile& file) { file.write("66666", {1}); });
+    ScriptedPrompter doubt{{MessageId::DamagedDocument}};
+    DocumentFiles doubting = files(doubt);
+    ASSERT_TRUE(doubting.open(doubtful));
+    EXPECT_NE(doubt.shown.at(0).find("There may be more than is shown: the index does not know the stream \"66666\""),
+              std::string::npos)
+        << doubt.shown.at(0);
+    doubting.tellDamage(); // no news
 }
 
 TEST_F(DocumentFilesTest, OpeningTheOpenFileUnderAnotherNameChangesNothing) {
