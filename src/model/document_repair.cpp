@@ -219,8 +219,9 @@ private:
             return kNoObject;
         }
         lose(id, place.log, fmt::format("{} is empty now, because it cannot be read ({})", what, why));
-        if (silent_)
+        if (silent_ || rows > emptyRows_) // a column that is not there reads as empty, too
             return kNoObject;
+        emptyRows_ -= rows;
         SalvagedObject fresh;
         fresh.type = &type;
         fresh.typeId = type.id();
@@ -360,7 +361,9 @@ private:
     CompoundFile& into_;
     DocumentRepair result_;
     SalvagedObjects objects_;
-    bool empty_;          ///< there are no objects to be lost
+    bool empty_; ///< there are no objects to be lost
+    /// How many rows empty columns may yet be made of, so that a few columns that claim millions do not fill the disk.
+    RowIndex emptyRows_ = 1'000'000;
     bool silent_ = false; ///< what is dropped was told about as a whole
 };
 

@@ -5,14 +5,12 @@
 namespace quobrix {
 
 /// FILE for reading as much of it as can be found. Where it is whole, with an index that agrees with its streams, that
-/// is what CompoundFile::open makes of it. Where not, objects are looked for in every sector: each begins with the id
-/// of a class and the number of a layout that is known, and ends where reading it ends.
+/// is what CompoundFile::open makes of it. Where not, and if it was written in one go, objects are found without its
+/// allocation tables too: by what is left of its directory, the mini stream being one row of pages between the large
+/// streams; and tables of logs and their columns by their classes, of each of which there is one.
 ///
-/// Which object is which is known by two witnesses. A table names its columns, which lie behind it; and directory
-/// entries, wherever such lie, name places, once it is known by those columns where a page of the mini stream is. Where
-/// a file has been written in one go, what lies between and behind is known by its order. What several states of the
-/// file say differently is left out, but for the columns of a log: there those count that have as many rows as most.
-/// An object that lies in pieces is not found without the allocation tables.
+/// In a file that was saved several times nothing is looked for: earlier states lie there, too, and an object says
+/// neither which it is nor of which state.
 ///
 /// writable() says Corrupt and, if so, how many objects were found in this way. Errors as CompoundFile::open, if
 /// nothing is found. The work and the memory are in proportion to the file.

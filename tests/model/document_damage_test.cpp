@@ -379,7 +379,8 @@ protected:
         ASSERT_TRUE(found);
         const Result<DocumentRepair> repair = repairDocument(**found, folder_ / into);
         ASSERT_TRUE(repair);
-        EXPECT_EQ(repair->complete(), row.repair == Mending::Whole);
+        EXPECT_EQ(repair->complete(), row.repair == Mending::Whole)
+            << (repair->complete() ? "" : repair->lost.front().what);
         expectOpens(document, folder_ / into);
         EXPECT_FALSE(document.readOnly());
         EXPECT_TRUE(checkDocument(document).sound());
