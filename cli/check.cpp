@@ -84,11 +84,12 @@ ExitCode examine(const std::string& file) {
 
 /// Whether the repaired document may be put there; if not, why.
 bool mayWrite(const CheckOptions& options) {
-    const auto damaged = fileStatus(options.file), target = fileStatus(options.into);
+    const fs::path into = pathFromUtf8(options.into);
+    const auto damaged = fileStatus(pathFromUtf8(options.file)), target = fileStatus(into);
     std::string why;
     if (damaged && target && damaged->identity == target->identity)
         why = "it is the damaged file itself; name another one with --into";
-    else if (isExampleName(utf8(fs::path(options.into).filename())))
+    else if (isExampleName(utf8(into.filename())))
         why = "this is the name of the delivered example; name another file with --into";
     else if (target && !options.force)
         why = "it exists; name another file with --into, or replace it with --force";
@@ -102,10 +103,11 @@ ExitCode repair(const CheckOptions& options) {
         complain(fileMessage(error, action, file).text);
         return kFailed;
     };
+    const fs::path path = pathFromUtf8(options.file);
     // Nothing is written to it, but nobody else shall meanwhile.
-    Result<std::unique_ptr<File>> file = openFile(options.file, FileMode::ReadWrite);
+    Result<std::unique_ptr<File>> file = openFile(path, FileMode::ReadWrite);
     if (!file && file.error().kind == ErrorKind::AccessDenied)
-        file = openFile(options.file, FileMode::Read);
+        file = openFile(path, FileMode::Read);
     if (!file)
         return failed(file.error(), FileAction::Open, options.file);
     const Result<std::unique_ptr<CompoundFile>> damaged = openForRepair(*std::move(file));
@@ -114,7 +116,7 @@ ExitCode repair(const CheckOptions& options) {
     if (!mayWrite(options))
         return kFailed;
     const IfThere ifThere = options.force ? IfThere::Replace : IfThere::Refuse;
-    const Result<DocumentRepair> repaired = repairDocument(**damaged, options.into, ifThere, options.file);
+    const Result<DocumentRepair> repaired = repairDocument(**damaged, pathFromUtf8(options.into), ifThere, path);
     if (!repaired)
         return failed(repaired.error(), FileAction::Save, options.into);
 

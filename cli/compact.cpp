@@ -1,5 +1,6 @@
 #include "cli/compact.h"
 
+#include "base/path_text.h"
 #include "cli/writing.h"
 #include "messages/file_messages.h"
 #include "model/quobrix_document.h"
@@ -14,7 +15,7 @@ ExitCode compact(const std::string& file) {
         return kFailed;
     };
     TQuobrixDocument document;
-    if (const Result<void> opened = document.open(file, TDocument::Access::Edit); !opened)
+    if (const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Edit); !opened)
         return failed(opened.error(), FileAction::Open);
     if (document.lockedBy()) {
         complain(lockedMessage(document, file).text);

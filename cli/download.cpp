@@ -25,7 +25,7 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
     };
     if (file.empty())
         return failed({ErrorKind::NotFound, {}}, FileAction::Save);
-    const std::filesystem::path path = file;
+    const std::filesystem::path path = pathFromUtf8(file);
     if (isExampleName(utf8(path.filename()))) {
         complain(file + " is the delivered example, which takes no downloads; name another file with --into");
         return false;
@@ -68,7 +68,7 @@ bool openWhatAppeared(TQuobrixDocument& document, const std::string& file) {
     complain(fmt::format("{} has been made by another program in the meantime; the download is added to it", file));
     constexpr std::chrono::milliseconds kLongest(30'000), kPause(50);
     for (auto waited = kPause; waited < kLongest; waited += kPause) {
-        if (const Result<void> opened = document.open(file, TDocument::Access::Edit);
+        if (const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Edit);
             !opened || !document.readOnly() || document.readOnlyReason()->kind != ErrorKind::InUse)
             break;
         std::this_thread::sleep_for(kPause);
@@ -79,14 +79,15 @@ bool openWhatAppeared(TQuobrixDocument& document, const std::string& file) {
 /// Saves DOCUMENT to FILE, which it is or is to become. Complains of failures, but not of a file that has appeared
 /// there (Exists).
 Result<void> save(TQuobrixDocument& document, const std::string& file, OptionPrompter& prompter) {
-    const auto failure = [](const Error& error, const std::filesystem::path& path) {
-        return fileMessage(error, FileAction::Save, utf8(path)).text;
+    const auto failure = [](const Error& error, const std::string& path) {
+        return fileMessage(error, FileAction::Save, path).text;
     };
-    const std::filesystem::path backup = TDocument::backupPath(file);
+    const std::string backup = utf8(TDocument::backupPath(pathFromUtf8(file)));
     const SaveOptions options{.saveWithoutBackup = [&](const Error& reason) {
         return prompter.ask(makeMessage(MessageId::NoBackup, failure(reason, backup), file)) == Answer::Yes;
     }};
-    const Result<void> saved = document.hasFile() ? document.save(options) : document.saveAs(file, options);
+    const Result<void> saved =
+        document.hasFile() ? document.save(options) : document.saveAs(pathFromUtf8(file), options);
     if (!saved && saved.error().kind != ErrorKind::Cancelled && saved.error().kind != ErrorKind::Exists)
         complain(failure(saved.error(), file));
     if (const std::optional<Error> problem = document.backupProblem(); saved && problem)

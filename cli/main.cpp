@@ -4,6 +4,7 @@
 #include "cli/download.h"
 #include "cli/option_prompter.h"
 #include "cli/reading.h"
+#include "platform/environment.h"
 #include "platform/process.h"
 
 #include <CLI/CLI.hpp>
@@ -31,7 +32,7 @@ constexpr const char* kFooter =
 
 const std::map<std::string, Format> kFormats = {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
 
-int run(int argc, char** argv) {
+int run(const quobrix::ProgramArguments& arguments) {
     CLI::App app("Downloads Quobrix loggers into documents, and lists, reports and checks what these hold.",
                  "quobrix-cli");
     app.set_version_flag("--version", "quobrix-cli " QUOBRIX_VERSION);
@@ -91,7 +92,7 @@ int run(int argc, char** argv) {
     file(compactCommand, compactedFile);
 
     try {
-        app.parse(argc, argv);
+        app.parse(arguments.count(), arguments.texts().data());
     } catch (const CLI::CallForHelp&) {
         Output output;
         output.put(app.help());
@@ -127,8 +128,9 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     quobrix::secureStandardStreams();
     quobrix::ignoreWriteSignals();
+    quobrix::useUtf8Streams();
     try {
-        return run(argc, argv);
+        return run(quobrix::ProgramArguments(argc, argv));
     } catch (const std::bad_alloc&) { // nothing here may need more of it
         std::fputs("quobrix-cli: there is not enough memory; close other programs and try again\n", stderr);
         return kFailed;

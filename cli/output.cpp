@@ -1,6 +1,7 @@
 #include "cli/output.h"
 
 #include "base/utf8.h"
+#include "platform/environment.h"
 
 #include <fmt/format.h>
 
@@ -18,13 +19,13 @@ void complain(std::string_view text) {
 
 bool Output::putData(std::string_view text) {
     if (failure_ == 0 && std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
-        failure_ = errno;
+        failure_ = streamError();
     return failure_ == 0;
 }
 
 ExitCode Output::finish(ExitCode code, std::string_view done) {
     if (failure_ == 0 && std::fflush(stdout) != 0)
-        failure_ = errno;
+        failure_ = streamError();
     if (failure_ == 0)
         return code;
     if (failure_ != EPIPE)

@@ -1,5 +1,6 @@
 #include "cli/reading.h"
 
+#include "base/path_text.h"
 #include "cli/units.h"
 #include "messages/file_messages.h"
 #include "model/trip_report.h"
@@ -62,7 +63,7 @@ ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
 } // namespace
 
 bool openForReading(TQuobrixDocument& document, const std::string& file) {
-    const Result<void> opened = document.open(file, TDocument::Access::Read);
+    const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Read);
     if (opened)
         return true;
     std::string text = fileMessage(opened.error(), FileAction::Open, file).text;

@@ -26,6 +26,14 @@ else()
     target_compile_options(quobrix_options INTERFACE
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wno-restrict;-Wno-array-bounds;-Wno-stringop-overflow;-Wno-stringop-overread>")
 endif()
+if(WIN32)
+    # Windows 10 and later, its calls for UTF-16 texts, and no macros named min and max.
+    target_compile_definitions(quobrix_options INTERFACE _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000006 UNICODE NOMINMAX
+        WIN32_LEAN_AND_MEAN)
+    if(MINGW) # more functions in a batch of files than an ordinary object file can list
+        target_compile_options(quobrix_options INTERFACE -Wa,-mbig-obj)
+    endif()
+endif()
 if(QUOBRIX_SANITIZE)
     # The instrumented code makes the compiler warn of what cannot happen; the release build judges warnings.
     target_compile_options(quobrix_options INTERFACE -Wno-error)

@@ -13,7 +13,7 @@ function(quobrix_library folder)
     string(REPLACE "/" "_" target quobrix_${folder})
     add_library(${target} STATIC ${ARG_SOURCES})
     target_link_libraries(${target} PUBLIC quobrix_options ${ARG_DEPENDS})
-    if(WIN32)
+    if(CMAKE_HOST_WIN32)
         target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     else()
         string(REGEX REPLACE "/.*" "" top ${folder})
@@ -31,8 +31,11 @@ function(quobrix_test name)
     target_link_libraries(${name} PRIVATE quobrix_options ${ARG_DEPENDS} GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     add_test(NAME ${name} COMMAND ${name})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 600 LABELS "${ARG_LABELS}"
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+    set(environment QT_QPA_PLATFORM=offscreen)
+    if(WIN32 AND NOT CMAKE_HOST_WIN32) # where Wine looks for libraries that a test is linked with
+        set(environment WINEPATH=Z:${CMAKE_BINARY_DIR}/bin/simulator)
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600 LABELS "${ARG_LABELS}" ENVIRONMENT "${environment}")
 endfunction()
 
 # quobrix_fuzz_target(NAME SOURCES … DEPENDS …): a libFuzzer program; its corpus lies in tests/fuzz/corpus/NAME without

@@ -1,5 +1,7 @@
 #include "simulator/commands.h"
 
+#include "base/path_text.h"
+
 #include "simulator/drive.h"
 #include "simulator/history.h"
 #include "simulator/recorder.h"
@@ -152,7 +154,7 @@ Result<void> set(const PortStore& store, const std::string& port, const Settings
 Result<void> record(const PortStore& store, const std::string& port, const RecordOptions& options) {
     if (!options.vin.empty() && !isVin(options.vin))
         return bad("\"" + options.vin + "\" is no vehicle identification number");
-    const auto drive = readDrive(options.drive);
+    const auto drive = readDrive(pathFromUtf8(options.drive));
     if (!drive)
         return drive.error();
     const auto length = static_cast<std::int64_t>(drive->seconds.back());

@@ -27,7 +27,7 @@ struct Settings {
 };
 
 struct RecordOptions {
-    std::filesystem::path drive;
+    std::string drive; ///< a path
     std::string vin;
     std::string start; ///< "YYYY-MM-DD HH:MM:SS", local; empty: so that the drive ends now
     std::int32_t driver = 0;

@@ -5,6 +5,7 @@
 #include "simulator/record_sets.h"
 #include "simulator/serial_number.h"
 
+#include "base/path_text.h"
 #include "device/quobrix.h"
 
 #include <algorithm>
@@ -471,11 +472,12 @@ int32_t QuobrixGetLogBufferFromFile(void** buffer, const char* path) {
             return kBadArgument;
         *buffer = nullptr;
         const std::size_t kLongestPath = 260;
+        const std::filesystem::path file = pathFromUtf8(path);
         std::error_code error;
-        if (std::strlen(path) > kLongestPath || !std::filesystem::is_regular_file(path, error))
+        if (std::strlen(path) > kLongestPath || !std::filesystem::is_regular_file(file, error))
             return kNotALog;
-        const std::uintmax_t size = std::filesystem::file_size(path, error);
-        std::ifstream in(path, std::ios::binary);
+        const std::uintmax_t size = std::filesystem::file_size(file, error);
+        std::ifstream in(file, std::ios::binary);
         Bytes bytes(kImageHeadSize);
         in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
         if (error || !in || imageSize(bytes) != size)

@@ -1,4 +1,6 @@
 /// quobrix-sim: attaches simulated loggers to simulated ports and gives them something to hold.
+#include "base/path_text.h"
+#include "platform/environment.h"
 #include "simulator/commands.h"
 
 #include <CLI/CLI.hpp>
@@ -38,7 +40,7 @@ void addSettings(CLI::App& command, Settings& s) {
     command.add_option("--capacity", s.capacity, "Bytes of memory")->check(CLI::Range(1024, 1 << 30));
 }
 
-int run(int argc, char** argv) {
+int run(const quobrix::ProgramArguments& arguments) {
     CLI::App app("Simulated loggers on simulated serial ports, kept in the folder that QUOBRIX_SIMULATOR names.\n"
                  "Exit codes: 0 done, 1 failed (one line on standard error), 2 wrong usage.",
                  "quobrix-sim");
@@ -123,14 +125,14 @@ int run(int argc, char** argv) {
     faultCommand->add_option("--after", faultOptions.after, "Calls of them that go well before")->needs(failing);
     faultCommand->add_flag("--once", faultOptions.once, "They fail one time only")->needs(failing);
 
-    std::filesystem::path target;
+    std::string target;
     portCommand("export", "Save the main log to a file that the program can import",
-                [&] { return exportLog(store, port, target); })
+                [&] { return exportLog(store, port, pathFromUtf8(target)); })
         ->add_option("FILE", target, "The file to write")
         ->required();
 
     try {
-        app.parse(argc, argv);
+        app.parse(arguments.count(), arguments.texts().data());
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kUsage;
     }
@@ -144,8 +146,9 @@ int run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    quobrix::useUtf8Streams();
     try {
-        return run(argc, argv);
+        return run(quobrix::ProgramArguments(argc, argv));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "quobrix-sim: %s\n", error.what());
         return kFailed;

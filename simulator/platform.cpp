@@ -1,14 +1,14 @@
 #include "simulator/platform.h"
 
+#include "base/path_text.h"
+#include "platform/environment.h"
+#include "platform/paths.h"
+
 #include <chrono>
-#include <cstdlib>
 #include <system_error>
 #include <utility>
 
 #if defined(_WIN32)
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
 #include <windows.h>
 #else
 #include <cerrno>
@@ -75,17 +75,10 @@ Result<FileLock> FileLock::acquire(const fs::path& path, bool wait) {
 #endif
 
 fs::path simulatorFolder() {
-    if (const char* named = std::getenv("QUOBRIX_SIMULATOR"); named && *named)
-        return named;
-#if defined(_WIN32)
-    const char* const data = std::getenv("LOCALAPPDATA");
-    const fs::path base = data && *data ? fs::path(data) : fs::temp_directory_path();
-#else
-    const char* const data = std::getenv("XDG_DATA_HOME");
-    const char* const home = std::getenv("HOME");
-    const fs::path base = data && *data ? fs::path(data) : fs::path(home && *home ? home : ".") / ".local" / "share";
-#endif
-    return base / "quobrix" / "simulator";
+    if (const std::optional<std::string> named = environmentVariable("QUOBRIX_SIMULATOR"))
+        return pathFromUtf8(*named);
+    const fs::path data = userDataFolder();
+    return (data.empty() ? fs::path("quobrix") : data) / "simulator";
 }
 
 std::int64_t computerTime() {

@@ -1,5 +1,7 @@
 #include "simulator/port_store.h"
 
+#include "base/path_text.h"
+
 #include <algorithm>
 #include <fstream>
 
@@ -12,7 +14,8 @@ namespace {
 constexpr std::string_view kPortMagic = "QBXPORT1";
 constexpr std::size_t kPrefixSize = 8 + 4 + 4;
 constexpr std::uint32_t kNothingAttached = 0xFFFFFFFFu;
-constexpr std::string_view kExtension = ".logger";
+// Windows takes every name that begins with COM3 and a dot for the serial port.
+constexpr std::string_view kPrefix = "port-", kExtension = ".logger";
 
 ByteView asBytes(std::string_view text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
 
@@ -112,7 +115,7 @@ bool PortStore::isPortName(std::string_view name) {
 }
 
 fs::path PortStore::file(std::string_view name) const {
-    return folder_ / (std::string(name) + std::string(kExtension));
+    return folder_ / (std::string(kPrefix).append(name).append(kExtension));
 }
 
 bool PortStore::exists(std::string_view name) const {
@@ -187,9 +190,10 @@ std::vector<std::string> PortStore::ports() const {
     std::vector<std::string> names;
     std::error_code error;
     for (fs::directory_iterator entry(folder_, error), end; !error && entry != end; entry.increment(error)) {
-        std::string name = entry->path().stem().string();
+        const std::string stem = utf8(entry->path().stem());
+        const std::string name = stem.starts_with(kPrefix) ? stem.substr(kPrefix.size()) : std::string();
         if (entry->path().extension() == kExtension && exists(name))
-            names.push_back(std::move(name));
+            names.push_back(name);
     }
     // COM2 before COM10: shorter names first.
     std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {

@@ -49,11 +49,11 @@ LoggerFunctions absentLoggerFunctions() {
     return functions;
 }
 
-fs::path loggerLibraryPath(const fs::path& programFolder, const char* override) {
-    if (override == nullptr || *override == '\0')
+fs::path loggerLibraryPath(const fs::path& programFolder, const std::optional<std::string>& override) {
+    if (!override || override->empty())
         return programFolder.empty() ? programFolder : programFolder / kFileName;
     std::error_code ignored;
-    const fs::path path = fs::absolute(override, ignored);
+    const fs::path path = fs::absolute(pathFromUtf8(*override), ignored);
     return fs::is_directory(path, ignored) ? path / kFileName : path;
 }
 

@@ -2,12 +2,14 @@
 
 #include "base/result.h"
 #include "device/quobrix.h"
+#include "platform/environment.h"
 
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace quobrix {
 
@@ -40,8 +42,9 @@ struct LoggerLibrary {
 
 /// Where the library is looked for, an absolute path: the file, or the folder with the library in it, that OVERRIDE
 /// names; without one the program's own folder. Empty if that is not known: the current folder may be anybody's.
-std::filesystem::path loggerLibraryPath(const std::filesystem::path& programFolder,
-                                        const char* override = std::getenv("QUOBRIX_LIBRARY"));
+std::filesystem::path
+loggerLibraryPath(const std::filesystem::path& programFolder,
+                  const std::optional<std::string>& override = environmentVariable("QUOBRIX_LIBRARY"));
 
 /// Loads the library at PATH. The error's detail is one sentence for the user that names the file and, when it lacks
 /// functions, the first of them: NotFound (no such file), Unsupported (it cannot be loaded, or lacks functions).

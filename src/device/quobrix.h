@@ -10,8 +10,10 @@
 
 #if defined(_WIN32)
 #define QUOBRIX_API __declspec(dllexport)
+#define QUOBRIX_CALL __cdecl /* the caller removes the arguments, whatever the compiler's options say */
 #else
 #define QUOBRIX_API __attribute__((visibility("default")))
+#define QUOBRIX_CALL
 #endif
 
 #ifdef __cplusplus
@@ -144,60 +146,66 @@ typedef struct QuobrixStopSamplesRecord {
 } QuobrixStopSamplesRecord;
 
 /* Ports */
-QUOBRIX_API int32_t QuobrixOpenPort(const char* portName);
-QUOBRIX_API int32_t QuobrixClosePort(void);
-QUOBRIX_API const char* QuobrixResultDescription(int32_t result); /* text owned by the library */
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixOpenPort(const char* portName);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixClosePort(void);
+QUOBRIX_API const char* QUOBRIX_CALL QuobrixResultDescription(int32_t result); /* text owned by the library */
 
 /* Identity */
-QUOBRIX_API int32_t QuobrixGetSerialNumberAndTime(char* serialNumber, int32_t* loggerTime);
-QUOBRIX_API int32_t QuobrixConvertSerialNumberToInt(const char* serialNumber, int32_t* number);
-QUOBRIX_API int32_t QuobrixConvertSerialNumberToString(int32_t number, char* serialNumber); /* exactly 8 characters */
-QUOBRIX_API int32_t QuobrixGetIdentityInformation(char* serialNumber, char* productNumber, int32_t* firmwareMajor,
-                                                  int32_t* firmwareMinor, int32_t* firmwareBuild, int32_t* bootMajor,
-                                                  int32_t* bootMinor, int32_t* bootBuild, int32_t* hardwareVersion,
-                                                  int32_t* notRead);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetSerialNumberAndTime(char* serialNumber, int32_t* loggerTime);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixConvertSerialNumberToInt(const char* serialNumber, int32_t* number);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixConvertSerialNumberToString(int32_t number,
+                                                                    char* serialNumber); /* exactly 8 characters */
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetIdentityInformation(char* serialNumber, char* productNumber,
+                                                               int32_t* firmwareMajor, int32_t* firmwareMinor,
+                                                               int32_t* firmwareBuild, int32_t* bootMajor,
+                                                               int32_t* bootMinor, int32_t* bootBuild,
+                                                               int32_t* hardwareVersion, int32_t* notRead);
 
 /* Configuration: three speed-band limits (MPH), two braking and two acceleration thresholds (m/s2), five parameter
  * codes, five sampling-interval codes, and on reading a byte whose lowest bit is an option flag. */
-QUOBRIX_API int32_t QuobrixGetConfiguration(double* band1, double* band2, double* band3, double* brake1, double* brake2,
-                                            double* acceleration1, double* acceleration2, int32_t* parameter1,
-                                            int32_t* parameter2, int32_t* parameter3, int32_t* parameter4,
-                                            int32_t* parameter5, int32_t* interval1, int32_t* interval2,
-                                            int32_t* interval3, int32_t* interval4, int32_t* interval5, uint8_t* flags);
-QUOBRIX_API int32_t QuobrixSetConfiguration(double band1, double band2, double band3, double brake1, double brake2,
-                                            double acceleration1, double acceleration2, int32_t parameter1,
-                                            int32_t parameter2, int32_t parameter3, int32_t parameter4,
-                                            int32_t parameter5, int32_t interval1, int32_t interval2, int32_t interval3,
-                                            int32_t interval4, int32_t interval5);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetConfiguration(double* band1, double* band2, double* band3, double* brake1,
+                                                         double* brake2, double* acceleration1, double* acceleration2,
+                                                         int32_t* parameter1, int32_t* parameter2, int32_t* parameter3,
+                                                         int32_t* parameter4, int32_t* parameter5, int32_t* interval1,
+                                                         int32_t* interval2, int32_t* interval3, int32_t* interval4,
+                                                         int32_t* interval5, uint8_t* flags);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixSetConfiguration(double band1, double band2, double band3, double brake1,
+                                                         double brake2, double acceleration1, double acceleration2,
+                                                         int32_t parameter1, int32_t parameter2, int32_t parameter3,
+                                                         int32_t parameter4, int32_t parameter5, int32_t interval1,
+                                                         int32_t interval2, int32_t interval3, int32_t interval4,
+                                                         int32_t interval5);
 
 /* Single settings */
-QUOBRIX_API int32_t QuobrixSetTime(int32_t time); /* s since 1970-01-01 00:00 UTC; clears the memory */
-QUOBRIX_API int32_t QuobrixEnableLED(uint8_t enable);
-QUOBRIX_API int32_t QuobrixLEDIsEnabled(uint8_t* enabled);
-QUOBRIX_API int32_t QuobrixEnableVinMode(uint8_t enable);
-QUOBRIX_API int32_t QuobrixVinModeIsEnabled(uint8_t* enabled);
-QUOBRIX_API int32_t QuobrixSetBeepVolume(int32_t volume);
-QUOBRIX_API int32_t QuobrixGetBeepVolume(int32_t* volume);
-QUOBRIX_API int32_t QuobrixBeepIsEnabled(uint8_t* enabled);
-QUOBRIX_API int32_t QuobrixSetCarType(int32_t carType);
-QUOBRIX_API int32_t QuobrixGetCarType(int32_t* carType);
-QUOBRIX_API int32_t QuobrixGetTroubleByte(uint8_t* trouble);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixSetTime(int32_t time); /* s since 1970-01-01 00:00 UTC; clears the memory */
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixEnableLED(uint8_t enable);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixLEDIsEnabled(uint8_t* enabled);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixEnableVinMode(uint8_t enable);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixVinModeIsEnabled(uint8_t* enabled);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixSetBeepVolume(int32_t volume);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetBeepVolume(int32_t* volume);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixBeepIsEnabled(uint8_t* enabled);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixSetCarType(int32_t carType);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetCarType(int32_t* carType);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetTroubleByte(uint8_t* trouble);
 
 /* Memory */
-QUOBRIX_API int32_t QuobrixClearLogs(void);
-QUOBRIX_API int32_t QuobrixClearTroubleCodes(uint8_t arm); /* 1 arms, 0 disarms */
-QUOBRIX_API int32_t QuobrixClearAccidentLogs(void);
-QUOBRIX_API int32_t QuobrixGetMemoryInformation(int32_t* capacity, int32_t* used); /* bytes */
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixClearLogs(void);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixClearTroubleCodes(uint8_t arm); /* 1 arms, 0 disarms */
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixClearAccidentLogs(void);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetMemoryInformation(int32_t* capacity, int32_t* used); /* bytes */
 
 /* Logs: buffers are opaque images of the logger's memory; the caller frees them with free(). The main buffer parses
  * into set 1, trips, and set 2, trouble codes and activity; an accident buffer into set 1, stops, and set 2, their
  * samples. */
-QUOBRIX_API int32_t QuobrixGetLogBuffer(int32_t mode, void** mainBuffer, void** accidentBuffer1,
-                                        void** accidentBuffer2);
-QUOBRIX_API int32_t QuobrixGetLogBufferFromFile(void** buffer, const char* path); /* at most 260 characters */
-QUOBRIX_API int32_t QuobrixGetLogRecords(const void* mainBuffer, QuobrixRecordSet** first, QuobrixRecordSet** second);
-QUOBRIX_API int32_t QuobrixGetAccidentLogRecords(const void* accidentBuffer, QuobrixRecordSet** first,
-                                                 QuobrixRecordSet** second);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetLogBuffer(int32_t mode, void** mainBuffer, void** accidentBuffer1,
+                                                     void** accidentBuffer2);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetLogBufferFromFile(void** buffer,
+                                                             const char* path); /* at most 260 characters */
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetLogRecords(const void* mainBuffer, QuobrixRecordSet** first,
+                                                      QuobrixRecordSet** second);
+QUOBRIX_API int32_t QUOBRIX_CALL QuobrixGetAccidentLogRecords(const void* accidentBuffer, QuobrixRecordSet** first,
+                                                              QuobrixRecordSet** second);
 
 #ifdef __cplusplus
 }

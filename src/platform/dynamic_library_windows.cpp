@@ -1,8 +1,6 @@
 #include "platform/dynamic_library.h"
 #include "platform/system_error.h"
 
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 
 namespace quobrix {

@@ -4,13 +4,15 @@
 #include <algorithm>
 #include <system_error>
 
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 
 namespace quobrix {
 
 namespace {
+
+#ifndef ERROR_DISK_QUOTA_EXCEEDED // which mingw-w64 lacks
+constexpr DWORD ERROR_DISK_QUOTA_EXCEEDED = 1295;
+#endif
 
 ErrorKind kindOf(DWORD code) {
     switch (code) {
@@ -18,6 +20,8 @@ ErrorKind kindOf(DWORD code) {
     case ERROR_PATH_NOT_FOUND:
     case ERROR_INVALID_NAME:
     case ERROR_BAD_NETPATH:
+    case ERROR_BAD_NET_NAME:
+    case ERROR_BAD_PATHNAME:
         return ErrorKind::NotFound;
     case ERROR_ACCESS_DENIED:
     case ERROR_WRITE_PROTECT:
@@ -25,6 +29,7 @@ ErrorKind kindOf(DWORD code) {
         return ErrorKind::AccessDenied;
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
+    case ERROR_USER_MAPPED_FILE:
         return ErrorKind::InUse;
     case ERROR_FILE_EXISTS:
     case ERROR_ALREADY_EXISTS:
@@ -134,7 +139,7 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
     // A writer shares reading only: that is the lock against a second one. Sharing deletion lets an open file be
     // renamed, which a replacement file needs.
     const bool writes = mode != FileMode::Read;
-    const HANDLE handle = CreateFileW(path.c_str(), writes ? GENERIC_READ | GENERIC_WRITE | DELETE : GENERIC_READ,
+    const HANDLE handle = CreateFileW(path.c_str(), writes ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ,
                                       FILE_SHARE_READ | FILE_SHARE_DELETE | (writes ? 0u : FILE_SHARE_WRITE), nullptr,
                                       creates ? CREATE_NEW : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)

@@ -1,20 +1,19 @@
 #include "platform/paths.h"
 
+#include "base/path_text.h"
+#include "platform/environment.h"
+
 #include <string>
 
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 
 namespace quobrix {
 
 namespace {
 
-std::filesystem::path folderFrom(const wchar_t* variable) {
-    std::wstring value(32768, L'\0'); // the longest that Windows allows
-    const DWORD length = GetEnvironmentVariableW(variable, value.data(), static_cast<DWORD>(value.size()));
-    value.resize(length < value.size() ? length : 0);
-    return value.empty() ? std::filesystem::path() : std::filesystem::path(value) / L"Quobrix";
+std::filesystem::path folderFrom(const char* variable) {
+    const std::optional<std::string> value = environmentVariable(variable);
+    return value ? pathFromUtf8(*value) / L"Quobrix" : std::filesystem::path();
 }
 
 } // namespace
@@ -25,7 +24,7 @@ std::filesystem::path executablePath() {
     return path;
 }
 
-std::filesystem::path userDataFolder() { return folderFrom(L"LOCALAPPDATA"); }
-std::filesystem::path userConfigFolder() { return folderFrom(L"APPDATA"); }
+std::filesystem::path userDataFolder() { return folderFrom("LOCALAPPDATA"); }
+std::filesystem::path userConfigFolder() { return folderFrom("APPDATA"); }
 
 } // namespace quobrix

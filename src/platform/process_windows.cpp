@@ -1,22 +1,13 @@
 #include "platform/process.h"
 
+#include "platform/wide_text.h"
+
 #include <string>
 
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
 
 namespace quobrix {
-
 namespace {
-
-std::string fromWide(const std::wstring& text) {
-    std::string result(3 * text.size(), '\0');
-    result.resize(static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
-                                                               result.data(), static_cast<int>(result.size()), nullptr,
-                                                               nullptr)));
-    return result;
-}
 
 std::wstring variable(const wchar_t* name) {
     std::wstring value(256, L'\0');
@@ -33,9 +24,9 @@ void secureStandardStreams() {}
 void ignoreWriteSignals() {}
 
 ProcessName thisProcess() {
-    return {.host = fromWide(variable(L"COMPUTERNAME")),
+    return {.host = narrow(variable(L"COMPUTERNAME")),
             .boot = {},
-            .user = fromWide(variable(L"USERNAME")),
+            .user = narrow(variable(L"USERNAME")),
             .process = GetCurrentProcessId()};
 }
 

@@ -1,20 +1,15 @@
 #include "units/time_zone.h"
 
-#include "platform/file_system.h"
-
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <exception>
-#include <filesystem>
 #include <limits>
 #include <string>
 
 namespace quobrix {
 namespace {
 
-constexpr std::uint64_t kMaxZoneFile = 1 << 20; // the largest real ones have a few kilobytes
-constexpr int kMaxOffset = 26 * 3600;           // RFC 8536 wants -25 to 26 hours
+constexpr int kMaxOffset = 26 * 3600; // RFC 8536 wants -25 to 26 hours
+
 /// A big-endian number of WIDTH bytes, sign-extended.
 std::int64_t bigEndian(ByteReader& in, std::size_t width) {
     std::uint64_t value = 0;
@@ -103,12 +98,8 @@ Result<TimeZone> TimeZone::parse(ByteView bytes) {
 }
 
 Result<TimeZone> TimeZone::named(std::string_view name) {
-    // A name never leads out of the folder of zone files.
-    if (!name.empty() && name.front() != '/' && name.find("..") == std::string_view::npos) {
-        const auto file = std::filesystem::path("/usr/share/zoneinfo") / name;
-        if (const Result<Bytes> bytes = readFile(file, kMaxZoneFile))
-            return parse(*bytes);
-    }
+    if (Result<TimeZone> zone = ofSystem(name))
+        return zone;
     if (std::optional<ZoneRule> rule = ZoneRule::parse(name)) {
         TimeZone zone;
         zone.firstOffset_ = rule->standardOffset;
@@ -117,49 +108,6 @@ Result<TimeZone> TimeZone::named(std::string_view name) {
     }
     return Error{ErrorKind::NotFound, "time zone: " + std::string(name)};
 }
-
-#ifdef _WIN32
-
-TimeZone TimeZone::local() {
-    using namespace std::chrono;
-    TimeZone zone;
-    try {
-        const time_zone* here = current_zone();
-        const sys_seconds last{seconds{std::numeric_limits<std::int32_t>::max()}};
-        sys_seconds at{seconds{std::numeric_limits<std::int32_t>::min()}};
-        zone.firstOffset_ = static_cast<int>(here->get_info(at).offset.count());
-        while (at < last) {
-            const sys_info info = here->get_info(at);
-            zone.transitions_.push_back({at.time_since_epoch().count(), static_cast<int>(info.offset.count())});
-            if (info.end <= at)
-                break;
-            at = info.end;
-        }
-    } catch (const std::exception&) { // no zone data on this computer
-    }
-    return zone;
-}
-
-#else
-
-TimeZone TimeZone::local() {
-    const auto load = [](const std::filesystem::path& file) -> Result<TimeZone> {
-        const Result<Bytes> bytes = readFile(file, kMaxZoneFile);
-        return bytes ? parse(*bytes) : Result<TimeZone>(bytes.error());
-    };
-    Result<TimeZone> zone = TimeZone{};
-    if (const char* variable = std::getenv("TZ")) {
-        std::string_view name = variable;
-        if (name.starts_with(':'))
-            name.remove_prefix(1);
-        zone = name.starts_with('/') ? load(name) : named(name);
-    } else {
-        zone = load("/etc/localtime");
-    }
-    return zone ? *std::move(zone) : TimeZone{};
-}
-
-#endif
 
 int TimeZone::offsetAt(std::int64_t utc) const {
     const auto after = std::ranges::upper_bound(transitions_, utc, {}, &Transition::at);

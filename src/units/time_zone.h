@@ -9,6 +9,10 @@
 #include <string_view>
 #include <vector>
 
+#ifdef _WIN32
+struct _TIME_DYNAMIC_ZONE_INFORMATION;
+#endif
+
 namespace quobrix {
 
 /// The recurring rule of a zone, from a POSIX TZ text such as "CET-1CEST,M3.5.0,M10.5.0/3".
@@ -38,9 +42,11 @@ public:
     /// Greenwich.
     TimeZone() = default;
 
-    /// The zone of this computer: the environment's TZ, else the system's; Greenwich if neither can be read.
+    /// The zone of this computer: the environment's TZ, else the system's; Greenwich if neither can be read. On Windows
+    /// a TZ that cannot be read there, as other systems' programs set it, does not count.
     static TimeZone local();
-    /// A zone by its name ("Europe/Berlin") from the system's zone files, or by a POSIX TZ text.
+    /// A zone by the name under which the system knows it ("Europe/Berlin", on Windows "W. Europe Standard Time"), or
+    /// by a POSIX TZ text.
     static Result<TimeZone> named(std::string_view name);
     /// A TZif file of any version. Errors: NotADocument, Corrupt, Unsupported (leap seconds).
     static Result<TimeZone> parse(ByteView bytes);
@@ -54,6 +60,11 @@ public:
     std::int32_t toUtc(const DateTime& local) const;
 
 private:
+    static Result<TimeZone> ofSystem(std::string_view name);
+#ifdef _WIN32
+    static TimeZone fromYears(const _TIME_DYNAMIC_ZONE_INFORMATION& zone);
+#endif
+
     struct Transition {
         std::int64_t at;
         int offset;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -11,10 +12,31 @@ struct Outcome {
     std::string out, error;
 };
 
+enum class StandardOutput {
+    Captured,
+    None,      ///< the program is started without
+    Abandoned, ///< a pipe that nobody reads any more
+    Refusing,  ///< what takes nothing, such as a full disk
+};
+
+/// Windows throws away what a program writes that was started without standard output.
+#ifdef _WIN32
+inline constexpr bool kNoOutputIsNoFailure = true;
+#else
+inline constexpr bool kNoOutputIsNoFailure = false;
+#endif
+
+/// What is not as usual when a program runs.
+struct Circumstances {
+    std::map<std::string, std::string> environment;
+    StandardOutput output = StandardOutput::Captured;
+    double killedAfter = 0; ///< seconds; 0: never
+};
+
 /// Runs PROGRAM in FOLDER, which is also its user's home, with the logger library and ports of the simulator and the
-/// time zone UTC. REDIRECT is put behind the command, in place of the capture of standard output.
+/// time zone UTC.
 Outcome runProgram(const std::filesystem::path& folder, const std::string& program,
-                   const std::vector<std::string>& arguments, const std::string& redirect = {});
+                   const std::vector<std::string>& arguments, const Circumstances& circumstances = {});
 
 std::string contentOf(const std::filesystem::path& file);
 

@@ -28,7 +28,8 @@ TEST(LoggerLibrary, IsNotTakenFromTheCurrentFolderWhereTheProgramsOwnIsNotKnown)
     const test::TemporaryFolder folder;
     std::filesystem::copy_file(INCOMPLETE_LIBRARY, folder / "libQuobrix.so");
     std::filesystem::current_path(folder.path());
-    for (const auto& path : {loggerLibraryPath(programFolder({}), nullptr), std::filesystem::path("libQuobrix.so")}) {
+    for (const auto& path :
+         {loggerLibraryPath(programFolder({}), std::nullopt), std::filesystem::path("libQuobrix.so")}) {
         const auto loaded = loadLoggerLibrary(path);
         ASSERT_FALSE(loaded);
         EXPECT_EQ(loaded.error().detail.find("28 functions"), std::string::npos) << "it has been loaded";
@@ -39,10 +40,10 @@ TEST(LoggerLibrary, IsNotTakenFromTheCurrentFolderWhereTheProgramsOwnIsNotKnown)
 
 TEST(LoggerLibrary, IsFoundByTheOverrideAsFileOrFolder) {
     const std::filesystem::path folder = std::filesystem::path(INCOMPLETE_LIBRARY).parent_path();
-    EXPECT_EQ(loggerLibraryPath("/program", nullptr).parent_path(), "/program");
+    EXPECT_EQ(loggerLibraryPath("/program", std::nullopt).parent_path(), "/program");
     EXPECT_EQ(loggerLibraryPath("/program", "").parent_path(), "/program");
     EXPECT_EQ(loggerLibraryPath("/program", INCOMPLETE_LIBRARY), INCOMPLETE_LIBRARY);
-    EXPECT_EQ(loggerLibraryPath("/program", folder.c_str()).parent_path(), folder);
+    EXPECT_EQ(loggerLibraryPath("/program", utf8(folder)).parent_path(), folder);
 }
 
 TEST(LoggerLink, WorksWithoutLibraryAndSaysWhatIsWrong) {

@@ -1,14 +1,17 @@
+#include "cli/program.h"
 #include "device/download.h"
 #include "device/logger_link.h"
 #include "device/ports.h"
 #include "device/records.h"
 #include "device/reporter.h"
 #include "support/scripted_prompter.h"
+#include "support/set_variable.h"
+#include "support/temporary_folder.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 namespace quobrix::testing {
@@ -18,25 +21,23 @@ namespace {
 class SimulatedLogger : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::string place = (std::filesystem::temp_directory_path() / "quobrix-device-XXXXXX").string();
-        ASSERT_NE(mkdtemp(place.data()), nullptr);
-        folder_ = place;
-        ASSERT_EQ(setenv("QUOBRIX_SIMULATOR", folder_.c_str(), 1), 0);
+        ASSERT_TRUE(test::setVariable("QUOBRIX_SIMULATOR", folder_ / "ports")); // as for the programs
     }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
 
     void simulate(const std::string& arguments) {
-        ASSERT_EQ(std::system((SIMULATOR_PROGRAM " " + arguments + " > /dev/null").c_str()), 0) << arguments;
+        std::istringstream words(arguments);
+        const std::vector<std::string> list(std::istream_iterator<std::string>(words), {});
+        ASSERT_EQ(test::runProgram(folder_.path(), QUOBRIX_SIM, list).exitCode, 0) << arguments;
     }
 
-    std::filesystem::path folder_;
+    test::TemporaryFolder folder_;
 };
 
 TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     simulate("attach COM3 --serial K-0042-B --product QBX-4751 --clock-offset 600");
     simulate("generate COM3 --trips 30 --seed 11");
 
-    auto library = loadLoggerLibrary(SIMULATOR_LIBRARY);
+    auto library = loadLoggerLibrary(QUOBRIX_SIMULATOR_LIBRARY);
     ASSERT_TRUE(library) << library.error().detail;
     LoggerLink link(std::move(library));
     DirectCalls calls(link);
@@ -95,7 +96,7 @@ TEST_F(SimulatedLogger, ACancelledDownloadMergesNothingAndLeavesItsLogsDoubtful)
     };
     simulate("attach COM1 --serial K-0042-B");
     simulate("generate COM1 --trips 3 --seed 11");
-    LoggerLink link(loadLoggerLibrary(SIMULATOR_LIBRARY));
+    LoggerLink link(loadLoggerLibrary(QUOBRIX_SIMULATOR_LIBRARY));
     CancelledTransfer calls(link);
     Settings settings(std::make_unique<MemorySettings>());
     ScriptedPrompter silent;
@@ -117,7 +118,7 @@ TEST_F(SimulatedLogger, ACancelledDownloadMergesNothingAndLeavesItsLogsDoubtful)
 TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
     simulate("attach COM1 --serial K-0042-B");
     simulate("generate COM1 --trips 30 --seed 11"); // by two drivers
-    LoggerLink link(loadLoggerLibrary(SIMULATOR_LIBRARY));
+    LoggerLink link(loadLoggerLibrary(QUOBRIX_SIMULATOR_LIBRARY));
     DirectCalls calls(link);
     Settings settings(std::make_unique<MemorySettings>());
     settings.setText(kUnidentifiedDriverSection, kDefaultName, "Somebody");

@@ -4,6 +4,8 @@
 #include "support/document_streams.h"
 #include "support/fault_folder.h"
 #include "support/forwarding_files.h"
+#include "support/make_link.h"
+#include "support/set_time.h"
 
 #include <sstream>
 #include <stdexcept>
@@ -70,7 +72,7 @@ TEST_F(DocumentSafety, WhatKilledProgramsLeftIsRemovedAndNothingElse) {
                                    ".quobrix-0123456789abcdeX.tmp"})
         put(folder_ / name, "x");
     fs::create_directory(folder_ / ".quobrix-1111111111111111.tmp");
-    fs::create_symlink(path_, folder_ / ".quobrix-2222222222222222.tmp");
+    const bool linked = makeLink(path_, folder_ / ".quobrix-2222222222222222.tmp");
     const auto holder = openFile(held, FileMode::Create);
     ASSERT_TRUE(holder);
     TQuobrixDocument document;
@@ -79,7 +81,7 @@ TEST_F(DocumentSafety, WhatKilledProgramsLeftIsRemovedAndNothingElse) {
     open(document);
     EXPECT_FALSE(fs::exists(folder_ / ".quobrix-0123456789abcdef.tmp"));
     EXPECT_TRUE(fs::exists(held));
-    EXPECT_EQ(files().size(), 7u);
+    EXPECT_EQ(files().size(), linked ? 7u : 6u);
 }
 
 // Names that were free
@@ -238,7 +240,7 @@ TEST(LocklessFolder, WhoWasTakenOverSavesNoMore) {
 TEST_F(DocumentSafety, AFileThatHasChangedIsNotOverwrittenUnasked) {
     const std::string mine = bytes(path_);
     const std::pair<const char*, std::function<void()>> changes[] = {
-        {"time", [&] { fs::last_write_time(path_, fs::last_write_time(path_) + std::chrono::seconds(1)); }},
+        {"time", [&] { setTime(path_, fs::last_write_time(path_) + std::chrono::seconds(1)); }},
         {"size", [&] { put(path_, mine + std::string(512, '\0')); }},
         {"header",
          [&] {
@@ -246,16 +248,18 @@ TEST_F(DocumentSafety, AFileThatHasChangedIsNotOverwrittenUnasked) {
              std::string changed = mine;
              ++changed[100];
              put(path_, changed);
-             fs::last_write_time(path_, time);
+             setTime(path_, time);
          }},
         {"another file",
          [&] {
              fs::rename(path_, folder_ / "moved");
              fs::copy_file(folder_ / "moved", path_);
-             fs::last_write_time(path_, fs::last_write_time(folder_ / "moved"));
+             setTime(path_, fs::last_write_time(folder_ / "moved"));
              fs::remove(folder_ / "moved");
          }},
+#ifndef _WIN32 // where the name of an open file stays until it is closed
         {"gone", [&] { fs::remove(path_); }},
+#endif
     };
     for (const auto& [what, change] : changes) {
         SCOPED_TRACE(what);
@@ -339,7 +343,7 @@ TEST_F(DocumentSafety, AFileThatIsReplacedWhileItIsSavedIsNotTakenForSaved) {
                                         [&](const DiskWork& work) {
                                             DiskProgress progress;
                                             const Result<void> done = work(progress);
-                                            fs::rename(folder_ / "Theirs.car", path_);
+                                            EXPECT_TRUE(renameOver(folder_ / "Theirs.car", path_));
                                             return done;
                                         }})),
               ErrorKind::Changed);
@@ -378,7 +382,7 @@ TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
         if (inPlace)
             put(path_, bytes(folder_ / "Theirs.car"));
         else
-            fs::copy_file(folder_ / "Theirs.car", path_, fs::copy_options::overwrite_existing);
+            put(path_, bytes(folder_ / "Theirs.car"));
         ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
         ASSERT_TRUE(document.open(path_, TDocument::Access::Edit));
         EXPECT_EQ(document.trips().rowCount(), 3u);
@@ -390,7 +394,7 @@ TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
     }
     TQuobrixDocument document;
     openAndAdd(document);
-    fs::rename(folder_ / "Theirs.car", path_);
+    EXPECT_TRUE(renameOver(folder_ / "Theirs.car", path_));
     ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
     ASSERT_TRUE(document.saveAs(folder_ / "Mine.car"));
     EXPECT_EQ(tripsIn(folder_ / "Mine.car"), 5u);
@@ -613,7 +617,9 @@ TEST_F(DocumentSafety, AFileThatHasBecomeUnreadableLeavesTheDocument) {
     EXPECT_EQ(kindOf(document.open(path_, TDocument::Access::Edit)), ErrorKind::NotADocument);
     EXPECT_EQ(document.trips().rowCount(), 2u);
     EXPECT_FALSE(document.readOnly());
+#ifndef _WIN32 // where locks let nobody write into the file, so that it is another one by now
     EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
+#endif
 }
 
 TEST_F(DocumentSafety, ContentThatCannotBeBoundLeavesTheDocument) {
@@ -648,6 +654,7 @@ TEST_F(DocumentSafety, CompactionTakesAwayUnusedSpaceAndNothingElse) {
     document.trips().removeRows(0, 50);
     ASSERT_TRUE(document.save());
     fs::permissions(path_, fs::perms(0640));
+    const fs::perms permissions = fs::status(path_).permissions(); // as far as the system has them
     const Streams before = streamsOf(path_);
     const CompoundFile::Space space = document.space();
     ASSERT_GT(space.freeBytes, space.fileBytes / 2);
@@ -659,7 +666,7 @@ TEST_F(DocumentSafety, CompactionTakesAwayUnusedSpaceAndNothingElse) {
     EXPECT_EQ(document.space().fileBytes, fs::file_size(path_));
     EXPECT_LT(document.space().fileBytes, space.fileBytes / 2);
     EXPECT_LT(document.space().freeBytes, document.space().fileBytes / 20);
-    EXPECT_EQ(fs::status(path_).permissions(), fs::perms(0640));
+    EXPECT_EQ(fs::status(path_).permissions(), permissions);
     EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
     EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Doc.car.bak"}));
 
@@ -684,7 +691,9 @@ TEST_F(DocumentSafety, CompactionDoesNotReplaceWhatAnotherProgramWritesMeanwhile
     }};
     EXPECT_EQ(kindOf(document.compact(options)), ErrorKind::Changed);
     EXPECT_EQ(bytes(path_), "theirs");
+#ifndef _WIN32 // where what the other program has put aside is there until it is closed
     EXPECT_EQ(files(), std::vector<std::string>{"Doc.car"});
+#endif
 }
 
 TEST_F(DocumentSafety, CompactionIsRefusedWhereItCouldLoseSomething) {

@@ -2,11 +2,12 @@
 
 #include "device/quobrix.h"
 #include "simulator/port_store.h"
+#include "support/set_variable.h"
+#include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,26 +19,13 @@ class SimulatorTest : public testing::Test {
 protected:
     static constexpr const char* kPort = "COM3";
 
-    SimulatorTest()
-        : folder_(std::filesystem::temp_directory_path() /
-                  ("quobrix-simulator-" + std::to_string(std::rand()) + "-" +
-                   testing::UnitTest::GetInstance()->current_test_info()->name())),
-          store_(folder_) {
-#if defined(_WIN32)
-        _putenv_s("QUOBRIX_SIMULATOR", folder_.string().c_str());
-#else
-        setenv("QUOBRIX_SIMULATOR", folder_.c_str(), 1);
-#endif
-        std::filesystem::remove_all(folder_);
+    SimulatorTest() : store_(folder_.path()) {
+        EXPECT_TRUE(test::setVariable("QUOBRIX_SIMULATOR", folder_.path()));
         EXPECT_TRUE(store_.create(kPort));
         change([](Port& port) { port.attach("K-0042-B"); });
         EXPECT_EQ(QuobrixOpenPort(kPort), QUOBRIX_OK);
     }
-    ~SimulatorTest() override {
-        QuobrixClosePort();
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
+    ~SimulatorTest() override { QuobrixClosePort(); }
 
     /// Changes the port as another program would: F(Port&).
     template <class F>
@@ -48,7 +36,7 @@ protected:
         }));
     }
 
-    std::filesystem::path folder_;
+    test::TemporaryFolder folder_;
     PortStore store_;
 };
 

@@ -131,7 +131,7 @@ TEST_F(SimulatorTest, EachFunctionCanBeMadeToFail) {
 }
 
 TEST_F(SimulatorTest, DamagedFileIsAnErrorWithAText) {
-    const auto file = folder_ / "COM3.logger";
+    const auto file = folder_ / "port-COM3.logger";
     std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
     const std::int32_t result = probe();
     EXPECT_STREQ(QuobrixResultDescription(result), "The simulated logger's file is damaged");
@@ -257,9 +257,10 @@ TEST_F(SimulatorTest, SavedLogsAreImportedAndOtherFilesRefused) {
         if (record.kind != RecordKind::Stop)
             records.push_back(record.bytes);
     Bytes image = makeImage("Z-9999-Z", records);
-    const std::string path = (folder_ / "log.txt").string();
+    const std::string path = utf8(folder_ / "log.txt");
     const auto write = [&] {
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(image.data()), image.size());
+        std::ofstream(folder_ / "log.txt", std::ios::binary)
+            .write(reinterpret_cast<const char*>(image.data()), image.size());
     };
     write();
     void* buffer = nullptr;
@@ -284,7 +285,7 @@ TEST_F(SimulatorTest, SavedLogsAreImportedAndOtherFilesRefused) {
     image.resize(7);
     write();
     EXPECT_TRUE(refused());
-    EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, folder_.string().c_str()), QUOBRIX_OK);
+    EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, utf8(folder_.path()).c_str()), QUOBRIX_OK);
     EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, std::string(261, 'a').c_str()), QUOBRIX_OK);
 }
 

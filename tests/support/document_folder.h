@@ -26,7 +26,14 @@ protected:
         std::ifstream in(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(in), {}};
     }
-    static void put(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
+    /// As another program does: into the file, or, where a lock keeps that out, by another file in its place.
+    static void put(const fs::path& path, const std::string& bytes) {
+        if (std::ofstream out(path, std::ios::binary); out.is_open())
+            out << bytes;
+        else
+            EXPECT_TRUE(
+                writeFileAtomically(path, ByteView(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size())));
+    }
     static std::size_t tripsIn(const fs::path& path) {
         TQuobrixDocument document;
         EXPECT_TRUE(document.open(path, TDocument::Access::Read)) << path;

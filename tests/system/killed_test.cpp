@@ -20,8 +20,6 @@ protected:
     using Seconds = std::chrono::duration<double>;
 
     void SetUp() override {
-        if (!fs::exists("/usr/bin/timeout"))
-            GTEST_SKIP() << "timeout is not installed";
         attachHistory("COM2", "K-0041-B", 10);
         attachHistory("COM3", "K-0042-B", 60);
         attachHistory("COM4", "K-0043-B", 300);
@@ -35,7 +33,7 @@ protected:
 
     /// The command, killed after DELAY.
     void runKilled(Seconds delay, const Arguments& arguments) {
-        cliUnder("/usr/bin/timeout", {"--foreground", "--signal=KILL", std::to_string(delay.count())}, arguments);
+        runProgram(folder_.path(), QUOBRIX_CLI, arguments, {.environment = {}, .killedAfter = delay.count()});
     }
     /// Adds the large history to FILE.
     static Arguments downloadInto(const std::string& file) { return {"download", "--port", "COM4", "--into", file}; }

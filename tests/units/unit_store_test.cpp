@@ -1,3 +1,4 @@
+#include "support/temporary_folder.h"
 #include "units/unit_system_file.h"
 #include "units/unit_system_store.h"
 
@@ -13,24 +14,18 @@ namespace fs = std::filesystem;
 class UnitStore : public testing::Test {
 protected:
     UnitStore() {
-        fs::remove_all(root_);
         fs::create_directories(folders_.program);
         for (const char* name : {"U.S..us", "Metric.us"})
             fs::copy_file(fs::path(QUOBRIX_DELIVERED) / name, folders_.program / name);
     }
-    ~UnitStore() override { fs::remove_all(root_); }
 
-    static fs::path testFolder() {
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        return fs::temp_directory_path() / ("quobrix_units_" + std::string(test->name()));
-    }
     std::string remembered() const { return settings_.getText("Unit Systems", "Current Unit System"); }
     void put(const char* name, const Bytes& bytes) {
         std::ofstream(folders_.program / name, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
 
-    fs::path root_ = testFolder();
+    test::TemporaryFolder root_;
     UnitSystemFolders folders_{root_ / "program", root_ / "user"};
     Settings settings_{std::make_unique<MemorySettings>()};
     TUnitSystem system_;
@@ -71,12 +66,12 @@ TEST_F(UnitStore, ANewSystemLivesThroughSavingRenamingAndDeleting) {
     EXPECT_EQ(system_.choices().units, mine.units);
     EXPECT_TRUE(system_.fractionDiameters());
 
-    ASSERT_TRUE(store_.renameSystem("Ours"));
-    EXPECT_EQ(store_.listSystems(), (std::vector<std::string>{"Metric", "Ours", "S.I.", "U.S."}));
-    EXPECT_EQ(remembered(), "Ours");
+    ASSERT_TRUE(store_.renameSystem("Ma\u00DFe"));
+    EXPECT_EQ(store_.listSystems(), (std::vector<std::string>{"Ma\u00DFe", "Metric", "S.I.", "U.S."}));
+    EXPECT_EQ(remembered(), "Ma\u00DFe");
     ASSERT_TRUE(store_.deleteSystem());
     EXPECT_EQ(system_.name(), "U.S.");
-    EXPECT_FALSE(fs::exists(folders_.program / "Ours.us"));
+    EXPECT_FALSE(fs::exists(folders_.program / u8"Ma\u00DFe.us"));
 }
 
 TEST_F(UnitStore, ACopyOfTheCurrentSystemHasWhatWasChangedInIt) {

@@ -1,0 +1,27 @@
+# The libraries that the core is built on: the packages fmt and CLI11, and GTest for the tests. A build for another
+# system takes Debian's headers of the first two, which need no library, and the sources of the third.
+find_package(Threads REQUIRED)
+if(NOT CMAKE_CROSSCOMPILING)
+    find_package(fmt REQUIRED)
+    find_package(CLI11 REQUIRED)
+    if(QUOBRIX_TESTS)
+        find_package(GTest REQUIRED)
+    endif()
+    return()
+endif()
+
+# quobrix_header_package(TARGET FOLDER): /usr/include/FOLDER alone; its neighbours are this system's.
+function(quobrix_header_package target folder)
+    set(view ${PROJECT_BINARY_DIR}/include/${folder})
+    file(MAKE_DIRECTORY ${view})
+    file(CREATE_LINK /usr/include/${folder} ${view}/${folder} SYMBOLIC)
+    add_library(${target} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${target} SYSTEM INTERFACE ${view})
+endfunction()
+quobrix_header_package(fmt::fmt fmt)
+target_compile_definitions(fmt::fmt INTERFACE FMT_HEADER_ONLY)
+quobrix_header_package(CLI11::CLI11 CLI)
+if(QUOBRIX_TESTS)
+    set(INSTALL_GTEST OFF)
+    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+endif()
