@@ -111,6 +111,12 @@ ExitCode repair(const CheckOptions& options) {
     if (!file)
         return failed(file.error(), FileAction::Open, options.file);
     const Result<std::unique_ptr<CompoundFile>> damaged = openForRepair(*std::move(file));
+    if (!damaged && damaged.error().kind == ErrorKind::Corrupt) {
+        complain(fmt::format("{} ({}); a backup of it may be the way back",
+                             fileMessage(damaged.error(), FileAction::Open, options.file).text,
+                             damaged.error().detail));
+        return kFailed;
+    }
     if (!damaged)
         return failed(damaged.error(), FileAction::Open, options.file);
     if (!mayWrite(options))

@@ -372,7 +372,8 @@ TEST_F(CommandLine, RepairSavesWhatCanBeReadIntoAnotherFile) {
         refused({"check", "--repair", "Test.car", "--into", "New.car", "--force"}, 1, "another program is using it");
     }
     EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}).exitCode, 3);
-    const Outcome unprinted = cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}, ">/dev/full");
+    const Outcome unprinted =
+        cli({"check", "--repair", "Test.car", "--into", "New.car", "--force"}, StandardOutput::Refusing);
     EXPECT_EQ(unprinted.exitCode, 3);
     EXPECT_NE(unprinted.error.find("New.car has been written, but standard output cannot"), std::string::npos)
         << unprinted.error;
@@ -398,7 +399,7 @@ TEST_F(CommandLine, CompactRemovesUnusedSpaceAndNothingElse) {
     EXPECT_EQ(outcome.out, "Test.car: " + std::to_string(before) + " bytes before, " +
                                std::to_string(fs::file_size(file_)) + " bytes now\n");
     EXPECT_TRUE(streamsOf(file_) == streams);
-    const Outcome unprinted = cli({"compact", "Test.car"}, ">/dev/full");
+    const Outcome unprinted = cli({"compact", "Test.car"}, StandardOutput::Refusing);
     EXPECT_EQ(unprinted.exitCode, 3);
     EXPECT_TRUE(unprinted.error.starts_with("quobrix-cli: Test.car has been compacted, but standard output cannot"))
         << unprinted.error;
