@@ -15,6 +15,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -60,7 +61,7 @@ struct OpenPort {
     std::string name;
     FileLock lock;
 };
-std::optional<OpenPort> openPort;
+std::unique_ptr<OpenPort> openPort; // GCC 12 mistakes an optional one for uninitialised
 
 /// The exported function that calls the one whose default argument this is, without "Quobrix".
 #define QUOBRIX_CALLER (__builtin_FUNCTION() + (sizeof "Quobrix" - 1))
@@ -240,7 +241,7 @@ int32_t QuobrixOpenPort(const char* portName) {
         auto lock = store.open(portName);
         if (!lock)
             return portResult(lock.error());
-        openPort.emplace(OpenPort{std::move(store), portName, *std::move(lock)});
+        openPort = std::make_unique<OpenPort>(OpenPort{std::move(store), portName, *std::move(lock)});
         return QUOBRIX_OK;
     });
 }
