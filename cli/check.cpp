@@ -4,8 +4,8 @@
 #include "base/utf8.h"
 #include "cli/reading.h"
 #include "messages/file_messages.h"
-#include "model/document_repair.h"
-#include "model/salvaged_file.h"
+#include "repair/document_repair.h"
+#include "repair/salvaged_file.h"
 
 #include <fmt/format.h>
 

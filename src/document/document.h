@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/result.h"
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 #include "document/disk_work.h"
 #include "document/file_snapshot.h"
 #include "document/kept_files.h"

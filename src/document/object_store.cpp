@@ -1,6 +1,6 @@
 #include "document/object_store.h"
 
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 
 #include <fmt/format.h>
 
@@ -610,8 +610,8 @@ ObjectStore::IndexStreams ObjectStore::indexStreams() const {
 }
 
 Result<void> ObjectStore::save(CompoundFile& file) {
-    if (ofLaterVersion())
-        return Error{ErrorKind::Unsupported, "it was written by a later version"};
+    if (const auto later = ofLaterVersion())
+        return *later;
     for (const ObjectId id : deletedStreams_)
         file.remove(streamName(id));
     IndexStreams index;

@@ -117,8 +117,10 @@ public:
     /// Written by a later version of the program, and nothing but that one knows what its index must say, or what else
     /// must change with an object whose layout it has changed. Such an object may be met late: what had been changed
     /// until then can still be saved once.
-    bool ofLaterVersion() const {
-        return (version_ > kVersion && !indexDamaged_) || (laterLayoutMet_ && !savingBefore_);
+    std::optional<Error> ofLaterVersion() const {
+        if (!((version_ > kVersion && !indexDamaged_) || (laterLayoutMet_ && !savingBefore_)))
+            return {};
+        return Error{ErrorKind::Unsupported, "a later version of this software has written it"};
     }
     /// An object of a later layout has been met, so that nothing more is to be changed.
     bool laterLayoutMet() const { return laterLayoutMet_; }

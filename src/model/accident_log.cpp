@@ -3,7 +3,7 @@
 namespace quobrix {
 namespace {
 
-constexpr const PersistentType* kColumns[] = {
+constexpr const PersistentType* kAccidentColumns[] = {
 #define COLUMN(Name, ...) &Name::kType,
 #include "model/accident_log.def"
 #undef COLUMN
@@ -12,7 +12,7 @@ constexpr const PersistentType* kColumns[] = {
 } // namespace
 
 const TableSpec& TAccidentLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kColumns, {}, "Accident Log"};
+    static constexpr TableSpec spec{kType, kAccidentColumns, {}, "Accident Log"};
     return spec;
 }
 

@@ -3,7 +3,7 @@
 namespace quobrix {
 namespace {
 
-constexpr const PersistentType* kColumns[] = {
+constexpr const PersistentType* kActivityColumns[] = {
 #define COLUMN(Name, ...) &Name::kType,
 #include "model/security_log.def"
 #undef COLUMN
@@ -41,7 +41,7 @@ constexpr std::string_view kConfigurationChanges[6] = {
 } // namespace
 
 const TableSpec& TSecurityLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kColumns, {}, "Activity Log"};
+    static constexpr TableSpec spec{kType, kActivityColumns, {}, "Activity Log"};
     return spec;
 }
 

@@ -5,12 +5,12 @@
 namespace quobrix {
 namespace {
 
-constexpr const PersistentType* kColumns[] = {
+constexpr const PersistentType* kTroubleColumns[] = {
 #define COLUMN(Name, ...) &Name::kType,
 #include "model/trouble_log.def"
 #undef COLUMN
 };
-static_assert(std::size(kColumns) == 19);
+static_assert(std::size(kTroubleColumns) == 19);
 
 constexpr std::string_view kFuelSystemStatus[] = {
     "Open loop; has not yet satisfied conditions to go to closed loop.",
@@ -23,7 +23,7 @@ constexpr std::string_view kFuelSystemStatus[] = {
 } // namespace
 
 const TableSpec& TTroubleLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kColumns, {}, "Vehicle Trouble Log"};
+    static constexpr TableSpec spec{kType, kTroubleColumns, {}, "Vehicle Trouble Log"};
     return spec;
 }
 

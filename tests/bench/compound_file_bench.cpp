@@ -2,7 +2,7 @@
 #include "ratios.h"
 #include "storage_peer.h"
 
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include "storage_peer.h"
 
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 #include "document/object_store.h"
 
 #include <optional>

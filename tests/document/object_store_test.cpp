@@ -1,7 +1,7 @@
 /// The ids of objects over any sequence of creating, deleting, saving, failing to save and opening again.
 #include "document/object_store.h"
 
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 #include "support/fault_file.h"
 #include "support/memory_file.h"
 #include "support/stream_map.h"

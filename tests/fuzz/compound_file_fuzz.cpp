@@ -1,4 +1,4 @@
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 
 #include "support/compound_checker.h"
 #include "support/memory_file.h"

@@ -1,6 +1,6 @@
 #include "fuzz/walk_objects.h"
-#include "model/document_repair.h"
-#include "model/salvaged_file.h"
+#include "repair/document_repair.h"
+#include "repair/salvaged_file.h"
 #include "support/memory_file.h"
 
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "model/document_check.h"
 #include "model/value_check.h"
+#include "repair/document_check.h"
 #include "support/document_streams.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"

@@ -1,5 +1,5 @@
 /// The document's file among other files: other programs that change it, compaction.
-#include "model/document_check.h"
+#include "repair/document_check.h"
 #include "support/document_folder.h"
 #include "support/document_streams.h"
 #include "support/fault_folder.h"

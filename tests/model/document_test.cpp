@@ -1,4 +1,4 @@
-#include "model/document_check.h"
+#include "repair/document_check.h"
 
 #include "support/document_streams.h"
 #include "support/sample_trip.h"

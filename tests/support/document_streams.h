@@ -1,6 +1,6 @@
 #pragma once
 
-#include "document/compound_file.h"
+#include "compound/compound_file.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,0 +1,401 @@
+#include "repair/document_repair.h"
+
+#include "compound/compound_file.h"
+#include "document/lock_file.h"
+#include "platform/file_system.h"
+#include "repair/salvaged_objects.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <deque>
+#include <map>
+#include <optional>
+
+namespace quobrix {
+namespace {
+
+using Fate = SalvagedObject::Fate;
+
+class Salvage {
+public:
+    Salvage(const CompoundFile& from, CompoundFile& into)
+        : from_(from), into_(into), objects_(from), empty_(objects_.all().empty() && objects_.unreadable().empty()) {}
+
+    Result<DocumentRepair> run() {
+        for (const std::string& damage : objects_.indexDamage())
+            note(kNoObject, {}, damage + "; the index was made anew");
+        if (const Result<void> whole = from_.writable(); !whole) // nobody knows what they led to
+            lose(kNoObject, {}, whole.error().detail + "; there may have been more");
+        for (const PersistentType* type : modelTypes().all())
+            if (type->singleton)
+                takeSingleton(*type);
+        takeOrphans();
+        tellTheRest();
+        QUOBRIX_TRY(write());
+        return std::move(result_);
+    }
+
+private:
+    // The logs, name tables and other singletons
+
+    void takeSingleton(const PersistentType& type) {
+        const std::vector<ObjectId> candidates = objects_.ofClass(type.id());
+        if (candidates.empty())
+            return makeRoot(type);
+        const auto worth = [&](ObjectId id) {
+            return std::pair(chooseColumns(objects_.at(id)).rows, id == objects_.named(type));
+        };
+        const ObjectId best = *std::ranges::max_element(candidates, {}, worth);
+        claim(best, {std::string(logOfClass(type.name)), {}}, Fate::Kept);
+        for (const ObjectId id : candidates) {
+            if (id == best)
+                continue;
+            lose(id, std::string(logOfClass(type.name)),
+                 fmt::format("there are two {}; this one of {} rows is left out", type.name,
+                             chooseColumns(objects_.at(id)).rows));
+            claim(id, {}, Fate::Dropped);
+        }
+    }
+
+    /// In place of a table that cannot be read. Its columns know their classes, and there is one of each only.
+    void makeRoot(const PersistentType& type) {
+        if (!dynamic_cast<const Table*>(&objects_.prototype(type)))
+            return;
+        const bool expected = std::ranges::find(kRootTables, &type) != std::end(kRootTables);
+        SalvagedObject root;
+        root.type = &type;
+        root.typeId = type.id();
+        root.table.emplace();
+        root.changed = true;
+        const Columns columns = chooseColumns(root);
+        const auto found = std::ranges::count_if(columns.ids, [](ObjectId id) { return id != kNoObject; });
+        if (found == 0 && !expected)
+            return;
+        for (const auto& [id, unreadable] : objects_.unreadable())
+            if (unreadable.typeId == type.id() || id == objects_.named(type))
+                objects_.setTold(id);
+        const std::string log(logOfClass(type.name));
+        if (found > 0)
+            note(kNoObject, log,
+                 fmt::format("its table is lost; it was put together again from {} of {} columns; records: {}", found,
+                             columns.ids.size(), columns.rows));
+        else if (!empty_)
+            lose(kNoObject, log, "its table and all its columns are lost");
+        const ObjectId id = objects_.add(std::move(root));
+        claim(id, {log, {}}, Fate::Kept);
+    }
+
+    // Tables and what they own
+
+    /// Where something belongs, for the user.
+    struct Place {
+        std::string log;
+        std::string within; ///< "record 3: Samples: ", or empty
+    };
+
+    /// Gives FATE to an object and to everything that it owns, directly or not, and mends references to what is lost.
+    void claim(ObjectId id, Place place, Fate fate) {
+        struct Task {
+            ObjectId id;
+            Place place;
+        };
+        std::deque<Task> tasks{{id, std::move(place)}};
+        objects_.at(id).fate = fate;
+        const auto own = [&](ObjectId owned, SalvagedObject& object, Place at) {
+            object.fate = fate;
+            if (object.table || !object.cells.empty())
+                tasks.push_back({owned, std::move(at)});
+        };
+        for (; !tasks.empty(); tasks.pop_front()) {
+            const Task task = tasks.front();
+            silent_ = fate == Fate::Dropped;
+            if (SalvagedObject& object = objects_.at(task.id); object.table)
+                claimColumns(object, task.id, task.place, own);
+            else
+                claimCells(object, task.place, own);
+        }
+        silent_ = false;
+    }
+
+    struct Columns {
+        std::vector<ObjectId> ids; ///< by the table's order; kNoObject where there is none
+        RowIndex rows = 0;         ///< what most of them have
+        std::size_t votes = 0;     ///< how many
+    };
+
+    Columns chooseColumns(const SalvagedObject& table) {
+        Columns result;
+        if (!table.table)
+            return result;
+        const TableSpec& spec = objects_.spec(*table.type);
+        result.ids.assign(spec.columns.size(), kNoObject);
+        std::map<RowIndex, std::size_t> votes;
+        for (std::size_t i = 0; i < spec.columns.size(); ++i) {
+            const std::uint32_t typeId = spec.columns[i]->id();
+            const auto named = std::ranges::find(table.table->columns, typeId, &Reference::typeId);
+            const SalvagedObject* object = nullptr;
+            if (named != table.table->columns.end() && (object = objects_.free(named->id, typeId)))
+                result.ids[i] = named->id;
+            // A singleton's columns are singletons too: one that it has lost is known by its class.
+            else if (const ObjectId lone = table.type->singleton ? objects_.loneFree(typeId) : kNoObject;
+                     lone != kNoObject)
+                object = &objects_.at(result.ids[i] = lone);
+            if (object && object->stored)
+                ++votes[object->rows];
+        }
+        for (const auto& [rows, count] : votes)
+            if (count > result.votes || (count == result.votes && rows == table.table->rows)) {
+                result.votes = count;
+                result.rows = rows;
+            }
+        return result;
+    }
+
+    template <class Own>
+    void claimColumns(SalvagedObject& table, ObjectId id, const Place& place, const Own& own) {
+        const TableSpec& spec = objects_.spec(*table.type);
+        const Columns chosen = chooseColumns(table);
+        const TableContent old = *table.table;
+        TableContent content{static_cast<std::uint32_t>(chosen.rows), {}};
+        if (old.rows > content.rows && chosen.votes == 0)
+            lose(id, place.log, fmt::format("{}none of its {} rows can be read", place.within, old.rows));
+        else if (old.rows != content.rows && !table.changed)
+            note(id, place.log,
+                 fmt::format("{}it says {} rows; its columns have {}", place.within, old.rows, content.rows));
+        for (std::size_t i = 0; i < spec.columns.size(); ++i) {
+            const PersistentType& type = *spec.columns[i];
+            const auto named = std::ranges::find(old.columns, type.id(), &Reference::typeId);
+            const bool hasName = named != old.columns.end();
+            if (!hasName && !table.changed && chosen.ids[i] == kNoObject)
+                continue; // older than this column
+            const ObjectId made =
+                keepColumn(type, chosen.ids[i], hasName ? named->id : kNoObject, chosen.rows, place, own);
+            if (made != kNoObject)
+                content.columns.push_back({made, type.id()});
+        }
+        for (const Reference& column : old.columns)
+            if (std::ranges::find(spec.columns, column.typeId, &PersistentType::id) == spec.columns.end()) {
+                if (SalvagedObject* foreign = objects_.free(column.id, column.typeId); foreign && !foreign->type) {
+                    content.columns.push_back(column);
+                    foreign->fate = table.fate;
+                } else {
+                    lose(column.id, place.log,
+                         fmt::format("{}a column of a class that is not known cannot be kept ({})", place.within,
+                                     objects_.whyNot(column.id)));
+                }
+            }
+        table.changed =
+            table.changed || content.rows != old.rows || !std::ranges::equal(content.columns, old.columns, same);
+        table.table = std::move(content);
+    }
+
+    static bool same(const Reference& a, const Reference& b) { return a.id == b.id && a.typeId == b.typeId; }
+
+    /// The id of the column that is to stand in the table: CHOSEN, an empty one of ROWS rows, or none.
+    template <class Own>
+    ObjectId keepColumn(const PersistentType& type, ObjectId chosen, ObjectId named, RowIndex rows, const Place& place,
+                        const Own& own) {
+        const Column& prototype = objects_.columnPrototype(type);
+        const std::string what =
+            fmt::format("{}the column \"{}\" ({})", place.within, plainHeading(prototype.spec()), type.name);
+        std::string why = "it was not found";
+        if (chosen != kNoObject) {
+            SalvagedObject& object = objects_.at(chosen);
+            if (!object.stored || object.rows == rows) {
+                if (chosen != named && named != kNoObject)
+                    note(chosen, place.log, what + " was found again by its class");
+                own(chosen, object, place);
+                return chosen;
+            }
+            why = fmt::format("it has {} rows, its table {}", object.rows, rows);
+        } else if (named != kNoObject) {
+            why = objects_.whyNot(named);
+        }
+        const ObjectId id = chosen != kNoObject ? chosen : named;
+        if (!prototype.stored() || rows == 0) { // nothing was in it; the table makes it anew when it changes
+            if (id != kNoObject)
+                note(id, place.log, fmt::format("{} is left out ({}); it held nothing", what, why));
+            return kNoObject;
+        }
+        lose(id, place.log, fmt::format("{} is empty now, because it cannot be read ({})", what, why));
+        if (silent_ || rows > emptyRows_) // a column that is not there reads as empty, too
+            return kNoObject;
+        emptyRows_ -= rows;
+        SalvagedObject fresh;
+        fresh.type = &type;
+        fresh.typeId = type.id();
+        fresh.stored = true;
+        fresh.rows = rows;
+        fresh.fate = Fate::Kept;
+        fresh.changed = true;
+        return objects_.add(std::move(fresh));
+    }
+
+    template <class Own>
+    void claimCells(SalvagedObject& column, const Place& place, const Own& own) {
+        const Column& prototype = objects_.columnPrototype(*column.type);
+        const std::string heading = plainHeading(prototype.spec());
+        const auto within = [&](RowIndex first, RowIndex last) {
+            return first == last ? fmt::format("{}record {}: {}: ", place.within, first + 1, heading)
+                                 : fmt::format("{}records {} to {}: {}: ", place.within, first + 1, last + 1, heading);
+        };
+        // Records in a row that lose the same for the same reason are told as one.
+        struct Run {
+            RowIndex first;
+            ObjectId id;
+            std::string why;
+        };
+        std::optional<Run> run;
+        const auto tell = [&](RowIndex end) {
+            if (run)
+                lose(run->id, place.log, fmt::format("{}cannot be read ({})", within(run->first, end - 1), run->why));
+            run.reset();
+        };
+        for (RowIndex row = 0; row < column.cells.size(); ++row) {
+            ObjectId& cell = column.cells[row];
+            SalvagedObject* const object = cell == kNoObject ? nullptr : objects_.free(cell, column.cellTypeId);
+            if (cell == kNoObject || object) {
+                tell(row);
+                if (object)
+                    own(cell, *object, {place.log, within(row, row)});
+                continue;
+            }
+            std::string why = objects_.whyNot(cell);
+            if (run && run->why != why)
+                tell(row);
+            if (!run)
+                run = Run{row, cell, std::move(why)};
+            cell = kNoObject;
+            column.changed = true;
+        }
+        tell(column.cells.size());
+    }
+
+    // What is left
+
+    /// Owners before what they own, so that only the uppermost are noted.
+    void takeOrphans() {
+        const auto take = [&](auto&& which) {
+            for (auto& [id, object] : objects_.all())
+                if (object.fate == Fate::Free && object.type && which(object)) {
+                    const std::string log(logOfClass(object.type->name));
+                    note(id, log, fmt::format("nothing refers to this {}; it is kept", object.type->name));
+                    claim(id, {log, {}}, Fate::Kept);
+                }
+        };
+        take([](const SalvagedObject& object) { return !object.cells.empty(); });
+        take([](const SalvagedObject& object) { return object.table.has_value(); });
+        take([](const SalvagedObject&) { return true; });
+    }
+
+    void tellTheRest() {
+        for (auto& [id, object] : objects_.all())
+            if (!object.type && object.fate == Fate::Free) {
+                object.fate = objects_.told(id) ? Fate::Dropped : Fate::Kept;
+                if (object.fate == Fate::Kept)
+                    note(id, {}, "its class is not known to this version; it is kept as it is");
+            }
+        for (const auto& [id, unreadable] : objects_.unreadable())
+            if (!objects_.told(id)) {
+                const PersistentType* type = modelTypes().find(unreadable.typeId);
+                lose(id, type ? std::string(logOfClass(type->name)) : std::string(),
+                     fmt::format("cannot be read ({})", unreadable.why));
+            }
+    }
+
+    // The new document
+
+    Result<void> write() {
+        constexpr std::size_t kSpillInterval = 3000; // objects, so that memory holds a part of a large document only
+        for (const std::string& name : from_.names())
+            if (idOfStream(name) == kNoObject && std::ranges::find(kIndexStreams, name) == std::end(kIndexStreams))
+                copyOther(name);
+        writeDocumentStream(into_);
+        for (const auto& [id, object] : objects_.all())
+            if (object.fate == Fate::Kept) {
+                const std::string name = std::to_string(id);
+                Result<Bytes> stream = object.changed ? Result<Bytes>(object.encode()) : from_.read(name);
+                if (!stream)
+                    return stream.error();
+                into_.write(name, *std::move(stream));
+                if (++result_.objects % kSpillInterval == 0)
+                    QUOBRIX_TRY(into_.spill());
+            }
+        // The store makes the index of a file that has none from the names of its streams.
+        ObjectStore store(modelTypes());
+        store.load(into_);
+        store.freeUnusedIds(); // nothing refers to them any more
+        QUOBRIX_TRY(store.save(into_));
+        countRecords();
+        return {};
+    }
+
+    /// A stream of another program.
+    void copyOther(const std::string& name) {
+        Result<Bytes> content = from_.read(name);
+        if (content && CompoundFile::nameAllowed(name))
+            into_.write(name, *std::move(content));
+        else
+            lose(kNoObject, {}, fmt::format("the stream \"{}\" cannot be {}", name, content ? "written" : "read"));
+    }
+
+    void countRecords() {
+        for (const auto& [id, object] : objects_.all())
+            if (object.fate == Fate::Kept && object.table && object.type->singleton)
+                if (const std::string_view log = logOfClass(object.type->name); log != kOtherLog)
+                    result_.records.emplace_back(log, object.table->rows);
+        std::ranges::sort(result_.records);
+    }
+
+    void lose(ObjectId id, std::string log, std::string what) {
+        if (!silent_)
+            result_.lost.push_back({id, std::move(log), std::move(what)});
+    }
+    void note(ObjectId id, std::string log, std::string what) {
+        if (!silent_)
+            result_.notes.push_back({id, std::move(log), std::move(what)});
+    }
+
+    const CompoundFile& from_;
+    CompoundFile& into_;
+    DocumentRepair result_;
+    SalvagedObjects objects_;
+    bool empty_; ///< there are no objects to be lost
+    /// How many rows empty columns may yet be made of, so that a few columns that claim millions do not fill the disk.
+    RowIndex emptyRows_ = 1'000'000;
+    bool silent_ = false; ///< what is dropped was told about as a whole
+};
+
+} // namespace
+
+Result<DocumentRepair> salvage(const CompoundFile& from, CompoundFile& into) { return Salvage(from, into).run(); }
+
+Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into, IfThere ifThere,
+                                      const std::filesystem::path& like) {
+    // Another running copy must not lose the file that it has open, nor open one that is about to go.
+    const Result<std::unique_ptr<File>> there = openFile(into, FileMode::ReadWrite);
+    if (!there && there.error().kind == ErrorKind::InUse)
+        return there.error();
+    if (there && !(*there)->locked())
+        if (const auto owner = LockFile::ownerOf(FileSystem::system(), into); owner && *owner)
+            return Error{ErrorKind::InUse, (*owner)->text()};
+    Result<ReplacementFile> replacement = ReplacementFile::create(into, like);
+    if (!replacement)
+        return replacement.error();
+    const Result<std::unique_ptr<CompoundFile>> made = CompoundFile::create(replacement->takeFile());
+    if (!made)
+        return made.error();
+    Result<DocumentRepair> result = salvage(from, **made);
+    if (!result)
+        return result;
+    QUOBRIX_TRY((*made)->commit());
+    if (const Result<void> placed = replacement->commit(ifThere); !placed) {
+        if (!replacement->inPlace())
+            return placed.error();
+        result->notDurable = placed.error();
+    }
+    return result;
+}
+
+} // namespace quobrix
