@@ -5,31 +5,62 @@ macro(quobrix_add_folder path)
     endif()
 endmacro()
 
-# quobrix_library(FOLDER SOURCES … DEPENDS …): the library quobrix_FOLDER of src/FOLDER.
-# Headers are included as "FOLDER/header.h". Each library exposes only its own folder, through a link in the build
-# tree, so including a header of a folder that is not among the dependencies does not compile.
+# quobrix_view(TARGET SCOPE NAME PATH): TARGET includes the headers of the folder PATH as "NAME/header.h", and sees no
+# other folder beside it: the include directory is one of the build tree that holds a link to PATH and nothing else.
+function(quobrix_view target scope name path)
+    if(CMAKE_HOST_WIN32) # where links need a privilege
+        cmake_path(GET path PARENT_PATH view)
+    else()
+        set(view ${PROJECT_BINARY_DIR}/include/${name})
+        file(MAKE_DIRECTORY ${view})
+        file(CREATE_LINK ${path} ${view}/${name} SYMBOLIC)
+    endif()
+    target_include_directories(${target} ${scope} ${view})
+endfunction()
+
+# quobrix_library(FOLDER SOURCES … DEPENDS …): the library quobrix_FOLDER of src/FOLDER. It sees its own headers and those
+# of the libraries among its DEPENDS, whose own dependencies are linked but not seen: including a header of a folder that
+# is not named does not compile. What the included headers include is named too.
 function(quobrix_library folder)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
     string(REPLACE "/" "_" target quobrix_${folder})
     add_library(${target} STATIC ${ARG_SOURCES})
-    target_link_libraries(${target} PUBLIC quobrix_options ${ARG_DEPENDS})
-    if(CMAKE_HOST_WIN32)
-        target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
-    else()
-        string(REGEX REPLACE "/.*" "" top ${folder})
-        set(view ${PROJECT_BINARY_DIR}/include/${top})
-        file(MAKE_DIRECTORY ${view})
-        file(CREATE_LINK ${PROJECT_SOURCE_DIR}/src/${top} ${view}/${top} SYMBOLIC)
-        target_include_directories(${target} PUBLIC ${view})
-    endif()
+    target_link_libraries(${target} PUBLIC quobrix_options PRIVATE ${ARG_DEPENDS})
+    quobrix_all_below(below ${ARG_DEPENDS})
+    set_target_properties(${target} PROPERTIES QUOBRIX_BELOW "${below}")
+    string(REGEX REPLACE "/.*" "" top ${folder})
+    quobrix_view(${target} PUBLIC ${top} ${PROJECT_SOURCE_DIR}/src/${top})
 endfunction()
 
-# quobrix_test(NAME SOURCES … DEPENDS … [LABELS …]): a GoogleTest program. Tests see all of tests/ as "support/…".
+# quobrix_all_below(OUT TARGET…): the targets and all that they are built on.
+function(quobrix_all_below out)
+    set(all ${ARGN})
+    foreach(target ${ARGN})
+        if(TARGET ${target})
+            get_target_property(below ${target} QUOBRIX_BELOW)
+            if(below)
+                list(APPEND all ${below})
+            endif()
+        endif()
+    endforeach()
+    list(REMOVE_DUPLICATES all)
+    set(${out} ${all} PARENT_SCOPE)
+endfunction()
+
+# quobrix_test_program(NAME SOURCES … DEPENDS …): a program of tests/, which sees what the libraries it names are built on,
+# too, and all of tests/ as "support/…".
+function(quobrix_test_program name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    quobrix_all_below(depends ${ARG_DEPENDS})
+    target_link_libraries(${name} PRIVATE quobrix_options ${depends})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+endfunction()
+
+# quobrix_test(NAME SOURCES … DEPENDS … [LABELS …]): a GoogleTest program.
 function(quobrix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LABELS" ${ARGN})
-    add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE quobrix_options ${ARG_DEPENDS} GTest::gtest_main)
-    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    quobrix_test_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gtest_main)
     add_test(NAME ${name} COMMAND ${name})
     set(environment QT_QPA_PLATFORM=offscreen)
     if(WIN32 AND NOT CMAKE_HOST_WIN32) # where Wine looks for libraries that a test is linked with
@@ -41,10 +72,7 @@ endfunction()
 # quobrix_fuzz_target(NAME SOURCES … DEPENDS …): a libFuzzer program; its corpus lies in tests/fuzz/corpus/NAME without
 # _fuzz. Builds that do not fuzz run it as a test over its corpus, so that it never falls behind the code it reads with.
 function(quobrix_fuzz_target name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
-    add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE quobrix_options ${ARG_DEPENDS})
-    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    quobrix_test_program(${name} ${ARGN})
     if(NOT QUOBRIX_FUZZ)
         string(REGEX REPLACE "_fuzz$" "" subject ${name})
         target_sources(${name} PRIVATE replay_corpus.cpp)
