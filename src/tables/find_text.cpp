@@ -64,9 +64,9 @@ struct Block {
 
 class Search {
 public:
-    Search(std::span<const Column* const> columns, std::span<const RowIndex> order, const TextContext& context,
+    Search(std::span<const Column* const> columns, std::span<const RowIndex> shown, const TextContext& context,
            std::string_view needle, const FindOptions& options)
-        : columns_(columns), order_(order), context_(context), backwards_(options.backwards),
+        : columns_(columns), shown_(shown), context_(context), backwards_(options.backwards),
           matcher_(needle, options) {}
 
     /// The first hit in BLOCK, row by row. It looks at the columns one after the other, since that is several times as
@@ -83,7 +83,7 @@ public:
                 const RowIndex filled = column.rowCount();          // a damaged one may have fewer rows
                 for (std::size_t step = done; step < end; ++step) { // a hit in a further column counts if it is nearer
                     const std::size_t place = backwards_ ? block.endRow - 1 - step : block.firstRow + step;
-                    const RowIndex row = order_.empty() ? place : order_[place];
+                    const RowIndex row = shown_[place];
                     if (row < filled && matcher_.matches(column.textView(row, context_, buffer_))) {
                         hit = CellPlace{at, place};
                         end = step;
@@ -98,7 +98,7 @@ public:
 
 private:
     std::span<const Column* const> columns_;
-    std::span<const RowIndex> order_;
+    std::span<const RowIndex> shown_;
     const TextContext& context_;
     bool backwards_;
     Matcher matcher_;
@@ -107,14 +107,14 @@ private:
 
 } // namespace
 
-std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> order,
+std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> shown,
                                   const TextContext& context, std::string_view needle, const FindOptions& options,
                                   std::optional<CellPlace> from) {
     if (needle.empty() || columns.empty())
         return {};
-    const std::size_t rows = order.empty() ? columns.front()->rowCount() : order.size();
+    const std::size_t rows = shown.size();
     const std::size_t width = columns.size();
-    Search search(columns, order, context, needle, options);
+    Search search(columns, shown, context, needle, options);
     if (rows == 0 || !from)
         return search.in({0, rows, 0, width});
     const auto [column, row] = from->row < rows ? *from : CellPlace{width - 1, rows - 1};

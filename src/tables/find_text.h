@@ -24,9 +24,9 @@ struct CellPlace {
 };
 
 /// The next cell behind FROM (before it, when searching backwards), row by row, that reads NEEDLE as the user sees it.
-/// FROM itself is looked at last, and without FROM the search starts at the first (last) cell. ORDER gives the stored
-/// row of each row shown; empty: as stored. Nothing if NEEDLE is empty.
-std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> order,
+/// FROM itself is looked at last, and without FROM the search starts at the first (last) cell. SHOWN are the stored
+/// rows that are shown, in the order shown. Nothing if NEEDLE is empty.
+std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> shown,
                                   const TextContext& context, std::string_view needle, const FindOptions& options,
                                   std::optional<CellPlace> from);
 

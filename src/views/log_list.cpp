@@ -2,6 +2,8 @@
 
 #include "tables/table.h"
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -46,7 +48,7 @@ void LogList::show(const Table* log) {
     {
         const QSignalBlocker onlyOneChange(this);
         setColumns(std::move(columns));
-        makeCurrent(log ? log->rowCount() : 0);
+        makeCurrent();
     }
     emit currentRowChanged();
 }
@@ -58,13 +60,14 @@ std::optional<Report> LogList::printable(const std::optional<RecordRange>& range
     return Report{spec_.title, {std::move(grid)}};
 }
 
-void LogList::makeCurrent(RowIndex rows) {
-    if (rows == 0)
+void LogList::makeCurrent() {
+    const std::span<const RowIndex> rows = model().rows();
+    if (rows.empty())
         return;
-    RowIndex row = rows - 1;
-    for (RowIndex i = 0; current_ && i < rows; ++i)
-        if (records_->at(i) == current_->identity && keyOf(i) == current_)
-            row = i;
+    RowIndex row = *std::ranges::max_element(rows);
+    for (const RowIndex each : rows)
+        if (current_ && records_->at(each) == current_->identity && keyOf(each) == current_)
+            row = each;
     if (currentRow() != row)
         setCurrentRow(row);
 }

@@ -38,7 +38,7 @@ private:
     };
 
     std::optional<Key> keyOf(RowIndex row) const;
-    void makeCurrent(RowIndex rows);
+    void makeCurrent();
 
     const LogListSpec& spec_;
     const RecordColumn* records_ = nullptr;

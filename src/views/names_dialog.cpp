@@ -225,8 +225,8 @@ void NamesDialog::nameKeys(std::span<const std::string> keys) {
     const SpreadsheetModel& model = list_->model();
     std::vector<int> places;
     for (const std::string& key : keys)
-        if (const RowIndex row = names_.find(key); row < names_.rowCount())
-            places.push_back(model.placeOf(row));
+        if (const auto place = model.placeOf(names_.find(key)))
+            places.push_back(*place);
     if (places.empty())
         return;
     std::ranges::sort(places);

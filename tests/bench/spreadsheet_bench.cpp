@@ -197,7 +197,7 @@ private:
         add(
             label, 0.5, [=, this] { require(findInPlain(needle) == hit); },
             [=, this] {
-                require(findText(searched_, spreadsheet_.model().order(), text_, needle, {}, {}).has_value() == hit);
+                require(findText(searched_, spreadsheet_.model().rows(), text_, needle, {}, {}).has_value() == hit);
             });
     }
     static void require(bool condition) {

@@ -3,6 +3,8 @@
 #include "base/fold_case.h"
 #include "tables/sample_table.h"
 
+#include <numeric>
+
 namespace quobrix::test {
 namespace {
 
@@ -18,7 +20,7 @@ protected:
         return findText(columns, order_, context_, needle, options, from);
     }
     SampleTable table_{4};
-    std::vector<RowIndex> order_;
+    std::vector<RowIndex> order_{0, 1, 2, 3};
 };
 
 TEST_F(Finding, GoesRowByRowFromTheCellBehind) {
@@ -44,6 +46,7 @@ TEST_F(Finding, FindsTheNextCellFromAnyOtherAmongManyRows) {
         table.column<SampleName>().set(row, row % 11 == 3 ? "2" : "");
         table.column<SampleKey>().set(row, row > 20 && row < 25 ? "122" : "1");
     }
+    order_.clear();
     for (RowIndex row = 0; row < kRows; ++row)
         order_.push_back((row * 10 + 5) % kRows);
     const auto reads = [&](std::size_t cell) {
@@ -80,6 +83,8 @@ TEST_F(Finding, FindsWhatTheFoldedTextHolds) {
                                             "Unknown #12, 10 \xC3 \xFF", "k@[`{", "nana nanan",    ""};
     table_.insertRows(4, texts.size() - 4);
     table_.column<SampleKey>().setAll(texts);
+    order_.resize(texts.size());
+    std::iota(order_.begin(), order_.end(), RowIndex{0});
     for (const char* needle : {"ä", "Änne", "rückfahrt", "été", "7", "REMARK", "re-r", "nanan", "#12", "\xFF", "\xC3 ",
                                "K@[`{", "[", "`", "{", "annex", "nanan nana"})
         for (const bool whole : {false, true}) {

@@ -77,6 +77,8 @@ public:
     int columnCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : kFieldCount; }
 
     QVariant data(const QModelIndex& cell, int role) const override {
+        if (!cell.isValid())
+            return {};
         switch (role) {
         case Qt::DisplayRole:
             return text(cell.row(), cell.column());

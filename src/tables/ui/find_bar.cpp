@@ -171,7 +171,7 @@ void FindBar::find(bool backwards, bool atCurrent) {
     }
     FindOptions how = options();
     how.backwards = backwards;
-    const auto hit = findText(columns, model_.order(), context_, text_->text().toStdString(), how, from);
+    const auto hit = findText(columns, model_.rows(), context_, text_->text().toStdString(), how, from);
     if (!hit) {
         count_->setText(how.wrap ? QStringLiteral("Not found") : QStringLiteral("No more"));
         return;
@@ -202,9 +202,8 @@ void FindBar::countOn() {
     FindOptions how = options();
     how.wrap = false;
     std::optional<CellPlace> hit;
-    if (!part.empty())
-        while ((hit = findText(columns, part, context_, needle, how, hit)))
-            ++hits_;
+    while ((hit = findText(columns, part, context_, needle, how, hit)))
+        ++hits_;
     counted_ = end;
     if (counted_ == rows)
         counter_->stop();

@@ -59,7 +59,10 @@ TSpreadsheet::TSpreadsheet(const SpreadsheetContext& context, const SpreadsheetS
         if (finishEdit())
             deleteSelection();
     });
-    connect(&model_, &QAbstractItemModel::layoutChanged, this, &TSpreadsheet::orderChanged);
+    connect(&model_, &SpreadsheetModel::shownRowsChanged, this, [this] {
+        commands_->refresh();
+        emit orderChanged();
+    });
     connect(&model_, &QAbstractItemModel::modelReset, commands_, &SpreadsheetCommands::refresh);
     connect(&model_, &SpreadsheetModel::firstRowsInserted, this, &TSpreadsheet::showFirstRows);
     connect(&model_, &SpreadsheetModel::rowsEdited, this, &TSpreadsheet::rowsEdited);
@@ -96,15 +99,27 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
         layout_.fitToTexts();
 }
 
+bool TSpreadsheet::setFilter(RowFilter filter) {
+    if (!finishEdit())
+        return false;
+    view_->setFilter(std::move(filter));
+    restoreLayout();
+    return true;
+}
+
 void TSpreadsheet::unitsChanged() {
     model_.valuesChanged();
     if (layout_.restored())
         layout_.fitToTexts();
 }
 
-void TSpreadsheet::showFirstRows() {
-    if (!layout_.restored())
+void TSpreadsheet::restoreLayout() {
+    if (!layout_.restored() && model_.rowCount() > 0)
         layout_.restore();
+}
+
+void TSpreadsheet::showFirstRows() {
+    restoreLayout();
     view_->goTo(model_.index(0, shownColumns(*view_).front()));
 }
 
@@ -127,9 +142,17 @@ void TSpreadsheet::setCurrentRow(RowIndex row) {
 }
 
 void TSpreadsheet::setCurrentCell(RowIndex row, int column) {
-    if (row >= static_cast<RowIndex>(model_.rowCount()))
+    if (row >= model_.storedRows())
         return;
-    view_->goTo(model_.index(model_.placeOf(row), column));
+    const bool hidden = !model_.placeOf(row);
+    if (hidden && !setFilter({}))
+        return;
+    const QModelIndex cell = model_.index(*model_.placeOf(row), column);
+    view_->goTo(cell);
+    if (hidden) {
+        view_->say(QStringLiteral("The filter has been taken off, since it hid this row."), cell);
+        emit filterLifted();
+    }
 }
 
 void TSpreadsheet::showCell(std::string_view columnKey, RowIndex row) {
@@ -141,8 +164,9 @@ void TSpreadsheet::showCell(std::string_view columnKey, RowIndex row) {
 }
 
 std::optional<RowIndex> TSpreadsheet::neighbour(RowIndex row, int step) const {
-    const int place = model_.placeOf(row) + step;
-    return place >= 0 && place < model_.rowCount() ? std::optional(model_.storedRow(place)) : std::nullopt;
+    const auto place = model_.placeOf(row);
+    const int other = place ? *place + step : -1;
+    return other >= 0 && other < model_.rowCount() ? std::optional(model_.storedRow(other)) : std::nullopt;
 }
 
 const Table* TSpreadsheet::table() const {
@@ -354,7 +378,7 @@ bool TSpreadsheet::canEmpty(const CellBlock& block) const {
         return false;
     return std::ranges::all_of(block.columns, [&](int shown) {
         const Column& column = model_.column(shown);
-        const auto free = [&](int place) { return column.lockedBecause(model_.storedRow(place)).empty(); };
+        const auto free = [&](int place) { return model_.lockedBecause(place, shown).isEmpty(); };
         return model_.isEditable(shown) && column.requirements().need != Need::Required &&
                column.parse({}, context_.text).ok() && std::ranges::all_of(block.places, free);
     });
@@ -369,7 +393,7 @@ void TSpreadsheet::stepHistory(void (TableEdits::*step)()) {
         return;
     lastEdited_.reset();
     (context_.edits->*step)();
-    if (lastEdited_ && *lastEdited_ < static_cast<RowIndex>(model_.rowCount()))
+    if (lastEdited_ && model_.placeOf(*lastEdited_))
         setCurrentCell(*lastEdited_, std::max(0, view_->currentIndex().column()));
 }
 
@@ -393,6 +417,7 @@ FindBar& TSpreadsheet::findBar() {
         layout()->addWidget(findBar_);
         connect(&model_, &QAbstractItemModel::modelReset, findBar_, &FindBar::cellsChanged);
         connect(&model_, &QAbstractItemModel::dataChanged, findBar_, &FindBar::cellsChanged);
+        connect(&model_, &SpreadsheetModel::shownRowsChanged, findBar_, &FindBar::cellsChanged);
     }
     return *findBar_;
 }

@@ -68,12 +68,16 @@ public:
     /// The stored row that is current; nothing if there is none.
     std::optional<RowIndex> currentRow() const { return view_->currentRow(); }
     void setCurrentRow(RowIndex row);
-    /// Makes a cell current and brings it into view; the column is one of those shown.
+    /// Makes a cell current and brings it into view; the column is one of those shown. A filter that hides the row is
+    /// taken off.
     void setCurrentCell(RowIndex row, int column);
     /// The same by the column's key; the row alone, if that column is not shown.
     void showCell(std::string_view columnKey, RowIndex row);
-    /// The row shown STEP rows below (above, if negative) ROW; nothing if there is none.
+    /// The row shown STEP rows below (above, if negative) ROW; nothing if there is none, or ROW is not shown.
     std::optional<RowIndex> neighbour(RowIndex row, int step) const;
+
+    /// As SpreadsheetView::setFilter. False if an open editor's value is refused: nothing has changed.
+    bool setFilter(RowFilter filter);
 
     /// Shows the same in other units, in columns as wide as that takes.
     void unitsChanged();
@@ -84,8 +88,10 @@ public:
 signals:
     void rowActivated(quobrix::RowIndex row);
     void currentRowChanged();
-    /// The rows are shown in another order.
+    /// The rows are shown in another order, or other ones are.
     void orderChanged();
+    /// The filter has been taken off, because somebody goes to a row that it hid.
+    void filterLifted();
 
 protected:
     const SpreadsheetContext& context() const { return context_; }
@@ -123,6 +129,7 @@ private:
     void showHeaderMenu(int column, const QPoint& position);
     /// A list that had no rows gets its layout, which depends on their texts, and a current cell.
     void showFirstRows();
+    void restoreLayout();
     void rowsEdited(RowIndex row, std::size_t rows);
     void followHistory();
 

@@ -5,13 +5,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 
 namespace quobrix {
 namespace {
-
-// Rows that lie apart come and go one by one, so that the current cell and the selection stay with their rows. Many of
-// them would keep the views busy for seconds.
-constexpr std::size_t kMostSteps = 64;
 
 /// The heading in its one or two lines, without its mnemonic mark.
 QString headingLines(const ColumnSpec& spec) { return toQt(spec.heading).remove(QLatin1Char('&')).trimmed(); }
@@ -59,13 +56,13 @@ void SpreadsheetModel::setColumns(std::vector<ShownColumn> columns, RowTitle row
         sources_.push_back(source);
     }
     rowTitle_ = std::move(rowTitle);
-    order_.reset(columns_.empty() ? 0 : columns_.front().column->rowCount());
-    applyOrder();
+    shown_.reset(columns_.empty() ? 0 : columns_.front().column->rowCount(), filter_);
+    sortRows(shown_);
     endResetModel();
 }
 
 bool SpreadsheetModel::shows(const std::vector<ShownColumn>& columns) const {
-    if (columns.empty() || columns != columns_ || columns.front().column->rowCount() != order_.size())
+    if (columns.empty() || columns != columns_ || columns.front().column->rowCount() != shown_.stored())
         return false;
     for (std::size_t i = 0; i < columns.size(); ++i) // where one object may have taken the place of another
         if (&columns[i].column->spec() != specs_[i] || tableId(*columns[i].column) != sources_[i].table)
@@ -75,9 +72,23 @@ bool SpreadsheetModel::shows(const std::vector<ShownColumn>& columns) const {
 
 void SpreadsheetModel::valuesChanged() {
     emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
-    emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    if (rowCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
     if (sorted())
         sortAgain();
+}
+
+void SpreadsheetModel::setFilter(RowFilter filter) {
+    filter_ = std::move(filter);
+    ShownRows next = shown_;
+    next.reset(shown_.stored(), filter_);
+    sortRows(next);
+    show(std::move(next));
+}
+
+std::optional<int> SpreadsheetModel::placeOf(RowIndex row) const {
+    const auto place = shown_.placeOf(row);
+    return place ? std::optional(static_cast<int>(*place)) : std::nullopt;
 }
 
 int SpreadsheetModel::indexOf(std::string_view key) const {
@@ -180,7 +191,7 @@ QModelIndex SpreadsheetModel::index(int row, int column, const QModelIndex& pare
 }
 
 int SpreadsheetModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(order_.size());
+    return parent.isValid() ? 0 : static_cast<int>(shown_.size());
 }
 
 int SpreadsheetModel::columnCount(const QModelIndex& parent) const {
@@ -188,7 +199,7 @@ int SpreadsheetModel::columnCount(const QModelIndex& parent) const {
 }
 
 Qt::ItemFlags SpreadsheetModel::flags(const QModelIndex& cell) const {
-    Qt::ItemFlags flags = QAbstractTableModel::flags(cell) | Qt::ItemNeverHasChildren;
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(cell);
     if (!cell.isValid() || !isEditable(cell.column()))
         return flags;
     return flags | (isCheckBox(cell.column()) ? Qt::ItemIsUserCheckable : Qt::ItemIsEditable);
@@ -239,6 +250,8 @@ QVariant SpreadsheetModel::headerData(int section, Qt::Orientation orientation, 
         if (role != Qt::DisplayRole)
             return {};
         const RowIndex row = storedRow(section);
+        if (row == ShownRows::kGone)
+            return {};
         return rowTitle_ ? rowTitle_(row) : toQt(context_.units.formatInteger(static_cast<std::int64_t>(row) + 1));
     }
     const QString& heading = columns_[static_cast<std::size_t>(section)].heading;
@@ -270,44 +283,45 @@ void SpreadsheetModel::sort(int column, Qt::SortOrder order) {
 }
 
 void SpreadsheetModel::sortAgain() {
-    emit layoutAboutToBeChanged({}, VerticalSortHint);
-    const QModelIndexList before = persistentIndexList();
-    std::vector<RowIndex> rows;
-    rows.reserve(static_cast<std::size_t>(before.size()));
-    for (const QModelIndex& cell : before)
-        rows.push_back(storedRow(cell.row()));
-    applyOrder();
-    QModelIndexList after;
-    after.reserve(before.size());
-    for (qsizetype i = 0; i < before.size(); ++i)
-        after.push_back(index(placeOf(rows[static_cast<std::size_t>(i)]), before[i].column()));
-    changePersistentIndexList(before, after);
-    emit layoutChanged({}, VerticalSortHint);
+    ShownRows next = shown_;
+    sortRows(next);
+    show(std::move(next));
 }
 
-void SpreadsheetModel::applyOrder() {
+void SpreadsheetModel::sortRows(ShownRows& rows) const {
     if (sortColumn_ >= 0 && sortColumn_ < columnCount())
-        order_.sort(column(sortColumn_), order_.size(), context_, sortDownward_);
+        rows.sort(column(sortColumn_), context_, sortDownward_);
     else
-        order_.reset(order_.size());
+        rows.unsort();
 }
 
 void SpreadsheetModel::tableChanged(const TableChange& change) {
     if (columns_.empty())
         return;
     const bool own = change.table == sources_.front().table;
-    if (own && change.kind == TableChange::Kind::RowsInserted)
-        return insertPlaces(change.rows);
-    if (own && change.kind == TableChange::Kind::RowsRemoved)
-        return removePlaces(change.rows);
+    if (own && change.kind == TableChange::Kind::RowsInserted) {
+        const bool firstRows = shown_.size() == 0;
+        shown_.rowsInserted(change.rows);
+        ShownRows next = shown_;
+        next.show(change.rows);
+        show(std::move(next));
+        if (firstRows)
+            emit firstRowsInserted();
+        emit rowsEdited(change.rows.front().first, change.rows.back().end() - change.rows.front().first);
+        return;
+    }
+    if (own && change.kind == TableChange::Kind::RowsRemoved) {
+        shown_.rowsRemoved(change.rows);
+        ShownRows next = shown_;
+        next.dropGone();
+        return show(std::move(next));
+    }
     // Computed columns change with others of their row, and names with the tables that they come from.
     const RowRun& rows = change.rows.front();
     const bool oneRow = own && rows.count == 1 && !marksOtherRows(change);
-    const int first = oneRow ? placeOf(rows.first) : 0;
-    const int last = oneRow ? first : rowCount() - 1;
-    if (last < first)
-        return;
-    emit dataChanged(index(first, 0), index(last, columnCount() - 1));
+    const std::optional<int> first = oneRow ? placeOf(rows.first) : 0;
+    if (first && *first < rowCount())
+        emit dataChanged(index(*first, 0), index(oneRow ? *first : rowCount() - 1, columnCount() - 1));
     if (own)
         emit rowsEdited(rows.first, rows.count);
     else
@@ -324,70 +338,69 @@ bool SpreadsheetModel::marksOtherRows(const TableChange& change) const {
     return false;
 }
 
-void SpreadsheetModel::insertPlaces(const RowRuns& rows) {
-    const std::size_t count = countRows(rows);
-    const std::size_t first = rows.front().first;
-    const bool firstRows = order_.size() == 0;
-    if (!order_.rows().empty()) {
-        const std::size_t end = order_.size();
-        RowOrder order = order_;
-        order.insert(rows);
-        replacePlaces(end, 0, count, std::move(order));
-    } else if (rows.size() <= kMostSteps) {
-        for (const RowRun& run : rows) {
-            beginInsertRows({}, static_cast<int>(run.first), static_cast<int>(run.end()) - 1);
-            order_.insert(std::span(&run, 1));
-            endInsertRows();
+// Views keep what is current and selected only through single steps: rows that lie together go, rows that lie together
+// come, rows move. So those that go are gathered first, and those that come are put in order afterwards. All the while
+// storedRow() answers with the numbers of now: views ask it in between.
+void SpreadsheetModel::show(ShownRows next) {
+    std::vector<std::size_t> places;
+    for (std::size_t place = 0; place < shown_.size(); ++place)
+        if (!next.placeOf(shown_.rowAt(place)))
+            places.push_back(place);
+    if (!places.empty()) {
+        const std::size_t last = places.back();
+        const std::size_t first = last + 1 - places.size(); // of these rows, once gathered at the last one's place
+        if (places.front() != first) {
+            std::vector<std::size_t> from(shown_.size());
+            std::iota(from.begin(), from.end(), std::size_t{0});
+            std::stable_partition(from.begin(), from.begin() + static_cast<std::ptrdiff_t>(last) + 1,
+                                  [&](std::size_t place) { return next.placeOf(shown_.rowAt(place)).has_value(); });
+            arrange(from);
         }
-    } else {
-        const std::size_t block = rows.back().end() - first;
-        RowOrder order = order_;
-        order.insert(rows);
-        replacePlaces(first, block - count, block, std::move(order));
-    }
-    if (firstRows)
-        emit firstRowsInserted();
-    emit rowsEdited(first, rows.back().end() - first);
-}
-
-void SpreadsheetModel::removePlaces(const RowRuns& rows) {
-    std::size_t first = order_.size();
-    std::size_t last = 0;
-    for (const RowRun& run : rows)
-        for (RowIndex row = run.first; row < run.end(); ++row) {
-            first = std::min(first, order_.placeOf(row));
-            last = std::max(last, order_.placeOf(row));
-        }
-    const std::size_t block = last - first + 1;
-    const std::size_t count = countRows(rows);
-    if (block == count || count > kMostSteps) {
-        RowOrder order = order_;
-        order.remove(rows);
-        return replacePlaces(first, block, block - count, std::move(order));
-    }
-    for (auto run = rows.rbegin(); run != rows.rend(); ++run)
-        for (RowIndex row = run->end(); row-- > run->first;) {
-            const int place = placeOf(row);
-            const RowRun one{row, 1};
-            beginRemoveRows({}, place, place);
-            order_.remove(std::span(&one, 1));
-            endRemoveRows();
-        }
-}
-
-/// Takes BEFORE places from FIRST on out and puts in AFTER ones, which makes ORDER.
-void SpreadsheetModel::replacePlaces(std::size_t first, std::size_t before, std::size_t after, RowOrder order) {
-    const auto begin = static_cast<int>(first);
-    if (before > 0) {
-        beginRemoveRows({}, begin, begin + static_cast<int>(before) - 1);
-        order_ = after > 0 ? order.without(first, after) : order;
+        beginRemoveRows({}, static_cast<int>(first), static_cast<int>(last));
+        shown_.eraseAt(first, places.size());
         endRemoveRows();
     }
-    if (after > 0) {
-        beginInsertRows({}, begin, begin + static_cast<int>(after) - 1);
-        order_ = std::move(order);
+
+    std::vector<RowIndex> coming;
+    std::size_t first = 0;
+    for (std::size_t place = 0; place < next.size(); ++place)
+        if (!shown_.placeOf(next.rowAt(place))) {
+            if (coming.empty())
+                first = place;
+            coming.push_back(next.rowAt(place));
+        }
+    if (!coming.empty()) {
+        const std::size_t at = std::min(first, shown_.size());
+        beginInsertRows({}, static_cast<int>(at), static_cast<int>(at + coming.size()) - 1);
+        shown_.insertAt(at, coming);
         endInsertRows();
     }
+
+    if (!std::ranges::equal(shown_.rows(), next.rows())) {
+        std::vector<std::size_t> from;
+        from.reserve(next.size());
+        for (const RowIndex row : next.rows())
+            from.push_back(*shown_.placeOf(row));
+        arrange(from);
+    }
+    shown_ = std::move(next);
+    emit shownRowsChanged();
+}
+
+/// Puts what is at place FROM[i] at place i.
+void SpreadsheetModel::arrange(std::span<const std::size_t> from) {
+    emit layoutAboutToBeChanged({}, VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<int> to(from.size());
+    for (std::size_t place = 0; place < from.size(); ++place)
+        to[from[place]] = static_cast<int>(place);
+    shown_.arrange(from);
+    QModelIndexList after;
+    after.reserve(before.size());
+    for (const QModelIndex& cell : before)
+        after.push_back(index(to[static_cast<std::size_t>(cell.row())], cell.column()));
+    changePersistentIndexList(before, after);
+    emit layoutChanged({}, VerticalSortHint);
 }
 
 } // namespace quobrix

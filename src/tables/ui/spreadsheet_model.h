@@ -2,7 +2,7 @@
 
 #include "tables/check.h"
 #include "tables/table_edits.h"
-#include "tables/ui/row_order.h"
+#include "tables/ui/shown_rows.h"
 
 #include <QAbstractTableModel>
 
@@ -25,9 +25,9 @@ struct ShownColumn {
 /// What an empty cell reads.
 inline constexpr const char* kEmptyCell = " [ Empty ] ";
 
-/// Columns of a table as a Qt model, in an order of its own: texts are made only for the cells that are painted, and
-/// sorting moves no stored row. It follows every edit, wherever it is made. Header data of Qt::UserRole is the column's
-/// key.
+/// Columns of a table as a Qt model, with a choice and order of rows of its own: texts are made only for the cells that
+/// are painted, and sorting moves no stored row. It follows every edit, wherever it is made. Whatever comes, goes or
+/// moves, cells that stay shown keep their persistent indexes. Header data of Qt::UserRole is the column's key.
 class SpreadsheetModel final : public QAbstractTableModel, private TableEditsListener {
     Q_OBJECT
 public:
@@ -39,7 +39,8 @@ public:
     ~SpreadsheetModel() override;
 
     /// Shows COLUMNS; the first one says how many rows there are. Where another column has fewer rows, its cells are
-    /// empty. The columns must be there when cells are painted or sorted; headings and keys do not need them.
+    /// empty. The columns must be there when cells are painted or sorted; headings and keys do not need them. The
+    /// filter stays, and is asked about these rows.
     void setColumns(std::vector<ShownColumn> columns, RowTitle rowTitle = {});
     /// What is shown already, but reads otherwise, in other units for instance; with the same cells current and
     /// selected.
@@ -54,11 +55,20 @@ public:
     /// The column's position in its table.
     std::size_t tableColumn(int column) const { return sources_[static_cast<std::size_t>(column)].column; }
 
-    /// The stored row that is shown at PLACE, and back.
-    RowIndex storedRow(int place) const { return order_.rowAt(static_cast<std::size_t>(place)); }
-    int placeOf(RowIndex row) const { return static_cast<int>(order_.placeOf(row)); }
-    /// The stored rows by place; empty in their stored order.
-    std::span<const RowIndex> order() const { return order_.rows(); }
+    /// Shows only the rows that FILTER wants (none: all), whatever columns are set. It is asked now and by
+    /// setColumns(): a row that is edited stays as it is, shown or not, and one that comes by an edit is shown until
+    /// the next time.
+    void setFilter(RowFilter filter);
+    bool filtered() const { return filter_ != nullptr; }
+    /// How many rows there are, shown or not.
+    RowIndex storedRows() const { return shown_.stored(); }
+
+    /// The stored row that is shown at PLACE. While a removal is under way it may be ShownRows::kGone.
+    RowIndex storedRow(int place) const { return shown_.rowAt(static_cast<std::size_t>(place)); }
+    /// Nothing for a row that is not shown.
+    std::optional<int> placeOf(RowIndex row) const;
+    /// The stored rows that are shown, by place.
+    std::span<const RowIndex> rows() const { return shown_.rows(); }
 
     /// The cell as it reads; empty where there is no value.
     QString text(int place, int column) const;
@@ -99,6 +109,8 @@ public:
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
 signals:
+    /// Other rows are shown, or in another order, but for a reset. Sent when all of it is done.
+    void shownRowsChanged();
     /// Rows have come by an edit to where there were none.
     void firstRowsInserted();
     /// Values of stored rows have changed, so that the rows may not be in order any more.
@@ -118,15 +130,15 @@ private:
 
     bool hasCell(int place, int column) const;
     QString unitOf(int column) const;
-    void applyOrder();
+    void sortRows(ShownRows& rows) const;
 
     void tableChanged(const TableChange& change) override;
     void historyChanged() override { emit editHistoryChanged(); }
     /// Cells of other rows are marked by what stands in the columns that CHANGE is about.
     bool marksOtherRows(const TableChange& change) const;
-    void insertPlaces(const RowRuns& rows);
-    void removePlaces(const RowRuns& rows);
-    void replacePlaces(std::size_t first, std::size_t before, std::size_t after, RowOrder order);
+    /// Comes from what is shown to NEXT, in steps that views can follow.
+    void show(ShownRows next);
+    void arrange(std::span<const std::size_t> from);
 
     TextContext context_;
     TableEdits* edits_;
@@ -135,7 +147,8 @@ private:
     std::vector<Source> sources_;
     mutable std::map<const Table*, TableChecker> checkers_;
     RowTitle rowTitle_;
-    RowOrder order_;
+    RowFilter filter_;
+    ShownRows shown_;
     int sortColumn_ = -1;
     bool sortDownward_ = false;
 };

@@ -1,12 +1,14 @@
 #include "tables/ui/spreadsheet_view.h"
 
 #include "base/ui/qt_text.h"
+#include "tables/ui/cell_block.h"
 #include "tables/ui/cell_editor.h"
 #include "tables/ui/cell_note.h"
 #include "tables/ui/frozen_column.h"
 #include "tables/ui/spreadsheet_delegate.h"
 #include "tables/ui/spreadsheet_model.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -85,6 +87,12 @@ SpreadsheetView::SpreadsheetView(SpreadsheetModel& model, Use use, QString empty
     for (const auto signal : {&QHeaderView::sectionResized, &QHeaderView::sectionMoved})
         connect(&header, signal, this, &SpreadsheetView::placeFrozen);
     setSortingEnabled(true);
+    // What assistive technology reads of a cell is kept by row and column, and the toolkit forgets to move it along.
+    connect(&model, &QAbstractItemModel::layoutChanged, this, [this] {
+        QAccessibleTableModelChangeEvent moved(this, QAccessibleTableModelChangeEvent::ModelReset);
+        if (QAccessibleInterface* const read = QAccessible::queryAccessibleInterface(this))
+            read->tableInterface()->modelChange(&moved);
+    });
 }
 
 SpreadsheetView::~SpreadsheetView() {
@@ -95,7 +103,8 @@ SpreadsheetView::~SpreadsheetView() {
 
 std::optional<RowIndex> SpreadsheetView::currentRow() const {
     const QModelIndex cell = currentIndex();
-    return cell.isValid() ? std::optional(model_.storedRow(cell.row())) : std::nullopt;
+    const RowIndex row = cell.isValid() ? model_.storedRow(cell.row()) : ShownRows::kGone;
+    return row == ShownRows::kGone ? std::nullopt : std::optional(row);
 }
 
 void SpreadsheetView::goTo(const QModelIndex& cell) {
@@ -210,6 +219,7 @@ void SpreadsheetView::toggle(const QModelIndex& cell) {
 
 void SpreadsheetView::reset() {
     edited_ = QPersistentModelIndex();
+    rowBeforeFilter_.reset();
     note_->hide();
     QTableView::reset();
 }
@@ -297,7 +307,33 @@ void SpreadsheetView::sortAgain() {
     const int before = currentIndex().row();
     model_.sortAgain();
     if (row) // scrolled by rows: as many as it has moved
-        verticalScrollBar()->setValue(verticalScrollBar()->value() + model_.placeOf(*row) - before);
+        verticalScrollBar()->setValue(verticalScrollBar()->value() + currentIndex().row() - before);
+}
+
+void SpreadsheetView::setFilter(RowFilter filter) {
+    if (const auto row = currentRow()) {
+        rowBeforeFilter_ = row;
+        const auto goes = [&](int place) { return filter && !filter(model_.storedRow(place)); };
+        const int here = currentIndex().row();
+        int place = here;
+        while (place < model_.rowCount() && goes(place))
+            ++place;
+        if (place == model_.rowCount())
+            for (place = here - 1; place >= 0 && goes(place);)
+                --place;
+        if (place >= 0 && place != here)
+            selectionModel()->setCurrentIndex(model_.index(place, currentIndex().column()),
+                                              QItemSelectionModel::NoUpdate);
+    }
+    model_.setFilter(std::move(filter));
+    if (model_.rowCount() == 0)
+        return;
+    if (rowBeforeFilter_ && !currentIndex().isValid())
+        goTo(model_.index(model_.placeOf(*rowBeforeFilter_).value_or(0), shownColumns(*this).front()));
+    else if (currentIndex().isValid() && !selectionModel()->hasSelection())
+        goTo(currentIndex());
+    else if (currentIndex().isValid())
+        scrollTo(currentIndex());
 }
 
 bool SpreadsheetView::moveBy(int rowStep, int columnStep) {
@@ -491,7 +527,8 @@ void SpreadsheetView::paintEvent(QPaintEvent* event) {
         return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
+    const QString text = model_.storedRows() > 0 ? QStringLiteral("The filter shows none of the rows.") : emptyText_;
+    painter.drawText(viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, text);
 }
 
 } // namespace quobrix

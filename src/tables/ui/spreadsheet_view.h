@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tables/column.h"
+#include "tables/ui/shown_rows.h"
 
 #include <QTableView>
 
@@ -54,6 +54,9 @@ public:
 
     /// Sorts anew, with the current row at the same height of the window.
     void sortAgain();
+    /// As SpreadsheetModel::setFilter. The current row stays so, else the next one that stays shown becomes it; with no
+    /// row shown there is none, and with rows again the one that was current last becomes so.
+    void setFilter(RowFilter filter);
 
 signals:
     void rowActivated(quobrix::RowIndex row);
@@ -115,8 +118,9 @@ private:
     FrozenColumn* frozen_ = nullptr; ///< made when it is first needed
     bool frozenHeld_ = false;        ///< it may have the mouse, so it is neither hidden nor moved
     bool marksCurrent_ = false;
-    QPersistentModelIndex edited_; ///< the cell of the open editor
-    bool accepted_ = true;         ///< the editor's value has been taken
+    std::optional<RowIndex> rowBeforeFilter_; ///< the current one, when the filter was set last
+    QPersistentModelIndex edited_;            ///< the cell of the open editor
+    bool accepted_ = true;                    ///< the editor's value has been taken
     QPersistentModelIndex pressedBox_;
 };
 

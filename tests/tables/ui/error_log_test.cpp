@@ -5,6 +5,7 @@
 #include "tables/sample_table.h"
 #include "tables/ui/requirements_window.h"
 
+#include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -31,6 +32,7 @@ protected:
 
     Settings settings_{std::make_unique<MemorySettings>()};
     TErrorLog log_{context_, settings_, nullptr};
+    QAbstractItemModelTester tester_{list().model(), QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
 
 TEST_F(ErrorLog, ListsFindingsOrSaysThatThereAreNone) {

@@ -6,6 +6,7 @@
 #include "tables/table_edits.h"
 #include "tables/ui/table_spreadsheet.h"
 
+#include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QTest>
 
@@ -74,6 +75,7 @@ protected:
     std::unique_ptr<TTableSpreadsheet> makeSheet(SpreadsheetView::Use use = SpreadsheetView::Use::Cells) {
         auto made = std::make_unique<TTableSpreadsheet>(
             context_, SpreadsheetSpec{"Sample", QStringLiteral("Sample"), QStringLiteral("Nothing."), use});
+        new QAbstractItemModelTester(&made->model(), QAbstractItemModelTester::FailureReportingMode::Fatal, made.get());
         made->resize(900, 400);
         made->showTable(table_);
         return made;

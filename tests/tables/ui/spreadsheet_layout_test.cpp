@@ -186,7 +186,7 @@ TEST_F(SpreadsheetLayoutTest, CellsLieApartInTheHashByWhichTheyAreKept) {
     model.sort(S::Count);
     for (RowIndex row = 0; row < large.rowCount(); row += 997) {
         const QPersistentModelIndex& cell = kept[row * kColumns + S::Name];
-        EXPECT_EQ(cell, model.index(model.placeOf(row), S::Name));
+        EXPECT_EQ(cell, model.index(*model.placeOf(row), S::Name));
         EXPECT_EQ(static_cast<RowIndex>(cell.row()), row * 7919 % 20'000);
     }
 }

@@ -1,4 +1,4 @@
-#include "tables/ui/row_order.h"
+#include "tables/ui/shown_rows.h"
 
 #include "base/ui/qt_text.h"
 
@@ -9,8 +9,6 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
-#include <string>
-#include <unordered_map>
 
 namespace quobrix {
 namespace {
@@ -27,10 +25,11 @@ double numberOf(const Value& value) {
     return kBlank;
 }
 
-std::vector<double> numberKeys(const Column& column, RowIndex rows) {
-    std::vector<double> keys(rows);
-    for (RowIndex row = 0; row < rows; ++row)
-        keys[row] = numberOf(column.value(row));
+std::vector<double> numberKeys(const Column& column, std::span<const RowIndex> rows) {
+    std::vector<double> keys;
+    keys.reserve(rows.size());
+    for (const RowIndex row : rows)
+        keys.push_back(numberOf(column.value(row)));
     return keys;
 }
 
@@ -63,21 +62,22 @@ std::vector<double> ranksOf(const std::vector<const std::string*>& texts) {
 
 /// The rank of each row's text among the different texts. Names come again in many rows, so each text is ordered once;
 /// and while there is no new one, as when a list is turned upside down, the ranks of the last time hold.
-std::vector<double> RowOrder::textKeys(const Column& column, RowIndex rows, const TextContext& context) {
+std::vector<double> ShownRows::textKeys(const Column& column, std::span<const RowIndex> rows,
+                                        const TextContext& context) {
     std::vector<const double*> rankOfRow;
-    rankOfRow.reserve(rows);
-    for (RowIndex row = 0; row < rows; ++row) {
+    rankOfRow.reserve(rows.size());
+    for (const RowIndex row : rows) {
         const auto known = ranks_->find(column.text(row, context));
         if (known == ranks_->end())
             break;
         rankOfRow.push_back(&known->second);
     }
-    if (rankOfRow.size() < rows) {
+    if (rankOfRow.size() < rows.size()) {
         rankOfRow.clear();
         auto fresh = std::make_shared<Ranks>();
         std::vector<const std::string*> texts;
         std::vector<double*> places;
-        for (RowIndex row = 0; row < rows; ++row) {
+        for (const RowIndex row : rows) {
             const auto [entry, isNew] = fresh->try_emplace(column.text(row, context));
             rankOfRow.push_back(&entry->second);
             if (isNew) {
@@ -90,22 +90,42 @@ std::vector<double> RowOrder::textKeys(const Column& column, RowIndex rows, cons
             *places[i] = ranks[i];
         ranks_ = std::move(fresh);
     }
-    std::vector<double> keys(rows);
-    for (RowIndex row = 0; row < rows; ++row)
-        keys[row] = *rankOfRow[row];
+    std::vector<double> keys;
+    keys.reserve(rows.size());
+    for (const double* rank : rankOfRow)
+        keys.push_back(*rank);
     return keys;
 }
 
-void RowOrder::reset(RowIndex rows) {
-    size_ = rows;
+void ShownRows::reset(RowIndex stored, const RowFilter& filter) {
+    stored_ = stored;
+    sorted_ = false;
     rows_.clear();
     places_.clear();
+    rows_.reserve(filter ? 0 : stored);
+    for (RowIndex row = 0; row < stored; ++row)
+        if (!filter || filter(row))
+            rows_.push_back(row);
 }
 
-void RowOrder::sort(const Column& column, RowIndex rows, const TextContext& context, bool downward) {
-    const RowIndex filled = std::min(rows, column.rowCount());
+void ShownRows::unsort() {
+    if (!sorted_)
+        return;
+    sorted_ = false;
+    places_.clear();
+    if (rows_.size() == stored_)
+        std::iota(rows_.begin(), rows_.end(), RowIndex{0});
+    else
+        std::ranges::sort(rows_);
+}
+
+void ShownRows::sort(const Column& column, const TextContext& context, bool downward) {
+    unsort();
+    // A damaged column may have fewer rows.
+    const auto filled = static_cast<std::size_t>(std::ranges::lower_bound(rows_, column.rowCount()) - rows_.begin());
+    const std::span<const RowIndex> known = std::span(rows_).first(filled);
     const bool asText = column.kind() == ColumnKind::Text || column.kind() == ColumnKind::Selection;
-    const std::vector<double> keys = asText ? textKeys(column, filled, context) : numberKeys(column, filled);
+    const std::vector<double> keys = asText ? textKeys(column, known, context) : numberKeys(column, known);
 
     struct Entry {
         double key;
@@ -114,62 +134,80 @@ void RowOrder::sort(const Column& column, RowIndex rows, const TextContext& cont
     std::vector<Entry> entries;
     std::vector<RowIndex> blank;
     entries.reserve(filled);
-    for (RowIndex row = 0; row < rows; ++row) {
-        if (row < filled && !std::isnan(keys[row]))
-            entries.push_back({downward ? -keys[row] : keys[row], row});
+    for (std::size_t place = 0; place < rows_.size(); ++place) {
+        if (place < filled && !std::isnan(keys[place]))
+            entries.push_back({downward ? -keys[place] : keys[place], rows_[place]});
         else
-            blank.push_back(row);
+            blank.push_back(rows_[place]);
     }
     std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
-
-    reset(rows);
-    rows_.reserve(rows);
-    for (const Entry& entry : entries)
-        rows_.push_back(entry.row);
-    rows_.insert(rows_.end(), blank.begin(), blank.end());
+    std::ranges::transform(entries, rows_.begin(), &Entry::row);
+    std::ranges::copy_backward(blank, rows_.end());
+    sorted_ = true;
+    places_.clear();
 }
 
-void RowOrder::insert(std::span<const RowRun> runs) {
-    size_ += countRows(runs);
-    if (rows_.empty())
-        return;
+void ShownRows::rowsInserted(std::span<const RowRun> runs) {
+    stored_ += countRows(runs);
+    places_.clear();
     const RowShift shift(runs);
     for (RowIndex& row : rows_)
         row = shift.with(row);
+}
+
+void ShownRows::show(std::span<const RowRun> runs) {
+    places_.clear();
+    const auto before = static_cast<std::ptrdiff_t>(rows_.size());
     for (const RowRun& run : runs)
         for (RowIndex row = run.first; row < run.end(); ++row)
             rows_.push_back(row);
-    places_.clear();
+    if (!sorted_)
+        std::inplace_merge(rows_.begin(), rows_.begin() + before, rows_.end());
 }
 
-void RowOrder::remove(std::span<const RowRun> runs) {
-    size_ -= countRows(runs);
+void ShownRows::rowsRemoved(std::span<const RowRun> runs) {
+    stored_ -= countRows(runs);
     places_.clear();
     const RowShift shift(runs);
-    std::erase_if(rows_, [&](RowIndex row) { return shift.goes(row); });
     for (RowIndex& row : rows_)
-        row = shift.without(row);
+        row = shift.goes(row) ? kGone : shift.without(row);
 }
 
-RowOrder RowOrder::without(std::size_t place, std::size_t count) const {
-    RowOrder rest;
-    rest.size_ = size_ - count;
-    rest.rows_.reserve(rest.size_);
-    for (std::size_t i = 0; i < size_; ++i)
-        if (i < place || i >= place + count)
-            rest.rows_.push_back(rowAt(i));
-    return rest;
+void ShownRows::dropGone() {
+    std::erase(rows_, kGone);
+    places_.clear();
 }
 
-std::size_t RowOrder::placeOf(RowIndex row) const {
-    if (rows_.empty())
-        return row;
+void ShownRows::arrange(std::span<const std::size_t> from) {
+    std::vector<RowIndex> rows;
+    rows.reserve(from.size());
+    for (const std::size_t place : from)
+        rows.push_back(rows_[place]);
+    rows_ = std::move(rows);
+    places_.clear();
+}
+
+void ShownRows::insertAt(std::size_t place, std::span<const RowIndex> rows) {
+    rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(place), rows.begin(), rows.end());
+    places_.clear();
+}
+
+void ShownRows::eraseAt(std::size_t place, std::size_t count) {
+    const auto first = rows_.begin() + static_cast<std::ptrdiff_t>(place);
+    rows_.erase(first, first + static_cast<std::ptrdiff_t>(count));
+    places_.clear();
+}
+
+std::optional<std::size_t> ShownRows::placeOf(RowIndex row) const {
+    if (row >= stored_)
+        return {};
     if (places_.empty()) {
-        places_.resize(*std::ranges::max_element(rows_) + 1);
+        places_.resize(stored_, kNoPlace);
         for (std::size_t place = 0; place < rows_.size(); ++place)
-            places_[rows_[place]] = place;
+            if (rows_[place] < stored_)
+                places_[rows_[place]] = static_cast<std::uint32_t>(place);
     }
-    return row < places_.size() ? places_[row] : 0;
+    return places_[row] == kNoPlace ? std::nullopt : std::optional<std::size_t>(places_[row]);
 }
 
 } // namespace quobrix
