@@ -21,7 +21,8 @@ if(MSVC)
     target_compile_options(quobrix_options INTERFACE /W4 /WX /utf-8 /permissive-)
 else()
     target_compile_options(quobrix_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
-        -Werror $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>)
+        -Werror $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor> $<$<COMPILE_LANGUAGE:CXX>:-Woverloaded-virtual>
+        $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)
     # GCC 12 mistakes inlined copies and growth of std::string and std::vector for overlapping or overrunning ones.
     target_compile_options(quobrix_options INTERFACE
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CXX_COMPILER_ID:GNU>>:-Wno-restrict;-Wno-array-bounds;-Wno-stringop-overflow;-Wno-stringop-overread>")

@@ -1,7 +1,8 @@
 #include "app/missing_files.h"
 
+#include "base/mutex.h"
+
 #include <algorithm>
-#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -10,16 +11,17 @@ namespace fs = std::filesystem;
 
 /// What the thread knows of the object, which may end before it.
 struct MissingFiles::Link {
-    std::mutex mutex;
-    MissingFiles* object;
+    Mutex mutex;
+    MissingFiles* object QUOBRIX_GUARDED_BY(mutex) = nullptr;
 };
 
 MissingFiles::MissingFiles(Found found) : found_(std::move(found)), link_(std::make_shared<Link>()) {
+    const MutexLock lock(link_->mutex);
     link_->object = this;
 }
 
 MissingFiles::~MissingFiles() {
-    const std::scoped_lock lock(link_->mutex);
+    const MutexLock lock(link_->mutex);
     link_->object = nullptr;
 }
 
@@ -36,7 +38,7 @@ void MissingFiles::look(std::vector<fs::path> files) {
             std::error_code ignored;
             return fs::status(file, ignored).type() != fs::file_type::not_found;
         });
-        const std::scoped_lock lock(link->mutex);
+        const MutexLock lock(link->mutex);
         if (MissingFiles* object = link->object)
             QMetaObject::invokeMethod(
                 object, [object, missing = std::move(files)] { object->lookedFor(missing); }, Qt::QueuedConnection);

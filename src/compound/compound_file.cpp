@@ -33,12 +33,12 @@ CompoundFileEngine::CompoundFileEngine(std::unique_ptr<File> file, Layout layout
       changed_(false) {}
 
 bool CompoundFileEngine::contains(std::string_view name) const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return findStream(name) != kNoEntry;
 }
 
 std::vector<std::string> CompoundFileEngine::names() const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     std::vector<std::string> names;
     for (const std::uint32_t index : tables_.directory.members())
         if (tables_.directory.isStream(index))
@@ -53,7 +53,7 @@ std::uint32_t CompoundFileEngine::findStream(std::string_view name) const {
 }
 
 CompoundFile::Space CompoundFileEngine::space() const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const std::uint64_t sectors = unitsOf(fileSize_ - std::min<std::uint64_t>(fileSize_, kSectorSize), kSectorSize);
     const std::uint64_t beyond = sectors - std::min<std::uint64_t>(sectors, tables_.fat.end());
     return {fileSize_, (tables_.fat.freeCount() + beyond) * kSectorSize +
@@ -63,7 +63,11 @@ CompoundFile::Space CompoundFileEngine::space() const {
 // Reading
 
 Result<void> CompoundFileEngine::read(std::string_view name, Bytes& content) const {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
+    return readStream(name, content);
+}
+
+Result<void> CompoundFileEngine::readStream(std::string_view name, Bytes& content) const {
     const std::uint32_t index = findStream(name);
     if (index == kNoEntry)
         return Error{ErrorKind::NotFound, "stream " + std::string(name)};
@@ -115,18 +119,18 @@ Result<void> CompoundFileEngine::readLarge(std::uint32_t sector, std::size_t siz
 // Changing
 
 void CompoundFileEngine::write(std::string_view name, Bytes content) {
-    const std::lock_guard changing(changing_);
-    const std::lock_guard lock(mutex_);
+    const MutexLock changing(changing_);
+    const MutexLock lock(mutex_);
     failed_.reset();
     changed_ = true;
-    if (doomed_ || tables_.incomplete())
+    if (takenBack_ || tables_.incomplete())
         return; // the commit will say so
     auto taken = take(name, std::move(content));
     if (taken && pendingBytes_ + miniPages_.bytes() >= kMostInMemory)
         taken = writeContents();
     if (!taken) {
         rollBack(true);
-        doomed_ = taken.error();
+        takenBack_ = taken.error();
     }
 }
 
@@ -151,13 +155,13 @@ Result<void> CompoundFileEngine::take(std::string_view name, Bytes content) {
 }
 
 void CompoundFileEngine::remove(std::string_view name) {
-    const std::lock_guard changing(changing_);
-    const std::lock_guard lock(mutex_);
+    const MutexLock changing(changing_);
+    const MutexLock lock(mutex_);
     failed_.reset();
     if (findStream(name) == kNoEntry)
         return;
     changed_ = true;
-    if (doomed_ || tables_.incomplete())
+    if (takenBack_ || tables_.incomplete())
         return;
     // In a damaged directory there may be several: none of them must come back.
     for (std::uint32_t index; (index = findStream(name)) != kNoEntry;) {
@@ -210,6 +214,12 @@ Result<std::uint8_t*> CompoundFileEngine::miniPage(std::uint32_t index) {
 // Writing
 
 Result<void> CompoundFileEngine::writable() const {
+    const MutexLock lock(mutex_);
+    return complete();
+}
+
+/// What a file must be that is written to.
+Result<void> CompoundFileEngine::complete() const {
     if (tables_.incomplete())
         return Error{
             ErrorKind::Corrupt,
@@ -258,40 +268,38 @@ Result<void> CompoundFileEngine::writeBatch(WriteBatch& batch) {
 }
 
 /// Readers need not wait for it.
-Result<void> CompoundFileEngine::flush(Lock& lock) {
-    lock.unlock();
-    auto done = file_->flush();
-    lock.lock();
-    return done;
+Result<void> CompoundFileEngine::flush() {
+    const MutexUnlock unlocked(mutex_);
+    return file_->flush();
 }
 
 Result<void> CompoundFileEngine::spill() {
-    const std::lock_guard changing(changing_);
-    const Lock lock(mutex_);
+    const MutexLock changing(changing_);
+    const MutexLock lock(mutex_);
     QUOBRIX_TRY(ready());
     return unlessFailed(writeContents(), true);
 }
 
 Result<void> CompoundFileEngine::commit() {
-    const std::lock_guard changing(changing_);
-    Lock lock(mutex_);
+    const MutexLock changing(changing_);
+    const MutexLock lock(mutex_);
     QUOBRIX_TRY(ready());
     if (!changed_)
         return {};
     bool certain = true;
-    auto done = writeEverything(lock);
+    auto done = writeEverything();
     if (done)
-        done = turnHeader(lock, certain);
+        done = turnHeader(certain);
     return unlessFailed(std::move(done), certain);
 }
 
 /// What has been written since the last commit can be committed, as far as is known.
 Result<void> CompoundFileEngine::ready() {
-    if (doomed_)
-        failed_ = std::exchange(doomed_, {});
+    if (takenBack_)
+        failed_ = std::exchange(takenBack_, {});
     if (failed_)
         return *failed_;
-    return changed_ ? writable() : Result<void>();
+    return changed_ ? complete() : Result<void>();
 }
 
 /// DONE, and if that is a failure the transaction is taken back.
@@ -304,23 +312,23 @@ Result<void> CompoundFileEngine::unlessFailed(Result<void> done, bool certain) {
 }
 
 /// Everything but the header, durably, with all that was spilled before.
-Result<void> CompoundFileEngine::writeEverything(Lock& lock) {
+Result<void> CompoundFileEngine::writeEverything() {
     WriteBatch batch;
     QUOBRIX_TRY(placeContents(batch));
     QUOBRIX_TRY(tables_.settle());
     tables_.addChanged(batch);
     QUOBRIX_TRY(writeBatch(batch));
-    return flush(lock);
+    return flush();
 }
 
 /// The moment of the commit. If it fails the old header is put back; unless that is durable nobody is CERTAIN which
 /// one the disk has in the end.
-Result<void> CompoundFileEngine::turnHeader(Lock& lock, bool& certain) {
+Result<void> CompoundFileEngine::turnHeader(bool& certain) {
     const Sector header = tables_.nextHeader();
     cache_.clear();
     auto done = file_->writeAt(0, header);
     if (done)
-        done = flush(lock);
+        done = flush();
     if (!done) {
         certain = file_->writeAt(0, tables_.header()) && file_->flush();
         return done;

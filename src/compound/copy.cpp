@@ -15,13 +15,13 @@ constexpr std::size_t kCopyBlock = 1 << 20;
 class CompoundFileEngine::Snapshot final : public File {
 public:
     explicit Snapshot(const CompoundFileEngine& engine) : engine_(engine) {
-        const std::lock_guard lock(engine_.mutex_);
+        const MutexLock lock(engine_.mutex_);
         header_ = engine_.tables_.header();
         size_ = engine_.committedSize_;
         ++engine_.snapshots_;
     }
     ~Snapshot() override {
-        const std::lock_guard lock(engine_.mutex_);
+        const MutexLock lock(engine_.mutex_);
         --engine_.snapshots_;
     }
     Snapshot(const Snapshot&) = delete;
@@ -30,7 +30,7 @@ public:
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
         if (offset > size_ || out.size() > size_ - offset)
             return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(size_)};
-        const std::lock_guard lock(engine_.mutex_); // for each part, so that others need not wait for a whole copy
+        const MutexLock lock(engine_.mutex_); // for each part, so that others need not wait for a whole copy
         QUOBRIX_TRY(engine_.file_->readAt(offset, out));
         if (offset < kSectorSize)
             std::copy_n(header_.begin() + static_cast<std::ptrdiff_t>(offset),
@@ -63,33 +63,38 @@ Result<void> CompoundFileEngine::copyTo(File& target) const {
     return target.flush(); // a later commit flushes only what it changes
 }
 
+/// What FROM says of its entry INDEX besides name and content, for the stream NAME, or for the root without one.
+void CompoundFileEngine::copyAttributes(std::string_view name, const Directory& from, std::uint32_t index) {
+    const MutexLock lock(mutex_);
+    if (const std::uint32_t own = name.empty() ? 0 : findStream(name); own != kNoEntry)
+        tables_.directory.copyAttributes(own, from, index);
+}
+
 Result<void> CompoundFileEngine::compactTo(File& target) const {
     auto snapshot = std::make_unique<Snapshot>(*this);
     auto layout = readLayout(*snapshot);
     if (!layout)
         return layout.error();
     const CompoundFileEngine source(std::move(snapshot), *std::move(layout));
+    const MutexLock lock(source.mutex_); // nobody else has it
     const Directory& from = source.tables_.directory;
-    QUOBRIX_TRY(source.writable());
+    QUOBRIX_TRY(source.complete());
     QUOBRIX_TRY(from.onlyStreams());
     auto created = create(std::make_unique<BorrowedFile>(target));
     if (!created)
         return created.error();
     auto& compact = static_cast<CompoundFileEngine&>(**created);
-    Directory& to = compact.tables_.directory;
-    to.copyAttributes(0, from, 0);
+    compact.copyAttributes({}, from, 0);
     const std::vector<std::uint32_t> members = from.members();
     for (const bool mini : {true, false})
         for (const std::uint32_t index : members) {
             if ((from.size(index) < kMiniCutoff) != mini)
                 continue;
             const std::string name = from.name(index).text();
-            auto content = source.read(name);
-            if (!content)
-                return content.error();
-            compact.write(name, *std::move(content));
-            if (const std::uint32_t copied = compact.findStream(name); copied != kNoEntry)
-                to.copyAttributes(copied, from, index);
+            Bytes content;
+            QUOBRIX_TRY(source.readStream(name, content));
+            compact.write(name, std::move(content));
+            compact.copyAttributes(name, from, index);
         }
     return compact.commit();
 }

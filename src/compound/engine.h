@@ -1,12 +1,12 @@
 #pragma once
 
+#include "base/mutex.h"
 #include "compound/compound_file.h"
 #include "compound/io.h"
 #include "compound/mini_pages.h"
 #include "compound/tables.h"
 
 #include <map>
-#include <mutex>
 #include <optional>
 
 namespace quobrix::cfb {
@@ -28,61 +28,67 @@ public:
     explicit CompoundFileEngine(std::unique_ptr<File> file) : file_(std::move(file)) {}
     CompoundFileEngine(std::unique_ptr<File> file, Layout layout);
 
-    bool contains(std::string_view name) const override;
-    std::vector<std::string> names() const override;
+    bool contains(std::string_view name) const override QUOBRIX_EXCLUDES(mutex_);
+    std::vector<std::string> names() const override QUOBRIX_EXCLUDES(mutex_);
     using CompoundFile::read;
-    Result<void> read(std::string_view name, Bytes& content) const override;
-    void write(std::string_view name, Bytes content) override;
-    void remove(std::string_view name) override;
-    Result<void> spill() override;
-    Result<void> commit() override;
-    Result<void> writable() const override;
-    Result<void> copyTo(File& target) const override;
-    Result<void> compactTo(File& target) const override;
-    Space space() const override;
+    Result<void> read(std::string_view name, Bytes& content) const override QUOBRIX_EXCLUDES(mutex_);
+    void write(std::string_view name, Bytes content) override QUOBRIX_EXCLUDES(changing_, mutex_);
+    void remove(std::string_view name) override QUOBRIX_EXCLUDES(changing_, mutex_);
+    Result<void> spill() override QUOBRIX_EXCLUDES(changing_, mutex_);
+    Result<void> commit() override QUOBRIX_EXCLUDES(changing_, mutex_);
+    Result<void> writable() const override QUOBRIX_EXCLUDES(mutex_);
+    Result<void> copyTo(File& target) const override QUOBRIX_EXCLUDES(mutex_);
+    Result<void> compactTo(File& target) const override QUOBRIX_EXCLUDES(mutex_);
+    Space space() const override QUOBRIX_EXCLUDES(mutex_);
 
 private:
     class Snapshot;
-    using Lock = std::unique_lock<std::mutex>;
 
-    std::uint32_t findStream(std::string_view name) const;
+    std::uint32_t findStream(std::string_view name) const QUOBRIX_REQUIRES(mutex_);
 
-    Result<void> readMini(std::uint32_t sector, std::size_t size, Bytes& out) const;
-    Result<void> readLarge(std::uint32_t sector, std::size_t size, Bytes& out) const;
+    Result<void> readStream(std::string_view name, Bytes& content) const QUOBRIX_REQUIRES(mutex_);
+    Result<void> readMini(std::uint32_t sector, std::size_t size, Bytes& out) const QUOBRIX_REQUIRES(mutex_);
+    Result<void> readLarge(std::uint32_t sector, std::size_t size, Bytes& out) const QUOBRIX_REQUIRES(mutex_);
+    Result<void> complete() const QUOBRIX_REQUIRES(mutex_);
+    void copyAttributes(std::string_view name, const Directory& from, std::uint32_t index) QUOBRIX_EXCLUDES(mutex_);
 
-    Result<void> take(std::string_view name, Bytes content);
-    Result<void> placeMini(std::uint32_t sector, ByteView content);
-    Result<std::uint8_t*> miniPage(std::uint32_t index);
-    void dropPending(std::uint32_t index);
+    Result<void> take(std::string_view name, Bytes content) QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> placeMini(std::uint32_t sector, ByteView content) QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<std::uint8_t*> miniPage(std::uint32_t index) QUOBRIX_REQUIRES(changing_, mutex_);
+    void dropPending(std::uint32_t index) QUOBRIX_REQUIRES(changing_, mutex_);
 
-    Result<void> placeContents(WriteBatch& batch);
-    Result<void> writeContents();
-    Result<void> writeBatch(WriteBatch& batch);
-    Result<void> flush(Lock& lock);
-    Result<void> writeEverything(Lock& lock);
-    Result<void> turnHeader(Lock& lock, bool& certain);
-    void cutLitter();
-    Result<void> ready();
-    Result<void> unlessFailed(Result<void> done, bool certain);
-    void rollBack(bool certain);
+    Result<void> placeContents(WriteBatch& batch) QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> writeContents() QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> writeBatch(WriteBatch& batch) QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> flush() QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> writeEverything() QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> turnHeader(bool& certain) QUOBRIX_REQUIRES(changing_, mutex_);
+    void cutLitter() QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> ready() QUOBRIX_REQUIRES(changing_, mutex_);
+    Result<void> unlessFailed(Result<void> done, bool certain) QUOBRIX_REQUIRES(changing_, mutex_);
+    void rollBack(bool certain) QUOBRIX_REQUIRES(changing_, mutex_);
 
-    /// Held while something is changed, so that changes and commits follow one another.
-    std::mutex changing_;
+    /// Held while something is changed, so that changes and commits follow one another; taken before the other one.
+    Mutex changing_;
     /// Held while anything is looked at; free while a commit waits for a flush.
-    mutable std::mutex mutex_;
-    std::unique_ptr<File> file_;
-    std::uint64_t fileSize_ = 0;      ///< bytes
-    std::uint64_t committedSize_ = 0; ///< bytes; what spills have appended does not count
-    mutable std::uint32_t snapshots_ = 0;
-    mutable ReadCache cache_;
+    mutable Mutex mutex_;
+    const std::unique_ptr<File> file_;
+    std::uint64_t fileSize_ QUOBRIX_GUARDED_BY(mutex_) = 0;      ///< bytes
+    std::uint64_t committedSize_ QUOBRIX_GUARDED_BY(mutex_) = 0; ///< bytes; what spills have appended does not count
+    mutable std::uint32_t snapshots_ QUOBRIX_GUARDED_BY(mutex_) = 0;
+    mutable ReadCache cache_ QUOBRIX_GUARDED_BY(mutex_);
 
-    Tables tables_;
-    std::map<std::uint32_t, Bytes> pending_; ///< by entry: large contents that have no sectors yet
-    std::size_t pendingBytes_ = 0;
-    MiniPages miniPages_;
-    bool changed_ = true;         ///< something is not committed
-    std::optional<Error> doomed_; ///< why the transaction was taken back, which its commit will tell
-    std::optional<Error> failed_; ///< why the last one was, which is told until something is written again
+    Tables tables_ QUOBRIX_GUARDED_BY(mutex_);
+    /// By entry: large contents that have no sectors yet.
+    std::map<std::uint32_t, Bytes> pending_ QUOBRIX_GUARDED_BY(mutex_);
+    std::size_t pendingBytes_ QUOBRIX_GUARDED_BY(mutex_) = 0;
+    MiniPages miniPages_ QUOBRIX_GUARDED_BY(mutex_);
+    /// Something is not committed.
+    bool changed_ QUOBRIX_GUARDED_BY(mutex_) = true;
+    /// Why the transaction was taken back, which its commit will tell.
+    std::optional<Error> takenBack_ QUOBRIX_GUARDED_BY(mutex_);
+    /// Why the last one was, which is told until something is written again.
+    std::optional<Error> failed_ QUOBRIX_GUARDED_BY(mutex_);
 };
 
 } // namespace quobrix::cfb

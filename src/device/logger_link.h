@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/mutex.h"
 #include "device/logger_library.h"
 #include "device/logger_status.h"
 #include "device/record_blocks.h"
@@ -8,7 +9,6 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -64,23 +64,27 @@ private:
     friend class LockedLogger;
     friend class MonitoringProbe;
 
-    LoggerLibrary library_;
+    Mutex deviceLock_;
+    LoggerLibrary library_ QUOBRIX_GUARDED_BY(deviceLock_);
+    LoggerStatus status_ QUOBRIX_GUARDED_BY(deviceLock_);
     std::string libraryProblem_;
     WallClock clock_;
-    std::recursive_mutex deviceLock_; // guards the library and status_
-    LoggerStatus status_;
     std::atomic<bool> probeBusy_ = false;
 };
 
 /// The logger while the device lock is held: making one enters the lock, and nothing else calls the library. Pass it on
 /// to operations built of others. Never ask the user anything, nor wait for another thread, while there is one.
-class LockedLogger {
+class QUOBRIX_SCOPED_LOCK LockedLogger {
 public:
-    explicit LockedLogger(LoggerLink& link) : link_(link), lock_(link.deviceLock_) {}
+    explicit LockedLogger(LoggerLink& link) QUOBRIX_ACQUIRE(link.deviceLock_) : link_(link), lock_(link.deviceLock_) {}
+    ~LockedLogger() QUOBRIX_RELEASE() {}
     LockedLogger(const LockedLogger&) = delete;
     LockedLogger& operator=(const LockedLogger&) = delete;
 
-    const LoggerStatus& status() const { return link_.status_; }
+    const LoggerStatus& status() const {
+        held();
+        return link_.status_;
+    }
     const std::string& libraryProblem() const { return link_.libraryProblem(); }
     LoggerOutcome outcome(ResultCode code) const;
     /// The library's words for CODE, or those of this program for its own codes.
@@ -153,13 +157,21 @@ public:
 private:
     friend class MonitoringProbe;
 
-    const LoggerFunctions& library() const { return link_.library_.functions; }
-    LoggerStatus& state() { return link_.status_; }
+    /// Whoever has this object has been handed the lock.
+    void held() const QUOBRIX_HOLDS(link_.deviceLock_) {}
+    const LoggerFunctions& library() const {
+        held();
+        return link_.library_.functions;
+    }
+    LoggerStatus& state() {
+        held();
+        return link_.status_;
+    }
     void noteProbe(ResultCode code);
     void noteLogsCurrent();
 
     LoggerLink& link_;
-    std::unique_lock<std::recursive_mutex> lock_;
+    MutexLock lock_;
     CallProgress* progress_ = nullptr;
 };
 

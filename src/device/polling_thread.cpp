@@ -9,7 +9,7 @@ TPollingThread::TPollingThread(LoggerLink& link, Publish publish, Times times)
 
 bool TPollingThread::submit(Job job, std::function<void()> done) {
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         if (stopping_)
             return false;
         tasks_.push_back({std::move(job), std::move(done)});
@@ -19,13 +19,13 @@ bool TPollingThread::submit(Job job, std::function<void()> done) {
 }
 
 void TPollingThread::suspend() {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     ++suspensions_;
 }
 
 void TPollingThread::resume() {
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         --suspensions_;
     }
     wake_.notify_one();
@@ -33,7 +33,7 @@ void TPollingThread::resume() {
 
 void TPollingThread::stop() {
     {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         stopping_ = true;
     }
     wake_.notify_one();
@@ -43,28 +43,26 @@ void TPollingThread::stop() {
 
 void TPollingThread::work() {
     auto nextProbe = std::chrono::steady_clock::now();
-    std::unique_lock lock(mutex_);
+    MutexLock lock(mutex_);
     for (;;) {
         if (!tasks_.empty()) {
             const Task task = std::move(tasks_.front());
             tasks_.pop_front();
-            lock.unlock();
+            const MutexUnlock unlocked(mutex_);
             runTask(task);
-            lock.lock();
         } else if (stopping_) {
             break;
         } else if (suspensions_ > 0) {
-            wake_.wait(lock);
+            lock.wait(wake_);
         } else if (std::chrono::steady_clock::now() < nextProbe) {
-            wake_.wait_until(lock, nextProbe);
+            lock.waitUntil(wake_, nextProbe);
         } else {
-            lock.unlock();
+            const MutexUnlock unlocked(mutex_);
             if (probe()) // one that was cut short is made anew when the jobs are done
                 nextProbe = std::chrono::steady_clock::now() + times_.interval;
-            lock.lock();
         }
     }
-    lock.unlock();
+    const MutexUnlock unlocked(mutex_);
     LockedLogger(link_).closePort();
     std::this_thread::sleep_for(times_.closingPause);
 }
@@ -90,7 +88,7 @@ bool TPollingThread::probe() {
 }
 
 bool TPollingThread::probeMustYield() {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     return !tasks_.empty() || suspensions_ > 0 || stopping_;
 }
 

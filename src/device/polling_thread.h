@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/mutex.h"
 #include "device/logger_link.h"
 #include "device/monitoring_probe.h"
 
@@ -8,7 +9,6 @@
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <thread>
 
 namespace quobrix {
@@ -37,16 +37,16 @@ public:
 
     /// Queues JOB, also while polling is suspended. After it the status is published, then DONE is called on the worker
     /// without the device lock. False, and nothing is queued, once the thread has been told to stop.
-    bool submit(Job job, std::function<void()> done = {});
+    bool submit(Job job, std::function<void()> done = {}) QUOBRIX_EXCLUDES(mutex_);
 
     /// Probing rests until every suspend() has had its resume(). Does not wait: the library call under way, if any, is
     /// the last one of its probe, and comes before every job submitted from now on.
-    void suspend();
-    void resume();
+    void suspend() QUOBRIX_EXCLUDES(mutex_);
+    void resume() QUOBRIX_EXCLUDES(mutex_);
 
     /// Finishes the jobs that were submitted, closes the port, rests for the closing pause and ends the thread. Returns
     /// when all that is done; a second call does nothing.
-    void stop();
+    void stop() QUOBRIX_EXCLUDES(mutex_);
 
 private:
     struct Task {
@@ -56,8 +56,8 @@ private:
 
     void work();
     void runTask(const Task& task);
-    bool probe();          // false when it was cut short
-    bool probeMustYield(); // takes mutex_
+    bool probe(); // false when it was cut short
+    bool probeMustYield() QUOBRIX_EXCLUDES(mutex_);
     void publishStatus();
 
     LoggerLink& link_;
@@ -65,11 +65,11 @@ private:
     const Times times_;
     MonitoringProbe monitor_; // the worker's own
 
-    std::mutex mutex_; // guards what follows; never held during a library call
+    Mutex mutex_; // never held during a library call
     std::condition_variable wake_;
-    std::deque<Task> tasks_;
-    int suspensions_ = 1;
-    bool stopping_ = false;
+    std::deque<Task> tasks_ QUOBRIX_GUARDED_BY(mutex_);
+    int suspensions_ QUOBRIX_GUARDED_BY(mutex_) = 1;
+    bool stopping_ QUOBRIX_GUARDED_BY(mutex_) = false;
 
     std::jthread thread_; // last: everything above exists while it runs
 };

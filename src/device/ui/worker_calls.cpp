@@ -1,5 +1,6 @@
 #include "device/ui/worker_calls.h"
 
+#include "base/mutex.h"
 #include "base/ui/qt_text.h"
 
 #include <QApplication>
@@ -14,8 +15,8 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
-#include <mutex>
 
 namespace quobrix {
 namespace {
@@ -32,20 +33,20 @@ QString minutes(qint64 milliseconds) {
 /// When the worker is done, seen from both threads. Shared, since the worker leaves finish() after the waiting one
 /// woke.
 struct WorkerCalls::Completion {
-    std::mutex mutex;
+    Mutex mutex;
     std::condition_variable changed;
-    bool done = false;
-    QEventLoop* loop = nullptr; // to be left when it runs
+    bool done QUOBRIX_GUARDED_BY(mutex) = false;
+    QEventLoop* loop QUOBRIX_GUARDED_BY(mutex) = nullptr; // to be left when it runs
 
     void finish() {
-        const std::lock_guard lock(mutex);
+        const MutexLock lock(mutex);
         done = true;
         changed.notify_all();
         if (loop)
             QMetaObject::invokeMethod(loop, &QEventLoop::quit, Qt::QueuedConnection);
     }
     bool isDone() {
-        const std::lock_guard lock(mutex);
+        const MutexLock lock(mutex);
         return done;
     }
 };
@@ -168,13 +169,20 @@ bool WorkerCalls::run(const CallTitle& title, const Call& call) {
 }
 
 void WorkerCalls::await(Completion& completion, const CallTitle& title) {
-    std::unique_lock lock(completion.mutex);
-    const auto done = [&] { return completion.done; };
-    if (completion.changed.wait_for(lock, times_.blink, done))
+    MutexLock lock(completion.mutex);
+    const auto blink = std::chrono::steady_clock::now() + times_.blink;
+    while (!completion.done && lock.waitUntil(completion.changed, blink))
+        ;
+    if (completion.done)
         return;
     QEventLoop loop;
     completion.loop = &loop;
-    lock.unlock();
+    waitInLoop(completion, loop, title);
+    completion.loop = nullptr;
+}
+
+void WorkerCalls::waitInLoop(Completion& completion, QEventLoop& loop, const CallTitle& title) {
+    const MutexUnlock unlocked(completion.mutex);
     const auto waited = std::chrono::milliseconds(wait_->since.elapsed());
     if (!wait_->dialog && waited < times_.patience) {
         QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -191,8 +199,6 @@ void WorkerCalls::await(Completion& completion, const CallTitle& title) {
         while (!completion.isDone())
             loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
-    lock.lock();
-    completion.loop = nullptr;
 }
 
 void WorkerCalls::suspendPolling() {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <memory>
 
+class QEventLoop;
 class QWidget;
 
 namespace quobrix {
@@ -33,6 +34,7 @@ private:
     struct Completion;
 
     void await(Completion& completion, const CallTitle& title);
+    void waitInLoop(Completion& completion, QEventLoop& loop, const CallTitle& title);
     void endWait();
 
     TPollingThread& worker_;
