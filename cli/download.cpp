@@ -1,6 +1,7 @@
 #include "cli/download.h"
 
 #include "base/path_text.h"
+#include "cli/logger_connection.h"
 #include "cli/option_prompter.h"
 #include "cli/writing.h"
 #include "device/download.h"
@@ -49,20 +50,6 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
     return false;
 }
 
-/// Whether a logger answers on PORT, which then stays open.
-bool connect(LoggerLink& link, const std::string& port) {
-    LockedLogger logger(link);
-    const LoggerOutcome opened = logger.outcome(logger.openPort(port));
-    if (!opened.ok()) {
-        complain(fmt::format("{}: {}", port, openFailureMessage(opened).text));
-        return false;
-    }
-    const LoggerOutcome probed = logger.outcome(logger.probe());
-    if (!probed.ok())
-        complain(failureMessage("Unable to download logs", probed).text);
-    return probed.ok();
-}
-
 /// Opens FILE, which another program has made meanwhile, once that lets go of it. Complains if that cannot be added to.
 bool openWhatAppeared(TQuobrixDocument& document, const std::string& file) {
     complain(fmt::format("{} has been made by another program in the meantime; the download is added to it", file));
@@ -102,14 +89,10 @@ ExitCode download(const DownloadOptions& options) {
     if (!openForWriting(document, options.file))
         return kFailed;
     Settings settings(userSettings());
-    LoggerLink link(loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath()))));
-    if (!link.hasLibrary()) {
-        complain(link.libraryProblem() + " Put it beside this program, or let QUOBRIX_LIBRARY say where it is.");
+    LoggerConnection connection(settings, options.port);
+    if (!connection.open("Unable to download logs"))
         return kFailed;
-    }
-    DirectCalls calls(link);
-    if (!connect(link, options.port ? *options.port : defaultPort(settings)))
-        return kFailed;
+    DirectCalls calls(connection.link());
 
     OptionPrompter prompter(options.yesTo);
     ProgressReporter noProgress;
@@ -126,7 +109,7 @@ ExitCode download(const DownloadOptions& options) {
                      .run(document);
         saved = result ? save(document, options.file, prompter) : Result<void>();
     } while (!saved && saved.error().kind == ErrorKind::Exists && openWhatAppeared(document, options.file));
-    LockedLogger(link).closePort();
+    connection.close();
     if (!result) {
         if (!prompter.told())
             complain("nothing was downloaded");

@@ -1,6 +1,7 @@
 /// quobrix-cli: the logger, its documents and their reports without a window.
 #include "cli/check.h"
 #include "cli/compact.h"
+#include "cli/configure.h"
 #include "cli/download.h"
 #include "cli/option_prompter.h"
 #include "cli/reading.h"
@@ -91,6 +92,22 @@ int run(const quobrix::ProgramArguments& arguments) {
     CLI::App& compactCommand = *app.add_subcommand("compact", "Remove the unused space from a document");
     file(compactCommand, compactedFile);
 
+    ConfigureOptions configureOptions;
+    CLI::App& configureCommand = *app.add_subcommand(
+        "configure",
+        "Print what is set in a logger (speed bands, thresholds, parameters), keep it as a text, or set it");
+    configureCommand.add_option("--port", configureOptions.port,
+                                "Serial port (default: the one chosen in the program)");
+    CLI::Option& saveOption =
+        *configureCommand.add_option("--save", configureOptions.save, "Write it to a new text file");
+    CLI::Option& loadOption =
+        *configureCommand.add_option("--load", configureOptions.load, "Set what a text file says");
+    CLI::Option& defaultsOption = *configureCommand.add_flag(
+        "--defaults", configureOptions.defaults, "Set the delivered speed bands and thresholds; parameters stay");
+    saveOption.excludes(&loadOption)->excludes(&defaultsOption);
+    loadOption.excludes(&defaultsOption);
+    configureCommand.add_flag("--force", configureOptions.force, "Replace the file that is there")->needs(&saveOption);
+
     try {
         app.parse(arguments.count(), arguments.texts().data());
     } catch (const CLI::CallForHelp&) {
@@ -110,6 +127,8 @@ int run(const quobrix::ProgramArguments& arguments) {
     }
     if (downloadCommand)
         return download(downloadOptions);
+    if (configureCommand)
+        return configure(configureOptions);
     if (listCommand) {
         listOptions.format = kFormats.at(format);
         return list(listOptions);

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace quobrix::testing {
 namespace {
@@ -91,13 +92,37 @@ struct FakeFunctions {
         *major = 3;
         return current->command("GetIdentityInformation");
     }
-    static std::int32_t getConfiguration(double* band1, double*, double*, double*, double*, double*, double*,
-                                         std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*,
-                                         std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*,
+    static std::int32_t getConfiguration(double* band1, double* band2, double* band3, double* brake1, double* brake2,
+                                         double* acceleration1, double* acceleration2, std::int32_t* parameter1,
+                                         std::int32_t* parameter2, std::int32_t* parameter3, std::int32_t* parameter4,
+                                         std::int32_t* parameter5, std::int32_t* interval1, std::int32_t* interval2,
+                                         std::int32_t* interval3, std::int32_t* interval4, std::int32_t* interval5,
                                          std::uint8_t* flags) {
-        *band1 = 45;
+        const LoggerConfiguration& c = current->configuration;
+        std::tie(*band1, *band2, *band3) = std::tuple_cat(c.bandLimits);
+        std::tie(*brake1, *brake2) = std::tuple_cat(c.brakeThresholds);
+        std::tie(*acceleration1, *acceleration2) = std::tuple_cat(c.accelerationThresholds);
+        std::tie(*parameter1, *parameter2, *parameter3, *parameter4, *parameter5) = std::tuple_cat(c.parameters);
+        std::tie(*interval1, *interval2, *interval3, *interval4, *interval5) = std::tuple_cat(c.intervals);
         *flags = current->flags;
         return current->command("GetConfiguration");
+    }
+    static std::int32_t setConfiguration(double band1, double band2, double band3, double brake1, double brake2,
+                                         double acceleration1, double acceleration2, std::int32_t parameter1,
+                                         std::int32_t parameter2, std::int32_t parameter3, std::int32_t parameter4,
+                                         std::int32_t parameter5, std::int32_t interval1, std::int32_t interval2,
+                                         std::int32_t interval3, std::int32_t interval4, std::int32_t interval5) {
+        const ResultCode code = current->command("SetConfiguration");
+        if (code != QUOBRIX_OK)
+            return code;
+        current->configuration = {{band1, band2, band3},
+                                  {brake1, brake2},
+                                  {acceleration1, acceleration2},
+                                  {parameter1, parameter2, parameter3, parameter4, parameter5},
+                                  {interval1, interval2, interval3, interval4, interval5}};
+        if (current->alters)
+            current->alters(current->configuration);
+        return code;
     }
     static std::int32_t setTime(std::int32_t time) { return current->command("SetTime", std::to_string(time)); }
     static std::int32_t vinMode(std::uint8_t* enabled) {
@@ -140,6 +165,7 @@ LoggerLibrary FakeLoggerLibrary::library() {
     functions.ConvertSerialNumberToInt = FakeFunctions::serialToInt;
     functions.GetIdentityInformation = FakeFunctions::identity;
     functions.GetConfiguration = FakeFunctions::getConfiguration;
+    functions.SetConfiguration = FakeFunctions::setConfiguration;
     functions.SetTime = FakeFunctions::setTime;
     functions.VinModeIsEnabled = FakeFunctions::vinMode;
     functions.ClearLogs = FakeFunctions::clearLogs;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "device/logger_library.h"
+#include "device/logger_status.h"
 
 #include <atomic>
 #include <cstdint>
@@ -27,6 +28,8 @@ public:
     std::string product = "QBX-4751";
     std::int32_t loggerTime = 1'700'000'000;
     std::uint8_t flags = 1;
+    LoggerConfiguration configuration{.bandLimits = {45}};
+    std::function<void(LoggerConfiguration&)> alters;        ///< what becomes of a configuration that is set
     bool handsOutBuffers = true;                             ///< GetLogBuffer allocates, whatever its result
     bool handsOutOneBlock = false;                           ///< for all buffers, and for both sets of a buffer
     std::vector<std::uint8_t> trips, troubles;               ///< record sets that are handed out

@@ -1,0 +1,33 @@
+#include "cli/logger_connection.h"
+
+#include "cli/output.h"
+#include "device/ports.h"
+#include "device/reporter.h"
+#include "platform/paths.h"
+
+#include <fmt/format.h>
+
+namespace quobrix::cli {
+
+LoggerConnection::LoggerConnection(const Settings& settings, const std::optional<std::string>& port)
+    : link_(loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath())))),
+      port_(port ? *port : defaultPort(settings)) {}
+
+bool LoggerConnection::open(std::string_view failure) {
+    if (!link_.hasLibrary()) {
+        complain(link_.libraryProblem() + " Put it beside this program, or let QUOBRIX_LIBRARY say where it is.");
+        return false;
+    }
+    LockedLogger logger(link_);
+    const LoggerOutcome opened = logger.outcome(logger.openPort(port_));
+    if (!opened.ok()) {
+        complain(fmt::format("{}: {}", port_, openFailureMessage(opened).text));
+        return false;
+    }
+    const LoggerOutcome probed = logger.outcome(logger.probe());
+    if (!probed.ok())
+        complain(failureMessage(failure, probed).text);
+    return probed.ok();
+}
+
+} // namespace quobrix::cli

@@ -1,0 +1,46 @@
+#include "config/configuration_rules.h"
+
+#include "config/configuration_codes.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <set>
+
+namespace quobrix {
+namespace {
+
+constexpr double kKilometresPerMile = 1.609344;
+constexpr double kMaxSpeed = 255 / kKilometresPerMile; // MPH
+constexpr double kMaxThreshold = 2 * 9.80665;          // m/s2
+
+/// Strictly, above 0 and up to MAXIMUM.
+template <std::size_t n>
+bool ascends(const std::array<double, n>& values, double maximum) {
+    return values.front() > 0 && values.back() <= maximum &&
+           std::ranges::adjacent_find(values, std::not_fn(std::less<>())) == values.end();
+}
+
+bool hasTwice(const std::array<std::int32_t, QUOBRIX_SLOT_COUNT>& parameters) {
+    std::set<std::int32_t> seen;
+    return std::ranges::any_of(parameters, [&](std::int32_t code) {
+        return parameterOfCode(code) != kNoParameter && !seen.insert(code).second;
+    });
+}
+
+} // namespace
+
+std::optional<Message> configurationProblem(const LoggerConfiguration& changed, const LoggerConfiguration& present) {
+    if (changed.bandLimits != present.bandLimits && !ascends(changed.bandLimits, kMaxSpeed))
+        return makeMessage(MessageId::SpeedBandsOutOfRange);
+    if (changed.brakeThresholds != present.brakeThresholds && !ascends(changed.brakeThresholds, kMaxThreshold))
+        return makeMessage(MessageId::ThresholdsOutOfRange, "braking");
+    if (changed.accelerationThresholds != present.accelerationThresholds &&
+        !ascends(changed.accelerationThresholds, kMaxThreshold))
+        return makeMessage(MessageId::ThresholdsOutOfRange, "acceleration");
+    if (changed.parameters != present.parameters && hasTwice(changed.parameters))
+        return makeMessage(MessageId::DuplicateParameters);
+    return {};
+}
+
+} // namespace quobrix

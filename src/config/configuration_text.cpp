@@ -1,0 +1,202 @@
+#include "config/configuration_text.h"
+
+#include "config/configuration_codes.h"
+#include "model/parameters.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+namespace quobrix {
+namespace {
+
+constexpr std::string_view kFirstLine = "Quobrix configuration 1";
+constexpr std::string_view kNotSelected = "Not Selected";
+
+enum class Kind { Real, Parameter, Interval };
+
+/// A value of the configuration and how it is told.
+struct Field {
+    std::string_view name;
+    Kind kind;
+    std::string_view unit;
+    double& (*real)(LoggerConfiguration&) = nullptr;
+    std::int32_t& (*code)(LoggerConfiguration&) = nullptr;
+};
+
+template <std::size_t i>
+double& band(LoggerConfiguration& c) {
+    return c.bandLimits[i];
+}
+template <std::size_t i>
+double& brake(LoggerConfiguration& c) {
+    return c.brakeThresholds[i];
+}
+template <std::size_t i>
+double& acceleration(LoggerConfiguration& c) {
+    return c.accelerationThresholds[i];
+}
+template <std::size_t i>
+std::int32_t& parameter(LoggerConfiguration& c) {
+    return c.parameters[i];
+}
+template <std::size_t i>
+std::int32_t& interval(LoggerConfiguration& c) {
+    return c.intervals[i];
+}
+
+constexpr Field kFields[] = {
+    {"Speed Band 1", Kind::Real, "MPH", band<0>},
+    {"Speed Band 2", Kind::Real, "MPH", band<1>},
+    {"Speed Band 3", Kind::Real, "MPH", band<2>},
+    {"Hard Braking", Kind::Real, "m/s²", brake<0>},
+    {"Extreme Braking", Kind::Real, "m/s²", brake<1>},
+    {"Hard Acceleration", Kind::Real, "m/s²", acceleration<0>},
+    {"Extreme Acceleration", Kind::Real, "m/s²", acceleration<1>},
+    {"Parameter 1", Kind::Parameter, "", nullptr, parameter<0>},
+    {"Interval 1", Kind::Interval, "s", nullptr, interval<0>},
+    {"Parameter 2", Kind::Parameter, "", nullptr, parameter<1>},
+    {"Interval 2", Kind::Interval, "s", nullptr, interval<1>},
+    {"Parameter 3", Kind::Parameter, "", nullptr, parameter<2>},
+    {"Interval 3", Kind::Interval, "s", nullptr, interval<2>},
+    {"Parameter 4", Kind::Parameter, "", nullptr, parameter<3>},
+    {"Interval 4", Kind::Interval, "s", nullptr, interval<3>},
+    {"Parameter 5", Kind::Parameter, "", nullptr, parameter<4>},
+    {"Interval 5", Kind::Interval, "s", nullptr, interval<4>},
+};
+
+std::string codeText(std::int32_t code) { return fmt::format("code {}", code); }
+
+std::string parameterText(std::int32_t code) {
+    const std::int32_t parameter = parameterOfCode(code);
+    if (codeOfParameter(parameter) != code)
+        return codeText(code);
+    if (parameter == kNoParameter)
+        return std::string(kNotSelected);
+    return parameter == kFuelSystemStatusParameter ? "Fuel System Status" : std::string(parameterName(parameter));
+}
+
+std::string intervalText(std::int32_t code) {
+    const std::int32_t seconds = secondsOfIntervalCode(code);
+    return intervalCodeOfSeconds(seconds) == code ? fmt::format("{}", seconds) : codeText(code);
+}
+
+std::string valueText(const Field& field, LoggerConfiguration configuration) {
+    switch (field.kind) {
+    case Kind::Real:
+        return fmt::format("{}", field.real(configuration));
+    case Kind::Parameter:
+        return parameterText(field.code(configuration));
+    default:
+        return intervalText(field.code(configuration));
+    }
+}
+
+std::string_view trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\r");
+    return first == std::string_view::npos ? std::string_view()
+                                           : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+}
+
+template <class T>
+bool readNumber(std::string_view text, T& value) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size();
+}
+
+std::optional<std::int32_t> readCode(Kind kind, std::string_view text) {
+    constexpr std::string_view kPrefix = "code ";
+    std::int32_t number = 0;
+    if (text.starts_with(kPrefix))
+        return readNumber(text.substr(kPrefix.size()), number) ? std::optional(number) : std::nullopt;
+    if (kind == Kind::Interval) {
+        if (!readNumber(text, number) || secondsOfIntervalCode(intervalCodeOfSeconds(number)) != number)
+            return {};
+        return intervalCodeOfSeconds(number);
+    }
+    for (std::int32_t parameter = kNoParameter; parameter <= kParameterCount; ++parameter)
+        if (const std::int32_t code = codeOfParameter(parameter); parameterText(code) == text)
+            return code;
+    return {};
+}
+
+bool readValue(const Field& field, std::string_view text, LoggerConfiguration& configuration) {
+    if (field.kind == Kind::Real) {
+        double& value = field.real(configuration);
+        return readNumber(text, value) && std::isfinite(value);
+    }
+    const std::optional<std::int32_t> code = readCode(field.kind, text);
+    if (code)
+        field.code(configuration) = *code;
+    return code.has_value();
+}
+
+bool equal(double a, double b) { return std::abs(a - b) <= 1e-6 * std::max(std::abs(a), std::abs(b)); }
+
+} // namespace
+
+std::string configurationText(const LoggerConfiguration& configuration) {
+    std::string text = fmt::format("{}\n", kFirstLine);
+    for (const Field& field : kFields)
+        text += fmt::format("{} = {}{}{}\n", field.name, valueText(field, configuration),
+                            field.unit.empty() ? "" : "  # ", field.unit);
+    return text;
+}
+
+Result<LoggerConfiguration> readConfigurationText(std::string_view text) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kByteOrderMark)) // which some editors put there
+        text.remove_prefix(kByteOrderMark.size());
+    LoggerConfiguration configuration;
+    std::array<bool, std::size(kFields)> told{};
+    for (int number = 1; !text.empty(); ++number) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        text.remove_prefix(std::min(end + 1, text.size()));
+        line = trimmed(line.substr(0, line.find('#')));
+        if (number == 1) {
+            if (line != kFirstLine)
+                return Error{ErrorKind::NotADocument,
+                             fmt::format("a configuration begins with the line \"{}\"", kFirstLine)};
+            continue;
+        }
+        if (line.empty())
+            continue;
+        const std::size_t sign = std::min(line.find('='), line.size());
+        const std::string_view name = trimmed(line.substr(0, sign));
+        const std::string_view value = trimmed(line.substr(std::min(sign + 1, line.size())));
+        const auto field = std::ranges::find(kFields, name, &Field::name);
+        if (field == std::end(kFields))
+            return Error{ErrorKind::Corrupt, fmt::format("line {} names no value of a configuration", number)};
+        bool& once = told[static_cast<std::size_t>(field - std::begin(kFields))];
+        if (once)
+            return Error{ErrorKind::Corrupt, fmt::format("line {} tells {} again", number, field->name)};
+        once = true;
+        if (!readValue(*field, value, configuration))
+            return Error{ErrorKind::Corrupt, fmt::format("line {} has no usable value of {}", number, field->name)};
+    }
+    for (std::size_t i = 0; i < told.size(); ++i)
+        if (!told[i])
+            return Error{i == 0 ? ErrorKind::NotADocument : ErrorKind::Corrupt,
+                         fmt::format("{} is missing", kFields[i].name)};
+    return configuration;
+}
+
+std::vector<std::string> configurationDifferences(const LoggerConfiguration& a, const LoggerConfiguration& instead) {
+    std::vector<std::string> lines;
+    for (const Field& field : kFields) {
+        LoggerConfiguration is = a, shouldBe = instead;
+        const bool same = field.kind == Kind::Real ? equal(field.real(is), field.real(shouldBe))
+                                                   : field.code(is) == field.code(shouldBe);
+        if (!same)
+            lines.push_back(fmt::format("{}: {} instead of {}{}{}", field.name, valueText(field, a),
+                                        valueText(field, instead), field.unit.empty() ? "" : " ", field.unit));
+    }
+    return lines;
+}
+
+} // namespace quobrix
