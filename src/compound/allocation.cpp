@@ -17,6 +17,7 @@ void AllocationTable::load(Pages marks, SectorSet claimed, std::set<std::uint32_
     pages_ = std::move(marks);
     pages_.commit();
     held_ = std::move(claimed);
+    heldIsCommitted_ = held_.nextMember(0) == SectorSet::kNone;
     avoided_ = std::move(avoided);
     if (reuse_ == Reuse::AfterCommit)
         for (std::uint32_t sector = 0; sector < pages_.count() * kMarksPerPage; ++sector)
@@ -30,6 +31,8 @@ void AllocationTable::findFree() {
     available_.clear();
     freeCount_ = end_ = cursor_ = 0;
     noRunOf_ = ~0u;
+    spareWanted_ = reuse_ == Reuse::AfterCommit && pages_.count() > 0;
+    spare_.clear();
     std::vector<std::uint32_t> unused;
     std::uint32_t sector = 0;
     const auto consider = [&](bool used) {
@@ -88,8 +91,46 @@ void AllocationTable::use(std::uint32_t first, std::uint32_t count, std::uint32_
     allocated_.push_back({first, count});
 }
 
+/// Appended where nothing is free.
+void AllocationTable::keepSpare() {
+    spareWanted_ = false;
+    std::uint32_t sector = 0;
+    while (spare_.size() < kSpare) {
+        sector = std::min(available_.nextMember(sector), end_);
+        if (sector == end_) {
+            if (end_ == mostSectors_ || avoided_.contains(end_))
+                return;
+            ++end_;
+            ++freeCount_;
+            if (end_ > pages_.count() * kMarksPerPage)
+                pages_.grow(unitsOf(end_, kMarksPerPage), 0xFF);
+        }
+        available_.erase(sector);
+        spare_.push_back(sector++);
+    }
+}
+
+void AllocationTable::giveUpSpare() {
+    for (const std::uint32_t sector : spare_)
+        available_.insert(sector);
+    spare_.clear();
+    noRunOf_ = ~0u;
+}
+
+std::optional<std::vector<std::uint32_t>> AllocationTable::replaced() const {
+    if (!heldIsCommitted_)
+        return std::nullopt;
+    std::vector<std::uint32_t> sectors = freed_;
+    std::ranges::sort(sectors);
+    return sectors;
+}
+
 Result<std::vector<Run>> AllocationTable::allocate(std::uint32_t count) {
+    if (spareWanted_)
+        keepSpare();
     const std::uint32_t atEnd = mostSectors_ - std::min(mostSectors_, end_);
+    if (count + freed_.size() + spare_.size() > atEnd + std::uint64_t{freeCount_})
+        giveUpSpare();
     if (count > atEnd + std::uint64_t{freeCount_})
         return Error{ErrorKind::Unsupported, "the file would pass 2 GB"};
     std::vector<Run> runs;
@@ -170,6 +211,9 @@ void AllocationTable::commit(bool copying) {
                     held_.insert(sector);
     allocated_.clear();
     pages_.commit();
+    giveUpSpare();
+    spareWanted_ = reuse_ == Reuse::AfterCommit;
+    heldIsCommitted_ = !copying;
     if (copying)
         return;
     for (const std::uint32_t sector : freed_) {
@@ -186,6 +230,7 @@ void AllocationTable::rollBack(bool certain) {
     // What earlier commits have released stays so.
     std::erase_if(freed_,
                   [&](std::uint32_t sector) { return next(sector) != kFreeSector && next(sector) != kUnknownSector; });
+    heldIsCommitted_ = heldIsCommitted_ && certain;
     if (!certain && reuse_ == Reuse::AfterCommit)
         for (const Run& run : allocated_)
             for (std::uint32_t sector = run.first; sector < run.first + run.count; ++sector)

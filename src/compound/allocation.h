@@ -3,6 +3,7 @@
 #include "compound/pages.h"
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -53,6 +54,16 @@ public:
     void releaseChain(std::uint32_t first);
 
     bool held(std::uint32_t sector) const { return held_.contains(sector); }
+
+    /// How many sectors each transaction that replaces a committed state keeps free for a note of it.
+    static constexpr std::uint32_t kSpare = 2;
+    /// These sectors, once something has been allocated: the lowest ones that the committed state does not use, so that
+    /// they are the same in every attempt to replace it. None where a damaged chain may lead to them, or in a new file.
+    const std::vector<std::uint32_t>& spare() const { return spare_; }
+    /// Sectors that the committed state uses and this one does not, in ascending order; nothing when sectors of other
+    /// states are held, too. held() then tells what the committed state uses.
+    std::optional<std::vector<std::uint32_t>> replaced() const;
+
     /// The table as it is now is the one that the header on disk leads to, and no other. What was released may be used
     /// again, unless a copy in the making may need it (COPYING): then the next commit sees to it.
     void commit(bool copying);
@@ -67,6 +78,8 @@ private:
     std::uint32_t mark(std::uint32_t sector) const { return load32(pages_.at(std::size_t{4} * sector)); }
     void use(std::uint32_t first, std::uint32_t count, std::uint32_t& tail);
     void findFree();
+    void keepSpare();
+    void giveUpSpare();
 
     std::uint32_t mostSectors_;
     Reuse reuse_;
@@ -80,6 +93,9 @@ private:
     std::vector<std::uint32_t> freed_; ///< held, but free in the table
     std::uint32_t cursor_ = 0;         ///< where the next search begins, so that a commit's sectors lie together
     std::uint32_t noRunOf_ = ~0u;      ///< a search for so many side by side has failed
+    bool spareWanted_ = false;         ///< there is a committed state, and nothing is kept yet
+    std::vector<std::uint32_t> spare_;
+    bool heldIsCommitted_ = true; ///< but for what this transaction has released
 };
 
 } // namespace quobrix::cfb

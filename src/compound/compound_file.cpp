@@ -1,6 +1,7 @@
 #include "compound/compound_file.h"
 
 #include "compound/engine.h"
+#include "compound/previous_state.h"
 
 #include <algorithm>
 
@@ -317,6 +318,13 @@ Result<void> CompoundFileEngine::writeEverything() {
     QUOBRIX_TRY(placeContents(batch));
     QUOBRIX_TRY(tables_.settle());
     tables_.addChanged(batch);
+    if (const auto& spare = tables_.fat.spare(); spare.size() == AllocationTable::kSpare) {
+        const PreviousStateNote note =
+            tables_.anyDamaged() ? PreviousStateNote{}
+                                 : notePreviousState(*file_, tables_.header(), tables_.nextHeader(), tables_.fat);
+        batch.add(spare[0], note.about);
+        batch.add(spare[1], note.header);
+    }
     QUOBRIX_TRY(writeBatch(batch));
     return flush();
 }

@@ -17,7 +17,9 @@ namespace quobrix::cfb {
 /// table and directory pages that speak of it, up to the header itself; a flush makes them durable; then one write of
 /// 512 bytes, which a disk does wholly or not at all, turns to the new state. Until it has happened the old state is
 /// there untouched, whatever became of the other writes and in whatever order they arrived. Sectors of the old state
-/// are reused only after the new header is durable.
+/// are reused only after the new header is durable, by the next transaction at the earliest, whether that one ends in a
+/// commit or not. Until then the old state lies whole in the file, and a note in two free sectors leads to it, for
+/// repairs (see PreviousStateNote).
 ///
 /// In memory the new state is simply the current one. Tables keep the pages they had before, so that a transaction
 /// that fails is taken back without reading anything. It must be: when a flush fails, a system forgets what it could

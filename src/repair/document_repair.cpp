@@ -26,7 +26,7 @@ public:
         for (const std::string& damage : objects_.indexDamage())
             note(kNoObject, {}, damage + "; the index was made anew");
         if (const Result<void> whole = from_.writable(); !whole) // nobody knows what they led to
-            lose(kNoObject, {}, whole.error().detail + "; there may have been more");
+            lose(kNoObject, {}, whole.error().detail);
         for (const PersistentType* type : modelTypes().all())
             if (type->singleton)
                 takeSingleton(*type);

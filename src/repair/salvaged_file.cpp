@@ -3,6 +3,7 @@
 #include "compound/io.h"
 #include "compound/layout.h"
 #include "compound/name.h"
+#include "compound/previous_state.h"
 #include "model/quobrix_document.h"
 
 #include <fmt/format.h>
@@ -405,8 +406,9 @@ private:
 /// What can be read of a damaged file, and what was found in it.
 class SalvagedFile final : public CompoundFile {
 public:
-    SalvagedFile(std::unique_ptr<File> file, std::unique_ptr<CompoundFile> rest, std::map<ObjectId, Place> found)
-        : file_(std::move(file)), rest_(std::move(rest)) {
+    SalvagedFile(std::unique_ptr<File> file, std::unique_ptr<CompoundFile> rest, std::map<ObjectId, Place> found,
+                 bool previous = false)
+        : file_(std::move(file)), rest_(std::move(rest)), previous_(previous) {
         for (const auto& [id, place] : found)
             found_.emplace(std::to_string(id), place);
     }
@@ -429,12 +431,16 @@ public:
         return readParts(*file_, found->second, content);
     }
     Result<void> writable() const override {
+        if (previous_)
+            return Error{ErrorKind::Corrupt, "the end of the file is missing or its structure is damaged, and with it "
+                                             "what was saved last; this is all as it was before the last save"};
         const Result<void> rest =
             rest_ ? rest_->writable() : Error{ErrorKind::Corrupt, "header, allocation tables or directory are lost"};
-        if (rest || found_.empty())
+        if (rest)
             return rest;
-        return Error{ErrorKind::Corrupt,
-                     fmt::format("{}; {} objects were found without them", rest.error().detail, found_.size())};
+        const std::string found =
+            found_.empty() ? std::string() : fmt::format("; {} objects were found without them", found_.size());
+        return Error{ErrorKind::Corrupt, rest.error().detail + found + "; there may have been more"};
     }
     Space space() const override { return rest_ ? rest_->space() : Space{}; }
 
@@ -450,6 +456,7 @@ private:
 
     const std::unique_ptr<File> file_;
     const std::unique_ptr<CompoundFile> rest_; // over file_; none where nothing of the structure is left
+    const bool previous_;                      // rest_ is the state before the last save
     std::map<std::string, Place, std::less<>> found_;
 };
 
@@ -486,6 +493,19 @@ bool isWhole(const CompoundFile& file) {
     return !store.doubt();
 }
 
+/// The document as it was before the last save, if all of it is there.
+Result<std::unique_ptr<CompoundFile>> openPrevious(File& file) {
+    Result<std::unique_ptr<File>> past = previousState(file);
+    if (!past)
+        return past.error();
+    if (!*past)
+        return std::unique_ptr<CompoundFile>();
+    auto opened = CompoundFile::open(*std::move(past));
+    if (!opened)
+        return opened.error();
+    return isWhole(**opened) ? std::move(opened) : std::unique_ptr<CompoundFile>();
+}
+
 } // namespace
 
 Result<std::unique_ptr<CompoundFile>> openForRepair(std::unique_ptr<File> file) {
@@ -518,12 +538,22 @@ Result<std::unique_ptr<CompoundFile>> openForRepair(std::unique_ptr<File> file) 
                                : std::map<ObjectId, Place>();
     if (!found)
         return found.error();
+    if (!tablesWhole) {
+        auto previous = openPrevious(*file);
+        if (!previous)
+            return previous.error();
+        // States are not mixed: it is the one that more is left of, and of the same number the last one.
+        if (*previous && readableObjects(**previous).classes.size() > readable.classes.size() + found->size())
+            return std::unique_ptr<CompoundFile>(std::make_unique<SalvagedFile>(std::move(file), *std::move(previous),
+                                                                                std::map<ObjectId, Place>(), true));
+    }
     if (!layout && found->empty()) {
         if (*end > 0)
             return layout.error();
-        return Error{layout.error().kind, layout.error().detail +
-                                              "; it was saved several times, or nothing tells that it was not, so that "
-                                              "earlier states in it cannot be told from the last one"};
+        return Error{layout.error().kind,
+                     layout.error().detail +
+                         "; it was saved several times, or nothing tells that it was not, so that earlier states in it "
+                         "cannot be told from the last one, and the one before the last save is not whole"};
     }
     return std::unique_ptr<CompoundFile>(
         std::make_unique<SalvagedFile>(std::move(file), std::move(rest), *std::move(found)));

@@ -10,10 +10,11 @@ namespace quobrix {
 /// streams; and tables of logs and their columns by their classes, of each of which there is one.
 ///
 /// In a file that was saved several times nothing is looked for: earlier states lie there, too, and an object says
-/// neither which it is nor of which state.
+/// neither which it is nor of which state. Where the last state has lost its allocation tables or directory, the one
+/// before the last save takes its place as a whole if it is whole, and more can be read of it.
 ///
-/// writable() says Corrupt and, if so, how many objects were found in this way. Errors as CompoundFile::open, if
-/// nothing is found. The work and the memory are in proportion to the file.
+/// writable() says Corrupt and, if so, how many objects were found in this way, or that this is the state before the
+/// last save. Errors as CompoundFile::open, if nothing is found. The work and the memory are in proportion to the file.
 Result<std::unique_ptr<CompoundFile>> openForRepair(std::unique_ptr<File> file);
 
 } // namespace quobrix

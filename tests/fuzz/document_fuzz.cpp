@@ -1,9 +1,12 @@
+#include "compound/io.h"
+#include "compound/previous_state.h"
 #include "fuzz/walk_objects.h"
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
 #include "support/memory_file.h"
 
 #include <cstdlib>
+#include <map>
 
 using namespace quobrix;
 
@@ -14,21 +17,19 @@ void require(bool condition) {
         std::abort();
 }
 
-} // namespace
+std::map<std::string, Bytes> contentOf(const CompoundFile& file) {
+    std::map<std::string, Bytes> streams;
+    for (const std::string& name : file.names())
+        if (auto content = file.read(name))
+            streams[name] = *std::move(content);
+    return streams;
+}
 
-/// Any bytes as a whole document: whatever of it can be opened is looked at as the views do and checked; whatever can
-/// be found in it is repaired into a document that is sound.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const Bytes bytes(data, data + size);
-    if (const auto opened = CompoundFile::open(std::make_unique<test::MemoryFile>(bytes))) {
-        ObjectStore store(modelTypes());
-        store.load(**opened);
-        test::walkObjects(store);
-        (void)checkDocument(store);
-    }
+/// Whatever can be found in BYTES is repaired into a document that is sound.
+void repair(const Bytes& bytes) {
     const auto file = openForRepair(std::make_unique<test::MemoryFile>(bytes));
     if (!file)
-        return 0;
+        return;
     const auto disk = std::make_shared<Bytes>();
     auto target = CompoundFile::create(std::make_unique<test::MemoryFile>(disk));
     const Result<DocumentRepair> repair = salvage(**file, **target);
@@ -42,5 +43,53 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(store.objectCount() == repair->objects);
     for (const PersistentType* root : kRootTables)
         require(store.singletonIds().contains(root->id()));
+}
+
+/// A save of DISK, and a second one that is killed if KILLED, then without its last LOST bytes: what is found of the
+/// state before is what it was.
+void saveAndCut(const std::shared_ptr<Bytes>& disk, std::size_t lost, bool killed) {
+    auto opened = CompoundFile::open(std::make_unique<test::MemoryFile>(disk));
+    if (!opened || !(*opened)->writable())
+        return;
+    CompoundFile& file = **opened;
+    const auto before = contentOf(file);
+    for (const auto& [name, content] : before)
+        if (content.size() % 3 == 0)
+            file.remove(name);
+        else if (content.size() % 3 == 1)
+            file.write(name, Bytes(content.size() + lost % 128, 7));
+    if (!file.commit())
+        return;
+    if (killed) {
+        file.write("1", Bytes(700, 9));
+        (void)file.spill();
+    }
+    opened->reset();
+    disk->resize(disk->size() - std::min(disk->size(), lost));
+    test::MemoryFile cut(disk);
+    const auto past = cfb::previousState(cut);
+    require(bool(past));
+    if (*past) {
+        const auto found = CompoundFile::open(std::make_unique<cfb::BorrowedFile>(**past));
+        require(found && contentOf(**found) == before);
+    }
+    repair(*disk);
+}
+
+} // namespace
+
+/// Any bytes as a whole document: whatever of it can be opened is looked at as the views do and checked; whatever can
+/// be found in it is repaired into a document that is sound. The last two bytes say how it is saved and cut short then.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const auto bytes = std::make_shared<Bytes>(data, data + size);
+    if (const auto opened = CompoundFile::open(std::make_unique<test::MemoryFile>(bytes))) {
+        ObjectStore store(modelTypes());
+        store.load(**opened);
+        test::walkObjects(store);
+        (void)checkDocument(store);
+    }
+    repair(*bytes);
+    if (size >= 2)
+        saveAndCut(bytes, std::size_t{64} * data[size - 1], data[size - 2] % 2 != 0);
     return 0;
 }

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 #include <random>
 
@@ -338,12 +339,21 @@ TEST_F(CutShort, AFileThatWasSavedOnceLosesWhatTheLostEndOfItsDirectoryNamed) {
     EXPECT_EQ(store_->singleton<TTripLogTable>().rowCount(), 20u);
 }
 
-TEST_F(CutShort, AFileThatWasSavedOftenIsNotGuessedAt) {
+TEST_F(CutShort, AFileThatWasSavedOftenIsAsItWasBeforeTheLastSave) {
     addTrips(3);
     ASSERT_TRUE(made_.save());
-    Bytes bytes = *readFile(made_.path(), 1u << 24);
-    bytes.resize(bytes.size() - 2048);
-    const auto found = openForRepair(std::make_unique<MemoryFile>(std::move(bytes)));
+    repair(2048);
+    EXPECT_EQ(wholeTrips(), 20u);
+    ASSERT_EQ(result_.lost.size(), 1u);
+    EXPECT_NE(result_.lost.front().what.find("as it was before the last save"), std::string::npos);
+    // Where a save that was killed has written, less of it is left, and nobody knows what is missing.
+    const auto bytes = std::make_shared<Bytes>(*readFile(made_.path(), 1u << 24));
+    const std::size_t size = bytes->size();
+    const auto killed = *CompoundFile::open(std::make_unique<MemoryFile>(bytes));
+    killed->write("killed", Bytes(100000, 1));
+    ASSERT_TRUE(killed->spill());
+    bytes->resize(size - 2048);
+    const auto found = openForRepair(std::make_unique<MemoryFile>(bytes));
     ASSERT_FALSE(found);
     EXPECT_NE(found.error().detail.find("saved several times"), std::string::npos) << found.error().detail;
 }
@@ -365,6 +375,7 @@ protected:
         for (int i = 0; i < 6 + 5 * GetParam(); ++i)
             add();
         ASSERT_TRUE(made_.saveAs(folder_ / "Made.car"));
+        saved();
         for (int save = 0; save < 5; ++save) {
             for (int change = 0; change < 4; ++change) {
                 const RowIndex row = random() % made_.trips().rowCount();
@@ -378,11 +389,15 @@ protected:
             for (unsigned i = 0; i < 1 + random() % 4; ++i)
                 add();
             ASSERT_TRUE(made_.save());
+            saved();
         }
         ASSERT_TRUE(made_.save());
+        saved();
         final_ = trips(made_.trips());
         ASSERT_EQ(final_.size(), made_.trips().rowCount());
     }
+
+    void saved() { states_.emplace_back(*readFile(made_.path(), 1u << 24), streamsOf(made_.path())); }
 
     void add() {
         const std::int32_t number = ++number_;
@@ -417,11 +432,20 @@ protected:
     /// Trips that a repair of BYTES has wholly.
     std::size_t expectNothingOfOthers(Bytes bytes) {
         const auto found = openForRepair(std::make_unique<MemoryFile>(std::move(bytes)));
-        if (!found)
+        if (!found) {
+            ++refused_;
             return 0;
+        }
         StreamMap into;
         const auto result = salvage(**found, into);
         EXPECT_TRUE(result);
+        if (isBeforeTheLastSave(**found)) {
+            ++previous_;
+            EXPECT_EQ(result->lost.size(), 1u);
+            EXPECT_TRUE(state_ > 0 && streamsOf(**found) == states_[state_ - 1].second);
+            return 0;
+        }
+        ++last_;
         ObjectStore store(modelTypes());
         store.load(into);
         EXPECT_TRUE(!store.doubt() && checkDocument(store).sound());
@@ -441,6 +465,11 @@ protected:
         }
         EXPECT_TRUE(whole == final_.size() || !result->complete());
         return whole;
+    }
+
+    static bool isBeforeTheLastSave(const CompoundFile& file) {
+        const Result<void> whole = file.writable();
+        return !whole && whole.error().detail.find("before the last save") != std::string::npos;
     }
 
     /// BYTES with other damage: without each part of the structure that zeros can take away.
@@ -486,20 +515,53 @@ protected:
 
     TemporaryFolder folder_;
     TQuobrixDocument made_;
-    std::map<std::int32_t, Trip> final_; ///< by start
+    std::map<std::int32_t, Trip> final_;            ///< by start
+    std::vector<std::pair<Bytes, Streams>> states_; ///< the file after each save, and what it held
+    std::size_t state_ = 0;                         ///< which of them is damaged
     std::int32_t number_ = 0;
+    std::size_t refused_ = 0, previous_ = 0, last_ = 0; ///< what became of damaged files
 };
 
 TEST_P(Shuffled, NoRecordIsGivenWhatIsAnothers) {
     make();
-    const Bytes often = *readFile(made_.path(), 1u << 24);
-    expectSafeWithout(often);
+    state_ = states_.size() - 1;
+    expectSafeWithout(states_.back().first);
+    EXPECT_GT(previous_, 0u);
     ASSERT_TRUE(made_.compact());
+    state_ = 0; // it is the only one
     Bytes once = *readFile(made_.path(), 1u << 24);
     expectSafeWithout(once);
     EXPECT_EQ(expectNothingOfOthers(Bytes(once.begin(), once.end() - 1024)), final_.size());
     std::fill_n(once.begin(), 512, std::uint8_t{0});
     EXPECT_EQ(expectNothingOfOthers(once), final_.size());
+}
+
+TEST_P(Shuffled, WithoutItsEndAFileIsAsItWasBeforeTheLastSaveOrRefused) {
+    make();
+    for (state_ = 1; state_ < states_.size(); ++state_) {
+        const Bytes& bytes = states_[state_].first;
+        for (std::size_t lost = 100; lost <= 20480; lost += 97 + lost / 16) {
+            SCOPED_TRACE(testing::Message() << "state " << state_ << " without " << lost);
+            const auto found = openForRepair(
+                std::make_unique<MemoryFile>(Bytes(bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(lost))));
+            if (!found) {
+                ++refused_;
+            } else if (isBeforeTheLastSave(**found)) {
+                ++previous_;
+                EXPECT_TRUE(streamsOf(**found) == states_[state_ - 1].second);
+            } else {
+                ++last_;
+                const Streams& was = states_[state_].second;
+                for (const std::string& name : (*found)->names())
+                    if (const auto content = (*found)->read(name)) {
+                        EXPECT_TRUE(was.contains(name) && was.at(name) == *content) << name;
+                    }
+            }
+        }
+    }
+    EXPECT_GT(previous_, 0u);
+    std::printf("[  COUNTED ] without their end: %zu the last state, %zu the one before, %zu refused\n", last_,
+                previous_, refused_);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, Shuffled, testing::Values(1, 2, 3));

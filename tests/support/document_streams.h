@@ -22,14 +22,15 @@ inline std::unique_ptr<CompoundFile> compoundFile(const std::filesystem::path& p
     return *std::move(compound);
 }
 
-/// All streams of the compound file PATH.
-inline Streams streamsOf(const std::filesystem::path& path) {
-    const auto file = compoundFile(path, FileMode::Read);
+/// All streams of FILE, which can be read.
+inline Streams streamsOf(const CompoundFile& file) {
     Streams streams;
-    for (const std::string& name : file->names())
-        streams[name] = *file->read(name);
+    for (const std::string& name : file.names())
+        streams[name] = *file.read(name);
     return streams;
 }
+/// All streams of the compound file PATH.
+inline Streams streamsOf(const std::filesystem::path& path) { return streamsOf(*compoundFile(path, FileMode::Read)); }
 
 /// Changes the compound file PATH as no program should.
 inline void tamper(const std::filesystem::path& path, const std::function<void(CompoundFile&)>& change) {
