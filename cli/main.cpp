@@ -67,10 +67,11 @@ int run(const quobrix::ProgramArguments& arguments) {
     units(listCommand, listOptions.units);
 
     ReportOptions reportOptions;
-    std::string kind;
     CLI::App& reportCommand = *app.add_subcommand("report", "Print the report of one record");
-    reportCommand.add_option("kind", kind, "What is reported")->required()->check(CLI::IsMember({"trip"}));
-    reportCommand.add_option("number", reportOptions.trip, "Number of the trip, from 1")->required();
+    reportCommand.add_option("record", reportOptions.record, "What is reported")
+        ->required()
+        ->check(CLI::IsMember(recordNames()));
+    reportCommand.add_option("number", reportOptions.number, "Number of the record in its log, from 1")->required();
     file(reportCommand, reportOptions.file);
     std::string reportFormat = "text";
     reportCommand.add_option("--format", reportFormat, "text, or html as one file that needs no other")

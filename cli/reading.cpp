@@ -3,43 +3,16 @@
 #include "base/path_text.h"
 #include "cli/units.h"
 #include "messages/file_messages.h"
-#include "model/trip_report.h"
 #include "report/render.h"
-#include "tables/declare.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
-#include <span>
+#include <memory>
 
 namespace quobrix::cli {
 namespace {
-
-/// A log as the list command knows it, and the columns of its table for people.
-struct Log {
-    std::string_view name;
-    const Table* (*table)(TQuobrixDocument&);
-    std::span<const PersistentType* const> columns;
-};
-constexpr Log kLogs[] = {
-    {"trips", [](TQuobrixDocument& document) -> const Table* { return &document.trips(); },
-     kTypesOf<TTripLogRecordColumn, TTripLogStartTimeColumn, TTripLogDurationColumn, TTripLogDistanceColumn,
-              TTripLogMaximumSpeedColumn, TTripLogAverageSpeedColumn, TTripLogTimeInTopSpeedBandColumn,
-              TTripLogHardBrakesColumn, TTripLogPanicBrakesColumn, TTripLogHardAccelerationsColumn,
-              TTripLogPanicAccelerationsColumn, TTripLogVinColumn, TTripLogDriverIDColumn,
-              TTripLogQuobrixSerialNumberColumn, TTripLogCommentsColumn>},
-    {"troubles", [](TQuobrixDocument& document) -> const Table* { return &document.troubles(); },
-     kTypesOf<TTroubleLogRecordColumn, TTroubleLogTimeRecordedColumn, TTroubleLogVinColumn,
-              TTroubleLogQuobrixSerialNumberColumn, TTroubleLogTroubleCodeColumn,
-              TTroubleLogTroubleCodeDescriptionColumn, TTroubleLogCommentsColumn>},
-    {"activity", [](TQuobrixDocument& document) -> const Table* { return &document.activity(); },
-     kTypesOf<TSecurityLogRecordColumn, TSecurityLogTimeRecordedColumn, TSecurityLogQuobrixSerialNumberColumn,
-              TSecurityLogVinColumn, TSecurityLogEventDescriptionColumn, TSecurityLogCommentsColumn>},
-    {"accidents", [](TQuobrixDocument& document) -> const Table* { return document.accidents(); },
-     kTypesOf<TAccidentLogTableRecordColumn, TAccidentLogTableStartTimeColumn, TAccidentLogTableMaximumSpeedColumn,
-              TAccidentLogTableVinColumn, TAccidentLogTableQuobrixSerialNumberColumn, TAccidentLogTableCommentsColumn>},
-};
 
 /// Whether everything that was asked of the document is known to have been read.
 ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
@@ -60,6 +33,14 @@ ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
     return kIncomplete;
 }
 
+/// The table of LOG, which is looked for wherever it may be; NONE where a document has no such log yet.
+const Table& tableOf(TQuobrixDocument& document, const LogSpec& log, const PersistentObject& none) {
+    const Table* table = document.log(log);
+    if (!table && document.store().findLostSingletons())
+        table = document.log(log);
+    return table ? *table : static_cast<const Table&>(none);
+}
+
 } // namespace
 
 bool openForReading(TQuobrixDocument& document, const std::string& file) {
@@ -75,8 +56,15 @@ bool openForReading(TQuobrixDocument& document, const std::string& file) {
 
 std::vector<std::string> logNames() {
     std::vector<std::string> names;
-    for (const Log& log : kLogs)
+    for (const LogSpec& log : logs())
         names.emplace_back(log.name);
+    return names;
+}
+
+std::vector<std::string> recordNames() {
+    std::vector<std::string> names;
+    for (const LogSpec& log : logs())
+        names.emplace_back(log.recordName);
     return names;
 }
 
@@ -89,22 +77,20 @@ ExitCode list(const ListOptions& options) {
     if (!openForReading(document, options.file))
         return kFailed;
 
-    const auto* log = std::ranges::find(kLogs, std::string_view(options.log), &Log::name);
-    const Table* table = log->table(document);
-    if (!table && document.store().findLostSingletons())
-        table = log->table(document);
-    const TAccidentLogTable none; // the one log that a document may not have yet
+    const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.log), &LogSpec::name);
+    const std::unique_ptr<PersistentObject> none = log.table.create();
     Output output;
-    writeRecords(output, table ? *table : none, options.format, log->columns, units.context());
+    writeRecords(output, tableOf(document, log, *none), options.format, log.list(), units.context());
     return output.finish(completeness(document, options.file));
 }
 
 ExitCode report(const ReportOptions& options) {
-    std::int64_t trip = 0;
-    const char* const end = options.trip.data() + options.trip.size();
-    if (const auto [parsed, error] = std::from_chars(options.trip.data(), end, trip);
+    const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.record), &LogSpec::recordName);
+    std::int64_t number = 0;
+    const char* const end = options.number.data() + options.number.size();
+    if (const auto [parsed, error] = std::from_chars(options.number.data(), end, number);
         error != std::errc{} || parsed != end) {
-        complain(fmt::format("\"{}\" is no number of a trip; see quobrix-cli --help", options.trip));
+        complain(fmt::format("\"{}\" is no number of a record; see quobrix-cli --help", options.number));
         return kUsage;
     }
     UserUnits units(localeOf(Format::Table));
@@ -114,16 +100,19 @@ ExitCode report(const ReportOptions& options) {
     if (!openForReading(document, options.file))
         return kFailed;
 
-    const auto count = static_cast<std::int64_t>(document.trips().rowCount());
-    if (trip < 1 || trip > count) {
+    const std::unique_ptr<PersistentObject> none = log.table.create();
+    const Table& table = tableOf(document, log, *none);
+    const auto count = static_cast<std::int64_t>(table.rowCount());
+    if (number < 1 || number > count) {
         const ExitCode complete = completeness(document, options.file);
         if (complete == kDone)
-            complain(count == 0 ? fmt::format("{} holds no trips", options.file)
-                                : fmt::format("{} has no trip {}; its trips are 1 to {}", options.file, trip, count));
+            complain(count == 0 ? fmt::format("{} holds no {}", options.file, log.records)
+                                : fmt::format("{} has no {} {}; its {} are 1 to {}", options.file, log.record, number,
+                                              log.records, count));
         return kFailed;
     }
     Output output;
-    const Report shown = tripReport(document.trips(), static_cast<RowIndex>(trip - 1), units.context());
+    const Report shown = recordReport(log, table, static_cast<RowIndex>(number - 1), units.context());
     if (options.html)
         output.putData(renderHtml(shown));
     else

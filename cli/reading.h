@@ -19,13 +19,15 @@ struct ListOptions {
 };
 
 struct ReportOptions {
-    std::string trip; ///< its number, from 1, in decimal digits
+    std::string record; ///< of which log: one of recordNames()
+    std::string number; ///< from 1, in decimal digits
     std::string file;
     bool html = false; ///< as a file for a browser
     std::optional<std::string> units;
 };
 
 std::vector<std::string> logNames();
+std::vector<std::string> recordNames();
 
 ExitCode list(const ListOptions& options);
 ExitCode report(const ReportOptions& options);

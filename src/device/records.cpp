@@ -1,5 +1,6 @@
 #include "device/records.h"
 
+#include "model/logs.h"
 #include "model/serial_number.h"
 
 #include <fmt/format.h>
@@ -277,20 +278,38 @@ void keep(const RecordReader& in, Record record, std::vector<Record>& records) {
         records.push_back(std::move(record));
 }
 
+struct RecordWords {
+    std::string_view one, several;
+};
+
+RecordWords wordsOf(RecordKind kind) {
+    const auto ofLog = [](LogId id) { return RecordWords{logSpec(id).record, logSpec(id).records}; };
+    switch (kind) {
+    case RecordKind::Trip:
+        return ofLog(LogId::Trips);
+    case RecordKind::Trouble:
+        return ofLog(LogId::Troubles);
+    case RecordKind::Activity:
+        return ofLog(LogId::Activity);
+    case RecordKind::Stop:
+        return ofLog(LogId::Accidents);
+    case RecordKind::StopSamples:
+        return {"set of stop samples", "sets of stop samples"};
+    case RecordKind::Unknown:
+        break;
+    }
+    return {"record", "records"};
+}
+
 constexpr const char* kMisplaced = "a record of its kind does not belong here";
 
 } // namespace
 
-const char* recordKindName(RecordKind kind) {
-    constexpr const char* kNames[] = {"record",          "trip",     "trouble code",
-                                      "activity record", "accident", "set of accident samples"};
-    return kNames[static_cast<std::size_t>(kind)];
-}
+std::string_view recordKindName(RecordKind kind) { return wordsOf(kind).one; }
 
 std::string recordCountText(RecordKind kind, std::uint64_t count) {
-    if (kind == RecordKind::StopSamples)
-        return fmt::format("{} {} of accident samples", count, count == 1 ? "set" : "sets");
-    return fmt::format("{} {}{}", count, recordKindName(kind), count == 1 ? "" : "s");
+    const RecordWords words = wordsOf(kind);
+    return fmt::format("{} {}", count, count == 1 ? words.one : words.several);
 }
 
 std::uint64_t LogRecords::refusedCount() const {
@@ -325,11 +344,11 @@ void parseAccidentRecords(ByteView stops, ByteView samples, LogRecords& records)
     forEachRecord(samples, records, [&](RecordKind kind, std::size_t, RecordReader& in) {
         in.require(kind == RecordKind::StopSamples, kMisplaced);
         const auto raw = in.fixedPart<QuobrixStopSamplesRecord>();
-        in.require(raw.stop < places.size(), "its accident is missing");
+        in.require(raw.stop < places.size(), "its stop is missing");
         if (!in.good() || places[raw.stop] == kRefused)
-            return; // samples go with their accident
+            return; // samples go with their stop
         StopRecord& stop = records.stops[places[raw.stop]];
-        in.require(stop.speedSamples.empty(), "its accident has samples already");
+        in.require(stop.speedSamples.empty(), "its stop has samples already");
         auto speeds = in.array<std::uint8_t>(raw.speeds);
         in.fits(speeds.size(), stop.samplingInterval, std::int64_t{stop.timestamp} - stop.startTime);
         if (in.good())

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quobrix {
@@ -87,7 +88,7 @@ inline constexpr RecordKind kRecordKinds[] = {RecordKind::Unknown,  RecordKind::
                                               RecordKind::Activity, RecordKind::Stop, RecordKind::StopSamples};
 
 /// "trip", "trouble code" …
-const char* recordKindName(RecordKind kind);
+std::string_view recordKindName(RecordKind kind);
 /// "1 trip", "2 trips" …
 std::string recordCountText(RecordKind kind, std::uint64_t count);
 

@@ -78,6 +78,7 @@ public:
     T* existingSingleton() {
         return static_cast<T*>(existingSingletonOf(T::kType));
     }
+    PersistentObject* existingSingletonOf(const PersistentType& type);
     /// A new object with the first free id, else the next available one; modified.
     template <class T>
     T& create() {
@@ -177,7 +178,6 @@ private:
 
     PersistentObject* findTyped(ObjectId id, const PersistentType& type);
     PersistentObject& singletonOf(const PersistentType& type);
-    PersistentObject* existingSingletonOf(const PersistentType& type);
     static Bytes streamOf(const PersistentObject& object);
     Slot* slot(ObjectId id);
     const Slot* slot(ObjectId id) const;

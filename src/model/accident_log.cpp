@@ -1,5 +1,7 @@
 #include "model/accident_log.h"
 
+#include "model/logs.h"
+
 namespace quobrix {
 namespace {
 
@@ -12,7 +14,7 @@ constexpr const PersistentType* kAccidentColumns[] = {
 } // namespace
 
 const TableSpec& TAccidentLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kAccidentColumns, {}, "Accident Log"};
+    static const TableSpec spec{kType, kAccidentColumns, {}, logSpec(LogId::Accidents).title};
     return spec;
 }
 

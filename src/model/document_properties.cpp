@@ -69,8 +69,8 @@ std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, con
     const auto add = [&](std::string_view key, std::string_view label, std::string value) {
         result.push_back({key, label, std::move(value)});
     };
-    const auto addRecords = [&](std::string_view key, const Table* table, const PersistentType& type) {
-        add(key, logOfClass(type.name), integerText(context, table ? table->rowCount() : 0));
+    const auto addRecords = [&](std::string_view key, std::string_view title, const Table* table) {
+        add(key, title, integerText(context, table ? table->rowCount() : 0));
     };
     add("Path", "File", document.hasFile() ? utf8(document.path()) : "Not saved yet");
     if (document.hasFile()) {
@@ -84,13 +84,11 @@ std::vector<DocumentProperty> documentProperties(TQuobrixDocument& document, con
         const Result<FileStatus> backup = fileStatus(TDocument::backupPath(document.path()));
         add("Backup", "Last Backup", backup ? timeText(context, backup->modified) : "None");
     }
-    addRecords("Trips", &document.trips(), TTripLogTable::kType);
-    addRecords("Troubles", &document.troubles(), TTroubleLogTable::kType);
-    addRecords("Activity", &document.activity(), TSecurityLogTable::kType);
-    addRecords("Accidents", document.accidents(), TAccidentLogTable::kType);
-    addRecords("Vehicles", &document.vehicles(), TVehicleNamesTable::kType);
-    addRecords("Loggers", &document.loggers(), TQuobrixNamesTable::kType);
-    addRecords("Drivers", &document.drivers(), DriverNamesTable::kType);
+    for (const LogSpec& log : logs())
+        addRecords(log.key, log.title, document.log(log));
+    addRecords("Vehicles", document.vehicles().spec().title, &document.vehicles());
+    addRecords("Loggers", document.loggers().spec().title, &document.loggers());
+    addRecords("Drivers", document.drivers().spec().title, &document.drivers());
     add("Objects", "Objects", integerText(context, document.store().objectCount()));
     add("Format", "Format", fmt::format("{} (schema {})", document.format(), document.store().version()));
     if (document.readOnlyReason())

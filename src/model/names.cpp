@@ -2,11 +2,8 @@
 
 #include "base/utf8.h"
 #include "messages/message.h"
-#include "model/accident_log.h"
-#include "model/security_log.h"
+#include "model/logs.h"
 #include "model/serial_number.h"
-#include "model/trip_log.h"
-#include "model/trouble_log.h"
 
 #include <fmt/format.h>
 
@@ -27,11 +24,15 @@ std::string keyText(const Column& column, RowIndex row) {
 
 TextColumn& nameColumn(const NamesTable& names) { return static_cast<TextColumn&>(names.column(1)); }
 
-/// The column C of the log, if the document has that log.
-template <class LogTable, class C>
-void addUser(const Column& asking, std::vector<const Column*>& users) {
-    if (const LogTable* log = asking.store() ? asking.store()->existingSingleton<LogTable>() : nullptr)
-        users.push_back(&log->template column<C>());
+/// The columns of the logs of ASKING's document that COLUMN_OF gives, which may be none.
+template <class ColumnOf>
+std::vector<const Column*> columnsOfLogs(const Column& asking, ColumnOf columnOf) {
+    std::vector<const Column*> columns;
+    for (const LogSpec& log : logs())
+        if (const PersistentType* type = columnOf(log); type && asking.store())
+            if (const auto* table = static_cast<Table*>(asking.store()->existingSingletonOf(log.table)))
+                columns.push_back(&table->columnOf(*type));
+    return columns;
 }
 
 std::string_view withoutBlanksAround(std::string_view text) {
@@ -117,27 +118,15 @@ bool InUseColumn::inUse(RowIndex row) const {
 }
 
 std::vector<const Column*> VehicleInUseColumn::users() const {
-    std::vector<const Column*> result;
-    addUser<TTripLogTable, TTripLogVinColumn>(*this, result);
-    addUser<TTroubleLogTable, TTroubleLogVinColumn>(*this, result);
-    addUser<TSecurityLogTable, TSecurityLogVinColumn>(*this, result);
-    addUser<TAccidentLogTable, TAccidentLogTableVinColumn>(*this, result);
-    return result;
+    return columnsOfLogs(*this, [](const LogSpec& log) { return log.vehicle; });
 }
 
 std::vector<const Column*> LoggerInUseColumn::users() const {
-    std::vector<const Column*> result;
-    addUser<TTripLogTable, TTripLogQuobrixSerialNumberColumn>(*this, result);
-    addUser<TTroubleLogTable, TTroubleLogQuobrixSerialNumberColumn>(*this, result);
-    addUser<TSecurityLogTable, TSecurityLogQuobrixSerialNumberColumn>(*this, result);
-    addUser<TAccidentLogTable, TAccidentLogTableQuobrixSerialNumberColumn>(*this, result);
-    return result;
+    return columnsOfLogs(*this, [](const LogSpec& log) { return log.logger(); });
 }
 
 std::vector<const Column*> DriverInUseColumn::users() const {
-    std::vector<const Column*> result;
-    addUser<TTripLogTable, TTripLogDriverIDColumn>(*this, result);
-    return result;
+    return columnsOfLogs(*this, [](const LogSpec& log) { return log.driver; });
 }
 
 std::string NamesTable::key(RowIndex row) const { return keyText(column(0), row); }

@@ -9,13 +9,13 @@
 namespace quobrix {
 namespace {
 
-// A damaged object is assigned to a log by its class, or by the class of what refers to it.
-struct LogName {
-    std::string_view classPrefix, log;
+/// The tables that are no logs, and the names of their classes up to "Table".
+struct NamesOfClass {
+    std::string_view classPrefix, title;
 };
-constexpr LogName kLogNames[] = {
-    {"TTripLog", "Trip Log"},         {"TTroubleLog", "Vehicle Trouble Log"}, {"TSecurityLog", "Activity Log"},
-    {"TAccidentLog", "Accident Log"}, {"TVehicleNames", "Vehicle ID"},        {"TQuobrixNames", "Quobrix ID"},
+constexpr NamesOfClass kNameTables[] = {
+    {"TVehicleNames", "Vehicle ID"},
+    {"TQuobrixNames", "Quobrix ID"},
     {"DriverNames", "Driver ID"},
 };
 
@@ -28,24 +28,27 @@ T* rootTable(ObjectStore& store) {
 
 } // namespace
 
+bool isRootTable(const PersistentType& type) { return std::ranges::find(kRootTables, &type) != std::end(kRootTables); }
+
 std::string_view logOfClass(std::string_view className) {
-    for (const LogName& entry : kLogNames)
-        if (className.starts_with(entry.classPrefix))
-            return entry.log;
+    for (const LogSpec& log : logs())
+        if (className.starts_with(log.className()))
+            return log.title;
+    for (const NamesOfClass& names : kNameTables)
+        if (className.starts_with(names.classPrefix))
+            return names.title;
     return kOtherLog;
 }
 
 const TypeRegistry& modelTypes() {
     static const TypeRegistry registry = [] {
         TypeRegistry types;
+        for (const LogSpec& log : logs())
+            types.add(log.table);
 #define TABLE(Name) types.add(Name::kType);
-        TABLE(TTripLogTable)
         TABLE(TTripLogSampleTable)
         TABLE(TTripLogSpeedBandsTable)
         TABLE(TTripLogParametersTable)
-        TABLE(TTroubleLogTable)
-        TABLE(TSecurityLogTable)
-        TABLE(TAccidentLogTable)
         TABLE(TAccidentLogSpeedBandsTable)
         TABLE(TVehicleNamesTable)
         TABLE(TQuobrixNamesTable)
@@ -83,6 +86,13 @@ TQuobrixDocument::TQuobrixDocument(FileSystem& files) : TDocument(modelTypes(), 
 
 TQuobrixDocument::~TQuobrixDocument() { edits_.removeListener(*this); }
 
+Table* TQuobrixDocument::log(const LogSpec& log) {
+    for (Table* root : roots())
+        if (root->type().id() == log.table.id())
+            return root; // a damaged one, too
+    return static_cast<Table*>(store().existingSingletonOf(log.table));
+}
+
 Result<void> TQuobrixDocument::bind() {
     auto* drivers = rootTable<DriverNamesTable>(store());
     auto* vehicles = rootTable<TVehicleNamesTable>(store());
@@ -118,7 +128,9 @@ std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix D
 
 bool TQuobrixDocument::holdsSomething() const {
     return std::ranges::any_of(roots(), [](const Table* table) { return table->rowCount() > 0; }) ||
-           store().singletonIds().contains(TAccidentLogTable::kType.id());
+           std::ranges::any_of(logs(), [this](const LogSpec& log) { // one that not every document has
+               return !isRootTable(log.table) && store().singletonIds().contains(log.table.id());
+           });
 }
 
 std::string TQuobrixDocument::lockedBecause() const {

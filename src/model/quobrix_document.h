@@ -3,6 +3,7 @@
 #include "document/document.h"
 #include "model/accident_log.h"
 #include "model/logger_tables.h"
+#include "model/logs.h"
 #include "model/names.h"
 #include "model/security_log.h"
 #include "model/trip_log.h"
@@ -24,6 +25,7 @@ inline constexpr const PersistentType* kRootTables[] = {
     &DriverNamesTable::kType, &TVehicleNamesTable::kType, &TQuobrixNamesTable::kType,
     &TTripLogTable::kType,    &TTroubleLogTable::kType,   &TSecurityLogTable::kType,
 };
+bool isRootTable(const PersistentType& type);
 
 /// The document of this program: the object store with its six root tables bound after every open and new.
 class TQuobrixDocument final : public TDocument, private TableEditsListener {
@@ -41,6 +43,9 @@ public:
     DriverNamesTable& drivers() const { return *drivers_; }
     /// The accident log; none before the first stop was recorded.
     TAccidentLogTable* accidents() { return store().existingSingleton<TAccidentLogTable>(); }
+
+    /// The table of LOG. Nothing if the document has none, or cannot read it, and it is no root table.
+    Table* log(const LogSpec& log);
 
     /// The way by which all editing of its tables goes. What else moves or removes rows ends the history: clear().
     TableEdits& edits() { return edits_; }
@@ -69,7 +74,7 @@ private:
     bool holdsSomething() const;
     /// Edits of the example would be lost, and those of a damaged document might lose something.
     std::string lockedBecause() const;
-    std::array<const Table*, 6> roots() const { return {drivers_, vehicles_, loggers_, trips_, troubles_, activity_}; }
+    std::array<Table*, 6> roots() const { return {drivers_, vehicles_, loggers_, trips_, troubles_, activity_}; }
 
     TTripLogTable* trips_ = nullptr;
     TTroubleLogTable* troubles_ = nullptr;

@@ -1,5 +1,7 @@
 #include "model/security_log.h"
 
+#include "model/logs.h"
+
 namespace quobrix {
 namespace {
 
@@ -41,7 +43,7 @@ constexpr std::string_view kConfigurationChanges[6] = {
 } // namespace
 
 const TableSpec& TSecurityLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kActivityColumns, {}, "Activity Log"};
+    static const TableSpec spec{kType, kActivityColumns, {}, logSpec(LogId::Activity).title};
     return spec;
 }
 

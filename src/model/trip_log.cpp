@@ -1,5 +1,6 @@
 #include "model/trip_log.h"
 
+#include "model/logs.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
@@ -21,7 +22,7 @@ C& sibling(const Column& column) {
 } // namespace
 
 const TableSpec& TTripLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kTripColumns, {}, "Trip Log"};
+    static const TableSpec spec{kType, kTripColumns, {}, logSpec(LogId::Trips).title};
     return spec;
 }
 

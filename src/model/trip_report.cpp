@@ -10,12 +10,6 @@
 namespace quobrix {
 namespace {
 
-constexpr auto kGeneralColumns =
-    kTypesOf<TTripLogVinColumn, TTripLogVehicleVinColumn, TTripLogDriverIDColumn, TTripLogQuobrixSerialNumberColumn,
-             TTripLogStartTimeColumn, TTripLogEndTimeColumn, TTripLogDurationColumn, TTripLogDistanceColumn,
-             TTripLogMaximumSpeedColumn, TTripLogAverageSpeedColumn, TTripLogTimeInTopSpeedBandColumn,
-             TTripLogSamplingIntervalColumn>;
-
 using Blocks = std::vector<Block>;
 
 /// A first column that names the rows, and figures under HEADINGS.
@@ -24,15 +18,6 @@ Grid gridOf(std::string firstHeading, std::vector<std::string> headings) {
     for (std::string& heading : headings)
         grid.columns.push_back({std::move(heading)});
     return grid;
-}
-
-Facts generalFacts(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
-    Facts facts;
-    for (const PersistentType* type : kGeneralColumns) {
-        const Column& column = trips.columnOf(*type);
-        facts.facts.push_back({plainHeading(column.spec()), column.text(row, context)});
-    }
-    return facts;
 }
 
 /// Hard and extreme events of one kind: how many, from which threshold on, and when.
@@ -131,10 +116,6 @@ Blocks parameterBlocks(const TTripLogSampleTable& samples, const TextContext& co
 
 } // namespace
 
-std::string tripTitle(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
-    return "Trip " + trips.column<TTripLogRecordColumn>().text(row, context);
-}
-
 std::string seriesHeading(const ParameterSeriesColumn& series) {
     // The logger's list of parameters has no name for this one, only for its two halves.
     if (series.parameter() == kFuelSystemStatusParameter)
@@ -153,15 +134,14 @@ std::string speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, c
     return "Speed Band " + std::to_string(standing(0) ? row : row + 1);
 }
 
-Report tripReport(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
-    Report report{tripTitle(trips, row, context), {}};
+std::vector<Block> tripSections(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
+    Blocks sections;
     const auto add = [&](std::string heading, Blocks blocks) {
         if (blocks.empty())
             return;
-        report.blocks.push_back(Heading{std::move(heading)});
-        std::ranges::move(blocks, std::back_inserter(report.blocks));
+        sections.push_back(Heading{std::move(heading)});
+        std::ranges::move(blocks, std::back_inserter(sections));
     };
-    add("General", {generalFacts(trips, row, context)});
     if (const auto* bands = trips.column<TTripLogSpeedBandsTableColumn>().object(row))
         add(kBandHeading,
             bandBlocks(*bands, trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(row), context));
@@ -176,9 +156,7 @@ Report tripReport(const TTripLogTable& trips, RowIndex row, const TextContext& c
                                                                                                            context));
     if (const auto* samples = trips.column<TTripLogSampleTableColumn>().object(row))
         add("Parameters", parameterBlocks(*samples, context));
-    if (const auto& comments = trips.column<TTripLogCommentsColumn>(); comments.has(row))
-        add(plainHeading(comments.spec()), {Paragraph{comments.at(row)}});
-    return report;
+    return sections;
 }
 
 } // namespace quobrix

@@ -4,11 +4,9 @@
 #include "report/report.h"
 
 #include <string>
+#include <vector>
 
 namespace quobrix {
-
-/// "Trip N": how the trip of ROW is called everywhere.
-std::string tripTitle(const TTripLogTable& trips, RowIndex row, const TextContext& context);
 
 /// What a parameter series of a trip is headed by.
 std::string seriesHeading(const ParameterSeriesColumn& series);
@@ -16,8 +14,8 @@ std::string seriesHeading(const ParameterSeriesColumn& series);
 /// How the band of ROW is called: "Idle" for standing still, "Over 70 MPH" for the top one, "Speed Band n" between.
 std::string speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context);
 
-/// The report of the trip of ROW, which must be below the row count. Parts of the trip that the document does not have,
-/// or that cannot be read, are left out.
-Report tripReport(const TTripLogTable& trips, RowIndex row, const TextContext& context);
+/// What the report of the trip of ROW tells behind the facts: bands, events, parameters. Parts of the trip that the
+/// document does not have, or that cannot be read, are left out.
+std::vector<Block> tripSections(const TTripLogTable& trips, RowIndex row, const TextContext& context);
 
 } // namespace quobrix

@@ -1,5 +1,7 @@
 #include "model/trouble_log.h"
 
+#include "model/logs.h"
+
 #include <fmt/format.h>
 
 namespace quobrix {
@@ -23,7 +25,7 @@ constexpr std::string_view kFuelSystemStatus[] = {
 } // namespace
 
 const TableSpec& TTroubleLogTable::spec() const {
-    static constexpr TableSpec spec{kType, kTroubleColumns, {}, "Vehicle Trouble Log"};
+    static const TableSpec spec{kType, kTroubleColumns, {}, logSpec(LogId::Troubles).title};
     return spec;
 }
 

@@ -4,17 +4,12 @@ namespace quobrix {
 
 std::vector<Finding> checkValues(TQuobrixDocument& document, const TextContext& context) {
     ObjectStore& store = document.store();
-    const std::initializer_list<const Table*> tables = {
-        &document.trips(),
-        &document.troubles(),
-        &document.activity(),
-        document.accidents(),
-        &document.vehicles(),
-        &document.loggers(),
-        &document.drivers(),
-        store.existingSingleton<TCurrentSpeedBandsTable>(),
-        store.existingSingleton<TCurrentParametersTable>(),
-    };
+    std::vector<const Table*> tables;
+    for (const LogSpec& log : logs())
+        tables.push_back(document.log(log));
+    tables.insert(tables.end(), {&document.vehicles(), &document.loggers(), &document.drivers(),
+                                 store.existingSingleton<TCurrentSpeedBandsTable>(),
+                                 store.existingSingleton<TCurrentParametersTable>()});
     std::vector<Finding> findings;
     for (const Table* table : tables) {
         if (!table)

@@ -62,7 +62,7 @@ private:
     void makeRoot(const PersistentType& type) {
         if (!dynamic_cast<const Table*>(&objects_.prototype(type)))
             return;
-        const bool expected = std::ranges::find(kRootTables, &type) != std::end(kRootTables);
+        const bool expected = isRootTable(type);
         SalvagedObject root;
         root.type = &type;
         root.typeId = type.id();

@@ -1,7 +1,6 @@
 #include "views/trip_log_record_view.h"
 
 #include "model/quobrix_document.h"
-#include "model/trip_report.h"
 
 namespace quobrix {
 
@@ -13,7 +12,7 @@ TTripLogRecordView::TTripLogRecordView(const ViewContext& context, QWidget* pare
 }
 
 void TTripLogRecordView::showTrip(std::optional<RowIndex> row) {
-    setReport(row ? tripReport(context_.document.trips(), *row, context_.text())
+    setReport(row ? recordReport(logSpec(LogId::Trips), context_.document.trips(), *row, context_.text())
                   : Report{"No trip", {Paragraph{"There are no trips in this file yet."}}});
 }
 

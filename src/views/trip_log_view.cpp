@@ -2,7 +2,6 @@
 
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
-#include "model/trip_report.h"
 #include "units/unit_system.h"
 #include "views/trip_log_record_view.h"
 #include "views/trip_log_summary_view.h"
@@ -128,7 +127,8 @@ std::optional<Report> TTripLogView::printable(const std::optional<RecordRange>& 
         return summary_->printable(range);
     if (view() == View::Report)
         return report_->report();
-    return Report{tripTitle(context_.document.trips(), *row, context_.text()), table_->printable()};
+    return Report{recordTitle(logSpec(LogId::Trips), context_.document.trips(), *row, context_.text()),
+                  table_->printable()};
 }
 
 void TTripLogView::showView(View view) { tabs_->setCurrentIndex(place(view)); }
@@ -156,7 +156,7 @@ void TTripLogView::showTripName() {
     const auto row = summary_->currentRow();
     const TTripLogTable& trips = context_.document.trips();
     trip_->setText(row ? QStringLiteral("%1 of %2")
-                             .arg(toQt(tripTitle(trips, *row, context_.text())),
+                             .arg(toQt(recordTitle(logSpec(LogId::Trips), trips, *row, context_.text())),
                                   toQt(context_.units.formatInteger(static_cast<std::int64_t>(trips.rowCount()))))
                        : QStringLiteral("No trips"));
 }

@@ -134,7 +134,10 @@ TEST_F(CommandLine, TableAndReportAreForPeople) {
     ASSERT_EQ(page.exitCode, 0) << page.error;
     EXPECT_TRUE(page.out.starts_with("<!DOCTYPE html>\n")) << page.out;
     EXPECT_NE(page.out.find("<dt>Distance</dt><dd>1,234.6 km</dd>"), std::string::npos) << page.out;
-    for (const std::string& text : {table.out, report.out, page.out})
+    const Outcome trouble = cli({"report", "trouble", "1", "Test.car"});
+    EXPECT_TRUE(trouble.out.starts_with("Problem 1\n")) << trouble.out << trouble.error;
+    EXPECT_NE(trouble.out.find("Random/Multiple Cylinder Misfire Detected"), std::string::npos) << trouble.out;
+    for (const std::string& text : {table.out, report.out, page.out, trouble.out})
         EXPECT_EQ(text.find_first_of("\x1B\x9B\r"), std::string::npos) << text;
 }
 
@@ -175,11 +178,12 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
         {{"check", "Folder.car"}, 1, "it is a folder"},
         {{"report", "trip", "3", "Test.car"}, 1, "no trip 3; its trips are 1 to 2"},
         {{"report", "trip", "0", "Test.car"}, 1, "no trip 0"},
+        {{"report", "accident", "1", "Test.car"}, 1, "Test.car holds no severe stops"},
         {{"report", "trip", "-1", "Test.car"}, 1, "no trip -1"},
         {{"report", "trip", "010", "Test.car"}, 1, "no trip 10"},
-        {{"report", "trip", "0x1", "Test.car"}, 2, "\"0x1\" is no number of a trip"},
-        {{"report", "trip", "1.0", "Test.car"}, 2, "\"1.0\" is no number of a trip"},
-        {{"report", "trip", "99999999999999999999", "Test.car"}, 2, "is no number of a trip"},
+        {{"report", "trip", "0x1", "Test.car"}, 2, "\"0x1\" is no number of a record"},
+        {{"report", "trip", "1.0", "Test.car"}, 2, "\"1.0\" is no number of a record"},
+        {{"report", "trip", "99999999999999999999", "Test.car"}, 2, "is no number of a record"},
         {{"list", "trips", "Test.car", "--units", "Nautical"}, 2, "there are Metric, S.I., U.S."},
         {{"list", "journeys", "Test.car"}, 2, "journeys not in"},
         {{"list", "trips"}, 2, "--help"},
@@ -458,11 +462,11 @@ TEST_F(CommandLine, WhatTheLibraryCannotParseIsNamedAndComesWithTheNextDownload)
     } cases[] = {
         {{"--fail", "GetLogRecords=-7", "--once"},
          "the trips, trouble codes and activity (Unknown result)",
-         "New: 1 accident.\n"},
+         "New: 1 severe stop.\n"},
         {{"--fail", "GetAccidentLogRecords", "--after", "1"},
          "the second accident log (Unknown result)",
-         "New: 20 trips, 7 activity records. Already present: 1 accident.\n"},
-        {{"--clear"}, "", "Nothing new. Already present: 20 trips, 7 activity records, 1 accident.\n"},
+         "New: 20 trips, 7 events. Already present: 1 severe stop.\n"},
+        {{"--clear"}, "", "Nothing new. Already present: 20 trips, 7 events, 1 severe stop.\n"},
     };
     for (const auto& c : cases) {
         std::vector<std::string> fault = {"fault", "COM3"};

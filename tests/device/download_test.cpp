@@ -137,9 +137,11 @@ TEST_F(Downloading, WhatTheLibraryCannotParseIsNamedAndTheRestIsMerged) {
         const char* failing;
         std::string text, summary;
     } cases[] = {
-        {"GetLogRecords", "the trips, trouble codes and activity (error -7).", "New: 2 accidents."},
-        {"GetAccidentLogRecords 1", "the first accident log (error -7).", "New: 1 trip, 1 trouble code, 1 accident."},
-        {"GetAccidentLogRecords 2", "the second accident log (error -7).", "New: 1 trip, 1 trouble code, 1 accident."},
+        {"GetLogRecords", "the trips, trouble codes and activity (error -7).", "New: 2 severe stops."},
+        {"GetAccidentLogRecords 1", "the first accident log (error -7).",
+         "New: 1 trip, 1 trouble code, 1 severe stop."},
+        {"GetAccidentLogRecords 2", "the second accident log (error -7).",
+         "New: 1 trip, 1 trouble code, 1 severe stop."},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.failing);

@@ -170,7 +170,7 @@ TEST(Merge, EveryFigureArrivesInItsOwnCell) {
                          RecordSetBytes().add(samplesOf(0, 3), {72, 36, 0}).take(), records);
     TQuobrixDocument document;
     const MergeResult result = merge(records, document);
-    EXPECT_EQ(result.summary(), "New: 1 trip, 1 trouble code, 1 activity record, 1 accident.");
+    EXPECT_EQ(result.summary(), "New: 1 trip, 1 trouble code, 1 event, 1 severe stop.");
     EXPECT_TRUE(document.dataChanged());
     ASSERT_EQ(document.trips().rowCount(), 1u);
     ASSERT_TRUE(document.accidents());
@@ -526,7 +526,7 @@ TEST(Merge, NothingNewChangesNothing) {
     ASSERT_TRUE(document.saveAs(folder / "Test.car"));
     ASSERT_TRUE(document.open(folder / "Test.car", TDocument::Access::Edit));
     EXPECT_EQ(merge(oneOfEach(), document).summary(),
-              "Nothing new. Already present: 1 trip, 1 trouble code, 1 activity record, 1 accident.");
+              "Nothing new. Already present: 1 trip, 1 trouble code, 1 event, 1 severe stop.");
     EXPECT_FALSE(document.modified());
     EXPECT_FALSE(document.dataChanged());
 }
@@ -538,9 +538,9 @@ TEST(Merge, ResultCountsByOutcomeAndLog) {
     result.refused = {
         {RecordKind::Trip, 3, 1, "…"}, {RecordKind::Activity, 4, 2, "…"}, {RecordKind::StopSamples, 1, 1, "…"}};
     EXPECT_EQ(result.summary(),
-              "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips, 1 activity "
-              "record. Refused: 1 trip, 2 activity records, 1 set of accident samples.");
-    EXPECT_EQ(result.refusedLines()[1], "activity record 4 and 1 more: …");
+              "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips, 1 event. Refused: 1 trip, "
+              "2 events, 1 set of stop samples.");
+    EXPECT_EQ(result.refusedLines()[1], "event 4 and 1 more: …");
 }
 
 TEST(Merge, ShiftMovesWhatIsShownAndNotWhatIsRecognised) {

@@ -183,10 +183,10 @@ TEST(Records, SamplesFindTheirAccidentEvenBehindARefusedOne) {
     EXPECT_TRUE(records.stops[1].speedSamples.empty()) << "one second too many for its duration";
     ASSERT_EQ(records.refused.size(), 4u);
     EXPECT_EQ(records.refused[0].kind, RecordKind::Stop);
-    EXPECT_EQ(records.refused[1].reason, "its accident has samples already");
-    EXPECT_EQ(records.refused[2].reason, "its accident is missing");
+    EXPECT_EQ(records.refused[1].reason, "its stop has samples already");
+    EXPECT_EQ(records.refused[2].reason, "its stop is missing");
 
-    parseAccidentRecords(stops, samples, records); // the second accident log numbers its accidents anew
+    parseAccidentRecords(stops, samples, records); // the second accident log numbers its stops anew
     ASSERT_EQ(records.stops.size(), 4u);
     EXPECT_EQ(records.stops[2].speedSamples, (std::vector<std::uint8_t>{50, 20, 0}));
 }

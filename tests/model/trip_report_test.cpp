@@ -1,5 +1,6 @@
 #include "model/trip_report.h"
 
+#include "model/logs.h"
 #include "support/sample_trip.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
@@ -23,7 +24,7 @@ protected:
     /// The block of a kind in the section of HEADING; an empty one if there is none.
     template <class Kind>
     Kind find(const std::string& heading) {
-        report_ = tripReport(document_.trips(), document_.trips().rowCount() - 1, context_);
+        report_ = recordReport(logSpec(LogId::Trips), document_.trips(), document_.trips().rowCount() - 1, context_);
         for (const Section& section : sections(report_))
             for (const Block& block : section.blocks)
                 if (const auto* found = std::get_if<Kind>(&block); found && section.heading->text == heading)

@@ -51,8 +51,8 @@ protected:
         EXPECT_EQ(listed("accidents").size(), expected.stops.size());
         const std::size_t stops = expected.stops.size();
         const std::string records = "1 trip" + (stops == 0   ? std::string()
-                                                : stops == 1 ? ", 1 accident"
-                                                             : ", " + std::to_string(stops) + " accidents");
+                                                : stops == 1 ? ", 1 severe stop"
+                                                             : ", " + std::to_string(stops) + " severe stops");
         EXPECT_EQ(downloaded.out, "New: " + records + ".\n");
         EXPECT_EQ(download("Drive.car").out, "Nothing new. Already present: " + records + ".\n");
 

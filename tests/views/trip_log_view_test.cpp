@@ -1,6 +1,5 @@
 #include "views/trip_log_view.h"
 
-#include "model/trip_report.h"
 #include "report/render.h"
 #include "support/view_fixture.h"
 #include "views/trip_log_record_view.h"
@@ -66,7 +65,8 @@ TEST_F(TripLogView, ReportFollowsUnitsAndIsCopiedAsText) {
 
     QTest::keyClick(&view_->report(), Qt::Key_C, Qt::ControlModifier);
     const TextContext text = context_.text();
-    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), renderText(tripReport(document_.trips(), 2, text)));
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+              renderText(recordReport(logSpec(LogId::Trips), document_.trips(), 2, text)));
 }
 
 TEST_F(TripLogView, AnotherUnitLeavesSelectionScrollingAndSorting) {
@@ -119,7 +119,7 @@ TEST_F(TripLogView, OffersWhatItShowsForPrinting) {
     EXPECT_FALSE(view_->printable(RecordRange{4, 9}));
 
     view_->showView(TTripLogView::View::Report);
-    EXPECT_EQ(lines(), renderText(tripReport(document_.trips(), 2, context_.text())));
+    EXPECT_EQ(lines(), renderText(recordReport(logSpec(LogId::Trips), document_.trips(), 2, context_.text())));
     view_->showView(TTripLogView::View::Table);
     const std::string tables = lines();
     EXPECT_TRUE(tables.starts_with("Trip 3\n\nSamples\n  ")) << tables;

@@ -1,0 +1,103 @@
+#include "model/logs.h"
+
+#include "model/accident_log.h"
+#include "model/security_log.h"
+#include "model/trip_log.h"
+#include "model/trip_report.h"
+#include "model/trouble_log.h"
+#include "model/trouble_report.h"
+
+#include <algorithm>
+#include <concepts>
+#include <iterator>
+
+namespace quobrix {
+namespace {
+
+template <std::derived_from<RecordColumn> Record, std::derived_from<LoggerColumn> Logger,
+          std::derived_from<DateTimeColumn> Time, class... Code>
+constexpr auto& kKeysOf = kTypesOf<Record, Logger, Time, Code...>;
+
+/// A function that makes sections from a table of its own class, as one that adds them to a report on any.
+template <auto kMake>
+struct SectionsOf;
+template <class LogTable, std::vector<Block> (*kMake)(const LogTable&, RowIndex, const TextContext&)>
+struct SectionsOf<kMake> {
+    static void add(const Table& log, RowIndex row, const TextContext& context, Report& report) {
+        std::ranges::move(kMake(static_cast<const LogTable&>(log), row, context), std::back_inserter(report.blocks));
+    }
+};
+
+constexpr LogSpec kLogs[] = {
+// clang-format off
+#define LOG(Id, Table, Page, Title) {.id = LogId::Id, .key = #Id, .table = Table::kType, .page = Page, .title = Title,
+#define NAMES(Log, Record) .name = Log, .recordName = Record,
+#define WORDS(Record, Records) .record = Record, .records = Records,
+#define KEYS(...) .keys = kKeysOf<__VA_ARGS__>,
+#define VEHICLE(Column) .vehicle = &Column::kType,
+#define DRIVER(Column) .driver = &Column::kType,
+#define COMMENTS(Column) .comments = &Column::kType,
+#define SUMMARY(...) .summary = kTypesOf<__VA_ARGS__>,
+#define LIST(...) .ownList = kTypesOf<__VA_ARGS__>,
+#define FACTS(...) .facts = kTypesOf<__VA_ARGS__>,
+#define SECTIONS(Function) .sections = &SectionsOf<&Function>::add,
+#define VIEWS(...) .ownViews = {{__VA_ARGS__}},
+#define VIEW(Kind, Page, Tab, Path) {LogViewKind::Kind, Page, Tab, Path},
+#define END },
+// clang-format on
+#include "model/logs.def"
+};
+
+constexpr bool inOrder() {
+    for (std::size_t i = 0; i < std::size(kLogs); ++i)
+        if (kLogs[i].id != static_cast<LogId>(i) || !kLogs[i].table.name.ends_with("Table"))
+            return false;
+    return true;
+}
+static_assert(inOrder());
+
+} // namespace
+
+std::span<const LogViewSpec> LogSpec::views() const {
+    return {ownViews.begin(), std::ranges::find(ownViews, 0, &LogViewSpec::page)};
+}
+
+std::string_view LogSpec::className() const { return table.name.substr(0, table.name.rfind("Table")); }
+
+std::string LogSpec::viewName(std::string_view view) const { return std::string(className()).append(view); }
+
+std::span<const LogSpec> logs() { return kLogs; }
+
+const LogSpec& logSpec(LogId id) { return kLogs[static_cast<std::size_t>(id)]; }
+
+std::string recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {
+    const Column& number = table.columnOf(*log.recordColumn());
+    return plainHeading(number.spec()) + " " + number.text(row, context);
+}
+
+std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {
+    constexpr std::string_view kRecord = "Record";
+    std::string title = "View / " + std::string(log.title) + " / " + std::string(view.path);
+    if (view.path.starts_with(kRecord))
+        title.insert(title.size() - view.path.size() + kRecord.size(), " " + std::string(number));
+    return title;
+}
+
+Report recordReport(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {
+    Facts facts;
+    for (const PersistentType* type : log.facts) {
+        const Column& column = table.columnOf(*type);
+        facts.facts.push_back({plainHeading(column.spec()), column.text(row, context)});
+    }
+    Report report{recordTitle(log, table, row, context), {Heading{"General"}, std::move(facts)}};
+    if (log.sections)
+        log.sections(table, row, context, report);
+    const Column& comments = table.columnOf(*log.comments);
+    if (std::string text = comments.text(row, context); !text.empty()) {
+        report.blocks.push_back(Heading{plainHeading(comments.spec())});
+        report.blocks.push_back(Paragraph{std::move(text)});
+    }
+    return report;
+}
+
+} // namespace quobrix

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "tables/table.h"
+
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quobrix {
+
+struct Report;
+
+/// The logs, in the order in which everything names them.
+enum class LogId {
+#define LOG(Id, ...) Id,
+#include "model/logs.def"
+};
+
+/// The ways to look at a log: at all of its records, and at one of them.
+enum class LogViewKind { Summary, Report, Plot, Table };
+
+struct LogViewSpec {
+    LogViewKind kind{};
+    int page = 0; ///< names it for scripts and help
+    std::string_view tab{};
+    std::string_view path{};
+};
+
+using RecordSections = void (*)(const Table& log, RowIndex row, const TextContext& context, Report& report);
+
+/// A log, as model/logs.def describes it.
+struct LogSpec {
+    LogId id;
+    std::string_view key; ///< "Trips": names it in the properties of a document
+    const PersistentType& table;
+    int page;                                      ///< its own, and the id of the command that shows it
+    std::string_view title;                        ///< "Trip Log"
+    std::string_view name;                         ///< "trips", on the command line
+    std::string_view recordName;                   ///< "trip", on the command line and in the names of windows' parts
+    std::string_view record, records;              ///< "trip", "trips", within a sentence
+    std::span<const PersistentType* const> keys{}; ///< by which a record is known again: three, or four with its code
+    const PersistentType* vehicle = nullptr;       ///< the column that holds the VIN
+    const PersistentType* driver = nullptr;        ///< the column that holds the driver's number, if it has one
+    const PersistentType* comments = nullptr;
+    std::span<const PersistentType* const> summary{};
+    std::span<const PersistentType* const> ownList{}; ///< list()
+    std::span<const PersistentType* const> facts{};
+    RecordSections sections = nullptr; ///< of a record's report, behind the facts; may be none
+    std::array<LogViewSpec, 4> ownViews{};
+
+    const PersistentType* recordColumn() const { return keys[0]; } ///< a RecordColumn
+    const PersistentType* logger() const { return keys[1]; }       ///< a LoggerColumn
+    const PersistentType* time() const { return keys[2]; }         ///< a DateTimeColumn
+    /// The columns of its list on the command line.
+    std::span<const PersistentType* const> list() const { return ownList.empty() ? summary : ownList; }
+    /// The ways in which it can be looked at.
+    std::span<const LogViewSpec> views() const;
+    /// "TTripLog": what the names of its classes begin with, and so those of its views.
+    std::string_view className() const;
+    /// The name of one of its views: "TTripLogSummaryView".
+    std::string viewName(std::string_view view) const;
+};
+
+std::span<const LogSpec> logs();
+const LogSpec& logSpec(LogId id);
+
+/// How a record is called everywhere: "Trip 7".
+std::string recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context);
+
+/// What stands above a view of LOG: "View / Trip Log / Record 7 / Report". NUMBER, that of the record, is not shown
+/// where the view is of all of them.
+std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number);
+
+/// The report of the record in ROW, which must be below the row count: its facts, what its log tells besides, and the
+/// comments. Parts that the document does not have, or that cannot be read, are left out.
+Report recordReport(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context);
+
+} // namespace quobrix
