@@ -60,6 +60,11 @@ public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
+class TripDurationAgainColumn : public TripDurationColumn {
+public:
+    bool repeatsSibling() const override { return true; }
+};
+
 /// Distance by duration, in m/s; nothing for a trip of no duration.
 class TripAverageSpeedColumn : public DerivedColumn {
 public:
@@ -106,6 +111,7 @@ public:
 class TripCountColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
+    bool repeatsSibling() const override { return true; }
     Value value(RowIndex row) const override { return source().value(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override {
         return source().textView(row, context, buffer);

@@ -78,6 +78,8 @@ public:
     virtual ColumnKind kind() const = 0;
     /// Holds values of its own; derived columns compute theirs from their siblings.
     virtual bool stored() const { return false; }
+    /// Shows a sibling once more, under the heading that it has in a summary or report.
+    virtual bool repeatsSibling() const { return false; }
 
     /// The table it belongs to; nothing while it stands alone.
     Table* table() const { return table_; }
