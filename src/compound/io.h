@@ -29,37 +29,16 @@ private:
     std::uint64_t clock_ = 0;
 };
 
-/// Another's file, for an owner of its own.
-class BorrowedFile final : public File {
-public:
-    explicit BorrowedFile(File& file) : file_(file) {}
-    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
-        return file_.readAt(offset, out);
-    }
-    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_.writeAt(offset, bytes); }
-    Result<void> gatherAt(std::uint64_t offset, std::span<const ByteView> pieces) override {
-        return file_.gatherAt(offset, pieces);
-    }
-    Result<std::uint64_t> size() override { return file_.size(); }
-    Result<void> resize(std::uint64_t size) override { return file_.resize(size); }
-    Result<void> flush() override { return file_.flush(); }
-    void startFlush(std::uint64_t end) override { file_.startFlush(end); }
-
-private:
-    File& file_;
-};
-
 /// Another's file that programs may write to meanwhile, for reading it as it was when it began with HEADER, its first
 /// sector. What a later save may have written is Changed, and so is everything from then on.
 ///
 /// The header is compared after each read: sectors that it leads to are used anew only once the next one is durable
 /// (see CompoundFileEngine), so while it is there, nothing younger has been read. It counts the commits and never
 /// returns.
-class WatchedFile final : public File {
+class WatchedFile final : public ForwardingFile {
 public:
-    WatchedFile(File& file, Bytes header) : file_(file), header_(std::move(header)) {}
+    WatchedFile(File& file, Bytes header) : ForwardingFile(file), header_(std::move(header)) {}
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override;
-    Result<std::uint64_t> size() override { return file_.size(); }
     Result<void> writeAt(std::uint64_t, ByteView) override { return refused(); }
     Result<void> resize(std::uint64_t) override { return refused(); }
     Result<void> flush() override { return refused(); }
@@ -69,7 +48,6 @@ public:
 private:
     static Error refused() { return {ErrorKind::ReadOnly, "a file that is only read"}; }
 
-    File& file_;
     const Bytes header_;
     std::atomic<bool> changed_ = false;
 };

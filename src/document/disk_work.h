@@ -24,10 +24,10 @@ using DiskWork = std::function<Result<void>(DiskProgress&)>;
 using DiskRunner = std::function<Result<void>(const DiskWork&)>;
 
 /// A copy that is being written to FILE: counted, and given up with Cancelled as soon as that is wanted.
-class ProgressFile final : public File {
+class ProgressFile final : public ForwardingFile {
 public:
     ProgressFile(File& file, DiskProgress& progress, const char* what, std::uint64_t total)
-        : file_(file), progress_(progress) {
+        : ForwardingFile(file), progress_(progress) {
         progress_.what = what;
         progress_.done = 0;
         progress_.total = total;
@@ -36,21 +36,14 @@ public:
     ProgressFile(const ProgressFile&) = delete;
     ProgressFile& operator=(const ProgressFile&) = delete;
 
-    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
-        return file_.readAt(offset, out);
-    }
     Result<void> writeAt(std::uint64_t offset, ByteView bytes) override {
         if (progress_.cancelled)
             return Error{ErrorKind::Cancelled, "while writing a copy"};
         progress_.done += bytes.size();
         return file_.writeAt(offset, bytes);
     }
-    Result<std::uint64_t> size() override { return file_.size(); }
-    Result<void> resize(std::uint64_t size) override { return file_.resize(size); }
-    Result<void> flush() override { return file_.flush(); }
 
 private:
-    File& file_;
     DiskProgress& progress_;
 };
 

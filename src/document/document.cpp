@@ -23,7 +23,7 @@ void writeDocumentStream(CompoundFile& file) {
 }
 
 Result<TDocument::OpenFile> TDocument::OpenFile::open(std::unique_ptr<File> disk) {
-    auto compound = CompoundFile::open(std::make_unique<cfb::BorrowedFile>(*disk));
+    auto compound = CompoundFile::open(std::make_unique<BorrowedFile>(*disk));
     if (!compound)
         return compound.error();
     return OpenFile{std::move(disk), *std::move(compound)};

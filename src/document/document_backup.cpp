@@ -14,7 +14,7 @@ constexpr std::string_view kBackupSuffix = ".bak";
 
 /// FILE is certainly no compound file, or damaged so that it cannot be written to.
 bool isRuin(File& file) {
-    const auto compound = CompoundFile::open(std::make_unique<cfb::BorrowedFile>(file));
+    const auto compound = CompoundFile::open(std::make_unique<BorrowedFile>(file));
     return compound ? !(*compound)->writable() : compound.error().kind != ErrorKind::Io;
 }
 

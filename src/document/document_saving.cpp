@@ -62,7 +62,7 @@ Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, const std:
 } // namespace
 
 Result<TDocument::OpenFile> TDocument::OpenFile::create(std::unique_ptr<File> disk) {
-    auto compound = CompoundFile::create(std::make_unique<cfb::BorrowedFile>(*disk));
+    auto compound = CompoundFile::create(std::make_unique<BorrowedFile>(*disk));
     if (!compound)
         return compound.error();
     return OpenFile{std::move(disk), *std::move(compound)};

@@ -55,7 +55,6 @@ public:
     void attach(const CompoundFile& file);
     /// Calls TELL when the file turns out to have been changed by another program.
     void whenFileChanged(std::function<void()> tell) { whenFileChanged_ = std::move(tell); }
-    bool fileChanged() const { return fileChanged_; }
     /// Calls TELL whenever something is found damaged.
     void whenDamaged(std::function<void()> tell) { whenDamaged_ = std::move(tell); }
 

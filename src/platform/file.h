@@ -34,6 +34,34 @@ public:
     virtual bool locked() const { return true; }
 };
 
+/// Another's file, for those who change some of the calls. Bytes in pieces come through writeAt().
+class ForwardingFile : public File {
+public:
+    explicit ForwardingFile(File& file) : file_(file) {}
+
+    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
+        return file_.readAt(offset, out);
+    }
+    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_.writeAt(offset, bytes); }
+    Result<std::uint64_t> size() override { return file_.size(); }
+    Result<void> resize(std::uint64_t size) override { return file_.resize(size); }
+    Result<void> flush() override { return file_.flush(); }
+    void startFlush(std::uint64_t end) override { file_.startFlush(end); }
+    bool locked() const override { return file_.locked(); }
+
+protected:
+    File& file_;
+};
+
+/// Another's file as it is, for an owner of its own.
+class BorrowedFile final : public ForwardingFile {
+public:
+    using ForwardingFile::ForwardingFile;
+    Result<void> gatherAt(std::uint64_t offset, std::span<const ByteView> pieces) override {
+        return file_.gatherAt(offset, pieces);
+    }
+};
+
 enum class FileMode {
     Read,          ///< an existing file, shared with writers
     ReadWrite,     ///< an existing file, locked against a second writer (ErrorKind::InUse), see File::locked()

@@ -102,13 +102,6 @@ struct Requirements {
     constexpr Requirements betterUniqueAnyCase() const {
         return with(&Requirements::shouldBeUnique, Uniqueness::CaseInsensitive);
     }
-
-    /// There is anything that a value could break.
-    constexpr bool canBeBroken() const {
-        return need != Need::Optional || required.limited() || recommended.limited() || requiredCharacters.limited() ||
-               recommendedCharacters.limited() || requiredRows.limited() || recommendedRows.limited() ||
-               mustBeUnique != Uniqueness::None || shouldBeUnique != Uniqueness::None;
-    }
 };
 
 /// Whether and how far the rows of a table may be added, inserted and deleted.

@@ -558,7 +558,7 @@ TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
     class Saving final : public ForwardingFile {
     public:
         Saving(std::unique_ptr<File> file, const std::function<void()>& save)
-            : ForwardingFile(std::move(file)), save_(save) {}
+            : ForwardingFile(*file), owned_(std::move(file)), save_(save) {}
         Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
             const Result<void> done = ForwardingFile::readAt(offset, out);
             save_();
@@ -566,6 +566,7 @@ TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
         }
 
     private:
+        std::unique_ptr<File> owned_;
         const std::function<void()>& save_;
     };
     struct Files final : ForwardingFiles {

@@ -26,21 +26,4 @@ public:
     void removeAbandoned(const std::filesystem::path& folder) override { system().removeAbandoned(folder); }
 };
 
-/// A file of another's, for tests that change one call.
-class ForwardingFile : public File {
-public:
-    explicit ForwardingFile(std::unique_ptr<File> file) : file_(std::move(file)) {}
-    Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
-        return file_->readAt(offset, out);
-    }
-    Result<void> writeAt(std::uint64_t offset, ByteView bytes) override { return file_->writeAt(offset, bytes); }
-    Result<std::uint64_t> size() override { return file_->size(); }
-    Result<void> resize(std::uint64_t size) override { return file_->resize(size); }
-    Result<void> flush() override { return file_->flush(); }
-    bool locked() const override { return file_->locked(); }
-
-private:
-    std::unique_ptr<File> file_;
-};
-
 } // namespace quobrix::test
