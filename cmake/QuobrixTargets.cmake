@@ -64,7 +64,7 @@ function(quobrix_test name)
     add_test(NAME ${name} COMMAND ${name})
     set(environment QT_QPA_PLATFORM=offscreen)
     if(WIN32 AND NOT CMAKE_HOST_WIN32) # where Wine looks for libraries that a test is linked with
-        set(environment WINEPATH=Z:${CMAKE_BINARY_DIR}/bin/simulator)
+        set(environment WINEPATH=${QUOBRIX_DRIVE}${CMAKE_BINARY_DIR}/bin/simulator)
     endif()
     set_tests_properties(${name} PROPERTIES TIMEOUT 600 LABELS "${ARG_LABELS}" ENVIRONMENT "${environment}")
 endfunction()

@@ -19,4 +19,6 @@ foreach(kind LIBRARY INCLUDE PACKAGE)
     set(CMAKE_FIND_ROOT_PATH_MODE_${kind} ONLY)
 endforeach()
 
+# Wine's name for the root of this system, so that its absolute paths are such for Windows, too.
+set(QUOBRIX_DRIVE Z:)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../scripts/wine)

@@ -62,6 +62,23 @@ bool replaceAside(const std::filesystem::path& from, const std::filesystem::path
     return true;
 }
 
+/// The access list is shut off from the folder's, or has an entry that does not come from there.
+bool isOfTheFileItself(PSECURITY_DESCRIPTOR descriptor) {
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    BOOL present = FALSE, defaulted = FALSE;
+    PACL list = nullptr;
+    GetSecurityDescriptorControl(descriptor, &control, &revision);
+    if (control & SE_DACL_PROTECTED)
+        return true;
+    GetSecurityDescriptorDacl(descriptor, &present, &list, &defaulted);
+    for (DWORD i = 0; present && list && i < list->AceCount; ++i)
+        if (void* entry = nullptr;
+            GetAce(list, i, &entry) && !(static_cast<ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE))
+            return true;
+    return false;
+}
+
 bool replace(const std::filesystem::path& from, const std::filesystem::path& to) {
     // What is open cannot be replaced in one step on a FAT disk or by an older server.
     return renameOverOpenFile(from, to) || move(from, to, MOVEFILE_REPLACE_EXISTING) ||
@@ -70,8 +87,25 @@ bool replace(const std::filesystem::path& from, const std::filesystem::path& to)
 
 } // namespace
 
-// The new file inherits its access list from the folder.
-Result<void> adoptPermissions(const std::filesystem::path&, const std::filesystem::path&) { return {}; }
+Result<void> adoptPermissions(const std::filesystem::path& temporary, const std::filesystem::path& like) {
+    DWORD size = 0;
+    GetFileSecurityW(like.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<std::byte> descriptor(size);
+    if (!GetFileSecurityW(like.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), size, &size)) {
+        const Error error = lastSystemError("read the access list of", like);
+        return error.kind == ErrorKind::NotFound ? Result<void>() : error;
+    }
+    // What a file has of its folder's list, the new one has already: only one that was changed for the file itself is
+    // set, which takes a right that many a server's user lacks.
+    if (!isOfTheFileItself(descriptor.data()))
+        return {};
+    if (!SetFileSecurityW(temporary.c_str(), DACL_SECURITY_INFORMATION, descriptor.data()))
+        return lastSystemError("set the access list of", temporary);
+    // Wine keeps the mark of a read-only file in its list.
+    if (const DWORD attributes = GetFileAttributesW(temporary.c_str()); attributes & FILE_ATTRIBUTE_READONLY)
+        SetFileAttributesW(temporary.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+    return {};
+}
 
 bool onlyUserWrites(const std::filesystem::path& folder) {
     std::error_code ignored;

@@ -62,8 +62,7 @@ public:
         if (error != std::errc{} || end != value.data() + value.size())
             return write(section, name, value); // what an undo puts back need not be a number
         const auto bits = static_cast<DWORD>(number);
-        RegSetKeyValueW(HKEY_CURRENT_USER, keyPath(section).c_str(), toWide(name).c_str(), REG_DWORD, &bits,
-                        sizeof bits);
+        RegSetKeyValueW(HKEY_CURRENT_USER, keyPath(section).c_str(), wide(name).c_str(), REG_DWORD, &bits, sizeof bits);
     }
 };
 

@@ -72,8 +72,12 @@ TimeZone TimeZone::fromYears(const DYNAMIC_TIME_ZONE_INFORMATION& information) {
 }
 
 Result<TimeZone> TimeZone::ofSystem(std::string_view name) {
+    // Looked up, since mingw-w64 links 32-bit programs without it.
+    const HMODULE library = LoadLibraryExW(L"advapi32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    const auto enumerate = reinterpret_cast<decltype(&EnumDynamicTimeZoneInformation)>(
+        reinterpret_cast<void*>(GetProcAddress(library, "EnumDynamicTimeZoneInformation")));
     DYNAMIC_TIME_ZONE_INFORMATION zone{};
-    for (DWORD i = 0; EnumDynamicTimeZoneInformation(i, &zone) == ERROR_SUCCESS; ++i) {
+    for (DWORD i = 0; enumerate && enumerate(i, &zone) == ERROR_SUCCESS; ++i) {
         const std::wstring_view key = zone.TimeZoneKeyName;
         if (std::equal(key.begin(), key.end(), name.begin(), name.end(),
                        [](wchar_t a, char b) { return a == static_cast<unsigned char>(b); }))

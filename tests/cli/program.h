@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quobrix::test {
@@ -34,9 +35,12 @@ struct Circumstances {
 };
 
 /// Runs PROGRAM in FOLDER, which is also its user's home, with the logger library and ports of the simulator and the
-/// time zone UTC.
+/// time zone UTC. Several may run at once.
 Outcome runProgram(const std::filesystem::path& folder, const std::string& program,
                    const std::vector<std::string>& arguments, const Circumstances& circumstances = {});
+
+/// Names for what a program writes to its standard output and error, other ones each time.
+std::pair<std::filesystem::path, std::filesystem::path> outputFiles(const std::filesystem::path& folder);
 
 std::string contentOf(const std::filesystem::path& file);
 

@@ -19,7 +19,7 @@ std::string shellText(const std::string& text) {
 Outcome runProgram(const std::filesystem::path& folder, const std::string& program,
                    const std::vector<std::string>& arguments, const Circumstances& circumstances) {
     std::filesystem::create_directory(folder / "home");
-    const std::filesystem::path out = folder / "home.out", error = folder / "home.err";
+    const auto [out, error] = outputFiles(folder);
     std::string command = "cd " + shellText(folder.string()) +
                           " && env -i LC_ALL=de_DE.UTF-8 TZ=UTC HOME=" + shellText((folder / "home").string()) +
                           " QUOBRIX_LIBRARY=" + shellText(QUOBRIX_SIMULATOR_LIBRARY) +

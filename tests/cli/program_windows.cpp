@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <mutex>
+
 #include <windows.h>
 
 namespace quobrix::test {
@@ -61,16 +63,16 @@ HANDLE outputTo(StandardOutput output, const std::filesystem::path& file) {
 
 Outcome runProgram(const std::filesystem::path& folder, const std::string& program,
                    const std::vector<std::string>& arguments, const Circumstances& circumstances) {
-    const std::filesystem::path home = folder / "home", out = folder / "home.out", error = folder / "home.err";
+    const std::filesystem::path home = folder / "home";
+    const auto [out, error] = outputFiles(folder);
     std::filesystem::create_directory(home);
 
-    std::map<std::string, std::string> variables{
-        {"APPDATA", utf8(home)},
-        {"LOCALAPPDATA", utf8(home)},
-        {"QUOBRIX_LIBRARY", utf8(std::filesystem::absolute(pathFromUtf8(QUOBRIX_SIMULATOR_LIBRARY)))},
-        {"QUOBRIX_SIMULATOR", utf8(folder / "ports")},
-        {"SystemRoot", narrow(ownVariable(L"SystemRoot"))},
-        {"TZ", "UTC0"}};
+    std::map<std::string, std::string> variables{{"APPDATA", utf8(home)},
+                                                 {"LOCALAPPDATA", utf8(home)},
+                                                 {"QUOBRIX_LIBRARY", QUOBRIX_SIMULATOR_LIBRARY},
+                                                 {"QUOBRIX_SIMULATOR", utf8(folder / "ports")},
+                                                 {"SystemRoot", narrow(ownVariable(L"SystemRoot"))},
+                                                 {"TZ", "UTC0"}};
     for (const auto& [name, value] : circumstances.environment)
         variables[name] = value;
     std::wstring environment;
@@ -78,10 +80,12 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
         environment += wide(name + "=" + value) + L'\0';
     environment += L'\0';
 
-    const std::wstring file = std::filesystem::absolute(pathFromUtf8(program)).native();
+    const std::wstring file = wide(program);
     std::wstring command = quoted(file);
     for (const std::string& argument : arguments)
         command += L" " + quoted(wide(argument));
+    static std::mutex starting; // a program inherits whatever can be inherited just then
+    std::unique_lock lock(starting);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -94,6 +98,7 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
     if (startup.hStdOutput != nullptr)
         CloseHandle(startup.hStdOutput);
     CloseHandle(startup.hStdError);
+    lock.unlock();
     if (!started)
         return {};
     DWORD code = 0;

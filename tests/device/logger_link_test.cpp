@@ -11,10 +11,11 @@ namespace quobrix::testing {
 namespace {
 
 TEST(LoggerLibrary, NamesTheMissingFileOrSaysInOneSentenceThatItIsAnother) {
-    const auto missing = loadLoggerLibrary("/nowhere/libQuobrix.so");
+    const test::TemporaryFolder folder;
+    const auto missing = loadLoggerLibrary(folder / "libQuobrix.so");
     ASSERT_FALSE(missing);
     EXPECT_EQ(missing.error().kind, ErrorKind::NotFound);
-    EXPECT_EQ(missing.error().detail, "The logger library /nowhere/libQuobrix.so was not found.");
+    EXPECT_EQ(missing.error().detail, "The logger library " + utf8(folder / "libQuobrix.so") + " was not found.");
 
     const auto incomplete = loadLoggerLibrary(INCOMPLETE_LIBRARY);
     ASSERT_FALSE(incomplete);

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <future>
-#include <latch>
 #include <set>
 
 namespace quobrix::testing {
@@ -88,20 +87,20 @@ TEST_F(Polling, SuspensionsAreCountedAndJobsRunAllTheSame) {
 }
 
 TEST_F(Polling, AWaitingJobCutsAProbeShort) {
-    std::latch probing(1), submitted(1);
+    std::promise<void> probing, submitted;
     fake_.during = [&, first = true](const std::string& function) mutable {
         if (function == "GetSerialNumberAndTime" && std::exchange(first, false)) {
-            probing.count_down();
-            submitted.wait();
+            probing.set_value();
+            submitted.get_future().wait();
         }
     };
     LockedLogger(link_).openPort("COM1");
     TPollingThread worker(link_, published_.publish(), quick_);
     worker.resume();
-    probing.wait();
+    probing.get_future().wait();
     std::promise<std::string> callBefore;
     worker.submit([&](LockedLogger&) { callBefore.set_value(fake_.calls.back()); });
-    submitted.count_down();
+    submitted.set_value();
     EXPECT_EQ(callBefore.get_future().get(), "GetSerialNumberAndTime")
         << "neither configuration nor identity came first";
     EXPECT_TRUE(published_.waitFor([](const LoggerStatus& s) { return s.newerModel; })) << "it is made anew afterwards";

@@ -201,7 +201,8 @@ TEST(LocklessFolder, WhatAProgramThatHasEndedLeftIsRemovedAndOthersArePersonsToD
         bool removed;
     };
     for (const Case& c :
-         {Case{"a process that is gone", 4, "999999999", true}, Case{"an earlier start of this computer", 2, "x", true},
+         {Case{"a process that is gone", 4, "999999999", true},
+          Case{"an earlier start of this computer", 2, "x", !thisProcess().boot.empty()},
           Case{"another computer", 1, "else\x1b[1mwhere", false}, Case{"no lock file of ours", 0, "hello", false}}) {
         SCOPED_TRACE(c.what);
         Lockless there;
@@ -321,10 +322,12 @@ TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnask
         EXPECT_EQ(bytes(path_), theirs);
         EXPECT_TRUE(document.modified());
         EXPECT_EQ(kindOf(document.save(options)), ErrorKind::Changed) << "until the person has decided";
+#ifndef _WIN32 // where locks let nobody write into the file, so that it is another one by now and all of it is there
         EXPECT_EQ(kindOf(document.overwrite(options)), ErrorKind::Changed) << "a part of it is nowhere any more";
         put(path_, mine); // as it was, but for the time
         ASSERT_TRUE(*document.loadRest());
         put(path_, theirs);
+#endif
         ASSERT_TRUE(document.overwrite(options));
         EXPECT_EQ(tripsIn(path_), 2u);
         if (!question) {

@@ -13,6 +13,8 @@
 
 #if defined(_WIN32)
 #include <windows.h>
+
+#include <sddl.h>
 #else
 #include <csignal>
 #include <sys/resource.h>
@@ -288,6 +290,29 @@ TEST_F(PlatformTest, MarksOfAFileDoNotKeepItFromBeingReplaced) {
     put(target, "new");
     EXPECT_EQ(get(target), "new");
     EXPECT_EQ(hideFile(folder_ / "none").error().kind, ErrorKind::NotFound);
+}
+
+TEST_F(PlatformTest, AReplacementHasTheAccessListOfItsModel) {
+    const fs::path target = folder_ / "a";
+    put(target, "old");
+    const auto list = [](const fs::path& path) {
+        std::vector<std::byte> descriptor(1000);
+        DWORD size = 0;
+        EXPECT_TRUE(GetFileSecurityW(path.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), 1000, &size));
+        descriptor.resize(size);
+        return descriptor;
+    };
+    const auto before = list(target);
+    PSECURITY_DESCRIPTOR own = nullptr;
+    ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(L"D:P(A;;FA;;;WD)", 1, &own, nullptr));
+    ASSERT_TRUE(SetFileSecurityW(target.c_str(), DACL_SECURITY_INFORMATION, own));
+    LocalFree(own);
+    const auto given = list(target);
+    ASSERT_NE(given, before);
+    put(target, "new");
+    EXPECT_EQ(get(target), "new");
+    EXPECT_EQ(list(target), given);
+    EXPECT_EQ(list(ReplacementFile::create(folder_ / "b", target)->temporary()), given);
 }
 #endif
 

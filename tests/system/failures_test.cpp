@@ -79,7 +79,12 @@ TEST_F(Failures, NoPermission) {
 #endif
         return cli(arguments);
     };
-    if (denied({"--version"}).exitCode == 0) {
+#ifdef _WIN32 // whose Wine opens everything for an administrator
+    const bool deniable = !std::ofstream(folder_ / "Locked" / "Doc.car", std::ios::app);
+#else
+    const bool deniable = denied({"--version"}).exitCode == 0;
+#endif
+    if (deniable) {
         expectOneLine(denied(into("Locked/Doc.car")),
                       "Locked/Doc.car cannot be saved because you do not have permission");
 #ifndef _WIN32 // where a folder's mark does not keep files out
@@ -90,7 +95,7 @@ TEST_F(Failures, NoPermission) {
         EXPECT_FALSE(fs::exists(folder_ / "Locked" / "New.car"));
     }
     fs::permissions(folder_ / "Locked", fs::perms::all);
-    if (denied({"--version"}).exitCode != 0)
+    if (!deniable)
         GTEST_SKIP() << "nothing can be denied to this user";
 }
 

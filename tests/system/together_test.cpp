@@ -2,6 +2,7 @@
 #include "system/programs.h"
 
 #include <algorithm>
+#include <future>
 
 namespace quobrix {
 namespace {
@@ -27,16 +28,17 @@ TEST_F(Together, TwoFirstDownloadsIntoOneNewFileLoseNothing) {
     const std::size_t first = trips("One.car", "K-0042-B"), second = trips("One.car", "K-0043-B");
     ASSERT_TRUE(first > 0 && second > 0);
     for (int round = 0; round < kRounds; ++round) {
-        const Outcome both =
-            cliUnder("/bin/sh",
-                     {"-c", "\"$0\" download --port COM3 --into New.car & "
-                            "\"$0\" download --port COM4 --into New.car; echo ended $?; wait $!; echo ended $?"},
-                     {});
+        std::future<Outcome> other = std::async(std::launch::async, [&] { return download("New.car", "COM4"); });
+        const Outcome outcomes[] = {download("New.car", "COM3"), other.get()};
         // One makes the file. The other one adds to it, or was so late that it found the first one still writing.
-        const bool refused = both.error.find("another program is using it") != std::string::npos;
-        EXPECT_EQ(both.out.find("ended 1") != std::string::npos, refused) << both.out << both.error;
-        EXPECT_EQ(trips("New.car", "K-0042-B") + trips("New.car", "K-0043-B") == first + second, !refused)
-            << both.out << both.error;
+        bool refused = false;
+        for (const Outcome& outcome : outcomes) {
+            const bool inUse = outcome.error.find("another program is using it") != std::string::npos;
+            EXPECT_EQ(outcome.exitCode, inUse ? 1 : 0) << outcome.out << outcome.error;
+            EXPECT_FALSE(refused && inUse);
+            refused |= inUse;
+        }
+        EXPECT_EQ(trips("New.car", "K-0042-B") + trips("New.car", "K-0043-B") == first + second, !refused);
         EXPECT_EQ(cli({"check", "New.car"}).exitCode, 0);
         for (const char* const made : {"New.car", "New.car.bak"})
             fs::remove(folder_ / made);
@@ -45,6 +47,9 @@ TEST_F(Together, TwoFirstDownloadsIntoOneNewFileLoseNothing) {
 }
 
 TEST_F(Together, ARepairedOrCompactedPrivateFileStaysPrivate) {
+#ifdef _WIN32
+    GTEST_SKIP() << "Windows has no file modes and no umask: a new file inherits the access list of its folder";
+#endif
     attachHistory("COM3", "K-0042-B", 6);
     ASSERT_EQ(download("Doc.car").exitCode, 0);
     constexpr auto kPrivate = fs::perms::owner_read | fs::perms::owner_write;
