@@ -4,6 +4,7 @@
 
 #include "simulator/drive.h"
 #include "simulator/history.h"
+#include "simulator/household.h"
 #include "simulator/recorder.h"
 #include "simulator/serial_number.h"
 
@@ -198,6 +199,12 @@ Result<void> generate(const PortStore& store, const std::string& port, const Gen
                                         .seed = options.seed,
                                         .end = static_cast<std::int32_t>(end.time),
                                         .endSecondsOfDay = end.secondsOfDay});
+    });
+}
+
+Result<void> household(const PortStore& store, const std::string& port, const std::string& vehicle) {
+    return change(store, port, [&](Logger& logger) {
+        return generateHousehold(logger, vehicle == "wagon" ? HouseholdVehicle::Wagon : HouseholdVehicle::Pickup);
     });
 }
 

@@ -54,6 +54,8 @@ Result<void> list(const PortStore& store);
 Result<void> set(const PortStore& store, const std::string& port, const Settings& settings);
 Result<void> record(const PortStore& store, const std::string& port, const RecordOptions& options);
 Result<void> generate(const PortStore& store, const std::string& port, const GenerateOptions& options);
+/// Adds three months in a household's VEHICLE, "wagon" or "pickup".
+Result<void> household(const PortStore& store, const std::string& port, const std::string& vehicle);
 /// Makes the port as faulty as OPTIONS say, and no more than that.
 Result<void> fault(const PortStore& store, const std::string& port, const FaultOptions& options);
 Result<void> memory(const PortStore& store, const std::string& port, bool clear);

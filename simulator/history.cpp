@@ -1,12 +1,9 @@
 #include "simulator/history.h"
 
-#include "simulator/random.h"
+#include "simulator/circumstances.h"
 #include "simulator/recorder.h"
-#include "simulator/vehicle_model.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <string_view>
 
 namespace quobrix::sim {
@@ -18,34 +15,17 @@ constexpr std::int64_t kDay = 24 * kHour;
 constexpr double kLongestHistory = 20 * 365.25 * kDay; // s; more trips stand closer together
 constexpr double kUsualPace = 6.5 * kHour;             // s from one trip to the next on average
 
-/// The check digit of a vehicle identification number, ISO 3779 as North America uses it: position 9 makes the
-/// weighted sum of all positions' values what it says modulo 11, X standing for 10.
-char checkDigit(std::string_view vin) {
-    constexpr std::string_view kLetters = "ABCDEFGHJKLMNPRSTUVWXYZ";
-    constexpr std::string_view kValues = "12345678123457923456789";
-    constexpr std::array<int, 17> kWeights{8, 7, 6, 5, 4, 3, 2, 10, 0, 9, 8, 7, 6, 5, 4, 3, 2};
-    int sum = 0;
-    for (std::size_t i = 0; i < kWeights.size(); ++i) {
-        const std::size_t letter = kLetters.find(vin[i]);
-        sum += kWeights[i] * ((letter == std::string_view::npos ? vin[i] : kValues[letter]) - '0');
-    }
-    return sum % 11 == 10 ? 'X' : static_cast<char>('0' + sum % 11);
-}
-
-std::string makeVin(std::string_view pattern, Random& random) {
-    std::string vin(pattern);
-    for (std::size_t i = 12; i < vin.size(); ++i)
-        vin[i] = static_cast<char>('0' + random.integer(0, 9));
-    vin[8] = checkDigit(vin);
-    return vin;
-}
-
 struct Fault {
     std::string_view code;
     bool whenCold;
 };
 constexpr Fault kFaults[] = {{"P0171", false}, {"P0300", false}, {"P0420", false}, {"P0128", true}, {"P0442", false},
                              {"P0455", false}, {"P0113", true},  {"P0301", true},  {"P0401", false}};
+
+Trouble anyTrouble(const Drive& drive, const Vehicle& vehicle, std::int32_t start, Random& random) {
+    const Fault& fault = kFaults[random.integer(0, static_cast<std::int32_t>(std::size(kFaults)) - 1)];
+    return troubleDuring(drive, vehicle, start, fault.code, fault.whenCold, random);
+}
 
 /// One trip of the history with all that belongs to it, in order of time.
 class Chapter {
@@ -83,7 +63,7 @@ public:
                                                      : Journey::Errand;
         const std::vector<Leg> route = makeRoute(journey, briskness, random);
         const double gap = gapBefore(random);
-        const Surroundings surroundings = surroundingsAt(end_, gap, random);
+        const Surroundings surroundings = surroundingsAt(end_, secondsOfDay(end_), gap, random);
         const Drive readings = drive(car, route, surroundings, random);
         const auto length = static_cast<std::int64_t>(readings.seconds.back());
         const std::int64_t start = end_ - length;
@@ -100,7 +80,7 @@ public:
                                                  .start = static_cast<std::int32_t>(start),
                                                  .disconnected = disconnected});
         if (random.chance(0.02))
-            chapter.add(trouble(readings, car, static_cast<std::int32_t>(start), random));
+            chapter.add(anyTrouble(readings, car, static_cast<std::int32_t>(start), random));
         for (const Stop& stop : recording.stops)
             chapter.add(stop);
         chapter.add(recording.trip);
@@ -141,15 +121,6 @@ private:
         return end;
     }
 
-    /// The air follows the year and the day; the coolant falls towards it while the car stands.
-    Surroundings surroundingsAt(std::int64_t time, double gap, Random& random) const {
-        constexpr double kTwoPi = 6.283185307179586;
-        const double year = std::cos(kTwoPi * static_cast<double>(time % 31557600) / 31557600);
-        const double day = std::cos(kTwoPi * static_cast<double>(secondsOfDay(time) - 15 * kHour) / kDay);
-        const double air = 11 - 10 * year + 4 * day + random.uniform(-4, 4);
-        return {air, air + (90 - air) / (1 + gap / (1.5 * kHour) * gap / kHour)};
-    }
-
     void addActivityBefore(Chapter& chapter, std::uint32_t index, std::int32_t start, std::int32_t previousEnd) const {
         const bool first = index + 1 == plan_.trips;
         const std::string& vin = vehicle(index).vin;
@@ -174,35 +145,6 @@ private:
             log("", index % 2 == 0 ? kDownloaded : kParametersAltered);
         }
         log(vin, kConnected);
-    }
-
-    /// A trouble code with the freeze frame of a moment when it may well have come up.
-    static Trouble trouble(const Drive& drive, const Vehicle& vehicle, std::int32_t start, Random& random) {
-        const Fault& fault = kFaults[random.integer(0, static_cast<std::int32_t>(std::size(kFaults)) - 1)];
-        const auto last = static_cast<std::int32_t>(drive.seconds.size()) - 1;
-        const std::int32_t row =
-            fault.whenCold ? random.integer(0, std::min(last, 60)) : random.integer(last / 3, last);
-        const auto reading = [&](std::size_t parameter) {
-            return drive.parameter[parameter - 1][static_cast<std::size_t>(row)];
-        };
-        Trouble trouble;
-        trouble.vin = vehicle.vin;
-        trouble.time = start + row;
-        trouble.code = fault.code;
-        trouble.fuelSystem[0] = reading(11) == 1 ? 0 : reading(11) == 2 ? 1 : 2;
-        trouble.load = reading(5);
-        trouble.coolant = reading(4);
-        trouble.shortTrim[0] = fault.code == "P0171" ? 18.75 : reading(12);
-        trouble.longTrim[0] = fault.code == "P0171" ? 14.0625 : reading(14);
-        if (vehicle.displacement > 4) { // an engine with two banks, which also tells its fuel pressure
-            trouble.shortTrim[1] = random.integer(-4, 4) * 0.78125;
-            trouble.longTrim[1] = 0.78125;
-            trouble.fuelPressure = 270 + 3 * random.integer(0, 15);
-        }
-        trouble.manifoldPressure = reading(6);
-        trouble.engineSpeed = reading(2);
-        trouble.vehicleSpeed = std::round(drive.speed[static_cast<std::size_t>(row)]);
-        return trouble;
     }
 
     const Configuration& configuration_;

@@ -96,6 +96,13 @@ int run(const quobrix::ProgramArguments& arguments) {
     generateCommand->add_option("--seed", generateOptions.seed, "The same seed gives the same history")->required();
     generateCommand->add_option("--end", generateOptions.end, "Local end of the last trip, \"YYYY-MM-DD HH:MM:SS\"");
 
+    std::string vehicle;
+    portCommand("household", "Add three months in one of a household's two vehicles, as in the example",
+                [&] { return household(store, port, vehicle); })
+        ->add_option("VEHICLE", vehicle, "Which one")
+        ->required()
+        ->check(CLI::IsMember({"wagon", "pickup"}));
+
     std::string format = "json";
     auto* dumpCommand = portCommand("dump", "Show everything that the logger holds", [&]() -> Result<void> {
         const auto text = dumpJson(store, port);

@@ -16,6 +16,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <QTextBoundaryFinder>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -25,13 +26,24 @@ namespace {
 
 constexpr const char* kFilter = "Quobrix Data Files (*.car);;All Files (*)";
 
+/// TEXT with "…" in the middle of each piece, such as a long name without blanks, that no line of a box could hold: a
+/// box would cut its end off.
+QString withPiecesThatFit(const QString& text, const QFontMetrics& metrics) {
+    const int most = metrics.averageCharWidth() * 50;
+    QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, text);
+    QString result;
+    for (qsizetype from = 0, to = breaks.toNextBoundary(); to > from; from = to, to = breaks.toNextBoundary())
+        result += metrics.elidedText(text.mid(from, to - from), Qt::ElideMiddle, most);
+    return result;
+}
+
 /// A box for MESSAGE without buttons.
 void fill(QMessageBox& box, const Message& message) {
     const MessageSpec& spec = messageSpec(message.id);
     box.setObjectName(toQt(spec.key));
     box.setWindowTitle(toQt(spec.title));
     box.setTextFormat(Qt::PlainText);
-    box.setText(toQt(message.text));
+    box.setText(withPiecesThatFit(toQt(message.text), box.fontMetrics()));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     const bool question = spec.buttons != MessageButtons::Ok;
     box.setIcon(question ? QMessageBox::Question : QMessageBox::Information); // what a screen reader announces

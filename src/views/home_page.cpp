@@ -11,6 +11,7 @@
 #include <QFrame>
 #include <QIcon>
 #include <QLabel>
+#include <QPainter>
 #include <QScrollArea>
 #include <QVBoxLayout>
 
@@ -22,6 +23,7 @@ namespace {
 constexpr int kMargin = 24;
 constexpr int kContentWidth = 980;
 constexpr RowIndex kMostVehicles = 4;
+constexpr int kRecentWidth = 640;   // of a file's name and folder
 constexpr int kMostRecentFiles = 4; // the File menu has them all
 
 QIcon icon(const char* name) { return QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name))); }
@@ -34,6 +36,20 @@ QLabel* heading(const QString& text, double scale) {
     label->setFont(font);
     return label;
 }
+
+/// A line of text that may be longer than there is room for: the middle is left out, and the tooltip has it all.
+class NameLabel : public QLabel {
+public:
+    using QLabel::QLabel;
+    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideMiddle, width());
+        setToolTip(shown == text() ? QString() : text());
+        QPainter(this).drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+    }
+};
 
 /// A panel in the colour of lists, with a heading.
 QFrame* card(const QString& title, QVBoxLayout*& layout) {
@@ -88,9 +104,10 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
 
     QVBoxLayout* figures = nullptr;
     QFrame* figuresCard = card(QStringLiteral("This file"), figures);
-    documentName_ = new QLabel;
+    documentName_ = new NameLabel;
     documentName_->setObjectName(QStringLiteral("homeDocument"));
     documentName_->setTextFormat(Qt::PlainText);
+    documentName_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     figures->addWidget(documentName_);
     hint_ =
         new QLabel(QStringLiteral("There are no trips in this file yet. Connect your Quobrix and choose Download."));
@@ -204,10 +221,17 @@ void HomePage::showRecentFiles() {
         if (!action->isVisible() || ++shown > kMostRecentFiles)
             continue;
         const std::filesystem::path path = toPath(action->toolTip());
-        QString folder = toQtPath(path.parent_path());
+        const QFontMetrics metrics(fontMetrics());
+        const auto fitting = [&](const QString& text, int most) {
+            return metrics.elidedText(text, Qt::ElideMiddle, most); // the tooltip has it all
+        };
+        QString folder = fitting(toQtPath(path.parent_path()), kRecentWidth);
         if (action->property(kMissingProperty).toBool())
             folder += QStringLiteral(" (missing)");
-        recentList_->addWidget(button(action, toQtPath(path.filename()), folder, icon("document")));
+        // A command link's text is bold and larger.
+        auto* link = button(action, fitting(toQtPath(path.filename()), kRecentWidth * 2 / 3), folder, icon("document"));
+        link->setAccessibleName(toQtPath(path.filename()));
+        recentList_->addWidget(link);
     }
     recentCard_->setVisible(shown > 0);
 }

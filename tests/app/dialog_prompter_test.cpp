@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -41,6 +42,22 @@ protected:
     Reminders reminders_{settings_, [] { return 1'700'000'000; }};
     DialogPrompter prompter_{window_, reminders_, [this](const QString& text) { quiet_ << text; }};
 };
+
+TEST_F(DialogPrompterTest, ALongNameWithoutBlanksIsShortenedInTheMiddleInsteadOfCutOff) {
+    const std::string name = "Trips_" + std::string(150, 'x') + "_2026.car";
+    QTimer::singleShot(0, qApp, [] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(box);
+        const auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        EXPECT_TRUE(box->text().startsWith(QStringLiteral("Trips_x"))) << box->text().toStdString();
+        EXPECT_TRUE(box->text().contains(QStringLiteral("x_2026.car already exists."))) << box->text().toStdString();
+        EXPECT_TRUE(box->text().endsWith(QStringLiteral("is kept as 行车记录.bak.")));
+        for (const QString& word : box->text().split(QLatin1Char(' ')))
+            EXPECT_LE(label->fontMetrics().horizontalAdvance(word), label->width());
+        box->reject();
+    });
+    prompter_.ask(makeMessage(MessageId::ReplaceFile, name, "行车记录.bak"));
+}
 
 TEST_F(DialogPrompterTest, AReminderOffersHowOftenAndIsToldQuietlyOnceItIsKnown) {
     int boxes = 0;

@@ -18,6 +18,7 @@
 
 #include <array>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -47,6 +48,15 @@ public:
         taken = take("trip-log", frame_) && taken;
         static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Report);
         taken = take("trip-report", frame_) && taken;
+        static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Table);
+        taken = take("trip-table", frame_) && taken;
+        constexpr std::pair<CommandId, const char*> kLogs[] = {{CommandId::TroubleLog, "trouble-log"},
+                                                               {CommandId::ActivityLog, "activity-log"},
+                                                               {CommandId::AccidentLog, "accident-log"}};
+        for (const auto& [command, name] : kLogs) {
+            frame_.commands().trigger(command);
+            taken = take(name, frame_) && taken;
+        }
         frame_.commands().trigger(CommandId::Units);
         taken = take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && taken;
         fillGarage();
