@@ -3,6 +3,7 @@
 #include "base/path_text.h"
 #include "base/utf8.h"
 #include "cli/reading.h"
+#include "device/merge.h"
 #include "messages/file_messages.h"
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
@@ -64,6 +65,19 @@ ExitCode examine(const std::string& file) {
     putFindings(output, "damaged", check.damages);
     putFindings(output, "note", check.notes);
     if (check.sound()) {
+        if (const Result<void> fit = canMerge(document); !fit && fit.error().kind == ErrorKind::Corrupt)
+            output.put(
+                oneLine(fmt::format("note: no download can be added to it, since records could not be known again "
+                                    "({}); download into another file",
+                                    fit.error().detail)) +
+                "\n");
+        if (document.store().version() > ObjectStore::kVersion) {
+            complain(
+                fmt::format("a later version of this software has written {}; what this one can read of it is sound, "
+                            "but only that one can tell whether everything is there",
+                            file));
+            return output.finish(kIncomplete);
+        }
         output.put(fmt::format("{} is sound: {} objects\n", file, check.objects));
         return output.finish(kDone);
     }

@@ -103,11 +103,14 @@ ExitCode download(const DownloadOptions& options) {
     };
     std::optional<MergeResult> result;
     Result<void> saved;
+    bool makes = false;
     do { // what the logger holds is still there
         result = Download(calls, prompter, settings, noProgress, names,
                           {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile, .mayChangePort = false})
                      .run(document);
-        saved = result ? save(document, options.file, prompter) : Result<void>();
+        // A new document is made for records only.
+        makes = result && (document.hasFile() || result->changed());
+        saved = makes ? save(document, options.file, prompter) : Result<void>();
     } while (!saved && saved.error().kind == ErrorKind::Exists && openWhatAppeared(document, options.file));
     connection.close();
     if (!result) {
@@ -121,6 +124,10 @@ ExitCode download(const DownloadOptions& options) {
         complain(line);
     Output output;
     output.put(result->summary() + "\n");
+    if (!makes) {
+        complain(fmt::format("{} has not been made, since no records were downloaded", options.file));
+        return output.finish(result->complete() ? kDone : kFailed);
+    }
     return output.finish(saved && result->complete() ? kDone : kIncomplete, options.file + " has been saved");
 }
 

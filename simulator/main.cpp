@@ -156,6 +156,9 @@ int main(int argc, char** argv) {
     quobrix::useUtf8Streams();
     try {
         return run(quobrix::ProgramArguments(argc, argv));
+    } catch (const std::bad_alloc&) { // nothing here may need more of it
+        std::fputs("quobrix-sim: there is not enough memory; close other programs and try again\n", stderr);
+        return kFailed;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "quobrix-sim: %s\n", error.what());
         return kFailed;

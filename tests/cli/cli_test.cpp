@@ -221,6 +221,34 @@ TEST_F(CommandLine, WithoutPermissionItSaysSo) {
     EXPECT_NE(outcome.error.find("you do not have permission"), std::string::npos) << outcome.error;
 }
 
+TEST_F(CommandLine, CheckSaysWhatItCannotTellOfASoundFile) {
+    makeDocument();
+    tamper(
+        file_, [&](CompoundFile& file) { // the serial numbers of the trips are gone, as in a document older than they
+            TQuobrixDocument document;
+            ASSERT_TRUE(document.open(file_, TDocument::Access::Read));
+            const std::string table = std::to_string(document.trips().id());
+            Bytes content = *file.read(table);
+            for (std::size_t at = 13; at < content.size(); at += 8)
+                if (ByteReader(ByteView(content).subspan(at)).u32() == TTripLogQuobrixSerialNumberColumn::kType.id()) {
+                    content.erase(content.begin() + static_cast<std::ptrdiff_t>(at),
+                                  content.begin() + static_cast<std::ptrdiff_t>(at + 8));
+                    --content[9]; // the number of columns
+                    break;
+                }
+            file.write(table, content);
+        });
+    const Outcome lacking = cli({"check", "Test.car"});
+    EXPECT_EQ(lacking.exitCode, 0) << lacking.error;
+    EXPECT_NE(lacking.out.find("note: no download can be added to it"), std::string::npos) << lacking.out;
+    tamper(file_, [](CompoundFile& file) { file.write("Version", u32s({4})); });
+    const Outcome later = cli({"check", "Test.car"});
+    EXPECT_EQ(later.exitCode, 3);
+    EXPECT_NE(later.error.find("a later version of this software has written Test.car"), std::string::npos)
+        << later.error;
+    EXPECT_EQ(later.out.find("is sound"), std::string::npos) << later.out;
+}
+
 TEST_F(CommandLine, DamageIsToldByCheckAndByWhatItLeavesOut) {
     makeDocument();
     EXPECT_EQ(cli({"check", "Test.car"}).out.find("Test.car is sound"), 0u);
@@ -450,6 +478,20 @@ TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {
     EXPECT_EQ(cli({"download", "--port", "COM3", "--into", name}).exitCode, 1);
     EXPECT_EQ(contentOf(folder_ / name), before);
     EXPECT_TRUE(fs::is_empty(folder_ / "home")); // no setting was written
+}
+
+TEST_F(CommandLine, ADownloadWithoutRecordsMakesNoDocument) {
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
+    const auto expectNone = [&](int exitCode) {
+        const Outcome outcome = cli({"download", "--port", "COM3", "--into", "New.car"});
+        EXPECT_EQ(outcome.exitCode, exitCode) << outcome.error;
+        EXPECT_NE(outcome.error.find("New.car has not been made"), std::string::npos) << outcome.error;
+        EXPECT_FALSE(fs::exists(folder_ / "New.car"));
+    };
+    expectNone(0); // it holds none
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);
+    ASSERT_EQ(sim({"fault", "COM3", "--fail", "GetLogRecords", "--fail", "GetAccidentLogRecords"}).exitCode, 0);
+    expectNone(1);
 }
 
 TEST_F(CommandLine, WhatTheLibraryCannotParseIsNamedAndComesWithTheNextDownload) {

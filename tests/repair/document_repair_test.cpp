@@ -1,6 +1,7 @@
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
 
+#include "compound/format.h"
 #include "platform/file_system.h"
 #include "support/document_streams.h"
 #include "support/memory_file.h"
@@ -137,6 +138,23 @@ TEST_F(Repair, MakesALostColumnAnEmptyOneOfTheRightLength) {
         EXPECT_EQ(column.value(0), Value());
         EXPECT_EQ(trips().column<TTripLogMaximumSpeedColumn>().value(0), Value(75 * kMph));
     }
+}
+
+TEST_F(Repair, MakesEmptyColumnsOfAMillionRowsInAllAndLeavesOutTheOthers) {
+    const ObjectId distance = made_.trips().column<TTripLogDistanceColumn>().id();
+    constexpr std::uint32_t kRows = 400'000;
+    stream(distance).resize(5 + 4 + 8 * kRows);
+    cfb::store32(stream(distance).data() + 5, kRows);
+    for (const Reference& column : made_.trips().references())
+        if (column.id != distance)
+            remove(column.id);
+    repair();
+    EXPECT_EQ(trips().rowCount(), kRows);
+    std::size_t stored = 0;
+    for (std::size_t i = 0; i < trips().columnCount(); ++i)
+        stored += trips().column(i).store() != nullptr;
+    EXPECT_EQ(stored, 3u);
+    EXPECT_TRUE(mentions(result_.lost, "Trip Log", "\"Comments\""));
 }
 
 TEST_F(Repair, BelievesTheColumnsWhenATableSaysAnotherLength) {
