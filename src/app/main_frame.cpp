@@ -268,6 +268,8 @@ QList<NamesDialog*> TQuobrixFrame::namesDialogs() const {
 
 void TQuobrixFrame::historyChanged() {
     context_.document.forgetUnchanged();
+    if (std::exchange(objectsMoved_, false)) // what a page shows may be another object by now, or none
+        return documentChanged();
     updateTitle();
     if (Page* home = pages_->page(kHomePage)) // lists follow edits by themselves
         home->refresh();

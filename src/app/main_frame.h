@@ -61,7 +61,9 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    void tableChanged(const TableChange&) override {}
+    void tableChanged(const TableChange& change) override {
+        objectsMoved_ = objectsMoved_ || change.kind == TableChange::Kind::Objects;
+    }
     void historyChanged() override;
     void addHandlers();
     void addLogPage(CommandId id, const PersistentType& log, PageArea::Create create);
@@ -96,7 +98,8 @@ private:
     std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;
-    bool tellsDamage_ = false; ///< soon
+    bool tellsDamage_ = false;  ///< soon
+    bool objectsMoved_ = false; ///< by the edit that is being told
 };
 
 } // namespace quobrix

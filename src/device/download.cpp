@@ -9,6 +9,12 @@ namespace {
 // A document of about 1,000 trips: from here on a new file is recommended.
 constexpr std::size_t kManyObjects = 1000 * TTripLogTable::kObjectsPerTrip;
 
+void noteTime(const std::string& serial, TQuobrixDocument& document) {
+    auto& downloads = document.store().singleton<TDownloadTable>();
+    document.edits().changeRows(downloads, {{0, downloads.rowCount()}},
+                                [&] { downloads.record(serial, currentTime()); });
+}
+
 } // namespace
 
 Download::Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress,
@@ -69,18 +75,27 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     // The present document goes only for records that take its place.
     if (wantsNew && !records.empty() && !hooks_.startNewDocument())
         return {};
-    Result<MergeResult> merged = wantsNew && records.empty() ? MergeResult{{}, records.refused, records.unreadable, {}}
-                                                             : mergeRecords(records, document);
+    Result<MergeResult> merged = MergeResult{{}, records.refused, records.unreadable, {}};
+    document.edits().group("download", [&] {
+        if (!wantsNew || !records.empty())
+            merged = mergeRecords(records, document);
+        if (!merged)
+            return EditOutcome{.refusal = merged.error().detail};
+        if (merged->changed())
+            noteTime(serial, document);
+        if (const std::string name = settings_.getText(kUnidentifiedDriverSection, kDefaultName); isDriverName(name))
+            document.drivers().nameAll(merged->newKeys.drivers, name); // in rows of this step
+        return EditOutcome{};
+    });
     if (!merged) {
         tell(merged.error(), document);
         return {};
     }
     MergeResult& result = *merged;
-    // A new document that has got nothing stays one that nobody needs to save.
-    if (result.changed() || (document.hasFile() && !wantsNew))
+    // Of a download that brought nothing there is nothing to take back but the time, which nobody sees. A new document
+    // that has got nothing stays one that nobody needs to save.
+    if (!result.changed() && document.hasFile() && !wantsNew)
         document.store().singleton<TDownloadTable>().record(serial, currentTime());
-    if (const std::string name = settings_.getText(kUnidentifiedDriverSection, kDefaultName); isDriverName(name))
-        document.drivers().nameAll(result.newKeys.drivers, name);
     if (hooks_.keysAdded)
         hooks_.keysAdded(result.newKeys);
     for (const UnreadableLog& log : result.unreadable)

@@ -3,21 +3,20 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
 namespace quobrix {
 namespace {
 
+std::int32_t storedCode(std::int32_t value) { return value == QUOBRIX_NO_CODE ? Element<std::int32_t>::kNone : value; }
+
 double kph(double value) { return toBaseFrom(UnitId::KilometrePerHour, value); }
-
-double metric(UnitId unit, double value) { return toBaseFrom(unit, value); }
-
-std::int32_t count(std::size_t value) { return static_cast<std::int32_t>(value); }
 
 /// A number that columns without a value and old files may lack.
 std::uint64_t natural(std::int32_t value) { return static_cast<std::uint64_t>(std::max(value, 0)); }
-
-std::int32_t storedCode(std::int32_t value) { return value == QUOBRIX_NO_CODE ? Element<std::int32_t>::kNone : value; }
 
 std::int32_t driverOf(const TripRecord& record) {
     return record.driverId == 0 ? Element<std::int32_t>::kNone : record.driverId;
@@ -33,17 +32,164 @@ std::vector<std::int32_t> secondsOf(const TripRecord& record) {
     return seconds;
 }
 
-void resize(Table& table, RowIndex rows) {
-    if (rows > table.rowCount())
-        table.insertRows(table.rowCount(), rows - table.rowCount());
-    else
-        table.removeRows(rows, table.rowCount() - rows);
+// What of a record goes into which cell of its row: a table for each log, of column, member and, for figures that are
+// not handed over in base units, unit. By it rows are written, and those tables that are a log's content are compared.
+
+/// The cells that hold the record itself.
+template <class C, class Record, class Member>
+struct Plain {
+    using InColumn = C;
+    Member Record::*member;
+
+    auto of(const Record& record, std::int64_t) const { return record.*member; }
+};
+template <class C, class Record>
+struct Moment {
+    using InColumn = C;
+    std::int32_t Record::*member;
+
+    std::int32_t of(const Record& record, std::int64_t shift) const { return shifted(record.*member, shift); }
+    static void compare(std::int32_t row, std::int32_t record, Comparison& c) { c.require(row == record); }
+};
+template <class C, class Record, class Member>
+struct Figure {
+    using InColumn = C;
+    Member Record::*member;
+    std::size_t index;
+    std::optional<UnitId> unit;
+
+    double of(const Record& record, std::int64_t) const {
+        double value = kNoValue;
+        if constexpr (std::is_same_v<Member, double>)
+            value = record.*member;
+        else
+            value = (record.*member)[index];
+        return unit ? toBaseFrom(*unit, value) : value;
+    }
+    static void compare(double row, double record, Comparison& c) { c.figure(row, record); }
+};
+template <class C, class Record, class Member>
+struct Code {
+    using InColumn = C;
+    Member Record::*member;
+    std::size_t index;
+
+    std::int32_t of(const Record& record, std::int64_t) const {
+        if constexpr (std::is_same_v<Member, std::int32_t>)
+            return storedCode(record.*member);
+        else
+            return storedCode((record.*member)[index]);
+    }
+    static void compare(std::int32_t row, std::int32_t record, Comparison& c) { c.code(row, record); }
+};
+/// How many events there were, and when: a number, and a list that the row owns.
+template <class C, class Times>
+struct Events {
+    std::vector<std::uint32_t> TripRecord::*member;
+};
+
+template <class C, class Record, class Member>
+constexpr Plain<C, Record, Member> plain(Member Record::*member) {
+    return {member};
+}
+template <class C, class Record>
+constexpr Moment<C, Record> moment(std::int32_t Record::*member) {
+    return {member};
+}
+template <class C, class Record>
+constexpr Figure<C, Record, double> figure(double Record::*member, std::optional<UnitId> unit = {}) {
+    return {member, 0, unit};
+}
+template <class C, class Record>
+constexpr Figure<C, Record, std::array<double, 2>> figure(std::array<double, 2> Record::*member, std::size_t index) {
+    return {member, index, {}};
+}
+template <class C, class Record>
+constexpr Code<C, Record, std::int32_t> code(std::int32_t Record::*member) {
+    return {member, 0};
+}
+template <class C, class Record>
+constexpr Code<C, Record, std::array<std::int32_t, 2>> code(std::array<std::int32_t, 2> Record::*member,
+                                                            std::size_t index) {
+    return {member, index};
+}
+template <class C, class Times>
+constexpr Events<C, Times> events(std::vector<std::uint32_t> TripRecord::*member) {
+    return {member};
 }
 
-/// The bands in force, from standstill upward: 0 to 0, then between the limits, the last one open.
+constexpr std::tuple kTripCells{
+    moment<TTripLogStartTimeColumn>(&TripRecord::startTime),
+    moment<TTripLogEndTimeColumn>(&TripRecord::endTime),
+    plain<TTripLogDisconnectedDuringTripColumn>(&TripRecord::disconnected),
+    figure<TTripLogDistanceColumn>(&TripRecord::distance),
+    figure<TTripLogMaximumSpeedColumn>(&TripRecord::maximumSpeed, UnitId::KilometrePerHour),
+    figure<TTripLogHardBrakeThresholdColumn>(&TripRecord::hardBrakeThreshold),
+    figure<TTripLogPanicBrakeThresholdColumn>(&TripRecord::extremeBrakeThreshold),
+    figure<TTripLogHardAccelerationThresholdColumn>(&TripRecord::hardAccelerationThreshold),
+    figure<TTripLogPanicAccelerationThresholdColumn>(&TripRecord::extremeAccelerationThreshold),
+};
+constexpr std::tuple kTripEvents{
+    events<TTripLogHardBrakesColumn, TTripLogHardBrakeTimesColumnColumn>(&TripRecord::hardBrakes),
+    events<TTripLogPanicBrakesColumn, TTripLogPanicBrakeTimesColumnColumn>(&TripRecord::extremeBrakes),
+    events<TTripLogHardAccelerationsColumn, TTripLogHardAccelerationTimesColumnColumn>(&TripRecord::hardAccelerations),
+    events<TTripLogPanicAccelerationsColumn, TTripLogPanicAccelerationTimesColumnColumn>(
+        &TripRecord::extremeAccelerations),
+};
+constexpr std::tuple kTroubleCells{
+    moment<TTroubleLogTimeRecordedColumn>(&TroubleRecord::time),
+    plain<TTroubleLogTroubleCodeColumn>(&TroubleRecord::code),
+};
+constexpr std::tuple kTroubleContent{
+    code<TTroubleLogFuelSystemOneStatusColumn>(&TroubleRecord::fuelSystemStatus, 0),
+    code<TTroubleLogFuelSystemTwoStatusColumn>(&TroubleRecord::fuelSystemStatus, 1),
+    figure<TTroubleLogCalculatedLoadValueColumn>(&TroubleRecord::calculatedLoad),
+    figure<TTroubleLogEngineCoolantTemperatureColumn>(&TroubleRecord::coolantTemperature, UnitId::Celsius),
+    figure<TTroubleLogShortTermFuelTrimBankOneColumn>(&TroubleRecord::shortTermFuelTrim, 0),
+    figure<TTroubleLogLongTermFuelTrimBankOneColumn>(&TroubleRecord::longTermFuelTrim, 0),
+    figure<TTroubleLogShortTermFuelTrimBankTwoColumn>(&TroubleRecord::shortTermFuelTrim, 1),
+    figure<TTroubleLogLongTermFuelTrimBankTwoColumn>(&TroubleRecord::longTermFuelTrim, 1),
+    figure<TTroubleLogFuelPressureColumn>(&TroubleRecord::fuelPressure, UnitId::Kilopascal),
+    figure<TTroubleLogIntakeManifoldPressureColumn>(&TroubleRecord::intakeManifoldPressure, UnitId::Kilopascal),
+    figure<TTroubleLogEngineSpeedColumn>(&TroubleRecord::engineSpeed, UnitId::RevolutionPerMinute),
+    figure<TTroubleLogVehicleSpeedColumn>(&TroubleRecord::vehicleSpeed, UnitId::KilometrePerHour),
+};
+constexpr std::tuple kActivityCells{
+    moment<TSecurityLogTimeRecordedColumn>(&ActivityRecord::time),
+    code<TSecurityLogEventTypeColumn>(&ActivityRecord::eventType),
+};
+constexpr std::tuple kAccidentCells{
+    moment<TAccidentLogTableStartTimeColumn>(&StopRecord::startTime),
+};
+constexpr std::tuple kAccidentContent{
+    moment<TAccidentLogTableTimestampColumn>(&StopRecord::timestamp),
+    figure<TAccidentLogTableMaximumSpeedColumn>(&StopRecord::maximumSpeed, UnitId::KilometrePerHour),
+};
+
+template <class Cell>
+using ColumnOf = typename std::remove_cvref_t<Cell>::InColumn;
+
+template <class Cells, class Record>
+void writeCells(const Cells& cells, const Table& table, RowIndex row, const Record& record, std::int64_t shift) {
+    const auto one = [&](const auto& cell) {
+        table.column<ColumnOf<decltype(cell)>>().set(row, cell.of(record, shift));
+    };
+    std::apply([&](const auto&... cell) { (one(cell), ...); }, cells);
+}
+
+template <class Cells, class Record>
+void compareCells(const Cells& cells, const Table& table, RowIndex row, const Record& record, std::int64_t shift,
+                  Comparison& c) {
+    const auto one = [&](const auto& cell) {
+        cell.compare(table.column<ColumnOf<decltype(cell)>>().at(row), cell.of(record, shift), c);
+    };
+    std::apply([&](const auto&... cell) { (one(cell), ...); }, cells);
+}
+
+/// The bands in force into an empty TABLE, from standstill upward: 0 to 0, then between the limits, the last one open.
 template <class From, class To>
 void fillBands(Table& table, const std::array<double, QUOBRIX_BAND_COUNT - 1>& limits) {
-    resize(table, QUOBRIX_BAND_COUNT + 1);
+    table.insertRows(0, QUOBRIX_BAND_COUNT + 1);
     std::vector<double> from{0.0, 0.0}, to{0.0};
     for (const double limit : limits) {
         from.push_back(kph(limit));
@@ -62,27 +208,26 @@ const auto* valuesOf(const ObjectColumnOf<List>& column, RowIndex row) {
     return list ? &list->values() : column.has(row) ? nullptr : &none;
 }
 
-/// Whether the object of the cell, if it has one, can be read with all that it is made of.
-template <class Object>
-bool readable(const ObjectColumnOf<Object>& column, RowIndex row) {
-    const Object* object = column.object(row);
-    if constexpr (std::is_base_of_v<Table, Object>)
-        return object ? object->unreadableColumns().empty() && object->rowLock().empty() : !column.has(row);
-    else
-        return object || !column.has(row);
-}
-
 /// A column that was read, and does not stand in for one that was not.
 bool isThere(const Column& column) { return column.store() != nullptr; }
 
-/// The four kinds of events of a trip: how many, when, and the record's.
-template <class Count, class Times>
-void compareEvents(const TTripLogTable& table, RowIndex row, const std::vector<std::uint32_t>& record, Comparison& c) {
-    c.growing(natural(table.column<Count>().at(row)), record.size());
+/// How many, and when.
+template <class C, class Times>
+void compareEvents(const Events<C, Times>& events, const TTripLogTable& table, RowIndex row, const TripRecord& record,
+                   Comparison& c) {
+    const std::vector<std::uint32_t>& times = record.*events.member;
+    if (c.same())
+        c.growing(natural(table.column<C>().at(row)), times.size());
     if (!c.same())
         return;
-    if (const auto* times = valuesOf(table.column<Times>(), row))
-        c.sequence(*times, toSigned(record));
+    if (const auto* stored = valuesOf(table.column<Times>(), row))
+        c.sequence(*stored, toSigned(times));
+}
+
+template <class C, class Times>
+void writeEvents(const Events<C, Times>& events, TTripLogTable& table, RowIndex row, const TripRecord& record) {
+    table.column<C>().set(row, static_cast<std::int32_t>((record.*events.member).size()));
+    table.column<Times>().replaceObject(row).setAll(toSigned(record.*events.member));
 }
 
 void compareSamples(const TTripLogSampleTable& samples, const TripRecord& record, Comparison& c) {
@@ -102,33 +247,6 @@ void compareSamples(const TTripLogSampleTable& samples, const TripRecord& record
         c.require(stored.agreesWith(recorded));
         c.growing(stored.sampleCount(), recorded.sampleCount());
     }
-}
-
-/// The freeze frame's figures in the order of their columns, from the short-term trim of bank 1, in base units.
-std::array<double, 10> figuresOf(const TroubleRecord& r) {
-    return {r.shortTermFuelTrim[0],
-            r.longTermFuelTrim[0],
-            r.shortTermFuelTrim[1],
-            r.longTermFuelTrim[1],
-            metric(UnitId::Kilopascal, r.fuelPressure),
-            metric(UnitId::Kilopascal, r.intakeManifoldPressure),
-            metric(UnitId::Celsius, r.coolantTemperature),
-            r.calculatedLoad,
-            metric(UnitId::RevolutionPerMinute, r.engineSpeed),
-            kph(r.vehicleSpeed)};
-}
-
-std::array<RealColumn*, 10> figureColumns(const TTroubleLogTable& t) {
-    return {&t.column<TTroubleLogShortTermFuelTrimBankOneColumn>(),
-            &t.column<TTroubleLogLongTermFuelTrimBankOneColumn>(),
-            &t.column<TTroubleLogShortTermFuelTrimBankTwoColumn>(),
-            &t.column<TTroubleLogLongTermFuelTrimBankTwoColumn>(),
-            &t.column<TTroubleLogFuelPressureColumn>(),
-            &t.column<TTroubleLogIntakeManifoldPressureColumn>(),
-            &t.column<TTroubleLogEngineCoolantTemperatureColumn>(),
-            &t.column<TTroubleLogCalculatedLoadValueColumn>(),
-            &t.column<TTroubleLogEngineSpeedColumn>(),
-            &t.column<TTroubleLogVehicleSpeedColumn>()};
 }
 
 } // namespace
@@ -178,16 +296,7 @@ Comparison TripRows::compare(const TableType& t, RowIndex row, const Record& r, 
         for (std::size_t i = 0; i < seconds.size(); ++i)
             c.growing(i < stored->size() ? natural((*stored)[i]) : 0, natural(seconds[i]));
     }
-    if (c.same())
-        compareEvents<TTripLogHardBrakesColumn, TTripLogHardBrakeTimesColumnColumn>(t, row, r.hardBrakes, c);
-    if (c.same())
-        compareEvents<TTripLogPanicBrakesColumn, TTripLogPanicBrakeTimesColumnColumn>(t, row, r.extremeBrakes, c);
-    if (c.same())
-        compareEvents<TTripLogHardAccelerationsColumn, TTripLogHardAccelerationTimesColumnColumn>(
-            t, row, r.hardAccelerations, c);
-    if (c.same())
-        compareEvents<TTripLogPanicAccelerationsColumn, TTripLogPanicAccelerationTimesColumnColumn>(
-            t, row, r.extremeAccelerations, c);
+    std::apply([&](const auto&... events) { (compareEvents(events, t, row, r, c), ...); }, kTripEvents);
     if (!c.same())
         return c;
     const auto& tables = t.column<TTripLogSampleTableColumn>();
@@ -208,42 +317,18 @@ void TripRows::complete(TableType& table, RowIndex row, const Record& record) {
     table.setRecorded(row, record.origin.vin, driverOf(record));
 }
 
-bool TripRows::replaceable(const TableType& t, RowIndex row) {
-    return readable(t.column<TTripLogSampleTableColumn>(), row) &&
-           readable(t.column<TTripLogParametersTableColumn>(), row) &&
-           readable(t.column<TTripLogSpeedBandsTableColumn>(), row) &&
-           readable(t.column<TTripLogTimePerSpeedBandColumnColumn>(), row) &&
-           readable(t.column<TTripLogHardBrakeTimesColumnColumn>(), row) &&
-           readable(t.column<TTripLogPanicBrakeTimesColumnColumn>(), row) &&
-           readable(t.column<TTripLogHardAccelerationTimesColumnColumn>(), row) &&
-           readable(t.column<TTripLogPanicAccelerationTimesColumnColumn>(), row);
-}
-
 void TripRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     complete(t, row, r);
-    t.column<TTripLogStartTimeColumn>().set(row, shifted(r.startTime, shift));
-    t.column<TTripLogEndTimeColumn>().set(row, shifted(r.endTime, shift));
-    t.column<TTripLogDisconnectedDuringTripColumn>().set(row, r.disconnected);
-    t.column<TTripLogDistanceColumn>().set(row, r.distance);
-    t.column<TTripLogMaximumSpeedColumn>().set(row, kph(r.maximumSpeed));
-    t.column<TTripLogHardBrakesColumn>().set(row, count(r.hardBrakes.size()));
-    t.column<TTripLogPanicBrakesColumn>().set(row, count(r.extremeBrakes.size()));
-    t.column<TTripLogHardBrakeThresholdColumn>().set(row, r.hardBrakeThreshold);
-    t.column<TTripLogPanicBrakeThresholdColumn>().set(row, r.extremeBrakeThreshold);
-    t.column<TTripLogHardAccelerationsColumn>().set(row, count(r.hardAccelerations.size()));
-    t.column<TTripLogPanicAccelerationsColumn>().set(row, count(r.extremeAccelerations.size()));
-    t.column<TTripLogHardAccelerationThresholdColumn>().set(row, r.hardAccelerationThreshold);
-    t.column<TTripLogPanicAccelerationThresholdColumn>().set(row, r.extremeAccelerationThreshold);
+    writeCells(kTripCells, t, row, r, shift);
     t.column<TTripLogSamplingIntervalColumn>().set(row,
                                                    r.speedSamplingInterval == 0 ? kNoValue : r.speedSamplingInterval);
     t.column<TTripLogTimeInTopSpeedBandColumn>().set(row, static_cast<std::int32_t>(r.bandSeconds.back()));
 
-    TTripLogSampleTable& samples = t.column<TTripLogSampleTableColumn>().makeObject(row);
-    resize(samples, r.speedSamples.size());
+    TTripLogSampleTable& samples = t.column<TTripLogSampleTableColumn>().replaceObject(row);
+    samples.insertRows(0, r.speedSamples.size());
     samples.speed().setInterval(std::max(r.speedSamplingInterval, 1u));
     samples.speed().setAll(r.speedSamples);
-    TTripLogParametersTable& parameters = t.column<TTripLogParametersTableColumn>().makeObject(row);
-    resize(parameters, 0);
+    TTripLogParametersTable& parameters = t.column<TTripLogParametersTableColumn>().replaceObject(row);
     for (std::size_t i = 0; i < r.series.size(); ++i) {
         const ParameterSeries& series = r.series[i];
         samples.series(i).setSeries(series.parameter, series.twoValues, std::max(series.samplingInterval, 1),
@@ -256,37 +341,23 @@ void TripRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t sh
         parameters.column<TTripLogParameterSamplingIntervalColumn>().set(at, series.samplingInterval);
     }
     fillBands<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>(
-        t.column<TTripLogSpeedBandsTableColumn>().makeObject(row), r.bandLimits);
-    t.column<TTripLogTimePerSpeedBandColumnColumn>().makeObject(row).setAll(secondsOf(r));
-    t.column<TTripLogHardBrakeTimesColumnColumn>().makeObject(row).setAll(toSigned(r.hardBrakes));
-    t.column<TTripLogPanicBrakeTimesColumnColumn>().makeObject(row).setAll(toSigned(r.extremeBrakes));
-    t.column<TTripLogHardAccelerationTimesColumnColumn>().makeObject(row).setAll(toSigned(r.hardAccelerations));
-    t.column<TTripLogPanicAccelerationTimesColumnColumn>().makeObject(row).setAll(toSigned(r.extremeAccelerations));
+        t.column<TTripLogSpeedBandsTableColumn>().replaceObject(row), r.bandLimits);
+    t.column<TTripLogTimePerSpeedBandColumnColumn>().replaceObject(row).setAll(secondsOf(r));
+    std::apply([&](const auto&... events) { (writeEvents(events, t, row, r), ...); }, kTripEvents);
 }
 
 // A freeze frame does not grow; but a figure that was not reported at first may be later.
-Comparison TroubleRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t) {
+Comparison TroubleRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     Comparison c;
     c.vin(t.column<TTroubleLogVinColumn>().at(row), r.origin.vin);
-    c.code(t.column<TTroubleLogFuelSystemOneStatusColumn>().at(row), storedCode(r.fuelSystemStatus[0]));
-    c.code(t.column<TTroubleLogFuelSystemTwoStatusColumn>().at(row), storedCode(r.fuelSystemStatus[1]));
-    const std::array<double, 10> figures = figuresOf(r);
-    const std::array<RealColumn*, 10> columns = figureColumns(t);
-    for (std::size_t i = 0; i < figures.size(); ++i)
-        c.figure(columns[i]->at(row), figures[i]);
+    compareCells(kTroubleContent, t, row, r, shift, c);
     return c;
 }
 
 void TroubleRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     complete(t, row, r);
-    t.column<TTroubleLogTimeRecordedColumn>().set(row, shifted(r.time, shift));
-    t.column<TTroubleLogTroubleCodeColumn>().set(row, r.code);
-    t.column<TTroubleLogFuelSystemOneStatusColumn>().set(row, storedCode(r.fuelSystemStatus[0]));
-    t.column<TTroubleLogFuelSystemTwoStatusColumn>().set(row, storedCode(r.fuelSystemStatus[1]));
-    const std::array<double, 10> figures = figuresOf(r);
-    const std::array<RealColumn*, 10> columns = figureColumns(t);
-    for (std::size_t i = 0; i < figures.size(); ++i)
-        columns[i]->set(row, figures[i]);
+    writeCells(kTroubleCells, t, row, r, shift);
+    writeCells(kTroubleContent, t, row, r, shift);
 }
 
 std::string ActivityRows::code(const Record& record) { return std::to_string(storedCode(record.eventType)); }
@@ -303,16 +374,14 @@ Comparison ActivityRows::compare(const TableType& t, RowIndex row, const Record&
 
 void ActivityRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     complete(t, row, r);
-    t.column<TSecurityLogTimeRecordedColumn>().set(row, shifted(r.time, shift));
-    t.column<TSecurityLogEventTypeColumn>().set(row, storedCode(r.eventType));
+    writeCells(kActivityCells, t, row, r, shift);
 }
 
 // A stop is recorded when it is over; only its samples may be missing at first.
 Comparison AccidentRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     Comparison c;
     c.vin(t.column<TAccidentLogTableVinColumn>().at(row), r.origin.vin);
-    c.require(t.column<TAccidentLogTableTimestampColumn>().at(row) == shifted(r.timestamp, shift));
-    c.figure(t.column<TAccidentLogTableMaximumSpeedColumn>().at(row), kph(r.maximumSpeed));
+    compareCells(kAccidentContent, t, row, r, shift, c);
     const auto& lists = t.column<TAccidentLogSpeedSamplesColumn>();
     if (const TAccidentLogSamplesColumn* samples = c.same() ? lists.object(row) : nullptr)
         c.require(samples->values().empty() || r.speedSamples.empty() || samples->interval() == r.samplingInterval);
@@ -321,21 +390,15 @@ Comparison AccidentRows::compare(const TableType& t, RowIndex row, const Record&
     return c;
 }
 
-bool AccidentRows::replaceable(const TableType& t, RowIndex row) {
-    return readable(t.column<TAccidentLogSpeedSamplesColumn>(), row) &&
-           readable(t.column<TAccidentLogSpeedBandsTableColumn>(), row);
-}
-
 void AccidentRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     complete(t, row, r);
-    t.column<TAccidentLogTableStartTimeColumn>().set(row, shifted(r.startTime, shift));
-    t.column<TAccidentLogTableTimestampColumn>().set(row, shifted(r.timestamp, shift));
-    t.column<TAccidentLogTableMaximumSpeedColumn>().set(row, kph(r.maximumSpeed));
-    TAccidentLogSamplesColumn& samples = t.column<TAccidentLogSpeedSamplesColumn>().makeObject(row);
+    writeCells(kAccidentCells, t, row, r, shift);
+    writeCells(kAccidentContent, t, row, r, shift);
+    TAccidentLogSamplesColumn& samples = t.column<TAccidentLogSpeedSamplesColumn>().replaceObject(row);
     samples.setInterval(std::max(r.samplingInterval, 1u));
     samples.setAll(r.speedSamples);
     fillBands<TAccidentLogSpeedBandFromColumn, TAccidentLogSpeedBandToColumn>(
-        t.column<TAccidentLogSpeedBandsTableColumn>().makeObject(row), r.bandLimits);
+        t.column<TAccidentLogSpeedBandsTableColumn>().replaceObject(row), r.bandLimits);
 }
 
 } // namespace quobrix

@@ -49,7 +49,6 @@ struct Comparison {
 //   compare(table, row, record, shift)    SHIFT (s): what the row's times have been moved by
 //   completes(table, row, record)         the record names a vehicle or driver where the row has none
 //   complete(table, row, record)          puts them there
-//   replaceable(table, row)               everything that the row owns can be read
 //   fill(table, row, record, shift)       makes the row hold the record; what the record does not tell of the vehicle
 //                                         and the driver stays, and so does what a person has entered
 // What of a row cannot be read is not compared.
@@ -68,7 +67,6 @@ struct TripRows {
     static Comparison compare(const TableType& table, RowIndex row, const Record& record, std::int64_t shift);
     static bool completes(const TableType& table, RowIndex row, const Record& record);
     static void complete(TableType& table, RowIndex row, const Record& record);
-    static bool replaceable(const TableType& table, RowIndex row);
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 
@@ -99,7 +97,6 @@ struct TroubleRows : RecordedVehicle<TTroubleLogTable, TTroubleLogVinColumn, Tro
         return table.column<TTroubleLogTroubleCodeColumn>().at(row);
     }
     static Comparison compare(const TableType& table, RowIndex row, const Record& record, std::int64_t shift);
-    static bool replaceable(const TableType&, RowIndex) { return true; }
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 
@@ -113,7 +110,6 @@ struct ActivityRows : RecordedVehicle<TSecurityLogTable, TSecurityLogVinColumn, 
     static std::string code(const Record& record);
     static std::string codeAt(const TableType& table, RowIndex row);
     static Comparison compare(const TableType& table, RowIndex row, const Record& record, std::int64_t shift);
-    static bool replaceable(const TableType&, RowIndex) { return true; }
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 
@@ -127,7 +123,6 @@ struct AccidentRows : RecordedVehicle<TAccidentLogTable, TAccidentLogTableVinCol
     static std::string code(const Record&) { return {}; }
     static std::string codeAt(const TableType&, RowIndex) { return {}; }
     static Comparison compare(const TableType& table, RowIndex row, const Record& record, std::int64_t shift);
-    static bool replaceable(const TableType& table, RowIndex row);
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 

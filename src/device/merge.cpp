@@ -32,7 +32,6 @@ struct Plan {
     struct Fresh {
         const Record* record;
         RecordIdentity identity;
-        RowIndex place = 0; ///< before which of the table's present rows
     };
     std::vector<Change> changes;
     std::vector<Fresh> fresh;
@@ -120,7 +119,7 @@ private:
     }
 
     Result<void> replace(Row& row, const Record& record) {
-        if (!Log::replaceable(table_, row.index))
+        if (!table_.replaceable(row.index))
             return unreadable(table_.type());
         row.taken = true;
         plan_.changes.push_back({row.index, &record, true});
@@ -144,39 +143,42 @@ private:
 };
 
 template <class Log>
-void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shift) {
+void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shift, TableEdits& edits) {
     auto& numbers = table.template column<typename Log::RecordNumber>();
     auto& serials = table.template column<typename Log::Serial>();
     const auto& times = table.template column<typename Log::Time>();
+    std::vector<RowIndex> rows;
     for (const auto& change : plan.changes)
-        if (change.whole) // the shift that the old record got stays: its place among the others depends on it
-            Log::fill(table, change.row, *change.record,
-                      std::int64_t{times.at(change.row)} - Log::time(*change.record));
-        else
-            Log::complete(table, change.row, *change.record);
+        rows.push_back(change.row);
+    std::ranges::sort(rows);
+    if (!rows.empty())
+        edits.changeRows(table, runsOf(rows), [&] {
+            for (const auto& change : plan.changes)
+                if (change.whole) // the shift that the old record got stays: its place among the others depends on it
+                    Log::fill(table, change.row, *change.record,
+                              std::int64_t{times.at(change.row)} - Log::time(*change.record));
+                else
+                    Log::complete(table, change.row, *change.record);
+        });
 
     auto& fresh = plan.fresh;
+    if (fresh.empty())
+        return;
     std::stable_sort(fresh.begin(), fresh.end(),
                      [](const auto& a, const auto& b) { return Log::time(*a.record) < Log::time(*b.record); });
-    for (auto& entry : fresh)
-        entry.place = static_cast<RowIndex>(
-            std::upper_bound(times.values().begin(), times.values().end(), shifted(Log::time(*entry.record), shift)) -
-            times.values().begin());
-    // From the back, so that the places before stay right; runs of neighbours at once.
-    for (std::size_t end = fresh.size(); end > 0;) {
-        std::size_t begin = end - 1;
-        while (begin > 0 && fresh[begin - 1].place == fresh[end - 1].place)
-            --begin;
-        const RowIndex place = fresh[begin].place;
-        table.insertRows(place, end - begin);
-        for (std::size_t i = begin; i < end; ++i) {
-            const RowIndex row = place + (i - begin);
-            numbers.set(row, fresh[i].identity);
-            serials.set(row, fresh[i].record->origin.serialNumber);
-            Log::fill(table, row, *fresh[i].record, shift);
-        }
-        end = begin;
+    rows.clear();
+    for (const auto& entry : fresh) {
+        const auto place =
+            std::upper_bound(times.values().begin(), times.values().end(), shifted(Log::time(*entry.record), shift));
+        rows.push_back(static_cast<RowIndex>(place - times.values().begin()) + rows.size());
     }
+    edits.addRows(table, runsOf(rows), [&] {
+        for (std::size_t i = 0; i < fresh.size(); ++i) {
+            numbers.set(rows[i], fresh[i].identity);
+            serials.set(rows[i], fresh[i].record->origin.serialNumber);
+            Log::fill(table, rows[i], *fresh[i].record, shift);
+        }
+    });
 }
 
 /// The keys that records refer to, in the order of the records.
@@ -198,8 +200,13 @@ NewKeys addNames(const LogRecords& records, TQuobrixDocument& document) {
     collectKeys(records.troubles, keys);
     collectKeys(records.activities, keys);
     collectKeys(records.stops, keys);
-    return {document.loggers().addMissing(keys.loggers), document.vehicles().addMissing(keys.vehicles),
-            document.drivers().addMissing(keys.drivers)};
+    const auto add = [&](NamesTable& names, std::vector<std::string>& wanted) {
+        document.edits().changeRows(names, {}, [&] { wanted = names.addMissing(wanted); });
+    };
+    add(document.loggers(), keys.loggers);
+    add(document.vehicles(), keys.vehicles);
+    add(document.drivers(), keys.drivers);
+    return keys;
 }
 
 Result<void> checkTable(const Table& table) {
@@ -327,20 +334,15 @@ Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& do
     result.refused = records.refused;
     result.unreadable = records.unreadable;
     result.logs = {trips->counts(), troubles->counts(), activity->counts(), accidents->counts()};
-    const auto endHistory = [&] { // the rows that its steps mean are about to move
-        if (result.changed())
-            document.edits().clear();
-    };
-    endHistory();
-    carryOut(*trips, document.trips(), shift);
-    carryOut(*troubles, document.troubles(), shift);
-    carryOut(*activity, document.activity(), shift);
-    if (!records.stops.empty())
-        carryOut(*accidents, document.store().singleton<TAccidentLogTable>(), shift);
-    result.newKeys = addNames(records, document);
-    endHistory();
-    if (result.changed())
-        document.setDataChanged();
+    document.edits().group("download", [&] {
+        carryOut(*trips, document.trips(), shift, document.edits());
+        carryOut(*troubles, document.troubles(), shift, document.edits());
+        carryOut(*activity, document.activity(), shift, document.edits());
+        if (!records.stops.empty())
+            carryOut(*accidents, document.store().singleton<TAccidentLogTable>(), shift, document.edits());
+        result.newKeys = addNames(records, document);
+        return EditOutcome{};
+    });
     return result;
 }
 

@@ -42,8 +42,9 @@ struct MergeResult {
 Result<void> canMerge(TQuobrixDocument& document);
 
 /// Adds RECORDS to DOCUMENT as rows in order of time, with the vehicles, loggers and drivers that it has not seen.
-/// Times are kept as recorded for recognition, and shown with SHIFT (s) added. All of it is done or nothing: the errors
-/// are those of canMerge(), and Corrupt if a record would take the place of one of which not everything can be read.
+/// Times are kept as recorded for recognition, and shown with SHIFT (s) added. All of it is done, as one step of the
+/// document's edits, or nothing: the errors are those of canMerge(), and Corrupt if a record would take the place of
+/// one of which not everything can be read.
 ///
 /// A record is the same as one in the document if logger, time as recorded, code or event are the same, the VIN is or
 /// one of them has none, and one of the two continues the other: a trip's samples and events, an accident's samples and

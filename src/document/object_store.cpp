@@ -34,6 +34,8 @@ constexpr std::size_t kMostUnused = 1u << 20;
 constexpr std::size_t kReadBuffer = 64 * 1024;
 // Bytes that most objects are written in.
 constexpr std::size_t kMostObjects = 256;
+// Bytes of memory that an object takes besides its content, about.
+constexpr std::size_t kObjectMemory = 256;
 
 std::string streamName(ObjectId id) { return fmt::format_int(id).str(); }
 
@@ -41,6 +43,14 @@ Bytes u32Stream(std::uint32_t value) {
     ByteWriter out;
     out.u32(value);
     return out.take();
+}
+
+/// Takes ID, which is most often the first or the last, out of IDS.
+void takeOut(std::deque<ObjectId>& ids, ObjectId id) {
+    if (ids.back() == id)
+        ids.pop_back();
+    else
+        ids.erase(std::ranges::find(ids, id));
 }
 
 /// What the file holds is neither missing nor damaged: a later read may succeed.
@@ -387,7 +397,7 @@ std::optional<std::string> ObjectStore::doubt() const {
     std::erase_if(stray, [&](const std::string& name) { return deletedStreams_.contains(idOfStream(name)); });
     if (!stray.empty())
         return fmt::format("the index does not know the stream \"{}\"", stray.front());
-    const std::size_t known = objectCount() + freeIds_.size();
+    const std::size_t known = objectCount() + freeIds_.size() + aside_.size();
     if (known < nextId_ && nextId_ - known <= kMostUnused)
         return fmt::format("the index does not say what has become of {} objects", nextId_ - known);
     return {};
@@ -476,53 +486,157 @@ PersistentObject& ObjectStore::singletonOf(const PersistentType& type) {
 }
 
 PersistentObject& ObjectStore::create(const PersistentType& type) {
-    PersistentObject& object = adopt(type.create());
+    std::unique_ptr<PersistentObject> made = type.create();
+    PersistentObject& object = add(made, true);
     object.created();
     return object;
 }
 
-PersistentObject& ObjectStore::adopt(std::unique_ptr<PersistentObject> object) {
+PersistentObject& ObjectStore::adopt(std::unique_ptr<PersistentObject>&& object) { return add(object, false); }
+
+PersistentObject& ObjectStore::add(std::unique_ptr<PersistentObject>& object, bool made) {
+    if (journal_)
+        journal_->idWanted();
     const bool reused = !freeIds_.empty();
-    ObjectId id = kNoObject;
-    if (reused) {
-        id = freeIds_.front();
-        freeIds_.pop_front();
-    } else {
-        while (inFile(nextId_))
-            ++nextId_;
-        id = nextId_++;
-    }
-    const auto place = std::lower_bound(slots_.begin(), slots_.end(), id,
-                                        [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
-    object->store_ = this;
-    object->id_ = id;
-    object->modified_ = true;
+    while (!reused && inFile(nextId_))
+        ++nextId_;
+    const ObjectId id = reused ? freeIds_.front() : nextId_;
+    if (journal_ && made)
+        journal_->objectMade(id);
+    else if (journal_)
+        journal_->objectAdopted(id, *object);
+    makeRoom(object->type());
     PersistentObject& result = *object;
-    Slot entry{.id = id, .object = std::move(object), .reused = reused};
-    if (place != slots_.end() && place->id == id) { // vacant
-        *place = std::move(entry);
+    place({.id = id, .object = std::move(object), .reused = reused});
+    if (reused)
+        freeIds_.pop_front();
+    else
+        ++nextId_;
+    result.modified_ = true;
+    return result;
+}
+
+/// Takes the memory for one more object of TYPE, so that place() does not have to.
+void ObjectStore::makeRoom(const PersistentType& type) {
+    if (slots_.size() == slots_.capacity())
+        slots_.reserve(std::max<std::size_t>(64, slots_.size() * 2));
+    if (type.singleton)
+        singletons_.try_emplace(type.id(), kNoObject);
+}
+
+void ObjectStore::place(Slot entry) {
+    const ObjectId id = entry.id;
+    if (entry.object->type().singleton)
+        singletons_[entry.object->type().id()] = id;
+    entry.object->store_ = this;
+    entry.object->id_ = id;
+    const auto at = std::lower_bound(slots_.begin(), slots_.end(), id,
+                                     [](const Slot& s, ObjectId wanted) { return s.id < wanted; });
+    if (at != slots_.end() && at->id == id) { // vacant
+        *at = std::move(entry);
         --vacantSlots_;
     } else {
-        slots_.insert(place, std::move(entry));
+        slots_.insert(at, std::move(entry));
     }
-    if (result.type().singleton)
-        singletons_[result.type().id()] = id;
     indexModified_ = modified_ = true;
-    return result;
 }
 
 std::unique_ptr<PersistentObject> ObjectStore::disown(ObjectId id) {
     Slot* entry = slot(id);
     assert(entry && entry->object);
-    const bool reused = entry->reused;
-    std::unique_ptr<PersistentObject> object = vacate(*entry);
+    keep(*entry, Aside::Unmade, 0);
+    std::unique_ptr<PersistentObject> object = std::move(aside_[id].object);
     object->store_ = nullptr;
     object->id_ = kNoObject;
-    if (!reused && id + 1 == nextId_)
-        --nextId_;
-    else
-        freeIds_.push_front(id);
     return object;
+}
+
+void ObjectStore::adoptAgain(ObjectId id, std::unique_ptr<PersistentObject>&& object) {
+    assert(aside_.contains(id));
+    makeRoom(object->type());
+    aside_[id].object = std::move(object);
+    putBack(id);
+}
+
+void ObjectStore::setAside(ObjectId id, Aside how) {
+    if (Slot* entry = slot(id); entry && entry->object)
+        keep(*entry, how, kObjectMemory + streamOf(*entry->object).size());
+}
+
+void ObjectStore::keep(Slot& entry, Aside how, std::size_t size) {
+    const ObjectId id = entry.id;
+    Kept& kept = aside_[id];
+    try {
+        deletedStreams_.insert(id);
+        (how == Aside::Deleted ? deleted_ : unmade_).push_back(id);
+    } catch (...) {
+        aside_.erase(id);
+        throw;
+    }
+    kept.how = how;
+    kept.reused = entry.reused;
+    kept.size = size;
+    kept.object = vacate(entry);
+}
+
+void ObjectStore::putBack(ObjectId id) {
+    const auto found = aside_.find(id);
+    if (found == aside_.end())
+        return;
+    Kept& kept = found->second;
+    PersistentObject& object = *kept.object;
+    makeRoom(object.type());
+    // What was saved meanwhile has no stream of it.
+    const bool gone = !deletedStreams_.contains(id) || !file_ || !file_->contains(streamName(id));
+    place({.id = id, .object = std::move(kept.object), .reused = kept.reused});
+    object.modified_ = object.modified_ || gone;
+    deletedStreams_.erase(id);
+    takeOut(kept.how == Aside::Deleted ? deleted_ : unmade_, id);
+    aside_.erase(found);
+}
+
+void ObjectStore::forget(ObjectId id) {
+    const auto found = aside_.find(id);
+    if (found == aside_.end())
+        return;
+    const bool unmade = found->second.how == Aside::Unmade;
+    if (unmade && !found->second.reused && id + 1 == nextId_)
+        --nextId_;
+    else if (unmade)
+        freeIds_.push_front(id);
+    else
+        freeIds_.push_back(id);
+    takeOut(unmade ? unmade_ : deleted_, id);
+    aside_.erase(found);
+}
+
+std::size_t ObjectStore::asideSize(ObjectId id) const {
+    const auto found = aside_.find(id);
+    return found == aside_.end() ? 0 : found->second.size;
+}
+
+std::uint32_t ObjectStore::nextAvailableId() const {
+    std::uint32_t next = nextId_;
+    for (auto kept = aside_.find(next - 1);
+         kept != aside_.end() && kept->second.how == Aside::Unmade && !kept->second.reused;
+         kept = aside_.find(next - 1))
+        --next;
+    return next;
+}
+
+std::vector<ObjectId> ObjectStore::freeIds() const {
+    std::vector<ObjectId> ids, lower; // lower: unmade, while later ones are still there
+    ids.reserve(unmade_.size() + freeIds_.size() + deleted_.size());
+    const ObjectId next = nextAvailableId();
+    for (auto id = unmade_.rbegin(); id != unmade_.rend(); ++id) // so that the last is given out first, as it was
+        if (aside_.at(*id).reused)
+            ids.push_back(*id);
+        else if (*id < next)
+            lower.push_back(*id);
+    ids.insert(ids.end(), freeIds_.begin(), freeIds_.end());
+    ids.insert(ids.end(), deleted_.begin(), deleted_.end());
+    ids.insert(ids.end(), lower.begin(), lower.end());
+    return ids;
 }
 
 void ObjectStore::substitute(ObjectId id, std::unique_ptr<PersistentObject> standIn) {
@@ -559,9 +673,15 @@ std::unique_ptr<PersistentObject> ObjectStore::vacate(Slot& entry) {
 }
 
 void ObjectStore::destroy(ObjectId id) {
-    if (!find(id))
+    PersistentObject* const there = find(id);
+    if (!there)
         return;
     // Out of the index first: what the object owns may, in a damaged file, lead back to it.
+    if (journal_) {
+        journal_->objectSetAside(id);
+        setAside(id, Aside::Deleted);
+        return there->deleting();
+    }
     const std::unique_ptr<PersistentObject> object = vacate(*slot(id));
     freeIds_.push_back(id);
     object->deleting();
@@ -569,7 +689,8 @@ void ObjectStore::destroy(ObjectId id) {
 
 void ObjectStore::destroyForeign(const Reference& reference) {
     Slot* entry = slot(reference.id);
-    if (!entry || entry->object || types_.find(reference.typeId) || typeIdOf(reference.id) != reference.typeId)
+    if (journal_ || !entry || entry->object || types_.find(reference.typeId) ||
+        typeIdOf(reference.id) != reference.typeId)
         return;
     vacate(*entry);
     freeIds_.push_back(reference.id);
@@ -602,9 +723,10 @@ ObjectStore::IndexStreams ObjectStore::indexStreams() const {
         out.u32(pair.first);
         out.u32(pair.second);
     };
+    const std::vector<ObjectId> free = freeIds();
     return {{kVersionStream, u32Stream(kVersion)},
-            {kNextIdStream, u32Stream(nextId_)},
-            {kFreeIdsStream, list(freeIds_, freeIds_.size(), id)},
+            {kNextIdStream, u32Stream(nextAvailableId())},
+            {kFreeIdsStream, list(free, free.size(), id)},
             {kObjectIdsStream, list(objectIds(), objectCount(), id)},
             {kSingletonIdsStream, list(named, named.size(), singleton)}};
 }

@@ -30,6 +30,23 @@ inline constexpr std::string_view kIndexStreams[] = {"Version", "Next Available 
 /// The id that a stream is named by; nothing for other names ("Version", "007", and numbers that no object gets).
 ObjectId idOfStream(std::string_view name);
 
+/// Is told of objects that come and go, before it happens, so that it can be taken back. What it throws leaves the
+/// store as it was.
+class ObjectJournal {
+public:
+    /// An id is about to be given out: the last moment to let go of what keeps ids, by forget().
+    virtual void idWanted() = 0;
+    /// A new object, by create().
+    virtual void objectMade(ObjectId id) = 0;
+    /// One that had stood alone, by adopt().
+    virtual void objectAdopted(ObjectId id, const PersistentObject& object) = 0;
+    /// By destroy(). The object is set aside, and is the journal's to put back or forget.
+    virtual void objectSetAside(ObjectId id) = 0;
+
+protected:
+    ~ObjectJournal() = default;
+};
+
 /// The objects of a document, loaded on first request and written when changed. User-interface thread only.
 ///
 /// Streams: "Version", "Next Available Id", "Available Ids", "Object Ids", "Singleton Ids", and one per object, named
@@ -84,17 +101,36 @@ public:
         return static_cast<T&>(create(T::kType));
     }
     PersistentObject& create(const PersistentType& type);
-    /// Takes in OBJECT, which belongs to no store, as create() does with a new one, but for what it owns.
-    PersistentObject& adopt(std::unique_ptr<PersistentObject> object);
-    /// Takes back the adopt() of the object ID, with which its id was given out; if all later ones have been taken
-    /// back, ids are given out as if there had been none.
+    /// Takes in OBJECT, which belongs to no store, as create() does with a new one, but for what it owns. It stays with
+    /// the caller if this throws.
+    PersistentObject& adopt(std::unique_ptr<PersistentObject>&& object);
+    /// Takes back the adopt() of the object ID. The id is set aside without it.
     std::unique_ptr<PersistentObject> disown(ObjectId id);
+    /// Adopts OBJECT again under the id ID that disown() has set aside.
+    void adoptAgain(ObjectId id, std::unique_ptr<PersistentObject>&& object);
     /// Puts STAND_IN, which is empty and of the same class, with the content of the loaded object ID in its place.
     void substitute(ObjectId id, std::unique_ptr<PersistentObject> standIn);
-    /// Deletes an object and frees its id. An object that could not be read stays.
+    /// Deletes an object, with what it owns, and frees its id; sets it aside if there is a journal. An object that
+    /// could not be read stays.
     void destroy(ObjectId id);
     /// Deletes an object of a class that only a later version knows, if it is what REFERENCE says.
     void destroyForeign(const Reference& reference);
+
+    // What is set aside is kept in memory as it is, with its id, whatever is saved meanwhile; files know nothing of it.
+
+    /// JOURNAL (nothing: nobody) is told of what comes and goes from now on.
+    void setJournal(ObjectJournal* journal) { journal_ = journal; }
+    /// How an object came to be set aside. Files then look as if one that was deleted had been deleted, and one whose
+    /// making was taken back had never been there, if all later ones have been taken back.
+    enum class Aside { Deleted, Unmade };
+    /// Sets the loaded object ID aside, but nothing that it owns; no effect if there is none.
+    void setAside(ObjectId id, Aside how);
+    /// Takes back setAside(); no effect if ID is not set aside.
+    void putBack(ObjectId id);
+    /// Deletes what is set aside under ID; the id can be given out again. No effect if ID is not set aside.
+    void forget(ObjectId id);
+    /// Bytes of memory that the object set aside under ID takes, about; 0 if there is none.
+    std::size_t asideSize(ObjectId id) const;
 
     /// Writes everything changed into FILE, which stays uncommitted: the caller commits and calls saved(). Every
     /// 3,000 objects what is pending moves from memory to the file's free sectors, first before the second one.
@@ -110,8 +146,10 @@ public:
     std::size_t objectCount() const { return slots_.size() - vacantSlots_; }
     std::vector<ObjectId> objectIds() const;
     std::vector<PersistentObject*> loadedObjects() const;
-    std::uint32_t nextAvailableId() const { return nextId_; }
-    const std::deque<ObjectId>& freeIds() const { return freeIds_; }
+    /// The first id that no object has had yet, as the next file has it.
+    std::uint32_t nextAvailableId() const;
+    /// The ids that are free in the next file, in the order in which they are given out.
+    std::vector<ObjectId> freeIds() const;
     const std::map<std::uint32_t, ObjectId>& singletonIds() const { return singletons_; }
     std::uint32_t version() const { return version_; }
     /// Written by a later version of the program, and nothing but that one knows what its index must say, or what else
@@ -172,6 +210,12 @@ private:
         bool vacant =
             false; // destroyed: of no object, until one gets the id again or the vacant slots are cleared away
     };
+    struct Kept {
+        std::unique_ptr<PersistentObject> object; // none: the id alone
+        Aside how = Aside::Deleted;
+        bool reused = false;
+        std::size_t size = 0;
+    };
     /// Name and content, in the order of kIndexStreams.
     using IndexStreams = std::vector<std::pair<std::string_view, Bytes>>;
 
@@ -187,6 +231,10 @@ private:
     void addDamage(Damage damage);
     std::optional<Damage> takeFailure(Slot& slot);
     std::unique_ptr<PersistentObject> vacate(Slot& slot);
+    PersistentObject& add(std::unique_ptr<PersistentObject>& object, bool made);
+    void place(Slot slot);
+    void keep(Slot& entry, Aside how, std::size_t size);
+    void makeRoom(const PersistentType& type);
     bool inFile(ObjectId id) const;
     IndexStreams indexStreams() const;
     void loadIndex();
@@ -194,9 +242,12 @@ private:
 
     const TypeRegistry& types_;
     const CompoundFile* file_ = nullptr;
-    std::vector<Slot> slots_;     // ascending by id, so that the index is written in one order
-    std::size_t vacantSlots_ = 0; // at most half of them
-    std::deque<ObjectId> freeIds_;
+    std::vector<Slot> slots_;      // ascending by id, so that the index is written in one order
+    std::size_t vacantSlots_ = 0;  // at most half of them
+    std::deque<ObjectId> freeIds_; // to be given out
+    std::unordered_map<ObjectId, Kept> aside_;
+    std::deque<ObjectId> deleted_, unmade_; // of these, in the order in which they were set aside
+    ObjectJournal* journal_ = nullptr;
     std::map<std::uint32_t, ObjectId> singletons_;
     std::map<std::uint32_t, std::unique_ptr<PersistentObject>> standIns_;
     std::set<ObjectId> deletedStreams_;

@@ -47,7 +47,7 @@ public:
     /// The table of LOG. Nothing if the document has none, or cannot read it, and it is no root table.
     Table* log(const LogSpec& log);
 
-    /// The way by which all editing of its tables goes. What else moves or removes rows ends the history: clear().
+    /// The way by which all editing of its tables goes, downloads included.
     TableEdits& edits() { return edits_; }
 
     /// Rows were added or edited since the document was opened or begun. Not of one without a file that holds nothing:
@@ -83,7 +83,7 @@ private:
     TQuobrixNamesTable* loggers_ = nullptr;
     DriverNamesTable* drivers_ = nullptr;
     bool dataChanged_ = false;
-    TableEdits edits_{tablesOf(*this)};
+    TableEdits edits_{*this};
 };
 
 /// The log or name table that objects of a class belong to ("Trip Log", …); kOtherLog for all others.

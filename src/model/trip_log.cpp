@@ -22,7 +22,7 @@ C& sibling(const Column& column) {
 } // namespace
 
 const TableSpec& TTripLogTable::spec() const {
-    static const TableSpec spec{kType, kTripColumns, {}, logSpec(LogId::Trips).title};
+    static const TableSpec spec{kType, kTripColumns, {}, logSpec(LogId::Trips).title, {.removable = true}};
     return spec;
 }
 

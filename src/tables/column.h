@@ -124,9 +124,11 @@ public:
     virtual void writeCells(ByteWriter&, RowIndex, std::size_t) const {}
     virtual void readCells(ByteReader&, RowIndex, std::size_t) {}
 
-    /// Makes room for rows without values; removes rows. No effect on derived columns.
+    /// Makes room for rows without values, or throws and changes nothing; removes rows. No effect on derived columns.
     virtual void insertRows(std::span<const RowRun>) {}
     virtual void removeRows(std::span<const RowRun>) {}
+    /// Deletes the objects that the cells of rows own; the cells go on naming them.
+    virtual void deleteOwned(std::span<const RowRun>) {}
     void insertRows(RowIndex at, std::size_t count);
     /// Rows of the column's own array; 0 for derived columns.
     virtual std::size_t storedRows() const { return 0; }

@@ -85,11 +85,19 @@ std::string_view ElapsedTimeColumn::textView(RowIndex row, const TextContext&, T
     return has(row) ? durationText(at(row), buffer.figure) : "";
 }
 
-void ObjectColumn::removeRows(std::span<const RowRun> runs) {
+void ObjectColumn::deleteOwned(std::span<const RowRun> runs) {
     for (const RowRun& run : runs)
         for (RowIndex row = run.first; row < run.end(); ++row)
             destroyObject(row);
-    ArrayColumn::removeRows(runs);
+}
+
+void ObjectColumn::clear(RowIndex row) {
+    if (!has(row))
+        return;
+    if (!store() || !store()->find(at(row)))
+        throw std::logic_error("what this cell holds could not be read");
+    destroyObject(row);
+    set(row, kNoObject);
 }
 
 void ObjectColumn::deleting() {

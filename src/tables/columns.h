@@ -216,13 +216,13 @@ public:
     std::string figureText(double base, const TextContext&) const override;
 };
 
-/// Cells that hold objects (nested tables, lists). The column owns them: removing a row deletes its object.
+/// Cells that hold objects (nested tables, lists). The column owns them.
 class ObjectColumn : public ArrayColumn<ObjectId> {
 public:
     ColumnKind kind() const override { return ColumnKind::Table; }
     Value value(RowIndex) const override { return {}; }
     std::string_view textView(RowIndex, const TextContext&, TextBuffer&) const override { return {}; }
-    void removeRows(std::span<const RowRun> runs) override;
+    void deleteOwned(std::span<const RowRun> runs) override;
     std::vector<Reference> references() const override;
     bool replaceable(RowIndex row) const override;
     /// The class of the objects.
@@ -232,6 +232,8 @@ protected:
     void deleting() override;
     /// An object of objectType() for ROW, which has none. std::logic_error if it has one that cannot be read.
     PersistentObject& make(RowIndex row);
+    /// Deletes the object of ROW, if it has one.
+    void clear(RowIndex row);
 
 private:
     void destroyObject(RowIndex row);
@@ -247,6 +249,11 @@ public:
     /// The object of ROW, made if the cell has none. std::logic_error if it has one that cannot be read: nothing would
     /// lead to that any more.
     T& makeObject(RowIndex row);
+    /// A new object for ROW in place of the one that it has.
+    T& replaceObject(RowIndex row) {
+        clear(row);
+        return static_cast<T&>(make(row));
+    }
     const PersistentType& objectType() const final { return T::kType; }
 };
 

@@ -106,7 +106,8 @@ struct Requirements {
 
 /// Whether and how far the rows of a table may be added, inserted and deleted.
 struct RowRequirements {
-    bool editable = false; ///< false: rows are records, or fixed
+    bool editable = false;  ///< false: rows are records, or fixed
+    bool removable = false; ///< records that can be deleted, though none can be added by hand
     CountRange required{}, recommended{};
 };
 

@@ -188,8 +188,8 @@ bool Table::replaceable(RowIndex row) const {
     return true;
 }
 
-/// STAND_IN has been changed.
-void Table::takeIn(const Column& standIn) {
+/// STAND_IN has been changed, or comes back under the id that it had (AGAIN).
+void Table::takeIn(const Column& standIn, ObjectId again) {
     if (!store() || movingRows_)
         return;
     const auto entry = std::ranges::find(entries_, &standIn, &Entry::column);
@@ -198,7 +198,18 @@ void Table::takeIn(const Column& standIn) {
         return; // one that is computed
     if (const std::string_view lock = columnLock(standIn); !lock.empty())
         throw std::logic_error(std::string(lock));
-    entry->id = store()->adopt(std::move(entry->standIn)).id();
+    columns_.reserve(spec().columns.size());
+    std::unique_ptr<PersistentObject> object = std::move(entry->standIn);
+    try {
+        if (again == kNoObject)
+            store()->adopt(std::move(object));
+        else
+            store()->adoptAgain(again, std::move(object));
+    } catch (...) {
+        entry->standIn.reset(static_cast<Column*>(object.release()));
+        throw;
+    }
+    entry->id = entry->column->id();
     columns_.push_back({entry->id, spec().columns[index]->id()});
     setModified();
 }
@@ -210,32 +221,58 @@ void Table::dropColumn(std::size_t index) {
     const auto empty = spec().columns[index]->create();
     static_cast<Column&>(*empty).insertRows(0, rows_);
     empty->write(none);
-    if (cells.view() != none.view())
+    if (entry.id == kNoObject || cells.view() != none.view())
         return;
-    std::erase_if(columns_, [&](const Reference& each) { return each.id == entry.id; });
     entry.standIn.reset(static_cast<Column*>(store()->disown(entry.id).release()));
+    std::erase_if(columns_, [&](const Reference& each) { return each.id == entry.id; });
     entry.id = kNoObject;
     setModified();
 }
 
-template <class Move>
-void Table::moveRows(const Move& move) {
+void Table::restoreColumn(std::size_t index, ObjectId id) {
+    if (lacks(index))
+        takeIn(column(index), id);
+}
+
+/// Loads all columns as well.
+void Table::checkRowLock() const {
     if (const std::string_view lock = rowLock(); !lock.empty())
         throw std::logic_error(std::string(lock));
-    const MovingRows moving(*this);
-    for (const Entry& entry : entries_)
-        move(*entry.column);
 }
 
 void Table::insertRows(std::span<const RowRun> runs) {
-    moveRows([&](Column& column) { column.insertRows(runs); });
+    checkRowLock();
+    const MovingRows moving(*this);
+    std::size_t done = 0;
+    try {
+        for (; done < entries_.size(); ++done)
+            entries_[done].column->insertRows(runs);
+    } catch (...) {
+        while (done-- > 0)
+            entries_[done].column->removeRows(runs);
+        throw;
+    }
     rows_ += countRows(runs);
     setModified();
     rowsChanged();
 }
 
 void Table::removeRows(std::span<const RowRun> runs) {
-    moveRows([&](Column& column) { column.removeRows(runs); });
+    checkRowLock();
+    deleteOwned(runs);
+    removeBareRows(runs);
+}
+
+void Table::deleteOwned(std::span<const RowRun> runs) {
+    for (std::size_t i = 0; i < columnCount(); ++i)
+        column(i).deleteOwned(runs);
+}
+
+void Table::removeBareRows(std::span<const RowRun> runs) {
+    checkRowLock();
+    const MovingRows moving(*this);
+    for (const Entry& entry : entries_)
+        entry.column->removeRows(runs);
     rows_ -= countRows(runs);
     setModified();
     rowsChanged();

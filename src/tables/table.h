@@ -80,14 +80,23 @@ public:
     /// The document lacks the column.
     bool lacks(std::size_t index) const;
     /// Takes back that a cell was set in a column that the document had lacked; no effect unless all are empty again.
+    /// Its id is set aside.
     void dropColumn(std::size_t index);
+    /// Takes back dropColumn(), under the id that the column had.
+    void restoreColumn(std::size_t index, ObjectId id);
 
-    /// Inserts rows without values. std::logic_error if there is a rowLock().
+    // All or nothing, whatever they throw: std::logic_error if there is a rowLock().
+
+    /// Inserts rows without values.
     void insertRows(std::span<const RowRun> runs);
     void insertRows(RowIndex at, std::size_t count);
-    /// Removes rows, with the objects that their cells own. std::logic_error if there is a rowLock().
+    /// Removes rows, with the objects that their cells own.
     void removeRows(std::span<const RowRun> runs);
     void removeRows(RowIndex at, std::size_t count);
+    /// The two steps of this: deletes what the cells of rows own, which then name what is not there, and removes rows
+    /// whose cells' objects are gone or belong to somebody else by now.
+    void deleteOwned(std::span<const RowRun> runs);
+    void removeBareRows(std::span<const RowRun> runs);
 
     /// Called when an edit has set a cell, or when the last such edit has been undone: for a table that keeps its
     /// values elsewhere, too.
@@ -120,9 +129,8 @@ private:
     void standIn(std::size_t index) const;
     void followRows(Column& column) const;
     void verifyRows() const;
-    void takeIn(const Column& standIn);
-    template <class Move>
-    void moveRows(const Move& move);
+    void takeIn(const Column& standIn, ObjectId again = kNoObject);
+    void checkRowLock() const;
 
     mutable std::vector<Entry> entries_;
     std::vector<Reference> columns_; ///< as in the stream

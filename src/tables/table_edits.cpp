@@ -7,7 +7,8 @@
 
 #include <algorithm>
 #include <cassert>
-#include <map>
+#include <iterator>
+#include <ranges>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -20,6 +21,9 @@ namespace {
 
 constexpr std::string_view kNotEditable = "This is not editable; see Help for more information.";
 constexpr std::string_view kDamaged = "This is not editable because a part of this file is damaged.";
+constexpr std::string_view kPartsUnreadable =
+    "Unable to delete. A part of these rows could not be read from the file, which keeps it.\n"
+    "\"quobrix-cli check --repair\" makes a sound file of what can be read.";
 constexpr std::string_view kMostRows =
     "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.";
 constexpr std::string_view kFewestRows =
@@ -63,9 +67,6 @@ std::string rowsText(std::string_view what, std::size_t rows) {
     return rows == 1 ? fmt::format("{} a row", what) : fmt::format("{} {} rows", what, rows);
 }
 
-/// The cells of one column that are to change, with their values; by row, each once.
-using NewValues = std::vector<std::pair<RowIndex, const Value*>>;
-
 /// Puts VALUES, given in any order, by row. Of a row that was given twice the last one counts.
 void putInOrder(NewValues& values) {
     const auto row = &NewValues::value_type::first;
@@ -99,15 +100,32 @@ std::optional<RowIndex> repeatedRow(const Column& column, const NewValues& edits
 
 } // namespace
 
-TableEdits::TableEdits(FindTable find) : find_(std::move(find)) {}
+/// While it is there the history records what comes and goes.
+class TableEdits::Recording {
+public:
+    explicit Recording(TableEdits& edits) : edits_(edits), outer_(edits.groupStart_) {
+        edits_.groupStart_ = edits_.open_.size();
+        if (++edits_.depth_ == 1 && edits_.store())
+            edits_.store()->setJournal(&edits_);
+    }
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+    ~Recording() {
+        edits_.groupStart_ = outer_;
+        if (--edits_.depth_ == 0 && edits_.store())
+            edits_.store()->setJournal(nullptr);
+    }
 
-TableEdits::TableEdits(Table& table) : find_([&table](ObjectId) { return &table; }) {}
+private:
+    TableEdits& edits_;
+    std::size_t outer_;
+};
 
-TableEdits::FindTable tablesOf(TDocument& document) {
-    return [&document](ObjectId id) { return dynamic_cast<Table*>(document.store().find(id)); };
+ObjectStore* TableEdits::store() const { return document_ ? &document_->store() : nullptr; }
+
+Table* TableEdits::find(ObjectId table) const {
+    return document_ ? dynamic_cast<Table*>(document_->store().find(table)) : alone_;
 }
-
-Table* TableEdits::find(ObjectId table) const { return find_(table); }
 
 /// Why nothing may be edited in TABLE. All its columns are loaded first: one of them may lock the whole document.
 std::string TableEdits::lockOf(const Table& table) const {
@@ -168,31 +186,104 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
     if (byColumn.empty() && addedRows == 0)
         return outcome;
 
+    const EditOutcome done = step(std::move(description), [&] { return setCells(*table, addedRows, byColumn); });
+    outcome.notice = done.notice;
+    return outcome;
+}
+
+EditOutcome TableEdits::setCells(Table& table, std::size_t addedRows, const std::map<std::size_t, NewValues>& values) {
+    EditOutcome outcome;
+    const RowIndex rows = table.rowCount();
     if (addedRows > 0) {
-        table->insertRows(rows, addedRows);
-        record({TableChange::Kind::RowsInserted, id, 0, {{rows, addedRows}}, {}, {}, rows, rows + addedRows});
-        if (table->rowCount() == table->spec().rows.required.most)
+        addRows(table, {{rows, addedRows}}, [] {});
+        if (table.rowCount() == table.spec().rows.required.most)
             outcome.notice = kMostRows;
     }
-    for (const auto& [index, edits] : byColumn) {
-        Column& column = table->column(index);
+    for (const auto& [index, edits] : values) {
+        Column& column = table.column(index);
         std::vector<RowIndex> edited;
         edited.reserve(edits.size());
         for (const auto& [row, value] : edits)
             edited.push_back(row);
-        RowRuns runs = runsOf(edited);
-        const bool lacked = table->lacks(index);
-        Bytes before = cellsOf(column, runs);
-        for (const auto& [row, value] : edits)
-            column.setValue(row, *value);
-        Bytes after = cellsOf(column, runs);
-        record({TableChange::Kind::Cells, id, index, std::move(runs), std::move(before), std::move(after),
-                rows + addedRows, rows + addedRows, lacked});
+        Change change{.kind = Kind::Cells,
+                      .table = table.id(),
+                      .column = index,
+                      .rows = runsOf(edited),
+                      .rowsBefore = rows + addedRows,
+                      .rowsAfter = rows + addedRows};
+        change.before = cellsOf(column, change.rows);
+        try {
+            for (const auto& [row, value] : edits)
+                column.setValue(row, *value);
+            change.after = cellsOf(column, change.rows);
+            makeRoom();
+        } catch (...) {
+            if (!table.lacks(index)) {
+                ByteReader in(change.before);
+                readCells(column, in, change.rows);
+            }
+            throw;
+        }
+        open_.push_back(std::move(change));
         for (const RowIndex row : edited)
-            table->cellEdited(index, row);
+            table.cellEdited(index, row);
     }
-    commit(std::move(description));
     return outcome;
+}
+
+void TableEdits::addRows(Table& table, const RowRuns& rows, const std::function<void()>& fill) {
+    assert(depth_ > 0);
+    const RowIndex before = table.rowCount();
+    Change change{.kind = Kind::RowsInserted,
+                  .table = table.id(),
+                  .rows = rows,
+                  .rowsBefore = before,
+                  .rowsAfter = before + countRows(rows)};
+    table.insertRows(rows);
+    try {
+        fill();
+        makeRoom();
+    } catch (...) {
+        table.removeBareRows(rows);
+        throw;
+    }
+    open_.push_back(std::move(change)); // behind the objects of the rows: it goes before them, and comes after them
+}
+
+void TableEdits::changeRows(Table& table, const RowRuns& rows, const std::function<void()>& change) {
+    assert(depth_ > 0);
+    const RowIndex before = table.rowCount();
+    std::vector<Change> cells;
+    for (std::size_t i = 0; i < table.columnCount(); ++i)
+        if (const Column& column = table.column(i); column.storedRows() == before && column.stored())
+            cells.push_back(
+                {.kind = Kind::Cells, .table = table.id(), .column = i, .rows = rows, .before = cellsOf(column, rows)});
+    const auto added = [&] { return RowRuns{{before, table.rowCount() - before}}; };
+    try {
+        change();
+        for (Change& each : cells) {
+            each.after = cellsOf(table.column(each.column), rows);
+            each.rowsBefore = each.rowsAfter = before;
+        }
+        std::erase_if(cells, [](const Change& each) { return each.before == each.after; });
+        if (table.rowCount() > before)
+            cells.push_back({.kind = Kind::RowsInserted,
+                             .table = table.id(),
+                             .rows = added(),
+                             .rowsBefore = before,
+                             .rowsAfter = table.rowCount()});
+        open_.reserve(open_.size() + cells.size());
+    } catch (...) {
+        if (table.rowCount() > before)
+            table.removeBareRows(added());
+        for (const Change& each : cells)
+            if (!each.before.empty() && !table.lacks(each.column)) {
+                ByteReader in(each.before);
+                readCells(table.column(each.column), in, rows);
+            }
+        throw;
+    }
+    std::ranges::move(cells, std::back_inserter(open_));
 }
 
 EditOutcome TableEdits::type(ObjectId id, std::size_t index, RowIndex row, std::string_view text,
@@ -281,15 +372,14 @@ EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) 
         return refused(why);
     if (std::string why = cannotInsert(*table, count); !why.empty())
         return refused(why);
-    EditOutcome outcome;
     at = std::min(at, table->rowCount());
-    table->insertRows(at, count);
-    if (table->rowCount() == table->spec().rows.required.most)
-        outcome.notice = kMostRows;
-    record(
-        {TableChange::Kind::RowsInserted, id, 0, {{at, count}}, {}, {}, table->rowCount() - count, table->rowCount()});
-    commit(rowsText("adding", count));
-    return outcome;
+    return step(rowsText("adding", count), [&] {
+        addRows(*table, {{at, count}}, [] {});
+        EditOutcome outcome;
+        if (table->rowCount() == table->spec().rows.required.most)
+            outcome.notice = kMostRows;
+        return outcome;
+    });
 }
 
 EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
@@ -304,115 +394,257 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
         return refused(kNotEditable);
     if (std::string why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
         return refused(why);
-    RowRuns runs = runsOf(rows);
-    Bytes removed = wholeRows(*table, runs);
-    const RowIndex before = table->rowCount();
-    table->removeRows(runs);
-    record({TableChange::Kind::RowsRemoved, id, 0, std::move(runs), std::move(removed), {}, before, table->rowCount()});
-    EditOutcome outcome;
-    if (const std::uint32_t least = table->spec().rows.required.least; least > 0 && table->rowCount() == least)
-        outcome.notice = kFewestRows;
-    commit(rowsText("deleting", rows.size()));
-    return outcome;
+    if (!std::ranges::all_of(rows, [&](RowIndex row) { return table->replaceable(row); }))
+        return refused(kPartsUnreadable);
+    return step(rowsText("deleting", rows.size()), [&] {
+        Change change{.kind = Kind::RowsRemoved, .table = id, .rows = runsOf(rows), .rowsBefore = table->rowCount()};
+        change.rowsAfter = change.rowsBefore - rows.size();
+        change.before = wholeRows(*table, change.rows);
+        table->deleteOwned(change.rows);
+        makeRoom();
+        table->removeBareRows(change.rows);
+        open_.push_back(std::move(change));
+        EditOutcome outcome;
+        if (const std::uint32_t least = table->spec().rows.required.least; least > 0 && table->rowCount() == least)
+            outcome.notice = kFewestRows;
+        return outcome;
+    });
 }
 
 EditOutcome TableEdits::group(std::string_view description, const std::function<EditOutcome()>& work) {
-    const std::size_t start = open_.size();
-    ++depth_;
+    return step(std::string(description), work);
+}
+
+EditOutcome TableEdits::step(std::string description, const std::function<EditOutcome()>& work) {
+    const std::size_t start = open_.size(), steps = steps_.size();
     EditOutcome outcome;
-    try {
-        outcome = work();
-    } catch (...) {
-        --depth_;
-        rollBack(start);
-        throw;
+    std::vector<TableChange> changes;
+    {
+        const Recording recording(*this);
+        try {
+            outcome = work();
+            if (!outcome.ok())
+                rollBack(start);
+            else if (depth_ == 1)
+                changes = commit(std::move(description));
+        } catch (...) {
+            rollBack(start);
+            throw;
+        }
     }
-    --depth_;
-    if (!outcome.ok())
-        rollBack(start);
-    else
-        commit(std::string(description));
+    if (!changes.empty() || (depth_ == 0 && steps_.size() < steps))
+        tell(changes);
     return outcome;
 }
 
-void TableEdits::record(Change change) { open_.push_back(std::move(change)); }
+void TableEdits::objectAdopted(ObjectId id, const PersistentObject& object) {
+    const auto& column = static_cast<const Column&>(object);
+    const Table& table = *column.table();
+    makeRoom();
+    open_.push_back({.kind = Kind::ColumnMade,
+                     .table = table.id(),
+                     .column = table.indexOf(column.spec().key),
+                     .rowsBefore = table.rowCount(),
+                     .rowsAfter = table.rowCount(),
+                     .objects = {id}});
+}
 
-void TableEdits::commit(std::string description) {
-    if (depth_ > 0 || open_.empty())
-        return;
-    for (; steps_.size() > done_; steps_.pop_back())
-        size_ -= steps_.back().size();
-    steps_.push_back({std::move(description), std::move(open_)});
-    size_ += steps_.back().size();
+void TableEdits::recordObject(Kind kind, ObjectId id) {
+    if (open_.size() == groupStart_ || open_.back().kind != kind)
+        open_.push_back({.kind = kind});
+    open_.back().objects.push_back(id);
+}
+
+/// Takes the memory for one more change.
+void TableEdits::makeRoom() {
+    if (open_.size() == open_.capacity())
+        open_.reserve(std::max<std::size_t>(4, open_.size() * 2));
+}
+
+/// Makes what is recorded a step. What listeners are to be told of it.
+std::vector<TableChange> TableEdits::commit(std::string description) {
+    if (open_.empty())
+        return {};
+    std::vector<TableChange> changes = changesOf(open_, false);
+    forgetUndone();
+    steps_.emplace_back();
+    Step& step = steps_.back();
+    step.description = std::move(description);
+    step.changes = std::exchange(open_, {});
+    groupStart_ = 0;
     ++done_;
-    open_.clear();
+    measure(step);
     forgetOldest();
-    tellStep(steps_.back(), false);
+    return changes;
+}
+
+void TableEdits::forgetUndone() {
+    for (; steps_.size() > done_; steps_.pop_back()) {
+        forget(steps_.back(), false);
+        size_ -= steps_.back().size;
+    }
 }
 
 void TableEdits::forgetOldest() {
-    for (; steps_.size() > 1 && (steps_.size() > kMostSteps || size_ > kMostBytes); --done_) {
-        size_ -= steps_.front().size();
+    for (; steps_.size() > 1 && done_ > 0 && (steps_.size() > kMostSteps || size_ > kMostBytes); --done_) {
+        forget(steps_.front(), true);
+        size_ -= steps_.front().size;
         steps_.pop_front();
     }
 }
 
-std::size_t TableEdits::Step::size() const {
-    std::size_t size = sizeof(Step) + description.capacity() + (changes.capacity() - changes.size()) * sizeof(Change);
-    for (const Change& change : changes)
-        size += sizeof(Change) + change.rows.capacity() * sizeof(RowRun) + change.before.capacity() +
-                change.after.capacity();
+/// Lets go of what STEP keeps aside: of a step that is DONE what it has deleted, of one that is undone what it had
+/// made. What it deals with besides may be kept by another step.
+void TableEdits::forget(const Step& step, bool done) {
+    if (!store())
+        return;
+    std::vector<const Change*> changes;
+    for (const Change& change : step.changes)
+        if (!change.objects.empty() && (change.kind == Kind::ObjectsSetAside) == done)
+            changes.push_back(&change);
+    if (done)
+        for (const Change* change : changes)
+            std::ranges::for_each(change->objects, [&](ObjectId id) { store()->forget(id); });
+    else // in the order in which they were set aside
+        for (const Change* change : changes | std::views::reverse)
+            std::ranges::for_each(change->objects | std::views::reverse, [&](ObjectId id) { store()->forget(id); });
+}
+
+/// Counts the memory that STEP takes now.
+void TableEdits::measure(Step& step) {
+    size_ -= step.size;
+    step.size = sizeOf(step);
+    size_ += step.size;
+}
+
+std::size_t TableEdits::sizeOf(const Step& step) const {
+    std::size_t size = sizeof(Step) + step.description.capacity() + step.changes.capacity() * sizeof(Change);
+    for (const Change& change : step.changes) {
+        size += change.rows.capacity() * sizeof(RowRun) + change.before.capacity() + change.after.capacity() +
+                change.objects.capacity() * sizeof(ObjectId);
+        for (const ObjectId id : change.objects)
+            size += store() ? store()->asideSize(id) : 0;
+    }
     return size;
 }
 
 void TableEdits::rollBack(std::size_t size) {
     while (open_.size() > size) {
-        swap(open_.back(), true);
+        Step last;
+        last.changes.push_back(std::move(open_.back()));
         open_.pop_back();
+        swap(last.changes.front(), true);
+        forget(last, false);
     }
 }
 
 bool TableEdits::fits(const Step& step, bool undoing) const {
-    // Within a step the changes follow from each other, so the first one of each table tells of its rows.
-    std::unordered_set<ObjectId> known;
+    // Within a step the changes follow from each other, so the first one of each table tells of its rows. Tables that
+    // come with the step are not there yet.
+    std::unordered_set<ObjectId> known, coming;
     for (std::size_t i = 0; i < step.changes.size(); ++i) {
         const Change& change = step.changes[undoing ? step.changes.size() - 1 - i : i];
-        const Table* table = find(change.table);
-        const bool ofCells = change.kind == TableChange::Kind::Cells;
-        if (!table || !(ofCells ? table->columnLock(table->column(change.column)) : table->rowLock()).empty())
-            return false;
-        if (!known.insert(change.table).second)
+        if (change.kind == Kind::ObjectsMade || change.kind == Kind::ObjectsSetAside) {
+            const bool come = (change.kind == Kind::ObjectsMade) != undoing;
+            for (const ObjectId id : change.objects)
+                if (come)
+                    coming.insert(id);
+                else if (!coming.contains(id) && !store()->find(id))
+                    return false;
             continue;
-        if (table->rowCount() != (undoing ? change.rowsAfter : change.rowsBefore))
+        }
+        if (coming.contains(change.table))
+            continue;
+        const Table* table = find(change.table);
+        const bool ofCells = change.kind == Kind::Cells;
+        if (!table || (change.kind != Kind::ColumnMade &&
+                       !(ofCells ? table->columnLock(table->column(change.column)) : table->rowLock()).empty()))
+            return false;
+        if (change.kind != Kind::ColumnMade && known.insert(change.table).second &&
+            table->rowCount() != (undoing ? change.rowsAfter : change.rowsBefore))
             return false;
     }
     return true;
 }
 
-void TableEdits::swap(const Change& change, bool undoing) {
+/// All changes of STEP, or none if that throws.
+void TableEdits::swap(Step& step, bool undoing) {
+    std::vector<Change>& changes = step.changes;
+    const auto at = [&](std::size_t i) -> Change& { return changes[undoing ? changes.size() - 1 - i : i]; };
+    std::size_t i = 0;
+    try {
+        for (; i < changes.size(); ++i)
+            swap(at(i), undoing);
+    } catch (...) {
+        while (i-- > 0)
+            swap(at(i), !undoing);
+        throw;
+    }
+}
+
+void TableEdits::swapObjects(const Change& change, bool undoing) {
+    const bool made = change.kind == Kind::ObjectsMade;
+    const bool come = made != undoing;
+    const auto move = [&](ObjectId id, bool puts) {
+        if (puts)
+            store()->putBack(id);
+        else
+            store()->setAside(id, made ? ObjectStore::Aside::Unmade : ObjectStore::Aside::Deleted);
+    };
+    const std::vector<ObjectId>& ids = change.objects;
+    const auto at = [&](std::size_t i) { return ids[undoing ? ids.size() - 1 - i : i]; };
+    std::size_t i = 0;
+    try {
+        for (; i < ids.size(); ++i)
+            move(at(i), come);
+    } catch (...) {
+        while (i-- > 0)
+            move(at(i), !come);
+        throw;
+    }
+}
+
+void TableEdits::swap(Change& change, bool undoing) {
+    if (change.kind == Kind::ObjectsMade || change.kind == Kind::ObjectsSetAside)
+        return swapObjects(change, undoing);
     Table* table = find(change.table);
-    if (change.kind == TableChange::Kind::Cells) {
-        ByteReader in(undoing ? change.before : change.after);
-        readCells(table->column(change.column), in, change.rows);
-        if (undoing && change.madeColumn)
+    if (change.kind == Kind::ColumnMade) {
+        if (undoing)
             table->dropColumn(change.column);
-        if (!undoing) {
+        else
+            table->restoreColumn(change.column, change.objects.front());
+    } else if (change.kind == Kind::Cells) {
+        Column& column = table->column(change.column);
+        try {
+            ByteReader in(undoing ? change.before : change.after);
+            readCells(column, in, change.rows);
+        } catch (...) {
+            ByteReader in(undoing ? change.after : change.before);
+            readCells(column, in, change.rows);
+            throw;
+        }
+        if (!undoing)
             for (const RowRun& run : change.rows)
                 for (RowIndex row = run.first; row < run.end(); ++row)
                     table->cellEdited(change.column, row);
-            return;
-        }
-        for (auto run = change.rows.rbegin(); run != change.rows.rend(); ++run)
-            for (RowIndex row = run->end(); row-- > run->first;)
-                table->cellEditUndone(change.column, row);
-    } else if ((change.kind == TableChange::Kind::RowsInserted) == undoing) {
-        table->removeRows(change.rows);
+        else
+            for (auto run = change.rows.rbegin(); run != change.rows.rend(); ++run)
+                for (RowIndex row = run->end(); row-- > run->first;)
+                    table->cellEditUndone(change.column, row);
+    } else if ((change.kind == Kind::RowsInserted) == undoing) {
+        change.before = wholeRows(*table, change.rows);
+        table->removeBareRows(change.rows);
     } else {
         table->insertRows(change.rows);
-        ByteReader in(change.before);
-        if (!change.before.empty())
+        try {
+            ByteReader in(change.before);
             for (Column* column : columnsWithCells(*table))
                 readCells(*column, in, change.rows);
+        } catch (...) {
+            table->removeBareRows(change.rows);
+            throw;
+        }
+        change.before = {};
     }
 }
 
@@ -428,29 +660,37 @@ void TableEdits::undo() {
     assert(depth_ == 0);
     if (!canUndo())
         return;
-    if (!fits(steps_[done_ - 1], true))
+    Step& step = steps_[done_ - 1];
+    if (!fits(step, true))
         return clear(); // rows have moved by other means
-    const Step& step = steps_[--done_];
-    for (std::size_t i = step.changes.size(); i-- > 0;)
-        swap(step.changes[i], true);
-    tellStep(step, true);
+    const std::vector<TableChange> changes = changesOf(step.changes, true);
+    swap(step, true);
+    --done_;
+    measure(step);
+    forgetOldest();
+    tell(changes);
 }
 
 void TableEdits::redo() {
     assert(depth_ == 0);
     if (!canRedo())
         return;
-    if (!fits(steps_[done_], false))
+    Step& step = steps_[done_];
+    if (!fits(step, false))
         return clear();
-    const Step& step = steps_[done_++];
-    for (const Change& change : step.changes)
-        swap(change, false);
-    tellStep(step, false);
+    const std::vector<TableChange> changes = changesOf(step.changes, false);
+    swap(step, false);
+    ++done_;
+    measure(step);
+    forgetOldest();
+    tell(changes);
 }
 
 void TableEdits::clear() {
     assert(depth_ == 0);
-    steps_.clear();
+    forgetUndone();
+    for (; !steps_.empty(); steps_.pop_front())
+        forget(steps_.front(), true);
     done_ = size_ = 0;
     tell({});
 }
@@ -464,19 +704,23 @@ void TableEdits::removeListener(TableEditsListener& listener) {
         std::ranges::replace(listeners_, &listener, nullptr);
 }
 
-void TableEdits::tellStep(const Step& step, bool undone) {
-    using Kind = TableChange::Kind;
+std::vector<TableChange> TableEdits::changesOf(std::span<const Change> done, bool undone) {
+    using Told = TableChange::Kind;
     std::vector<TableChange> changes;
-    for (std::size_t i = 0; i < step.changes.size(); ++i) {
-        const Change& change = step.changes[undone ? step.changes.size() - 1 - i : i];
-        if (change.kind != Kind::Cells) {
+    bool objects = false;
+    for (std::size_t i = 0; i < done.size(); ++i) {
+        const Change& change = done[undone ? done.size() - 1 - i : i];
+        if (change.kind == Kind::RowsInserted || change.kind == Kind::RowsRemoved) {
             const bool inserted = (change.kind == Kind::RowsInserted) != undone;
-            changes.push_back({inserted ? Kind::RowsInserted : Kind::RowsRemoved, change.table, change.rows});
+            changes.push_back({inserted ? Told::RowsInserted : Told::RowsRemoved, change.table, change.rows});
             continue;
         }
+        objects = objects || change.kind == Kind::ObjectsMade || change.kind == Kind::ObjectsSetAside;
+        if (change.kind != Kind::Cells)
+            continue;
         // Cells that change one after another are told as the one block that holds them all.
-        if (changes.empty() || changes.back().kind != Kind::Cells || changes.back().table != change.table)
-            changes.push_back({Kind::Cells, change.table, {change.rows.front()}, change.column, change.column});
+        if (changes.empty() || changes.back().kind != Told::Cells || changes.back().table != change.table)
+            changes.push_back({Told::Cells, change.table, {change.rows.front()}, change.column, change.column});
         TableChange& block = changes.back();
         RowRun& rows = block.rows.front();
         const RowIndex end = std::max(rows.end(), change.rows.back().end());
@@ -485,18 +729,20 @@ void TableEdits::tellStep(const Step& step, bool undone) {
         block.firstColumn = std::min(block.firstColumn, change.column);
         block.lastColumn = std::max(block.lastColumn, change.column);
     }
-    tell(changes);
+    if (objects)
+        changes.push_back({.kind = Told::Objects});
+    return changes;
 }
 
 void TableEdits::tell(std::span<const TableChange> changes) {
     ++telling_;
-    for (std::size_t i = 0; i < listeners_.size(); ++i) {
-        for (const TableChange& change : changes)
+    for (const TableChange& change : changes)
+        for (std::size_t i = 0; i < listeners_.size(); ++i)
             if (listeners_[i])
                 listeners_[i]->tableChanged(change);
+    for (std::size_t i = 0; i < listeners_.size(); ++i)
         if (listeners_[i])
             listeners_[i]->historyChanged();
-    }
     if (--telling_ == 0)
         std::erase(listeners_, nullptr);
 }
@@ -506,7 +752,7 @@ std::string cannotDelete(const Table& table, const DeleteSelection& selection) {
         return "Unable to delete. This spreadsheet is empty.";
     if (selection.wholeRows.empty() && !selection.otherCells)
         return "Unable to delete. No rows or cells have been selected.";
-    if (selection.onReadOnlyCell || !table.spec().rows.editable)
+    if (selection.onReadOnlyCell || !(table.spec().rows.editable || table.spec().rows.removable))
         return "Unable to delete. This cell is read-only and cannot be edited or deleted.";
     if (selection.otherCells)
         return "Unable to delete. Only entire rows can be deleted.";

@@ -4,15 +4,19 @@
 #include "app/names_commands.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "support/record_set_builder.h"
 #include "support/slow_logger_library.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
+#include "views/trip_log_summary_view.h"
+#include "views/trip_log_view.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -78,6 +82,60 @@ TEST_F(LoggerCommandsTest, ACancelledDownloadLeavesTheDocumentAsItWas) {
     EXPECT_FALSE(document_.dataChanged());
     EXPECT_FALSE(frame_.isWindowModified());
     EXPECT_TRUE(frame_.isEnabled() && !QApplication::activeModalWidget());
+}
+
+TEST_F(LoggerCommandsTest, ADeletedTripAndADownloadAreTakenBackWhereTheyAreSeen) {
+    using namespace testing;
+    QuobrixTripRecord second = plainTrip();
+    second.startTime += 100;
+    second.endTime += 100;
+    fake_.loggers["COM1"] = "K-0042-B";
+    fake_.trips = RecordSetBytes().add(plainTrip(), {10, 20, 30}).add(second, {40, 50, 60}).take();
+    fake_.stops = RecordSetBytes().add(plainStop()).take();
+    fake_.stopSamples = RecordSetBytes().add(samplesOf(0, 3), {50, 20, 0}).take();
+    frame_.show();
+    commands_.start();
+    ASSERT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));
+    {
+        QTimer questions; // of names, and what the download has brought
+        QObject::connect(&questions, &QTimer::timeout, [] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                box->reject();
+        });
+        questions.start(1);
+        frame_.commands().action(CommandId::Download)->trigger();
+    }
+    constexpr int kAccidents = static_cast<int>(CommandId::AccidentLog);
+    frame_.pages().show(kAccidents);
+    const SpreadsheetModel& accidents = frame_.pages().page(kAccidents)->findChild<TSpreadsheet*>()->model();
+    frame_.pages().show(kTripLogPage);
+    auto& page = *static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage));
+    TSpreadsheet& list = page.summary();
+    const auto shown = [&] {
+        return QStringLiteral("%1 trips, %2 accidents, %3; %4; %5")
+            .arg(list.model().rowCount())
+            .arg(accidents.rowCount())
+            .arg(page.findChild<QLabel*>(QStringLiteral("currentTrip"))->text().section(QLatin1Char(','), 0, 0),
+                 list.commands().action(SpreadsheetCommand::Undo).text(),
+                 list.commands().action(SpreadsheetCommand::Redo).text())
+            .toStdString();
+    };
+    const auto step = [&](SpreadsheetCommand command) {
+        list.commands().action(command).trigger();
+        return shown();
+    };
+    list.setCurrentRow(0);
+    EXPECT_EQ(shown(), "2 trips, 2 accidents, Trip 1 of 2; &Undo Download; Red&o");
+    QTest::keyClick(&list.view(), Qt::Key_Delete);
+    EXPECT_EQ(shown(), "1 trips, 2 accidents, Trip 1 of 1; &Undo Deleting a row; Red&o");
+    EXPECT_TRUE(list.view().selectionModel()->isRowSelected(0)) << "the next one can be deleted, too";
+    EXPECT_EQ(step(SpreadsheetCommand::Undo),
+              "2 trips, 2 accidents, Trip 1 of 2; &Undo Download; Red&o Deleting a row");
+    EXPECT_EQ(step(SpreadsheetCommand::Undo), "0 trips, 0 accidents, No trips; &Undo; Red&o Download");
+    EXPECT_FALSE(document_.accidents() || document_.dataChanged());
+    EXPECT_EQ(step(SpreadsheetCommand::Redo),
+              "2 trips, 2 accidents, Trip 1 of 2; &Undo Download; Red&o Deleting a row");
+    EXPECT_EQ(document_.trips().column<TTripLogSampleTableColumn>().object(1)->rowCount(), 3u);
 }
 
 } // namespace

@@ -326,14 +326,63 @@ TEST_F(DocumentEdits, BesideAColumnThatCannotBeReadItsCellsAndAllRowsStayAndSayS
     EXPECT_TRUE(after == before);
 }
 
-TEST_F(DocumentEdits, RecordsTakeCommentsOnly) {
+TEST_F(DocumentEdits, RecordsTakeCommentsOnlyAndTripsCanBeDeleted) {
     const TTripLogTable& trips = document_.trips();
     for (std::size_t i = 0; i < trips.columnCount(); ++i)
         EXPECT_EQ(trips.column(i).editable(), trips.column(i).spec().key == "TTripLogCommentsColumn")
             << trips.column(i).spec().key;
     EXPECT_FALSE(edits().insertRows(trips.id(), 0).ok());
-    EXPECT_FALSE(edits().removeRows(trips.id(), {0}).ok());
+    EXPECT_TRUE(edits().removeRows(trips.id(), {0}).ok());
+    document_.troubles().insertRows(0, 1);
+    EXPECT_FALSE(edits().removeRows(document_.troubles().id(), {0}).ok());
     EXPECT_TRUE(type(trips, "TTripLogCommentsColumn", 0, "Rain").ok());
+}
+
+TEST_F(DocumentEdits, ATripOfWhichAPartCannotBeReadIsNotDeleted) {
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder / "Test.car";
+    const auto& trips = document_.trips();
+    const std::string parts[] = {
+        std::to_string(trips.column<TTripLogSampleTableColumn>().at(1)),
+        std::to_string(trips.column<TTripLogSpeedBandsTableColumn>().object(2)->column(0).id()),
+        std::to_string(trips.column<TTripLogHardBrakeTimesColumnColumn>().at(3))};
+    ASSERT_TRUE(document_.saveAs(path));
+    document_.newDocument();
+    tamper(path, [&](CompoundFile& file) {
+        for (const std::string& part : parts)
+            file.write(part, {1, 2, 3});
+    });
+    const Streams before = streamsOf(path);
+    ASSERT_TRUE(document_.open(path, TDocument::Access::Edit));
+    for (const std::vector<RowIndex>& rows : {std::vector<RowIndex>{1}, {2}, {3}, {0, 3}})
+        EXPECT_NE(edits().removeRows(document_.trips().id(), rows).refusal.find("could not be read"),
+                  std::string::npos);
+    EXPECT_FALSE(edits().canUndo() || document_.modified());
+    ASSERT_TRUE(edits().removeRows(document_.trips().id(), {0, 4}).ok());
+    ASSERT_TRUE(document_.save());
+    edits().undo();
+    ASSERT_TRUE(document_.save());
+    EXPECT_TRUE(streamsOf(path) == before);
+}
+
+TEST_F(DocumentEdits, HistoryCountsWhatDeletedTripsKeepAndLetsGoOfTheOldest) {
+    TTripLogTable& trips = document_.trips();
+    for (const RowIndex row : {0, 1})
+        trips.column<TTripLogHardBrakeTimesColumnColumn>().object(row)->setAll(
+            std::vector<std::int32_t>(TableEdits::kMostBytes / 4 * 2 / 3));
+    const std::size_t free = document_.store().freeIds().size(), objects = document_.store().objectCount();
+    for (const RowIndex row : {0, 0})
+        ASSERT_TRUE(edits().removeRows(trips.id(), {row}).ok());
+    const std::size_t gone = objects - document_.store().objectCount();
+    EXPECT_LE(edits().historySize(), TableEdits::kMostBytes);
+    edits().undo();
+    EXPECT_FALSE(edits().canUndo()) << "the first trip was let go of";
+    EXPECT_EQ(document_.store().objectCount(), objects - gone / 2);
+    EXPECT_LT(edits().historySize(), 10'000u) << "what is back in the document is not counted";
+    edits().clear();
+    EXPECT_EQ(document_.store().freeIds().size(), free + gone / 2);
+    const ObjectId first = document_.store().freeIds().front();
+    EXPECT_EQ(document_.store().create<TTripLogTimesColumn>().id(), first) << "it is given out again";
 }
 
 TEST_F(DocumentEdits, NamesAreRefusedInTheirOwnWords) {

@@ -172,7 +172,7 @@ protected:
     }
 
     TQuobrixDocument document_;
-    TableEdits edits_{tablesOf(document_)};
+    TableEdits edits_{document_};
     TUnitSystem units_;
     TimeZone zone_;
     TextContext context_{units_, zone_};

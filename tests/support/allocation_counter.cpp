@@ -6,10 +6,11 @@
 
 namespace {
 
-std::atomic<std::uint64_t> count{0};
+std::atomic<std::uint64_t> count{0}, failing{0};
 
 void* allocate(std::size_t size) {
-    count.fetch_add(1, std::memory_order_relaxed);
+    if (count.fetch_add(1, std::memory_order_relaxed) + 1 == failing.load(std::memory_order_relaxed))
+        throw std::bad_alloc();
     if (void* memory = std::malloc(size == 0 ? 1 : size))
         return memory;
     throw std::bad_alloc();
@@ -28,5 +29,7 @@ void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); 
 namespace quobrix::test {
 
 std::uint64_t allocations() { return count.load(std::memory_order_relaxed); }
+
+void failAllocation(std::uint64_t ahead) { failing = ahead == 0 ? 0 : allocations() + ahead; }
 
 } // namespace quobrix::test

@@ -92,6 +92,8 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
         layout_.forget();
     }
     view_->verticalHeader()->setVisible(rowTitle != nullptr || rowNumbers_);
+    const Table* of = columns.empty() ? nullptr : columns.front().column->table();
+    removable_ = of && of->spec().rows.removable && context_.edits && view_->use() == SpreadsheetView::Use::Records;
     model_.setColumns(std::move(columns), std::move(rowTitle));
     if (!layout_.restored() && model_.rowCount() > 0)
         layout_.restore();
@@ -384,9 +386,55 @@ bool TSpreadsheet::canEmpty(const CellBlock& block) const {
     });
 }
 
-bool TSpreadsheet::canDelete() const { return canEmpty(blockToEdit(*view_, model_)); }
+DeleteSelection TSpreadsheet::selectionToDelete() const {
+    DeleteSelection selection;
+    const CellBlock block = blockToEdit(*view_, model_);
+    for (const int place : block.wholePlaces)
+        selection.wholeRows.push_back(model_.storedRow(place));
+    selection.otherCells = block.wholePlaces.size() < block.places.size();
+    if (selection.otherCells)
+        for (const int column : block.columns)
+            selection.onReadOnlyCell |= !model_.isEditable(column);
+    return selection;
+}
 
-void TSpreadsheet::deleteSelection() { emptyCells(blockToEdit(*view_, model_), "delete", MessageId::CannotDelete); }
+bool TSpreadsheet::canDeleteRows() const {
+    return table() && context_.edits && context_.edits->lockedBecause().empty() &&
+           cannotDelete(*table(), selectionToDelete()).empty();
+}
+
+void TSpreadsheet::deleteRows(const MayDelete& mayDelete) {
+    const Table* shown = table();
+    if (!shown || !context_.edits)
+        return;
+    DeleteSelection selection = selectionToDelete();
+    if (std::string why = cannotDelete(*shown, selection); !why.empty())
+        return tell(MessageId::CannotDelete, why);
+    if (mayDelete && !mayDelete(selection.wholeRows))
+        return;
+    report(context_.edits->removeRows(shown->id(), std::move(selection.wholeRows)), MessageId::CannotDelete);
+    if (view_->currentIndex().isValid() && !view_->selectionModel()->hasSelection())
+        view_->goTo(view_->currentIndex());
+}
+
+/// Delete is about the records that are highlighted, and not about a cell of theirs in which a person writes.
+bool TSpreadsheet::deletesRecords() const {
+    const int current = view_->currentIndex().column();
+    return removable_ && current >= 0 && !model_.isEditable(current);
+}
+
+bool TSpreadsheet::canDelete() const {
+    if (!deletesRecords())
+        return canEmpty(blockToEdit(*view_, model_));
+    return view_->selectionModel()->hasSelection() && context_.edits->lockedBecause().empty();
+}
+
+void TSpreadsheet::deleteSelection() {
+    if (deletesRecords())
+        deleteRows();
+    else
+        emptyCells(blockToEdit(*view_, model_), "delete", MessageId::CannotDelete);
+}
 
 void TSpreadsheet::stepHistory(void (TableEdits::*step)()) {
     if (!finishEdit())
@@ -402,6 +450,7 @@ void TSpreadsheet::followHistory() {
     if (!context_.edits)
         return;
     const auto tip = [this](SpreadsheetCommand command, const char* word, std::string_view what) {
+        commands_->describe(command, toQt(what));
         if (!what.empty())
             commands_->action(command).setStatusTip(QStringLiteral("%1 %2.").arg(QLatin1String(word), toQt(what)));
     };

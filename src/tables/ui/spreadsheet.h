@@ -97,10 +97,15 @@ protected:
     const SpreadsheetContext& context() const { return context_; }
     /// Shows the number of each row at its left, by which it is selected as a whole.
     void showRowNumbers() { rowNumbers_ = true; }
-    /// Deletes what is selected: empties cells. Spreadsheets whose rows come and go delete these.
+    /// Deletes what is selected: empties cells, or deletes records that can be. Spreadsheets whose rows come and go
+    /// delete these.
     virtual void deleteSelection();
     /// Whether deleteSelection() would do so, as far as can be told without asking anybody.
     virtual bool canDelete() const;
+    /// Asked before ROWS are deleted; false keeps them.
+    using MayDelete = std::function<bool(const std::vector<RowIndex>& rows)>;
+    void deleteRows(const MayDelete& mayDelete = {});
+    bool canDeleteRows() const;
     /// Tells how an edit ended, if there is anything to tell.
     void report(const EditOutcome& outcome, MessageId refusal);
     void tell(MessageId id, const std::string& text);
@@ -110,6 +115,8 @@ protected:
     const Table* table() const;
     void emptyCells(const CellBlock& block, std::string_view description, MessageId refusal);
     bool canEmpty(const CellBlock& block) const;
+    DeleteSelection selectionToDelete() const;
+    bool deletesRecords() const;
 
 private:
     void addEditCommands();
@@ -141,6 +148,7 @@ private:
     SpreadsheetLayout layout_;
     QTimer* sortTimer_;
     bool rowNumbers_ = false;
+    bool removable_ = false; ///< the rows are records that can be deleted
     bool sortLater_ = false; ///< rows are out of order, but the person is still in one of them
     std::optional<RowIndex> lastEdited_;
 };

@@ -57,6 +57,13 @@ void SpreadsheetCommands::ruleOut(SpreadsheetCommand command, const QString& rea
     refresh();
 }
 
+void SpreadsheetCommands::describe(SpreadsheetCommand command, const QString& what) {
+    QString text = toQt(kRows[static_cast<std::size_t>(command)].text).section(QLatin1Char('\t'), 0, 0);
+    if (!what.isEmpty())
+        text += QLatin1Char(' ') + what.left(1).toUpper() + what.mid(1).replace(QLatin1Char('&'), QLatin1String("&&"));
+    action(command).setText(text);
+}
+
 void SpreadsheetCommands::refresh() {
     for (const Entry& entry : entries_)
         entry.action->setEnabled(entry.run && (!entry.available || entry.available()));

@@ -33,6 +33,8 @@ public:
     void handle(SpreadsheetCommand command, Run run, Available available = {});
     /// COMMAND never applies here, for REASON.
     void ruleOut(SpreadsheetCommand command, const QString& reason);
+    /// Says what COMMAND would do now, behind its own text: "Undo Download". WHAT may be empty.
+    void describe(SpreadsheetCommand command, const QString& what);
     QAction& action(SpreadsheetCommand command) const { return *entries_[static_cast<std::size_t>(command)].action; }
     /// Asks every command whether it is available.
     void refresh();

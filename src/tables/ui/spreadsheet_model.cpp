@@ -296,7 +296,7 @@ void SpreadsheetModel::sortRows(ShownRows& rows) const {
 }
 
 void SpreadsheetModel::tableChanged(const TableChange& change) {
-    if (columns_.empty())
+    if (columns_.empty() || change.kind == TableChange::Kind::Objects)
         return;
     const bool own = change.table == sources_.front().table;
     if (own && change.kind == TableChange::Kind::RowsInserted) {

@@ -62,33 +62,4 @@ void TTableSpreadsheet::insertRow(RowIndex at) {
     view().setFocus();
 }
 
-DeleteSelection TTableSpreadsheet::selectionToDelete() const {
-    DeleteSelection selection;
-    const CellBlock block = blockToEdit(view(), model());
-    for (const int place : block.wholePlaces)
-        selection.wholeRows.push_back(model().storedRow(place));
-    selection.otherCells = block.wholePlaces.size() < block.places.size();
-    if (selection.otherCells)
-        for (const int column : block.columns)
-            selection.onReadOnlyCell |= !model().isEditable(column);
-    return selection;
-}
-
-bool TTableSpreadsheet::canDelete() const {
-    return table() && context().edits && context().edits->lockedBecause().empty() &&
-           cannotDelete(*table(), selectionToDelete()).empty();
-}
-
-void TTableSpreadsheet::deleteSelection() {
-    const Table* shown = table();
-    if (!shown || !context().edits)
-        return;
-    DeleteSelection selection = selectionToDelete();
-    if (std::string why = cannotDelete(*shown, selection); !why.empty())
-        return tell(MessageId::CannotDelete, why);
-    if (mayDelete_ && !mayDelete_(selection.wholeRows))
-        return;
-    report(context().edits->removeRows(shown->id(), std::move(selection.wholeRows)), MessageId::CannotDelete);
-}
-
 } // namespace quobrix

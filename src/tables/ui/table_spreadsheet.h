@@ -25,8 +25,7 @@ class TTableSpreadsheet : public TFixedTableSpreadsheet {
 public:
     TTableSpreadsheet(const SpreadsheetContext& context, const SpreadsheetSpec& spec, QWidget* parent = nullptr);
 
-    /// Asked before ROWS are deleted; false keeps them.
-    using MayDelete = std::function<bool(const std::vector<RowIndex>& rows)>;
+    using TSpreadsheet::MayDelete;
     void setMayDelete(MayDelete mayDelete) { mayDelete_ = std::move(mayDelete); }
     /// What a new row holds at first.
     using NewRow = std::function<std::vector<CellEdit>(RowIndex row)>;
@@ -36,11 +35,10 @@ public:
     void addRow();
 
 protected:
-    void deleteSelection() override;
-    bool canDelete() const override;
+    void deleteSelection() override { deleteRows(mayDelete_); }
+    bool canDelete() const override { return canDeleteRows(); }
 
 private:
-    DeleteSelection selectionToDelete() const;
     void insertRow(RowIndex at);
     void insertBeside(bool after);
 
