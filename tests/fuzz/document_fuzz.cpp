@@ -1,6 +1,6 @@
-#include "compound/io.h"
 #include "compound/previous_state.h"
 #include "fuzz/walk_objects.h"
+#include "platform/file.h"
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
 #include "support/memory_file.h"
@@ -70,7 +70,7 @@ void saveAndCut(const std::shared_ptr<Bytes>& disk, std::size_t lost, bool kille
     const auto past = cfb::previousState(cut);
     require(bool(past));
     if (*past) {
-        const auto found = CompoundFile::open(std::make_unique<cfb::BorrowedFile>(**past));
+        const auto found = CompoundFile::open(std::make_unique<BorrowedFile>(**past));
         require(found && contentOf(**found) == before);
     }
     repair(*disk);
