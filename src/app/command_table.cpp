@@ -40,16 +40,4 @@ static_assert(menusAreBalanced());
 
 std::span<const MenuRow> menuRows() { return kRows; }
 
-std::string_view pageTitle(int pageId) {
-    switch (pageId) {
-#define PAGE(Id, Title)                                                                                                \
-    case Id:                                                                                                           \
-        return Title;
-#include "app/pages.def"
-#undef PAGE
-    default:
-        return {};
-    }
-}
-
 } // namespace quobrix

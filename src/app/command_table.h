@@ -34,7 +34,4 @@ constexpr std::string_view behind(std::string_view text, char separator) {
     return at == std::string_view::npos ? std::string_view() : text.substr(at + 1);
 }
 
-/// The title of a page; empty for one that has none.
-std::string_view pageTitle(int pageId);
-
 } // namespace quobrix

@@ -11,9 +11,8 @@
 #include "settings/settings.h"
 #include "units/time_zone.h"
 #include "views/home_page.h"
-#include "views/log_pages.h"
+#include "views/log_view.h"
 #include "views/names_dialog.h"
-#include "views/trip_log_view.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -106,10 +105,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     });
     addHandlers();
     tableWindows_ = std::make_unique<TableWindows>(*this);
-    addLogPage(CommandId::TripLog, TTripLogTable::kType, [this] { return new TTripLogView(context_); });
-    addLogPage(CommandId::TroubleLog, TTroubleLogTable::kType, [this] { return new TTroubleLogView(context_); });
-    addLogPage(CommandId::ActivityLog, TSecurityLogTable::kType, [this] { return new TSecurityLogView(context_); });
-    addLogPage(CommandId::AccidentLog, TAccidentLogTable::kType, [this] { return new TAccidentLogView(context_); });
+    for (const LogSpec& log : logs())
+        addLogPage(log);
     showDiagnosticsMenu(context_.settings.getInteger("Diagnostics", "Menu", 0) != 0);
     context_.document.whenOutdated([this] { // found out in the midst of painting
         QMetaObject::invokeMethod(this, &TQuobrixFrame::documentOutdated, Qt::QueuedConnection);
@@ -155,12 +152,11 @@ void TQuobrixFrame::addPage(int pageId, PageArea::Create create) {
             });
 }
 
-void TQuobrixFrame::addLogPage(CommandId id, const PersistentType& log, PageArea::Create create) {
-    const int pageId = static_cast<int>(id);
-    addPage(pageId, std::move(create));
-    tableWindows_->addSource(log, [this, pageId](std::string_view columnKey, RowIndex row) {
-        pages_->show(pageId);
-        pages_->page(pageId)->showCell(columnKey, row);
+void TQuobrixFrame::addLogPage(const LogSpec& log) {
+    addPage(log.page, [this, &log] { return new LogView(context_, log); });
+    tableWindows_->addSource(log.table, [this, &log](std::string_view columnKey, RowIndex row) {
+        pages_->show(log.page);
+        pages_->page(log.page)->showCell(columnKey, row);
         activateWindow();
     });
 }

@@ -17,6 +17,7 @@ namespace quobrix {
 
 class NamesDialog;
 class TableWindows;
+struct LogSpec;
 
 /// The page ids that commands bring into view are those of the commands.
 inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
@@ -66,7 +67,7 @@ private:
     }
     void historyChanged() override;
     void addHandlers();
-    void addLogPage(CommandId id, const PersistentType& log, PageArea::Create create);
+    void addLogPage(const LogSpec& log);
     void addRecentFileActions();
     void updateRecentFiles();
     void updateTitle();

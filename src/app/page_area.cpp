@@ -1,8 +1,5 @@
 #include "app/page_area.h"
 
-#include "app/command_table.h"
-#include "base/ui/qt_text.h"
-
 #include <QLabel>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -50,8 +47,7 @@ bool PageArea::show(int pageId) {
 
 void PageArea::showTitle() {
     const Page* shown = page(current_);
-    const QString own = shown ? shown->title() : QString();
-    title_->setText(own.isEmpty() ? toQt(pageTitle(current_)) : own);
+    title_->setText(shown ? shown->title() : QString());
     title_->setVisible(!title_->text().isEmpty());
 }
 

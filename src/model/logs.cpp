@@ -4,6 +4,7 @@
 #include "model/security_log.h"
 #include "model/trip_log.h"
 #include "model/trip_report.h"
+#include "model/trip_tables.h"
 #include "model/trouble_log.h"
 #include "model/trouble_report.h"
 
@@ -28,6 +29,17 @@ struct SectionsOf<kMake> {
     }
 };
 
+/// The same of its tables.
+template <auto kMake>
+struct TablesOf;
+template <class LogTable,
+          std::vector<RecordTable> (*kMake)(const LogTable*, std::optional<RowIndex>, const TextContext&)>
+struct TablesOf<kMake> {
+    static std::vector<RecordTable> make(const Table* log, std::optional<RowIndex> row, const TextContext& context) {
+        return kMake(static_cast<const LogTable*>(log), row, context);
+    }
+};
+
 constexpr LogSpec kLogs[] = {
 // clang-format off
 #define LOG(Id, Table, Page, Title) {.id = LogId::Id, .key = #Id, .table = Table::kType, .page = Page, .title = Title,
@@ -41,6 +53,7 @@ constexpr LogSpec kLogs[] = {
 #define LIST(...) .ownList = kTypesOf<__VA_ARGS__>,
 #define FACTS(...) .facts = kTypesOf<__VA_ARGS__>,
 #define SECTIONS(Function) .sections = &SectionsOf<&Function>::add,
+#define TABLES(Function) .tables = &TablesOf<&Function>::make,
 #define VIEWS(...) .ownViews = {{__VA_ARGS__}},
 #define VIEW(Kind, Page, Tab, Path) {LogViewKind::Kind, Page, Tab, Path},
 #define END },
@@ -48,13 +61,20 @@ constexpr LogSpec kLogs[] = {
 #include "model/logs.def"
 };
 
-constexpr bool inOrder() {
+constexpr bool isWhole(const LogSpec& log) {
+    for (const LogViewSpec& view : log.ownViews)
+        if (view.kind == LogViewKind::Table && !log.tables)
+            return false;
+    return log.table.name.ends_with("Table") && log.comments && log.ownViews[0].kind == LogViewKind::Summary;
+}
+
+constexpr bool areWholeAndInOrder() {
     for (std::size_t i = 0; i < std::size(kLogs); ++i)
-        if (kLogs[i].id != static_cast<LogId>(i) || !kLogs[i].table.name.ends_with("Table"))
+        if (kLogs[i].id != static_cast<LogId>(i) || !isWhole(kLogs[i]))
             return false;
     return true;
 }
-static_assert(inOrder());
+static_assert(areWholeAndInOrder());
 
 } // namespace
 
@@ -66,13 +86,16 @@ std::string_view LogSpec::className() const { return table.name.substr(0, table.
 
 std::string LogSpec::viewName(std::string_view view) const { return std::string(className()).append(view); }
 
+std::string LogSpec::recordHeading() const {
+    return plainHeading(static_cast<const Column&>(*recordColumn()->create()).spec());
+}
+
 std::span<const LogSpec> logs() { return kLogs; }
 
 const LogSpec& logSpec(LogId id) { return kLogs[static_cast<std::size_t>(id)]; }
 
 std::string recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {
-    const Column& number = table.columnOf(*log.recordColumn());
-    return plainHeading(number.spec()) + " " + number.text(row, context);
+    return log.recordHeading() + " " + table.columnOf(*log.recordColumn()).text(row, context);
 }
 
 std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {

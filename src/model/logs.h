@@ -1,8 +1,10 @@
 #pragma once
 
+#include "model/record_table.h"
 #include "tables/table.h"
 
 #include <array>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,6 +30,9 @@ struct LogViewSpec {
 };
 
 using RecordSections = void (*)(const Table& log, RowIndex row, const TextContext& context, Report& report);
+/// LOG is there if ROW is; without, the tables have neither columns nor rows.
+using RecordTables = std::vector<RecordTable> (*)(const Table* log, std::optional<RowIndex> row,
+                                                  const TextContext& context);
 
 /// A log, as model/logs.def describes it.
 struct LogSpec {
@@ -47,6 +52,7 @@ struct LogSpec {
     std::span<const PersistentType* const> ownList{}; ///< list()
     std::span<const PersistentType* const> facts{};
     RecordSections sections = nullptr; ///< of a record's report, behind the facts; may be none
+    RecordTables tables = nullptr;     ///< of a record; there if it has such a view
     std::array<LogViewSpec, 4> ownViews{};
 
     const PersistentType* recordColumn() const { return keys[0]; } ///< a RecordColumn
@@ -56,6 +62,8 @@ struct LogSpec {
     std::span<const PersistentType* const> list() const { return ownList.empty() ? summary : ownList; }
     /// The ways in which it can be looked at.
     std::span<const LogViewSpec> views() const;
+    /// What a record's number is headed by, and follows in its title: "Trip".
+    std::string recordHeading() const;
     /// "TTripLog": what the names of its classes begin with, and so those of its views.
     std::string_view className() const;
     /// The name of one of its views: "TTripLogSummaryView".

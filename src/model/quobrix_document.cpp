@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <memory>
 #include <unordered_map>
 
 namespace quobrix {
@@ -43,8 +44,12 @@ std::string_view logOfClass(std::string_view className) {
 const TypeRegistry& modelTypes() {
     static const TypeRegistry registry = [] {
         TypeRegistry types;
-        for (const LogSpec& log : logs())
+        for (const LogSpec& log : logs()) {
             types.add(log.table);
+            const std::unique_ptr<PersistentObject> table = log.table.create();
+            for (const PersistentType* column : static_cast<const Table&>(*table).spec().columns)
+                types.add(*column);
+        }
 #define TABLE(Name) types.add(Name::kType);
         TABLE(TTripLogSampleTable)
         TABLE(TTripLogSpeedBandsTable)
@@ -63,14 +68,10 @@ const TypeRegistry& modelTypes() {
         TABLE(TAccidentLogSpeedBandFromColumn)
         TABLE(TAccidentLogSpeedBandToColumn)
 #define COLUMN(Name, ...) types.add(Name::kType);
-#include "model/accident_log.def"
 #include "model/logger_tables.def"
 #include "model/names.def"
 #include "model/options.def"
-#include "model/security_log.def"
-#include "model/trip_log.def"
 #include "model/trip_parts.def"
-#include "model/trouble_log.def"
 #undef COLUMN
 #undef TABLE
         return types;

@@ -1,24 +1,24 @@
 #include "views/log_list.h"
 
-#include "tables/table.h"
+#include "base/ui/qt_text.h"
 
 #include <algorithm>
 
 namespace quobrix {
 namespace {
 
-QString emptyText(const LogListSpec& spec) {
+QString emptyText(const LogSpec& spec) {
     return QStringLiteral(
                "This spreadsheet is currently empty.\n\nIt will normally display a list of all %1\nthat have "
                "been downloaded into this file.\n\nTo copy them from the Quobrix, select Quobrix / "
                "Download Quobrix Data.")
-        .arg(QLatin1String(spec.records));
+        .arg(toQt(spec.records));
 }
 
 } // namespace
 
-LogList::LogList(const ViewContext& context, const LogListSpec& spec, QWidget* parent)
-    : TSpreadsheet(context.spreadsheet(), {spec.name, QLatin1String(spec.title), emptyText(spec)}, parent),
+LogList::LogList(const ViewContext& context, const LogSpec& spec, QWidget* parent)
+    : TSpreadsheet(context.spreadsheet(), {spec.viewName("SummaryView"), toQt(spec.title), emptyText(spec)}, parent),
       spec_(spec) {
     connect(this, &TSpreadsheet::currentRowChanged, this, [this] {
         if (const auto row = currentRow())
@@ -35,16 +35,10 @@ std::optional<LogList::Key> LogList::keyOf(RowIndex row) const {
 void LogList::show(const Table* log) {
     std::vector<ShownColumn> columns;
     if (log)
-        for (const PersistentType* type : spec_.columns)
+        for (const PersistentType* type : spec_.summary)
             columns.push_back({&log->columnOf(*type)});
-    records_ = nullptr;
-    loggers_ = nullptr;
-    for (std::size_t i = 0; log && i < log->columnCount(); ++i) {
-        if (const auto* records = dynamic_cast<const RecordColumn*>(&log->column(i)))
-            records_ = records;
-        if (const auto* loggers = dynamic_cast<const LoggerColumn*>(&log->column(i)))
-            loggers_ = loggers;
-    }
+    records_ = log ? static_cast<const RecordColumn*>(&log->columnOf(*spec_.recordColumn())) : nullptr;
+    loggers_ = log ? static_cast<const LoggerColumn*>(&log->columnOf(*spec_.logger())) : nullptr;
     {
         const QSignalBlocker onlyOneChange(this);
         setColumns(std::move(columns));
@@ -57,7 +51,7 @@ std::optional<Report> LogList::printable(const std::optional<RecordRange>& range
     Grid grid = shownCells(*this, range);
     if (grid.rows.empty())
         return {};
-    return Report{spec_.title, {std::move(grid)}};
+    return Report{std::string(spec_.title), {std::move(grid)}};
 }
 
 void LogList::makeCurrent() {

@@ -1,26 +1,16 @@
 #pragma once
 
 #include "model/log_columns.h"
+#include "model/logs.h"
 #include "views/page.h"
-
-#include <span>
 
 namespace quobrix {
 
-/// How the records of a log are listed.
-struct LogListSpec {
-    const char* name;    ///< object name and settings section
-    const char* title;   ///< "Trip Log"
-    const char* records; ///< "trips", within a sentence
-    std::span<const PersistentType* const> columns;
-};
-
 /// The records of a log, one row each.
-class LogList : public TSpreadsheet {
-    Q_OBJECT
+class LogList final : public TSpreadsheet {
 public:
     /// SPEC must outlive the list.
-    LogList(const ViewContext& context, const LogListSpec& spec, QWidget* parent = nullptr);
+    LogList(const ViewContext& context, const LogSpec& spec, QWidget* parent = nullptr);
 
     /// Shows the rows of LOG, which may be none. The current record stays current where its row has moved, the last one
     /// becomes so where there was none.
@@ -40,7 +30,7 @@ private:
     std::optional<Key> keyOf(RowIndex row) const;
     void makeCurrent();
 
-    const LogListSpec& spec_;
+    const LogSpec& spec_;
     const RecordColumn* records_ = nullptr;
     const LoggerColumn* loggers_ = nullptr;
     std::optional<Key> current_;

@@ -39,7 +39,7 @@ class Page : public QWidget {
 public:
     using QWidget::QWidget;
 
-    /// What stands above the page; empty: the title that its id has.
+    /// What stands above the page; empty: nothing.
     virtual QString title() const { return {}; }
 
     /// Rows of the document or names have changed: show what there is now.

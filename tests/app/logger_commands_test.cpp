@@ -8,8 +8,7 @@
 #include "support/slow_logger_library.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
-#include "views/trip_log_summary_view.h"
-#include "views/trip_log_view.h"
+#include "views/log_view.h"
 
 #include <QAction>
 #include <QLabel>
@@ -109,7 +108,7 @@ TEST_F(LoggerCommandsTest, ADeletedTripAndADownloadAreTakenBackWhereTheyAreSeen)
     frame_.pages().show(kAccidents);
     const SpreadsheetModel& accidents = frame_.pages().page(kAccidents)->findChild<TSpreadsheet*>()->model();
     frame_.pages().show(kTripLogPage);
-    auto& page = *static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage));
+    auto& page = *static_cast<LogView*>(frame_.pages().page(kTripLogPage));
     TSpreadsheet& list = page.summary();
     const auto shown = [&] {
         return QStringLiteral("%1 trips, %2 accidents, %3; %4; %5")

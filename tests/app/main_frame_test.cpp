@@ -318,6 +318,7 @@ TEST_F(MainFrameTest, PagesAreMadeWhenShownAndAnewForOtherContent) {
     struct Counting final : Page {
         explicit Counting(int& alive) : alive_(alive) { ++alive_; }
         ~Counting() override { --alive_; }
+        QString title() const override { return QStringLiteral("Counting"); }
         int& alive_;
     };
     int alive = 0, made = 0;
@@ -328,12 +329,24 @@ TEST_F(MainFrameTest, PagesAreMadeWhenShownAndAnewForOtherContent) {
     action(CommandId::Home)->trigger();
     action(CommandId::TripLog)->trigger();
     EXPECT_EQ(made, 1);
-    EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("pageTitle"))->text(), QStringLiteral("View / Trip Log"));
+    EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("pageTitle"))->text(), QStringLiteral("Counting"));
     action(CommandId::New)->trigger();
     EXPECT_EQ(made, 2);
     EXPECT_EQ(alive, 1);
     EXPECT_EQ(frame_.pages().current(), kTripLogPage);
     EXPECT_FALSE(frame_.pages().show(12345));
+}
+
+TEST_F(MainFrameTest, EveryLogHasItsCommandAndTitle) {
+    for (const LogSpec& log : logs()) {
+        QAction* command = action(static_cast<CommandId>(log.page));
+        ASSERT_TRUE(command) << log.title;
+        EXPECT_EQ(command->text().remove(QLatin1Char('&')), toQt(log.title));
+        command->trigger();
+        EXPECT_EQ(frame_.pages().current(), log.page);
+        EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("pageTitle"))->text(),
+                  QStringLiteral("View / ") + toQt(log.title) + QStringLiteral(" / Summary"));
+    }
 }
 
 TEST_F(MainFrameTest, ACommandFirstTakesTheValueOfAnOpenEditor) {

@@ -8,8 +8,7 @@
 #include "tables/ui/table_spreadsheet.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
-#include "views/trip_log_summary_view.h"
-#include "views/trip_log_view.h"
+#include "views/log_view.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -66,11 +65,11 @@ TEST_F(NamesCommandsTest, ADialogForEachTableStaysOpenBesideThePages) {
 
 TEST_F(NamesCommandsTest, ANameIsShownAtOnceWhereverItIsInView) {
     frame_.pages().show(kTripLogPage);
-    auto& trips = *static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage));
+    auto& trips = *static_cast<LogView*>(frame_.pages().page(kTripLogPage));
     const SpreadsheetModel& summary = trips.summary().model();
     const int vehicle = summary.indexOf("TTripLogVinColumn");
     EXPECT_EQ(summary.text(0, vehicle), QStringLiteral("Unknown #1"));
-    trips.showView(TTripLogView::View::Report);
+    trips.showView(LogViewKind::Report);
     beginRenaming("Van");
     QTest::keyClick(dialog<TVehicleNamesDialog>()->focusWidget(), Qt::Key_Return);
     EXPECT_EQ(summary.text(0, vehicle), QStringLiteral("Van"));

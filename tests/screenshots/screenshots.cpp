@@ -11,7 +11,7 @@
 #include "support/sample_trip.h"
 #include "units/time_zone.h"
 #include "views/names_dialog.h"
-#include "views/trip_log_view.h"
+#include "views/log_view.h"
 
 #include <QApplication>
 #include <QDir>
@@ -46,7 +46,7 @@ public:
         bool taken = take("home", frame_);
         frame_.pages().show(kTripLogPage);
         taken = take("trip-log", frame_) && taken;
-        static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Report);
+        static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Report);
         taken = take("trip-report", frame_) && taken;
         static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Table);
         taken = take("trip-table", frame_) && taken;

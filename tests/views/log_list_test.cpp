@@ -1,8 +1,6 @@
 #include "views/log_list.h"
 
 #include "support/view_fixture.h"
-#include "views/log_pages.h"
-#include "views/trip_log_summary_view.h"
 
 #include <QAction>
 #include <QApplication>
@@ -91,7 +89,7 @@ TEST_F(LogListTest, CellsBeyondAShorterColumnAreEmpty) {
 TEST_F(LogListTest, TheListKeepsItsCurrentRecordWhereverItMoves) {
     test::addTrip(document_, 2'000);
     test::addTrip(document_, 3'000);
-    TTripLogSummaryView list(context_);
+    LogList list(context_, logSpec(LogId::Trips));
     list.show(&document_.trips());
     EXPECT_EQ(list.currentRow(), 1u) << "the latest trip";
     document_.trips().column<TTripLogRecordColumn>().set(0, {2'000, 0});
@@ -114,14 +112,14 @@ TEST_F(LogListTest, TheListKeepsItsCurrentRecordWhereverItMoves) {
 TEST_F(LogListTest, RemembersOrderWidthsAndSorting) {
     addTrips({900, 12'000, 3'000});
     {
-        TTripLogSummaryView list(context_);
+        LogList list(context_, logSpec(LogId::Trips));
         list.show(&document_.trips());
         const int distance = list.model().indexOf("TTripLogDistanceColumn");
         list.view().horizontalHeader()->moveSection(list.view().horizontalHeader()->visualIndex(distance), 0);
         list.view().setColumnWidth(distance, 123);
         list.view().sortByColumn(distance, Qt::DescendingOrder);
     }
-    TTripLogSummaryView list(context_);
+    LogList list(context_, logSpec(LogId::Trips));
     list.show(&document_.trips());
     const int distance = list.model().indexOf("TTripLogDistanceColumn");
     EXPECT_EQ(list.view().horizontalHeader()->visualIndex(distance), 0);
@@ -132,7 +130,7 @@ TEST_F(LogListTest, RemembersOrderWidthsAndSorting) {
 }
 
 TEST_F(LogListTest, HeadingsAreWholeWithoutRowsTooAndCommentsHaveRoom) {
-    TTripLogSummaryView list(context_);
+    LogList list(context_, logSpec(LogId::Trips));
     const QHeaderView& header = *list.view().horizontalHeader();
     for (const RowIndex rows : {0, 1}) {
         list.show(&document_.trips());
@@ -152,7 +150,7 @@ TEST_F(LogListTest, HeadingsAreWholeWithoutRowsTooAndCommentsHaveRoom) {
 
 TEST_F(LogListTest, NamesThatAreLongerGetTheRoomTheyNeedUnlessAPersonHasGivenIt) {
     test::addTrip(document_, 0);
-    TTripLogSummaryView list(context_);
+    LogList list(context_, logSpec(LogId::Trips));
     list.show(&document_.trips());
     const int vehicle = list.model().indexOf("TTripLogVinColumn");
     const int distance = list.model().indexOf("TTripLogDistanceColumn");
@@ -173,10 +171,10 @@ TEST_F(LogListTest, NamesThatAreLongerGetTheRoomTheyNeedUnlessAPersonHasGivenIt)
 TEST_F(LogListTest, CommentsAreEditedInTheListAndTakenBackInAnother) {
     test::addTrip(document_, 0);
     document_.troubles().insertRows(0, 1);
-    TTripLogSummaryView trips(context_);
+    LogList trips(context_, logSpec(LogId::Trips));
     trips.show(&document_.trips());
-    TTroubleLogView troubles(context_);
-    troubles.refresh();
+    LogList troubles(context_, logSpec(LogId::Troubles));
+    troubles.show(&document_.troubles());
     const SpreadsheetModel& model = trips.model();
     for (int column = 0; column < model.columnCount(); ++column)
         EXPECT_EQ(model.isEditable(column), model.spec(column).key == "TTripLogCommentsColumn");
@@ -185,21 +183,8 @@ TEST_F(LogListTest, CommentsAreEditedInTheListAndTakenBackInAnother) {
     EXPECT_TRUE(trips.finishEdit());
     EXPECT_EQ(document_.trips().column<TTripLogCommentsColumn>().at(0), "S");
     EXPECT_TRUE(document_.dataChanged());
-    troubles.list().commands().action(SpreadsheetCommand::Undo).trigger();
+    troubles.commands().action(SpreadsheetCommand::Undo).trigger();
     EXPECT_EQ(model.text(0, model.indexOf("TTripLogCommentsColumn")), "");
-}
-
-TEST_F(LogListTest, EveryLogIsListedAndTheOneWithoutATableIsEmpty) {
-    document_.troubles().insertRows(0, 1);
-    document_.troubles().column<TTroubleLogTroubleCodeColumn>().set(0, "P0301");
-    TTroubleLogView troubles(context_);
-    TSecurityLogView activity(context_);
-    TAccidentLogView accidents(context_);
-    for (LogPage* page : std::initializer_list<LogPage*>{&troubles, &activity, &accidents})
-        page->refresh();
-    EXPECT_EQ(troubles.list().model().index(0, 4).data().toString(), "P0301");
-    EXPECT_EQ(activity.list().model().rowCount(), 0);
-    EXPECT_EQ(accidents.list().model().rowCount(), 0);
 }
 
 } // namespace

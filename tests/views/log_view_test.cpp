@@ -1,10 +1,9 @@
-#include "views/trip_log_view.h"
+#include "views/log_view.h"
 
+#include "base/ui/qt_text.h"
 #include "report/render.h"
+#include "report/ui/report_view.h"
 #include "support/view_fixture.h"
-#include "views/trip_log_record_view.h"
-#include "views/trip_log_summary_view.h"
-#include "views/trip_log_table_view.h"
 
 #include <QAction>
 #include <QApplication>
@@ -12,6 +11,8 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QScrollBar>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QTest>
 
 namespace quobrix {
@@ -24,19 +25,20 @@ protected:
             const RowIndex row = test::addTrip(document_, 1'000'000'000 + n * 86'400);
             document_.trips().column<TTripLogRecordColumn>().set(row, {1'000'000'000 + n * 86'400, 0});
         }
-        view_ = std::make_unique<TTripLogView>(context_);
+        view_ = std::make_unique<LogView>(context_, logSpec(LogId::Trips));
         view_->resize(1000, 700);
         view_->show();
         view_->refresh();
     }
+    ReportView& report() const { return *view_->findChild<ReportView*>("TTripLogRecordView"); }
     QStringList reportTexts() const {
         QStringList texts;
-        for (const QLabel* label : view_->report().findChildren<QLabel*>())
+        for (const QLabel* label : report().findChildren<QLabel*>())
             texts += label->text();
         return texts;
     }
 
-    std::unique_ptr<TTripLogView> view_;
+    std::unique_ptr<LogView> view_;
 };
 
 TEST_F(TripLogView, IsWalkedThroughByTheKeyboard) {
@@ -51,19 +53,19 @@ TEST_F(TripLogView, IsWalkedThroughByTheKeyboard) {
     EXPECT_TRUE(reportTexts().contains("Trip 1"));
     EXPECT_FALSE(view_->findChild<QAction*>("previousTrip")->isEnabled());
 
-    view_->showView(TTripLogView::View::Table);
+    view_->showView(LogViewKind::Table);
     EXPECT_EQ(view_->title(), "View / Trip Log / Record 1 / Table");
 }
 
 TEST_F(TripLogView, ReportFollowsUnitsAndIsCopiedAsText) {
-    view_->showView(TTripLogView::View::Report);
+    view_->showView(LogViewKind::Report);
     EXPECT_TRUE(reportTexts().contains("12,000.00 m"));
     units_.setUnit(UnitTypeId::Distance, UnitId::Kilometre);
     view_->refresh();
     EXPECT_TRUE(reportTexts().filter("12,000.00 m").isEmpty());
     EXPECT_FALSE(reportTexts().filter(" km").isEmpty());
 
-    QTest::keyClick(&view_->report(), Qt::Key_C, Qt::ControlModifier);
+    QTest::keyClick(&report(), Qt::Key_C, Qt::ControlModifier);
     const TextContext text = context_.text();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
               renderText(recordReport(logSpec(LogId::Trips), document_.trips(), 2, text)));
@@ -93,14 +95,14 @@ TEST_F(TripLogView, AnotherUnitLeavesSelectionScrollingAndSorting) {
     EXPECT_EQ(list.model()->index(0, distance).data().toString(), "39,370.08 ft");
 
     view_->resize(600, 300);
-    view_->showView(TTripLogView::View::Report);
+    view_->showView(LogViewKind::Report);
     QApplication::processEvents();
-    QScrollBar& report = *view_->report().verticalScrollBar();
-    report.setValue(100);
+    QScrollBar& bar = *report().verticalScrollBar();
+    bar.setValue(100);
     units_.setUnit(UnitTypeId::Distance, UnitId::Mile);
     view_->unitsChanged();
     QApplication::processEvents();
-    EXPECT_EQ(report.value(), 100);
+    EXPECT_EQ(bar.value(), 100);
     EXPECT_FALSE(reportTexts().filter(" Miles").isEmpty());
 }
 
@@ -118,9 +120,9 @@ TEST_F(TripLogView, OffersWhatItShowsForPrinting) {
     EXPECT_EQ(two.find("\n     1  "), std::string::npos) << two;
     EXPECT_FALSE(view_->printable(RecordRange{4, 9}));
 
-    view_->showView(TTripLogView::View::Report);
+    view_->showView(LogViewKind::Report);
     EXPECT_EQ(lines(), renderText(recordReport(logSpec(LogId::Trips), document_.trips(), 2, context_.text())));
-    view_->showView(TTripLogView::View::Table);
+    view_->showView(LogViewKind::Table);
     const std::string tables = lines();
     EXPECT_TRUE(tables.starts_with("Trip 3\n\nSamples\n  ")) << tables;
     EXPECT_NE(tables.find("\nSpeed Bands\n"), std::string::npos) << tables;
@@ -131,7 +133,7 @@ TEST_F(TripLogView, OffersWhatItShowsForPrinting) {
 }
 
 TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
-    view_->showView(TTripLogView::View::Table);
+    view_->showView(LogViewKind::Table);
     const auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
     const auto header = [&](const TSpreadsheet* table, int section) {
         return table->model().headerData(section, Qt::Horizontal).toString();
@@ -151,7 +153,7 @@ TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
 }
 
 TEST_F(TripLogView, SamplesThatCannotBeReadAreNotTakenForNone) {
-    view_->showView(TTripLogView::View::Table);
+    view_->showView(LogViewKind::Table);
     auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
     const QString none = samples->view().emptyText();
     const ObjectId table = document_.trips().column<TTripLogSampleTableColumn>().at(2);
@@ -163,7 +165,7 @@ TEST_F(TripLogView, SamplesThatCannotBeReadAreNotTakenForNone) {
 }
 
 TEST_F(TripLogView, AnotherDocumentEmptiesEveryView) {
-    view_->showView(TTripLogView::View::Table);
+    view_->showView(LogViewKind::Table);
     document_.newDocument();
     view_->refresh();
     EXPECT_EQ(view_->title(), "View / Trip Log / Summary");
@@ -172,8 +174,78 @@ TEST_F(TripLogView, AnotherDocumentEmptiesEveryView) {
 
     test::addTrip(document_, 0);
     view_->refresh();
-    view_->showView(TTripLogView::View::Table);
+    view_->showView(LogViewKind::Table);
     EXPECT_EQ(view_->findChild<TSpreadsheet*>("TTripLogSampleTable")->model().rowCount(), 61);
+}
+
+class EveryLog : public test::ViewTest {
+protected:
+    static std::string text(const QWidget& widget) { return widget.accessibleName().toStdString(); }
+};
+
+TEST_F(EveryLog, IsAPageOfTheSameMake) {
+    document_.store().singleton<TAccidentLogTable>();
+    test::addTrip(document_, 1'000'000'000);
+    test::addTrip(document_, 1'000'100'000);
+    for (const LogId id : {LogId::Troubles, LogId::Activity, LogId::Accidents})
+        document_.log(logSpec(id))->insertRows(0, 2);
+    document_.troubles().column<TTroubleLogTroubleCodeColumn>().set(1, "P0301");
+    struct Case {
+        LogId id;
+        const char *name, *tabs, *stem, *nextText, *current, *none, *reportTitle;
+    };
+    const Case cases[] = {{LogId::Trips, "TTripLog", "Summary,Report,Plot,Table", "Trip", "Next trip", "Trip 2 of 2",
+                           "No trips", "View / Trip Log / Record 2 / Report"},
+                          {LogId::Troubles, "TTroubleLog", "Summary,Record", "Trouble", "Next trouble code",
+                           "Problem 2 of 2", "No trouble codes", "View / Vehicle Trouble Log / Record 2"},
+                          {LogId::Activity, "TSecurityLog", "Summary,Record", "Activity", "Next event", "Event 2 of 2",
+                           "No events", "View / Activity Log / Record 2"},
+                          {LogId::Accidents, "TAccidentLog", "Summary,Report", "Accident", "Next severe stop",
+                           "Stop 2 of 2", "No severe stops", "View / Accident Log / Record 2 / Report"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const LogSpec& spec = logSpec(c.id);
+        LogView page(context_, spec);
+        page.refresh();
+        EXPECT_EQ(page.objectName(), QLatin1String(c.name) + "View");
+        EXPECT_EQ(text(page), spec.title);
+        EXPECT_EQ(page.title(), "View / " + toQt(spec.title) + " / Summary");
+        EXPECT_EQ(page.summary().objectName(), QLatin1String(c.name) + "SummaryView");
+        const auto& tabs = *page.findChild<QTabWidget*>(toQt(spec.recordName) + "LogViews");
+        QStringList names;
+        for (int i = 0; i < tabs.count(); ++i) {
+            names << tabs.tabText(i).remove('&');
+            EXPECT_EQ(tabs.isTabEnabled(i), names.back() != "Plot") << i;
+        }
+        EXPECT_EQ(names.join(','), c.tabs);
+        EXPECT_EQ(page.findChild<QLabel*>(QLatin1String("current") + c.stem)->text(), c.current);
+        auto* next = page.findChild<QAction*>(QLatin1String("next") + c.stem);
+        EXPECT_EQ(next->text(), c.nextText);
+        EXPECT_FALSE(next->isEnabled());
+        EXPECT_TRUE(page.findChild<QAction*>(QLatin1String("previous") + c.stem)->isEnabled());
+
+        emit page.summary().rowActivated(1);
+        EXPECT_EQ(page.title(), c.reportTitle);
+        const auto* report = page.findChild<ReportView*>(QLatin1String(c.name) + "RecordView");
+        EXPECT_EQ(renderText(report->report()), renderText(*page.printable({})));
+        EXPECT_EQ(report->report().title, recordTitle(spec, *document_.log(spec), 1, context_.text()));
+        page.findChild<QAction*>(QLatin1String("previous") + c.stem)->trigger();
+        EXPECT_EQ(report->report().title, recordTitle(spec, *document_.log(spec), 0, context_.text()));
+        EXPECT_TRUE(next->isEnabled());
+        page.showCell(spec.comments->name, 1);
+        EXPECT_EQ(page.title(), "View / " + toQt(spec.title) + " / Summary");
+        EXPECT_EQ(page.summary().currentRow(), 1u);
+    }
+    document_.newDocument(); // which has no accident log at all
+    for (const Case& c : cases) {
+        LogView page(context_, logSpec(c.id));
+        page.refresh();
+        EXPECT_EQ(page.summary().model().rowCount(), 0);
+        EXPECT_EQ(page.findChild<QLabel*>(QLatin1String("current") + c.stem)->text(), c.none);
+        page.showView(LogViewKind::Report);
+        EXPECT_FALSE(page.printable({}));
+        EXPECT_TRUE(page.title().endsWith(" / Summary")) << "there is no record to report";
+    }
 }
 
 } // namespace

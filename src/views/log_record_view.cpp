@@ -1,0 +1,21 @@
+#include "views/log_record_view.h"
+
+#include "base/ui/qt_text.h"
+
+namespace quobrix {
+
+LogRecordView::LogRecordView(const ViewContext& context, const LogSpec& spec, QWidget* parent)
+    : ReportView(parent), context_(context), spec_(spec) {
+    setObjectName(toQt(spec.viewName("RecordView")));
+    setAccessibleName(toQt(spec.recordHeading() + " Report"));
+    showRecord(nullptr, std::nullopt);
+}
+
+void LogRecordView::showRecord(const Table* log, std::optional<RowIndex> row) {
+    if (row)
+        return setReport(recordReport(spec_, *log, *row, context_.text()));
+    setReport({"No " + std::string(spec_.record),
+               {Paragraph{"There are no " + std::string(spec_.records) + " in this file yet."}}});
+}
+
+} // namespace quobrix

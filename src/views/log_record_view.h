@@ -1,0 +1,24 @@
+#pragma once
+
+#include "report/ui/report_view.h"
+#include "views/page.h"
+#include "views/record_view.h"
+
+namespace quobrix {
+
+/// The report of one record.
+class LogRecordView final : public ReportView, public RecordView {
+public:
+    /// SPEC must outlive the view.
+    LogRecordView(const ViewContext& context, const LogSpec& spec, QWidget* parent = nullptr);
+
+    QWidget& widget() override { return *this; }
+    void showRecord(const Table* log, std::optional<RowIndex> row) override;
+    Report printable() const override { return report(); }
+
+private:
+    ViewContext context_;
+    const LogSpec& spec_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,45 @@
+#include "views/log_table_view.h"
+
+#include "base/ui/qt_text.h"
+
+namespace quobrix {
+
+LogTableView::LogTableView(const ViewContext& context, const LogSpec& spec, QWidget* parent)
+    : QTabWidget(parent), context_(context), spec_(spec) {
+    setObjectName(toQt(spec.viewName("TableView")));
+    setAccessibleName(toQt(spec.recordHeading() + " Tables"));
+    setTabPosition(QTabWidget::South);
+    setDocumentMode(true);
+    for (const RecordTable& table : spec.tables(nullptr, std::nullopt, context.text())) {
+        tables_.push_back(new TSpreadsheet(context.spreadsheet(),
+                                           {std::string(table.name), toQt(table.title), toQt(table.emptyText)}));
+        addTab(tables_.back(), toQt(table.title));
+    }
+}
+
+void LogTableView::showRecord(const Table* log, std::optional<RowIndex> row) {
+    title_ = row ? recordTitle(spec_, *log, *row, context_.text()) : std::string();
+    std::vector<RecordTable> tables = spec_.tables(log, row, context_.text());
+    for (std::size_t i = 0; i < tables_.size(); ++i) {
+        std::vector<ShownColumn> columns;
+        for (const RecordTable::Shown& shown : tables[i].columns)
+            columns.push_back({shown.column, toQt(shown.heading)});
+        SpreadsheetModel::RowTitle rowTitle;
+        if (tables[i].rowTitle)
+            rowTitle = [title = std::move(tables[i].rowTitle)](RowIndex at) { return toQt(title(at)); };
+        tables_[i]->setColumns(std::move(columns), std::move(rowTitle));
+        tables_[i]->view().setEmptyText(toQt(tables[i].emptyText));
+    }
+}
+
+Report LogTableView::printable() const {
+    Report report{title_, {}};
+    for (TSpreadsheet* table : tables_)
+        if (Grid grid = shownCells(*table); !grid.rows.empty()) {
+            report.blocks.push_back(Heading{tabText(indexOf(table)).toStdString()});
+            report.blocks.push_back(std::move(grid));
+        }
+    return report;
+}
+
+} // namespace quobrix

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "views/page.h"
+#include "views/record_view.h"
+
+#include <QTabWidget>
+
+#include <vector>
+
+namespace quobrix {
+
+/// The tables of one record, such as the samples of a trip.
+class LogTableView final : public QTabWidget, public RecordView {
+public:
+    /// SPEC, whose records must have tables, must outlive the view.
+    LogTableView(const ViewContext& context, const LogSpec& spec, QWidget* parent = nullptr);
+
+    QWidget& widget() override { return *this; }
+    void showRecord(const Table* log, std::optional<RowIndex> row) override;
+    /// The tables that have rows.
+    Report printable() const override;
+
+private:
+    ViewContext context_;
+    const LogSpec& spec_;
+    std::string title_;
+    std::vector<TSpreadsheet*> tables_;
+};
+
+} // namespace quobrix

@@ -1,0 +1,190 @@
+#include "views/log_view.h"
+
+#include "base/ui/qt_text.h"
+#include "model/quobrix_document.h"
+#include "units/unit_system.h"
+#include "views/log_record_view.h"
+#include "views/log_table_view.h"
+
+#include <QAction>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QShortcut>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QToolButton>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+QToolButton* arrowButton(QAction* action, Qt::ArrowType arrow) {
+    auto* result = new QToolButton;
+    result->setDefaultAction(action);
+    result->setArrowType(arrow);
+    result->setAutoRaise(true);
+    result->setObjectName(action->objectName() + QStringLiteral("Button"));
+    result->setAccessibleName(action->text());
+    return result;
+}
+
+/// "previousTrip" …
+QString partName(const char* prefix, const LogSpec& spec) {
+    QString name = toQt(spec.recordName);
+    name[0] = name[0].toUpper();
+    return QLatin1String(prefix) + name;
+}
+
+} // namespace
+
+LogView::LogView(const ViewContext& context, const LogSpec& spec)
+    : context_(context), spec_(spec), summary_(new LogList(context, spec)), tabs_(new QTabWidget) {
+    setObjectName(toQt(spec.viewName("View")));
+    setAccessibleName(toQt(spec.title));
+    tabs_->setObjectName(toQt(spec.recordName) + QStringLiteral("LogViews"));
+    tabs_->setDocumentMode(true);
+    for (const LogViewSpec& view : spec.views())
+        addView(view);
+    tabs_->setCornerWidget(makeNavigator());
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(tabs_);
+
+    connect(summary_, &TSpreadsheet::currentRowChanged, this, &LogView::currentRecordChanged);
+    connect(summary_, &TSpreadsheet::rowActivated, this, [this] { showView(LogViewKind::Report); });
+    connect(summary_, &TSpreadsheet::orderChanged, this, &LogView::currentRecordChanged);
+    // Names and comments are edited elsewhere, too.
+    connect(&summary_->model(), &QAbstractItemModel::dataChanged, this, [this] {
+        showRecordName();
+        if (tab().spec.kind == LogViewKind::Report)
+            showCurrentRecord();
+    });
+    connect(tabs_, &QTabWidget::currentChanged, this, [this] {
+        showCurrentRecord();
+        setFocusProxy(tabs_->currentWidget());
+        focusView();
+        emit titleChanged();
+    });
+    auto* back = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    back->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(back, &QShortcut::activated, this, [this] { showView(LogViewKind::Summary); });
+    setFocusProxy(summary_);
+}
+
+void LogView::addView(const LogViewSpec& spec) {
+    RecordView* view = nullptr;
+    if (spec.kind == LogViewKind::Report)
+        view = new LogRecordView(context_, spec_);
+    else if (spec.kind == LogViewKind::Table)
+        view = new LogTableView(context_, spec_);
+    views_.push_back({spec, view});
+    const bool summary = spec.kind == LogViewKind::Summary;
+    const int place = tabs_->addTab(summary ? summary_ : view ? &view->widget() : new QWidget, toQt(spec.tab));
+    if (!summary && !view) {
+        tabs_->setTabEnabled(place, false);
+        tabs_->setTabToolTip(place, QStringLiteral("This is not available yet."));
+    }
+}
+
+QWidget* LogView::makeNavigator() {
+    const auto action = [this](const char* name, const char* text, Qt::Key key, int direction) {
+        auto* result = new QAction(toQt(text) + QLatin1Char(' ') + toQt(spec_.record), this);
+        result->setObjectName(partName(name, spec_));
+        result->setShortcut(QKeySequence(Qt::ALT | key));
+        result->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        result->setToolTip(
+            QStringLiteral("%1 (%2)").arg(result->text(), result->shortcut().toString(QKeySequence::NativeText)));
+        connect(result, &QAction::triggered, this, [this, direction] { step(direction); });
+        addAction(result);
+        return result;
+    };
+    previous_ = action("previous", "Previous", Qt::Key_Left, -1);
+    next_ = action("next", "Next", Qt::Key_Right, 1);
+    record_ = new QLabel;
+    record_->setObjectName(partName("current", spec_));
+    auto* navigator = new QWidget;
+    auto* layout = new QHBoxLayout(navigator);
+    layout->setContentsMargins(0, 0, 8, 0);
+    layout->setSpacing(4);
+    layout->addWidget(arrowButton(previous_, Qt::LeftArrow));
+    layout->addWidget(record_);
+    layout->addWidget(arrowButton(next_, Qt::RightArrow));
+    return navigator;
+}
+
+const LogView::Tab& LogView::tab() const { return views_[static_cast<std::size_t>(tabs_->currentIndex())]; }
+
+const Table* LogView::log() const { return context_.document.log(spec_); }
+
+QString LogView::title() const {
+    const auto row = summary_->currentRow();
+    return toQt(row ? viewTitle(spec_, tab().spec, context_.units.formatInteger(static_cast<std::int64_t>(*row) + 1))
+                    : viewTitle(spec_, views_.front().spec, {}));
+}
+
+void LogView::refresh() { summary_->show(log()); }
+
+void LogView::showCell(std::string_view columnKey, RowIndex row) {
+    showView(LogViewKind::Summary);
+    summary_->showCell(columnKey, row);
+}
+
+void LogView::unitsChanged() {
+    retextTables(*this);
+    emit titleChanged();
+}
+
+std::optional<Report> LogView::printable(const std::optional<RecordRange>& range) const {
+    const RecordView* view = tab().view;
+    return view && summary_->currentRow() ? view->printable() : summary_->printable(range);
+}
+
+void LogView::showView(LogViewKind kind) {
+    const auto view = std::ranges::find(views_, kind, [](const Tab& tab) { return tab.spec.kind; });
+    if (view != views_.end())
+        tabs_->setCurrentIndex(static_cast<int>(view - views_.begin()));
+}
+
+void LogView::step(int direction) {
+    const auto row = summary_->currentRow();
+    if (const auto other = row ? summary_->neighbour(*row, direction) : std::nullopt)
+        summary_->setCurrentRow(*other);
+}
+
+void LogView::currentRecordChanged() {
+    const auto row = summary_->currentRow();
+    for (std::size_t i = 0; i < views_.size(); ++i)
+        if (views_[i].view)
+            tabs_->setTabEnabled(static_cast<int>(i), row.has_value());
+    if (!row)
+        showView(LogViewKind::Summary);
+    previous_->setEnabled(row && summary_->neighbour(*row, -1));
+    next_->setEnabled(row && summary_->neighbour(*row, 1));
+    showRecordName();
+    showCurrentRecord();
+    emit titleChanged();
+}
+
+void LogView::showRecordName() {
+    const auto row = summary_->currentRow();
+    const Table* table = log();
+    record_->setText(row && table
+                         ? QStringLiteral("%1 of %2")
+                               .arg(toQt(recordTitle(spec_, *table, *row, context_.text())),
+                                    toQt(context_.units.formatInteger(static_cast<std::int64_t>(table->rowCount()))))
+                         : QStringLiteral("No ") + toQt(spec_.records));
+}
+
+void LogView::showCurrentRecord() {
+    if (RecordView* view = tab().view)
+        view->showRecord(log(), summary_->currentRow());
+}
+
+/// Whoever opened a view by its tab stays on the tab.
+void LogView::focusView() {
+    if (!tabs_->tabBar()->hasFocus())
+        tabs_->currentWidget()->setFocus();
+}
+
+} // namespace quobrix

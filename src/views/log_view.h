@@ -1,0 +1,60 @@
+#pragma once
+
+#include "views/log_list.h"
+#include "views/record_view.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QAction;
+class QLabel;
+class QTabWidget;
+
+namespace quobrix {
+
+/// A log: the list of its records, and the views of the one that is current in it. Enter in the list opens its report,
+/// Escape goes back to the list, Alt+Left and Alt+Right go to its neighbours in the order of the list.
+class LogView final : public Page {
+public:
+    /// SPEC must outlive the page.
+    LogView(const ViewContext& context, const LogSpec& spec);
+
+    QString title() const override;
+    void refresh() override;
+    void showCell(std::string_view columnKey, RowIndex row) override;
+    void unitsChanged() override;
+    std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
+    /// Nothing happens if the log has no such view.
+    void showView(LogViewKind kind);
+
+    LogList& summary() { return *summary_; }
+
+private:
+    /// A tab. Those without a view, but for the summary, are not there yet.
+    struct Tab {
+        const LogViewSpec& spec;
+        RecordView* view;
+    };
+
+    void addView(const LogViewSpec& spec);
+    QWidget* makeNavigator();
+    const Tab& tab() const;
+    const Table* log() const;
+    void step(int direction);
+    void currentRecordChanged();
+    void showRecordName();
+    void showCurrentRecord();
+    void focusView();
+
+    ViewContext context_;
+    const LogSpec& spec_;
+    LogList* summary_;
+    QTabWidget* tabs_;
+    std::vector<Tab> views_; ///< in the order of the tabs
+    QLabel* record_ = nullptr;
+    QAction* previous_ = nullptr;
+    QAction* next_ = nullptr;
+};
+
+} // namespace quobrix
