@@ -118,7 +118,7 @@ ExitCode repair(const CheckOptions& options) {
         return kFailed;
     };
     const fs::path path = pathFromUtf8(options.file);
-    // Nothing is written to it, but nobody else shall meanwhile.
+    // Nothing is written to it, but nobody else may write to it meanwhile.
     Result<std::unique_ptr<File>> file = openFile(path, FileMode::ReadWrite);
     if (!file && file.error().kind == ErrorKind::AccessDenied)
         file = openFile(path, FileMode::Read);

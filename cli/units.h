@@ -15,7 +15,7 @@ class UserUnits {
 public:
     explicit UserUnits(TextLocale locale) : system_(std::move(locale)) {}
 
-    /// Takes the system NAME; without one that which the window program uses. Complains about failures; a remembered
+    /// Takes the system NAME; without one, the one that the window program uses. Complains about failures; a remembered
     /// system that cannot be had is only told about.
     ExitCode load(const std::optional<std::string>& name);
 

@@ -456,7 +456,7 @@ int32_t QuobrixGetLogBuffer(int32_t mode, void** mainBuffer, void** accidentBuff
         }
         return result;
     }
-    // Off unless asked for: a download repeated right away shall find nothing new.
+    // Off unless asked for: a download repeated right away must find nothing new.
     if (logged)
         tell(
             [](Logger& logger) {

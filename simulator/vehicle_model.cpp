@@ -116,7 +116,7 @@ std::vector<Leg> makeRoute(Journey journey, double briskness, Random& random) {
         addRoad(route, kCity, random.uniform(800, 2500), briskness, random);
     route.back().endSpeed = 0;
     route.back().wait = random.uniform(2, 20);
-    // Rarely the traffic ahead stands still all of a sudden.
+    // Rarely the traffic ahead suddenly stands still.
     if (random.chance(0.03 * briskness)) {
         Leg& leg = route[static_cast<std::size_t>(random.integer(0, static_cast<std::int32_t>(route.size()) - 1))];
         leg.speed = std::max(leg.speed, 55.0);

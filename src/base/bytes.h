@@ -13,8 +13,8 @@ namespace quobrix {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
-/// Reads little-endian values from bytes of outside and cannot overrun: past the end it yields zeros and remembers it.
-/// The caller asks complete() once, before believing anything.
+/// Reads little-endian values from bytes from outside and cannot overrun: past the end it yields zeros and remembers
+/// it. The caller asks complete() once, before believing anything.
 class ByteReader {
 public:
     explicit ByteReader(ByteView bytes) : bytes_(bytes) {}

@@ -18,8 +18,8 @@ struct Run {
 
 /// When a released sector may be allocated again.
 enum class Reuse {
-    AtOnce, ///< its place in the file is never written over: a mini sector, whose page goes elsewhere when it changes
-    AfterCommit ///< when no header on disk leads to it any more
+    Immediately, ///< a mini sector: its page goes elsewhere when it changes, so nothing is written over
+    AfterCommit  ///< when no header on disk leads to it any more
 };
 
 /// An allocation table of the file, the FAT or the mini FAT: for each sector the next one of its chain, or a mark.

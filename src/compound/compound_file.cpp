@@ -344,13 +344,13 @@ Result<void> CompoundFileEngine::turnHeader(bool& certain) {
     tables_.commit(header, snapshots_ > 0);
     committedSize_ = fileSize_;
     changed_ = false;
-    cutLitter();
+    removeLeftovers();
     return {};
 }
 
 /// Sectors behind the end of the allocation table are what a save that was killed has left: no state leads to them.
 /// They stay while somebody may be reading them, and in a damaged file, where they may be what is missing.
-void CompoundFileEngine::cutLitter() {
+void CompoundFileEngine::removeLeftovers() {
     const std::uint64_t end = sectorOffset(tables_.fat.end());
     if (snapshots_ == 0 && !tables_.anyDamaged() && end < fileSize_ && file_->resize(end))
         fileSize_ = committedSize_ = end;

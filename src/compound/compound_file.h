@@ -24,8 +24,8 @@ public:
     /// An empty compound file over an empty file. Nothing is valid on disk before the first commit().
     static Result<std::unique_ptr<CompoundFile>> create(std::unique_ptr<File> file);
 
-    /// A stream may be called so: 1 to 31 characters, none of them NUL, half a surrogate pair or one that the format
-    /// keeps out of names.
+    /// Whether a stream may have this name: 1 to 31 characters, none of them NUL, half a surrogate pair or one that the
+    /// format keeps out of names.
     static bool nameAllowed(std::string_view name);
 
     virtual ~CompoundFile() = default;
@@ -34,7 +34,7 @@ public:
     /// The names of all streams of the root storage, in directory order. Streams within inner storages (foreign
     /// files) are left alone and not listed.
     virtual std::vector<std::string> names() const = 0;
-    /// The whole stream, in place of CONTENT, whose memory is used again. NotFound, or Corrupt when its chain is
+    /// The whole stream, in place of CONTENT, whose memory is reused. NotFound, or Corrupt when its chain is
     /// broken; CONTENT is then of no use.
     virtual Result<void> read(std::string_view name, Bytes& content) const = 0;
     /// The same in memory of its own.
@@ -61,7 +61,7 @@ public:
     virtual Result<void> writable() const = 0;
 
     /// Writes the file as it was last committed to TARGET, an empty file, durably. It is read through the handle that
-    /// has been open all the time, so it works even when the path has come to lead elsewhere. Other threads may read,
+    /// has been open all the time, so it works even when the path now leads elsewhere. Other threads may read,
     /// write and commit meanwhile: what is copied is the state at the beginning.
     virtual Result<void> copyTo(File& target) const = 0;
     /// The same without unused sectors: builds a new compound file of the committed streams, those of the mini stream

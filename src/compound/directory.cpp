@@ -8,9 +8,9 @@ namespace quobrix::cfb {
 
 namespace {
 
-/// So many new entries for each old one are quicker built into a new tree than inserted one by one.
+/// With this many new entries for each old one, a new tree is built more quickly than they are inserted.
 constexpr std::uint32_t kManyAdded = 2;
-/// A large index lies outside the processor's cache: so many places are asked for before they are needed.
+/// A large index lies outside the processor's cache: this many places are fetched before they are needed.
 constexpr std::size_t kPrefetched = 8;
 
 } // namespace
@@ -19,7 +19,7 @@ Directory::Directory() : treeChecked_(true) {
     appendPage();
     freeSlots_.pop_back();
     std::uint8_t* root = change(0);
-    constexpr std::u16string_view kRootName = u"Root Entry"; // MS-CFB 2.6.2 wants it so
+    constexpr std::u16string_view kRootName = u"Root Entry"; // as MS-CFB 2.6.2 requires
     for (std::uint32_t i = 0; i < kRootName.size(); ++i)
         store16(root + entry::kName + 2 * i, kRootName[i]);
     store16(root + entry::kNameBytes, static_cast<std::uint16_t>(2 * kRootName.size() + 2));
@@ -265,7 +265,7 @@ void Directory::erase(std::uint32_t index) {
     members_.erase(index);
     --memberCount_;
     if (const auto behind = hidden_.find(index); behind != hidden_.end()) {
-        // Nothing hides it any more: who opens the file next finds it.
+        // Nothing hides it any more: whoever opens the file next finds it.
         names_.replace(name(index).hash(), index, behind->second);
         addMember(behind->second);
         hidden_.erase(behind);
@@ -301,7 +301,7 @@ void Directory::setRed(std::uint32_t index, bool red) {
 }
 
 std::uint32_t Directory::find(EntryName name) const {
-    // Objects are asked for in the order in which they were written, most often: then the next entry is the one.
+    // Objects are mostly asked for in the order in which they were written: then it is the next entry.
     const std::uint32_t next = lastFound_ + 1;
     if (next < count() && isMember(next) && compareNames(this->name(next), name) == 0)
         return lastFound_ = next;

@@ -65,7 +65,7 @@ private:
     Result<void> flush() QUOBRIX_REQUIRES(changing_, mutex_);
     Result<void> writeEverything() QUOBRIX_REQUIRES(changing_, mutex_);
     Result<void> turnHeader(bool& certain) QUOBRIX_REQUIRES(changing_, mutex_);
-    void cutLitter() QUOBRIX_REQUIRES(changing_, mutex_);
+    void removeLeftovers() QUOBRIX_REQUIRES(changing_, mutex_);
     Result<void> ready() QUOBRIX_REQUIRES(changing_, mutex_);
     Result<void> unlessFailed(Result<void> done, bool certain) QUOBRIX_REQUIRES(changing_, mutex_);
     void rollBack(bool certain) QUOBRIX_REQUIRES(changing_, mutex_);

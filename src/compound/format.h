@@ -14,7 +14,7 @@ inline constexpr std::uint32_t kMiniSectorSize = 64;
 inline constexpr std::uint32_t kMiniSectorsPerPage = kSectorSize / kMiniSectorSize;
 /// Streams shorter than this lie in the mini stream.
 inline constexpr std::uint32_t kMiniCutoff = 4096;
-/// Marks a page of an allocation table or a DIFAT sector holds: 32-bit numbers.
+/// How many 32-bit numbers a page of an allocation table or a DIFAT sector holds.
 inline constexpr std::uint32_t kMarksPerPage = kSectorSize / 4;
 /// The last number of a DIFAT sector leads to the next one.
 inline constexpr std::uint32_t kFatPagesPerDifat = kMarksPerPage - 1;

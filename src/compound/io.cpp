@@ -6,7 +6,7 @@ namespace quobrix::cfb {
 
 namespace {
 
-constexpr std::size_t kAhead = 32 * 1024; ///< read at once where reading is sequential
+constexpr std::size_t kAhead = 32 * 1024; ///< read in one call where reading is sequential
 constexpr std::size_t kAlone = 4 * 1024;  ///< elsewhere: a disk page
 
 } // namespace

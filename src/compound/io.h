@@ -10,7 +10,7 @@
 namespace quobrix::cfb {
 
 /// Reads a file's bytes through a few windows that run ahead of sequential reading. Streams that were written in a row
-/// lie in a row, those of the mini stream and the large ones each for themselves, so reading them all needs few calls.
+/// lie in a row (the mini stream's and the large ones separately), so reading them all needs few calls.
 class ReadCache {
 public:
     /// Adds SIZE bytes from OFFSET on to OUT. FILE_SIZE (bytes) bounds the reading ahead.
@@ -29,12 +29,12 @@ private:
     std::uint64_t clock_ = 0;
 };
 
-/// Another's file that programs may write to meanwhile, for reading it as it was when it began with HEADER, its first
-/// sector. What a later save may have written is Changed, and so is everything from then on.
+/// A file that other programs may write to meanwhile, read as it was when it began with HEADER, its first sector. What
+/// a later save may have written is Changed, and so is everything from then on.
 ///
-/// The header is compared after each read: sectors that it leads to are used anew only once the next one is durable
-/// (see CompoundFileEngine), so while it is there, nothing younger has been read. It counts the commits and never
-/// returns.
+/// The header is compared after each read: sectors that it leads to are reused only once the next one is durable
+/// (see CompoundFileEngine), so while it is unchanged, nothing newer has been read. It counts the commits and so
+/// never repeats.
 class WatchedFile final : public ForwardingFile {
 public:
     WatchedFile(File& file, Bytes header) : ForwardingFile(file), header_(std::move(header)) {}
@@ -42,7 +42,7 @@ public:
     Result<void> writeAt(std::uint64_t, ByteView) override { return refused(); }
     Result<void> resize(std::uint64_t) override { return refused(); }
     Result<void> flush() override { return refused(); }
-    /// A read has failed so. May be asked by any thread.
+    /// A read has failed with Changed. May be asked by any thread.
     bool changed() const { return changed_; }
 
 private:

@@ -6,13 +6,13 @@ namespace quobrix::cfb {
 
 namespace {
 
-/// Whom a sector belongs to: an entry's index, or one of these.
+/// Who owns a sector: an entry's index, or one of these.
 constexpr std::uint32_t kNobody = 0xFFFFFFFF;
 constexpr std::uint32_t kStructure = 0xFFFFFFFE;
 
 std::uint32_t marksIn(const Pages& table) { return table.count() * kMarksPerPage; }
 
-/// Follows chains, and sees when two of them, or two turns of one, meet in a sector: so every walk ends.
+/// Follows chains and notices when two of them, or two turns of one, meet in a sector, so that every walk ends.
 class Claims {
 public:
     /// MARKS: the table; COUNT: how many sectors there really are; MOST_SECTORS: how many there can ever be.
@@ -56,7 +56,7 @@ public:
             claimedFree_.insert(sector);
     }
 
-    /// Where chains lead that leave what is there.
+    /// Where chains lead that run past the end of the file.
     const std::set<std::uint32_t>& astray() const { return astray_; }
     const SectorSet& claimedFree() const { return claimedFree_; }
 

@@ -8,7 +8,7 @@
 
 namespace quobrix::cfb {
 
-/// What a compound file on disk says, checked: every sector is claimed once, and no chain leads astray.
+/// What a compound file on disk says, checked: every sector is claimed once, and no chain leads outside the file.
 struct Layout {
     Sector header{};
     Pages fat;                                  ///< marks

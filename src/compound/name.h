@@ -18,7 +18,7 @@ public:
     char16_t operator[](std::uint32_t i) const { return load16(units_ + 2 * i); }
     /// In UTF-8.
     std::string text() const;
-    /// Equal for names that are one name; another in every run of the program.
+    /// Equal for names that count as one; different in every run of the program.
     std::uint32_t hash() const;
 
 private:

@@ -30,7 +30,7 @@ public:
     void grow(std::uint32_t count, std::uint8_t filling);
     /// How many new pages can lie side by side in memory, at least one.
     std::uint32_t room() const { return kBlockPages - count_ % kBlockPages; }
-    /// COUNT new pages, at most room(), to be filled at once.
+    /// COUNT new pages, at most room(), to be filled before more are added.
     std::span<std::uint8_t> append(std::uint32_t count);
 
     /// The pages that differ from the committed state, new ones included, in ascending order.

@@ -48,7 +48,7 @@ void Tables::releaseContent(std::uint32_t index) {
     directory.setContent(index, kEndOfChain, 0);
 }
 
-/// Sees to it that CHAIN has COUNT pages and that none of the changed pages lies in a held sector.
+/// Makes sure that CHAIN has COUNT pages and that none of the changed pages lies in a held sector.
 Result<void> Tables::movePages(std::vector<std::uint32_t>& chain, const std::vector<std::uint32_t>& changed,
                                std::uint32_t count) {
     std::vector<std::uint32_t> moving;

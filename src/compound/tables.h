@@ -11,7 +11,7 @@
 namespace quobrix::cfb {
 
 /// Directory, FAT and mini FAT in memory, and the sectors in which their pages and those of the mini stream lie: what
-/// the header leads to. They are changed at once; commit() and rollBack() end a transaction.
+/// the header leads to. They change immediately; commit() and rollBack() end a transaction.
 class Tables {
 public:
     /// Those of a file that has no header yet.
@@ -20,7 +20,7 @@ public:
 
     Directory directory;
     AllocationTable fat{kMostSectors, Reuse::AfterCommit};
-    AllocationTable miniFat{kMostMiniSectors, Reuse::AtOnce};
+    AllocationTable miniFat{kMostMiniSectors, Reuse::Immediately};
 
     /// Tables or directory are damaged, or the file's end is missing: what is left can be read, but nothing can be
     /// written safely.
@@ -37,7 +37,7 @@ public:
 
     /// Where the pages of the mini stream lie, as far as it has been settled.
     const std::vector<std::uint32_t>& miniStream() const { return miniStreamChain_; }
-    /// Sees to it that every page of the mini stream has a sector, and those in CHANGED, in ascending order, one that
+    /// Makes sure that every page of the mini stream has a sector, and those in CHANGED, in ascending order, one that
     /// no state on disk leads to.
     Result<void> settleMiniStream(const std::vector<std::uint32_t>& changed);
     /// The same for the pages of the tables. Nothing may change between this and commit().
@@ -52,7 +52,7 @@ public:
     Sector nextHeader() const;
     /// HEADER is durable. COPYING: somebody may still read the state that it replaces.
     void commit(const Sector& header, bool copying);
-    /// Everything is as it was committed. Unless CERTAIN, the file may have come to the other state all the same.
+    /// Everything is as it was committed. Unless CERTAIN, the file may be in the other state all the same.
     void rollBack(bool certain);
 
 private:

@@ -80,7 +80,7 @@ private:
         }
     }
 
-    /// What hung as NODE below the first DEPTH ancestors of the path becomes WITH.
+    /// Replaces NODE, which hangs below the first DEPTH ancestors of the path, by WITH.
     void replace(std::size_t depth, std::uint32_t node, std::uint32_t with) {
         if (depth == 0)
             directory_.setLink(kRoot, entry::kChild, with);
@@ -88,7 +88,7 @@ private:
             setChild(path_[depth - 1], sideOf(path_[depth - 1], node), with);
     }
 
-    /// NODE, below the first DEPTH ancestors, goes down to SIDE, and its child of the other side up.
+    /// Rotates NODE, below the first DEPTH ancestors, down to SIDE; its child of the other side goes up.
     std::uint32_t rotate(std::size_t depth, std::uint32_t node, Side side) {
         const std::uint32_t up = child(node, opposite(side));
         setChild(node, opposite(side), child(up, side));

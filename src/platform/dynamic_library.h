@@ -10,8 +10,8 @@ namespace quobrix {
 /// A library loaded at run time; it stays loaded as long as this object lives.
 class DynamicLibrary {
 public:
-    /// PATH is absolute: a bare name would be sought in the current folder or the system's. NotFound when there is no
-    /// such file, Unsupported when it cannot be loaded (another machine, a missing library).
+    /// PATH is absolute: a bare name would be looked for in the current folder or the system's. NotFound when there is
+    /// no such file, Unsupported when it cannot be loaded (another machine, a missing library).
     static Result<DynamicLibrary> open(const std::filesystem::path& path);
 
     /// The function or datum called NAME, or null.

@@ -32,7 +32,7 @@ std::optional<std::string> environmentVariable(const char* name) {
     const std::wstring wideName = wide(name);
     std::wstring value(GetEnvironmentVariableW(wideName.c_str(), nullptr, 0), L'\0'); // and its NUL
     const DWORD length = GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size()));
-    if (length == 0 || length >= value.size()) // not set, empty, or longer all of a sudden
+    if (length == 0 || length >= value.size()) // not set, empty, or longer than a moment ago
         return std::nullopt;
     value.resize(length);
     return narrow(value);

@@ -30,7 +30,7 @@ public:
     /// A hint for a flush() to come: what lies before END (bytes) may go to the disk while more is written behind it.
     /// Waits for nothing and promises nothing.
     virtual void startFlush([[maybe_unused]] std::uint64_t end) {}
-    /// Of a file that was opened to be written: nobody else can open it so. False where the file system has no locks.
+    /// Of a file that was opened for writing: nobody else can do the same. False where the file system has no locks.
     virtual bool locked() const { return true; }
 };
 

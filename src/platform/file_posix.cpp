@@ -42,7 +42,7 @@ ErrorKind kindOf(int code) {
     }
 }
 
-constexpr std::size_t kMostParts = 1024; // what Linux and the BSDs take at once (IOV_MAX)
+constexpr std::size_t kMostParts = 1024; // what Linux and the BSDs take in one call (IOV_MAX)
 
 class PosixFile final : public File {
 public:

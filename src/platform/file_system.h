@@ -42,8 +42,8 @@ enum class IfThere {
 class ReplacementFile {
 public:
     /// Makes the temporary file, locked like every written file, in the folder of TARGET (links followed). It has the
-    /// permissions of LIKE if that exists (but its owner may write it), so that nobody reads what is hidden from him;
-    /// an empty LIKE is the target.
+    /// permissions of LIKE if that exists (but its owner may write it), so that nobody can read what they could not
+    /// read before; an empty LIKE is the target.
     static Result<ReplacementFile> create(const std::filesystem::path& target, const std::filesystem::path& like = {},
                                           FileSystem& files = FileSystem::system());
 

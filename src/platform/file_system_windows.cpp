@@ -117,7 +117,7 @@ Result<void> renameOver(const std::filesystem::path& from, const std::filesystem
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
         !SetFileAttributesW(to.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
         return lastSystemError("clear the read-only mark of", to);
-    // Who looks for viruses, or indexes what is new, holds a file for a moment.
+    // Virus scanners and search indexers hold a new file for a moment.
     constexpr DWORD kPatience[] = {0, 20, 50, 100, 200}; // ms
     for (const DWORD wait : kPatience) {
         Sleep(wait);
@@ -147,7 +147,7 @@ void removeUnlessLocked(const std::filesystem::path& path) {
     if (attributes == INVALID_FILE_ATTRIBUTES ||
         (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)))
         return;
-    // Sharing with nobody: not to be had while another has it open. Closing removes it.
+    // Shared with nobody: refused while another program has it open. Closing removes it.
     const HANDLE handle = CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (handle != INVALID_HANDLE_VALUE)

@@ -8,7 +8,7 @@ namespace quobrix {
 std::filesystem::path executablePath();
 
 /// The folder of the program EXECUTABLE, ending in a separator, in which its data files and the logger library are
-/// sought; empty if EXECUTABLE is, for what lies in the current folder is not the program's. A program that is
+/// looked for; empty if EXECUTABLE is, for what lies in the current folder is not the program's. A program that is
 /// run from a build's Release folder finds them beside that folder: the first "Release" folder of the path is left
 /// out, so C:\Work\Release\Sub\x.exe yields C:\Work\Sub\.
 std::filesystem::path programFolder(const std::filesystem::path& executable);

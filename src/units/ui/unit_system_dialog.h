@@ -21,7 +21,7 @@ namespace quobrix {
 class DecimalsBox;
 
 /// Lets the user choose the current unit system, and in it the unit and the decimals of each kind of quantity. Whatever
-/// is chosen applies at once, so that the windows behind show it; Undo takes choices back until another system is
+/// is chosen applies immediately, so that the windows behind show it; Undo takes choices back until another system is
 /// loaded. Changes are saved when another system is loaded and when the dialog closes; those of a locked system, which
 /// cannot be saved, are offered to be kept as a new one.
 class UnitSystemDialog final : public QDialog, private UnitsListener {
