@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "settings/settings.h"
+#include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
 
 #include <QApplication>
@@ -26,11 +27,9 @@ class DialogPrompterTest : public ::testing::Test {
 protected:
     /// Tells MESSAGE; the box it comes up in, if any, is seen by LOOK and closed.
     void tell(MessageId message, const std::function<void(QMessageBox&)>& look) {
-        QTimer::singleShot(0, qApp, [&] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                look(*box);
-                box->accept();
-            }
+        test::inNextDialog<QMessageBox>([&](QMessageBox& box) {
+            look(box);
+            box.accept();
         });
         prompter_.tell(makeMessage(message));
         QApplication::processEvents();
@@ -43,7 +42,7 @@ protected:
     DialogPrompter prompter_{window_, reminders_, [this](const QString& text) { quiet_ << text; }};
 };
 
-TEST_F(DialogPrompterTest, ALongNameWithoutBlanksIsShortenedInTheMiddleInsteadOfCutOff) {
+TEST_F(DialogPrompterTest, LongNamesAreShortened) {
     const std::string name = "Trips_" + std::string(150, 'x') + "_2026.car";
     QTimer::singleShot(0, qApp, [] {
         auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -59,7 +58,7 @@ TEST_F(DialogPrompterTest, ALongNameWithoutBlanksIsShortenedInTheMiddleInsteadOf
     prompter_.ask(makeMessage(MessageId::ReplaceFile, name, "行车记录.bak"));
 }
 
-TEST_F(DialogPrompterTest, AReminderOffersHowOftenAndIsToldQuietlyOnceItIsKnown) {
+TEST_F(DialogPrompterTest, RemindersOfferHowOften) {
     int boxes = 0;
     const auto choose = [&](QMessageBox& box) {
         ++boxes;
@@ -79,16 +78,14 @@ TEST_F(DialogPrompterTest, AReminderOffersHowOftenAndIsToldQuietlyOnceItIsKnown)
     EXPECT_TRUE(quiet_[0].startsWith(QLatin1String("Invalid serial number format."))) << quiet_[0].toStdString();
 }
 
-TEST_F(DialogPrompterTest, AQuestionThatIsNotWantedIsAnsweredWithNoAndSaidQuietly) {
+TEST_F(DialogPrompterTest, AnUnwantedQuestionIsAnsweredNo) {
     int boxes = 0;
     const auto ask = [&](QMessageBox::StandardButton answer) {
-        QTimer::singleShot(0, qApp, [&, answer] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                ++boxes;
-                box->findChild<QComboBox*>(QStringLiteral("ReminderChoice"))
-                    ->setCurrentText(QStringLiteral("Don't remind me again"));
-                box->button(answer)->click();
-            }
+        test::inNextDialog<QMessageBox>([&, answer](QMessageBox& box) {
+            ++boxes;
+            box.findChild<QComboBox*>(QStringLiteral("ReminderChoice"))
+                ->setCurrentText(QStringLiteral("Don't remind me again"));
+            box.button(answer)->click();
         });
         const Answer result = prompter_.ask(makeMessage(MessageId::NoPortDetected));
         QApplication::processEvents();
@@ -110,13 +107,10 @@ TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
     EXPECT_EQ(boxes, 2);
 }
 
-TEST_F(DialogPrompterTest, AnActionIsChosenByItsButtonAndNoneByEscape) {
+TEST_F(DialogPrompterTest, ActionsAndEscape) {
     const auto choose = [this](const std::function<void(QMessageBox&)>& act,
                                MessageId question = MessageId::FileGoneFromDisk) {
-        QTimer::singleShot(0, qApp, [&] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-                act(*box);
-        });
+        test::inNextDialog<QMessageBox>(act);
         return prompter_.chooseAction(makeMessage(question, "a.car"), {"&Save Again", "Save &As..."});
     };
     EXPECT_EQ(choose([](QMessageBox& box) { box.findChild<QPushButton*>(QStringLiteral("SaveAs"))->click(); }), 1u);
@@ -131,7 +125,7 @@ TEST_F(DialogPrompterTest, AnActionIsChosenByItsButtonAndNoneByEscape) {
     EXPECT_EQ(unanswered, QStringLiteral("&Not Now")) << "there is nothing to cancel";
 }
 
-TEST(DialogFileChooser, ANewDocumentIsFirstSavedAmongThePersonsDocuments) {
+TEST(DialogFileChooser, SuggestsThePersonsDocuments) {
     const test::TemporaryFolder elsewhere;
     QWidget window;
     DialogFileChooser chooser(window);

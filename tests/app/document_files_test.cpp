@@ -8,12 +8,12 @@
 #include "support/fault_folder.h"
 #include "support/sample_trip.h"
 #include "support/scripted_prompter.h"
+#include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
-#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -34,25 +34,19 @@ public:
 
 class DocumentFilesTest : public ::testing::Test {
 protected:
-    DocumentFilesTest() : startFolder_(fs::current_path()) {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-    }
-    ~DocumentFilesTest() override {
-        fs::current_path(startFolder_);
-        fs::remove_all(folder_);
-    }
+    ~DocumentFilesTest() override { fs::current_path(startFolder_); }
 
+    static Result<void> atOnce(const DiskWork& work) {
+        DiskProgress progress;
+        return work(progress);
+    }
     DocumentFiles files(Prompter& prompter) {
         return {document_,
                 settings_,
                 recent_,
                 prompter,
                 chooser_,
-                [](const DiskWork& work) {
-                    DiskProgress progress;
-                    return work(progress);
-                },
+                atOnce,
                 {[this] {
                      log_ += "replacing ";
                      if (onReplacing_)
@@ -61,7 +55,7 @@ protected:
                  [this] { log_ += "replaced "; }, [] {}}};
     }
     void addTrip() {
-        test::addTrip(document_, 1'700'000'000);
+        test::addTrip(document_, test::kStart);
         document_.setDataChanged();
     }
     /// A file with one trip; the document is new and empty afterwards.
@@ -71,22 +65,21 @@ protected:
         document_.newDocument();
         return folder_ / name;
     }
-    std::vector<std::string> names() const {
-        std::vector<std::string> found;
-        for (const auto& entry : fs::directory_iterator(folder_))
-            found.push_back(entry.path().filename().string());
-        std::ranges::sort(found);
-        return found;
+    static std::string bytes(const fs::path& path) { return test::textOf(path); }
+    /// Trips an hour apart, from the first one on.
+    void addTrips(int count) {
+        for (int i = 0; i < count; ++i)
+            test::addTrip(document_, test::kStart + 3600 * i);
     }
-    static std::string bytes(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
+    /// What a person adds to an opened document.
+    void addLater() {
+        test::addTrip(document_, test::kStart + 9000);
+        document_.setDataChanged();
     }
     std::string lastFile() const { return settings_.getText("Program Config", "Last File Opened"); }
 
-    fs::path startFolder_;
-    fs::path folder_ = fs::weakly_canonical(::testing::TempDir()) /
-                       (std::string("quobrix-") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    const fs::path startFolder_ = fs::current_path();
+    const test::TemporaryFolder folder_;
     Settings settings_{std::make_unique<MemorySettings>()};
     RecentFiles recent_{settings_};
     TQuobrixDocument document_;
@@ -105,6 +98,11 @@ TEST_F(DocumentFilesTest, ANewDocumentAsksOnlyIfDataWasAdded) {
     EXPECT_FALSE(files(cancelled).newFile());
     EXPECT_EQ(document_.trips().rowCount(), 1u);
 
+    ScriptedPrompter saving{{MessageId::SaveChanges, Answer::Yes}};
+    EXPECT_FALSE(files(saving).close()) << "no file was chosen";
+    EXPECT_EQ(chooser_.lastSuggested, fs::path("Quobrix Data.car"));
+    EXPECT_EQ(document_.trips().rowCount(), 1u);
+
     ScriptedPrompter declined{{MessageId::SaveChanges, Answer::No}};
     EXPECT_TRUE(files(declined).newFile());
     EXPECT_EQ(document_.trips().rowCount(), 0u);
@@ -121,22 +119,14 @@ TEST_F(DocumentFilesTest, ANewDocumentThatHoldsNothingAsksNothing) {
     EXPECT_TRUE(files(silent).newFile());
 }
 
-TEST_F(DocumentFilesTest, SavingAtTheQuestionThatIsThenCancelledKeepsTheDocument) {
-    addTrip();
-    ScriptedPrompter prompter{{MessageId::SaveChanges, Answer::Yes}};
-    EXPECT_FALSE(files(prompter).close());
-    EXPECT_EQ(chooser_.lastSuggested, fs::path("Quobrix Data.car"));
-}
-
-TEST_F(DocumentFilesTest, AnOpenedDocumentIsSavedSilentlyAndRemembered) {
+TEST_F(DocumentFilesTest, AnOpenedDocumentIsSavedSilently) {
     const fs::path path = savedFile("a.car");
     ScriptedPrompter silent;
     DocumentFiles flows = files(silent);
     ASSERT_TRUE(flows.open(path));
-    EXPECT_EQ(fs::current_path(), folder_);
+    EXPECT_EQ(fs::current_path(), fs::canonical(folder_.path()));
     EXPECT_EQ(recent_.list(), std::vector{path});
-    test::addTrip(document_, 1'700'009'000);
-    document_.setDataChanged();
+    addLater();
     ASSERT_TRUE(flows.close());
     EXPECT_EQ(lastFile(), utf8(path));
 
@@ -145,7 +135,7 @@ TEST_F(DocumentFilesTest, AnOpenedDocumentIsSavedSilentlyAndRemembered) {
     EXPECT_EQ(again.trips().rowCount(), 2u);
 }
 
-TEST_F(DocumentFilesTest, ANewDocumentThatWasSavedAsksOnlyForWhatCameAfter) {
+TEST_F(DocumentFilesTest, ASavedNewDocumentAsksOnce) {
     addTrip();
     chooser_.next = folder_ / "a.car";
     ScriptedPrompter prompter{{MessageId::SaveChanges, Answer::Yes}};
@@ -158,7 +148,7 @@ TEST_F(DocumentFilesTest, ANewDocumentThatWasSavedAsksOnlyForWhatCameAfter) {
     EXPECT_FALSE(document_.modified());
 }
 
-TEST_F(DocumentFilesTest, TheExampleIsNeverWrittenAndNeverAsksAndSaveLeadsElsewhere) {
+TEST_F(DocumentFilesTest, TheExampleIsNeverWritten) {
     const fs::path path = savedFile("eXample.CAR");
     const std::string before = bytes(path);
     ScriptedPrompter silent;
@@ -185,7 +175,7 @@ TEST_F(DocumentFilesTest, AFileThatCannotBeOpenedLeavesTheDocument) {
     ASSERT_TRUE(flows.open(path));
     EXPECT_FALSE(flows.open(folder_ / "text.car"));
     EXPECT_FALSE(flows.open(folder_ / "missing.car"));
-    EXPECT_FALSE(flows.open(folder_));
+    EXPECT_FALSE(flows.open(folder_.path()));
     EXPECT_FALSE(flows.open(folder_ / ""));
     EXPECT_TRUE(prompter.shown.back().starts_with(utf8(folder_ / "") + " cannot be opened")) << prompter.shown.back();
     EXPECT_FALSE(flows.open(""));
@@ -194,7 +184,7 @@ TEST_F(DocumentFilesTest, AFileThatCannotBeOpenedLeavesTheDocument) {
     EXPECT_EQ(recent_.list(), std::vector{path});
 }
 
-TEST_F(DocumentFilesTest, ADamagedFileIsToldOfOnceAndSavedUnderAnotherName) {
+TEST_F(DocumentFilesTest, ADamagedFileIsToldOfOnce) {
     const fs::path path = savedFile("a.car");
     test::tamper(path, [](CompoundFile& file) { file.remove("Version"); });
     ScriptedPrompter prompter{{MessageId::DamagedReadOnly}};
@@ -228,7 +218,7 @@ TEST_F(DocumentFilesTest, ADamagedFileIsToldOfOnceAndSavedUnderAnotherName) {
     doubting.tellDamage(); // no news
 }
 
-TEST_F(DocumentFilesTest, OpeningTheOpenFileUnderAnotherNameChangesNothing) {
+TEST_F(DocumentFilesTest, OpeningTheOpenFileByALink) {
     const fs::path path = savedFile("a.car");
     fs::create_symlink(path, folder_ / "link.car");
     ScriptedPrompter silent;
@@ -239,7 +229,7 @@ TEST_F(DocumentFilesTest, OpeningTheOpenFileUnderAnotherNameChangesNothing) {
     EXPECT_EQ(log_, "");
 }
 
-TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOverwritten) {
+TEST_F(DocumentFilesTest, ChoicesForAChangedFile) {
     const fs::path path = savedFile("a.car");
     fs::rename(path, folder_ / "theirs.car");
     struct Case {
@@ -258,8 +248,7 @@ TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOver
                                                      : ScriptedPrompter({{MessageId::FileChangedOnDisk}}, {c.choice});
         DocumentFiles flows = files(prompter);
         ASSERT_TRUE(flows.open(path));
-        test::addTrip(document_, 1'700'009'000);
-        document_.setDataChanged();
+        addLater();
         fs::remove(path);
         fs::copy_file(folder_ / "theirs.car", path);
         chooser_.next = folder_ / "a (2).car";
@@ -272,16 +261,15 @@ TEST_F(DocumentFilesTest, AFileThatWasChangedMeanwhileIsKeptBesideReloadedOrOver
         TQuobrixDocument there;
         ASSERT_TRUE(there.open(path, TDocument::Access::Read));
         EXPECT_EQ(there.trips().rowCount(), c.trips);
-        EXPECT_EQ(names(), c.files);
+        EXPECT_EQ(folder_.names(), c.files);
         document_.newDocument();
         fs::remove(folder_ / "a (2).car");
     }
 }
 
-TEST_F(DocumentFilesTest, AFileThatWasCutShortIsNotOverwrittenByWhatIsLeftOfIt) {
+TEST_F(DocumentFilesTest, ACutFileIsNotOverwritten) {
     constexpr int kTrips = 200; // more than what is read ahead
-    for (int i = 0; i < kTrips; ++i)
-        test::addTrip(document_, 1'700'000'000 + 3600 * i);
+    addTrips(kTrips);
     const fs::path path = folder_ / "a.car", backup = folder_ / "a.car.bak";
     ASSERT_TRUE(document_.saveAs(path));
     document_.newDocument();
@@ -330,7 +318,7 @@ TEST_F(DocumentFilesTest, AFileThatWasCutShortIsNotOverwrittenByWhatIsLeftOfIt) 
     }
 }
 
-TEST_F(DocumentFilesTest, WithoutLocksItIsSaidOnceAndWhoHasTheFileCanBeTakenOver) {
+TEST_F(DocumentFilesTest, FoldersWithoutLocks) {
     test::FaultFolder folder(1);
     folder.locks = false;
     TQuobrixDocument running(folder), document(folder);
@@ -338,12 +326,7 @@ TEST_F(DocumentFilesTest, WithoutLocksItIsSaidOnceAndWhoHasTheFileCanBeTakenOver
     ASSERT_TRUE(running.saveAs(path));
     ScriptedPrompter prompter({{MessageId::FileLocked}, {MessageId::FileLocked}, {MessageId::FolderWithoutLocks}},
                               {"Open &Read-Only", "&Take Over"});
-    DocumentFiles flows(document, settings_, recent_, prompter, chooser_,
-                        [](const DiskWork& work) {
-                            DiskProgress progress;
-                            return work(progress);
-                        },
-                        {[] {}, [] {}, [] {}});
+    DocumentFiles flows(document, settings_, recent_, prompter, chooser_, atOnce, {[] {}, [] {}, [] {}});
     ASSERT_TRUE(flows.open(path));
     EXPECT_TRUE(document.readOnly());
     ASSERT_TRUE(flows.newFile());
@@ -376,7 +359,7 @@ TEST_F(DocumentFilesTest, WhatAppearsUnderAChosenNameIsAskedAbout) {
     EXPECT_TRUE(fs::exists(folder_ / "b.car.bak"));
 }
 
-TEST_F(DocumentFilesTest, AFileThatAnotherCopyChangesWhileItIsShownIsOfferedToBeOpenedAnew) {
+TEST_F(DocumentFilesTest, OffersReloadOfAChangedFile) {
     const fs::path path = savedFile("a.car");
     TQuobrixDocument running;
     ASSERT_TRUE(running.open(path, TDocument::Access::Edit));
@@ -404,15 +387,14 @@ TEST_F(DocumentFilesTest, AFileThatAnotherCopyChangesWhileItIsShownIsOfferedToBe
     EXPECT_EQ(document_.trips().rowCount(), 3u);
 }
 
-TEST_F(DocumentFilesTest, AFileThatAnotherCopyHasIsSavedElsewhereOrWhenThatIsGone) {
+TEST_F(DocumentFilesTest, SavesOnceTheOtherCopyIsGone) {
     const fs::path path = savedFile("a.car");
     TQuobrixDocument running;
     ASSERT_TRUE(running.open(path, TDocument::Access::Edit));
     ScriptedPrompter prompter{{MessageId::ReadOnlyDocument, std::nullopt}, {MessageId::ReadOnlyDocument, std::nullopt}};
     DocumentFiles flows = files(prompter);
     ASSERT_TRUE(flows.open(path));
-    test::addTrip(document_, 1'700'009'000);
-    document_.setDataChanged();
+    addLater();
     EXPECT_FALSE(flows.save());
     EXPECT_FALSE(flows.close());
     running.newDocument();
@@ -458,7 +440,7 @@ TEST_F(DocumentFilesTest, NothingIsSavedUnderTheNameOfTheExample) {
     ScriptedPrompter prompter{{MessageId::ExampleIsNotSaved}};
     chooser_.next = folder_ / "example.car";
     EXPECT_FALSE(files(prompter).save());
-    EXPECT_EQ(names(), std::vector<std::string>{});
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{});
 }
 
 TEST_F(DocumentFilesTest, PagesComeBackEvenIfOpeningThrows) {
@@ -473,9 +455,8 @@ TEST_F(DocumentFilesTest, PagesComeBackEvenIfOpeningThrows) {
     EXPECT_EQ(document_.title(), "b.car");
 }
 
-TEST_F(DocumentFilesTest, CompactionIsOfferedOnceForAFileThatIsMostlyUnused) {
-    for (int i = 0; i < 100; ++i)
-        test::addTrip(document_, 1'700'000'000 + 3600 * i);
+TEST_F(DocumentFilesTest, OffersCompactionOnce) {
+    addTrips(100);
     const fs::path path = folder_ / "a.car";
     ASSERT_TRUE(document_.saveAs(path));
     ScriptedPrompter prompter({{MessageId::CompactionOffered, std::nullopt}, {MessageId::CompactionOffered}},
@@ -496,21 +477,19 @@ TEST_F(DocumentFilesTest, CompactionIsOfferedOnceForAFileThatIsMostlyUnused) {
     EXPECT_EQ(document_.trips().rowCount(), 9u);
 }
 
-TEST_F(DocumentFilesTest, CompactionIsNotOfferedToThoseWhoDoNotWantIt) {
-    for (int i = 0; i < 100; ++i)
-        test::addTrip(document_, 1'700'000'000 + 3600 * i);
+TEST_F(DocumentFilesTest, CompactionIsNotOfferedAgain) {
+    addTrips(100);
     ScriptedPrompter prompter({{MessageId::CompactionOffered}}, {"&Don't Ask Again"});
     for (const char* const name : {"a.car", "b.car"}) {
         ASSERT_TRUE(document_.saveAs(folder_ / name));
         DocumentFiles flows = files(prompter);
         document_.trips().removeRows(0, document_.trips().rowCount() - 1);
         ASSERT_TRUE(flows.save());
-        for (int i = 0; i < 100; ++i)
-            test::addTrip(document_, 1'700'000'000 + 3600 * i);
+        addTrips(100);
     }
 }
 
-TEST_F(DocumentFilesTest, RecentFilesAreNineTheNewestInFrontAndEachOnce) {
+TEST_F(DocumentFilesTest, RecentFilesAreNine) {
     for (int i = 0; i < 11; ++i)
         recent_.add(folder_ / std::to_string(i));
     recent_.add(folder_ / "5");

@@ -1,13 +1,9 @@
 #include "app/logger_commands.h"
 
-#include "app/main_frame.h"
 #include "app/names_commands.h"
-#include "model/quobrix_document.h"
-#include "settings/settings.h"
+#include "support/frame_fixture.h"
 #include "support/record_set_builder.h"
 #include "support/slow_logger_library.h"
-#include "units/time_zone.h"
-#include "units/unit_system.h"
 #include "views/log_view.h"
 
 #include <QAction>
@@ -27,7 +23,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class LoggerCommandsTest : public ::testing::Test {
+class LoggerCommandsTest : public test::FrameTest {
 protected:
     QString portStatus() { return frame_.findChild<QLabel*>(QStringLiteral("portStatus"))->text(); }
     bool waitFor(const QString& status) {
@@ -35,17 +31,12 @@ protected:
     }
 
     testing::FakeLoggerLibrary fake_;
-    Settings settings_{std::make_unique<MemorySettings>()};
-    TQuobrixDocument document_;
-    TUnitSystem units_;
-    TimeZone zone_;
-    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
     NamesCommands names_{frame_};
     LoggerCommands commands_{
         frame_, names_, testing::FakeLoggerLibrary::library(), {.polling = {5ms, 0ms}, .calls = {1ms, 2ms}}};
 };
 
-TEST_F(LoggerCommandsTest, ALoggerThatGaveOneBadAnswerIsFoundAgainByItself) {
+TEST_F(LoggerCommandsTest, ALoggerIsFoundAgain) {
     fake_.loggers["COM1"] = "K-0042-B";
     EXPECT_EQ(portStatus(), QStringLiteral("No Port Opened"));
     commands_.start();
@@ -59,7 +50,7 @@ TEST_F(LoggerCommandsTest, ALoggerThatGaveOneBadAnswerIsFoundAgainByItself) {
     EXPECT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));
 }
 
-TEST_F(LoggerCommandsTest, ACancelledDownloadLeavesTheDocumentAsItWas) {
+TEST_F(LoggerCommandsTest, ACancelledDownloadChangesNothing) {
     fake_.loggers["COM1"] = "K-0042-B";
     commands_.start();
     ASSERT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));

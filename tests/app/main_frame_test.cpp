@@ -3,13 +3,9 @@
 #include "app/about_box.h"
 #include "app/disk_work.h"
 #include "base/ui/qt_text.h"
-#include "model/quobrix_document.h"
-#include "settings/settings.h"
 #include "support/document_streams.h"
-#include "support/sample_trip.h"
+#include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
-#include "units/time_zone.h"
-#include "units/unit_system.h"
 
 #include <QAction>
 #include <QApplication>
@@ -37,7 +33,7 @@
 namespace quobrix {
 namespace {
 
-class MainFrameTest : public ::testing::Test {
+class MainFrameTest : public test::FrameTest {
 protected:
     QAction* action(CommandId id) { return frame_.commands().action(id); }
     QMenu* menu(const char* name) { return frame_.menuBar()->findChild<QMenu*>(QLatin1String(name)); }
@@ -45,7 +41,7 @@ protected:
     /// What the next message box says; it is closed with its default button.
     static QString nextMessage(const std::function<void()>& trigger) {
         QString text;
-        QTimer timer;
+        QTimer timer; // ends with the trigger, whether a box came up or not
         timer.setSingleShot(true);
         QObject::connect(&timer, &QTimer::timeout, [&text] {
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
@@ -57,12 +53,6 @@ protected:
         trigger();
         return text;
     }
-
-    Settings settings_{std::make_unique<MemorySettings>()};
-    TQuobrixDocument document_;
-    TUnitSystem units_;
-    TimeZone zone_;
-    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
 };
 
 /// The menu as lines of text, from the table and from the widgets.
@@ -116,7 +106,7 @@ TEST_F(MainFrameTest, TheMenuIsTheTable) {
               expectedMenu().lines.join(QLatin1Char('\n')).toStdString());
 }
 
-TEST_F(MainFrameTest, NoTwoCommandsShareAShortcutAndNoTwoMenusAMnemonic) {
+TEST_F(MainFrameTest, ShortcutsAndMnemonicsAreUnique) {
     std::set<QString> shortcuts, mnemonics;
     for (const QAction* command : frame_.findChildren<QAction*>())
         EXPECT_TRUE(command->shortcut().isEmpty() || shortcuts.insert(command->shortcut().toString()).second)
@@ -138,7 +128,7 @@ TEST_F(MainFrameTest, ACommandThatNobodyHandlesSaysSo) {
     EXPECT_EQ(action(CommandId::FuelEntry)->statusTip(), QStringLiteral("Fuel Entry (not available yet)"));
 }
 
-TEST_F(MainFrameTest, ACommandIsEnabledWhileItIsAvailableAndItsFailureIsOneMessage) {
+TEST_F(MainFrameTest, AvailabilityAndFailureOfACommand) {
     bool available = false;
     frame_.commands().handle(
         CommandId::Download, [] { throw std::runtime_error("The sky fell."); }, [&] { return available; });
@@ -161,7 +151,7 @@ TEST_F(MainFrameTest, ATogglesMarkFollowsWhatItAchieves) {
     EXPECT_TRUE(led->isChecked());
 }
 
-TEST_F(MainFrameTest, TheDiagnosticsMenuComesByCtrlRightClickInTheAboutBox) {
+TEST_F(MainFrameTest, DiagnosticsMenuByCtrlRightClick) {
     const QAction* diagnostics = menu("DiagnosticsMenu")->menuAction();
     EXPECT_FALSE(diagnostics->isVisible());
     const auto clickInAboutBox = [this](Qt::KeyboardModifiers modifiers) {
@@ -196,7 +186,7 @@ TEST_F(MainFrameTest, TheTitleNamesTheDocumentAndMarksNewData) {
     EXPECT_TRUE(frame_.isWindowModified());
 }
 
-TEST_F(MainFrameTest, AFileThatAnotherCopyHasIsSeenToBeReadOnlyUntilThatCloses) {
+TEST_F(MainFrameTest, ReadOnlyUntilTheOtherCopyCloses) {
     const test::TemporaryFolder folder;
     const auto path = folder / "Held.car";
     TQuobrixDocument running;
@@ -218,7 +208,7 @@ TEST_F(MainFrameTest, AFileThatAnotherCopyHasIsSeenToBeReadOnlyUntilThatCloses) 
     EXPECT_FALSE(status->isVisible());
 }
 
-TEST_F(MainFrameTest, DamageThatIsMetWhileAPageIsShownIsToldOnceALog) {
+TEST_F(MainFrameTest, DamageIsToldOnceALog) {
     const test::TemporaryFolder folder;
     const auto path = folder / "Damaged.car";
     std::vector<ObjectId> samples;
@@ -249,7 +239,7 @@ TEST_F(MainFrameTest, DamageThatIsMetWhileAPageIsShownIsToldOnceALog) {
     EXPECT_EQ(meet(0), "") << "another one of the same log";
 }
 
-TEST_F(MainFrameTest, RecentFilesStandInTheFileMenuUnderTheirIds) {
+TEST_F(MainFrameTest, RecentFilesInTheMenu) {
     EXPECT_TRUE(action(CommandId::RecentFile)->isVisible());
     EXPECT_FALSE(action(CommandId::RecentFile)->isEnabled());
     frame_.recentFiles().add("/somewhere/Black & White.car");
@@ -264,7 +254,7 @@ TEST_F(MainFrameTest, RecentFilesStandInTheFileMenuUnderTheirIds) {
               QStringLiteral("FileNotFound: b.car cannot be opened because it does not exist."));
 }
 
-TEST_F(MainFrameTest, RecentFilesOfOneNameShowTheirFoldersAndMissingOnesAreMarked) {
+TEST_F(MainFrameTest, RecentFilesShowFoldersAndMissing) {
     const test::TemporaryFolder folder;
     std::ofstream(folder / "Trips.car") << "there";
     frame_.recentFiles().add("/nowhere/Other.car");
@@ -284,7 +274,7 @@ TEST_F(MainFrameTest, RecentFilesOfOneNameShowTheirFoldersAndMissingOnesAreMarke
     EXPECT_EQ(button->description(), QStringLiteral("/nowhere (missing)"));
 }
 
-TEST_F(MainFrameTest, ADroppedFileIsCopiedWhateverItsSourceOffers) {
+TEST_F(MainFrameTest, DroppedFiles) {
     const test::TemporaryFolder folder;
     TQuobrixDocument other;
     ASSERT_TRUE(other.saveAs(folder / "Dropped.car"));
@@ -314,7 +304,7 @@ TEST_F(MainFrameTest, ADroppedFileIsCopiedWhateverItsSourceOffers) {
     }
 }
 
-TEST_F(MainFrameTest, PagesAreMadeWhenShownAndAnewForOtherContent) {
+TEST_F(MainFrameTest, PagesAreMadeWhenShown) {
     struct Counting final : Page {
         explicit Counting(int& alive) : alive_(alive) { ++alive_; }
         ~Counting() override { --alive_; }
@@ -386,7 +376,7 @@ TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
     EXPECT_GT(timeouts, 3);
 }
 
-TEST(DiskWork, VeryLongWorkShowsHowFarItIsAndCanBeCancelled) {
+TEST(DiskWork, VeryLongWorkCanBeCancelled) {
     QStringList seen;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {

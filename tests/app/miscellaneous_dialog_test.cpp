@@ -24,7 +24,7 @@ protected:
     MiscellaneousDialog dialog_{settings_, reminders_, nullptr};
 };
 
-TEST_F(MiscellaneousDialogTest, ListsEveryReminderAndTakesTheChoicesWithOk) {
+TEST_F(MiscellaneousDialogTest, ListsEveryReminder) {
     for (const ReminderSpec& reminder : allReminders())
         ASSERT_TRUE(field(std::string(reminder.key).c_str())) << reminder.key;
     field("ExampleFile")->setCurrentText(QStringLiteral("Remind me if it's been awhile"));

@@ -1,13 +1,8 @@
 #include "app/names_commands.h"
 
-#include "app/main_frame.h"
 #include "base/ui/qt_text.h"
-#include "model/quobrix_document.h"
-#include "settings/settings.h"
-#include "support/sample_trip.h"
+#include "support/frame_fixture.h"
 #include "tables/ui/table_spreadsheet.h"
-#include "units/time_zone.h"
-#include "units/unit_system.h"
 #include "views/log_view.h"
 
 #include <QApplication>
@@ -20,7 +15,7 @@
 namespace quobrix {
 namespace {
 
-class NamesCommandsTest : public ::testing::Test {
+class NamesCommandsTest : public test::FrameTest {
 protected:
     NamesCommandsTest() {
         test::addTrip(document_, 1'700'000'000);
@@ -44,15 +39,10 @@ protected:
         ASSERT_TRUE(view(*dialog<TVehicleNamesDialog>()).isEditing());
     }
 
-    Settings settings_{std::make_unique<MemorySettings>()};
-    TUnitSystem units_;
-    TimeZone zone_;
-    TQuobrixDocument document_;
-    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
     NamesCommands names_{frame_};
 };
 
-TEST_F(NamesCommandsTest, ADialogForEachTableStaysOpenBesideThePages) {
+TEST_F(NamesCommandsTest, ADialogForEachTable) {
     for (const CommandId id : {CommandId::VehicleId, CommandId::QuobrixId, CommandId::DriverId, CommandId::VehicleId})
         frame_.commands().trigger(id);
     EXPECT_EQ(frame_.namesDialogs().size(), 3);
@@ -80,7 +70,7 @@ TEST_F(NamesCommandsTest, ANameIsShownAtOnceWhereverItIsInView) {
     EXPECT_TRUE(frame_.isWindowModified());
 }
 
-TEST_F(NamesCommandsTest, AnOpenEntryIsTakenBeforeACommandAndEndsWithTheDocument) {
+TEST_F(NamesCommandsTest, AnOpenEntryIsTakenBeforeACommand) {
     beginRenaming("Van");
     frame_.commands().trigger(CommandId::Home);
     EXPECT_EQ(document_.vehicles().name(0), "Van");

@@ -95,7 +95,7 @@ TEST_F(PropertiesDialogTest, TheUnusedSpaceIsShownAndTakenAway) {
                     .endsWith(QLatin1String(" percent of the file is in use")));
 }
 
-TEST_F(PropertiesDialogTest, EveryRowCanBeReadAndCompactingSaysWhyItCannotBeDone) {
+TEST_F(PropertiesDialogTest, EveryRowCanBeRead) {
     const auto button = [](const PropertiesDialog& dialog) {
         return dialog.findChild<QPushButton*>(QStringLiteral("CompactButton"));
     };

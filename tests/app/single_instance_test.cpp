@@ -47,7 +47,7 @@ protected:
     };
 };
 
-TEST_F(SingleInstanceTest, TheFirstCopyOpensTheFilesOfLaterOnesWhichWaitForIt) {
+TEST_F(SingleInstanceTest, TheFirstCopyOpensFilesOfLaterOnes) {
     ASSERT_TRUE(first_.first());
     first_.receive(open_);
     const std::vector<fs::path> sent{"/tmp/Żółw & Söhne.car", "/a b.car"};
@@ -63,7 +63,7 @@ TEST_F(SingleInstanceTest, TheFirstCopyOpensTheFilesOfLaterOnesWhichWaitForIt) {
     EXPECT_EQ(files_, sent);
 }
 
-TEST_F(SingleInstanceTest, AFileThatAnEndingCopyHasNotOpenedIsOpenedByWhoSentIt) {
+TEST_F(SingleInstanceTest, AnEndingCopyLeavesTheFileToTheSender) {
     first_.receive(open_);
     std::future<bool> copy = start("/a.car");
     ASSERT_TRUE(wait([&] { return !opened_.empty(); }));
@@ -73,7 +73,7 @@ TEST_F(SingleInstanceTest, AFileThatAnEndingCopyHasNotOpenedIsOpenedByWhoSentIt)
     opened_.back()(); // too late, and harmless
 }
 
-TEST_F(SingleInstanceTest, ACopyThatDoesNotAnswerIsNotWaitedForForever) {
+TEST_F(SingleInstanceTest, ASilentCopyIsNotWaitedFor) {
     EXPECT_FALSE(start("/a.car", 50ms).get()) << "it takes no files yet";
     first_.receive(open_);
     EXPECT_FALSE(start("/a.car", 50ms).get()) << "it takes them, but stands still";
@@ -88,7 +88,7 @@ TEST_F(SingleInstanceTest, TheNextCopyIsFirstOnceTheFirstHasLetGo) {
     EXPECT_TRUE(other.first()) << "copies with other settings do not disturb each other";
 }
 
-TEST_F(SingleInstanceTest, ItsSocketLiesOnlyWhereNobodyElseCanPutOne) {
+TEST_F(SingleInstanceTest, ItsSocketIsPrivate) {
     const QByteArray before = qgetenv("XDG_RUNTIME_DIR");
     const auto sockets = [](const fs::path& folder) {
         int count = 0;

@@ -1,21 +1,17 @@
-#include "app/main_frame.h"
 #include "app/names_commands.h"
 #include "app/table_windows.h"
-#include "support/sample_trip.h"
-#include "support/view_fixture.h"
+#include "support/frame_fixture.h"
 #include "tables/ui/error_log.h"
 #include "tables/ui/requirements_window.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QMessageBox>
 #include <QTest>
-#include <QTimer>
 
 namespace quobrix::test {
 namespace {
 
-class TableWindowsTest : public ViewTest {
+class TableWindowsTest : public FrameTest {
 protected:
     TErrorLog* log() { return frame_.findChild<TErrorLog*>(); }
     bool comesTo(std::size_t findings) {
@@ -24,7 +20,6 @@ protected:
     void type(const Table& table, std::string_view key, RowIndex row, std::string_view text) {
         ASSERT_TRUE(document_.edits().type(table.id(), table.indexOf(key), row, text, context_.text()).ok());
     }
-    TQuobrixFrame frame_{context_};
 };
 
 TEST_F(TableWindowsTest, TheErrorLogFollowsWhatIsEdited) {
@@ -95,11 +90,9 @@ TEST_F(TableWindowsTest, GoesFromANameInALogToWhereItIsGiven) {
 TEST_F(TableWindowsTest, SaysWhenNoWindowShowsTheSource) {
     frame_.commands().trigger(CommandId::CheckForErrors);
     QString text;
-    QTimer::singleShot(0, &frame_, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            text = box->text();
-            box->accept();
-        }
+    inNextDialog<QMessageBox>([&](QMessageBox& box) {
+        text = box.text();
+        box.accept();
     });
     emit log()->goTo({Severity::Required, "", kNoObject, "Speed Bands"});
     EXPECT_TRUE(text.contains(QStringLiteral("Speed Bands"))) << text.toStdString();

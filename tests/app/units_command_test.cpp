@@ -1,9 +1,7 @@
 #include "app/units_command.h"
 
-#include "app/main_frame.h"
-#include "model/quobrix_document.h"
+#include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
-#include "units/time_zone.h"
 #include "units/ui/unit_system_dialog.h"
 
 #include <QAction>
@@ -18,7 +16,7 @@
 namespace quobrix {
 namespace {
 
-class UnitsCommandTest : public ::testing::Test {
+class UnitsCommandTest : public test::FrameTest {
 protected:
     UnitsCommandTest() { frame_.show(); }
 
@@ -32,11 +30,9 @@ protected:
     /// Closes the frame and answers what is asked with KEY; what was asked.
     QString closeAnswering(Qt::Key key) {
         QString asked;
-        QTimer::singleShot(0, qApp, [&] {
-            if (QWidget* box = QApplication::activeModalWidget()) {
-                asked = box->objectName();
-                QTest::keyClick(box, key);
-            }
+        test::inNextDialog([&](QWidget& box) {
+            asked = box.objectName();
+            QTest::keyClick(&box, key);
         });
         frame_.close();
         QApplication::processEvents();
@@ -44,12 +40,7 @@ protected:
     }
 
     test::TemporaryFolder folder_;
-    Settings settings_{std::make_unique<MemorySettings>()};
-    TUnitSystem units_;
     UnitSystemStore store_{units_, {folder_.path(), {}}, &settings_};
-    TimeZone zone_;
-    TQuobrixDocument document_;
-    TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
     UnitsCommand command_{frame_, units_, store_};
 };
 
@@ -74,7 +65,7 @@ TEST_F(UnitsCommandTest, OverAModalDialogItBelongsToThatOne) {
     modal.exec();
 }
 
-TEST_F(UnitsCommandTest, TheProgramEndsWithTheChangesSavedOrSettled) {
+TEST_F(UnitsCommandTest, EndingSettlesTheChanges) {
     ASSERT_TRUE(store_.newSystem("Mine", "S.I."));
     open();
     chooseUnit(UnitTypeId::Speed, 1);

@@ -266,7 +266,7 @@ TEST_F(CommandLine, DamageIsToldByCheckAndByWhatItLeavesOut) {
     EXPECT_EQ(cli({"list", "troubles", "Test.car"}).exitCode, 0);
 }
 
-TEST_F(CommandLine, WhatAnEditWasMadeBesideIsStillNamedByCheckAndFoundByRepair) {
+TEST_F(CommandLine, DamageOutlivesAnEditBesideIt) {
     makeDocument();
     const std::string lost = std::to_string(distanceId_);
     tamper(file_, [&](CompoundFile& file) { // the index does not name a column any more
@@ -299,7 +299,7 @@ TEST_F(CommandLine, WhatAnEditWasMadeBesideIsStillNamedByCheckAndFoundByRepair) 
 }
 
 /// A log that the index does not name may be there all the same, and an end that is cut off may have held anything.
-TEST_F(CommandLine, WhatIsNotKnownToBeWholeIsNotCalledSo) {
+TEST_F(CommandLine, DoubtIsTold) {
     makeDocument();
     {
         TQuobrixDocument document;
@@ -447,7 +447,7 @@ TEST_F(CommandLine, CompactRemovesUnusedSpaceAndNothingElse) {
     EXPECT_NE(cli({"compact", "Test.car"}).error.find("because it is damaged"), std::string::npos);
 }
 
-TEST_F(CommandLine, DownloadMakesTheDocumentAndAddsNothingTwice) {
+TEST_F(CommandLine, DownloadAddsNothingTwice) {
     const std::string name = "Ausfl\u00FCge '\u8ECA'.car";
     ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
     ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);
@@ -494,7 +494,7 @@ TEST_F(CommandLine, ADownloadWithoutRecordsMakesNoDocument) {
     expectNone(1);
 }
 
-TEST_F(CommandLine, WhatTheLibraryCannotParseIsNamedAndComesWithTheNextDownload) {
+TEST_F(CommandLine, UnparsableLogsAreNamed) {
     ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
     ASSERT_EQ(sim({"generate", "COM3", "--trips", "20", "--seed", "1"}).exitCode, 0);
     const std::vector<std::string> download = {"download", "--port", "COM3", "--into", "New.car"};
@@ -525,7 +525,7 @@ TEST_F(CommandLine, WhatTheLibraryCannotParseIsNamedAndComesWithTheNextDownload)
     EXPECT_NE(wrong.error.find("GetLogRecord is no function"), std::string::npos) << wrong.error;
 }
 
-TEST_F(CommandLine, ADownloadNeverTakesThePlaceOfWhatCannotBeRead) {
+TEST_F(CommandLine, NoDownloadIntoWhatCannotBeRead) {
     makeDocument();
     ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
     ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);

@@ -1,6 +1,7 @@
 #include "compound/compound_file.h"
 
 #include "support/compound_checker.h"
+#include "support/document_streams.h"
 #include "support/fault_file.h"
 #include "support/memory_file.h"
 
@@ -13,8 +14,6 @@ namespace quobrix {
 namespace {
 
 using namespace test;
-
-using Streams = std::map<std::string, Bytes>;
 
 Bytes content(int seed, std::size_t size) {
     Bytes bytes(size);

@@ -91,7 +91,7 @@ TEST_F(CompoundFileDamage, AnEntryThatMakesNoSenseHidesOnlyItself) {
     EXPECT_EQ(sectorsFilledWith('p'), sectors);
 }
 
-TEST_F(CompoundFileDamage, ALinkOfTheDirectoryThatIsLostLosesNothing) {
+TEST_F(CompoundFileDamage, ALostDirectoryLink) {
     const std::size_t root = (cfb::load32(disk_->data() + 48) + 1) * 512;
     const Bytes sound = *disk_;
     for (const std::size_t link : {root + 76, entryOf('h') + 68, entryOf('h') + 72, entryOf('p') + 72})
@@ -103,7 +103,7 @@ TEST_F(CompoundFileDamage, ALinkOfTheDirectoryThatIsLostLosesNothing) {
         }
 }
 
-TEST_F(CompoundFileDamage, ALinkToAnUnusedEntryDoesNotCatchTheNextStream) {
+TEST_F(CompoundFileDamage, ALinkToAnUnusedEntry) {
     put32(entryOf('b') + 68, 27); // where a's was
     {
         const auto file = *open();
@@ -117,7 +117,7 @@ TEST_F(CompoundFileDamage, ALinkToAnUnusedEntryDoesNotCatchTheNextStream) {
     expectLost("");
 }
 
-TEST_F(CompoundFileDamage, OfSeveralStreamsOfOneNameTheFirstCountsAndNoneSurvivesARemoval) {
+TEST_F(CompoundFileDamage, DuplicateNames) {
     for (const char letter : {'b', 'd', 'q'})
         disk_->at(entryOf(letter)) = 'P';
     disk_->at(entryOf('p') + 120 + 3) = 1; // damaged at that
@@ -140,7 +140,7 @@ TEST_F(CompoundFileDamage, OfSeveralStreamsOfOneNameTheFirstCountsAndNoneSurvive
     EXPECT_EQ((*open())->names().size(), 23u); // with the new one
 }
 
-TEST_F(CompoundFileDamage, CrossedAndEndlessChainsAreCorruptForTheirStreamsOnly) {
+TEST_F(CompoundFileDamage, CrossedAndEndlessChains) {
     const std::size_t p = entryOf('p'), q = entryOf('q'), s = entryOf('s');
     for (int i = 0; i < 4; ++i)
         disk_->at(p + 116 + i) = disk_->at(q + 116 + i); // begins where another does
@@ -156,7 +156,7 @@ TEST_F(CompoundFileDamage, CrossedAndEndlessChainsAreCorruptForTheirStreamsOnly)
 
 /// A stream's second sector is called free, or its chain goes on beyond the end of the file: neither may become
 /// another's.
-TEST_F(CompoundFileDamage, WhereABrokenChainLeadsNothingElseIsPut) {
+TEST_F(CompoundFileDamage, NothingIsPutBehindABrokenChain) {
     const auto markOf = [&](std::uint32_t sector) {
         const std::uint32_t page = cfb::load32(disk_->data() + 76 + 4 * (sector / 128));
         return static_cast<std::size_t>(cfb::sectorOffset(page)) + 4 * (sector % 128);
@@ -172,7 +172,7 @@ TEST_F(CompoundFileDamage, WhereABrokenChainLeadsNothingElseIsPut) {
     EXPECT_EQ(sectorsFilledWith('p'), 10u);
 }
 
-TEST_F(CompoundFileDamage, ALostAllocationTableLeavesAFileThatIsOnlyRead) {
+TEST_F(CompoundFileDamage, ALostAllocationTable) {
     put32(44, 0xFFFFFFFF); // a header that claims 2^32 pages of it
     const auto file = open();
     ASSERT_TRUE(file);
@@ -269,7 +269,7 @@ TEST_F(CompoundFileDamage, AFileMayEndWithinItsMiniStream) {
     EXPECT_EQ(file->writable().error().kind, ErrorKind::Corrupt);
 }
 
-TEST_F(CompoundFileDamage, NamesThatTheFormatForbidsAreRefusedByTheCommit) {
+TEST_F(CompoundFileDamage, ForbiddenNames) {
     const auto file = *open();
     using namespace std::string_literals;
     for (const std::string& name : {""s, "a/b"s, "0123456789012345678901234567890123"s, "a\0b"s, "\xED\xA0\x80"s}) {

@@ -2,6 +2,7 @@
 
 #include "platform/file_system.h"
 #include "support/compound_checker.h"
+#include "support/document_streams.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -17,8 +18,6 @@ namespace quobrix {
 namespace {
 
 using namespace test;
-
-using Streams = std::map<std::string, Bytes>;
 
 /// Objects as a document has them: many small, some large, names in no order of the directory.
 Streams objects(int count) {
@@ -37,11 +36,8 @@ class CompoundFileInterop : public testing::Test {
 protected:
     CompoundFileInterop() {
         gsf_init();
-        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = std::filesystem::temp_directory_path() / (std::string("quobrix_interop_") + test->name());
         std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_);
-        path_ = folder_ / "file.car";
     }
     ~CompoundFileInterop() override { std::filesystem::remove_all(folder_); }
 
@@ -120,26 +116,16 @@ protected:
         g_object_unref(output);
     }
 
-    std::unique_ptr<CompoundFile> open() const {
-        auto file = openFile(path_, FileMode::ReadWrite);
-        EXPECT_TRUE(file) << file.error().detail;
-        auto compound = CompoundFile::open(*std::move(file));
-        EXPECT_TRUE(compound) << compound.error().detail;
-        return *std::move(compound);
-    }
-
-    static Streams everything(const CompoundFile& file) {
-        Streams streams;
-        for (const std::string& name : file.names())
-            streams[name] = *file.read(name);
-        return streams;
-    }
+    std::unique_ptr<CompoundFile> open() const { return compoundFile(path_, FileMode::ReadWrite); }
 
     CompoundImage image() const { return examineCompoundFile(*readFile(path_, 1u << 30)); }
 
     std::set<std::string> missing_; ///< readers
-    std::filesystem::path folder_;
-    std::filesystem::path path_;
+    // A name that programs take from a command line in any locale.
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() /
+        (std::string("quobrix_interop_") + testing::UnitTest::GetInstance()->current_test_info()->name());
+    const std::filesystem::path path_ = folder_ / "file.car";
 };
 
 TEST_F(CompoundFileInterop, OthersReadWhatManySavesHaveLeft) {
@@ -176,7 +162,7 @@ TEST_F(CompoundFileInterop, OthersReadWhatManySavesHaveLeft) {
     // And what another program has made of it is ours again.
     std::filesystem::remove(path_);
     writeByGsf(readByGsf(compact), false);
-    EXPECT_TRUE(everything(*open()) == streams);
+    EXPECT_TRUE(streamsOf(*open()) == streams);
     if (!missing_.empty())
         GTEST_SKIP() << "the other checks have been made, but not installed: "
                      << fmt::format("{}", fmt::join(missing_, ", "));
@@ -187,11 +173,11 @@ TEST_F(CompoundFileInterop, AListShapedDirectoryIsReadAndPutInOrder) {
     writeByGsf(streams, true);
     {
         const auto file = open();
-        EXPECT_TRUE(everything(*file) == streams);
+        EXPECT_TRUE(streamsOf(*file) == streams);
         file->write("17", streams["17"] = Bytes(5000, 9));
         ASSERT_TRUE(file->commit());
     }
-    EXPECT_TRUE(everything(*open()) == streams);
+    EXPECT_TRUE(streamsOf(*open()) == streams);
     {
         const auto file = open();
         file->write("new", streams["new"] = Bytes(50, 8));

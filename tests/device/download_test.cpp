@@ -58,7 +58,7 @@ protected:
     int begun_ = 0;
 };
 
-TEST_F(Downloading, TheNewDocumentTakesTheOldOnesPlaceOnlyForRecords) {
+TEST_F(Downloading, ANewDocumentOnlyForRecords) {
     const struct {
         const char* name;
         std::size_t objects;
@@ -103,7 +103,7 @@ TEST_F(Downloading, ANewFileIsRecommendedBeyond18000Objects) {
     EXPECT_EQ(begun_, 0);
 }
 
-TEST_F(Downloading, ADamagedDocumentIsRefusedBeforeTheLoggerIsRead) {
+TEST_F(Downloading, ADamagedDocumentIsRefusedFirst) {
     open("Test.car");
     const ObjectId distances = document_.trips().column<TTripLogDistanceColumn>().id();
     document_.newDocument();
@@ -116,7 +116,7 @@ TEST_F(Downloading, ADamagedDocumentIsRefusedBeforeTheLoggerIsRead) {
     EXPECT_FALSE(document_.modified());
 }
 
-TEST_F(Downloading, NothingNewLeavesADocumentAsItIsButForTheTimeInAFile) {
+TEST_F(Downloading, NothingNewChangesOnlyTheTime) {
     ScriptedPrompter silent;
     const auto trips = std::exchange(fake_.trips, {}), troubles = std::exchange(fake_.troubles, {});
     EXPECT_EQ(download(silent).value().summary(), "Nothing new.");
@@ -128,36 +128,6 @@ TEST_F(Downloading, NothingNewLeavesADocumentAsItIsButForTheTimeInAFile) {
     EXPECT_FALSE(document_.dataChanged());
     ASSERT_TRUE(document_.store().existingSingleton<TDownloadTable>());
     EXPECT_EQ(document_.store().existingSingleton<TDownloadTable>()->rowCount(), 1u);
-}
-
-TEST_F(Downloading, WhatTheLibraryCannotParseIsNamedAndTheRestIsMerged) {
-    fake_.stops = RecordSetBytes().add(plainStop()).take();
-    fake_.stopSamples = RecordSetBytes().add(samplesOf(0, 3), {50, 20, 0}).take();
-    const struct {
-        const char* failing;
-        std::string text, summary;
-    } cases[] = {
-        {"GetLogRecords", "the trips, trouble codes and activity (error -7).", "New: 2 severe stops."},
-        {"GetAccidentLogRecords 1", "the first accident log (error -7).",
-         "New: 1 trip, 1 trouble code, 1 severe stop."},
-        {"GetAccidentLogRecords 2", "the second accident log (error -7).",
-         "New: 1 trip, 1 trouble code, 1 severe stop."},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.failing);
-        document_.newDocument();
-        fake_.results = {{c.failing, -7}};
-        ScriptedPrompter prompter{{MessageId::LogsUnreadable}};
-        const MergeResult result = download(prompter).value();
-        EXPECT_EQ(result.summary(), c.summary);
-        EXPECT_FALSE(result.complete());
-        EXPECT_NE(prompter.shown[0].find(c.text), std::string::npos) << prompter.shown[0];
-        EXPECT_FALSE(LockedLogger(link_).status().logsCurrent);
-    }
-    fake_.results.clear();
-    ScriptedPrompter silent;
-    EXPECT_TRUE(download(silent).value().complete());
-    EXPECT_TRUE(LockedLogger(link_).status().logsCurrent);
 }
 
 } // namespace

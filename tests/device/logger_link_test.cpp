@@ -10,7 +10,7 @@
 namespace quobrix::testing {
 namespace {
 
-TEST(LoggerLibrary, NamesTheMissingFileOrSaysInOneSentenceThatItIsAnother) {
+TEST(LoggerLibrary, MissingOrAnotherLibrary) {
     const test::TemporaryFolder folder;
     const auto missing = loadLoggerLibrary(folder / "libQuobrix.so");
     ASSERT_FALSE(missing);
@@ -24,7 +24,7 @@ TEST(LoggerLibrary, NamesTheMissingFileOrSaysInOneSentenceThatItIsAnother) {
                                                             "lacks 27 of its 28 functions (QuobrixClosePort, ...).");
 }
 
-TEST(LoggerLibrary, IsNotTakenFromTheCurrentFolderWhereTheProgramsOwnIsNotKnown) {
+TEST(LoggerLibrary, IsNotTakenFromTheCurrentFolder) {
     const std::filesystem::path before = std::filesystem::current_path();
     const test::TemporaryFolder folder;
     std::filesystem::copy_file(INCOMPLETE_LIBRARY, folder / "libQuobrix.so");
@@ -67,7 +67,7 @@ protected:
     LockedLogger logger_{link_};
 };
 
-TEST_F(Link, ATimeOutLeavesThePortOpenAndAnyOtherFailureClosesIt) {
+TEST_F(Link, ATimeOutLeavesThePortOpen) {
     logger_.openPort("COM3");
     EXPECT_EQ(logger_.probe(), QUOBRIX_TIMEOUT);
     EXPECT_EQ(fake_.openPort, "COM3");
@@ -90,7 +90,7 @@ TEST_F(Link, AProbeOfAPortThatCannotBeOpenedSaysWhy) {
     EXPECT_EQ(logger_.probe(), QUOBRIX_PORT_NOT_OPENED);
 }
 
-TEST_F(Link, NoAnswerToTheVinModeQuestionMeansDisabled) {
+TEST_F(Link, NoVinModeAnswerMeansDisabled) {
     fake_.loggers["COM1"] = "K-0042-B";
     logger_.openPort("COM1");
     EXPECT_TRUE(logger_.vinModeIsEnabled().value);
@@ -102,7 +102,7 @@ TEST_F(Link, NoAnswerToTheVinModeQuestionMeansDisabled) {
 }
 
 // That the blocks are freed on every path, and once, is the leak checker's to see.
-TEST_F(Link, ADownloadParsesAllThatItIsHandedAndNamesWhatCannotBe) {
+TEST_F(Link, DownloadNamesUnreadableLogs) {
     fake_.loggers["COM1"] = "K-0042-B";
     logger_.openPort("COM1");
     fake_.trips = {8, 0, 0, 0, 0, 0, 0, 0};
@@ -168,7 +168,7 @@ TEST_F(Link, ASerialNumberOfAnotherFormIsNoLogger) {
     EXPECT_EQ(logger_.status().probeDescription, "The Quobrix gave no valid serial number");
 }
 
-TEST_F(Link, ADownloadAttemptMakesTheLogsCurrentAndOnlyASuccessfulClearDoes) {
+TEST_F(Link, WhenLogsAreCurrent) {
     fake_.results["ClearLogs"] = -5;
     logger_.clearLogs();
     EXPECT_FALSE(logger_.status().logsCurrent);
@@ -178,7 +178,7 @@ TEST_F(Link, ADownloadAttemptMakesTheLogsCurrentAndOnlyASuccessfulClearDoes) {
     EXPECT_TRUE(logger_.status().logsCurrent);
 }
 
-TEST_F(Link, ALogFileIsRefusedWhenEitherCallFailsOrItsPathIsTooLong) {
+TEST_F(Link, RefusedLogFiles) {
     EXPECT_TRUE(logger_.readLogFile(std::string(260, 'x')).ok());
     EXPECT_EQ(logger_.readLogFile(std::string(261, 'x')).code, kPathTooLong);
     fake_.results["GetLogRecords"] = -7;

@@ -28,7 +28,7 @@ protected:
     MonitoringProbe probe_;
 };
 
-TEST_F(Monitoring, AGapOfMoreThan30SecondsMakesTheLogsDoubtful) {
+TEST_F(Monitoring, AGapMakesTheLogsDoubtful) {
     EXPECT_TRUE(logsCurrentAfter(30));
     EXPECT_TRUE(logsCurrentAfter(30)) << "each successful probe counts anew";
     fake_.loggers.clear();
@@ -44,13 +44,13 @@ TEST_F(Monitoring, AnotherLoggerMakesTheLogsDoubtful) {
     EXPECT_EQ(logger_.status().serialNumber, 43);
 }
 
-TEST_F(Monitoring, ADownloadLongerThanTheGapCountsAsWatching) {
+TEST_F(Monitoring, ALongDownloadCountsAsWatching) {
     now_ += 100;
     logger_.readLogs(LogMode::Ordinary);
     EXPECT_TRUE(logsCurrentAfter(1));
 }
 
-TEST_F(Monitoring, KeepsTheOptionFlagAndTheFamilyAndAnyFailureMarksTheLoggerAbsent) {
+TEST_F(Monitoring, AnyFailureMarksTheLoggerAbsent) {
     EXPECT_TRUE(logger_.status().configFlag);
     EXPECT_TRUE(logger_.status().newerModel);
     fake_.flags = 0xFE;
@@ -66,7 +66,7 @@ TEST_F(Monitoring, KeepsTheOptionFlagAndTheFamilyAndAnyFailureMarksTheLoggerAbse
     EXPECT_FALSE(link_.probeBusy());
 }
 
-TEST_F(Monitoring, APortThatAFailureClosedIsOpenedAgainAtGrowingIntervals) {
+TEST_F(Monitoring, AClosedPortIsOpenedAgain) {
     const auto attempts = [&](std::int64_t seconds) {
         std::vector<std::int64_t> after;
         for (std::int64_t start = now_; now_ - start < seconds; ++now_) {

@@ -71,7 +71,7 @@ TEST_F(Polling, StartsSuspendedAndProbesOnceResumed) {
     EXPECT_TRUE(published_.waitFor([](const LoggerStatus& s) { return s.probe == QUOBRIX_TIMEOUT; }));
 }
 
-TEST_F(Polling, SuspensionsAreCountedAndJobsRunAllTheSame) {
+TEST_F(Polling, SuspensionsAreCounted) {
     TPollingThread worker(link_, published_.publish(), quick_);
     worker.resume();
     worker.suspend();
@@ -106,7 +106,7 @@ TEST_F(Polling, AWaitingJobCutsAProbeShort) {
     EXPECT_TRUE(published_.waitFor([](const LoggerStatus& s) { return s.newerModel; })) << "it is made anew afterwards";
 }
 
-TEST_F(Polling, JobsRunInOrderOnTheWorkerAndTheirStatusIsPublishedBeforeTheyAreDone) {
+TEST_F(Polling, JobsRunInOrder) {
     std::vector<int> order;
     std::set<std::thread::id> threads;
     std::vector<int> publishedWhenDone;
@@ -128,7 +128,7 @@ TEST_F(Polling, JobsRunInOrderOnTheWorkerAndTheirStatusIsPublishedBeforeTheyAreD
     EXPECT_FALSE(threads.count(std::this_thread::get_id()));
 }
 
-TEST_F(Polling, StoppingFinishesTheJobsClosesThePortAndTakesNoMore) {
+TEST_F(Polling, StoppingFinishesTheJobs) {
     TPollingThread worker(link_, published_.publish(), {1h, 30ms});
     worker.resume();
     bool ran = false;
@@ -148,7 +148,7 @@ TEST_F(Polling, StoppingFinishesTheJobsClosesThePortAndTakesNoMore) {
 }
 
 // For the thread sanitizer above all: everything at once, and the end in the middle of it.
-TEST_F(Polling, SurvivesCommandsFromManySidesWhileItStops) {
+TEST_F(Polling, CommandsWhileItStops) {
     std::atomic<int> accepted = 0, done = 0;
     {
         TPollingThread worker(link_, published_.publish(), {0ms, 0ms});

@@ -32,7 +32,7 @@ protected:
     DirectCalls calls_{link_};
 };
 
-TEST_F(Ports, ALoggerOnTheDefaultPortIsFoundWithoutAsking) {
+TEST_F(Ports, FindsTheLoggerOnTheDefaultPort) {
     fake_.loggers = {{"COM1", "K-0001-B"}, {"COM3", "K-0042-B"}};
     ScriptedPrompter silent;
     EXPECT_EQ(flows(silent).scan(), ScanResult::Found);
@@ -41,7 +41,7 @@ TEST_F(Ports, ALoggerOnTheDefaultPortIsFoundWithoutAsking) {
     EXPECT_EQ(defaultPort(settings_), "COM3");
 }
 
-TEST_F(Ports, AnotherPortBecomesTheDefaultWhenTheUserSaysSo) {
+TEST_F(Ports, AnotherPortIsOffered) {
     fake_.loggers = {{"COM1", "K-0007-B"}};
     ScriptedPrompter prompter{{MessageId::PortDetected, Answer::Yes}};
     EXPECT_EQ(flows(prompter).scan(), ScanResult::Found);
@@ -50,7 +50,7 @@ TEST_F(Ports, AnotherPortBecomesTheDefaultWhenTheUserSaysSo) {
     EXPECT_EQ(fake_.openPort, "COM1");
 }
 
-TEST_F(Ports, ARefusedPortIsPassedOverAndTheDefaultReopened) {
+TEST_F(Ports, ARefusedPortIsPassedOver) {
     fake_.loggers = {{"COM1", "K-0042-B"}};
     ScriptedPrompter prompter{{MessageId::PortDetected, Answer::No}};
     EXPECT_EQ(flows(prompter).scan(), ScanResult::Refused);
@@ -83,7 +83,7 @@ TEST_F(Ports, NothingFoundOffersTheChoiceOfAPort) {
     EXPECT_EQ(defaultPort(settings_), "COM9");
 }
 
-TEST_F(Ports, AnEmptyPortMayBeChosenAnywayAndIsKeptOpen) {
+TEST_F(Ports, AnEmptyPortMayBeChosen) {
     ScriptedPrompter prompter{{{MessageId::UseSerialPortAnyway, Answer::Yes}}, {"COM2"}};
     EXPECT_TRUE(flows(prompter).choosePort());
     EXPECT_EQ(defaultPort(settings_), "COM2");
@@ -104,7 +104,7 @@ TEST_F(Ports, CancellingTheChoiceChangesNothing) {
     EXPECT_FALSE(status().portOpen);
 }
 
-TEST_F(Ports, EnsuringALoggerScansBeforeItSaysThatThereIsNone) {
+TEST_F(Ports, EnsuringALoggerScansFirst) {
     const std::size_t kEveryPortAndTheDefaultAgain = kPortNames.size() + 1;
     ScriptedPrompter prompter{{MessageId::CannotConnect, Answer::No}};
     EXPECT_FALSE(flows(prompter).ensureLogger(false));
@@ -127,7 +127,7 @@ TEST_F(Ports, EnsuringALoggerScansBeforeItSaysThatThereIsNone) {
     EXPECT_EQ(defaultPort(settings_), "COM9");
 }
 
-TEST_F(Ports, AMissingLibraryIsToldInsteadOfOfferingPorts) {
+TEST_F(Ports, AMissingLibraryIsTold) {
     LoggerLink link(Error{ErrorKind::NotFound, "There is none."});
     DirectCalls calls(link);
     ScriptedPrompter prompter{{MessageId::LibraryMissing}, {MessageId::LibraryMissing}};

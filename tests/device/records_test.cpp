@@ -148,7 +148,7 @@ TEST(Records, ADamagedLengthHidesTheRestAndSaysHowMany) {
     }
 }
 
-TEST(Records, ATroubleCodeKeepsWhatTheVehicleDidNotReport) {
+TEST(Records, UnreportedFiguresOfATroubleCode) {
     QuobrixTroubleRecord raw = plainTrouble();
     LogRecords records;
     parseMainRecords({}, RecordSetBytes().add(raw).take(), records);
@@ -165,7 +165,7 @@ TEST(Records, ATroubleCodeKeepsWhatTheVehicleDidNotReport) {
     EXPECT_EQ(records.refusedCount(), 5u);
 }
 
-TEST(Records, SamplesFindTheirAccidentEvenBehindARefusedOne) {
+TEST(Records, SamplesFindTheirAccident) {
     QuobrixStopRecord bad = plainStop();
     bad.timestamp = bad.startTime - 1;
     const Bytes stops = RecordSetBytes().add(bad).add(plainStop()).add(plainStop()).take();

@@ -30,7 +30,7 @@ protected:
     ProgressNotes progress_;
 };
 
-TEST_F(Reporting, ASuccessShowsItsTimedProgressIfItHasATitle) {
+TEST_F(Reporting, ASuccessShowsItsProgress) {
     ScriptedPrompter silent;
     Reporter reporter(calls_, silent, progress_);
     EXPECT_TRUE(reporter.report(LoggerCommand::SetClock, {}));
@@ -57,7 +57,7 @@ TEST_F(Reporting, ADownloadResultOfTwoIsSilent) {
     EXPECT_FALSE(Reporter(calls_, silent, progress_).report(LoggerCommand::Download, {QUOBRIX_NOT_REPORTED, "", ""}));
 }
 
-TEST_F(Reporting, ACommandIsDescribedByTheLibraryWhileTheLockIsHeld) {
+TEST_F(Reporting, DescribesWhileTheLockIsHeld) {
     LockedLogger(link_).openPort("COM1");
     fake_.results["SetTime"] = -5;
     ScriptedPrompter prompter{{MessageId::UnexpectedError}};

@@ -80,7 +80,7 @@ TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     logger.closePort();
 }
 
-TEST_F(SimulatedLogger, ACancelledDownloadMergesNothingAndLeavesItsLogsDoubtful) {
+TEST_F(SimulatedLogger, ACancelledDownloadMergesNothing) {
     struct CancelledTransfer final : LoggerCalls {
         explicit CancelledTransfer(LoggerLink& l) : link(l) {}
         bool run(const CallTitle& title, const Call& call) override {

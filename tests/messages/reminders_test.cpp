@@ -66,7 +66,7 @@ TEST_F(RemindersTest, AnUnknownChoiceCountsAsNone) {
     }
 }
 
-TEST(ReminderTable, KeysAndMnemonicsAreUniqueAndEveryReminderHasASafeAnswer) {
+TEST(ReminderTable, KeysAreUniqueAndAnswersSafe) {
     std::set<std::string_view> keys;
     std::set<char> mnemonics;
     for (const ReminderSpec& reminder : allReminders()) {

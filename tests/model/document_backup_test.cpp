@@ -10,7 +10,7 @@ using namespace test;
 
 using DocumentBackup = DocumentFolder;
 
-TEST_F(DocumentBackup, TheFileAsItWasIsKeptBeforeTheFirstChangeOfARun) {
+TEST_F(DocumentBackup, MadeAtTheFirstChangeOfARun) {
     fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write);
     const std::string before = bytes(path_);
     TQuobrixDocument document;
@@ -49,7 +49,7 @@ TEST_F(DocumentBackup, SavingNothingTouchesNothing) {
     EXPECT_EQ(bytes(backup_), "old backup");
 }
 
-TEST_F(DocumentBackup, TheBackupLiesBesideTheFileAndNotBesideALinkToIt) {
+TEST_F(DocumentBackup, LiesBesideTheFileNotItsLink) {
     fs::create_directory(folder_ / "links");
     if (!makeLink(path_, folder_ / "links" / "link.car"))
         GTEST_SKIP() << kNoLinks;
@@ -64,7 +64,7 @@ TEST_F(DocumentBackup, TheBackupLiesBesideTheFileAndNotBesideALinkToIt) {
     EXPECT_EQ(tripsIn(path_), 2u);
 }
 
-TEST_F(DocumentBackup, ABackupThatIsALinkGivesWayAndWhatItLeadsToStays) {
+TEST_F(DocumentBackup, ABackupThatIsALink) {
     const std::string before = bytes(path_);
     const fs::path elsewhere = folder_ / "elsewhere";
     put(elsewhere, "somebody's");
@@ -162,7 +162,7 @@ TEST_F(DocumentBackup, WhatSaveAsReplacesIsKept) {
     EXPECT_FALSE(fs::exists(backup_));
 }
 
-TEST_F(DocumentBackup, ASoundBackupNeverGivesWayToAFileThatCannotBeOpened) {
+TEST_F(DocumentBackup, ASoundBackupOutlivesARuin) {
     const std::string sound = bytes(path_), ruin = sound.substr(0, 5000);
     const fs::path second = folder_ / "Doc.car.2.bak", third = folder_ / "Doc.car.3.bak";
     put(backup_, sound);
@@ -184,12 +184,10 @@ TEST_F(DocumentBackup, ASoundBackupNeverGivesWayToAFileThatCannotBeOpened) {
     EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Doc.car.2.bak", "Doc.car.3.bak", "Doc.car.bak"}));
 }
 
-TEST_F(DocumentBackup, WhatSaveAsReplacesIsKeptEvenIfThisRunHasSavedIt) {
+TEST_F(DocumentBackup, SaveAsKeepsWhatThisRunHasSaved) {
     const fs::path other = folder_ / "Other.car";
+    makeDocument(other, 5);
     TQuobrixDocument document;
-    for (int i = 0; i < 5; ++i)
-        addTrip(document, kStart - 86400 * i);
-    ASSERT_TRUE(document.saveAs(other));
     openAndAdd(document);
     ASSERT_TRUE(document.save());
     EXPECT_EQ(tripsIn(backup_), 1u);
@@ -209,13 +207,9 @@ TEST_F(DocumentBackup, WhatSaveAsReplacesIsKeptEvenIfThisRunHasSavedIt) {
     EXPECT_EQ(tripsIn(backup_), 6u);
 }
 
-TEST_F(DocumentBackup, WhatAnotherProgramHasMadeOfTheFileMeanwhileIsKept) {
-    TQuobrixDocument theirs;
-    for (int i = 0; i < 5; ++i)
-        addTrip(theirs, kStart - 86400 * i);
-    ASSERT_TRUE(theirs.saveAs(folder_ / "Theirs.car"));
-    theirs.newDocument();
-    TQuobrixDocument document;
+TEST_F(DocumentBackup, KeepsWhatOthersHaveMadeOfTheFile) {
+    makeDocument(folder_ / "Theirs.car", 5);
+    TQuobrixDocument document, theirs;
     openAndAdd(document);
     ASSERT_TRUE(document.save());
     addTrip(document, kStart + 7200);
@@ -238,7 +232,7 @@ TEST_F(DocumentBackup, WhatAnotherProgramHasMadeOfTheFileMeanwhileIsKept) {
     EXPECT_EQ(tripsIn(backup_), 3u);
 }
 
-TEST_F(DocumentBackup, OneFileHasOneBackupARunWhateverLinksLeadToIt) {
+TEST_F(DocumentBackup, OneBackupThroughAnyLink) {
     const fs::path folder = folder_ / "real", link = folder_ / "link";
     fs::create_directory(folder);
     fs::copy_file(path_, folder / "Doc.car");

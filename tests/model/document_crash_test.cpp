@@ -275,7 +275,7 @@ void report(const char* what, const Flow& flow, std::size_t count) {
 
 class DocumentCrash : public testing::TestWithParam<Flow> {};
 
-TEST_P(DocumentCrash, APowerCutAfterAnyChangeLeavesOldOrNew) {
+TEST_P(DocumentCrash, APowerCutLeavesOldOrNew) {
     std::size_t cuts = 0;
     // With 200 trips a save writes more than 3,000 objects and moves some of them to the disk before its end.
     struct Case {
@@ -302,7 +302,7 @@ TEST_P(DocumentCrash, APowerCutAfterAnyChangeLeavesOldOrNew) {
     report("power cuts", GetParam(), cuts);
 }
 
-TEST_P(DocumentCrash, AnyFailingOperationIsMadeGoodByTheNextTry) {
+TEST_P(DocumentCrash, TheNextTryMakesGood) {
     const FaultFolder::Image image = folderWithDocuments(3);
     std::size_t failed = 0;
     const std::pair<std::size_t, bool> ways[] = {{1, true}, {2, true}, {5, true}, {1, false}, {5, false}};
@@ -326,7 +326,7 @@ TEST_P(DocumentCrash, AnyFailingOperationIsMadeGoodByTheNextTry) {
     report("failing operations", GetParam(), failed);
 }
 
-TEST_P(DocumentCrash, ADiskThatIsFullAtAnyWriteLosesNothing) {
+TEST_P(DocumentCrash, AFullDiskLosesNothing) {
     std::size_t full = 0;
     for (const int trips : {1, 3, 20}) {
         const FaultFolder::Image image = folderWithDocuments(trips);
@@ -367,14 +367,14 @@ TEST_P(DocumentCrash, ADiskThatIsFullAtAnyWriteLosesNothing) {
     report("full disks", GetParam(), full);
 }
 
-TEST_P(DocumentCrash, NobodyButTheHolderOfTheLockNeedsToReadTheFile) {
+TEST_P(DocumentCrash, OnlyTheLocksHolderReads) {
     Trial trial(GetParam(), folderWithDocuments(3), 3, 1);
     trial.folder.locksKeepReadersAway = true;
     ASSERT_TRUE(trial.runOnce());
     trial.expectDone(true);
 }
 
-TEST(DocumentCompaction, ACopyThatTheDiskHasGarbledDoesNotTakeTheDocumentsPlace) {
+TEST(DocumentCompaction, AGarbledCopyIsNotUsed) {
     FaultFolder folder(1, folderWithDocuments(3));
     TQuobrixDocument document(folder);
     open(document);

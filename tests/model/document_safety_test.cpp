@@ -33,40 +33,37 @@ TEST_F(DocumentSafety, WhatAnotherCopyHasOpenIsNotReplaced) {
     EXPECT_TRUE(document.saveAs(other, IfThere::Replace));
 }
 
-TEST_F(DocumentSafety, AFileThatAnotherCopyHadIsWrittenOnceThatLetsGoOfIt) {
-    TQuobrixDocument running, document;
-    open(running);
-    openAndAdd(document);
-    EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::InUse);
-    EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly);
-    running.newDocument();
-    ASSERT_TRUE(document.tryWriting());
-    EXPECT_FALSE(document.readOnly());
-    ASSERT_TRUE(document.save());
-    EXPECT_EQ(tripsIn(path_), 2u);
-    EXPECT_EQ(kindOf(openFile(path_, FileMode::ReadWrite)), ErrorKind::InUse) << "locked now";
+TEST_F(DocumentSafety, WrittenOnceAnotherCopyLetsGo) {
+    for (const bool savedMeanwhile : {false, true}) {
+        SCOPED_TRACE(savedMeanwhile);
+        TQuobrixDocument running, document;
+        openAndAdd(running);
+        openAndAdd(document);
+        addTrip(document, kStart + 7200);
+        EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::InUse);
+        ASSERT_TRUE(*document.loadRest());
+        if (savedMeanwhile) {
+            ASSERT_TRUE(running.save());
+        }
+        EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly) << "still held";
+        running.newDocument();
+        if (savedMeanwhile) {
+            EXPECT_EQ(kindOf(document.tryWriting()), ErrorKind::Changed);
+            EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Changed);
+            EXPECT_EQ(kindOf(document.save()), ErrorKind::Changed);
+            EXPECT_EQ(tripsIn(path_), 4u);
+            ASSERT_TRUE(document.overwrite());
+            EXPECT_EQ(tripsIn(backup_), 4u);
+        } else {
+            ASSERT_TRUE(document.tryWriting() && document.save());
+        }
+        EXPECT_FALSE(document.readOnly());
+        EXPECT_EQ(tripsIn(path_), savedMeanwhile ? 5u : 3u);
+        EXPECT_EQ(kindOf(openFile(path_, FileMode::ReadWrite)), ErrorKind::InUse) << "locked now";
+    }
 }
 
-TEST_F(DocumentSafety, WhatAnotherCopyHasSavedMeanwhileIsNotOverwrittenUnasked) {
-    TQuobrixDocument running, document;
-    openAndAdd(running);
-    openAndAdd(document);
-    addTrip(document, kStart + 7200);
-    ASSERT_TRUE(*document.loadRest());
-    ASSERT_TRUE(running.save());
-    EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly) << "still held";
-    running.newDocument();
-    EXPECT_EQ(kindOf(document.tryWriting()), ErrorKind::Changed);
-    EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Changed);
-    EXPECT_EQ(kindOf(document.save()), ErrorKind::Changed);
-    EXPECT_EQ(tripsIn(path_), 2u);
-    ASSERT_TRUE(document.overwrite());
-    EXPECT_FALSE(document.readOnly());
-    EXPECT_EQ(tripsIn(path_), 3u);
-    EXPECT_EQ(tripsIn(backup_), 2u);
-}
-
-TEST_F(DocumentSafety, WhatKilledProgramsLeftIsRemovedAndNothingElse) {
+TEST_F(DocumentSafety, RemovesWhatKilledProgramsLeft) {
     const fs::path held = folder_ / ".quobrix-00000000000000ff.tmp";
     for (const char* const name : {".quobrix-0123456789abcdef.tmp", ".quobrix-0123.tmp", "quobrix-0123456789abcdef.tmp",
                                    ".quobrix-0123456789abcdeX.tmp"})
@@ -92,11 +89,7 @@ TEST_F(DocumentSafety, WhatAppearsWhereAFileIsToBeMadeStays) {
         fs::remove(target);
         TQuobrixDocument document;
         openAndAdd(document);
-        const SaveOptions options{.runDisk = [&](const DiskWork& work) {
-            put(target, "theirs");
-            DiskProgress progress;
-            return work(progress);
-        }};
+        const SaveOptions options = meanwhile([&] { put(target, "theirs"); });
         EXPECT_EQ(kindOf(document.saveAs(target, ifThere, options)), ErrorKind::Exists);
         EXPECT_EQ(bytes(target), "theirs");
         EXPECT_EQ(document.path(), path_);
@@ -105,7 +98,7 @@ TEST_F(DocumentSafety, WhatAppearsWhereAFileIsToBeMadeStays) {
     }
 }
 
-TEST_F(DocumentSafety, AFileThatIsInPlaceButMayNotSurviveAPowerCutIsToldAndMadeSureOfLater) {
+TEST_F(DocumentSafety, NotDurableYetIsToldAndRetried) {
     struct Files final : ForwardingFiles {
         Result<void> flushFolder(const fs::path& folder) override {
             return fails ? Error{ErrorKind::Io, "flush"} : ForwardingFiles::flushFolder(folder);
@@ -193,7 +186,7 @@ TEST(LocklessFolder, ALockFileKeepsTheSecondWriterAway) {
     EXPECT_EQ(there.folder.current().size(), 3u) << "two documents and a backup";
 }
 
-TEST(LocklessFolder, WhatAProgramThatHasEndedLeftIsRemovedAndOthersArePersonsToDecide) {
+TEST(LocklessFolder, StaleLockFiles) {
     struct Case {
         const char* what;
         std::size_t line;
@@ -238,7 +231,7 @@ TEST(LocklessFolder, WhoWasTakenOverSavesNoMore) {
 
 // Other programs
 
-TEST_F(DocumentSafety, AFileThatHasChangedIsNotOverwrittenUnasked) {
+TEST_F(DocumentSafety, AChangedFileIsNotOverwritten) {
     const std::string mine = bytes(path_);
     const std::pair<const char*, std::function<void()>> changes[] = {
         {"time", [&] { setTime(path_, fs::last_write_time(path_) + std::chrono::seconds(1)); }},
@@ -287,11 +280,8 @@ TEST_F(DocumentSafety, AFileThatHasChangedIsNotOverwrittenUnasked) {
     }
 }
 
-TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnasked) {
-    TQuobrixDocument other;
-    for (int i = 0; i < 9; ++i)
-        addTrip(other, kStart + 86400 * i);
-    ASSERT_TRUE(other.saveAs(folder_ / "Theirs.car"));
+TEST_F(DocumentSafety, ChangedWhileBackedUp) {
+    makeDocument(folder_ / "Theirs.car", 9);
     const std::string mine = bytes(path_), theirs = bytes(folder_ / "Theirs.car");
     for (const bool question : {false, true}) { // whether to save without it
         SCOPED_TRACE(question);
@@ -304,18 +294,11 @@ TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnask
             if (std::exchange(changes, false))
                 put(path_, theirs);
         };
-        const SaveOptions options{.saveWithoutBackup =
-                                      [&](const Error&) {
-                                          change();
-                                          return true;
-                                      },
-                                  .runDisk =
-                                      [&](const DiskWork& work) {
-                                          DiskProgress progress;
-                                          const Result<void> done = work(progress);
-                                          change();
-                                          return done;
-                                      }};
+        SaveOptions options = meanwhile([] {}, change);
+        options.saveWithoutBackup = [&](const Error&) {
+            change();
+            return true;
+        };
         TQuobrixDocument document;
         openAndAdd(document);
         EXPECT_EQ(kindOf(document.save(options)), ErrorKind::Changed);
@@ -336,67 +319,49 @@ TEST_F(DocumentSafety, AFileThatChangesWhileItsBackupIsMadeIsNotOverwrittenUnask
     }
 }
 
-TEST_F(DocumentSafety, AFileThatIsReplacedWhileItIsSavedIsNotTakenForSaved) {
+TEST_F(DocumentSafety, ReplacedWhileSaved) {
     fs::copy_file(path_, folder_ / "Theirs.car");
     TQuobrixDocument document;
     openAndAdd(document);
     ASSERT_TRUE(document.save());
     addTrip(document, kStart + 7200);
-    EXPECT_EQ(kindOf(document.save({.runDisk =
-                                        [&](const DiskWork& work) {
-                                            DiskProgress progress;
-                                            const Result<void> done = work(progress);
-                                            EXPECT_TRUE(renameOver(folder_ / "Theirs.car", path_));
-                                            return done;
-                                        }})),
-              ErrorKind::Changed);
+    const auto replace = [&] { EXPECT_TRUE(renameOver(folder_ / "Theirs.car", path_)); };
+    EXPECT_EQ(kindOf(document.save(meanwhile([] {}, replace))), ErrorKind::Changed);
     EXPECT_TRUE(document.modified());
     EXPECT_EQ(tripsIn(path_), 1u);
 }
 
-TEST_F(DocumentSafety, WhatAFailedSaveHasWrittenIsNotTakenForAnothersWork) {
+TEST_F(DocumentSafety, AFailedSaveIsNotAnothersChange) {
     TQuobrixDocument document;
     openAndAdd(document);
     ASSERT_TRUE(document.save());
     addTrip(document, kStart + 7200);
-    EXPECT_EQ(kindOf(document.save({.runDisk =
-                                        [](const DiskWork& work) {
-                                            DiskProgress progress;
-                                            EXPECT_TRUE(work(progress));
-                                            return Error{ErrorKind::Io, "at the very end"};
-                                        }})),
-              ErrorKind::Io);
+    const SaveOptions failing{.runDisk = [](const DiskWork& work) {
+        DiskProgress progress;
+        EXPECT_TRUE(work(progress));
+        return Error{ErrorKind::Io, "at the very end"};
+    }};
+    EXPECT_EQ(kindOf(document.save(failing)), ErrorKind::Io);
     const Result<void> again = document.save();
     ASSERT_TRUE(again) << again.error().detail;
     EXPECT_EQ(tripsIn(path_), 3u);
     EXPECT_EQ(tripsIn(backup_), 1u);
 }
 
-TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
-    TQuobrixDocument theirs;
-    openAndAdd(theirs);
-    addTrip(theirs, kStart + 9000);
-    ASSERT_TRUE(theirs.saveAs(folder_ / "Theirs.car"));
-    theirs.newDocument();
-    for (const bool inPlace : {false, true}) {
-        SCOPED_TRACE(inPlace);
-        TQuobrixDocument document;
-        openAndAdd(document);
-        if (inPlace)
-            put(path_, bytes(folder_ / "Theirs.car"));
-        else
-            put(path_, bytes(folder_ / "Theirs.car"));
-        ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
-        ASSERT_TRUE(document.open(path_, TDocument::Access::Edit));
-        EXPECT_EQ(document.trips().rowCount(), 3u);
-        EXPECT_FALSE(document.readOnly());
-        EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
-        addTrip(document, kStart + 7200);
-        EXPECT_TRUE(document.save());
-        EXPECT_EQ(tripsIn(path_), 4u);
-    }
+TEST_F(DocumentSafety, AChangedFileIsReloadedOrKept) {
+    makeDocument(folder_ / "Theirs.car", 3);
     TQuobrixDocument document;
     openAndAdd(document);
+    put(path_, bytes(folder_ / "Theirs.car"));
+    ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
+    ASSERT_TRUE(document.open(path_, TDocument::Access::Edit));
+    EXPECT_EQ(document.trips().rowCount(), 3u);
+    EXPECT_FALSE(document.readOnly());
+    EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
+    addTrip(document, kStart + 7200);
+    EXPECT_TRUE(document.save());
+    EXPECT_EQ(tripsIn(path_), 4u);
+    addTrip(document, kStart + 7200);
     EXPECT_TRUE(renameOver(folder_ / "Theirs.car", path_));
     ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
     ASSERT_TRUE(document.saveAs(folder_ / "Mine.car"));
@@ -404,7 +369,7 @@ TEST_F(DocumentSafety, AChangedFileCanBeReadAnewOrKeptBesideOnesOwn) {
     EXPECT_EQ(tripsIn(path_), 3u);
 }
 
-TEST_F(DocumentSafety, WhatIsLoadedIsNotTakenFromAFileThatOthersHaveWrittenInto) {
+TEST_F(DocumentSafety, LoadedContentIsNotReadAgain) {
     const std::string mine = bytes(path_), speeds = {30, 31, 32, 33, 34, 35, 36, 37};
     std::string garbled = mine; // with the same header and size
     const std::size_t at = garbled.find(speeds);
@@ -426,7 +391,7 @@ TEST_F(DocumentSafety, WhatIsLoadedIsNotTakenFromAFileThatOthersHaveWrittenInto)
     }
 }
 
-TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDocument) {
+TEST_F(DocumentSafety, ForeignBytesAreNotMixedIn) {
     const fs::path other = folder_ / "Theirs.car", kept = folder_ / "Mine.car";
     {
         TQuobrixDocument made, theirs;
@@ -455,11 +420,8 @@ TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDo
                 ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
             }
             const std::size_t known = document.store().damage().size();
-            EXPECT_EQ(kindOf(document.saveAs(kept, {.runDisk =
-                                                        [](const DiskWork&) {
-                                                            return Error{ErrorKind::Io, {}};
-                                                        }})),
-                      ErrorKind::Io);
+            const SaveOptions failing{.runDisk = [](const DiskWork&) { return Error{ErrorKind::Io, {}}; }};
+            EXPECT_EQ(kindOf(document.saveAs(kept, failing)), ErrorKind::Io);
             EXPECT_EQ(document.store().damage().size(), known) << "a save that fails takes nothing from the document";
             const Result<void> saved = document.saveAs(kept);
             ASSERT_TRUE(saved) << saved.error().detail;
@@ -477,7 +439,7 @@ TEST_F(DocumentSafety, WhatAnotherProgramHasWrittenIntoTheFileIsNotTakenForTheDo
     }
 }
 
-TEST_F(DocumentSafety, WhatAnotherCopyHasSavedIsNotMixedIntoWhatIsReadWithoutTheLock) {
+TEST_F(DocumentSafety, AnotherCopysSavesAreNotMixedIn) {
     constexpr RowIndex kTrips = 60;
     constexpr int kSaves = 6;
     const fs::path kept = folder_ / "Kept.car";
@@ -614,7 +576,7 @@ TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
     EXPECT_FALSE(viewer.hasFile());
 }
 
-TEST_F(DocumentSafety, AFileThatHasBecomeUnreadableLeavesTheDocument) {
+TEST_F(DocumentSafety, AnUnreadableFileLeavesTheDocument) {
     TQuobrixDocument document;
     openAndAdd(document);
     put(path_, "no document");
@@ -649,7 +611,7 @@ TEST_F(DocumentSafety, ContentThatCannotBeBoundLeavesTheDocument) {
 
 // Compaction
 
-TEST_F(DocumentSafety, CompactionTakesAwayUnusedSpaceAndNothingElse) {
+TEST_F(DocumentSafety, CompactionRemovesOnlyUnusedSpace) {
     TQuobrixDocument document;
     open(document);
     for (int i = 1; i < 60; ++i)
@@ -683,24 +645,21 @@ TEST_F(DocumentSafety, CompactionTakesAwayUnusedSpaceAndNothingElse) {
     EXPECT_EQ(tripsIn(path_), 10u);
 }
 
-TEST_F(DocumentSafety, CompactionDoesNotReplaceWhatAnotherProgramWritesMeanwhile) {
+TEST_F(DocumentSafety, ReplacedWhileCompacted) {
     TQuobrixDocument document;
     open(document);
-    const SaveOptions options{.runDisk = [&](const DiskWork& work) {
-        DiskProgress progress;
-        const Result<void> done = work(progress);
+    const auto replace = [&] {
         fs::remove(path_);
         put(path_, "theirs");
-        return done;
-    }};
-    EXPECT_EQ(kindOf(document.compact(options)), ErrorKind::Changed);
+    };
+    EXPECT_EQ(kindOf(document.compact(meanwhile([] {}, replace))), ErrorKind::Changed);
     EXPECT_EQ(bytes(path_), "theirs");
 #ifndef _WIN32 // where what the other program has put aside is there until it is closed
     EXPECT_EQ(files(), std::vector<std::string>{"Doc.car"});
 #endif
 }
 
-TEST_F(DocumentSafety, CompactionIsRefusedWhereItCouldLoseSomething) {
+TEST_F(DocumentSafety, RefusedCompactions) {
     TQuobrixDocument document, second;
     EXPECT_EQ(kindOf(document.compact()), ErrorKind::NotFound);
     open(document);
@@ -728,13 +687,12 @@ TEST_F(DocumentSafety, CompactionIsRefusedWhereItCouldLoseSomething) {
 
 TEST_F(DocumentSafety, CopiesCanBeCancelled) {
     const std::string before = bytes(path_);
-    const SaveOptions cancelling{.saveWithoutBackup = [](const Error&) -> bool { throw std::logic_error("not asked"); },
-                                 .runDisk =
-                                     [](const DiskWork& work) {
-                                         DiskProgress progress;
-                                         progress.cancelled = true;
-                                         return work(progress);
-                                     }};
+    SaveOptions cancelling{.runDisk = [](const DiskWork& work) {
+        DiskProgress progress;
+        progress.cancelled = true;
+        return work(progress);
+    }};
+    cancelling.saveWithoutBackup = [](const Error&) -> bool { throw std::logic_error("not asked"); };
     TQuobrixDocument document;
     open(document);
     EXPECT_EQ(kindOf(document.compact(cancelling)), ErrorKind::Cancelled);

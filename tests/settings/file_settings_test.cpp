@@ -1,11 +1,9 @@
 #include "settings/file_settings.h"
 #include "support/make_link.h"
 #include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -14,11 +12,7 @@ namespace fs = std::filesystem;
 
 class FileSettingsTest : public testing::Test {
 protected:
-    void put(const std::string& text) const { std::ofstream(file_, std::ios::binary) << text; }
-    static std::string content(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
+    void put(const std::string& text) const { test::putText(file_, text); }
 
     test::TemporaryFolder folder_;
     fs::path file_ = folder_ / "Quobrix.conf";
@@ -49,7 +43,7 @@ TEST_F(FileSettingsTest, UnknownLinesStayWhereTheyAre) {
     settings.write("A", "x", "");
     settings.write("A", "new", "4");
     settings.write("C", "c", "5");
-    EXPECT_EQ(content(file_), "# mine\n\n[A]\n??\ny = 2 \nnew=4\nbad=\\q\n\n[B]\nz=3\n\n[C]\nc=5\n");
+    EXPECT_EQ(test::textOf(file_), "# mine\n\n[A]\n??\ny = 2 \nnew=4\nbad=\\q\n\n[B]\nz=3\n\n[C]\nc=5\n");
 }
 
 TEST_F(FileSettingsTest, AnotherProgramsChangesAreKept) {
@@ -57,7 +51,7 @@ TEST_F(FileSettingsTest, AnotherProgramsChangesAreKept) {
     one.write("S", "a", "1");
     other.write("S", "b", "2");
     one.write("S", "c", "3");
-    EXPECT_EQ(content(file_), "[S]\na=1\nb=2\nc=3\n");
+    EXPECT_EQ(test::textOf(file_), "[S]\na=1\nb=2\nc=3\n");
 }
 
 TEST_F(FileSettingsTest, AnUnreadableFileMeansDefaultsAndGoesAside) {
@@ -65,11 +59,11 @@ TEST_F(FileSettingsTest, AnUnreadableFileMeansDefaultsAndGoesAside) {
     put(noise);
     FileSettings settings(file_);
     EXPECT_EQ(settings.read("S", "a"), "");
-    EXPECT_EQ(content(file_), noise) << "reading alone must change nothing";
+    EXPECT_EQ(test::textOf(file_), noise) << "reading alone must change nothing";
     settings.write("S", "b", "2");
     settings.write("S", "c", "3");
-    EXPECT_EQ(content(folder_ / "Quobrix.conf.unreadable"), noise);
-    EXPECT_EQ(content(file_), "[S]\nb=2\nc=3\n");
+    EXPECT_EQ(test::textOf(folder_ / "Quobrix.conf.unreadable"), noise);
+    EXPECT_EQ(test::textOf(file_), "[S]\nb=2\nc=3\n");
 }
 
 TEST_F(FileSettingsTest, AFolderInPlaceOfTheFileGoesAsideToo) {
@@ -80,8 +74,8 @@ TEST_F(FileSettingsTest, AFolderInPlaceOfTheFileGoesAsideToo) {
     EXPECT_EQ(FileSettings(file_).read("S", "b"), "2");
 }
 
-TEST_F(FileSettingsTest, WhereNothingCanBeWrittenAValueHoldsForTheRun) {
-    std::ofstream(folder_ / "file") << "in the way";
+TEST_F(FileSettingsTest, UnwritableValuesHoldForTheRun) {
+    test::putText(folder_ / "file", "in the way");
     FileSettings settings(folder_ / "file" / "Quobrix.conf");
     settings.write("S", "a", "1");
     settings.write("S", "b", "2");
@@ -95,7 +89,7 @@ TEST_F(FileSettingsTest, ASymbolicLinkStaysOne) {
     put("[S]\na=1\n");
     FileSettings(file_).write("S", "a", "2");
     EXPECT_TRUE(fs::is_symlink(file_));
-    EXPECT_EQ(content(folder_ / "elsewhere.conf"), "[S]\na=2\n");
+    EXPECT_EQ(test::textOf(folder_ / "elsewhere.conf"), "[S]\na=2\n");
 }
 
 } // namespace

@@ -70,7 +70,7 @@ TEST_F(RegistrySettingsTest, ValuesLieInTheUsersBranchWithTheirTypes) {
     EXPECT_EQ(stored(L"Opened"), std::nullopt);
 }
 
-TEST_F(RegistrySettingsTest, ReadsWhatOtherVersionsAndOtherProgramsHaveStored) {
+TEST_F(RegistrySettingsTest, ReadsOtherVersionsValues) {
     put(L"text", text(L"7"));
     put(L"number", number(7));
     put(L"unended", {REG_SZ, {'a', 0, 'b', 0}});

@@ -35,7 +35,7 @@ TEST_F(SettingsTest, DeletionMarkersRemoveTheValue) {
     EXPECT_EQ(settings_->getReal("TSplitter", "aspectRatio", 0.25), 0.25);
 }
 
-TEST_F(SettingsTest, RealsAreTextWithNineDecimalsInEveryLocale) {
+TEST_F(SettingsTest, RealsAreTextInEveryLocale) {
     const std::string before = std::setlocale(LC_ALL, nullptr);
     std::setlocale(LC_ALL, "de_DE.UTF-8"); // has no effect where the locale is not installed
     settings_->setReal("TSplitter", "aspectRatio", 1.5);
@@ -44,7 +44,7 @@ TEST_F(SettingsTest, RealsAreTextWithNineDecimalsInEveryLocale) {
     std::setlocale(LC_ALL, before.c_str());
 }
 
-TEST(SettingsTypes, IntegersAreWrittenAsSuchAlsoWhenTheyAreTakenBack) {
+TEST(SettingsTypes, IntegersAreWrittenAsSuch) {
     struct Typed final : SettingsBackend {
         std::map<std::string, std::string, std::less<>>& values;
         explicit Typed(std::map<std::string, std::string, std::less<>>& v) : values(v) {}
@@ -84,7 +84,7 @@ TEST_F(SettingsTest, ATextOfTheWrongTypeCountsAsMissing) {
     }
 }
 
-TEST_F(SettingsTest, UndoRestoresValuesAndAbsenceDownToTheMark) {
+TEST_F(SettingsTest, UndoRestoresDownToTheMark) {
     settings_->setInteger("S", "integer", 1);
     settings_->enableJournal(true);
     settings_->setText("S", "text", "kept", true);

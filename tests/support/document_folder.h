@@ -2,12 +2,12 @@
 
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <fstream>
-#include <iterator>
+#include <functional>
 
 namespace quobrix::test {
 
@@ -22,10 +22,7 @@ protected:
         EXPECT_TRUE(made.saveAs(path_));
     }
 
-    static std::string bytes(const fs::path& path) {
-        std::ifstream in(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
+    static std::string bytes(const fs::path& path) { return textOf(path); }
     /// As another program does: into the file, or, where a lock keeps that out, by another file in its place.
     static void put(const fs::path& path, const std::string& bytes) {
         if (std::ofstream out(path, std::ios::binary); out.is_open())
@@ -39,13 +36,24 @@ protected:
         EXPECT_TRUE(document.open(path, TDocument::Access::Read)) << path;
         return document.trips().rowCount();
     }
-    /// The names in the folder, in order.
-    std::vector<std::string> files() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_.path()))
-            names.push_back(entry.path().filename().string());
-        std::ranges::sort(names);
-        return names;
+    std::vector<std::string> files() const { return folder_.names(); }
+    /// Makes a document of COUNT trips, a day apart; the first one is at FIRST.
+    static void makeDocument(const fs::path& path, int count, std::int32_t first = kStart) {
+        TQuobrixDocument made;
+        for (int i = 0; i < count; ++i)
+            addTrip(made, first + 86400 * i);
+        EXPECT_TRUE(made.saveAs(path, IfThere::Replace));
+    }
+    /// While the disk works something else happens: BEFORE the work or AFTER it.
+    static SaveOptions meanwhile(
+        std::function<void()> before, std::function<void()> after = [] {}) {
+        return {.runDisk = [=](const DiskWork& work) {
+            before();
+            DiskProgress progress;
+            Result<void> done = work(progress);
+            after();
+            return done;
+        }};
     }
     void open(TQuobrixDocument& document) { ASSERT_TRUE(document.open(path_, TDocument::Access::Edit)); }
     void openAndAdd(TQuobrixDocument& document) {

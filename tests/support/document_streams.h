@@ -22,11 +22,15 @@ inline std::unique_ptr<CompoundFile> compoundFile(const std::filesystem::path& p
     return *std::move(compound);
 }
 
-/// All streams of FILE, which can be read.
+/// All streams of FILE.
 inline Streams streamsOf(const CompoundFile& file) {
     Streams streams;
-    for (const std::string& name : file.names())
-        streams[name] = *file.read(name);
+    for (const std::string& name : file.names()) {
+        auto content = file.read(name);
+        if (!content)
+            throw std::runtime_error(content.error().detail);
+        streams[name] = *std::move(content);
+    }
     return streams;
 }
 /// All streams of the compound file PATH.

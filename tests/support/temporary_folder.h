@@ -2,9 +2,11 @@
 
 #include "base/path_text.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace quobrix::test {
 
@@ -30,6 +32,14 @@ public:
 
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path operator/(const std::string& name) const { return path_ / pathFromUtf8(name); }
+    /// What is in it, in the order of names.
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(path_))
+            names.push_back(entry.path().filename().string());
+        std::ranges::sort(names);
+        return names;
+    }
 
 private:
     std::filesystem::path path_;

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 using Together = Programs;
 
-TEST_F(Together, TwoFirstDownloadsIntoOneNewFileLoseNothing) {
+TEST_F(Together, TwoDownloadsIntoOneNewFile) {
     constexpr int kRounds = 12;
     attachHistory("COM3", "K-0042-B", 6);
     attachHistory("COM4", "K-0043-B", 9);
@@ -46,7 +46,7 @@ TEST_F(Together, TwoFirstDownloadsIntoOneNewFileLoseNothing) {
     }
 }
 
-TEST_F(Together, ARepairedOrCompactedPrivateFileStaysPrivate) {
+TEST_F(Together, PrivateFilesStayPrivate) {
 #ifdef _WIN32
     GTEST_SKIP() << "Windows has no file modes and no umask: a new file inherits the access list of its folder";
 #endif

@@ -9,7 +9,7 @@ namespace quobrix {
 namespace {
 
 /// Every cell of every list passes through here while it scrolls.
-TEST(ValueText, IsWrittenIntoTheCallersBufferWithoutTakingMemory) {
+TEST(ValueText, TakesNoMemory) {
     TUnitSystem system;
     system.setFractionDiameters(true);
     const double values[] = {0,

@@ -32,7 +32,7 @@ protected:
     UnitSystemStore store_{system_, folders_, &settings_};
 };
 
-TEST_F(UnitStore, DeliveredSystemsAreLockedAndChooseTheirUnits) {
+TEST_F(UnitStore, DeliveredSystems) {
     EXPECT_EQ(store_.listSystems(), (std::vector<std::string>{"Metric", "S.I.", "U.S."}));
     ASSERT_TRUE(store_.loadSystem("U.S."));
     EXPECT_TRUE(system_.locked());
@@ -48,7 +48,7 @@ TEST_F(UnitStore, DeliveredSystemsAreLockedAndChooseTheirUnits) {
     EXPECT_EQ(store_.renameSystem("Other").error().kind, ErrorKind::ReadOnly);
 }
 
-TEST_F(UnitStore, ANewSystemLivesThroughSavingRenamingAndDeleting) {
+TEST_F(UnitStore, NewRenamedAndDeletedSystems) {
     ASSERT_TRUE(store_.newSystem("Mine", "Metric"));
     EXPECT_EQ(remembered(), "Mine");
     EXPECT_FALSE(system_.locked());
@@ -74,7 +74,7 @@ TEST_F(UnitStore, ANewSystemLivesThroughSavingRenamingAndDeleting) {
     EXPECT_FALSE(fs::exists(folders_.program / u8"Ma\u00DFe.us"));
 }
 
-TEST_F(UnitStore, ACopyOfTheCurrentSystemHasWhatWasChangedInIt) {
+TEST_F(UnitStore, ACopyHasTheChanges) {
     ASSERT_TRUE(store_.loadSystem("U.S."));
     system_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
     ASSERT_TRUE(store_.saveChanges()) << "a locked system's are passed over";
@@ -169,7 +169,7 @@ TEST_F(UnitStore, StartUpTakesTheRememberedSystem) {
     EXPECT_EQ(system_.name(), "U.S.");
 }
 
-TEST_F(UnitStore, UsesTheUsersFolderWhereTheProgramsCannotBeWritten) {
+TEST_F(UnitStore, FallsBackToTheUsersFolder) {
     // A folder that is a file refuses new entries even to an administrator.
     UnitSystemFolders folders{folders_.program / "Metric.us", folders_.user};
     UnitSystemStore store(system_, folders, &settings_);

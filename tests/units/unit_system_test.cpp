@@ -77,7 +77,7 @@ TEST(UnitSystem, OneOfAUnitIsNotCalledByItsPlural) {
     EXPECT_EQ(plurals, "tonne, UK Ton, US Ton, Mile, Second, Hour, bit, byte, nybble, Minute, Day, Week, ");
 }
 
-TEST(UnitSystem, ShowsDiametersInInchesAsFractionsOnRequest) {
+TEST(UnitSystem, DiametersAsFractions) {
     TUnitSystem system;
     const double drill = 0.0254 * 47 / 64; // m
     system.setFractionDiameters(true);
@@ -139,17 +139,6 @@ TEST(UnitSystem, ListenersMayLeaveAndComeWhileCalled) {
     EXPECT_EQ(log, "a0c0d0");
     system.resetToSI();
     EXPECT_EQ(log, "a0c0d0c0d0");
-}
-
-TEST(UnitSystem, DecimalsAreReadAsAPersonEntersThem) {
-    EXPECT_EQ(decimalsFromText("4"), 4);
-    EXPECT_EQ(decimalsFromText(" 2.9"), 2);
-    EXPECT_EQ(decimalsFromText("0"), 0);
-    EXPECT_EQ(decimalsFromText("10"), 9);
-    EXPECT_EQ(decimalsFromText("-1"), 9);
-    EXPECT_EQ(decimalsFromText("1e999"), 9);
-    EXPECT_FALSE(decimalsFromText(""));
-    EXPECT_FALSE(decimalsFromText("  "));
 }
 
 } // namespace

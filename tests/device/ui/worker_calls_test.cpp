@@ -66,7 +66,7 @@ protected:
     SlowLoggerLibrary slow_{fake_, [this](QWidget& dialog) { look(dialog); }};
 };
 
-TEST_F(WorkerCallsTest, AScanIsOneWaitThatNamesEachPortAndLeavesTheWindowAlive) {
+TEST_F(WorkerCallsTest, AScanIsOneWait) {
     EXPECT_LE(WorkerCalls::Times{}.blink, 50ms);
     PrompterOverTheWindow silent;
     EXPECT_EQ(flows(silent).scan(), ScanResult::NotFound);
@@ -77,7 +77,7 @@ TEST_F(WorkerCallsTest, AScanIsOneWaitThatNamesEachPortAndLeavesTheWindowAlive) 
     EXPECT_FALSE(QApplication::activeModalWidget());
 }
 
-TEST_F(WorkerCallsTest, CancelEndsAScanWithTheCallInFlightAndLeavesTheDefaultPortToTheWorker) {
+TEST_F(WorkerCallsTest, CancelEndsAScan) {
     settings_.setText("Serial Ports", "Default", "COM2");
     cancelAt_ = QStringLiteral("Opening Port: COM3, step 3 of 11");
     ScriptedPrompter silent;
@@ -91,7 +91,7 @@ TEST_F(WorkerCallsTest, CancelEndsAScanWithTheCallInFlightAndLeavesTheDefaultPor
     EXPECT_EQ(LockedLogger(link_).status().port, "COM2");
 }
 
-TEST_F(WorkerCallsTest, AQuestionStandsOverTheWindowAndPollingGoesOnMeanwhile) {
+TEST_F(WorkerCallsTest, PollingGoesOnDuringAQuestion) {
     fake_.loggers["COM4"] = "K-0042-B";
     PrompterOverTheWindow prompter{{MessageId::PortDetected, Answer::No}, {MessageId::NoPortDetected, Answer::No}};
     EXPECT_FALSE(flows(prompter).scanOrChoose());

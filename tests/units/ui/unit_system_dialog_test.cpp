@@ -97,7 +97,7 @@ protected:
     std::string reasons_;
 };
 
-TEST_F(UnitSystemDialogTest, WhatIsChosenAppliesAtOnceAndIsTakenBackStepByStep) {
+TEST_F(UnitSystemDialogTest, ChoicesApplyAndAreUndone) {
     open();
     reasons_.clear();
     chooseUnit(1);
@@ -153,7 +153,7 @@ TEST_F(UnitSystemDialogTest, DecimalsAreTakenAsTheyAreTyped) {
     EXPECT_FALSE(decimals->isEnabled());
 }
 
-TEST_F(UnitSystemDialogTest, ListsBothTypesOfTheSameNameWithTheirOwnUnits) {
+TEST_F(UnitSystemDialogTest, TwoTypesOfOneName) {
     open();
     auto* types = field<QListWidget>("UsFldUT");
     ASSERT_EQ(types->item(0)->text(), types->item(1)->text());
@@ -164,7 +164,7 @@ TEST_F(UnitSystemDialogTest, ListsBothTypesOfTheSameNameWithTheirOwnUnits) {
     EXPECT_EQ(units_.unitName(UnitTypeId::SecondAcceleration), "m/s²");
 }
 
-TEST_F(UnitSystemDialogTest, ALockedSystemIsNeitherRenamedNorDeletedAndItsTipsSayWhy) {
+TEST_F(UnitSystemDialogTest, ALockedSystemStays) {
     open();
     auto* rename = field<QPushButton>("UsRename");
     auto* remove = field<QPushButton>("UsDelete");
@@ -194,7 +194,7 @@ TEST_F(UnitSystemDialogTest, SwitchingAndClosingSaveTheChanges) {
     EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::MilePerHour);
 }
 
-TEST_F(UnitSystemDialogTest, WhatIsTakenBackAfterItWasSavedIsSavedAgain) {
+TEST_F(UnitSystemDialogTest, UndoneChangesAreSavedToo) {
     ScriptedPrompter script{{MessageId::FileCorrupt}};
     std::ofstream(folders_.program / "Damaged.us") << "x";
     open(script);
@@ -254,7 +254,7 @@ TEST_F(UnitSystemDialogTest, ChangesOfALockedSystemAreOfferedToBeKept) {
     dialog_.reset();
 }
 
-TEST_F(UnitSystemDialogTest, ANewSystemOnAnotherBaseDoesNotDropChangesUnasked) {
+TEST_F(UnitSystemDialogTest, ANewSystemAsksAboutChanges) {
     ASSERT_TRUE(store_.loadSystem("U.S."));
     ScriptedPrompter script{{MessageId::KeepUnitChanges, std::nullopt}};
     open(script);
@@ -327,7 +327,7 @@ TEST_F(UnitSystemDialogTest, AFailureIsToldAndLosesNothing) {
     dialog_.reset();
 }
 
-TEST_F(UnitSystemDialogTest, EveryFieldHasANameForAssistiveTechnologyAndAMnemonicOfItsOwn) {
+TEST_F(UnitSystemDialogTest, AccessibleNamesAndMnemonics) {
     open();
     for (const char* name : {"UsFldUS", "UsFldUT", "UsFldU", "UsFldD"})
         EXPECT_FALSE(field<QWidget>(name)->accessibleName().isEmpty()) << name;
