@@ -10,8 +10,8 @@
 #include "settings/settings.h"
 #include "support/sample_trip.h"
 #include "units/time_zone.h"
-#include "views/names_dialog.h"
 #include "views/log_view.h"
+#include "views/names_dialog.h"
 
 #include <QApplication>
 #include <QDir>
