@@ -9,6 +9,7 @@
 #include "model/document_properties.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "ui/windows.h"
 #include "units/time_zone.h"
 #include "views/home_page.h"
 #include "views/log_view.h"
@@ -350,15 +351,12 @@ void TQuobrixFrame::dropEvent(QDropEvent* event) {
 }
 
 void TQuobrixFrame::restoreWindow() {
-    const QByteArray stored = QByteArray::fromStdString(context_.settings.getText(kWindowSection, "Geometry"));
-    if (restoreGeometry(QByteArray::fromBase64(stored)))
+    if (quobrix::restoreGeometry(*this, context_.settings, kWindowSection))
         return;
     const QSize available = screen()->availableSize();
     resize(QSize(1080, 720).boundedTo(available * 9 / 10));
 }
 
-void TQuobrixFrame::rememberWindow() {
-    context_.settings.setText(kWindowSection, "Geometry", saveGeometry().toBase64().toStdString());
-}
+void TQuobrixFrame::rememberWindow() { rememberGeometry(*this, context_.settings, kWindowSection); }
 
 } // namespace quobrix

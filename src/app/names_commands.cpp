@@ -2,6 +2,7 @@
 
 #include "app/main_frame.h"
 #include "app/table_windows.h"
+#include "ui/windows.h"
 
 namespace quobrix {
 
@@ -29,9 +30,7 @@ Dialog& NamesCommands::open() {
         dialog = new Dialog(frame_.context(), &frame_);
         dialog->setAttribute(Qt::WA_DeleteOnClose);
     }
-    dialog->show();
-    dialog->raise();
-    dialog->activateWindow();
+    bringToFront(*dialog);
     return *dialog;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "model/document_properties.h"
+#include "ui/fields.h"
 
 #include <QDesktopServices>
 #include <QDialogButtonBox>
@@ -125,15 +126,12 @@ void PropertiesDialog::show(std::string_view key, std::string_view label, const 
             line->setFrameShadow(QFrame::Sunken);
             form_->addRow(line);
         }
-        auto* caption = new QLabel(toQt(label) + QLatin1Char(':'));
-        caption->setBuddy(field);
-        form_->addRow(caption, field);
+        form_->addRow(fieldLabel(toQt(label) + QLatin1Char(':'), *field), field);
         if (key == "FreeSpace")
             form_->addRow(QString(), bar_);
     }
     field->setText(value);
     field->setCursorPosition(0);
-    field->setAccessibleName(toQt(label));
     field->setToolTip(key == "Path" || key == "ReadOnly" ? value : QString());
 }
 

@@ -5,6 +5,7 @@
 #include "base/ui/qt_text.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
+#include "ui/windows.h"
 
 #include <QIcon>
 #include <QTimer>
@@ -140,8 +141,7 @@ void TQuobrixApp::openWhenIdle(const fs::path& file, const SingleInstance::Opene
         return;
     }
     frame_->setWindowState(frame_->windowState() & ~Qt::WindowMinimized);
-    frame_->raise();
-    frame_->activateWindow();
+    bringToFront(*frame_);
     frame_->openFile(file);
     if (opened)
         opened();

@@ -4,31 +4,9 @@
 #include "model/value_check.h"
 #include "tables/ui/error_log.h"
 #include "tables/ui/requirements_window.h"
-
-#include <QApplication>
+#include "ui/windows.h"
 
 namespace quobrix {
-namespace {
-
-/// Shows WINDOW in front, over a modal dialog if there is one: elsewhere it could not be used.
-template <class Window, class Make>
-Window& inFront(QPointer<Window>& window, QWidget& frame, const Make& make) {
-    QWidget* parent = QApplication::activeModalWidget();
-    if (!parent)
-        parent = &frame;
-    if (window && (!window->isVisible() || window->parentWidget() != parent)) // one about to end is not shown again
-        delete window;
-    if (!window) {
-        window = make(parent);
-        window->setAttribute(Qt::WA_DeleteOnClose);
-    }
-    window->show();
-    window->raise();
-    window->activateWindow();
-    return *window;
-}
-
-} // namespace
 
 TableWindows::TableWindows(TQuobrixFrame& frame) : frame_(frame) {
     recheck_.setSingleShot(true);

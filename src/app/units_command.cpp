@@ -2,9 +2,8 @@
 
 #include "app/main_frame.h"
 #include "messages/file_messages.h"
+#include "ui/windows.h"
 #include "units/ui/unit_system_dialog.h"
-
-#include <QApplication>
 
 namespace quobrix {
 
@@ -15,21 +14,9 @@ UnitsCommand::UnitsCommand(TQuobrixFrame& frame, TUnitSystem& units, UnitSystemS
 }
 
 void UnitsCommand::showDialog() {
-    // Over a modal dialog it can be used only as a child of that.
-    QWidget* parent = QApplication::activeModalWidget();
-    if (!parent)
-        parent = &frame_;
-    if (dialog_ && dialog_->parentWidget() != parent) {
-        delete dialog_;
-        dialog_ = nullptr;
-    }
-    if (!dialog_) {
-        dialog_ = new UnitSystemDialog(units_, store_, frame_.context().settings, frame_.prompter(), parent);
-        dialog_->setAttribute(Qt::WA_DeleteOnClose);
-    }
-    dialog_->show();
-    dialog_->raise();
-    dialog_->activateWindow();
+    inFront(dialog_, frame_, [&](QWidget* parent) {
+        return new UnitSystemDialog(units_, store_, frame_.context().settings, frame_.prompter(), parent);
+    });
 }
 
 bool UnitsCommand::mayClose() {

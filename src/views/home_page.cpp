@@ -2,13 +2,14 @@
 
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
+#include "ui/card.h"
+#include "ui/fields.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
 #include <QAction>
 #include <QCommandLinkButton>
-#include <QFrame>
 #include <QIcon>
 #include <QLabel>
 #include <QPainter>
@@ -28,15 +29,6 @@ constexpr int kMostRecentFiles = 4; // the File menu has them all
 
 QIcon icon(const char* name) { return QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name))); }
 
-QLabel* heading(const QString& text, double scale) {
-    auto* label = new QLabel(text);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * scale);
-    font.setBold(true);
-    label->setFont(font);
-    return label;
-}
-
 /// A line of text that may be longer than there is room for: the middle is left out, and the tooltip has it all.
 class NameLabel : public QLabel {
 public:
@@ -51,16 +43,10 @@ protected:
     }
 };
 
-/// A panel in the colour of lists, with a heading.
-QFrame* card(const QString& title, QVBoxLayout*& layout) {
-    auto* frame = new QFrame;
-    frame->setFrameStyle(QFrame::StyledPanel);
-    frame->setBackgroundRole(QPalette::Base);
-    frame->setAutoFillBackground(true);
-    layout = new QVBoxLayout(frame);
-    layout->setContentsMargins(16, 14, 16, 16);
-    layout->addWidget(heading(title, 1.15));
-    return frame;
+Card* card(const QString& title) {
+    auto* result = new Card;
+    result->content().addWidget(new HeadingLabel(title, headingFont(result->font(), 1.15)));
+    return result;
 }
 
 /// A large button that does what ACTION does, and is enabled when that is.
@@ -69,15 +55,8 @@ QCommandLinkButton* button(QAction* action, const QString& text, const QString& 
     result->setObjectName(QStringLiteral("home") + action->objectName());
     result->setIcon(picture);
     result->setIconSize(QSize(32, 32));
-    const auto follow = [result, action] {
-        result->setEnabled(action->isEnabled());
-        result->setToolTip(action->toolTip());
-        result->setStatusTip(action->statusTip());
-    };
-    follow();
-    QObject::connect(action, &QAction::changed, result, follow);
     // Queued: the command may replace the document, and this page and button with it.
-    QObject::connect(result, &QCommandLinkButton::clicked, action, &QAction::trigger, Qt::QueuedConnection);
+    followAction(*result, *action, toolTipOf, Qt::QueuedConnection);
     return result;
 }
 
@@ -88,8 +67,8 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     setObjectName(QStringLiteral("HomePage"));
     setAccessibleName(QStringLiteral("Home"));
 
-    QVBoxLayout* start = nullptr;
-    QFrame* startCard = card(QStringLiteral("Start"), start);
+    Card* startCard = card(QStringLiteral("Start"));
+    QVBoxLayout* start = &startCard->content();
     auto* first = button(actions.download, QStringLiteral("Download"),
                          QStringLiteral("Copy the trips of your Quobrix into this file"), icon("download"));
     start->addWidget(first);
@@ -102,8 +81,8 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     start->addStretch();
     setFocusProxy(first);
 
-    QVBoxLayout* figures = nullptr;
-    QFrame* figuresCard = card(QStringLiteral("This file"), figures);
+    Card* figuresCard = card(QStringLiteral("This file"));
+    QVBoxLayout* figures = &figuresCard->content();
     documentName_ = new NameLabel;
     documentName_->setObjectName(QStringLiteral("homeDocument"));
     documentName_->setTextFormat(Qt::PlainText);
@@ -119,14 +98,16 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     vehicles_ = addFigure(*figures, "homeVehicles", QStringLiteral("Vehicles"));
     figures->addStretch();
 
-    recentCard_ = card(QStringLiteral("Recent files"), recentList_);
+    Card* recent = card(QStringLiteral("Recent files"));
+    recentCard_ = recent;
+    recentList_ = &recent->content();
 
     auto* title = new QHBoxLayout;
     auto* picture = new QLabel;
     picture->setPixmap(icon("quobrix").pixmap(QSize(40, 40), devicePixelRatioF()));
     title->setSpacing(14);
     title->addWidget(picture);
-    title->addWidget(heading(QStringLiteral("Quobrix"), 2.0), 1);
+    title->addWidget(new HeadingLabel(QStringLiteral("Quobrix"), headingFont(font(), 2.0)), 1);
 
     auto* content = new QWidget;
     content->setMaximumWidth(kContentWidth);
@@ -160,7 +141,8 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
 QLabel* HomePage::addFigure(QVBoxLayout& layout, const char* objectName, const QString& caption) {
     auto* name = new QLabel(caption);
     name->setForegroundRole(QPalette::PlaceholderText);
-    QLabel* value = heading({}, 1.25);
+    auto* value = new QLabel;
+    value->setFont(headingFont(value->font(), 1.25));
     value->setObjectName(QLatin1String(objectName));
     value->setTextFormat(Qt::PlainText);
     value->setWordWrap(true);

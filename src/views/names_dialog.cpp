@@ -5,6 +5,8 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "tables/ui/table_spreadsheet.h"
+#include "ui/fields.h"
+#include "ui/windows.h"
 #include "views/status_line.h"
 
 #include <QAction>
@@ -55,16 +57,7 @@ QPushButton* plainButton(const QString& text, const char* name) {
 QPushButton* buttonOf(QAction& action, const ListButton& row) {
     QPushButton* button = plainButton(QLatin1String(row.text), row.name);
     button->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard to the list
-    const auto follow = [button, &action] {
-        button->setEnabled(action.isEnabled());
-        button->setToolTip(QStringLiteral("%1 (%2)").arg(action.statusTip().chopped(1),
-                                                         action.shortcut().toString(QKeySequence::NativeText)));
-        button->setStatusTip(action.statusTip());
-        button->setAccessibleDescription(action.statusTip());
-    };
-    follow();
-    QObject::connect(&action, &QAction::changed, button, follow);
-    QObject::connect(button, &QPushButton::clicked, &action, &QAction::trigger);
+    followAction(*button, action, promptWithKeys);
     return button;
 }
 
@@ -83,8 +76,7 @@ QLineEdit* defaultNameField(Settings& settings, std::string_view section, const 
 }
 
 void addField(QFormLayout& form, const QString& label, QLineEdit* field) {
-    form.addRow(label, field); // which makes the field the label's buddy
-    field->setAccessibleName(QString(label).remove(QLatin1Char('&')).chopped(1));
+    form.addRow(fieldLabel(label, *field), field);
 }
 
 } // namespace
@@ -139,13 +131,12 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     layout->addWidget(box);
 
     list_->setFocus();
-    const QByteArray geometry = QByteArray::fromStdString(context_.settings.getText(spec.name, "Geometry"));
-    if (!restoreGeometry(QByteArray::fromBase64(geometry)))
+    if (!quobrix::restoreGeometry(*this, context_.settings, spec.name))
         resize(fontMetrics().averageCharWidth() * 84, fontMetrics().lineSpacing() * 26);
 }
 
 NamesDialog::~NamesDialog() {
-    context_.settings.setText(spec_.name, "Geometry", saveGeometry().toBase64().toStdString());
+    rememberGeometry(*this, context_.settings, spec_.name);
     delete list_; // which asks this
 }
 
@@ -212,8 +203,7 @@ std::string NamesDialog::newName() const {
 bool NamesDialog::finishEdit() {
     if (list_->finishEdit())
         return true;
-    raise();
-    activateWindow();
+    bringToFront(*this);
     return false;
 }
 

@@ -51,6 +51,11 @@ TEST_F(UnitsCommandTest, OneDialogStaysOpenBesideThePages) {
     EXPECT_FALSE(dialog()->isModal());
     open();
     EXPECT_EQ(frame_.findChildren<QDialog*>(kDialog).size(), 1);
+    dialog()->close();
+    open(); // while the one that was closed is about to end
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_TRUE(dialog());
+    EXPECT_TRUE(dialog()->isVisible());
 }
 
 TEST_F(UnitsCommandTest, OverAModalDialogItBelongsToThatOne) {

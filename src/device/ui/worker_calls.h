@@ -2,11 +2,10 @@
 
 #include "device/logger_calls.h"
 #include "device/polling_thread.h"
+#include "ui/waiting.h"
 
-#include <chrono>
 #include <memory>
 
-class QEventLoop;
 class QWidget;
 
 namespace quobrix {
@@ -16,10 +15,7 @@ namespace quobrix {
 /// Cancel. User-interface thread only.
 class WorkerCalls final : public LoggerCalls {
 public:
-    struct Times {
-        std::chrono::milliseconds blink{30};     ///< the longest that the user-interface thread stands still
-        std::chrono::milliseconds patience{500}; ///< the longest that a person waits without being told for what
-    };
+    using Times = Waiting::Times;
 
     WorkerCalls(TPollingThread& worker, QWidget& window, Times times);
     ~WorkerCalls() override;
@@ -29,12 +25,8 @@ public:
     void resumePolling() override;
 
 private:
-    class Dialog;
     struct Wait;
-    struct Completion;
 
-    void await(Completion& completion, const CallTitle& title);
-    void waitInLoop(Completion& completion, QEventLoop& loop, const CallTitle& title);
     void endWait();
 
     TPollingThread& worker_;

@@ -4,8 +4,8 @@
 #include "drawing/ui/drawing_painter.h"
 #include "drawing/ui/drawing_view.h"
 #include "report/render.h"
+#include "ui/card.h"
 
-#include <QAccessibleWidget>
 #include <QClipboard>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -20,28 +20,12 @@ constexpr int kMargin = 20;
 constexpr int kTwoColumnWidth = 860;
 constexpr int kGreatestWidth = 1180;
 
-/// A label that assistive technology can go to from heading to heading.
-class HeadingLabel final : public QLabel {
-public:
-    HeadingLabel(std::string_view text, FontRole role) {
-        static const bool installed = [] {
-            QAccessible::installFactory(makeAccessible);
-            return true;
-        }();
-        Q_UNUSED(installed)
-        setTextFormat(Qt::PlainText);
-        setText(toQt(text)); // not by the base's constructor: it has the toolkit make an interface of the base's role
-        setTextInteractionFlags(Qt::TextSelectableByMouse);
-        setFont(fontOf(role, font()));
-        setAccessibleName(QLabel::text());
-    }
-
-private:
-    static QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
-        auto* label = dynamic_cast<HeadingLabel*>(object);
-        return label ? new QAccessibleWidget(label, QAccessible::Heading) : nullptr;
-    }
-};
+QLabel* headingLabel(std::string_view text, FontRole role) {
+    auto* label = new HeadingLabel(toQt(text), {});
+    label->setFont(fontOf(role, label->font()));
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
 
 QLabel* textLabel(std::string_view text) {
     auto* label = new QLabel(toQt(text));
@@ -65,17 +49,13 @@ QGridLayout* cellLayout() {
 }
 
 /// The card of a section.
-class Card final : public QFrame {
+class SectionCard final : public Card {
 public:
-    explicit Card(const Section& section) : layout_(new QVBoxLayout(this)) {
-        setFrameStyle(QFrame::StyledPanel);
-        setBackgroundRole(QPalette::Base);
-        setAutoFillBackground(true);
-        layout_->setContentsMargins(16, 14, 16, 16);
+    explicit SectionCard(const Section& section) : layout_(&content()) {
         layout_->setSpacing(10);
         if (section.heading) {
             setAccessibleName(toQt(section.heading->text));
-            layout_->addWidget(new HeadingLabel(section.heading->text, FontRole::Heading));
+            layout_->addWidget(headingLabel(section.heading->text, FontRole::Heading));
         }
         for (const Block& block : section.blocks)
             std::visit([this](const auto& what) { add(what); }, block);
@@ -158,12 +138,12 @@ void ReportView::setReport(Report report) {
     grid_ = new QGridLayout(content);
     grid_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     grid_->setSpacing(14);
-    auto* title = new HeadingLabel(report_.title, FontRole::Title);
+    QLabel* title = headingLabel(report_.title, FontRole::Title);
     title->setObjectName(QStringLiteral("reportTitle"));
     grid_->addWidget(title, 0, 0, 1, 2);
     cards_.clear();
     for (const Section& section : sections(report_))
-        cards_.push_back(new Card(section));
+        cards_.push_back(new SectionCard(section));
     columns_ = 0;
     arrange();
     setWidget(content);

@@ -1,6 +1,7 @@
 #include "tables/ui/column_chooser.h"
 
 #include "tables/ui/spreadsheet_model.h"
+#include "ui/fields.h"
 
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -17,8 +18,7 @@ ColumnChooser::ColumnChooser(QTableView& view, const SpreadsheetModel& model, QW
       up_(new QPushButton(QStringLiteral("Move &Up"))), down_(new QPushButton(QStringLiteral("Move &Down"))) {
     setObjectName(QStringLiteral("ColumnChooser"));
     setWindowTitle(QStringLiteral("Columns"));
-    auto* label = new QLabel(QStringLiteral("&Columns from left to right:"));
-    label->setBuddy(list_);
+    QLabel* label = fieldLabel(QStringLiteral("&Columns from left to right:"), *list_);
     list_->setObjectName(QStringLiteral("columnList"));
     up_->setObjectName(QStringLiteral("columnUp"));
     down_->setObjectName(QStringLiteral("columnDown"));

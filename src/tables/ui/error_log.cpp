@@ -3,6 +3,7 @@
 #include "base/ui/qt_text.h"
 #include "settings/settings.h"
 #include "tables/ui/cell_mark.h"
+#include "ui/windows.h"
 #include "units/unit_system.h"
 
 #include <QAbstractTableModel>
@@ -161,12 +162,11 @@ TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* pa
     layout->addWidget(makeButtons());
     setFindings({});
 
-    const QByteArray geometry = QByteArray::fromStdString(settings_.getText(kSection, "Geometry"));
-    if (!restoreGeometry(QByteArray::fromBase64(geometry)))
+    if (!quobrix::restoreGeometry(*this, settings_, kSection))
         resize(720, 320);
 }
 
-TErrorLog::~TErrorLog() { settings_.setText(kSection, "Geometry", saveGeometry().toBase64().toStdString()); }
+TErrorLog::~TErrorLog() { rememberGeometry(*this, settings_, kSection); }
 
 QWidget* TErrorLog::makeButtons() {
     summary_->setObjectName(QStringLiteral("summary"));

@@ -4,6 +4,7 @@
 #include "tables/ui/cell_block.h"
 #include "tables/ui/spreadsheet_model.h"
 #include "tables/ui/spreadsheet_view.h"
+#include "ui/fields.h"
 #include "units/unit_system.h"
 
 #include <QAction>
@@ -44,10 +45,8 @@ FindBar::FindBar(SpreadsheetView& view, const SpreadsheetModel& model, const Tex
       matchCase_(new QCheckBox(QStringLiteral("Match &case"))), wrap_(new QCheckBox(QStringLiteral("&Wrap around"))),
       count_(new QLabel), counter_(new QTimer(this)) {
     setObjectName(QStringLiteral("FindBar"));
-    auto* label = new QLabel(QStringLiteral("Fin&d:"));
-    label->setBuddy(text_);
+    QLabel* label = fieldLabel(QStringLiteral("Fin&d:"), *text_);
     text_->setObjectName(QStringLiteral("findText"));
-    text_->setAccessibleName(QStringLiteral("Find"));
     text_->setClearButtonEnabled(true);
     text_->setMaximumWidth(text_->fontMetrics().averageCharWidth() * 40);
     matchCase_->setObjectName(QStringLiteral("findMatchCase"));

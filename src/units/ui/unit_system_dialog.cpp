@@ -1,6 +1,8 @@
 #include "units/ui/unit_system_dialog.h"
 
 #include "base/ui/qt_text.h"
+#include "ui/fields.h"
+#include "ui/windows.h"
 #include "units/ui/decimals_box.h"
 #include "units/ui/unit_delegates.h"
 #include "units/ui/unit_system_name_dialogs.h"
@@ -55,13 +57,6 @@ Widget* named(Widget* widget, const char* name, const QString& tip) {
 QPushButton* button(const QString& text, const char* name, const QString& tip) {
     auto* result = named(new QPushButton(text), name, tip);
     result->setAutoDefault(false); // Enter ends an entry, not the dialog
-    return result;
-}
-
-QLabel* label(const QString& text, QWidget* buddy) {
-    auto* result = new QLabel(text);
-    result->setBuddy(buddy);
-    buddy->setAccessibleName(QString(text).remove(QLatin1Char('&')).remove(QLatin1Char(':')));
     return result;
 }
 
@@ -125,14 +120,7 @@ void UnitSystemDialog::makeButtons() {
     const auto connectChange = [this](QPushButton* pressed, QAction* action, const QList<QKeySequence>& keys) {
         action->setShortcuts(keys);
         addAction(action);
-        const auto follow = [pressed, action] {
-            pressed->setEnabled(action->isEnabled());
-            const QString shortcut = action->shortcut().toString(QKeySequence::NativeText);
-            pressed->setToolTip(QStringLiteral("%1 (%2)").arg(action->text(), shortcut));
-        };
-        follow();
-        connect(action, &QAction::changed, this, follow);
-        connect(pressed, &QPushButton::clicked, action, &QAction::trigger);
+        followAction(*pressed, *action, textWithKeys);
     };
     connectChange(undo_, changes_.createUndoAction(this), QKeySequence::keyBindings(QKeySequence::Undo));
     QList<QKeySequence> redoKeys = QKeySequence::keyBindings(QKeySequence::Redo);
@@ -144,22 +132,22 @@ void UnitSystemDialog::makeButtons() {
 
 void UnitSystemDialog::layOut() {
     auto* systemRow = new QHBoxLayout;
-    systemRow->addWidget(label(QStringLiteral("Unit &system:"), systems_));
+    systemRow->addWidget(fieldLabel(QStringLiteral("Unit &system:"), *systems_));
     systemRow->addWidget(systems_, 1);
     for (QPushButton* action : {new_, rename_, delete_})
         systemRow->addWidget(action);
 
     auto* decimalsRow = new QHBoxLayout;
     decimalsRow->setSpacing(8);
-    decimalsRow->addWidget(label(QStringLiteral("&Decimals:"), decimals_));
+    decimalsRow->addWidget(fieldLabel(QStringLiteral("&Decimals:"), *decimals_));
     decimalsRow->addWidget(decimals_);
     decimalsRow->addStretch();
 
     auto* lists = new QGridLayout;
     lists->setHorizontalSpacing(16);
-    lists->addWidget(label(QStringLiteral("&Quantity:"), types_), 0, 0);
+    lists->addWidget(fieldLabel(QStringLiteral("&Quantity:"), *types_), 0, 0);
     lists->addWidget(types_, 1, 0, 3, 1);
-    lists->addWidget(label(QStringLiteral("&Units:"), typeUnits_), 0, 1);
+    lists->addWidget(fieldLabel(QStringLiteral("&Units:"), *typeUnits_), 0, 1);
     lists->addWidget(typeUnits_, 1, 1);
     lists->addLayout(decimalsRow, 2, 1);
     lists->addWidget(example_, 3, 1);
@@ -193,8 +181,7 @@ void UnitSystemDialog::layOut() {
         before = next;
     }
     types_->setFocus();
-    const QByteArray geometry = QByteArray::fromStdString(settings_.getText(kSection, "Geometry"));
-    if (!restoreGeometry(QByteArray::fromBase64(geometry)))
+    if (!quobrix::restoreGeometry(*this, settings_, kSection))
         resize(fontMetrics().averageCharWidth() * 84, fontMetrics().lineSpacing() * 30);
 }
 
@@ -370,7 +357,7 @@ void UnitSystemDialog::reject() {
     // What cannot be saved stays in force, and is tried again at the end of the program.
     if (!settleChanges() && units_.locked())
         return;
-    settings_.setText(kSection, "Geometry", saveGeometry().toBase64().toStdString());
+    rememberGeometry(*this, settings_, kSection);
     QDialog::reject();
 }
 

@@ -1,0 +1,40 @@
+#include "ui/fields.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QLabel>
+
+namespace quobrix {
+namespace {
+
+QString withKeys(const QString& text, const QAction& action) {
+    return QStringLiteral("%1 (%2)").arg(text, action.shortcut().toString(QKeySequence::NativeText));
+}
+
+} // namespace
+
+QLabel* fieldLabel(const QString& text, QWidget& field) {
+    auto* label = new QLabel(text);
+    label->setBuddy(&field);
+    field.setAccessibleName(QString(text).remove(QLatin1Char('&')).remove(QLatin1Char(':')));
+    return label;
+}
+
+QString textWithKeys(const QAction& action) { return withKeys(action.text(), action); }
+
+QString promptWithKeys(const QAction& action) { return withKeys(action.statusTip().chopped(1), action); }
+
+QString toolTipOf(const QAction& action) { return action.toolTip(); }
+
+void followAction(QAbstractButton& button, QAction& action, ActionTip tip, Qt::ConnectionType connection) {
+    const auto follow = [&button, &action, tip] {
+        button.setEnabled(action.isEnabled());
+        button.setToolTip(tip(action));
+        button.setStatusTip(action.statusTip());
+    };
+    follow();
+    QObject::connect(&action, &QAction::changed, &button, follow);
+    QObject::connect(&button, &QAbstractButton::clicked, &action, &QAction::trigger, connection);
+}
+
+} // namespace quobrix
