@@ -7,6 +7,7 @@
 #include "messages/file_messages.h"
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -45,9 +46,10 @@ void putFindings(Output& output, std::string_view kind, const std::vector<CheckF
             line += ": " + finding.log;
         const std::size_t times = count > kMostLines ? std::exchange(count, 0) : 1;
         if (times > 1)
-            line += fmt::format(": {} times", times);
+            line += text(TextId::CliFindingTimes, times);
         if (finding.id != kNoObject)
-            line += fmt::format("{} object {}", times > 1 ? ", first" : ":", finding.id);
+            line += times > 1 ? text(TextId::CliFindingFirstObject, finding.id)
+                              : text(TextId::CliFindingObject, finding.id);
         output.put(oneLine(line + ": " + finding.what) + "\n");
     }
 }
@@ -58,41 +60,29 @@ ExitCode examine(const std::string& file) {
         return kFailed;
     const DocumentCheck check = checkDocument(document);
     if (document.outdated()) {
-        complain(fmt::format("{} was changed by another program while it was checked; try again", file));
+        complain(text(TextId::CliChangedWhileChecked, file));
         return kFailed;
     }
     Output output;
-    putFindings(output, "damaged", check.damages);
-    putFindings(output, "note", check.notes);
+    putFindings(output, text(TextId::CliFindingDamaged), check.damages);
+    putFindings(output, text(TextId::CliFindingNote), check.notes);
     if (check.sound()) {
         if (const Result<void> fit = canMerge(document); !fit && fit.error().kind == ErrorKind::Corrupt)
-            output.put(
-                oneLine(fmt::format("note: no download can be added to it, since records could not be known again "
-                                    "({}); download into another file",
-                                    fit.error().detail)) +
-                "\n");
+            output.put(oneLine(text(TextId::CliTakesNoDownloads, fit.error().detail)) + "\n");
         if (document.store().version() > ObjectStore::kVersion) {
-            complain(
-                fmt::format("a later version of this software has written {}; what this one can read of it is sound, "
-                            "but only that one can tell whether everything is there",
-                            file));
+            complain(text(TextId::CliSoundOfLaterVersion, file));
             return output.finish(kIncomplete);
         }
-        output.put(fmt::format("{} is sound: {} objects\n", file, check.objects));
+        output.put(text(TextId::CliSound, file, check.objects));
         return output.finish(kDone);
     }
-    const std::string where = check.damagedObjects > 0
-                                  ? fmt::format(" in {} of its {} objects", check.damagedObjects, check.objects)
-                                  : std::string();
-    const std::string advice =
-        fmt::format("save what can be read with \"quobrix-cli check --repair {} --into NEW.car\"", file);
+    const std::string where =
+        check.damagedObjects > 0 ? text(TextId::CliDamagedWhere, check.damagedObjects, check.objects) : std::string();
+    const std::string advice = text(TextId::CliSaveWhatCanBeRead, file);
     if (document.store().laterLayoutMet())
-        complain(
-            fmt::format("a later version of this software has written parts of {}, as listed; use that version, or {}",
-                        file, advice));
+        complain(text(TextId::CliLaterVersion, file, advice));
     else
-        complain(
-            fmt::format("{} is damaged{}; keep it, and restore a copy if you have one, or {}", file, where, advice));
+        complain(text(TextId::CliDamaged, file, where, advice));
     return output.finish(kFailed);
 }
 
@@ -102,13 +92,13 @@ bool mayWrite(const CheckOptions& options) {
     const auto damaged = fileStatus(pathFromUtf8(options.file)), target = fileStatus(into);
     std::string why;
     if (damaged && target && damaged->identity == target->identity)
-        why = "it is the damaged file itself; name another one with --into";
+        why = text(TextId::CliIntoIsDamagedFile);
     else if (isExampleName(utf8(into.filename())))
-        why = "this is the name of the delivered example; name another file with --into";
+        why = text(TextId::CliIntoIsExample);
     else if (target && !options.force)
-        why = "it exists; name another file with --into, or replace it with --force";
+        why = text(TextId::CliIntoExists);
     if (!why.empty())
-        complain(fmt::format("{} is not written to: {}", options.into, why));
+        complain(text(TextId::CliNotWrittenTo, options.into, why));
     return why.empty();
 }
 
@@ -126,9 +116,8 @@ ExitCode repair(const CheckOptions& options) {
         return failed(file.error(), FileAction::Open, options.file);
     const Result<std::unique_ptr<CompoundFile>> damaged = openForRepair(*std::move(file));
     if (!damaged && damaged.error().kind == ErrorKind::Corrupt) {
-        complain(fmt::format("{} ({}); a backup of it may be the way back",
-                             fileMessage(damaged.error(), FileAction::Open, options.file).text,
-                             damaged.error().detail));
+        complain(text(TextId::CliBackupMayHelp, fileMessage(damaged.error(), FileAction::Open, options.file).text,
+                      damaged.error().detail));
         return kFailed;
     }
     if (!damaged)
@@ -141,21 +130,19 @@ ExitCode repair(const CheckOptions& options) {
         return failed(repaired.error(), FileAction::Save, options.into);
 
     Output output;
-    putFindings(output, "lost", repaired->lost);
-    putFindings(output, "note", repaired->notes);
+    putFindings(output, text(TextId::CliFindingLost), repaired->lost);
+    putFindings(output, text(TextId::CliFindingNote), repaired->notes);
     std::string records;
     for (const auto& [log, count] : repaired->records)
         records += fmt::format("{}{} {}", records.empty() ? "" : ", ", log, count);
-    output.put(fmt::format("{} holds {} objects; records: {}\n", options.into, repaired->objects, records));
+    output.put(text(TextId::CliRepaired, options.into, repaired->objects, records));
     if (repaired->notDurable)
         complain(fileMessage(*repaired->notDurable, FileAction::Save, options.into).text);
-    const std::string written = options.into + " has been written";
+    const std::string written = text(TextId::CliHasBeenWritten, options.into);
     if (repaired->complete())
         return output.finish(repaired->notDurable ? kIncomplete : kDone, written);
-    complain(
-        fmt::format("{} of {} could not be recovered, as listed; keep it",
-                    repaired->lost.size() == 1 ? std::string("1 part") : fmt::format("{} parts", repaired->lost.size()),
-                    options.file));
+    const std::size_t lost = repaired->lost.size();
+    complain(counted(TextId::CliPartsLost, lost, lost, options.file));
     return output.finish(kIncomplete, written);
 }
 

@@ -4,6 +4,7 @@
 #include "cli/writing.h"
 #include "messages/file_messages.h"
 #include "model/quobrix_document.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -23,7 +24,7 @@ ExitCode compact(const std::string& file) {
     }
     complainOfLockFile(document, file);
     if (document.isExample()) {
-        complain(fmt::format("{} is the delivered example, which is never changed", file));
+        complain(text(TextId::CliExampleNeverChanged, file));
         return kFailed;
     }
     const std::uint64_t before = document.space().fileBytes;
@@ -33,8 +34,8 @@ ExitCode compact(const std::string& file) {
     if (!done && done.error().kind != ErrorKind::NotDurable)
         return kFailed;
     Output output;
-    output.put(fmt::format("{}: {} bytes before, {} bytes now\n", file, before, document.space().fileBytes));
-    return output.finish(done ? kDone : kIncomplete, file + " has been compacted");
+    output.put(text(TextId::CliCompacted, file, before, document.space().fileBytes));
+    return output.finish(done ? kDone : kIncomplete, text(TextId::CliHasBeenCompacted, file));
 }
 
 } // namespace quobrix::cli

@@ -60,7 +60,7 @@ ExitCode configure(const ConfigureOptions& options) {
     }
     const Settings settings(userSettings());
     LoggerConnection connection(settings, options.port);
-    if (!connection.open("Unable to retrieve the current configuration"))
+    if (!connection.open(LoggerCommand::GetConfiguration))
         return kFailed;
     DirectCalls calls(connection.link());
     OptionPrompter prompter({});

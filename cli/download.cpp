@@ -8,6 +8,7 @@
 #include "messages/file_messages.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -28,7 +29,7 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
         return failed({ErrorKind::NotFound, {}}, FileAction::Save);
     const std::filesystem::path path = pathFromUtf8(file);
     if (isExampleName(utf8(path.filename()))) {
-        complain(file + " is the delivered example, which takes no downloads; name another file with --into");
+        complain(text(TextId::CliExampleTakesNoDownloads, file));
         return false;
     }
     const Result<void> opened = document.open(path, TDocument::Access::Edit);
@@ -46,13 +47,13 @@ bool openForWriting(TQuobrixDocument& document, const std::string& file) {
     std::error_code ignored;
     if (std::filesystem::is_directory(folder, ignored))
         return true;
-    complain(file + " cannot be saved because its folder does not exist");
+    complain(text(TextId::CliNoFolder, file));
     return false;
 }
 
 /// Opens FILE, which another program has made meanwhile, once that lets go of it. Complains if that cannot be added to.
 bool openWhatAppeared(TQuobrixDocument& document, const std::string& file) {
-    complain(fmt::format("{} has been made by another program in the meantime; the download is added to it", file));
+    complain(text(TextId::CliMadeMeanwhile, file));
     constexpr std::chrono::milliseconds kLongest(30'000), kPause(50);
     for (auto waited = kPause; waited < kLongest; waited += kPause) {
         if (const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Edit);
@@ -90,7 +91,7 @@ ExitCode download(const DownloadOptions& options) {
         return kFailed;
     Settings settings(userSettings());
     LoggerConnection connection(settings, options.port);
-    if (!connection.open("Unable to download logs"))
+    if (!connection.open(LoggerCommand::Download))
         return kFailed;
     DirectCalls calls(connection.link());
 
@@ -98,7 +99,7 @@ ExitCode download(const DownloadOptions& options) {
     ProgressReporter noProgress;
     const auto names = [&](const std::string& serialNumber) { return document.loggers().nameOf(serialNumber); };
     const auto anotherFile = [&] {
-        complain(fmt::format("name a new file with --into instead of {}", options.file));
+        complain(text(TextId::CliNameNewFile, options.file));
         return false;
     };
     std::optional<MergeResult> result;
@@ -115,7 +116,7 @@ ExitCode download(const DownloadOptions& options) {
     connection.close();
     if (!result) {
         if (!prompter.told())
-            complain("nothing was downloaded");
+            complain(text(TextId::CliNothingDownloaded));
         return kFailed;
     }
     if (!saved && saved.error().kind != ErrorKind::NotDurable)
@@ -125,10 +126,11 @@ ExitCode download(const DownloadOptions& options) {
     Output output;
     output.put(result->summary() + "\n");
     if (!makes) {
-        complain(fmt::format("{} has not been made, since no records were downloaded", options.file));
+        complain(text(TextId::CliNotMade, options.file));
         return output.finish(result->complete() ? kDone : kFailed);
     }
-    return output.finish(saved && result->complete() ? kDone : kIncomplete, options.file + " has been saved");
+    return output.finish(saved && result->complete() ? kDone : kIncomplete,
+                         text(TextId::CliHasBeenSaved, options.file));
 }
 
 } // namespace quobrix::cli

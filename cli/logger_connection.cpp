@@ -2,8 +2,8 @@
 
 #include "cli/output.h"
 #include "device/ports.h"
-#include "device/reporter.h"
 #include "platform/paths.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -13,9 +13,9 @@ LoggerConnection::LoggerConnection(const Settings& settings, const std::optional
     : link_(loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath())))),
       port_(port ? *port : defaultPort(settings)) {}
 
-bool LoggerConnection::open(std::string_view failure) {
+bool LoggerConnection::open(LoggerCommand command) {
     if (!link_.hasLibrary()) {
-        complain(link_.libraryProblem() + " Put it beside this program, or let QUOBRIX_LIBRARY say where it is.");
+        complain(text(TextId::CliNoLibrary, link_.libraryProblem()));
         return false;
     }
     LockedLogger logger(link_);
@@ -26,7 +26,7 @@ bool LoggerConnection::open(std::string_view failure) {
     }
     const LoggerOutcome probed = logger.outcome(logger.probe());
     if (!probed.ok())
-        complain(failureMessage(failure, probed).text);
+        complain(failureMessage(command, probed).text);
     return probed.ok();
 }
 

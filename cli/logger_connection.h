@@ -1,11 +1,11 @@
 #pragma once
 
 #include "device/logger_link.h"
+#include "device/reporter.h"
 #include "settings/settings.h"
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace quobrix::cli {
 
@@ -15,10 +15,8 @@ public:
     /// PORT: none is the one that the window program uses.
     LoggerConnection(const Settings& settings, const std::optional<std::string>& port);
 
-    /// Whether a logger answers on the port, which then stays open. If not, complains why; FAILURE is what that leads
-    /// to
-    /// ("Unable to download logs").
-    bool open(std::string_view failure);
+    /// Whether a logger answers on the port, which then stays open for COMMAND. If not, complains why.
+    bool open(LoggerCommand command);
     void close() { LockedLogger(link_).closePort(); }
     LoggerLink& link() { return link_; }
 

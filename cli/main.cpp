@@ -7,6 +7,7 @@
 #include "cli/reading.h"
 #include "platform/environment.h"
 #include "platform/process.h"
+#include "texts/text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,8 +19,11 @@
 namespace {
 
 using namespace quobrix::cli;
+using quobrix::SourceText;
+using quobrix::text;
+using quobrix::TextId;
 
-constexpr const char* kFooter =
+constexpr SourceText kFooter(
     "Exit codes:\n"
     "  0  done; for check: the document is sound\n"
     "  1  failed, one line on standard error says why; for check: the document is damaged\n"
@@ -30,68 +34,65 @@ constexpr const char* kFooter =
     "     the result could not be printed; for download: saved, but some records were refused or a\n"
     "     part of the logger's memory could not be read\n"
     "Reading commands change nothing. No command waits for a person.\n"
-    "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.";
+    "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.");
 
 const std::map<std::string, Format> kFormats = {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
 
 int run(const quobrix::ProgramArguments& arguments) {
-    CLI::App app("Downloads Quobrix loggers into documents, and lists, reports and checks what these hold.",
-                 "quobrix-cli");
+    CLI::App app(text(TextId::CliDescription), "quobrix-cli");
     app.set_version_flag("--version", "quobrix-cli " QUOBRIX_VERSION);
-    app.footer(kFooter);
+    app.footer(text(kFooter));
     app.require_subcommand(1);
 
     const auto file = [](CLI::App& command, std::string& target) {
-        command.add_option("file", target, "Document (.car)")->required();
+        command.add_option("file", target, text(TextId::CliHelpFile))->required();
     };
     const auto units = [](CLI::App& command, std::optional<std::string>& target) {
-        command.add_option("--units", target, "Unit system such as U.S., Metric or S.I. (default: the user's)");
+        command.add_option("--units", target, text(TextId::CliHelpUnits));
     };
 
     DownloadOptions downloadOptions;
-    CLI::App& downloadCommand = *app.add_subcommand("download", "Add what a logger holds to a document");
-    downloadCommand.add_option("--port", downloadOptions.port, "Serial port (default: the one chosen in the program)");
-    downloadCommand.add_option("--into", downloadOptions.file, "Document (.car), made if it does not exist")
-        ->required();
-    downloadCommand
-        .add_option("--yes-to", downloadOptions.yesTo, "Questions to be answered with yes; all others get a no")
+    CLI::App& downloadCommand = *app.add_subcommand("download", text(TextId::CliHelpDownload));
+    downloadCommand.add_option("--port", downloadOptions.port, text(TextId::CliHelpPort));
+    downloadCommand.add_option("--into", downloadOptions.file, text(TextId::CliHelpDownloadInto))->required();
+    downloadCommand.add_option("--yes-to", downloadOptions.yesTo, text(TextId::CliHelpYesTo))
         ->check(CLI::IsMember(questionKeys()))
         ->type_name("QUESTION");
 
     ListOptions listOptions;
-    CLI::App& listCommand = *app.add_subcommand("list", "Print the records of a log");
-    listCommand.add_option("log", listOptions.log, "Which log")->required()->check(CLI::IsMember(logNames()));
+    CLI::App& listCommand = *app.add_subcommand("list", text(TextId::CliHelpList));
+    listCommand.add_option("log", listOptions.log, text(TextId::CliHelpLog))
+        ->required()
+        ->check(CLI::IsMember(logNames()));
     file(listCommand, listOptions.file);
     std::string format = "table";
-    listCommand.add_option("--format", format, "table for people, csv in current units, or json in base units")
+    listCommand.add_option("--format", format, text(TextId::CliHelpListFormat))
         ->check(CLI::IsMember({"table", "csv", "json"}));
     units(listCommand, listOptions.units);
 
     ReportOptions reportOptions;
-    CLI::App& reportCommand = *app.add_subcommand("report", "Print the report of one record");
-    reportCommand.add_option("record", reportOptions.record, "What is reported")
+    CLI::App& reportCommand = *app.add_subcommand("report", text(TextId::CliHelpReport));
+    reportCommand.add_option("record", reportOptions.record, text(TextId::CliHelpReportKind))
         ->required()
         ->check(CLI::IsMember(recordNames()));
-    reportCommand.add_option("number", reportOptions.number, "Number of the record in its log, from 1")->required();
+    reportCommand.add_option("number", reportOptions.number, text(TextId::CliHelpNumber))->required();
     file(reportCommand, reportOptions.file);
     std::string reportFormat = "text";
-    reportCommand.add_option("--format", reportFormat, "text, or html as one file that needs no other")
+    reportCommand.add_option("--format", reportFormat, text(TextId::CliHelpReportFormat))
         ->check(CLI::IsMember({"text", "html"}));
     units(reportCommand, reportOptions.units);
 
     CheckOptions checkOptions;
-    CLI::App& checkCommand =
-        *app.add_subcommand("check", "Examine every object of a document, or recover what can be read of it");
+    CLI::App& checkCommand = *app.add_subcommand("check", text(TextId::CliHelpCheck));
     file(checkCommand, checkOptions.file);
-    CLI::Option& repair = *checkCommand.add_flag(
-        "--repair", checkOptions.repair, "Write everything that can be read into a new document, and list what cannot");
-    CLI::Option& into = *checkCommand.add_option("--into", checkOptions.into, "The new document (.car)");
+    CLI::Option& repair = *checkCommand.add_flag("--repair", checkOptions.repair, text(TextId::CliHelpRepair));
+    CLI::Option& into = *checkCommand.add_option("--into", checkOptions.into, text(TextId::CliHelpRepairInto));
     repair.needs(&into);
     into.needs(&repair);
-    checkCommand.add_flag("--force", checkOptions.force, "Replace the file that is there")->needs(&into);
+    checkCommand.add_flag("--force", checkOptions.force, text(TextId::CliHelpForce))->needs(&into);
 
     std::string compactedFile;
-    CLI::App& compactCommand = *app.add_subcommand("compact", "Remove the unused space from a document");
+    CLI::App& compactCommand = *app.add_subcommand("compact", text(TextId::CliHelpCompact));
     file(compactCommand, compactedFile);
 
     ConfigureOptions configureOptions;
@@ -123,8 +124,8 @@ int run(const quobrix::ProgramArguments& arguments) {
     } catch (const CLI::ParseError& error) {
         const std::vector<std::string> unknown = app.remaining();
         const bool unknownCommand = app.get_subcommands().empty() && !unknown.empty();
-        complain((unknownCommand ? "there is no command \"" + unknown.front() + '"' : std::string(error.what())) +
-                 "; see quobrix-cli --help");
+        complain(text(TextId::CliSeeHelp,
+                      unknownCommand ? text(TextId::CliNoSuchCommand, unknown.front()) : std::string(error.what())));
         return kUsage;
     }
     if (downloadCommand)

@@ -1,6 +1,7 @@
 #include "cli/option_prompter.h"
 
 #include "cli/output.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -10,12 +11,12 @@ Answer OptionPrompter::ask(const Message& question) {
     const std::string key(messageSpec(question.id).key);
     if (yesTo_.contains(key))
         return Answer::Yes;
-    complain(fmt::format("{} (answered no; --yes-to {} answers yes)", question.text, key));
+    complain(text(TextId::CliAnsweredNo, question.text, key));
     told_ = true;
     return Answer::No;
 }
 
-std::optional<std::size_t> OptionPrompter::chooseAction(const Message& question, const std::vector<std::string>&) {
+std::optional<std::size_t> OptionPrompter::chooseAction(const Message& question, const std::vector<SourceText>&) {
     complain(question.text);
     told_ = true;
     return {};
@@ -26,8 +27,8 @@ void OptionPrompter::tell(const Message& statement) {
     told_ = true;
 }
 
-std::optional<std::size_t> OptionPrompter::choose(std::string_view what, const std::vector<std::string>&, std::size_t) {
-    complain(fmt::format("no {} has been chosen", what));
+std::optional<std::size_t> OptionPrompter::choose(SourceText what, const std::vector<std::string>&, std::size_t) {
+    complain(text(TextId::CliNothingChosen, text(what)));
     told_ = true;
     return {};
 }

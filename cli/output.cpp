@@ -2,6 +2,7 @@
 
 #include "base/utf8.h"
 #include "platform/environment.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -28,9 +29,10 @@ ExitCode Output::finish(ExitCode code, std::string_view done) {
         failure_ = streamError();
     if (failure_ == 0)
         return code;
-    if (failure_ != EPIPE)
-        complain(fmt::format("{}{}standard output cannot be written: {}", done, done.empty() ? "" : ", but ",
-                             std::generic_category().message(failure_)));
+    if (failure_ != EPIPE) {
+        const std::string why = text(TextId::CliOutputFailed, std::generic_category().message(failure_));
+        complain(done.empty() ? why : text(TextId::CliDoneBut, done, why));
+    }
     return done.empty() ? kFailed : kIncomplete;
 }
 

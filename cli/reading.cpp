@@ -4,6 +4,7 @@
 #include "cli/units.h"
 #include "messages/file_messages.h"
 #include "report/render.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -17,19 +18,18 @@ namespace {
 /// Whether everything that was asked of the document is known to have been read.
 ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
     if (document.outdated()) {
-        complain(fmt::format(
-            "{} was changed by another program while it was read, so not everything is here; try again", file));
+        complain(text(TextId::CliChangedWhileRead, file));
         return kIncomplete;
     }
     const std::vector<std::string> affected = document.affectedLogs();
     const std::optional<std::string> doubt = document.doubt();
     if (affected.empty() && !doubt)
         return kDone;
-    const std::string missing =
-        affected.empty() ? fmt::format("{} is damaged ({}), and there may be more than is shown here", file, *doubt)
-                         : fmt::format("parts of {} cannot be read and are missing here ({}){}", file,
-                                       fmt::join(affected, ", "), doubt ? ", and there may be more" : "");
-    complain(fmt::format("{}; \"quobrix-cli check {}\" says what is damaged", missing, file));
+    const std::string parts = fmt::format("{}", fmt::join(affected, ", "));
+    const std::string missing = affected.empty() ? text(TextId::CliMayBeMore, file, *doubt)
+                                : doubt          ? text(TextId::CliPartsMissingAtLeast, file, parts)
+                                                 : text(TextId::CliPartsMissing, file, parts);
+    complain(text(TextId::CliCheckTells, missing, file));
     return kIncomplete;
 }
 
@@ -47,10 +47,10 @@ bool openForReading(TQuobrixDocument& document, const std::string& file) {
     const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Read);
     if (opened)
         return true;
-    std::string text = fileMessage(opened.error(), FileAction::Open, file).text;
+    std::string why = fileMessage(opened.error(), FileAction::Open, file).text;
     if (opened.error().kind == ErrorKind::Corrupt)
-        text += fmt::format(" \"quobrix-cli check --repair {} --into NEW.car\" saves what can be found in it.", file);
-    complain(text);
+        why += " " + text(TextId::CliRepairSaves, file);
+    complain(why);
     return false;
 }
 
@@ -90,7 +90,7 @@ ExitCode report(const ReportOptions& options) {
     const char* const end = options.number.data() + options.number.size();
     if (const auto [parsed, error] = std::from_chars(options.number.data(), end, number);
         error != std::errc{} || parsed != end) {
-        complain(fmt::format("\"{}\" is no number of a record; see quobrix-cli --help", options.number));
+        complain(text(TextId::CliNoNumberOfARecord, options.number));
         return kUsage;
     }
     UserUnits units(localeOf(Format::Table));
@@ -106,9 +106,9 @@ ExitCode report(const ReportOptions& options) {
     if (number < 1 || number > count) {
         const ExitCode complete = completeness(document, options.file);
         if (complete == kDone)
-            complain(count == 0 ? fmt::format("{} holds no {}", options.file, log.records)
-                                : fmt::format("{} has no {} {}; its {} are 1 to {}", options.file, log.record, number,
-                                              log.records, count));
+            complain(count == 0 ? text(TextId::CliNoRecords, options.file, text(log.records))
+                                : text(TextId::CliNoSuchRecord, options.file, text(log.record), number,
+                                       text(log.records), count));
         return kFailed;
     }
     Output output;

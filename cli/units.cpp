@@ -2,6 +2,7 @@
 
 #include "platform/paths.h"
 #include "settings/file_settings.h"
+#include "texts/text.h"
 #include "units/unit_system_store.h"
 
 #include <fmt/format.h>
@@ -21,11 +22,10 @@ ExitCode UserUnits::load(const std::optional<std::string>& name) {
     if (loaded)
         return kDone;
     if (loaded.error().kind == ErrorKind::NotFound) {
-        complain(
-            fmt::format("there is no unit system \"{}\"; there are {}", *name, fmt::join(store.listSystems(), ", ")));
+        complain(text(TextId::CliNoSuchUnitSystem, *name, fmt::format("{}", fmt::join(store.listSystems(), ", "))));
         return kUsage;
     }
-    complain(fmt::format("the unit system \"{}\" cannot be read ({})", *name, loaded.error().detail));
+    complain(text(TextId::CliUnitSystemUnreadable, *name, loaded.error().detail));
     return kFailed;
 }
 

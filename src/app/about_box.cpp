@@ -1,6 +1,7 @@
 #include "app/about_box.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/text.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -10,12 +11,14 @@
 
 namespace quobrix {
 
-AboutLines programLines() { return {{"Software Version", QUOBRIX_VERSION}, {"Build", __DATE__}}; }
+AboutLines programLines() {
+    return {{SourceText("Software Version"), QUOBRIX_VERSION}, {SourceText("Build"), __DATE__}};
+}
 
 AboutBox::AboutBox(const AboutLines& lines, std::function<void()> showDiagnostics, QWidget* parent)
     : QDialog(parent), showDiagnostics_(std::move(showDiagnostics)) {
     setObjectName(QStringLiteral("AboutBox"));
-    setWindowTitle(QStringLiteral("About Quobrix"));
+    setWindowTitle(tr("About Quobrix"));
 
     auto* icon = new QLabel;
     icon->setPixmap(QIcon(QStringLiteral(":/icons/quobrix.svg")).pixmap(QSize(64, 64), devicePixelRatioF()));
@@ -24,15 +27,15 @@ AboutBox::AboutBox(const AboutLines& lines, std::function<void()> showDiagnostic
     large.setPointSizeF(large.pointSizeF() * 1.8);
     large.setBold(true);
     name->setFont(large);
-    auto* purpose = new QLabel(QStringLiteral("The desktop companion of your vehicle's logger."));
+    auto* purpose = new QLabel(tr("The desktop companion of your vehicle's logger."));
 
     auto* form = new QFormLayout;
     form->setHorizontalSpacing(24);
     for (const auto& [label, value] : lines) {
-        auto* text = new QLabel(toQt(value));
-        text->setObjectName(toQt(label).remove(QLatin1Char(' ')));
-        text->setAccessibleName(toQt(label + " " + value));
-        form->addRow(toQt(label), text);
+        auto* field = new QLabel(toQt(value));
+        field->setObjectName(toQt(label.english()).remove(QLatin1Char(' ')));
+        field->setAccessibleName(toQt(text(label) + " " + value));
+        form->addRow(toQt(text(label)), field);
     }
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok);

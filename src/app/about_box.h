@@ -1,5 +1,7 @@
 #pragma once
 
+#include "texts/source_text.h"
+
 #include <QDialog>
 
 #include <functional>
@@ -10,7 +12,7 @@
 namespace quobrix {
 
 /// A name and its value ("Software Version", "1.0.0").
-using AboutLines = std::vector<std::pair<std::string, std::string>>;
+using AboutLines = std::vector<std::pair<SourceText, std::string>>;
 
 /// The program's own lines.
 AboutLines programLines();

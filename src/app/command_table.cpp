@@ -6,13 +6,14 @@ namespace {
 using Kind = MenuRow::Kind;
 
 constexpr MenuRow kRows[] = {
-#define MENU(Text) {.kind = Kind::Menu, .text = Text},
-#define SUBMENU(Text) {.kind = Kind::Submenu, .text = Text},
+#define MENU(Text) {.kind = Kind::Menu, .text = SourceText(Text)},
+#define SUBMENU(Text) {.kind = Kind::Submenu, .text = SourceText(Text)},
 #define END {.kind = Kind::End},
 #define SEPARATOR {.kind = Kind::Separator},
-#define COMMAND(Name, Id, Text, Prompt) {Kind::Command, CommandId::Name, #Name, Text, Prompt},
-#define TOGGLE(Name, Id, Text, Prompt) {Kind::Toggle, CommandId::Name, #Name, Text, Prompt},
-#define RECENT_FILES(Name, Id, Text, Prompt) {Kind::RecentFiles, CommandId::Name, #Name, Text, Prompt},
+#define COMMAND(Name, Id, Text, Prompt) {Kind::Command, CommandId::Name, #Name, SourceText(Text), SourceText(Prompt)},
+#define TOGGLE(Name, Id, Text, Prompt) {Kind::Toggle, CommandId::Name, #Name, SourceText(Text), SourceText(Prompt)},
+#define RECENT_FILES(Name, Id, Text, Prompt)                                                                           \
+    {Kind::RecentFiles, CommandId::Name, #Name, SourceText(Text), SourceText(Prompt)},
 #include "app/commands.def"
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "texts/source_text.h"
+
 #include <span>
 #include <string_view>
 
@@ -18,10 +20,10 @@ inline constexpr int kRecentFileCount = 9;
 struct MenuRow {
     enum class Kind { Menu, Submenu, End, Separator, Command, Toggle, RecentFiles };
     Kind kind;
-    CommandId id{};            ///< the three last kinds only
-    std::string_view name{};   ///< the command's name, in scripts and tests
-    std::string_view text{};   ///< '&' marks the mnemonic, a tab precedes the shortcut
-    std::string_view prompt{}; ///< up to a line break; what follows is a title
+    CommandId id{};          ///< the three last kinds only
+    std::string_view name{}; ///< the command's name, in scripts and tests
+    SourceText text{};       ///< '&' marks the mnemonic, a tab precedes the shortcut
+    SourceText prompt{};     ///< up to a line break; what follows is a title
 };
 
 std::span<const MenuRow> menuRows();

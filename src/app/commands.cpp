@@ -1,6 +1,7 @@
 #include "app/commands.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/text.h"
 
 #include <QAction>
 #include <QKeySequence>
@@ -16,17 +17,19 @@ namespace {
 
 using Kind = MenuRow::Kind;
 
-QString plainText(std::string_view text) {
-    QString plain = toQt(upTo(text, '\t')).remove(QLatin1Char('&'));
+QString plainText(std::string_view shown) {
+    QString plain = toQt(upTo(shown, '\t')).remove(QLatin1Char('&'));
     if (plain.endsWith(QLatin1String("...")))
         plain.chop(3);
     return plain;
 }
 
+QString firstLine(SourceText prompt) { return toQt(upTo(text(prompt), '\n')); }
+
 /// The prompt of a command that nobody handles.
 QString unavailablePrompt(const MenuRow& row) {
-    const std::string_view prompt = upTo(row.prompt, '\n');
-    return (prompt.empty() ? plainText(row.text) : toQt(prompt)) + QStringLiteral(" (not available yet)");
+    return QObject::tr("%1 (not available yet)")
+        .arg(row.prompt.empty() ? plainText(text(row.text)) : firstLine(row.prompt));
 }
 
 } // namespace
@@ -39,11 +42,11 @@ Commands::Commands(MayRun mayRun, Report report, QObject* parent)
 }
 
 void Commands::addEntry(const MenuRow& row) {
-    auto* action = new QAction(toQt(upTo(row.text, '\t')), this);
+    auto* action = new QAction(toQt(upTo(text(row.text), '\t')), this);
     action->setObjectName(toQt(row.name));
     action->setData(static_cast<int>(row.id));
     action->setCheckable(row.kind == Kind::Toggle);
-    action->setShortcut(QKeySequence(toQt(behind(row.text, '\t')), QKeySequence::PortableText));
+    action->setShortcut(QKeySequence(toQt(behind(row.text.english(), '\t')), QKeySequence::PortableText));
     // No platform may move an entry by what it takes its text to mean.
     action->setMenuRole(QAction::NoRole);
     action->setEnabled(false);
@@ -65,8 +68,8 @@ void Commands::handle(CommandId id, Run run, Available available) {
     entry.available = std::move(available);
     for (const MenuRow& row : menuRows())
         if (!row.name.empty() && row.id == id) {
-            entry.action->setStatusTip(toQt(upTo(row.prompt, '\n')));
-            entry.action->setToolTip(row.prompt.empty() ? plainText(row.text) : entry.action->statusTip());
+            entry.action->setStatusTip(firstLine(row.prompt));
+            entry.action->setToolTip(row.prompt.empty() ? plainText(text(row.text)) : entry.action->statusTip());
         }
     refresh(entry);
 }
@@ -88,7 +91,7 @@ void Commands::guard(const QAction& action, const Run& work) {
         if (work)
             work();
     } catch (const std::bad_alloc&) {
-        report_(action, "There is not enough memory.");
+        report_(action, text(TextId::NotEnoughMemory));
     } catch (const std::exception& error) {
         report_(action, error.what());
     }
@@ -101,8 +104,9 @@ void Commands::fill(QMenuBar& menuBar) {
         switch (row.kind) {
         case Kind::Menu:
         case Kind::Submenu:
-            open.push_back(open.empty() ? menuBar.addMenu(toQt(row.text)) : open.back()->addMenu(toQt(row.text)));
-            open.back()->setObjectName(plainText(row.text) + QStringLiteral("Menu"));
+            open.push_back(open.empty() ? menuBar.addMenu(toQt(text(row.text)))
+                                        : open.back()->addMenu(toQt(text(row.text))));
+            open.back()->setObjectName(plainText(row.text.english()) + QStringLiteral("Menu"));
             open.back()->setToolTipsVisible(true);
             break;
         case Kind::End:

@@ -2,6 +2,7 @@
 
 #include "app/reminder_choices.h"
 #include "base/ui/qt_text.h"
+#include "texts/text.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -24,7 +25,7 @@
 namespace quobrix {
 namespace {
 
-constexpr const char* kFilter = "Quobrix Data Files (*.car);;All Files (*)";
+QString filter() { return QObject::tr("Quobrix Data Files (*.car);;All Files (*)"); }
 
 /// TEXT with "…" in the middle of each piece, such as a long name without blanks, that no line of a box could hold: a
 /// box would cut its end off.
@@ -41,7 +42,7 @@ QString withPiecesThatFit(const QString& text, const QFontMetrics& metrics) {
 void fill(QMessageBox& box, const Message& message) {
     const MessageSpec& spec = messageSpec(message.id);
     box.setObjectName(toQt(spec.key));
-    box.setWindowTitle(toQt(spec.title));
+    box.setWindowTitle(toQt(text(spec.title)));
     box.setTextFormat(Qt::PlainText);
     box.setText(withPiecesThatFit(toQt(message.text), box.fontMetrics()));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -85,8 +86,7 @@ QString documentsFolder() {
     return QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
 
-QString capitalized(std::string_view text) {
-    QString result = toQt(text);
+QString capitalized(QString result) {
     if (!result.isEmpty())
         result[0] = result[0].toUpper();
     return result;
@@ -104,21 +104,21 @@ std::optional<Answer> DialogPrompter::askOrCancel(const Message& question) {
 }
 
 std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
-                                                        const std::vector<std::string>& actions) {
+                                                        const std::vector<SourceText>& actions) {
     QMessageBox box(&parent());
     fill(box, question);
     std::vector<const QAbstractButton*> buttons;
-    for (const std::string& action : actions) {
-        QPushButton* button = box.addButton(toQt(action), QMessageBox::ActionRole);
+    for (const SourceText& action : actions) {
+        QPushButton* button = box.addButton(toQt(text(action)), QMessageBox::ActionRole);
         button->setObjectName(
-            button->text().remove(QLatin1Char('&')).remove(QLatin1Char(' ')).remove(QLatin1Char('.')));
+            toQt(action.english()).remove(QLatin1Char('&')).remove(QLatin1Char(' ')).remove(QLatin1Char('.')));
         if (buttons.empty())
             box.setDefaultButton(button);
         buttons.push_back(button);
     }
     QPushButton* none = box.addButton(QMessageBox::Cancel);
     if (messageSpec(question.id).buttons == MessageButtons::Offer)
-        none->setText(QStringLiteral("&Not Now"));
+        none->setText(QObject::tr("&Not Now"));
     box.setEscapeButton(none);
     box.exec();
     const auto pressed = std::ranges::find(buttons, box.clickedButton());
@@ -138,7 +138,7 @@ Answer DialogPrompter::remind(const Message& message) {
     } else if (reminders_.shouldRemind(*key)) {
         QComboBox* choices = makeReminderChoices(reminders_.choice(*key));
         choices->setObjectName(QStringLiteral("ReminderChoice"));
-        choices->setAccessibleName(QStringLiteral("How often to remind"));
+        choices->setAccessibleName(QObject::tr("How often to remind"));
         QObject::connect(choices, &QComboBox::currentIndexChanged,
                          [&](int choice) { reminders_.setChoice(*key, static_cast<ReminderChoice>(choice)); });
         pressed = show(parent(), message, choices);
@@ -164,17 +164,18 @@ QWidget& DialogPrompter::parent() {
     return *last_;
 }
 
-std::optional<std::size_t> DialogPrompter::choose(std::string_view what, const std::vector<std::string>& choices,
+std::optional<std::size_t> DialogPrompter::choose(SourceText what, const std::vector<std::string>& choices,
                                                   std::size_t preset) {
     QDialog dialog(&parent());
     dialog.setObjectName(QStringLiteral("ChooseDialog"));
-    dialog.setWindowTitle(QStringLiteral("Select ") + toQt(what));
+    const QString thing = toQt(text(what));
+    dialog.setWindowTitle(QObject::tr("Select %1").arg(thing));
 
     auto* list = new QComboBox;
     for (const std::string& choice : choices)
         list->addItem(toQt(choice));
     list->setCurrentIndex(static_cast<int>(preset));
-    auto* label = new QLabel(QStringLiteral("&") + capitalized(what) + QStringLiteral(":"));
+    auto* label = new QLabel(QStringLiteral("&") + capitalized(thing) + QStringLiteral(":"));
     label->setBuddy(list);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
@@ -193,13 +194,13 @@ std::optional<std::size_t> DialogPrompter::choose(std::string_view what, const s
 }
 
 std::optional<std::filesystem::path> DialogFileChooser::chooseToOpen() {
-    const QString file = QFileDialog::getOpenFileName(&window_, QStringLiteral("Open"), {}, QLatin1String(kFilter));
+    const QString file = QFileDialog::getOpenFileName(&window_, QObject::tr("Open"), {}, filter());
     chosen_ |= !file.isEmpty();
     return file.isEmpty() ? std::nullopt : std::optional(toPath(file));
 }
 
 std::optional<FileChooser::SavePlace> DialogFileChooser::chooseToSave(const std::filesystem::path& suggested) {
-    QFileDialog dialog(&window_, QStringLiteral("Save As"), {}, QLatin1String(kFilter));
+    QFileDialog dialog(&window_, QObject::tr("Save As"), {}, filter());
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setDefaultSuffix(QStringLiteral("car"));
     if (!suggested.has_parent_path() && !chosen_)

@@ -25,9 +25,9 @@ public:
 
     Answer ask(const Message& question) override;
     std::optional<Answer> askOrCancel(const Message& question) override;
-    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<std::string>& actions) override;
+    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<SourceText>& actions) override;
     void tell(const Message& statement) override;
-    std::optional<std::size_t> choose(std::string_view what, const std::vector<std::string>& choices,
+    std::optional<std::size_t> choose(SourceText what, const std::vector<std::string>& choices,
                                       std::size_t preset) override;
 
 private:

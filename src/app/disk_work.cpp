@@ -1,5 +1,7 @@
 #include "app/disk_work.h"
 
+#include "base/ui/qt_text.h"
+#include "texts/source_text.h"
 #include "ui/waiting.h"
 
 #include <future>
@@ -12,7 +14,7 @@ constexpr Waiting::Times kTimes{.blink = std::chrono::milliseconds(100)}; // mos
 
 WaitState stateOf(const DiskProgress& progress) {
     const auto total = static_cast<double>(progress.total.load());
-    WaitState state{.what = QLatin1String(progress.what.load())};
+    WaitState state{.what = toQt(text(*progress.what.load()))};
     state.measurable = total > 0;
     state.done = total > 0 ? static_cast<double>(progress.done.load()) / total : 0;
     state.cancel = total > 0 && !progress.cancelled ? WaitState::Cancel::Offered : WaitState::Cancel::NotNow;

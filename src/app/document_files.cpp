@@ -4,6 +4,7 @@
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "texts/text.h"
 
 #include <algorithm>
 
@@ -111,7 +112,7 @@ void DocumentFiles::tellLock() {
         const auto choice =
             prompter_.chooseAction(makeMessage(MessageId::FileLocked, document_.title(), owner->text(),
                                                owner->timeText(), utf8(LockFile::pathFor(path).filename())),
-                                   {"Open &Read-Only", "&Take Over"});
+                                   {SourceText("Open &Read-Only"), SourceText("&Take Over")});
         if (choice && *choice == 1) {
             if (const Result<void> taken = document_.takeOver(); !taken)
                 tell(taken.error(), FileAction::Save, path);
@@ -136,13 +137,13 @@ void DocumentFiles::tellDamage(const std::optional<std::string>& doubt) {
     if (lasting && std::ranges::none_of(logs, [&](const std::string& log) { return reason->detail.starts_with(log); }))
         add(reason->detail);
     else if (!lasting && doubt)
-        add("There may be more than is shown: " + *doubt);
+        add(text(TextId::MayBeMoreThanShown, *doubt));
     for (const std::string& log : logs)
         add(log);
     if (!affected.empty())
-        prompter_.tell(makeMessage(lasting                              ? MessageId::DamagedReadOnly
-                                   : document_.store().laterLayoutMet() ? MessageId::PartsOfLaterVersion
-                                                                        : MessageId::DamagedDocument,
+        prompter_.tell(makeMessage(lasting                              ? MessageOf<2>(MessageId::DamagedReadOnly)
+                                   : document_.store().laterLayoutMet() ? MessageOf<2>(MessageId::PartsOfLaterVersion)
+                                                                        : MessageOf<2>(MessageId::DamagedDocument),
                                    document_.title(), affected));
 }
 
@@ -172,7 +173,8 @@ bool DocumentFiles::save() {
 bool DocumentFiles::saveAs() {
     // Neither the example's folder nor its name is for what people save.
     const bool placed = document_.hasFile() && !document_.isExample();
-    return chooseAndSaveAs(placed ? document_.path() : fs::path("Quobrix Data.car")) == Outcome::Done;
+    return chooseAndSaveAs(placed ? document_.path()
+                                  : pathFromUtf8(text(TextId::UntitledFile, text(TextId::Untitled)))) == Outcome::Done;
 }
 
 bool DocumentFiles::compact() {
@@ -279,17 +281,17 @@ DocumentFiles::Outcome DocumentFiles::resolveChange() {
     const bool there = fs::exists(path, ignored);
     std::optional<std::size_t> choice;
     if (!*whole) {
-        std::vector<std::string> actions{"Save &As..."};
+        std::vector<SourceText> actions{SourceText("Save &As...")};
         if (there)
             actions.emplace_back("&Reload");
         choice = prompter_.chooseAction(makeMessage(MessageId::FileDestroyedOnDisk, document_.title()), actions);
     } else if (there) {
         const std::string backup = utf8(document_.backupOf(path).filename());
         choice = prompter_.chooseAction(makeMessage(MessageId::FileChangedOnDisk, document_.title(), backup),
-                                        {"Save &As...", "&Reload", "&Overwrite"});
+                                        {SourceText("Save &As..."), SourceText("&Reload"), SourceText("&Overwrite")});
     } else {
         choice = prompter_.chooseAction(makeMessage(MessageId::FileGoneFromDisk, document_.title()),
-                                        {"&Save Again", "Save &As..."});
+                                        {SourceText("&Save Again"), SourceText("Save &As...")});
         if (choice)
             choice = *choice == 0 ? Again : SaveAs;
     }
@@ -315,7 +317,7 @@ void DocumentFiles::offerCompaction() {
         !compactionOffered_.insert(document_.path()).second)
         return;
     const auto choice = prompter_.chooseAction(makeMessage(MessageId::CompactionOffered, document_.title()),
-                                               {"&Compact Now", "&Don't Ask Again"});
+                                               {SourceText("&Compact Now"), SourceText("&Don't Ask Again")});
     if (choice && *choice == 0)
         compact();
     else if (choice)

@@ -37,17 +37,17 @@ LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Resul
     showStatus();
 }
 
-std::vector<std::pair<std::string, std::string>> LoggerCommands::identityLines() const {
+AboutLines LoggerCommands::identityLines() const {
     const LoggerStatus& status = session_.status();
     if (!status.loggerPresent())
         return {};
     const LoggerIdentity& identity = status.identity;
     const auto version = [](const Version& v) { return fmt::sprintf("%d.%02d.%d", v.major, v.minor, v.build); };
-    return {{"Firmware Version", version(identity.firmware)},
-            {"Bootware Version", version(identity.boot)},
-            {"Hardware Version", std::to_string(identity.hardwareVersion)},
-            {"Product Number", identity.productNumber},
-            {"Serial Number", identity.serialNumber}};
+    return {{SourceText("Firmware Version"), version(identity.firmware)},
+            {SourceText("Bootware Version"), version(identity.boot)},
+            {SourceText("Hardware Version"), std::to_string(identity.hardwareVersion)},
+            {SourceText("Product Number"), identity.productNumber},
+            {SourceText("Serial Number"), identity.serialNumber}};
 }
 
 void LoggerCommands::start() {

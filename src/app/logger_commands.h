@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/about_box.h"
 #include "device/logger_link.h"
 #include "device/ui/logger_session.h"
 
@@ -23,7 +24,7 @@ private:
     void download();
     void showStatus();
     /// What the logger on the port says of itself, for the About box; nothing while there is none.
-    std::vector<std::pair<std::string, std::string>> identityLines() const;
+    AboutLines identityLines() const;
 
     TQuobrixFrame& frame_;
     NamesCommands& names_;

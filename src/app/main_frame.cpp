@@ -168,7 +168,7 @@ void TQuobrixFrame::addRecentFileActions() {
         auto* action = new QAction(this);
         action->setObjectName(QStringLiteral("RecentFile%1").arg(i + 1));
         action->setData(place->data().toInt() + i);
-        action->setStatusTip(QStringLiteral("Opens this file."));
+        action->setStatusTip(tr("Opens this file."));
         connect(action, &QAction::triggered, this, [this, i] {
             const auto files = recent_.list();
             if (static_cast<std::size_t>(i) < files.size())
@@ -194,15 +194,15 @@ void TQuobrixFrame::updateRecentFiles() {
         if (alike)
             name += QStringLiteral(" – ") + toQtPath(file.parent_path());
         if (missing)
-            name += QStringLiteral(" (missing)");
+            name = tr("%1 (missing)").arg(name);
         action.setText(QStringLiteral("&%1 %2").arg(i + 1).arg(name.replace(QLatin1Char('&'), QLatin1String("&&"))));
         action.setToolTip(toQtPath(file));
         action.setProperty(kMissingProperty, missing);
     }
     QAction* place = commands_->action(CommandId::RecentFile);
     place->setVisible(files.empty());
-    place->setStatusTip(QStringLiteral("Opens this file."));
-    place->setToolTip(QStringLiteral("No file has been opened yet."));
+    place->setStatusTip(tr("Opens this file."));
+    place->setToolTip(tr("No file has been opened yet."));
 }
 
 void TQuobrixFrame::markMissingFiles(const std::vector<std::filesystem::path>& missing) {
@@ -219,9 +219,9 @@ void TQuobrixFrame::updateTitle() {
     // The example is never written, whoever may do what with its file.
     const std::optional<Error> reason = document.isExample() ? std::nullopt : document.readOnlyReason();
     setWindowTitle(toQt(document.title()) +
-                   (reason ? QStringLiteral("[*] (Read-Only) - Quobrix") : QStringLiteral("[*] - Quobrix")));
+                   (reason ? tr("[*] (Read-Only) - Quobrix") : QStringLiteral("[*] - Quobrix")));
     readOnlyStatus_->setVisible(reason.has_value());
-    readOnlyStatus_->setText(reason ? QStringLiteral("Read-only: ") + toQt(readOnlyText(*reason)) : QString());
+    readOnlyStatus_->setText(reason ? tr("Read-only: %1").arg(toQt(readOnlyText(*reason))) : QString());
     setWindowModified(document.dataChanged() && document.modified() && !document.isExample());
     setWindowFilePath({});
 }
@@ -283,9 +283,7 @@ void TQuobrixFrame::openFile(const std::filesystem::path& path) {
     updateRecentFiles();
 }
 
-void TQuobrixFrame::setAboutLines(std::function<std::vector<std::pair<std::string, std::string>>()> lines) {
-    aboutLines_ = std::move(lines);
-}
+void TQuobrixFrame::setAboutLines(std::function<AboutLines()> lines) { aboutLines_ = std::move(lines); }
 
 void TQuobrixFrame::showDiagnosticsMenu(bool shown) {
     menuBar()->findChild<QMenu*>(QStringLiteral("DiagnosticsMenu"))->menuAction()->setVisible(shown);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/about_box.h"
 #include "app/commands.h"
 #include "app/dialog_prompter.h"
 #include "app/missing_files.h"
@@ -53,7 +54,7 @@ public:
     /// Asks MAY_CLOSE before the window closes, after the document has been settled; false keeps it open.
     void beforeClosing(std::function<bool()> mayClose) { beforeClosing_.push_back(std::move(mayClose)); }
     /// Lines that the About box shows below the program's own (the logger's versions).
-    void setAboutLines(std::function<std::vector<std::pair<std::string, std::string>>()> lines);
+    void setAboutLines(std::function<AboutLines()> lines);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -96,7 +97,7 @@ private:
     std::vector<QAction*> recentActions_;
     std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for
     MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
-    std::function<std::vector<std::pair<std::string, std::string>>()> aboutLines_;
+    std::function<AboutLines()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;
     bool tellsDamage_ = false;  ///< soon

@@ -6,6 +6,7 @@
 #include "base/ui/qt_text.h"
 #include "messages/reminders.h"
 #include "settings/settings.h"
+#include "texts/text.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -19,28 +20,28 @@ namespace quobrix {
 
 MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminders, QWidget* parent)
     : QDialog(parent), settings_(settings), reminders_(reminders), theme_(new QComboBox),
-      compaction_(new QCheckBox(QStringLiteral("Offer to compact files that are mostly &unused space"))) {
+      compaction_(new QCheckBox(tr("Offer to compact files that are mostly &unused space"))) {
     setObjectName(QStringLiteral("Miscellaneous"));
-    setWindowTitle(QStringLiteral("Miscellaneous"));
+    setWindowTitle(tr("Miscellaneous"));
 
-    auto* look = new QGroupBox(QStringLiteral("Appearance"));
+    auto* look = new QGroupBox(tr("Appearance"));
     theme_->setObjectName(QStringLiteral("Theme"));
-    theme_->addItems({QStringLiteral("As the desktop"), QStringLiteral("Light"), QStringLiteral("Dark")});
+    theme_->addItems({tr("As the desktop"), tr("Light"), tr("Dark")});
     theme_->setCurrentIndex(static_cast<int>(themeSetting(settings_)));
     auto* lookForm = new QFormLayout(look);
-    lookForm->addRow(QStringLiteral("&Colors:"), theme_);
+    lookForm->addRow(tr("&Colors:"), theme_);
 
-    auto* often = new QGroupBox(QStringLiteral("Reminders"));
+    auto* often = new QGroupBox(tr("Reminders"));
     auto* form = new QFormLayout(often);
     for (const ReminderSpec& reminder : allReminders()) {
         QComboBox* field = makeReminderChoices(reminders_.choice(reminder.key));
         field->setObjectName(toQt(reminder.key));
-        form->addRow(toQt(reminder.label) + QLatin1Char(':'), field);
+        form->addRow(toQt(text(reminder.label)) + QLatin1Char(':'), field);
     }
     compaction_->setObjectName(QStringLiteral("OfferCompaction"));
     compaction_->setChecked(offersCompaction(settings_));
     form->addRow(compaction_);
-    auto* all = new QPushButton(QStringLiteral("Remind me of everything &again"));
+    auto* all = new QPushButton(tr("Remind me of everything &again"));
     all->setObjectName(QStringLiteral("RemindAll"));
     all->setAutoDefault(false);
     connect(all, &QPushButton::clicked, this, [this, often] {

@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "model/document_properties.h"
+#include "texts/text.h"
 #include "ui/fields.h"
 
 #include <QDesktopServices>
@@ -32,7 +33,7 @@ public:
     void show(const CompoundFile::Space& space) {
         const auto whole = static_cast<double>(space.fileBytes);
         used_ = whole > 0 ? 1 - static_cast<double>(space.freeBytes) / whole : 1;
-        setAccessibleName(QStringLiteral("%1 percent of the file is in use").arg(qRound(100 * used_)));
+        setAccessibleName(tr("%1 percent of the file is in use").arg(qRound(100 * used_)));
         setToolTip(accessibleName());
         update();
     }
@@ -60,10 +61,9 @@ private:
 
 PropertiesDialog::PropertiesDialog(const ViewContext& context, std::function<void()> compact, QWidget* parent)
     : QDialog(parent), context_(context), compact_(std::move(compact)), form_(new QFormLayout), bar_(new SpaceBar),
-      compactButton_(new QPushButton(QStringLiteral("&Compact"))),
-      folderButton_(new QPushButton(QStringLiteral("Open &Folder"))) {
+      compactButton_(new QPushButton(tr("&Compact"))), folderButton_(new QPushButton(tr("Open &Folder"))) {
     setObjectName(QStringLiteral("PropertiesDialog"));
-    setWindowTitle(toQt(context.document.title()) + QStringLiteral(" Properties"));
+    setWindowTitle(tr("%1 Properties").arg(toQt(context.document.title())));
 
     compactButton_->setObjectName(QStringLiteral("CompactButton"));
     connect(compactButton_, &QPushButton::clicked, this, [this] {
@@ -71,7 +71,7 @@ PropertiesDialog::PropertiesDialog(const ViewContext& context, std::function<voi
         refresh();
     });
     folderButton_->setObjectName(QStringLiteral("FolderButton"));
-    folderButton_->setToolTip(QStringLiteral("Shows the folder in which this file lies."));
+    folderButton_->setToolTip(tr("Shows the folder in which this file lies."));
     connect(folderButton_, &QPushButton::clicked, this, &PropertiesDialog::openFolder);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     buttons->addButton(folderButton_, QDialogButtonBox::ActionRole);
@@ -95,17 +95,17 @@ PropertiesDialog::PropertiesDialog(const ViewContext& context, std::function<voi
 void PropertiesDialog::refresh() {
     TQuobrixDocument& document = context_.document;
     for (const DocumentProperty& property : documentProperties(document, context_.text()))
-        show(property.key, property.label, toQt(property.value));
+        show(property.key, text(property.label), toQt(property.value));
     bar_->show(document.space());
     bar_->setVisible(document.hasFile());
     folderButton_->setEnabled(document.hasFile());
-    const char* why = !document.hasFile()               ? "This file has not been saved yet."
-                      : document.isExample()            ? "The example is never changed."
-                      : document.readOnly()             ? "This file is read-only."
-                      : document.space().freeBytes == 0 ? "There is no unused space in this file."
-                                                        : nullptr;
-    compactButton_->setEnabled(!why);
-    compactButton_->setToolTip(QLatin1String(why ? why : "Removes the unused space from this file."));
+    const QString why = !document.hasFile()               ? tr("This file has not been saved yet.")
+                        : document.isExample()            ? tr("The example is never changed.")
+                        : document.readOnly()             ? tr("This file is read-only.")
+                        : document.space().freeBytes == 0 ? tr("There is no unused space in this file.")
+                                                          : QString();
+    compactButton_->setEnabled(why.isEmpty());
+    compactButton_->setToolTip(why.isEmpty() ? tr("Removes the unused space from this file.") : why);
 }
 
 /// Adds the row KEY, or shows its new value.

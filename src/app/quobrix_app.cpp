@@ -5,6 +5,7 @@
 #include "base/ui/qt_text.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
+#include "texts/ui/catalogue_translator.h"
 #include "ui/windows.h"
 
 #include <QIcon>
@@ -41,6 +42,7 @@ TQuobrixApp::TQuobrixApp(int& argc, char** argv)
     setApplicationName(QStringLiteral("Quobrix"));
     setApplicationVersion(QStringLiteral(QUOBRIX_VERSION));
     setDesktopFileName(QStringLiteral("quobrix"));
+    installTranslator(new CatalogueTranslator(this));
 }
 
 TQuobrixApp::~TQuobrixApp() { units_.removeListener(*this); }

@@ -1,6 +1,7 @@
 #include "app/reminder_choices.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/text.h"
 
 #include <QComboBox>
 
@@ -8,8 +9,8 @@ namespace quobrix {
 
 QComboBox* makeReminderChoices(ReminderChoice choice) {
     auto* choices = new QComboBox;
-    for (const std::string_view text : kReminderChoiceTexts)
-        choices->addItem(toQt(text));
+    for (const SourceText& wording : kReminderChoiceTexts)
+        choices->addItem(toQt(text(wording)));
     choices->setCurrentIndex(static_cast<int>(choice));
     return choices;
 }

@@ -4,6 +4,7 @@
 #include "model/value_check.h"
 #include "tables/ui/error_log.h"
 #include "tables/ui/requirements_window.h"
+#include "texts/source_text.h"
 #include "ui/windows.h"
 
 namespace quobrix {
@@ -54,13 +55,13 @@ void TableWindows::check() {
 
 void TableWindows::showSource(const CellSource& source) {
     if (!showCell(source.table.type(), source.columnKey, source.row))
-        frame_.prompter().tell(makeMessage(MessageId::NoSource, std::string(source.table.spec().title)));
+        frame_.prompter().tell(makeMessage(MessageId::NoSource, text(source.table.spec().title)));
 }
 
 void TableWindows::goTo(const Finding& finding) {
     const PersistentObject* table = frame_.context().document.store().find(finding.table);
     if (!table || !showCell(table->type(), finding.column ? finding.column->key : std::string_view(), finding.row))
-        frame_.prompter().tell(makeMessage(MessageId::NoSource, std::string(finding.title)));
+        frame_.prompter().tell(makeMessage(MessageId::NoSource, finding.title));
 }
 
 /// False if no window shows the tables of class TABLE.

@@ -2,6 +2,7 @@
 
 #include "app/main_frame.h"
 #include "messages/file_messages.h"
+#include "texts/text.h"
 #include "ui/windows.h"
 #include "units/ui/unit_system_dialog.h"
 
@@ -24,7 +25,8 @@ bool UnitsCommand::mayClose() {
         return dialog_->close();
     const Result<void> saved = store_.saveChanges();
     if (!saved)
-        frame_.prompter().tell(fileMessage(saved.error(), FileAction::Save, "The unit system " + units_.name()));
+        frame_.prompter().tell(
+            fileMessage(saved.error(), FileAction::Save, text(TextId::TheUnitSystem, units_.name())));
     return true;
 }
 

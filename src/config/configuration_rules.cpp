@@ -34,10 +34,10 @@ std::optional<Message> configurationProblem(const LoggerConfiguration& changed, 
     if (changed.bandLimits != present.bandLimits && !ascends(changed.bandLimits, kMaxSpeed))
         return makeMessage(MessageId::SpeedBandsOutOfRange);
     if (changed.brakeThresholds != present.brakeThresholds && !ascends(changed.brakeThresholds, kMaxThreshold))
-        return makeMessage(MessageId::ThresholdsOutOfRange, "braking");
+        return makeMessage(MessageId::ThresholdsOutOfRange, text(SourceText("braking")));
     if (changed.accelerationThresholds != present.accelerationThresholds &&
         !ascends(changed.accelerationThresholds, kMaxThreshold))
-        return makeMessage(MessageId::ThresholdsOutOfRange, "acceleration");
+        return makeMessage(MessageId::ThresholdsOutOfRange, text(SourceText("acceleration")));
     if (changed.parameters != present.parameters && hasTwice(changed.parameters))
         return makeMessage(MessageId::DuplicateParameters);
     return {};

@@ -2,6 +2,7 @@
 
 #include "base/path_text.h"
 #include "platform/dynamic_library.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -59,15 +60,13 @@ fs::path loggerLibraryPath(const fs::path& programFolder, const std::optional<st
 
 Result<LoggerLibrary> loadLoggerLibrary(const fs::path& path) {
     if (path.empty())
-        return Error{ErrorKind::NotFound, "The logger library was not found because the system does not tell in which "
-                                          "folder this program is."};
+        return Error{ErrorKind::NotFound, text(TextId::LibraryWithoutFolder)};
     const std::string name = utf8(path);
     auto module = DynamicLibrary::open(path);
     if (!module && module.error().kind == ErrorKind::NotFound)
-        return Error{ErrorKind::NotFound, fmt::format("The logger library {} was not found.", name)};
+        return Error{ErrorKind::NotFound, text(TextId::LibraryNotFound, name)};
     if (!module)
-        return Error{module.error().kind,
-                     fmt::format("The logger library {} could not be loaded ({}).", name, module.error().detail)};
+        return Error{module.error().kind, text(TextId::LibraryNotLoaded, name, module.error().detail)};
 
     LoggerLibrary library;
     const char* firstMissing = nullptr;
@@ -79,10 +78,8 @@ Result<LoggerLibrary> loadLoggerLibrary(const fs::path& path) {
 #include "device/logger_library.def"
 #undef ENTRY
     if (missing > 0)
-        return Error{ErrorKind::Unsupported,
-                     fmt::format("{} is not the logger library that this program needs: it lacks {} of its {} "
-                                 "functions ({}{}).",
-                                 name, missing, kFunctions, firstMissing, missing == 1 ? "" : ", ...")};
+        return Error{ErrorKind::Unsupported, text(TextId::LibraryLacksFunctions, name, missing, kFunctions,
+                                                  firstMissing, missing == 1 ? "" : ", ...")};
     library.module = std::make_shared<DynamicLibrary>(std::move(*module));
     return library;
 }

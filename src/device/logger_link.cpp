@@ -1,6 +1,7 @@
 #include "device/logger_link.h"
 
 #include "model/serial_number.h"
+#include "texts/text.h"
 
 #include <array>
 #include <cstring>
@@ -90,11 +91,11 @@ LoggerLink::LoggerLink(Result<LoggerLibrary> library, WallClock clock) : clock_(
 std::string LockedLogger::describe(ResultCode code) const {
     switch (code) {
     case kPathTooLong:
-        return "The path is too long";
+        return text(TextId::PathTooLong);
     case kBadSerialNumber:
-        return "The Quobrix gave no valid serial number";
+        return text(TextId::NoValidSerialNumber);
     case kNothingHandedOver:
-        return "The Quobrix handed over nothing";
+        return text(TextId::NothingHandedOver);
     default:
         break;
     }
@@ -276,21 +277,21 @@ Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
 
     RecordBlocks& records = reply.value;
     const auto parse = [&](decltype(LoggerFunctions::GetLogRecords) function, const LogBuffer& buffer,
-                           const char* name) {
+                           SourceText name) {
         progress(++step, 4);
         if (cancelled())
             return SetPair{};
         SetPair sets = buffer ? blocks.parse(function, buffer) : SetPair{kNothingHandedOver, nullptr, nullptr};
         if (sets.code != QUOBRIX_OK) {
-            records.unreadable.push_back({name, describe(sets.code)});
+            records.unreadable.push_back({text(name), describe(sets.code)});
             state().logsCurrent = false;
         }
         return sets;
     };
-    SetPair main = parse(library().GetLogRecords, buffers[0], "trips, trouble codes and activity");
+    SetPair main = parse(library().GetLogRecords, buffers[0], SourceText("trips, trouble codes and activity"));
     records.trips = std::move(main.first);
     records.troublesAndActivity = std::move(main.second);
-    constexpr const char* kAccidentLogs[] = {"first accident log", "second accident log"};
+    constexpr SourceText kAccidentLogs[] = {SourceText("first accident log"), SourceText("second accident log")};
     for (std::size_t i = 0; i < records.accidents.size(); ++i)
         if (allocated[i + 1]) { // not every logger has both
             SetPair accidents = parse(library().GetAccidentLogRecords, buffers[i + 1], kAccidentLogs[i]);

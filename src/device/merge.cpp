@@ -1,6 +1,7 @@
 #include "device/merge.h"
 
 #include "device/log_rows.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -13,7 +14,7 @@
 namespace quobrix {
 namespace {
 
-Error unreadable(const PersistentType& type) { return {ErrorKind::Corrupt, std::string(logOfClass(type.name))}; }
+Error unreadable(const PersistentType& type) { return {ErrorKind::Corrupt, text(logOfClass(type.name))}; }
 
 /// What records have in common that may be the same, as one text.
 std::string likenessKey(std::string_view serialNumber, std::int32_t loggerTime, std::string_view code) {

@@ -1,5 +1,7 @@
 #include "device/ports.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
@@ -12,8 +14,8 @@ namespace {
 constexpr const char* kSection = "Serial Ports";
 constexpr const char* kDefaultPort = "Default";
 
-constexpr const char* kOpening = "Opening Port";
-constexpr const char* kLooking = "Looking for the Quobrix";
+constexpr SourceText kOpening("Opening Port");
+constexpr SourceText kLooking("Looking for the Quobrix");
 
 } // namespace
 
@@ -41,18 +43,18 @@ std::string loggerLabel(const LoggerStatus& status, const LoggerNames& names) {
 
 std::string portStatusText(const LoggerStatus& status, const LoggerNames& names) {
     if (status.port.empty())
-        return "No Port Opened";
+        return text(TextId::NoPortOpened);
     switch (status.probe) {
     case QUOBRIX_OK:
-        return "Quobrix Detected on " + status.port + " : " + loggerLabel(status, names);
+        return text(TextId::LoggerDetected, status.port, loggerLabel(status, names));
     case QUOBRIX_TIMEOUT:
-        return "No Quobrix Detected on " + status.port;
+        return text(TextId::NoLoggerDetected, status.port);
     case QUOBRIX_PORT_IN_USE:
-        return status.port + " Is In Use";
+        return text(TextId::PortIsInUse, status.port);
     case QUOBRIX_PORT_NOT_OPENED:
-        return status.port + " Port Not Opened";
+        return text(TextId::PortIsNotOpened, status.port);
     case QUOBRIX_PORT_DOES_NOT_EXIST:
-        return status.port + " Does Not Exist";
+        return text(TextId::PortIsNotThere, status.port);
     default:
         return status.probeDescription;
     }
@@ -78,7 +80,7 @@ ScanResult PortFlows::scan() {
     };
     for (int step = 0; step < ports; ++step) {
         const std::string& port = order[static_cast<std::size_t>(step)];
-        const std::optional<Attempt> attempt = open({kOpening, port, step, steps}, port);
+        const std::optional<Attempt> attempt = open({text(kOpening), port, step, steps}, port);
         if (!attempt)
             return cancelled();
         if (!attempt->probe.ok())
@@ -95,7 +97,7 @@ ScanResult PortFlows::scan() {
         pause.emplace(calls_);
     }
     // A logger that is plugged into the default port later is found there by the monitoring probe.
-    const std::optional<bool> found = calls_.get({kOpening, standard, ports, steps}, [&](LockedLogger& logger) {
+    const std::optional<bool> found = calls_.get({text(kOpening), standard, ports, steps}, [&](LockedLogger& logger) {
         if (logger.openPort(standard) != QUOBRIX_OK || logger.cancelled() || logger.probe() != QUOBRIX_OK)
             return false;
         logger.convertLastSerialNumber();
@@ -117,21 +119,21 @@ bool PortFlows::scanOrChoose() {
 
 bool PortFlows::choosePort() {
     const std::vector<std::string> choices(kPortNames.begin(), kPortNames.end());
-    const auto before = calls_.get({kLooking}, [](const LockedLogger& logger) { return logger.status().port; });
+    const auto before = calls_.get({text(kLooking)}, [](const LockedLogger& logger) { return logger.status().port; });
     if (!before)
         return false;
     std::string current = *before;
     for (bool tried = false;; tried = true) {
         const auto found = std::find(choices.begin(), choices.end(), current);
         const auto preset = found == choices.end() ? 0 : static_cast<std::size_t>(found - choices.begin());
-        const auto choice = prompter_.choose("serial port", choices, preset);
+        const auto choice = prompter_.choose(SourceText("serial port"), choices, preset);
         if (!choice || *choice >= choices.size()) {
             if (tried)
                 expect(*before);
             return false;
         }
         current = choices[*choice];
-        const std::optional<Attempt> attempt = open({kOpening, current}, current);
+        const std::optional<Attempt> attempt = open({text(kOpening), current}, current);
         if (attempt && accept(*attempt)) {
             settings_.setText(kSection, kDefaultPort, current);
             return true;
@@ -140,7 +142,9 @@ bool PortFlows::choosePort() {
 }
 
 bool PortFlows::ensureLogger(bool prompt) {
-    const auto probe = [&] { return calls_.get({kLooking}, [](LockedLogger& logger) { return logger.probe(); }); };
+    const auto probe = [&] {
+        return calls_.get({text(kLooking)}, [](LockedLogger& logger) { return logger.probe(); });
+    };
     const std::optional<ResultCode> code = probe();
     if (!code || *code == QUOBRIX_OK)
         return code.has_value();
@@ -170,7 +174,7 @@ std::optional<PortFlows::Attempt> PortFlows::open(const CallTitle& title, const 
 }
 
 void PortFlows::expect(const std::string& port) {
-    static_cast<void>(calls_.run({.what = kOpening, .where = port, .cancellable = false},
+    static_cast<void>(calls_.run({.what = text(kOpening), .where = port, .cancellable = false},
                                  [&](LockedLogger& logger) { logger.expectPort(port); }));
 }
 
@@ -184,7 +188,8 @@ bool PortFlows::accept(const Attempt& attempt) {
 }
 
 bool PortFlows::tellMissingLibrary() {
-    const auto problem = calls_.get({kLooking}, [](const LockedLogger& logger) { return logger.libraryProblem(); });
+    const auto problem =
+        calls_.get({text(kLooking)}, [](const LockedLogger& logger) { return logger.libraryProblem(); });
     if (problem && !problem->empty())
         prompter_.tell(makeMessage(MessageId::LibraryMissing, *problem));
     return !problem || !problem->empty();

@@ -2,6 +2,7 @@
 
 #include "model/logs.h"
 #include "model/serial_number.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -35,19 +36,19 @@ public:
         static_assert(std::is_trivially_copyable_v<Record>);
         Record record{};
         fixedSize_ = sizeof(Record);
-        require(bytes_.size() >= sizeof(Record), "it is shorter than its kind");
+        require(bytes_.size() >= sizeof(Record), SourceText("it is shorter than its kind"));
         if (good())
             std::memcpy(&record, bytes_.data(), sizeof(Record));
         return record;
     }
 
-    void require(bool condition, const char* complaint) {
+    void require(bool condition, SourceText complaint) {
         if (!condition && good())
             complaint_ = complaint;
     }
 
     template <std::size_t N>
-    std::string text(const char (&field)[N], const char* complaint) {
+    std::string text(const char (&field)[N], SourceText complaint) {
         const char* end = std::find(field, field + N, '\0');
         const bool printable = std::all_of(field, end, [](char c) { return c >= ' ' && c <= '~'; });
         require(end != field + N && printable, complaint);
@@ -57,19 +58,19 @@ public:
     template <class Record>
     RecordOrigin origin(const Record& record) {
         RecordOrigin origin;
-        origin.serialNumber = text(record.serialNumber, "its serial number is not a text");
-        require(isSerialNumber(origin.serialNumber), "its serial number is malformed");
-        origin.vin = text(record.vin, "its VIN is not a text");
+        origin.serialNumber = text(record.serialNumber, SourceText("its serial number is not a text"));
+        require(isSerialNumber(origin.serialNumber), SourceText("its serial number is malformed"));
+        origin.vin = text(record.vin, SourceText("its VIN is not a text"));
         return origin;
     }
 
-    void finite(double value, const char* complaint) { require(std::isfinite(value), complaint); }
+    void finite(double value, SourceText complaint) { require(std::isfinite(value), complaint); }
     /// A figure that every record of the kind has.
-    void measured(double value, const char* complaint) { require(std::isfinite(value) && value >= 0, complaint); }
+    void measured(double value, SourceText complaint) { require(std::isfinite(value) && value >= 0, complaint); }
     /// The highest speed, km/h.
     void topSpeed(double value) {
-        measured(value, "its maximum speed is not a speed");
-        require(value < kSpeedLimit, "its maximum speed is beyond what a vehicle can tell (255 km/h)");
+        measured(value, SourceText("its maximum speed is not a speed"));
+        require(value < kSpeedLimit, SourceText("its maximum speed is beyond what a vehicle can tell (255 km/h)"));
     }
 
     template <class Element>
@@ -78,7 +79,7 @@ public:
             return {};
         require(place.offset >= fixedSize_ && place.offset <= bytes_.size() && place.offset % sizeof(Element) == 0 &&
                     place.count <= (bytes_.size() - place.offset) / sizeof(Element),
-                "an array lies outside of it");
+                SourceText("an array lies outside of it"));
         if (!good())
             return {};
         std::vector<Element> elements(place.count);
@@ -90,35 +91,35 @@ public:
     void fits(std::size_t count, std::int64_t interval, std::int64_t duration) {
         if (count == 0)
             return;
-        require(interval > 0, "its sampling interval is not positive");
+        require(interval > 0, SourceText("its sampling interval is not positive"));
         require(static_cast<std::int64_t>(count - 1) <= duration / std::max<std::int64_t>(interval, 1),
-                "it has more samples than its duration holds");
+                SourceText("it has more samples than its duration holds"));
     }
 
-    bool good() const { return complaint_ == nullptr; }
-    const char* complaint() const { return complaint_; }
+    bool good() const { return complaint_.empty(); }
+    SourceText complaint() const { return complaint_; }
 
 private:
     ByteView bytes_;
     std::size_t fixedSize_ = 0;
-    const char* complaint_ = nullptr;
+    SourceText complaint_;
 };
 
 std::vector<std::uint32_t> readEvents(RecordReader& in, const QuobrixArray& place, std::int64_t duration) {
     std::vector<std::uint32_t> events = in.array<std::uint32_t>(place);
-    in.require(std::is_sorted(events.begin(), events.end()), "its events are not in order of time");
-    in.require(events.empty() || events.back() <= duration, "an event lies after its end");
+    in.require(std::is_sorted(events.begin(), events.end()), SourceText("its events are not in order of time"));
+    in.require(events.empty() || events.back() <= duration, SourceText("an event lies after its end"));
     return events;
 }
 
 ParameterSeries readSeries(RecordReader& in, const QuobrixParameterSeries& raw, std::int64_t duration) {
     if (raw.parameter == 0)
         return {};
-    in.require(raw.parameter >= 1 && raw.parameter <= 24, "a parameter is unknown");
-    in.require(raw.twoValues <= 1, "a parameter series is malformed");
+    in.require(raw.parameter >= 1 && raw.parameter <= 24, SourceText("a parameter is unknown"));
+    in.require(raw.twoValues <= 1, SourceText("a parameter series is malformed"));
     ParameterSeries series{raw.parameter, raw.samplingInterval, raw.twoValues == 1, in.array<double>(raw.samples)};
     for (const double sample : series.samples)
-        in.finite(sample, "a parameter sample is not a number");
+        in.finite(sample, SourceText("a parameter sample is not a number"));
     in.fits(series.samples.size(), series.samplingInterval, duration);
     return series;
 }
@@ -131,7 +132,7 @@ std::array<Value, N> copyOf(const Value (&values)[N]) {
 }
 
 std::int64_t durationOf(RecordReader& in, std::int32_t start, std::int32_t end) {
-    in.require(end >= start, "it ends before it starts");
+    in.require(end >= start, SourceText("it ends before it starts"));
     return std::int64_t{end} - start;
 }
 
@@ -143,25 +144,27 @@ TripRecord readTrip(RecordReader& in) {
     trip.startTime = raw.startTime;
     trip.endTime = raw.endTime;
     const std::int64_t duration = durationOf(in, raw.startTime, raw.endTime);
-    in.require(raw.disconnected <= 1, "its disconnection mark is malformed");
+    in.require(raw.disconnected <= 1, SourceText("its disconnection mark is malformed"));
     trip.disconnected = raw.disconnected == 1;
     // The last sample of a trip may count as a whole sampling interval, of at most a minute.
     const std::int64_t longest = duration + std::clamp<std::int64_t>(raw.speedSamplingInterval, 1, 60); // s
-    in.measured(trip.distance = raw.distance, "its distance is not a distance");
+    in.measured(trip.distance = raw.distance, SourceText("its distance is not a distance"));
     in.require(trip.distance <= static_cast<double>(longest) * kSpeedLimit / 3.6,
-               "its distance is more than a vehicle covers in its duration");
+               SourceText("its distance is more than a vehicle covers in its duration"));
     in.topSpeed(trip.maximumSpeed = raw.maximumSpeed);
-    in.finite(trip.hardBrakeThreshold = raw.hardBrakeThreshold, "a threshold is not a number");
-    in.finite(trip.extremeBrakeThreshold = raw.extremeBrakeThreshold, "a threshold is not a number");
-    in.finite(trip.hardAccelerationThreshold = raw.hardAccelerationThreshold, "a threshold is not a number");
-    in.finite(trip.extremeAccelerationThreshold = raw.extremeAccelerationThreshold, "a threshold is not a number");
+    in.finite(trip.hardBrakeThreshold = raw.hardBrakeThreshold, SourceText("a threshold is not a number"));
+    in.finite(trip.extremeBrakeThreshold = raw.extremeBrakeThreshold, SourceText("a threshold is not a number"));
+    in.finite(trip.hardAccelerationThreshold = raw.hardAccelerationThreshold,
+              SourceText("a threshold is not a number"));
+    in.finite(trip.extremeAccelerationThreshold = raw.extremeAccelerationThreshold,
+              SourceText("a threshold is not a number"));
     for (const double limit : trip.bandLimits = copyOf(raw.bandLimit))
-        in.measured(limit, "a speed-band limit is not a speed");
+        in.measured(limit, SourceText("a speed-band limit is not a speed"));
     trip.idleSeconds = raw.idleSeconds;
     trip.bandSeconds = copyOf(raw.bandSeconds);
     in.require(std::accumulate(trip.bandSeconds.begin(), trip.bandSeconds.end(), std::int64_t{trip.idleSeconds}) <=
                    longest,
-               "its seconds at standstill and in the speed bands are more than its duration");
+               SourceText("its seconds at standstill and in the speed bands are more than its duration"));
     trip.speedSamplingInterval = raw.speedSamplingInterval;
     trip.speedSamples = in.array<std::uint8_t>(raw.speedSamples);
     in.fits(trip.speedSamples.size(), trip.speedSamplingInterval, duration);
@@ -186,11 +189,12 @@ TroubleRecord readTrouble(RecordReader& in) {
     TroubleRecord trouble;
     trouble.origin = in.origin(raw);
     trouble.time = raw.time;
-    trouble.code = in.text(raw.code, "its trouble code is not a text");
-    in.require(isTroubleCode(trouble.code), "its trouble code is malformed");
+    trouble.code = in.text(raw.code, SourceText("its trouble code is not a text"));
+    in.require(isTroubleCode(trouble.code), SourceText("its trouble code is malformed"));
     for (const std::int32_t status : trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus))
-        in.require(status == QUOBRIX_NO_CODE || (status >= 0 && status <= 7), "a fuel-system status is unknown");
-    const char* complaint = "a freeze-frame figure is not a number";
+        in.require(status == QUOBRIX_NO_CODE || (status >= 0 && status <= 7),
+                   SourceText("a fuel-system status is unknown"));
+    constexpr SourceText complaint("a freeze-frame figure is not a number");
     in.finite(trouble.calculatedLoad = raw.calculatedLoad, complaint);
     in.finite(trouble.coolantTemperature = raw.coolantTemperature, complaint);
     for (const double trim : trouble.shortTermFuelTrim = copyOf(raw.shortTermFuelTrim))
@@ -201,7 +205,8 @@ TroubleRecord readTrouble(RecordReader& in) {
     in.finite(trouble.intakeManifoldPressure = raw.intakeManifoldPressure, complaint);
     in.finite(trouble.engineSpeed = raw.engineSpeed, complaint);
     in.finite(trouble.vehicleSpeed = raw.vehicleSpeed, complaint);
-    in.require(trouble.vehicleSpeed < kSpeedLimit, "its vehicle speed is beyond what a vehicle can tell (255 km/h)");
+    in.require(trouble.vehicleSpeed < kSpeedLimit,
+               SourceText("its vehicle speed is beyond what a vehicle can tell (255 km/h)"));
     return trouble;
 }
 
@@ -209,7 +214,7 @@ ActivityRecord readActivity(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixActivityRecord>();
     ActivityRecord activity{in.origin(raw), raw.time, raw.eventType};
     in.require(raw.eventType == QUOBRIX_NO_CODE || (raw.eventType >= -6 && raw.eventType <= 20),
-               "its event is unknown");
+               SourceText("its event is unknown"));
     return activity;
 }
 
@@ -222,7 +227,7 @@ StopRecord readStop(RecordReader& in) {
     durationOf(in, raw.startTime, raw.timestamp);
     in.topSpeed(stop.maximumSpeed = raw.maximumSpeed);
     for (const double limit : stop.bandLimits = copyOf(raw.bandLimit))
-        in.measured(limit, "a speed-band limit is not a speed");
+        in.measured(limit, SourceText("a speed-band limit is not a speed"));
     stop.samplingInterval = raw.samplingInterval;
     return stop;
 }
@@ -260,13 +265,13 @@ void forEachRecord(ByteView set, LogRecords& records, Visit visit) {
             const std::size_t possible = std::max<std::size_t>(rest.size() / sizeof(QuobrixRecordHead), 1);
             records.refused.push_back({kind, i + 1,
                                        static_cast<std::uint32_t>(std::min<std::size_t>(count - i, possible)),
-                                       "the record set is damaged from here on"});
+                                       text(TextId::RecordSetDamaged)});
             return;
         }
         RecordReader in(rest.first(record.size));
         visit(kind, i, in);
         if (!in.good())
-            records.refused.push_back({kind, i + 1, 1, in.complaint()});
+            records.refused.push_back({kind, i + 1, 1, text(in.complaint())});
         rest = rest.subspan(record.size);
     }
 }
@@ -279,7 +284,7 @@ void keep(const RecordReader& in, Record record, std::vector<Record>& records) {
 }
 
 struct RecordWords {
-    std::string_view one, several;
+    SourceText one, several;
 };
 
 RecordWords wordsOf(RecordKind kind) {
@@ -294,22 +299,22 @@ RecordWords wordsOf(RecordKind kind) {
     case RecordKind::Stop:
         return ofLog(LogId::Accidents);
     case RecordKind::StopSamples:
-        return {"set of stop samples", "sets of stop samples"};
+        return {SourceText("set of stop samples"), SourceText("sets of stop samples")};
     case RecordKind::Unknown:
         break;
     }
-    return {"record", "records"};
+    return {SourceText("record"), SourceText("records")};
 }
 
-constexpr const char* kMisplaced = "a record of its kind does not belong here";
+constexpr SourceText kMisplaced("a record of its kind does not belong here");
 
 } // namespace
 
-std::string_view recordKindName(RecordKind kind) { return wordsOf(kind).one; }
+std::string recordKindName(RecordKind kind) { return text(wordsOf(kind).one); }
 
 std::string recordCountText(RecordKind kind, std::uint64_t count) {
     const RecordWords words = wordsOf(kind);
-    return fmt::format("{} {}", count, count == 1 ? words.one : words.several);
+    return counted(words.one, words.several, count);
 }
 
 std::uint64_t LogRecords::refusedCount() const {
@@ -344,11 +349,11 @@ void parseAccidentRecords(ByteView stops, ByteView samples, LogRecords& records)
     forEachRecord(samples, records, [&](RecordKind kind, std::size_t, RecordReader& in) {
         in.require(kind == RecordKind::StopSamples, kMisplaced);
         const auto raw = in.fixedPart<QuobrixStopSamplesRecord>();
-        in.require(raw.stop < places.size(), "its stop is missing");
+        in.require(raw.stop < places.size(), SourceText("its stop is missing"));
         if (!in.good() || places[raw.stop] == kRefused)
             return; // samples go with their stop
         StopRecord& stop = records.stops[places[raw.stop]];
-        in.require(stop.speedSamples.empty(), "its stop has samples already");
+        in.require(stop.speedSamples.empty(), SourceText("its stop has samples already"));
         auto speeds = in.array<std::uint8_t>(raw.speeds);
         in.fits(speeds.size(), stop.samplingInterval, std::int64_t{stop.timestamp} - stop.startTime);
         if (in.good())

@@ -88,7 +88,7 @@ inline constexpr RecordKind kRecordKinds[] = {RecordKind::Unknown,  RecordKind::
                                               RecordKind::Activity, RecordKind::Stop, RecordKind::StopSamples};
 
 /// "trip", "trouble code" …
-std::string_view recordKindName(RecordKind kind);
+std::string recordKindName(RecordKind kind);
 /// "1 trip", "2 trips" …
 std::string recordCountText(RecordKind kind, std::uint64_t count);
 

@@ -1,5 +1,7 @@
 #include "device/reporter.h"
 
+#include "texts/text.h"
+
 #include <cstddef>
 #include <iterator>
 #include <optional>
@@ -10,26 +12,28 @@ namespace {
 
 struct CommandTexts {
     LoggerCommand command;
-    std::string_view title; ///< of the progress of a command that writes to the logger; empty: it only reads
-    std::string_view failure;
-    std::string_view reads{}; ///< what one that only reads does, for the person who waits for it
+    SourceText title; ///< of the progress of a command that writes to the logger; empty: it only reads
+    SourceText failure;
+    SourceText reads{}; ///< what one that only reads does, for the person who waits for it
 };
 
 constexpr CommandTexts kCommands[] = {
-    {LoggerCommand::SetClock, "Setting Time", "Unable to set the time"},
-    {LoggerCommand::ClearMemory, "Clearing Quobrix", "Unable to clear the Quobrix"},
-    {LoggerCommand::GetConfiguration, "", "Unable to retrieve the current configuration", "Reading the configuration"},
-    {LoggerCommand::SetConfiguration, "Setting Configuration", "Unable to update the current configuration"},
-    {LoggerCommand::EnableLed, "Enabling LED", "Unable to enable the LED"},
-    {LoggerCommand::DisableLed, "Disabling LED", "Unable to disable the LED"},
-    {LoggerCommand::EnableVinMode, "Enabling VIN mode", "Unable to enable VIN mode"},
-    {LoggerCommand::DisableVinMode, "Disabling VIN mode", "Unable to disable VIN mode"},
-    {LoggerCommand::EnableAlarm, "Enabling alarm", "Unable to enable alarm"},
-    {LoggerCommand::DisableAlarm, "Disabling alarm", "Unable to disable alarm"},
-    {LoggerCommand::Arm, "Arming Quobrix", "Unable to arm the Quobrix"},
-    {LoggerCommand::Disarm, "Disarming Quobrix", "Unable to disarm Quobrix"},
-    {LoggerCommand::SetCarType, "Setting car type", "Unable to set car type"},
-    {LoggerCommand::Download, "", "Unable to download logs", "Downloading"},
+    {LoggerCommand::SetClock, SourceText("Setting Time"), SourceText("Unable to set the time")},
+    {LoggerCommand::ClearMemory, SourceText("Clearing Quobrix"), SourceText("Unable to clear the Quobrix")},
+    {LoggerCommand::GetConfiguration, SourceText(""), SourceText("Unable to retrieve the current configuration"),
+     SourceText("Reading the configuration")},
+    {LoggerCommand::SetConfiguration, SourceText("Setting Configuration"),
+     SourceText("Unable to update the current configuration")},
+    {LoggerCommand::EnableLed, SourceText("Enabling LED"), SourceText("Unable to enable the LED")},
+    {LoggerCommand::DisableLed, SourceText("Disabling LED"), SourceText("Unable to disable the LED")},
+    {LoggerCommand::EnableVinMode, SourceText("Enabling VIN mode"), SourceText("Unable to enable VIN mode")},
+    {LoggerCommand::DisableVinMode, SourceText("Disabling VIN mode"), SourceText("Unable to disable VIN mode")},
+    {LoggerCommand::EnableAlarm, SourceText("Enabling alarm"), SourceText("Unable to enable alarm")},
+    {LoggerCommand::DisableAlarm, SourceText("Disabling alarm"), SourceText("Unable to disable alarm")},
+    {LoggerCommand::Arm, SourceText("Arming Quobrix"), SourceText("Unable to arm the Quobrix")},
+    {LoggerCommand::Disarm, SourceText("Disarming Quobrix"), SourceText("Unable to disarm Quobrix")},
+    {LoggerCommand::SetCarType, SourceText("Setting car type"), SourceText("Unable to set car type")},
+    {LoggerCommand::Download, SourceText(""), SourceText("Unable to download logs"), SourceText("Downloading")},
 };
 
 constexpr bool inOrder() {
@@ -43,14 +47,14 @@ static_assert(inOrder(), "a command is its row's index");
 /// Clearing takes the logger longer than any other command.
 TimedProgress progressOf(const CommandTexts& texts) {
     if (texts.command == LoggerCommand::ClearMemory)
-        return {texts.title, 32, std::chrono::milliseconds(125)};
-    return {texts.title, 9, std::chrono::milliseconds(75)};
+        return {text(texts.title), 32, std::chrono::milliseconds(125)};
+    return {text(texts.title), 9, std::chrono::milliseconds(75)};
 }
 
 } // namespace
 
-Message failureMessage(std::string_view failure, const LoggerOutcome& outcome) {
-    const std::string what(failure);
+Message failureMessage(LoggerCommand command, const LoggerOutcome& outcome) {
+    const std::string what = text(kCommands[static_cast<std::size_t>(command)].failure);
     switch (outcome.code) {
     case QUOBRIX_PORT_NOT_OPENED:
         return makeMessage(MessageId::PortNotOpened, what);
@@ -66,7 +70,7 @@ Message failureMessage(std::string_view failure, const LoggerOutcome& outcome) {
 CallTitle Reporter::title(LoggerCommand command) {
     const CommandTexts& texts = kCommands[static_cast<std::size_t>(command)];
     const bool reads = texts.title.empty();
-    return {.what = std::string(reads ? texts.reads : texts.title), .cancellable = reads};
+    return {.what = text(reads ? texts.reads : texts.title), .cancellable = reads};
 }
 
 bool Reporter::run(LoggerCommand command, const std::function<ResultCode(LockedLogger&)>& call) {
@@ -83,7 +87,7 @@ bool Reporter::report(LoggerCommand command, const LoggerOutcome& outcome) {
         return true;
     }
     if (command != LoggerCommand::Download || outcome.code != QUOBRIX_NOT_REPORTED)
-        prompter_.tell(failureMessage(texts.failure, outcome));
+        prompter_.tell(failureMessage(command, outcome));
     return false;
 }
 

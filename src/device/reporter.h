@@ -29,7 +29,7 @@ enum class LoggerCommand {
 /// The progress that is shown after a command succeeded, so that the user sees that something happened: the logger has
 /// taken the command but is still busy with it.
 struct TimedProgress {
-    std::string_view title;
+    std::string title;
     int steps;
     std::chrono::milliseconds interval;
     /// The steps, and half a second in which the finished bar can be seen.
@@ -65,7 +65,7 @@ private:
     ProgressReporter& progress_;
 };
 
-/// What went wrong and why: FAILURE is the command's text, OUTCOME none of a success.
-Message failureMessage(std::string_view failure, const LoggerOutcome& outcome);
+/// What went wrong with COMMAND and why: OUTCOME is none of a success.
+Message failureMessage(LoggerCommand command, const LoggerOutcome& outcome);
 
 } // namespace quobrix

@@ -2,6 +2,7 @@
 
 #include "base/result.h"
 #include "platform/file.h"
+#include "texts/source_text.h"
 
 #include <atomic>
 #include <cstdint>
@@ -9,13 +10,17 @@
 
 namespace quobrix {
 
+// What the disk may be busy with.
+inline constexpr SourceText kSaving("Saving"), kCopying("Copying the file"), kCompacting("Compacting the file"),
+    kKeepingBackup("Keeping a backup of the file"), kCopyingWhatCanBeRead("Copying what can be read");
+
 /// What the thread that works and the one that paints tell each other.
 struct DiskProgress {
     /// Bytes written, and about how many there will be. Work of which the latter is 0 cannot be cancelled.
     std::atomic<std::uint64_t> done = 0, total = 0;
     std::atomic<bool> cancelled = false;
-    /// What is being done ("Compacting the file"), a literal.
-    std::atomic<const char*> what = "Saving";
+    /// What is being done.
+    std::atomic<const SourceText*> what = &kSaving;
 };
 
 /// The part of a save that waits for the disk. It touches no object of the document.
@@ -26,9 +31,9 @@ using DiskRunner = std::function<Result<void>(const DiskWork&)>;
 /// A copy that is being written to FILE: counted, and given up with Cancelled as soon as that is wanted.
 class ProgressFile final : public ForwardingFile {
 public:
-    ProgressFile(File& file, DiskProgress& progress, const char* what, std::uint64_t total)
+    ProgressFile(File& file, DiskProgress& progress, const SourceText& what, std::uint64_t total)
         : ForwardingFile(file), progress_(progress) {
-        progress_.what = what;
+        progress_.what = &what;
         progress_.done = 0;
         progress_.total = total;
     }

@@ -109,7 +109,7 @@ Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const fs::
     if (!backup)
         return backup;
     const auto work = [&](DiskProgress& progress) -> Result<void> {
-        ProgressFile to(backup->file(), progress, "Keeping a backup of the file", status->size);
+        ProgressFile to(backup->file(), progress, kKeepingBackup, status->size);
         return copy(to);
     };
     QUOBRIX_TRY(options.runDisk(work));

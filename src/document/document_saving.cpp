@@ -1,6 +1,7 @@
 #include "base/path_text.h"
 #include "compound/io.h"
 #include "document/document.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <set>
@@ -39,7 +40,7 @@ Result<void> checkSame(const CompoundFile& a, const CompoundFile& b, const DiskP
 /// Every stream of FROM that can be read, but for those in EXCEPT.
 Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, const std::set<std::string>& except,
                           DiskProgress& progress) {
-    progress.what = "Copying what can be read";
+    progress.what = &kCopyingWhatCanBeRead;
     progress.done = 0;
     progress.total = from.space().fileBytes;
     for (const std::string& name : from.names()) {
@@ -269,7 +270,7 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
         QUOBRIX_TRY(checkSpace(replacement.target(), size));
         // A copy of the file, not of its streams: what could not be read comes along untouched.
         QUOBRIX_TRY(options.runDisk([&](DiskProgress& progress) {
-            ProgressFile target(replacement.file(), progress, "Copying the file", size);
+            ProgressFile target(replacement.file(), progress, kCopying, size);
             return state_.file.compound->copyTo(target);
         }));
         file = OpenFile::open(replacement.takeFile());
@@ -318,7 +319,7 @@ Result<TDocument::OpenFile> TDocument::buildCompact(ReplacementFile& replacement
     QUOBRIX_TRY(checkSpace(replacement.target(), size));
     Result<OpenFile> file = Error{};
     const auto work = [&](DiskProgress& progress) -> Result<void> {
-        ProgressFile target(replacement.file(), progress, "Compacting the file", size);
+        ProgressFile target(replacement.file(), progress, kCompacting, size);
         QUOBRIX_TRY(state_.file.compound->compactTo(target));
         file = OpenFile::open(replacement.takeFile());
         return file ? checkSame(*state_.file.compound, *file->compound, progress) : file.error();

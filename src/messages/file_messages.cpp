@@ -1,55 +1,75 @@
 #include "messages/file_messages.h"
 
+#include "texts/text.h"
+
+#include <optional>
+
 namespace quobrix {
 namespace {
 
-MessageId messageOf(ErrorKind kind) {
+using Two = MessageOf<2>;
+
+/// Nothing where the detail belongs to what is told.
+std::optional<MessageOf<2>> messageOf(ErrorKind kind) {
     switch (kind) {
     case ErrorKind::NotFound:
-        return MessageId::FileNotFound;
+        return Two(MessageId::FileNotFound);
     case ErrorKind::AccessDenied:
-        return MessageId::FileAccessDenied;
+        return Two(MessageId::FileAccessDenied);
     case ErrorKind::IsDirectory:
-        return MessageId::FileIsDirectory;
+        return Two(MessageId::FileIsDirectory);
     case ErrorKind::InUse:
-        return MessageId::FileInUse;
+        return Two(MessageId::FileInUse);
     case ErrorKind::Exists:
-        return MessageId::FileExists;
+        return Two(MessageId::FileExists);
     case ErrorKind::Changed:
-        return MessageId::FileChanged;
+        return Two(MessageId::FileChanged);
     case ErrorKind::ReadOnly:
-        return MessageId::FileReadOnly;
+        return Two(MessageId::FileReadOnly);
     case ErrorKind::NotADocument:
-        return MessageId::FileNotADocument;
+        return Two(MessageId::FileNotADocument);
     case ErrorKind::Corrupt:
-        return MessageId::FileCorrupt;
+        return Two(MessageId::FileCorrupt);
     case ErrorKind::DiskFull:
-        return MessageId::FileDiskFull;
+        return Two(MessageId::FileDiskFull);
     case ErrorKind::Unsupported:
-        return MessageId::FileUnsupported;
+        return Two(MessageId::FileUnsupported);
     case ErrorKind::Cancelled:
-        return MessageId::FileCancelled;
+        return Two(MessageId::FileCancelled);
     case ErrorKind::NotDurable:
-        return MessageId::FileNotDurable;
     case ErrorKind::Io:
         break;
     }
-    return MessageId::FileIo;
-}
-
-std::string_view wordOf(FileAction action) {
-    constexpr std::string_view kWords[] = {"opened", "saved", "deleted", "compacted"};
-    return kWords[static_cast<std::size_t>(action)];
+    return {};
 }
 
 } // namespace
 
+std::string fileActionText(FileAction action) {
+    switch (action) {
+    case FileAction::Open:
+        return text(TextId::FileOpened);
+    case FileAction::Save:
+        return text(TextId::FileSaved);
+    case FileAction::Delete:
+        return text(TextId::FileDeleted);
+    case FileAction::Compact:
+        return text(TextId::FileCompacted);
+    }
+    return {};
+}
+
 Message fileMessage(const Error& error, FileAction action, std::string_view name) {
+    const std::string done = fileActionText(action);
     if (name.empty())
-        return makeMessage(MessageId::FileUnnamed, std::string(wordOf(action)));
-    const bool noFolder = error.kind == ErrorKind::NotFound && action == FileAction::Save;
-    return makeMessage(noFolder ? MessageId::FolderNotFound : messageOf(error.kind), std::string(name),
-                       std::string(wordOf(action)), error.detail);
+        return makeMessage(MessageId::FileUnnamed, done);
+    if (error.kind == ErrorKind::NotFound && action == FileAction::Save)
+        return makeMessage(MessageId::FolderNotFound, name, done);
+    if (error.kind == ErrorKind::NotDurable)
+        return makeMessage(MessageId::FileNotDurable, name, done, error.detail);
+    if (const auto message = messageOf(error.kind))
+        return makeMessage(*message, name, done);
+    return makeMessage(MessageId::FileIo, name, done, error.detail);
 }
 
 } // namespace quobrix

@@ -1,7 +1,9 @@
 #pragma once
 
-#include <fmt/printf.h>
+#include "texts/places.h"
+#include "texts/source_text.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -28,12 +30,33 @@ struct MessageSpec {
     MessageId id;
     int stringId; ///< 0 where the string table has no number of its own
     std::string_view key;
-    std::string_view title;
+    SourceText title;
     MessageButtons buttons;
-    std::string_view text; ///< with printf-style places (%s, %i)
+    SourceText text; ///< with places ({}) for arguments
 };
 
-const MessageSpec& messageSpec(MessageId id);
+inline constexpr MessageSpec kMessages[] = {
+#define MESSAGE(Id, StringId, Title, Buttons, Text)                                                                    \
+    {MessageId::Id, StringId, #Id, SourceText(Title), MessageButtons::Buttons, SourceText(Text)},
+#include "messages/messages.def"
+#undef MESSAGE
+};
+
+constexpr const MessageSpec& messageSpec(MessageId id) { return kMessages[static_cast<std::size_t>(id)]; }
+
+/// The id of a message that has so many places, which the compiler has counted.
+template <std::size_t Places>
+class MessageOf {
+public:
+    consteval MessageOf(MessageId id) : id_(id) {
+        if (placesOf(messageSpec(id).text.english()) != Places)
+            throw "this message has another number of places";
+    }
+    constexpr operator MessageId() const { return id_; }
+
+private:
+    MessageId id_;
+};
 
 /// A message with its places filled in, ready to be shown.
 struct Message {
@@ -41,10 +64,10 @@ struct Message {
     std::string text;
 };
 
-/// With arguments for the message's places, in order.
+/// With arguments (texts and whole numbers) for the message's places, in the user's language.
 template <class... Args>
-Message makeMessage(MessageId id, const Args&... args) {
-    return {id, fmt::sprintf(messageSpec(id).text, args...)};
+Message makeMessage(MessageOf<sizeof...(Args)> id, const Args&... args) {
+    return {id, fillPlaces(messageSpec(id).text, fmt::make_format_args(args...))};
 }
 
 } // namespace quobrix

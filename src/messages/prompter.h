@@ -26,11 +26,11 @@ public:
     /// A question answered by one of ACTIONS (MessageButtons::Actions or Offer; '&' marks their mnemonics), of which
     /// the first loses nothing; nothing when the person cancels.
     virtual std::optional<std::size_t> chooseAction(const Message& question,
-                                                    const std::vector<std::string>& actions) = 0;
+                                                    const std::vector<SourceText>& actions) = 0;
     /// A statement; returns when it has been taken note of.
     virtual void tell(const Message& statement) = 0;
     /// One of CHOICES, with PRESET marked; nothing when the person cancels. WHAT says what is chosen ("serial port").
-    virtual std::optional<std::size_t> choose(std::string_view what, const std::vector<std::string>& choices,
+    virtual std::optional<std::size_t> choose(SourceText what, const std::vector<std::string>& choices,
                                               std::size_t preset) = 0;
 };
 

@@ -11,7 +11,7 @@ constexpr std::string_view kSection = "TIOSpreadsheetReminderColumn";
 constexpr std::int64_t kAWhile = 14 * 86400; // s
 
 constexpr ReminderSpec kReminders[] = {
-#define REMINDER(Key, Label, ...) {#Key, Label},
+#define REMINDER(Key, Label, ...) {#Key, SourceText(Label)},
 #include "messages/reminders.def"
 #undef REMINDER
 };

@@ -23,13 +23,14 @@ enum class ReminderChoice : std::int32_t {
 };
 
 /// What the choices are called, in the order of their numbers.
-inline constexpr std::array<std::string_view, 4> kReminderChoiceTexts = {
-    "Remind me every time", "Remind me once per session", "Remind me if it's been awhile", "Don't remind me again"};
+inline constexpr std::array<SourceText, 4> kReminderChoiceTexts = {
+    SourceText("Remind me every time"), SourceText("Remind me once per session"),
+    SourceText("Remind me if it's been awhile"), SourceText("Don't remind me again")};
 
 /// A row of reminders.def.
 struct ReminderSpec {
     std::string_view key;
-    std::string_view label; ///< with its mnemonic mark
+    SourceText label; ///< with its mnemonic mark
 };
 
 std::span<const ReminderSpec> allReminders();

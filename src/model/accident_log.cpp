@@ -19,8 +19,10 @@ const TableSpec& TAccidentLogTable::spec() const {
 }
 
 const TableSpec& TAccidentLogSpeedBandsTable::spec() const {
-    static constexpr TableSpec spec{
-        kType, kTypesOf<TAccidentLogSpeedBandFromColumn, TAccidentLogSpeedBandToColumn>, {}, "Accident Speed Bands"};
+    static constexpr TableSpec spec{kType,
+                                    kTypesOf<TAccidentLogSpeedBandFromColumn, TAccidentLogSpeedBandToColumn>,
+                                    {},
+                                    SourceText("Accident Speed Bands")};
     return spec;
 }
 

@@ -10,8 +10,8 @@ namespace quobrix {
 
 /// Something that is to be known of a document, in the user's units.
 struct DocumentProperty {
-    std::string_view key;   ///< names it for programs ("FreeSpace")
-    std::string_view label; ///< names it for people ("Free Space")
+    std::string_view key; ///< names it for programs ("FreeSpace")
+    SourceText label;     ///< names it for people ("Free Space")
     std::string value;
 };
 

@@ -32,7 +32,7 @@ void TClearTable::record(const std::string& serialNumber, std::int32_t time) {
 
 #define SPEC(Name, Title, First, Second)                                                                               \
     const TableSpec& Name::spec() const {                                                                              \
-        static constexpr TableSpec spec{kType, kTypesOf<First, Second>, {}, Title};                                    \
+        static constexpr TableSpec spec{kType, kTypesOf<First, Second>, {}, SourceText(Title)};                        \
         return spec;                                                                                                   \
     }
 SPEC(TDownloadTable, "Downloads", TDownloadTableSerialNumberColumn, TDownloadTableMostRecentDownloadColumn)

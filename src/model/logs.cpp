@@ -42,9 +42,9 @@ struct TablesOf<kMake> {
 
 constexpr LogSpec kLogs[] = {
 // clang-format off
-#define LOG(Id, Table, Page, Title) {.id = LogId::Id, .key = #Id, .table = Table::kType, .page = Page, .title = Title,
+#define LOG(Id, Table, Page, Title) {.id = LogId::Id, .key = #Id, .table = Table::kType, .page = Page, .title = SourceText(Title),
 #define NAMES(Log, Record) .name = Log, .recordName = Record,
-#define WORDS(Record, Records) .record = Record, .records = Records,
+#define WORDS(Record, Records) .record = SourceText(Record), .records = SourceText(Records),
 #define KEYS(...) .keys = kKeysOf<__VA_ARGS__>,
 #define VEHICLE(Column) .vehicle = &Column::kType,
 #define DRIVER(Column) .driver = &Column::kType,
@@ -100,7 +100,7 @@ std::string recordTitle(const LogSpec& log, const Table& table, RowIndex row, co
 
 std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {
     constexpr std::string_view kRecord = "Record";
-    std::string title = "View / " + std::string(log.title) + " / " + std::string(view.path);
+    std::string title = "View / " + text(log.title) + " / " + std::string(view.path);
     if (view.path.starts_with(kRecord))
         title.insert(title.size() - view.path.size() + kRecord.size(), " " + std::string(number));
     return title;

@@ -40,10 +40,10 @@ struct LogSpec {
     std::string_view key; ///< "Trips": names it in the properties of a document
     const PersistentType& table;
     int page;                                      ///< its own, and the id of the command that shows it
-    std::string_view title;                        ///< "Trip Log"
+    SourceText title;                              ///< "Trip Log"
     std::string_view name;                         ///< "trips", on the command line
     std::string_view recordName;                   ///< "trip", on the command line and in the names of windows' parts
-    std::string_view record, records;              ///< "trip", "trips", within a sentence
+    SourceText record, records;                    ///< "trip", "trips", within a sentence
     std::span<const PersistentType* const> keys{}; ///< by which a record is known again: three, or four with its code
     const PersistentType* vehicle = nullptr;       ///< the column that holds the VIN
     const PersistentType* driver = nullptr;        ///< the column that holds the driver's number, if it has one

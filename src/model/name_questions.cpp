@@ -9,14 +9,14 @@ namespace {
 /// What is asked and said about the rows of a name table.
 struct Wording {
     const PersistentType& table;
-    std::optional<MessageId> deleteQuestion; ///< nothing: deleting is not asked about, and can be undone as ever
-    MessageId cannotDelete;
+    std::optional<MessageOf<0>> deleteQuestion; ///< nothing: deleting is not asked about, and can be undone as ever
+    MessageOf<0> cannotDelete;
 };
 
 constexpr Wording kWordings[] = {
-    {TVehicleNamesTable::kType, MessageId::DeleteVehicle, MessageId::CannotDeleteVin},
+    {TVehicleNamesTable::kType, MessageOf<0>(MessageId::DeleteVehicle), MessageId::CannotDeleteVin},
     {TQuobrixNamesTable::kType, std::nullopt, MessageId::CannotDeleteSerialNumber},
-    {DriverNamesTable::kType, MessageId::DeleteDriver, MessageId::CannotDeleteDriver},
+    {DriverNamesTable::kType, MessageOf<0>(MessageId::DeleteDriver), MessageId::CannotDeleteDriver},
 };
 
 const Wording& wordingOf(const NamesTable& names) {
@@ -24,7 +24,7 @@ const Wording& wordingOf(const NamesTable& names) {
                          [&](const Wording& wording) { return wording.table.id() == names.type().id(); });
 }
 
-std::vector<std::string> keysToName(const std::vector<std::string>& added, MessageId one, MessageId several,
+std::vector<std::string> keysToName(const std::vector<std::string>& added, MessageOf<0> one, MessageOf<0> several,
                                     Prompter& prompter) {
     if (added.empty() || prompter.ask(makeMessage(added.size() == 1 ? one : several)) == Answer::No)
         return {};

@@ -77,7 +77,7 @@ std::string VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, r
 Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
     const std::string_view serialNumber = withoutBlanksAround(text);
     if (!isAcceptedTyped(serialNumber))
-        return {{}, std::string(messageSpec(MessageId::InvalidSerialNumber).text)};
+        return {{}, makeMessage(MessageId::InvalidSerialNumber).text};
     return {std::string(serialNumber), {}};
 }
 
@@ -92,7 +92,7 @@ Parsed NameColumn::parse(std::string_view text, const TextContext&) const {
 Parsed DriverNameColumn::parse(std::string_view text, const TextContext& context) const {
     Parsed name = NameColumn::parse(text, context);
     if (!isDriverName(std::get<std::string>(name.value)))
-        return {{}, std::string(messageSpec(MessageId::InvalidDriverName).text)};
+        return {{}, makeMessage(MessageId::InvalidDriverName).text};
     return name;
 }
 
@@ -168,7 +168,7 @@ const TableSpec& TVehicleNamesTable::spec() const {
         kType,
         kTypesOf<TVehicleNamesVinColumn, TVehicleNamesNameColumn, TVehicleNamesVinInUseColumn>,
         {},
-        "Vehicle ID",
+        SourceText("Vehicle ID"),
         kNameRows};
     return spec;
 }
@@ -178,7 +178,7 @@ const TableSpec& TQuobrixNamesTable::spec() const {
         kType,
         kTypesOf<TQuobrixNamesSerialNumberColumn, TQuobrixNamesNameColumn, TQuobrixNamesSerialNumberInUseColumn>,
         {},
-        "Quobrix ID",
+        SourceText("Quobrix ID"),
         kNameRows};
     return spec;
 }
@@ -187,7 +187,7 @@ const TableSpec& DriverNamesTable::spec() const {
     static constexpr TableSpec spec{kType,
                                     kTypesOf<DriverNamesIDColumn, DriverNamesNameColumn, DriverNamesIDInUseColumn>,
                                     {},
-                                    "Driver ID",
+                                    SourceText("Driver ID"),
                                     kNameRows};
     return spec;
 }

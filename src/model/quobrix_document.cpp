@@ -1,6 +1,7 @@
 #include "model/quobrix_document.h"
 
 #include "base/path_text.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,12 +13,13 @@ namespace {
 
 /// The tables that are no logs, and the names of their classes up to "Table".
 struct NamesOfClass {
-    std::string_view classPrefix, title;
+    std::string_view classPrefix;
+    SourceText title;
 };
 constexpr NamesOfClass kNameTables[] = {
-    {"TVehicleNames", "Vehicle ID"},
-    {"TQuobrixNames", "Quobrix ID"},
-    {"DriverNames", "Driver ID"},
+    {"TVehicleNames", SourceText("Vehicle ID")},
+    {"TQuobrixNames", SourceText("Quobrix ID")},
+    {"DriverNames", SourceText("Driver ID")},
 };
 
 /// The root table T. Its row count is looked at now, so that a damaged one is known to be before anything is changed.
@@ -31,7 +33,7 @@ T* rootTable(ObjectStore& store) {
 
 bool isRootTable(const PersistentType& type) { return std::ranges::find(kRootTables, &type) != std::end(kRootTables); }
 
-std::string_view logOfClass(std::string_view className) {
+SourceText logOfClass(std::string_view className) {
     for (const LogSpec& log : logs())
         if (className.starts_with(log.className()))
             return log.title;
@@ -117,7 +119,7 @@ Result<void> TQuobrixDocument::bind() {
 std::optional<Error> TQuobrixDocument::damage() const {
     for (const Table* root : roots())
         if (!root->store()) // a stand-in
-            return Error{ErrorKind::Corrupt, std::string(logOfClass(root->type().name)) + " cannot be read"};
+            return Error{ErrorKind::Corrupt, text(TextId::CannotBeRead, text(logOfClass(root->type().name)))};
     return TDocument::damage();
 }
 
@@ -125,7 +127,9 @@ bool TQuobrixDocument::keepsBackup(const std::filesystem::path& file) const {
     return !isExampleName(utf8(file.filename()));
 }
 
-std::string TQuobrixDocument::title() const { return path().empty() ? "Quobrix Data" : utf8(path().filename()); }
+std::string TQuobrixDocument::title() const {
+    return path().empty() ? text(TextId::Untitled) : utf8(path().filename());
+}
 
 bool TQuobrixDocument::holdsSomething() const {
     return std::ranges::any_of(roots(), [](const Table* table) { return table->rowCount() > 0; }) ||
@@ -136,14 +140,13 @@ bool TQuobrixDocument::holdsSomething() const {
 
 std::string TQuobrixDocument::lockedBecause() const {
     if (isExample())
-        return "The example file cannot be edited. Start a new file, or open one of your own.";
+        return text(TextId::ExampleNotEdited);
     if (outdated())
-        return "This file cannot be edited because another program has changed it. Open it again to see it as it is "
-               "now.";
+        return text(TextId::NotEditedChanged);
     if (store().ofLaterVersion() || store().laterLayoutMet())
-        return "This file cannot be edited because a later version of this software has written it.";
+        return text(TextId::NotEditedLaterVersion);
     if (const std::optional<Error> reason = readOnlyReason(); reason && reason->kind == ErrorKind::Corrupt)
-        return "This file cannot be edited because a part of it is damaged (" + reason->detail + ").";
+        return text(TextId::NotEditedDamaged, reason->detail);
     return {};
 }
 
@@ -158,9 +161,10 @@ bool isExampleName(std::string_view fileName) {
 
 std::vector<std::string> TQuobrixDocument::affectedLogs() {
     std::vector<std::string> logs;
-    const auto add = [&](std::string_view log) {
+    const auto add = [&](SourceText title) {
+        const std::string log = text(title);
         if (std::find(logs.begin(), logs.end(), log) == logs.end())
-            logs.emplace_back(log);
+            logs.push_back(log);
     };
     for (const Table* root : roots())
         if (!root->store()) // a stand-in

@@ -9,6 +9,7 @@
 #include "model/trip_log.h"
 #include "model/trouble_log.h"
 #include "tables/table_edits.h"
+#include "texts/source_text.h"
 
 #include <array>
 #include <string>
@@ -87,8 +88,8 @@ private:
 };
 
 /// The log or name table that objects of a class belong to ("Trip Log", …); kOtherLog for all others.
-inline constexpr std::string_view kOtherLog = "Other tables";
-std::string_view logOfClass(std::string_view className);
+inline constexpr SourceText kOtherLog("Other tables");
+SourceText logOfClass(std::string_view className);
 
 /// A file whose name is "Example" or "Example.car", in any case, is the example.
 bool isExampleName(std::string_view fileName);

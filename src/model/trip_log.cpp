@@ -54,7 +54,7 @@ const TableSpec& TTripLogSampleTable::spec() const {
         kType,
         kTypesOf<TTripLogSampleRecordColumn, TTripLogSampleSpeedColumn, TTripLogParameter1Column,
                  TTripLogParameter2Column, TTripLogParameter3Column, TTripLogParameter4Column>,
-        kTypesOf<TTripLogSampleElapsedTimeColumn>, "Trip Samples"};
+        kTypesOf<TTripLogSampleElapsedTimeColumn>, SourceText("Trip Samples")};
     return spec;
 }
 
@@ -64,13 +64,15 @@ ParameterSeriesColumn& TTripLogSampleTable::series(std::size_t series) const {
 
 const TableSpec& TTripLogSpeedBandsTable::spec() const {
     static constexpr TableSpec spec{
-        kType, kTypesOf<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>, {}, "Trip Speed Bands"};
+        kType, kTypesOf<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>, {}, SourceText("Trip Speed Bands")};
     return spec;
 }
 
 const TableSpec& TTripLogParametersTable::spec() const {
-    static constexpr TableSpec spec{
-        kType, kTypesOf<TTripLogParameterColumn, TTripLogParameterSamplingIntervalColumn>, {}, "Trip Parameters"};
+    static constexpr TableSpec spec{kType,
+                                    kTypesOf<TTripLogParameterColumn, TTripLogParameterSamplingIntervalColumn>,
+                                    {},
+                                    SourceText("Trip Parameters")};
     return spec;
 }
 

@@ -1,5 +1,7 @@
 #include "repair/document_check.h"
 
+#include "texts/text.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -52,7 +54,7 @@ private:
 
     void follow(const PersistentObject& owner, const Reference& reference) {
         const auto contradiction = [&](std::string what) {
-            contradictions_.push_back({owner.id(), std::string(logOfClass(owner.type().name)), std::move(what)});
+            contradictions_.push_back({owner.id(), text(logOfClass(owner.type().name)), std::move(what)});
         };
         // Of its columns a table tells itself: whether they are of their class, and nobody else's.
         const bool isTable = dynamic_cast<const Table*>(&owner) != nullptr && store_.types().find(reference.typeId);
@@ -85,7 +87,7 @@ private:
             const PersistentType& type = object->type();
             const auto known = singletons.find(type.id());
             if (type.singleton && (known == singletons.end() || known->second != object->id()))
-                contradictions_.push_back({object->id(), std::string(logOfClass(type.name)),
+                contradictions_.push_back({object->id(), text(logOfClass(type.name)),
                                            fmt::format("the index does not name this {}", type.name)});
         }
     }
@@ -109,7 +111,7 @@ private:
     void noteLeftovers() {
         for (const PersistentObject* object : store_.loadedObjects())
             if (!object->type().singleton && !owners_.contains(object->id()))
-                result_.notes.push_back({object->id(), std::string(logOfClass(object->type().name)),
+                result_.notes.push_back({object->id(), text(logOfClass(object->type().name)),
                                          fmt::format("nothing refers to this {}", object->type().name)});
     }
 
@@ -129,9 +131,9 @@ private:
         if (damage.id == kNoObject)
             return {};
         if (const PersistentType* type = store_.types().find(damage.typeId))
-            return std::string(logOfClass(type->name));
+            return text(logOfClass(type->name));
         const auto owner = owners_.find(damage.id);
-        return owner == owners_.end() ? std::string() : std::string(logOfClass(owner->second.object->type().name));
+        return owner == owners_.end() ? std::string() : text(logOfClass(owner->second.object->type().name));
     }
 
     struct Owner {

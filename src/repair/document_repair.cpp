@@ -4,6 +4,7 @@
 #include "document/lock_file.h"
 #include "platform/file_system.h"
 #include "repair/salvaged_objects.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -47,11 +48,11 @@ private:
             return std::pair(chooseColumns(objects_.at(id)).rows, id == objects_.named(type));
         };
         const ObjectId best = *std::ranges::max_element(candidates, {}, worth);
-        claim(best, {std::string(logOfClass(type.name)), {}}, Fate::Kept);
+        claim(best, {text(logOfClass(type.name)), {}}, Fate::Kept);
         for (const ObjectId id : candidates) {
             if (id == best)
                 continue;
-            lose(id, std::string(logOfClass(type.name)),
+            lose(id, text(logOfClass(type.name)),
                  fmt::format("there are two {}; this one of {} rows is left out", type.name,
                              chooseColumns(objects_.at(id)).rows));
             claim(id, {}, Fate::Dropped);
@@ -75,7 +76,7 @@ private:
         for (const auto& [id, unreadable] : objects_.unreadable())
             if (unreadable.typeId == type.id() || id == objects_.named(type))
                 objects_.setTold(id);
-        const std::string log(logOfClass(type.name));
+        const std::string log = text(logOfClass(type.name));
         if (found > 0)
             note(kNoObject, log,
                  fmt::format("its table is lost; it was put together again from {} of {} columns; records: {}", found,
@@ -279,7 +280,7 @@ private:
         const auto take = [&](auto&& which) {
             for (auto& [id, object] : objects_.all())
                 if (object.fate == Fate::Free && object.type && which(object)) {
-                    const std::string log(logOfClass(object.type->name));
+                    const std::string log = text(logOfClass(object.type->name));
                     note(id, log, fmt::format("nothing refers to this {}; it is kept", object.type->name));
                     claim(id, {log, {}}, Fate::Kept);
                 }
@@ -299,7 +300,7 @@ private:
         for (const auto& [id, unreadable] : objects_.unreadable())
             if (!objects_.told(id)) {
                 const PersistentType* type = modelTypes().find(unreadable.typeId);
-                lose(id, type ? std::string(logOfClass(type->name)) : std::string(),
+                lose(id, type ? text(logOfClass(type->name)) : std::string(),
                      fmt::format("cannot be read ({})", unreadable.why));
             }
     }
@@ -343,8 +344,8 @@ private:
     void countRecords() {
         for (const auto& [id, object] : objects_.all())
             if (object.fate == Fate::Kept && object.table && object.type->singleton)
-                if (const std::string_view log = logOfClass(object.type->name); log != kOtherLog)
-                    result_.records.emplace_back(log, object.table->rows);
+                if (const SourceText log = logOfClass(object.type->name); log != kOtherLog)
+                    result_.records.emplace_back(text(log), object.table->rows);
         std::ranges::sort(result_.records);
     }
 

@@ -121,7 +121,7 @@ bool TableChecker::isUnique(const Column& column, std::size_t index, const Value
 }
 
 Finding TableChecker::finding(Severity severity, std::string text, const ColumnSpec* column, RowIndex row) const {
-    return {severity, std::move(text), table_.id(), table_.spec().title, column, row};
+    return {severity, std::move(text), table_.id(), quobrix::text(table_.spec().title), column, row};
 }
 
 void TableChecker::append(const Column& column, std::size_t index, RowIndex row, const TextContext& context,

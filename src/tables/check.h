@@ -26,7 +26,7 @@ struct Finding {
     Severity severity = Severity::Required;
     std::string text;
     ObjectId table = kNoObject;
-    std::string_view title{};           ///< of the table ("Vehicle ID")
+    std::string title{};                ///< of the table ("Vehicle ID")
     const ColumnSpec* column = nullptr; ///< none: the table as a whole
     RowIndex row = kNoRow;              ///< kNoRow: the column or table as a whole
 };

@@ -44,7 +44,7 @@ void keep(Settings& settings, const Column& column, const Value& value) {
 
 } // namespace
 
-OptionTable::OptionTable(Settings& settings, std::span<const PersistentType* const> columns, std::string_view title)
+OptionTable::OptionTable(Settings& settings, std::span<const PersistentType* const> columns, SourceText title)
     : settings_(settings), spec_{kType, columns, {}, title}, start_(settings.journalMark()),
       journalWasEnabled_(settings.journalEnabled()) {
     settings_.enableJournal(true);

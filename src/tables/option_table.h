@@ -21,7 +21,7 @@ public:
     static constexpr PersistentType kType{"OptionTable"};
 
     /// COLUMNS must be of the kinds Boolean, Integer, Real or Text, and live as long as the table. TITLE likewise.
-    OptionTable(Settings& settings, std::span<const PersistentType* const> columns, std::string_view title);
+    OptionTable(Settings& settings, std::span<const PersistentType* const> columns, SourceText title);
     ~OptionTable() override;
 
     const TableSpec& spec() const override { return spec_; }

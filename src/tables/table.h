@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tables/column.h"
+#include "texts/source_text.h"
 
 #include <cstdint>
 #include <memory>
@@ -15,7 +16,7 @@ struct TableSpec {
     PersistentType type;
     std::span<const PersistentType* const> columns;  ///< objects of the document
     std::span<const PersistentType* const> computed; ///< derived columns that the document does not know of
-    std::string_view title{};                        ///< what people call the table ("Trip Log")
+    SourceText title{};                              ///< what people call the table ("Trip Log")
     RowRequirements rows{};
 
     std::size_t columnCount() const { return columns.size() + computed.size(); }

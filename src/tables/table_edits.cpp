@@ -163,7 +163,7 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
             if (finding.severity == Severity::Required)
                 return refused(finding.text, cell.column, cell.row);
             finding.table = id;
-            finding.title = table->spec().title;
+            finding.title = text(table->spec().title);
             finding.column = &column.spec();
             finding.row = cell.row;
             outcome.warnings.push_back(std::move(finding));
@@ -181,7 +181,7 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, std::vector<Ce
             if (const auto row = repeatedRow(column, edits, r.shouldBeUnique))
                 outcome.warnings.push_back({Severity::Recommended,
                                             std::string(uniquenessText(Severity::Recommended, r.shouldBeUnique)), id,
-                                            table->spec().title, &column.spec(), *row});
+                                            text(table->spec().title), &column.spec(), *row});
     }
     if (byColumn.empty() && addedRows == 0)
         return outcome;

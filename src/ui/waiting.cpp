@@ -67,7 +67,7 @@ public:
         what_->setObjectName(name + QStringLiteral("Text"));
         how_->setObjectName(name + QStringLiteral("Step"));
         time_->setObjectName(name + QStringLiteral("Time"));
-        time_->setToolTip(QStringLiteral("Time since the beginning"));
+        time_->setToolTip(tr("Time since the beginning"));
         bar_->setObjectName(name + QStringLiteral("Bar"));
         bar_->setTextVisible(false);
         bar_->setMinimumWidth(fontMetrics().averageCharWidth() * 52);

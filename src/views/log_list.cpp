@@ -12,13 +12,14 @@ QString emptyText(const LogSpec& spec) {
                "This spreadsheet is currently empty.\n\nIt will normally display a list of all %1\nthat have "
                "been downloaded into this file.\n\nTo copy them from the Quobrix, select Quobrix / "
                "Download Quobrix Data.")
-        .arg(toQt(spec.records));
+        .arg(toQt(text(spec.records)));
 }
 
 } // namespace
 
 LogList::LogList(const ViewContext& context, const LogSpec& spec, QWidget* parent)
-    : TSpreadsheet(context.spreadsheet(), {spec.viewName("SummaryView"), toQt(spec.title), emptyText(spec)}, parent),
+    : TSpreadsheet(context.spreadsheet(), {spec.viewName("SummaryView"), toQt(text(spec.title)), emptyText(spec)},
+                   parent),
       spec_(spec) {
     connect(this, &TSpreadsheet::currentRowChanged, this, [this] {
         if (const auto row = currentRow())
@@ -51,7 +52,7 @@ std::optional<Report> LogList::printable(const std::optional<RecordRange>& range
     Grid grid = shownCells(*this, range);
     if (grid.rows.empty())
         return {};
-    return Report{std::string(spec_.title), {std::move(grid)}};
+    return Report{text(spec_.title), {std::move(grid)}};
 }
 
 void LogList::makeCurrent() {

@@ -1,5 +1,7 @@
 #include "views/log_record_view.h"
 
+#include "texts/text.h"
+
 #include "base/ui/qt_text.h"
 
 namespace quobrix {
@@ -14,8 +16,8 @@ LogRecordView::LogRecordView(const ViewContext& context, const LogSpec& spec, QW
 void LogRecordView::showRecord(const Table* log, std::optional<RowIndex> row) {
     if (row)
         return setReport(recordReport(spec_, *log, *row, context_.text()));
-    setReport({"No " + std::string(spec_.record),
-               {Paragraph{"There are no " + std::string(spec_.records) + " in this file yet."}}});
+    setReport(
+        {text(TextId::NoRecord, text(spec_.record)), {Paragraph{text(TextId::NoRecordsYet, text(spec_.records))}}});
 }
 
 } // namespace quobrix

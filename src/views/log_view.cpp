@@ -41,7 +41,7 @@ QString partName(const char* prefix, const LogSpec& spec) {
 LogView::LogView(const ViewContext& context, const LogSpec& spec)
     : context_(context), spec_(spec), summary_(new LogList(context, spec)), tabs_(new QTabWidget) {
     setObjectName(toQt(spec.viewName("View")));
-    setAccessibleName(toQt(spec.title));
+    setAccessibleName(toQt(text(spec.title)));
     tabs_->setObjectName(toQt(spec.recordName) + QStringLiteral("LogViews"));
     tabs_->setDocumentMode(true);
     for (const LogViewSpec& view : spec.views())
@@ -89,7 +89,7 @@ void LogView::addView(const LogViewSpec& spec) {
 
 QWidget* LogView::makeNavigator() {
     const auto action = [this](const char* name, const char* text, Qt::Key key, int direction) {
-        auto* result = new QAction(toQt(text) + QLatin1Char(' ') + toQt(spec_.record), this);
+        auto* result = new QAction(toQt(text) + QLatin1Char(' ') + toQt(quobrix::text(spec_.record)), this);
         result->setObjectName(partName(name, spec_));
         result->setShortcut(QKeySequence(Qt::ALT | key));
         result->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -173,7 +173,7 @@ void LogView::showRecordName() {
                          ? QStringLiteral("%1 of %2")
                                .arg(toQt(recordTitle(spec_, *table, *row, context_.text())),
                                     toQt(context_.units.formatInteger(static_cast<std::int64_t>(table->rowCount()))))
-                         : QStringLiteral("No ") + toQt(spec_.records));
+                         : QStringLiteral("No ") + toQt(text(spec_.records)));
 }
 
 void LogView::showCurrentRecord() {

@@ -5,6 +5,7 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "tables/ui/table_spreadsheet.h"
+#include "texts/text.h"
 #include "ui/fields.h"
 #include "ui/windows.h"
 #include "views/status_line.h"
@@ -84,10 +85,10 @@ void addField(QFormLayout& form, const QString& label, QLineEdit* field) {
 NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const NamesDialogSpec& spec, QWidget* parent)
     : QDialog(parent), context_(context), names_(names), spec_(spec), left_(new QVBoxLayout), status_(new StatusLine) {
     setObjectName(QLatin1String(spec.name));
-    setWindowTitle(toQt(names.spec().title));
+    setWindowTitle(toQt(text(names.spec().title)));
     list_ = new TTableSpreadsheet(context.spreadsheet(), {.name = std::string(spec.name) + " List",
                                                           .title = windowTitle(),
-                                                          .emptyText = toQt(messageSpec(spec.emptyText).text),
+                                                          .emptyText = toQt(text(messageSpec(spec.emptyText).text)),
                                                           .use = SpreadsheetView::Use::Cells});
     list_->setMayDelete([this](const std::vector<RowIndex>& rows) {
         return !context_.prompter || mayDelete(names_, rows, *context_.prompter);

@@ -26,7 +26,7 @@ namespace {
 class DialogPrompterTest : public ::testing::Test {
 protected:
     /// Tells MESSAGE; the box it comes up in, if any, is seen by LOOK and closed.
-    void tell(MessageId message, const std::function<void(QMessageBox&)>& look) {
+    void tell(MessageOf<0> message, const std::function<void(QMessageBox&)>& look) {
         test::inNextDialog<QMessageBox>([&](QMessageBox& box) {
             look(box);
             box.accept();
@@ -109,9 +109,10 @@ TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
 
 TEST_F(DialogPrompterTest, ActionsAndEscape) {
     const auto choose = [this](const std::function<void(QMessageBox&)>& act,
-                               MessageId question = MessageId::FileGoneFromDisk) {
+                               MessageOf<1> question = MessageId::FileGoneFromDisk) {
         test::inNextDialog<QMessageBox>(act);
-        return prompter_.chooseAction(makeMessage(question, "a.car"), {"&Save Again", "Save &As..."});
+        return prompter_.chooseAction(makeMessage(question, "a.car"),
+                                      {SourceText("&Save Again"), SourceText("Save &As...")});
     };
     EXPECT_EQ(choose([](QMessageBox& box) { box.findChild<QPushButton*>(QStringLiteral("SaveAs"))->click(); }), 1u);
     EXPECT_EQ(choose([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); }), 0u);

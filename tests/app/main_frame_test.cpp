@@ -68,7 +68,7 @@ MenuText expectedMenu() {
         switch (row.kind) {
         case MenuRow::Kind::Menu:
         case MenuRow::Kind::Submenu:
-            result.add(depth++, toQt(row.text));
+            result.add(depth++, toQt(row.text.english()));
             break;
         case MenuRow::Kind::End:
             --depth;
@@ -77,7 +77,7 @@ MenuText expectedMenu() {
             result.add(depth, QStringLiteral("-"));
             break;
         default:
-            result.add(depth, QStringLiteral("%1 %2").arg(static_cast<int>(row.id)).arg(toQt(row.text)));
+            result.add(depth, QStringLiteral("%1 %2").arg(static_cast<int>(row.id)).arg(toQt(row.text.english())));
         }
     }
     return result;
@@ -330,12 +330,12 @@ TEST_F(MainFrameTest, PagesAreMadeWhenShown) {
 TEST_F(MainFrameTest, EveryLogHasItsCommandAndTitle) {
     for (const LogSpec& log : logs()) {
         QAction* command = action(static_cast<CommandId>(log.page));
-        ASSERT_TRUE(command) << log.title;
-        EXPECT_EQ(command->text().remove(QLatin1Char('&')), toQt(log.title));
+        ASSERT_TRUE(command) << log.key;
+        EXPECT_EQ(command->text().remove(QLatin1Char('&')), toQt(log.title.english()));
         command->trigger();
         EXPECT_EQ(frame_.pages().current(), log.page);
         EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("pageTitle"))->text(),
-                  QStringLiteral("View / ") + toQt(log.title) + QStringLiteral(" / Summary"));
+                  QStringLiteral("View / ") + toQt(log.title.english()) + QStringLiteral(" / Summary"));
     }
 }
 
@@ -396,7 +396,7 @@ TEST(DiskWork, VeryLongWorkCanBeCancelled) {
     const Result<void> result = runWhilePainting(
         [&](DiskProgress& progress) -> Result<void> {
             std::this_thread::sleep_for(std::chrono::milliseconds(900));
-            progress.what = "Testing";
+            progress.what = &kCopying;
             progress.done = 1;
             progress.total = 4;
             while (!progress.cancelled)
@@ -410,7 +410,7 @@ TEST(DiskWork, VeryLongWorkCanBeCancelled) {
     ASSERT_GE(seen.size(), 2);
     EXPECT_TRUE(seen.first().startsWith(QLatin1String("Saving")) && seen.first().endsWith(QLatin1String("goes on")))
         << seen.first().toStdString();
-    EXPECT_EQ(seen.last(), QStringLiteral("Testing 250 can be cancelled"));
+    EXPECT_EQ(seen.last(), QStringLiteral("Copying the file 250 can be cancelled"));
     EXPECT_FALSE(QApplication::activeModalWidget());
 }
 

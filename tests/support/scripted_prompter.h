@@ -39,17 +39,20 @@ public:
         return show(question);
     }
     /// Takes the script's next choice, as choose() does.
-    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<std::string>& actions) override {
+    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<SourceText>& actions) override {
         const MessageButtons buttons = messageSpec(question.id).buttons;
         EXPECT_TRUE(buttons == MessageButtons::Actions || buttons == MessageButtons::Offer);
-        return show(question) ? choose({}, actions, 0) : std::nullopt;
+        std::vector<std::string> texts;
+        for (const SourceText& action : actions)
+            texts.push_back(text(action));
+        return show(question) ? choose({}, texts, 0) : std::nullopt;
     }
     void tell(const Message& statement) override {
         EXPECT_EQ(messageSpec(statement.id).buttons, MessageButtons::Ok);
         show(statement);
     }
     /// Chooses the script's next choice by its text; cancels when the script has none left.
-    std::optional<std::size_t> choose(std::string_view, const std::vector<std::string>& choices,
+    std::optional<std::size_t> choose(SourceText, const std::vector<std::string>& choices,
                                       std::size_t preset) override {
         presets.push_back(choices.at(preset));
         if (choices_.empty())

@@ -47,7 +47,7 @@ public:
                 kTypesOf<SampleKey, SampleName, SampleSpeed, SampleCount, SampleFlag, SampleTime, SampleElapsed,
                          SampleColour, SampleRecorded, SampleNumber>,
                 {},
-                "Sample",
+                SourceText("Sample"),
                 rules} {
         if (rows > 0)
             insertRows(0, rows);

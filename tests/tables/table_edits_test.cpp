@@ -224,7 +224,7 @@ TEST_F(Edits, OptionsGoIntoTheSettingsAndBack) {
     Settings settings(std::make_unique<MemorySettings>());
     settings.setText("SampleName", "default", "Anna");
     {
-        OptionTable options(settings, kOptions, "Options");
+        OptionTable options(settings, kOptions, SourceText("Options"));
         TableEdits edits(options);
         EXPECT_EQ(options.column(2).text(0, context_), "Anna");
         edits.type(kNoObject, 0, 0, "yes", context_);

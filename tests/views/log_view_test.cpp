@@ -208,8 +208,8 @@ TEST_F(EveryLog, IsAPageOfTheSameMake) {
         LogView page(context_, spec);
         page.refresh();
         EXPECT_EQ(page.objectName(), QLatin1String(c.name) + "View");
-        EXPECT_EQ(text(page), spec.title);
-        EXPECT_EQ(page.title(), "View / " + toQt(spec.title) + " / Summary");
+        EXPECT_EQ(text(page), spec.title.english());
+        EXPECT_EQ(page.title(), "View / " + toQt(spec.title.english()) + " / Summary");
         EXPECT_EQ(page.summary().objectName(), QLatin1String(c.name) + "SummaryView");
         const auto& tabs = *page.findChild<QTabWidget*>(toQt(spec.recordName) + "LogViews");
         QStringList names;
@@ -233,7 +233,7 @@ TEST_F(EveryLog, IsAPageOfTheSameMake) {
         EXPECT_EQ(report->report().title, recordTitle(spec, *document_.log(spec), 0, context_.text()));
         EXPECT_TRUE(next->isEnabled());
         page.showCell(spec.comments->name, 1);
-        EXPECT_EQ(page.title(), "View / " + toQt(spec.title) + " / Summary");
+        EXPECT_EQ(page.title(), "View / " + toQt(spec.title.english()) + " / Summary");
         EXPECT_EQ(page.summary().currentRow(), 1u);
     }
     document_.newDocument(); // which has no accident log at all

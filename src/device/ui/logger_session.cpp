@@ -1,5 +1,7 @@
 #include "device/ui/logger_session.h"
 
+#include "texts/text.h"
+
 namespace quobrix {
 
 LoggerSession::LoggerSession(LoggerLink& link, Settings& settings, Prompter& prompter, TQuobrixDocument& document,
@@ -28,7 +30,7 @@ LoggerNames LoggerSession::names() const {
 }
 
 std::string LoggerSession::statusText() const {
-    return link_.hasLibrary() ? portStatusText(*status_, names()) : "No logger library";
+    return link_.hasLibrary() ? portStatusText(*status_, names()) : text(TextId::NoLoggerLibrary);
 }
 
 void LoggerSession::scanPorts() {

@@ -14,13 +14,12 @@ WaitState stateOf(const CallTitle& title, const CallProgress& progress) {
     WaitState state{.what = toQt(title.what), .how = toQt(title.where)};
     state.measurable = steps > 0 && (ofSeveral || done > 0); // the first step is the long one
     state.done = steps > 0 ? static_cast<double>(done) / steps : 0;
-    if (steps > 0)
-        state.how += QStringLiteral("%1step %2 of %3")
-                         .arg(state.how.isEmpty() ? "" : ", ")
-                         .arg(std::min(done + 1, steps))
-                         .arg(steps);
+    if (steps > 0) {
+        const QString step = QObject::tr("step %1 of %2").arg(std::min(done + 1, steps)).arg(steps);
+        state.how = state.how.isEmpty() ? step : QObject::tr("%1, %2").arg(state.how, step);
+    }
     if (progress.cancelled)
-        state.how = QStringLiteral("Cancelling when the Quobrix has answered...");
+        state.how = QObject::tr("Cancelling when the Quobrix has answered...");
     else if (!state.how.isEmpty())
         state.how[0] = state.how[0].toUpper();
     state.cancel = !title.cancellable   ? WaitState::Cancel::NotOffered

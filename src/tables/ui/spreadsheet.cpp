@@ -186,14 +186,14 @@ std::optional<CellSource> TSpreadsheet::currentSource() const {
 
 // What is told
 
-void TSpreadsheet::tell(MessageId id, const std::string& text) {
+void TSpreadsheet::tell(MessageOf<1> id, const std::string& why) {
     if (context_.prompter)
-        context_.prompter->tell(makeMessage(id, text));
+        context_.prompter->tell(makeMessage(id, why));
     else
-        view_->say(toQt(text), view_->currentIndex());
+        view_->say(toQt(why), view_->currentIndex());
 }
 
-void TSpreadsheet::report(const EditOutcome& outcome, MessageId refusal) {
+void TSpreadsheet::report(const EditOutcome& outcome, MessageOf<1> refusal) {
     if (!outcome.ok())
         return tell(refusal, outcome.refusal);
     if (!outcome.notice.empty())
@@ -358,7 +358,7 @@ void TSpreadsheet::paste() {
     report(outcome, MessageId::CannotPaste);
 }
 
-void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view description, MessageId refusal) {
+void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view description, MessageOf<1> refusal) {
     if (!table() || !context_.edits)
         return;
     if (block.empty())

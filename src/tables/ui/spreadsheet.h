@@ -107,13 +107,13 @@ protected:
     void deleteRows(const MayDelete& mayDelete = {});
     bool canDeleteRows() const;
     /// Tells how an edit ended, if there is anything to tell.
-    void report(const EditOutcome& outcome, MessageId refusal);
-    void tell(MessageId id, const std::string& text);
+    void report(const EditOutcome& outcome, MessageOf<1> refusal);
+    void tell(MessageOf<1> id, const std::string& why);
     /// Where the text of the current cell comes from, if that is elsewhere.
     std::optional<CellSource> currentSource() const;
     /// The table of the rows; nothing while nothing is shown.
     const Table* table() const;
-    void emptyCells(const CellBlock& block, std::string_view description, MessageId refusal);
+    void emptyCells(const CellBlock& block, std::string_view description, MessageOf<1> refusal);
     bool canEmpty(const CellBlock& block) const;
     DeleteSelection selectionToDelete() const;
     bool deletesRecords() const;

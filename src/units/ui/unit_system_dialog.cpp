@@ -1,6 +1,7 @@
 #include "units/ui/unit_system_dialog.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/text.h"
 #include "ui/fields.h"
 #include "ui/windows.h"
 #include "units/ui/decimals_box.h"
@@ -66,7 +67,7 @@ UnitSystemDialog::UnitSystemDialog(TUnitSystem& units, UnitSystemStore& store, S
                                    QWidget* parent)
     : QDialog(parent), units_(units), store_(store), settings_(settings), prompter_(prompter) {
     setObjectName(QStringLiteral("UnitSys"));
-    setWindowTitle(QStringLiteral("Unit Systems"));
+    setWindowTitle(tr("Unit Systems"));
     makeFields();
     makeButtons();
     layOut();
@@ -90,33 +91,32 @@ UnitSystemDialog::~UnitSystemDialog() {
 
 void UnitSystemDialog::makeFields() {
     systems_ = named(new QComboBox, "UsFldUS",
-                     QStringLiteral("Select the current unit system; use New, Rename and Delete to manage this list"));
+                     tr("Select the current unit system; use New, Rename and Delete to manage this list"));
     systems_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    types_ = named(new QListWidget, "UsFldUT", QStringLiteral("Select a kind of quantity to see its units"));
+    types_ = named(new QListWidget, "UsFldUT", tr("Select a kind of quantity to see its units"));
     types_->setItemDelegate(new TypeDelegate(units_, types_));
-    typeUnits_ =
-        named(new QListWidget, "UsFldU", QStringLiteral("Select the units in which this kind of quantity is shown"));
+    typeUnits_ = named(new QListWidget, "UsFldU", tr("Select the units in which this kind of quantity is shown"));
     typeUnits_->setItemDelegate(new RowDelegate(typeUnits_));
-    decimals_ = named(new DecimalsBox, "UsFldD",
-                      QStringLiteral("Select the number of decimal places to associate with the current units"));
+    decimals_ =
+        named(new DecimalsBox, "UsFldD", tr("Select the number of decimal places to associate with the current units"));
     decimals_->setMinimumWidth(fontMetrics().averageCharWidth() * 10);
-    fractions_ = named(new QCheckBox(QStringLiteral("Show diameters as &fractions of an inch")), "UsFldFD",
-                       QStringLiteral("Displays diameters as fractions when using inches as units"));
+    fractions_ = named(new QCheckBox(tr("Show diameters as &fractions of an inch")), "UsFldFD",
+                       tr("Displays diameters as fractions when using inches as units"));
     example_ = new QLabel;
     example_->setObjectName(QStringLiteral("example"));
     example_->setWordWrap(true);
-    locked_ = new QLabel(QStringLiteral("This unit system is locked. Choose New to keep what you change in it."));
+    locked_ = new QLabel(tr("This unit system is locked. Choose New to keep what you change in it."));
     locked_->setObjectName(QStringLiteral("locked"));
     for (QLabel* note : {example_, locked_})
         note->setForegroundRole(QPalette::PlaceholderText);
 }
 
 void UnitSystemDialog::makeButtons() {
-    new_ = button(QStringLiteral("&New..."), "UsNew", QStringLiteral("Allows you to create a new unit system"));
-    rename_ = button(QStringLiteral("&Rename..."), "UsRename", {});
-    delete_ = button(QStringLiteral("De&lete"), "UsDelete", {});
-    undo_ = button(QStringLiteral("Und&o"), "UsUndo", {});
-    redo_ = button(QStringLiteral("R&edo"), "UsRedo", {});
+    new_ = button(tr("&New..."), "UsNew", tr("Allows you to create a new unit system"));
+    rename_ = button(tr("&Rename..."), "UsRename", {});
+    delete_ = button(tr("De&lete"), "UsDelete", {});
+    undo_ = button(tr("Und&o"), "UsUndo", {});
+    redo_ = button(tr("R&edo"), "UsRedo", {});
     const auto connectChange = [this](QPushButton* pressed, QAction* action, const QList<QKeySequence>& keys) {
         action->setShortcuts(keys);
         addAction(action);
@@ -132,22 +132,22 @@ void UnitSystemDialog::makeButtons() {
 
 void UnitSystemDialog::layOut() {
     auto* systemRow = new QHBoxLayout;
-    systemRow->addWidget(fieldLabel(QStringLiteral("Unit &system:"), *systems_));
+    systemRow->addWidget(fieldLabel(tr("Unit &system:"), *systems_));
     systemRow->addWidget(systems_, 1);
     for (QPushButton* action : {new_, rename_, delete_})
         systemRow->addWidget(action);
 
     auto* decimalsRow = new QHBoxLayout;
     decimalsRow->setSpacing(8);
-    decimalsRow->addWidget(fieldLabel(QStringLiteral("&Decimals:"), *decimals_));
+    decimalsRow->addWidget(fieldLabel(tr("&Decimals:"), *decimals_));
     decimalsRow->addWidget(decimals_);
     decimalsRow->addStretch();
 
     auto* lists = new QGridLayout;
     lists->setHorizontalSpacing(16);
-    lists->addWidget(fieldLabel(QStringLiteral("&Quantity:"), *types_), 0, 0);
+    lists->addWidget(fieldLabel(tr("&Quantity:"), *types_), 0, 0);
     lists->addWidget(types_, 1, 0, 3, 1);
-    lists->addWidget(fieldLabel(QStringLiteral("&Units:"), *typeUnits_), 0, 1);
+    lists->addWidget(fieldLabel(tr("&Units:"), *typeUnits_), 0, 1);
     lists->addWidget(typeUnits_, 1, 1);
     lists->addLayout(decimalsRow, 2, 1);
     lists->addWidget(example_, 3, 1);
@@ -190,9 +190,8 @@ void UnitSystemDialog::connectFields() {
     connect(types_, &QListWidget::currentRowChanged, this, [this] { showType(); });
     connect(typeUnits_, &QListWidget::currentRowChanged, this, [this] { chooseUnit(); });
     connect(decimals_, &QSpinBox::valueChanged, this, [this](int decimals) { chooseDecimals(decimals); });
-    connect(fractions_, &QCheckBox::toggled, this, [this](bool on) {
-        edit(QStringLiteral("Fractions"), [on](TUnitSystem& units) { units.setFractionDiameters(on); });
-    });
+    connect(fractions_, &QCheckBox::toggled, this,
+            [this](bool on) { edit(tr("Fractions"), [on](TUnitSystem& units) { units.setFractionDiameters(on); }); });
     connect(new_, &QPushButton::clicked, this, [this] { newSystem({}); });
     connect(rename_, &QPushButton::clicked, this, [this] { renameSystem(); });
     connect(delete_, &QPushButton::clicked, this, [this] { deleteSystem(); });
@@ -232,10 +231,10 @@ void UnitSystemDialog::showSystem() {
         button->setToolTip(locked ? lockedTip : tip);
         button->setAccessibleDescription(button->toolTip());
     };
-    show(rename_, QStringLiteral("Allows you to rename the current unit system"),
-         QStringLiteral("The current unit system is locked and cannot be renamed"));
-    show(delete_, QStringLiteral("Deletes the current unit system. This cannot be undone!"),
-         QStringLiteral("The current unit system is locked and cannot be deleted"));
+    show(rename_, tr("Allows you to rename the current unit system"),
+         tr("The current unit system is locked and cannot be renamed"));
+    show(delete_, tr("Deletes the current unit system. This cannot be undone!"),
+         tr("The current unit system is locked and cannot be deleted"));
 }
 
 void UnitSystemDialog::showType() {
@@ -278,8 +277,7 @@ void UnitSystemDialog::chooseUnit() {
 
 void UnitSystemDialog::chooseDecimals(int decimals) {
     if (decimals != units_.decimals(type()))
-        edit(QStringLiteral("Decimals"),
-             [type = type(), decimals](TUnitSystem& units) { units.setDecimals(type, decimals); });
+        edit(tr("Decimals"), [type = type(), decimals](TUnitSystem& units) { units.setDecimals(type, decimals); });
 }
 
 void UnitSystemDialog::edit(const QString& what, const std::function<void(TUnitSystem&)>& change) {
@@ -341,15 +339,15 @@ bool UnitSystemDialog::settleChanges() {
 }
 
 std::string UnitSystemDialog::freeName() const {
-    std::string name = "My Units";
+    std::string name = text(TextId::MyUnits);
     for (int i = 2; store_.checkName(name); ++i)
-        name = "My Units " + std::to_string(i);
+        name = text(TextId::MyUnitsNumbered, i);
     return name;
 }
 
 bool UnitSystemDialog::told(const Result<void>& result, FileAction action, std::string_view name) {
     if (!result)
-        prompter_.tell(fileMessage(result.error(), action, "The unit system " + std::string(name)));
+        prompter_.tell(fileMessage(result.error(), action, text(TextId::TheUnitSystem, name)));
     return static_cast<bool>(result);
 }
 

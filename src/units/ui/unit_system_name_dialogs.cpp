@@ -46,17 +46,17 @@ NewUnitSystemDialog::NewUnitSystemDialog(const UnitSystemStore& store, Prompter&
                                          const std::string& suggestion, const std::string& base, QWidget* parent)
     : UnitSystemNameDialog(store, prompter, parent), base_(new QComboBox) {
     setObjectName(QStringLiteral("UsDlgNew"));
-    setWindowTitle(QStringLiteral("New Unit System"));
+    setWindowTitle(tr("New Unit System"));
     name_->setObjectName(QStringLiteral("UsDlgNewFldName"));
-    name_->setToolTip(QStringLiteral("Enter the name of the new unit system"));
+    name_->setToolTip(tr("Enter the name of the new unit system"));
     name_->setText(toQt(suggestion));
     name_->selectAll();
     base_->setObjectName(QStringLiteral("UsDlgNewFldBase"));
-    base_->setToolTip(QStringLiteral("Select the unit system on which to base the new unit system"));
+    base_->setToolTip(tr("Select the unit system on which to base the new unit system"));
     for (const std::string& system : store.listSystems())
         base_->addItem(toQt(system));
     base_->setCurrentText(toQt(base));
-    layOut(QStringLiteral("&Name:"), name_, QStringLiteral("&Based on:"), base_);
+    layOut(tr("&Name:"), name_, tr("&Based on:"), base_);
 }
 
 std::string NewUnitSystemDialog::base() const { return base_->currentText().toStdString(); }
@@ -65,16 +65,16 @@ RenameUnitSystemDialog::RenameUnitSystemDialog(const UnitSystemStore& store, Pro
                                                QWidget* parent)
     : UnitSystemNameDialog(store, prompter, parent), oldName_(std::move(oldName)) {
     setObjectName(QStringLiteral("UsDlgRen"));
-    setWindowTitle(QStringLiteral("Rename Unit System"));
+    setWindowTitle(tr("Rename Unit System"));
     auto* old = new QLineEdit(toQt(oldName_));
     old->setObjectName(QStringLiteral("UsDlgRenFldOld"));
-    old->setToolTip(QStringLiteral("Displays the unit system's original name"));
+    old->setToolTip(tr("Displays the unit system's original name"));
     old->setReadOnly(true);
     name_->setObjectName(QStringLiteral("UsDlgRenFldNew"));
-    name_->setToolTip(QStringLiteral("Enter the unit system's new name"));
+    name_->setToolTip(tr("Enter the unit system's new name"));
     name_->setText(toQt(oldName_));
     name_->selectAll();
-    layOut(QStringLiteral("&Old name:"), old, QStringLiteral("&New name:"), name_);
+    layOut(tr("&Old name:"), old, tr("&New name:"), name_);
 }
 
 void RenameUnitSystemDialog::accept() {

@@ -24,14 +24,12 @@ public:
         ADD_FAILURE() << question.text;
         return Answer::No;
     }
-    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<std::string>&) override {
+    std::optional<std::size_t> chooseAction(const Message& question, const std::vector<SourceText>&) override {
         ADD_FAILURE() << question.text;
         return {};
     }
     void tell(const Message& statement) override { told_.push_back(statement); }
-    std::optional<std::size_t> choose(std::string_view, const std::vector<std::string>&, std::size_t) override {
-        return {};
-    }
+    std::optional<std::size_t> choose(SourceText, const std::vector<std::string>&, std::size_t) override { return {}; }
 
     /// The text of the one thing that has been told since, which was to be ID; empty if there is none.
     std::string told(MessageId id) {
