@@ -48,7 +48,7 @@ public:
         taken = take("trip-log", frame_) && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Report);
         taken = take("trip-report", frame_) && taken;
-        static_cast<TTripLogView*>(frame_.pages().page(kTripLogPage))->showView(TTripLogView::View::Table);
+        static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Table);
         taken = take("trip-table", frame_) && taken;
         constexpr std::pair<CommandId, const char*> kLogs[] = {{CommandId::TroubleLog, "trouble-log"},
                                                                {CommandId::ActivityLog, "activity-log"},
