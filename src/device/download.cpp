@@ -76,7 +76,7 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     if (wantsNew && !records.empty() && !hooks_.startNewDocument())
         return {};
     Result<MergeResult> merged = MergeResult{{}, records.refused, records.unreadable, {}};
-    document.edits().group("download", [&] {
+    document.edits().group("download", [&, &serial = serial] {
         if (!wantsNew || !records.empty())
             merged = mergeRecords(records, document);
         if (!merged)

@@ -506,8 +506,9 @@ void TableEdits::forget(const Step& step, bool done) {
         for (const Change* change : changes)
             std::ranges::for_each(change->objects, [&](ObjectId id) { store()->forget(id); });
     else // in the order in which they were set aside
-        for (const Change* change : changes | std::views::reverse)
-            std::ranges::for_each(change->objects | std::views::reverse, [&](ObjectId id) { store()->forget(id); });
+        for (auto change = changes.rbegin(); change != changes.rend(); ++change)
+            std::for_each((*change)->objects.rbegin(), (*change)->objects.rend(),
+                          [&](ObjectId id) { store()->forget(id); });
 }
 
 /// Counts the memory that STEP takes now.
