@@ -62,7 +62,7 @@ public:
                      ExtremeBrakes, HardAccelerations, ExtremeAccelerations, BrakeThreshold, AccelerationThreshold,
                      TopBand, Coolant, Disconnected, Comments>,
             {},
-            "Bench",
+            SourceText("Bench"),
             {.editable = true}};
         return spec;
     }
