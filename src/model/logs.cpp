@@ -62,9 +62,6 @@ constexpr LogSpec kLogs[] = {
 };
 
 constexpr bool isWhole(const LogSpec& log) {
-    for (const LogViewSpec& view : log.ownViews)
-        if (view.kind == LogViewKind::Table && !log.tables)
-            return false;
     return log.table.name.ends_with("Table") && log.comments && log.ownViews[0].kind == LogViewKind::Summary;
 }
 
