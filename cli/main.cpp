@@ -40,6 +40,7 @@ const std::map<std::string, Format> kFormats = {{"table", Format::Table}, {"csv"
 
 int run(const quobrix::ProgramArguments& arguments) {
     CLI::App app(text(TextId::CliDescription), "quobrix-cli");
+    app.allow_windows_style_options(false); // a file may be called "/…"
     app.set_version_flag("--version", "quobrix-cli " QUOBRIX_VERSION);
     app.footer(text(kFooter));
     app.require_subcommand(1);

@@ -44,6 +44,7 @@ int run(const quobrix::ProgramArguments& arguments) {
     CLI::App app("Simulated loggers on simulated serial ports, kept in the folder that QUOBRIX_SIMULATOR names.\n"
                  "Exit codes: 0 done, 1 failed (one line on standard error), 2 wrong usage.",
                  "quobrix-sim");
+    app.allow_windows_style_options(false); // a file may be called "/…"
     app.require_subcommand(1);
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
         return fmt::format("quobrix-sim: {} (--help tells more)\n", error.what());
