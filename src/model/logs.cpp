@@ -62,7 +62,7 @@ constexpr LogSpec kLogs[] = {
 };
 
 constexpr bool isWhole(const LogSpec& log) {
-    return log.table.name.ends_with("Table") && log.comments && log.ownViews[0].kind == LogViewKind::Summary;
+    return log.table.name.ends_with("Table") && log.ownViews[0].kind == LogViewKind::Summary;
 }
 
 constexpr bool areWholeAndInOrder() {
