@@ -8,19 +8,26 @@ namespace {
 
 std::atomic<std::uint64_t> count{0}, failing{0};
 
-void* allocate(std::size_t size) {
+/// Null if there is no memory, or it is to fail.
+void* tryAllocate(std::size_t size) noexcept {
     if (count.fetch_add(1, std::memory_order_relaxed) + 1 == failing.load(std::memory_order_relaxed))
-        throw std::bad_alloc();
-    if (void* memory = std::malloc(size == 0 ? 1 : size))
+        return nullptr;
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* allocate(std::size_t size) {
+    if (void* memory = tryAllocate(size))
         return memory;
     throw std::bad_alloc();
 }
 
 } // namespace
 
-// The forms that the library does not build on these two are not used with over-aligned types here.
+// All forms but those for over-aligned types, which are not used here: sanitizers have their own of each.
 void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return tryAllocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return tryAllocate(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
