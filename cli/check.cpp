@@ -108,13 +108,13 @@ ExitCode repair(const CheckOptions& options) {
         return kFailed;
     };
     const fs::path path = pathFromUtf8(options.file);
-    // Nothing is written to it, but nobody else may write to it meanwhile.
+    // It is only read, but no other program may write to it meanwhile.
     Result<std::unique_ptr<File>> file = openFile(path, FileMode::ReadWrite);
     if (!file && file.error().kind == ErrorKind::AccessDenied)
         file = openFile(path, FileMode::Read);
     if (!file)
         return failed(file.error(), FileAction::Open, options.file);
-    const Result<std::unique_ptr<CompoundFile>> damaged = openForRepair(*std::move(file));
+    const Result<std::unique_ptr<StreamReader>> damaged = openForRepair(*std::move(file));
     if (!damaged && damaged.error().kind == ErrorKind::Corrupt) {
         complain(text(TextId::CliBackupMayHelp, fileMessage(damaged.error(), FileAction::Open, options.file).text,
                       damaged.error().detail));

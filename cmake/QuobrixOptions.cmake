@@ -31,9 +31,6 @@ if(WIN32)
     # Windows 10 and later, its calls for UTF-16 texts, and no macros named min and max.
     target_compile_definitions(quobrix_options INTERFACE _WIN32_WINNT=0x0A00 NTDDI_VERSION=0x0A000006 UNICODE NOMINMAX
         WIN32_LEAN_AND_MEAN)
-    if(CMAKE_SIZEOF_VOID_P EQUAL 4) # where sizes in files are wider than those in memory; the other builds judge these
-        target_compile_options(quobrix_options INTERFACE -Wno-conversion)
-    endif()
     if(MINGW) # more functions in a batch of files than an ordinary object file can list
         target_compile_options(quobrix_options INTERFACE -Wa,-mbig-obj)
     endif()

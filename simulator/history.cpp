@@ -109,8 +109,8 @@ private:
                               : random.uniform(10, 15));
     }
 
-    /// The end of the trip before the one that begins at START. At night nobody drives, unless there are so many trips
-    /// that somebody must.
+    /// The end of the trip before the one that begins at START. There is no driving at night, unless there are so many
+    /// trips that somebody must.
     std::int64_t previousTripEnd(std::int64_t start, double gap, Random& random) const {
         std::int64_t end = start - std::max<std::int64_t>(120, static_cast<std::int64_t>(gap));
         const std::int64_t ofDay = secondsOfDay(end);

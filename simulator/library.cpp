@@ -99,7 +99,7 @@ std::int32_t portResult(const Error& error) {
 
 std::int32_t logResult(const Error& error) { return error.kind == ErrorKind::NotADocument ? kNotALog : kLogDamaged; }
 
-/// A slow port takes its time, and keeps nobody else from the port's file meanwhile.
+/// A slow port takes its time, and others can use the port's file meanwhile.
 void takeTime(const PortStore& store, std::string_view port) {
     std::this_thread::sleep_for(std::chrono::duration<double>(store.faults(port).delay));
 }

@@ -18,7 +18,7 @@ using AboutLines = std::vector<std::pair<SourceText, std::string>>;
 AboutLines programLines();
 
 /// Says what this software is. A right click with Ctrl held down calls SHOW_DIAGNOSTICS: the way to the Diagnostics
-/// menu that support tells a customer, and nobody finds by accident.
+/// menu that support tells a customer, and that is not found by accident.
 class AboutBox final : public QDialog {
 public:
     AboutBox(const AboutLines& lines, std::function<void()> showDiagnostics, QWidget* parent);

@@ -26,7 +26,7 @@ QString plainText(std::string_view shown) {
 
 QString firstLine(SourceText prompt) { return toQt(upTo(text(prompt), '\n')); }
 
-/// The prompt of a command that nobody handles.
+/// The prompt of a command without a handler.
 QString unavailablePrompt(const MenuRow& row) {
     return QObject::tr("%1 (not available yet)")
         .arg(row.prompt.empty() ? plainText(text(row.text)) : firstLine(row.prompt));

@@ -16,8 +16,8 @@ namespace quobrix {
 
 /// The commands of the main menu as actions, and the one place through which each of them runs.
 ///
-/// Every action carries the command's name as object name, its id as data, and its prompt as status tip. A command that
-/// nobody handles is disabled, and its tips say that it is not available yet.
+/// Every action carries the command's name as object name, its id as data, and its prompt as status tip. A command
+/// without a handler is disabled, and its tips say that it is not available yet.
 class Commands : public QObject {
 public:
     /// What a command does. It may throw: the failure is then reported.

@@ -3,6 +3,7 @@
 #include "app/reminder_choices.h"
 #include "base/ui/qt_text.h"
 #include "texts/text.h"
+#include "ui/fields.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -13,7 +14,6 @@
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QIcon>
-#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
@@ -175,14 +175,12 @@ std::optional<std::size_t> DialogPrompter::choose(SourceText what, const std::ve
     for (const std::string& choice : choices)
         list->addItem(toQt(choice));
     list->setCurrentIndex(static_cast<int>(preset));
-    auto* label = new QLabel(QStringLiteral("&") + capitalized(thing) + QStringLiteral(":"));
-    label->setBuddy(list);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
 
     auto* layout = new QVBoxLayout(&dialog);
-    layout->addWidget(label);
+    layout->addWidget(fieldLabel(QStringLiteral("&") + capitalized(thing) + QStringLiteral(":"), *list));
     layout->addWidget(list);
     layout->addSpacing(layout->spacing());
     layout->addWidget(buttons);

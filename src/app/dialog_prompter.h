@@ -15,7 +15,7 @@ namespace quobrix {
 
 /// Questions and statements as message boxes over the program's active window, or WINDOW if there is none. Each box has
 /// the message's key as object name. A reminder's box offers how often it is to be shown; one that is not to be shown
-/// is told QUIETLY, so that nobody wonders why nothing happens, and a question is then answered with no.
+/// is told QUIETLY, so that it is not a surprise that nothing happens, and a question is then answered with no.
 class DialogPrompter final : public Prompter {
 public:
     using Quietly = std::function<void(const QString& text)>;

@@ -17,7 +17,7 @@ constexpr std::string_view kProgramConfig = "Program Config";
 constexpr std::string_view kLastFileOpened = "Last File Opened";
 constexpr std::string_view kOfferCompaction = "Offer Compaction";
 
-// Nobody needs to be asked about less.
+// Less is not worth a question.
 constexpr std::uint64_t kWorthCompacting = 64 << 10; // bytes
 
 /// A name beside PATH that no file has yet: "Name (2).car".

@@ -25,8 +25,8 @@ public:
     TQuobrixApp(int& argc, char** argv);
     ~TQuobrixApp() override;
 
-    /// Everything up to the open window. False if the program is to end at once, without a word: another copy runs, and
-    /// has been given the file that this one was started with.
+    /// Everything up to the open window. False if the program is to end immediately and silently: another copy runs,
+    /// and has been given the file that this one was started with.
     bool start();
 
     TQuobrixFrame& frame() { return *frame_; }

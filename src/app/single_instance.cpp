@@ -29,7 +29,7 @@ QString lockName(const std::filesystem::path& folder) {
 }
 
 /// Distinct for every settings folder. Local sockets of Unix are files whose paths must not exceed about a hundred
-/// characters. They are put only where nobody else can put one of the same name: no socket is better.
+/// characters. They are put only where no other user can put one of the same name; otherwise there is no socket.
 QString serverNameFor(const QString& folder) {
     const QByteArray hash = QCryptographicHash::hash(folder.toUtf8(), QCryptographicHash::Sha1).toHex().left(16);
     const QString name = QStringLiteral("TQuobrix-") + QString::fromLatin1(hash);

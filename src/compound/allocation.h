@@ -67,7 +67,7 @@ public:
     /// The table as it is now is the one that the header on disk leads to, and no other. What was released may be used
     /// again, unless a copy in the making may need it (COPYING): then the next commit sees to it.
     void commit(bool copying);
-    /// The table is as it was committed. Unless CERTAIN, the header on disk may lead to the other state all the same,
+    /// The table is as it was committed. Unless CERTAIN, the header on disk may still lead to the other state,
     /// whose sectors are then held until the next commit.
     void rollBack(bool certain);
 

@@ -329,7 +329,7 @@ Result<void> CompoundFileEngine::writeEverything() {
     return flush();
 }
 
-/// The moment of the commit. If it fails the old header is put back; unless that is durable nobody is CERTAIN which
+/// The moment of the commit. If it fails the old header is put back; unless that is durable it is not CERTAIN which
 /// one the disk has in the end.
 Result<void> CompoundFileEngine::turnHeader(bool& certain) {
     const Sector header = tables_.nextHeader();
@@ -375,7 +375,7 @@ void CompoundFileEngine::rollBack(bool certain) {
 
 } // namespace cfb
 
-Result<Bytes> CompoundFile::read(std::string_view name) const {
+Result<Bytes> StreamReader::read(std::string_view name) const {
     Bytes content;
     QUOBRIX_TRY(read(name, content));
     return content;

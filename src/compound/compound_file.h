@@ -1,13 +1,10 @@
 #pragma once
 
-#include "base/bytes.h"
-#include "base/result.h"
+#include "compound/stream_reader.h"
 #include "platform/file.h"
 
 #include <memory>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace quobrix {
 
@@ -16,7 +13,7 @@ namespace quobrix {
 /// Writes are pending until commit(): changed streams, directory and allocation tables go to free sectors, a flush,
 /// the header sector that makes them current, another flush. A crash at any byte leaves the last committed state.
 /// Reads see pending writes. All calls may come from any thread; reading need not wait for the flushes of a commit.
-class CompoundFile {
+class CompoundFile : public StreamReader {
 public:
     /// Reads header, allocation tables and directory, nothing else. NotADocument: no compound file; Corrupt: damaged
     /// beyond use; Unsupported: 4096-byte sectors.
@@ -28,17 +25,6 @@ public:
     /// format keeps out of names.
     static bool nameAllowed(std::string_view name);
 
-    virtual ~CompoundFile() = default;
-
-    virtual bool contains(std::string_view name) const = 0;
-    /// The names of all streams of the root storage, in directory order. Streams within inner storages (foreign
-    /// files) are left alone and not listed.
-    virtual std::vector<std::string> names() const = 0;
-    /// The whole stream, in place of CONTENT, whose memory is reused. NotFound, or Corrupt when its chain is
-    /// broken; CONTENT is then of no use.
-    virtual Result<void> read(std::string_view name, Bytes& content) const = 0;
-    /// The same in memory of its own.
-    Result<Bytes> read(std::string_view name) const;
     /// Creates or replaces a stream (see nameAllowed). Pending until commit: half a megabyte of it in memory, the rest
     /// in free sectors, where nothing leads to it yet. Failures are told by the next spill or commit.
     virtual void write(std::string_view name, Bytes content) = 0;
@@ -48,18 +34,13 @@ public:
     /// and what is current on disk does not change, before the commit. Errors as commit(), with the same effect.
     virtual Result<void> spill() = 0;
     /// Makes everything pending durable and current, or leaves the file's committed state. No effect when nothing has
-    /// changed. Corrupt when writable() says so; Unsupported past 2 GB, and when a name was written that the format
+    /// changed. Corrupt when writable() does; Unsupported past 2 GB, and when a name was written that the format
     /// forbids.
     ///
     /// A failure takes back everything pending since the last commit, what was spilled included, and the file gets its
     /// former size again: who tries again writes everything again. Until something is written, commit() goes on
     /// failing.
     virtual Result<void> commit() = 0;
-    /// Corrupt when every commit() would be refused because the file has been cut short, or its allocation tables or
-    /// directory are too damaged to write to. What is there can then be read, and copied stream by stream into another
-    /// file.
-    virtual Result<void> writable() const = 0;
-
     /// Writes the file as it was last committed to TARGET, an empty file, durably. It is read through the handle that
     /// has been open all the time, so it works even when the path now leads elsewhere. Other threads may read,
     /// write and commit meanwhile: what is copied is the state at the beginning.

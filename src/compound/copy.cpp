@@ -63,7 +63,7 @@ Result<void> CompoundFileEngine::copyTo(File& target) const {
     return target.flush(); // a later commit flushes only what it changes
 }
 
-/// What FROM says of its entry INDEX besides name and content, for the stream NAME, or for the root without one.
+/// What FROM says of its entry INDEX, name and content excepted, for the stream NAME, or for the root without one.
 void CompoundFileEngine::copyAttributes(std::string_view name, const Directory& from, std::uint32_t index) {
     const MutexLock lock(mutex_);
     if (const std::uint32_t own = name.empty() ? 0 : findStream(name); own != kNoEntry)
@@ -76,7 +76,7 @@ Result<void> CompoundFileEngine::compactTo(File& target) const {
     if (!layout)
         return layout.error();
     const CompoundFileEngine source(std::move(snapshot), *std::move(layout));
-    const MutexLock lock(source.mutex_); // nobody else has it
+    const MutexLock lock(source.mutex_); // no other thread has it
     const Directory& from = source.tables_.directory;
     QUOBRIX_TRY(source.complete());
     QUOBRIX_TRY(from.onlyStreams());

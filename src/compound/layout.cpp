@@ -50,7 +50,7 @@ public:
         return true;
     }
 
-    /// A damaged table may call a claimed sector free, or not reach it: it must not be given out all the same.
+    /// A damaged table may call a claimed sector free, or not reach it: it must not be given out even so.
     void keepIfFree(std::uint32_t sector) {
         if (sector >= marksIn(marks_) || load32(marks_.at(std::size_t{4} * sector)) == kFreeSector)
             claimedFree_.insert(sector);
@@ -281,7 +281,7 @@ private:
         }
         const auto there = static_cast<std::uint32_t>(layout_.miniStreamChain.size()) * kMiniSectorsPerPage;
         expectFreeFrom(layout_.miniFat, there);
-        // Whatever the root entry says: a page whose end is missing may only lack what nobody uses.
+        // Whatever the root entry says: a page whose end is missing may only lack what is not used.
         used = std::min(used, there);
         const std::uint64_t size =
             std::max<std::uint64_t>(load32(root + entry::kSize), std::uint64_t{used} * kMiniSectorSize);

@@ -25,7 +25,7 @@ char16_t upper(char16_t unit) {
     return unit;
 }
 
-/// Different in every run, so that nobody can make a file whose names all collide in the index and take forever.
+/// Different in every run, so that a file cannot be made whose names all collide in the index and take forever.
 const auto kSeed = static_cast<std::uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count());
 
 } // namespace

@@ -32,7 +32,8 @@ public:
     /// Gives a stream COUNT sectors, or mini sectors (by SIZE, in bytes), and notes its size; mini sectors that are as
     /// many as it had stay. Errors as AllocationTable::allocate.
     Result<void> resize(std::uint32_t index, std::uint32_t size);
-    /// Takes a stream's sectors away. Those of a damaged one are nobody's from now on: they may be another's too.
+    /// Takes a stream's sectors away. Those of a damaged one belong to no stream from now on: they may be another's
+    /// too.
     void releaseContent(std::uint32_t index);
 
     /// Where the pages of the mini stream lie, as far as it has been settled.
@@ -52,7 +53,7 @@ public:
     Sector nextHeader() const;
     /// HEADER is durable. COPYING: somebody may still read the state that it replaces.
     void commit(const Sector& header, bool copying);
-    /// Everything is as it was committed. Unless CERTAIN, the file may be in the other state all the same.
+    /// Everything is as it was committed. Unless CERTAIN, the file may still be in the other state.
     void rollBack(bool certain);
 
 private:

@@ -92,8 +92,8 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
         return {};
     }
     MergeResult& result = *merged;
-    // Of a download that brought nothing there is nothing to take back but the time, which nobody sees. A new document
-    // that has got nothing stays one that nobody needs to save.
+    // Of a download that brought nothing there is nothing to take back but the time, which is not shown. A new document
+    // that has got nothing stays one that need not be saved.
     if (!result.changed() && document.hasFile() && !wantsNew)
         document.store().singleton<TDownloadTable>().record(serial, currentTime());
     if (hooks_.keysAdded)

@@ -20,7 +20,7 @@ public:
         std::function<bool()> startNewDocument;
         /// Whether that is possible; asked before the logger is read. Nothing for a program in which it always is.
         std::function<bool()> mayStartNewDocument{};
-        /// Keys have come into the name tables. Nothing for a program in which nobody can name them.
+        /// Keys have come into the name tables. Nothing in a program that cannot name them.
         std::function<void(const NewKeys&)> keysAdded{};
         /// A logger that does not answer on the current port may be looked for on others. Not in a program that was
         /// told its port.

@@ -42,8 +42,7 @@ struct Comparison {
     }
 };
 
-// One log each: its record and table, the columns of the record number, logger and time, all that a record is known
-// again by (kKeys), and
+// One log each: its record and table, the log whose description names the columns that a record is known again by, and
 //   time(record)                          when it happened by the logger's clock
 //   code(record), codeAt(table, row)      what else tells records of one time apart
 //   compare(table, row, record, shift)    SHIFT (s): what the row's times have been moved by
@@ -56,10 +55,7 @@ struct Comparison {
 struct TripRows {
     using Record = TripRecord;
     using TableType = TTripLogTable;
-    using RecordNumber = TTripLogRecordColumn;
-    using Serial = TTripLogQuobrixSerialNumberColumn;
-    using Time = TTripLogStartTimeColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time>;
+    static constexpr LogId kLog = LogId::Trips;
 
     static std::int32_t time(const Record& record) { return record.startTime; }
     static std::string code(const Record&) { return {}; }
@@ -86,10 +82,7 @@ struct RecordedVehicle {
 };
 
 struct TroubleRows : RecordedVehicle<TTroubleLogTable, TTroubleLogVinColumn, TroubleRecord> {
-    using RecordNumber = TTroubleLogRecordColumn;
-    using Serial = TTroubleLogQuobrixSerialNumberColumn;
-    using Time = TTroubleLogTimeRecordedColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time, TTroubleLogTroubleCodeColumn>;
+    static constexpr LogId kLog = LogId::Troubles;
 
     static std::int32_t time(const Record& record) { return record.time; }
     static std::string code(const Record& record) { return record.code; }
@@ -101,10 +94,7 @@ struct TroubleRows : RecordedVehicle<TTroubleLogTable, TTroubleLogVinColumn, Tro
 };
 
 struct ActivityRows : RecordedVehicle<TSecurityLogTable, TSecurityLogVinColumn, ActivityRecord> {
-    using RecordNumber = TSecurityLogRecordColumn;
-    using Serial = TSecurityLogQuobrixSerialNumberColumn;
-    using Time = TSecurityLogTimeRecordedColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time, TSecurityLogEventTypeColumn>;
+    static constexpr LogId kLog = LogId::Activity;
 
     static std::int32_t time(const Record& record) { return record.time; }
     static std::string code(const Record& record);
@@ -114,10 +104,7 @@ struct ActivityRows : RecordedVehicle<TSecurityLogTable, TSecurityLogVinColumn, 
 };
 
 struct AccidentRows : RecordedVehicle<TAccidentLogTable, TAccidentLogTableVinColumn, StopRecord> {
-    using RecordNumber = TAccidentLogTableRecordColumn;
-    using Serial = TAccidentLogTableQuobrixSerialNumberColumn;
-    using Time = TAccidentLogTableStartTimeColumn;
-    static constexpr auto kKeys = kTypesOf<RecordNumber, Serial, Time>;
+    static constexpr LogId kLog = LogId::Accidents;
 
     static std::int32_t time(const Record& record) { return record.startTime; }
     static std::string code(const Record&) { return {}; }

@@ -15,7 +15,7 @@ struct CallTitle {
     std::string what;        ///< is being done ("Opening Port")
     std::string where{};     ///< it is being done, if there are several such ("COM3")
     int step = 0, steps = 0; ///< which of how many calls of one operation, counted from 0; of 0 if it is the only one
-    bool cancellable = true; ///< one that writes to the logger is not: nobody could say what has been written
+    bool cancellable = true; ///< one that writes to the logger is not: it would not be known what has been written
 };
 
 /// How a flow reaches the logger from its own thread: the command line and tests call directly, the window hands each
@@ -44,7 +44,7 @@ public:
     }
 };
 
-/// Calls on the caller's own thread, which nobody cancels; for programs without a worker.
+/// Calls on the caller's own thread, which cannot be cancelled; for programs without a worker.
 class DirectCalls final : public LoggerCalls {
 public:
     explicit DirectCalls(LoggerLink& link) : link_(link) {}

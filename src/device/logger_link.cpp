@@ -49,7 +49,7 @@ struct SetPair {
 };
 
 /// Takes over what the library allocates during one read, so that it is freed whatever happens next, and once: a block
-/// that it hands out again is none. What is taken must outlive this object, lest another block get its address.
+/// that it hands out again is none. What is taken must outlive this object, so that no other block gets its address.
 class Blocks {
 public:
     LogBuffer buffer(void* block) { return LogBuffer(isNew(block) ? block : nullptr); }

@@ -22,7 +22,7 @@ struct Reply {
     bool ok() const { return code == QUOBRIX_OK; }
 };
 
-/// A finished call with all that a message about it needs, so that nobody has to ask the library again.
+/// A finished call with all that a message about it needs, so that the library need not be asked again.
 struct LoggerOutcome {
     ResultCode code = QUOBRIX_OK;
     std::string port;        ///< the current port
@@ -39,7 +39,7 @@ inline std::int64_t wallClock() { return static_cast<std::int64_t>(std::time(nul
 
 /// What an operation on the logger and the person who waits for it tell each other meanwhile. Any thread.
 struct CallProgress {
-    /// Steps that are over, of how many; of 0 where nobody knows.
+    /// Steps that are over, of how many; of 0 where that is not known.
     std::atomic<int> done = 0, total = 0;
     /// The person does not want it any more. The operation ends when the library call under way returns.
     std::atomic<bool> cancelled = false;
@@ -49,7 +49,7 @@ struct CallProgress {
 /// LockedLogger only. Outlives everything that refers to it.
 class LoggerLink {
 public:
-    /// Without a library the link works all the same: every call comes to kNoLibrary.
+    /// Without a library the link still works: every call results in kNoLibrary.
     explicit LoggerLink(Result<LoggerLibrary> library, WallClock clock = wallClock);
     LoggerLink(const LoggerLink&) = delete;
     LoggerLink& operator=(const LoggerLink&) = delete;

@@ -48,9 +48,8 @@ public:
     using Record = typename Log::Record;
 
     explicit Planner(const typename Log::TableType& table)
-        : table_(table), numbers_(table.template column<typename Log::RecordNumber>()),
-          times_(table.template column<typename Log::Time>()) {
-        const auto& serials = table.template column<typename Log::Serial>();
+        : table_(table), numbers_(logSpec(Log::kLog).recordsOf(table)), times_(logSpec(Log::kLog).timesOf(table)) {
+        const LoggerColumn& serials = logSpec(Log::kLog).loggersOf(table);
         alike_.reserve(table.rowCount());
         for (RowIndex row = 0; row < table.rowCount(); ++row) {
             const RecordIdentity& identity = numbers_.at(row);
@@ -137,17 +136,17 @@ private:
     }
 
     const typename Log::TableType& table_;
-    const typename Log::RecordNumber& numbers_;
-    const typename Log::Time& times_;
+    const RecordColumn& numbers_;
+    const DateTimeColumn& times_;
     std::unordered_map<std::string, Alike> alike_;
     Plan<Log> plan_;
 };
 
 template <class Log>
 void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shift, TableEdits& edits) {
-    auto& numbers = table.template column<typename Log::RecordNumber>();
-    auto& serials = table.template column<typename Log::Serial>();
-    const auto& times = table.template column<typename Log::Time>();
+    RecordColumn& numbers = logSpec(Log::kLog).recordsOf(table);
+    LoggerColumn& serials = logSpec(Log::kLog).loggersOf(table);
+    const DateTimeColumn& times = logSpec(Log::kLog).timesOf(table);
     std::vector<RowIndex> rows;
     for (const auto& change : plan.changes)
         rows.push_back(change.row);
@@ -214,11 +213,11 @@ Result<void> checkTable(const Table& table) {
     return table.unreadableColumns().empty() && table.rowLock().empty() ? Result<void>() : unreadable(table.type());
 }
 
-/// Besides, the columns by which its records are known again must be there, unless there are none: a repair leaves logs
-/// that have lost everything without columns, which come back with the first record.
+/// In addition, the columns by which its records are known again must be there, unless there are none: a repair leaves
+/// logs that have lost everything without columns, which come back with the first record.
 template <class Log>
 Result<void> checkLog(const typename Log::TableType& table) {
-    for (const PersistentType* key : Log::kKeys)
+    for (const PersistentType* key : logSpec(Log::kLog).keys)
         if (table.rowCount() > 0 && !table.columnOf(*key).store())
             return unreadable(table.type());
     return checkTable(table);
@@ -255,15 +254,13 @@ Result<void> unlessForeign(const TQuobrixDocument& document, Result<void> result
     return result;
 }
 
-constexpr RecordKind kLogKinds[] = {RecordKind::Trip, RecordKind::Trouble, RecordKind::Activity, RecordKind::Stop};
-
-/// "LABEL: 2 trips, 1 accident." of the kinds that there are any of; else nothing.
-std::string outcomeText(std::string_view label, std::span<const RecordKind> kinds,
-                        std::span<const std::uint64_t> numbers) {
+/// "LABEL: 2 trips, 1 severe stop." of what there is any of, which NAME_COUNT(i, numbers[i]) names; else nothing.
+template <class NameCount>
+std::string outcomeText(std::string_view label, std::span<const std::uint64_t> numbers, const NameCount& nameCount) {
     std::string text;
-    for (std::size_t i = 0; i < kinds.size(); ++i)
+    for (std::size_t i = 0; i < numbers.size(); ++i)
         if (numbers[i] > 0)
-            text += (text.empty() ? fmt::format("{}: ", label) : ", ") + recordCountText(kinds[i], numbers[i]);
+            text += (text.empty() ? fmt::format("{}: ", label) : ", ") + nameCount(i, numbers[i]);
     return text.empty() ? text : text + ".";
 }
 
@@ -282,25 +279,28 @@ bool MergeResult::changed() const {
 }
 
 std::string MergeResult::summary() const {
-    const auto counted = [this](std::string_view label, std::size_t MergeCounts::*count) {
+    const auto counts = [this](std::string_view label, std::size_t MergeCounts::*count) {
         std::array<std::uint64_t, 4> numbers{};
-        for (std::size_t i = 0; i < logs.size(); ++i)
-            numbers[i] = logs[i].*count;
-        return outcomeText(label, kLogKinds, numbers);
+        std::ranges::transform(logs, numbers.begin(), [&](const MergeCounts& log) { return log.*count; });
+        return outcomeText(label, numbers, [](std::size_t log, std::uint64_t number) {
+            return counted(quobrix::logs()[log].record, quobrix::logs()[log].records, number);
+        });
     };
-    std::array<std::uint64_t, std::size(kRecordKinds)> refusals{};
+    std::array<std::uint64_t, kRecordKinds> refusals{};
     for (const RefusedRecords& group : refused)
         refusals[static_cast<std::size_t>(group.kind)] += group.count;
     std::string text;
     const auto add = [&](const std::string& outcome) {
         text += (text.empty() || outcome.empty() ? "" : " ") + outcome;
     };
-    add(counted("New", &MergeCounts::added));
-    add(counted("Replaced", &MergeCounts::replaced));
+    add(counts("New", &MergeCounts::added));
+    add(counts("Replaced", &MergeCounts::replaced));
     if (text.empty())
         text = "Nothing new.";
-    add(counted("Already present", &MergeCounts::present));
-    add(outcomeText("Refused", kRecordKinds, refusals));
+    add(counts("Already present", &MergeCounts::present));
+    add(outcomeText("Refused", refusals, [](std::size_t kind, std::uint64_t number) {
+        return recordCountText(static_cast<RecordKind>(kind), number);
+    }));
     return text;
 }
 

@@ -20,7 +20,7 @@ struct MergeCounts {
 
 /// What became of the records of a download.
 struct MergeResult {
-    std::array<MergeCounts, 4> logs; ///< trips, trouble codes, activity, accidents
+    std::array<MergeCounts, 4> logs; ///< by LogId
     std::vector<RefusedRecords> refused;
     std::vector<UnreadableLog> unreadable; ///< of whose records nothing is known
     NewKeys newKeys;                       ///< which the name tables have got
@@ -30,7 +30,7 @@ struct MergeResult {
     bool changed() const;
     /// Everything that the logger holds is in the document.
     bool complete() const { return refused.empty() && unreadable.empty(); }
-    /// One line: "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips. Refused: 1 accident."
+    /// One line: "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips. Refused: 1 severe stop."
     std::string summary() const;
     /// One line for each group of refused records: what, which and why.
     std::vector<std::string> refusedLines() const;

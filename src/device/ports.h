@@ -48,11 +48,11 @@ public:
     /// Tries the default port, then the others in their order, and asks before another port becomes the default.
     /// If none was found the default port stays open where it can be opened.
     ScanResult scan();
-    /// Scans, and offers to choose a port when nothing was found; returns whether there is one with a logger, or wanted
-    /// all the same. A missing library is told instead of scanned with.
+    /// Scans, and offers to choose a port when nothing was found; returns whether there is one with a logger, or one
+    /// wanted anyway. A missing library is told instead of scanned with.
     bool scanOrChoose();
     /// Lets the user choose a port until one is accepted, which becomes the default, or the choice is cancelled.
-    /// Returns whether a port was accepted: a logger answers on it or the user wants it all the same. If none was, the
+    /// Returns whether a port was accepted: a logger answers on it or the user wants it anyway. If none was, the
     /// port that was the current one is it again.
     bool choosePort();
     /// Whether a logger answers. If none does and PROMPT is set, all ports are scanned; if there is none either, says

@@ -5,6 +5,7 @@
 #include "device/record_blocks.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -84,8 +85,7 @@ struct StopRecord {
 
 enum class RecordKind { Unknown, Trip, Trouble, Activity, Stop, StopSamples };
 
-inline constexpr RecordKind kRecordKinds[] = {RecordKind::Unknown,  RecordKind::Trip, RecordKind::Trouble,
-                                              RecordKind::Activity, RecordKind::Stop, RecordKind::StopSamples};
+inline constexpr std::size_t kRecordKinds = 6;
 
 /// "trip", "trouble code" …
 std::string recordKindName(RecordKind kind);

@@ -155,7 +155,7 @@ Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& t
         return Error{ErrorKind::Changed, utf8(path) + " is being changed by another program"};
     if (mode == FileMode::Read)
         state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
-    // What was opened must be what the path leads to, or a save would go to a file that nobody sees.
+    // What was opened must be what the path leads to, or a save would go to a file that has lost its name.
     if (mode != FileMode::Read)
         if (const auto now = FileSnapshot::of(files_, target, state.file.disk.get()); !now || *now != *before)
             return Error{ErrorKind::InUse, utf8(path) + " is being changed by another program"};

@@ -237,7 +237,7 @@ Result<bool> TDocument::loadRest() {
     for (const ObjectId id : store().objectIds())
         if (!here.contains(id) && (*left == Left::Nothing || store().find(id) == nullptr))
             all = false;
-    // What cannot be read of a file that nobody has written into goes along as it lies there.
+    // Unreadable parts of a file that was not written into are copied as they lie there.
     return all || (*left == Left::Everything && !*written);
 }
 

@@ -23,14 +23,14 @@ struct LockOwner {
 
 /// The right to write to a document where the file system has no locks (File::locked()): a file NAME.car.lock beside it
 /// that says whose it is. Only who could create it has it. It goes away with this object. What a process of this
-/// computer has left that ended without removing it is removed by the next one; of other computers nobody knows, so
-/// that a person has to decide. User-interface thread only.
+/// computer has left that ended without removing it is removed by the next one; that cannot be known of other
+/// computers, so that a person has to decide. User-interface thread only.
 class LockFile {
 public:
     /// InUse if another process has it, which is then in OWNER.
     static Result<std::unique_ptr<LockFile>> take(FileSystem& files, const std::filesystem::path& document,
                                                   std::optional<LockOwner>& owner);
-    /// Who has it; nothing if nobody has. Errors as reading.
+    /// Who has it, if anyone. Errors as reading.
     static Result<std::optional<LockOwner>> ownerOf(FileSystem& files, const std::filesystem::path& document);
     /// Takes it away from OWNER, if it is still that one's.
     static void removeOf(FileSystem& files, const std::filesystem::path& document, const LockOwner& owner);

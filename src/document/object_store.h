@@ -15,6 +15,7 @@
 namespace quobrix {
 
 class CompoundFile;
+class StreamReader;
 
 /// What could not be read, for the one message to the user and for the checker.
 struct Damage {
@@ -23,10 +24,17 @@ struct Damage {
     std::string what;
 };
 
-/// The streams beside those of the objects.
-inline constexpr std::string_view kIndexStreams[] = {"Version", "Next Available Id", "Available Ids", "Object Ids",
-                                                     "Singleton Ids"};
+// The streams beside those of the objects.
+inline constexpr std::string_view kVersionStream = "Version";
+inline constexpr std::string_view kNextIdStream = "Next Available Id";
+inline constexpr std::string_view kFreeIdsStream = "Available Ids";
+inline constexpr std::string_view kObjectIdsStream = "Object Ids";
+inline constexpr std::string_view kSingletonIdsStream = "Singleton Ids";
+inline constexpr std::string_view kIndexStreams[] = {kVersionStream, kNextIdStream, kFreeIdsStream, kObjectIdsStream,
+                                                     kSingletonIdsStream};
 
+/// The name of the stream of the object ID.
+std::string streamName(ObjectId id);
 /// The id that a stream is named by; nothing for other names ("Version", "007", and numbers that no object gets).
 ObjectId idOfStream(std::string_view name);
 
@@ -67,9 +75,9 @@ public:
     /// Reads the index streams of FILE into an empty store and loads objects from it from now on; FILE must outlive
     /// the store or be replaced by attach(). A file without "Version" stream is an empty document. Damaged index
     /// streams are rebuilt from the streams' names as far as possible and noted.
-    void load(const CompoundFile& file);
+    void load(const StreamReader& file);
     /// Loads from FILE from now on: the same streams in another file.
-    void attach(const CompoundFile& file);
+    void attach(const StreamReader& file);
     /// Calls TELL when the file turns out to have been changed by another program.
     void whenFileChanged(std::function<void()> tell) { whenFileChanged_ = std::move(tell); }
     /// Calls TELL whenever something is found damaged.
@@ -118,7 +126,7 @@ public:
 
     // What is set aside is kept in memory as it is, with its id, whatever is saved meanwhile; files know nothing of it.
 
-    /// JOURNAL (nothing: nobody) is told of what comes and goes from now on.
+    /// JOURNAL, if any, is told of what comes and goes from now on.
     void setJournal(ObjectJournal* journal) { journal_ = journal; }
     /// How an object came to be set aside. Files then look as if one that was deleted had been deleted, and one whose
     /// making was taken back had never been there, if all later ones have been taken back.
@@ -241,7 +249,7 @@ private:
     void rebuildIndex(const std::string& why, const std::vector<ObjectId>* listed, const std::vector<ObjectId>& unused);
 
     const TypeRegistry& types_;
-    const CompoundFile* file_ = nullptr;
+    const StreamReader* file_ = nullptr;
     std::vector<Slot> slots_;      // ascending by id, so that the index is written in one order
     std::size_t vacantSlots_ = 0;  // at most half of them
     std::deque<ObjectId> freeIds_; // to be given out

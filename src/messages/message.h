@@ -22,7 +22,7 @@ enum class MessageButtons {
     YesNo,       ///< a question; "no" is the safe answer unless the asking flow says otherwise
     YesNoCancel, ///< a question that can also be left unanswered, which is the safe answer
     Actions,     ///< a question whose answers the asking flow names; it can be left unanswered too
-    Offer,       ///< the same, for what nobody has asked for: left unanswered, it is "not now"
+    Offer,       ///< the same, for what was not asked for: left unanswered, it is "not now"
 };
 
 /// A row of the string table. The key is the message's name in the help system and in scripts.

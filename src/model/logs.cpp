@@ -1,7 +1,7 @@
 #include "model/logs.h"
 
 #include "model/accident_log.h"
-#include "model/security_log.h"
+#include "model/activity_log.h"
 #include "model/trip_log.h"
 #include "model/trip_report.h"
 #include "model/trip_tables.h"
@@ -82,6 +82,13 @@ std::span<const LogViewSpec> LogSpec::views() const {
 std::string_view LogSpec::className() const { return table.name.substr(0, table.name.rfind("Table")); }
 
 std::string LogSpec::viewName(std::string_view view) const { return std::string(className()).append(view); }
+
+// That the keys are of these classes is told by kKeysOf.
+RecordColumn& LogSpec::recordsOf(const Table& log) const { return static_cast<RecordColumn&>(log.columnOf(*keys[0])); }
+LoggerColumn& LogSpec::loggersOf(const Table& log) const { return static_cast<LoggerColumn&>(log.columnOf(*keys[1])); }
+DateTimeColumn& LogSpec::timesOf(const Table& log) const {
+    return static_cast<DateTimeColumn&>(log.columnOf(*keys[2]));
+}
 
 std::string LogSpec::recordHeading() const {
     return plainHeading(static_cast<const Column&>(*recordColumn()->create()).spec());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/log_columns.h"
 #include "model/record_table.h"
 #include "tables/table.h"
 
@@ -55,9 +56,12 @@ struct LogSpec {
     RecordTables tables = nullptr;     ///< of a record; there if it has such a view
     std::array<LogViewSpec, 4> ownViews{};
 
-    const PersistentType* recordColumn() const { return keys[0]; } ///< a RecordColumn
-    const PersistentType* logger() const { return keys[1]; }       ///< a LoggerColumn
-    const PersistentType* time() const { return keys[2]; }         ///< a DateTimeColumn
+    const PersistentType* recordColumn() const { return keys[0]; }
+    const PersistentType* logger() const { return keys[1]; }
+    // The columns of its table that these name.
+    RecordColumn& recordsOf(const Table& log) const;
+    LoggerColumn& loggersOf(const Table& log) const;
+    DateTimeColumn& timesOf(const Table& log) const;
     /// The columns of its list on the command line.
     std::span<const PersistentType* const> list() const { return ownList.empty() ? summary : ownList; }
     /// The ways in which it can be looked at.

@@ -9,7 +9,7 @@ namespace {
 /// What is asked and said about the rows of a name table.
 struct Wording {
     const PersistentType& table;
-    std::optional<MessageOf<0>> deleteQuestion; ///< nothing: deleting is not asked about, and can be undone as ever
+    std::optional<MessageOf<0>> deleteQuestion; ///< nothing: deleting is not asked about, since it can be undone
     MessageOf<0> cannotDelete;
 };
 

@@ -15,7 +15,7 @@ struct NewKeys {
 };
 
 /// Asks whether the new loggers and vehicles are to be named, each once and only if there are some; gives the keys that
-/// are. New drivers are listed without a question: a download brings their numbers only, and nobody may know them yet.
+/// are. New drivers are listed without a question: a download brings their numbers only, and they may not be known yet.
 NewKeys askForNames(const NewKeys& added, Prompter& prompter);
 
 /// Whether ROWS of a name table may be deleted: asks for it, where the table has a question, and then refuses all of

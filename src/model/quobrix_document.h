@@ -2,10 +2,10 @@
 
 #include "document/document.h"
 #include "model/accident_log.h"
+#include "model/activity_log.h"
 #include "model/logger_tables.h"
 #include "model/logs.h"
 #include "model/names.h"
-#include "model/security_log.h"
 #include "model/trip_log.h"
 #include "model/trouble_log.h"
 #include "tables/table_edits.h"

@@ -28,7 +28,7 @@ std::optional<std::string> environmentVariable(const char* name);
 /// their way, and a terminal shows them as UTF-8.
 void useUtf8Streams();
 
-/// Why the last write to a standard stream failed, as an errno value: EPIPE if nobody reads it any more.
+/// Why the last write to a standard stream failed, as an errno value: EPIPE if its reader has gone.
 int streamError();
 
 } // namespace quobrix

@@ -30,7 +30,8 @@ public:
     /// A hint for a flush() to come: what lies before END (bytes) may go to the disk while more is written behind it.
     /// Waits for nothing and promises nothing.
     virtual void startFlush([[maybe_unused]] std::uint64_t end) {}
-    /// Of a file that was opened for writing: nobody else can do the same. False where the file system has no locks.
+    /// Of a file that was opened for writing: no other program can do the same. False where the file system has no
+    /// locks.
     virtual bool locked() const { return true; }
 };
 
@@ -66,7 +67,7 @@ enum class FileMode {
     Read,          ///< an existing file, shared with writers
     ReadWrite,     ///< an existing file, locked against a second writer (ErrorKind::InUse), see File::locked()
     Create,        ///< a new file, which must not exist (ErrorKind::Exists), locked likewise
-    CreatePrivate, ///< likewise, and nobody but its owner can open it until its permissions are widened
+    CreatePrivate, ///< likewise, and only its owner can open it until its permissions are widened
 };
 
 /// Opens PATH. Folders are refused with IsDirectory.

@@ -141,7 +141,7 @@ public:
 
     bool locked() const override { return locked_; }
 
-    /// Waits for nobody: InUse when another open file description holds the lock, in this process or another. Where
+    /// Does not wait: InUse when another open file description holds the lock, in this process or another. Where
     /// the file system knows no locks everyone is let in, and locked() says so.
     Result<void> lock(const std::filesystem::path& path) {
         locked_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
@@ -178,7 +178,7 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
                       (mode == FileMode::Read        ? O_RDONLY
                        : mode == FileMode::ReadWrite ? O_RDWR
                                                      : O_RDWR | O_CREAT | O_EXCL);
-    // A file may be renamed over PATH between opening and locking; the lock would then be on a file nobody sees.
+    // A file may be renamed over PATH between opening and locking; the lock would then be on a file without a name.
     constexpr int kAttempts = 10;
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const int descriptor = ::open(path.c_str(), flags, mode == FileMode::CreatePrivate ? 0600 : 0666);

@@ -42,8 +42,8 @@ enum class IfThere {
 class ReplacementFile {
 public:
     /// Makes the temporary file, locked like every written file, in the folder of TARGET (links followed). It has the
-    /// permissions of LIKE if that exists (but its owner may write it), so that nobody can read what they could not
-    /// read before; an empty LIKE is the target.
+    /// permissions of LIKE if that exists (but its owner may write it), so that it does not become
+    /// readable for more people; an empty LIKE is the target.
     static Result<ReplacementFile> create(const std::filesystem::path& target, const std::filesystem::path& like = {},
                                           FileSystem& files = FileSystem::system());
 
@@ -96,11 +96,11 @@ Result<void> renameOver(const std::filesystem::path& from, const std::filesystem
 Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Returns when the names in FOLDER are on the disk.
 Result<void> flushFolder(const std::filesystem::path& folder);
-/// Removes the temporary files that programs which were killed have left in FOLDER: those that nobody has locked.
+/// Removes the temporary files that programs which were killed have left in FOLDER: those that are not locked.
 void removeAbandoned(const std::filesystem::path& folder);
 /// Removes PATH, a regular file, unless somebody has it locked or locks cannot be had.
 void removeUnlessLocked(const std::filesystem::path& path);
-/// FOLDER is the user's own and nobody else may put anything there.
+/// FOLDER is the user's own and only the user may put anything there.
 bool onlyUserWrites(const std::filesystem::path& folder);
 /// Whether the system would follow LINK, see resolveLinks().
 bool mayFollow(const std::filesystem::path& link);

@@ -147,7 +147,7 @@ void removeUnlessLocked(const std::filesystem::path& path) {
     if (attributes == INVALID_FILE_ATTRIBUTES ||
         (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)))
         return;
-    // Shared with nobody: refused while another program has it open. Closing removes it.
+    // Not shared: refused while another program has it open. Closing removes it.
     const HANDLE handle = CreateFileW(path.c_str(), DELETE, 0, nullptr, OPEN_EXISTING,
                                       FILE_FLAG_DELETE_ON_CLOSE | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (handle != INVALID_HANDLE_VALUE)

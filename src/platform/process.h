@@ -9,7 +9,7 @@ namespace quobrix {
 /// gets a place that refuses everything, so that no file of the program's own takes that place and receives its output.
 void secureStandardStreams();
 
-/// For every program at its start: writing to a pipe that nobody reads any more, or past the size that the system
+/// For every program at its start: writing to a pipe whose reader has gone, or past the size that the system
 /// allows for a file, is an error of that write from now on, and not the end of the program.
 void ignoreWriteSignals();
 
@@ -22,7 +22,7 @@ struct ProcessName {
     bool operator==(const ProcessName&) const = default;
 };
 ProcessName thisProcess();
-/// It ran on this computer and has certainly ended. False if nobody here can know.
+/// It ran on this computer and has certainly ended. False if that cannot be known here.
 bool hasEnded(const ProcessName& name);
 
 } // namespace quobrix

@@ -35,7 +35,7 @@ bool hasEnded(const ProcessName& name) {
         return false;
     const HANDLE process = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, static_cast<DWORD>(name.process));
     if (process == nullptr)
-        return GetLastError() == ERROR_INVALID_PARAMETER; // what it says of a number that nobody has
+        return GetLastError() == ERROR_INVALID_PARAMETER; // what it says of a number without a process
     DWORD code = 0;
     const bool ended = GetExitCodeProcess(process, &code) && code != STILL_ACTIVE;
     CloseHandle(process);

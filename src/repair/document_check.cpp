@@ -56,7 +56,7 @@ private:
         const auto contradiction = [&](std::string what) {
             contradictions_.push_back({owner.id(), text(logOfClass(owner.type().name)), std::move(what)});
         };
-        // Of its columns a table tells itself: whether they are of their class, and nobody else's.
+        // A table itself tells whether its columns are of their class and belong to it alone.
         const bool isTable = dynamic_cast<const Table*>(&owner) != nullptr && store_.types().find(reference.typeId);
         const auto [known, first] = owners_.emplace(reference.id, Owner{&owner, reference.typeId});
         if (!first && !isTable)

@@ -16,17 +16,17 @@
 namespace quobrix {
 namespace {
 
-using Fate = SalvagedObject::Fate;
+using State = SalvagedObject::State;
 
 class Salvage {
 public:
-    Salvage(const CompoundFile& from, CompoundFile& into)
+    Salvage(const StreamReader& from, CompoundFile& into)
         : from_(from), into_(into), objects_(from), empty_(objects_.all().empty() && objects_.unreadable().empty()) {}
 
     Result<DocumentRepair> run() {
         for (const std::string& damage : objects_.indexDamage())
             note(kNoObject, {}, damage + "; the index was made anew");
-        if (const Result<void> whole = from_.writable(); !whole) // nobody knows what they led to
+        if (const Result<void> whole = from_.writable(); !whole) // what they led to is unknown
             lose(kNoObject, {}, whole.error().detail);
         for (const PersistentType* type : modelTypes().all())
             if (type->singleton)
@@ -48,14 +48,14 @@ private:
             return std::pair(chooseColumns(objects_.at(id)).rows, id == objects_.named(type));
         };
         const ObjectId best = *std::ranges::max_element(candidates, {}, worth);
-        claim(best, {text(logOfClass(type.name)), {}}, Fate::Kept);
+        claim(best, {text(logOfClass(type.name)), {}}, State::Kept);
         for (const ObjectId id : candidates) {
             if (id == best)
                 continue;
             lose(id, text(logOfClass(type.name)),
                  fmt::format("there are two {}; this one of {} rows is left out", type.name,
                              chooseColumns(objects_.at(id)).rows));
-            claim(id, {}, Fate::Dropped);
+            claim(id, {}, State::Dropped);
         }
     }
 
@@ -84,7 +84,7 @@ private:
         else if (!empty_)
             lose(kNoObject, log, "its table and all its columns are lost");
         const ObjectId id = objects_.add(std::move(root));
-        claim(id, {log, {}}, Fate::Kept);
+        claim(id, {log, {}}, State::Kept);
     }
 
     // Tables and what they own
@@ -95,22 +95,22 @@ private:
         std::string within; ///< "record 3: Samples: ", or empty
     };
 
-    /// Gives FATE to an object and to everything that it owns, directly or not, and mends references to what is lost.
-    void claim(ObjectId id, Place place, Fate fate) {
+    /// Gives STATE to an object and to everything that it owns, directly or not, and mends references to what is lost.
+    void claim(ObjectId id, Place place, State state) {
         struct Task {
             ObjectId id;
             Place place;
         };
         std::deque<Task> tasks{{id, std::move(place)}};
-        objects_.at(id).fate = fate;
+        objects_.at(id).state = state;
         const auto own = [&](ObjectId owned, SalvagedObject& object, Place at) {
-            object.fate = fate;
+            object.state = state;
             if (object.table || !object.cells.empty())
                 tasks.push_back({owned, std::move(at)});
         };
         for (; !tasks.empty(); tasks.pop_front()) {
             const Task task = tasks.front();
-            silent_ = fate == Fate::Dropped;
+            silent_ = state == State::Dropped;
             if (SalvagedObject& object = objects_.at(task.id); object.table)
                 claimColumns(object, task.id, task.place, own);
             else
@@ -179,7 +179,7 @@ private:
             if (std::ranges::find(spec.columns, column.typeId, &PersistentType::id) == spec.columns.end()) {
                 if (SalvagedObject* foreign = objects_.free(column.id, column.typeId); foreign && !foreign->type) {
                     content.columns.push_back(column);
-                    foreign->fate = table.fate;
+                    foreign->state = table.state;
                 } else {
                     lose(column.id, place.log,
                          fmt::format("{}a column of a class that is not known cannot be kept ({})", place.within,
@@ -228,7 +228,7 @@ private:
         fresh.typeId = type.id();
         fresh.stored = true;
         fresh.rows = rows;
-        fresh.fate = Fate::Kept;
+        fresh.state = State::Kept;
         fresh.changed = true;
         return objects_.add(std::move(fresh));
     }
@@ -279,10 +279,10 @@ private:
     void takeOrphans() {
         const auto take = [&](auto&& which) {
             for (auto& [id, object] : objects_.all())
-                if (object.fate == Fate::Free && object.type && which(object)) {
+                if (object.state == State::Free && object.type && which(object)) {
                     const std::string log = text(logOfClass(object.type->name));
                     note(id, log, fmt::format("nothing refers to this {}; it is kept", object.type->name));
-                    claim(id, {log, {}}, Fate::Kept);
+                    claim(id, {log, {}}, State::Kept);
                 }
         };
         take([](const SalvagedObject& object) { return !object.cells.empty(); });
@@ -292,9 +292,9 @@ private:
 
     void tellTheRest() {
         for (auto& [id, object] : objects_.all())
-            if (!object.type && object.fate == Fate::Free) {
-                object.fate = objects_.told(id) ? Fate::Dropped : Fate::Kept;
-                if (object.fate == Fate::Kept)
+            if (!object.type && object.state == State::Free) {
+                object.state = objects_.told(id) ? State::Dropped : State::Kept;
+                if (object.state == State::Kept)
                     note(id, {}, "its class is not known to this version; it is kept as it is");
             }
         for (const auto& [id, unreadable] : objects_.unreadable())
@@ -314,8 +314,8 @@ private:
                 copyOther(name);
         writeDocumentStream(into_);
         for (const auto& [id, object] : objects_.all())
-            if (object.fate == Fate::Kept) {
-                const std::string name = std::to_string(id);
+            if (object.state == State::Kept) {
+                const std::string name = streamName(id);
                 Result<Bytes> stream = object.changed ? Result<Bytes>(object.encode()) : from_.read(name);
                 if (!stream)
                     return stream.error();
@@ -343,7 +343,7 @@ private:
 
     void countRecords() {
         for (const auto& [id, object] : objects_.all())
-            if (object.fate == Fate::Kept && object.table && object.type->singleton)
+            if (object.state == State::Kept && object.table && object.type->singleton)
                 if (const SourceText log = logOfClass(object.type->name); log != kOtherLog)
                     result_.records.emplace_back(text(log), object.table->rows);
         std::ranges::sort(result_.records);
@@ -358,7 +358,7 @@ private:
             result_.notes.push_back({id, std::move(log), std::move(what)});
     }
 
-    const CompoundFile& from_;
+    const StreamReader& from_;
     CompoundFile& into_;
     DocumentRepair result_;
     SalvagedObjects objects_;
@@ -370,9 +370,9 @@ private:
 
 } // namespace
 
-Result<DocumentRepair> salvage(const CompoundFile& from, CompoundFile& into) { return Salvage(from, into).run(); }
+Result<DocumentRepair> salvage(const StreamReader& from, CompoundFile& into) { return Salvage(from, into).run(); }
 
-Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into, IfThere ifThere,
+Result<DocumentRepair> repairDocument(const StreamReader& from, const std::filesystem::path& into, IfThere ifThere,
                                       const std::filesystem::path& like) {
     // Another running copy must not lose the file that it has open, nor open one that is about to go.
     const Result<std::unique_ptr<File>> there = openFile(into, FileMode::ReadWrite);

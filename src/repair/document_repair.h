@@ -10,6 +10,7 @@
 namespace quobrix {
 
 class CompoundFile;
+class StreamReader;
 
 /// What became of a damaged document.
 struct DocumentRepair {
@@ -35,12 +36,12 @@ struct DocumentRepair {
 /// kept as they are.
 ///
 /// The work and the memory are in proportion to the document. Fails only as INTO does.
-Result<DocumentRepair> salvage(const CompoundFile& from, CompoundFile& into);
+Result<DocumentRepair> salvage(const StreamReader& from, CompoundFile& into);
 
 /// The same into the file INTO, which must not be the one that FROM reads: the document is built beside its place and
 /// put there when it is whole, instead of what was there before if that may be replaced (IF_THERE). It has the
-/// permissions of LIKE, the damaged file, so that nobody else can read what was private. Errors as TDocument::saveAs.
-Result<DocumentRepair> repairDocument(const CompoundFile& from, const std::filesystem::path& into,
+/// permissions of LIKE, the damaged file, so that what was private stays so. Errors as TDocument::saveAs.
+Result<DocumentRepair> repairDocument(const StreamReader& from, const std::filesystem::path& into,
                                       IfThere ifThere = IfThere::Refuse, const std::filesystem::path& like = {});
 
 } // namespace quobrix

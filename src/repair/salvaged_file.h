@@ -1,6 +1,9 @@
 #pragma once
 
-#include "compound/compound_file.h"
+#include "compound/stream_reader.h"
+#include "platform/file.h"
+
+#include <memory>
 
 namespace quobrix {
 
@@ -15,6 +18,6 @@ namespace quobrix {
 ///
 /// writable() says Corrupt and, if so, how many objects were found in this way, or that this is the state before the
 /// last save. Errors as CompoundFile::open, if nothing is found. The work and the memory are in proportion to the file.
-Result<std::unique_ptr<CompoundFile>> openForRepair(std::unique_ptr<File> file);
+Result<std::unique_ptr<StreamReader>> openForRepair(std::unique_ptr<File> file);
 
 } // namespace quobrix

@@ -1,6 +1,6 @@
 #include "repair/salvaged_objects.h"
 
-#include "compound/compound_file.h"
+#include "compound/stream_reader.h"
 #include "model/quobrix_document.h"
 
 #include <fmt/format.h>
@@ -46,14 +46,14 @@ Bytes SalvagedObject::encode() const {
     return out.take();
 }
 
-SalvagedObjects::SalvagedObjects(const CompoundFile& from) {
+SalvagedObjects::SalvagedObjects(const StreamReader& from) {
     readIndex(from);
     for (const std::string& name : from.names())
         if (const ObjectId id = idOfStream(name); id != kNoObject)
             examine(id, from.read(name));
 }
 
-void SalvagedObjects::readIndex(const CompoundFile& from) {
+void SalvagedObjects::readIndex(const StreamReader& from) {
     ObjectStore store(modelTypes());
     store.load(from);
     store.findLostSingletons();
@@ -62,7 +62,7 @@ void SalvagedObjects::readIndex(const CompoundFile& from) {
             indexDamage_.push_back(damage.what);
     named_ = store.singletonIds();
     for (const ObjectId id : store.objectIds())
-        if (!from.contains(std::to_string(id)))
+        if (!from.contains(streamName(id)))
             unreadable_.emplace(id, Unreadable{0, "its stream is missing"});
 }
 
@@ -97,7 +97,7 @@ ObjectId SalvagedObjects::named(const PersistentType& type) const {
 SalvagedObject* SalvagedObjects::free(ObjectId id, std::uint32_t typeId) {
     const auto found = objects_.find(id);
     const bool fits =
-        found != objects_.end() && found->second.typeId == typeId && found->second.fate == SalvagedObject::Fate::Free;
+        found != objects_.end() && found->second.typeId == typeId && found->second.state == SalvagedObject::State::Free;
     return fits ? &found->second : nullptr;
 }
 
@@ -127,8 +127,8 @@ std::string SalvagedObjects::whyNot(ObjectId id) {
         setTold(id);
         return "its class is not known";
     }
-    return found->second.fate == SalvagedObject::Fate::Free ? fmt::format("it is a {}", found->second.type->name)
-                                                            : "it belongs elsewhere";
+    return found->second.state == SalvagedObject::State::Free ? fmt::format("it is a {}", found->second.type->name)
+                                                              : "it belongs elsewhere";
 }
 
 ObjectId SalvagedObjects::add(SalvagedObject object) {

@@ -12,7 +12,7 @@
 
 namespace quobrix {
 
-class CompoundFile;
+class StreamReader;
 
 /// An object of a damaged document that can be read, and what of it matters for others.
 struct SalvagedObject {
@@ -24,12 +24,12 @@ struct SalvagedObject {
     std::vector<ObjectId> cells; ///< of a column of objects
     std::uint32_t cellTypeId = 0;
 
-    enum class Fate {
+    enum class State {
         Free, ///< nothing has claimed it yet
         Kept,
         Dropped,
     };
-    Fate fate = Fate::Free;
+    State state = State::Free;
     bool changed = false; ///< the stream that it was read from does not hold for it any more
 
     /// The stream of a changed object; that of a column other than of objects has no values.
@@ -45,7 +45,7 @@ public:
         std::string why;
     };
 
-    explicit SalvagedObjects(const CompoundFile& from);
+    explicit SalvagedObjects(const StreamReader& from);
 
     std::map<ObjectId, SalvagedObject>& all() { return objects_; }
     SalvagedObject& at(ObjectId id) { return objects_.at(id); }
@@ -75,7 +75,7 @@ public:
     const TableSpec& spec(const PersistentType& type) { return static_cast<const Table&>(prototype(type)).spec(); }
 
 private:
-    void readIndex(const CompoundFile& from);
+    void readIndex(const StreamReader& from);
     void examine(ObjectId id, const Result<Bytes>& stream);
 
     std::map<ObjectId, SalvagedObject> objects_;

@@ -131,7 +131,7 @@ void TableChecker::append(const Column& column, std::size_t index, RowIndex row,
     const Requirements& r = column.requirements();
     const Value value = column.value(row);
     std::vector<Finding> found = checkValue(column, value, context);
-    // What records hold is a fact, and nobody could put it right here.
+    // What records hold is a fact that cannot be corrected here.
     if (!found.empty() && found.front().severity == Severity::Required && !column.lockedBecause(row).empty())
         std::erase_if(found, [](const Finding& each) { return each.severity == Severity::Required; });
     if (r.mustBeUnique != Uniqueness::None && !isUnique(column, index, value, r.mustBeUnique))

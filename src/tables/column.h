@@ -21,6 +21,9 @@ class Table;
 class TimeZone;
 class TUnitSystem;
 
+/// The refusal of what is not for editing at all.
+extern const std::string_view kNotEditable;
+
 enum class ColumnKind { Boolean, Integer, Real, Text, Selection, DateTime, Table };
 
 /// What a cell holds, in base units: nothing, a boolean, an integer (selections: the code; dates: seconds since

@@ -15,9 +15,11 @@
 #include <limits>
 
 namespace quobrix {
+
+const std::string_view kNotEditable = "This is not editable; see Help for more information.";
+
 namespace {
 
-constexpr std::string_view kNotEditable = "This is not editable; see Help for more information.";
 constexpr std::string_view kNotABoolean = "Hey, that's not a boolean!";
 constexpr std::string_view kNotAnInteger = "Hey, that's not an integer!";
 constexpr std::string_view kNotANumber = "Hey, that's not a number!";

@@ -14,7 +14,7 @@ class Settings;
 /// lies in the section of its column's key under "Value" (texts: "default"); one that is missing has its column's
 /// default.
 ///
-/// Edits go into the settings at once and into their journal: what accept() has not confirmed is taken back by
+/// Edits go into the settings immediately, and into their journal: what accept() has not confirmed is taken back by
 /// cancel(), or when the table ends.
 class OptionTable final : public Table {
 public:

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "document/object_store.h"
-#include "tables/check.h"
-#include "tables/table.h"
+#include "tables/edit_check.h"
 
 #include <cstddef>
 #include <deque>
@@ -18,16 +17,6 @@ namespace quobrix {
 
 class TDocument;
 class TabbedText;
-
-/// The cells of one column that are to change, with their values; by row, each once.
-using NewValues = std::vector<std::pair<RowIndex, const Value*>>;
-
-/// A cell to be set.
-struct CellEdit {
-    std::size_t column = 0;
-    RowIndex row = 0;
-    Value value;
-};
 
 /// What has changed in a table, by editing, undo or redo.
 struct TableChange {
@@ -50,18 +39,6 @@ public:
 
 protected:
     ~TableEditsListener() = default;
-};
-
-/// How an edit ended. Refused: nothing has changed.
-struct EditOutcome {
-    std::string refusal;             ///< why; empty: it was done
-    std::vector<Finding> warnings{}; ///< recommendations that the new values do not follow
-    std::string notice{};            ///< a limit that has been reached
-    // Where it was refused: a cell of the block that was to be set, if it was for one.
-    std::size_t column = 0;
-    RowIndex row = Finding::kNoRow;
-
-    bool ok() const { return refusal.empty(); }
 };
 
 /// The way by which every edit goes into the tables of a document, or into a table that stands alone: it is checked as
@@ -159,8 +136,8 @@ private:
     ObjectStore* store() const;
     Table* find(ObjectId table) const;
     std::string lockOf(const Table& table) const;
-    EditOutcome apply(ObjectId id, std::size_t addedRows, std::vector<CellEdit> cells, const TextContext& context,
-                      std::string description);
+    EditOutcome apply(ObjectId id, std::size_t addedRows, const std::vector<CellEdit>& cells,
+                      const TextContext& context, std::string description);
     EditOutcome setCells(Table& table, std::size_t addedRows, const std::map<std::size_t, NewValues>& values);
     EditOutcome step(std::string description, const std::function<EditOutcome()>& work);
     void idWanted() override { forgetUndone(); }
@@ -195,19 +172,5 @@ private:
     std::vector<TableEditsListener*> listeners_;
     int telling_ = 0;
 };
-
-/// "The clipboard contains data which cannot be pasted. …"
-extern const std::string_view kIncompatiblePaste;
-
-/// What is selected in a window when Delete is chosen.
-struct DeleteSelection {
-    std::vector<RowIndex> wholeRows{}; ///< rows selected from end to end
-    bool otherCells = false;           ///< cells of other rows are selected, too
-    bool onReadOnlyCell = false;       ///< one of them is not for editing
-};
-/// Why rows of TABLE cannot be deleted; empty if they can.
-std::string cannotDelete(const Table& table, const DeleteSelection& selection);
-/// Why COUNT rows cannot be added to or inserted into TABLE; empty if they can.
-std::string cannotInsert(const Table& table, std::size_t count);
 
 } // namespace quobrix

@@ -20,7 +20,7 @@ public:
 
     constexpr bool operator==(const SourceText&) const = default;
     constexpr bool empty() const { return english_.empty(); }
-    /// For catalogues, names of things, and the tests of tables; nobody reads it.
+    /// For catalogues, names of things, and the tests of tables; people do not read it.
     constexpr std::string_view english() const { return english_; }
 
 private:

@@ -43,9 +43,6 @@ struct UnitRecord {
     constexpr std::string_view nameOfOne() const { return name.substr(0, name.size() - pluralEnding()); }
     constexpr std::string_view labelOfOne() const { return label.substr(0, label.size() - pluralEnding()); }
 
-    constexpr double fromBase(double base) const {
-        return secondsPerUnit ? (base + offset) / factor : (base + offset) * factor;
-    }
     constexpr double toBase(double shown) const { return (secondsPerUnit ? shown * factor : shown / factor) - offset; }
 
 private:

@@ -110,7 +110,7 @@ public:
         return quobrix::formatInteger(locale_.numbers, value, buffer);
     }
     /// A base value in the current unit with the current decimals: "60"; or as a fraction, see showsFractions().
-    /// Nothing for kNoValue: a conversion would make a figure of it that nobody has measured.
+    /// Nothing for kNoValue: a conversion would make a figure of it that was never measured.
     std::string_view formatValue(UnitTypeId type, double base, std::span<char> buffer) const {
         if (!hasValue(base))
             return {};
@@ -134,7 +134,8 @@ public:
     void resetToSI() { replace({}); }
     /// Makes CHOICES current and tells the listeners.
     void replace(UnitChoices choices);
-    /// The system is now in the file NAME: neither modified nor locked. Values do not change, so nobody is told.
+    /// The system is now in the file NAME: neither modified nor locked. Values do not change, so listeners are not
+    /// told.
     void markSaved(std::string_view name);
     /// The system's file has become read-only.
     void markLocked() { choices_.locked = true; }

@@ -165,7 +165,7 @@ Result<void> UnitSystemStore::deleteSystem() {
         return lockedSystem(current_.name());
     if (const std::optional<fs::path> file = find(current_.name()))
         QUOBRIX_TRY(removeFile(*file));
-    if (!loadSystem(kUsSystemName)) { // the file is gone all the same, and its system must not stay
+    if (!loadSystem(kUsSystemName)) { // the file is gone anyway, and its system must not stay
         current_.resetToSI();
         remember();
     }

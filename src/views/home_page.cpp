@@ -146,7 +146,6 @@ QLabel* HomePage::addFigure(QVBoxLayout& layout, const char* objectName, const Q
     value->setObjectName(QLatin1String(objectName));
     value->setTextFormat(Qt::PlainText);
     value->setWordWrap(true);
-    name->setBuddy(value);
     layout.addSpacing(6);
     layout.addWidget(name);
     layout.addWidget(value);

@@ -38,8 +38,8 @@ void LogList::show(const Table* log) {
     if (log)
         for (const PersistentType* type : spec_.summary)
             columns.push_back({&log->columnOf(*type)});
-    records_ = log ? static_cast<const RecordColumn*>(&log->columnOf(*spec_.recordColumn())) : nullptr;
-    loggers_ = log ? static_cast<const LoggerColumn*>(&log->columnOf(*spec_.logger())) : nullptr;
+    records_ = log ? &spec_.recordsOf(*log) : nullptr;
+    loggers_ = log ? &spec_.loggersOf(*log) : nullptr;
     {
         const QSignalBlocker onlyOneChange(this);
         setColumns(std::move(columns));

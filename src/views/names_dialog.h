@@ -22,7 +22,7 @@ struct NamesDialogSpec {
     MessageId emptyText;
 };
 
-/// Edits a name table: keys, their names, and whether records refer to them. What is edited applies at once, so that
+/// Edits a name table: keys, their names, and whether records refer to them. Edits apply immediately, so that
 /// the windows behind show it, and can be undone; the dialog can stay open beside them. It ends before the document
 /// gets other content.
 class NamesDialog : public QDialog {

@@ -237,9 +237,10 @@ TEST_F(CompoundFileDamage, AFileMayEndWithinItsMiniStream) {
         file->write("b", content('b', 100));
         ASSERT_TRUE(file->commit());
     }
-    const std::size_t fat = cfb::sectorOffset(get32(76)), root = cfb::sectorOffset(get32(48));
+    const auto offsetOf = [](std::uint32_t sector) { return static_cast<std::size_t>(cfb::sectorOffset(sector)); };
+    const std::size_t fat = offsetOf(get32(76)), root = offsetOf(get32(48));
     const std::uint32_t before = get32(root + cfb::entry::kStart);
-    const std::size_t page = cfb::sectorOffset(before);
+    const std::size_t page = offsetOf(before);
     constexpr std::size_t kUsed = 4 * cfb::kMiniSectorSize;
     const auto last = static_cast<std::uint32_t>(disk_->size() / cfb::kSectorSize - 1);
     const Bytes used(disk_->begin() + page, disk_->begin() + page + kUsed);

@@ -17,7 +17,7 @@ void require(bool condition) {
         std::abort();
 }
 
-std::map<std::string, Bytes> contentOf(const CompoundFile& file) {
+std::map<std::string, Bytes> contentOf(const StreamReader& file) {
     std::map<std::string, Bytes> streams;
     for (const std::string& name : file.names())
         if (auto content = file.read(name))

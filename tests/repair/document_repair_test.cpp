@@ -485,7 +485,7 @@ protected:
         return whole;
     }
 
-    static bool isBeforeTheLastSave(const CompoundFile& file) {
+    static bool isBeforeTheLastSave(const StreamReader& file) {
         const Result<void> whole = file.writable();
         return !whole && whole.error().detail.find("before the last save") != std::string::npos;
     }

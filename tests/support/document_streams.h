@@ -23,7 +23,7 @@ inline std::unique_ptr<CompoundFile> compoundFile(const std::filesystem::path& p
 }
 
 /// All streams of FILE.
-inline Streams streamsOf(const CompoundFile& file) {
+inline Streams streamsOf(const StreamReader& file) {
     Streams streams;
     for (const std::string& name : file.names()) {
         auto content = file.read(name);

@@ -74,7 +74,6 @@ private:
             QLabel* value = textLabel(fact.text);
             value->setWordWrap(true);
             value->setAccessibleName(toQt(fact.label + ": " + fact.text));
-            name->setBuddy(value);
             cells->addWidget(name, line, 0, Qt::AlignTop);
             cells->addWidget(value, line++, 1);
         }

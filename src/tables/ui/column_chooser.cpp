@@ -82,7 +82,7 @@ void ColumnChooser::enableButtons() {
     bool any = false;
     for (int i = 0; i < list_->count(); ++i)
         any |= list_->item(i)->checkState() == Qt::Checked;
-    ok_->setEnabled(any); // nobody could find their way back from a list without columns
+    ok_->setEnabled(any); // a list without columns would offer no way back
     ok_->setToolTip(any ? QString() : QStringLiteral("At least one column must be shown."));
 }
 

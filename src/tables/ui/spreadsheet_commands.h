@@ -19,7 +19,7 @@ enum class SpreadsheetCommand : std::size_t {
 };
 
 /// The commands of one spreadsheet as actions: each has "Spreadsheet" and the command's name as object name, its id as
-/// data, its prompt as status tip, and its shortcut within the spreadsheet. A command that nobody handles is disabled,
+/// data, its prompt as status tip, and its shortcut within the spreadsheet. A command without a handler is disabled,
 /// and its tip says that it is not available yet.
 class SpreadsheetCommands : public QObject {
 public:

@@ -87,7 +87,7 @@ void SpreadsheetLayout::restore() {
     for (const int column : hidden)
         header.hideSection(column);
     if (header.count() > 0 && header.hiddenSectionCount() == header.count())
-        header.showSection(header.logicalIndex(0)); // nobody could find their way back from a list without columns
+        header.showSection(header.logicalIndex(0)); // a list without columns would offer no way back
     const QString sort = toQt(settings_.getText(section_, "Sort"));
     const bool downward = sort.startsWith(QLatin1Char('-'));
     const int sorted = model_.indexOf(sort.mid(downward ? 1 : 0).toStdString());

@@ -15,16 +15,16 @@ class SpreadsheetModel;
 /// sorting. Kept in a section of the settings:
 ///
 /// "Columns"  key:width of each column from left to right, separated by blanks. A width of 0 leaves it to the texts, as
-///            for columns that nobody has resized; a negative one belongs to a hidden column, -1 to one whose texts
-///            will say.
+///            for columns that the user has not resized; a negative one belongs to a hidden column, -1 to one whose
+///            texts will say.
 /// "Sort"     the key of the column that is sorted by, behind a minus when it is sorted downward
 class SpreadsheetLayout {
 public:
     /// All of it must outlive the layout.
     SpreadsheetLayout(Settings& settings, std::string section, QTableView& view, const SpreadsheetModel& model);
 
-    /// Gives the columns that nobody has resized the widths of what they show now: of their headings alone while there
-    /// are no rows.
+    /// Gives the columns that the user has not resized the widths of what they show now: of their headings alone while
+    /// there are no rows.
     void fitToTexts();
     /// Gives the columns what is remembered of them, else their texts' widths.
     void restore();

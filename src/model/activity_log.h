@@ -20,7 +20,7 @@ private:
 
 #define COLUMN(Name, Base, Key, Heading, Tooltip, Needs)                                                               \
     QUOBRIX_COLUMN_CLASS(Name, Base, Key, D0, Heading, Tooltip, Needs)
-#include "model/security_log.def"
+#include "model/activity_log.def"
 #undef COLUMN
 
 /// What happened to the logger itself (the activity log), in order of time.

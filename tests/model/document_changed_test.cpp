@@ -1,14 +1,11 @@
-/// The document's file among other files: other programs that change it, compaction.
+/// Other programs that change the document's file, or take its name.
 #include "repair/document_check.h"
 #include "support/document_folder.h"
 #include "support/document_streams.h"
-#include "support/fault_folder.h"
 #include "support/forwarding_files.h"
-#include "support/make_link.h"
 #include "support/set_time.h"
 
-#include <sstream>
-#include <stdexcept>
+#include <new>
 #include <utility>
 
 namespace quobrix {
@@ -16,74 +13,9 @@ namespace {
 
 using namespace test;
 
-using DocumentSafety = DocumentFolder;
+using ChangedFile = DocumentFolder;
 
-TEST_F(DocumentSafety, WhatAnotherCopyHasOpenIsNotReplaced) {
-    const fs::path other = folder_ / "Other.car";
-    fs::copy_file(path_, other);
-    TQuobrixDocument document, running;
-    ASSERT_TRUE(running.open(other, TDocument::Access::Edit));
-    openAndAdd(document);
-    EXPECT_EQ(
-        kindOf(document.saveAs(other, IfThere::Replace, {.saveWithoutBackup = [](const Error&) { return true; }})),
-        ErrorKind::InUse);
-    EXPECT_EQ(document.path(), path_);
-    EXPECT_EQ(tripsIn(other), 1u);
-    ASSERT_TRUE(running.open(backup_.parent_path() / "Doc.car", TDocument::Access::Read)); // lets go of the other
-    EXPECT_TRUE(document.saveAs(other, IfThere::Replace));
-}
-
-TEST_F(DocumentSafety, WrittenOnceAnotherCopyLetsGo) {
-    for (const bool savedMeanwhile : {false, true}) {
-        SCOPED_TRACE(savedMeanwhile);
-        TQuobrixDocument running, document;
-        openAndAdd(running);
-        openAndAdd(document);
-        addTrip(document, kStart + 7200);
-        EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::InUse);
-        ASSERT_TRUE(*document.loadRest());
-        if (savedMeanwhile) {
-            ASSERT_TRUE(running.save());
-        }
-        EXPECT_EQ(kindOf(document.save()), ErrorKind::ReadOnly) << "still held";
-        running.newDocument();
-        if (savedMeanwhile) {
-            EXPECT_EQ(kindOf(document.tryWriting()), ErrorKind::Changed);
-            EXPECT_EQ(document.readOnlyReason()->kind, ErrorKind::Changed);
-            EXPECT_EQ(kindOf(document.save()), ErrorKind::Changed);
-            EXPECT_EQ(tripsIn(path_), 4u);
-            ASSERT_TRUE(document.overwrite());
-            EXPECT_EQ(tripsIn(backup_), 4u);
-        } else {
-            ASSERT_TRUE(document.tryWriting() && document.save());
-        }
-        EXPECT_FALSE(document.readOnly());
-        EXPECT_EQ(tripsIn(path_), savedMeanwhile ? 5u : 3u);
-        EXPECT_EQ(kindOf(openFile(path_, FileMode::ReadWrite)), ErrorKind::InUse) << "locked now";
-    }
-}
-
-TEST_F(DocumentSafety, RemovesWhatKilledProgramsLeft) {
-    const fs::path held = folder_ / ".quobrix-00000000000000ff.tmp";
-    for (const char* const name : {".quobrix-0123456789abcdef.tmp", ".quobrix-0123.tmp", "quobrix-0123456789abcdef.tmp",
-                                   ".quobrix-0123456789abcdeX.tmp"})
-        put(folder_ / name, "x");
-    fs::create_directory(folder_ / ".quobrix-1111111111111111.tmp");
-    const bool linked = makeLink(path_, folder_ / ".quobrix-2222222222222222.tmp");
-    const auto holder = openFile(held, FileMode::Create);
-    ASSERT_TRUE(holder);
-    TQuobrixDocument document;
-    ASSERT_TRUE(document.open(path_, TDocument::Access::Read));
-    EXPECT_TRUE(fs::exists(folder_ / ".quobrix-0123456789abcdef.tmp"));
-    open(document);
-    EXPECT_FALSE(fs::exists(folder_ / ".quobrix-0123456789abcdef.tmp"));
-    EXPECT_TRUE(fs::exists(held));
-    EXPECT_EQ(files().size(), linked ? 7u : 6u);
-}
-
-// Names that were free
-
-TEST_F(DocumentSafety, WhatAppearsWhereAFileIsToBeMadeStays) {
+TEST_F(ChangedFile, AppearedFileStays) {
     const fs::path target = folder_ / "New.car";
     for (const IfThere ifThere : {IfThere::Refuse, IfThere::Replace}) {
         fs::remove(target);
@@ -98,140 +30,7 @@ TEST_F(DocumentSafety, WhatAppearsWhereAFileIsToBeMadeStays) {
     }
 }
 
-TEST_F(DocumentSafety, NotDurableYetIsToldAndRetried) {
-    struct Files final : ForwardingFiles {
-        Result<void> flushFolder(const fs::path& folder) override {
-            return fails ? Error{ErrorKind::Io, "flush"} : ForwardingFiles::flushFolder(folder);
-        }
-        bool fails = true;
-    };
-    for (const bool newName : {true, false}) {
-        SCOPED_TRACE(newName);
-        Files files;
-        TQuobrixDocument document(files);
-        openAndAdd(document);
-        const fs::path target = newName ? folder_ / "New.car" : path_;
-        const auto save = [&] { return newName ? document.saveAs(target) : document.compact(); };
-        EXPECT_EQ(kindOf(save()), ErrorKind::NotDurable);
-        EXPECT_EQ(document.path(), target);
-        EXPECT_EQ(tripsIn(target), 2u);
-        EXPECT_TRUE(document.modified());
-        EXPECT_EQ(kindOf(document.save()), ErrorKind::NotDurable);
-        files.fails = false;
-        ASSERT_TRUE(document.save());
-        EXPECT_FALSE(document.modified());
-    }
-}
-
-// Folders without locks
-
-/// A folder with a document of one trip, on a file system without locks.
-struct Lockless {
-    Lockless() {
-        folder.locks = false;
-        TQuobrixDocument made(folder);
-        addTrip(made, kStart);
-        EXPECT_TRUE(made.saveAs(path));
-    }
-    void open(TQuobrixDocument& document) { ASSERT_TRUE(document.open(path, TDocument::Access::Edit)); }
-    std::string lockText() {
-        const Bytes content = folder.current().at(lock);
-        return {content.begin(), content.end()};
-    }
-    /// Somebody else has left a lock file: the document's with LINE (from 0) replaced.
-    void leaveLock(std::size_t line, const std::string& text) {
-        TQuobrixDocument document(folder);
-        open(document);
-        std::istringstream in(lockText());
-        std::string out;
-        for (std::string l; std::getline(in, l);)
-            out += (line-- == 0 ? text : l) + "\n";
-        document.newDocument();
-        folder.replace(lock, Bytes(out.begin(), out.end()));
-    }
-    bool locked() { return folder.current().contains(lock); }
-
-    FaultFolder folder{1};
-    const fs::path path = "/Doc.car", lock = "/Doc.car.lock";
-};
-
-TEST(LocklessFolder, ALockFileKeepsTheSecondWriterAway) {
-    Lockless there;
-    EXPECT_FALSE(there.locked());
-    TQuobrixDocument first(there.folder), second(there.folder);
-    there.open(first);
-    EXPECT_EQ(first.lockFile(), there.lock);
-    ASSERT_TRUE(there.locked());
-    there.open(second);
-    ASSERT_TRUE(second.lockedBy());
-    EXPECT_EQ(second.readOnlyReason()->kind, ErrorKind::InUse);
-    EXPECT_NE(second.lockedBy()->text().find(thisProcess().host), std::string::npos);
-    EXPECT_TRUE(second.lockedBy()->timeText().ends_with(" UTC"));
-    addTrip(second, kStart + 3600);
-    EXPECT_EQ(second.save().error().kind, ErrorKind::ReadOnly);
-    addTrip(first, kStart + 7200);
-    ASSERT_TRUE(first.saveAs("/Copy.car")); // which lets go of the other
-    EXPECT_EQ(first.lockFile(), fs::path("/Copy.car.lock"));
-    EXPECT_FALSE(there.locked());
-    ASSERT_TRUE(second.save());
-    EXPECT_FALSE(second.lockedBy());
-    ASSERT_TRUE(second.open(there.path, TDocument::Access::Edit)) << "its own anew";
-    EXPECT_FALSE(second.readOnly());
-    EXPECT_EQ(first.saveAs(there.path, IfThere::Replace).error().kind, ErrorKind::InUse);
-    second.newDocument();
-    ASSERT_TRUE(first.saveAs(there.path, IfThere::Replace));
-    ASSERT_TRUE(first.compact());
-    EXPECT_TRUE(there.locked());
-    first.newDocument();
-    EXPECT_EQ(there.folder.current().size(), 3u) << "two documents and a backup";
-}
-
-TEST(LocklessFolder, StaleLockFiles) {
-    struct Case {
-        const char* what;
-        std::size_t line;
-        std::string text;
-        bool removed;
-    };
-    for (const Case& c :
-         {Case{"a process that is gone", 4, "999999999", true},
-          Case{"an earlier start of this computer", 2, "x", !thisProcess().boot.empty()},
-          Case{"another computer", 1, "else\x1b[1mwhere", false}, Case{"no lock file of ours", 0, "hello", false}}) {
-        SCOPED_TRACE(c.what);
-        Lockless there;
-        there.leaveLock(c.line, c.text);
-        TQuobrixDocument document(there.folder);
-        there.open(document);
-        EXPECT_EQ(document.readOnly(), !c.removed);
-        if (!c.removed) {
-            EXPECT_EQ(document.lockedBy()->text().find('\x1b'), std::string::npos);
-            ASSERT_TRUE(document.takeOver());
-        }
-        addTrip(document, kStart + 3600);
-        ASSERT_TRUE(document.save());
-        document.newDocument();
-        EXPECT_FALSE(there.locked());
-    }
-}
-
-TEST(LocklessFolder, WhoWasTakenOverSavesNoMore) {
-    Lockless there;
-    TQuobrixDocument first(there.folder), second(there.folder);
-    there.open(first);
-    there.open(second);
-    ASSERT_TRUE(second.takeOver());
-    addTrip(first, kStart + 3600);
-    EXPECT_EQ(first.save().error().kind, ErrorKind::ReadOnly);
-    EXPECT_TRUE(first.lockedBy());
-    addTrip(second, kStart + 3600);
-    ASSERT_TRUE(second.save());
-    first.newDocument();
-    EXPECT_TRUE(there.locked()) << "it is the other's now";
-}
-
-// Other programs
-
-TEST_F(DocumentSafety, AChangedFileIsNotOverwritten) {
+TEST_F(ChangedFile, IsNotOverwritten) {
     const std::string mine = bytes(path_);
     const std::pair<const char*, std::function<void()>> changes[] = {
         {"time", [&] { setTime(path_, fs::last_write_time(path_) + std::chrono::seconds(1)); }},
@@ -280,7 +79,7 @@ TEST_F(DocumentSafety, AChangedFileIsNotOverwritten) {
     }
 }
 
-TEST_F(DocumentSafety, ChangedWhileBackedUp) {
+TEST_F(ChangedFile, ChangedWhileBackedUp) {
     makeDocument(folder_ / "Theirs.car", 9);
     const std::string mine = bytes(path_), theirs = bytes(folder_ / "Theirs.car");
     for (const bool question : {false, true}) { // whether to save without it
@@ -319,7 +118,7 @@ TEST_F(DocumentSafety, ChangedWhileBackedUp) {
     }
 }
 
-TEST_F(DocumentSafety, ReplacedWhileSaved) {
+TEST_F(ChangedFile, ReplacedWhileSaved) {
     fs::copy_file(path_, folder_ / "Theirs.car");
     TQuobrixDocument document;
     openAndAdd(document);
@@ -331,7 +130,7 @@ TEST_F(DocumentSafety, ReplacedWhileSaved) {
     EXPECT_EQ(tripsIn(path_), 1u);
 }
 
-TEST_F(DocumentSafety, AFailedSaveIsNotAnothersChange) {
+TEST_F(ChangedFile, FailedSaveIsOurs) {
     TQuobrixDocument document;
     openAndAdd(document);
     ASSERT_TRUE(document.save());
@@ -348,7 +147,7 @@ TEST_F(DocumentSafety, AFailedSaveIsNotAnothersChange) {
     EXPECT_EQ(tripsIn(backup_), 1u);
 }
 
-TEST_F(DocumentSafety, AChangedFileIsReloadedOrKept) {
+TEST_F(ChangedFile, ReloadedOrKept) {
     makeDocument(folder_ / "Theirs.car", 3);
     TQuobrixDocument document;
     openAndAdd(document);
@@ -369,7 +168,7 @@ TEST_F(DocumentSafety, AChangedFileIsReloadedOrKept) {
     EXPECT_EQ(tripsIn(path_), 3u);
 }
 
-TEST_F(DocumentSafety, LoadedContentIsNotReadAgain) {
+TEST_F(ChangedFile, LoadedContentIsNotReadAgain) {
     const std::string mine = bytes(path_), speeds = {30, 31, 32, 33, 34, 35, 36, 37};
     std::string garbled = mine; // with the same header and size
     const std::size_t at = garbled.find(speeds);
@@ -391,7 +190,7 @@ TEST_F(DocumentSafety, LoadedContentIsNotReadAgain) {
     }
 }
 
-TEST_F(DocumentSafety, ForeignBytesAreNotMixedIn) {
+TEST_F(ChangedFile, ForeignBytesAreNotMixedIn) {
     const fs::path other = folder_ / "Theirs.car", kept = folder_ / "Mine.car";
     {
         TQuobrixDocument made, theirs;
@@ -439,7 +238,7 @@ TEST_F(DocumentSafety, ForeignBytesAreNotMixedIn) {
     }
 }
 
-TEST_F(DocumentSafety, AnotherCopysSavesAreNotMixedIn) {
+TEST_F(ChangedFile, SavesElsewhereAreNotMixedIn) {
     constexpr RowIndex kTrips = 60;
     constexpr int kSaves = 6;
     const fs::path kept = folder_ / "Kept.car";
@@ -518,7 +317,7 @@ TEST_F(DocumentSafety, AnotherCopysSavesAreNotMixedIn) {
     }
 }
 
-TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
+TEST_F(ChangedFile, OpenedWhileSaved) {
     /// Another copy saves at a few of the first moments when the file is read.
     class Saving final : public ForwardingFile {
     public:
@@ -576,7 +375,7 @@ TEST_F(DocumentSafety, AFileIsOpenedWhileAnotherCopySavesIt) {
     EXPECT_FALSE(viewer.hasFile());
 }
 
-TEST_F(DocumentSafety, AnUnreadableFileLeavesTheDocument) {
+TEST_F(ChangedFile, UnreadableLeavesTheDocument) {
     TQuobrixDocument document;
     openAndAdd(document);
     put(path_, "no document");
@@ -588,7 +387,7 @@ TEST_F(DocumentSafety, AnUnreadableFileLeavesTheDocument) {
 #endif
 }
 
-TEST_F(DocumentSafety, ContentThatCannotBeBoundLeavesTheDocument) {
+TEST_F(ChangedFile, UnboundLeavesTheDocument) {
     struct Fragile final : TDocument {
         Fragile() : TDocument(modelTypes()) { newDocument(); }
         Result<void> bind() override {
@@ -607,101 +406,6 @@ TEST_F(DocumentSafety, ContentThatCannotBeBoundLeavesTheDocument) {
     EXPECT_EQ(&document.store(), store);
     EXPECT_EQ(document.path(), path_);
     EXPECT_FALSE(document.readOnly());
-}
-
-// Compaction
-
-TEST_F(DocumentSafety, CompactionRemovesOnlyUnusedSpace) {
-    TQuobrixDocument document;
-    open(document);
-    for (int i = 1; i < 60; ++i)
-        addTrip(document, kStart + 3600 * i);
-    ASSERT_TRUE(document.save());
-    document.trips().removeRows(0, 50);
-    ASSERT_TRUE(document.save());
-    fs::permissions(path_, fs::perms(0640));
-    const fs::perms permissions = fs::status(path_).permissions(); // as far as the system has them
-    const Streams before = streamsOf(path_);
-    const CompoundFile::Space space = document.space();
-    ASSERT_GT(space.freeBytes, space.fileBytes / 2);
-
-    document.trips().removeRows(0, 1); // is saved first
-    ASSERT_TRUE(document.compact());
-    EXPECT_FALSE(document.modified());
-    EXPECT_EQ(tripsIn(path_), 9u);
-    EXPECT_EQ(document.space().fileBytes, fs::file_size(path_));
-    EXPECT_LT(document.space().fileBytes, space.fileBytes / 2);
-    EXPECT_LT(document.space().freeBytes, document.space().fileBytes / 20);
-    EXPECT_EQ(fs::status(path_).permissions(), permissions);
-    EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
-    EXPECT_EQ(files(), (std::vector<std::string>{"Doc.car", "Doc.car.bak"}));
-
-    const Streams compact = streamsOf(path_);
-    ASSERT_TRUE(document.compact()); // there is nothing left to take away
-    EXPECT_EQ(streamsOf(path_), compact);
-    EXPECT_LT(compact.size(), before.size());
-    addTrip(document, kStart);
-    ASSERT_TRUE(document.save());
-    EXPECT_EQ(tripsIn(path_), 10u);
-}
-
-TEST_F(DocumentSafety, ReplacedWhileCompacted) {
-    TQuobrixDocument document;
-    open(document);
-    const auto replace = [&] {
-        fs::remove(path_);
-        put(path_, "theirs");
-    };
-    EXPECT_EQ(kindOf(document.compact(meanwhile([] {}, replace))), ErrorKind::Changed);
-    EXPECT_EQ(bytes(path_), "theirs");
-#ifndef _WIN32 // where what the other program has put aside is there until it is closed
-    EXPECT_EQ(files(), std::vector<std::string>{"Doc.car"});
-#endif
-}
-
-TEST_F(DocumentSafety, RefusedCompactions) {
-    TQuobrixDocument document, second;
-    EXPECT_EQ(kindOf(document.compact()), ErrorKind::NotFound);
-    open(document);
-    ASSERT_TRUE(second.open(path_, TDocument::Access::Edit));
-    EXPECT_EQ(kindOf(second.compact()), ErrorKind::InUse);
-    ASSERT_TRUE(second.open(path_, TDocument::Access::Read));
-    EXPECT_EQ(kindOf(second.compact()), ErrorKind::ReadOnly);
-    document.newDocument();
-    second.newDocument();
-
-    const ObjectId distance = [&] {
-        TQuobrixDocument reader;
-        open(reader);
-        return reader.trips().column<TTripLogDistanceColumn>().id();
-    }();
-    tamper(path_, [&](CompoundFile& file) { file.write(std::to_string(distance), {1}); });
-    open(document);
-    EXPECT_EQ(document.store().find(distance), nullptr);
-    EXPECT_EQ(kindOf(document.compact()), ErrorKind::Corrupt);
-    document.newDocument();
-    tamper(path_, [&](CompoundFile& file) { file.write("Object Ids", {1}); });
-    open(document);
-    EXPECT_EQ(kindOf(document.compact()), ErrorKind::Corrupt);
-}
-
-TEST_F(DocumentSafety, CopiesCanBeCancelled) {
-    const std::string before = bytes(path_);
-    SaveOptions cancelling{.runDisk = [](const DiskWork& work) {
-        DiskProgress progress;
-        progress.cancelled = true;
-        return work(progress);
-    }};
-    cancelling.saveWithoutBackup = [](const Error&) -> bool { throw std::logic_error("not asked"); };
-    TQuobrixDocument document;
-    open(document);
-    EXPECT_EQ(kindOf(document.compact(cancelling)), ErrorKind::Cancelled);
-    EXPECT_EQ(kindOf(document.saveAs(folder_ / "New.car", cancelling)), ErrorKind::Cancelled);
-    addTrip(document, kStart + 3600);
-    EXPECT_EQ(kindOf(document.save(cancelling)), ErrorKind::Cancelled);
-    EXPECT_TRUE(document.modified());
-    EXPECT_EQ(bytes(path_), before);
-    EXPECT_EQ(files(), std::vector<std::string>{"Doc.car"});
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "model/security_log.h"
+#include "model/activity_log.h"
 
 #include "model/logs.h"
 
@@ -7,7 +7,7 @@ namespace {
 
 constexpr const PersistentType* kActivityColumns[] = {
 #define COLUMN(Name, ...) &Name::kType,
-#include "model/security_log.def"
+#include "model/activity_log.def"
 #undef COLUMN
 };
 
