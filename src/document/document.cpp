@@ -10,17 +10,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The document's own stream: u32 format. Its value is not checked on reading; every version has been readable.
-constexpr std::string_view kContentsStream = "Contents";
 constexpr std::uint32_t kDocumentFormat = 2;
 
 } // namespace
 
-void writeDocumentStream(CompoundFile& file) {
+Bytes documentStream() {
     ByteWriter out;
     out.u32(kDocumentFormat);
-    file.write(kContentsStream, out.take());
+    return out.take();
 }
+
+void writeDocumentStream(CompoundFile& file) { file.write(kDocumentStream, documentStream()); }
 
 Result<TDocument::OpenFile> TDocument::OpenFile::open(std::unique_ptr<File> disk) {
     auto compound = CompoundFile::open(std::make_unique<BorrowedFile>(*disk));
@@ -96,12 +96,12 @@ CompoundFile::Space TDocument::space() const {
 }
 
 std::uint32_t TDocument::format() const {
-    const Result<Bytes> content = hasFile() ? state_.file.compound->read(kContentsStream) : Error{};
+    const Result<Bytes> content = hasFile() ? state_.file.compound->read(kDocumentStream) : Error{};
     return content ? ByteReader(*content).u32() : kDocumentFormat;
 }
 
 Result<void> TDocument::writeTo(CompoundFile& file) {
-    if (!file.contains(kContentsStream))
+    if (!file.contains(kDocumentStream))
         writeDocumentStream(file);
     return store().save(file);
 }
@@ -274,6 +274,8 @@ std::optional<std::string> TDocument::doubt() const {
         return whole.error().detail;
     return store().doubt();
 }
+
+bool TDocument::lacksOwnStream() const { return hasFile() && !state_.file.compound->contains(kDocumentStream); }
 
 bool TDocument::isFile(const fs::path& path) const {
     if (!hasFile())

@@ -31,7 +31,10 @@ struct SaveOptions {
     };
 };
 
-/// Writes the stream that every document has beside those of its object store.
+/// The stream that every document has beside those of its object store: u32 format, which is not checked on reading,
+/// since every version has been readable.
+inline constexpr std::string_view kDocumentStream = "Contents";
+Bytes documentStream();
 void writeDocumentStream(CompoundFile& file);
 
 /// A document: an object store over a compound file. User-interface thread only.
@@ -119,6 +122,9 @@ public:
     /// directory are whole, and index and streams agree (see ObjectStore::doubt). What then cannot be read is known to
     /// be damaged when it is asked for.
     std::optional<std::string> doubt() const;
+    /// The file has no kDocumentStream. The next save in place writes it; nothing is missing but a sign that it is
+    /// whole.
+    bool lacksOwnStream() const;
     /// Anything that the next save would write, or make durable at last.
     bool modified() const { return store().modified() || !state_.nameDurable; }
     /// After edits have been undone: if the next save would write what the file holds already, nothing is modified.

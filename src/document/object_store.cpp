@@ -97,6 +97,23 @@ std::vector<PersistentObject*> ObjectStore::loadedObjects() const {
     return objects;
 }
 
+std::unordered_map<ObjectId, const PersistentType*> ObjectStore::owners() const {
+    std::unordered_map<ObjectId, const PersistentType*> owners;
+    for (const auto& [typeId, id] : singletons_)
+        if (const PersistentType* type = types_.find(typeId))
+            owners.emplace(id, type);
+    const auto add = [&](const PersistentObject& object) {
+        for (const Reference& reference : object.references())
+            owners.emplace(reference.id, &object.type());
+    };
+    for (const Slot& entry : slots_)
+        if (entry.object)
+            add(*entry.object);
+    for (const std::unique_ptr<PersistentObject>& object : withdrawn_)
+        add(*object);
+    return owners;
+}
+
 bool ObjectStore::unreadable(ObjectId id) const {
     const Slot* entry = slot(id);
     return entry && (entry->unreadable || entry->failing || (fileChanged_ && !entry->object));

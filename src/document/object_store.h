@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -177,6 +178,9 @@ public:
     void setModified() { modified_ = true; }
     /// Everything found unreadable so far, each once.
     const std::vector<Damage>& damage() const { return damage_; }
+    /// Who leads to what, by id: the classes of the objects in memory, found damaged or not, that refer to another, and
+    /// those of the singletons.
+    std::unordered_map<ObjectId, const PersistentType*> owners() const;
     /// What could not be read when it was asked for, but later: somebody may have shown it as nothing.
     const std::vector<Damage>& recovered() const { return recovered_; }
     /// An index stream was damaged: what the document holds is a reconstruction, which the next save to another file

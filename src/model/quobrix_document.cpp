@@ -169,24 +169,26 @@ std::vector<std::string> TQuobrixDocument::affectedLogs() {
     for (const Table* root : roots())
         if (!root->store()) // a stand-in
             add(logOfClass(root->type().name));
-    std::unordered_map<ObjectId, const PersistentType*> owners; // by what they refer to; made when first needed
-    const auto ownerOf = [&](ObjectId id) {
-        if (owners.empty())
-            for (const PersistentObject* object : store().loadedObjects())
-                for (const Reference& reference : object->references())
-                    owners.emplace(reference.id, &object->type());
-        const auto owner = owners.find(id);
-        return owner == owners.end() ? nullptr : owner->second;
-    };
+    std::unordered_map<ObjectId, const PersistentType*> owners; // made when first needed
+    bool others = false;
     for (const std::vector<Damage>* damages : {&store().damage(), &store().recovered()})
         for (const Damage& damage : *damages) {
             if (damage.id == kNoObject)
                 continue; // the index: of no log
             const PersistentType* type = store().types().find(damage.typeId);
-            if (!type)
-                type = ownerOf(damage.id);
-            add(type ? logOfClass(type->name) : kOtherLog);
+            if (!type) {
+                if (owners.empty())
+                    owners = store().owners();
+                const auto owner = owners.find(damage.id);
+                type = owner == owners.end() ? nullptr : owner->second;
+            }
+            if (type)
+                add(logOfClass(type->name));
+            else
+                others = true;
         }
+    if (others && logs.empty()) // else it belongs to these, or belonged to a record that has been deleted
+        add(kOtherLog);
     return logs;
 }
 

@@ -127,13 +127,15 @@ private:
     }
 
     /// By the class of the damaged object; where that is not known, of what refers to it.
-    std::string logOf(const Damage& damage) const {
+    std::string logOf(const Damage& damage) {
         if (damage.id == kNoObject)
             return {};
         if (const PersistentType* type = store_.types().find(damage.typeId))
             return text(logOfClass(type->name));
-        const auto owner = owners_.find(damage.id);
-        return owner == owners_.end() ? std::string() : text(logOfClass(owner->second.object->type().name));
+        if (ownerClasses_.empty())
+            ownerClasses_ = store_.owners();
+        const auto owner = ownerClasses_.find(damage.id);
+        return owner == ownerClasses_.end() ? std::string() : text(logOfClass(owner->second->name));
     }
 
     struct Owner {
@@ -145,6 +147,7 @@ private:
     DocumentCheck result_;
     std::vector<CheckFinding> contradictions_;
     std::unordered_map<ObjectId, Owner> owners_;
+    std::unordered_map<ObjectId, const PersistentType*> ownerClasses_; // of what is damaged, too; made when needed
 };
 
 } // namespace
@@ -157,6 +160,8 @@ DocumentCheck checkDocument(TQuobrixDocument& document) {
         return {check.objects, 0, {{kNoObject, {}, "another program has changed the file meanwhile"}}, {}};
     if (const std::optional<std::string> doubt = document.doubt(); doubt && check.sound())
         check.damages.push_back({kNoObject, {}, *doubt});
+    if (document.lacksOwnStream())
+        check.damages.push_back({kNoObject, {}, fmt::format("the stream \"{}\" is missing", kDocumentStream)});
     return check;
 }
 

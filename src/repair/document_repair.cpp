@@ -309,9 +309,7 @@ private:
 
     Result<void> write() {
         constexpr std::size_t kSpillInterval = 3000; // objects, so that memory holds a part of a large document only
-        for (const std::string& name : from_.names())
-            if (idOfStream(name) == kNoObject && std::ranges::find(kIndexStreams, name) == std::end(kIndexStreams))
-                copyOther(name);
+        copyOthers();
         writeDocumentStream(into_);
         for (const auto& [id, object] : objects_.all())
             if (object.state == State::Kept) {
@@ -332,13 +330,38 @@ private:
         return {};
     }
 
-    /// A stream of another program.
-    void copyOther(const std::string& name) {
-        Result<Bytes> content = from_.read(name);
-        if (content && CompoundFile::nameAllowed(name))
-            into_.write(name, *std::move(content));
-        else
-            lose(kNoObject, {}, fmt::format("the stream \"{}\" cannot be {}", name, content ? "written" : "read"));
+    /// The streams of other programs. Those whose names are damaged are lost, unless what they hold was found
+    /// otherwise.
+    void copyOthers() {
+        std::multimap<Bytes, std::string> unnamed; // by content
+        for (const std::string& name : from_.names()) {
+            if (idOfStream(name) != kNoObject || std::ranges::find(kIndexStreams, name) != std::end(kIndexStreams))
+                continue;
+            Result<Bytes> content = from_.read(name);
+            if (!content)
+                lose(kNoObject, {}, fmt::format("the stream \"{}\" cannot be read", name));
+            else if (CompoundFile::nameAllowed(name))
+                into_.write(name, *std::move(content));
+            else
+                unnamed.emplace(*std::move(content), name);
+        }
+        const auto takeOut = [&](const Bytes& content) {
+            const auto found = unnamed.find(content);
+            return found == unnamed.end() ? std::string() : unnamed.extract(found).mapped();
+        };
+        for (auto object = objects_.all().begin(); object != objects_.all().end() && !unnamed.empty(); ++object) {
+            const Result<Bytes> content = from_.read(std::to_string(object->first));
+            if (const std::string name = content ? takeOut(*content) : std::string(); !name.empty())
+                note(object->first, object->second.type ? text(logOfClass(object->second.type->name)) : std::string(),
+                     fmt::format("it was found although the name of its stream is damaged (\"{}\")", name));
+        }
+        if (const std::string name = takeOut(documentStream()); !name.empty())
+            note(kNoObject, {},
+                 fmt::format("the name of the stream \"{}\" is damaged (\"{}\")", kDocumentStream, name));
+        else if (!empty_ && !from_.contains(kDocumentStream))
+            note(kNoObject, {}, fmt::format("the stream \"{}\" is missing; it was made anew", kDocumentStream));
+        for (const auto& [content, name] : unnamed)
+            lose(kNoObject, {}, fmt::format("the stream \"{}\" cannot be written", name));
     }
 
     void countRecords() {

@@ -4,12 +4,16 @@
 #include "repair/salvaged_file.h"
 
 #include "compound/format.h"
+#include "model/logs.h"
 #include "platform/file_system.h"
 #include "repair/document_check.h"
+#include "report/report.h"
 #include "support/document_streams.h"
 #include "support/fault_folder.h"
+#include "support/memory_file.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
+#include "texts/text.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
@@ -99,6 +103,7 @@ struct Row {
     View view;
     bool sound; ///< by the check
     Mending repair;
+    bool mendedBySaving = false; ///< in place: the check says that it is sound from then on
     friend void PrintTo(const Row& row, std::ostream* out) { *out << row.damage; }
 };
 
@@ -110,27 +115,34 @@ const std::vector<Row>& table() {
     using V = const Victim&;
     static const std::vector<Row> rows = [] {
         std::vector<Row> all;
-        const auto index = [&](const char* stream, const char* what, std::function<void(V)> apply) {
-            const bool needed = std::string_view(stream) != "Contents";
-            all.push_back({what, std::move(apply), needed ? Opening::Read : Opening::Edit, View::Everything, !needed,
-                           Mending::Whole});
+        const auto index = [&](const char* what, std::function<void(V)> apply) {
+            all.push_back({what, std::move(apply), Opening::Read, View::Everything, false, Mending::Whole});
         };
-        for (const char* stream :
-             {"Contents", "Version", "Next Available Id", "Available Ids", "Object Ids", "Singleton Ids"}) {
+        for (const char* stream : {"Version", "Next Available Id", "Available Ids", "Object Ids", "Singleton Ids"}) {
             static std::vector<std::string> names; // of the rows
             names.reserve(64);
             const auto row = [&](const char* what) {
                 return names.emplace_back(fmt::format("\"{}\" {}", stream, what)).c_str();
             };
-            index(stream, row("is missing"), [=](V v) { v.remove(stream); });
-            index(stream, row("is cut short"), [=](V v) { v.cut(stream); });
-            index(stream, row("is garbage"), [=](V v) { v.garble(stream); });
+            index(row("is missing"), [=](V v) { v.remove(stream); });
+            index(row("is cut short"), [=](V v) { v.cut(stream); });
+            index(row("is garbage"), [=](V v) { v.garble(stream); });
         }
         const std::vector<Row> others = {
+            {"\"Contents\" is missing", [](V v) { v.remove("Contents"); }, Opening::Edit, View::Everything, false,
+             Mending::Whole, true},
+            {"\"Contents\" has another name",
+             [](V v) {
+                 v.write("Kontents", v.stream("Contents"));
+                 v.remove("Contents");
+             },
+             Opening::Edit, View::Everything, false, Mending::Whole, true},
+            {"\"Contents\" is garbage", [](V v) { v.garble("Contents"); }, Opening::Edit, View::Everything, true,
+             Mending::Whole},
             {"\"Singleton Ids\" lacks a log", [](V v) { v.write("Singleton Ids", u32s({0})); }, Opening::Read,
              View::Everything, false, Mending::Whole},
             {"The name of \"Contents\" is garbled", [](V v) { v.put32(v.entryOf("Contents") + 4, 0xD8000000); },
-             Opening::Edit, View::Everything, false, Mending::Part},
+             Opening::Edit, View::Everything, false, Mending::Whole},
             {"\"Object Ids\" lacks a column",
              [](V v) {
                  TQuobrixDocument document;
@@ -170,6 +182,9 @@ const std::vector<Row>& table() {
             {"The directory entry of a column makes no sense",
              [](V v) { v.put32(v.entryOf(name(v.distance)) + cfb::entry::kNameBytes, 0x0909FFFF); }, Opening::Edit,
              View::NoColumn, false, Mending::Whole},
+            {"The name of a column is garbled",
+             [](V v) { v.put32(v.entryOf(name(v.distance)), 0xD800'0000 | v.get32(v.entryOf(name(v.distance)))); },
+             Opening::Edit, View::NoColumn, false, Mending::Whole},
             {"The size in a column's directory entry is too large",
              [](V v) { v.put32(v.entryOf(name(v.distance)) + cfb::entry::kSize, 4000); }, Opening::Edit, View::NoColumn,
              false, Mending::Part},
@@ -265,9 +280,10 @@ std::string line(const Row& row) {
     };
     return fmt::format("| {} | {} | {} | {} | {} | {} |", row.damage, opening.at(row.opening), view.at(row.view),
                        saving.at(row.opening),
-                       refuses(row) ? "refused"
-                       : row.sound  ? "sound"
-                                    : "says what",
+                       refuses(row)         ? "refused"
+                       : row.sound          ? "sound"
+                       : row.mendedBySaving ? "says what, until it is saved"
+                                            : "says what",
                        repair.at(row.repair));
 }
 
@@ -330,7 +346,7 @@ protected:
         expectOpens(document, victim_.path);
         EXPECT_EQ(document.trips().column<TTripLogCommentsColumn>().at(1), "kept");
         expectView(document, GetParam().view);
-        EXPECT_EQ(checkDocument(document).sound(), GetParam().sound);
+        EXPECT_EQ(checkDocument(document).sound(), GetParam().sound || GetParam().mendedBySaving);
         document.newDocument();
         TQuobrixDocument repaired;
         expectRepair("Edited and repaired.car", repaired);
@@ -523,6 +539,66 @@ std::vector<Value> everything(TQuobrixDocument& document) {
             for (std::size_t i = 0; i < table->columnCount(); ++i)
                 values.push_back(table->column(i).value(row));
     return values;
+}
+
+// Whatever is damaged: it is told of which log
+
+/// Everything that windows show of the records, as well.
+void showEverything(TQuobrixDocument& document) {
+    everything(document);
+    for (const Table* names :
+         std::initializer_list<const Table*>{&document.drivers(), &document.vehicles(), &document.loggers()})
+        names->unreadableColumns();
+    const TUnitSystem units;
+    const TimeZone zone;
+    for (const LogSpec& log : logs())
+        if (const Table* table = document.log(log)) {
+            table->unreadableColumns();
+            for (RowIndex row = 0; row < table->rowCount(); ++row) {
+                recordReport(log, *table, row, {units, zone});
+                if (log.tables)
+                    log.tables(table, row, {units, zone});
+            }
+        }
+}
+
+TEST(DamageOfAnyObject, IsToldOfItsLog) {
+    const TemporaryFolder folder;
+    const Victim victim(folder / "Test.car");
+    const Bytes sound = victim.bytes();
+    std::map<ObjectId, std::string> classes;
+    {
+        TQuobrixDocument document;
+        ASSERT_TRUE(document.open(victim.path, TDocument::Access::Read));
+        for (const ObjectId id : document.store().objectIds())
+            classes[id] = document.store().find(id)->type().name;
+    }
+    const std::map<std::string, std::function<void(CompoundFile&, const std::string&)>> damages = {
+        {"missing", [](auto& file, auto& stream) { file.remove(stream); }},
+        {"cut short",
+         [](auto& file, auto& stream) {
+             Bytes content = *file.read(stream);
+             content.pop_back();
+             file.write(stream, content);
+         }},
+        {"garbage", [](auto& file, auto& stream) { file.write(stream, Bytes(file.read(stream)->size(), 0xEE)); }},
+    };
+    for (const auto& [id, className] : classes)
+        for (const auto& [damage, apply] : damages) {
+            SCOPED_TRACE(className + " " + name(id) + " " + damage);
+            const auto bytes = std::make_shared<Bytes>(sound);
+            const auto file = *CompoundFile::open(std::make_unique<MemoryFile>(bytes));
+            apply(*file, name(id));
+            ASSERT_TRUE(file->commit());
+            victim.setBytes(*bytes);
+            TQuobrixDocument document;
+            ASSERT_TRUE(document.open(victim.path, TDocument::Access::Edit));
+            showEverything(document);
+            const std::string log = text(logOfClass(className));
+            EXPECT_EQ(document.affectedLogs(), std::vector<std::string>{log});
+            for (const CheckFinding& finding : checkDocument(document).damages)
+                EXPECT_TRUE(finding.log == log || finding.id == kNoObject) << finding.what;
+        }
 }
 
 class Mutants : public testing::Test {
