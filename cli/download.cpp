@@ -106,9 +106,9 @@ ExitCode download(const DownloadOptions& options) {
     Result<void> saved;
     bool makes = false;
     do { // what the logger holds is still there
-        result = Download(calls, prompter, settings, noProgress, names,
+        result = Download({calls, prompter, settings, noProgress, names, document},
                           {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile, .mayChangePort = false})
-                     .run(document);
+                     .run();
         // A new document is made for records only.
         makes = result && (document.hasFile() || result->changed());
         saved = makes ? save(document, options.file, prompter) : Result<void>();

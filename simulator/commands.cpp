@@ -93,7 +93,6 @@ Result<void> apply(const Settings& settings, Logger& logger) {
     take(settings.logDownloads, logger.logsDownloads);
     take(settings.volume, logger.beepVolume);
     take(settings.carType, logger.carType);
-    take(settings.trouble, logger.trouble);
     take(settings.flags, logger.flags);
     take(settings.capacity, logger.capacity);
     return {};

@@ -23,7 +23,7 @@ struct Settings {
     std::vector<std::string> parameters;     ///< up to five "IDENTIFIER:SECONDS"; the slots left over are not selected
     std::optional<bool> led, vinMode, armed, logDownloads;
     std::optional<std::int32_t> volume, carType;
-    std::optional<std::uint32_t> trouble, flags, capacity;
+    std::optional<std::uint32_t> flags, capacity;
 };
 
 struct RecordOptions {

@@ -206,7 +206,6 @@ Result<std::string> dumpJson(const PortStore& store, const std::string& port) {
         json.field("armed", logger->armed);
         json.field("beepVolume", logger->beepVolume);
         json.field("carType", logger->carType);
-        json.field("trouble", logger->trouble);
         json.field("capacity", logger->capacity);
         json.field("used", logger->memory.size());
         const auto records = splitRecords(logger->memory);

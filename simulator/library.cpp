@@ -402,7 +402,7 @@ int32_t QuobrixSetCarType(int32_t carType) { return take(carType, &Logger::carTy
 
 int32_t QuobrixGetCarType(int32_t* carType) { return answer(carType, &Logger::carType); }
 
-int32_t QuobrixGetTroubleByte(uint8_t* trouble) { return answer(trouble, &Logger::trouble); }
+int32_t QuobrixGetTroubleByte(uint8_t* trouble) { return answer(trouble, &Logger::armed); }
 
 int32_t QuobrixClearLogs(void) {
     return tell([](Logger& logger) {

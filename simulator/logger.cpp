@@ -31,7 +31,7 @@ void loggerFields(Archive archive, L& logger) {
     all(logger.serial, logger.product, logger.firmware, logger.bootware, logger.hardware);
     all(configuration.bandLimit, configuration.threshold, configuration.parameter, configuration.interval);
     all(logger.flags, logger.clockOffset, logger.ledEnabled, logger.vinModeEnabled, logger.armed, logger.logsDownloads);
-    all(logger.beepVolume, logger.carType, logger.trouble, logger.capacity, logger.vin);
+    all(logger.beepVolume, logger.carType, logger.capacity, logger.vin);
 }
 
 struct FieldWriter {

@@ -64,11 +64,10 @@ struct Logger {
     std::int64_t clockOffset = 0; ///< s that the logger's clock is ahead of the computer's
     bool ledEnabled = true;
     bool vinModeEnabled = true;
-    bool armed = false;
+    bool armed = false;         ///< to clear the trouble codes of the next vehicle
     bool logsDownloads = false; ///< a download leaves an activity record
     std::int32_t beepVolume = 2;
     std::int32_t carType = 0;
-    std::uint8_t trouble = 0;
     std::uint32_t capacity = 64u << 20; ///< bytes of memory
     std::string vin;                    ///< of the vehicle last recorded
     Bytes memory;

@@ -35,7 +35,6 @@ void addSettings(CLI::App& command, Settings& s) {
     command.add_option("--log-downloads", s.logDownloads, "Keep an activity record of each download");
     command.add_option("--volume", s.volume, "Volume of the alarm");
     command.add_option("--car-type", s.carType, "Car type");
-    command.add_option("--trouble", s.trouble, "Trouble byte")->check(CLI::Range(0, 255));
     command.add_option("--flags", s.flags, "Flag byte of the configuration")->check(CLI::Range(0, 255));
     command.add_option("--capacity", s.capacity, "Bytes of memory")->check(CLI::Range(1024, 1 << 30));
 }

@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kPortMagic = "QBXPORT1";
+constexpr std::string_view kPortMagic = "QBXPORT2";
 constexpr std::size_t kPrefixSize = 8 + 4 + 4;
 constexpr std::uint32_t kNothingAttached = 0xFFFFFFFFu;
 // Windows takes every name that begins with COM3 and a dot for the serial port.

@@ -1,11 +1,13 @@
 #include "app/dialog_prompter.h"
 
+#include "app/logger_dialogs.h"
 #include "app/reminder_choices.h"
 #include "base/ui/qt_text.h"
 #include "texts/text.h"
 #include "ui/fields.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -95,6 +97,14 @@ QString capitalized(QString result) {
 } // namespace
 
 Answer DialogPrompter::ask(const Message& question) { return remind(question); }
+
+Answer DialogPrompter::askMarked(const Message& question, SourceText box, bool& marked) {
+    auto* field = new QCheckBox(toQt(text(box)));
+    field->setObjectName(QStringLiteral("MessageCheckBox"));
+    field->setChecked(marked);
+    QObject::connect(field, &QCheckBox::toggled, field, [&marked](bool on) { marked = on; });
+    return show(parent(), question, field) == QMessageBox::Yes ? Answer::Yes : Answer::No;
+}
 
 std::optional<Answer> DialogPrompter::askOrCancel(const Message& question) {
     const auto button = show(parent(), question);
@@ -189,6 +199,20 @@ std::optional<std::size_t> DialogPrompter::choose(SourceText what, const std::ve
     if (dialog.exec() != QDialog::Accepted || list->currentIndex() < 0)
         return std::nullopt;
     return static_cast<std::size_t>(list->currentIndex());
+}
+
+bool DialogPrompter::fillIn(AlarmForm& form) {
+    AlarmDialog dialog(form, &parent());
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    form.volume = dialog.volume();
+    return accepted;
+}
+
+bool DialogPrompter::fillIn(DateAndTimeForm& form) {
+    TDateAndTimeDialog dialog(form, text_, &parent());
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    form.logger = dialog.time();
+    return accepted;
 }
 
 std::optional<std::filesystem::path> DialogFileChooser::chooseToOpen() {

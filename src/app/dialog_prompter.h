@@ -3,6 +3,7 @@
 #include "app/document_files.h"
 #include "messages/prompter.h"
 #include "messages/reminders.h"
+#include "tables/column.h"
 
 #include <QPointer>
 
@@ -20,15 +21,19 @@ class DialogPrompter final : public Prompter {
 public:
     using Quietly = std::function<void(const QString& text)>;
 
-    DialogPrompter(QWidget& window, Reminders& reminders, Quietly quietly)
-        : window_(window), reminders_(reminders), quietly_(std::move(quietly)) {}
+    /// TEXT: how times are shown.
+    DialogPrompter(QWidget& window, Reminders& reminders, const TextContext& text, Quietly quietly)
+        : window_(window), reminders_(reminders), text_(text), quietly_(std::move(quietly)) {}
 
     Answer ask(const Message& question) override;
+    Answer askMarked(const Message& question, SourceText box, bool& marked) override;
     std::optional<Answer> askOrCancel(const Message& question) override;
     std::optional<std::size_t> chooseAction(const Message& question, const std::vector<SourceText>& actions) override;
     void tell(const Message& statement) override;
     std::optional<std::size_t> choose(SourceText what, const std::vector<std::string>& choices,
                                       std::size_t preset) override;
+    bool fillIn(AlarmForm& form) override;
+    bool fillIn(DateAndTimeForm& form) override;
 
 private:
     QWidget& parent();
@@ -37,6 +42,7 @@ private:
     QWidget& window_;
     QPointer<QWidget> last_; ///< parent of the last box
     Reminders& reminders_;
+    const TextContext text_;
     Quietly quietly_;
 };
 

@@ -55,7 +55,8 @@ bool takeAsCopy(QDropEvent& event) {
 
 TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     : context_(context), reminders_(context.settings, currentTime),
-      prompter_(*this, reminders_, [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
+      prompter_(*this, reminders_, context.text(),
+                [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
       chooser_(*this), recent_(context.settings),
       files_(context.document, context.settings, recent_, prompter_, chooser_,
              [this](const DiskWork& work) { return runDisk(work); },

@@ -97,7 +97,7 @@ void TQuobrixApp::createFrame() {
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
-    logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_));
+    logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_), dataFolder_);
     frame_->pages().show(kHomePage);
     frame_->show();
 }

@@ -30,37 +30,21 @@ bool ConfigurationFlow::write(const LoggerConfiguration& changed) {
         prompter_.tell(*problem);
         return false;
     }
-    struct Written {
-        LoggerOutcome outcome; // of finding the logger and of writing
-        std::string found;     // the logger that is there
-        LoggerOutcome readBack{};
-        LoggerConfiguration now{};
-    };
-    const std::optional<Written> written =
-        calls_.get(Reporter::title(LoggerCommand::SetConfiguration), [&](LockedLogger& logger) {
-            const ResultCode probed = logger.probe();
-            Written result{logger.outcome(probed), logger.status().serialText};
-            if (probed != QUOBRIX_OK || result.found != serialText_)
-                return result;
-            result.outcome = logger.outcome(logger.setConfiguration(changed));
-            if (!result.outcome.ok())
-                return result;
-            const Reply<LoggerConfiguration> now = logger.configuration();
-            result.readBack = logger.outcome(now.code);
-            result.now = now.value;
-            return result;
-        });
-    if (!written)
+    LoggerOutcome readBack;
+    LoggerConfiguration now;
+    const bool written = reporter_.runOn(serialText_, LoggerCommand::SetConfiguration, [&](LockedLogger& logger) {
+        const ResultCode set = logger.setConfiguration(changed);
+        if (set == QUOBRIX_OK) {
+            const Reply<LoggerConfiguration> reply = logger.configuration();
+            readBack = logger.outcome(reply.code);
+            now = reply.value;
+        }
+        return set;
+    });
+    if (!written || !reporter_.report(LoggerCommand::GetConfiguration, readBack))
         return false;
-    if (written->outcome.ok() && written->found != serialText_) {
-        prompter_.tell(makeMessage(MessageId::AnotherLogger, serialText_, written->found));
-        return false;
-    }
-    if (!reporter_.report(LoggerCommand::SetConfiguration, written->outcome) ||
-        !reporter_.report(LoggerCommand::GetConfiguration, written->readBack))
-        return false;
-    present_ = written->now;
-    const std::vector<std::string> differences = configurationDifferences(written->now, changed);
+    present_ = now;
+    const std::vector<std::string> differences = configurationDifferences(now, changed);
     if (!differences.empty())
         prompter_.tell(makeMessage(MessageId::ConfigurationDiffers, fmt::format("{}", fmt::join(differences, "\n"))));
     return differences.empty();

@@ -11,7 +11,7 @@ namespace quobrix {
 class ConfigurationFlow {
 public:
     ConfigurationFlow(LoggerCalls& calls, Prompter& prompter, ProgressReporter& progress)
-        : calls_(calls), prompter_(prompter), reporter_(calls, prompter, progress) {}
+        : prompter_(prompter), reporter_(calls, prompter, progress) {}
 
     /// What the logger has now; nothing if it cannot be read.
     std::optional<LoggerConfiguration> read();
@@ -25,7 +25,6 @@ public:
     const std::string& serialText() const { return serialText_; }
 
 private:
-    LoggerCalls& calls_;
     Prompter& prompter_;
     Reporter reporter_;
     std::string serialText_;

@@ -17,59 +17,60 @@ void noteTime(const std::string& serial, TQuobrixDocument& document) {
 
 } // namespace
 
-Download::Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress,
-                   LoggerNames names, Hooks hooks)
-    : calls_(calls), prompter_(prompter), settings_(settings), reporter_(calls, prompter, progress),
-      ports_(calls, prompter, settings, std::move(names)), hooks_(std::move(hooks)) {}
+Download::Download(const FlowContext& context, Hooks hooks) : context_(context), hooks_(std::move(hooks)) {}
 
-void Download::tell(const Error& error, const TQuobrixDocument& document) {
+void Download::tell(const Error& error) {
     switch (error.kind) {
     case ErrorKind::Changed:
-        prompter_.tell(makeMessage(MessageId::DownloadIntoChanged));
+        context_.prompter.tell(makeMessage(MessageId::DownloadIntoChanged));
         break;
     case ErrorKind::Unsupported:
-        prompter_.tell(fileMessage(error, FileAction::Save, document.title()));
+        context_.prompter.tell(fileMessage(error, FileAction::Save, context_.document.title()));
         break;
     default:
-        prompter_.tell(makeMessage(MessageId::DownloadIntoDamaged, error.detail));
+        context_.prompter.tell(makeMessage(MessageId::DownloadIntoDamaged, error.detail));
     }
 }
 
 /// Whether the records go into a new document, as far as the present one decides it.
-bool Download::wantsNewDocument(const TQuobrixDocument& document) {
+bool Download::wantsNewDocument() {
+    const TQuobrixDocument& document = context_.document;
     if (document.isExample()) {
-        prompter_.tell(makeMessage(MessageId::DownloadIntoExample));
+        context_.prompter.tell(makeMessage(MessageId::DownloadIntoExample));
         return true;
     }
     return document.store().objectCount() > kManyObjects &&
-           prompter_.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes;
+           context_.prompter.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes;
 }
 
-std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
-    const bool wantsNew = wantsNewDocument(document);
+std::optional<MergeResult> Download::run() {
+    TQuobrixDocument& document = context_.document;
+    Reporter reporter = context_.reporter();
+    const bool wantsNew = wantsNewDocument();
     if (wantsNew && hooks_.mayStartNewDocument && !hooks_.mayStartNewDocument())
         return {};
-    if (hooks_.mayChangePort && !ports_.ensureLogger(true))
+    if (hooks_.mayChangePort && !context_.ports().ensureLogger(true))
         return {};
     if (!wantsNew) // better known before the logger is read than after
         if (const Result<void> fit = canMerge(document); !fit) {
-            tell(fit.error(), document);
+            tell(fit.error());
             return {};
         }
 
-    const bool diagnostic = settings_.getInteger("Diagnostics", "Menu", 0) != 0;
-    const auto read = calls_.get(Reporter::title(LoggerCommand::Download), [&](LockedLogger& logger) {
+    const bool diagnostic = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
+    const auto read = context_.calls.get(Reporter::title(LoggerCommand::Download), [&](LockedLogger& logger) {
         auto logs = logger.readLogs(diagnostic ? LogMode::Diagnostic : LogMode::Ordinary);
         const LoggerOutcome outcome = logger.outcome(logs.code);
         return std::tuple(std::move(logs), outcome, logger.status().serialText);
     });
     if (!read) {
-        static_cast<void>(calls_.run({.what = Reporter::title(LoggerCommand::Download).what, .cancellable = false},
-                                     [](LockedLogger& logger) { logger.noteLogsDoubtful(); }));
+        static_cast<void>(
+            context_.calls.run({.what = Reporter::title(LoggerCommand::Download).what, .cancellable = false},
+                               [](LockedLogger& logger) { logger.noteLogsDoubtful(); }));
         return {};
     }
     const auto& [reply, outcome, serial] = *read;
-    if (!reporter_.report(LoggerCommand::Download, outcome))
+    if (!reporter.report(LoggerCommand::Download, outcome))
         return {};
     const LogRecords records = parseRecords(reply.value);
     // The present document goes only for records that take its place.
@@ -83,12 +84,13 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
             return EditOutcome{.refusal = merged.error().detail};
         if (merged->changed())
             noteTime(serial, document);
-        if (const std::string name = settings_.getText(kUnidentifiedDriverSection, kDefaultName); isDriverName(name))
+        if (const std::string name = context_.settings.getText(kUnidentifiedDriverSection, kDefaultName);
+            isDriverName(name))
             document.drivers().nameAll(merged->newKeys.drivers, name); // in rows of this step
         return EditOutcome{};
     });
     if (!merged) {
-        tell(merged.error(), document);
+        tell(merged.error());
         return {};
     }
     MergeResult& result = *merged;
@@ -99,7 +101,7 @@ std::optional<MergeResult> Download::run(TQuobrixDocument& document) {
     if (hooks_.keysAdded)
         hooks_.keysAdded(result.newKeys);
     for (const UnreadableLog& log : result.unreadable)
-        prompter_.tell(makeMessage(MessageId::LogsUnreadable, log.name, log.why));
+        context_.prompter.tell(makeMessage(MessageId::LogsUnreadable, log.name, log.why));
     return std::move(result);
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
+#include "device/flow_context.h"
 #include "device/merge.h"
-#include "device/ports.h"
-#include "device/reporter.h"
 
 #include <functional>
 #include <optional>
@@ -27,22 +26,17 @@ public:
         bool mayChangePort = true;
     };
 
-    Download(LoggerCalls& calls, Prompter& prompter, Settings& settings, ProgressReporter& progress, LoggerNames names,
-             Hooks hooks);
+    Download(const FlowContext& context, Hooks hooks);
 
-    /// What was merged into DOCUMENT; nothing if the command ended before (the user has then been told why). Parts of
-    /// the logger's memory that could not be parsed have been told; what the others hold is merged.
-    std::optional<MergeResult> run(TQuobrixDocument& document);
+    /// What was merged into the document; nothing if the command ended before (the user has then been told why). Parts
+    /// of the logger's memory that could not be parsed have been told; what the others hold is merged.
+    std::optional<MergeResult> run();
 
 private:
-    bool wantsNewDocument(const TQuobrixDocument& document);
-    void tell(const Error& error, const TQuobrixDocument& document);
+    bool wantsNewDocument();
+    void tell(const Error& error);
 
-    LoggerCalls& calls_;
-    Prompter& prompter_;
-    Settings& settings_;
-    Reporter reporter_;
-    PortFlows ports_;
+    FlowContext context_;
     Hooks hooks_;
 };
 

@@ -26,6 +26,8 @@ inline constexpr ResultCode kBadSerialNumber = kNoLibrary + 2;
 inline constexpr ResultCode kNothingHandedOver = kNoLibrary + 3;
 /// What is left out of an operation after the person has cancelled it.
 inline constexpr ResultCode kCancelled = kNoLibrary + 4;
+/// A command that would have lost what has not been downloaded.
+inline constexpr ResultCode kLogsNotCurrent = kNoLibrary + 5;
 
 /// The library's functions, all of them set. Tests fill one with a substitute's.
 struct LoggerFunctions {

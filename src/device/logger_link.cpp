@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <set>
 #include <utility>
@@ -21,13 +20,6 @@ template <std::size_t N>
 std::string textOf(const std::array<char, N>& buffer) {
     const void* end = std::memchr(buffer.data(), '\0', N);
     return {buffer.data(), end ? static_cast<const char*>(end) : buffer.data() + N};
-}
-
-bool containsAny(const std::string& text, std::initializer_list<const char*> parts) {
-    for (const char* part : parts)
-        if (text.find(part) != std::string::npos)
-            return true;
-    return false;
 }
 
 /// Asks the library for one value through FUNCTION(out).
@@ -154,6 +146,8 @@ ResultCode LockedLogger::probe() {
 
 void LockedLogger::noteProbe(ResultCode code) {
     state().probe = code;
+    if (code != QUOBRIX_OK)
+        state().readings = {};
     state().probeDescription = code == QUOBRIX_OK ? std::string() : describe(code);
 }
 
@@ -190,7 +184,7 @@ Reply<LoggerIdentity> LockedLogger::identity() {
     if (!isSerialNumber(identity.serialNumber))
         return {kBadSerialNumber, {}};
     identity.productNumber = textOf(product);
-    state().newerModel = !containsAny(identity.productNumber, {"4730", "4731"}); // the first family
+    state().newerModel = isNewerModel(identity.productNumber);
     state().identity = identity;
     return {code, identity};
 }
@@ -217,41 +211,78 @@ ResultCode LockedLogger::setConfiguration(const LoggerConfiguration& c) {
                                       c.intervals[4]);
 }
 
-ResultCode LockedLogger::setTime(std::int32_t time) { return library().SetTime(time); }
-ResultCode LockedLogger::enableLed(bool enable) { return library().EnableLED(enable); }
+ResultCode LockedLogger::changed(ResultCode code) {
+    state().readingsStale = true; // a call that failed may have been carried out
+    return code;
+}
+
+ResultCode LockedLogger::setTime(std::int32_t time) {
+    const ResultCode code = changed(library().SetTime(time));
+    if (code == QUOBRIX_OK)
+        noteLogsCurrent();
+    return code;
+}
+
+ResultCode LockedLogger::enableLed(bool enable) { return changed(library().EnableLED(enable)); }
 Reply<bool> LockedLogger::ledIsEnabled() { return ask<std::uint8_t, bool>(library().LEDIsEnabled); }
-ResultCode LockedLogger::enableVinMode(bool enable) { return library().EnableVinMode(enable); }
+ResultCode LockedLogger::enableVinMode(bool enable) { return changed(library().EnableVinMode(enable)); }
 
 Reply<bool> LockedLogger::vinModeIsEnabled() {
     const Reply<bool> enabled = ask<std::uint8_t, bool>(library().VinModeIsEnabled);
     return enabled.code == QUOBRIX_NO_VIN_MODE_ANSWER ? Reply<bool>{QUOBRIX_OK, false} : enabled;
 }
 
-ResultCode LockedLogger::setBeepVolume(std::int32_t volume) { return library().SetBeepVolume(volume); }
+ResultCode LockedLogger::setBeepVolume(std::int32_t volume) { return changed(library().SetBeepVolume(volume)); }
 Reply<std::int32_t> LockedLogger::beepVolume() { return ask(library().GetBeepVolume); }
 Reply<bool> LockedLogger::beepIsEnabled() { return ask<std::uint8_t, bool>(library().BeepIsEnabled); }
-ResultCode LockedLogger::setCarType(std::int32_t carType) { return library().SetCarType(carType); }
+ResultCode LockedLogger::setCarType(std::int32_t carType) { return changed(library().SetCarType(carType)); }
 Reply<std::int32_t> LockedLogger::carType() { return ask(library().GetCarType); }
 
-bool LockedLogger::troubleIsPresent() {
+Reply<bool> LockedLogger::isArmed() {
     const Reply<std::uint8_t> trouble = ask(library().GetTroubleByte);
-    return trouble.ok() && trouble.value == 1;
+    return {trouble.code, trouble.ok() && trouble.value == 1};
 }
 
 ResultCode LockedLogger::clearLogs() {
-    const ResultCode code = library().ClearLogs();
+    const ResultCode code = changed(library().ClearLogs());
     if (code == QUOBRIX_OK)
         noteLogsCurrent();
     return code;
 }
 
-ResultCode LockedLogger::arm(bool armed) { return library().ClearTroubleCodes(armed); }
-ResultCode LockedLogger::clearAccidentLogs() { return library().ClearAccidentLogs(); }
+ResultCode LockedLogger::arm(bool armed) { return changed(library().ClearTroubleCodes(armed)); }
+ResultCode LockedLogger::clearAccidentLogs() { return changed(library().ClearAccidentLogs()); }
 
 Reply<MemoryInformation> LockedLogger::memoryInformation() {
     MemoryInformation memory;
     const ResultCode code = library().GetMemoryInformation(&memory.capacity, &memory.used);
     return {code, memory};
+}
+
+void LockedLogger::takeReading(int which) {
+    LoggerReadings& readings = state().readings;
+    const auto keep = [](auto& reading, const auto& reply) {
+        reading.reset();
+        if (reply.ok())
+            reading = reply.value;
+    };
+    switch (which) {
+    case 0:
+        return keep(readings.led, ledIsEnabled());
+    case 1: // others do not know the question
+        return keep(readings.vinMode,
+                    hasVinMode(status().identity.productNumber) ? vinModeIsEnabled() : Reply<bool>{kCancelled, false});
+    case 2:
+        return keep(readings.volume, beepVolume());
+    case 3:
+        return keep(readings.memory, memoryInformation());
+    case 4:
+        return keep(readings.carType, carType());
+    case 5:
+        return keep(readings.armed, isArmed());
+    default:
+        return;
+    }
 }
 
 void LockedLogger::noteLogsCurrent() {

@@ -123,7 +123,7 @@ public:
     Reply<LoggerConfiguration> configuration();
     ResultCode setConfiguration(const LoggerConfiguration& configuration);
 
-    /// TIME: s since 1970-01-01 00:00 UTC. Clears the logger's memory.
+    /// TIME: s since 1970-01-01 00:00 UTC. Clears the logger's memory, so that nothing is left to be downloaded.
     ResultCode setTime(std::int32_t time);
     ResultCode enableLed(bool enable);
     Reply<bool> ledIsEnabled();
@@ -136,14 +136,19 @@ public:
     Reply<bool> beepIsEnabled();
     ResultCode setCarType(std::int32_t carType);
     Reply<std::int32_t> carType();
-    /// The logger says that there is trouble; false when it does not answer.
-    bool troubleIsPresent();
+    /// Whether it is armed, see arm(): that is what its trouble byte tells.
+    Reply<bool> isArmed();
 
     ResultCode clearLogs();
     /// The library arms and disarms through its ClearTroubleCodes.
     ResultCode arm(bool armed);
     ResultCode clearAccidentLogs();
     Reply<MemoryInformation> memoryInformation();
+
+    /// How many readings there are.
+    static constexpr int kReadings = 6;
+    /// Asks for the reading WHICH, from 0, and keeps it in the status; without it where the logger does not tell.
+    void takeReading(int which);
 
     /// Reads the logger's logs. Afterwards its logs count as current, whatever came of it, unless a part of them could
     /// not be parsed: that is no failure, but named in the value.
@@ -169,6 +174,7 @@ private:
     }
     void noteProbe(ResultCode code);
     void noteLogsCurrent();
+    ResultCode changed(ResultCode code); // of a call that changes what a reading tells
 
     LoggerLink& link_;
     MutexLock lock_;

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace quobrix {
 
@@ -33,8 +35,28 @@ struct LoggerConfiguration {
 
 struct MemoryInformation {
     std::int32_t capacity = 0; ///< bytes
-    std::int32_t used = 0;     ///< bytes; above 300 the logger holds data
+    std::int32_t used = 0;     ///< bytes
+    /// An empty logger uses a little for itself.
+    bool holdsData() const { return used > 300; }
+    bool operator==(const MemoryInformation&) const = default;
 };
+
+/// What a logger says of its switches and its memory, for menus and the status bar; nothing where it has not said.
+struct LoggerReadings {
+    std::optional<bool> led;
+    std::optional<bool> vinMode;
+    std::optional<bool> armed; ///< to clear the trouble codes of the next vehicle
+    std::optional<std::int32_t> volume;
+    std::optional<std::int32_t> carType; ///< see anomalous_vehicles.h
+    std::optional<MemoryInformation> memory;
+    bool operator==(const LoggerReadings&) const = default;
+};
+
+// What loggers of PRODUCT number can do.
+bool isNewerModel(std::string_view product);
+bool hasVinMode(std::string_view product);
+bool hasVolumes(std::string_view product); ///< of its alarm, 0 to 10; others have it on or off
+bool knowsAnomalousVehicles(std::string_view product);
 
 /// What is known of the port and the logger on it. Kept by the link under the device lock; copies of it are what the
 /// rest of the program reads.
@@ -50,6 +72,8 @@ struct LoggerStatus {
     std::int32_t loggerTime = 0; ///< s since 1970-01-01 00:00 UTC
 
     LoggerIdentity identity;       ///< as last told
+    LoggerReadings readings;       ///< as last told; none while no logger is there
+    bool readingsStale = false;    ///< a command has changed what they tell
     bool configFlag = false;       ///< the option flag that came with the last configuration
     bool newerModel = false;       ///< the product number is none of the first family's
     bool logsCurrent = false;      ///< nothing is on the logger that has not been downloaded, for all we know

@@ -1,6 +1,7 @@
 #include "device/monitoring_probe.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -56,6 +57,7 @@ void MonitoringProbe::planOpening(const LockedLogger& logger, bool tried) {
 }
 
 bool MonitoringProbe::look(LockedLogger& logger, const std::function<bool()>& interrupted) {
+    const bool seen = std::exchange(seen_, false);
     if (logger.probe() != QUOBRIX_OK)
         return true;
     if (interrupted())
@@ -80,6 +82,22 @@ bool MonitoringProbe::look(LockedLogger& logger, const std::function<bool()>& in
     if (!watched)
         status.logsCurrent = false;
     previous_ = now;
+    seen_ = true;
+    const bool stale = std::exchange(status.readingsStale, false);
+    if (!seen || !sameLogger || stale)
+        readingsDue_ = LockedLogger::kReadings;
+    return takeReadings(logger, interrupted);
+}
+
+bool MonitoringProbe::takeReadings(LockedLogger& logger, const std::function<bool()>& interrupted) {
+    do {
+        if (interrupted())
+            return false;
+        logger.takeReading(nextReading_);
+        nextReading_ = (nextReading_ + 1) % LockedLogger::kReadings;
+        --readingsDue_;
+    } while (readingsDue_ > 0);
+    readingsDue_ = 0;
     return true;
 }
 

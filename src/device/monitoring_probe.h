@@ -22,6 +22,7 @@ public:
 
 private:
     bool look(LockedLogger& logger, const std::function<bool()>& interrupted);
+    bool takeReadings(LockedLogger& logger, const std::function<bool()>& interrupted);
     bool openAgain(LockedLogger& logger); // whether it was tried
     void planOpening(const LockedLogger& logger, bool tried);
 
@@ -30,6 +31,11 @@ private:
         std::int64_t time; // computer time, s
     };
     std::optional<Sighting> previous_;
+
+    // All readings are taken when a logger is first seen and after each command, then one a probe.
+    bool seen_ = false;   ///< the last probe has found the logger
+    int nextReading_ = 0; ///< counts round
+    int readingsDue_ = 0; ///< at the next probe
 
     /// The next attempt to open the port.
     struct Opening {

@@ -49,7 +49,8 @@ void TPollingThread::work() {
             const Task task = std::move(tasks_.front());
             tasks_.pop_front();
             const MutexUnlock unlocked(mutex_);
-            runTask(task);
+            if (runTask(task))
+                nextProbe = std::chrono::steady_clock::now();
         } else if (stopping_) {
             break;
         } else if (suspensions_ > 0) {
@@ -67,14 +68,15 @@ void TPollingThread::work() {
     std::this_thread::sleep_for(times_.closingPause);
 }
 
-void TPollingThread::runTask(const Task& task) {
+bool TPollingThread::runTask(const Task& task) {
     {
         LockedLogger logger(link_);
         task.job(logger);
     }
-    publishStatus();
+    const bool stale = publishStatus()->readingsStale;
     if (task.done)
         task.done();
+    return stale;
 }
 
 bool TPollingThread::probe() {
@@ -92,13 +94,14 @@ bool TPollingThread::probeMustYield() {
     return !tasks_.empty() || suspensions_ > 0 || stopping_;
 }
 
-void TPollingThread::publishStatus() {
+std::shared_ptr<const LoggerStatus> TPollingThread::publishStatus() {
     std::shared_ptr<const LoggerStatus> status;
     {
         const LockedLogger logger(link_);
         status = std::make_shared<const LoggerStatus>(logger.status());
     }
-    publish_(std::move(status));
+    publish_(status);
+    return status;
 }
 
 } // namespace quobrix

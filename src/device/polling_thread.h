@@ -55,10 +55,10 @@ private:
     };
 
     void work();
-    void runTask(const Task& task);
-    bool probe(); // false when it was cut short
+    bool runTask(const Task& task); // whether what menus show is to be asked for now
+    bool probe();                   // false when it was cut short
     bool probeMustYield() QUOBRIX_EXCLUDES(mutex_);
-    void publishStatus();
+    std::shared_ptr<const LoggerStatus> publishStatus();
 
     LoggerLink& link_;
     const Publish publish_;

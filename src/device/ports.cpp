@@ -159,6 +159,12 @@ bool PortFlows::ensureLogger(bool prompt) {
     return choosePort() && probe() == QUOBRIX_OK;
 }
 
+std::optional<LoggerStatus> PortFlows::findLogger() {
+    if (!ensureLogger(true))
+        return {};
+    return calls_.get({text(kLooking)}, [](const LockedLogger& logger) { return logger.status(); });
+}
+
 std::optional<PortFlows::Attempt> PortFlows::open(const CallTitle& title, const std::string& port) {
     return calls_.get(title, [&](LockedLogger& logger) {
         Attempt attempt;

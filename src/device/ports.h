@@ -59,6 +59,10 @@ public:
     /// so and offers to choose a port. Every command that needs the logger begins with it.
     bool ensureLogger(bool prompt);
 
+    /// The logger that answers, as its probe found it; otherwise it is looked for and asked for as ensureLogger(true)
+    /// does.
+    std::optional<LoggerStatus> findLogger();
+
 private:
     /// How opening a port and looking for a logger there went.
     struct Attempt {

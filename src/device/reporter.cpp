@@ -33,6 +33,14 @@ constexpr CommandTexts kCommands[] = {
     {LoggerCommand::Arm, SourceText("Arming Quobrix"), SourceText("Unable to arm the Quobrix")},
     {LoggerCommand::Disarm, SourceText("Disarming Quobrix"), SourceText("Unable to disarm Quobrix")},
     {LoggerCommand::SetCarType, SourceText("Setting car type"), SourceText("Unable to set car type")},
+    {LoggerCommand::ClearAccidents, SourceText("Clearing accident log"),
+     SourceText("Unable to clear the accident log")},
+    {LoggerCommand::GetClock, SourceText(""), SourceText("Unable to read the Quobrix's clock"),
+     SourceText("Reading the clock")},
+    {LoggerCommand::GetMemory, SourceText(""), SourceText("Unable to tell how full the Quobrix's memory is"),
+     SourceText("Looking at the memory")},
+    {LoggerCommand::GetAlarm, SourceText(""), SourceText("Unable to tell how loud the alarm is"),
+     SourceText("Reading the alarm's volume")},
     {LoggerCommand::Download, SourceText(""), SourceText("Unable to download logs"), SourceText("Downloading")},
 };
 
@@ -60,6 +68,8 @@ Message failureMessage(LoggerCommand command, const LoggerOutcome& outcome) {
         return makeMessage(MessageId::PortNotOpened, what);
     case QUOBRIX_TIMEOUT:
         return makeMessage(MessageId::Timeout, what, outcome.port);
+    case kLogsNotCurrent:
+        return makeMessage(MessageId::LogsNotCurrent, what);
     case kNoLibrary:
         return makeMessage(MessageId::LibraryMissing, outcome.description);
     default:
@@ -76,6 +86,21 @@ CallTitle Reporter::title(LoggerCommand command) {
 bool Reporter::run(LoggerCommand command, const std::function<ResultCode(LockedLogger&)>& call) {
     const std::optional<LoggerOutcome> outcome =
         calls_.get(title(command), [&](LockedLogger& logger) { return logger.outcome(call(logger)); });
+    return outcome && report(command, *outcome);
+}
+
+bool Reporter::runOn(const std::string& serialText, LoggerCommand command,
+                     const std::function<ResultCode(LockedLogger&)>& call) {
+    std::string found;
+    const std::optional<LoggerOutcome> outcome = calls_.get(title(command), [&](LockedLogger& logger) {
+        const ResultCode probed = logger.probe();
+        found = logger.status().serialText;
+        return logger.outcome(probed == QUOBRIX_OK && found == serialText ? call(logger) : probed);
+    });
+    if (outcome && outcome->ok() && found != serialText) {
+        prompter_.tell(makeMessage(MessageId::AnotherLogger, serialText, found));
+        return false;
+    }
     return outcome && report(command, *outcome);
 }
 

@@ -4,7 +4,8 @@
 #include "messages/prompter.h"
 
 #include <chrono>
-#include <string_view>
+#include <functional>
+#include <string>
 
 namespace quobrix {
 
@@ -23,6 +24,10 @@ enum class LoggerCommand {
     Arm,
     Disarm,
     SetCarType,
+    ClearAccidents,
+    GetClock,
+    GetMemory,
+    GetAlarm,
     Download,
 };
 
@@ -54,6 +59,11 @@ public:
 
     /// Runs CALL and reports its result, unless it was cancelled; returns whether it succeeded.
     bool run(LoggerCommand command, const std::function<ResultCode(LockedLogger&)>& call);
+
+    /// Runs CALL on the logger SERIAL_TEXT and reports its result. Another logger, that a person has plugged in
+    /// meanwhile, is left alone, and they are told.
+    bool runOn(const std::string& serialText, LoggerCommand command,
+               const std::function<ResultCode(LockedLogger&)>& call);
 
     /// A success shows the command's progress, if it has one; a failure is told with its reason. A download that came
     /// to QUOBRIX_NOT_REPORTED says nothing. Returns whether OUTCOME is a success.

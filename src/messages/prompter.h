@@ -1,5 +1,6 @@
 #pragma once
 
+#include "messages/forms.h"
 #include "messages/message.h"
 
 #include <cstddef>
@@ -21,6 +22,8 @@ public:
 
     /// A yes-or-no question.
     virtual Answer ask(const Message& question) = 0;
+    /// A yes-or-no question with a check box BOX, which is MARKED, and afterwards as the person has left it.
+    virtual Answer askMarked(const Message& question, SourceText /*box*/, bool& /*marked*/) { return ask(question); }
     /// A question that can be left unanswered (MessageButtons::YesNoCancel): nothing when the person cancels.
     virtual std::optional<Answer> askOrCancel(const Message& question) { return ask(question); }
     /// A question answered by one of ACTIONS (MessageButtons::Actions or Offer; '&' marks their mnemonics), of which
@@ -32,6 +35,10 @@ public:
     /// One of CHOICES, with PRESET marked; nothing when the person cancels. WHAT says what is chosen ("serial port").
     virtual std::optional<std::size_t> choose(SourceText what, const std::vector<std::string>& choices,
                                               std::size_t preset) = 0;
+    /// A form, preset as it comes. False when the person cancels, or nobody is there to fill it in: what is then in it
+    /// does not count.
+    virtual bool fillIn(AlarmForm&) { return false; }
+    virtual bool fillIn(DateAndTimeForm&) { return false; }
 };
 
 } // namespace quobrix

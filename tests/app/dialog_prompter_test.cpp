@@ -4,6 +4,8 @@
 #include "settings/settings.h"
 #include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -39,7 +41,9 @@ protected:
     QStringList quiet_;
     Settings settings_{std::make_unique<MemorySettings>()};
     Reminders reminders_{settings_, [] { return 1'700'000'000; }};
-    DialogPrompter prompter_{window_, reminders_, [this](const QString& text) { quiet_ << text; }};
+    TUnitSystem units_;
+    const TimeZone zone_;
+    DialogPrompter prompter_{window_, reminders_, {units_, zone_}, [this](const QString& text) { quiet_ << text; }};
 };
 
 TEST_F(DialogPrompterTest, LongNamesAreShortened) {

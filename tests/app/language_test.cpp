@@ -1,5 +1,6 @@
 #include "app/about_box.h"
 #include "app/dialog_prompter.h"
+#include "app/logger_dialogs.h"
 #include "app/main_frame.h"
 #include "app/miscellaneous_dialog.h"
 #include "app/properties_dialog.h"
@@ -32,6 +33,7 @@ constexpr const char* kNoTexts[] = {
     "Quobrix",           // the product's name
     "1\\.0\\.0",         // its version
     "\\w{3} +\\d+ \\d+", // the day on which it was built, as the compiler gives it
+    "\\b[AP]M\\b",       // the locale's halves of the day
     "S\\.I\\.",          // a unit system is called as its file
 };
 
@@ -105,6 +107,15 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     expectTranslated(about);
     MiscellaneousDialog miscellaneous(settings_, reminders_, nullptr);
     expectTranslated(miscellaneous);
+    const TextContext times{units_, zone_};
+    AlarmDialog alarm({3, 10}, nullptr);
+    expectTranslated(alarm);
+    for (const bool readOnly : {false, true}) {
+        TDateAndTimeDialog dateAndTime({0, 0, readOnly}, times, nullptr);
+        expectTranslated(dateAndTime);
+    }
+    TMemoryDialog memory({1000, 500}, {}, units_, nullptr);
+    expectTranslated(memory);
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     expectTranslated(properties);

@@ -1,13 +1,17 @@
 #include "app/logger_commands.h"
 
 #include "app/names_commands.h"
+#include "device/clear_flow.h"
 #include "support/frame_fixture.h"
 #include "support/record_set_builder.h"
 #include "support/slow_logger_library.h"
 #include "views/log_view.h"
 
 #include <QAction>
+#include <QCheckBox>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTest>
@@ -32,8 +36,11 @@ protected:
 
     testing::FakeLoggerLibrary fake_;
     NamesCommands names_{frame_};
-    LoggerCommands commands_{
-        frame_, names_, testing::FakeLoggerLibrary::library(), {.polling = {5ms, 0ms}, .calls = {1ms, 2ms}}};
+    LoggerCommands commands_{frame_,
+                             names_,
+                             testing::FakeLoggerLibrary::library(),
+                             "",
+                             {.polling = {5ms, 0ms}, .calls = {1ms, 2ms}, .progressHaste = 100}};
 };
 
 TEST_F(LoggerCommandsTest, ALoggerIsFoundAgain) {
@@ -126,6 +133,88 @@ TEST_F(LoggerCommandsTest, ADeletedTripAndADownloadAreTakenBackWhereTheyAreSeen)
     EXPECT_EQ(step(SpreadsheetCommand::Redo),
               "2 trips, 2 accidents, Trip 1 of 2; &Undo Download; Red&o Deleting a row");
     EXPECT_EQ(document_.trips().column<TTripLogSampleTableColumn>().object(1)->rowCount(), 3u);
+}
+
+/// Answers the box or dialog that comes up next by pressing BUTTON, after LOOK has seen it.
+void answer(const QString& button, std::function<void(QWidget&)> look = {}) {
+    QTimer::singleShot(5, qApp, [=] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        auto* pressed = dialog ? dialog->findChild<QPushButton*>(button) : nullptr;
+        if (dialog && !pressed)
+            for (QPushButton* other : dialog->findChildren<QPushButton*>())
+                pressed = other->text().remove(QLatin1Char('&')) == button ? other : pressed;
+        if (!pressed)
+            return answer(button, look);
+        if (look)
+            look(*dialog);
+        pressed->click();
+    });
+}
+
+TEST_F(LoggerCommandsTest, MenusSayWhatTheLoggerCanDoAndWhatIsSet) {
+    using enum CommandId;
+    const auto states = [&] {
+        std::string marks;
+        for (const CommandId id : {ClearMemory, EnableLed, ResetCheckEngineLight, EnableAlarm, EnableVinMode,
+                                   SetAnomalousVehicle, SetClock}) {
+            const QAction& action = *frame_.commands().action(id);
+            marks += !action.isEnabled() ? '-' : action.isChecked() ? 'x' : 'o';
+        }
+        return marks;
+    };
+    EXPECT_EQ(states(), "oo----o") << "what depends on the product needs a logger";
+    fake_.loggers["COM1"] = "K-0042-B";
+    fake_.led = true;
+    commands_.start();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return states() == "oxoox-o"; }, 20'000)) << states();
+    frame_.commands().action(EnableLed)->trigger();
+    frame_.commands().action(EnableVinMode)->trigger();
+    frame_.commands().action(ResetCheckEngineLight)->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return states() == "ooxoo-o"; }, 20'000)) << states();
+    fake_.during = [&](const std::string& function) { // on the worker
+        if (function == "GetIdentityInformation")
+            fake_.product = "QBX-4730";
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return states() == "oox--oo"; }, 20'000)) << states();
+}
+
+TEST_F(LoggerCommandsTest, EachDialogDoesWhatItSays) {
+    using enum CommandId;
+    fake_.loggers["COM1"] = "K-0042-B";
+    commands_.start();
+    ASSERT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));
+    const auto run = [&](CommandId id) {
+        QAction& action = *frame_.commands().action(id);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return action.isEnabled(); }, 20'000)) << action.text().toStdString();
+        action.trigger();
+    };
+    answer(QStringLiteral("AlarmOff"));
+    run(EnableAlarm);
+    answer(QStringLiteral("OK"));
+    run(EnableAlarm);
+    EXPECT_EQ(fake_.volume, 0);
+
+    answer(QStringLiteral("Close"), [](QWidget& dialog) {
+        EXPECT_EQ(dialog.findChild<QLabel*>(QStringLiteral("MemoryText"))->text(),
+                  QStringLiteral("The memory of K-0042-B is 50 % full."));
+    });
+    run(DisplayMemory);
+
+    answer(QStringLiteral("OK"), [](QWidget& dialog) {
+        auto* field = dialog.findChild<QLineEdit*>(QStringLiteral("LoggerTime"));
+        field->setText(QStringLiteral("no time"));
+        EXPECT_FALSE(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled());
+        field->setText(QStringLiteral("3/4/2020 10:00 AM"));
+        answer(QStringLiteral("Yes"));
+    });
+    run(SetDateAndTime);
+    EXPECT_EQ(fake_.count("SetTime 1583316000"), 1);
+
+    answer(QStringLiteral("Yes"),
+           [](QWidget& box) { box.findChild<QCheckBox*>(QStringLiteral("MessageCheckBox"))->setChecked(true); });
+    run(ClearMemory);
+    EXPECT_EQ(fake_.count("ClearLogs"), 1);
+    EXPECT_EQ(clearAfterDownload(settings_), ClearAfterDownload::Always);
 }
 
 } // namespace

@@ -24,7 +24,7 @@ protected:
     }
 
     std::optional<MergeResult> download(ScriptedPrompter& prompter) {
-        return Download(calls_, prompter, settings_, progress_, {},
+        return Download({calls_, prompter, settings_, progress_, {}, document_},
                         {.startNewDocument =
                              [this] {
                                  ++begun_;
@@ -32,7 +32,7 @@ protected:
                                  return true;
                              },
                          .mayStartNewDocument = [this] { return mayBegin_; }})
-            .run(document_);
+            .run();
     }
 
     /// The example, or another document with one trip and OBJECTS objects.

@@ -54,7 +54,7 @@ TEST(LoggerLink, WorksWithoutLibraryAndSaysWhatIsWrong) {
     EXPECT_EQ(logger.probe(), kNoLibrary);
     EXPECT_EQ(logger.identity().code, kNoLibrary);
     EXPECT_EQ(logger.readLogs(LogMode::Ordinary).code, kNoLibrary);
-    EXPECT_FALSE(logger.troubleIsPresent());
+    EXPECT_FALSE(logger.isArmed().ok());
     EXPECT_EQ(logger.outcome(kNoLibrary).description, "There is none.");
     EXPECT_FALSE(logger.status().loggerPresent());
 }

@@ -108,11 +108,11 @@ TEST_F(SimulatedLogger, ACancelledDownloadMergesNothing) {
         ASSERT_TRUE(logger.readLogs(LogMode::Ordinary).ok());
         ASSERT_TRUE(logger.status().logsCurrent);
     }
-    Download download(calls, silent, settings, noProgress, {}, {});
-    EXPECT_FALSE(download.run(document));
+    Download download({calls, silent, settings, noProgress, {}, document}, {});
+    EXPECT_FALSE(download.run());
     EXPECT_EQ(document.trips().rowCount(), 0u);
     EXPECT_FALSE(LockedLogger(link).status().logsCurrent) << "what was read of them went nowhere";
-    EXPECT_TRUE(download.run(document)) << "the next one is not cancelled";
+    EXPECT_TRUE(download.run()) << "the next one is not cancelled";
 }
 
 TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
@@ -126,13 +126,13 @@ TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
     ProgressReporter noProgress;
     TQuobrixDocument document;
     std::vector<NewKeys> added;
-    Download download(calls, silent, settings, noProgress, {},
+    Download download({calls, silent, settings, noProgress, {}, document},
                       {.startNewDocument = {}, .keysAdded = [&](const NewKeys& keys) { added.push_back(keys); }});
     ASSERT_TRUE(LockedLogger(link).openPort("COM1") == QUOBRIX_OK);
-    ASSERT_TRUE(download.run(document));
+    ASSERT_TRUE(download.run());
     EXPECT_EQ(document.drivers().name(1), "Somebody");
     document.drivers().nameAll(added.at(0).drivers, "Ann");
-    ASSERT_TRUE(download.run(document));
+    ASSERT_TRUE(download.run());
 
     ASSERT_EQ(added.size(), 2u);
     EXPECT_EQ(added[0].loggers, std::vector<std::string>{"K-0042-B"});

@@ -125,11 +125,41 @@ struct FakeFunctions {
         return code;
     }
     static std::int32_t setTime(std::int32_t time) { return current->command("SetTime", std::to_string(time)); }
-    static std::int32_t vinMode(std::uint8_t* enabled) {
-        *enabled = 1;
-        return current->command("VinModeIsEnabled");
+    /// A value is set, and is what the logger tells from then on, if nothing comes in between.
+    template <class T, class V>
+    static std::int32_t set(const char* function, T FakeLoggerLibrary::*member, V value) {
+        const ResultCode code = current->command(function, std::to_string(value));
+        if (code == QUOBRIX_OK)
+            current->*member = static_cast<T>(value);
+        return code;
+    }
+    template <class Out, class T>
+    static std::int32_t get(const char* function, T FakeLoggerLibrary::*member, Out* out) {
+        const ResultCode code = current->command(function);
+        *out = static_cast<Out>(current->*member);
+        return code;
+    }
+    static std::int32_t enableLed(std::uint8_t on) { return set("EnableLED", &FakeLoggerLibrary::led, on); }
+    static std::int32_t led(std::uint8_t* on) { return get("LEDIsEnabled", &FakeLoggerLibrary::led, on); }
+    static std::int32_t enableVinMode(std::uint8_t on) { return set("EnableVinMode", &FakeLoggerLibrary::vinMode, on); }
+    static std::int32_t vinMode(std::uint8_t* on) { return get("VinModeIsEnabled", &FakeLoggerLibrary::vinMode, on); }
+    static std::int32_t setVolume(std::int32_t volume) {
+        return set("SetBeepVolume", &FakeLoggerLibrary::volume, volume);
+    }
+    static std::int32_t volume(std::int32_t* volume) {
+        return get("GetBeepVolume", &FakeLoggerLibrary::volume, volume);
+    }
+    static std::int32_t setCarType(std::int32_t type) { return set("SetCarType", &FakeLoggerLibrary::carType, type); }
+    static std::int32_t carType(std::int32_t* type) { return get("GetCarType", &FakeLoggerLibrary::carType, type); }
+    static std::int32_t arm(std::uint8_t on) { return set("ClearTroubleCodes", &FakeLoggerLibrary::armed, on); }
+    static std::int32_t trouble(std::uint8_t* on) { return get("GetTroubleByte", &FakeLoggerLibrary::armed, on); }
+    static std::int32_t memory(std::int32_t* capacity, std::int32_t* used) {
+        *capacity = current->memory.capacity;
+        *used = current->memory.used;
+        return current->command("GetMemoryInformation");
     }
     static std::int32_t clearLogs() { return current->command("ClearLogs"); }
+    static std::int32_t clearAccidents() { return current->command("ClearAccidentLogs"); }
     static std::int32_t logBuffer(std::int32_t mode, void** main, void** accident1, void** accident2) {
         if (current->handsOutBuffers)
             for (void** buffer : {main, accident1, accident2})
@@ -167,8 +197,19 @@ LoggerLibrary FakeLoggerLibrary::library() {
     functions.GetConfiguration = FakeFunctions::getConfiguration;
     functions.SetConfiguration = FakeFunctions::setConfiguration;
     functions.SetTime = FakeFunctions::setTime;
+    functions.EnableLED = FakeFunctions::enableLed;
+    functions.LEDIsEnabled = FakeFunctions::led;
+    functions.EnableVinMode = FakeFunctions::enableVinMode;
     functions.VinModeIsEnabled = FakeFunctions::vinMode;
+    functions.SetBeepVolume = FakeFunctions::setVolume;
+    functions.GetBeepVolume = FakeFunctions::volume;
+    functions.SetCarType = FakeFunctions::setCarType;
+    functions.GetCarType = FakeFunctions::carType;
+    functions.ClearTroubleCodes = FakeFunctions::arm;
+    functions.GetTroubleByte = FakeFunctions::trouble;
+    functions.GetMemoryInformation = FakeFunctions::memory;
     functions.ClearLogs = FakeFunctions::clearLogs;
+    functions.ClearAccidentLogs = FakeFunctions::clearAccidents;
     functions.GetLogBuffer = FakeFunctions::logBuffer;
     functions.GetLogBufferFromFile = FakeFunctions::logFile;
     functions.GetLogRecords = FakeFunctions::logRecords;

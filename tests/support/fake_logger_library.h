@@ -29,6 +29,9 @@ public:
     std::int32_t loggerTime = 1'700'000'000;
     std::uint8_t flags = 1;
     LoggerConfiguration configuration{.bandLimits = {45}};
+    bool led = false, vinMode = true, armed = false;
+    std::int32_t volume = 2, carType = 0;
+    MemoryInformation memory{1000, 500};
     std::function<void(LoggerConfiguration&)> alters;        ///< what becomes of a configuration that is set
     bool handsOutBuffers = true;                             ///< GetLogBuffer allocates, whatever its result
     bool handsOutOneBlock = false;                           ///< for all buffers, and for both sets of a buffer

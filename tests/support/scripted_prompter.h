@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <gtest/gtest.h>
 #include <initializer_list>
 #include <optional>
@@ -25,6 +26,8 @@ public:
     ScriptedPrompter() = default;
     ScriptedPrompter(std::initializer_list<Line> lines, std::initializer_list<std::string> choices = {})
         : lines_(lines), choices_(choices) {}
+    ScriptedPrompter(std::vector<Line> lines, std::vector<std::string> choices)
+        : lines_(lines.begin(), lines.end()), choices_(choices.begin(), choices.end()) {}
     ~ScriptedPrompter() override {
         EXPECT_TRUE(lines_.empty()) << "never shown: " << messageSpec(lines_.front().id).key;
         EXPECT_TRUE(choices_.empty()) << "never offered: " << choices_.front();
@@ -33,6 +36,11 @@ public:
     Answer ask(const Message& question) override {
         EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::YesNo);
         return show(question).value_or(Answer::No);
+    }
+    Answer askMarked(const Message& question, SourceText, bool& marked) override {
+        shownMarks.push_back(marked);
+        marked = leaves.value_or(marked);
+        return ask(question);
     }
     std::optional<Answer> askOrCancel(const Message& question) override {
         EXPECT_EQ(messageSpec(question.id).buttons, MessageButtons::YesNoCancel);
@@ -55,20 +63,39 @@ public:
     std::optional<std::size_t> choose(SourceText, const std::vector<std::string>& choices,
                                       std::size_t preset) override {
         presets.push_back(choices.at(preset));
-        if (choices_.empty())
+        if (choices_.empty() && !chooses)
             return std::nullopt;
+        if (choices_.empty())
+            choices_.push_back(*chooses);
         const auto place = std::find(choices.begin(), choices.end(), choices_.front());
         choices_.pop_front();
         EXPECT_NE(place, choices.end());
         return static_cast<std::size_t>(place - choices.begin());
     }
 
-    std::vector<std::string> shown; ///< texts of the messages, in order
+    bool fillIn(AlarmForm& form) override { return fills(form, alarm); }
+    bool fillIn(DateAndTimeForm& form) override { return fills(form, dateAndTime); }
+
+    // What a person makes of a form; without one it must not come up.
+    std::function<bool(AlarmForm&)> alarm;
+    std::function<bool(DateAndTimeForm&)> dateAndTime;
+    std::optional<bool> leaves;         ///< a check box marked so; nothing: as it was
+    std::optional<std::string> chooses; ///< where the script has no choice
+    std::function<void()> whileShown;   ///< what happens before each answer
+    std::vector<bool> shownMarks;       ///< of check boxes, as they came up
+    std::vector<std::string> shown;     ///< texts of the messages, in order
     std::vector<std::string> presets;
 
 private:
+    template <class Form>
+    static bool fills(Form& form, const std::function<bool(Form&)>& person) {
+        EXPECT_TRUE(person) << "an unscripted form";
+        return person && person(form);
+    }
     std::optional<Answer> show(const Message& message) {
         shown.push_back(message.text);
+        if (whileShown)
+            whileShown();
         if (lines_.empty() || lines_.front().id != message.id) {
             ADD_FAILURE() << "unscripted: " << message.text;
             return std::nullopt;

@@ -6,21 +6,21 @@ namespace quobrix {
 
 LoggerSession::LoggerSession(LoggerLink& link, Settings& settings, Prompter& prompter, TQuobrixDocument& document,
                              QWidget& window, Times times)
-    : link_(link), settings_(settings), prompter_(prompter), document_(document), progress_(window),
-      worker_(
-          link,
-          [this](std::shared_ptr<const LoggerStatus> status) {
-              QMetaObject::invokeMethod(
-                  this,
-                  [this, news = std::move(status)] {
-                      if (*news == *status_)
-                          return;
-                      status_ = news;
-                      emit statusChanged();
-                  },
-                  Qt::QueuedConnection);
-          },
-          times.polling),
+    : link_(link), settings_(settings), prompter_(prompter), document_(document),
+      progress_(window, times.progressHaste), worker_(
+                                                  link,
+                                                  [this](std::shared_ptr<const LoggerStatus> status) {
+                                                      QMetaObject::invokeMethod(
+                                                          this,
+                                                          [this, news = std::move(status)] {
+                                                              if (*news == *status_)
+                                                                  return;
+                                                              status_ = news;
+                                                              emit statusChanged();
+                                                          },
+                                                          Qt::QueuedConnection);
+                                                  },
+                                                  times.polling),
       calls_(worker_, window, times.calls) {}
 
 LoggerSession::~LoggerSession() { worker_.stop(); }
@@ -34,17 +34,11 @@ std::string LoggerSession::statusText() const {
 }
 
 void LoggerSession::scanPorts() {
-    PortFlows(calls_, prompter_, settings_, names()).scanOrChoose();
+    flows().ports().scanOrChoose();
     if (!polling_) {
         polling_ = true;
         worker_.resume();
     }
-}
-
-void LoggerSession::choosePort() { PortFlows(calls_, prompter_, settings_, names()).choosePort(); }
-
-std::optional<MergeResult> LoggerSession::download(Download::Hooks hooks) {
-    return Download(calls_, prompter_, settings_, progress_, names(), std::move(hooks)).run(document_);
 }
 
 } // namespace quobrix

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/download.h"
+#include "device/flow_context.h"
 #include "device/polling_thread.h"
 #include "device/ui/timed_progress_dialog.h"
 #include "device/ui/worker_calls.h"
@@ -22,6 +22,7 @@ public:
     struct Times {
         TPollingThread::Times polling{};
         WorkerCalls::Times calls{};
+        int progressHaste = 1; ///< how many times faster the progress of what is done is shown
     };
 
     /// WINDOW is the parent of its dialogs. LINK must outlive the session, the other arguments all but its destructor.
@@ -37,10 +38,9 @@ public:
 
     /// Looks for the logger on the ports, and lets the worker poll from then on.
     void scanPorts();
-    /// Lets the user choose the port.
-    void choosePort();
-    /// Downloads into the document; see Download.
-    std::optional<MergeResult> download(Download::Hooks hooks);
+    /// What the flows of the logger work with.
+    FlowContext flows() const { return {calls_, prompter_, settings_, progress_, names(), document_}; }
+    bool hasLibrary() const { return link_.hasLibrary(); }
 
 signals:
     void statusChanged();
@@ -53,10 +53,10 @@ private:
     Prompter& prompter_;
     TQuobrixDocument& document_;
     std::shared_ptr<const LoggerStatus> status_ = std::make_shared<const LoggerStatus>();
-    TimedProgressDialog progress_;
+    mutable TimedProgressDialog progress_;
     bool polling_ = false;
     TPollingThread worker_; // after all that its news reach
-    WorkerCalls calls_;
+    mutable WorkerCalls calls_;
 };
 
 } // namespace quobrix

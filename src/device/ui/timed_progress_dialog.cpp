@@ -21,8 +21,8 @@ void TimedProgressDialog::show(const TimedProgress& progress) {
         if (dialog.value() < progress.steps)
             dialog.setValue(dialog.value() + 1);
     });
-    step.start(progress.interval);
-    QTimer::singleShot(progress.total(), &dialog, &QDialog::accept);
+    step.start(progress.interval / haste_);
+    QTimer::singleShot(progress.total() / haste_, &dialog, &QDialog::accept);
     dialog.exec();
 }
 

@@ -1,0 +1,182 @@
+#include "app/logger_dialogs.h"
+
+#include "base/ui/qt_text.h"
+#include "ui/fields.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSlider>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+QString shown(const TextContext& text, std::int32_t time) {
+    return toQt(dateTimeText(text.units, text.zone.toLocal(time)));
+}
+
+/// A figure with its name, which assistive technology reads as one.
+void addFact(QFormLayout& form, const QString& name, const QString& value, const char* objectName) {
+    auto* field = new QLabel(value);
+    field->setObjectName(QLatin1String(objectName));
+    field->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    field->setAccessibleName(QStringLiteral("%1 %2").arg(name, value));
+    form.addRow(name, field);
+}
+
+/// Help is there as everywhere, and says so when it can.
+void addHelp(QDialogButtonBox& buttons) {
+    QPushButton* help = buttons.addButton(QDialogButtonBox::Help);
+    help->setEnabled(false);
+    help->setToolTip(QObject::tr("Help is not available yet."));
+}
+
+} // namespace
+
+AlarmDialog::AlarmDialog(const AlarmForm& form, QWidget* parent)
+    : QDialog(parent), form_(form), volume_(new QSlider(Qt::Horizontal)) {
+    setObjectName(QStringLiteral("AlarmDialog"));
+    setWindowTitle(tr("Alarm"));
+    auto* explained =
+        new QLabel(tr("The alarm sounds while a driver brakes or speeds up too hard, or drives too fast."));
+    explained->setWordWrap(true);
+
+    volume_->setObjectName(QStringLiteral("AlarmVolume"));
+    volume_->setRange(0, std::max<std::int32_t>(1, form.loudest));
+    volume_->setPageStep(form.loudest > 1 ? 2 : 1);
+    volume_->setTickPosition(QSlider::TicksBelow);
+    volume_->setTickInterval(1);
+    volume_->setValue(form.volume);
+    auto* state = new QLabel;
+    state->setObjectName(QStringLiteral("AlarmState"));
+    const auto tell = [this, state] {
+        const std::int32_t now = volume();
+        state->setText(now == 0             ? tr("Off")
+                       : form_.loudest <= 1 ? tr("On")
+                                            : tr("Volume %1 of %2").arg(now).arg(form_.loudest));
+        volume_->setAccessibleDescription(state->text());
+    };
+    connect(volume_, &QSlider::valueChanged, this, [this, tell] {
+        touched_ = true;
+        tell();
+    });
+    tell();
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    QPushButton* off = buttons->addButton(tr("&Off"), QDialogButtonBox::DestructiveRole);
+    off->setObjectName(QStringLiteral("AlarmOff"));
+    addHelp(*buttons);
+    connect(off, &QPushButton::clicked, this, [this] {
+        off_ = true;
+        accept();
+    });
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(fieldLabel(tr("&Volume of the Quobrix's alarm:"), *volume_));
+    layout->addWidget(volume_);
+    layout->addWidget(state);
+    layout->addSpacing(layout->spacing());
+    layout->addWidget(buttons);
+    setMinimumWidth(fontMetrics().averageCharWidth() * 48);
+    volume_->setFocus();
+}
+
+std::int32_t AlarmDialog::volume() const { return off_ ? 0 : touched_ ? volume_->value() : form_.volume; }
+
+TDateAndTimeDialog::TDateAndTimeDialog(const DateAndTimeForm& form, const TextContext& text, QWidget* parent)
+    : QDialog(parent), form_(form), text_(text), field_(new QLineEdit(shown(text, form.logger))) {
+    setObjectName(QStringLiteral("TDateAndTimeDialog"));
+    setWindowTitle(form.readOnly ? tr("Date and Time") : tr("Set Date and Time"));
+    auto* layout = new QFormLayout(this);
+    if (form.readOnly) {
+        delete field_;
+        field_ = nullptr;
+        addFact(*layout, tr("Quobrix clock:"), shown(text, form.logger), "LoggerTime");
+    } else {
+        field_->setObjectName(QStringLiteral("LoggerTime"));
+        field_->setMinimumWidth(fontMetrics().averageCharWidth() * 28);
+        field_->selectAll();
+        layout->addRow(fieldLabel(tr("&Quobrix clock:"), *field_), field_);
+    }
+    addFact(*layout, tr("Computer clock:"), shown(text, form.computer), "ComputerTime");
+
+    auto* buttons =
+        new QDialogButtonBox(form.readOnly ? QDialogButtonBox::Close : QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    if (!form.readOnly) {
+        ok_ = buttons->button(QDialogButtonBox::Ok);
+        QPushButton* take = buttons->addButton(tr("As the &Computer"), QDialogButtonBox::ActionRole);
+        take->setObjectName(QStringLiteral("TakeComputerTime"));
+        connect(take, &QPushButton::clicked, this, [this] { field_->setText(shown(text_, form_.computer)); });
+        connect(field_, &QLineEdit::textChanged, this, [this] { check(); });
+    }
+    layout->addItem(new QSpacerItem(0, layout->verticalSpacing()));
+    layout->addRow(buttons);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+std::optional<std::int32_t> TDateAndTimeDialog::entered() const {
+    if (!field_ || field_->text() == shown(text_, form_.logger)) // seconds included, which are not shown
+        return form_.logger;
+    const std::optional<DateTime> local = parseDateTime(text_.units, field_->text().trimmed().toStdString());
+    return local ? std::optional(text_.zone.toUtc(*local)) : std::nullopt;
+}
+
+void TDateAndTimeDialog::check() {
+    const bool valid = entered().has_value();
+    ok_->setEnabled(valid);
+    ok_->setToolTip(valid ? QString() : tr("Enter a date and a time, such as %1").arg(shown(text_, form_.computer)));
+    field_->setToolTip(ok_->toolTip());
+}
+
+TMemoryDialog::TMemoryDialog(const MemoryInformation& memory, const QString& logger, const TUnitSystem& units,
+                             QWidget* parent)
+    : QDialog(parent) {
+    setObjectName(QStringLiteral("TMemoryDialog"));
+    setWindowTitle(tr("Quobrix Memory"));
+    const double capacity = std::max(0, memory.capacity);
+    const double used = std::clamp<double>(memory.used, 0, std::max(capacity, static_cast<double>(memory.used)));
+    const double share = capacity > 0 ? std::min(1.0, used / capacity) : 0;
+    const auto bytes = [&](double value) {
+        return tr("%1 KB").arg(toQt(units.formatNumber(value / 1024, value < 100 * 1024 ? 1 : 0)));
+    };
+    const QString percent = tr("%1 %").arg(toQt(units.formatNumber(100 * share, share < 0.1 ? 1 : 0)));
+
+    auto* heading = new QLabel(tr("The memory of %1 is %2 full.").arg(logger, percent));
+    heading->setObjectName(QStringLiteral("MemoryText"));
+    heading->setWordWrap(true);
+    auto* bar = new QProgressBar;
+    bar->setObjectName(QStringLiteral("MemoryBar"));
+    bar->setAccessibleName(tr("Used memory"));
+    bar->setRange(0, 1000);
+    bar->setValue(static_cast<int>(share * 1000));
+    bar->setTextVisible(false);
+    auto* form = new QFormLayout;
+    addFact(*form, tr("Used:"), bytes(used), "MemoryUsed");
+    addFact(*form, tr("Free:"), bytes(std::max(0.0, capacity - used)), "MemoryFree");
+    addFact(*form, tr("Capacity:"), bytes(capacity), "MemoryCapacity");
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(heading);
+    layout->addWidget(bar);
+    layout->addLayout(form);
+    layout->addSpacing(layout->spacing());
+    layout->addWidget(buttons);
+    setMinimumWidth(fontMetrics().averageCharWidth() * 44);
+}
+
+} // namespace quobrix

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "device/logger_status.h"
+#include "messages/forms.h"
+#include "tables/column.h"
+
+#include <QDialog>
+
+#include <optional>
+
+class QLineEdit;
+class QPushButton;
+class QSlider;
+
+namespace quobrix {
+
+/// How loud the logger's alarm is: a slider, or two choices where it is only on or off. "Off" is an answer like OK.
+class AlarmDialog final : public QDialog {
+public:
+    AlarmDialog(const AlarmForm& form, QWidget* parent);
+
+    /// As the person wants it: what they have not touched stays, in range or not.
+    std::int32_t volume() const;
+
+private:
+    const AlarmForm form_;
+    QSlider* volume_;
+    bool touched_ = false;
+    bool off_ = false;
+};
+
+/// The logger's clock beside the computer's: to be looked at, or to be set.
+class TDateAndTimeDialog final : public QDialog {
+public:
+    TDateAndTimeDialog(const DateAndTimeForm& form, const TextContext& text, QWidget* parent);
+
+    /// What the logger's clock is to show, s since 1970-01-01 00:00 UTC.
+    std::int32_t time() const { return entered().value_or(form_.logger); }
+
+private:
+    std::optional<std::int32_t> entered() const; ///< nothing if it is no time
+    void check();
+
+    const DateAndTimeForm form_;
+    const TextContext text_;
+    QLineEdit* field_;
+    QPushButton* ok_ = nullptr;
+};
+
+/// How full the logger's memory is, in words and as a bar.
+class TMemoryDialog final : public QDialog {
+public:
+    TMemoryDialog(const MemoryInformation& memory, const QString& logger, const TUnitSystem& units, QWidget* parent);
+};
+
+} // namespace quobrix

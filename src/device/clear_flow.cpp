@@ -1,0 +1,88 @@
+#include "device/clear_flow.h"
+
+#include "texts/text.h"
+
+namespace quobrix {
+namespace {
+
+constexpr const char* kSection = "TClearMemoryColumn";
+constexpr const char* kName = "Value";
+
+Message clearQuestion(const LoggerStatus& logger) {
+    return makeMessage(MessageId::ClearQuobrix, logger.logsCurrent ? text(TextId::ClearWhatIsDownloaded)
+                                                                   : text(TextId::ClearWhatIsNotDownloaded));
+}
+
+} // namespace
+
+ClearAfterDownload clearAfterDownload(const Settings& settings) {
+    switch (settings.getInteger(kSection, kName, 0)) {
+    case 1:
+        return ClearAfterDownload::Always;
+    case 2:
+        return ClearAfterDownload::Never;
+    default:
+        return ClearAfterDownload::Ask;
+    }
+}
+
+void setClearAfterDownload(Settings& settings, ClearAfterDownload choice) {
+    settings.setInteger(kSection, kName, static_cast<std::int32_t>(choice));
+}
+
+bool ClearFlow::clearMemory() {
+    const std::optional<LoggerStatus> logger = context_.ports().findLogger();
+    if (!logger)
+        return false;
+    const ClearAfterDownload before = clearAfterDownload(context_.settings);
+    if (before == ClearAfterDownload::Never)
+        return context_.prompter.ask(clearQuestion(*logger)) == Answer::Yes && clear(*logger);
+    bool always = before == ClearAfterDownload::Always;
+    if (context_.prompter.askMarked(clearQuestion(*logger), SourceText("&Don't Ask Again"), always) != Answer::Yes)
+        return false;
+    setClearAfterDownload(context_.settings, always ? ClearAfterDownload::Always : ClearAfterDownload::Ask);
+    return clear(*logger);
+}
+
+bool ClearFlow::clear(const LoggerStatus& asked) {
+    const bool cleared =
+        context_.reporter().runOn(asked.serialText, LoggerCommand::ClearMemory, [&](LockedLogger& logger) {
+            return asked.logsCurrent && !logger.status().logsCurrent ? kLogsNotCurrent : logger.clearLogs();
+        });
+    if (cleared)
+        noteCleared(asked.serialText);
+    return cleared;
+}
+
+bool ClearFlow::clearAccidents() {
+    const std::optional<LoggerStatus> asked = context_.ports().findLogger();
+    if (!asked)
+        return false;
+    const Message question =
+        makeMessage(MessageId::ClearAccidentLogs, asked->logsCurrent ? text(TextId::ClearDownloadedAccidents)
+                                                                     : text(TextId::ClearAccidentsNotDownloaded));
+    return context_.prompter.ask(question) == Answer::Yes &&
+           context_.reporter().runOn(asked->serialText, LoggerCommand::ClearAccidents, [&](LockedLogger& logger) {
+               return asked->logsCurrent && !logger.status().logsCurrent ? kLogsNotCurrent : logger.clearAccidentLogs();
+           });
+}
+
+bool ClearFlow::mayLose(const LoggerStatus& logger) {
+    if (logger.logsCurrent)
+        return true;
+    const std::optional<Reply<MemoryInformation>> memory = context_.calls.get(
+        Reporter::title(LoggerCommand::GetMemory), [](LockedLogger& present) { return present.memoryInformation(); });
+    if (!memory)
+        return false;
+    return (memory->ok() && !memory->value.holdsData()) || context_.prompter.ask(clearQuestion(logger)) == Answer::Yes;
+}
+
+void ClearFlow::noteCleared(const std::string& serialText) {
+    const std::optional<std::int64_t> now =
+        context_.calls.get(Reporter::title(LoggerCommand::GetClock), [](LockedLogger& logger) { return logger.now(); });
+    TQuobrixDocument& document = context_.document;
+    if (now && !document.readOnly() && !document.isExample())
+        document.store().singleton<TClearTable>().record(serialText, static_cast<std::int32_t>(*now));
+}
+
+} // namespace quobrix

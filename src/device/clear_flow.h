@@ -1,0 +1,40 @@
+#pragma once
+
+#include "device/flow_context.h"
+
+#include <cstdint>
+#include <string>
+
+namespace quobrix {
+
+/// Whether a download is followed by a clear. The numbers are stored in the settings.
+enum class ClearAfterDownload : std::int32_t { Ask = 0, Always = 1, Never = 2 };
+
+ClearAfterDownload clearAfterDownload(const Settings& settings);
+void setClearAfterDownload(Settings& settings, ClearAfterDownload choice);
+
+/// Clears what a logger has recorded. Nothing is cleared on another logger than the one that was there when the person
+/// was asked, nor, where they were told that everything has been downloaded, once that is doubtful.
+class ClearFlow {
+public:
+    explicit ClearFlow(const FlowContext& context) : context_(context) {}
+
+    /// Asks, and clears the memory. Its question also offers to clear after every download, unless the person has ruled
+    /// that out. Whether the memory was cleared.
+    bool clearMemory();
+    /// Asks, and clears the accident log only.
+    bool clearAccidents();
+
+    /// Whether the memory of LOGGER may be lost, which is asked unless it holds nothing, or nothing that has not been
+    /// downloaded.
+    bool mayLose(const LoggerStatus& logger);
+    /// The memory of SERIAL_TEXT has been cleared: the document keeps when.
+    void noteCleared(const std::string& serialText);
+
+private:
+    bool clear(const LoggerStatus& logger);
+
+    FlowContext context_;
+};
+
+} // namespace quobrix

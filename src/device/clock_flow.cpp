@@ -1,0 +1,58 @@
+#include "device/clock_flow.h"
+
+#include "units/date_time.h"
+#include "units/time_zone.h"
+
+namespace quobrix {
+
+std::optional<ClockFlow::Clocks> ClockFlow::read() {
+    const std::optional<LoggerStatus> logger = context_.ports().findLogger();
+    if (!logger)
+        return {};
+    const auto now = context_.calls.get(Reporter::title(LoggerCommand::GetClock),
+                                        [](const LockedLogger& present) { return present.now(); });
+    return now ? std::optional<Clocks>({*logger, *now}) : std::nullopt;
+}
+
+std::string ClockFlow::textOf(std::int64_t time) const {
+    return dateTimeText(text_.units, text_.zone.toLocal(static_cast<std::int32_t>(time)));
+}
+
+bool ClockFlow::synchronize() {
+    const std::optional<Clocks> clocks = read();
+    return clocks &&
+           context_.prompter.ask(makeMessage(MessageId::SynchronizeDateAndTime, textOf(clocks->logger.loggerTime),
+                                             textOf(clocks->computer))) == Answer::Yes &&
+           set(clocks->logger, {});
+}
+
+void ClockFlow::show() {
+    if (const std::optional<Clocks> clocks = read()) {
+        DateAndTimeForm form{clocks->logger.loggerTime, static_cast<std::int32_t>(clocks->computer), true};
+        context_.prompter.fillIn(form);
+    }
+}
+
+bool ClockFlow::enter() {
+    const std::optional<Clocks> clocks = read();
+    if (!clocks)
+        return false;
+    DateAndTimeForm form{clocks->logger.loggerTime, static_cast<std::int32_t>(clocks->computer), false};
+    return context_.prompter.fillIn(form) && set(clocks->logger, form.logger);
+}
+
+bool ClockFlow::set(const LoggerStatus& asked, std::optional<std::int32_t> time) {
+    ClearFlow clearing(context_);
+    if (!clearing.mayLose(asked))
+        return false;
+    const bool done = context_.reporter().runOn(asked.serialText, LoggerCommand::SetClock, [&](LockedLogger& logger) {
+        if (asked.logsCurrent && !logger.status().logsCurrent)
+            return kLogsNotCurrent;
+        return logger.setTime(time.value_or(static_cast<std::int32_t>(logger.now())));
+    });
+    if (done)
+        clearing.noteCleared(asked.serialText);
+    return done;
+}
+
+} // namespace quobrix

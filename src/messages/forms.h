@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace quobrix {
+
+// What a person fills in for a flow of the core: plain values, preset by the flow.
+
+/// How loud a logger's alarm is.
+struct AlarmForm {
+    std::int32_t volume = 0;  ///< 0 is off
+    std::int32_t loudest = 1; ///< 1: it is on or off
+};
+
+/// A logger's clock. Times in s since 1970-01-01 00:00 UTC.
+struct DateAndTimeForm {
+    std::int32_t logger = 0;   ///< what it shows; what it is to show
+    std::int32_t computer = 0; ///< what the computer's shows
+    bool readOnly = false;
+};
+
+} // namespace quobrix
