@@ -77,7 +77,7 @@ std::string VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, r
 Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
     const std::string_view serialNumber = withoutBlanksAround(text);
     if (!isAcceptedTyped(serialNumber))
-        return {{}, makeMessage(MessageId::InvalidSerialNumber).text};
+        return {{}, makeMessage(MessageId::InvalidSerialNumber).text, MessageId::InvalidSerialNumber};
     return {std::string(serialNumber), {}};
 }
 

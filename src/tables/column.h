@@ -18,6 +18,7 @@
 namespace quobrix {
 
 class Table;
+enum class MessageId;
 class TimeZone;
 class TUnitSystem;
 
@@ -56,6 +57,7 @@ struct TextBuffer {
 struct Parsed {
     Value value;
     std::string refusal;
+    std::optional<MessageId> message{}; ///< the one that the refusal is, where it is one that people are reminded of
 
     bool ok() const { return refusal.empty(); }
 };

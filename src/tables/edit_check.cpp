@@ -52,6 +52,12 @@ EditOutcome refused(std::string_view why, std::size_t column, RowIndex row) {
     return {.refusal = std::string(why), .column = column, .row = row};
 }
 
+EditOutcome refused(const Parsed& parsed, std::size_t column, RowIndex row) {
+    EditOutcome outcome = refused(parsed.refusal, column, row);
+    outcome.message = parsed.message;
+    return outcome;
+}
+
 CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vector<CellEdit>& cells,
                       const TextContext& context) {
     CheckedEdit checked;

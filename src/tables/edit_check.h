@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,6 +31,7 @@ struct EditOutcome {
     // Where it was refused: a cell of the block that was to be set, if it was for one.
     std::size_t column = 0;
     RowIndex row = Finding::kNoRow;
+    std::optional<MessageId> message{}; ///< Parsed::message
 
     bool ok() const { return refusal.empty(); }
 };
@@ -42,6 +44,7 @@ extern const std::string_view kMostRows;
 
 /// An edit that is refused, for a cell if one is given.
 EditOutcome refused(std::string_view why, std::size_t column = 0, RowIndex row = Finding::kNoRow);
+EditOutcome refused(const Parsed& parsed, std::size_t column, RowIndex row);
 
 /// A whole edit that was looked at before anything is changed.
 struct CheckedEdit {

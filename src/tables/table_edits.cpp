@@ -165,7 +165,7 @@ EditOutcome TableEdits::type(ObjectId id, std::size_t index, RowIndex row, std::
         return {};
     Parsed parsed = column.parse(text, context);
     if (!parsed.ok())
-        return refused(parsed.refusal, index, row);
+        return refused(parsed, index, row);
     return apply(id, 0, {{index, row, std::move(parsed.value)}}, context,
                  fmt::format("typing in {}", plainHeading(column.spec())));
 }
@@ -203,7 +203,7 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
                 continue;
             Parsed parsed = column.parse(text, context);
             if (!parsed.ok())
-                return refused(parsed.refusal, columns[c], row);
+                return refused(parsed, columns[c], row);
             cells.push_back({columns[c], row, std::move(parsed.value)});
         }
     return apply(id, added, std::move(cells), context, "paste");
@@ -224,7 +224,7 @@ EditOutcome TableEdits::fill(ObjectId id, std::span<const std::size_t> columns, 
             if (row < table->rowCount() && text == column.editText(row, context))
                 continue; // nothing changes, even where it could not be typed: a missing driver's name
             if (!parsed.ok())
-                return refused(parsed.refusal, index, row);
+                return refused(parsed, index, row);
             cells.push_back({index, row, parsed.value});
         }
     }

@@ -22,7 +22,12 @@ QLabel* fieldLabel(const QString& text, QWidget& field) {
 
 QString textWithKeys(const QAction& action) { return withKeys(action.text(), action); }
 
-QString promptWithKeys(const QAction& action) { return withKeys(action.statusTip().chopped(1), action); }
+QString promptWithKeys(const QAction& action) {
+    QString prompt = action.statusTip();
+    if (prompt.endsWith(QLatin1Char('.')))
+        prompt.chop(1);
+    return withKeys(prompt, action);
+}
 
 QString toolTipOf(const QAction& action) { return action.toolTip(); }
 

@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
+#include "texts/text.h"
 #include "ui/card.h"
 #include "ui/fields.h"
 #include "units/date_time.h"
@@ -65,40 +66,36 @@ QCommandLinkButton* button(QAction* action, const QString& text, const QString& 
 HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidget* parent)
     : Page(parent), context_(context), actions_(actions) {
     setObjectName(QStringLiteral("HomePage"));
-    setAccessibleName(QStringLiteral("Home"));
+    setAccessibleName(tr("Home"));
 
-    Card* startCard = card(QStringLiteral("Start"));
+    Card* startCard = card(tr("Start"));
     QVBoxLayout* start = &startCard->content();
-    auto* first = button(actions.download, QStringLiteral("Download"),
-                         QStringLiteral("Copy the trips of your Quobrix into this file"), icon("download"));
+    auto* first =
+        button(actions.download, tr("Download"), tr("Copy the trips of your Quobrix into this file"), icon("download"));
     start->addWidget(first);
-    start->addWidget(button(actions.tripLog, QStringLiteral("Trip log"),
-                            QStringLiteral("Look at the trips in this file"), icon("trips")));
-    start->addWidget(button(actions.open, QStringLiteral("Open a file"),
-                            QStringLiteral("Go on with a file you have saved"), icon("open")));
-    start->addWidget(button(actions.create, QStringLiteral("New file"), QStringLiteral("Begin with an empty file"),
-                            icon("document")));
+    start->addWidget(button(actions.tripLog, tr("Trip log"), tr("Look at the trips in this file"), icon("trips")));
+    start->addWidget(button(actions.open, tr("Open a file"), tr("Go on with a file you have saved"), icon("open")));
+    start->addWidget(button(actions.create, tr("New file"), tr("Begin with an empty file"), icon("document")));
     start->addStretch();
     setFocusProxy(first);
 
-    Card* figuresCard = card(QStringLiteral("This file"));
+    Card* figuresCard = card(tr("This file"));
     QVBoxLayout* figures = &figuresCard->content();
     documentName_ = new NameLabel;
     documentName_->setObjectName(QStringLiteral("homeDocument"));
     documentName_->setTextFormat(Qt::PlainText);
     documentName_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     figures->addWidget(documentName_);
-    hint_ =
-        new QLabel(QStringLiteral("There are no trips in this file yet. Connect your Quobrix and choose Download."));
+    hint_ = new QLabel(tr("There are no trips in this file yet. Connect your Quobrix and choose Download."));
     hint_->setWordWrap(true);
     figures->addWidget(hint_);
-    trips_ = addFigure(*figures, "homeTrips", QStringLiteral("Trips"));
-    distance_ = addFigure(*figures, "homeDistance", QStringLiteral("Distance"));
-    lastTrip_ = addFigure(*figures, "homeLastTrip", QStringLiteral("Last trip"));
-    vehicles_ = addFigure(*figures, "homeVehicles", QStringLiteral("Vehicles"));
+    trips_ = addFigure(*figures, "homeTrips", tr("Trips"));
+    distance_ = addFigure(*figures, "homeDistance", tr("Distance"));
+    lastTrip_ = addFigure(*figures, "homeLastTrip", tr("Last trip"));
+    vehicles_ = addFigure(*figures, "homeVehicles", tr("Vehicles"));
     figures->addStretch();
 
-    Card* recent = card(QStringLiteral("Recent files"));
+    Card* recent = card(tr("Recent files"));
     recentCard_ = recent;
     recentList_ = &recent->content();
 
@@ -174,18 +171,18 @@ void HomePage::refresh() {
     for (RowIndex row = 0; row < std::min(vehicles.rowCount(), kMostVehicles); ++row)
         names += (row == 0 ? "" : ", ") + std::string(vehicles.displayName(vehicles.key(row)));
     if (vehicles.rowCount() > kMostVehicles)
-        names += " and " +
-                 context_.units.formatInteger(static_cast<std::int64_t>(vehicles.rowCount() - kMostVehicles)) + " more";
+        names = text(TextId::AndMore, names,
+                     context_.units.formatInteger(static_cast<std::int64_t>(vehicles.rowCount() - kMostVehicles)));
 
     const auto set = [](QLabel* label, const QString& caption, std::string_view text) {
         label->setText(text.empty() ? QStringLiteral("–") : toQt(text));
-        label->setAccessibleName(caption + QStringLiteral(": ") + label->text());
+        label->setAccessibleName(tr("%1: %2").arg(caption, label->text()));
     };
-    set(trips_, QStringLiteral("Trips"), context_.units.formatInteger(static_cast<std::int64_t>(count)));
-    set(distance_, QStringLiteral("Distance"), context_.units.formatValueWithUnits(UnitTypeId::Distance, distance));
-    set(lastTrip_, QStringLiteral("Last trip"),
+    set(trips_, tr("Trips"), context_.units.formatInteger(static_cast<std::int64_t>(count)));
+    set(distance_, tr("Distance"), context_.units.formatValueWithUnits(UnitTypeId::Distance, distance));
+    set(lastTrip_, tr("Last trip"),
         last == 0 ? std::string() : dateTimeText(context_.units, context_.zone.toLocal(last)));
-    set(vehicles_, QStringLiteral("Vehicles"), names);
+    set(vehicles_, tr("Vehicles"), names);
     hint_->setVisible(count == 0);
     showRecentFiles();
 }
@@ -208,7 +205,7 @@ void HomePage::showRecentFiles() {
         };
         QString folder = fitting(toQtPath(path.parent_path()), kRecentWidth);
         if (action->property(kMissingProperty).toBool())
-            folder += QStringLiteral(" (missing)");
+            folder = tr("%1 (missing)").arg(folder);
         // A command link's text is bold and larger.
         auto* link = button(action, fitting(toQtPath(path.filename()), kRecentWidth * 2 / 3), folder, icon("document"));
         link->setAccessibleName(toQtPath(path.filename()));

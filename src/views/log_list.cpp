@@ -8,10 +8,9 @@ namespace quobrix {
 namespace {
 
 QString emptyText(const LogSpec& spec) {
-    return QStringLiteral(
-               "This spreadsheet is currently empty.\n\nIt will normally display a list of all %1\nthat have "
-               "been downloaded into this file.\n\nTo copy them from the Quobrix, select Quobrix / "
-               "Download Quobrix Data.")
+    return QObject::tr("This spreadsheet is currently empty.\n\nIt will normally display a list of all %1\nthat have "
+                       "been downloaded into this file.\n\nTo copy them from the Quobrix, select Quobrix / "
+                       "Download Quobrix Data.")
         .arg(toQt(text(spec.records)));
 }
 

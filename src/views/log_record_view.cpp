@@ -9,7 +9,7 @@ namespace quobrix {
 LogRecordView::LogRecordView(const ViewContext& context, const LogSpec& spec, QWidget* parent)
     : ReportView(parent), context_(context), spec_(spec) {
     setObjectName(toQt(spec.viewName("RecordView")));
-    setAccessibleName(toQt(spec.recordHeading() + " Report"));
+    setAccessibleName(tr("%1 Report").arg(toQt(spec.recordHeading())));
     showRecord(nullptr, std::nullopt);
 }
 

@@ -7,7 +7,7 @@ namespace quobrix {
 LogTableView::LogTableView(const ViewContext& context, const LogSpec& spec, QWidget* parent)
     : QTabWidget(parent), context_(context), spec_(spec) {
     setObjectName(toQt(spec.viewName("TableView")));
-    setAccessibleName(toQt(spec.recordHeading() + " Tables"));
+    setAccessibleName(tr("%1 Tables").arg(toQt(spec.recordHeading())));
     setTabPosition(QTabWidget::South);
     setDocumentMode(true);
     for (const RecordTable& table : spec.tables(nullptr, std::nullopt, context.text())) {

@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
+#include "texts/text.h"
 #include "units/unit_system.h"
 #include "views/log_record_view.h"
 #include "views/log_table_view.h"
@@ -83,13 +84,13 @@ void LogView::addView(const LogViewSpec& spec) {
     const int place = tabs_->addTab(summary ? summary_ : view ? &view->widget() : new QWidget, toQt(spec.tab));
     if (!summary && !view) {
         tabs_->setTabEnabled(place, false);
-        tabs_->setTabToolTip(place, QStringLiteral("This is not available yet."));
+        tabs_->setTabToolTip(place, tr("This is not available yet."));
     }
 }
 
 QWidget* LogView::makeNavigator() {
-    const auto action = [this](const char* name, const char* text, Qt::Key key, int direction) {
-        auto* result = new QAction(toQt(text) + QLatin1Char(' ') + toQt(quobrix::text(spec_.record)), this);
+    const auto action = [this](const char* name, const QString& text, Qt::Key key, int direction) {
+        auto* result = new QAction(text.arg(toQt(quobrix::text(spec_.record))), this);
         result->setObjectName(partName(name, spec_));
         result->setShortcut(QKeySequence(Qt::ALT | key));
         result->setShortcutContext(Qt::WidgetWithChildrenShortcut);
@@ -99,8 +100,8 @@ QWidget* LogView::makeNavigator() {
         addAction(result);
         return result;
     };
-    previous_ = action("previous", "Previous", Qt::Key_Left, -1);
-    next_ = action("next", "Next", Qt::Key_Right, 1);
+    previous_ = action("previous", tr("Previous %1"), Qt::Key_Left, -1);
+    next_ = action("next", tr("Next %1"), Qt::Key_Right, 1);
     record_ = new QLabel;
     record_->setObjectName(partName("current", spec_));
     auto* navigator = new QWidget;
@@ -170,10 +171,10 @@ void LogView::showRecordName() {
     const auto row = summary_->currentRow();
     const Table* table = log();
     record_->setText(row && table
-                         ? QStringLiteral("%1 of %2")
+                         ? tr("%1 of %2")
                                .arg(toQt(recordTitle(spec_, *table, *row, context_.text())),
                                     toQt(context_.units.formatInteger(static_cast<std::int64_t>(table->rowCount()))))
-                         : QStringLiteral("No ") + toQt(text(spec_.records)));
+                         : toQt(text(TextId::NoRecord, text(spec_.records))));
 }
 
 void LogView::showCurrentRecord() {

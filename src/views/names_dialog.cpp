@@ -39,12 +39,14 @@ constexpr int kNameColumn = 1;
 struct ListButton {
     SpreadsheetCommand command;
     const char* name;
-    const char* text;
+    SourceText text;
 };
 constexpr ListButton kListButtons[] = {
-    {SpreadsheetCommand::Add, "addName", "&Add"},       {SpreadsheetCommand::Delete, "deleteNames", "&Delete"},
-    {SpreadsheetCommand::Undo, "undoNames", "&Undo"},   {SpreadsheetCommand::Redo, "redoNames", "&Redo"},
-    {SpreadsheetCommand::Find, "findName", "&Find..."},
+    {SpreadsheetCommand::Add, "addName", SourceText("&Add")},
+    {SpreadsheetCommand::Delete, "deleteNames", SourceText("&Delete")},
+    {SpreadsheetCommand::Undo, "undoNames", SourceText("&Undo")},
+    {SpreadsheetCommand::Redo, "redoNames", SourceText("&Redo")},
+    {SpreadsheetCommand::Find, "findName", SourceText("&Find...")},
 };
 
 QPushButton* plainButton(const QString& text, const char* name) {
@@ -56,7 +58,7 @@ QPushButton* plainButton(const QString& text, const char* name) {
 
 /// A button that does what ACTION does, while it can.
 QPushButton* buttonOf(QAction& action, const ListButton& row) {
-    QPushButton* button = plainButton(QLatin1String(row.text), row.name);
+    QPushButton* button = plainButton(toQt(text(row.text)), row.name);
     button->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard to the list
     followAction(*button, action, promptWithKeys);
     return button;
@@ -67,7 +69,7 @@ QLineEdit* defaultNameField(Settings& settings, std::string_view section, const 
     auto* field = new QLineEdit(toQt(settings.getText(section, kDefaultName)));
     field->setObjectName(QLatin1String(name));
     field->setMaxLength(static_cast<int>(kLongestDriverName));
-    field->setPlaceholderText(QStringLiteral("(none)"));
+    field->setPlaceholderText(QObject::tr("(none)"));
     field->setToolTip(tip);
     field->setAccessibleDescription(tip);
     QObject::connect(field, &QLineEdit::textChanged, field, [&settings, section](const QString& text) {
@@ -104,8 +106,7 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     QHeaderView& header = *list_->view().horizontalHeader();
     header.setStretchLastSection(false);
     // An entry without a key, and the mark that it is missing.
-    header.setMinimumSectionSize(fontMetrics().horizontalAdvance(QLatin1String(kEmptyCell)) +
-                                 2 * fontMetrics().height());
+    header.setMinimumSectionSize(fontMetrics().horizontalAdvance(toQt(text(kEmptyCell))) + 2 * fontMetrics().height());
     header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
     connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] {
         fitKey();
@@ -252,12 +253,13 @@ TQuobrixNamesDialog::TQuobrixNamesDialog(const ViewContext& context, QWidget* pa
     connect(&list().view(), &SpreadsheetView::entryRefused, this, &TQuobrixNamesDialog::tellRefusal);
 }
 
-void TQuobrixNamesDialog::tellRefusal(const QString& why) {
-    Message format = makeMessage(MessageId::InvalidSerialNumber);
-    if (telling_ || !context().prompter || why != toQt(format.text))
+void TQuobrixNamesDialog::tellRefusal(const EditOutcome& outcome) {
+    if (telling_ || !context().prompter || outcome.message != MessageId::InvalidSerialNumber)
         return;
-    format.text += "\n\nFor instance K-0042-B."; // the message's own sample is of another form
-    telling_ = true;                             // one attempt to leave may try more than once
+    Message format = makeMessage(MessageId::InvalidSerialNumber);
+    // The message's own sample is of another form.
+    format.text += "\n\n" + tr("For instance %1.").arg(QStringLiteral("K-0042-B")).toStdString();
+    telling_ = true; // one attempt to leave may try more than once
     const auto tell = [this, format] {
         context().prompter->tell(format);
         telling_ = false;
@@ -268,15 +270,15 @@ void TQuobrixNamesDialog::tellRefusal(const QString& why) {
 
 DriverNamesDialog::DriverNamesDialog(const ViewContext& context, QWidget* parent)
     : NamesDialog(context, context.document.drivers(), kDrivers, parent) {
-    auto* group = new QGroupBox(QStringLiteral("Names that drivers get at first"));
+    auto* group = new QGroupBox(tr("Names that drivers get at first"));
     auto* form = new QFormLayout(group);
-    addField(*form, QStringLiteral("&New driver:"),
+    addField(*form, tr("&New driver:"),
              defaultNameField(context.settings, kNewDriverSection, "newDriverName",
-                              QStringLiteral("The name that a driver gets whom you add to this list")));
-    addField(*form, QStringLiteral("Un&identified driver:"),
+                              tr("The name that a driver gets whom you add to this list")));
+    addField(*form, tr("Un&identified driver:"),
              defaultNameField(context.settings, kUnidentifiedDriverSection, "unidentifiedDriverName",
-                              QStringLiteral("The name that a driver gets of whom a download brings only the "
-                                             "identification number; without one, \"Unknown\" is shown")));
+                              tr("The name that a driver gets of whom a download brings only the "
+                                 "identification number; without one, \"Unknown\" is shown")));
     addBelowList(group);
     // As they lie: after the buttons beside the list, before those below the fields.
     QWidget* before = findChild<QPushButton*>(QLatin1String(std::rbegin(kListButtons)->name));

@@ -80,7 +80,7 @@ public:
     TQuobrixNamesDialog(const ViewContext& context, QWidget* parent);
 
 private:
-    void tellRefusal(const QString& why);
+    void tellRefusal(const EditOutcome& outcome);
 
     bool telling_ = false;
 };

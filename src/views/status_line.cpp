@@ -21,7 +21,7 @@ StatusLine::StatusLine(QWidget* parent) : QLabel(parent) {
 
 void StatusLine::say(const QString& text) {
     said_ = text.simplified();
-    setAccessibleName(said_.isEmpty() ? QStringLiteral("Status") : said_); // a name hides the text from screen readers
+    setAccessibleName(said_.isEmpty() ? tr("Status") : said_); // a name hides the text from screen readers
     fit();
 }
 

@@ -45,8 +45,8 @@ QWidget* makeCellEditor(const SpreadsheetModel& model, const QModelIndex& cell, 
                                                              : makeLine(model.editHint(cell.column()), parent);
     editor->setObjectName(QStringLiteral("cellEditor"));
     editor->setAccessibleName(
-        QStringLiteral("%1, %2").arg(model.plainHeading(cell.column()),
-                                     QStringLiteral("row ") + model.headerData(cell.row(), Qt::Vertical).toString()));
+        QObject::tr("%1, row %2")
+            .arg(model.plainHeading(cell.column()), model.headerData(cell.row(), Qt::Vertical).toString()));
     return editor;
 }
 

@@ -14,15 +14,15 @@
 namespace quobrix {
 
 ColumnChooser::ColumnChooser(QTableView& view, const SpreadsheetModel& model, QWidget* parent)
-    : QDialog(parent), view_(view), model_(model), list_(new QListWidget),
-      up_(new QPushButton(QStringLiteral("Move &Up"))), down_(new QPushButton(QStringLiteral("Move &Down"))) {
+    : QDialog(parent), view_(view), model_(model), list_(new QListWidget), up_(new QPushButton(tr("Move &Up"))),
+      down_(new QPushButton(tr("Move &Down"))) {
     setObjectName(QStringLiteral("ColumnChooser"));
-    setWindowTitle(QStringLiteral("Columns"));
-    QLabel* label = fieldLabel(QStringLiteral("&Columns from left to right:"), *list_);
+    setWindowTitle(tr("Columns"));
+    QLabel* label = fieldLabel(tr("&Columns from left to right:"), *list_);
     list_->setObjectName(QStringLiteral("columnList"));
     up_->setObjectName(QStringLiteral("columnUp"));
     down_->setObjectName(QStringLiteral("columnDown"));
-    auto* original = new QPushButton(QStringLiteral("&Original Order"));
+    auto* original = new QPushButton(tr("&Original Order"));
     original->setObjectName(QStringLiteral("columnOriginal"));
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     ok_ = buttons->button(QDialogButtonBox::Ok);
@@ -83,7 +83,7 @@ void ColumnChooser::enableButtons() {
     for (int i = 0; i < list_->count(); ++i)
         any |= list_->item(i)->checkState() == Qt::Checked;
     ok_->setEnabled(any); // a list without columns would offer no way back
-    ok_->setToolTip(any ? QString() : QStringLiteral("At least one column must be shown."));
+    ok_->setToolTip(any ? QString() : tr("At least one column must be shown."));
 }
 
 void ColumnChooser::accept() {

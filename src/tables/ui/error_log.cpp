@@ -3,6 +3,7 @@
 #include "base/ui/qt_text.h"
 #include "settings/settings.h"
 #include "tables/ui/cell_mark.h"
+#include "texts/text.h"
 #include "ui/windows.h"
 #include "units/unit_system.h"
 
@@ -36,10 +37,6 @@ bool sameSource(const Finding& a, const Finding& b) {
     return a.table == b.table && a.column == b.column && a.row == b.row;
 }
 
-QString countText(qsizetype count, const char* one, const char* several) {
-    return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : several));
-}
-
 } // namespace
 
 /// The findings as lines of a list.
@@ -58,7 +55,7 @@ public:
         const Finding& finding = findings_[static_cast<std::size_t>(line)];
         switch (field) {
         case kSeverity:
-            return finding.severity == Severity::Required ? QStringLiteral("Error") : QStringLiteral("Warning");
+            return finding.severity == Severity::Required ? tr("Error") : tr("Warning");
         case kTable:
             return toQt(finding.title);
         case kRow:
@@ -97,10 +94,11 @@ public:
     }
 
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override {
-        static constexpr const char* kHeadings[] = {"Severity", "Table", "Row", "Column", "Message"};
+        static constexpr SourceText kHeadings[] = {SourceText("Severity"), SourceText("Table"), SourceText("Row"),
+                                                   SourceText("Column"), SourceText("Message")};
         if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
             return {};
-        return QLatin1String(kHeadings[section]);
+        return toQt(quobrix::text(kHeadings[section]));
     }
 
 private:
@@ -119,13 +117,13 @@ private:
 
 TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* parent)
     : QDialog(parent), settings_(settings), model_(new ErrorLogModel(context, this)), list_(new QTreeView),
-      none_(new QLabel(QStringLiteral("No Errors!"))), content_(new QStackedWidget), summary_(new QLabel),
-      goToSource_(new QPushButton(QStringLiteral("&Go To Source"))) {
+      none_(new QLabel(tr("No Errors!"))), content_(new QStackedWidget), summary_(new QLabel),
+      goToSource_(new QPushButton(tr("&Go To Source"))) {
     setObjectName(QStringLiteral("TErrorLog"));
-    setWindowTitle(QStringLiteral("Error Log"));
+    setWindowTitle(tr("Error Log"));
 
     list_->setObjectName(QStringLiteral("errors"));
-    list_->setAccessibleName(QStringLiteral("Errors"));
+    list_->setAccessibleName(tr("Errors"));
     list_->setModel(model_);
     list_->setRootIsDecorated(false);
     list_->setUniformRowHeights(true);
@@ -144,7 +142,7 @@ TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* pa
     content_->addWidget(list_);
     content_->addWidget(none_);
 
-    auto* hint = new QLabel(QStringLiteral("Double-click on a message to go to its source. For help, press F1."));
+    auto* hint = new QLabel(tr("Double-click on a message to go to its source. For help, press F1."));
     hint->setObjectName(QStringLiteral("hint"));
     hint->setWordWrap(true);
     auto* help = new QAction(this);
@@ -152,7 +150,7 @@ TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* pa
     help->setShortcut(Qt::Key_F1);
     connect(help, &QAction::triggered, hint, [hint] {
         QToolTip::showText(hint->mapToGlobal(hint->rect().bottomLeft()),
-                           QStringLiteral("Explains this window. (not available yet)"), hint);
+                           tr("Explains this window. (not available yet)"), hint);
     });
     addAction(help);
 
@@ -208,11 +206,11 @@ void TErrorLog::setFindings(std::vector<Finding> findings) {
         makeCurrent(line);
     goToSource_->setEnabled(line >= 0);
 
-    const auto errors = std::ranges::count(now, Severity::Required, &Finding::severity);
-    const auto warnings = static_cast<std::ptrdiff_t>(now.size()) - errors;
+    const auto errors = static_cast<std::uint64_t>(std::ranges::count(now, Severity::Required, &Finding::severity));
+    const std::uint64_t warnings = now.size() - errors;
     summary_->setText(now.empty() ? QString()
-                                  : countText(errors, "error", "errors") + QStringLiteral(", ") +
-                                        countText(warnings, "warning", "warnings"));
+                                  : tr("%1, %2").arg(toQt(counted(TextId::ErrorsFound, errors, errors)),
+                                                     toQt(counted(TextId::WarningsFound, warnings, warnings))));
     content_->setCurrentWidget(now.empty() ? static_cast<QWidget*>(none_) : list_);
     if (first)
         for (int field = 0; field < kText; ++field)

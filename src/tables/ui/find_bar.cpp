@@ -4,6 +4,7 @@
 #include "tables/ui/cell_block.h"
 #include "tables/ui/spreadsheet_model.h"
 #include "tables/ui/spreadsheet_view.h"
+#include "texts/text.h"
 #include "ui/fields.h"
 #include "units/unit_system.h"
 
@@ -42,10 +43,10 @@ QToolButton* button(const char* name, const QString& text, Qt::ArrowType arrow) 
 
 FindBar::FindBar(SpreadsheetView& view, const SpreadsheetModel& model, const TextContext& context, QWidget* parent)
     : QWidget(parent), view_(view), model_(model), context_(context), text_(new QLineEdit),
-      matchCase_(new QCheckBox(QStringLiteral("Match &case"))), wrap_(new QCheckBox(QStringLiteral("&Wrap around"))),
-      count_(new QLabel), counter_(new QTimer(this)) {
+      matchCase_(new QCheckBox(tr("Match &case"))), wrap_(new QCheckBox(tr("&Wrap around"))), count_(new QLabel),
+      counter_(new QTimer(this)) {
     setObjectName(QStringLiteral("FindBar"));
-    QLabel* label = fieldLabel(QStringLiteral("Fin&d:"), *text_);
+    QLabel* label = fieldLabel(tr("Fin&d:"), *text_);
     text_->setObjectName(QStringLiteral("findText"));
     text_->setClearButtonEnabled(true);
     text_->setMaximumWidth(text_->fontMetrics().averageCharWidth() * 40);
@@ -53,13 +54,13 @@ FindBar::FindBar(SpreadsheetView& view, const SpreadsheetModel& model, const Tex
     wrap_->setObjectName(QStringLiteral("findWrap"));
     wrap_->setChecked(true);
     count_->setObjectName(QStringLiteral("findCount"));
-    QToolButton* previous = button("findPrevious", QStringLiteral("Find previous (Shift+F3)"), Qt::UpArrow);
-    QToolButton* next = button("findNext", QStringLiteral("Find next (F3)"), Qt::DownArrow);
+    QToolButton* previous = button("findPrevious", tr("Find previous (Shift+F3)"), Qt::UpArrow);
+    QToolButton* next = button("findNext", tr("Find next (F3)"), Qt::DownArrow);
     auto* close = new QToolButton;
     close->setObjectName(QStringLiteral("findClose"));
     close->setText(QStringLiteral("×"));
-    close->setAccessibleName(QStringLiteral("Close"));
-    close->setToolTip(QStringLiteral("Close (Esc)"));
+    close->setAccessibleName(tr("Close"));
+    close->setToolTip(tr("Close (Esc)"));
     close->setAutoRaise(true);
 
     auto* layout = new QHBoxLayout(this);
@@ -172,7 +173,7 @@ void FindBar::find(bool backwards, bool atCurrent) {
     how.backwards = backwards;
     const auto hit = findText(columns, model_.rows(), context_, text_->text().toStdString(), how, from);
     if (!hit) {
-        count_->setText(how.wrap ? QStringLiteral("Not found") : QStringLiteral("No more"));
+        count_->setText(how.wrap ? tr("Not found") : tr("No more"));
         return;
     }
     view_.goTo(model_.index(static_cast<int>(hit->row), shown[hit->column]));
@@ -212,10 +213,10 @@ void FindBar::countOn() {
 void FindBar::showCount() {
     const bool counting = counter_->isActive();
     if (hits_ == 0 && !counting)
-        return count_->setText(QStringLiteral("Not found"));
+        return count_->setText(tr("Not found"));
     const QString number = toQt(context_.units.formatInteger(static_cast<std::int64_t>(hits_)));
     count_->setText(counting ? QStringLiteral("%1…").arg(number)
-                             : number + (hits_ == 1 ? QStringLiteral(" cell") : QStringLiteral(" cells")));
+                             : toQt(counted(TextId::CellsFound, hits_, number.toStdString())));
 }
 
 } // namespace quobrix

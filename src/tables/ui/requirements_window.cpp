@@ -13,7 +13,7 @@ RequirementsWindow::RequirementsWindow(TUnitSystem& units, const TimeZone& zone,
     : QDialog(parent), units_(units), zone_(zone), text_(new QPlainTextEdit) {
     setObjectName(QStringLiteral("RequirementsWindow"));
     text_->setObjectName(QStringLiteral("requirements"));
-    text_->setAccessibleName(QStringLiteral("Requirements"));
+    text_->setAccessibleName(tr("Requirements"));
     text_->setReadOnly(true);
     text_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     text_->setTabChangesFocus(true);
@@ -30,7 +30,7 @@ RequirementsWindow::~RequirementsWindow() { units_.removeListener(*this); }
 
 void RequirementsWindow::setColumn(const Column& column) {
     column_.reset(static_cast<Column*>(column.type().create().release()));
-    setWindowTitle(QStringLiteral("Requirements - %1").arg(toQt(plainHeading(column.spec()))));
+    setWindowTitle(tr("Requirements - %1").arg(toQt(plainHeading(column.spec()))));
     refresh();
 }
 

@@ -6,6 +6,7 @@
 #include "tables/ui/cell_mark.h"
 #include "tables/ui/column_chooser.h"
 #include "tables/ui/find_bar.h"
+#include "texts/text.h"
 
 #include <QAction>
 #include <QApplication>
@@ -152,7 +153,7 @@ void TSpreadsheet::setCurrentCell(RowIndex row, int column) {
     const QModelIndex cell = model_.index(*model_.placeOf(row), column);
     view_->goTo(cell);
     if (hidden) {
-        view_->say(QStringLiteral("The filter has been taken off, since it hid this row."), cell);
+        view_->say(tr("The filter has been taken off, since it hid this row."), cell);
         emit filterLifted();
     }
 }
@@ -232,7 +233,7 @@ void TSpreadsheet::addEditCommands() {
         Redo, [this] { stepHistory(&TableEdits::redo); },
         [this] { return context_.edits && context_.edits->canRedo(); });
     for (const SpreadsheetCommand command : {Add, Insert, InsertAfter})
-        commands_->ruleOut(command, QStringLiteral("No entries can be added to this spreadsheet."));
+        commands_->ruleOut(command, tr("No entries can be added to this spreadsheet."));
 }
 
 void TSpreadsheet::addSortCommands() {
@@ -306,7 +307,7 @@ void TSpreadsheet::cut() {
     const CellBlock block = blockToEdit(*view_, model_);
     if (canEmpty(block))
         copyCells(model_, block, context_.text.units);
-    emptyCells(block, "cut", MessageId::CannotDelete);
+    emptyCells(block, tr("cut").toStdString(), MessageId::CannotDelete);
 }
 
 void TSpreadsheet::copyPicture(bool drawing) {
@@ -348,12 +349,13 @@ void TSpreadsheet::paste() {
 
     const ObjectId id = table()->id();
     const TextContext form{*clipboard->form, context_.text.zone};
-    EditOutcome outcome = one ? context_.edits->fill(id, columns, rows, cells.cell(0, 0), form, "paste")
-                              : context_.edits->paste(id, columns, rows, cells, form);
+    EditOutcome outcome =
+        one ? context_.edits->fill(id, columns, rows, cells.cell(0, 0), form, tr("paste").toStdString())
+            : context_.edits->paste(id, columns, rows, cells, form);
     if (outcome.row != Finding::kNoRow) { // one cell of the clipboard does not fit: which, and why
         const std::string heading = plainHeading(table()->column(outcome.column).spec());
-        outcome.refusal =
-            fmt::format("{}\n\nRow {}, {}: {}", kIncompatiblePaste, outcome.row + 1, heading, outcome.refusal);
+        outcome.refusal = fmt::format("{}\n\n{}", kIncompatiblePaste,
+                                      text(TextId::PasteRefusedAt, outcome.row + 1, heading, outcome.refusal));
     }
     report(outcome, MessageId::CannotPaste);
 }
@@ -433,7 +435,7 @@ void TSpreadsheet::deleteSelection() {
     if (deletesRecords())
         deleteRows();
     else
-        emptyCells(blockToEdit(*view_, model_), "delete", MessageId::CannotDelete);
+        emptyCells(blockToEdit(*view_, model_), tr("delete").toStdString(), MessageId::CannotDelete);
 }
 
 void TSpreadsheet::stepHistory(void (TableEdits::*step)()) {
@@ -449,13 +451,13 @@ void TSpreadsheet::followHistory() {
     commands_->refresh();
     if (!context_.edits)
         return;
-    const auto tip = [this](SpreadsheetCommand command, const char* word, std::string_view what) {
+    const auto tip = [this](SpreadsheetCommand command, const QString& words, std::string_view what) {
         commands_->describe(command, toQt(what));
         if (!what.empty())
-            commands_->action(command).setStatusTip(QStringLiteral("%1 %2.").arg(QLatin1String(word), toQt(what)));
+            commands_->action(command).setStatusTip(words.arg(toQt(what)));
     };
-    tip(SpreadsheetCommand::Undo, "Takes back", context_.edits->undoDescription());
-    tip(SpreadsheetCommand::Redo, "Makes again", context_.edits->redoDescription());
+    tip(SpreadsheetCommand::Undo, tr("Takes back %1."), context_.edits->undoDescription());
+    tip(SpreadsheetCommand::Redo, tr("Makes again %1."), context_.edits->redoDescription());
 }
 
 // Order
@@ -519,12 +521,12 @@ void TSpreadsheet::showHeaderMenu(int column, const QPoint& position) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->setObjectName(QStringLiteral("SpreadsheetHeaderMenu"));
-    menu->addAction(QStringLiteral("Sort &Up"), this, [this, column] { sortBy(column, Qt::AscendingOrder); });
-    menu->addAction(QStringLiteral("Sort &Down"), this, [this, column] { sortBy(column, Qt::DescendingOrder); });
+    menu->addAction(tr("Sort &Up"), this, [this, column] { sortBy(column, Qt::AscendingOrder); });
+    menu->addAction(tr("Sort &Down"), this, [this, column] { sortBy(column, Qt::DescendingOrder); });
     menu->addAction(&commands_->action(SpreadsheetCommand::StoredOrder));
     menu->addSeparator();
-    menu->addAction(QStringLiteral("&Fit Width"), this, [this, column] { view_->resizeColumnToContents(column); });
-    menu->addAction(QStringLiteral("&Hide"), this, [&header, column] { header.hideSection(column); })
+    menu->addAction(tr("&Fit Width"), this, [this, column] { view_->resizeColumnToContents(column); });
+    menu->addAction(tr("&Hide"), this, [&header, column] { header.hideSection(column); })
         ->setEnabled(header.count() - header.hiddenSectionCount() > 1);
     menu->addAction(&commands_->action(SpreadsheetCommand::Columns));
     menu->popup(position);

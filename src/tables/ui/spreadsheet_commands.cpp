@@ -1,6 +1,7 @@
 #include "tables/ui/spreadsheet_commands.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/source_text.h"
 
 #include <QAction>
 #include <QMenu>
@@ -12,27 +13,33 @@ namespace {
 struct CommandRow {
     const char* name;
     int id;
-    const char* text;
-    const char* prompt;
+    SourceText text;
+    SourceText prompt;
 };
 
 constexpr CommandRow kRows[] = {
-#define COMMAND(Name, Id, Text, Prompt) {#Name, Id, Text, Prompt},
+#define COMMAND(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt)},
 #include "tables/ui/spreadsheet_commands.def"
 };
+
+QString withoutKeys(SourceText command) { return toQt(text(command)).section(QLatin1Char('\t'), 0, 0); }
+
+/// The same in every language.
+QKeySequence keysOf(SourceText command) {
+    return {toQt(command.english()).section(QLatin1Char('\t'), 1), QKeySequence::PortableText};
+}
 
 } // namespace
 
 SpreadsheetCommands::SpreadsheetCommands(QWidget& owner) : QObject(&owner) {
     for (std::size_t i = 0; i < entries_.size(); ++i) {
         const CommandRow& row = kRows[i];
-        const QStringList parts = toQt(row.text).split(QLatin1Char('\t'));
-        auto* action = new QAction(parts.front(), &owner);
+        auto* action = new QAction(withoutKeys(row.text), &owner);
         action->setObjectName(QStringLiteral("Spreadsheet") + QLatin1String(row.name));
         action->setData(row.id);
-        action->setShortcut(QKeySequence(parts.value(1), QKeySequence::PortableText));
+        action->setShortcut(keysOf(row.text));
         action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        action->setStatusTip(toQt(row.prompt) + QStringLiteral(" (not available yet)"));
+        action->setStatusTip(tr("%1 (not available yet)").arg(toQt(text(row.prompt))));
         action->setEnabled(false);
         owner.addAction(action);
         connect(action, &QAction::triggered, this, [this, i] { entries_[i].run(); });
@@ -46,7 +53,7 @@ void SpreadsheetCommands::handle(SpreadsheetCommand command, Run run, Available 
     const auto i = static_cast<std::size_t>(command);
     entries_[i].run = std::move(run);
     entries_[i].available = std::move(available);
-    entries_[i].action->setStatusTip(toQt(kRows[i].prompt));
+    entries_[i].action->setStatusTip(toQt(text(kRows[i].prompt)));
     refresh();
 }
 
@@ -58,10 +65,9 @@ void SpreadsheetCommands::ruleOut(SpreadsheetCommand command, const QString& rea
 }
 
 void SpreadsheetCommands::describe(SpreadsheetCommand command, const QString& what) {
-    QString text = toQt(kRows[static_cast<std::size_t>(command)].text).section(QLatin1Char('\t'), 0, 0);
-    if (!what.isEmpty())
-        text += QLatin1Char(' ') + what.left(1).toUpper() + what.mid(1).replace(QLatin1Char('&'), QLatin1String("&&"));
-    action(command).setText(text);
+    const QString own = withoutKeys(kRows[static_cast<std::size_t>(command)].text);
+    const QString object = what.left(1).toUpper() + what.mid(1).replace(QLatin1Char('&'), QLatin1String("&&"));
+    action(command).setText(what.isEmpty() ? own : tr("%1 %2", "a command and what it is about").arg(own, object));
 }
 
 void SpreadsheetCommands::refresh() {
@@ -80,14 +86,14 @@ QMenu* SpreadsheetCommands::makeMenu(QWidget& parent) const {
     add(menu, {Undo, Redo});
     menu->addSeparator();
     add(menu, {Cut, Copy});
-    add(menu->addMenu(QStringLiteral("&Copy As")), {CopyMetafile, CopyBitmap});
+    add(menu->addMenu(tr("&Copy As")), {CopyMetafile, CopyBitmap});
     add(menu, {Paste, SelectAll});
     menu->addSeparator();
     add(menu, {Add, Insert, InsertAfter, Delete});
     menu->addSeparator();
     add(menu, {Find, FindNext, FindPrevious});
     menu->addSeparator();
-    add(menu->addMenu(QStringLiteral("Sort B&y This Column")), {SortUp, SortDown, StoredOrder});
+    add(menu->addMenu(tr("Sort B&y This Column")), {SortUp, SortDown, StoredOrder});
     add(menu, {FitWidth, Columns});
     menu->addSeparator();
     add(menu, {GoToSource, Requirements, Errors, UnitSystems});

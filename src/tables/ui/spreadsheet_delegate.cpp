@@ -1,5 +1,6 @@
 #include "tables/ui/spreadsheet_delegate.h"
 
+#include "base/ui/qt_text.h"
 #include "tables/ui/cell_editor.h"
 #include "tables/ui/cell_mark.h"
 #include "tables/ui/spreadsheet_model.h"
@@ -101,7 +102,7 @@ void SpreadsheetDelegate::paint(QPainter* painter, const QStyleOptionViewItem& g
         QString text = oneLine(model_.text(cell.row(), cell.column()));
         painter->setPen(ink);
         if (text.isEmpty() && editable && (showsReadOnly_ || selected)) { // says that something can be put here
-            text = QLatin1String(kEmptyCell).trimmed();
+            text = toQt(quobrix::text(kEmptyCell)).trimmed();
             painter->setPen(faded(ink));
         }
         drawText(*painter, option, area, std::move(text), right);

@@ -231,7 +231,7 @@ QVariant SpreadsheetModel::data(const QModelIndex& cell, int role) const {
         return toQt(spec(column).tooltip);
     case Qt::AccessibleTextRole: {
         const QString read = text(place, column);
-        return read.isEmpty() && isEditable(column) ? QLatin1String(kEmptyCell) : read;
+        return read.isEmpty() && isEditable(column) ? toQt(quobrix::text(kEmptyCell)) : read;
     }
     case Qt::AccessibleDescriptionRole: {
         const auto finding = mark(place, column);

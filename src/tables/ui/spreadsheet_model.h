@@ -3,6 +3,7 @@
 #include "tables/check.h"
 #include "tables/table_edits.h"
 #include "tables/ui/shown_rows.h"
+#include "texts/source_text.h"
 
 #include <QAbstractTableModel>
 
@@ -23,7 +24,7 @@ struct ShownColumn {
 };
 
 /// What an empty cell reads.
-inline constexpr const char* kEmptyCell = " [ Empty ] ";
+inline constexpr auto kEmptyCell = SourceText(" [ Empty ] ");
 
 /// Columns of a table as a Qt model, with a choice and order of rows of its own: texts are made only for the cells that
 /// are painted, and sorting moves no stored row. It follows every edit, wherever it is made. Whatever comes, goes or

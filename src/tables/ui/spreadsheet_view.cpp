@@ -159,19 +159,18 @@ bool SpreadsheetView::edit(const QModelIndex& cell, EditTrigger trigger, QEvent*
     return opened;
 }
 
-bool SpreadsheetView::commit() {
+EditOutcome SpreadsheetView::commit() {
     QWidget* const widget = editor();
     const QModelIndex cell = edited_;
     if (!widget || accepted_)
-        return true;
-    const EditOutcome outcome = model_.type(cell.row(), cell.column(), editorText(*widget));
+        return {};
+    EditOutcome outcome = model_.type(cell.row(), cell.column(), editorText(*widget));
     accepted_ = outcome.ok();
-    if (!accepted_) {
+    if (accepted_)
+        note_->hide();
+    else
         say(toQt(outcome.refusal), cell);
-        return false;
-    }
-    note_->hide();
-    return true;
+    return outcome;
 }
 
 void SpreadsheetView::commitData(QWidget* widget) {
@@ -192,10 +191,10 @@ bool SpreadsheetView::finishEdit() {
     QWidget* const widget = editor();
     if (!widget)
         return true;
-    if (!commit()) {
+    if (const EditOutcome outcome = commit(); !outcome.ok()) {
         scrollTo(edited_);
         widget->setFocus();
-        emit entryRefused(note());
+        emit entryRefused(outcome);
         return false;
     }
     closeEditor(widget, QAbstractItemDelegate::NoHint);
@@ -527,7 +526,7 @@ void SpreadsheetView::paintEvent(QPaintEvent* event) {
         return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
-    const QString text = model_.storedRows() > 0 ? QStringLiteral("The filter shows none of the rows.") : emptyText_;
+    const QString text = model_.storedRows() > 0 ? tr("The filter shows none of the rows.") : emptyText_;
     painter.drawText(viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, text);
 }
 

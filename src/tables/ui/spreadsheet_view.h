@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tables/table_edits.h"
 #include "tables/ui/shown_rows.h"
 
 #include <QTableView>
@@ -70,7 +71,7 @@ signals:
     void cutRefused();
     void deleteRefused();
     /// A person has tried to leave an editor whose value is refused.
-    void entryRefused(const QString& why);
+    void entryRefused(const EditOutcome& outcome);
 
 public slots:
     void reset() override;
@@ -100,7 +101,7 @@ protected slots:
 private:
     QWidget* editor() const;
     QModelIndex checkBoxAt(const QMouseEvent& event) const;
-    bool commit();
+    EditOutcome commit();
     void leaveEditor(int rowStep, int columnStep);
     void toggle(const QModelIndex& cell);
     bool moveBy(int rowStep, int columnStep);

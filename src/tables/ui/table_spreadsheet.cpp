@@ -46,7 +46,7 @@ void TTableSpreadsheet::insertBeside(bool after) {
 void TTableSpreadsheet::insertRow(RowIndex at) {
     TableEdits& edits = *context().edits;
     const ObjectId id = table()->id();
-    const EditOutcome outcome = edits.group("adding a row", [&] {
+    const EditOutcome outcome = edits.group(tr("adding a row").toStdString(), [&] {
         EditOutcome inserted = edits.insertRows(id, at);
         if (inserted.ok() && newRow_)
             edits.set(id, newRow_(at), context().text, {}); // what does not fit is left for the person to fill in

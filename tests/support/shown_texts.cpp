@@ -1,0 +1,148 @@
+#include "support/shown_texts.h"
+
+#include "base/ui/qt_text.h"
+#include "drawing/text_measure.h"
+#include "report/report.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemView>
+#include <QAction>
+#include <QComboBox>
+#include <QCommandLinkButton>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QTabBar>
+
+#include <algorithm>
+
+namespace quobrix::test {
+namespace {
+
+constexpr int kRows = 40; // of a list: what follows is made by the same code
+
+/// What OBJECT is called, or what it is within what is called something.
+QString nameOf(const QObject& object) {
+    const QObject* named = &object;
+    while (named->parent() && (named->objectName().isEmpty() || named->objectName().startsWith(QLatin1String("qt_"))))
+        named = named->parent();
+    const QString type = QLatin1String(object.metaObject()->className());
+    return (named == &object ? type : type + QStringLiteral(" in")) + QLatin1Char(' ') + named->objectName();
+}
+
+void add(ShownTexts& all, const QString& where, std::initializer_list<QString> texts) {
+    for (const QString& text : texts)
+        if (!text.isEmpty())
+            all.push_back({where, text});
+}
+
+void addOwn(ShownTexts& all, QWidget& widget) {
+    const QString where = nameOf(widget);
+    add(all, where,
+        {widget.windowTitle(), widget.toolTip(), widget.statusTip(), widget.whatsThis(), widget.accessibleName(),
+         widget.accessibleDescription()});
+    if (const auto* label = qobject_cast<const QLabel*>(&widget))
+        add(all, where, {label->text()});
+    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
+        add(all, where, {button->text()});
+    if (const auto* link = qobject_cast<const QCommandLinkButton*>(&widget))
+        add(all, where, {link->description()});
+    if (const auto* group = qobject_cast<const QGroupBox*>(&widget))
+        add(all, where, {group->title()});
+    if (const auto* line = qobject_cast<const QLineEdit*>(&widget))
+        add(all, where, {line->text(), line->placeholderText()});
+    if (const auto* text = qobject_cast<const QPlainTextEdit*>(&widget))
+        add(all, where, {text->toPlainText()});
+    if (const auto* menu = qobject_cast<const QMenu*>(&widget))
+        add(all, where, {menu->title()});
+    if (const auto* tabs = qobject_cast<const QTabBar*>(&widget))
+        for (int i = 0; i < tabs->count(); ++i)
+            add(all, where, {tabs->tabText(i), tabs->tabToolTip(i)});
+    if (const auto* choices = qobject_cast<const QComboBox*>(&widget))
+        addTexts(all, *choices->model(), where);
+    if (const auto* view = qobject_cast<const QAbstractItemView*>(&widget);
+        view && view->model() && !qobject_cast<const QHeaderView*>(view))
+        addTexts(all, *view->model(), where);
+    for (const QAction* action : widget.actions())
+        addTexts(all, *action);
+}
+
+} // namespace
+
+void addTexts(ShownTexts& all, const QAction& action) {
+    add(all, nameOf(action), {action.text(), action.toolTip(), action.statusTip()});
+}
+
+void addTexts(ShownTexts& all, const QAbstractItemModel& model, const QString& where) {
+    constexpr int kRoles[] = {Qt::DisplayRole, Qt::ToolTipRole, Qt::StatusTipRole, Qt::AccessibleTextRole,
+                              Qt::AccessibleDescriptionRole};
+    for (const int role : kRoles) {
+        for (int column = 0; column < model.columnCount(); ++column) {
+            add(all, where, {model.headerData(column, Qt::Horizontal, role).toString()});
+            for (int row = 0; row < std::min(model.rowCount(), kRows); ++row)
+                add(all, where, {model.data(model.index(row, column), role).toString()});
+        }
+        for (int row = 0; row < std::min(model.rowCount(), kRows); ++row)
+            add(all, where, {model.headerData(row, Qt::Vertical, role).toString()});
+    }
+}
+
+void addTexts(ShownTexts& all, QWidget& window) {
+    addOwn(all, window);
+    for (QWidget* widget : window.findChildren<QWidget*>())
+        addOwn(all, *widget);
+}
+
+namespace {
+
+/// The parts of a report.
+class ReportTexts {
+public:
+    ReportTexts(ShownTexts& all, QString where) : all_(all), where_(std::move(where)) {}
+
+    void operator()(const Heading& heading) { say(heading.text); }
+    void operator()(const Paragraph& paragraph) { say(paragraph.text); }
+    void operator()(const Facts& facts) {
+        for (const Facts::Fact& fact : facts.facts)
+            say(fact.label), say(fact.text);
+    }
+    void operator()(const Grid& grid) {
+        for (const Grid::Column& column : grid.columns)
+            say(column.heading);
+        for (const std::vector<std::string>& row : grid.rows)
+            for (const std::string& cell : row)
+                say(cell);
+    }
+    void operator()(const Bars& bars) { say(drawBars(bars, kWide, measure_)); }
+    void operator()(const Picture& picture) { say(picture.draw({kWide, kWide}, measure_)); }
+
+private:
+    static constexpr double kWide = 2000; // nothing is broken or shortened
+
+    void say(const std::string& text) { add(all_, where_, {toQt(text)}); }
+    void say(const Drawing& drawing) {
+        say(drawing.title);
+        say(drawing.description);
+        for (const DrawingCommand& command : drawing.commands)
+            if (const auto* text = std::get_if<Text>(&command))
+                say(text->text);
+    }
+
+    ShownTexts& all_;
+    QString where_;
+    TableTextMeasure measure_{10};
+};
+
+} // namespace
+
+void addTexts(ShownTexts& all, const Report& report) {
+    ReportTexts texts(all, QStringLiteral("report ") + toQt(report.title));
+    texts(Heading{report.title});
+    for (const Block& block : report.blocks)
+        std::visit(texts, block);
+}
+
+} // namespace quobrix::test
