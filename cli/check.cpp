@@ -50,7 +50,7 @@ void putFindings(Output& output, std::string_view kind, const std::vector<CheckF
         if (finding.id != kNoObject)
             line += times > 1 ? text(TextId::CliFindingFirstObject, finding.id)
                               : text(TextId::CliFindingObject, finding.id);
-        output.put(oneLine(line + ": " + finding.what) + "\n");
+        output.put(ShownText::asItIs(oneLine(line + ": " + finding.what) + "\n"));
     }
 }
 
@@ -68,7 +68,7 @@ ExitCode examine(const std::string& file) {
     putFindings(output, text(TextId::CliFindingNote), check.notes);
     if (check.sound()) {
         if (const Result<void> fit = canMerge(document); !fit && fit.error().kind == ErrorKind::Corrupt)
-            output.put(oneLine(text(TextId::CliTakesNoDownloads, fit.error().detail)) + "\n");
+            output.put(ShownText::asItIs(oneLine(text(TextId::CliTakesNoDownloads, fit.error().detail)) + "\n"));
         if (document.store().version() > ObjectStore::kVersion) {
             complain(text(TextId::CliSoundOfLaterVersion, file));
             return output.finish(kIncomplete);
@@ -138,7 +138,7 @@ ExitCode repair(const CheckOptions& options) {
     output.put(text(TextId::CliRepaired, options.into, repaired->objects, records));
     if (repaired->notDurable)
         complain(fileMessage(*repaired->notDurable, FileAction::Save, options.into).text);
-    const std::string written = text(TextId::CliHasBeenWritten, options.into);
+    const ShownText written = text(TextId::CliHasBeenWritten, options.into);
     if (repaired->complete())
         return output.finish(repaired->notDurable ? kIncomplete : kDone, written);
     const std::size_t lost = repaired->lost.size();

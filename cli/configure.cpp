@@ -8,26 +8,26 @@
 #include "messages/file_messages.h"
 #include "platform/file_system.h"
 #include "settings/file_settings.h"
-
-#include <fmt/format.h>
+#include "texts/text.h"
 
 namespace quobrix::cli {
 namespace {
 
-/// Writes TEXT to the new file OPTIONS.save.
-ExitCode save(const std::string& text, const ConfigureOptions& options) {
+/// Writes CONTENT to the new file OPTIONS.save.
+ExitCode save(const std::string& content, const ConfigureOptions& options) {
     const auto write = [&]() -> Result<void> {
         Result<ReplacementFile> file = ReplacementFile::create(pathFromUtf8(options.save));
         if (!file)
             return file.error();
-        QUOBRIX_TRY(file->file().writeAt(0, ByteView(reinterpret_cast<const std::uint8_t*>(text.data()), text.size())));
+        QUOBRIX_TRY(
+            file->file().writeAt(0, ByteView(reinterpret_cast<const std::uint8_t*>(content.data()), content.size())));
         return file->commit(options.force ? IfThere::Replace : IfThere::Refuse);
     };
     const Result<void> written = write();
     if (written)
         return kDone;
     if (written.error().kind == ErrorKind::Exists)
-        complain(fmt::format("{} exists; name another file, or replace it with --force", options.save));
+        complain(text(TextId::CliSaveExists, options.save));
     else
         complain(fileMessage(written.error(), FileAction::Save, options.save).text);
     return written.error().kind == ErrorKind::NotDurable ? kIncomplete : kFailed;
@@ -36,7 +36,7 @@ ExitCode save(const std::string& text, const ConfigureOptions& options) {
 Result<LoggerConfiguration> load(const std::string& file) {
     const Result<Bytes> bytes = readFile(pathFromUtf8(file), kMaxConfigurationText);
     if (!bytes && bytes.error().kind == ErrorKind::Unsupported)
-        return Error{ErrorKind::NotADocument, "it is too large"};
+        return Error{ErrorKind::NotADocument, text(TextId::ConfigurationTooLarge)};
     if (!bytes)
         return bytes.error();
     return readConfigurationText({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
@@ -49,7 +49,7 @@ ExitCode configure(const ConfigureOptions& options) {
     if (!options.load.empty()) {
         const Result<LoggerConfiguration> loaded = load(options.load); // before the logger is touched
         if (!loaded && (loaded.error().kind == ErrorKind::NotADocument || loaded.error().kind == ErrorKind::Corrupt)) {
-            complain(fmt::format("{} is no configuration of a logger: {}", options.load, loaded.error().detail));
+            complain(text(TextId::CliNoConfiguration, options.load, loaded.error().detail));
             return kFailed;
         }
         if (!loaded) {
@@ -73,8 +73,8 @@ ExitCode configure(const ConfigureOptions& options) {
     const auto written = [&](bool success) {
         Output output;
         if (success)
-            output.put(fmt::format("{} has its new configuration.\n", flow.serialText()));
-        return done(output.finish(success ? kDone : kFailed, flow.serialText() + " has its new configuration"));
+            output.put(text(TextId::CliConfigured, flow.serialText()));
+        return done(output.finish(success ? kDone : kFailed, text(TextId::CliHasBeenConfigured, flow.serialText())));
     };
     if (options.defaults)
         return written(flow.writeDefaults());
@@ -83,11 +83,11 @@ ExitCode configure(const ConfigureOptions& options) {
         return done(kFailed);
     if (wanted)
         return written(flow.write(*wanted));
-    const std::string text = configurationText(*present);
+    const std::string content = configurationText(*present);
     if (!options.save.empty())
-        return done(save(text, options));
+        return done(save(content, options));
     Output output;
-    output.put(text);
+    output.putData(content);
     return done(output.finish(kDone));
 }
 

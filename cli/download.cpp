@@ -121,10 +121,10 @@ ExitCode download(const DownloadOptions& options) {
     }
     if (!saved && saved.error().kind != ErrorKind::NotDurable)
         return kFailed;
-    for (const std::string& line : result->refusedLines())
+    for (const ShownText& line : result->refusedLines())
         complain(line);
     Output output;
-    output.put(result->summary() + "\n");
+    output.put(ShownText::asItIs(result->summary() + "\n"));
     if (!makes) {
         complain(text(TextId::CliNotMade, options.file));
         return output.finish(result->complete() ? kDone : kFailed);

@@ -5,8 +5,6 @@
 #include "platform/paths.h"
 #include "texts/text.h"
 
-#include <fmt/format.h>
-
 namespace quobrix::cli {
 
 LoggerConnection::LoggerConnection(const Settings& settings, const std::optional<std::string>& port)
@@ -21,7 +19,7 @@ bool LoggerConnection::open(LoggerCommand command) {
     LockedLogger logger(link_);
     const LoggerOutcome opened = logger.outcome(logger.openPort(port_));
     if (!opened.ok()) {
-        complain(fmt::format("{}: {}", port_, openFailureMessage(opened).text));
+        complain(text(TextId::WithDetail, port_, openFailureMessage(opened).text));
         return false;
     }
     const LoggerOutcome probed = logger.outcome(logger.probe());

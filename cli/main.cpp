@@ -1,164 +1,25 @@
 /// quobrix-cli: the logger, its documents and their reports without a window.
-#include "cli/check.h"
-#include "cli/compact.h"
-#include "cli/configure.h"
-#include "cli/download.h"
-#include "cli/option_prompter.h"
-#include "cli/reading.h"
-#include "platform/environment.h"
+#include "cli/run.h"
 #include "platform/process.h"
-#include "texts/text.h"
-
-#include <CLI/CLI.hpp>
+#include "platform/translations.h"
 
 #include <cstdio>
 #include <exception>
-#include <map>
 #include <new>
 
-namespace {
-
-using namespace quobrix::cli;
-using quobrix::SourceText;
-using quobrix::text;
-using quobrix::TextId;
-
-constexpr SourceText kFooter(
-    "Exit codes:\n"
-    "  0  done; for check: the document is sound\n"
-    "  1  failed, one line on standard error says why; for check: the document is damaged\n"
-    "  2  wrong usage, or an unknown unit system\n"
-    "  3  done, but parts of the document could not be read (check: a later version has written\n"
-    "     it; check --repair: not all is in the new document), or the saved file may not survive a power cut, or a "
-    "file was written but\n"
-    "     the result could not be printed; for download: saved, but some records were refused or a\n"
-    "     part of the logger's memory could not be read\n"
-    "Reading commands change nothing. No command waits for a person.\n"
-    "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.");
-
-const std::map<std::string, Format> kFormats = {{"table", Format::Table}, {"csv", Format::Csv}, {"json", Format::Json}};
-
-int run(const quobrix::ProgramArguments& arguments) {
-    CLI::App app(text(TextId::CliDescription), "quobrix-cli");
-    app.allow_windows_style_options(false); // a file may be called "/…"
-    app.set_version_flag("--version", "quobrix-cli " QUOBRIX_VERSION);
-    app.footer(text(kFooter));
-    app.require_subcommand(1);
-
-    const auto file = [](CLI::App& command, std::string& target) {
-        command.add_option("file", target, text(TextId::CliHelpFile))->required();
-    };
-    const auto units = [](CLI::App& command, std::optional<std::string>& target) {
-        command.add_option("--units", target, text(TextId::CliHelpUnits));
-    };
-
-    DownloadOptions downloadOptions;
-    CLI::App& downloadCommand = *app.add_subcommand("download", text(TextId::CliHelpDownload));
-    downloadCommand.add_option("--port", downloadOptions.port, text(TextId::CliHelpPort));
-    downloadCommand.add_option("--into", downloadOptions.file, text(TextId::CliHelpDownloadInto))->required();
-    downloadCommand.add_option("--yes-to", downloadOptions.yesTo, text(TextId::CliHelpYesTo))
-        ->check(CLI::IsMember(questionKeys()))
-        ->type_name("QUESTION");
-
-    ListOptions listOptions;
-    CLI::App& listCommand = *app.add_subcommand("list", text(TextId::CliHelpList));
-    listCommand.add_option("log", listOptions.log, text(TextId::CliHelpLog))
-        ->required()
-        ->check(CLI::IsMember(logNames()));
-    file(listCommand, listOptions.file);
-    std::string format = "table";
-    listCommand.add_option("--format", format, text(TextId::CliHelpListFormat))
-        ->check(CLI::IsMember({"table", "csv", "json"}));
-    units(listCommand, listOptions.units);
-
-    ReportOptions reportOptions;
-    CLI::App& reportCommand = *app.add_subcommand("report", text(TextId::CliHelpReport));
-    reportCommand.add_option("record", reportOptions.record, text(TextId::CliHelpReportKind))
-        ->required()
-        ->check(CLI::IsMember(recordNames()));
-    reportCommand.add_option("number", reportOptions.number, text(TextId::CliHelpNumber))->required();
-    file(reportCommand, reportOptions.file);
-    std::string reportFormat = "text";
-    reportCommand.add_option("--format", reportFormat, text(TextId::CliHelpReportFormat))
-        ->check(CLI::IsMember({"text", "html"}));
-    units(reportCommand, reportOptions.units);
-
-    CheckOptions checkOptions;
-    CLI::App& checkCommand = *app.add_subcommand("check", text(TextId::CliHelpCheck));
-    file(checkCommand, checkOptions.file);
-    CLI::Option& repair = *checkCommand.add_flag("--repair", checkOptions.repair, text(TextId::CliHelpRepair));
-    CLI::Option& into = *checkCommand.add_option("--into", checkOptions.into, text(TextId::CliHelpRepairInto));
-    repair.needs(&into);
-    into.needs(&repair);
-    checkCommand.add_flag("--force", checkOptions.force, text(TextId::CliHelpForce))->needs(&into);
-
-    std::string compactedFile;
-    CLI::App& compactCommand = *app.add_subcommand("compact", text(TextId::CliHelpCompact));
-    file(compactCommand, compactedFile);
-
-    ConfigureOptions configureOptions;
-    CLI::App& configureCommand = *app.add_subcommand(
-        "configure",
-        "Print what is set in a logger (speed bands, thresholds, parameters), keep it as a text, or set it");
-    configureCommand.add_option("--port", configureOptions.port,
-                                "Serial port (default: the one chosen in the program)");
-    CLI::Option& saveOption =
-        *configureCommand.add_option("--save", configureOptions.save, "Write it to a new text file");
-    CLI::Option& loadOption =
-        *configureCommand.add_option("--load", configureOptions.load, "Set what a text file says");
-    CLI::Option& defaultsOption = *configureCommand.add_flag(
-        "--defaults", configureOptions.defaults, "Set the delivered speed bands and thresholds; parameters stay");
-    saveOption.excludes(&loadOption)->excludes(&defaultsOption);
-    loadOption.excludes(&defaultsOption);
-    configureCommand.add_flag("--force", configureOptions.force, "Replace the file that is there")->needs(&saveOption);
-
-    try {
-        app.parse(arguments.count(), arguments.texts().data());
-    } catch (const CLI::CallForHelp&) {
-        Output output;
-        output.put(app.help());
-        return output.finish(kDone);
-    } catch (const CLI::CallForVersion& version) {
-        Output output;
-        output.put(std::string(version.what()) + "\n");
-        return output.finish(kDone);
-    } catch (const CLI::ParseError& error) {
-        const std::vector<std::string> unknown = app.remaining();
-        const bool unknownCommand = app.get_subcommands().empty() && !unknown.empty();
-        complain(text(TextId::CliSeeHelp,
-                      unknownCommand ? text(TextId::CliNoSuchCommand, unknown.front()) : std::string(error.what())));
-        return kUsage;
-    }
-    if (downloadCommand)
-        return download(downloadOptions);
-    if (configureCommand)
-        return configure(configureOptions);
-    if (listCommand) {
-        listOptions.format = kFormats.at(format);
-        return list(listOptions);
-    }
-    if (reportCommand) {
-        reportOptions.html = reportFormat == "html";
-        return report(reportOptions);
-    }
-    if (compactCommand)
-        return compact(compactedFile);
-    return check(checkOptions);
-}
-
-} // namespace
-
 int main(int argc, char** argv) {
-    quobrix::secureStandardStreams();
-    quobrix::ignoreWriteSignals();
-    quobrix::useUtf8Streams();
+    using namespace quobrix;
+    secureStandardStreams();
+    ignoreWriteSignals();
+    useUtf8Streams();
     try {
-        return run(quobrix::ProgramArguments(argc, argv));
+        useTranslation();
+        return cli::run(ProgramArguments(argc, argv));
     } catch (const std::bad_alloc&) { // nothing here may need more of it
         std::fputs("quobrix-cli: there is not enough memory; close other programs and try again\n", stderr);
-        return kFailed;
+        return cli::kFailed;
     } catch (const std::exception& error) {
-        complain(error.what());
-        return kFailed;
+        cli::complain(ShownText::asItIs(error.what()));
+        return cli::kFailed;
     }
 }

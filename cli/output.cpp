@@ -13,7 +13,7 @@
 
 namespace quobrix::cli {
 
-void complain(std::string_view text) {
+void complain(const ShownText& text) {
     const std::string line = "quobrix-cli: " + oneLine(text) + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
@@ -24,13 +24,13 @@ bool Output::putData(std::string_view text) {
     return failure_ == 0;
 }
 
-ExitCode Output::finish(ExitCode code, std::string_view done) {
+ExitCode Output::finish(ExitCode code, const ShownText& done) {
     if (failure_ == 0 && std::fflush(stdout) != 0)
         failure_ = streamError();
     if (failure_ == 0)
         return code;
     if (failure_ != EPIPE) {
-        const std::string why = text(TextId::CliOutputFailed, std::generic_category().message(failure_));
+        const ShownText why = text(TextId::CliOutputFailed, std::generic_category().message(failure_));
         complain(done.empty() ? why : text(TextId::CliDoneBut, done, why));
     }
     return done.empty() ? kFailed : kIncomplete;

@@ -47,7 +47,7 @@ bool openForReading(TQuobrixDocument& document, const std::string& file) {
     const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Read);
     if (opened)
         return true;
-    std::string why = fileMessage(opened.error(), FileAction::Open, file).text;
+    ShownText why = fileMessage(opened.error(), FileAction::Open, file).text;
     if (opened.error().kind == ErrorKind::Corrupt)
         why += " " + text(TextId::CliRepairSaves, file);
     complain(why);
@@ -116,7 +116,7 @@ ExitCode report(const ReportOptions& options) {
     if (options.html)
         output.putData(renderHtml(shown));
     else
-        output.put(renderText(shown));
+        output.put(ShownText::asItIs(renderText(shown)));
     return output.finish(completeness(document, options.file));
 }
 

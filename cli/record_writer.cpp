@@ -36,7 +36,7 @@ void writeTable(Output& output, const Table& table, std::span<const PersistentTy
             text += kGap;
         }
         text.erase(text.find_last_not_of(' ') + 1);
-        if (!output.put(text + "\n"))
+        if (!output.put(ShownText::asItIs(text + "\n")))
             return;
     }
 }

@@ -3,6 +3,7 @@
 #include "base/path_text.h"
 
 #include "simulator/drive.h"
+#include "simulator/fault.h"
 #include "simulator/history.h"
 #include "simulator/household.h"
 #include "simulator/recorder.h"
@@ -22,7 +23,7 @@ namespace quobrix::sim {
 
 namespace {
 
-Error bad(std::string detail) { return Error{ErrorKind::Unsupported, std::move(detail)}; }
+Error bad(std::string detail) { return fault(ErrorKind::Unsupported, std::move(detail)); }
 
 struct LocalMoment {
     std::int64_t time;         ///< s since 1970-01-01 00:00 UTC
@@ -103,7 +104,7 @@ template <class F>
 Result<void> change(const PortStore& store, const std::string& port, F f) {
     return store.update(port, [&](Port& opened) -> Result<void> {
         if (!opened.logger())
-            return Error{ErrorKind::NotFound, port + ": no logger is attached"};
+            return fault(ErrorKind::NotFound, port + ": no logger is attached");
         return f(*opened.logger());
     });
 }
@@ -113,7 +114,7 @@ Result<Logger> attachedLogger(const PortStore& store, const std::string& port) {
     if (!opened)
         return opened.error();
     if (!opened->logger())
-        return Error{ErrorKind::NotFound, port + ": no logger is attached"};
+        return fault(ErrorKind::NotFound, port + ": no logger is attached");
     return std::move(*opened->logger());
 }
 
@@ -257,7 +258,7 @@ Result<void> exportLog(const PortStore& store, const std::string& port, const st
     out.write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
     out.close();
     if (!out)
-        return Error{ErrorKind::Io, target.string() + ": cannot be written"};
+        return fault(ErrorKind::Io, target.string() + ": cannot be written");
     return {};
 }
 

@@ -1,5 +1,7 @@
 #include "simulator/drive.h"
 
+#include "simulator/fault.h"
+
 #include "base/no_value.h"
 
 #include <charconv>
@@ -61,7 +63,7 @@ std::string quoted(std::string_view text) {
 }
 
 Error atLine(std::size_t line, const std::string& what) {
-    return Error{ErrorKind::Corrupt, fmt::format("line {}: {}", line, what)};
+    return fault(ErrorKind::Corrupt, fmt::format("line {}: {}", line, what));
 }
 
 Result<std::vector<const ColumnName*>> parseHeader(std::string_view line) {
@@ -128,20 +130,20 @@ Result<Drive> parseDrive(std::string_view text) {
 Result<Drive> readDrive(const std::filesystem::path& path) {
     std::error_code error;
     if (!std::filesystem::exists(path, error))
-        return Error{ErrorKind::NotFound, path.string() + ": no such file"};
+        return fault(ErrorKind::NotFound, path.string() + ": no such file");
     if (!std::filesystem::is_regular_file(path, error))
-        return Error{ErrorKind::IsDirectory, path.string() + ": not a file"};
+        return fault(ErrorKind::IsDirectory, path.string() + ": not a file");
     const std::uintmax_t size = std::filesystem::file_size(path, error);
     if (error || size > kLargestFile)
-        return Error{ErrorKind::Unsupported, path.string() + ": too large"};
+        return fault(ErrorKind::Unsupported, path.string() + ": too large");
     std::string text(static_cast<std::size_t>(size), '\0');
     std::ifstream in(path, std::ios::binary);
     in.read(text.data(), static_cast<std::streamsize>(text.size()));
     if (!in)
-        return Error{ErrorKind::AccessDenied, path.string() + ": cannot be read"};
+        return fault(ErrorKind::AccessDenied, path.string() + ": cannot be read");
     auto drive = parseDrive(text);
     if (!drive)
-        return Error{drive.error().kind, path.string() + ": " + drive.error().detail};
+        return fault(drive.error().kind, path.string() + ": " + drive.error().detail);
     return drive;
 }
 

@@ -1,6 +1,7 @@
 #include "simulator/history.h"
 
 #include "simulator/circumstances.h"
+#include "simulator/fault.h"
 #include "simulator/recorder.h"
 
 #include <algorithm>
@@ -69,7 +70,7 @@ public:
         const std::int64_t start = end_ - length;
         const std::int64_t previousEnd = previousTripEnd(start, gap, random);
         if (previousEnd < 2 * kDay)
-            return Error{ErrorKind::Unsupported, "the history would begin before 1970"};
+            return fault(ErrorKind::Unsupported, "the history would begin before 1970");
 
         Chapter chapter;
         const bool disconnected = random.chance(0.004);
@@ -168,7 +169,7 @@ Result<void> generateHistory(Logger& logger, const HistoryPlan& plan) {
         chapters.push_back(chapter->bytes());
         size += chapter->bytes().size();
         if (size > logger.capacity)
-            return Error{ErrorKind::DiskFull, "the logger's memory is too small for that many trips"};
+            return fault(ErrorKind::DiskFull, "the logger's memory is too small for that many trips");
     }
     logger.memory.reserve(size);
     for (auto chapter = chapters.rbegin(); chapter != chapters.rend(); ++chapter)

@@ -1,5 +1,6 @@
 /// The maker's functions, answered from the files of simulated ports. Like the real library it is not re-entrant, it
 /// has one port open at most, and no error ends the program that calls it.
+#include "simulator/fault.h"
 #include "simulator/log_image.h"
 #include "simulator/port_store.h"
 #include "simulator/record_sets.h"
@@ -130,7 +131,7 @@ std::int32_t tell(F f, const char* caller = QUOBRIX_CALLER) {
         const auto updated = openPort->store.update(openPort->name, [&](Port& port) -> Result<void> {
             if (port.logger())
                 result = f(*port.logger());
-            return result == QUOBRIX_OK ? Result<void>() : Error{ErrorKind::Unsupported, "refused"};
+            return result == QUOBRIX_OK ? Result<void>() : fault(ErrorKind::Unsupported, "refused");
         });
         if (!updated && updated.error().kind != ErrorKind::Unsupported)
             return portResult(updated.error());

@@ -1,5 +1,6 @@
 #include "simulator/log_image.h"
 
+#include "simulator/fault.h"
 #include "simulator/serial_number.h"
 
 #include <algorithm>
@@ -62,17 +63,17 @@ Bytes makeImage(const std::string& serial, const std::vector<ByteView>& records)
 Result<LogImage> openImage(ByteView bytes) {
     const std::size_t size = imageSize(bytes);
     if (size == 0)
-        return Error{ErrorKind::NotADocument, "not a log image"};
+        return fault(ErrorKind::NotADocument, "not a log image");
     ByteReader in(bytes);
     in.bytes(kImageMagic.size());
     in.u32();
     const std::uint32_t sum = in.u32();
     const ByteView payload = in.bytes(in.remaining());
     if (size != bytes.size() || checksum(payload) != sum || payload.size() < kSerialSize)
-        return Error{ErrorKind::Corrupt, "the log image is damaged"};
+        return fault(ErrorKind::Corrupt, "the log image is damaged");
     LogImage image{textOf(payload.first(kSerialSize)), payload.subspan(kSerialSize)};
     if (!serialToNumber(image.serial))
-        return Error{ErrorKind::Corrupt, "the log image's serial number is damaged"};
+        return fault(ErrorKind::Corrupt, "the log image's serial number is damaged");
     return image;
 }
 

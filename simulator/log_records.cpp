@@ -1,5 +1,7 @@
 #include "simulator/log_records.h"
 
+#include "simulator/fault.h"
+
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -11,7 +13,7 @@ namespace {
 constexpr std::size_t kHeadSize = 1 + 4; // kind, length
 constexpr std::size_t kMaximumVin = 17;
 
-Error corrupt(std::string detail) { return Error{ErrorKind::Corrupt, std::move(detail)}; }
+Error corrupt(std::string detail) { return fault(ErrorKind::Corrupt, std::move(detail)); }
 
 // Numbers of seven bits a byte, the lowest first; the highest bit says that more follow.
 void putVarint(ByteWriter& out, std::uint64_t value) {

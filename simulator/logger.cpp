@@ -1,5 +1,6 @@
 #include "simulator/logger.h"
 
+#include "simulator/fault.h"
 #include "simulator/platform.h"
 #include "simulator/serial_number.h"
 
@@ -112,7 +113,7 @@ Result<void> Logger::remember(const LogRecord& record) {
     ByteWriter out;
     writeRecord(out, record);
     if (memory.size() + out.view().size() > capacity)
-        return Error{ErrorKind::DiskFull, "the logger's memory is full"};
+        return fault(ErrorKind::DiskFull, "the logger's memory is full");
     memory.insert(memory.end(), out.view().begin(), out.view().end());
     return {};
 }

@@ -1,5 +1,7 @@
 #include "simulator/platform.h"
 
+#include "simulator/fault.h"
+
 #include "base/path_text.h"
 #include "platform/environment.h"
 #include "platform/paths.h"
@@ -42,12 +44,12 @@ Result<FileLock> FileLock::acquire(const fs::path& path, bool wait) {
     const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return Error{ErrorKind::Io, path.string() + ": the lock file cannot be opened"};
+        return fault(ErrorKind::Io, path.string() + ": the lock file cannot be opened");
     FileLock lock(reinterpret_cast<std::intptr_t>(handle));
     OVERLAPPED whole{};
     const DWORD flags = LOCKFILE_EXCLUSIVE_LOCK | (wait ? 0 : LOCKFILE_FAIL_IMMEDIATELY);
     if (!LockFileEx(handle, flags, 0, 1, 0, &whole))
-        return Error{ErrorKind::InUse, path.string() + ": in use"};
+        return fault(ErrorKind::InUse, path.string() + ": in use");
     return lock;
 }
 
@@ -61,13 +63,13 @@ FileLock::~FileLock() {
 Result<FileLock> FileLock::acquire(const fs::path& path, bool wait) {
     const int handle = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (handle < 0)
-        return Error{ErrorKind::Io, path.string() + ": " + std::generic_category().message(errno)};
+        return fault(ErrorKind::Io, path.string() + ": " + std::generic_category().message(errno));
     FileLock lock(handle);
     while (flock(handle, LOCK_EX | (wait ? 0 : LOCK_NB)) != 0) {
         if (errno == EWOULDBLOCK)
-            return Error{ErrorKind::InUse, path.string() + ": in use"};
+            return fault(ErrorKind::InUse, path.string() + ": in use");
         if (errno != EINTR)
-            return Error{ErrorKind::Io, path.string() + ": " + std::generic_category().message(errno)};
+            return fault(ErrorKind::Io, path.string() + ": " + std::generic_category().message(errno));
     }
     return lock;
 }

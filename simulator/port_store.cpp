@@ -1,5 +1,7 @@
 #include "simulator/port_store.h"
 
+#include "simulator/fault.h"
+
 #include "base/path_text.h"
 
 #include <algorithm>
@@ -35,7 +37,7 @@ Result<Bytes> readBeginning(std::ifstream& in, std::uintmax_t count) {
     in.seekg(0);
     in.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     if (in.bad())
-        return Error{ErrorKind::Io, "the port's file cannot be read"};
+        return fault(ErrorKind::Io, "the port's file cannot be read");
     bytes.resize(static_cast<std::size_t>(in.gcount()));
     in.clear();
     return bytes;
@@ -75,13 +77,13 @@ Bytes encodePort(const Port& port) {
 Result<Port> decodePort(ByteView bytes, Memories memories) {
     const auto size = headSize(bytes);
     if (!size)
-        return Error{ErrorKind::NotADocument, "not a port file of the simulated logger"};
+        return fault(ErrorKind::NotADocument, "not a port file of the simulated logger");
     ByteReader in(bytes);
     in.bytes(kPortMagic.size() + 4);
     const std::uint32_t headSum = in.u32();
     const ByteView headBytes = in.bytes(*size);
     if (!in.complete() || checksum(headBytes) != headSum)
-        return Error{ErrorKind::Corrupt, "the port's file is damaged"};
+        return fault(ErrorKind::Corrupt, "the port's file is damaged");
 
     ByteReader head(headBytes);
     const std::uint32_t attached = head.u32();
@@ -94,14 +96,14 @@ Result<Port> decodePort(ByteView bytes, Memories memories) {
         if (memories == Memories::Read) {
             const ByteView memory = in.bytes(memorySize);
             if (!in.complete() || checksum(memory) != memorySum)
-                return Error{ErrorKind::Corrupt, "the logger's memory is damaged"};
+                return fault(ErrorKind::Corrupt, "the logger's memory is damaged");
             logger.memory.assign(memory.begin(), memory.end());
         }
         port.loggers.push_back(std::move(logger));
     }
     if (!head.finished() || (attached != kNothingAttached && attached >= count) ||
         (memories == Memories::Read && in.remaining() != 0))
-        return Error{ErrorKind::Corrupt, "the port's file is damaged"};
+        return fault(ErrorKind::Corrupt, "the port's file is damaged");
     if (attached != kNothingAttached)
         port.attached = attached;
     return port;
@@ -137,7 +139,7 @@ Faults PortStore::faults(std::string_view name) const {
 
 Result<void> PortStore::setFaults(std::string_view name, const Faults& faults) const {
     if (!exists(name))
-        return Error{ErrorKind::NotFound, std::string(name) + ": no such port"};
+        return fault(ErrorKind::NotFound, std::string(name) + ": no such port");
     auto lock = lockFolder();
     if (!lock)
         return lock.error();
@@ -158,7 +160,7 @@ Result<void> PortStore::writeFaults(std::string_view name, const Faults& faults)
     out.close();
     if (out)
         fs::rename(beside, faultFile(name), error);
-    return out && !error ? Result<void>() : Error{ErrorKind::Io, std::string(name) + ": its faults cannot be written"};
+    return out && !error ? Result<void>() : fault(ErrorKind::Io, std::string(name) + ": its faults cannot be written");
 }
 
 std::optional<std::int32_t> PortStore::failureOf(std::string_view name, std::string_view function) const {
@@ -210,7 +212,7 @@ Result<FileLock> PortStore::open(std::string_view name) const {
 
 Result<Port> PortStore::read(std::string_view name, Memories memories) const {
     if (!exists(name))
-        return Error{ErrorKind::NotFound, std::string(name) + ": no such port"};
+        return fault(ErrorKind::NotFound, std::string(name) + ": no such port");
     auto lock = lockFolder();
     if (!lock)
         return lock.error();
@@ -219,12 +221,12 @@ Result<Port> PortStore::read(std::string_view name, Memories memories) const {
 
 Result<Port> PortStore::readLocked(std::string_view name, Memories memories) const {
     if (!exists(name))
-        return Error{ErrorKind::NotFound, std::string(name) + ": no such port"};
+        return fault(ErrorKind::NotFound, std::string(name) + ": no such port");
     std::error_code error;
     const std::uintmax_t fileSize = fs::file_size(file(name), error);
     std::ifstream in(file(name), std::ios::binary);
     if (error || !in)
-        return Error{ErrorKind::Io, std::string(name) + ": the port's file cannot be read"};
+        return fault(ErrorKind::Io, std::string(name) + ": the port's file cannot be read");
     std::uintmax_t wanted = fileSize;
     if (memories == Memories::Skip) {
         const auto prefix = readBeginning(in, std::min<std::uintmax_t>(fileSize, kPrefixSize));
@@ -237,7 +239,7 @@ Result<Port> PortStore::readLocked(std::string_view name, Memories memories) con
         return bytes.error();
     auto port = decodePort(*bytes, memories);
     if (!port)
-        return Error{port.error().kind, std::string(name) + ": " + port.error().detail};
+        return fault(port.error().kind, std::string(name) + ": " + port.error().detail);
     return port;
 }
 
@@ -253,18 +255,18 @@ Result<void> PortStore::writeLocked(std::string_view name, const Port& port) con
         fs::rename(beside, target, error);
     if (!out || error) {
         fs::remove(beside, error);
-        return Error{ErrorKind::Io, std::string(name) + ": the port's file cannot be written in " + folder_.string()};
+        return fault(ErrorKind::Io, std::string(name) + ": the port's file cannot be written in " + folder_.string());
     }
     return {};
 }
 
 Result<void> PortStore::create(std::string_view name) const {
     if (!isPortName(name))
-        return Error{ErrorKind::NotFound, "\"" + std::string(name) + "\" is no port name"};
+        return fault(ErrorKind::NotFound, "\"" + std::string(name) + "\" is no port name");
     std::error_code error;
     fs::create_directories(folder_, error);
     if (error)
-        return Error{ErrorKind::Io, folder_.string() + ": " + error.message()};
+        return fault(ErrorKind::Io, folder_.string() + ": " + error.message());
     auto lock = lockFolder();
     if (!lock)
         return lock.error();
@@ -273,7 +275,7 @@ Result<void> PortStore::create(std::string_view name) const {
 
 Result<void> PortStore::remove(std::string_view name) const {
     if (!exists(name))
-        return Error{ErrorKind::NotFound, std::string(name) + ": no such port"};
+        return fault(ErrorKind::NotFound, std::string(name) + ": no such port");
     auto lock = lockFolder();
     if (!lock)
         return lock.error();

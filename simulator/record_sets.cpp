@@ -1,5 +1,6 @@
 #include "simulator/record_sets.h"
 
+#include "simulator/fault.h"
 #include "simulator/log_image.h"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ QuobrixArray place(Bytes& arrays, std::size_t recordSize, const std::vector<T>& 
     return array;
 }
 
-Error misplaced() { return Error{ErrorKind::Corrupt, "the log image holds a record of another kind of image"}; }
+Error misplaced() { return fault(ErrorKind::Corrupt, "the log image holds a record of another kind of image"); }
 
 /// Hands the image's serial number and each of its records to TAKE, which says whether the record belongs there.
 template <class F>

@@ -22,7 +22,7 @@ constexpr std::size_t kRefusedLinesShown = 12;
 
 std::string resultText(const MergeResult& result) {
     std::string text = result.summary();
-    const std::vector<std::string> refused = result.refusedLines();
+    const std::vector<ShownText> refused = result.refusedLines();
     for (std::size_t i = 0; i < refused.size() && i < kRefusedLinesShown; ++i)
         text += (i == 0 ? "\n\n" : "\n") + refused[i];
     if (refused.size() > kRefusedLinesShown)

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <string>
+#include "base/shown_text.h"
+
 #include <utility>
 #include <variant>
 
@@ -27,7 +28,7 @@ enum class ErrorKind {
 /// A kind for the program and a detail for the log and for "what exactly" lines; never shown alone to the user.
 struct Error {
     ErrorKind kind = ErrorKind::Io;
-    std::string detail;
+    ShownText detail;
 };
 
 /// Holds a T or an Error; the caller cannot ignore it.

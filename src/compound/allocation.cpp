@@ -1,5 +1,7 @@
 #include "compound/allocation.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 
 namespace quobrix::cfb {
@@ -132,7 +134,7 @@ Result<std::vector<Run>> AllocationTable::allocate(std::uint32_t count) {
     if (count + freed_.size() + spare_.size() > atEnd + std::uint64_t{freeCount_})
         giveUpSpare();
     if (count > atEnd + std::uint64_t{freeCount_})
-        return Error{ErrorKind::Unsupported, "the file would pass 2 GB"};
+        return Error{ErrorKind::Unsupported, text(TextId::TheFileWouldPass2GB)};
     std::vector<Run> runs;
     std::uint32_t tail = kEndOfChain;
     const auto take = [&](std::uint32_t shortest) {
@@ -179,7 +181,7 @@ Result<std::vector<Run>> AllocationTable::allocate(std::uint32_t count) {
         for (const Run& run : runs)
             for (std::uint32_t i = 0; i < run.count; ++i)
                 release(run.first + i);
-        return Error{ErrorKind::Unsupported, "the file would pass 2 GB"};
+        return Error{ErrorKind::Unsupported, text(TextId::TheFileWouldPass2GB)};
     }
     return runs;
 }

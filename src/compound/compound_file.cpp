@@ -2,6 +2,7 @@
 
 #include "compound/engine.h"
 #include "compound/previous_state.h"
+#include "texts/text.h"
 
 #include <algorithm>
 
@@ -71,20 +72,20 @@ Result<void> CompoundFileEngine::read(std::string_view name, Bytes& content) con
 Result<void> CompoundFileEngine::readStream(std::string_view name, Bytes& content) const {
     const std::uint32_t index = findStream(name);
     if (index == kNoEntry)
-        return Error{ErrorKind::NotFound, "stream " + std::string(name)};
+        return Error{ErrorKind::NotFound, text(TextId::StreamNamed, name)};
     if (const auto pending = pending_.find(index); pending != pending_.end()) {
         content = pending->second;
         return {};
     }
     if (tables_.damaged(index))
-        return Error{ErrorKind::Corrupt, "stream " + std::string(name) + ": broken sector chain"};
+        return Error{ErrorKind::Corrupt, text(TextId::StreamBrokenSectorChain, name)};
     const std::size_t size = tables_.directory.size(index);
     content.clear();
     content.reserve(size);
     auto done = size < kMiniCutoff ? readMini(tables_.directory.start(index), size, content)
                                    : readLarge(tables_.directory.start(index), size, content);
     if (!done)
-        return Error{done.error().kind, "stream " + std::string(name) + ": " + done.error().detail};
+        return Error{done.error().kind, text(TextId::StreamFault, name, done.error().detail)};
     return {};
 }
 
@@ -141,7 +142,7 @@ Result<void> CompoundFileEngine::take(std::string_view name, Bytes content) {
     // A storage cannot become a stream.
     if (!field || hasForbidden(name) || content.size() > kMostBytes ||
         (index != kNoEntry && !tables_.directory.isStream(index)))
-        return Error{ErrorKind::Unsupported, "stream " + std::string(name) + " cannot be written"};
+        return Error{ErrorKind::Unsupported, text(TextId::StreamCannotBeWritten, name)};
     if (index == kNoEntry)
         index = tables_.directory.insert(*field);
     dropPending(index);
@@ -222,9 +223,7 @@ Result<void> CompoundFileEngine::writable() const {
 /// What a file must be that is written to.
 Result<void> CompoundFileEngine::complete() const {
     if (tables_.incomplete())
-        return Error{
-            ErrorKind::Corrupt,
-            "allocation tables or directory are damaged, or the end of the file is missing; it can only be read"};
+        return Error{ErrorKind::Corrupt, text(TextId::AllocationTablesOrDirectoryAreDamaged)};
     return {};
 }
 
@@ -398,7 +397,7 @@ Result<std::unique_ptr<CompoundFile>> CompoundFile::create(std::unique_ptr<File>
     if (!size)
         return size.error();
     if (*size != 0)
-        return Error{ErrorKind::Io, "a new compound file needs an empty file"};
+        return Error{ErrorKind::Io, text(TextId::ANewCompoundFileNeedsAn)};
     return std::unique_ptr<CompoundFile>(std::make_unique<cfb::CompoundFileEngine>(std::move(file)));
 }
 

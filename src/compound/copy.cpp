@@ -1,4 +1,5 @@
 #include "compound/engine.h"
+#include "texts/text.h"
 
 #include <algorithm>
 
@@ -29,7 +30,7 @@ public:
 
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
         if (offset > size_ || out.size() > size_ - offset)
-            return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(size_)};
+            return Error{ErrorKind::Corrupt, text(TextId::TheFileEndsAtByte, size_)};
         const MutexLock lock(engine_.mutex_); // for each part, so that others need not wait for a whole copy
         QUOBRIX_TRY(engine_.file_->readAt(offset, out));
         if (offset < kSectorSize)
@@ -43,7 +44,7 @@ public:
     Result<void> flush() override { return refused(); }
 
 private:
-    static Error refused() { return {ErrorKind::ReadOnly, "a past state of a file"}; }
+    static Error refused() { return {ErrorKind::ReadOnly, text(TextId::APastStateOfAFile)}; }
 
     const CompoundFileEngine& engine_;
     Sector header_{};

@@ -1,6 +1,7 @@
 #include "compound/directory.h"
 
 #include "compound/tree.h"
+#include "texts/text.h"
 
 #include <algorithm>
 
@@ -171,10 +172,10 @@ void Directory::sortByName(std::vector<std::uint32_t>& entries) const {
 Result<void> Directory::onlyStreams() const {
     for (std::uint32_t index = 1; index < count(); ++index)
         if (type(index) == EntryType::Storage)
-            return Error{ErrorKind::Unsupported, "the file holds inner storages"};
+            return Error{ErrorKind::Unsupported, text(TextId::TheFileHoldsInnerStorages)};
     for (std::uint32_t index = 1; index < count(); ++index)
         if (type(index) != EntryType::Unused && !isMember(index))
-            return Error{ErrorKind::Corrupt, "directory entry " + std::to_string(index) + " makes no sense"};
+            return Error{ErrorKind::Corrupt, text(TextId::DirectoryEntryMakesNoSense, index)};
     return {};
 }
 

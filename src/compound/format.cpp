@@ -1,5 +1,7 @@
 #include "compound/format.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 
 namespace quobrix::cfb {
@@ -29,16 +31,16 @@ static_assert(kDifat + kFatPagesInHeader * 4 == kSectorSize);
 
 Result<Header> Header::decode(ByteView bytes) {
     if (bytes.size() < kSignature.size() || !std::equal(kSignature.begin(), kSignature.end(), bytes.begin()))
-        return Error{ErrorKind::NotADocument, "no compound file signature"};
+        return Error{ErrorKind::NotADocument, text(TextId::NoCompoundFileSignature)};
     if (bytes.size() < kSectorSize)
-        return Error{ErrorKind::Corrupt, "the header is cut short"};
+        return Error{ErrorKind::Corrupt, text(TextId::TheHeaderIsCutShort)};
     const std::uint8_t* at = bytes.data();
     if (load16(at + kByteOrder) != 0xFFFE)
-        return Error{ErrorKind::Corrupt, "header: byte order"};
+        return Error{ErrorKind::Corrupt, text(TextId::HeaderByteOrder)};
     if (load16(at + kMajorVersion) != 3 || load16(at + kSectorShift) != 9)
-        return Error{ErrorKind::Unsupported, "compound file version " + std::to_string(load16(at + kMajorVersion))};
+        return Error{ErrorKind::Unsupported, text(TextId::CompoundFileVersion, load16(at + kMajorVersion))};
     if (load16(at + kMiniSectorShift) != 6 || load32(at + kCutoff) != kMiniCutoff)
-        return Error{ErrorKind::Corrupt, "header: mini stream figures"};
+        return Error{ErrorKind::Corrupt, text(TextId::HeaderMiniStreamFigures)};
     Header header;
     header.fatPages = load32(at + kFatPages);
     header.firstDirectorySector = load32(at + kFirstDirectory);

@@ -1,5 +1,7 @@
 #include "compound/io.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 
 namespace quobrix::cfb {
@@ -49,9 +51,9 @@ Result<void> ReadCache::read(File& file, std::uint64_t fileSize, std::uint64_t o
 void ReadCache::clear() { windows_ = {}; }
 
 Result<void> WatchedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> out) {
-    const Error changed{ErrorKind::Changed, "another program has changed the file"};
+    const auto changed = [] { return Error{ErrorKind::Changed, text(TextId::AnotherProgramHasChangedTheFile)}; };
     if (changed_)
-        return changed;
+        return changed();
     const Result<void> done = file_.readAt(offset, out);
     Bytes header(header_.size());
     const Result<void> compared = file_.readAt(0, header);
@@ -59,8 +61,10 @@ Result<void> WatchedFile::readAt(std::uint64_t offset, std::span<std::uint8_t> o
         return compared;
     if (!compared || header != header_)
         changed_ = true;
-    return changed_ ? changed : done;
+    return changed_ ? changed() : done;
 }
+
+Error WatchedFile::refused() { return {ErrorKind::ReadOnly, text(TextId::AFileThatIsOnlyRead)}; }
 
 void WriteBatch::add(std::uint32_t sector, ByteView content) {
     if (!pieces_.empty()) {

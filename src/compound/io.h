@@ -46,7 +46,7 @@ public:
     bool changed() const { return changed_; }
 
 private:
-    static Error refused() { return {ErrorKind::ReadOnly, "a file that is only read"}; }
+    static Error refused();
 
     const Bytes header_;
     std::atomic<bool> changed_ = false;

@@ -1,5 +1,7 @@
 #include "compound/layout.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 
 namespace quobrix::cfb {
@@ -174,7 +176,7 @@ private:
                 layout_.fatSectors.push_back(there ? sector : kUnknownSector);
         }
         if (present.empty())
-            return Error{ErrorKind::Corrupt, "no sector allocation table"};
+            return Error{ErrorKind::Corrupt, text(TextId::NoSectorAllocationTable)};
         if (list.size() < header_.fatPages)
             layout_.incomplete = true;
         auto content = readSectors(layout_.fatSectors);
@@ -214,7 +216,7 @@ private:
             return content.error();
         layout_.directory = *std::move(content);
         if (layout_.directory.count() == 0)
-            return Error{ErrorKind::Corrupt, "no directory"};
+            return Error{ErrorKind::Corrupt, text(TextId::NoDirectory)};
         rootLost_ = *layout_.directory.at(entry::kType) != static_cast<std::uint8_t>(EntryType::Root);
         if (rootLost_) {
             layout_.incomplete = true;

@@ -1,6 +1,7 @@
 #include "compound/previous_state.h"
 
 #include "compound/layout.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <bit>
@@ -116,7 +117,7 @@ public:
     Result<void> flush() override { return refused(); }
 
 private:
-    static Error refused() { return {ErrorKind::ReadOnly, "a past state of a file"}; }
+    static Error refused() { return {ErrorKind::ReadOnly, text(TextId::APastStateOfAFile)}; }
 
     File& file_;
     const Sector header_;

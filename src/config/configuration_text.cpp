@@ -2,6 +2,7 @@
 
 #include "config/configuration_codes.h"
 #include "model/parameters.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -15,13 +16,13 @@ namespace quobrix {
 namespace {
 
 constexpr std::string_view kFirstLine = "Quobrix configuration 1";
-constexpr std::string_view kNotSelected = "Not Selected";
+constexpr SourceText kNotSelected("Not Selected");
 
 enum class Kind { Real, Parameter, Interval };
 
 /// A value of the configuration and how it is told.
 struct Field {
-    std::string_view name;
+    SourceText name; ///< English in files
     Kind kind;
     std::string_view unit;
     double& (*real)(LoggerConfiguration&) = nullptr;
@@ -50,34 +51,39 @@ std::int32_t& interval(LoggerConfiguration& c) {
 }
 
 constexpr Field kFields[] = {
-    {"Speed Band 1", Kind::Real, "MPH", band<0>},
-    {"Speed Band 2", Kind::Real, "MPH", band<1>},
-    {"Speed Band 3", Kind::Real, "MPH", band<2>},
-    {"Hard Braking", Kind::Real, "m/s²", brake<0>},
-    {"Extreme Braking", Kind::Real, "m/s²", brake<1>},
-    {"Hard Acceleration", Kind::Real, "m/s²", acceleration<0>},
-    {"Extreme Acceleration", Kind::Real, "m/s²", acceleration<1>},
-    {"Parameter 1", Kind::Parameter, "", nullptr, parameter<0>},
-    {"Interval 1", Kind::Interval, "s", nullptr, interval<0>},
-    {"Parameter 2", Kind::Parameter, "", nullptr, parameter<1>},
-    {"Interval 2", Kind::Interval, "s", nullptr, interval<1>},
-    {"Parameter 3", Kind::Parameter, "", nullptr, parameter<2>},
-    {"Interval 3", Kind::Interval, "s", nullptr, interval<2>},
-    {"Parameter 4", Kind::Parameter, "", nullptr, parameter<3>},
-    {"Interval 4", Kind::Interval, "s", nullptr, interval<3>},
-    {"Parameter 5", Kind::Parameter, "", nullptr, parameter<4>},
-    {"Interval 5", Kind::Interval, "s", nullptr, interval<4>},
+    {SourceText("Speed Band 1"), Kind::Real, "MPH", band<0>},
+    {SourceText("Speed Band 2"), Kind::Real, "MPH", band<1>},
+    {SourceText("Speed Band 3"), Kind::Real, "MPH", band<2>},
+    {SourceText("Hard Braking"), Kind::Real, "m/s²", brake<0>},
+    {SourceText("Extreme Braking"), Kind::Real, "m/s²", brake<1>},
+    {SourceText("Hard Acceleration"), Kind::Real, "m/s²", acceleration<0>},
+    {SourceText("Extreme Acceleration"), Kind::Real, "m/s²", acceleration<1>},
+    {SourceText("Parameter 1"), Kind::Parameter, "", nullptr, parameter<0>},
+    {SourceText("Interval 1"), Kind::Interval, "s", nullptr, interval<0>},
+    {SourceText("Parameter 2"), Kind::Parameter, "", nullptr, parameter<1>},
+    {SourceText("Interval 2"), Kind::Interval, "s", nullptr, interval<1>},
+    {SourceText("Parameter 3"), Kind::Parameter, "", nullptr, parameter<2>},
+    {SourceText("Interval 3"), Kind::Interval, "s", nullptr, interval<2>},
+    {SourceText("Parameter 4"), Kind::Parameter, "", nullptr, parameter<3>},
+    {SourceText("Interval 4"), Kind::Interval, "s", nullptr, interval<3>},
+    {SourceText("Parameter 5"), Kind::Parameter, "", nullptr, parameter<4>},
+    {SourceText("Interval 5"), Kind::Interval, "s", nullptr, interval<4>},
 };
+
+using Wording = std::string (*)(SourceText);
 
 std::string codeText(std::int32_t code) { return fmt::format("code {}", code); }
 
-std::string parameterText(std::int32_t code) {
+std::string englishOf(SourceText source) { return std::string(source.english()); }
+
+/// In words that WORDED makes of the name: English in files, the user's language elsewhere.
+std::string parameterText(std::int32_t code, Wording worded) {
     const std::int32_t parameter = parameterOfCode(code);
     if (codeOfParameter(parameter) != code)
         return codeText(code);
     if (parameter == kNoParameter)
-        return std::string(kNotSelected);
-    return parameter == kFuelSystemStatusParameter ? "Fuel System Status" : std::string(parameterName(parameter));
+        return worded(kNotSelected);
+    return worded(parameter == kFuelSystemStatusParameter ? kFuelSystemStatusName : parameterName(parameter));
 }
 
 std::string intervalText(std::int32_t code) {
@@ -85,12 +91,12 @@ std::string intervalText(std::int32_t code) {
     return intervalCodeOfSeconds(seconds) == code ? fmt::format("{}", seconds) : codeText(code);
 }
 
-std::string valueText(const Field& field, LoggerConfiguration configuration) {
+std::string valueText(const Field& field, LoggerConfiguration configuration, Wording worded) {
     switch (field.kind) {
     case Kind::Real:
         return fmt::format("{}", field.real(configuration));
     case Kind::Parameter:
-        return parameterText(field.code(configuration));
+        return parameterText(field.code(configuration), worded);
     default:
         return intervalText(field.code(configuration));
     }
@@ -119,7 +125,7 @@ std::optional<std::int32_t> readCode(Kind kind, std::string_view text) {
         return intervalCodeOfSeconds(number);
     }
     for (std::int32_t parameter = kNoParameter; parameter <= kParameterCount; ++parameter)
-        if (const std::int32_t code = codeOfParameter(parameter); parameterText(code) == text)
+        if (const std::int32_t code = codeOfParameter(parameter); parameterText(code, englishOf) == text)
             return code;
     return {};
 }
@@ -142,7 +148,7 @@ bool equal(double a, double b) { return std::abs(a - b) <= 1e-6 * std::max(std::
 std::string configurationText(const LoggerConfiguration& configuration) {
     std::string text = fmt::format("{}\n", kFirstLine);
     for (const Field& field : kFields)
-        text += fmt::format("{} = {}{}{}\n", field.name, valueText(field, configuration),
+        text += fmt::format("{} = {}{}{}\n", field.name.english(), valueText(field, configuration, englishOf),
                             field.unit.empty() ? "" : "  # ", field.unit);
     return text;
 }
@@ -160,8 +166,7 @@ Result<LoggerConfiguration> readConfigurationText(std::string_view text) {
         line = trimmed(line.substr(0, line.find('#')));
         if (number == 1) {
             if (line != kFirstLine)
-                return Error{ErrorKind::NotADocument,
-                             fmt::format("a configuration begins with the line \"{}\"", kFirstLine)};
+                return Error{ErrorKind::NotADocument, quobrix::text(TextId::ConfigurationBeginsWith, kFirstLine)};
             continue;
         }
         if (line.empty())
@@ -169,32 +174,35 @@ Result<LoggerConfiguration> readConfigurationText(std::string_view text) {
         const std::size_t sign = std::min(line.find('='), line.size());
         const std::string_view name = trimmed(line.substr(0, sign));
         const std::string_view value = trimmed(line.substr(std::min(sign + 1, line.size())));
-        const auto field = std::ranges::find(kFields, name, &Field::name);
+        const auto field = std::ranges::find(kFields, name, [](const Field& one) { return one.name.english(); });
         if (field == std::end(kFields))
-            return Error{ErrorKind::Corrupt, fmt::format("line {} names no value of a configuration", number)};
+            return Error{ErrorKind::Corrupt, quobrix::text(TextId::ConfigurationLineUnknown, number)};
         bool& once = told[static_cast<std::size_t>(field - std::begin(kFields))];
         if (once)
-            return Error{ErrorKind::Corrupt, fmt::format("line {} tells {} again", number, field->name)};
+            return Error{ErrorKind::Corrupt,
+                         quobrix::text(TextId::ConfigurationLineAgain, number, field->name.english())};
         once = true;
         if (!readValue(*field, value, configuration))
-            return Error{ErrorKind::Corrupt, fmt::format("line {} has no usable value of {}", number, field->name)};
+            return Error{ErrorKind::Corrupt,
+                         quobrix::text(TextId::ConfigurationLineUnusable, number, field->name.english())};
     }
     for (std::size_t i = 0; i < told.size(); ++i)
         if (!told[i])
             return Error{i == 0 ? ErrorKind::NotADocument : ErrorKind::Corrupt,
-                         fmt::format("{} is missing", kFields[i].name)};
+                         quobrix::text(TextId::ConfigurationLacks, kFields[i].name.english())};
     return configuration;
 }
 
 std::vector<std::string> configurationDifferences(const LoggerConfiguration& a, const LoggerConfiguration& instead) {
+    const Wording shown = [](SourceText source) -> std::string { return text(source); };
     std::vector<std::string> lines;
     for (const Field& field : kFields) {
         LoggerConfiguration is = a, shouldBe = instead;
         const bool same = field.kind == Kind::Real ? equal(field.real(is), field.real(shouldBe))
                                                    : field.code(is) == field.code(shouldBe);
         if (!same)
-            lines.push_back(fmt::format("{}: {} instead of {}{}{}", field.name, valueText(field, a),
-                                        valueText(field, instead), field.unit.empty() ? "" : " ", field.unit));
+            lines.push_back(text(TextId::ConfigurationDiffersIn, text(field.name), valueText(field, a, shown),
+                                 valueText(field, instead, shown), field.unit.empty() ? "" : " ", field.unit));
     }
     return lines;
 }

@@ -250,18 +250,18 @@ Result<void> unlessForeign(const TQuobrixDocument& document, Result<void> result
     if (document.outdated())
         return *document.readOnlyReason();
     if (document.store().laterLayoutMet())
-        return Error{ErrorKind::Unsupported, "a later version of this software has written it"};
+        return Error{ErrorKind::Unsupported, text(TextId::ALaterVersionHasWrittenIt)};
     return result;
 }
 
-/// "LABEL: 2 trips, 1 severe stop." of what there is any of, which NAME_COUNT(i, numbers[i]) names; else nothing.
+/// OUTCOME with "2 trips, 1 severe stop" of what there is any of, which NAME_COUNT(i, numbers[i]) names; else nothing.
 template <class NameCount>
-std::string outcomeText(std::string_view label, std::span<const std::uint64_t> numbers, const NameCount& nameCount) {
-    std::string text;
+std::string outcomeText(TextOf<1> outcome, std::span<const std::uint64_t> numbers, const NameCount& nameCount) {
+    std::string counts;
     for (std::size_t i = 0; i < numbers.size(); ++i)
         if (numbers[i] > 0)
-            text += (text.empty() ? fmt::format("{}: ", label) : ", ") + nameCount(i, numbers[i]);
-    return text.empty() ? text : text + ".";
+            counts += (counts.empty() ? "" : ", ") + nameCount(i, numbers[i]);
+    return counts.empty() ? counts : text(outcome, counts);
 }
 
 } // namespace
@@ -279,38 +279,36 @@ bool MergeResult::changed() const {
 }
 
 std::string MergeResult::summary() const {
-    const auto counts = [this](std::string_view label, std::size_t MergeCounts::*count) {
+    const auto counts = [this](TextOf<1> outcome, std::size_t MergeCounts::*count) {
         std::array<std::uint64_t, 4> numbers{};
         std::ranges::transform(logs, numbers.begin(), [&](const MergeCounts& log) { return log.*count; });
-        return outcomeText(label, numbers, [](std::size_t log, std::uint64_t number) {
+        return outcomeText(outcome, numbers, [](std::size_t log, std::uint64_t number) {
             return counted(quobrix::logs()[log].record, quobrix::logs()[log].records, number);
         });
     };
     std::array<std::uint64_t, kRecordKinds> refusals{};
     for (const RefusedRecords& group : refused)
         refusals[static_cast<std::size_t>(group.kind)] += group.count;
-    std::string text;
-    const auto add = [&](const std::string& outcome) {
-        text += (text.empty() || outcome.empty() ? "" : " ") + outcome;
-    };
-    add(counts("New", &MergeCounts::added));
-    add(counts("Replaced", &MergeCounts::replaced));
-    if (text.empty())
-        text = "Nothing new.";
-    add(counts("Already present", &MergeCounts::present));
-    add(outcomeText("Refused", refusals, [](std::size_t kind, std::uint64_t number) {
+    std::string all;
+    const auto add = [&](const std::string& outcome) { all += (all.empty() || outcome.empty() ? "" : " ") + outcome; };
+    add(counts(TextId::OutcomeNew, &MergeCounts::added));
+    add(counts(TextId::OutcomeReplaced, &MergeCounts::replaced));
+    if (all.empty())
+        all = text(TextId::NothingNew);
+    add(counts(TextId::OutcomePresent, &MergeCounts::present));
+    add(outcomeText(TextId::OutcomeRefused, refusals, [](std::size_t kind, std::uint64_t number) {
         return recordCountText(static_cast<RecordKind>(kind), number);
     }));
-    return text;
+    return all;
 }
 
-std::vector<std::string> MergeResult::refusedLines() const {
-    std::vector<std::string> lines;
+std::vector<ShownText> MergeResult::refusedLines() const {
+    std::vector<ShownText> lines;
     for (const RefusedRecords& group : refused)
         lines.push_back(group.count == 1
-                            ? fmt::format("{} {}: {}", recordKindName(group.kind), group.ordinal, group.reason)
-                            : fmt::format("{} {} and {} more: {}", recordKindName(group.kind), group.ordinal,
-                                          group.count - 1, group.reason));
+                            ? text(TextId::WithNameAndDetail, recordKindName(group.kind), group.ordinal, group.reason)
+                            : text(TextId::SeveralRefused, recordKindName(group.kind), group.ordinal, group.count - 1,
+                                   group.reason));
     return lines;
 }
 

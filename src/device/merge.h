@@ -33,7 +33,7 @@ struct MergeResult {
     /// One line: "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips. Refused: 1 severe stop."
     std::string summary() const;
     /// One line for each group of refused records: what, which and why.
-    std::vector<std::string> refusedLines() const;
+    std::vector<ShownText> refusedLines() const;
 };
 
 /// Whether records can be merged into DOCUMENT: of its logs and name tables everything must be readable, since rows are

@@ -43,7 +43,7 @@ public:
 
     Result<void> writeAt(std::uint64_t offset, ByteView bytes) override {
         if (progress_.cancelled)
-            return Error{ErrorKind::Cancelled, "while writing a copy"};
+            return Error{ErrorKind::Cancelled, {}};
         progress_.done += bytes.size();
         return file_.writeAt(offset, bytes);
     }

@@ -2,6 +2,7 @@
 
 #include "base/path_text.h"
 #include "compound/io.h"
+#include "texts/text.h"
 
 #include <algorithm>
 
@@ -81,7 +82,7 @@ void TDocument::newDocument() {
 
 std::optional<Error> TDocument::readOnlyReason() const {
     if (outdated())
-        return Error{ErrorKind::Changed, "another program has changed it"};
+        return Error{ErrorKind::Changed, text(TextId::AnotherProgramHasChangedIt)};
     if (const auto later = store().ofLaterVersion())
         return later;
     return state_.damage ? state_.damage : state_.readOnlyReason;
@@ -152,13 +153,13 @@ Result<TDocument::State> TDocument::load(const fs::path& path, const fs::path& t
                 .damage = {}};
     state.store->load(*state.file.compound);
     if (state.file.watched && state.file.watched->changed())
-        return Error{ErrorKind::Changed, utf8(path) + " is being changed by another program"};
+        return Error{ErrorKind::Changed, text(TextId::IsBeingChangedByAnotherProgram, utf8(path))};
     if (mode == FileMode::Read)
-        state.readOnlyReason = Error{ErrorKind::ReadOnly, "opened for reading"};
+        state.readOnlyReason = Error{ErrorKind::ReadOnly, text(TextId::OpenedForReading)};
     // What was opened must be what the path leads to, or a save would go to a file that has lost its name.
     if (mode != FileMode::Read)
         if (const auto now = FileSnapshot::of(files_, target, state.file.disk.get()); !now || *now != *before)
-            return Error{ErrorKind::InUse, utf8(path) + " is being changed by another program"};
+            return Error{ErrorKind::InUse, text(TextId::IsBeingChangedByAnotherProgram, utf8(path))};
     return state;
 }
 
@@ -208,7 +209,7 @@ Result<void> TDocument::tryWriting() {
             return held.error();
         if (!*held) { // a person has decided that it may be taken away
             state_.lock.reset();
-            state_.readOnlyReason = Error{ErrorKind::InUse, "another program has taken it over"};
+            state_.readOnlyReason = Error{ErrorKind::InUse, text(TextId::AnotherProgramHasTakenItOver)};
         }
     }
     if (!readOnly())
@@ -234,7 +235,7 @@ Result<void> TDocument::tryWriting() {
         opened ? FileSnapshot::of(files_, *target, opened->get()) : Result<FileSnapshot>(opened.error());
     Result<OpenFile> file = now && *now == state_.snapshot
                                 ? OpenFile::open(std::move(*opened))
-                                : Error{ErrorKind::Changed, "another program has changed it"};
+                                : Error{ErrorKind::Changed, text(TextId::AnotherProgramHasChangedIt)};
     if (!file) {
         state_.readOnlyReason = Error{ErrorKind::Changed, file.error().detail};
         return *state_.readOnlyReason;
@@ -264,7 +265,7 @@ std::optional<Error> TDocument::damage() const {
         return {};
     const std::vector<Damage>& all = store().damage();
     const auto ofIndex = std::ranges::find(all, kNoObject, &Damage::id);
-    return Error{ErrorKind::Corrupt, ofIndex == all.end() ? std::string() : ofIndex->what};
+    return Error{ErrorKind::Corrupt, ofIndex == all.end() ? ShownText() : ShownText::asItIs(ofIndex->what)};
 }
 
 std::optional<std::string> TDocument::doubt() const {
@@ -295,7 +296,7 @@ Result<void> TDocument::unchangedOnDisk() const {
         return now.error();
     if (now && *now == state_.snapshot)
         return {};
-    return Error{ErrorKind::Changed, utf8(state_.path) + " is no longer the file that was opened"};
+    return Error{ErrorKind::Changed, text(TextId::IsNoLongerTheFileThat, utf8(state_.path))};
 }
 
 } // namespace quobrix

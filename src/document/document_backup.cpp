@@ -1,6 +1,7 @@
 #include "base/path_text.h"
 #include "compound/io.h"
 #include "document/document.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <set>
@@ -119,7 +120,7 @@ Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const fs::
 Result<void> TDocument::checkSpace(const fs::path& target, std::uint64_t bytes) const {
     if (files_.freeSpace(target.parent_path()) >= bytes)
         return {};
-    return Error{ErrorKind::DiskFull, "there is no space for a copy of " + std::to_string(bytes) + " bytes"};
+    return Error{ErrorKind::DiskFull, text(TextId::ThereIsNoSpaceForA, bytes)};
 }
 
 } // namespace quobrix

@@ -30,11 +30,11 @@ Result<void> checkSame(const CompoundFile& a, const CompoundFile& b, const DiskP
     bool same = b.names().size() == names.size();
     for (std::size_t i = 0; same && i < names.size(); ++i) {
         if (progress.cancelled)
-            return Error{ErrorKind::Cancelled, "while comparing"};
+            return Error{ErrorKind::Cancelled, {}};
         const Result<Bytes> original = a.read(names[i]), copy = b.read(names[i]);
         same = original && copy && *original == *copy;
     }
-    return same ? Result<void>() : Error{ErrorKind::Io, "the compact copy differs from its original"};
+    return same ? Result<void>() : Error{ErrorKind::Io, text(TextId::TheCompactCopyDiffersFromIts)};
 }
 
 /// Every stream of FROM that can be read, but for those in EXCEPT.
@@ -45,7 +45,7 @@ Result<void> copyReadable(const CompoundFile& from, CompoundFile& to, const std:
     progress.total = from.space().fileBytes;
     for (const std::string& name : from.names()) {
         if (progress.cancelled)
-            return Error{ErrorKind::Cancelled, "while copying"};
+            return Error{ErrorKind::Cancelled, {}};
         if (except.contains(name))
             continue;
         Result<Bytes> content = from.read(name);
@@ -71,7 +71,7 @@ Result<TDocument::OpenFile> TDocument::OpenFile::create(std::unique_ptr<File> di
 
 Result<void> TDocument::save(const SaveOptions& options) {
     if (!hasFile())
-        return Error{ErrorKind::NotFound, "the document has no file yet"};
+        return Error{ErrorKind::NotFound, text(TextId::TheDocumentHasNoFileYet)};
     QUOBRIX_TRY(tryWriting());
     QUOBRIX_TRY(unchangedOnDisk());
     backupProblem_.reset();
@@ -119,7 +119,7 @@ Result<void> TDocument::writeInPlace(const fs::path& target, const SaveOptions& 
         kept_.follow(target, state_.snapshot, *now);
         state_.snapshot = *now;
     } else if (done && now)
-        done = Error{ErrorKind::Changed, utf8(state_.path) + " was replaced while it was saved"};
+        done = Error{ErrorKind::Changed, text(TextId::WasReplacedWhileItWasSaved, utf8(state_.path))};
     if (!done)
         return done;
     state_.saveFailed = false;
@@ -141,7 +141,7 @@ Result<void> TDocument::overwrite(const SaveOptions& options) {
     if (!whole)
         return whole.error();
     if (!*whole)
-        return Error{ErrorKind::Changed, "another program has changed it, and not all of the document is here"};
+        return Error{ErrorKind::Changed, text(TextId::AnotherProgramHasChangedItAnd)};
     return writeAnew(state_.path, IfThere::Replace, options);
 }
 
@@ -157,7 +157,7 @@ Result<void> TDocument::writeAnew(const fs::path& path, IfThere ifThere, const S
     if (!status && status.error().kind != ErrorKind::NotFound)
         return status.error();
     if (status && ifThere == IfThere::Refuse)
-        return Error{ErrorKind::Exists, utf8(*target) + " exists"};
+        return Error{ErrorKind::Exists, text(TextId::FileIsThere, utf8(*target))};
     const bool own = isFile(*target); // changed where it is
     std::unique_ptr<LockFile> taken;
     std::optional<LockOwner> owner;
@@ -246,7 +246,7 @@ void TDocument::noteLost(Left left) {
     if (left == Left::Everything)
         return;
     if (left == Left::Nothing)
-        return store().noteLost("another program has written over it");
+        return store().noteLost(text(TextId::AnotherProgramHasWrittenOverIt));
     for (const ObjectId id : store().objectIds())
         store().find(id);
 }
@@ -297,11 +297,11 @@ Result<TDocument::OpenFile> TDocument::buildWhole(ReplacementFile& replacement, 
 
 Result<void> TDocument::compact(const SaveOptions& options) {
     if (!hasFile())
-        return Error{ErrorKind::NotFound, "the document has no file yet"};
+        return Error{ErrorKind::NotFound, text(TextId::TheDocumentHasNoFileYet)};
     if (readOnly())
         return *readOnlyReason();
     if (!store().damage().empty())
-        return Error{ErrorKind::Corrupt, store().damage().front().what};
+        return Error{ErrorKind::Corrupt, ShownText::asItIs(store().damage().front().what)};
     QUOBRIX_TRY(save(options));
     const FileSnapshot before = state_.snapshot;
     std::optional<FileSnapshot> replaced;

@@ -1,6 +1,7 @@
 #include "document/lock_file.h"
 
 #include "base/utf8.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -97,23 +98,23 @@ void removeIf(FileSystem& files, const fs::path& path, const Bytes& content) {
 
 } // namespace
 
-std::string LockOwner::text() const {
-    std::string text = process.user;
-    if (!process.host.empty())
-        text += (text.empty() ? "a program on " : " on ") + process.host;
-    return text.empty() ? "another program" : oneLine(text);
+ShownText LockOwner::text() const {
+    const std::string user = oneLine(process.user), host = oneLine(process.host);
+    if (host.empty())
+        return user.empty() ? quobrix::text(TextId::AnotherProgram) : ShownText::asItIs(user);
+    return user.empty() ? quobrix::text(TextId::AProgramOn, host) : quobrix::text(TextId::UserOnHost, user, host);
 }
 
-std::string LockOwner::timeText() const {
+ShownText LockOwner::timeText() const {
     using namespace std::chrono;
     const sys_seconds time{seconds(since)};
     const year_month_day day(floor<days>(time));
     if (since <= 0 || !day.ok())
-        return "an unknown time";
+        return quobrix::text(TextId::AnUnknownTime);
     const hh_mm_ss clock(time - floor<days>(time));
-    return fmt::format("{:04}-{:02}-{:02} {:02}:{:02} UTC", static_cast<int>(day.year()),
-                       static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()), clock.hours().count(),
-                       clock.minutes().count());
+    return ShownText::asItIs(fmt::format("{:04}-{:02}-{:02} {:02}:{:02} UTC", static_cast<int>(day.year()),
+                                         static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
+                                         clock.hours().count(), clock.minutes().count()));
 }
 
 fs::path LockFile::pathFor(const fs::path& document) { return fs::path(document) += ".lock"; }
@@ -143,7 +144,7 @@ Result<std::unique_ptr<LockFile>> LockFile::take(FileSystem& files, const fs::pa
             break;
         removeIf(files, path, owner->content);
     }
-    return Error{ErrorKind::InUse, owner ? owner->text() : std::string("another program is opening it")};
+    return Error{ErrorKind::InUse, owner ? owner->text() : text(TextId::AnotherProgramIsOpeningIt)};
 }
 
 Result<std::optional<LockOwner>> LockFile::ownerOf(FileSystem& files, const fs::path& document) {

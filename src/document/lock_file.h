@@ -16,9 +16,9 @@ struct LockOwner {
     std::int64_t since = 0; ///< seconds since 1970 UTC; 0 if the file does not say
     Bytes content;          ///< the whole file
     /// "anna on garage-pc", as far as is known; without control characters, whatever the file holds.
-    std::string text() const;
+    ShownText text() const;
     /// "2026-11-21 18:05 UTC".
-    std::string timeText() const;
+    ShownText timeText() const;
 };
 
 /// The right to write to a document where the file system has no locks (File::locked()): a file NAME.car.lock beside it

@@ -2,6 +2,7 @@
 
 #include "base/result.h"
 #include "document/persistent.h"
+#include "texts/text.h"
 
 #include <deque>
 #include <functional>
@@ -167,7 +168,7 @@ public:
     std::optional<Error> ofLaterVersion() const {
         if (!((version_ > kVersion && !indexDamaged_) || (laterLayoutMet_ && !savingBefore_)))
             return {};
-        return Error{ErrorKind::Unsupported, "a later version of this software has written it"};
+        return Error{ErrorKind::Unsupported, text(TextId::ALaterVersionHasWrittenIt)};
     }
     /// An object of a later layout has been met, so that nothing more is to be changed.
     bool laterLayoutMet() const { return laterLayoutMet_; }

@@ -61,7 +61,7 @@ private:
 /// A message with its places filled in, ready to be shown.
 struct Message {
     MessageId id;
-    std::string text;
+    ShownText text;
 };
 
 /// With arguments (texts and whole numbers) for the message's places, in the user's language.

@@ -1,6 +1,7 @@
 #include "model/parameters.h"
 
 #include "model/trip_log.h"
+#include "texts/text.h"
 #include "units/unit_system.h"
 
 #include <algorithm>
@@ -10,14 +11,15 @@ namespace quobrix {
 namespace {
 
 struct Parameter {
-    std::string_view name;
+    SourceText name;
     int width;
     double factor, offset, storingFactor;
 };
 
 constexpr Parameter kParameters[] = {
-    {"", 1, 0.0, 0.0, 0.0},
-#define PARAMETER(Id, Name, Width, Factor, Offset, StoringFactor) {Name, Width, Factor, Offset, StoringFactor},
+    {SourceText(), 1, 0.0, 0.0, 0.0},
+#define PARAMETER(Id, Name, Width, Factor, Offset, StoringFactor)                                                      \
+    {SourceText(Name), Width, Factor, Offset, StoringFactor},
 #include "model/parameters.def"
 #undef PARAMETER
 };
@@ -27,7 +29,7 @@ const Parameter& parameterOf(std::int32_t id) { return kParameters[id >= 1 && id
 
 } // namespace
 
-std::string_view parameterName(std::int32_t parameter) { return parameterOf(parameter).name; }
+SourceText parameterName(std::int32_t parameter) { return parameterOf(parameter).name; }
 
 int parameterWidth(std::int32_t parameter) { return parameterOf(parameter).width; }
 
@@ -49,7 +51,7 @@ double baseFromMetric(std::int32_t parameter, double metric) {
 }
 
 std::string ParameterColumn::selection(std::int32_t code) const {
-    return code == kFuelSystemStatusParameter ? "Fuel System Status" : std::string(parameterName(code));
+    return quobrix::text(code == kFuelSystemStatusParameter ? kFuelSystemStatusName : parameterName(code));
 }
 
 std::vector<Selection> ParameterColumn::selections() const {
@@ -90,10 +92,8 @@ double ParameterSeriesColumn::base(std::size_t sample) const {
 }
 
 std::string ParameterSeriesColumn::name() const {
-    std::string result(parameterName(parameter_));
-    if (twoValues_)
-        result += " 1 / 2";
-    return result;
+    const std::string name = quobrix::text(parameterName(parameter_));
+    return twoValues_ ? quobrix::text(TextId::SeriesOfTwoValues, name) : name;
 }
 
 std::size_t ParameterSeriesColumn::sampleAt(RowIndex row) const {

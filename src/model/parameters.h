@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tables/columns.h"
+#include "texts/source_text.h"
 #include "units/unit_catalogue.h"
 
 #include <cstdint>
@@ -15,8 +16,10 @@ inline constexpr int kParameterCount = 24;
 /// The one parameter that is a pair of codes instead of a figure: the status of fuel systems 1 and 2.
 inline constexpr std::int32_t kFuelSystemStatusParameter = 11;
 
+inline constexpr SourceText kFuelSystemStatusName("Fuel System Status"); ///< among choices
+
 /// "Engine Speed"; empty for 11 and for unknown identifiers.
-std::string_view parameterName(std::int32_t parameter);
+SourceText parameterName(std::int32_t parameter);
 /// Bytes that a stored sample takes: 1 or 2.
 int parameterWidth(std::int32_t parameter);
 /// The metric value (km/h, rpm, %, °C, kPa, g/s, °, V) of a stored raw value.

@@ -1,5 +1,6 @@
 #include "platform/dynamic_library.h"
 #include "platform/system_error.h"
+#include "texts/text.h"
 
 #include <dlfcn.h>
 
@@ -9,14 +10,14 @@ DynamicLibrary::DynamicLibrary(void* handle) : handle_(handle, [](void* library)
 
 Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
     if (!path.is_absolute())
-        return Error{ErrorKind::Unsupported, utf8(path) + " is not an absolute path"};
+        return Error{ErrorKind::Unsupported, text(TextId::IsNotAnAbsolutePath, utf8(path))};
     std::error_code code;
     if (!std::filesystem::exists(path, code))
-        return Error{ErrorKind::NotFound, utf8(path) + " does not exist"};
+        return Error{ErrorKind::NotFound, text(TextId::PathDoesNotExist, utf8(path))};
     void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (handle == nullptr) {
         const char* reason = ::dlerror();
-        return Error{ErrorKind::Unsupported, reason != nullptr ? reason : utf8(path)};
+        return Error{ErrorKind::Unsupported, ShownText::asItIs(reason != nullptr ? reason : utf8(path))};
     }
     return DynamicLibrary(handle);
 }

@@ -1,5 +1,6 @@
 #include "platform/dynamic_library.h"
 #include "platform/system_error.h"
+#include "texts/text.h"
 
 #include <windows.h>
 
@@ -10,15 +11,15 @@ DynamicLibrary::DynamicLibrary(void* handle)
 
 Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
     if (!path.is_absolute())
-        return Error{ErrorKind::Unsupported, utf8(path) + " is not an absolute path"};
+        return Error{ErrorKind::Unsupported, text(TextId::IsNotAnAbsolutePath, utf8(path))};
     std::error_code code;
     if (!std::filesystem::exists(path, code))
-        return Error{ErrorKind::NotFound, utf8(path) + " does not exist"};
+        return Error{ErrorKind::NotFound, text(TextId::PathDoesNotExist, utf8(path))};
     // The library's own folder is searched for what it needs; the current folder is not.
     const HMODULE handle =
         LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (handle == nullptr)
-        return Error{ErrorKind::Unsupported, lastSystemError("load", path).detail};
+        return Error{ErrorKind::Unsupported, lastSystemError(SourceText("load"), path).detail};
     return DynamicLibrary(handle);
 }
 

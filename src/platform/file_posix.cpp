@@ -1,5 +1,6 @@
 #include "platform/file.h"
 #include "platform/system_error.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -57,9 +58,9 @@ public:
             if (count < 0 && errno == EINTR)
                 continue;
             if (count < 0)
-                return lastSystemError("read");
+                return lastSystemError(SourceText("read"));
             if (count == 0)
-                return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(offset)};
+                return Error{ErrorKind::Corrupt, text(TextId::TheFileEndsAtByte, offset)};
             offset += static_cast<std::uint64_t>(count);
             out = out.subspan(static_cast<std::size_t>(count));
         }
@@ -72,7 +73,7 @@ public:
             if (count < 0 && errno == EINTR)
                 continue;
             if (count < 0)
-                return lastSystemError("write");
+                return lastSystemError(SourceText("write"));
             offset += static_cast<std::uint64_t>(count);
             bytes = bytes.subspan(static_cast<std::size_t>(count));
         }
@@ -88,7 +89,7 @@ public:
             const ssize_t count =
                 ::pwritev(descriptor_, parts.data(), static_cast<int>(parts.size()), static_cast<off_t>(offset));
             if (count < 0 && errno != EINTR)
-                return lastSystemError("write");
+                return lastSystemError(SourceText("write"));
             // Cut short, by a signal or because the disk is full: the rest one by one, which tells which it is.
             auto done = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
             for (const iovec& part : parts) {
@@ -105,13 +106,13 @@ public:
     Result<std::uint64_t> size() override {
         struct stat status {};
         if (::fstat(descriptor_, &status) != 0)
-            return lastSystemError("examine");
+            return lastSystemError(SourceText("examine"));
         return static_cast<std::uint64_t>(status.st_size);
     }
 
     Result<void> resize(std::uint64_t size) override {
         if (::ftruncate(descriptor_, static_cast<off_t>(size)) != 0)
-            return lastSystemError("resize");
+            return lastSystemError(SourceText("resize"));
         return {};
     }
 
@@ -122,7 +123,7 @@ public:
         const int failed = ::fdatasync(descriptor_); // covers the size, which reading the data back needs
 #endif
         if (failed != 0)
-            return lastSystemError("flush");
+            return lastSystemError(SourceText("flush"));
         return {};
     }
 
@@ -147,7 +148,7 @@ public:
         locked_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
         if (locked_ || errno == ENOLCK || errno == EOPNOTSUPP || errno == ENOSYS)
             return {};
-        return lastSystemError("lock", path);
+        return lastSystemError(SourceText("lock"), path);
     }
 
 private:
@@ -164,12 +165,11 @@ std::int64_t nanoseconds(const timespec& time) { return std::int64_t{time.tv_sec
 
 } // namespace
 
-Error lastSystemError(std::string_view action, const std::filesystem::path& subject) {
+Error lastSystemError(SourceText action, const std::filesystem::path& subject) {
     const int code = errno;
-    std::string detail(action);
-    if (!subject.empty())
-        detail += " " + utf8(subject);
-    return {kindOf(code), detail + ": " + std::generic_category().message(code)};
+    const std::string reason = std::generic_category().message(code);
+    return {kindOf(code), subject.empty() ? text(TextId::WithDetail, text(action), reason)
+                                          : text(TextId::WithNameAndDetail, text(action), utf8(subject), reason)};
 }
 
 Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMode mode) {
@@ -183,15 +183,15 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const int descriptor = ::open(path.c_str(), flags, mode == FileMode::CreatePrivate ? 0600 : 0666);
         if (descriptor < 0)
-            return lastSystemError("open", path);
+            return lastSystemError(SourceText("open"), path);
         auto file = std::make_unique<PosixFile>(descriptor);
         struct stat opened {};
         if (::fstat(descriptor, &opened) != 0)
-            return lastSystemError("examine", path);
+            return lastSystemError(SourceText("examine"), path);
         if (S_ISDIR(opened.st_mode))
-            return Error{ErrorKind::IsDirectory, utf8(path) + " is a folder"};
+            return Error{ErrorKind::IsDirectory, text(TextId::PathIsAFolder, utf8(path))};
         if (!S_ISREG(opened.st_mode))
-            return Error{ErrorKind::NotADocument, utf8(path) + " is not a regular file"};
+            return Error{ErrorKind::NotADocument, text(TextId::IsNotARegularFile, utf8(path))};
         if (mode == FileMode::Read)
             return std::unique_ptr<File>(std::move(file));
         QUOBRIX_TRY(file->lock(path));
@@ -199,13 +199,13 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
         if (::stat(path.c_str(), &named) == 0 && identityOf(named) == identityOf(opened))
             return std::unique_ptr<File>(std::move(file));
     }
-    return Error{ErrorKind::InUse, utf8(path) + " is being replaced by another program"};
+    return Error{ErrorKind::InUse, text(TextId::IsBeingReplacedByAnotherProgram, utf8(path))};
 }
 
 Result<FileStatus> fileStatus(const std::filesystem::path& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) != 0)
-        return lastSystemError("examine", path);
+        return lastSystemError(SourceText("examine"), path);
     FileStatus result{identityOf(status), static_cast<std::uint64_t>(status.st_size), {}, {}};
 #if defined(__APPLE__)
     result.modified = nanoseconds(status.st_mtimespec);

@@ -1,6 +1,7 @@
 #include "platform/file_system.h"
 
 #include "platform/system_error.h"
+#include "texts/text.h"
 
 #include <random>
 #include <string>
@@ -60,7 +61,7 @@ Error fromStandard(const std::error_code& code, const std::filesystem::path& pat
         kind = ErrorKind::AccessDenied;
     else if (code == std::errc::no_such_file_or_directory || code == std::errc::not_a_directory)
         kind = ErrorKind::NotFound;
-    return {kind, utf8(path) + ": " + code.message()};
+    return {kind, text(TextId::WithDetail, utf8(path), code.message())};
 }
 
 } // namespace
@@ -77,13 +78,13 @@ Result<std::filesystem::path> resolveLinks(const std::filesystem::path& path) {
             return result;
         }
         if (!mayFollow(result))
-            return Error{ErrorKind::AccessDenied, utf8(result) + " is somebody else's link in a shared folder"};
+            return Error{ErrorKind::AccessDenied, text(TextId::IsSomebodyElsesLinkInA, utf8(result))};
         const std::filesystem::path link = std::filesystem::read_symlink(result, code);
         if (code)
             return fromStandard(code, result);
         result = result.parent_path() / link; // an absolute link replaces the folder
     }
-    return Error{ErrorKind::Io, utf8(path) + ": too many symbolic links"};
+    return Error{ErrorKind::Io, text(TextId::TooManySymbolicLinks, utf8(path))};
 }
 
 FileSystem& FileSystem::system() {
@@ -102,9 +103,9 @@ Result<ReplacementFile> ReplacementFile::createForLink(const std::filesystem::pa
     std::error_code ignored;
     const auto status = std::filesystem::symlink_status(target, ignored);
     if (std::filesystem::is_directory(status))
-        return Error{ErrorKind::IsDirectory, utf8(target) + " is a folder"};
+        return Error{ErrorKind::IsDirectory, text(TextId::PathIsAFolder, utf8(target))};
     if (std::filesystem::is_other(status)) // a device or a pipe
-        return Error{ErrorKind::NotADocument, utf8(target) + " is not a regular file"};
+        return Error{ErrorKind::NotADocument, text(TextId::IsNotARegularFile, utf8(target))};
     // Another program may take the new file for an abandoned one and lock it before this one does.
     constexpr int kAttempts = 4;
     std::filesystem::path temporary;
@@ -163,7 +164,7 @@ Result<Bytes> readFile(const std::filesystem::path& path, std::uint64_t maxSize)
     if (!size)
         return size.error();
     if (*size > maxSize)
-        return Error{ErrorKind::Unsupported, utf8(path) + " is larger than " + std::to_string(maxSize) + " bytes"};
+        return Error{ErrorKind::Unsupported, text(TextId::IsLargerThanBytes, utf8(path), maxSize)};
     Bytes bytes(static_cast<std::size_t>(*size));
     QUOBRIX_TRY((*file)->readAt(0, bytes));
     return bytes;

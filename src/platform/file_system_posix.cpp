@@ -43,7 +43,7 @@ std::optional<Result<void>> renameNewInOneCall([[maybe_unused]] const std::files
 #else
     errno = ENOSYS;
 #endif
-    return notOffered(errno) ? std::nullopt : std::optional(Result<void>(lastSystemError("create", to)));
+    return notOffered(errno) ? std::nullopt : std::optional(Result<void>(lastSystemError(SourceText("create"), to)));
 }
 
 std::optional<Result<void>> renameNewByLink(const std::filesystem::path& from, const std::filesystem::path& to) {
@@ -52,7 +52,8 @@ std::optional<Result<void>> renameNewByLink(const std::filesystem::path& from, c
         const int code = errno;
         if (!sameFile(from, to)) {
             errno = code;
-            return notOffered(code) ? std::nullopt : std::optional(Result<void>(lastSystemError("create", to)));
+            return notOffered(code) ? std::nullopt
+                                    : std::optional(Result<void>(lastSystemError(SourceText("create"), to)));
         }
     }
     ::unlink(from.c_str()); // a second name that stayed would be removed as an abandoned file
@@ -62,7 +63,7 @@ std::optional<Result<void>> renameNewByLink(const std::filesystem::path& from, c
 Result<void> renameNewByPlaceholder(const std::filesystem::path& from, const std::filesystem::path& to) {
     const int placeholder = ::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (placeholder < 0)
-        return lastSystemError("create", to);
+        return lastSystemError(SourceText("create"), to);
     ::close(placeholder);
     const Result<void> renamed = renameOver(from, to);
     if (!renamed)
@@ -98,7 +99,7 @@ Result<void> adoptPermissions(const std::filesystem::path& temporary, const std:
                            ::chown(temporary.c_str(), static_cast<uid_t>(-1), status.st_gid) == 0;
     const mode_t mode = (status.st_mode & (sameGroup ? 0777u : 0707u)) | S_IRUSR | S_IWUSR;
     if (::chmod(temporary.c_str(), mode) != 0)
-        return lastSystemError("set the permissions of", temporary);
+        return lastSystemError(SourceText("set the permissions of"), temporary);
     return {};
 }
 
@@ -110,7 +111,7 @@ bool onlyUserWrites(const std::filesystem::path& folder) {
 
 Result<void> renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
-        return lastSystemError("replace", to);
+        return lastSystemError(SourceText("replace"), to);
     return {};
 }
 
@@ -118,12 +119,12 @@ Result<void> flushFolder(const std::filesystem::path& folder) {
     const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return errno == EACCES ? Result<void>() // a folder one may write but not list cannot be flushed
-                               : Result<void>(lastSystemError("flush", folder));
+                               : Result<void>(lastSystemError(SourceText("flush"), folder));
     // Some file systems cannot flush a folder and say so with EINVAL.
     const bool flushed = ::fsync(descriptor) == 0 || errno == EINVAL || errno == EOPNOTSUPP;
     Result<void> result;
     if (!flushed)
-        result = lastSystemError("flush", folder);
+        result = lastSystemError(SourceText("flush"), folder);
     ::close(descriptor);
     return result;
 }

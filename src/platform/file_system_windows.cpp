@@ -92,7 +92,7 @@ Result<void> adoptPermissions(const std::filesystem::path& temporary, const std:
     GetFileSecurityW(like.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
     std::vector<std::byte> descriptor(size);
     if (!GetFileSecurityW(like.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), size, &size)) {
-        const Error error = lastSystemError("read the access list of", like);
+        const Error error = lastSystemError(SourceText("read the access list of"), like);
         return error.kind == ErrorKind::NotFound ? Result<void>() : error;
     }
     // What a file has of its folder's list, the new one has already: only one that was changed for the file itself is
@@ -100,7 +100,7 @@ Result<void> adoptPermissions(const std::filesystem::path& temporary, const std:
     if (!isOfTheFileItself(descriptor.data()))
         return {};
     if (!SetFileSecurityW(temporary.c_str(), DACL_SECURITY_INFORMATION, descriptor.data()))
-        return lastSystemError("set the access list of", temporary);
+        return lastSystemError(SourceText("set the access list of"), temporary);
     // Wine keeps the mark of a read-only file in its list.
     if (const DWORD attributes = GetFileAttributesW(temporary.c_str()); attributes & FILE_ATTRIBUTE_READONLY)
         SetFileAttributesW(temporary.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
@@ -116,7 +116,7 @@ Result<void> renameOver(const std::filesystem::path& from, const std::filesystem
     const DWORD attributes = GetFileAttributesW(to.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) &&
         !SetFileAttributesW(to.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY)))
-        return lastSystemError("clear the read-only mark of", to);
+        return lastSystemError(SourceText("clear the read-only mark of"), to);
     // Virus scanners and search indexers hold a new file for a moment.
     constexpr DWORD kPatience[] = {0, 20, 50, 100, 200}; // ms
     for (const DWORD wait : kPatience) {
@@ -126,7 +126,7 @@ Result<void> renameOver(const std::filesystem::path& from, const std::filesystem
         if (GetLastError() != ERROR_SHARING_VIOLATION && GetLastError() != ERROR_ACCESS_DENIED)
             break;
     }
-    const Error failed = lastSystemError("replace", to);
+    const Error failed = lastSystemError(SourceText("replace"), to);
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
         SetFileAttributesW(to.c_str(), attributes);
     return failed;
@@ -134,7 +134,7 @@ Result<void> renameOver(const std::filesystem::path& from, const std::filesystem
 
 Result<void> renameNew(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_WRITE_THROUGH))
-        return lastSystemError("create", to);
+        return lastSystemError(SourceText("create"), to);
     return {};
 }
 
@@ -160,7 +160,7 @@ Result<void> flushFolder(const std::filesystem::path& folder) {
                                       FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_ACCESS_DENIED ? Result<void>() // as for the root of a disk
-                                                     : Result<void>(lastSystemError("flush", folder));
+                                                     : Result<void>(lastSystemError(SourceText("flush"), folder));
     Result<void> result;
     if (!FlushFileBuffers(handle))
         switch (GetLastError()) {
@@ -170,7 +170,7 @@ Result<void> flushFolder(const std::filesystem::path& folder) {
         case ERROR_ACCESS_DENIED:
             break;
         default:
-            result = lastSystemError("flush", folder);
+            result = lastSystemError(SourceText("flush"), folder);
         }
     CloseHandle(handle);
     return result;
@@ -179,7 +179,7 @@ Result<void> flushFolder(const std::filesystem::path& folder) {
 Result<void> hideFile(const std::filesystem::path& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || !SetFileAttributesW(path.c_str(), attributes | FILE_ATTRIBUTE_HIDDEN))
-        return lastSystemError("hide", path);
+        return lastSystemError(SourceText("hide"), path);
     return {};
 }
 

@@ -1,5 +1,6 @@
 #include "platform/file.h"
 #include "platform/system_error.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <system_error>
@@ -74,9 +75,9 @@ public:
             DWORD count = 0;
             const auto wanted = static_cast<DWORD>(std::min(out.size(), kLargestTransfer));
             if (!ReadFile(handle_, out.data(), wanted, &count, &position) && GetLastError() != ERROR_HANDLE_EOF)
-                return lastSystemError("read");
+                return lastSystemError(SourceText("read"));
             if (count == 0)
-                return Error{ErrorKind::Corrupt, "the file ends at byte " + std::to_string(offset)};
+                return Error{ErrorKind::Corrupt, text(TextId::TheFileEndsAtByte, offset)};
             offset += count;
             out = out.subspan(count);
         }
@@ -89,7 +90,7 @@ public:
             DWORD count = 0;
             const auto wanted = static_cast<DWORD>(std::min(bytes.size(), kLargestTransfer));
             if (!WriteFile(handle_, bytes.data(), wanted, &count, &position))
-                return lastSystemError("write");
+                return lastSystemError(SourceText("write"));
             offset += count;
             bytes = bytes.subspan(count);
         }
@@ -99,7 +100,7 @@ public:
     Result<std::uint64_t> size() override {
         LARGE_INTEGER size{};
         if (!GetFileSizeEx(handle_, &size))
-            return lastSystemError("examine");
+            return lastSystemError(SourceText("examine"));
         return static_cast<std::uint64_t>(size.QuadPart);
     }
 
@@ -107,13 +108,13 @@ public:
         FILE_END_OF_FILE_INFO end{};
         end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
         if (!SetFileInformationByHandle(handle_, FileEndOfFileInfo, &end, sizeof end))
-            return lastSystemError("resize");
+            return lastSystemError(SourceText("resize"));
         return {};
     }
 
     Result<void> flush() override {
         if (!FlushFileBuffers(handle_))
-            return lastSystemError("flush");
+            return lastSystemError(SourceText("flush"));
         return {};
     }
 
@@ -123,19 +124,18 @@ private:
 
 } // namespace
 
-Error lastSystemError(std::string_view action, const std::filesystem::path& subject) {
+Error lastSystemError(SourceText action, const std::filesystem::path& subject) {
     const DWORD code = GetLastError();
-    std::string detail(action);
-    if (!subject.empty())
-        detail += " " + utf8(subject);
-    return {kindOf(code), detail + ": " + std::system_category().message(static_cast<int>(code))};
+    const std::string reason = std::system_category().message(static_cast<int>(code));
+    return {kindOf(code), subject.empty() ? text(TextId::WithDetail, text(action), reason)
+                                          : text(TextId::WithNameAndDetail, text(action), utf8(subject), reason)};
 }
 
 Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMode mode) {
     const bool creates = mode == FileMode::Create || mode == FileMode::CreatePrivate;
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY))
-        return Error{ErrorKind::IsDirectory, utf8(path) + " is a folder"};
+        return Error{ErrorKind::IsDirectory, text(TextId::PathIsAFolder, utf8(path))};
     // A writer shares reading only: that is the lock against a second one. Sharing deletion lets an open file be
     // renamed, which a replacement file needs.
     const bool writes = mode != FileMode::Read;
@@ -143,10 +143,10 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
                                       FILE_SHARE_READ | FILE_SHARE_DELETE | (writes ? 0u : FILE_SHARE_WRITE), nullptr,
                                       creates ? CREATE_NEW : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return lastSystemError("open", path);
+        return lastSystemError(SourceText("open"), path);
     auto file = std::make_unique<WindowsFile>(handle);
     if (GetFileType(handle) != FILE_TYPE_DISK)
-        return Error{ErrorKind::NotADocument, utf8(path) + " is not a regular file"};
+        return Error{ErrorKind::NotADocument, text(TextId::IsNotARegularFile, utf8(path))};
     return std::unique_ptr<File>(std::move(file));
 }
 
@@ -154,10 +154,10 @@ Result<FileStatus> fileStatus(const std::filesystem::path& path) {
     const HANDLE handle = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
-        return lastSystemError("examine", path);
+        return lastSystemError(SourceText("examine"), path);
     BY_HANDLE_FILE_INFORMATION information{};
     const bool known = GetFileInformationByHandle(handle, &information);
-    const Error error = known ? Error{} : lastSystemError("examine", path);
+    const Error error = known ? Error{} : lastSystemError(SourceText("examine"), path);
     CloseHandle(handle);
     if (!known)
         return error;

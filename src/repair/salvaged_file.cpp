@@ -6,8 +6,7 @@
 #include "compound/previous_state.h"
 #include "model/quobrix_document.h"
 #include "repair/object_finder.h"
-
-#include <fmt/format.h>
+#include "texts/text.h"
 
 #include <map>
 
@@ -40,20 +39,18 @@ public:
     Result<void> read(std::string_view name, Bytes& content) const override {
         const auto found = found_.find(name);
         if (found == found_.end())
-            return rest_ ? rest_->read(name, content) : Error{ErrorKind::NotFound, "stream " + std::string(name)};
+            return rest_ ? rest_->read(name, content) : Error{ErrorKind::NotFound, text(TextId::StreamNamed, name)};
         return readParts(*file_, found->second, content);
     }
     Result<void> writable() const override {
         if (previous_)
-            return Error{ErrorKind::Corrupt, "the end of the file is missing or its structure is damaged, and with it "
-                                             "what was saved last; this is all as it was before the last save"};
-        const Result<void> rest =
-            rest_ ? rest_->writable() : Error{ErrorKind::Corrupt, "header, allocation tables or directory are lost"};
+            return Error{ErrorKind::Corrupt, text(TextId::AsBeforeTheLastSave)};
+        const Result<void> rest = rest_ ? rest_->writable() : Error{ErrorKind::Corrupt, text(TextId::StructureIsLost)};
         if (rest)
             return rest;
-        const std::string found =
-            found_.empty() ? std::string() : fmt::format("; {} objects were found without them", found_.size());
-        return Error{ErrorKind::Corrupt, rest.error().detail + found + "; there may have been more"};
+        return Error{ErrorKind::Corrupt, found_.empty()
+                                             ? text(TextId::ThereMayHaveBeenMore, rest.error().detail)
+                                             : text(TextId::ObjectsFoundWithoutIt, rest.error().detail, found_.size())};
     }
 
 private:
@@ -153,10 +150,7 @@ Result<std::unique_ptr<StreamReader>> openForRepair(std::unique_ptr<File> file) 
     if (!layout && found->empty()) {
         if (*end > 0)
             return layout.error();
-        return Error{layout.error().kind,
-                     layout.error().detail +
-                         "; it was saved several times, or nothing tells that it was not, so that earlier states in it "
-                         "cannot be told from the last one, and the one before the last save is not whole"};
+        return Error{layout.error().kind, text(TextId::StatesCannotBeTold, layout.error().detail)};
     }
     return std::unique_ptr<StreamReader>(
         std::make_unique<SalvagedFile>(std::move(file), std::move(rest), *std::move(found)));

@@ -2,6 +2,7 @@
 
 #include "base/utf8.h"
 #include "report/typeset.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -25,7 +26,7 @@ public:
         for (const SetStrip& strip : galley.strips)
             place(strip, galley);
         for (std::size_t i = 0; i < pages_.size(); ++i)
-            number(pages_[i], fmt::format("Page {} of {}", i + 1, pages_.size()));
+            number(pages_[i], text(TextId::PageOf, i + 1, pages_.size()));
         return std::move(pages_);
     }
 

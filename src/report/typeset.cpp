@@ -1,6 +1,7 @@
 #include "report/typeset.h"
 
 #include "base/utf8.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -42,8 +43,8 @@ public:
         add(split({{report.title, 0, room_.width, false, FontRole::Title}}, 1), 0);
         for (const Section& section : sections(report)) {
             if (section.heading) {
-                galley_.headings.push_back(
-                    {heading(section.heading->text), heading(section.heading->text + ", Continued")});
+                galley_.headings.push_back({heading(section.heading->text),
+                                            heading(quobrix::text(TextId::HeadingContinued, section.heading->text))});
                 gap_ = kSectionGap * em_;
                 if (section.blocks.empty())
                     add({Strip{}}, 0);

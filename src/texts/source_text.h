@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/shown_text.h"
+
 #include <fmt/core.h>
 
 #include <cstddef>
@@ -28,10 +30,12 @@ private:
 };
 
 /// The text in the user's language.
-std::string text(SourceText text);
+ShownText text(SourceText text);
 /// COUNT with the word for one thing or for several ("1 trip"): for tables that know the words of what they hold.
-std::string counted(SourceText one, SourceText several, std::uint64_t count);
+ShownText counted(SourceText one, SourceText several, std::uint64_t count);
+/// The same, without taking memory while it is English: BUFFER holds it otherwise.
+std::string_view textIn(std::string& buffer, SourceText text);
 /// The same with its places filled in. For the functions that count places at compile time: text() and makeMessage().
-std::string fillPlaces(SourceText text, fmt::format_args arguments);
+ShownText fillPlaces(SourceText text, fmt::format_args arguments);
 
 } // namespace quobrix

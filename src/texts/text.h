@@ -33,7 +33,7 @@ inline constexpr Row kRows[] = {
 
 constexpr const Row& row(TextId id) { return kRows[static_cast<std::size_t>(id)]; }
 
-std::string fill(const Row& row, std::uint64_t count, fmt::format_args arguments);
+ShownText fill(const Row& row, std::uint64_t count, fmt::format_args arguments);
 
 } // namespace text_details
 
@@ -60,13 +60,13 @@ using CountedOf = CheckedTextId<Places, true>;
 
 /// The text in the user's language with its places filled in, each argument a text or a whole number.
 template <class... Args>
-std::string text(TextOf<sizeof...(Args)> id, const Args&... args) {
+ShownText text(TextOf<sizeof...(Args)> id, const Args&... args) {
     return fillPlaces(text_details::row(id).one, fmt::make_format_args(args...));
 }
 
 /// The same for a text that counts something: in its form for COUNT, which has a place only if it is an argument too.
 template <class... Args>
-std::string counted(CountedOf<sizeof...(Args)> id, std::uint64_t count, const Args&... args) {
+ShownText counted(CountedOf<sizeof...(Args)> id, std::uint64_t count, const Args&... args) {
     return text_details::fill(text_details::row(id), count, fmt::make_format_args(args...));
 }
 

@@ -1,3 +1,4 @@
+#include "texts/text.h"
 #include "units/time_zone.h"
 
 #include "platform/environment.h"
@@ -83,7 +84,7 @@ Result<TimeZone> TimeZone::ofSystem(std::string_view name) {
                        [](wchar_t a, char b) { return a == static_cast<unsigned char>(b); }))
             return fromYears(zone);
     }
-    return Error{ErrorKind::NotFound, "Windows has no such time zone"};
+    return Error{ErrorKind::NotFound, text(TextId::WindowsHasNoSuchTimeZone)};
 }
 
 TimeZone TimeZone::local() {

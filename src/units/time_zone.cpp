@@ -1,5 +1,7 @@
 #include "units/time_zone.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 #include <chrono>
 #include <limits>
@@ -49,18 +51,18 @@ Result<TimeZone> TimeZone::parse(ByteView bytes) {
     ByteReader in(bytes);
     std::optional<ZoneHeader> header = readHeader(in);
     if (!header)
-        return Error{ErrorKind::NotADocument, "not a time-zone file"};
+        return Error{ErrorKind::NotADocument, text(TextId::NotATimeZoneFile)};
     std::size_t width = 4;
     if (header->version >= 2) { // the first block is for old readers only; a second one has 64-bit times
         in.bytes(header->blockSize(4));
         header = readHeader(in);
         width = 8;
     }
-    const Error corrupt{ErrorKind::Corrupt, "damaged time-zone file"};
+    const Error corrupt{ErrorKind::Corrupt, text(TextId::DamagedTimeZoneFile)};
     if (!header || !in.complete() || header->blockSize(width) > in.remaining() || header->types == 0)
         return corrupt;
     if (header->leaps != 0)
-        return Error{ErrorKind::Unsupported, "time-zone file with leap seconds"};
+        return Error{ErrorKind::Unsupported, text(TextId::TimeZoneFileWithLeapSeconds)};
 
     TimeZone zone;
     std::vector<std::int64_t> times(header->times);
@@ -106,7 +108,7 @@ Result<TimeZone> TimeZone::named(std::string_view name) {
         zone.rule_ = *rule;
         return zone;
     }
-    return Error{ErrorKind::NotFound, "time zone: " + std::string(name)};
+    return Error{ErrorKind::NotFound, text(TextId::TimeZoneNamed, name)};
 }
 
 int TimeZone::offsetAt(std::int64_t utc) const {

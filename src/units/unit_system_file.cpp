@@ -1,5 +1,7 @@
 #include "units/unit_system_file.h"
 
+#include "texts/text.h"
+
 #include <algorithm>
 
 namespace quobrix {
@@ -38,7 +40,7 @@ Result<UnitChoices> decodeUnitSystem(std::string_view name, ByteView bytes) {
     if (version >= 1)
         choices.fractionDiameters = in.u8() == 1;
     if (!in.complete())
-        return Error{ErrorKind::Corrupt, "the unit-system file ends too early"};
+        return Error{ErrorKind::Corrupt, text(TextId::TheUnitSystemFileEndsToo)};
     return choices;
 }
 

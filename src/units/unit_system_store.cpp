@@ -2,6 +2,7 @@
 
 #include "base/fold_case.h"
 #include "platform/file_system.h"
+#include "texts/text.h"
 #include "units/unit_system_file.h"
 
 #include <algorithm>
@@ -53,14 +54,14 @@ bool isReadOnly(const fs::path& file) {
     return !error && (permissions & written) == fs::perms::none;
 }
 
-Error unfitName(std::string_view name) { return {ErrorKind::Unsupported, "unit system name: " + std::string(name)}; }
-Error lockedSystem(std::string_view name) { return {ErrorKind::ReadOnly, "locked unit system: " + std::string(name)}; }
+Error unfitName(std::string_view name) { return {ErrorKind::Unsupported, text(TextId::UnitSystemName, name)}; }
+Error lockedSystem(std::string_view name) { return {ErrorKind::ReadOnly, text(TextId::LockedUnitSystem, name)}; }
 
 Result<void> removeFile(const fs::path& file) {
     std::error_code error;
     fs::remove(file, error);
     if (error)
-        return Error{ErrorKind::AccessDenied, text(file) + ": " + error.message()};
+        return Error{ErrorKind::AccessDenied, quobrix::text(TextId::WithDetail, text(file), error.message())};
     return {};
 }
 
@@ -205,7 +206,7 @@ Result<UnitChoices> UnitSystemStore::read(std::string_view name) const {
         return UnitChoices{};
     const std::optional<fs::path> file = find(name);
     if (!file)
-        return Error{ErrorKind::NotFound, "unit system: " + std::string(name)};
+        return Error{ErrorKind::NotFound, text(TextId::UnitSystemNamed, name)};
     const Result<Bytes> bytes = readFile(*file, kMaxUnitSystemFile);
     if (!bytes)
         return bytes.error();

@@ -368,7 +368,7 @@ TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
     const Result<void> result = runWhilePainting(
         [](DiskProgress&) -> Result<void> {
             std::this_thread::sleep_for(std::chrono::milliseconds(400));
-            return Error{ErrorKind::DiskFull, "detail"};
+            return Error{ErrorKind::DiskFull, ShownText::asItIs("detail")};
         },
         nullptr);
     ASSERT_FALSE(result);
@@ -402,7 +402,7 @@ TEST(DiskWork, VeryLongWorkCanBeCancelled) {
             while (!progress.cancelled)
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
             progress.total = 0;
-            return Error{ErrorKind::Cancelled, ""};
+            return Error{ErrorKind::Cancelled, {}};
         },
         nullptr);
     ASSERT_FALSE(result);

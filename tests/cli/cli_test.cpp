@@ -615,5 +615,21 @@ TEST_F(CommandLine, HelpAndVersionAreOutput) {
     EXPECT_TRUE(cli({"--version"}).out.starts_with("quobrix-cli "));
 }
 
+TEST_F(CommandLine, SpeaksTheUsersLanguageWhereThereIsATranslation) {
+    const fs::path home = folder_ / "data", translations = home / "quobrix" / "translations";
+    fs::create_directories(translations);
+    fs::copy_file(pathFromUtf8(QUOBRIX_POLISH), translations / "pl.mo");
+    const auto error = [&](const char* languages) {
+        const std::map<std::string, std::string> environment{
+            {"LANGUAGE", languages}, {"XDG_DATA_HOME", utf8(home)}, {"LOCALAPPDATA", utf8(home)}};
+        return runProgram(folder_.path(), QUOBRIX_CLI, {"check", "Missing.car"}, {.environment = environment}).error;
+    };
+    const std::string english = "quobrix-cli: Missing.car cannot be opened because it does not exist.\n";
+    EXPECT_EQ(error("de:pl_PL.UTF-8"), "quobrix-cli: Missing.car nie istnieje, więc nie zostanie otwarty.\n");
+    EXPECT_EQ(error("en"), english);
+    std::ofstream(translations / "pl.mo", std::ios::binary) << "damaged";
+    EXPECT_EQ(error("pl"), english);
+}
+
 } // namespace
 } // namespace quobrix

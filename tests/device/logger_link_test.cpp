@@ -48,7 +48,7 @@ TEST(LoggerLibrary, IsFoundByTheOverrideAsFileOrFolder) {
 }
 
 TEST(LoggerLink, WorksWithoutLibraryAndSaysWhatIsWrong) {
-    LoggerLink link(Error{ErrorKind::NotFound, "There is none."});
+    LoggerLink link(Error{ErrorKind::NotFound, ShownText::asItIs("There is none.")});
     LockedLogger logger(link);
     EXPECT_EQ(logger.openPort("COM1"), kNoLibrary);
     EXPECT_EQ(logger.probe(), kNoLibrary);

@@ -128,7 +128,7 @@ TEST_F(Ports, EnsuringALoggerScansFirst) {
 }
 
 TEST_F(Ports, AMissingLibraryIsTold) {
-    LoggerLink link(Error{ErrorKind::NotFound, "There is none."});
+    LoggerLink link(Error{ErrorKind::NotFound, ShownText::asItIs("There is none.")});
     DirectCalls calls(link);
     ScriptedPrompter prompter{{MessageId::LibraryMissing}, {MessageId::LibraryMissing}};
     PortFlows flows(calls, prompter, settings_, [](const std::string&) { return ""; });

@@ -450,7 +450,7 @@ TEST(ObjectStore, WhatAFailingDiskKeepsBackIsReadWhenItAnswers) {
     public:
         Result<void> read(std::string_view name, Bytes& content) const override {
             if (idOfStream(name) != kNoObject && error)
-                return Error{*error, "the disk says no"};
+                return Error{*error, ShownText::asItIs("the disk says no")};
             return StreamMap::read(name, content);
         }
         std::optional<ErrorKind> error;

@@ -20,11 +20,11 @@ TEST(Messages, EveryFileErrorNamesTheFileAndTheDeed) {
     std::set<std::string> texts;
     for (int kind = 0; kind <= static_cast<int>(ErrorKind::Unsupported); ++kind) {
         const Message message =
-            fileMessage({static_cast<ErrorKind>(kind), "detail"}, FileAction::Save, "Żółw 100%.car");
+            fileMessage({static_cast<ErrorKind>(kind), ShownText::asItIs("detail")}, FileAction::Save, "Żółw 100%.car");
         EXPECT_TRUE(message.text.starts_with("Żółw 100%.car cannot be saved because ")) << message.text;
         EXPECT_TRUE(texts.insert(message.text).second) << message.text;
     }
-    EXPECT_TRUE(fileMessage({ErrorKind::NotDurable, "flush"}, FileAction::Save, "a.car")
+    EXPECT_TRUE(fileMessage({ErrorKind::NotDurable, ShownText::asItIs("flush")}, FileAction::Save, "a.car")
                     .text.starts_with("a.car has been saved, but the disk has not confirmed it"));
     EXPECT_TRUE(fileMessage({ErrorKind::NotFound, {}}, FileAction::Open, "").text.starts_with("No file can be opened"));
 }

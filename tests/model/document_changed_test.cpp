@@ -138,7 +138,7 @@ TEST_F(ChangedFile, FailedSaveIsOurs) {
     const SaveOptions failing{.runDisk = [](const DiskWork& work) {
         DiskProgress progress;
         EXPECT_TRUE(work(progress));
-        return Error{ErrorKind::Io, "at the very end"};
+        return Error{ErrorKind::Io, ShownText::asItIs("at the very end")};
     }};
     EXPECT_EQ(kindOf(document.save(failing)), ErrorKind::Io);
     const Result<void> again = document.save();

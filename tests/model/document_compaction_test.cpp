@@ -108,7 +108,7 @@ TEST_F(Compaction, CopiesCanBeCancelled) {
 TEST_F(Compaction, NotDurableIsRetried) {
     struct Files final : ForwardingFiles {
         Result<void> flushFolder(const fs::path& folder) override {
-            return fails ? Error{ErrorKind::Io, "flush"} : ForwardingFiles::flushFolder(folder);
+            return fails ? Error{ErrorKind::Io, ShownText::asItIs("flush")} : ForwardingFiles::flushFolder(folder);
         }
         bool fails = true;
     };

@@ -10,9 +10,9 @@ public:
 
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
         if (disk_.fails())
-            return Error{disk_.failWith, "read"};
+            return Error{disk_.failWith, ShownText::asItIs("read")};
         if (offset + out.size() > disk_.current_.size())
-            return Error{ErrorKind::Corrupt, "the file ends before"};
+            return Error{ErrorKind::Corrupt, ShownText::asItIs("the file ends before")};
         std::copy_n(disk_.current_.begin() + static_cast<std::ptrdiff_t>(offset), out.size(), out.begin());
         return {};
     }
@@ -27,20 +27,20 @@ public:
             disk_.onTheWay_.push_back(write);
         }
         if (fails)
-            return Error{disk_.failWith, "write"};
+            return Error{disk_.failWith, ShownText::asItIs("write")};
         disk_.changed();
         return {};
     }
 
     Result<std::uint64_t> size() override {
         if (disk_.fails())
-            return Error{disk_.failWith, "size"};
+            return Error{disk_.failWith, ShownText::asItIs("size")};
         return disk_.current_.size();
     }
 
     Result<void> resize(std::uint64_t size) override {
         if (disk_.fails())
-            return Error{disk_.failWith, "resize"};
+            return Error{disk_.failWith, ShownText::asItIs("resize")};
         disk_.current_.resize(static_cast<std::size_t>(size));
         for (FaultDisk::Write& write : disk_.onTheWay_)
             write.bytes.resize(std::min<std::size_t>(write.bytes.size(), size - std::min(size, write.offset)));
@@ -56,7 +56,7 @@ public:
             disk_.applySome(disk_.durable_);
             disk_.onTheWay_.clear();
             disk_.sizes_.clear();
-            return Error{disk_.failWith, "flush"};
+            return Error{disk_.failWith, ShownText::asItIs("flush")};
         }
         for (const std::size_t size : disk_.sizes_)
             disk_.durable_.resize(size);

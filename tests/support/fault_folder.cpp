@@ -18,13 +18,13 @@ public:
 
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
         if (folder_.locksKeepReadersAway && inode_->locked && !writes_)
-            return Error{ErrorKind::AccessDenied, "read"};
+            return Error{ErrorKind::AccessDenied, ShownText::asItIs("read")};
         decide(0);
         return file_->readAt(offset, out);
     }
     Result<void> writeAt(std::uint64_t offset, ByteView bytes) override {
         if (!writes_)
-            return Error{ErrorKind::AccessDenied, "write"};
+            return Error{ErrorKind::AccessDenied, ShownText::asItIs("write")};
         const std::uint64_t end = offset + bytes.size(), size = inode_->disk.current().size();
         decide(end > size ? end - size : 0);
         Bytes written(bytes.begin(), bytes.end());
@@ -144,29 +144,29 @@ std::uint64_t FaultFolder::used() const {
 
 Result<std::unique_ptr<File>> FaultFolder::open(const std::filesystem::path& path, FileMode mode) {
     if (fails())
-        return Error{failWith, "open"};
+        return Error{failWith, ShownText::asItIs("open")};
     const auto found = names_.find(path);
     const bool writes = mode != FileMode::Read;
     if (mode == FileMode::Create || mode == FileMode::CreatePrivate) {
         if (found != names_.end())
-            return Error{ErrorKind::Exists, "open"};
+            return Error{ErrorKind::Exists, ShownText::asItIs("open")};
         const auto inode = make({});
         change({{path, inode}});
         return std::unique_ptr<File>(std::make_unique<FolderFile>(*this, inode, writes));
     }
     if (found == names_.end())
-        return Error{ErrorKind::NotFound, path.string()};
+        return Error{ErrorKind::NotFound, ShownText::asItIs(path.string())};
     if (writes && locks && found->second->locked)
-        return Error{ErrorKind::InUse, path.string()};
+        return Error{ErrorKind::InUse, ShownText::asItIs(path.string())};
     return std::unique_ptr<File>(std::make_unique<FolderFile>(*this, found->second, writes));
 }
 
 Result<FileStatus> FaultFolder::status(const std::filesystem::path& path) {
     if (fails())
-        return Error{failWith, "status"};
+        return Error{failWith, ShownText::asItIs("status")};
     const auto found = names_.find(path);
     if (found == names_.end())
-        return Error{ErrorKind::NotFound, path.string()};
+        return Error{ErrorKind::NotFound, ShownText::asItIs(path.string())};
     const Inode& inode = *found->second;
     return FileStatus{{1, inode.number}, inode.disk.current().size(), inode.modified, {}};
 }
@@ -177,23 +177,23 @@ std::uint64_t FaultFolder::freeSpace(const std::filesystem::path&) {
 
 Result<void> FaultFolder::renameOver(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (fails())
-        return Error{failWith, "rename"};
+        return Error{failWith, ShownText::asItIs("rename")};
     change({{to, names_.at(from)}, {from, nullptr}});
     return {};
 }
 
 Result<void> FaultFolder::renameNew(const std::filesystem::path& from, const std::filesystem::path& to) {
     if (fails())
-        return Error{failWith, "rename"};
+        return Error{failWith, ShownText::asItIs("rename")};
     if (names_.contains(to))
-        return Error{ErrorKind::Exists, "rename"};
+        return Error{ErrorKind::Exists, ShownText::asItIs("rename")};
     change({{to, names_.at(from)}, {from, nullptr}});
     return {};
 }
 
 Result<void> FaultFolder::flushFolder(const std::filesystem::path&) {
     if (fails())
-        return Error{failWith, "flush of the folder"};
+        return Error{failWith, ShownText::asItIs("flush of the folder")};
     durable_ = names_;
     onTheWay_.clear();
     changed();

@@ -14,7 +14,7 @@ public:
 
     Result<void> readAt(std::uint64_t offset, std::span<std::uint8_t> out) override {
         if (offset > bytes_->size() || out.size() > bytes_->size() - offset)
-            return Error{ErrorKind::Corrupt, "the file ends before"};
+            return Error{ErrorKind::Corrupt, ShownText::asItIs("the file ends before")};
         std::copy_n(bytes_->begin() + static_cast<std::ptrdiff_t>(offset), out.size(), out.begin());
         return {};
     }

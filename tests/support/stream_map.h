@@ -23,7 +23,7 @@ public:
     Result<void> read(std::string_view name, Bytes& content) const override {
         const auto found = streams.find(name);
         if (found == streams.end())
-            return Error{ErrorKind::NotFound, std::string(name)};
+            return Error{ErrorKind::NotFound, ShownText::asItIs(std::string(name))};
         content = found->second;
         return {};
     }
@@ -37,7 +37,9 @@ public:
     Result<void> spill() override { return {}; }
     Result<void> commit() override { return {}; }
     Result<void> writable() const override { return {}; }
-    Result<void> copyTo(File&) const override { return Error{ErrorKind::Unsupported, "there is no file"}; }
+    Result<void> copyTo(File&) const override {
+        return Error{ErrorKind::Unsupported, ShownText::asItIs("there is no file")};
+    }
     Result<void> compactTo(File& target) const override { return copyTo(target); }
     Space space() const override { return {}; }
 };
