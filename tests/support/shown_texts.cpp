@@ -33,13 +33,13 @@ QString nameOf(const QObject& object) {
     return (named == &object ? type : type + QStringLiteral(" in")) + QLatin1Char(' ') + named->objectName();
 }
 
-void add(ShownTexts& all, const QString& where, std::initializer_list<QString> texts) {
+void add(SeenTexts& all, const QString& where, std::initializer_list<QString> texts) {
     for (const QString& text : texts)
         if (!text.isEmpty())
             all.push_back({where, text});
 }
 
-void addOwn(ShownTexts& all, QWidget& widget) {
+void addOwn(SeenTexts& all, QWidget& widget) {
     const QString where = nameOf(widget);
     add(all, where,
         {widget.windowTitle(), widget.toolTip(), widget.statusTip(), widget.whatsThis(), widget.accessibleName(),
@@ -72,11 +72,11 @@ void addOwn(ShownTexts& all, QWidget& widget) {
 
 } // namespace
 
-void addTexts(ShownTexts& all, const QAction& action) {
+void addTexts(SeenTexts& all, const QAction& action) {
     add(all, nameOf(action), {action.text(), action.toolTip(), action.statusTip()});
 }
 
-void addTexts(ShownTexts& all, const QAbstractItemModel& model, const QString& where) {
+void addTexts(SeenTexts& all, const QAbstractItemModel& model, const QString& where) {
     constexpr int kRoles[] = {Qt::DisplayRole, Qt::ToolTipRole, Qt::StatusTipRole, Qt::AccessibleTextRole,
                               Qt::AccessibleDescriptionRole};
     for (const int role : kRoles) {
@@ -90,7 +90,7 @@ void addTexts(ShownTexts& all, const QAbstractItemModel& model, const QString& w
     }
 }
 
-void addTexts(ShownTexts& all, QWidget& window) {
+void addTexts(SeenTexts& all, QWidget& window) {
     addOwn(all, window);
     for (QWidget* widget : window.findChildren<QWidget*>())
         addOwn(all, *widget);
@@ -101,7 +101,7 @@ namespace {
 /// The parts of a report.
 class ReportTexts {
 public:
-    ReportTexts(ShownTexts& all, QString where) : all_(all), where_(std::move(where)) {}
+    ReportTexts(SeenTexts& all, QString where) : all_(all), where_(std::move(where)) {}
 
     void operator()(const Heading& heading) { say(heading.text); }
     void operator()(const Paragraph& paragraph) { say(paragraph.text); }
@@ -131,14 +131,14 @@ private:
                 say(text->text);
     }
 
-    ShownTexts& all_;
+    SeenTexts& all_;
     QString where_;
     TableTextMeasure measure_{10};
 };
 
 } // namespace
 
-void addTexts(ShownTexts& all, const Report& report) {
+void addTexts(SeenTexts& all, const Report& report) {
     ReportTexts texts(all, QStringLiteral("report ") + toQt(report.title));
     texts(Heading{report.title});
     for (const Block& block : report.blocks)

@@ -14,18 +14,19 @@ struct Report;
 
 namespace quobrix::test {
 
-/// A text that a person sees, hears or is told when pointing at something, and where it stands.
-struct ShownText {
+/// A text that a person sees, hears or is told when pointing at something, and
+/// where it stands.
+struct SeenText {
     QString where, text;
 };
-using ShownTexts = std::vector<ShownText>;
+using SeenTexts = std::vector<SeenText>;
 
-/// Adds to ALL what an action, a model (its headings, and all cells of its first rows), or a window and everything in
-/// it shows, says and explains.
-void addTexts(ShownTexts& all, const QAction& action);
-void addTexts(ShownTexts& all, const QAbstractItemModel& model, const QString& where);
-void addTexts(ShownTexts& all, QWidget& window);
+/// Adds to ALL what an action, a model (its headings, and all cells of its
+/// first rows), or a window and everything in it shows, says and explains.
+void addTexts(SeenTexts& all, const QAction& action);
+void addTexts(SeenTexts& all, const QAbstractItemModel& model, const QString& where);
+void addTexts(SeenTexts& all, QWidget& window);
 /// The same of what a report tells, its drawings included.
-void addTexts(ShownTexts& all, const Report& report);
+void addTexts(SeenTexts& all, const Report& report);
 
 } // namespace quobrix::test
