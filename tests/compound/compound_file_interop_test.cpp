@@ -124,7 +124,7 @@ protected:
     // A name that programs take from a command line in any locale.
     const std::filesystem::path folder_ =
         std::filesystem::temp_directory_path() /
-        (std::string("quobrix_interop_") + testing::UnitTest::GetInstance()->current_test_info()->name());
+        ("quobrix_interop_" + std::to_string(std::random_device()())); // of its own: others may run this test, too
     const std::filesystem::path path_ = folder_ / "file.car";
 };
 
