@@ -64,9 +64,7 @@ std::optional<MergeResult> Download::run() {
         return std::tuple(std::move(logs), outcome, logger.status().serialText);
     });
     if (!read) {
-        static_cast<void>(
-            context_.calls.run({.what = Reporter::title(LoggerCommand::Download).what, .cancellable = false},
-                               [](LockedLogger& logger) { logger.noteLogsDoubtful(); }));
+        context_.calls.post([](LockedLogger& logger) { logger.noteLogsDoubtful(); });
         return {};
     }
     const auto& [reply, outcome, serial] = *read;

@@ -30,6 +30,8 @@ public:
     /// began: then nothing that it brought counts. CALL must not throw, ask or wait; between its library calls it may
     /// ask whether it is cancelled().
     [[nodiscard]] virtual bool run(const CallTitle& title, const Call& call) = 0;
+    /// Runs CALL, which makes no library call, before the next run(); nobody waits for it.
+    virtual void post(Call call) = 0;
     /// Between these two the monitoring probe rests; pairs may be nested. See PollingPause.
     virtual void suspendPolling() {}
     virtual void resumePolling() {}
@@ -52,6 +54,10 @@ public:
         LockedLogger logger(link_);
         call(logger);
         return true;
+    }
+    void post(Call call) override {
+        LockedLogger logger(link_);
+        call(logger);
     }
 
 private:

@@ -91,6 +91,10 @@ TEST_F(SimulatedLogger, ACancelledDownloadMergesNothing) {
             call(logger);
             return !progress.cancelled;
         }
+        void post(Call call) override {
+            LockedLogger logger(link);
+            call(logger);
+        }
         LoggerLink& link;
         bool cancelled = false;
     };

@@ -64,6 +64,26 @@ TEST_F(ReportViewTest, IsReadByAssistiveTechnology) {
         EXPECT_EQ(label->textFormat(), Qt::PlainText) << label->text().toStdString();
 }
 
+TEST_F(ReportViewTest, AValueStandsBesideItsNameWhicheverWayItIsRead) {
+    const std::string arabic = "\xD8\xB3\xD9\x8A\xD8\xA7\xD8\xB1\xD8\xA9";
+    view_.setReport({"Trip 1", {Heading{"General"}, Facts{{{"Vehicle", arabic}}}}});
+    QImage image;
+    for (QLabel* label : view_.findChildren<QLabel*>())
+        if (label->text() == QString::fromStdString(arabic))
+            image = label->grab().toImage();
+    ASSERT_GT(image.width(), 100);
+    const auto isBlank = [&](int x) {
+        for (int y = 0; y < image.height(); ++y)
+            if (image.pixel(x, y) != image.pixel(0, 0))
+                return false;
+        return true;
+    };
+    int left = 0; // of what is written
+    while (left < image.width() && isBlank(left))
+        ++left;
+    EXPECT_LT(left, 20);
+}
+
 TEST_F(ReportViewTest, IsScrolledByTheKeyboardAndCopied) {
     view_.setReport(report("Trip 1"));
     QApplication::processEvents();

@@ -5,6 +5,7 @@
 #include "ui/waiting.h"
 
 #include <memory>
+#include <utility>
 
 class QWidget;
 
@@ -21,6 +22,7 @@ public:
     ~WorkerCalls() override;
 
     bool run(const CallTitle& title, const Call& call) override;
+    void post(Call call) override { worker_.submit(std::move(call)); }
     void suspendPolling() override;
     void resumePolling() override;
 

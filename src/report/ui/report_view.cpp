@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScrollBar>
+#include <QStyle>
 
 namespace quobrix {
 namespace {
@@ -73,6 +74,9 @@ private:
             QLabel* name = nameLabel(fact.label);
             QLabel* value = textLabel(fact.text);
             value->setWordWrap(true);
+            // Beside its name, whichever way it is read: else one that is read from right to left moves away from it.
+            value->setAlignment(QStyle::visualAlignment(value->layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute |
+                                Qt::AlignVCenter);
             value->setAccessibleName(toQt(fact.label + ": " + fact.text));
             cells->addWidget(name, line, 0, Qt::AlignTop);
             cells->addWidget(value, line++, 1);

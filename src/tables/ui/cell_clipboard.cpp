@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QRegularExpression>
 
 namespace quobrix {
 namespace {
@@ -56,8 +57,14 @@ std::unique_ptr<const TUnitSystem> readForm(const QByteArray& bytes, const TUnit
 
 void copyCells(const SpreadsheetModel& model, const CellBlock& block, const TUnitSystem& units) {
     auto* data = new QMimeData;
-    data->setText(
-        QString::fromUtf8(blockText(block, [&](int place, int column) { return model.text(place, column); })));
+    QString shown =
+        QString::fromUtf8(blockText(block, [&](int place, int column) { return model.text(place, column); }));
+    // A lone text is pasted into fields, too: these want neither line break nor quotation marks that were not there.
+    if (block.places.size() == 1 && block.columns.size() == 1)
+        if (const QString text = model.text(block.places.front(), block.columns.front());
+            !text.contains(QRegularExpression(QStringLiteral("^\"|[\t\r\n]"))))
+            shown = text;
+    data->setText(shown);
     data->setData(kExactCells, blockText(block, [&](int place, int column) { return model.exactText(place, column); }));
     data->setData(kForm, writeForm(units));
     QGuiApplication::clipboard()->setMimeData(data);

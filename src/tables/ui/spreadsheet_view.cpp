@@ -235,7 +235,7 @@ void SpreadsheetView::say(const QString& text, const QModelIndex& cell) {
 QString SpreadsheetView::note() const { return note_->text(); }
 
 void SpreadsheetView::showStatus(const QModelIndex& cell) {
-    if (!hasFocus())
+    if (!hasFocus() && !marksCurrent_) // or that of finding
         return;
     QStatusTipEvent tip(model_.data(cell, Qt::StatusTipRole).toString());
     QApplication::sendEvent(this, &tip);

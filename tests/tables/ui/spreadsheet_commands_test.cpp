@@ -11,6 +11,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QStatusTipEvent>
 
 #include <map>
 
@@ -71,7 +72,7 @@ TEST_F(SpreadsheetCommandsTest, CopyAndPasteKeepAllOfAValue) {
     table_.column<SampleSpeed>().set(0, 10.0 / 3);
     select(0, S::Speed, 0, S::Speed);
     press(Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(clipboard(), "7 MPH\n") << "other programs get what is read";
+    EXPECT_EQ(clipboard(), "7 MPH") << "other programs get what is read";
     select(3, S::Speed, 4, S::Speed);
     press(Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(speed(3), 10.0 / 3);
@@ -257,13 +258,14 @@ TEST_F(SpreadsheetCommandsTest, RecordsAreCopiedAsTheyAreHighlightedAndEditedInT
     EXPECT_EQ(clipboard(), "Anna\nBob\n");
     EXPECT_EQ(key(0) + table_.column<SampleName>().at(0), "K10");
 
-    table_.column<SampleName>().set(1, "Bob");
+    table_.column<SampleName>().set(1, "B \"B\"");
     records->setCurrentCell(1, S::Name);
     records->commands().action(Command::Copy).trigger();
-    EXPECT_EQ(clipboard(), "Bob\n") << "of one record the cell in which people write";
+    EXPECT_EQ(clipboard(), "B \"B\"") << "of one record the cell in which people write, fit for any field";
     records->setCurrentCell(3, S::Name);
     records->commands().action(Command::Paste).trigger();
-    EXPECT_EQ(table_.column<SampleName>().at(3), "Bob");
+    EXPECT_EQ(table_.column<SampleName>().at(3), "B \"B\"");
+    table_.column<SampleName>().set(1, "Bob");
     records->setCurrentCell(1, S::Recorded);
     records->commands().action(Command::Copy).trigger();
     EXPECT_TRUE(clipboard().startsWith("k2\tBob\t"));
@@ -339,6 +341,20 @@ TEST_F(SpreadsheetCommandsTest, RowsAreAddedAndInsertedUpToTheLimit) {
     EXPECT_EQ(table_.rowCount(), 8u);
 }
 
+/// What the status bar would show.
+class StatusTips final : public QObject {
+public:
+    explicit StatusTips(QObject& of) { of.installEventFilter(this); }
+    std::string last;
+
+private:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::StatusTip)
+            last = static_cast<QStatusTipEvent*>(event)->tip().toStdString();
+        return false;
+    }
+};
+
 TEST_F(SpreadsheetCommandsTest, FindGoesThroughWhatIsShown) {
     sheet().view().sortByColumn(S::Key, Qt::AscendingOrder); // K1 k2 K3 K5 K7 K10
     goTo(2, S::Key);                                         // K1
@@ -346,9 +362,12 @@ TEST_F(SpreadsheetCommandsTest, FindGoesThroughWhatIsShown) {
     auto* text = sheet().findChild<QLineEdit*>("findText");
     ASSERT_TRUE(text->hasFocus());
     EXPECT_TRUE(sheet().view().marksCurrent()) << "or nobody would see which cell it is";
+    StatusTips status(sheet());
+    status.last = "of what the pointer is over";
     QTest::keyClicks(text, "k1");
     QTest::keyClick(text, Qt::Key_Return);
     EXPECT_EQ(sheet().currentRow(), 0u) << "K10, shown last";
+    EXPECT_EQ(status.last, "") << "what is said of K10, which is nothing";
     QTest::keyClick(text, Qt::Key_F3);
     EXPECT_EQ(sheet().currentRow(), 2u) << "K1, from the top again";
     QTest::keyClick(text, Qt::Key_F3, Qt::ShiftModifier);
