@@ -280,7 +280,7 @@ bool MergeResult::changed() const {
 
 std::string MergeResult::summary() const {
     const auto counts = [this](TextOf<1> outcome, std::size_t MergeCounts::*count) {
-        std::array<std::uint64_t, 4> numbers{};
+        std::array<std::uint64_t, std::tuple_size_v<decltype(MergeResult::logs)>> numbers{};
         std::ranges::transform(logs, numbers.begin(), [&](const MergeCounts& log) { return log.*count; });
         return outcomeText(outcome, numbers, [](std::size_t log, std::uint64_t number) {
             return counted(quobrix::logs()[log].record, quobrix::logs()[log].records, number);
