@@ -48,12 +48,13 @@ TEST_F(LoggerCommandsTest, ALoggerIsFoundAgain) {
     EXPECT_EQ(portStatus(), QStringLiteral("No Port Opened"));
     commands_.start();
     EXPECT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));
-    std::atomic<int> bad = 3;
+    std::atomic<bool> bad = true; // until it has been seen
     fake_.during = [&](const std::string& function) {
         if (function == "GetSerialNumberAndTime") // the results are the worker's
-            fake_.results[function] = bad-- > 0 ? -9 : QUOBRIX_OK;
+            fake_.results[function] = bad ? -9 : QUOBRIX_OK;
     };
     EXPECT_TRUE(waitFor(QStringLiteral("error -9")));
+    bad = false;
     EXPECT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));
 }
 

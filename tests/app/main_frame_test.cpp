@@ -25,7 +25,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <fstream>
+#include <functional>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -360,14 +362,20 @@ TEST_F(MainFrameTest, TheHomePageTellsOfTheDocument) {
     EXPECT_TRUE(frame_.findChild<QLabel*>(QStringLiteral("homeDistance"))->text().startsWith(QLatin1String("24,000")));
 }
 
+/// Holds the thread that works until the window has done what is waited for; 20 s at most.
+void holdUntil(const std::function<bool()>& done) {
+    for (int i = 0; i < 2000 && !done(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+}
+
 TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
-    int timeouts = 0;
+    std::atomic<int> timeouts = 0;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { ++timeouts; });
     timer.start(10);
     const Result<void> result = runWhilePainting(
-        [](DiskProgress&) -> Result<void> {
-            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        [&](DiskProgress&) -> Result<void> {
+            holdUntil([&] { return timeouts > 3; });
             return Error{ErrorKind::DiskFull, ShownText::asItIs("detail")};
         },
         nullptr);
@@ -378,6 +386,7 @@ TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
 
 TEST(DiskWork, VeryLongWorkCanBeCancelled) {
     QStringList seen;
+    std::atomic<bool> refused = false;
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
         QWidget* dialog = QApplication::activeModalWidget();
@@ -387,20 +396,21 @@ TEST(DiskWork, VeryLongWorkCanBeCancelled) {
         auto* cancel = dialog->findChild<QPushButton*>();
         seen << bar->accessibleName() + QStringLiteral(" %1 ").arg(bar->value()) +
                     QLatin1String(cancel->isEnabled() ? "can be cancelled" : "goes on");
-        if (seen.size() == 1)
+        if (seen.size() == 1) {
             QTest::keyClick(dialog, Qt::Key_Escape); // nothing to cancel yet: it stays
-        else if (cancel->isEnabled())
+            refused = true;
+        } else if (cancel->isEnabled()) {
             cancel->click();
+        }
     });
     timer.start(50);
     const Result<void> result = runWhilePainting(
         [&](DiskProgress& progress) -> Result<void> {
-            std::this_thread::sleep_for(std::chrono::milliseconds(900));
+            holdUntil([&] { return refused.load(); });
             progress.what = &kCopying;
             progress.done = 1;
             progress.total = 4;
-            while (!progress.cancelled)
-                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            holdUntil([&] { return progress.cancelled.load(); });
             progress.total = 0;
             return Error{ErrorKind::Cancelled, {}};
         },
