@@ -101,16 +101,6 @@ TEST_F(DialogPrompterTest, AnUnwantedQuestionIsAnsweredNo) {
     EXPECT_EQ(quiet_, QStringList{QStringLiteral("No Quobrix was detected on any of the standard serial ports.")});
 }
 
-TEST_F(DialogPrompterTest, WhatMustBeKnownIsShownEveryTime) {
-    int boxes = 0;
-    for (int i = 0; i < 2; ++i)
-        tell(MessageId::NewFileRequired, [&](QMessageBox& box) {
-            ++boxes;
-            EXPECT_FALSE(box.findChild<QComboBox*>());
-        });
-    EXPECT_EQ(boxes, 2);
-}
-
 TEST_F(DialogPrompterTest, ActionsAndEscape) {
     const auto choose = [this](const std::function<void(QMessageBox&)>& act,
                                MessageOf<1> question = MessageId::FileGoneFromDisk) {

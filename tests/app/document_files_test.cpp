@@ -435,14 +435,6 @@ TEST_F(DocumentFilesTest, WithoutABackupTheUserDecides) {
     EXPECT_TRUE(prompter.shown.front().starts_with("a.car.bak cannot be saved because it is a folder."));
 }
 
-TEST_F(DocumentFilesTest, NothingIsSavedUnderTheNameOfTheExample) {
-    addTrip();
-    ScriptedPrompter prompter{{MessageId::ExampleIsNotSaved}};
-    chooser_.next = folder_ / "example.car";
-    EXPECT_FALSE(files(prompter).save());
-    EXPECT_EQ(folder_.names(), std::vector<std::string>{});
-}
-
 TEST_F(DocumentFilesTest, PagesComeBackEvenIfOpeningThrows) {
     const fs::path path = savedFile("a.car");
     ScriptedPrompter silent;

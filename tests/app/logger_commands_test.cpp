@@ -82,7 +82,7 @@ TEST_F(LoggerCommandsTest, ACancelledDownloadChangesNothing) {
     EXPECT_TRUE(frame_.isEnabled() && !QApplication::activeModalWidget());
 }
 
-TEST_F(LoggerCommandsTest, ADeletedTripAndADownloadAreTakenBackWhereTheyAreSeen) {
+TEST_F(LoggerCommandsTest, UndoOfADeletedTripAndADownload) {
     using namespace testing;
     QuobrixTripRecord second = plainTrip();
     second.startTime += 100;

@@ -53,7 +53,7 @@ TEST_F(MiscellaneousDialogTest, BringsBackTheOfferToCompact) {
     EXPECT_TRUE(offersCompaction(settings_));
 }
 
-TEST_F(MiscellaneousDialogTest, ColorsChangeAtOnceAndGoBackToTheDesktops) {
+TEST_F(MiscellaneousDialogTest, ColorsChangeImmediately) {
     const QColor before = QApplication::palette().color(QPalette::Window);
     field("Theme")->setCurrentText(QStringLiteral("Dark"));
     dialog_.accept();

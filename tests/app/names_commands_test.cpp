@@ -42,18 +42,7 @@ protected:
     NamesCommands names_{frame_};
 };
 
-TEST_F(NamesCommandsTest, ADialogForEachTable) {
-    for (const CommandId id : {CommandId::VehicleId, CommandId::QuobrixId, CommandId::DriverId, CommandId::VehicleId})
-        frame_.commands().trigger(id);
-    EXPECT_EQ(frame_.namesDialogs().size(), 3);
-    EXPECT_FALSE(dialog<TQuobrixNamesDialog>()->isModal());
-    dialog<TQuobrixNamesDialog>()->close();
-    frame_.commands().trigger(CommandId::QuobrixId);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(dialog<TQuobrixNamesDialog>());
-}
-
-TEST_F(NamesCommandsTest, ANameIsShownAtOnceWhereverItIsInView) {
+TEST_F(NamesCommandsTest, ANameIsShownWhereverItIsInView) {
     frame_.pages().show(kTripLogPage);
     auto& trips = *static_cast<LogView*>(frame_.pages().page(kTripLogPage));
     const SpreadsheetModel& summary = trips.summary().model();

@@ -87,17 +87,6 @@ TEST_F(TableWindowsTest, GoesFromANameInALogToWhereItIsGiven) {
     EXPECT_EQ(vehicles->model().spec(vehicles->view().currentIndex().column()).key, "TVehicleNamesNameColumn");
 }
 
-TEST_F(TableWindowsTest, SaysWhenNoWindowShowsTheSource) {
-    frame_.commands().trigger(CommandId::CheckForErrors);
-    QString text;
-    inNextDialog<QMessageBox>([&](QMessageBox& box) {
-        text = box.text();
-        box.accept();
-    });
-    emit log()->goTo({Severity::Required, "", kNoObject, "Speed Bands"});
-    EXPECT_TRUE(text.contains(QStringLiteral("Speed Bands"))) << text.toStdString();
-}
-
 TEST_F(TableWindowsTest, ShowsWhatASpreadsheetAsksFor) {
     document_.edits().insertRows(document_.vehicles().id(), 0);
     document_.edits().insertRows(document_.drivers().id(), 0);

@@ -50,39 +50,6 @@ void chooseUnits(TUnitSystem& units) {
     units.setUnit(UnitTypeId::EngineSpeed, UnitId::RevolutionPerMinute);
 }
 
-/// Runs TEXT for one cell after the other.
-template <class Text>
-void run(benchmark::State& state, Text text) {
-    std::size_t next = 0;
-    for (auto _ : state) {
-        text(cells()[next]);
-        next = (next + 1) % kValues;
-    }
-}
-
-void intoBuffer(benchmark::State& state) {
-    TUnitSystem units;
-    chooseUnits(units);
-    const std::uint64_t before = test::allocations();
-    run(state, [&](const Cell& cell) {
-        ValueText buffer;
-        benchmark::DoNotOptimize(units.formatValueWithUnits(cell.type, cell.base, buffer).data());
-        benchmark::ClobberMemory();
-    });
-    const auto taken = static_cast<double>(test::allocations() - before);
-    state.counters["allocations"] = taken / static_cast<double>(state.iterations());
-}
-
-void asToolkitText(benchmark::State& state) {
-    TUnitSystem units;
-    chooseUnits(units);
-    run(state, [&](const Cell& cell) {
-        ValueText buffer;
-        const std::string_view text = units.formatValueWithUnits(cell.type, cell.base, buffer);
-        benchmark::DoNotOptimize(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
-    });
-}
-
 /// The toolkit's way, with all made ready that can be.
 class LocaleText {
 public:
@@ -106,24 +73,18 @@ private:
     std::array<QString, kUnitTypeCount> labels_;
 };
 
-void localeAndArg(benchmark::State& state) {
-    TUnitSystem units;
-    chooseUnits(units);
-    const LocaleText theirs(units);
-    run(state, [&](const Cell& cell) { benchmark::DoNotOptimize(theirs.text(cell)); });
-}
-
-BENCHMARK(intoBuffer);
-BENCHMARK(asToolkitText);
-BENCHMARK(localeAndArg);
-
-/// Both ways write the same, or the comparison means nothing.
-bool sameTexts() {
-    TUnitSystem units;
-    chooseUnits(units);
-    const LocaleText theirs(units);
-    return std::ranges::all_of(cells(), [&](const Cell& cell) {
-        return theirs.text(cell).toStdString() == units.formatValueWithUnits(cell.type, cell.base);
+/// Enters TEXT, the making of one text, under NAME: for one cell after the other.
+template <class MakeText>
+void enter(const char* name, const MakeText& makeText) {
+    benchmark::RegisterBenchmark(name, [makeText](benchmark::State& state) {
+        std::size_t next = 0;
+        const std::uint64_t before = test::allocations();
+        for (auto _ : state) {
+            makeText(cells()[next]);
+            next = (next + 1) % kValues;
+        }
+        const auto taken = static_cast<double>(test::allocations() - before);
+        state.counters["allocations"] = taken / static_cast<double>(state.iterations());
     });
 }
 
@@ -131,8 +92,26 @@ bool sameTexts() {
 } // namespace quobrix
 
 int main(int argc, char** argv) {
-    if (!quobrix::sameTexts())
+    using namespace quobrix;
+    TUnitSystem units;
+    chooseUnits(units);
+    const LocaleText theirs(units);
+    const auto same = [&](const Cell& cell) {
+        return theirs.text(cell).toStdString() == units.formatValueWithUnits(cell.type, cell.base);
+    };
+    if (!std::ranges::all_of(cells(), same)) // or the comparison means nothing
         return 1;
+    enter("intoBuffer", [&](const Cell& cell) {
+        ValueText buffer;
+        benchmark::DoNotOptimize(units.formatValueWithUnits(cell.type, cell.base, buffer).data());
+        benchmark::ClobberMemory();
+    });
+    enter("asToolkitText", [&](const Cell& cell) {
+        ValueText buffer;
+        const std::string_view text = units.formatValueWithUnits(cell.type, cell.base, buffer);
+        benchmark::DoNotOptimize(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    });
+    enter("localeAndArg", [&](const Cell& cell) { benchmark::DoNotOptimize(theirs.text(cell)); });
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -25,11 +25,6 @@ public:
         return bytes.size();
     }
 
-    void readOne(const std::filesystem::path&, std::uint32_t) override {}
-    void open(const std::filesystem::path&) override {}
-    void save(const Objects&) override {}
-    void close() override {}
-
 private:
     Bytes bytes_;
 };

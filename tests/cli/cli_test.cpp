@@ -211,16 +211,6 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
     EXPECT_FALSE(fs::exists(folder_ / "New.car"));
 }
 
-TEST_F(CommandLine, WithoutPermissionItSaysSo) {
-    makeDocument();
-    fs::permissions(file_, fs::perms::none);
-    if (std::ifstream(file_).is_open())
-        GTEST_SKIP() << "this user may read everything";
-    const Outcome outcome = cli({"check", "Test.car"});
-    EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_NE(outcome.error.find("you do not have permission"), std::string::npos) << outcome.error;
-}
-
 TEST_F(CommandLine, CheckSaysWhatItCannotTellOfASoundFile) {
     makeDocument();
     tamper(
@@ -264,38 +254,6 @@ TEST_F(CommandLine, DamageIsToldByCheckAndByWhatItLeavesOut) {
     EXPECT_NE(list.error.find("Trip Log"), std::string::npos);
     EXPECT_EQ(parseJson(list.out).at(1).at("TTripLogDistanceColumn"), JsonValue());
     EXPECT_EQ(cli({"list", "troubles", "Test.car"}).exitCode, 0);
-}
-
-TEST_F(CommandLine, DamageOutlivesAnEditBesideIt) {
-    makeDocument();
-    const std::string lost = std::to_string(distanceId_);
-    tamper(file_, [&](CompoundFile& file) { // the index does not name a column any more
-        const Bytes ids = *file.read("Object Ids");
-        ByteReader in(ids);
-        ByteWriter left;
-        left.u32(in.u32() - 1);
-        while (in.remaining() > 0)
-            if (const std::uint32_t id = in.u32(); id != distanceId_)
-                left.u32(id);
-        file.write("Object Ids", left.take());
-    });
-    const std::string before = cli({"check", "Test.car"}).out;
-    EXPECT_NE(before.find("damaged: Trip Log: object " + lost), std::string::npos) << before;
-    {
-        TQuobrixDocument document;
-        ASSERT_TRUE(document.open(file_, TDocument::Access::Edit));
-        const TTripLogTable& trips = document.trips();
-        TUnitSystem units;
-        TimeZone zone;
-        ASSERT_TRUE(
-            document.edits().type(trips.id(), trips.indexOf("TTripLogCommentsColumn"), 0, "Rain", {units, zone}).ok());
-        ASSERT_TRUE(document.save());
-    }
-    EXPECT_EQ(cli({"check", "Test.car"}).out, before);
-    EXPECT_EQ(cli({"check", "--repair", "Test.car", "--into", "New.car"}).exitCode, 0);
-    const auto records = parseJson(cli({"list", "trips", "New.car", "--format", "json"}).out);
-    EXPECT_EQ(records.at(1).at("TTripLogDistanceColumn"), JsonValue(1234567.891));
-    EXPECT_EQ(records.at(0).at("TTripLogCommentsColumn"), JsonValue(std::string("Rain")));
 }
 
 /// A log that the index does not name may be there all the same, and an end that is cut off may have held anything.

@@ -7,120 +7,79 @@
 namespace quobrix::test {
 namespace {
 
-class JsonReader {
-public:
-    explicit JsonReader(std::string_view text) : rest_(text) {}
-
-    std::vector<JsonRecord> array() {
-        std::vector<JsonRecord> records;
-        expect('[');
-        if (!accept(']')) {
-            do
-                records.push_back(object());
-            while (accept(','));
-            expect(']');
-        }
-        blanks();
-        if (!rest_.empty())
-            fail("the end");
-        return records;
-    }
-
-private:
-    JsonRecord object() {
-        JsonRecord record;
-        expect('{');
-        do {
-            std::string key = text();
-            expect(':');
-            if (!record.emplace(std::move(key), value()).second)
-                fail("another key");
-        } while (accept(','));
-        expect('}');
-        return record;
-    }
-
-    JsonValue value() {
-        blanks();
-        if (word("null"))
-            return {};
-        if (word("true"))
-            return true;
-        if (word("false"))
-            return false;
-        if (rest_.starts_with('"'))
-            return text();
-        static const std::regex number(R"(-?(0|[1-9][0-9]*)(\.[0-9]+)?([eE][+-]?[0-9]+)?)");
-        std::cmatch match;
-        if (!std::regex_search(rest_.data(), rest_.data() + rest_.size(), match, number,
+/// The marks, texts and words of JSON, in their order.
+std::vector<std::string_view> tokensOf(std::string_view text) {
+    static const std::regex form(R"(\s*([\[\]{}:,]|"(?:[^"\\\x00-\x1f]|\\["\\]|\\u[0-9a-fA-F]{4})*"|true|false|null|)"
+                                 R"(-?(?:0|[1-9][0-9]*)(?:\.[0-9]+)?(?:[eE][+-]?[0-9]+)?)\s*)");
+    std::vector<std::string_view> tokens;
+    for (std::cmatch match; !text.empty(); text.remove_prefix(static_cast<std::size_t>(match.length()))) {
+        if (!std::regex_search(text.data(), text.data() + text.size(), match, form,
                                std::regex_constants::match_continuous))
-            fail("a value");
-        rest_.remove_prefix(static_cast<std::size_t>(match.length()));
-        return std::strtod(match.str().c_str(), nullptr);
+            throw std::runtime_error("no JSON: " + std::string(text.substr(0, 40)));
+        tokens.emplace_back(match[1].first, static_cast<std::size_t>(match[1].length()));
     }
+    return tokens;
+}
 
-    std::string text() {
-        std::string result;
-        expect('"');
-        while (!accept('"', false)) {
-            const char c = next();
-            if (static_cast<unsigned char>(c) < 0x20)
-                fail("no control character");
-            if (c != '\\') {
-                result += c;
-                continue;
-            }
-            const char escape = next();
-            if (escape == 'u') {
-                std::string digits;
-                for (int i = 0; i < 4; ++i)
-                    digits += next();
-                const int code = std::stoi(digits, nullptr, 16); // only controls need it, in UTF-8 "C2" and themselves
-                result += code < 0x80 ? "" : "\xC2";
-                result += static_cast<char>(code);
-            } else if (escape == '"' || escape == '\\') {
-                result += escape;
-            } else {
-                fail("an escape");
-            }
+std::string unquoted(std::string_view token) {
+    std::string text;
+    for (std::size_t at = 1; at + 1 < token.size(); ++at) {
+        if (token[at] != '\\') {
+            text += token[at];
+        } else if (token[++at] != 'u') {
+            text += token[at];
+        } else { // only controls need it, in UTF-8 "C2" and themselves
+            const int code = std::stoi(std::string(token.substr(at + 1, 4)), nullptr, 16);
+            text += code < 0x80 ? "" : "\xC2";
+            text += static_cast<char>(code);
+            at += 4;
         }
-        return result;
     }
+    return text;
+}
 
-    char next() {
-        if (rest_.empty())
-            fail("more");
-        const char c = rest_.front();
-        rest_.remove_prefix(1);
-        return c;
-    }
-    bool accept(char c, bool skipBlanks = true) {
-        if (skipBlanks)
-            blanks();
-        const bool there = rest_.starts_with(c);
-        rest_.remove_prefix(there ? 1 : 0);
-        return there;
-    }
-    bool word(std::string_view w) {
-        const bool there = rest_.starts_with(w);
-        rest_.remove_prefix(there ? w.size() : 0);
-        return there;
-    }
-    void expect(char c) {
-        if (!accept(c))
-            fail(std::string(1, c));
-    }
-    void blanks() { rest_.remove_prefix(std::min(rest_.find_first_not_of(" \t\r\n"), rest_.size())); }
-    [[noreturn]] void fail(const std::string& what) const {
-        throw std::runtime_error("expected " + what + " at: " + std::string(rest_.substr(0, 40)));
-    }
-
-    std::string_view rest_;
-};
+JsonValue valueOf(std::string_view token) {
+    if (token.front() == '"')
+        return unquoted(token);
+    if (token == "null")
+        return {};
+    if (token == "true" || token == "false")
+        return token == "true";
+    return std::strtod(std::string(token).c_str(), nullptr);
+}
 
 } // namespace
 
-std::vector<JsonRecord> parseJson(std::string_view text) { return JsonReader(text).array(); }
+std::vector<JsonRecord> parseJson(std::string_view text) {
+    const std::vector<std::string_view> tokens = tokensOf(text);
+    auto next = tokens.begin();
+    const auto accept = [&](std::string_view wanted) {
+        return next != tokens.end() && *next == wanted && ++next != tokens.begin();
+    };
+    const auto take = [&](std::string_view wanted = {}) {
+        if (next == tokens.end() || (!wanted.empty() && *next != wanted))
+            throw std::runtime_error("expected " + std::string(wanted));
+        return *next++;
+    };
+    std::vector<JsonRecord> records;
+    take("[");
+    while (!accept("]")) {
+        if (!records.empty())
+            take(",");
+        take("{");
+        JsonRecord& record = records.emplace_back();
+        do {
+            const std::string key = unquoted(take());
+            take(":");
+            if (!record.emplace(key, valueOf(take())).second)
+                throw std::runtime_error("two of " + key);
+        } while (accept(","));
+        take("}");
+    }
+    if (next != tokens.end())
+        throw std::runtime_error("more than an array");
+    return records;
+}
 
 std::vector<std::vector<std::string>> parseCsv(std::string_view text) {
     std::vector<std::vector<std::string>> records;

@@ -117,14 +117,6 @@ TEST_P(CompoundFileCopy, GoesAlongsideAnotherThread) {
     EXPECT_TRUE(image.streams == atTheBeginning);
 }
 
-TEST_P(CompoundFileCopy, FailsWhenTheTargetDoes) {
-    FaultDisk target(1);
-    target.failAt = 2;
-    target.failures = 1000;
-    target.failWith = ErrorKind::DiskFull;
-    EXPECT_EQ(copyTo(*target.file()).error().kind, ErrorKind::DiskFull);
-}
-
 INSTANTIATE_TEST_SUITE_P(Ways, CompoundFileCopy, testing::Values(&CompoundFile::copyTo, &CompoundFile::compactTo));
 
 class CompoundFileCompaction : public testing::Test {

@@ -91,32 +91,6 @@ TEST_F(CompoundFileDamage, AnEntryThatMakesNoSenseHidesOnlyItself) {
     EXPECT_EQ(sectorsFilledWith('p'), sectors);
 }
 
-TEST_F(CompoundFileDamage, ALostDirectoryLink) {
-    const std::size_t root = (cfb::load32(disk_->data() + 48) + 1) * 512;
-    const Bytes sound = *disk_;
-    for (const std::size_t link : {root + 76, entryOf('h') + 68, entryOf('h') + 72, entryOf('p') + 72})
-        for (const std::uint32_t to : {0xFFFFFFFFu, 0u, 3u, 4711u}) {
-            *disk_ = sound;
-            put32(link, to);
-            EXPECT_EQ((*open())->names().size(), 26u);
-            expectLost("");
-        }
-}
-
-TEST_F(CompoundFileDamage, ALinkToAnUnusedEntry) {
-    put32(entryOf('b') + 68, 27); // where a's was
-    {
-        const auto file = *open();
-        file->write("0", content('0', 640)); // becomes entry 27, and belongs before b
-        file->write("1", content('1', 640));
-        EXPECT_EQ(file->names().size(), 28u);
-        ASSERT_TRUE(file->commit());
-        EXPECT_EQ(examineCompoundFile(*disk_).fault, "");
-    }
-    EXPECT_EQ((*open())->names().size(), 28u);
-    expectLost("");
-}
-
 TEST_F(CompoundFileDamage, DuplicateNames) {
     for (const char letter : {'b', 'd', 'q'})
         disk_->at(entryOf(letter)) = 'P';

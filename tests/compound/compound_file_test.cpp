@@ -27,18 +27,6 @@ std::unique_ptr<CompoundFile> opened(const std::shared_ptr<Bytes>& disk) {
     return file ? *std::move(file) : nullptr;
 }
 
-TEST(CompoundFile, AnEmptyOneIsValid) {
-    const auto disk = std::make_shared<Bytes>();
-    auto file = CompoundFile::create(std::make_unique<MemoryFile>(disk));
-    ASSERT_TRUE(file);
-    EXPECT_TRUE(disk->empty());
-    ASSERT_TRUE((*file)->commit());
-    const CompoundImage image = examineCompoundFile(*disk);
-    EXPECT_EQ(image.fault, "");
-    EXPECT_TRUE(image.streams.empty());
-    EXPECT_TRUE(opened(disk)->names().empty());
-}
-
 TEST(CompoundFile, SpaceIsReusedUpToTheLimitOfTheFormat) {
     using namespace cfb;
     AllocationTable table(100, Reuse::AfterCommit);

@@ -2,6 +2,7 @@
 #include "compound/previous_state.h"
 
 #include "compound/compound_file.h"
+#include "support/document_streams.h"
 #include "support/fault_file.h"
 #include "support/memory_file.h"
 
@@ -16,17 +17,10 @@ namespace quobrix {
 namespace {
 
 using namespace test;
-using Streams = std::map<std::string, Bytes>;
 
 /// Random saves, of which some fail, some are killed and some end in a power cut. It knows the states that were there.
 class PreviousState : public testing::TestWithParam<unsigned> {
 protected:
-    static Streams contentOf(const CompoundFile& file) {
-        Streams streams;
-        for (const std::string& name : file.names())
-            streams[name] = *file.read(name);
-        return streams;
-    }
     static std::uint32_t transactionOf(const Bytes& image) { return cfb::Header::decode(image)->transaction; }
 
     std::uint32_t below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_()) % limit; }
@@ -35,7 +29,7 @@ protected:
         file_.reset();
         disk_.replace(image);
         file_ = *CompoundFile::open(disk_.file());
-        states_[transactionOf(image)] = pending_ = contentOf(*file_);
+        states_[transactionOf(image)] = pending_ = streamsOf(*file_);
     }
 
     void change() {
@@ -69,7 +63,7 @@ protected:
         ++found_;
         const auto opened = CompoundFile::open(*std::move(past));
         ASSERT_TRUE(opened && states_.contains(transaction - 1));
-        EXPECT_TRUE(contentOf(**opened) == states_[transaction - 1]) << transaction << " without " << lost;
+        EXPECT_TRUE(streamsOf(**opened) == states_[transaction - 1]) << transaction << " without " << lost;
     }
 
     void examine(const Bytes& image) {
@@ -135,7 +129,7 @@ TEST_P(PreviousState, IsExactlyWhatItWasOrNotFound) {
             if (const bool done = bool(file_->commit()); disk_.failAt = 0, done)
                 states_[transactionOf(disk_.current())] = pending_;
             else
-                pending_ = contentOf(*file_);
+                pending_ = streamsOf(*file_);
             if (below(2) == 0)
                 reopen(below(2) == 0 ? disk_.powerCut() : disk_.current());
             break;

@@ -18,23 +18,6 @@ const LoggerConfiguration kPresent{.bandLimits = {45.000000001, 60, 70},
                                    .parameters = {0x0C, 0x42, 0xF9, 0xE1, 0x03},
                                    .intervals = {1, 3, 16, 32, -7}};
 
-TEST(ConfigurationCodes, AreTheLoggers) {
-    for (std::int32_t parameter = 0; parameter <= 24; ++parameter)
-        EXPECT_EQ(parameterOfCode(codeOfParameter(parameter)), parameter);
-    EXPECT_EQ(codeOfParameter(2), 0x0C);
-    EXPECT_EQ(codeOfParameter(23), 0x1B);
-    EXPECT_EQ(codeOfParameter(24), 0xE1);
-    for (const std::int32_t none : {0, -1, 25})
-        EXPECT_EQ(codeOfParameter(none), 0xF9);
-    EXPECT_EQ(parameterOfCode(0x42), kNoParameter);
-
-    for (const std::int32_t seconds : {1, 5, 10, 20, 30, 60})
-        EXPECT_EQ(secondsOfIntervalCode(intervalCodeOfSeconds(seconds)), seconds);
-    EXPECT_EQ(intervalCodeOfSeconds(1), 32);
-    EXPECT_EQ(intervalCodeOfSeconds(15), 16);
-    EXPECT_EQ(secondsOfIntervalCode(3), 60);
-}
-
 TEST(ConfigurationText, GivesBackWhatWasWritten) {
     const std::string text = configurationText(kPresent);
     for (const char* line :

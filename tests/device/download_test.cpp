@@ -103,17 +103,28 @@ TEST_F(Downloading, ANewFileIsRecommendedBeyond18000Objects) {
     EXPECT_EQ(begun_, 0);
 }
 
-TEST_F(Downloading, ADamagedDocumentIsRefusedFirst) {
-    open("Test.car");
-    const ObjectId distances = document_.trips().column<TTripLogDistanceColumn>().id();
-    document_.newDocument();
-    test::tamper(folder_ / "Test.car", [&](CompoundFile& file) { file.write(std::to_string(distances), {1}); });
-    ASSERT_TRUE(document_.open(folder_ / "Test.car", TDocument::Access::Edit));
-    ScriptedPrompter prompter{{MessageId::DownloadIntoDamaged}};
-    EXPECT_FALSE(download(prompter));
-    EXPECT_NE(prompter.shown[0].find("a part of it is damaged (Trip Log)."), std::string::npos) << prompter.shown[0];
-    EXPECT_EQ(fake_.count("GetLogBuffer -1"), 0);
-    EXPECT_FALSE(document_.modified());
+TEST_F(Downloading, WhatIsCancelledIsNotCurrent) {
+    /// Cancels what may be cancelled, once it has been done.
+    struct Cancelling final : LoggerCalls {
+        explicit Cancelling(LoggerLink& l) : link(l) {}
+        bool run(const CallTitle& title, const Call& call) override {
+            LockedLogger logger(link);
+            call(logger);
+            return !(title.what == "Downloading" && title.cancellable);
+        }
+        void post(Call call) override {
+            LockedLogger logger(link);
+            call(logger);
+        }
+        LoggerLink& link;
+    };
+    Cancelling calls(link_);
+    ScriptedPrompter silent;
+    EXPECT_FALSE(Download({calls, silent, settings_, progress_, {}, document_}, {}).run());
+    EXPECT_EQ(document_.trips().rowCount(), 0u);
+    EXPECT_FALSE(LockedLogger(link_).status().logsCurrent) << "what was read of them went nowhere";
+    EXPECT_TRUE(download(silent));
+    EXPECT_TRUE(LockedLogger(link_).status().logsCurrent);
 }
 
 TEST_F(Downloading, NothingNewChangesOnlyTheTime) {

@@ -39,14 +39,6 @@ TEST(LoggerLibrary, IsNotTakenFromTheCurrentFolder) {
     std::filesystem::current_path(before);
 }
 
-TEST(LoggerLibrary, IsFoundByTheOverrideAsFileOrFolder) {
-    const std::filesystem::path folder = std::filesystem::path(INCOMPLETE_LIBRARY).parent_path();
-    EXPECT_EQ(loggerLibraryPath("/program", std::nullopt).parent_path(), "/program");
-    EXPECT_EQ(loggerLibraryPath("/program", "").parent_path(), "/program");
-    EXPECT_EQ(loggerLibraryPath("/program", INCOMPLETE_LIBRARY), INCOMPLETE_LIBRARY);
-    EXPECT_EQ(loggerLibraryPath("/program", utf8(folder)).parent_path(), folder);
-}
-
 TEST(LoggerLink, WorksWithoutLibraryAndSaysWhatIsWrong) {
     LoggerLink link(Error{ErrorKind::NotFound, ShownText::asItIs("There is none.")});
     LockedLogger logger(link);

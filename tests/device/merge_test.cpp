@@ -314,7 +314,7 @@ TEST(Merge, EveryFigureArrivesInItsOwnCell) {
     EXPECT_EQ(document.drivers().key(0), "3");
 }
 
-TEST(Merge, ARecordIsTheSameIfOneContinuesTheOther) {
+TEST(Merge, TheSameIfOneContinuesTheOther) {
     using Change = std::function<void(TripRecord&)>;
     const Change longer = [](TripRecord& r) {
         r.endTime += 30;
@@ -403,7 +403,7 @@ TEST(Merge, ARecordIsTheSameIfOneContinuesTheOther) {
 }
 
 // The clock of a logger that was never set starts over with each power-up, so that many drives begin at the same time.
-TEST(Merge, DrivesThatBeginAtOneRecordedTimeAreAllKept) {
+TEST(Merge, DrivesOfOneRecordedTime) {
     const auto drive = [](std::vector<std::uint8_t> speeds) {
         TripRecord record;
         record.origin = {"K-0042-B", ""};
@@ -444,7 +444,7 @@ TEST(Merge, DrivesThatBeginAtOneRecordedTimeAreAllKept) {
     EXPECT_EQ(occurrences.size(), numbers.size());
 }
 
-TEST(Merge, WhatAPersonGaveATripStaysAndWhatWasRecordedDecides) {
+TEST(Merge, WhatAPersonGaveATripStays) {
     const auto shown = [](const TQuobrixDocument& document) {
         const TTripLogTable& table = document.trips();
         return fmt::format("{} {} {}", table.column<TTripLogVinColumn>().at(0),
@@ -506,9 +506,15 @@ TEST(Merge, WhatAPersonGaveATripStaysAndWhatWasRecordedDecides) {
     }
 }
 
-TEST(Merge, TripOwnsAsManyObjectsAsStated) {
+TEST(Merge, RecordsOwnAsManyObjectsAsStated) {
     TQuobrixDocument document;
-    merge(trips({trip(kNoon)}), document);
+    merge(oneOfEach(), document);
+    const std::size_t withOneStop = document.store().objectCount();
+    LogRecords another;
+    another.stops = {stop(kNoon + 5000)};
+    merge(another, document);
+    EXPECT_EQ(document.store().objectCount() - withOneStop, TAccidentLogTable::kObjectsPerStop);
+
     const std::size_t before = document.store().objectCount();
     merge(trips({trip(kNoon + 5000)}), document);
     EXPECT_EQ(document.store().objectCount() - before, TTripLogTable::kObjectsPerTrip);
@@ -543,7 +549,7 @@ TEST(Merge, ResultCountsByOutcomeAndLog) {
     EXPECT_EQ(result.refusedLines()[1], "event 4 and 1 more: …");
 }
 
-TEST(Merge, ShiftMovesWhatIsShownAndNotWhatIsRecognised) {
+TEST(Merge, ShiftMovesOnlyWhatIsShown) {
     TQuobrixDocument document;
     merge(oneOfEach(), document, 3600);
     EXPECT_EQ(document.trips().column<TTripLogStartTimeColumn>().at(0), kNoon + 3600);
@@ -553,7 +559,7 @@ TEST(Merge, ShiftMovesWhatIsShownAndNotWhatIsRecognised) {
     EXPECT_EQ(document.trips().column<TTripLogEndTimeColumn>().at(0), kNoon + 3720);
 }
 
-TEST(Merge, RowsStandInOrderOfTimeHoweverTheyArrive) {
+TEST(Merge, RowsStandInOrderOfTime) {
     std::vector<std::int32_t> starts;
     for (std::int32_t i = 0; i < 200; ++i)
         starts.push_back(kNoon + i * 100);
@@ -572,7 +578,7 @@ TEST(Merge, RowsStandInOrderOfTimeHoweverTheyArrive) {
 }
 
 // A download must not take the place of what could not be read.
-TEST(Merge, IntoWhatCannotBeReadIsRefusedAndChangesNothing) {
+TEST(Merge, RefusedIntoWhatCannotBeRead) {
     using Document = TQuobrixDocument&;
     enum class Takes { Nothing, WhatReplacesNothing, Everything };
     const struct {
@@ -642,7 +648,7 @@ TEST(Merge, IntoWhatCannotBeReadIsRefusedAndChangesNothing) {
     }
 }
 
-TEST(Merge, ALogThatHasLostEverythingTakesRecordsAgain) {
+TEST(Merge, AnEmptiedLogTakesRecords) {
     const test::TemporaryFolder folder;
     const std::filesystem::path path = folder / "Test.car";
     TQuobrixDocument document;

@@ -80,45 +80,6 @@ TEST_F(SimulatedLogger, IsFoundReadAndCleared) {
     logger.closePort();
 }
 
-TEST_F(SimulatedLogger, ACancelledDownloadMergesNothing) {
-    struct CancelledTransfer final : LoggerCalls {
-        explicit CancelledTransfer(LoggerLink& l) : link(l) {}
-        bool run(const CallTitle& title, const Call& call) override {
-            LockedLogger logger(link);
-            CallProgress progress;
-            logger.follow(progress);
-            progress.cancelled = title.what == "Downloading" && !std::exchange(cancelled, true);
-            call(logger);
-            return !progress.cancelled;
-        }
-        void post(Call call) override {
-            LockedLogger logger(link);
-            call(logger);
-        }
-        LoggerLink& link;
-        bool cancelled = false;
-    };
-    simulate("attach COM1 --serial K-0042-B");
-    simulate("generate COM1 --trips 3 --seed 11");
-    LoggerLink link(loadLoggerLibrary(QUOBRIX_SIMULATOR_LIBRARY));
-    CancelledTransfer calls(link);
-    Settings settings(std::make_unique<MemorySettings>());
-    ScriptedPrompter silent;
-    ProgressReporter noProgress;
-    TQuobrixDocument document;
-    {
-        LockedLogger logger(link);
-        ASSERT_EQ(logger.openPort("COM1"), QUOBRIX_OK);
-        ASSERT_TRUE(logger.readLogs(LogMode::Ordinary).ok());
-        ASSERT_TRUE(logger.status().logsCurrent);
-    }
-    Download download({calls, silent, settings, noProgress, {}, document}, {});
-    EXPECT_FALSE(download.run());
-    EXPECT_EQ(document.trips().rowCount(), 0u);
-    EXPECT_FALSE(LockedLogger(link).status().logsCurrent) << "what was read of them went nowhere";
-    EXPECT_TRUE(download.run()) << "the next one is not cancelled";
-}
-
 TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
     simulate("attach COM1 --serial K-0042-B");
     simulate("generate COM1 --trips 30 --seed 11"); // by two drivers

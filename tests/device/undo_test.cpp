@@ -202,7 +202,7 @@ protected:
     std::size_t at_ = 0;
 };
 
-TEST_F(UndoneAndRedone, AnySequenceOfEditsDownloadsAndSavesLeadsToWhatWasThere) {
+TEST_F(UndoneAndRedone, AnySequenceLeadsBack) {
     for (unsigned seed = 0; seed < 12; ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);

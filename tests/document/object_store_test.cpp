@@ -2,6 +2,7 @@
 #include "document/object_store.h"
 
 #include "compound/compound_file.h"
+#include "support/document_streams.h"
 #include "support/fault_file.h"
 #include "support/memory_file.h"
 #include "support/stream_map.h"
@@ -406,7 +407,7 @@ private:
 
 class ObjectIds : public testing::TestWithParam<unsigned> {};
 
-TEST_P(ObjectIds, AreReusedFrontFirstAndNeverNameTwoObjects) {
+TEST_P(ObjectIds, NeverNameTwoObjects) {
     Sequence sequence(GetParam());
     sequence.save();
     for (int step = 0; step < 600; ++step) {
@@ -419,7 +420,7 @@ TEST_P(ObjectIds, AreReusedFrontFirstAndNeverNameTwoObjects) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, ObjectIds, testing::Range(0u, 20u));
 
-TEST(ObjectStore, MovesWhatIsPendingToTheFileBeforeTheSecondObjectAndEvery3000thAfterIt) {
+TEST(ObjectStore, SpillsEvery3000Objects) {
     class Spills final : public StreamMap {
     public:
         void write(std::string_view name, Bytes content) override {
@@ -445,56 +446,13 @@ TEST(ObjectStore, MovesWhatIsPendingToTheFileBeforeTheSecondObjectAndEvery3000th
     }
 }
 
-TEST(ObjectStore, WhatAFailingDiskKeepsBackIsReadWhenItAnswers) {
-    class Failing final : public StreamMap {
-    public:
-        Result<void> read(std::string_view name, Bytes& content) const override {
-            if (idOfStream(name) != kNoObject && error)
-                return Error{*error, ShownText::asItIs("the disk says no")};
-            return StreamMap::read(name, content);
-        }
-        std::optional<ErrorKind> error;
-    };
-    for (const ErrorKind error : {ErrorKind::Io, ErrorKind::AccessDenied, ErrorKind::Corrupt}) {
-        const bool passes = error != ErrorKind::Corrupt;
-        Failing file;
-        ObjectStore made(types());
-        const ObjectId id = made.create(kPlainType).id();
-        ASSERT_TRUE(made.save(file));
-        ObjectStore store(types());
-        store.load(file);
-        int told = 0;
-        store.whenDamaged([&] { ++told; });
-        file.error = error;
-        for (int i = 0; i < 2; ++i)
-            EXPECT_EQ(store.find(id), nullptr);
-        EXPECT_TRUE(store.unreadable(id));
-        EXPECT_EQ(store.failing(id), passes);
-        EXPECT_EQ(store.damage().size(), 1u);
-        EXPECT_EQ(told, 1);
-        store.destroy(id);
-        EXPECT_EQ(store.objectCount(), 1u) << "what could not be read stays";
-        file.error.reset();
-        EXPECT_EQ(store.find(id) != nullptr, passes);
-        EXPECT_EQ(store.unreadable(id), !passes);
-        EXPECT_EQ(store.damage().empty(), passes);
-        EXPECT_EQ(store.recovered().size(), passes ? 1u : 0u);
-    }
-}
-
-TEST(ObjectStore, AStreamThatTheIndexLacksIsNoNewObjects) {
-    const auto numbers = [](std::initializer_list<std::uint32_t> values) {
-        ByteWriter out;
-        for (const std::uint32_t value : values)
-            out.u32(value);
-        return out.take();
-    };
+TEST(ObjectStore, KeepsStreamsThatTheIndexLacks) {
     StreamMap file;
-    file.write("Version", numbers({3}));
-    file.write("Next Available Id", numbers({3}));
-    file.write("Available Ids", numbers({2, 1, 2}));
-    file.write("Object Ids", numbers({0}));
-    file.write("Singleton Ids", numbers({0}));
+    file.write("Version", u32s({3}));
+    file.write("Next Available Id", u32s({3}));
+    file.write("Available Ids", u32s({2, 1, 2}));
+    file.write("Object Ids", u32s({0}));
+    file.write("Singleton Ids", u32s({0}));
     const Bytes lost = {1, 2, 3};
     for (const char* name : {"1", "3"}) // one of a free id, one beyond the next id
         file.write(name, lost);

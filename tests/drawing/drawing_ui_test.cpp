@@ -56,19 +56,7 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
     }
 }
 
-TEST(DrawingPainter, MeasuresInUnitsOfTheDevice) {
-    QImage points(1, 1, QImage::Format_RGB32);
-    points.setDotsPerMeterX(2835); // 72 dots an inch
-    points.setDotsPerMeterY(2835);
-    QFont font;
-    font.setPointSizeF(10);
-    const FontTextMeasure measure(font, points);
-    EXPECT_NEAR(measure.fontSize(), 10, 0.1);
-    EXPECT_GT(measure.width("Trip", FontRole::Title), 1.4 * measure.width("Trip", FontRole::Body));
-    EXPECT_GT(measure.lineHeight(FontRole::Body), measure.ascent(FontRole::Body));
-}
-
-TEST(DrawingPainter, SeeThroughColoursOfTheWindowBecomeOpaque) {
+TEST(DrawingPainter, SeeThroughColoursBecomeOpaque) {
     QPalette window;
     window.setColor(QPalette::Base, Qt::black);
     window.setColor(QPalette::PlaceholderText, QColor(255, 255, 255, 102)); // 40 %

@@ -33,7 +33,7 @@ protected:
     SampleTable table_{3};
 };
 
-TEST_F(Export, WritesTheColumnsAndRowsThatAreChosenInTheirOrder) {
+TEST_F(Export, WritesWhatIsChosenInOrder) {
     table_.column<SampleKey>().setAll({"A", "B", "C"});
     table_.column<SampleSpeed>().setAll({10, kNoValue, -0.5});
     units_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);

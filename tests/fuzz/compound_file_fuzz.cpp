@@ -1,6 +1,7 @@
 #include "compound/compound_file.h"
 
 #include "support/compound_checker.h"
+#include "support/document_streams.h"
 #include "support/memory_file.h"
 
 #include <algorithm>
@@ -11,19 +12,11 @@ using namespace quobrix;
 
 namespace {
 
-using Streams = std::map<std::string, Bytes>;
+using test::Streams, test::readableStreams;
 
 void require(bool condition) {
     if (!condition)
         std::abort();
-}
-
-Streams readable(const CompoundFile& file) {
-    Streams streams;
-    for (const std::string& name : file.names())
-        if (auto content = file.read(name))
-            streams[name] = *std::move(content);
-    return streams;
 }
 
 /// What does not change in a header, so that changes of the input get behind it.
@@ -40,7 +33,7 @@ void setSignature(Bytes& image) {
 class Session {
 public:
     Session(std::unique_ptr<CompoundFile> file, std::shared_ptr<Bytes> disk, bool ours)
-        : file_(std::move(file)), disk_(std::move(disk)), ours_(ours), expected_(readable(*file_)),
+        : file_(std::move(file)), disk_(std::move(disk)), ours_(ours), expected_(readableStreams(*file_)),
           committed_(expected_) {}
 
     /// False when it is of no use to go on.
@@ -82,14 +75,14 @@ private:
         const Result<void> done = file_->commit();
         require(done || done.error().kind == ErrorKind::Corrupt || done.error().kind == ErrorKind::Unsupported);
         if (done) {
-            require(readable(*file_) == expected_);
+            require(readableStreams(*file_) == expected_);
             committed_ = expected_;
         }
         if (disk_->empty())
             return bool(done);
         auto again = CompoundFile::open(std::make_unique<test::MemoryFile>(disk_));
         require(bool(again));
-        Streams found = readable(**again);
+        Streams found = readableStreams(**again);
         for (const auto& [name, content] : found)
             require(committed_.contains(name) || (file_->contains(name) && !file_->read(name)));
         for (const auto& [name, content] : committed_)

@@ -3,10 +3,10 @@
 #include "platform/file.h"
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
+#include "support/document_streams.h"
 #include "support/memory_file.h"
 
 #include <cstdlib>
-#include <map>
 
 using namespace quobrix;
 
@@ -15,14 +15,6 @@ namespace {
 void require(bool condition) {
     if (!condition)
         std::abort();
-}
-
-std::map<std::string, Bytes> contentOf(const StreamReader& file) {
-    std::map<std::string, Bytes> streams;
-    for (const std::string& name : file.names())
-        if (auto content = file.read(name))
-            streams[name] = *std::move(content);
-    return streams;
 }
 
 /// Whatever can be found in BYTES is repaired into a document that is sound.
@@ -52,7 +44,7 @@ void saveAndCut(const std::shared_ptr<Bytes>& disk, std::size_t lost, bool kille
     if (!opened || !(*opened)->writable())
         return;
     CompoundFile& file = **opened;
-    const auto before = contentOf(file);
+    const auto before = test::readableStreams(file);
     for (const auto& [name, content] : before)
         if (content.size() % 3 == 0)
             file.remove(name);
@@ -71,7 +63,7 @@ void saveAndCut(const std::shared_ptr<Bytes>& disk, std::size_t lost, bool kille
     require(bool(past));
     if (*past) {
         const auto found = CompoundFile::open(std::make_unique<BorrowedFile>(**past));
-        require(found && contentOf(**found) == before);
+        require(found && test::readableStreams(**found) == before);
     }
     repair(*disk);
 }

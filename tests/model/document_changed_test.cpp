@@ -147,27 +147,6 @@ TEST_F(ChangedFile, FailedSaveIsOurs) {
     EXPECT_EQ(tripsIn(backup_), 1u);
 }
 
-TEST_F(ChangedFile, ReloadedOrKept) {
-    makeDocument(folder_ / "Theirs.car", 3);
-    TQuobrixDocument document;
-    openAndAdd(document);
-    put(path_, bytes(folder_ / "Theirs.car"));
-    ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
-    ASSERT_TRUE(document.open(path_, TDocument::Access::Edit));
-    EXPECT_EQ(document.trips().rowCount(), 3u);
-    EXPECT_FALSE(document.readOnly());
-    EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
-    addTrip(document, kStart + 7200);
-    EXPECT_TRUE(document.save());
-    EXPECT_EQ(tripsIn(path_), 4u);
-    addTrip(document, kStart + 7200);
-    EXPECT_TRUE(renameOver(folder_ / "Theirs.car", path_));
-    ASSERT_EQ(kindOf(document.save()), ErrorKind::Changed);
-    ASSERT_TRUE(document.saveAs(folder_ / "Mine.car"));
-    EXPECT_EQ(tripsIn(folder_ / "Mine.car"), 5u);
-    EXPECT_EQ(tripsIn(path_), 3u);
-}
-
 TEST_F(ChangedFile, LoadedContentIsNotReadAgain) {
     const std::string mine = bytes(path_), speeds = {30, 31, 32, 33, 34, 35, 36, 37};
     std::string garbled = mine; // with the same header and size
@@ -373,18 +352,6 @@ TEST_F(ChangedFile, OpenedWhileSaved) {
     TQuobrixDocument viewer(files);
     EXPECT_EQ(kindOf(viewer.open(path_, TDocument::Access::Edit)), ErrorKind::InUse) << "it never comes to rest";
     EXPECT_FALSE(viewer.hasFile());
-}
-
-TEST_F(ChangedFile, UnreadableLeavesTheDocument) {
-    TQuobrixDocument document;
-    openAndAdd(document);
-    put(path_, "no document");
-    EXPECT_EQ(kindOf(document.open(path_, TDocument::Access::Edit)), ErrorKind::NotADocument);
-    EXPECT_EQ(document.trips().rowCount(), 2u);
-    EXPECT_FALSE(document.readOnly());
-#ifndef _WIN32 // where locks let nobody write into the file, so that it is another one by now
-    EXPECT_EQ(openFile(path_, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
-#endif
 }
 
 TEST_F(ChangedFile, UnboundLeavesTheDocument) {

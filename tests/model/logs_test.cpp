@@ -31,29 +31,6 @@ TEST(Logs, AreDescribedByColumnsOfTheirTables) {
     }
 }
 
-TEST(Logs, ViewsHaveTheTitlesThatPeopleKnow) {
-    const std::map<int, std::string_view> titles{{201, "View / Trip Log / Summary"},
-                                                 {202, "View / Trip Log / Record 7 / Report"},
-                                                 {204, "View / Trip Log / Record 7 / Plot"},
-                                                 {206, "View / Trip Log / Record 7 / Table"},
-                                                 {211, "View / Vehicle Trouble Log / Summary"},
-                                                 {212, "View / Vehicle Trouble Log / Record 7"},
-                                                 {221, "View / Activity Log / Summary"},
-                                                 {222, "View / Activity Log / Record 7"},
-                                                 {231, "View / Accident Log / Summary"},
-                                                 {232, "View / Accident Log / Record 7 / Report"}};
-    std::size_t views = 0;
-    for (const LogSpec& log : logs())
-        for (const LogViewSpec& view : log.views()) {
-            ASSERT_TRUE(titles.contains(view.page)) << view.page;
-            EXPECT_TRUE(view.kind != LogViewKind::Table || log.tables) << view.page;
-            EXPECT_EQ(viewTitle(log, view, "7"), titles.at(view.page));
-            ++views;
-        }
-    EXPECT_EQ(views, titles.size());
-    EXPECT_EQ(logSpec(LogId::Activity).viewName("SummaryView"), "TSecurityLogSummaryView");
-}
-
 /// Of each log a report of what its record holds; a trip's has a test of its own.
 TEST(Logs, ReportsTellFactsWhatWasMeasuredAndComments) {
     TQuobrixDocument document;

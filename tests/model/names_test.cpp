@@ -47,31 +47,6 @@ TEST(Names, OtherNewKeysHaveNoName) {
     EXPECT_EQ(names(document.drivers()), (Keys{"", "Ann"}));
 }
 
-TEST(Names, KnownKeysLeaveTheTableAsItIs) {
-    TQuobrixDocument document;
-    document.loggers().addMissing(Keys{"K-0042-B"});
-    const auto revision = document.loggers().revision();
-    EXPECT_TRUE(document.loggers().addMissing(Keys{"K-0042-B", ""}).empty());
-    EXPECT_EQ(document.loggers().revision(), revision);
-}
-
-TEST(Names, TenThousandKeysAreAddedAndFound) {
-    constexpr std::size_t kCount = 10'000;
-    TQuobrixDocument document;
-    TVehicleNamesTable& vehicles = document.vehicles();
-    Keys keys;
-    for (std::size_t i = 0; i < kCount; ++i)
-        keys.push_back("VIN" + std::to_string(i));
-    EXPECT_EQ(vehicles.addMissing(keys).size(), kCount);
-    const Keys given = names(vehicles);
-    EXPECT_EQ(std::set<std::string>(given.begin(), given.end()).size(), kCount);
-    for (std::size_t i = 0; i < kCount; ++i) {
-        ASSERT_EQ(vehicles.find(keys[i]), i);
-        ASSERT_FALSE(vehicles.inUse(i));
-    }
-    EXPECT_TRUE(vehicles.addMissing(keys).empty());
-}
-
 TEST(Names, AKeyIsInUseWhileAnyLogRefersToIt) {
     TQuobrixDocument document;
     test::addTrip(document, 1'700'000'000); // which adds its vehicle
@@ -92,7 +67,7 @@ TEST(Names, AKeyIsInUseWhileAnyLogRefersToIt) {
     EXPECT_FALSE(vehicles.inUse(0));
 }
 
-TEST(Names, ADriverNumberThatTripsHoldIsNoErrorOfThePerson) {
+TEST(Names, RecordedDriverNumbersAreNoErrors) {
     TQuobrixDocument document;
     test::addTrip(document, 1'700'000'000);
     document.trips().column<TTripLogDriverIDColumn>().set(0, -5);
@@ -104,7 +79,7 @@ TEST(Names, ADriverNumberThatTripsHoldIsNoErrorOfThePerson) {
     ASSERT_EQ(checker.cell(0, 1, {units, zone}).size(), 1u) << "this one can be put right";
 }
 
-TEST(Names, DeletingAsksFirstAndThenRefusesAllIfOneIsInUse) {
+TEST(Names, DeletingAsksAndRefusesKeysInUse) {
     TQuobrixDocument document;
     test::addTrip(document, 1'700'000'000);
     document.trips().column<TTripLogDriverIDColumn>().set(0, 2);
@@ -131,7 +106,7 @@ TEST(Names, DeletingAsksFirstAndThenRefusesAllIfOneIsInUse) {
                                  "this file and cannot be deleted;\nthese entries are \"in use\".");
 }
 
-TEST(Names, NewLoggersAndVehiclesAreAskedAboutInTheirNumber) {
+TEST(Names, NewKeysAreAskedAbout) {
     {
         ScriptedPrompter silent;
         const NewKeys wanted = askForNames({{}, {}, {"1", "2"}}, silent);
@@ -147,15 +122,6 @@ TEST(Names, NewLoggersAndVehiclesAreAskedAboutInTheirNumber) {
     const NewKeys wanted = askForNames({{"K-0042-B", "K-0043-B"}, {"A"}, {}}, prompter);
     EXPECT_TRUE(wanted.loggers.empty());
     EXPECT_EQ(wanted.vehicles, Keys{"A"});
-}
-
-TEST(Names, ADriversNameIsOneToTwentyCharactersLong) {
-    EXPECT_FALSE(isDriverName(""));
-    EXPECT_TRUE(isDriverName("A"));
-    EXPECT_TRUE(isDriverName("12345678901234567890"));
-    EXPECT_FALSE(isDriverName("123456789012345678901"));
-    EXPECT_TRUE(isDriverName("ĄĆĘŁŃÓŚŹŻąćęłńóśźżßü")); // 40 bytes
-    EXPECT_FALSE(isDriverName("ĄĆĘŁŃÓŚŹŻąćęłńóśźżßü!"));
 }
 
 class NameEditing : public ::testing::Test {
@@ -178,7 +144,7 @@ protected:
     TextContext context_{units_, zone_};
 };
 
-TEST_F(NameEditing, AVinIsMadeCapitalAndDoubtedOnlyWhereItsFormIsUnusual) {
+TEST_F(NameEditing, VinsAreCapitalAndDoubted) {
     TVehicleNamesTable& vehicles = document_.vehicles();
     edits_.insertRows(vehicles.id(), 0, 3);
     EXPECT_TRUE(warnings(vehicles, 0, " wvwzzz1kzaw000001").empty());
@@ -190,7 +156,7 @@ TEST_F(NameEditing, AVinIsMadeCapitalAndDoubtedOnlyWhereItsFormIsUnusual) {
     EXPECT_EQ(vehicles.key(2), "WVWZZZ1KZAW00000");
 }
 
-TEST_F(NameEditing, SerialNumbersAndDriverNamesAreRefusedInTheirOwnWords) {
+TEST_F(NameEditing, RefusalsHaveTheirOwnWords) {
     edits_.insertRows(document_.loggers().id(), 0);
     const std::string format = "Invalid serial number format. The serial number must be in the format \"AA-99-A\".";
     EXPECT_EQ(type(document_.loggers(), 0, 0, "AA-99-A"), format);
@@ -203,13 +169,13 @@ TEST_F(NameEditing, SerialNumbersAndDriverNamesAreRefusedInTheirOwnWords) {
     const std::string length = "Not a valid driver name. Length should be 1-20 characters long.";
     EXPECT_EQ(type(drivers, 1, 0, "123456789012345678901"), length);
     EXPECT_EQ(type(drivers, 1, 0, "  "), length);
-    EXPECT_EQ(type(drivers, 1, 0, "12345678901234567890"), "");
+    EXPECT_EQ(type(drivers, 1, 0, "ĄĆĘŁŃÓŚŹŻąćęłńóśźżßü"), "") << "20 characters of 40 bytes";
     EXPECT_EQ(type(drivers, 1, 0, ""), length);
     EXPECT_EQ(type(drivers, 0, 0, "1234"), "");
     EXPECT_EQ(drivers.column(0).text(0, context_), "1234");
 }
 
-TEST_F(NameEditing, DriversWithoutNamesMayStaySoInABlockThatNamesOthers) {
+TEST_F(NameEditing, PastedDriversMayStayNameless) {
     const DriverNamesTable& drivers = document_.drivers();
     document_.drivers().addMissing(Keys{"1", "2", "3"});
     const std::vector<std::size_t> columns{0, 1};
@@ -252,7 +218,7 @@ TEST_F(NameEditing, AKeyInUseIsKeptAndItsNameIsNot) {
     EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(0, context_), "Unknown #1");
 }
 
-TEST_F(NameEditing, ARowWithoutAKeyIsNobodys) {
+TEST_F(NameEditing, ARowWithoutAKeyIsUnused) {
     test::addTrip(document_, 1'700'000'000); // no driver was identified
     TVehicleNamesTable& vehicles = document_.vehicles();
     edits_.insertRows(vehicles.id(), 0);
@@ -262,7 +228,7 @@ TEST_F(NameEditing, ARowWithoutAKeyIsNobodys) {
     EXPECT_FALSE(vehicles.inUse(0));
 }
 
-TEST(SerialNumber, TypedOnesAreHeldAgainstTheirNeighboursBounds) {
+TEST(SerialNumber, TypedOnes) {
     for (const char* accepted : {"A-1234-B", "A-12X4-B", "A-123X-B", "A-X234-B", "A-1234-b"})
         EXPECT_TRUE(isAcceptedTyped(accepted)) << accepted;
     for (const char* refused : {"AA-99-A", "A-1X34-B", "a-1234-B", "A-1234-B ", "A-12.4-B", "A-123.-B", "A-.234-B",

@@ -78,7 +78,7 @@ TEST_F(TripReport, NamesBandsAndSharesTheTimeAmongThem) {
     EXPECT_DOUBLE_EQ(bars.parts[1].share, 0.4);
 }
 
-TEST_F(TripReport, SummarisesSamplesThatHaveAValueAndNoCodes) {
+TEST_F(TripReport, SummarisesSamples) {
     EXPECT_EQ(find<Grid>("Parameters").rows,
               (std::vector<Cells>{{"Engine Speed", "2.00 Seconds", "13.33 Hz", "50.00 Hz", "32.22 Hz"},
                                   {"Fuel System Status 1 / 2", "5.00 Seconds", "", "", ""}}));

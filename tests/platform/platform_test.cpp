@@ -50,18 +50,6 @@ protected:
     const fs::path folder_ = own_.path();
 };
 
-TEST_F(PlatformTest, OneWriterAndAnyReaders) {
-    const fs::path path = folder_ / "a";
-    put(path, "text");
-    auto writer = openFile(path, FileMode::ReadWrite);
-    ASSERT_TRUE(writer);
-    EXPECT_EQ(openFile(path, FileMode::ReadWrite).error().kind, ErrorKind::InUse);
-    EXPECT_TRUE(openFile(path, FileMode::Read));
-    EXPECT_EQ(get(path), "text");
-    *writer = nullptr;
-    EXPECT_TRUE(openFile(path, FileMode::ReadWrite));
-}
-
 TEST_F(PlatformTest, OpeningSaysWhatIsWrong) {
     EXPECT_EQ(openFile(folder_ / "none", FileMode::Read).error().kind, ErrorKind::NotFound);
     EXPECT_EQ(openFile(folder_, FileMode::Read).error().kind, ErrorKind::IsDirectory);

@@ -157,6 +157,13 @@ const std::vector<Row>& table() {
              Opening::Edit, View::NoColumn, false, Mending::Whole},
             {"A log's table cannot be read", [](V v) { v.cut(name(v.trips)); }, Opening::Read, View::NoLog, false,
              Mending::Whole},
+            {"A log's table says another number of rows",
+             [](V v) {
+                 Bytes content = v.stream(name(v.trips));
+                 std::fill_n(content.begin() + 5, 4, 0xFF);
+                 v.write(name(v.trips), content);
+             },
+             Opening::Read, View::NoLog, false, Mending::Whole},
             {"A log's table is missing", [](V v) { v.remove(name(v.trips)); }, Opening::Read, View::NoLog, false,
              Mending::Whole},
             {"A log's column cannot be read", [](V v) { v.garble(name(v.distance)); }, Opening::Edit, View::NoColumn,
@@ -409,14 +416,7 @@ protected:
         const Result<void> opened = document.open(path, TDocument::Access::Edit);
         ASSERT_TRUE(opened) << opened.error().detail;
     }
-    Streams readable() const {
-        Streams streams;
-        const auto file = compoundFile(victim_.path, FileMode::Read);
-        for (const std::string& stream : file->names())
-            if (auto content = file->read(stream))
-                streams[stream] = *std::move(content);
-        return streams;
-    }
+    Streams readable() const { return readableStreams(*compoundFile(victim_.path, FileMode::Read)); }
 
     TemporaryFolder folder_;
     Victim victim_{folder_ / "Test.car"};
@@ -470,7 +470,7 @@ INSTANTIATE_TEST_SUITE_P(Table, Damaged, testing::ValuesIn(table()), [](const au
     return name;
 });
 
-TEST(FailingDisk, AReadThatFailsForAWhileIsTriedAgainAndCostsNothing) {
+TEST(FailingDisk, FailedReadsAreTriedAgain) {
     const fs::path path = "/folder/Test.car";
     FaultFolder folder(1);
     TQuobrixDocument document(folder);

@@ -116,7 +116,7 @@ TEST_F(Repair, PutsALogTogetherAgainFromItsColumns) {
     }
 }
 
-TEST_F(Repair, MakesALostColumnAnEmptyOneOfTheRightLength) {
+TEST_F(Repair, EmptiesALostColumn) {
     const ObjectId distance = made_.trips().column<TTripLogDistanceColumn>().id();
     const auto whole = damaged_.streams;
     const std::function<void()> damages[] = {
@@ -140,7 +140,7 @@ TEST_F(Repair, MakesALostColumnAnEmptyOneOfTheRightLength) {
     }
 }
 
-TEST_F(Repair, MakesEmptyColumnsOfAMillionRowsInAllAndLeavesOutTheOthers) {
+TEST_F(Repair, LimitsEmptyColumns) {
     const ObjectId distance = made_.trips().column<TTripLogDistanceColumn>().id();
     constexpr std::uint32_t kRows = 400'000;
     stream(distance).resize(5 + 4 + 8 * kRows);
@@ -157,7 +157,7 @@ TEST_F(Repair, MakesEmptyColumnsOfAMillionRowsInAllAndLeavesOutTheOthers) {
     EXPECT_TRUE(mentions(result_.lost, "Trip Log", "\"Comments\""));
 }
 
-TEST_F(Repair, BelievesTheColumnsWhenATableSaysAnotherLength) {
+TEST_F(Repair, BelievesTheColumnsLength) {
     for (const std::uint8_t rows : std::initializer_list<std::uint8_t>{0, 2, 200}) {
         stream(made_.trips().id())[5] = rows;
         repair();
@@ -167,7 +167,7 @@ TEST_F(Repair, BelievesTheColumnsWhenATableSaysAnotherLength) {
     }
 }
 
-TEST_F(Repair, FindsAColumnAgainThatItsTableNamesWrongly) {
+TEST_F(Repair, FindsWronglyNamedColumns) {
     Bytes& table = stream(made_.trips().id());
     ByteReader in(table);
     in.bytes(5 + 8);
@@ -182,7 +182,7 @@ TEST_F(Repair, FindsAColumnAgainThatItsTableNamesWrongly) {
     EXPECT_EQ(trips().column<TTripLogDistanceColumn>().value(1), Value(12000.0));
 }
 
-TEST_F(Repair, TellsByTripWhichOwnedTablesAreLostAndLeavesTheirCellsEmpty) {
+TEST_F(Repair, TellsWhichTripsLostTables) {
     auto& samples = made_.trips().column<TTripLogSampleTableColumn>();
     const ObjectId speeds = samples.object(2)->speed().id();
     cut(samples.at(1));
@@ -210,7 +210,7 @@ TEST_F(Repair, GivesWhatTwoRecordsClaimToTheFirst) {
     EXPECT_EQ(trips().column<TTripLogSpeedBandsTableColumn>().object(0)->rowCount(), 5u);
 }
 
-TEST_F(Repair, TakesTheLogThatHasRecordsWhereALostOneWasBegunAnew) {
+TEST_F(Repair, TakesTheLogThatHasRecords) {
     // What an earlier version made of a lost entry in the index: a second, empty log, which the index names.
     TTripLogTable& second = static_cast<TTripLogTable&>(made_.store().create(TTripLogTable::kType));
     ASSERT_TRUE(made_.store().save(damaged_));
@@ -244,26 +244,6 @@ TEST_F(Repair, OfNothingIsAnEmptyDocument) {
     damaged_.write("7", {1, 2});
     repair();
     EXPECT_FALSE(result_.complete());
-}
-
-TEST_F(Repair, OfAFileIsEditableAndLeavesTheFileAlone) {
-    TemporaryFolder folder;
-    const std::filesystem::path file = folder / "Damaged.car", into = folder / "New.car";
-    ASSERT_TRUE(made_.saveAs(file));
-    const ObjectId trips = made_.trips().id();
-    made_.newDocument(); // lets go of the file
-    tamper(file, [&](CompoundFile& compound) { compound.remove(std::to_string(trips)), compound.remove("Version"); });
-    const Bytes before = *readFile(file, 1u << 20);
-    const Result<DocumentRepair> result = repairDocument(*compoundFile(file, FileMode::Read), into);
-    ASSERT_TRUE(result && result->complete());
-    EXPECT_EQ(*readFile(file, 1u << 20), before);
-    TQuobrixDocument document;
-    ASSERT_TRUE(document.open(into, TDocument::Access::Edit));
-    EXPECT_FALSE(document.readOnly());
-    EXPECT_EQ(document.trips().rowCount(), 3u);
-    addTrip(document, kStart + 86400);
-    ASSERT_TRUE(document.save());
-    EXPECT_TRUE(checkDocument(document).sound());
 }
 
 /// Files whose end, with allocation tables, directory or more, is cut off. Every trip has samples of its own.
@@ -342,7 +322,7 @@ protected:
     std::unique_ptr<ObjectStore> store_;
 };
 
-TEST_F(CutShort, AFileThatWasSavedOnceLosesWhatTheLostEndOfItsDirectoryNamed) {
+TEST_F(CutShort, SavedOnce) {
     repair(0, false);
     EXPECT_EQ(wholeTrips(), 20u);
     EXPECT_EQ(store_->objectCount(), made_.store().objectCount());
@@ -357,7 +337,7 @@ TEST_F(CutShort, AFileThatWasSavedOnceLosesWhatTheLostEndOfItsDirectoryNamed) {
     EXPECT_EQ(store_->singleton<TTripLogTable>().rowCount(), 20u);
 }
 
-TEST_F(CutShort, AFileThatWasSavedOftenIsAsItWasBeforeTheLastSave) {
+TEST_F(CutShort, SavedOften) {
     addTrips(3);
     ASSERT_TRUE(made_.save());
     repair(2048);
@@ -554,7 +534,7 @@ TEST_P(Shuffled, NoRecordIsGivenWhatIsAnothers) {
     EXPECT_EQ(expectNothingOfOthers(once), final_.size());
 }
 
-TEST_P(Shuffled, WithoutItsEndAFileIsAsItWasBeforeTheLastSaveOrRefused) {
+TEST_P(Shuffled, IsAsBeforeTheLastSaveOrRefused) {
     make();
     for (state_ = 1; state_ < states_.size(); ++state_) {
         const Bytes& bytes = states_[state_].first;

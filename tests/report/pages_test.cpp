@@ -75,7 +75,7 @@ TEST(Pages, HaveTextsAtTheirPlacesAndNumbers) {
     EXPECT_EQ(pages[0], expected);
 }
 
-TEST(Pages, TablesAndSectionsGoOnUnderTheirHeadings) {
+TEST(Pages, HeadingsAreRepeated) {
     const auto pages = pagesOf({"Log", {Heading{"Stops"}, numbers(50, {{"No."}, {"Time"}})}});
     ASSERT_EQ(pages.size(), 3u);
     Texts rows;
@@ -103,7 +103,7 @@ TEST(Pages, NoHeadingIsTheLastThingOnAPage) {
     }
 }
 
-TEST(Pages, ColumnsThatDoNotFitGoToFurtherPagesBehindTheFirst) {
+TEST(Pages, WideTablesTakeMorePages) {
     std::vector<Grid::Column> columns{{"No."}};
     Grid grid{columns, {{"1"}, {"2"}}};
     for (int i = 1; i < 40; ++i) {
@@ -169,7 +169,7 @@ TEST(Pages, PicturesAreMadeForThePaper) {
     EXPECT_EQ(bars, 60u);
 }
 
-TEST(Pages, AnEmptyReportIsOnePageAndAnEmptyTableHasItsHeadings) {
+TEST(Pages, EmptyReportsAndTables) {
     EXPECT_EQ(test::textsOf(pagesOf({"Log", {}})[0]), (Texts{"Log", "Log", "Page 1 of 1"}));
     EXPECT_EQ(bodyOf(pagesOf({"Log", {Heading{"None"}, Grid{{{"No."}}, {}}, Heading{"End"}}})[0]),
               (Texts{"Log", "None", "No.", "End"}));

@@ -39,7 +39,7 @@ TEST(RenderText, HasColumnsOfEvenWidthAndNoPictures) {
                                     "  First.\nSecond.\n");
 }
 
-TEST(RenderHtml, IsOnePageWithHeadingsTablesAndPicturesForEverybody) {
+TEST(RenderHtml, IsOneAccessiblePage) {
     const std::string html = renderHtml(report());
     for (const char* part :
          {"<!DOCTYPE html>", "<title>Trip &lt;1&gt;</title>", "<h1>Trip &lt;1&gt;</h1>\n<p>Before all sections.</p>\n",

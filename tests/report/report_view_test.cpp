@@ -1,13 +1,8 @@
 #include "report/ui/report_view.h"
 
-#include "report/render.h"
-
 #include <QAccessible>
-#include <QApplication>
-#include <QClipboard>
+#include <QImage>
 #include <QLabel>
-#include <QScrollBar>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -82,29 +77,6 @@ TEST_F(ReportViewTest, AValueStandsBesideItsNameWhicheverWayItIsRead) {
     while (left < image.width() && isBlank(left))
         ++left;
     EXPECT_LT(left, 20);
-}
-
-TEST_F(ReportViewTest, IsScrolledByTheKeyboardAndCopied) {
-    view_.setReport(report("Trip 1"));
-    QApplication::processEvents();
-    QScrollBar& bar = *view_.verticalScrollBar();
-    QTest::keyClick(&view_, Qt::Key_PageDown);
-    const int page = bar.value();
-    EXPECT_GT(page, 0);
-    QTest::keyClick(&view_, Qt::Key_End);
-    EXPECT_EQ(bar.value(), bar.maximum());
-    QTest::keyClick(&view_, Qt::Key_Home);
-    EXPECT_EQ(bar.value(), 0);
-    QTest::keyClick(&view_, Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), renderText(report("Trip 1")));
-
-    bar.setValue(page);
-    view_.setReport(report("Trip 1"));
-    QApplication::processEvents();
-    EXPECT_EQ(bar.value(), page) << "the same in other units";
-    view_.setReport(report("Trip 2"));
-    QApplication::processEvents();
-    EXPECT_EQ(bar.value(), 0);
 }
 
 } // namespace

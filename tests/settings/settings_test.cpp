@@ -103,17 +103,5 @@ TEST_F(SettingsTest, UndoRestoresDownToTheMark) {
     EXPECT_EQ(settings_->journalMark(), mark);
 }
 
-TEST_F(SettingsTest, DiscardForgetsWithoutWriting) {
-    settings_->enableJournal(true);
-    settings_->setInteger("S", "integer", 2, true);
-    settings_->discardTo(0);
-    settings_->undoTo(0);
-    EXPECT_EQ(settings_->getInteger("S", "integer", 0), 2);
-
-    settings_->enableJournal(false);
-    settings_->setInteger("S", "integer", 4, true);
-    EXPECT_EQ(settings_->journalMark(), 0u);
-}
-
 } // namespace
 } // namespace quobrix

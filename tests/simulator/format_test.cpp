@@ -60,18 +60,6 @@ TEST(LogImage, EveryCutIsRefused) {
     EXPECT_LE(accepted, splitRecords(logger.memory)->size()) << "only cuts between two records can be whole";
 }
 
-TEST(LogImage, FlippedBytesNeverOverrun) {
-    const Logger logger = loggerWithTrips(1, 4);
-    Bytes memory = logger.memory;
-    for (std::uint8_t& byte : memory)
-        for (const int flip : {0x01, 0x80, 0xFF}) {
-            byte = static_cast<std::uint8_t>(byte ^ flip);
-            (void)mainRecordSets(makeImage(logger.serial, {memory}));
-            byte = static_cast<std::uint8_t>(byte ^ flip);
-        }
-    EXPECT_EQ(memory, logger.memory);
-}
-
 TEST(PortFile, DamageIsNoticed) {
     Port port;
     port.attach("K-0042-B") = loggerWithTrips(1, 5);
@@ -88,41 +76,6 @@ TEST(PortFile, DamageIsNoticed) {
         ASSERT_FALSE(decodePort(flipped, Memories::Read)) << i;
         flipped[i] ^= 0x10;
     }
-}
-
-TEST(History, IsReproducibleAndInOrder) {
-    EXPECT_EQ(loggerWithTrips(40, 9).memory, loggerWithTrips(40, 9).memory);
-    const Logger logger = loggerWithTrips(400, 10);
-    EXPECT_NE(logger.memory, loggerWithTrips(400, 11).memory);
-    std::int32_t lastEnd = 0;
-    std::size_t trips = 0;
-    std::size_t stops = 0;
-    std::size_t troubles = 0;
-    const auto records = splitRecords(logger.memory);
-    ASSERT_TRUE(records);
-    for (const EncodedRecord& encoded : *records) {
-        const auto record = readRecord(encoded);
-        ASSERT_TRUE(record);
-        stops += std::holds_alternative<Stop>(*record);
-        troubles += std::holds_alternative<Trouble>(*record);
-        if (const Trip* trip = std::get_if<Trip>(&*record)) {
-            ++trips;
-            EXPECT_GT(trip->start, lastEnd);
-            EXPECT_GT(trip->end, trip->start + 60);
-            EXPECT_GT(trip->distance, 500);
-            EXPECT_LT(trip->maximumSpeed, 200);
-            lastEnd = trip->end;
-        }
-    }
-    EXPECT_EQ(trips, 400u);
-    EXPECT_EQ(lastEnd, 1700000000);
-    EXPECT_GT(stops, 0u);
-    EXPECT_GT(troubles, 0u);
-
-    Logger small;
-    small.capacity = 1024;
-    EXPECT_FALSE(generateHistory(small, {.trips = 5, .end = 1700000000}));
-    EXPECT_TRUE(small.memory.empty());
 }
 
 TEST(DriveReader, RefusesWithTheLine) {

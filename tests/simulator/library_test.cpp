@@ -83,9 +83,6 @@ TEST_F(SimulatorTest, SlowPort) {
 
 TEST_F(SimulatorTest, EachFunctionCanBeMadeToFail) {
     constexpr std::int32_t kOrdered = -77;
-    std::uint8_t enabled = 0;
-    std::int32_t number = 0;
-    char serial[QUOBRIX_SERIAL_SIZE];
     void* images[3] = {};
     ASSERT_EQ(QuobrixGetLogBuffer(0, &images[0], &images[1], &images[2]), QUOBRIX_OK);
     const Block owners[] = {Block(images[0]), Block(images[1]), Block(images[2])};
@@ -96,11 +93,6 @@ TEST_F(SimulatorTest, EachFunctionCanBeMadeToFail) {
     } cases[] = {
         {"OpenPort", [] { return QuobrixOpenPort(kPort); }},
         {"GetSerialNumberAndTime", [] { return probe(); }},
-        {"ConvertSerialNumberToInt", [&] { return QuobrixConvertSerialNumberToInt("K-0042-B", &number); }},
-        {"ConvertSerialNumberToString", [&] { return QuobrixConvertSerialNumberToString(number, serial); }},
-        {"LEDIsEnabled", [&] { return QuobrixLEDIsEnabled(&enabled); }},
-        {"EnableLED", [] { return QuobrixEnableLED(1); }},
-        {"SetTime", [] { return QuobrixSetTime(0); }},
         {"GetLogRecords",
          [&] {
              const std::int32_t result = QuobrixGetLogRecords(images[0], &first, &second);
@@ -128,14 +120,6 @@ TEST_F(SimulatorTest, EachFunctionCanBeMadeToFail) {
         EXPECT_EQ(results(0, false), (std::vector<std::int32_t>{kOrdered, kOrdered, kOrdered}));
         EXPECT_EQ(results(1, true), (std::vector<std::int32_t>{QUOBRIX_OK, kOrdered, QUOBRIX_OK}));
     }
-}
-
-TEST_F(SimulatorTest, DamagedFileIsAnErrorWithAText) {
-    const auto file = folder_ / "port-COM3.logger";
-    std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
-    const std::int32_t result = probe();
-    EXPECT_STREQ(QuobrixResultDescription(result), "The simulated logger's file is damaged");
-    EXPECT_EQ(QuobrixSetTime(0), result);
 }
 
 TEST_F(SimulatorTest, ConfigurationRoundTrips) {
@@ -172,79 +156,6 @@ TEST_F(SimulatorTest, SettingTheClockClearsTheMemory) {
     EXPECT_STREQ(serial, "K-0042-B");
     EXPECT_THAT(recordsOf(Download().trips), IsEmpty());
     EXPECT_THAT(Download().activityCodes(), ElementsAre(4));
-}
-
-TEST_F(SimulatorTest, ClearingLeavesOnlyItsTrace) {
-    change([](Port& port) { ASSERT_TRUE(generateHistory(*port.logger(), {.trips = 300, .end = 1700000000})); });
-    const auto stopCount = [] {
-        const Download download;
-        return recordsOf(download.stops[0]).size() + recordsOf(download.stops[1]).size();
-    };
-    EXPECT_GT(stopCount(), 1u);
-    EXPECT_EQ(QuobrixClearAccidentLogs(), QUOBRIX_OK);
-    EXPECT_EQ(stopCount(), 0u);
-    EXPECT_EQ(recordsOf(Download().trips).size(), 300u);
-    EXPECT_EQ(QuobrixClearLogs(), QUOBRIX_OK);
-    EXPECT_THAT(recordsOf(Download().trips), IsEmpty());
-    EXPECT_THAT(Download().activityCodes(), ElementsAre(5));
-    std::int32_t capacity = 0;
-    std::int32_t used = 0;
-    EXPECT_EQ(QuobrixGetMemoryInformation(&capacity, &used), QUOBRIX_OK);
-    EXPECT_LE(used, 300) << "a cleared logger counts as holding nothing";
-    EXPECT_GT(capacity, used);
-}
-
-TEST_F(SimulatorTest, DownloadsAreRepeatable) {
-    change([](Port& port) { ASSERT_TRUE(generateHistory(*port.logger(), {.trips = 100, .end = 1700000000})); });
-    const Download first;
-    const Download second;
-    for (const auto& set : {&Download::trips, &Download::events}) {
-        ASSERT_EQ((first.*set)->size, (second.*set)->size);
-        EXPECT_EQ(std::memcmp((first.*set).get(), (second.*set).get(), (first.*set)->size), 0);
-    }
-    change([](Port& port) { port.logger()->logsDownloads = true; });
-    const auto before = Download().activityCodes();
-    const auto after = Download().activityCodes();
-    EXPECT_EQ(after.size(), before.size() + 1);
-    EXPECT_EQ(after.back(), 6);
-}
-
-TEST_F(SimulatorTest, SettingsAreKept) {
-    std::uint8_t byte = 9;
-    std::int32_t number = 0;
-    EXPECT_EQ(QuobrixEnableLED(0), QUOBRIX_OK);
-    EXPECT_EQ(QuobrixLEDIsEnabled(&byte), QUOBRIX_OK);
-    EXPECT_EQ(byte, 0);
-    EXPECT_EQ(QuobrixEnableVinMode(0), QUOBRIX_OK);
-    EXPECT_EQ(QuobrixVinModeIsEnabled(&byte), QUOBRIX_OK);
-    EXPECT_EQ(byte, 0);
-    EXPECT_EQ(QuobrixSetBeepVolume(3), QUOBRIX_OK);
-    EXPECT_EQ(QuobrixGetBeepVolume(&number), QUOBRIX_OK);
-    EXPECT_EQ(number, 3);
-    EXPECT_EQ(QuobrixBeepIsEnabled(&byte), QUOBRIX_OK);
-    EXPECT_EQ(byte, 1);
-    EXPECT_EQ(QuobrixSetCarType(12), QUOBRIX_OK);
-    EXPECT_EQ(QuobrixGetCarType(&number), QUOBRIX_OK);
-    EXPECT_EQ(number, 12);
-    EXPECT_EQ(QuobrixGetTroubleByte(&byte), QUOBRIX_OK);
-    EXPECT_EQ(byte, 0);
-    EXPECT_EQ(QuobrixClearTroubleCodes(1), QUOBRIX_OK);
-    change([](Port& port) {
-        EXPECT_TRUE(port.logger()->armed);
-        port.logger()->product = "QBX-4730";
-    });
-    EXPECT_EQ(QuobrixVinModeIsEnabled(&byte), QUOBRIX_NO_VIN_MODE_ANSWER);
-}
-
-TEST_F(SimulatorTest, AnotherLoggerDoesNotDisturbTheFirst) {
-    EXPECT_EQ(QuobrixSetBeepVolume(7), QUOBRIX_OK);
-    change([](Port& port) { port.attach("A-0001-A"); });
-    std::int32_t volume = 0;
-    EXPECT_EQ(QuobrixGetBeepVolume(&volume), QUOBRIX_OK);
-    EXPECT_NE(volume, 7);
-    change([](Port& port) { port.attach("K-0042-B"); });
-    EXPECT_EQ(QuobrixGetBeepVolume(&volume), QUOBRIX_OK);
-    EXPECT_EQ(volume, 7);
 }
 
 TEST_F(SimulatorTest, SavedLogsAreImportedAndOtherFilesRefused) {
@@ -287,24 +198,6 @@ TEST_F(SimulatorTest, SavedLogsAreImportedAndOtherFilesRefused) {
     EXPECT_TRUE(refused());
     EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, utf8(folder_.path()).c_str()), QUOBRIX_OK);
     EXPECT_NE(QuobrixGetLogBufferFromFile(&buffer, std::string(261, 'a').c_str()), QUOBRIX_OK);
-}
-
-TEST(SerialNumber, EveryTextHasItsNumber) {
-    std::int32_t expected = 1;
-    std::string text = "A-0000-A";
-    for (text[0] = 'A'; text[0] <= 'Z'; ++text[0])
-        for (int digits = 0; digits < 10000; ++digits) {
-            std::snprintf(text.data() + 2, 5, "%04d", digits);
-            text[6] = '-';
-            for (text[7] = 'A'; text[7] <= 'Z'; ++text[7], ++expected) {
-                ASSERT_EQ(serialToNumber(text), expected);
-                ASSERT_EQ(serialToText(expected), text);
-            }
-        }
-    EXPECT_FALSE(serialToText(0));
-    EXPECT_FALSE(serialToText(expected));
-    for (const char* bad : {"", "AA-99-A", "a-0042-B", "K-004X-B", "K-0042-B ", "K_0042-B", "K-0042-["})
-        EXPECT_FALSE(serialToNumber(bad)) << bad;
 }
 
 } // namespace

@@ -71,28 +71,6 @@ TEST_F(Recorded, TicksHoldTheNewestReading) {
     EXPECT_EQ(recordAndDownload("seconds,speed_kmh\n0,12.5\n").trip(0).distance, 0);
 }
 
-TEST_F(Recorded, EventsBeginAndEndByTheFirstThreshold) {
-    // 9 km/h in a second stay below the first threshold, 10 exceed it, 16 stay below the second and 17 exceed it.
-    compare(steadyDrive({0, 9, 19, 29, 38, 48, 65, 75, 75, 65, 56, 39, 23, 13, 13, 3, 0, 17}));
-    const Download download = recordAndDownload(steadyDrive({0, 10, 27, 37, 37, 27, 11, 0}));
-    const QuobrixTripRecord& trip = download.trip(0);
-    EXPECT_THAT(arrayOf<std::uint32_t>(trip, trip.extremeAccelerations), ElementsAre(1));
-    EXPECT_EQ(trip.hardAccelerations.count, 0u);
-    EXPECT_THAT(arrayOf<std::uint32_t>(trip, trip.hardBrakes), ElementsAre(5));
-    EXPECT_EQ(trip.extremeBrakes.count, 0u);
-}
-
-TEST_F(Recorded, BandsIncludeTheirUpperEnd) {
-    compare(steadyDrive({0, 72, 73, 96, 97, 112, 113, 200, 0, 0}));
-    change([](Port& port) { port.logger()->configuration.bandLimit = {10, 20, 30}; });
-    // 16, 17 to 32, 33 to 48, and above
-    const Download download = recordAndDownload(steadyDrive({1, 16, 17, 32, 33, 48, 49, 0, 0}));
-    const QuobrixTripRecord& trip = download.trip(0);
-    EXPECT_THAT(trip.bandSeconds, ElementsAre(2, 2, 2, 1));
-    EXPECT_EQ(trip.idleSeconds, 1u) << "the last tick closes the trip";
-    EXPECT_NEAR(trip.bandLimit[0], 16.09344, 1e-9);
-}
-
 TEST_F(Recorded, SevereStopKeepsTwentySecondsBefore) {
     std::vector<int> speeds(30, 60);
     for (const int speed : {41, 35, 30, 25, 20, 15, 10, 5, 0, 0, 50, 40, 0, 41, 0})
@@ -137,33 +115,6 @@ TEST_F(Recorded, SeriesTakeTheNewestReading) {
     EXPECT_EQ(trip.series[2].samplingInterval, 60);
     EXPECT_THAT(arrayOf<double>(trip, trip.series[2].samples), ElementsAre(QUOBRIX_NO_VALUE));
     EXPECT_EQ(trip.series[3].parameter, 0);
-}
-
-TEST_F(Recorded, RealDrives) {
-    const char* const folder = std::getenv("QUOBRIX_DRIVES");
-    if (!folder || !std::filesystem::is_directory(folder))
-        GTEST_SKIP() << "QUOBRIX_DRIVES names no folder of drives";
-    const std::map<int, std::string> columns{{2, "engine_rpm"}, {3, "throttle_pct"}, {4, "coolant_c"}, {5, "load_pct"}};
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        if (entry.path().extension() != ".csv")
-            continue;
-        SCOPED_TRACE(entry.path().filename().string());
-        std::stringstream text;
-        text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-        compare(text.str());
-        const DriveSheet sheet(text.str());
-        const Download download;
-        const QuobrixTripRecord& trip = download.trip(0);
-        for (const QuobrixParameterSeries& series : trip.series) {
-            const auto samples = arrayOf<double>(trip, series.samples);
-            EXPECT_EQ(static_cast<int>(samples.size()), (trip.endTime - trip.startTime) / series.samplingInterval + 1);
-            for (std::size_t i = 0; i < samples.size(); i += samples.size() / 20 + 1) {
-                const std::string& name = columns.at(series.parameter);
-                const int row = sheet.newest(static_cast<double>(i) * series.samplingInterval, name);
-                EXPECT_EQ(samples[i], row < 0 ? QUOBRIX_NO_VALUE : sheet.number(name, static_cast<std::size_t>(row)));
-            }
-        }
-    }
 }
 
 } // namespace

@@ -33,6 +33,14 @@ inline Streams streamsOf(const StreamReader& file) {
     }
     return streams;
 }
+/// Those that can be read.
+inline Streams readableStreams(const StreamReader& file) {
+    Streams streams;
+    for (const std::string& name : file.names())
+        if (auto content = file.read(name))
+            streams[name] = *std::move(content);
+    return streams;
+}
 /// All streams of the compound file PATH.
 inline Streams streamsOf(const std::filesystem::path& path) { return streamsOf(*compoundFile(path, FileMode::Read)); }
 

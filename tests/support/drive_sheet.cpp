@@ -31,14 +31,6 @@ DriveSheet::DriveSheet(const std::string& csv) {
     }
 }
 
-int DriveSheet::newest(double second, const std::string& name) const {
-    int found = -1;
-    for (std::size_t row = 0; row < rows() && number("seconds", row) <= second; ++row)
-        if (!column.at(name)[row].empty())
-            found = static_cast<int>(row);
-    return found;
-}
-
 ExpectedTrip::ExpectedTrip(const DriveSheet& sheet) {
     // Rows are visited once: the drives are long, and a search for every second would take minutes.
     std::size_t row = 0;

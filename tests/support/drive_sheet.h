@@ -17,9 +17,6 @@ struct DriveSheet {
 
     double number(const std::string& name, std::size_t row) const { return std::stod(column.at(name)[row]); }
     std::size_t rows() const { return column.at("seconds").size(); }
-
-    /// The newest row at or before SECOND for which the column NAME has a cell; -1 if there is none.
-    int newest(double second, const std::string& name) const;
 };
 
 /// What a logger with the factory's limits and thresholds has to record of a drive. Times in s from its start.

@@ -74,8 +74,6 @@ private:
 
 std::unique_ptr<File> FaultDisk::file() { return std::make_unique<FaultFile>(*this); }
 
-bool FaultDisk::fails() { return ++operations, failAt != 0 && operations >= failAt && operations < failAt + failures; }
-
 void FaultDisk::changed() {
     ++changes;
     if (afterEachChange)

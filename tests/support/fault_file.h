@@ -8,8 +8,26 @@
 
 namespace quobrix::test {
 
-/// A disk that remembers what is durable and what is only on its way, and fails when told to.
-class FaultDisk {
+/// Counts operations and makes some fail: number failAt (from 1) and failures - 1 after it.
+struct FailingOperations {
+    std::size_t failAt = 0;
+    std::size_t failures = 1;
+    ErrorKind failWith = ErrorKind::Io;
+    std::size_t operations = 0;
+    bool failed = false; ///< any has
+
+    bool fails() {
+        ++operations;
+        const bool now = failAt != 0 && operations >= failAt && operations < failAt + failures;
+        failed = failed || now;
+        return now;
+    }
+};
+
+/// A disk that remembers what is durable and what is only on its way, and fails when told to: reads, writes, sizes,
+/// cuts and flushes. A failing write leaves a part; after a failing flush the writes before it may never become
+/// durable.
+class FaultDisk : public FailingOperations {
 public:
     /// CONTENT is there, durably.
     explicit FaultDisk(unsigned seed, const Bytes& content = {})
@@ -31,12 +49,6 @@ public:
 
     /// Called after each write, cut and flush that succeeds.
     std::function<void()> afterEachChange;
-    /// Fails operation number failAt (reads, writes, sizes, cuts and flushes count, from 1) and failures - 1 after it.
-    /// A failing write leaves a part; after a failing flush the writes before it may never become durable.
-    std::size_t failAt = 0;
-    std::size_t failures = 1;
-    ErrorKind failWith = ErrorKind::Io;
-    std::size_t operations = 0;
     std::size_t changes = 0; ///< writes, cuts and flushes that succeeded
 
     std::unique_ptr<File> file();
@@ -48,7 +60,6 @@ private:
         Bytes bytes;
     };
 
-    bool fails();
     void changed();
     static void apply(Bytes& to, const Write& write, std::size_t begin, std::size_t end);
     void applySome(Bytes& to);

@@ -78,13 +78,6 @@ FaultFolder::FaultFolder(unsigned seed, const Image& image) : random_(seed), see
     durable_ = names_;
 }
 
-bool FaultFolder::fails() {
-    ++operations;
-    const bool now = failAt != 0 && operations >= failAt && operations < failAt + failures;
-    failed = failed || now;
-    return now;
-}
-
 std::shared_ptr<FaultFolder::Inode> FaultFolder::make(const Bytes& content) {
     ++inodes_;
     return std::make_shared<Inode>(

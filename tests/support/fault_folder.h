@@ -8,9 +8,9 @@
 
 namespace quobrix::test {
 
-/// A folder on a disk that loses power, fails and fills up when told to. Its files are FaultDisks; what was done to its
-/// names is durable only once the folder has been flushed.
-class FaultFolder final : public FileSystem {
+/// A folder on a disk that loses power, fails (on files and on names) and fills up when told to. Its files are
+/// FaultDisks; what was done to its names is durable only once the folder has been flushed.
+class FaultFolder final : public FileSystem, public FailingOperations {
 public:
     using Image = std::map<std::filesystem::path, Bytes>;
 
@@ -27,12 +27,6 @@ public:
 
     /// Called after each change of a file or a name.
     std::function<void()> afterEachChange;
-    /// Fails operation number failAt (on files and on names, from 1) and failures - 1 after it.
-    std::size_t failAt = 0;
-    std::size_t failures = 1;
-    ErrorKind failWith = ErrorKind::Io;
-    std::size_t operations = 0;
-    bool failed = false; ///< any has
     /// Bytes that all files together may have.
     std::uint64_t capacity = std::numeric_limits<std::uint64_t>::max();
     bool tellsFreeSpace = true;
@@ -66,7 +60,6 @@ private:
     /// Names that one call changed: each leads to a file or to none.
     using Change = std::vector<std::pair<std::filesystem::path, std::shared_ptr<Inode>>>;
 
-    bool fails();
     std::shared_ptr<Inode> make(const Bytes& content);
     void change(Change names);
     void changed();

@@ -99,15 +99,6 @@ TEST_F(Failures, NoPermission) {
         GTEST_SKIP() << "nothing can be denied to this user";
 }
 
-TEST_F(Failures, ATruncatedDocument) {
-    const std::string whole = contentOf(folder_ / "Doc.car");
-    for (const std::size_t size : {whole.size() / 100, whole.size() / 2, whole.size() - 512}) {
-        std::ofstream(folder_ / "Short.car", std::ios::binary) << whole.substr(0, size);
-        expectOneLine(cli(into("Short.car")), "because it is damaged");
-        EXPECT_TRUE(contentOf(folder_ / "Short.car") == whole.substr(0, size));
-    }
-}
-
 TEST_F(Failures, NoLibrary) {
     const std::string before = contentOf(folder_ / "Doc.car");
     std::ofstream(folder_ / "text.so") << "no library";

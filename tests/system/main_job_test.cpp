@@ -1,5 +1,7 @@
 /// From a drive through the logger and the command line to the document's figures, which are compared with a
 /// computation of the test's own from the drive's text.
+#include "model/quobrix_document.h"
+#include "support/document_streams.h"
 #include "support/drive_sheet.h"
 #include "system/programs.h"
 
@@ -85,6 +87,31 @@ TEST_F(MainJob, MadeUpDrivesComeOutAsComputed) {
     // Both sides of every limit of the speed bands.
     compareText("bands.csv",
                 steadyDrive({0, 0, 36, 72, 73, 96, 97, 112, 113, 118, 112, 130, 125, 113, 96, 72, 50, 30}));
+}
+
+TEST_F(MainJob, SavedAgainItIsTheSame) {
+    attachHistory("COM3", "K-0042-B", 20);
+    ASSERT_EQ(download("Doc.car").exitCode, 0);
+    const Streams before = streamsOf(folder_ / "Doc.car");
+    TQuobrixDocument document;
+    ASSERT_TRUE(document.open(folder_ / "Doc.car", TDocument::Access::Edit));
+    for (const ObjectId id : document.store().objectIds()) {
+        ASSERT_NE(document.store().find(id), nullptr) << id;
+        document.store().find(id)->setModified();
+    }
+    ASSERT_TRUE(document.save());
+    EXPECT_TRUE(streamsOf(folder_ / "Doc.car") == before);
+    ASSERT_TRUE(document.saveAs(folder_ / "Copy.car"));
+    EXPECT_TRUE(streamsOf(folder_ / "Copy.car") == before);
+    // What a download without news leaves: only its time.
+    auto* const downloads = document.store().existingSingleton<TDownloadTable>();
+    ASSERT_TRUE(downloads);
+    const std::string time = std::to_string(downloads->column<TDownloadTableMostRecentDownloadColumn>().id());
+    document.newDocument();
+    EXPECT_TRUE(download("Doc.car").out.starts_with("Nothing new. Already present: 20 trips"));
+    Streams after = streamsOf(folder_ / "Doc.car");
+    after[time] = before.at(time);
+    EXPECT_TRUE(after == before);
 }
 
 TEST_F(MainJob, RealDrivesComeOutAsComputed) {

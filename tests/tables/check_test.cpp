@@ -49,7 +49,7 @@ TEST_F(Checking, OnlyListedSelectionsAreValid) {
     EXPECT_EQ(textOf(SampleTable::Colour, std::int64_t{4}), "This is not a valid selection.");
 }
 
-TEST_F(Checking, RepeatedKeysAreErrorsAndRepeatedNamesWarnings) {
+TEST_F(Checking, RepeatedKeysAndNames) {
     table_.insertRows(0, 4);
     table_.column<SampleKey>().setAll({"Ärger", "äRGER", "b", ""});
     table_.column<SampleName>().setAll({"Joe", "Ann", "JOE", ""});

@@ -37,7 +37,7 @@ TEST_F(Finding, GoesRowByRowFromTheCellBehind) {
 }
 
 /// However it goes about it, what it finds is the first cell in the direction of the search.
-TEST_F(Finding, FindsTheNextCellFromAnyOtherAmongManyRows) {
+TEST_F(Finding, FindsTheNextCellFromAnyOther) {
     constexpr std::size_t kRows = 37, kColumns = 3;
     SampleTable table(kRows);
     const std::vector<const Column*> columns = {&table.column(SampleTable::Name), &table.column(SampleTable::Key),
@@ -98,14 +98,6 @@ TEST_F(Finding, FindsWhatTheFoldedTextHolds) {
                 found.push_back(hit->row);
             EXPECT_EQ(found, expected) << needle;
         }
-}
-
-TEST_F(Finding, ReadsCellsAsTheyAreShownAndInThatOrder) {
-    units_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
-    EXPECT_EQ(find("72 kph"), (CellPlace{1, 1}));
-    order_ = {3, 1, 0};
-    EXPECT_EQ(find("anna"), (CellPlace{0, 0}));
-    EXPECT_EQ(find("berta"), std::nullopt) << "a row that is not shown";
 }
 
 } // namespace

@@ -22,14 +22,6 @@ TEST(RangeText, IsWrittenByItsForm) {
     EXPECT_EQ(text({7, 7, Form::Open}), "7");
 }
 
-TEST(RangeText, CountsUseTheLetterN) {
-    TUnitSystem units;
-    const TimeZone zone;
-    EXPECT_EQ(countRangeText({1, 20}, {units, zone}), "1 <= n <= 20");
-    EXPECT_EQ(countRangeText({5, 5}, {units, zone}), "5");
-    EXPECT_EQ(countRangeText({2, CountRange::kUnlimited}, {units, zone}), "2 <= n <= +Infinity");
-}
-
 TEST(Range, HasItsBoundsByItsForm) {
     EXPECT_TRUE(Range({0, 1, Form::Closed}).contains(0) && Range({0, 1, Form::Closed}).contains(1));
     EXPECT_FALSE(Range({0, 1, Form::Open}).contains(0) || Range({0, 1, Form::Open}).contains(1));
@@ -60,14 +52,6 @@ TEST_F(RequirementsText, SaysWhatEachKindOfColumnTakes) {
               std::string::npos);
     EXPECT_NE(of(SampleTable::Recorded).find("\n\nThis is not editable; see Help for more information."),
               std::string::npos);
-}
-
-TEST_F(RequirementsText, ShowsRangesInTheCurrentUnit) {
-    units_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
-    EXPECT_EQ(
-        of(SampleTable::Speed),
-        "A real number, such as -1.1, 0 or 10.0e+3.\n\nRequired? No. This is optional.\n\n"
-        "Required Range : 0 kph <= x <= 255 kph\n\nRecommended Range : 0 kph <= x <= 100 kph\n\nUnit Type : Speed");
 }
 
 } // namespace

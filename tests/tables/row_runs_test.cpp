@@ -11,7 +11,7 @@ TEST(RowRuns, AreTheRowsThatLieTogether) {
     EXPECT_EQ(runsOf(std::vector<RowIndex>{0, 1, 1, 3, 7, 8}), (RowRuns{{0, 2}, {3, 1}, {7, 2}}));
 }
 
-TEST(RowRuns, TakeRowsOutAndPutThemBackAmongTheOthers) {
+TEST(RowRuns, TakeRowsOutAndPutThemBack) {
     std::mt19937 random(7);
     for (int round = 0; round < 300; ++round) {
         const std::size_t count = 1 + random() % 40;

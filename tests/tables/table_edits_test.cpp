@@ -35,20 +35,6 @@ protected:
     Listener listener_;
 };
 
-TEST_F(Edits, TypingIsCheckedRecordedAndTold) {
-    EXPECT_EQ(type(SampleTable::Key, 1, "one"), "");
-    EXPECT_EQ(text(SampleTable::Key, 1), "one");
-    ASSERT_EQ(listener_.changes.size(), 1u);
-    EXPECT_EQ(listener_.changes[0].rows.front().first, 1u);
-    EXPECT_EQ(edits_.undoDescription(), "typing in Key");
-    edits_.undo();
-    EXPECT_EQ(text(SampleTable::Key, 1), "");
-    EXPECT_EQ(edits_.redoDescription(), "typing in Key");
-    edits_.redo();
-    EXPECT_EQ(text(SampleTable::Key, 1), "one");
-    EXPECT_EQ(listener_.changes.size(), 3u);
-}
-
 TEST_F(Edits, RefusedTypingChangesNothing) {
     type(SampleTable::Key, 0, "one");
     const Bytes before = table_.bytes();
@@ -81,27 +67,6 @@ TEST_F(Edits, WhatStaysTheSameIsNoStep) {
     EXPECT_FALSE(edits_.canUndo());
 }
 
-TEST_F(Edits, PastesAllOrNothing) {
-    const Bytes before = table_.bytes();
-    const EditOutcome refused = paste({SampleTable::Key, SampleTable::Count}, 0, "a\t1\nb\tx\n");
-    EXPECT_EQ(refused.refusal, "Hey, that's not an integer!");
-    EXPECT_EQ(refused.column, static_cast<std::size_t>(SampleTable::Count));
-    EXPECT_EQ(refused.row, 1u);
-    EXPECT_EQ(paste({SampleTable::Key}, 0, "a\nA\n").refusal, "This value must be unique (case insensitive).");
-    EXPECT_EQ(paste({SampleTable::Key}, 0, "a\tb").refusal, kIncompatiblePaste);
-    EXPECT_EQ(paste({SampleTable::Key}, 0, "1\n2\n3\n4\n5\n6").refusal,
-              "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.");
-    EXPECT_EQ(table_.bytes(), before);
-    EXPECT_FALSE(edits_.canUndo());
-
-    ASSERT_TRUE(paste({SampleTable::Key, SampleTable::Count, SampleTable::Number}, 2, "x\t1\t9\ny\t2\t9\n").ok());
-    EXPECT_EQ(table_.rowCount(), 4u) << "a row was added for the second line";
-    EXPECT_EQ(text(SampleTable::Key, 3) + text(SampleTable::Count, 3) + text(SampleTable::Number, 3), "y24");
-    edits_.undo();
-    EXPECT_EQ(table_.bytes(), before);
-    EXPECT_FALSE(edits_.canUndo()) << "a paste is one step";
-}
-
 TEST_F(Edits, KeysMayChangePlacesInOnePaste) {
     ASSERT_TRUE(paste({SampleTable::Key}, 0, "a\nb\nc").ok());
     EXPECT_TRUE(paste({SampleTable::Key}, 0, "b\na").ok());
@@ -109,7 +74,7 @@ TEST_F(Edits, KeysMayChangePlacesInOnePaste) {
     EXPECT_FALSE(paste({SampleTable::Key}, 0, "c").ok());
 }
 
-TEST_F(Edits, TheFirstRowThatRepeatsAnotherIsNamedWhateverOrderCellsComeIn) {
+TEST_F(Edits, NamesTheFirstRepeatedRow) {
     type(SampleTable::Key, 1, "taken");
     const auto set = [&](std::vector<std::pair<RowIndex, const char*>> cells) {
         std::vector<CellEdit> edits;
@@ -122,23 +87,6 @@ TEST_F(Edits, TheFirstRowThatRepeatsAnotherIsNamedWhateverOrderCellsComeIn) {
     EXPECT_TRUE(set({{2, "second"}, {2, "third"}, {0, "second"}}).ok()) << "the last value of a cell counts";
     EXPECT_EQ(text(SampleTable::Key, 2), "third");
     EXPECT_EQ(text(SampleTable::Key, 0), "second");
-}
-
-TEST_F(Edits, RowsComeAndGoWithinTheLimits) {
-    ASSERT_TRUE(paste({SampleTable::Key}, 0, "a\nb\nc").ok());
-    const Bytes before = table_.bytes();
-    EXPECT_EQ(edits_.insertRows(kNoObject, 1, 2).notice,
-              "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.");
-    EXPECT_FALSE(edits_.insertRows(kNoObject, 0).ok());
-    EXPECT_EQ(text(SampleTable::Key, 3), "b");
-    EXPECT_TRUE(edits_.removeRows(kNoObject, {4, 0, 2}).ok());
-    EXPECT_EQ(edits_.undoDescription(), "deleting 3 rows");
-    EXPECT_EQ(text(SampleTable::Key, 0) + "," + text(SampleTable::Key, 1), ",b");
-    EXPECT_EQ(edits_.removeRows(kNoObject, {0, 1}).refusal,
-              "Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows.");
-    edits_.undo();
-    edits_.undo();
-    EXPECT_EQ(table_.bytes(), before);
 }
 
 TEST_F(Edits, AGroupIsOneStepOrNone) {
@@ -180,7 +128,7 @@ TEST_F(Edits, HistoryTakesMemoryForWhatChanged) {
     EXPECT_LT(edits.historySize(), 1000u);
 }
 
-TEST_F(Edits, HistoryKeepsTheNewestStepsOfSoManyAndSoMuchMemory) {
+TEST_F(Edits, HistoryHasLimits) {
     const auto undoable = [&] {
         std::size_t steps = 0;
         for (; edits_.canUndo(); ++steps)
@@ -205,17 +153,6 @@ TEST_F(Edits, HistoryKeepsTheNewestStepsOfSoManyAndSoMuchMemory) {
     ASSERT_EQ(type(SampleTable::Key, 0, std::string(TableEdits::kMostBytes, 'x')), "");
     EXPECT_EQ(undoable(), 1u) << "however much the newest step takes";
     edits_.clear();
-}
-
-TEST_F(Edits, DeletingIsRefusedInTheWordsOfWhatIsSelected) {
-    EXPECT_EQ(cannotDelete(SampleTable(0), {.wholeRows = {0}}), "Unable to delete. This spreadsheet is empty.");
-    EXPECT_EQ(cannotDelete(table_, {}), "Unable to delete. No rows or cells have been selected.");
-    EXPECT_EQ(cannotDelete(table_, {.otherCells = true, .onReadOnlyCell = true}),
-              "Unable to delete. This cell is read-only and cannot be edited or deleted.");
-    EXPECT_EQ(cannotDelete(table_, {.wholeRows = {0}, .otherCells = true}),
-              "Unable to delete. Only entire rows can be deleted.");
-    EXPECT_EQ(cannotDelete(table_, {.wholeRows = {0}}), "");
-    EXPECT_NE(cannotDelete(SampleTable(2, {}), {.wholeRows = {0}}), "") << "records";
 }
 
 constexpr auto kOptions = kTypesOf<SampleFlag, SampleSpeed, SampleName>;

@@ -36,7 +36,7 @@ TEST(Texts, AreEnglishWithoutATranslation) {
         EXPECT_EQ(counted(SourceText("trip"), SourceText("trips"), count), expected);
 }
 
-TEST(Texts, AreTranslatedWithTheirPlacesInTheLanguagesOrder) {
+TEST(Texts, AreTranslatedInTheLanguagesOrder) {
     setCatalogue(std::make_shared<FewTexts>(std::map<std::string, std::string, std::less<>>{
         {"saved", "gesichert"},
         {"Quobrix Detected on {} : {}", "{1} an {0}"},

@@ -31,15 +31,6 @@ TEST(TimeZone, BerlinAcrossTheYear) {
     EXPECT_EQ(berlin.toUtc({2026, 2, 31, 12, 0}), utc({2026, 3, 3, 11, 0}));
 }
 
-TEST(TimeZone, NewYorkAcrossTheYear) {
-    const TimeZone newYork = zone(kNewYork);
-    EXPECT_EQ(newYork.toLocal(utc({2026, 3, 8, 6, 59, 59})), (DateTime{2026, 3, 8, 1, 59, 59}));
-    EXPECT_EQ(newYork.toLocal(utc({2026, 3, 8, 7, 0, 0})), (DateTime{2026, 3, 8, 3, 0, 0}));
-    EXPECT_EQ(newYork.toUtc({2026, 3, 8, 2, 30}), utc({2026, 3, 8, 7, 30}));
-    EXPECT_EQ(newYork.toUtc({2026, 11, 1, 1, 30}), utc({2026, 11, 1, 5, 30}));
-    EXPECT_EQ(newYork.toLocal(utc({2026, 11, 1, 6, 30})), (DateTime{2026, 11, 1, 1, 30}));
-}
-
 TEST(TimeZone, EveryHourComesBack) {
     for (const char* rule : {kBerlin, kNewYork, "NZST-12NZDT,M9.5.0,M4.1.0/3", "<-03>3<-02>,M3.5.0/-1,M10.5.0/0",
                              "IST-5:30", "AAA4BBB,J60/0,300/1:30:15"}) {

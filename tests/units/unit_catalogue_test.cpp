@@ -15,35 +15,6 @@ namespace {
 
 // The figures of all units, which files refer to by number, are pinned in docs/units.md: units_document_is_current.
 
-TEST(UnitCatalogue, LabelsAreTheNames) {
-    EXPECT_EQ(unitRecord(UnitId::MilePerHour).label, " MPH");
-    EXPECT_EQ(allUnits()[6].label, "") << "a plain number";
-}
-
-TEST(UnitCatalogue, TypesOfferTheirUnitsInOrder) {
-    const auto names = [](UnitTypeId id) {
-        std::string text;
-        for (const UnitId unit : unitTypeRecord(id).units)
-            text.append(text.empty() ? "" : ",").append(unitRecord(unit).name);
-        return text;
-    };
-    EXPECT_EQ(names(UnitTypeId::Acceleration), "m/s²,G,ft/s²");
-    EXPECT_EQ(names(UnitTypeId::SecondAcceleration), "m/s²,ft/s²,G");
-    EXPECT_EQ(names(UnitTypeId::Pressure), "Pa,kPa,MPa,GPa,psi,kpsi,Mpsi,in Hg,mm Hg,in H2O");
-    EXPECT_EQ(names(UnitTypeId::Fuel), "Liter,Gallon");
-    EXPECT_EQ(names(UnitTypeId::ByteCount), "bits,MB,KB,bytes,TB,PB,Mb,Kb,Tb,Pb,nybbles");
-    EXPECT_EQ(unitTypeRecord(UnitTypeId(45)).name, unitTypeRecord(UnitTypeId(28)).name);
-    // Only the fixed decimals and the three liquid densities repeat a name.
-    std::multiset<std::string_view> seen;
-    for (const UnitRecord& unit : allUnits())
-        seen.insert(unit.name);
-    for (const std::string_view name : seen)
-        EXPECT_EQ(seen.count(name), name.empty() || name == "%"                               ? 10u
-                                    : name == "kg/m³" || name == "lbm/ft³" || name == "g/cm³" ? 2u
-                                                                                              : 1u)
-            << name;
-}
-
 TEST(UnitCatalogue, OffersTypesWithAChoiceSortedByName) {
     const std::vector<UnitTypeId> offered = offeredUnitTypes();
     EXPECT_EQ(offered.size(), kUnitTypeCount - 20 - 2); // without the fixed decimals and the two single-unit times

@@ -74,18 +74,6 @@ TEST_F(UnitStore, NewRenamedAndDeletedSystems) {
     EXPECT_FALSE(fs::exists(folders_.program / u8"Ma\u00DFe.us"));
 }
 
-TEST_F(UnitStore, ACopyHasTheChanges) {
-    ASSERT_TRUE(store_.loadSystem("U.S."));
-    system_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
-    ASSERT_TRUE(store_.saveChanges()) << "a locked system's are passed over";
-    ASSERT_TRUE(store_.newSystem("Mine", "U.S."));
-    EXPECT_FALSE(system_.modified() || system_.locked());
-    ASSERT_TRUE(store_.loadSystem("U.S."));
-    EXPECT_EQ(system_.unit(UnitTypeId::Speed), UnitId::MilePerHour);
-    ASSERT_TRUE(store_.loadSystem("Mine"));
-    EXPECT_EQ(system_.unit(UnitTypeId::Speed), UnitId::KilometrePerHour);
-}
-
 TEST_F(UnitStore, RefusesNamesThatNoFileCanHaveOrThatExist) {
     const auto refusal = [&](std::string_view name) { return store_.checkName(name)->id; };
     for (const char* name : {"", "  "})

@@ -89,41 +89,6 @@ TEST(UnitSystem, DiametersAsFractions) {
     EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Diameter, drill), "0.73 in");
 }
 
-TEST(UnitSystem, GivesAnExampleOfEveryTypeWithAChoice) {
-    TUnitSystem system;
-    for (const UnitTypeId type : offeredUnitTypes())
-        EXPECT_NE(unitExample(system, type), "") << unitTypeRecord(type).name;
-    system.setUnit(UnitTypeId::Speed, UnitId::MilePerHour);
-    system.setUnit(UnitTypeId::Date, UnitId::DayMonthYear);
-    EXPECT_EQ(unitExample(system, UnitTypeId::Speed), "26.8224 m/s shows as 60 MPH");
-    EXPECT_EQ(unitExample(system, UnitTypeId::Date), "March 4, 2009 shows as 04/03/2009");
-    EXPECT_EQ(unitExample(system, UnitTypeId::Time), "15:04 shows as 03:04 PM");
-    EXPECT_EQ(unitExample(system, UnitTypeId::P2), "");
-}
-
-TEST(UnitSystem, WritesIntoTheCallersBuffer) {
-    TUnitSystem system;
-    ValueText buffer;
-    const std::string_view text = system.formatValueWithUnits(UnitTypeId::Distance, 12.345, buffer);
-    EXPECT_EQ(text, "12.35 m");
-    EXPECT_EQ(text.data(), buffer.data());
-    EXPECT_EQ(system.formatValueWithUnits(UnitTypeId::Distance, 12.345, std::span(buffer).first(6)), "12.35");
-}
-
-TEST(UnitSystem, TellsListenersInOrderWhatChanged) {
-    TUnitSystem system;
-    std::string log;
-    Recorder a("a", log), b("b", log);
-    system.addListener(a);
-    system.addListener(b);
-    system.setUnit(UnitTypeId::Fuel, UnitId::Gallon);
-    system.setDecimals(UnitTypeId::Fuel, 3);
-    system.setFractionDiameters(true);
-    system.setFractionDiameters(true);
-    system.replace({});
-    EXPECT_EQ(log, "a1(Fuel)b1(Fuel)a2(Fuel)b2(Fuel)a3b3a0b0");
-}
-
 TEST(UnitSystem, ListenersMayLeaveAndComeWhileCalled) {
     TUnitSystem system;
     std::string log;

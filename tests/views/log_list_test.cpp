@@ -2,25 +2,14 @@
 
 #include "support/view_fixture.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QHeaderView>
-#include <QTest>
 
 namespace quobrix {
 namespace {
 
 class LogListTest : public test::ViewTest {
 protected:
-    /// Trips whose distances in m, as texts, would sort otherwise.
-    void addTrips(std::initializer_list<double> distances) {
-        for (const double distance : distances) {
-            const RowIndex row = document_.trips().rowCount();
-            document_.trips().insertRows(row, 1);
-            document_.trips().column<TTripLogStartTimeColumn>().set(row, static_cast<std::int32_t>(row) * 3600);
-            document_.trips().column<TTripLogDistanceColumn>().set(row, distance);
-        }
-    }
     template <class C>
     ShownColumn shown() {
         return {&document_.trips().column<C>()};
@@ -53,40 +42,7 @@ TEST_F(LogListTest, AnswersFromItsColumns) {
     EXPECT_EQ(header(3, Qt::UserRole), "TTripLogPanicBrakesSummaryColumn");
 }
 
-TEST_F(LogListTest, SortsByBaseValueAndLeavesTheStoredOrder) {
-    addTrips({900, 12'000, 3'000});
-    SpreadsheetModel model(context_.text());
-    model.setColumns({shown<TTripLogRecordColumn>(), shown<TTripLogDistanceColumn>()});
-    const auto order = [&] {
-        QString trips;
-        for (int row = 0; row < model.rowCount(); ++row)
-            trips += model.index(row, 0).data().toString();
-        return trips;
-    };
-    EXPECT_EQ(order(), "123");
-    model.sort(1);
-    EXPECT_EQ(order(), "132");
-    model.sort(1, Qt::DescendingOrder);
-    EXPECT_EQ(order(), "231");
-    model.sort(-1);
-    EXPECT_EQ(order(), "123");
-    EXPECT_EQ(document_.trips().column<TTripLogDistanceColumn>().at(0), 900);
-}
-
-TEST_F(LogListTest, CellsBeyondAShorterColumnAreEmpty) {
-    const RowIndex trip = test::addTrip(document_, 0);
-    auto& trips = document_.trips();
-    auto& bands = *trips.column<TTripLogSpeedBandsTableColumn>().object(trip);
-    auto& times = *trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(trip);
-    times.setAll({1, 2});
-    SpreadsheetModel model(context_.text());
-    model.setColumns({{&bands.column<TTripLogSpeedBandFromColumn>()}, {&times}});
-    EXPECT_EQ(model.rowCount(), 5);
-    EXPECT_EQ(model.index(1, 1).data().toString(), "00:00:02");
-    EXPECT_EQ(model.index(2, 1).data().toString(), "");
-}
-
-TEST_F(LogListTest, TheListKeepsItsCurrentRecordWhereverItMoves) {
+TEST_F(LogListTest, KeepsItsCurrentRecord) {
     test::addTrip(document_, 2'000);
     test::addTrip(document_, 3'000);
     LogList list(context_, logSpec(LogId::Trips));
@@ -109,27 +65,7 @@ TEST_F(LogListTest, TheListKeepsItsCurrentRecordWhereverItMoves) {
     EXPECT_EQ(list.currentRow(), std::nullopt);
 }
 
-TEST_F(LogListTest, RemembersOrderWidthsAndSorting) {
-    addTrips({900, 12'000, 3'000});
-    {
-        LogList list(context_, logSpec(LogId::Trips));
-        list.show(&document_.trips());
-        const int distance = list.model().indexOf("TTripLogDistanceColumn");
-        list.view().horizontalHeader()->moveSection(list.view().horizontalHeader()->visualIndex(distance), 0);
-        list.view().setColumnWidth(distance, 123);
-        list.view().sortByColumn(distance, Qt::DescendingOrder);
-    }
-    LogList list(context_, logSpec(LogId::Trips));
-    list.show(&document_.trips());
-    const int distance = list.model().indexOf("TTripLogDistanceColumn");
-    EXPECT_EQ(list.view().horizontalHeader()->visualIndex(distance), 0);
-    EXPECT_EQ(list.view().columnWidth(distance), 123);
-    EXPECT_EQ(list.model().index(0, distance).data().toString(), "12,000.00 m");
-    list.show(&document_.trips());
-    EXPECT_EQ(list.view().columnWidth(distance), 123) << "showing again changes no width";
-}
-
-TEST_F(LogListTest, HeadingsAreWholeWithoutRowsTooAndCommentsHaveRoom) {
+TEST_F(LogListTest, HeadingsAndCommentsHaveRoom) {
     LogList list(context_, logSpec(LogId::Trips));
     const QHeaderView& header = *list.view().horizontalHeader();
     for (const RowIndex rows : {0, 1}) {
@@ -148,7 +84,7 @@ TEST_F(LogListTest, HeadingsAreWholeWithoutRowsTooAndCommentsHaveRoom) {
     EXPECT_EQ(header.sectionSize(comments), width) << "as wide as its content, however wide the window is";
 }
 
-TEST_F(LogListTest, NamesThatAreLongerGetTheRoomTheyNeedUnlessAPersonHasGivenIt) {
+TEST_F(LogListTest, LongNamesGetRoom) {
     test::addTrip(document_, 0);
     LogList list(context_, logSpec(LogId::Trips));
     list.show(&document_.trips());
@@ -166,25 +102,6 @@ TEST_F(LogListTest, NamesThatAreLongerGetTheRoomTheyNeedUnlessAPersonHasGivenIt)
     list.view().setColumnWidth(vehicle, 70);
     ASSERT_TRUE(name("The blue van of the southern depot"));
     EXPECT_EQ(width(vehicle), 70);
-}
-
-TEST_F(LogListTest, CommentsAreEditedInTheListAndTakenBackInAnother) {
-    test::addTrip(document_, 0);
-    document_.troubles().insertRows(0, 1);
-    LogList trips(context_, logSpec(LogId::Trips));
-    trips.show(&document_.trips());
-    LogList troubles(context_, logSpec(LogId::Troubles));
-    troubles.show(&document_.troubles());
-    const SpreadsheetModel& model = trips.model();
-    for (int column = 0; column < model.columnCount(); ++column)
-        EXPECT_EQ(model.isEditable(column), model.spec(column).key == "TTripLogCommentsColumn");
-    trips.setCurrentCell(0, model.indexOf("TTripLogCommentsColumn"));
-    QTest::keyClicks(&trips.view(), "S");
-    EXPECT_TRUE(trips.finishEdit());
-    EXPECT_EQ(document_.trips().column<TTripLogCommentsColumn>().at(0), "S");
-    EXPECT_TRUE(document_.dataChanged());
-    troubles.commands().action(SpreadsheetCommand::Undo).trigger();
-    EXPECT_EQ(model.text(0, model.indexOf("TTripLogCommentsColumn")), "");
 }
 
 } // namespace

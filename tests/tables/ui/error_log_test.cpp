@@ -10,9 +10,7 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
-#include <QSignalSpy>
 #include <QTest>
-#include <QToolTip>
 #include <QTreeView>
 
 namespace quobrix::test {
@@ -65,17 +63,6 @@ TEST_F(ErrorLog, GoesToTheSourceByMouseAndKey) {
     EXPECT_FALSE(log_.isVisible());
 }
 
-TEST_F(ErrorLog, KeepsItsPlaceWhenItIsFilledAgain) {
-    log_.setFindings({finding(Severity::Required, 0), finding(Severity::Required, 1), finding(Severity::Required, 2)});
-    list().setCurrentIndex(list().model()->index(2, 0));
-    log_.setFindings({finding(Severity::Required, 1), finding(Severity::Required, 2)});
-    EXPECT_EQ(list().currentIndex().row(), 1);
-    log_.setFindings({finding(Severity::Required, 1)});
-    EXPECT_EQ(list().currentIndex().row(), 0) << "the last one was put right";
-    log_.setFindings({});
-    EXPECT_FALSE(child<QPushButton>("goToSource").isEnabled());
-}
-
 TEST_F(ErrorLog, CopiesTheSelectedLines) {
     log_.setFindings({finding(Severity::Required, 0), finding(Severity::Recommended, 1)});
     log_.show();
@@ -83,22 +70,6 @@ TEST_F(ErrorLog, CopiesTheSelectedLines) {
     QTest::keySequence(&list(), QKeySequence::Copy);
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("Error\tSample\t1\tKey\tWrong. Very wrong.\n"
                                                                 "Warning\tSample\t2\tKey\tWrong. Very wrong.\n"));
-}
-
-TEST_F(ErrorLog, SaysThatHelpIsNotAvailableYet) {
-    log_.show();
-    log_.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&log_));
-    QTest::keyClick(&log_, Qt::Key_F1);
-    EXPECT_TRUE(QToolTip::text().endsWith(QStringLiteral("(not available yet)"))) << QToolTip::text().toStdString();
-}
-
-TEST_F(ErrorLog, RemembersItsSize) {
-    {
-        TErrorLog log(context_, settings_, nullptr);
-        log.resize(555, 333);
-    }
-    EXPECT_EQ(TErrorLog(context_, settings_, nullptr).size(), QSize(555, 333));
 }
 
 TEST_F(ErrorLog, RequirementsFollowTheUnits) {

@@ -4,7 +4,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScrollBar>
 
 #include <map>
 
@@ -61,7 +60,7 @@ TEST_F(SpreadsheetEditing, FiguresAreEditedInTheCurrentUnitAndInFull) {
     EXPECT_DOUBLE_EQ(speed(0), 10.0);
 }
 
-TEST_F(SpreadsheetEditing, ARefusedValueStaysInItsEditorWhateverHappens) {
+TEST_F(SpreadsheetEditing, ARefusedValueStaysInItsEditor) {
     goTo(0, S::Count);
     typeText("many");
     press(Qt::Key_Return);
@@ -187,7 +186,7 @@ TEST_F(SpreadsheetEditing, WhatIsWrongIsMarkedAndExplained) {
     EXPECT_EQ(editor()->accessibleName(), "Name, row 1");
 }
 
-TEST_F(SpreadsheetEditing, RowsThatAreMarkedByAnEditElsewhereArePaintedAnew) {
+TEST_F(SpreadsheetEditing, RowsMarkedElsewhereArePainted) {
     std::map<int, QString> shown; // by place: how the key is marked for all that the view has been told
     const auto look = [&](int first, int last) {
         for (int place = first; place <= last; ++place)
@@ -220,7 +219,7 @@ TEST_F(SpreadsheetEditing, ALockedDocumentSaysWhyBesideTheCell) {
     EXPECT_EQ(prompter_.told(MessageId::CannotInsert), "The example cannot be edited.");
 }
 
-TEST_F(SpreadsheetEditing, ListsOfRecordsActivateTheirRowsAndEditWhatCanBeEdited) {
+TEST_F(SpreadsheetEditing, RecordsAreActivatedAndEdited) {
     const auto records = makeSheet(SpreadsheetView::Use::Records);
     static_cast<QWidget&>(*records).show();
     records->activateWindow();

@@ -26,7 +26,7 @@ protected:
     void setClipboard(const char* text) { QApplication::clipboard()->setText(QString::fromUtf8(text)); }
 };
 
-TEST_F(FilteredSpreadsheet, ShowsTheRowsThatMatchUnderTheirOwnNumbers) {
+TEST_F(FilteredSpreadsheet, ShowsMatchesUnderTheirNumbers) {
     EXPECT_EQ(shownKeys(), "k2 K7 K5 ");
     EXPECT_EQ(sheet().model().headerData(1, Qt::Vertical, Qt::DisplayRole), "4");
     EXPECT_EQ(sheet().model().placeOf(0), std::nullopt) << "no place at all, not the first";
@@ -71,7 +71,7 @@ TEST_F(FilteredSpreadsheet, CurrentCellAndSelectionStayWithTheirRows) {
     EXPECT_EQ(current, (std::vector<std::optional<RowIndex>>{5, 0, std::nullopt, 1}));
 }
 
-TEST_F(FilteredSpreadsheet, AnEditedRowStaysUntilTheFilterIsAppliedAnew) {
+TEST_F(FilteredSpreadsheet, AnEditedRowStays) {
     goTo(3, S::Key);
     typeText("other");
     press(Qt::Key_Return);
@@ -110,7 +110,7 @@ TEST_F(FilteredSpreadsheet, NewRowsAreSeenWhateverTheyHold) {
     EXPECT_EQ(shownKeys(), "k2 K7 K5 ");
 }
 
-TEST_F(FilteredSpreadsheet, OnlyWhatIsShownIsDeletedPastedOverAndCopied) {
+TEST_F(FilteredSpreadsheet, OnlyWhatIsShownIsChanged) {
     const Bytes before = table_.bytes();
     trigger(Command::SelectAll);
     trigger(Command::Copy);
@@ -165,7 +165,7 @@ TEST_F(FilteredSpreadsheet, FindsAndMeasuresWhatIsShown) {
     EXPECT_GT(sheet().view().columnWidth(S::Name), 2 * narrow);
 }
 
-TEST_F(FilteredSpreadsheet, GoingToAHiddenRowTakesTheFilterOffAndSaysSo) {
+TEST_F(FilteredSpreadsheet, GoingToAHiddenRowLiftsTheFilter) {
     int lifted = 0;
     QObject::connect(&sheet(), &TSpreadsheet::filterLifted, [&] { ++lifted; });
     sheet().showCell("SampleKey", 3);
@@ -178,7 +178,7 @@ TEST_F(FilteredSpreadsheet, GoingToAHiddenRowTakesTheFilterOffAndSaysSo) {
     EXPECT_EQ(shownKeys(), "K10 k2 K1 K7 K5 K3 ");
 }
 
-TEST_F(FilteredSpreadsheet, WaitsForAnEntryThatIsRefusedAndOutlivesOtherColumns) {
+TEST_F(FilteredSpreadsheet, WaitsForARefusedEntry) {
     goTo(3, S::Count);
     typeText("many");
     EXPECT_FALSE(sheet().setFilter({}));

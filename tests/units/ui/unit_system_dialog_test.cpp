@@ -153,17 +153,6 @@ TEST_F(UnitSystemDialogTest, DecimalsAreTakenAsTheyAreTyped) {
     EXPECT_FALSE(decimals->isEnabled());
 }
 
-TEST_F(UnitSystemDialogTest, TwoTypesOfOneName) {
-    open();
-    auto* types = field<QListWidget>("UsFldUT");
-    ASSERT_EQ(types->item(0)->text(), types->item(1)->text());
-    types->setCurrentRow(1);
-    EXPECT_EQ(dialog_->type(), UnitTypeId::Acceleration);
-    chooseUnit(1);
-    EXPECT_EQ(units_.unitName(UnitTypeId::Acceleration), "G");
-    EXPECT_EQ(units_.unitName(UnitTypeId::SecondAcceleration), "m/s²");
-}
-
 TEST_F(UnitSystemDialogTest, ALockedSystemStays) {
     open();
     auto* rename = field<QPushButton>("UsRename");
@@ -194,20 +183,6 @@ TEST_F(UnitSystemDialogTest, SwitchingAndClosingSaveTheChanges) {
     EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::MilePerHour);
 }
 
-TEST_F(UnitSystemDialogTest, UndoneChangesAreSavedToo) {
-    ScriptedPrompter script{{MessageId::FileCorrupt}};
-    std::ofstream(folders_.program / "Damaged.us") << "x";
-    open(script);
-    chooseUnit(2);
-    chooseSystem("Damaged"); // the changes are saved first
-    EXPECT_EQ(units_.name(), "Mine");
-    EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::KilometrePerHour);
-    field<QPushButton>("UsUndo")->click();
-    dialog_->close();
-    EXPECT_EQ(savedUnit("Mine", UnitTypeId::Speed), UnitId::MetrePerSecond);
-    dialog_.reset();
-}
-
 TEST_F(UnitSystemDialogTest, AFileThatBecomesReadOnlyLocksItsSystem) {
     ScriptedPrompter script{{MessageId::KeepUnitChanges, std::nullopt}, {MessageId::KeepUnitChanges, Answer::Yes}};
     open(script);
@@ -227,21 +202,8 @@ TEST_F(UnitSystemDialogTest, AFileThatBecomesReadOnlyLocksItsSystem) {
     dialog_.reset();
 }
 
-TEST_F(UnitSystemDialogTest, ChangesOfALockedSystemAreOfferedToBeKept) {
+TEST_F(UnitSystemDialogTest, ChangesOfALockedSystemAreOffered) {
     ASSERT_TRUE(store_.loadSystem("U.S."));
-    open();
-    chooseUnit(2);
-    {
-        ScriptedPrompter script{{MessageId::KeepUnitChanges, std::nullopt}, {MessageId::KeepUnitChanges, Answer::No}};
-        open(script);
-        chooseUnit(1);
-        dialog_->close();
-        EXPECT_TRUE(dialog_->isVisible()) << "cancelled";
-        dialog_->close();
-        EXPECT_FALSE(dialog_->isVisible());
-        EXPECT_EQ(units_.unit(UnitTypeId::Speed), UnitId::MilePerHour) << "in force until the program ends";
-        dialog_.reset();
-    }
     ScriptedPrompter script{{MessageId::KeepUnitChanges, Answer::Yes}};
     open(script);
     chooseUnit(3);
