@@ -22,7 +22,7 @@ ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
         return kIncomplete;
     }
     const std::vector<std::string> affected = document.affectedLogs();
-    const std::optional<std::string> doubt = document.doubt();
+    const std::optional<ShownText> doubt = document.doubt();
     if (affected.empty() && !doubt)
         return kDone;
     const std::string parts = fmt::format("{}", fmt::join(affected, ", "));

@@ -42,7 +42,6 @@ void translateHelp(CLI::FormatterBase& help) {
         {"OPTIONS", TextId::CliHelpWordOptions},   {"SUBCOMMAND", TextId::CliHelpWordSubcommand},
         {"REQUIRED", TextId::CliHelpWordRequired}, {"Needs", TextId::CliHelpWordNeeds},
         {"Excludes", TextId::CliHelpWordExcludes}, {"TEXT", TextId::CliHelpWordText},
-        {"QUESTION", TextId::CliHelpWordQuestion},
     };
     for (const auto& [word, id] : kWords)
         help.label(word, text(id));
@@ -79,29 +78,33 @@ ExitCode run(const ProgramArguments& arguments) {
     downloadCommand.add_option("--into", downloadOptions.file, text(TextId::CliHelpDownloadInto))->required();
     downloadCommand.add_option("--yes-to", downloadOptions.yesTo, text(TextId::CliHelpYesTo))
         ->check(CLI::IsMember(questionKeys()))
-        ->type_name("QUESTION");
+        ->type_name(text(TextId::CliHelpWordQuestion));
 
     ListOptions listOptions;
     CLI::App& listCommand = subcommand("list", TextId::CliHelpList);
     listCommand.add_option("log", listOptions.log, text(TextId::CliHelpLog))
         ->required()
-        ->check(CLI::IsMember(logNames()));
+        ->check(CLI::IsMember(logNames()))
+        ->type_name(text(TextId::CliHelpWordText));
     file(listCommand, listOptions.file);
     std::string format = "table";
     listCommand.add_option("--format", format, text(TextId::CliHelpListFormat))
-        ->check(CLI::IsMember({"table", "csv", "json"}));
+        ->check(CLI::IsMember({"table", "csv", "json"}))
+        ->type_name(text(TextId::CliHelpWordText));
     units(listCommand, listOptions.units);
 
     ReportOptions reportOptions;
     CLI::App& reportCommand = subcommand("report", TextId::CliHelpReport);
     reportCommand.add_option("record", reportOptions.record, text(TextId::CliHelpReportKind))
         ->required()
-        ->check(CLI::IsMember(recordNames()));
+        ->check(CLI::IsMember(recordNames()))
+        ->type_name(text(TextId::CliHelpWordText));
     reportCommand.add_option("number", reportOptions.number, text(TextId::CliHelpNumber))->required();
     file(reportCommand, reportOptions.file);
     std::string reportFormat = "text";
     reportCommand.add_option("--format", reportFormat, text(TextId::CliHelpReportFormat))
-        ->check(CLI::IsMember({"text", "html"}));
+        ->check(CLI::IsMember({"text", "html"}))
+        ->type_name(text(TextId::CliHelpWordText));
     units(reportCommand, reportOptions.units);
 
     CheckOptions checkOptions;

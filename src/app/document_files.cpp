@@ -6,8 +6,6 @@
 #include "settings/settings.h"
 #include "texts/text.h"
 
-#include <algorithm>
-
 namespace quobrix {
 namespace {
 
@@ -133,8 +131,7 @@ void DocumentFiles::tellDamage(const std::optional<std::string>& doubt) {
     const std::optional<Error> reason = document_.readOnlyReason();
     const bool lasting = reason && reason->kind == ErrorKind::Corrupt;
     const std::vector<std::string> logs = document_.affectedLogs();
-    // The reason may be one of these logs.
-    if (lasting && std::ranges::none_of(logs, [&](const std::string& log) { return reason->detail.starts_with(log); }))
+    if (lasting && !document_.lacksTable()) // which is among the logs
         add(reason->detail);
     else if (!lasting && doubt)
         add(text(TextId::MayBeMoreThanShown, *doubt));

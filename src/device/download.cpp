@@ -1,6 +1,7 @@
 #include "device/download.h"
 
 #include "messages/file_messages.h"
+#include "texts/text.h"
 #include "units/time_zone.h"
 
 namespace quobrix {
@@ -75,7 +76,7 @@ std::optional<MergeResult> Download::run() {
     if (wantsNew && !records.empty() && !hooks_.startNewDocument())
         return {};
     Result<MergeResult> merged = MergeResult{{}, records.refused, records.unreadable, {}};
-    document.edits().group("download", [&, &serial = serial] {
+    document.edits().group(text(TextId::DownloadStep), [&, &serial = serial] {
         if (!wantsNew || !records.empty())
             merged = mergeRecords(records, document);
         if (!merged)

@@ -333,7 +333,7 @@ Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& do
     result.refused = records.refused;
     result.unreadable = records.unreadable;
     result.logs = {trips->counts(), troubles->counts(), activity->counts(), accidents->counts()};
-    document.edits().group("download", [&] {
+    document.edits().group(text(TextId::DownloadStep), [&] {
         carryOut(*trips, document.trips(), shift, document.edits());
         carryOut(*troubles, document.troubles(), shift, document.edits());
         carryOut(*activity, document.activity(), shift, document.edits());

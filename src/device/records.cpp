@@ -194,17 +194,17 @@ TroubleRecord readTrouble(RecordReader& in) {
     for (const std::int32_t status : trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus))
         in.require(status == QUOBRIX_NO_CODE || (status >= 0 && status <= 7),
                    SourceText("a fuel-system status is unknown"));
-    constexpr SourceText complaint("a freeze-frame figure is not a number");
-    in.finite(trouble.calculatedLoad = raw.calculatedLoad, complaint);
-    in.finite(trouble.coolantTemperature = raw.coolantTemperature, complaint);
+    constexpr SourceText kNoNumber("a freeze-frame figure is not a number");
+    in.finite(trouble.calculatedLoad = raw.calculatedLoad, kNoNumber);
+    in.finite(trouble.coolantTemperature = raw.coolantTemperature, kNoNumber);
     for (const double trim : trouble.shortTermFuelTrim = copyOf(raw.shortTermFuelTrim))
-        in.finite(trim, complaint);
+        in.finite(trim, kNoNumber);
     for (const double trim : trouble.longTermFuelTrim = copyOf(raw.longTermFuelTrim))
-        in.finite(trim, complaint);
-    in.finite(trouble.fuelPressure = raw.fuelPressure, complaint);
-    in.finite(trouble.intakeManifoldPressure = raw.intakeManifoldPressure, complaint);
-    in.finite(trouble.engineSpeed = raw.engineSpeed, complaint);
-    in.finite(trouble.vehicleSpeed = raw.vehicleSpeed, complaint);
+        in.finite(trim, kNoNumber);
+    in.finite(trouble.fuelPressure = raw.fuelPressure, kNoNumber);
+    in.finite(trouble.intakeManifoldPressure = raw.intakeManifoldPressure, kNoNumber);
+    in.finite(trouble.engineSpeed = raw.engineSpeed, kNoNumber);
+    in.finite(trouble.vehicleSpeed = raw.vehicleSpeed, kNoNumber);
     in.require(trouble.vehicleSpeed < kSpeedLimit,
                SourceText("its vehicle speed is beyond what a vehicle can tell (255 km/h)"));
     return trouble;

@@ -265,10 +265,10 @@ std::optional<Error> TDocument::damage() const {
         return {};
     const std::vector<Damage>& all = store().damage();
     const auto ofIndex = std::ranges::find(all, kNoObject, &Damage::id);
-    return Error{ErrorKind::Corrupt, ofIndex == all.end() ? ShownText() : ShownText::asItIs(ofIndex->what)};
+    return Error{ErrorKind::Corrupt, ofIndex == all.end() ? ShownText() : ofIndex->what};
 }
 
-std::optional<std::string> TDocument::doubt() const {
+std::optional<ShownText> TDocument::doubt() const {
     if (!hasFile())
         return {};
     if (const Result<void> whole = state_.file.compound->writable(); !whole)

@@ -121,7 +121,7 @@ public:
     /// Why it is not known whether everything that its file held is there; nothing when it is: allocation tables and
     /// directory are whole, and index and streams agree (see ObjectStore::doubt). What then cannot be read is known to
     /// be damaged when it is asked for.
-    std::optional<std::string> doubt() const;
+    std::optional<ShownText> doubt() const;
     /// The file has no kDocumentStream. The next save in place writes it; nothing is missing but a sign that it is
     /// whole.
     bool lacksOwnStream() const;

@@ -301,7 +301,7 @@ Result<void> TDocument::compact(const SaveOptions& options) {
     if (readOnly())
         return *readOnlyReason();
     if (!store().damage().empty())
-        return Error{ErrorKind::Corrupt, ShownText::asItIs(store().damage().front().what)};
+        return Error{ErrorKind::Corrupt, store().damage().front().what};
     QUOBRIX_TRY(save(options));
     const FileSnapshot before = state_.snapshot;
     std::optional<FileSnapshot> replaced;

@@ -1,8 +1,7 @@
 #include "document/object_store.h"
 
 #include "compound/compound_file.h"
-
-#include <fmt/format.h>
+#include "texts/text.h"
 
 #include <algorithm>
 #include <cassert>
@@ -145,13 +144,13 @@ std::optional<Damage> ObjectStore::takeFailure(Slot& entry) {
     return failure;
 }
 
-void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, std::string what) {
+void ObjectStore::noteDamage(ObjectId id, std::uint32_t typeId, ShownText what) {
     Slot* entry = slot(id);
     if (entry && !entry->unreadable && !fileChanged_)
         withdraw(*entry, typeId, std::move(what));
 }
 
-void ObjectStore::withdraw(Slot& entry, std::uint32_t typeId, std::string what) {
+void ObjectStore::withdraw(Slot& entry, std::uint32_t typeId, ShownText what) {
     takeFailure(entry);
     entry.unreadable = true;
     if (entry.object)
@@ -159,13 +158,13 @@ void ObjectStore::withdraw(Slot& entry, std::uint32_t typeId, std::string what) 
     addDamage({entry.id, typeId, std::move(what)});
 }
 
-void ObjectStore::noteLost(const std::string& what) {
+void ObjectStore::noteLost(const ShownText& what) {
     for (Slot& entry : slots_)
         if (!entry.object && !entry.unreadable && !entry.vacant)
             withdraw(entry, 0, what);
 }
 
-void ObjectStore::noteBadReference(ObjectId id, std::uint32_t typeId, std::string what) {
+void ObjectStore::noteBadReference(ObjectId id, std::uint32_t typeId, ShownText what) {
     if (!fileChanged_ && badReferences_.emplace(id, typeId).second)
         addDamage({id, typeId, std::move(what)});
 }
@@ -178,38 +177,38 @@ PersistentObject* ObjectStore::find(ObjectId id) {
 }
 
 PersistentObject* ObjectStore::loadInto(Slot& entry) {
-    const auto refuse = [&](std::uint32_t typeId, std::string what) {
+    const auto refuse = [&](std::uint32_t typeId, ShownText what) {
         noteDamage(entry.id, typeId, std::move(what));
         return nullptr;
     };
     if (!file_)
-        return refuse(0, "there is no file to read it from");
+        return refuse(0, text(TextId::ThereIsNoFileToRead));
     if (fileChanged_)
         return nullptr;
     Bytes content = std::move(readBuffer_); // an object that is read may load others
     const Result<void> done = read(entry.id, content);
     if (!done && !fileChanged_ && mayPass(done.error())) {
         if (!std::exchange(entry.failing, true))
-            addDamage({entry.id, 0, "the stream cannot be read now: " + done.error().detail});
+            addDamage({entry.id, 0, text(TextId::TheStreamCannotBeReadNow, done.error().detail)});
         return nullptr;
     }
     if (!done)
-        return refuse(0, "the stream cannot be read: " + done.error().detail);
+        return refuse(0, text(TextId::TheStreamCannotBeRead, done.error().detail));
     ByteReader in(content);
     const std::uint32_t typeId = in.u32();
     const std::uint8_t schema = in.u8();
     const PersistentType* type = in.complete() ? types_.find(typeId) : nullptr;
     if (!type)
-        return refuse(typeId, in.complete() ? "the class is not known" : "the stream is too short");
+        return refuse(typeId, in.complete() ? text(TextId::TheClassIsNotKnown) : text(TextId::TheStreamIsTooShort));
     if (schema > type->schema && !std::exchange(laterLayoutMet_, true))
         savingBefore_ = modified_;
     if (schema == 0 || schema > type->schema)
-        return refuse(typeId, fmt::format("layout {} of {} is not known", schema, type->name));
+        return refuse(typeId, text(TextId::LayoutOfIsNotKnown, schema, type->name));
     std::unique_ptr<PersistentObject> object = type->create();
     object->store_ = this;
     object->id_ = entry.id;
     if (!object->read(in, schema) || !in.finished())
-        return refuse(typeId, fmt::format("the content of {} is damaged", type->name));
+        return refuse(typeId, text(TextId::TheContentOfIsDamaged, type->name));
     if (version_ < kVersion)
         object->modified_ = true;
     if (std::optional<Damage> failure = takeFailure(entry))
@@ -223,10 +222,9 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
 PersistentObject* ObjectStore::findTyped(ObjectId id, const PersistentType& type) {
     PersistentObject* object = find(id);
     if (!slot(id))
-        noteBadReference(id, type.id(),
-                         fmt::format("there is no such object, although a {} is referred to", type.name));
+        noteBadReference(id, type.id(), text(TextId::ThereIsNoSuchObjectAlthough, type.name));
     if (object && object->type().id() != type.id()) {
-        noteBadReference(id, type.id(), fmt::format("a {} is referred to as {}", object->type().name, type.name));
+        noteBadReference(id, type.id(), text(TextId::AIsReferredToAs, object->type().name, type.name));
         return nullptr;
     }
     return object;

@@ -23,7 +23,7 @@ class StreamReader;
 struct Damage {
     ObjectId id = kNoObject;  ///< kNoObject: an index stream
     std::uint32_t typeId = 0; ///< 0: not known
-    std::string what;
+    ShownText what;
 };
 
 // The streams beside those of the objects.
@@ -195,12 +195,12 @@ public:
     bool findLostSingletons();
     /// Notes that ID (known to the index) holds content that contradicts the rest of the document. It reads as nothing
     /// from now on; the object itself stays in memory, for those that hold it already.
-    void noteDamage(ObjectId id, std::uint32_t typeId, std::string what);
+    void noteDamage(ObjectId id, std::uint32_t typeId, ShownText what);
     /// Notes that everything that is not loaded is lost, for this reason.
-    void noteLost(const std::string& what);
+    void noteLost(const ShownText& what);
     /// Notes that something refers to ID as to an object of the class TYPE_ID, which it is not. The object stays
     /// readable for those that refer to it rightly.
-    void noteBadReference(ObjectId id, std::uint32_t typeId, std::string what);
+    void noteBadReference(ObjectId id, std::uint32_t typeId, ShownText what);
     /// Streams named like objects that the index does not know of. No save touches them.
     std::vector<std::string> strayStreams() const;
     /// Streams whose names no program can have given them.
@@ -208,7 +208,7 @@ public:
     /// Why the file may hold more than the index leads to; nothing when that is known to be everything: the index is
     /// sound, every object of it has its stream, every object's stream is in it, and each id below the next available
     /// one is used or free. Reads no stream.
-    std::optional<std::string> doubt() const;
+    std::optional<ShownText> doubt() const;
     /// Makes every id that names no object a free one, as it has to be in a document of which nothing is lost. None of
     /// them may be referred to.
     void freeUnusedIds();
@@ -240,7 +240,7 @@ private:
     PersistentObject* loadInto(Slot& slot);
     Result<void> read(ObjectId id, Bytes& content);
     std::optional<std::uint32_t> typeIdOf(ObjectId id);
-    void withdraw(Slot& slot, std::uint32_t typeId, std::string what);
+    void withdraw(Slot& slot, std::uint32_t typeId, ShownText what);
     void addDamage(Damage damage);
     std::optional<Damage> takeFailure(Slot& slot);
     std::unique_ptr<PersistentObject> vacate(Slot& slot);
@@ -251,7 +251,7 @@ private:
     bool inFile(ObjectId id) const;
     IndexStreams indexStreams() const;
     void loadIndex();
-    void rebuildIndex(const std::string& why, const std::vector<ObjectId>* listed, const std::vector<ObjectId>& unused);
+    void rebuildIndex(const ShownText& why, const std::vector<ObjectId>* listed, const std::vector<ObjectId>& unused);
 
     const TypeRegistry& types_;
     const StreamReader* file_ = nullptr;

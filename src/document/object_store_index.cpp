@@ -1,6 +1,7 @@
 #include "document/object_store.h"
 
 #include "compound/compound_file.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -35,19 +36,19 @@ ObjectId idOfStream(std::string_view name) {
 }
 
 void ObjectStore::loadIndex() {
-    std::string why;
+    ShownText why;
     const auto stream = [&](std::string_view name) {
         Result<Bytes> bytes = file_->read(name);
         if (bytes)
             return std::move(*bytes);
         why = bytes.error().kind == ErrorKind::NotFound
-                  ? fmt::format("the stream \"{}\" is missing", name)
-                  : fmt::format("the stream \"{}\" cannot be read ({})", name, bytes.error().detail);
+                  ? text(TextId::TheStreamIsMissing, name)
+                  : text(TextId::TheStreamCannotBeReadWhy, name, bytes.error().detail);
         return Bytes();
     };
     const auto finish = [&](const ByteReader& in, std::string_view name) {
         if (why.empty() && !in.finished())
-            why = fmt::format("the stream \"{}\" is damaged", name);
+            why = text(TextId::TheStreamIsDamaged, name);
     };
 
     const Bytes versionBytes = stream(kVersionStream);
@@ -71,9 +72,9 @@ void ObjectStore::loadIndex() {
     if (!std::is_sorted(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; }))
         std::sort(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id < b.id; });
     if (std::adjacent_find(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id == b.id; }) != slots_.end())
-        why = "an object id is listed twice", listed = false;
+        why = text(TextId::AnObjectIdIsListedTwice), listed = false;
     if ((!slots_.empty() && slots_.back().id >= nextId_) || nextId_ > kLargestNextId)
-        why = "the next available id cannot be right";
+        why = text(TextId::TheNextAvailableIdCannotBe);
 
     const Bytes singletonBytes = stream(kSingletonIdsStream);
     ByteReader singletons(singletonBytes);
@@ -82,9 +83,9 @@ void ObjectStore::loadIndex() {
         const std::uint32_t typeId = singletons.u32();
         const ObjectId id = singletons.u32();
         if (!slot(id) || !singletons_.emplace(typeId, id).second)
-            why = "a singleton is not among the objects";
+            why = text(TextId::ASingletonIsNotAmongThe);
         else if (!types_.find(typeId) && typeIdOf(id) != typeId) // a later version may have added some
-            why = "a singleton is not of its class";
+            why = text(TextId::ASingletonIsNotOfIts);
     }
     finish(singletons, kSingletonIdsStream);
 
@@ -97,7 +98,7 @@ void ObjectStore::loadIndex() {
         const ObjectId id = unused.emplace_back(free.u32());
         // An id that names an object, or is named twice, must not be given out: it would name two objects.
         if (slot(id) || id >= nextId_ || !seen.insert(id).second)
-            why = "a free id is in use";
+            why = text(TextId::AFreeIdIsInUse);
         else if (!inFile(id)) // what the index merely lacks is not to be overwritten
             freeIds_.push_back(id);
     }
@@ -111,7 +112,7 @@ void ObjectStore::loadIndex() {
 }
 
 /// LISTED: the list of all objects, if that can be read. UNUSED: what the list of free ids says.
-void ObjectStore::rebuildIndex(const std::string& why, const std::vector<ObjectId>* listed,
+void ObjectStore::rebuildIndex(const ShownText& why, const std::vector<ObjectId>* listed,
                                const std::vector<ObjectId>& unused) {
     // The streams' names are the second witness of which objects there are; their first bytes say of which class.
     slots_.clear();
@@ -166,16 +167,16 @@ bool ObjectStore::findLostSingletons() {
     if (!file_ || indexDamaged_ || lostSingletonsSought_)
         return indexDamaged_;
     lostSingletonsSought_ = true;
-    std::string why;
+    ShownText why;
     for (const Slot& entry : slots_) {
         if (entry.object || entry.unreadable || entry.vacant)
             continue; // a singleton that is loaded is known
         const std::optional<std::uint32_t> typeId = typeIdOf(entry.id);
         const PersistentType* type = typeId ? types_.find(*typeId) : nullptr;
         if (type && type->singleton && singletons_.emplace(*typeId, entry.id).second)
-            why = fmt::format("the stream \"{}\" does not name the {}", kSingletonIdsStream, type->name);
+            why = text(TextId::TheStreamDoesNotNameThe, kSingletonIdsStream, type->name);
         else if (!typeId && why.empty())
-            why = fmt::format("a singleton is missing, and may be object {}, which cannot be read", entry.id);
+            why = text(TextId::ASingletonIsMissingAndMay, entry.id);
     }
     if (!why.empty() && !fileChanged_) {
         indexDamaged_ = true;
@@ -198,25 +199,25 @@ std::vector<std::string> ObjectStore::garbledStreams() const {
     return garbled;
 }
 
-std::optional<std::string> ObjectStore::doubt() const {
+std::optional<ShownText> ObjectStore::doubt() const {
     if (!file_)
         return {};
     if (indexDamaged_) {
         const auto ofIndex = std::ranges::find(damage_, kNoObject, &Damage::id);
-        return ofIndex == damage_.end() ? "the index is damaged" : ofIndex->what;
+        return ofIndex == damage_.end() ? text(TextId::TheIndexIsDamaged) : ofIndex->what;
     }
     const auto lacking = std::ranges::count_if(slots_, [&](const Slot& entry) {
         return !entry.vacant && !entry.object && !file_->contains(streamName(entry.id));
     });
     if (lacking > 0)
-        return fmt::format("the streams of {} objects are missing", lacking);
+        return text(TextId::TheStreamsOfObjectsAreMissing, lacking);
     std::vector<std::string> stray = strayStreams();
     std::erase_if(stray, [&](const std::string& name) { return deletedStreams_.contains(idOfStream(name)); });
     if (!stray.empty())
-        return fmt::format("the index does not know the stream \"{}\"", stray.front());
+        return text(TextId::TheIndexDoesNotKnowThe, stray.front());
     const std::size_t known = objectCount() + freeIds_.size() + aside_.size();
     if (known < nextId_ && nextId_ - known <= kMostUnused)
-        return fmt::format("the index does not say what has become of {} objects", nextId_ - known);
+        return text(TextId::TheIndexDoesNotSayWhat, nextId_ - known);
     return {};
 }
 

@@ -12,32 +12,20 @@ constexpr const PersistentType* kActivityColumns[] = {
 };
 
 // Two texts have no full stop; they are kept so.
-constexpr std::string_view kEvents[21] = {
-    "Connected to vehicle.",
-    "Disconnected from vehicle",
-    "Disconnected during trip.",
-    "Configuration altered.",
-    "Date or time altered.",
-    "Cleared.",
-    "Logs downloaded.",
-    "Cleared multiple times.",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "",
-    "", // 8 to 19 are not used
-    "Connected to PC",
+constexpr SourceText kEvents[] = {
+    SourceText("Connected to vehicle."),     SourceText("Disconnected from vehicle"),
+    SourceText("Disconnected during trip."), SourceText("Configuration altered."),
+    SourceText("Date or time altered."),     SourceText("Cleared."),
+    SourceText("Logs downloaded."),          SourceText("Cleared multiple times."),
 };
-constexpr std::string_view kConfigurationChanges[6] = {
-    "Speed bands altered.", "Braking thresholds altered.", "Acceleration thresholds altered.",
-    "Parameters altered.",  "Sampling intervals altered.", "Unknown Configuration Change",
+constexpr std::int32_t kConnectedToPc = 20; // those between are not used
+constexpr SourceText kConfigurationChanges[] = {
+    SourceText("Speed bands altered."),
+    SourceText("Braking thresholds altered."),
+    SourceText("Acceleration thresholds altered."),
+    SourceText("Parameters altered."),
+    SourceText("Sampling intervals altered."),
+    SourceText("Unknown Configuration Change"),
 };
 
 } // namespace
@@ -47,22 +35,26 @@ const TableSpec& TSecurityLogTable::spec() const {
     return spec;
 }
 
-std::string_view activityEventText(std::int32_t code) {
+SourceText activityEventText(std::int32_t code) {
+    if (code == kConnectedToPc)
+        return SourceText("Connected to PC");
+    if (code >= 0 && code < static_cast<std::int32_t>(std::size(kEvents)))
+        return kEvents[code];
     if (code >= 0)
-        return code < static_cast<std::int32_t>(std::size(kEvents)) ? kEvents[code] : "Unknown Event Type";
+        return code < kConnectedToPc ? SourceText() : SourceText("Unknown Event Type");
     return code >= -static_cast<std::int32_t>(std::size(kConfigurationChanges)) ? kConfigurationChanges[-(code + 1)]
                                                                                 : kConfigurationChanges[5];
 }
 
-Value ActivityDescriptionColumn::value(RowIndex row) const { return std::string(description(row)); }
+Value ActivityDescriptionColumn::value(RowIndex row) const { return std::string(description(row).english()); }
 
-std::string_view ActivityDescriptionColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
-    return description(row);
+std::string_view ActivityDescriptionColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return textIn(buffer.words, description(row));
 }
 
-std::string_view ActivityDescriptionColumn::description(RowIndex row) const {
+SourceText ActivityDescriptionColumn::description(RowIndex row) const {
     const auto& events = table()->column<TSecurityLogEventTypeColumn>();
-    return events.has(row) ? activityEventText(events.at(row)) : std::string_view();
+    return events.has(row) ? activityEventText(events.at(row)) : SourceText();
 }
 
 } // namespace quobrix

@@ -5,7 +5,7 @@
 namespace quobrix {
 
 /// The text of an activity event: 0 to 20, or -1 to -6 for changes of the configuration.
-std::string_view activityEventText(std::int32_t code);
+SourceText activityEventText(std::int32_t code);
 
 /// Describes the event of its row.
 class ActivityDescriptionColumn : public DerivedColumn {
@@ -15,7 +15,7 @@ public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 
 private:
-    std::string_view description(RowIndex row) const;
+    SourceText description(RowIndex row) const;
 };
 
 #define COLUMN(Name, Base, Key, Heading, Tooltip, Needs)                                                               \

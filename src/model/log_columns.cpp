@@ -1,15 +1,16 @@
 #include "model/log_columns.h"
 
 #include "model/names.h"
+#include "texts/text.h"
 #include "units/unit_system.h"
 
 namespace quobrix {
 namespace {
 
 template <class Names>
-std::string_view nameIn(const Column& column, std::string_view key) {
+std::string_view nameIn(const Column& column, std::string_view key, std::string& buffer) {
     const Names* names = column.store() ? column.store()->existingSingleton<Names>() : nullptr;
-    return names ? names->displayName(key) : kUnknownName;
+    return names ? names->displayName(key, buffer) : textIn(buffer, kUnknownName);
 }
 
 template <class Names>
@@ -27,16 +28,16 @@ std::string_view RecordColumn::textView(RowIndex row, const TextContext& context
     return context.units.formatInteger(static_cast<std::int64_t>(row) + 1, buffer.figure);
 }
 
-std::string_view VehicleColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
-    return nameIn<TVehicleNamesTable>(*this, at(row));
+std::string_view VehicleColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return nameIn<TVehicleNamesTable>(*this, at(row), buffer.words);
 }
 
 std::optional<CellSource> VehicleColumn::sourceOf(RowIndex row) const {
     return sourceIn<TVehicleNamesTable>(*this, at(row));
 }
 
-std::string_view LoggerColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
-    return nameIn<TQuobrixNamesTable>(*this, at(row));
+std::string_view LoggerColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return nameIn<TQuobrixNamesTable>(*this, at(row), buffer.words);
 }
 
 std::optional<CellSource> LoggerColumn::sourceOf(RowIndex row) const {
@@ -45,8 +46,8 @@ std::optional<CellSource> LoggerColumn::sourceOf(RowIndex row) const {
 
 std::string DriverColumn::namedKey(RowIndex row) const { return has(row) ? std::to_string(at(row)) : std::string(); }
 
-std::string_view DriverColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
-    return nameIn<DriverNamesTable>(*this, namedKey(row));
+std::string_view DriverColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return nameIn<DriverNamesTable>(*this, namedKey(row), buffer.words);
 }
 
 std::optional<CellSource> DriverColumn::sourceOf(RowIndex row) const {

@@ -59,6 +59,7 @@ constexpr LogSpec kLogs[] = {
 #define END },
 // clang-format on
 #include "model/logs.def"
+#include "texts/text.h"
 };
 
 constexpr bool isWhole(const LogSpec& log) {
@@ -90,7 +91,7 @@ DateTimeColumn& LogSpec::timesOf(const Table& log) const {
     return static_cast<DateTimeColumn&>(log.columnOf(*keys[2]));
 }
 
-std::string LogSpec::recordHeading() const {
+ShownText LogSpec::recordHeading() const {
     return plainHeading(static_cast<const Column&>(*recordColumn()->create()).spec());
 }
 
@@ -98,8 +99,8 @@ std::span<const LogSpec> logs() { return kLogs; }
 
 const LogSpec& logSpec(LogId id) { return kLogs[static_cast<std::size_t>(id)]; }
 
-std::string recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {
-    return log.recordHeading() + " " + table.columnOf(*log.recordColumn()).text(row, context);
+ShownText recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {
+    return text(TextId::RecordNumbered, log.recordHeading(), table.columnOf(*log.recordColumn()).text(row, context));
 }
 
 std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {
@@ -116,13 +117,13 @@ Report recordReport(const LogSpec& log, const Table& table, RowIndex row, const 
         const Column& column = table.columnOf(*type);
         facts.facts.push_back({plainHeading(column.spec()), column.text(row, context)});
     }
-    Report report{recordTitle(log, table, row, context), {Heading{"General"}, std::move(facts)}};
+    Report report{recordTitle(log, table, row, context), {Heading{text(TextId::SectionGeneral)}, std::move(facts)}};
     if (log.sections)
         log.sections(table, row, context, report);
     const Column& comments = table.columnOf(*log.comments);
-    if (std::string text = comments.text(row, context); !text.empty()) {
+    if (std::string words = comments.text(row, context); !words.empty()) {
         report.blocks.push_back(Heading{plainHeading(comments.spec())});
-        report.blocks.push_back(Paragraph{std::move(text)});
+        report.blocks.push_back(Paragraph{std::move(words)});
     }
     return report;
 }

@@ -67,7 +67,7 @@ struct LogSpec {
     /// The ways in which it can be looked at.
     std::span<const LogViewSpec> views() const;
     /// What a record's number is headed by, and follows in its title: "Trip".
-    std::string recordHeading() const;
+    ShownText recordHeading() const;
     /// "TTripLog": what the names of its classes begin with, and so those of its views.
     std::string_view className() const;
     /// The name of one of its views: "TTripLogSummaryView".
@@ -78,7 +78,7 @@ std::span<const LogSpec> logs();
 const LogSpec& logSpec(LogId id);
 
 /// How a record is called everywhere: "Trip 7".
-std::string recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context);
+ShownText recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context);
 
 /// What stands above a view of LOG: "View / Trip Log / Record 7 / Report". NUMBER, that of the record, is not shown
 /// where the view is of all of them.

@@ -4,6 +4,7 @@
 #include "messages/message.h"
 #include "model/logs.h"
 #include "model/serial_number.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -42,9 +43,9 @@ std::string_view withoutBlanksAround(std::string_view text) {
 }
 
 /// Why the key of ROW is not changed: the records that refer to it would lose their name.
-std::string keyLock(const Column& key, RowIndex row) {
+ShownText keyLock(const Column& key, RowIndex row) {
     const auto* names = static_cast<const NamesTable*>(key.table());
-    return names && names->inUse(row) ? "This cannot be changed because records of this file refer to it." : "";
+    return names && names->inUse(row) ? text(TextId::KeyIsReferredTo) : ShownText();
 }
 
 // People add and delete names; more than a list can reasonably be read in is a mistaken paste.
@@ -65,14 +66,14 @@ Parsed VehicleKeyColumn::parse(std::string_view text, const TextContext&) const 
     return {vin, {}};
 }
 
-std::string VehicleKeyColumn::doubt(const Value& value) const {
+ShownText VehicleKeyColumn::doubt(const Value& value) const {
     const auto* vin = std::get_if<std::string>(&value);
     if (!vin || vin->find_first_not_of("ABCDEFGHJKLMNPRSTUVWXYZ0123456789") == std::string::npos)
         return {};
-    return "A VIN usually consists of digits and capital letters other than I, O and Q.";
+    return quobrix::text(TextId::UnusualVin);
 }
 
-std::string VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+ShownText VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
 
 Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
     const std::string_view serialNumber = withoutBlanksAround(text);
@@ -81,9 +82,9 @@ Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
     return {std::string(serialNumber), {}};
 }
 
-std::string LoggerKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+ShownText LoggerKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
 
-std::string DriverKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+ShownText DriverKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
 
 Parsed NameColumn::parse(std::string_view text, const TextContext&) const {
     return {std::string(withoutBlanksAround(text)), {}};
@@ -158,9 +159,9 @@ std::string NamesTable::nameOf(std::string_view key) const {
     return row < rowCount() ? name(row) : std::string();
 }
 
-std::string_view NamesTable::displayName(std::string_view key) const {
+std::string_view NamesTable::displayName(std::string_view key, std::string& buffer) const {
     const RowIndex row = find(key);
-    return row < rowCount() && !name(row).empty() ? std::string_view(name(row)) : kUnknownName;
+    return row < rowCount() && !name(row).empty() ? std::string_view(name(row)) : textIn(buffer, kUnknownName);
 }
 
 const TableSpec& TVehicleNamesTable::spec() const {
@@ -225,7 +226,7 @@ std::vector<std::string> TVehicleNamesTable::defaultNames(std::size_t count) con
         taken.insert(name(row));
     std::vector<std::string> names;
     for (std::size_t number = 1; names.size() < count; ++number)
-        if (std::string name = fmt::format("Unknown #{}", number); !taken.contains(name))
+        if (std::string name = text(TextId::UnknownNumber, number); !taken.contains(name))
             names.push_back(std::move(name));
     return names;
 }

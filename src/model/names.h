@@ -14,7 +14,7 @@
 namespace quobrix {
 
 /// How a key without a name is shown.
-inline constexpr std::string_view kUnknownName = "Unknown";
+inline constexpr SourceText kUnknownName("Unknown");
 
 /// A driver's name is 1 to 20 characters long.
 inline constexpr std::size_t kLongestDriverName = 20;
@@ -31,10 +31,10 @@ inline constexpr std::string_view kDefaultName = "default";
 class VehicleKeyColumn : public TextColumn {
 public:
     Parsed parse(std::string_view text, const TextContext&) const override;
-    std::string doubt(const Value& value) const override;
+    ShownText doubt(const Value& value) const override;
 
 protected:
-    std::string lock(RowIndex row) const override;
+    ShownText lock(RowIndex row) const override;
 };
 /// A logger's serial number, without blanks around it. What is typed must be accepted by isAcceptedTyped().
 class LoggerKeyColumn : public TextColumn {
@@ -42,7 +42,7 @@ public:
     Parsed parse(std::string_view text, const TextContext&) const override;
 
 protected:
-    std::string lock(RowIndex row) const override;
+    ShownText lock(RowIndex row) const override;
 };
 /// A driver's identification number: a number that is not counted with, so its digits are not grouped.
 class DriverKeyColumn : public IntegerColumn {
@@ -50,7 +50,7 @@ public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 
 protected:
-    std::string lock(RowIndex row) const override;
+    ShownText lock(RowIndex row) const override;
 };
 
 /// A name, without blanks around it.
@@ -71,8 +71,8 @@ public:
     ColumnKind kind() const override { return ColumnKind::Boolean; }
     bool inUse(RowIndex row) const;
     Value value(RowIndex row) const override { return inUse(row); }
-    std::string_view textView(RowIndex row, const TextContext&, TextBuffer&) const override {
-        return inUse(row) ? "Yes" : "No";
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override {
+        return textIn(buffer.words, inUse(row) ? kYes : kNo);
     }
 
 protected:
@@ -110,8 +110,8 @@ public:
     RowIndex find(std::string_view key) const;
     /// The name of KEY; empty if it has none.
     std::string nameOf(std::string_view key) const;
-    /// The name of KEY, or "Unknown"; holds until a name changes.
-    std::string_view displayName(std::string_view key) const;
+    /// The name of KEY, or "Unknown"; holds until a name or BUFFER changes.
+    std::string_view displayName(std::string_view key, std::string& buffer) const;
 
     /// Adds a row for each of KEYS that has none, in their order; gives the keys added. Empty ones are passed over.
     /// Takes time in proportion to the keys and the rows.

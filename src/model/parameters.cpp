@@ -91,8 +91,8 @@ double ParameterSeriesColumn::base(std::size_t sample) const {
     return present_[sample] ? baseFromMetric(parameter_, metricFromRaw(parameter_, raw_[sample])) : kNoValue;
 }
 
-std::string ParameterSeriesColumn::name() const {
-    const std::string name = quobrix::text(parameterName(parameter_));
+ShownText ParameterSeriesColumn::name() const {
+    const ShownText name = quobrix::text(parameterName(parameter_));
     return twoValues_ ? quobrix::text(TextId::SeriesOfTwoValues, name) : name;
 }
 

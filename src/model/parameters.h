@@ -54,7 +54,7 @@ public:
     /// The sample's base value, or kNoValue.
     double base(std::size_t sample) const;
     /// "Engine Speed", or with " 1 / 2" behind it.
-    std::string name() const;
+    ShownText name() const;
 
     /// As rows of the sample table: the sample taken at the row's elapsed time; nothing at rows between samples.
     Value value(RowIndex row) const override;

@@ -116,6 +116,10 @@ Result<void> TQuobrixDocument::bind() {
     return {};
 }
 
+bool TQuobrixDocument::lacksTable() const {
+    return std::ranges::any_of(roots(), [](const Table* root) { return !root->store(); }); // a stand-in
+}
+
 std::optional<Error> TQuobrixDocument::damage() const {
     for (const Table* root : roots())
         if (!root->store()) // a stand-in
@@ -138,7 +142,7 @@ bool TQuobrixDocument::holdsSomething() const {
            });
 }
 
-std::string TQuobrixDocument::lockedBecause() const {
+ShownText TQuobrixDocument::lockedBecause() const {
     if (isExample())
         return text(TextId::ExampleNotEdited);
     if (outdated())

@@ -64,6 +64,8 @@ public:
     /// The logs and name tables that what could not be read so far belongs to ("Trip Log", …), each once; what could be
     /// read in the end was perhaps missing where it was first shown. Damage of the index alone is of none.
     std::vector<std::string> affectedLogs();
+    /// A whole table could not be read, which is among the affectedLogs() and makes the document read-only.
+    bool lacksTable() const;
 
 protected:
     Result<void> bind() override;
@@ -74,7 +76,7 @@ private:
     void tableChanged(const TableChange&) override { setDataChanged(); }
     bool holdsSomething() const;
     /// Edits of the example would be lost, and those of a damaged document might lose something.
-    std::string lockedBecause() const;
+    ShownText lockedBecause() const;
     std::array<Table*, 6> roots() const { return {drivers_, vehicles_, loggers_, trips_, troubles_, activity_}; }
 
     TTripLogTable* trips_ = nullptr;

@@ -16,9 +16,9 @@ struct RecordTable {
         std::string heading{}; ///< empty: the column's own
     };
 
-    std::string_view name;  ///< for scripts and settings
-    std::string_view title; ///< "Samples"
-    std::string emptyText;  ///< stands in place of rows
+    std::string_view name; ///< for scripts and settings
+    SourceText title;      ///< "Samples"
+    ShownText emptyText;   ///< stands in place of rows
     std::vector<Shown> columns{};
     std::function<std::string(RowIndex)> rowTitle{}; ///< may be none
 };

@@ -1,6 +1,7 @@
 #include "model/trip_log.h"
 
 #include "model/logs.h"
+#include "texts/text.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
@@ -94,7 +95,7 @@ std::string_view TripEndTimeColumn::textView(RowIndex row, const TextContext& co
     const std::string_view time = DateTimeColumn::textView(row, context, buffer);
     if (!sibling<TTripLogDisconnectedDuringTripColumn>(*this).at(row))
         return time;
-    buffer.words.assign(time).append(" (Disconnected During Trip)");
+    buffer.words = quobrix::text(TextId::DisconnectedDuringTrip, std::string(time));
     return buffer.words;
 }
 

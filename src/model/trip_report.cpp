@@ -1,5 +1,6 @@
 #include "model/trip_report.h"
 
+#include "texts/text.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
@@ -13,9 +14,9 @@ namespace {
 using Blocks = std::vector<Block>;
 
 /// A first column that names the rows, and figures under HEADINGS.
-Grid gridOf(std::string firstHeading, std::vector<std::string> headings) {
+Grid gridOf(ShownText firstHeading, std::vector<ShownText> headings) {
     Grid grid{{{std::move(firstHeading), false}}, {}};
-    for (std::string& heading : headings)
+    for (ShownText& heading : headings)
         grid.columns.push_back({std::move(heading)});
     return grid;
 }
@@ -26,14 +27,17 @@ template <class HardCount, class ExtremeCount, class HardThreshold, class Extrem
 Blocks eventBlocks(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
     const std::string hard = trips.column<HardThreshold>().text(row, context);
     const std::string extreme = trips.column<ExtremeThreshold>().text(row, context);
-    const std::string between = hard.empty() || extreme.empty() ? "" : " (Between " + hard + " and " + extreme + ")";
-    const std::string over = extreme.empty() ? "" : " (Over " + extreme + ")";
-    Blocks blocks{Facts{{{plainHeading(HardCount::kSpec) + between, trips.column<HardCount>().text(row, context)},
-                         {plainHeading(ExtremeCount::kSpec) + over, trips.column<ExtremeCount>().text(row, context)}}}};
+    ShownText ofHard = plainHeading(HardCount::kSpec), ofExtreme = plainHeading(ExtremeCount::kSpec);
+    if (!hard.empty() && !extreme.empty())
+        ofHard = text(TextId::EventsBetween, ofHard, hard, extreme);
+    if (!extreme.empty())
+        ofExtreme = text(TextId::EventsOver, ofExtreme, extreme);
+    Blocks blocks{Facts{{{ofHard, trips.column<HardCount>().text(row, context)},
+                         {ofExtreme, trips.column<ExtremeCount>().text(row, context)}}}};
 
     struct Event {
         std::int32_t time;
-        std::string label;
+        ShownText label;
     };
     std::vector<Event> events;
     const auto collect = [&](const auto& lists) {
@@ -44,7 +48,7 @@ Blocks eventBlocks(const TTripLogTable& trips, RowIndex row, const TextContext& 
     collect(trips.column<HardTimes>());
     collect(trips.column<ExtremeTimes>());
     std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) { return a.time < b.time; });
-    Grid grid = gridOf("Event", {plainHeading(TTripLogTimesColumn::kSpec)});
+    Grid grid = gridOf(text(TextId::HeadingEvent), {plainHeading(TTripLogTimesColumn::kSpec)});
     for (Event& event : events)
         grid.rows.push_back({std::move(event.label), durationText(event.time)});
     if (!events.empty())
@@ -52,21 +56,21 @@ Blocks eventBlocks(const TTripLogTable& trips, RowIndex row, const TextContext& 
     return blocks;
 }
 
-constexpr const char* kBandHeading = "Time per Speed Band";
+constexpr SourceText kBandHeading("Time per Speed Band");
 
 Blocks bandBlocks(const TTripLogSpeedBandsTable& bands, const TTripLogTimePerSpeedBandColumn* times,
                   const TextContext& context) {
     const auto& from = bands.column<TTripLogSpeedBandFromColumn>();
     const auto& to = bands.column<TTripLogSpeedBandToColumn>();
-    Bars bars{kBandHeading, {}};
-    Grid grid = gridOf("Speed Band", {plainHeading(from.spec()), plainHeading(to.spec()),
-                                      plainHeading(TTripLogTimePerSpeedBandColumn::kSpec)});
+    Bars bars{text(kBandHeading), {}};
+    Grid grid = gridOf(text(TextId::HeadingSpeedBand), {plainHeading(from.spec()), plainHeading(to.spec()),
+                                                        plainHeading(TTripLogTimePerSpeedBandColumn::kSpec)});
     const RowIndex timed = times ? std::min(times->storedRows(), bands.rowCount()) : 0;
     double whole = 0;
     for (RowIndex band = 0; band < timed; ++band)
         whole += times->has(band) ? times->at(band) : 0;
     for (RowIndex band = 0; band < bands.rowCount(); ++band) {
-        const std::string label = speedBandLabel(bands, band, context);
+        const ShownText label = speedBandLabel(bands, band, context);
         const std::string time = band < timed ? times->text(band, context) : "";
         grid.rows.push_back({label, from.text(band, context), to.text(band, context), time});
         if (band < timed && times->has(band))
@@ -104,8 +108,9 @@ std::vector<std::string> seriesRow(const ParameterSeriesColumn& series, const Te
 }
 
 Blocks parameterBlocks(const TTripLogSampleTable& samples, const TextContext& context) {
-    Grid grid = gridOf("Parameter",
-                       {plainHeading(TTripLogParameterSamplingIntervalColumn::kSpec), "Minimum", "Maximum", "Average"});
+    Grid grid = gridOf(text(TextId::HeadingParameter),
+                       {plainHeading(TTripLogParameterSamplingIntervalColumn::kSpec), text(TextId::HeadingMinimum),
+                        text(TextId::HeadingMaximum), text(TextId::HeadingAverage)});
     for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
         if (const ParameterSeriesColumn& series = samples.series(i); series.parameter() != 0)
             grid.rows.push_back(seriesRow(series, context));
@@ -116,46 +121,46 @@ Blocks parameterBlocks(const TTripLogSampleTable& samples, const TextContext& co
 
 } // namespace
 
-std::string seriesHeading(const ParameterSeriesColumn& series) {
+ShownText seriesHeading(const ParameterSeriesColumn& series) {
     // The logger's list of parameters has no name for this one, only for its two halves.
     if (series.parameter() == kFuelSystemStatusParameter)
-        return "Fuel System Status" + series.name();
+        return text(TextId::TwoSeriesOf, text(kFuelSystemStatusName), series.name());
     return series.name();
 }
 
-std::string speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context) {
+ShownText speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context) {
     const auto& from = bands.column<TTripLogSpeedBandFromColumn>();
     const auto& to = bands.column<TTripLogSpeedBandToColumn>();
     const auto standing = [&](RowIndex band) { return to.has(band) && from.at(band) == 0 && to.at(band) == 0; };
     if (standing(row))
-        return "Idle";
+        return text(TextId::BandIdle);
     if (!to.has(row))
-        return "Over " + from.text(row, context);
-    return "Speed Band " + std::to_string(standing(0) ? row : row + 1);
+        return text(TextId::BandOver, from.text(row, context));
+    return text(TextId::BandNumber, standing(0) ? row : row + 1);
 }
 
 std::vector<Block> tripSections(const TTripLogTable& trips, RowIndex row, const TextContext& context) {
     Blocks sections;
-    const auto add = [&](std::string heading, Blocks blocks) {
+    const auto add = [&](ShownText heading, Blocks blocks) {
         if (blocks.empty())
             return;
         sections.push_back(Heading{std::move(heading)});
         std::ranges::move(blocks, std::back_inserter(sections));
     };
     if (const auto* bands = trips.column<TTripLogSpeedBandsTableColumn>().object(row))
-        add(kBandHeading,
+        add(text(kBandHeading),
             bandBlocks(*bands, trips.column<TTripLogTimePerSpeedBandColumnColumn>().object(row), context));
-    add("Brakes",
+    add(text(TextId::SectionBrakes),
         eventBlocks<TTripLogHardBrakesReportColumn, TTripLogPanicBrakesReportColumn, TTripLogHardBrakeThresholdColumn,
                     TTripLogPanicBrakeThresholdColumn, TTripLogHardBrakeTimesColumnColumn,
                     TTripLogPanicBrakeTimesColumnColumn>(trips, row, context));
-    add("Accelerations",
+    add(text(TextId::SectionAccelerations),
         eventBlocks<TTripLogHardAccelerationsReportColumn, TTripLogPanicAccelerationsReportColumn,
                     TTripLogHardAccelerationThresholdColumn, TTripLogPanicAccelerationThresholdColumn,
                     TTripLogHardAccelerationTimesColumnColumn, TTripLogPanicAccelerationTimesColumnColumn>(trips, row,
                                                                                                            context));
     if (const auto* samples = trips.column<TTripLogSampleTableColumn>().object(row))
-        add("Parameters", parameterBlocks(*samples, context));
+        add(text(TextId::SectionParameters), parameterBlocks(*samples, context));
     return sections;
 }
 

@@ -9,10 +9,10 @@
 namespace quobrix {
 
 /// What a parameter series of a trip is headed by.
-std::string seriesHeading(const ParameterSeriesColumn& series);
+ShownText seriesHeading(const ParameterSeriesColumn& series);
 
 /// How the band of ROW is called: "Idle" for standing still, "Over 70 MPH" for the top one, "Speed Band n" between.
-std::string speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context);
+ShownText speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context);
 
 /// What the report of the trip of ROW tells behind the facts: bands, events, parameters. Parts of the trip that the
 /// document does not have, or that cannot be read, are left out.

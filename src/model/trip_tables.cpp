@@ -1,6 +1,7 @@
 #include "model/trip_tables.h"
 
 #include "model/trip_report.h"
+#include "texts/text.h"
 
 #include <utility>
 
@@ -21,9 +22,12 @@ std::vector<RecordTable::Shown> sampleColumns(const TTripLogSampleTable& samples
 
 std::vector<RecordTable> tripTables(const TTripLogTable* trips, std::optional<RowIndex> row,
                                     const TextContext& context) {
-    RecordTable samples{"TTripLogSampleTable", "Samples", "No samples were recorded during this trip."};
-    RecordTable bands{"TTripLogSpeedBandsTable", "Speed Bands", "No speed bands are known of this trip."};
-    RecordTable parameters{"TTripLogParametersTable", "Parameters", "No parameters were recorded during this trip."};
+    RecordTable samples{"TTripLogSampleTable", SourceText("Samples"),
+                        text(SourceText("No samples were recorded during this trip."))};
+    RecordTable bands{"TTripLogSpeedBandsTable", SourceText("Speed Bands"),
+                      text(SourceText("No speed bands are known of this trip."))};
+    RecordTable parameters{"TTripLogParametersTable", SourceText("Parameters"),
+                           text(SourceText("No parameters were recorded during this trip."))};
     if (row) {
         if (const auto* owned = trips->column<TTripLogSampleTableColumn>().object(*row))
             samples.columns = sampleColumns(*owned);
@@ -37,14 +41,16 @@ std::vector<RecordTable> tripTables(const TTripLogTable* trips, std::optional<Ro
         if (const auto* owned = trips->column<TTripLogParametersTableColumn>().object(*row))
             parameters.columns = {{&owned->column<TTripLogParameterColumn>()},
                                   {&owned->column<TTripLogParameterSamplingIntervalColumn>()}};
-        const auto explain = [&](RecordTable& table, const Column& cells, const char* unreadable) {
+        const auto explain = [&](RecordTable& table, const Column& cells, SourceText unreadable) {
             if (!cells.replaceable(*row)) // after it has been looked for
-                table.emptyText = unreadable;
+                table.emptyText = text(unreadable);
         };
-        explain(samples, trips->column<TTripLogSampleTableColumn>(), "The samples of this trip cannot be read.");
-        explain(bands, trips->column<TTripLogSpeedBandsTableColumn>(), "The speed bands of this trip cannot be read.");
+        explain(samples, trips->column<TTripLogSampleTableColumn>(),
+                SourceText("The samples of this trip cannot be read."));
+        explain(bands, trips->column<TTripLogSpeedBandsTableColumn>(),
+                SourceText("The speed bands of this trip cannot be read."));
         explain(parameters, trips->column<TTripLogParametersTableColumn>(),
-                "The parameters of this trip cannot be read.");
+                SourceText("The parameters of this trip cannot be read."));
     }
     return {std::move(samples), std::move(bands), std::move(parameters)};
 }

@@ -8,7 +8,7 @@ namespace quobrix {
 
 /// The description of a trouble code by SAE J2012: out of the program's table, else by the code's category. Empty for
 /// an empty code, "Invalid DTC" for one that is not five characters long.
-std::string_view troubleCodeDescription(std::string_view code);
+SourceText troubleCodeDescription(std::string_view code);
 
 /// Describes the trouble code of its row.
 class TroubleCodeDescriptionColumn : public DerivedColumn {
@@ -18,7 +18,7 @@ public:
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 
 private:
-    std::string_view description(RowIndex row) const;
+    SourceText description(RowIndex row) const;
 };
 
 /// The status of a fuel system: the number of the bit set in the status byte of SAE J1979 PID 03.

@@ -1,5 +1,7 @@
 #include "model/trouble_report.h"
 
+#include "texts/text.h"
+
 namespace quobrix {
 namespace {
 
@@ -17,12 +19,12 @@ std::vector<Block> freezeFrameSection(const TTroubleLogTable& troubles, RowIndex
     Facts measured;
     for (const PersistentType* type : kFreezeFrame) {
         const Column& column = troubles.columnOf(*type);
-        if (std::string text = column.text(row, context); !text.empty())
-            measured.facts.push_back({plainHeading(column.spec()), std::move(text)});
+        if (std::string value = column.text(row, context); !value.empty())
+            measured.facts.push_back({plainHeading(column.spec()), std::move(value)});
     }
     if (measured.facts.empty())
         return {};
-    return {Heading{"Freeze Frame"}, std::move(measured)};
+    return {Heading{text(SourceText("Freeze Frame"))}, std::move(measured)};
 }
 
 } // namespace quobrix

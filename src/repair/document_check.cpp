@@ -2,8 +2,6 @@
 
 #include "texts/text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <set>
 #include <unordered_map>
@@ -22,12 +20,12 @@ public:
         checkSingletons();
         for (const Damage& damage : store_.damage())
             if (ofLaterVersion(damage))
-                result_.notes.push_back({damage.id, {}, "the class is not known to this version; it is kept as it is"});
+                result_.notes.push_back({damage.id, {}, text(TextId::TheClassIsNotKnownTo)});
             else
                 result_.damages.push_back({damage.id, logOf(damage), damage.what});
         result_.damages.insert(result_.damages.end(), contradictions_.begin(), contradictions_.end());
         checkStreams();
-        if (const std::optional<std::string> doubt = store_.doubt(); doubt && result_.damages.empty())
+        if (const std::optional<ShownText> doubt = store_.doubt(); doubt && result_.damages.empty())
             result_.damages.push_back({kNoObject, {}, *doubt});
         noteLeftovers();
         countDamaged();
@@ -53,25 +51,23 @@ private:
     }
 
     void follow(const PersistentObject& owner, const Reference& reference) {
-        const auto contradiction = [&](std::string what) {
+        const auto contradiction = [&](ShownText what) {
             contradictions_.push_back({owner.id(), text(logOfClass(owner.type().name)), std::move(what)});
         };
         // A table itself tells whether its columns are of their class and belong to it alone.
         const bool isTable = dynamic_cast<const Table*>(&owner) != nullptr && store_.types().find(reference.typeId);
         const auto [known, first] = owners_.emplace(reference.id, Owner{&owner, reference.typeId});
         if (!first && !isTable)
-            return contradiction(fmt::format("{} and {} both refer to object {}", owner.type().name,
-                                             known->second.object->type().name, reference.id));
+            return contradiction(
+                text(TextId::BothReferToObject, owner.type().name, known->second.object->type().name, reference.id));
         if (store_.unreadable(reference.id))
             return; // told as damage of its own
         const PersistentObject* object = store_.find(reference.id);
         if (!object)
-            return store_.noteBadReference(
-                reference.id, reference.typeId,
-                fmt::format("{} refers to object {}, which does not exist", owner.type().name, reference.id));
+            return store_.noteBadReference(reference.id, reference.typeId,
+                                           text(TextId::RefersToObjectWhichDoesNot, owner.type().name, reference.id));
         if (object->type().id() != reference.typeId && !isTable)
-            contradiction(fmt::format("{} refers to object {}, which is a {}", owner.type().name, reference.id,
-                                      object->type().name));
+            contradiction(text(TextId::RefersToObjectWhichIsA, owner.type().name, reference.id, object->type().name));
     }
 
     void checkSingletons() {
@@ -80,23 +76,22 @@ private:
             const PersistentType* type = store_.types().find(typeId);
             const PersistentObject* object = store_.find(id);
             if (type && object && object->type().id() != typeId)
-                store_.noteBadReference(id, typeId,
-                                        fmt::format("a {} stands for the {}", object->type().name, type->name));
+                store_.noteBadReference(id, typeId, text(TextId::AStandsForThe, object->type().name, type->name));
         }
         for (const PersistentObject* object : store_.loadedObjects()) {
             const PersistentType& type = object->type();
             const auto known = singletons.find(type.id());
             if (type.singleton && (known == singletons.end() || known->second != object->id()))
-                contradictions_.push_back({object->id(), text(logOfClass(type.name)),
-                                           fmt::format("the index does not name this {}", type.name)});
+                contradictions_.push_back(
+                    {object->id(), text(logOfClass(type.name)), text(TextId::TheIndexDoesNotNameThis, type.name)});
         }
     }
 
     void checkStreams() {
         for (const std::string& name : store_.strayStreams())
-            result_.damages.push_back({kNoObject, {}, fmt::format("the stream \"{}\" belongs to no object", name)});
+            result_.damages.push_back({kNoObject, {}, text(TextId::TheStreamBelongsToNoObject, name)});
         for (const std::string& name : store_.garbledStreams())
-            result_.damages.push_back({kNoObject, {}, fmt::format("\"{}\" is no name of a stream", name)});
+            result_.damages.push_back({kNoObject, {}, text(TextId::IsNoNameOfAStream, name)});
     }
 
     void countDamaged() {
@@ -112,7 +107,7 @@ private:
         for (const PersistentObject* object : store_.loadedObjects())
             if (!object->type().singleton && !owners_.contains(object->id()))
                 result_.notes.push_back({object->id(), text(logOfClass(object->type().name)),
-                                         fmt::format("nothing refers to this {}", object->type().name)});
+                                         text(TextId::NothingRefersToThis, object->type().name)});
     }
 
     /// It has a class that is not known, and nothing expects another of it.
@@ -127,7 +122,7 @@ private:
     }
 
     /// By the class of the damaged object; where that is not known, of what refers to it.
-    std::string logOf(const Damage& damage) {
+    ShownText logOf(const Damage& damage) {
         if (damage.id == kNoObject)
             return {};
         if (const PersistentType* type = store_.types().find(damage.typeId))
@@ -135,7 +130,7 @@ private:
         if (ownerClasses_.empty())
             ownerClasses_ = store_.owners();
         const auto owner = ownerClasses_.find(damage.id);
-        return owner == ownerClasses_.end() ? std::string() : text(logOfClass(owner->second->name));
+        return owner == ownerClasses_.end() ? ShownText() : text(logOfClass(owner->second->name));
     }
 
     struct Owner {
@@ -157,11 +152,11 @@ DocumentCheck checkDocument(ObjectStore& store) { return Checker(store).run(); }
 DocumentCheck checkDocument(TQuobrixDocument& document) {
     DocumentCheck check = checkDocument(document.store());
     if (document.outdated())
-        return {check.objects, 0, {{kNoObject, {}, "another program has changed the file meanwhile"}}, {}};
-    if (const std::optional<std::string> doubt = document.doubt(); doubt && check.sound())
+        return {check.objects, 0, {{kNoObject, {}, text(TextId::AnotherProgramHasChangedTheFileMeanwhile)}}, {}};
+    if (const std::optional<ShownText> doubt = document.doubt(); doubt && check.sound())
         check.damages.push_back({kNoObject, {}, *doubt});
     if (document.lacksOwnStream())
-        check.damages.push_back({kNoObject, {}, fmt::format("the stream \"{}\" is missing", kDocumentStream)});
+        check.damages.push_back({kNoObject, {}, text(TextId::TheStreamIsMissing, kDocumentStream)});
     return check;
 }
 

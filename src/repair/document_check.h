@@ -11,8 +11,8 @@ namespace quobrix {
 /// One thing that the check came upon.
 struct CheckFinding {
     ObjectId id = kNoObject; ///< none: the index or a stream that it does not know
-    std::string log;         ///< "Trip Log" …; empty where it concerns the document as a whole
-    std::string what;        ///< words for the user
+    ShownText log;           ///< "Trip Log" …; empty where it concerns the document as a whole
+    ShownText what;          ///< words for the user
 };
 
 struct DocumentCheck {

@@ -6,8 +6,6 @@
 #include "repair/salvaged_objects.h"
 #include "texts/text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <deque>
 #include <map>
@@ -24,8 +22,8 @@ public:
         : from_(from), into_(into), objects_(from), empty_(objects_.all().empty() && objects_.unreadable().empty()) {}
 
     Result<DocumentRepair> run() {
-        for (const std::string& damage : objects_.indexDamage())
-            note(kNoObject, {}, damage + "; the index was made anew");
+        for (const ShownText& damage : objects_.indexDamage())
+            note(kNoObject, {}, text(TextId::TheIndexWasMadeAnew, damage));
         if (const Result<void> whole = from_.writable(); !whole) // what they led to is unknown
             lose(kNoObject, {}, whole.error().detail);
         for (const PersistentType* type : modelTypes().all())
@@ -53,8 +51,7 @@ private:
             if (id == best)
                 continue;
             lose(id, text(logOfClass(type.name)),
-                 fmt::format("there are two {}; this one of {} rows is left out", type.name,
-                             chooseColumns(objects_.at(id)).rows));
+                 text(TextId::ThereAreTwoThisOneOf, type.name, chooseColumns(objects_.at(id)).rows));
             claim(id, {}, State::Dropped);
         }
     }
@@ -76,13 +73,11 @@ private:
         for (const auto& [id, unreadable] : objects_.unreadable())
             if (unreadable.typeId == type.id() || id == objects_.named(type))
                 objects_.setTold(id);
-        const std::string log = text(logOfClass(type.name));
+        const ShownText log = text(logOfClass(type.name));
         if (found > 0)
-            note(kNoObject, log,
-                 fmt::format("its table is lost; it was put together again from {} of {} columns; records: {}", found,
-                             columns.ids.size(), columns.rows));
+            note(kNoObject, log, text(TextId::ItsTableIsLostItWas, found, columns.ids.size(), columns.rows));
         else if (!empty_)
-            lose(kNoObject, log, "its table and all its columns are lost");
+            lose(kNoObject, log, text(TextId::ItsTableAndAllItsColumns));
         const ObjectId id = objects_.add(std::move(root));
         claim(id, {log, {}}, State::Kept);
     }
@@ -91,8 +86,8 @@ private:
 
     /// Where something belongs, for the user.
     struct Place {
-        std::string log;
-        std::string within; ///< "record 3: Samples: ", or empty
+        ShownText log;
+        ShownText within; ///< "record 3: Samples: ", or empty
     };
 
     /// Gives STATE to an object and to everything that it owns, directly or not, and mends references to what is lost.
@@ -160,10 +155,9 @@ private:
         const TableContent old = *table.table;
         TableContent content{static_cast<std::uint32_t>(chosen.rows), {}};
         if (old.rows > content.rows && chosen.votes == 0)
-            lose(id, place.log, fmt::format("{}none of its {} rows can be read", place.within, old.rows));
+            lose(id, place.log, text(TextId::NoneOfItsRowsCanBe, place.within, old.rows));
         else if (old.rows != content.rows && !table.changed)
-            note(id, place.log,
-                 fmt::format("{}it says {} rows; its columns have {}", place.within, old.rows, content.rows));
+            note(id, place.log, text(TextId::ItSaysRowsItsColumnsHave, place.within, old.rows, content.rows));
         for (std::size_t i = 0; i < spec.columns.size(); ++i) {
             const PersistentType& type = *spec.columns[i];
             const auto named = std::ranges::find(old.columns, type.id(), &Reference::typeId);
@@ -182,8 +176,7 @@ private:
                     foreign->state = table.state;
                 } else {
                     lose(column.id, place.log,
-                         fmt::format("{}a column of a class that is not known cannot be kept ({})", place.within,
-                                     objects_.whyNot(column.id)));
+                         text(TextId::AColumnOfAClassThat, place.within, objects_.whyNot(column.id)));
                 }
             }
         table.changed =
@@ -198,28 +191,27 @@ private:
     ObjectId keepColumn(const PersistentType& type, ObjectId chosen, ObjectId named, RowIndex rows, const Place& place,
                         const Own& own) {
         const Column& prototype = objects_.columnPrototype(type);
-        const std::string what =
-            fmt::format("{}the column \"{}\" ({})", place.within, plainHeading(prototype.spec()), type.name);
-        std::string why = "it was not found";
+        const ShownText what = text(TextId::WithinTheColumn, place.within, plainHeading(prototype.spec()), type.name);
+        ShownText why = text(TextId::ItWasNotFound);
         if (chosen != kNoObject) {
             SalvagedObject& object = objects_.at(chosen);
             if (!object.stored || object.rows == rows) {
                 if (chosen != named && named != kNoObject)
-                    note(chosen, place.log, what + " was found again by its class");
+                    note(chosen, place.log, text(TextId::WasFoundAgain, what));
                 own(chosen, object, place);
                 return chosen;
             }
-            why = fmt::format("it has {} rows, its table {}", object.rows, rows);
+            why = text(TextId::ItHasRowsItsTable, object.rows, rows);
         } else if (named != kNoObject) {
             why = objects_.whyNot(named);
         }
         const ObjectId id = chosen != kNoObject ? chosen : named;
         if (!prototype.stored() || rows == 0) { // nothing was in it; the table makes it anew when it changes
             if (id != kNoObject)
-                note(id, place.log, fmt::format("{} is left out ({}); it held nothing", what, why));
+                note(id, place.log, text(TextId::IsLeftOutItHeldNothing, what, why));
             return kNoObject;
         }
-        lose(id, place.log, fmt::format("{} is empty now, because it cannot be read ({})", what, why));
+        lose(id, place.log, text(TextId::IsEmptyNowBecauseItCannot, what, why));
         if (silent_ || rows > emptyRows_) // a column that is not there reads as empty, too
             return kNoObject;
         emptyRows_ -= rows;
@@ -236,21 +228,21 @@ private:
     template <class Own>
     void claimCells(SalvagedObject& column, const Place& place, const Own& own) {
         const Column& prototype = objects_.columnPrototype(*column.type);
-        const std::string heading = plainHeading(prototype.spec());
+        const ShownText heading = plainHeading(prototype.spec());
         const auto within = [&](RowIndex first, RowIndex last) {
-            return first == last ? fmt::format("{}record {}: {}: ", place.within, first + 1, heading)
-                                 : fmt::format("{}records {} to {}: {}: ", place.within, first + 1, last + 1, heading);
+            return first == last ? text(TextId::WithinRecord, place.within, first + 1, heading)
+                                 : text(TextId::WithinRecords, place.within, first + 1, last + 1, heading);
         };
         // Records in a row that lose the same for the same reason are told as one.
         struct Run {
             RowIndex first;
             ObjectId id;
-            std::string why;
+            ShownText why;
         };
         std::optional<Run> run;
         const auto tell = [&](RowIndex end) {
             if (run)
-                lose(run->id, place.log, fmt::format("{}cannot be read ({})", within(run->first, end - 1), run->why));
+                lose(run->id, place.log, text(TextId::WithinCannotBeRead, within(run->first, end - 1), run->why));
             run.reset();
         };
         for (RowIndex row = 0; row < column.cells.size(); ++row) {
@@ -262,7 +254,7 @@ private:
                     own(cell, *object, {place.log, within(row, row)});
                 continue;
             }
-            std::string why = objects_.whyNot(cell);
+            ShownText why = objects_.whyNot(cell);
             if (run && run->why != why)
                 tell(row);
             if (!run)
@@ -280,8 +272,8 @@ private:
         const auto take = [&](auto&& which) {
             for (auto& [id, object] : objects_.all())
                 if (object.state == State::Free && object.type && which(object)) {
-                    const std::string log = text(logOfClass(object.type->name));
-                    note(id, log, fmt::format("nothing refers to this {}; it is kept", object.type->name));
+                    const ShownText log = text(logOfClass(object.type->name));
+                    note(id, log, text(TextId::NothingRefersToThisItIs, object.type->name));
                     claim(id, {log, {}}, State::Kept);
                 }
         };
@@ -295,13 +287,13 @@ private:
             if (!object.type && object.state == State::Free) {
                 object.state = objects_.told(id) ? State::Dropped : State::Kept;
                 if (object.state == State::Kept)
-                    note(id, {}, "its class is not known to this version; it is kept as it is");
+                    note(id, {}, text(TextId::ItsClassIsNotKnownTo));
             }
         for (const auto& [id, unreadable] : objects_.unreadable())
             if (!objects_.told(id)) {
                 const PersistentType* type = modelTypes().find(unreadable.typeId);
-                lose(id, type ? text(logOfClass(type->name)) : std::string(),
-                     fmt::format("cannot be read ({})", unreadable.why));
+                lose(id, type ? text(logOfClass(type->name)) : ShownText(),
+                     text(TextId::CannotBeReadWhy, unreadable.why));
             }
     }
 
@@ -339,7 +331,7 @@ private:
                 continue;
             Result<Bytes> content = from_.read(name);
             if (!content)
-                lose(kNoObject, {}, fmt::format("the stream \"{}\" cannot be read", name));
+                lose(kNoObject, {}, text(TextId::TheNamedStreamCannotBeRead, name));
             else if (CompoundFile::nameAllowed(name))
                 into_.write(name, *std::move(content));
             else
@@ -352,16 +344,15 @@ private:
         for (auto object = objects_.all().begin(); object != objects_.all().end() && !unnamed.empty(); ++object) {
             const Result<Bytes> content = from_.read(std::to_string(object->first));
             if (const std::string name = content ? takeOut(*content) : std::string(); !name.empty())
-                note(object->first, object->second.type ? text(logOfClass(object->second.type->name)) : std::string(),
-                     fmt::format("it was found although the name of its stream is damaged (\"{}\")", name));
+                note(object->first, object->second.type ? text(logOfClass(object->second.type->name)) : ShownText(),
+                     text(TextId::FoundUnderADamagedName, name));
         }
         if (const std::string name = takeOut(documentStream()); !name.empty())
-            note(kNoObject, {},
-                 fmt::format("the name of the stream \"{}\" is damaged (\"{}\")", kDocumentStream, name));
+            note(kNoObject, {}, text(TextId::TheNameOfTheStreamIsDamaged, kDocumentStream, name));
         else if (!empty_ && !from_.contains(kDocumentStream))
-            note(kNoObject, {}, fmt::format("the stream \"{}\" is missing; it was made anew", kDocumentStream));
+            note(kNoObject, {}, text(TextId::TheStreamWasMadeAnew, kDocumentStream));
         for (const auto& [content, name] : unnamed)
-            lose(kNoObject, {}, fmt::format("the stream \"{}\" cannot be written", name));
+            lose(kNoObject, {}, text(TextId::TheStreamCannotBeWritten, name));
     }
 
     void countRecords() {
@@ -372,11 +363,11 @@ private:
         std::ranges::sort(result_.records);
     }
 
-    void lose(ObjectId id, std::string log, std::string what) {
+    void lose(ObjectId id, ShownText log, ShownText what) {
         if (!silent_)
             result_.lost.push_back({id, std::move(log), std::move(what)});
     }
-    void note(ObjectId id, std::string log, std::string what) {
+    void note(ObjectId id, ShownText log, ShownText what) {
         if (!silent_)
             result_.notes.push_back({id, std::move(log), std::move(what)});
     }

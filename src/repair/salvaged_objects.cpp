@@ -2,8 +2,7 @@
 
 #include "compound/stream_reader.h"
 #include "model/quobrix_document.h"
-
-#include <fmt/format.h>
+#include "texts/text.h"
 
 namespace quobrix {
 namespace {
@@ -63,11 +62,11 @@ void SalvagedObjects::readIndex(const StreamReader& from) {
     named_ = store.singletonIds();
     for (const ObjectId id : store.objectIds())
         if (!from.contains(streamName(id)))
-            unreadable_.emplace(id, Unreadable{0, "its stream is missing"});
+            unreadable_.emplace(id, Unreadable{0, text(TextId::ItsStreamIsMissing)});
 }
 
 void SalvagedObjects::examine(ObjectId id, const Result<Bytes>& stream) {
-    const auto refuse = [&](std::uint32_t typeId, std::string why) {
+    const auto refuse = [&](std::uint32_t typeId, ShownText why) {
         unreadable_.emplace(id, Unreadable{typeId, std::move(why)});
     };
     if (!stream)
@@ -78,13 +77,13 @@ void SalvagedObjects::examine(ObjectId id, const Result<Bytes>& stream) {
     const std::uint8_t schema = in.u8();
     object.type = modelTypes().find(object.typeId);
     if (!in.complete())
-        return refuse(0, "its stream is too short");
+        return refuse(0, text(TextId::ItsStreamIsTooShort));
     if (object.typeId == 0 || schema == 0) // bytes that a disk lost, most likely
-        return refuse(0, "it does not say its class");
+        return refuse(0, text(TextId::ItDoesNotSayItsClass));
     if (object.type && schema > object.type->schema)
-        return refuse(object.typeId, fmt::format("layout {} of {} is not known", schema, object.type->name));
+        return refuse(object.typeId, text(TextId::LayoutOfIsNotKnown, schema, object.type->name));
     if (object.type && !readContent(object, in, schema))
-        return refuse(object.typeId, fmt::format("the content of {} is damaged", object.type->name));
+        return refuse(object.typeId, text(TextId::TheContentOfIsDamaged, object.type->name));
     byClass_[object.typeId].push_back(id);
     objects_.emplace(id, std::move(object));
 }
@@ -115,20 +114,20 @@ ObjectId SalvagedObjects::loneFree(std::uint32_t typeId) {
     return ids.size() == 1 ? ids.front() : kNoObject;
 }
 
-std::string SalvagedObjects::whyNot(ObjectId id) {
+ShownText SalvagedObjects::whyNot(ObjectId id) {
     if (const auto known = unreadable_.find(id); known != unreadable_.end()) {
         setTold(id);
         return known->second.why;
     }
     const auto found = objects_.find(id);
     if (found == objects_.end())
-        return "it does not exist";
+        return text(TextId::ItDoesNotExist);
     if (!found->second.type) {
         setTold(id);
-        return "its class is not known";
+        return text(TextId::ItsClassIsNotKnown);
     }
-    return found->second.state == SalvagedObject::State::Free ? fmt::format("it is a {}", found->second.type->name)
-                                                              : "it belongs elsewhere";
+    return found->second.state == SalvagedObject::State::Free ? text(TextId::ItIsOfClass, found->second.type->name)
+                                                              : text(TextId::ItBelongsElsewhere);
 }
 
 ObjectId SalvagedObjects::add(SalvagedObject object) {

@@ -42,7 +42,7 @@ class SalvagedObjects {
 public:
     struct Unreadable {
         std::uint32_t typeId; ///< 0: not known
-        std::string why;
+        ShownText why;
     };
 
     explicit SalvagedObjects(const StreamReader& from);
@@ -51,7 +51,7 @@ public:
     SalvagedObject& at(ObjectId id) { return objects_.at(id); }
     const std::map<ObjectId, Unreadable>& unreadable() const { return unreadable_; }
     /// What is wrong with the index streams.
-    const std::vector<std::string>& indexDamage() const { return indexDamage_; }
+    const std::vector<ShownText>& indexDamage() const { return indexDamage_; }
     /// The singleton of TYPE by the index; kNoObject if it names none.
     ObjectId named(const PersistentType& type) const;
     /// The readable objects of a class, claimed ones perhaps left out, in no order.
@@ -62,7 +62,7 @@ public:
     /// The one free object of a class; kNoObject if there are none or several.
     ObjectId loneFree(std::uint32_t typeId);
     /// Why free() yields nothing, for the user. What cannot be read at all counts as told from then on.
-    std::string whyNot(ObjectId id);
+    ShownText whyNot(ObjectId id);
     void setTold(ObjectId id) { told_.insert(id); }
     bool told(ObjectId id) const { return told_.contains(id); }
 
@@ -82,7 +82,7 @@ private:
     std::map<ObjectId, Unreadable> unreadable_;
     std::map<std::uint32_t, std::vector<ObjectId>> byClass_;
     std::map<std::uint32_t, ObjectId> named_;
-    std::vector<std::string> indexDamage_;
+    std::vector<ShownText> indexDamage_;
     std::set<ObjectId> told_;
     std::map<const PersistentType*, std::unique_ptr<PersistentObject>> prototypes_;
     ObjectId nextId_ = 0;

@@ -3,6 +3,7 @@
 #include "base/fold_case.h"
 #include "base/utf8.h"
 #include "tables/range_text.h"
+#include "texts/text.h"
 
 #include <fmt/format.h>
 
@@ -17,19 +18,21 @@ bool isEmpty(const Value& value) {
     return std::holds_alternative<std::monostate>(value) || (text && text->empty());
 }
 
-std::string outsideText(const Column& column, const Range& range, double figure, std::string_view word,
-                        const TextContext& context) {
+ShownText outsideText(const Column& column, const Range& range, double figure, Severity severity,
+                      const TextContext& context) {
     const auto figureText = [&](double base) { return column.figureText(base, context); };
+    const std::string value = figureText(figure), wanted = rangeText(range, figureText);
     if (range.lower == range.upper)
-        return fmt::format("This value, {}, is not equal to the {} value.\nThe {} value is {}.", figureText(figure),
-                           word, word, rangeText(range, figureText));
-    return fmt::format("This value, {}, lies outside of the {} range.\nThe {} range is {}.", figureText(figure), word,
-                       word, rangeText(range, figureText));
+        return severity == Severity::Required ? text(TextId::NotTheRequiredValue, value, wanted)
+                                              : text(TextId::NotTheRecommendedValue, value, wanted);
+    return severity == Severity::Required ? text(TextId::OutsideRequiredRange, value, wanted)
+                                          : text(TextId::OutsideRecommendedRange, value, wanted);
 }
 
-std::string lengthText(const CountRange& range, std::string_view word, const TextContext& context) {
-    return fmt::format("This string does not contain the {} number of characters.\nThe {} number of characters is {}.",
-                       word, word, countRangeText(range, context));
+ShownText lengthText(const CountRange& range, Severity severity, const TextContext& context) {
+    const std::string wanted = countRangeText(range, context);
+    return severity == Severity::Required ? text(TextId::NotTheRequiredLength, wanted)
+                                          : text(TextId::NotTheRecommendedLength, wanted);
 }
 
 std::optional<double> figureOf(const Value& value) {
@@ -47,19 +50,15 @@ bool isSelectable(const Column& column, std::int64_t code) {
 
 } // namespace
 
-std::string_view cellMarkText(Severity severity) {
-    return severity == Severity::Required
-               ? "This value is in error. To find out why, press Shift+F10 or right-click on this field. "
-               : "This value may be in error. To find out why, press Shift+F10 or right-click on this field. ";
+ShownText cellMarkText(Severity severity) {
+    return severity == Severity::Required ? text(TextId::ValueInError) : text(TextId::ValueMayBeInError);
 }
 
-std::string_view uniquenessText(Severity severity, Uniqueness uniqueness) {
+ShownText uniquenessText(Severity severity, Uniqueness uniqueness) {
     const bool sensitive = uniqueness == Uniqueness::CaseSensitive;
     if (severity == Severity::Required)
-        return sensitive ? "This value must be unique (case sensitive)."
-                         : "This value must be unique (case insensitive).";
-    return sensitive ? "It is recommended that this value be unique (case sensitive)."
-                     : "It is recommended that this value be unique (case insensitive).";
+        return sensitive ? text(TextId::MustBeUniqueCase) : text(TextId::MustBeUniqueNoCase);
+    return sensitive ? text(TextId::ShouldBeUniqueCase) : text(TextId::ShouldBeUniqueNoCase);
 }
 
 std::string uniquenessKey(const Value& value, Uniqueness uniqueness) {
@@ -75,32 +74,32 @@ std::string uniquenessKey(const Value& value, Uniqueness uniqueness) {
 std::vector<Finding> checkValue(const Column& column, const Value& value, const TextContext& context) {
     std::vector<Finding> findings;
     const Requirements& r = column.requirements();
-    const auto add = [&](Severity severity, std::string text) { findings.push_back({severity, std::move(text)}); };
+    const auto add = [&](Severity severity, ShownText what) { findings.push_back({severity, std::move(what)}); };
     if (isEmpty(value)) {
         if (r.need == Need::Required)
-            add(Severity::Required, "This value is required but has not yet been defined.");
+            add(Severity::Required, text(TextId::RequiredButMissing));
         else if (r.need == Need::Recommended)
-            add(Severity::Recommended, "This value is recommended but has not yet been defined.");
+            add(Severity::Recommended, text(TextId::RecommendedButMissing));
         return findings;
     }
     if (column.kind() == ColumnKind::Selection && column.editable()) {
         const auto* code = std::get_if<std::int64_t>(&value);
         if (!code || !isSelectable(column, *code))
-            add(Severity::Required, "This is not a valid selection.");
+            add(Severity::Required, text(TextId::NotASelection));
     }
-    if (const auto* text = std::get_if<std::string>(&value)) {
-        const std::size_t length = characterCount(*text);
+    if (const auto* words = std::get_if<std::string>(&value)) {
+        const std::size_t length = characterCount(*words);
         if (!r.requiredCharacters.contains(length))
-            add(Severity::Required, lengthText(r.requiredCharacters, "required", context));
+            add(Severity::Required, lengthText(r.requiredCharacters, Severity::Required, context));
         else if (!r.recommendedCharacters.contains(length))
-            add(Severity::Recommended, lengthText(r.recommendedCharacters, "recommended", context));
+            add(Severity::Recommended, lengthText(r.recommendedCharacters, Severity::Recommended, context));
     } else if (const std::optional<double> figure = figureOf(value)) {
         if (!r.required.contains(*figure))
-            add(Severity::Required, outsideText(column, r.required, *figure, "required", context));
+            add(Severity::Required, outsideText(column, r.required, *figure, Severity::Required, context));
         else if (!r.recommended.contains(*figure))
-            add(Severity::Recommended, outsideText(column, r.recommended, *figure, "recommended", context));
+            add(Severity::Recommended, outsideText(column, r.recommended, *figure, Severity::Recommended, context));
     }
-    if (std::string doubt = column.doubt(value); !doubt.empty())
+    if (ShownText doubt = column.doubt(value); !doubt.empty())
         add(Severity::Recommended, std::move(doubt));
     std::ranges::stable_sort(findings, std::ranges::greater(), &Finding::severity);
     return findings;
@@ -120,7 +119,7 @@ bool TableChecker::isUnique(const Column& column, std::size_t index, const Value
     return counts.byKey[key] <= 1;
 }
 
-Finding TableChecker::finding(Severity severity, std::string text, const ColumnSpec* column, RowIndex row) const {
+Finding TableChecker::finding(Severity severity, ShownText text, const ColumnSpec* column, RowIndex row) const {
     return {severity, std::move(text), table_.id(), quobrix::text(table_.spec().title), column, row};
 }
 
@@ -135,11 +134,9 @@ void TableChecker::append(const Column& column, std::size_t index, RowIndex row,
     if (!found.empty() && found.front().severity == Severity::Required && !column.lockedBecause(row).empty())
         std::erase_if(found, [](const Finding& each) { return each.severity == Severity::Required; });
     if (r.mustBeUnique != Uniqueness::None && !isUnique(column, index, value, r.mustBeUnique))
-        found.insert(found.begin(),
-                     finding(Severity::Required, std::string(uniquenessText(Severity::Required, r.mustBeUnique))));
+        found.insert(found.begin(), finding(Severity::Required, uniquenessText(Severity::Required, r.mustBeUnique)));
     if (r.shouldBeUnique != Uniqueness::None && !isUnique(column, index, value, r.shouldBeUnique))
-        found.push_back(
-            finding(Severity::Recommended, std::string(uniquenessText(Severity::Recommended, r.shouldBeUnique))));
+        found.push_back(finding(Severity::Recommended, uniquenessText(Severity::Recommended, r.shouldBeUnique)));
     for (Finding& each : found)
         findings.push_back(finding(each.severity, std::move(each.text), &column.spec(), row));
 }
@@ -157,13 +154,11 @@ std::vector<Finding> TableChecker::all(const TextContext& context) {
     const RowRequirements& rows = table_.spec().rows;
     const RowIndex count = table_.rowCount();
     if (rows.required.most < count)
-        findings.push_back(finding(Severity::Required, "This column contains more than the allowable number of rows."));
+        findings.push_back(finding(Severity::Required, text(TextId::MoreThanAllowableRows)));
     else if (rows.recommended.most < count)
-        findings.push_back(
-            finding(Severity::Recommended, "This column contains more than the recommended number of rows."));
+        findings.push_back(finding(Severity::Recommended, text(TextId::MoreThanRecommendedRows)));
     if (count < rows.recommended.least)
-        findings.push_back(
-            finding(Severity::Recommended, "This column contains fewer than the recommended number of rows."));
+        findings.push_back(finding(Severity::Recommended, text(TextId::FewerThanRecommendedRows)));
     std::vector<std::size_t> checked; // what is neither editable nor to be a certain way needs no look at its cells
     for (std::size_t i = 0; i < table_.columnCount(); ++i)
         if (table_.column(i).editable())

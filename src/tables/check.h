@@ -17,14 +17,14 @@ enum class Severity {
 };
 
 /// How a cell is marked whose worst finding is of SEVERITY.
-std::string_view cellMarkText(Severity severity);
+ShownText cellMarkText(Severity severity);
 
 /// One broken rule.
 struct Finding {
     static constexpr RowIndex kNoRow = ~RowIndex{0};
 
     Severity severity = Severity::Required;
-    std::string text;
+    ShownText text;
     ObjectId table = kNoObject;
     std::string title{};                ///< of the table ("Vehicle ID")
     const ColumnSpec* column = nullptr; ///< none: the table as a whole
@@ -35,7 +35,7 @@ struct Finding {
 /// for a reason of the column's own. Uniqueness is a matter of the table: see TableChecker.
 std::vector<Finding> checkValue(const Column& column, const Value& value, const TextContext& context);
 /// "This value must be unique (case sensitive)." and its likes.
-std::string_view uniquenessText(Severity severity, Uniqueness uniqueness);
+ShownText uniquenessText(Severity severity, Uniqueness uniqueness);
 /// What makes two values the same under UNIQUENESS, as one text; empty for no value, which is always unique.
 std::string uniquenessKey(const Value& value, Uniqueness uniqueness);
 
@@ -60,7 +60,7 @@ private:
     void append(const Column& column, std::size_t index, RowIndex row, const TextContext& context,
                 std::vector<Finding>& findings);
     bool isUnique(const Column& column, std::size_t index, const Value& value, Uniqueness uniqueness);
-    Finding finding(Severity severity, std::string text, const ColumnSpec* column = nullptr,
+    Finding finding(Severity severity, ShownText text, const ColumnSpec* column = nullptr,
                     RowIndex row = Finding::kNoRow) const;
 
     const Table& table_;

@@ -4,6 +4,7 @@
 #include "document/persistent.h"
 #include "tables/requirements.h"
 #include "tables/row_runs.h"
+#include "texts/source_text.h"
 #include "units/number_format.h"
 #include "units/unit_catalogue.h"
 
@@ -23,7 +24,7 @@ class TimeZone;
 class TUnitSystem;
 
 /// The refusal of what is not for editing at all.
-extern const std::string_view kNotEditable;
+extern const SourceText kNotEditable;
 
 enum class ColumnKind { Boolean, Integer, Real, Text, Selection, DateTime, Table };
 
@@ -34,10 +35,10 @@ using Value = std::variant<std::monostate, bool, std::int64_t, double, std::stri
 /// The description of a column class: all that differs between most columns.
 struct ColumnSpec {
     PersistentType type;
-    std::string_view key;     ///< identity in files of values, settings and help; the class name but for two classes
-    UnitTypeId unit;          ///< D0 where no unit applies
-    std::string_view heading; ///< '&' marks the mnemonic, a line break splits it in two lines
-    std::string_view tooltip;
+    std::string_view key; ///< identity in files of values, settings and help; the class name but for two classes
+    UnitTypeId unit;      ///< D0 where no unit applies
+    SourceText heading;   ///< '&' marks the mnemonic, a line break splits it in two lines
+    SourceText tooltip;
     Requirements requirements{};
 };
 
@@ -56,7 +57,7 @@ struct TextBuffer {
 /// What a text that a person typed means: a value (nothing for an empty text), or why it is refused.
 struct Parsed {
     Value value;
-    std::string refusal;
+    ShownText refusal;
     std::optional<MessageId> message{}; ///< the one that the refusal is, where it is one that people are reminded of
 
     bool ok() const { return refusal.empty(); }
@@ -113,9 +114,9 @@ public:
     /// What can be selected, in the order in which it is offered; for columns of the kind Selection only.
     virtual std::vector<Selection> selections() const { return {}; }
     /// What speaks against a value without forbidding it; empty: nothing.
-    virtual std::string doubt(const Value&) const { return {}; }
+    virtual ShownText doubt(const Value&) const { return {}; }
     /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.
-    std::string lockedBecause(RowIndex row) const;
+    ShownText lockedBecause(RowIndex row) const;
 
     /// What the text of the cell is a name of: a VIN, a serial number, an identification number. Empty where the text
     /// is the value itself.
@@ -146,7 +147,7 @@ public:
 
 protected:
     /// What the column itself has against another value in ROW; empty: nothing.
-    virtual std::string lock(RowIndex) const { return {}; }
+    virtual ShownText lock(RowIndex) const { return {}; }
 
 private:
     friend class Table;
@@ -155,7 +156,7 @@ private:
 };
 
 /// The heading as plain text: no mnemonic marks, lines joined by a blank, no blank at the ends.
-std::string plainHeading(const ColumnSpec& spec);
+ShownText plainHeading(const ColumnSpec& spec);
 
 template <class T>
 std::unique_ptr<PersistentObject> makePersistent() {

@@ -3,6 +3,7 @@
 #include "tables/columns.h"
 
 #include "base/fold_case.h"
+#include "texts/text.h"
 #include "units/date_time.h"
 #include "units/number_parse.h"
 #include "units/time_zone.h"
@@ -16,21 +17,21 @@
 
 namespace quobrix {
 
-const std::string_view kNotEditable = "This is not editable; see Help for more information.";
+const SourceText kNotEditable("This is not editable; see Help for more information.");
 
 namespace {
 
-constexpr std::string_view kNotABoolean = "Hey, that's not a boolean!";
-constexpr std::string_view kNotAnInteger = "Hey, that's not an integer!";
-constexpr std::string_view kNotANumber = "Hey, that's not a number!";
-constexpr std::string_view kNotADate = "Hey, that's not a date!";
-constexpr std::string_view kNotAnElapsedTime = "Hey, that's not an elapsed time in the format HH:MM:SS!";
-constexpr std::string_view kNotASelection = "This is not a valid selection.";
+constexpr SourceText kNotABoolean("Hey, that's not a boolean!");
+constexpr SourceText kNotAnInteger("Hey, that's not an integer!");
+constexpr SourceText kNotANumber("Hey, that's not a number!");
+constexpr SourceText kNotADate("Hey, that's not a date!");
+constexpr SourceText kNotAnElapsedTime("Hey, that's not an elapsed time in the format HH:MM:SS!");
+constexpr SourceText kNotASelection("This is not a valid selection.");
 
 // Beyond it the conversion into another unit could end at infinity.
 constexpr double kLargestFigure = 1e200;
 
-Parsed refused(std::string_view why) { return {{}, std::string(why)}; }
+Parsed refused(SourceText why) { return {{}, quobrix::text(why)}; }
 
 std::string_view trimmed(std::string_view text) {
     const std::size_t begin = text.find_first_not_of(" \t");
@@ -38,7 +39,7 @@ std::string_view trimmed(std::string_view text) {
                                            : text.substr(begin, text.find_last_not_of(" \t") - begin + 1);
 }
 
-Parsed integerOrRefusal(std::optional<std::int64_t> value, std::string_view refusal) {
+Parsed integerOrRefusal(std::optional<std::int64_t> value, SourceText refusal) {
     // The smallest integer of a column means that there is none.
     if (!value || *value <= std::numeric_limits<std::int32_t>::min() ||
         *value > std::numeric_limits<std::int32_t>::max())
@@ -83,9 +84,9 @@ std::string Column::figureText(double base, const TextContext& context) const {
 
 Parsed BooleanColumn::parse(std::string_view text, const TextContext&) const {
     const std::string word = foldCase(trimmed(text));
-    if (word == "yes" || word == "true" || word == "1")
+    if (word == "yes" || word == foldCase(quobrix::text(kYes)) || word == "true" || word == "1")
         return {true, {}};
-    if (word == "no" || word == "false" || word == "0")
+    if (word == "no" || word == foldCase(quobrix::text(kNo)) || word == "false" || word == "0")
         return {false, {}};
     return refused(kNotABoolean);
 }

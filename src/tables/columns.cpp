@@ -11,9 +11,9 @@ namespace quobrix {
 
 RowIndex Column::rowCount() const { return table_ ? table_->rowCount() : storedRows(); }
 
-std::string Column::lockedBecause(RowIndex row) const {
-    const std::string_view lockedColumn = table_ ? table_->columnLock(*this) : std::string_view();
-    return lockedColumn.empty() ? lock(row) : std::string(lockedColumn);
+ShownText Column::lockedBecause(RowIndex row) const {
+    const SourceText lockedColumn = table_ ? table_->columnLock(*this) : SourceText();
+    return lockedColumn.empty() ? lock(row) : quobrix::text(lockedColumn);
 }
 
 void Column::changedAlone() {
@@ -31,9 +31,9 @@ void Column::insertRows(RowIndex at, std::size_t count) {
     insertRows(std::span(&run, 1));
 }
 
-std::string plainHeading(const ColumnSpec& spec) {
+ShownText plainHeading(const ColumnSpec& spec) {
     std::string result;
-    for (const char c : spec.heading) {
+    for (const char c : text(spec.heading)) {
         if (c == '\n' || c == ' ') {
             if (!result.empty() && result.back() != ' ')
                 result += ' ';
@@ -43,7 +43,7 @@ std::string plainHeading(const ColumnSpec& spec) {
     }
     while (!result.empty() && result.back() == ' ')
         result.pop_back();
-    return result;
+    return ShownText::asItIs(std::move(result));
 }
 
 Value IntegerColumn::value(RowIndex row) const {

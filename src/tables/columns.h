@@ -130,15 +130,17 @@ private:
     std::vector<T> values_;
 };
 
+inline constexpr SourceText kYes("Yes"), kNo("No");
+
 /// Yes or no; there is always one of them.
 class BooleanColumn : public ArrayColumn<std::uint8_t> {
 public:
     ColumnKind kind() const override { return ColumnKind::Boolean; }
     Value value(RowIndex row) const override { return at(row) != 0; }
-    std::string_view textView(RowIndex row, const TextContext&, TextBuffer&) const override {
-        return at(row) ? "Yes" : "No";
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override {
+        return textIn(buffer.words, at(row) ? kYes : kNo);
     }
-    /// Yes, No, True, False, 1 or 0, in any case.
+    /// Yes, No in either language, True, False, 1 or 0, in any case.
     Parsed parse(std::string_view text, const TextContext&) const override;
     void setValue(RowIndex row, const Value& value) override;
 };

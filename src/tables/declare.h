@@ -10,7 +10,8 @@
     class Name final : public Base {                                                                                   \
     public:                                                                                                            \
         static constexpr PersistentType kType{#Name, false, 1, &makePersistent<Name>};                                 \
-        static constexpr ColumnSpec kSpec{kType, Key, UnitTypeId::Unit, Heading, Tooltip, requirements::Needs};        \
+        static constexpr ColumnSpec kSpec{                                                                             \
+            kType, Key, UnitTypeId::Unit, SourceText(Heading), SourceText(Tooltip), requirements::Needs};              \
         const ColumnSpec& spec() const override { return kSpec; }                                                      \
     };
 

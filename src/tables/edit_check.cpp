@@ -8,10 +8,10 @@
 
 namespace quobrix {
 
-const std::string_view kIncompatiblePaste =
-    "The clipboard contains data which cannot be pasted.\nIt's in a format that's incompatible with this spreadsheet.";
-const std::string_view kMostRows =
-    "This now contains the maximum number of allowable rows.\nNo more can be added or inserted.";
+const SourceText kIncompatiblePaste(
+    "The clipboard contains data which cannot be pasted.\nIt's in a format that's incompatible with this spreadsheet.");
+const SourceText
+    kMostRows("This now contains the maximum number of allowable rows.\nNo more can be added or inserted.");
 
 namespace {
 
@@ -48,9 +48,11 @@ std::optional<RowIndex> repeatedRow(const Column& column, const NewValues& edits
 
 } // namespace
 
-EditOutcome refused(std::string_view why, std::size_t column, RowIndex row) {
-    return {.refusal = std::string(why), .column = column, .row = row};
+EditOutcome refused(ShownText why, std::size_t column, RowIndex row) {
+    return {.refusal = std::move(why), .column = column, .row = row};
 }
+
+EditOutcome refused(SourceText why, std::size_t column, RowIndex row) { return refused(text(why), column, row); }
 
 EditOutcome refused(const Parsed& parsed, std::size_t column, RowIndex row) {
     EditOutcome outcome = refused(parsed.refusal, column, row);
@@ -62,7 +64,7 @@ CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vect
                       const TextContext& context) {
     CheckedEdit checked;
     std::vector<Finding>& warnings = checked.outcome.warnings;
-    const auto refuse = [](std::string_view why, std::size_t column, RowIndex row) {
+    const auto refuse = [](const auto& why, std::size_t column, RowIndex row) {
         return CheckedEdit{refused(why, column, row), {}};
     };
     const RowIndex rows = table.rowCount();
@@ -74,8 +76,7 @@ CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vect
             return refuse(kNotEditable, cell.column, cell.row);
         if (cell.row < rows && column.value(cell.row) == cell.value)
             continue;
-        if (const std::string why =
-                cell.row < rows ? column.lockedBecause(cell.row) : std::string(table.columnLock(column));
+        if (const ShownText why = cell.row < rows ? column.lockedBecause(cell.row) : text(table.columnLock(column));
             !why.empty())
             return refuse(why, cell.column, cell.row);
         for (Finding& finding : checkValue(column, cell.value, context)) {
@@ -98,35 +99,35 @@ CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vect
                 return refuse(uniquenessText(Severity::Required, r.mustBeUnique), index, *row);
         if (r.shouldBeUnique != Uniqueness::None)
             if (const auto row = repeatedRow(column, edits, r.shouldBeUnique))
-                warnings.push_back({Severity::Recommended,
-                                    std::string(uniquenessText(Severity::Recommended, r.shouldBeUnique)), table.id(),
-                                    text(table.spec().title), &column.spec(), *row});
+                warnings.push_back({Severity::Recommended, uniquenessText(Severity::Recommended, r.shouldBeUnique),
+                                    table.id(), text(table.spec().title), &column.spec(), *row});
     }
     return checked;
 }
 
-std::string cannotDelete(const Table& table, const DeleteSelection& selection) {
+ShownText cannotDelete(const Table& table, const DeleteSelection& selection) {
     if (table.rowCount() == 0)
-        return "Unable to delete. This spreadsheet is empty.";
+        return text(SourceText("Unable to delete. This spreadsheet is empty."));
     if (selection.wholeRows.empty() && !selection.otherCells)
-        return "Unable to delete. No rows or cells have been selected.";
+        return text(SourceText("Unable to delete. No rows or cells have been selected."));
     if (selection.onReadOnlyCell || !(table.spec().rows.editable || table.spec().rows.removable))
-        return "Unable to delete. This cell is read-only and cannot be edited or deleted.";
+        return text(SourceText("Unable to delete. This cell is read-only and cannot be edited or deleted."));
     if (selection.otherCells)
-        return "Unable to delete. Only entire rows can be deleted.";
+        return text(SourceText("Unable to delete. Only entire rows can be deleted."));
     if (table.rowCount() - selection.wholeRows.size() < table.spec().rows.required.least)
-        return "Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows.";
-    return std::string(table.rowLock());
+        return text(
+            SourceText("Unable to delete. This spreadsheet already contains\nthe minimum number of allowable rows."));
+    return text(table.rowLock());
 }
 
-std::string cannotInsert(const Table& table, std::size_t count) {
+ShownText cannotInsert(const Table& table, std::size_t count) {
     if (!table.spec().rows.editable)
-        return std::string(kNotEditable);
+        return text(kNotEditable);
     const CountRange& allowed = table.spec().rows.required;
     if (allowed.most != CountRange::kUnlimited &&
         count > allowed.most - std::min<std::size_t>(allowed.most, table.rowCount()))
-        return std::string(kMostRows);
-    return std::string(table.rowLock());
+        return text(kMostRows);
+    return text(table.rowLock());
 }
 
 } // namespace quobrix

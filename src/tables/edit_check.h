@@ -25,9 +25,9 @@ struct CellEdit {
 
 /// How an edit ended. Refused: nothing has changed.
 struct EditOutcome {
-    std::string refusal;             ///< why; empty: it was done
+    ShownText refusal;               ///< why; empty: it was done
     std::vector<Finding> warnings{}; ///< recommendations that the new values do not follow
-    std::string notice{};            ///< a limit that has been reached
+    ShownText notice{};              ///< a limit that has been reached
     // Where it was refused: a cell of the block that was to be set, if it was for one.
     std::size_t column = 0;
     RowIndex row = Finding::kNoRow;
@@ -37,13 +37,14 @@ struct EditOutcome {
 };
 
 /// "The clipboard contains data which cannot be pasted. …"
-extern const std::string_view kIncompatiblePaste;
+extern const SourceText kIncompatiblePaste;
 
 /// A limit that has been reached.
-extern const std::string_view kMostRows;
+extern const SourceText kMostRows;
 
 /// An edit that is refused, for a cell if one is given.
-EditOutcome refused(std::string_view why, std::size_t column = 0, RowIndex row = Finding::kNoRow);
+EditOutcome refused(ShownText why, std::size_t column = 0, RowIndex row = Finding::kNoRow);
+EditOutcome refused(SourceText why, std::size_t column = 0, RowIndex row = Finding::kNoRow);
 EditOutcome refused(const Parsed& parsed, std::size_t column, RowIndex row);
 
 /// A whole edit that was looked at before anything is changed.
@@ -62,8 +63,8 @@ struct DeleteSelection {
     bool onReadOnlyCell = false;       ///< one of them is not for editing
 };
 /// Why rows of TABLE cannot be deleted; empty if they can.
-std::string cannotDelete(const Table& table, const DeleteSelection& selection);
+ShownText cannotDelete(const Table& table, const DeleteSelection& selection);
 /// Why COUNT rows cannot be added to or inserted into TABLE; empty if they can.
-std::string cannotInsert(const Table& table, std::size_t count);
+ShownText cannotInsert(const Table& table, std::size_t count);
 
 } // namespace quobrix

@@ -1,79 +1,78 @@
 #include "tables/requirements_text.h"
 
 #include "tables/range_text.h"
+#include "texts/text.h"
 #include "units/unit_system.h"
 
 namespace quobrix {
 namespace {
 
-std::string_view kindText(const Column& column) {
+std::string kindText(const Column& column) {
     switch (column.kind()) {
     case ColumnKind::Boolean:
-        return "A boolean value, such as Yes, No, True or False.";
+        return text(TextId::KindBoolean);
     case ColumnKind::Integer:
-        return "An integer number, such as -1, 0 or 10.";
+        return text(TextId::KindInteger);
     case ColumnKind::Real:
-        return "A real number, such as -1.1, 0 or 10.0e+3.";
+        return text(TextId::KindReal);
     case ColumnKind::Text:
-        return "A text string, such as The Quick Brown Fox.";
+        return text(TextId::KindText);
     case ColumnKind::Selection:
-        return "A selection out of a list.";
+        return text(TextId::KindSelection);
     case ColumnKind::DateTime:
-        return "A date and time.";
+        return text(TextId::KindDateTime);
     case ColumnKind::Table:
         break;
     }
-    return "A table.";
+    return text(TextId::KindTable);
 }
 
 std::string uniqueText(Uniqueness uniqueness) {
-    return uniqueness == Uniqueness::CaseSensitive ? "Yes (case sensitive)" : "Yes (case insensitive)";
+    return uniqueness == Uniqueness::CaseSensitive ? text(TextId::UniqueCase) : text(TextId::UniqueNoCase);
 }
 
 } // namespace
 
 std::string requirementsText(const Column& column, const TextContext& context) {
     const Requirements& r = column.requirements();
-    std::string text(kindText(column));
-    const auto paragraph = [&](std::string_view label, std::string_view what) {
-        text.append("\n\n").append(label).append(what);
-    };
+    std::string all = kindText(column);
+    const auto paragraph = [&](const std::string& what) { all.append("\n\n").append(what); };
     if (column.editable()) {
-        paragraph("Required? ", r.need == Need::Required ? "Yes" : "No");
-        if (r.need == Need::Optional)
-            text += ". This is optional.";
+        paragraph(r.need == Need::Required   ? text(TextId::IsRequired)
+                  : r.need == Need::Optional ? text(TextId::IsOptional)
+                                             : text(TextId::IsNotRequired));
         if (r.need == Need::Recommended)
-            paragraph("Recommended? Yes", "");
+            paragraph(text(TextId::IsRecommended));
         if (r.isDefaulted)
-            paragraph("Defaulted? ", "Yes");
+            paragraph(text(TextId::IsDefaulted));
     }
     if (column.kind() == ColumnKind::Selection)
-        paragraph("Range : Restricted to the list of available selections.", "");
-    const auto range = [&](std::string_view label, const Range& limits) {
+        paragraph(text(TextId::RangeOfSelections));
+    const auto range = [&](TextOf<1> label, const Range& limits) {
         if (limits.limited())
-            paragraph(label, rangeText(limits, [&](double base) { return column.figureText(base, context); }));
+            paragraph(text(label, rangeText(limits, [&](double base) { return column.figureText(base, context); })));
     };
-    range("Required Range : ", r.required);
-    range("Recommended Range : ", r.recommended);
-    const auto count = [&](std::string_view label, const CountRange& limits) {
+    range(TextId::RequiredRange, r.required);
+    range(TextId::RecommendedRange, r.recommended);
+    const auto count = [&](TextOf<1> label, const CountRange& limits) {
         if (limits.limited())
-            paragraph(label, countRangeText(limits, context));
+            paragraph(text(label, countRangeText(limits, context)));
     };
-    count("Required Characters : ", r.requiredCharacters);
-    count("Recommended Characters : ", r.recommendedCharacters);
-    count("Required Rows : ", r.requiredRows);
-    count("Recommended Rows : ", r.recommendedRows);
+    count(TextId::RequiredCharacters, r.requiredCharacters);
+    count(TextId::RecommendedCharacters, r.recommendedCharacters);
+    count(TextId::RequiredRows, r.requiredRows);
+    count(TextId::RecommendedRows, r.recommendedRows);
     if (r.mustBeUnique != Uniqueness::None)
-        paragraph("Must Be Unique? ", uniqueText(r.mustBeUnique));
+        paragraph(text(TextId::MustBeUnique, uniqueText(r.mustBeUnique)));
     if (r.shouldBeUnique != Uniqueness::None)
-        paragraph("Should Be Unique? ", uniqueText(r.shouldBeUnique));
+        paragraph(text(TextId::ShouldBeUnique, uniqueText(r.shouldBeUnique)));
     if (column.kind() == ColumnKind::Real && !context.units.unitName(column.spec().unit).empty())
-        paragraph("Unit Type : ", unitTypeRecord(column.spec().unit).name);
+        paragraph(text(TextId::UnitTypeIs, text(unitTypeRecord(column.spec().unit).shownName)));
     if (r.notApplicable)
-        paragraph("This does not currently apply; see Help for more information.", "");
+        paragraph(text(TextId::DoesNotApply));
     else if (!column.editable())
-        paragraph("This is not editable; see Help for more information.", "");
-    return text;
+        paragraph(text(TextId::NotEditable));
+    return all;
 }
 
 } // namespace quobrix

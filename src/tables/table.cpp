@@ -1,8 +1,7 @@
 #include "tables/table.h"
 
 #include "document/object_store.h"
-
-#include <fmt/format.h>
+#include "texts/text.h"
 
 #include <algorithm>
 #include <bit>
@@ -12,18 +11,17 @@
 namespace quobrix {
 namespace {
 
-constexpr std::string_view kColumnUnreadable =
-    "This cannot be edited because its column could not be read from the file.\n"
-    "The file keeps it; \"quobrix-cli check\" says what is wrong with it.";
-constexpr std::string_view kColumnOfLaterVersion =
+constexpr SourceText kColumnUnreadable("This cannot be edited because its column could not be read from the file.\n"
+                                       "The file keeps it; \"quobrix-cli check\" says what is wrong with it.");
+constexpr SourceText kColumnOfLaterVersion(
     "This cannot be edited because a later version of this software has changed the columns of this table.\n"
-    "Use that version to edit it.";
-constexpr std::string_view kRowsBesideUnreadable =
+    "Use that version to edit it.");
+constexpr SourceText kRowsBesideUnreadable(
     "Rows can be neither added nor deleted here because a column of this table could not be read from the file.\n"
-    "\"quobrix-cli check --repair\" makes a sound file of what can be read.";
-constexpr std::string_view kRowsOfLaterVersion =
+    "\"quobrix-cli check --repair\" makes a sound file of what can be read.");
+constexpr SourceText kRowsOfLaterVersion(
     "Rows can be neither added nor deleted here because a later version of this software has added a column.\n"
-    "Use that version to do so.";
+    "Use that version to do so.");
 
 } // namespace
 
@@ -60,7 +58,7 @@ void Table::verifyRows() const {
         return;
     rowsVerified_ = true;
     if (rows_ > 0 && store())
-        store()->noteDamage(id(), type().id(), "no column has as many rows as the table says");
+        store()->noteDamage(id(), type().id(), text(TextId::NoColumnHasAsManyRows));
     rows_ = 0;
 }
 
@@ -87,20 +85,19 @@ void Table::fetch(std::size_t index) const {
     PersistentObject* object = store() && entry.id != kNoObject ? store()->find(entry.id) : nullptr;
     entry.failing = store() && store()->failing(entry.id);
     if (!object && store() && entry.id != kNoObject && !store()->unreadable(entry.id))
+        store()->noteBadReference(entry.id, type.id(),
+                                  text(TextId::ThereIsNoSuchObjectAlthoughNames, spec().type.name, type.name));
+    if (object && (object->type().id() != type.id() || static_cast<Column*>(object)->table_)) {
         store()->noteBadReference(
             entry.id, type.id(),
-            fmt::format("there is no such object, although {} names it as its {}", spec().type.name, type.name));
-    if (object && (object->type().id() != type.id() || static_cast<Column*>(object)->table_)) {
-        store()->noteBadReference(entry.id, type.id(),
-                                  fmt::format("{} names a {} as its {}, which belongs elsewhere", spec().type.name,
-                                              object->type().name, type.name));
+            text(TextId::NamesAAsItsWhichBelongs, spec().type.name, object->type().name, type.name));
         object = nullptr;
     }
     if (object) {
         Column* column = static_cast<Column*>(object);
         if (column->stored() && column->storedRows() != rows_) {
             store()->noteDamage(entry.id, type.id(),
-                                fmt::format("{} has {} rows, its table {}", type.name, column->storedRows(), rows_));
+                                text(TextId::HasRowsItsTable, type.name, column->storedRows(), rows_));
         } else if (entry.standIn) { // which spreadsheets show
             store()->substitute(entry.id, std::move(entry.standIn));
             return;
@@ -164,21 +161,21 @@ bool Table::lacks(std::size_t index) const {
     return store() && index < spec().columns.size() && entries_[index].id == kNoObject;
 }
 
-std::string_view Table::columnLock(const Column& column) const {
+SourceText Table::columnLock(const Column& column) const {
     if (!store() || column.store())
         return {};
     const auto entry = std::ranges::find(entries_, &column, &Entry::column);
     if (entry == entries_.end() || entry->unreadable())
         return kColumnUnreadable;
     // What it lacks may be the column whose class is not known.
-    return hasForeign_ ? kColumnOfLaterVersion : std::string_view();
+    return hasForeign_ ? kColumnOfLaterVersion : SourceText();
 }
 
-std::string_view Table::rowLock() const {
+SourceText Table::rowLock() const {
     for (const std::size_t index : unreadableColumns())
         if (entries_[index].column->stored())
             return kRowsBesideUnreadable;
-    return hasForeign_ ? kRowsOfLaterVersion : std::string_view();
+    return hasForeign_ ? kRowsOfLaterVersion : SourceText();
 }
 
 bool Table::replaceable(RowIndex row) const {
@@ -196,8 +193,8 @@ void Table::takeIn(const Column& standIn, ObjectId again) {
     const auto index = static_cast<std::size_t>(entry - entries_.begin());
     if (index >= spec().columns.size())
         return; // one that is computed
-    if (const std::string_view lock = columnLock(standIn); !lock.empty())
-        throw std::logic_error(std::string(lock));
+    if (const SourceText lock = columnLock(standIn); !lock.empty())
+        throw std::logic_error(std::string(lock.english()));
     columns_.reserve(spec().columns.size());
     std::unique_ptr<PersistentObject> object = std::move(entry->standIn);
     try {
@@ -236,8 +233,8 @@ void Table::restoreColumn(std::size_t index, ObjectId id) {
 
 /// Loads all columns as well.
 void Table::checkRowLock() const {
-    if (const std::string_view lock = rowLock(); !lock.empty())
-        throw std::logic_error(std::string(lock));
+    if (const SourceText lock = rowLock(); !lock.empty())
+        throw std::logic_error(std::string(lock.english()));
 }
 
 void Table::insertRows(std::span<const RowRun> runs) {

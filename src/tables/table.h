@@ -72,9 +72,9 @@ public:
     std::vector<Reference> references() const override { return columns_; }
 
     /// Why no cell of a column can be set whose values are kept; empty: they can.
-    std::string_view columnLock(const Column& column) const;
+    SourceText columnLock(const Column& column) const;
     /// Why rows can neither come nor go; empty: they can. Loads all columns as unreadableColumns() does.
-    std::string_view rowLock() const;
+    SourceText rowLock() const;
     /// Everything that the cells of ROW own can be read, and replaced by something of another length.
     bool replaceable(RowIndex row) const;
 

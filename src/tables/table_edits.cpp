@@ -3,8 +3,7 @@
 #include "document/document.h"
 #include "tables/stored_cells.h"
 #include "tables/tabbed_text.h"
-
-#include <fmt/format.h>
+#include "texts/text.h"
 
 #include <algorithm>
 #include <cassert>
@@ -14,16 +13,11 @@ namespace quobrix {
 
 namespace {
 
-constexpr std::string_view kDamaged = "This is not editable because a part of this file is damaged.";
-constexpr std::string_view kPartsUnreadable =
-    "Unable to delete. A part of these rows could not be read from the file, which keeps it.\n"
-    "\"quobrix-cli check --repair\" makes a sound file of what can be read.";
-constexpr std::string_view kFewestRows =
-    "This now contains the minimum number of required rows.\nNo more can be deleted.";
-
-std::string rowsText(std::string_view what, std::size_t rows) {
-    return rows == 1 ? fmt::format("{} a row", what) : fmt::format("{} {} rows", what, rows);
-}
+constexpr SourceText kDamaged("This is not editable because a part of this file is damaged.");
+constexpr SourceText
+    kPartsUnreadable("Unable to delete. A part of these rows could not be read from the file, which keeps it.\n"
+                     "\"quobrix-cli check --repair\" makes a sound file of what can be read.");
+constexpr SourceText kFewestRows("This now contains the minimum number of required rows.\nNo more can be deleted.");
 
 } // namespace
 
@@ -34,7 +28,7 @@ Table* TableEdits::find(ObjectId table) const {
 }
 
 /// Why nothing may be edited in TABLE. All its columns are loaded first: one of them may lock the whole document.
-std::string TableEdits::lockOf(const Table& table) const {
+ShownText TableEdits::lockOf(const Table& table) const {
     table.unreadableColumns();
     return lockedBecause();
 }
@@ -44,9 +38,9 @@ EditOutcome TableEdits::apply(ObjectId id, std::size_t addedRows, const std::vec
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    if (std::string why = lockOf(*table); !why.empty())
+    if (ShownText why = lockOf(*table); !why.empty())
         return refused(why);
-    if (std::string why = addedRows ? cannotInsert(*table, addedRows) : std::string(); !why.empty())
+    if (ShownText why = addedRows ? cannotInsert(*table, addedRows) : ShownText(); !why.empty())
         return refused(why);
 
     const CheckedEdit edit = checkEdit(*table, addedRows, cells, context);
@@ -64,7 +58,7 @@ EditOutcome TableEdits::setCells(Table& table, std::size_t addedRows, const std:
     if (addedRows > 0) {
         addRows(table, {{rows, addedRows}}, [] {});
         if (table.rowCount() == table.spec().rows.required.most)
-            outcome.notice = kMostRows;
+            outcome.notice = text(kMostRows);
     }
     for (const auto& [index, edits] : values) {
         Column& column = table.column(index);
@@ -167,7 +161,7 @@ EditOutcome TableEdits::type(ObjectId id, std::size_t index, RowIndex row, std::
     if (!parsed.ok())
         return refused(parsed, index, row);
     return apply(id, 0, {{index, row, std::move(parsed.value)}}, context,
-                 fmt::format("typing in {}", plainHeading(column.spec())));
+                 quobrix::text(TextId::TypingIn, plainHeading(column.spec())));
 }
 
 EditOutcome TableEdits::set(ObjectId id, std::vector<CellEdit> cells, const TextContext& context,
@@ -206,7 +200,7 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
                 return refused(parsed, columns[c], row);
             cells.push_back({columns[c], row, std::move(parsed.value)});
         }
-    return apply(id, added, std::move(cells), context, "paste");
+    return apply(id, added, std::move(cells), context, quobrix::text(TextId::Pasting));
 }
 
 EditOutcome TableEdits::fill(ObjectId id, std::span<const std::size_t> columns, std::span<const RowIndex> rows,
@@ -235,16 +229,16 @@ EditOutcome TableEdits::insertRows(ObjectId id, RowIndex at, std::size_t count) 
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    if (std::string why = lockOf(*table); !why.empty())
+    if (ShownText why = lockOf(*table); !why.empty())
         return refused(why);
-    if (std::string why = cannotInsert(*table, count); !why.empty())
+    if (ShownText why = cannotInsert(*table, count); !why.empty())
         return refused(why);
     at = std::min(at, table->rowCount());
-    return step(rowsText("adding", count), [&] {
+    return step(counted(TextId::AddingRows, count, count), [&] {
         addRows(*table, {{at, count}}, [] {});
         EditOutcome outcome;
         if (table->rowCount() == table->spec().rows.required.most)
-            outcome.notice = kMostRows;
+            outcome.notice = text(kMostRows);
         return outcome;
     });
 }
@@ -253,17 +247,17 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
     Table* table = find(id);
     if (!table)
         return refused(kDamaged);
-    if (std::string why = lockOf(*table); !why.empty())
+    if (ShownText why = lockOf(*table); !why.empty())
         return refused(why);
     std::ranges::sort(rows);
     rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
     if (!rows.empty() && rows.back() >= table->rowCount())
         return refused(kNotEditable);
-    if (std::string why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
+    if (ShownText why = cannotDelete(*table, {.wholeRows = rows}); !why.empty())
         return refused(why);
     if (!std::ranges::all_of(rows, [&](RowIndex row) { return table->replaceable(row); }))
         return refused(kPartsUnreadable);
-    return step(rowsText("deleting", rows.size()), [&] {
+    return step(counted(TextId::DeletingRows, rows.size(), rows.size()), [&] {
         Change change{.kind = Kind::RowsRemoved, .table = id, .rows = runsOf(rows), .rowsBefore = table->rowCount()};
         change.rowsAfter = change.rowsBefore - rows.size();
         change.before = wholeRows(*table, change.rows);
@@ -273,7 +267,7 @@ EditOutcome TableEdits::removeRows(ObjectId id, std::vector<RowIndex> rows) {
         open_.push_back(std::move(change));
         EditOutcome outcome;
         if (const std::uint32_t least = table->spec().rows.required.least; least > 0 && table->rowCount() == least)
-            outcome.notice = kFewestRows;
+            outcome.notice = text(kFewestRows);
         return outcome;
     });
 }

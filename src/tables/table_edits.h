@@ -63,8 +63,8 @@ public:
     TableEdits& operator=(const TableEdits&) = delete;
 
     /// LOCK says why nothing may be edited now; empty: it may. Every edit is refused for that reason.
-    void setLock(std::function<std::string()> lock) { lock_ = std::move(lock); }
-    std::string lockedBecause() const { return lock_ ? lock_() : std::string(); }
+    void setLock(std::function<ShownText()> lock) { lock_ = std::move(lock); }
+    ShownText lockedBecause() const { return lock_ ? lock_() : ShownText(); }
 
     /// Sets one cell from what was typed. The text that editText() gives for the cell changes nothing.
     EditOutcome type(ObjectId table, std::size_t column, RowIndex row, std::string_view text,
@@ -135,7 +135,7 @@ private:
 
     ObjectStore* store() const;
     Table* find(ObjectId table) const;
-    std::string lockOf(const Table& table) const;
+    ShownText lockOf(const Table& table) const;
     EditOutcome apply(ObjectId id, std::size_t addedRows, const std::vector<CellEdit>& cells,
                       const TextContext& context, std::string description);
     EditOutcome setCells(Table& table, std::size_t addedRows, const std::map<std::size_t, NewValues>& values);
@@ -162,7 +162,7 @@ private:
 
     TDocument* document_ = nullptr;
     Table* alone_ = nullptr;
-    std::function<std::string()> lock_;
+    std::function<ShownText()> lock_;
     std::deque<Step> steps_;
     std::size_t done_ = 0; ///< steps before it are done, those from it on undone
     std::size_t size_ = 0; ///< of all steps

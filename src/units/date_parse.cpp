@@ -1,3 +1,4 @@
+#include "texts/text.h"
 #include "units/date_time.h"
 
 #include "base/fold_case.h"
@@ -106,8 +107,9 @@ bool takeTime(const TUnitSystem& units, Typed& typed, DateTime& time) {
         minutes = true;
     }
     typed.blanks();
-    const bool am = typed.word(units.locale().am) || typed.word("AM");
-    const bool pm = !am && (typed.word(units.locale().pm) || typed.word("PM"));
+    const bool am = typed.word(units.locale().am) || typed.word(quobrix::text(SourceText("AM"))) || typed.word("AM");
+    const bool pm =
+        !am && (typed.word(units.locale().pm) || typed.word(quobrix::text(SourceText("PM"))) || typed.word("PM"));
     if (!am && !pm)
         return minutes && time.hour <= 23; // "9" alone is no time
     if (time.hour < 1 || time.hour > 12)

@@ -1,23 +1,28 @@
 #include "units/date_time.h"
 
+#include "texts/text.h"
 #include "units/text_writer.h"
 #include "units/unit_system.h"
 
 #include <fmt/format.h>
 
-#include <array>
 #include <chrono>
 
 namespace quobrix {
 namespace {
 
-constexpr std::array<std::string_view, 13> kMonthNames = {"",     "Jan",    "Feb", "March", "April", "May", "June",
-                                                          "July", "August", "Sep", "Oct",   "Nov",   "Dec"};
-constexpr std::array<std::string_view, 7> kWeekdayNames = {"Sunday",   "Monday", "Tuesday", "Wednesday",
-                                                           "Thursday", "Friday", "Saturday"};
+constexpr SourceText kMonthNames[] = {
+    SourceText(),      SourceText("Jan"),  SourceText("Feb"),  SourceText("March"),  SourceText("April"),
+    SourceText("May"), SourceText("June"), SourceText("July"), SourceText("August"), SourceText("Sep"),
+    SourceText("Oct"), SourceText("Nov"),  SourceText("Dec"),
+};
+constexpr SourceText kWeekdayNames[] = {
+    SourceText("Sunday"),   SourceText("Monday"), SourceText("Tuesday"),  SourceText("Wednesday"),
+    SourceText("Thursday"), SourceText("Friday"), SourceText("Saturday"),
+};
 
 int twelveHour(int hour) { return hour == 0 ? 12 : hour > 12 ? hour - 12 : hour; }
-std::string_view halfOfDay(int hour) { return hour < 12 ? "AM" : "PM"; }
+SourceText halfOfDay(int hour) { return hour < 12 ? SourceText("AM") : SourceText("PM"); }
 
 // What every cell of every list needs is put together by hand, into a buffer. DATE and TIME have every field within its
 // range.
@@ -60,7 +65,8 @@ void appendTime(TextWriter& text, const TUnitSystem& units, const DateTime& time
         return;
     const std::string& word = time.hour < 12 ? units.locale().am : units.locale().pm;
     text.append(" ");
-    text.append(word.empty() ? halfOfDay(time.hour) : word);
+    std::string translated;
+    text.append(word.empty() ? textIn(translated, halfOfDay(time.hour)) : word);
 }
 
 } // namespace
@@ -113,13 +119,9 @@ bool widenAndValidate(DateTime& date) {
            date.day <= 31;
 }
 
-std::string_view monthName(int month) {
-    return month >= 1 && month <= 12 ? kMonthNames[static_cast<std::size_t>(month)] : std::string_view{};
-}
+SourceText monthName(int month) { return month >= 1 && month <= 12 ? kMonthNames[month] : SourceText(); }
 
-std::string_view weekdayName(int day) {
-    return day >= 0 && day <= 6 ? kWeekdayNames[static_cast<std::size_t>(day)] : std::string_view{};
-}
+SourceText weekdayName(int day) { return day >= 0 && day <= 6 ? kWeekdayNames[day] : SourceText(); }
 
 std::string dateText(const TUnitSystem& units, const DateTime& value) {
     ValueText buffer;
@@ -156,11 +158,11 @@ std::string yearFirstText(const DateTime& value) {
 
 std::string twelveHourText(const DateTime& value) {
     return fmt::format("{:02}/{:02}/{} {:02}:{:02}:{:02} {}", value.month, value.day, value.year,
-                       twelveHour(value.hour), value.minute, value.second, halfOfDay(value.hour));
+                       twelveHour(value.hour), value.minute, value.second, text(halfOfDay(value.hour)));
 }
 
 std::string twelveHourTime(const DateTime& value) {
-    return fmt::format("{:02}:{:02} {}", twelveHour(value.hour), value.minute, halfOfDay(value.hour));
+    return fmt::format("{:02}:{:02} {}", twelveHour(value.hour), value.minute, text(halfOfDay(value.hour)));
 }
 
 std::string dayFirstDate(const DateTime& value) {
@@ -170,12 +172,12 @@ std::string dayFirstDate(const DateTime& value) {
 std::string shortDate(const DateTime& today) { return fmt::format("{}/{}/{}", today.month, today.day, today.year); }
 
 std::string compactDate(const DateTime& today) {
-    return fmt::format("{:02}{}{}", today.day, monthName(today.month), today.year);
+    return fmt::format("{:02}{}{}", today.day, monthName(today.month).english(), today.year);
 }
 
 std::string currentTimeText(const DateTime& now) {
     const int hour = now.hour > 12 ? now.hour - 12 : now.hour;
-    return fmt::format("{:02}:{:02}:{:02} {}", hour, now.minute, now.second, halfOfDay(now.hour));
+    return fmt::format("{:02}:{:02}:{:02} {}", hour, now.minute, now.second, text(halfOfDay(now.hour)));
 }
 
 std::string timestampText(const DateTime& value) {

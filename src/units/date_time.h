@@ -1,5 +1,7 @@
 #pragma once
 
+#include "texts/source_text.h"
+
 #include <compare>
 #include <cstdint>
 #include <optional>
@@ -40,9 +42,9 @@ int widenYear(int year);
 bool widenAndValidate(DateTime& date);
 
 /// The month's name, mixed short and full as it has always been shown ("Jan", "March", "Sep"); empty but for 1 to 12.
-std::string_view monthName(int month);
+SourceText monthName(int month);
 /// 0 is "Sunday"; empty but for 0 to 6.
-std::string_view weekdayName(int day);
+SourceText weekdayName(int day);
 
 // Text in the person's choice of date order and clock (the unit types Date and Time): "04/03/2009", "03:04 PM".
 std::string dateText(const TUnitSystem& units, const DateTime& value);

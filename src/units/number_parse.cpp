@@ -1,5 +1,6 @@
 #include "units/number_parse.h"
 
+#include "texts/text.h"
 #include "units/unit_system.h"
 
 #include <algorithm>
@@ -200,7 +201,8 @@ std::optional<double> parseValue(const TUnitSystem& units, UnitTypeId type, std:
     const auto inUnit = [&](UnitId unit, bool anyCase) -> std::optional<double> {
         std::string_view rest = text;
         const UnitRecord& record = unitRecord(unit);
-        if (!takeName(rest, record.name, anyCase) && !takeName(rest, record.nameOfOne(), anyCase))
+        if (!takeName(rest, record.name, anyCase) && !takeName(rest, record.nameOfOne(), anyCase) &&
+            !takeName(rest, quobrix::text(record.shownName), anyCase))
             return {};
         const std::optional<double> number = parseNumber(format, rest);
         return number ? std::optional(unitRecord(unit).toBase(*number)) : std::nullopt;

@@ -23,7 +23,8 @@ constexpr double kGallon = 231 * (kInch * kInch * kInch); // m³, US liquid gall
 constexpr UnitRecord kUnits[] = {
 // The label's blank goes where the name is empty.
 #define UNIT_ROW(Id, Name, Factor, Offset, Decimals, PerUnit)                                                          \
-    {UnitId::Id, Name, std::string_view(" " Name).substr(sizeof(Name) == 1), Factor, Offset, Decimals, PerUnit},
+    {UnitId::Id, Name,   std::string_view(" " Name).substr(sizeof(Name) == 1), SourceText(Name), Factor, Offset,       \
+     Decimals,   PerUnit},
 #define UNIT(Number, Id, Name, Factor, Offset, Decimals) UNIT_ROW(Id, Name, Factor, Offset, Decimals, false)
 #define TIME_UNIT(Number, Id, Name, SecondsPerUnit, Decimals) UNIT_ROW(Id, Name, SecondsPerUnit, 0, Decimals, true)
 #include "units/units.def"
@@ -40,7 +41,7 @@ using enum UnitId;
 } // namespace unit_lists
 
 constexpr UnitTypeRecord kUnitTypes[] = {
-#define UNIT_TYPE(Number, Id, Name, Base, ...) {UnitTypeId::Id, Name, Base, unit_lists::k##Id},
+#define UNIT_TYPE(Number, Id, Name, Base, ...) {UnitTypeId::Id, Name, SourceText(Name), Base, unit_lists::k##Id},
 #include "units/unit_types.def"
 #undef UNIT_TYPE
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "texts/source_text.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -33,6 +35,7 @@ struct UnitRecord {
     UnitId id;
     std::string_view name;
     std::string_view label; ///< what follows a number: a blank and the name; empty for an empty name
+    SourceText shownName;   ///< the name for people, in files it is English
     double factor;
     double offset; ///< in base units
     int decimals;  ///< default number of decimals, 0 to 9
@@ -61,6 +64,7 @@ private:
 struct UnitTypeRecord {
     UnitTypeId id;
     std::string_view name;
+    SourceText shownName;  ///< the name for people
     std::string_view base; ///< the unit in which values are held; empty where there is no arithmetic
     std::span<const UnitId> units;
 

@@ -1,5 +1,6 @@
 #include "units/unit_example.h"
 
+#include "texts/text.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
@@ -64,15 +65,15 @@ std::string wholeText(const TUnitSystem& units, double value) {
 
 std::string unitExample(const TUnitSystem& units, UnitTypeId type) {
     if (type == UnitTypeId::Date)
-        return fmt::format("{} {}, {} shows as {}", monthName(kMoment.month), kMoment.day, kMoment.year,
-                           dateText(units, kMoment));
+        return text(TextId::DateShowsAs, text(monthName(kMoment.month)), kMoment.day, kMoment.year,
+                    dateText(units, kMoment));
     if (type == UnitTypeId::Time)
-        return fmt::format("{}:{:02} shows as {}", kMoment.hour, kMoment.minute, timeText(units, kMoment));
+        return text(TextId::ShowsAs, fmt::format("{}:{:02}", kMoment.hour, kMoment.minute), timeText(units, kMoment));
     const auto example = std::ranges::find(kExamples, type, &Example::type);
     if (example == std::end(kExamples))
         return {};
-    return fmt::format("{} {} shows as {}", wholeText(units, example->value), unitTypeRecord(type).base,
-                       units.formatValueWithUnits(type, example->value));
+    return text(TextId::ShowsAs, fmt::format("{} {}", wholeText(units, example->value), unitTypeRecord(type).base),
+                units.formatValueWithUnits(type, example->value));
 }
 
 } // namespace quobrix

@@ -1,5 +1,7 @@
 #include "units/unit_system.h"
 
+#include "texts/catalogue.h"
+
 #include <algorithm>
 #include <cassert>
 #include <charconv>
@@ -29,7 +31,10 @@ std::string_view TUnitSystem::formatValueWithUnits(UnitTypeId type, double base,
     if (number.empty())
         return {};
     const UnitRecord& record = unitRecord(unit(type));
-    const std::string_view label = number == "1" || number == "-1" ? record.labelOfOne() : record.label;
+    std::string translated; // languages know more than one plural, of fractions, too; so one name is for all numbers
+    std::string_view label = number == "1" || number == "-1" ? record.labelOfOne() : record.label;
+    if (catalogue() && !label.empty())
+        label = translated.append(" ").append(text(record.shownName));
     if (label.size() > buffer.size() - number.size())
         return number;
     std::ranges::copy(label, buffer.data() + number.size());

@@ -167,9 +167,9 @@ void HomePage::refresh() {
     }
 
     const TVehicleNamesTable& vehicles = document.vehicles();
-    std::string names;
+    std::string names, buffer;
     for (RowIndex row = 0; row < std::min(vehicles.rowCount(), kMostVehicles); ++row)
-        names += (row == 0 ? "" : ", ") + std::string(vehicles.displayName(vehicles.key(row)));
+        names += (row == 0 ? "" : ", ") + std::string(vehicles.displayName(vehicles.key(row), buffer));
     if (vehicles.rowCount() > kMostVehicles)
         names = text(TextId::AndMore, names,
                      context_.units.formatInteger(static_cast<std::int64_t>(vehicles.rowCount() - kMostVehicles)));

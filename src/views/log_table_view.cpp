@@ -1,6 +1,7 @@
 #include "views/log_table_view.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/source_text.h"
 
 namespace quobrix {
 
@@ -12,8 +13,8 @@ LogTableView::LogTableView(const ViewContext& context, const LogSpec& spec, QWid
     setDocumentMode(true);
     for (const RecordTable& table : spec.tables(nullptr, std::nullopt, context.text())) {
         tables_.push_back(new TSpreadsheet(context.spreadsheet(),
-                                           {std::string(table.name), toQt(table.title), toQt(table.emptyText)}));
-        addTab(tables_.back(), toQt(table.title));
+                                           {std::string(table.name), toQt(text(table.title)), toQt(table.emptyText)}));
+        addTab(tables_.back(), toQt(text(table.title)));
     }
 }
 

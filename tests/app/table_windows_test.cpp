@@ -42,7 +42,8 @@ TEST_F(TableWindowsTest, GoesToTheCellOfAPage) {
         addTrip(document_, 1'000'000'000 + 1000 * i);
     frame_.documentChanged();
     frame_.commands().trigger(CommandId::CheckForErrors);
-    emit log()->goTo({Severity::Required, "", document_.trips().id(), "Trip Log", &TTripLogCommentsColumn::kSpec, 1});
+    emit log()->goTo({Severity::Required, ShownText::asItIs(""), document_.trips().id(), "Trip Log",
+                      &TTripLogCommentsColumn::kSpec, 1});
     EXPECT_EQ(frame_.pages().current(), kTripLogPage);
     auto* list = frame_.pages().page(kTripLogPage)->findChild<TSpreadsheet*>(QStringLiteral("TTripLogSummaryView"));
     ASSERT_TRUE(list);

@@ -309,8 +309,9 @@ TEST(Merge, EveryFigureArrivesInItsOwnCell) {
     EXPECT_EQ(stopSamples.interval(), 10u);
 
     EXPECT_EQ(result.newKeys.loggers, (std::vector<std::string>{"A-0001-T", "A-0002-C", "A-0003-A", "A-0004-S"}));
-    EXPECT_EQ(document.vehicles().displayName("TROUBLE VIN"), "Unknown #2");
-    EXPECT_EQ(document.loggers().displayName("A-0004-S"), "Unknown");
+    std::string buffer;
+    EXPECT_EQ(document.vehicles().displayName("TROUBLE VIN", buffer), "Unknown #2");
+    EXPECT_EQ(document.loggers().displayName("A-0004-S", buffer), "Unknown");
     EXPECT_EQ(document.drivers().key(0), "3");
 }
 

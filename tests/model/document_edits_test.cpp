@@ -244,7 +244,7 @@ TEST_F(OlderDocument, GetsAColumnWithItsFirstCell) {
                              .group("a group that is taken back",
                                     [&] {
                                         name(0, "Jim");
-                                        return EditOutcome{.refusal = "no"};
+                                        return EditOutcome{.refusal = ShownText::asItIs("no")};
                                     })
                              .ok());
         },

@@ -32,7 +32,8 @@ TEST(Names, NewVehiclesGetTheSmallestFreeNumbers) {
     vehicles.column<TVehicleNamesNameColumn>().set(1, "Van");
     EXPECT_EQ(vehicles.addMissing(Keys{"C", "D", "E"}), (Keys{"D", "E"}));
     EXPECT_EQ(names(vehicles), (Keys{"Unknown #1", "Van", "Unknown #3", "Unknown #2", "Unknown #4"}));
-    EXPECT_EQ(vehicles.displayName("E"), "Unknown #4");
+    std::string buffer;
+    EXPECT_EQ(vehicles.displayName("E", buffer), "Unknown #4");
 }
 
 TEST(Names, OtherNewKeysHaveNoName) {
@@ -40,9 +41,10 @@ TEST(Names, OtherNewKeysHaveNoName) {
     EXPECT_EQ(document.loggers().addMissing(Keys{"K-0042-B"}), Keys{"K-0042-B"});
     EXPECT_EQ(document.drivers().addMissing(Keys{"7", "12"}), (Keys{"7", "12"}));
     EXPECT_EQ(names(document.loggers()), Keys{""});
-    EXPECT_EQ(document.loggers().displayName("K-0042-B"), "Unknown");
+    std::string buffer;
+    EXPECT_EQ(document.loggers().displayName("K-0042-B", buffer), "Unknown");
     EXPECT_EQ(document.drivers().key(1), "12");
-    EXPECT_EQ(document.drivers().displayName("12"), "Unknown");
+    EXPECT_EQ(document.drivers().displayName("12", buffer), "Unknown");
     document.drivers().nameAll(Keys{"12"}, "Ann");
     EXPECT_EQ(names(document.drivers()), (Keys{"", "Ann"}));
 }

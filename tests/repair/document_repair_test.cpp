@@ -61,7 +61,8 @@ protected:
     }
     void expectOneLoss(std::string_view log, std::string_view words) {
         EXPECT_EQ(result_.lost.size(), 1u);
-        EXPECT_TRUE(mentions(result_.lost, log, words)) << (result_.lost.empty() ? "" : result_.lost.front().what);
+        EXPECT_TRUE(mentions(result_.lost, log, words))
+            << (result_.lost.empty() ? ShownText() : result_.lost.front().what);
     }
 
     TQuobrixDocument made_;

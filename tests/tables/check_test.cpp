@@ -8,7 +8,7 @@ class Checking : public TablesTest {
 protected:
     std::string textOf(std::size_t column, const Value& value) {
         const std::vector<Finding> findings = checkValue(table_.column(column), value, context_);
-        return findings.empty() ? std::string() : findings.front().text;
+        return findings.empty() ? ShownText() : findings.front().text;
     }
     Severity severityOf(std::size_t column, const Value& value) {
         return checkValue(table_.column(column), value, context_).at(0).severity;
@@ -73,7 +73,7 @@ TEST_F(Checking, RowCountsAreHeldAgainstTheTable) {
     const auto text = [&](RowIndex rows) {
         SampleTable table(rows, {.editable = true, .required = {0, 3}, .recommended = {1, 2}});
         const std::vector<Finding> findings = TableChecker(table).all(context_);
-        return findings.empty() || findings.front().column ? std::string() : findings.front().text;
+        return findings.empty() || findings.front().column ? ShownText() : findings.front().text;
     };
     EXPECT_EQ(text(0), "This column contains fewer than the recommended number of rows.");
     EXPECT_EQ(text(2), "");

@@ -156,7 +156,7 @@ TEST_F(TripLogView, UnreadableSamplesAreTold) {
     auto* samples = view_->findChild<TSpreadsheet*>("TTripLogSampleTable");
     const QString none = samples->view().emptyText();
     const ObjectId table = document_.trips().column<TTripLogSampleTableColumn>().at(2);
-    document_.store().noteDamage(table, TTripLogSampleTable::kType.id(), "it was damaged");
+    document_.store().noteDamage(table, TTripLogSampleTable::kType.id(), ShownText::asItIs("it was damaged"));
     view_->refresh();
     EXPECT_EQ(samples->model().rowCount(), 0);
     EXPECT_EQ(samples->view().emptyText(), "The samples of this trip cannot be read.");

@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "tables/requirements_text.h"
+#include "texts/source_text.h"
 
 #include <QDialogButtonBox>
 #include <QPlainTextEdit>
@@ -39,11 +40,10 @@ QString RequirementsWindow::text() const { return text_->toPlainText(); }
 void RequirementsWindow::refresh() {
     if (!column_)
         return;
-    const std::string_view tooltip = column_->spec().tooltip;
-    std::string text(tooltip);
-    if (!tooltip.empty())
-        text += "\n\n";
-    text_->setPlainText(toQt(text + requirementsText(*column_, {units_, zone_})));
+    std::string all = quobrix::text(column_->spec().tooltip);
+    if (!all.empty())
+        all += "\n\n";
+    text_->setPlainText(toQt(all + requirementsText(*column_, {units_, zone_})));
 }
 
 } // namespace quobrix

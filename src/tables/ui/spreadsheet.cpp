@@ -331,7 +331,7 @@ void TSpreadsheet::paste() {
     const std::optional<ClipboardCells> clipboard = cellsOnClipboard(context_.text.units);
     const bool asFirstRows = takesFirstRows();
     if ((block.empty() && !asFirstRows) || !clipboard || !table())
-        return tell(MessageId::CannotPaste, std::string(kIncompatiblePaste));
+        return tell(MessageId::CannotPaste, text(kIncompatiblePaste));
     const TabbedText& cells = clipboard->texts;
     const bool one = cells.rows() == 1 && cells.columns() == 1 && !asFirstRows;
     const auto first = static_cast<std::size_t>(asFirstRows ? 0 : block.places.front());
@@ -354,8 +354,8 @@ void TSpreadsheet::paste() {
             : context_.edits->paste(id, columns, rows, cells, form);
     if (outcome.row != Finding::kNoRow) { // one cell of the clipboard does not fit: which, and why
         const std::string heading = plainHeading(table()->column(outcome.column).spec());
-        outcome.refusal = fmt::format("{}\n\n{}", kIncompatiblePaste,
-                                      text(TextId::PasteRefusedAt, outcome.row + 1, heading, outcome.refusal));
+        outcome.refusal = ShownText::asItIs(text(kIncompatiblePaste) + "\n\n" +
+                                            text(TextId::PasteRefusedAt, outcome.row + 1, heading, outcome.refusal));
     }
     report(outcome, MessageId::CannotPaste);
 }

@@ -1,6 +1,7 @@
 #include "tables/ui/spreadsheet_model.h"
 
 #include "base/ui/qt_text.h"
+#include "texts/source_text.h"
 #include "units/unit_system.h"
 
 #include <algorithm>
@@ -11,7 +12,9 @@ namespace quobrix {
 namespace {
 
 /// The heading in its one or two lines, without its mnemonic mark.
-QString headingLines(const ColumnSpec& spec) { return toQt(spec.heading).remove(QLatin1Char('&')).trimmed(); }
+QString headingLines(const ColumnSpec& spec) {
+    return toQt(quobrix::text(spec.heading)).remove(QLatin1Char('&')).trimmed();
+}
 
 /// A number of the cell's own without any order. Qt finds the indexes that it keeps for others by a hash that only adds
 /// row and column up, so that those of a whole table fill one run of places, every step of which is walked for each
@@ -222,13 +225,13 @@ QVariant SpreadsheetModel::data(const QModelIndex& cell, int role) const {
     case Qt::ToolTipRole: {
         const auto finding = mark(place, column);
         return QStringLiteral("%1\n%2")
-            .arg(namedKey(place, column), toQt(finding ? finding->text : spec(column).tooltip))
+            .arg(namedKey(place, column), toQt(finding ? finding->text : quobrix::text(spec(column).tooltip)))
             .trimmed();
     }
     case Qt::StatusTipRole:
         if (const auto finding = mark(place, column))
             return toQt(finding->text).simplified() + QLatin1Char(' ') + toQt(cellMarkText(finding->severity));
-        return toQt(spec(column).tooltip);
+        return toQt(quobrix::text(spec(column).tooltip));
     case Qt::AccessibleTextRole: {
         const QString read = text(place, column);
         return read.isEmpty() && isEditable(column) ? toQt(quobrix::text(kEmptyCell)) : read;
@@ -266,7 +269,7 @@ QVariant SpreadsheetModel::headerData(int section, Qt::Orientation orientation, 
     }
     case Qt::ToolTipRole:
     case Qt::StatusTipRole:
-        return toQt(spec(section).tooltip);
+        return toQt(quobrix::text(spec(section).tooltip));
     case Qt::AccessibleTextRole:
         return plainHeading(section);
     case Qt::UserRole:

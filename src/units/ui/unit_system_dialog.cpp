@@ -72,7 +72,7 @@ UnitSystemDialog::UnitSystemDialog(TUnitSystem& units, UnitSystemStore& store, S
     makeButtons();
     layOut();
     for (const UnitTypeId offered : offeredUnitTypes()) {
-        auto* item = new QListWidgetItem(toQt(unitTypeRecord(offered).name), types_);
+        auto* item = new QListWidgetItem(toQt(text(unitTypeRecord(offered).shownName)), types_);
         item->setData(Qt::UserRole, static_cast<int>(offered));
     }
     types_->setMinimumWidth(types_->sizeHintForColumn(0) + style()->pixelMetric(QStyle::PM_ScrollBarExtent));
@@ -241,7 +241,7 @@ void UnitSystemDialog::showType() {
     const QSignalBlocker quiet(typeUnits_);
     typeUnits_->clear();
     for (const UnitId unit : unitTypeRecord(type()).units) {
-        auto* item = new QListWidgetItem(toQt(unitRecord(unit).name), typeUnits_);
+        auto* item = new QListWidgetItem(toQt(text(unitRecord(unit).shownName)), typeUnits_);
         item->setData(Qt::UserRole, static_cast<int>(unit));
     }
     showChoice();

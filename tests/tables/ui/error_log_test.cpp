@@ -19,7 +19,7 @@ namespace {
 class ErrorLog : public TablesTest {
 protected:
     Finding finding(Severity severity, RowIndex row, const char* text = "Wrong.\nVery wrong.") {
-        return {severity, text, 7, "Sample", &SampleKey::kSpec, row};
+        return {severity, ShownText::asItIs(text), 7, "Sample", &SampleKey::kSpec, row};
     }
     QTreeView& list() { return *log_.findChild<QTreeView*>(QStringLiteral("errors")); }
     QString cell(int line, int field) { return list().model()->index(line, field).data().toString(); }

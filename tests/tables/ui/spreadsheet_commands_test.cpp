@@ -160,7 +160,7 @@ TEST_F(SpreadsheetCommandsTest, TenMegabytesAreRefusedWithoutHarm) {
     QApplication::clipboard()->setText(QString(10'000'000, QLatin1Char('x')));
     goTo(0, S::Key);
     trigger(Command::Paste);
-    EXPECT_EQ(prompter_.told(MessageId::CannotPaste), std::string(kIncompatiblePaste));
+    EXPECT_EQ(prompter_.told(MessageId::CannotPaste), quobrix::text(kIncompatiblePaste));
     EXPECT_EQ(key(0), "K10");
 }
 
@@ -219,7 +219,7 @@ TEST_F(SpreadsheetCommandsTest, CutAndDeleteAreOffered) {
         EXPECT_EQ(offered(*records, Command::Cut), column == S::Key || column == S::Flag ? false : may) << column;
         EXPECT_TRUE(offered(*records, Command::Delete)) << "whole rows";
     }
-    edits_.setLock([] { return std::string("Read-only."); });
+    edits_.setLock([] { return ShownText::asItIs("Read-only."); });
     records->setCurrentCell(0, S::Name);
     EXPECT_FALSE(offered(*records, Command::Cut) || offered(*records, Command::Delete));
 }

@@ -210,7 +210,7 @@ TEST_F(SpreadsheetEditing, RowsMarkedElsewhereArePainted) {
 }
 
 TEST_F(SpreadsheetEditing, ALockedDocumentSaysWhyBesideTheCell) {
-    edits_.setLock([] { return std::string("The example cannot be edited."); });
+    edits_.setLock([] { return ShownText::asItIs("The example cannot be edited."); });
     goTo(0, S::Key);
     press(Qt::Key_F2);
     EXPECT_FALSE(sheet().view().isEditing());
