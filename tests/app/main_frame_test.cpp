@@ -285,22 +285,6 @@ void holdUntil(const std::function<bool()>& done) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
 }
 
-TEST(DiskWork, LongWorkLeavesTheWindowAlive) {
-    std::atomic<int> timeouts = 0;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] { ++timeouts; });
-    timer.start(10);
-    const Result<void> result = runWhilePainting(
-        [&](DiskProgress&) -> Result<void> {
-            holdUntil([&] { return timeouts > 3; });
-            return Error{ErrorKind::DiskFull, ShownText::asItIs("detail")};
-        },
-        nullptr);
-    ASSERT_FALSE(result);
-    EXPECT_EQ(result.error().kind, ErrorKind::DiskFull);
-    EXPECT_GT(timeouts, 3);
-}
-
 TEST(DiskWork, VeryLongWorkCanBeCancelled) {
     QStringList seen;
     std::atomic<bool> refused = false;

@@ -564,15 +564,6 @@ TEST_F(CommandLine, WithTooLittleMemoryItSaysSo) {
     EXPECT_EQ(codes, (std::set<int>{0, 1}));
 }
 
-TEST_F(CommandLine, HelpAndVersionAreOutput) {
-    const Outcome help = cli({"--help"});
-    EXPECT_EQ(help.exitCode, 0);
-    for (const char* word : {"download", "list", "report", "check", "Exit codes"})
-        EXPECT_NE(help.out.find(word), std::string::npos) << word;
-    EXPECT_NE(cli({"list", "--help"}).out.find("--format"), std::string::npos);
-    EXPECT_TRUE(cli({"--version"}).out.starts_with("quobrix-cli "));
-}
-
 TEST_F(CommandLine, SpeaksTheUsersLanguageWhereThereIsATranslation) {
     const fs::path home = folder_ / "data", translations = home / "quobrix" / "translations";
     fs::create_directories(translations);

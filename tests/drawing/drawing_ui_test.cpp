@@ -56,13 +56,6 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
     }
 }
 
-TEST(DrawingPainter, SeeThroughColoursBecomeOpaque) {
-    QPalette window;
-    window.setColor(QPalette::Base, Qt::black);
-    window.setColor(QPalette::PlaceholderText, QColor(255, 255, 255, 102)); // 40 %
-    EXPECT_EQ(screenPalette(window)[ColourRole::SecondaryText], (Colour{102, 102, 102}));
-}
-
 TEST(DrawingView, IsDrawnForItsWidthAndReadAsAChart) {
     double drawn = 0;
     DrawingView view([&](Size room, const TextMeasure& measure) {

@@ -63,24 +63,6 @@ TEST_F(SimulatorTest, PortStatesHaveTheirCodes) {
     EXPECT_EQ(probe(), QUOBRIX_PORT_DOES_NOT_EXIST);
 }
 
-TEST_F(SimulatorTest, SlowPort) {
-    using Clock = std::chrono::steady_clock;
-    const auto seconds = [](auto call) {
-        const auto start = Clock::now();
-        call();
-        return std::chrono::duration<double>(Clock::now() - start).count();
-    };
-    ASSERT_TRUE(store_.setFaults(kPort, {.delay = 0.05}));
-    EXPECT_GE(seconds([] { EXPECT_EQ(probe(), QUOBRIX_OK); }), 0.05);
-    EXPECT_GE(seconds([] { QuobrixClosePort(); }), 0.05);
-    EXPECT_GE(seconds([] { EXPECT_EQ(QuobrixOpenPort(kPort), QUOBRIX_OK); }), 0.05);
-    ASSERT_TRUE(store_.setFaults(kPort, {.delay = 1000}));
-    EXPECT_LT(seconds([&] { change([](Port& port) { port.attached.reset(); }); }), 100);
-    ASSERT_TRUE(store_.setFaults(kPort, {}));
-    EXPECT_LT(seconds([] { EXPECT_EQ(probe(), QUOBRIX_TIMEOUT); }), 100);
-    EXPECT_EQ(store_.setFaults("COM4", {.delay = 1}).error().kind, ErrorKind::NotFound);
-}
-
 TEST_F(SimulatorTest, EachFunctionCanBeMadeToFail) {
     constexpr std::int32_t kOrdered = -77;
     void* images[3] = {};

@@ -58,12 +58,5 @@ TEST_F(Example, ShowsWhatTheProgramCanDo) {
         EXPECT_GE(months[month], 30) << month;
 }
 
-TEST_F(Example, ReportsEveryTripWithItsSamples) {
-    const Outcome report = cli({"report", "trip", "1", QUOBRIX_EXAMPLE});
-    EXPECT_EQ(report.exitCode, 0) << report.error;
-    for (const char* parameter : {"Engine Speed", "Coolant Temperature", "Throttle Position", "Engine Load"})
-        EXPECT_NE(report.out.find(parameter), std::string::npos) << parameter;
-}
-
 } // namespace
 } // namespace quobrix

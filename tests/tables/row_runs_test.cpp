@@ -6,11 +6,6 @@
 namespace quobrix::test {
 namespace {
 
-TEST(RowRuns, AreTheRowsThatLieTogether) {
-    EXPECT_EQ(runsOf({}), RowRuns{});
-    EXPECT_EQ(runsOf(std::vector<RowIndex>{0, 1, 1, 3, 7, 8}), (RowRuns{{0, 2}, {3, 1}, {7, 2}}));
-}
-
 TEST(RowRuns, TakeRowsOutAndPutThemBack) {
     std::mt19937 random(7);
     for (int round = 0; round < 300; ++round) {

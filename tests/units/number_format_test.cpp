@@ -107,12 +107,5 @@ TEST(NumberFormat, WritesFractionsAsDrillsAreSized) {
     EXPECT_EQ(fraction(-2.75, brackets), "(2 3/4)");
 }
 
-TEST(NumberFormat, ASmallBufferCutsBetweenCharacters) {
-    const NumberFormat swiss = locale(".", "’", "3;0");
-    std::array<char, 3> buffer;
-    EXPECT_EQ(formatNumber(swiss, 1234, 0, buffer), "1");
-    EXPECT_EQ(formatNumber(swiss, 1234, 0, std::span<char>{}), "");
-}
-
 } // namespace
 } // namespace quobrix

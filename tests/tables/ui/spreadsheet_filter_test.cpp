@@ -1,6 +1,5 @@
 #include "fixture.h"
 
-#include <QAccessible>
 #include <QClipboard>
 #include <QHeaderView>
 #include <QLabel>
@@ -191,24 +190,6 @@ TEST_F(FilteredSpreadsheet, WaitsForARefusedEntry) {
     table_.column<SampleKey>().set(7, "K78");
     sheet().showTable(table_);
     EXPECT_EQ(shownKeys(), "k2 K7 K5 K77 ");
-}
-
-TEST_F(FilteredSpreadsheet, IsReadAloudAsItIsShown) {
-    QAccessibleInterface* list = QAccessible::queryAccessibleInterface(&sheet().view());
-    const auto read = [&] {
-        QString keys;
-        QAccessibleTableInterface* cells = list->tableInterface();
-        for (int place = 0; place < cells->rowCount(); ++place)
-            keys += cells->cellAt(place, S::Key)->text(QAccessible::Name) + ' ';
-        return keys.toStdString();
-    };
-    EXPECT_EQ(read(), "k2 K7 K5 ");
-    sheet().view().sortByColumn(S::Key, Qt::AscendingOrder);
-    EXPECT_EQ(read(), "k2 K5 K7 ");
-    filter("130257");
-    EXPECT_EQ(read(), "K1 k2 K3 K5 K7 K10 ");
-    sheet().view().sortByColumn(-1, Qt::AscendingOrder);
-    EXPECT_EQ(read(), "K10 k2 K1 K7 K5 K3 ");
 }
 
 } // namespace
