@@ -9,6 +9,8 @@
 #include "platform/paths.h"
 #include "settings/file_settings.h"
 #include "texts/text.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <fmt/format.h>
 
@@ -102,16 +104,24 @@ ExitCode download(const DownloadOptions& options) {
         complain(text(TextId::CliNameNewFile, options.file));
         return false;
     };
+    RecoveryFolder recoveries(recoveryFolder());
+    const TUnitSystem units;
+    const TimeZone zone = TimeZone::local();
     std::optional<MergeResult> result;
     Result<void> saved;
     bool makes = false;
     do { // what the logger holds is still there
-        result = Download({calls, prompter, settings, noProgress, names, document},
-                          {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile, .mayChangePort = false})
+        result = Download({calls, prompter, settings, noProgress, names, document}, recoveries, {units, zone},
+                          {.startNewDocument = anotherFile,
+                           .mayStartNewDocument = anotherFile,
+                           .mayChangePort = false,
+                           .times = Download::Times::Logger})
                      .run();
         // A new document is made for records only.
         makes = result && (document.hasFile() || result->changed());
         saved = makes ? save(document, options.file, prompter) : Result<void>();
+        if (saved)
+            recoveries.documentSaved();
     } while (!saved && saved.error().kind == ErrorKind::Exists && openWhatAppeared(document, options.file));
     connection.close();
     if (!result) {

@@ -61,6 +61,7 @@ QMessageBox::StandardButton show(QWidget& window, const Message& message, QWidge
     switch (messageSpec(message.id).buttons) {
     case MessageButtons::Ok:
     case MessageButtons::Actions: // have them of their own
+    case MessageButtons::Either:
     case MessageButtons::Offer:
         box.setStandardButtons(QMessageBox::Ok);
         break;
@@ -117,7 +118,7 @@ std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
                                                         const std::vector<SourceText>& actions) {
     QMessageBox box(&parent());
     fill(box, question);
-    std::vector<const QAbstractButton*> buttons;
+    std::vector<QPushButton*> buttons;
     for (const SourceText& action : actions) {
         QPushButton* button = box.addButton(toQt(text(action)), QMessageBox::ActionRole);
         button->setObjectName(
@@ -126,12 +127,17 @@ std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
             box.setDefaultButton(button);
         buttons.push_back(button);
     }
-    QPushButton* none = box.addButton(QMessageBox::Cancel);
-    if (messageSpec(question.id).buttons == MessageButtons::Offer)
-        none->setText(QObject::tr("&Not Now"));
-    box.setEscapeButton(none);
+    const MessageButtons kind = messageSpec(question.id).buttons;
+    if (kind == MessageButtons::Either) {
+        box.setEscapeButton(buttons.back());
+    } else {
+        QPushButton* none = box.addButton(QMessageBox::Cancel);
+        if (kind == MessageButtons::Offer)
+            none->setText(QObject::tr("&Not Now"));
+        box.setEscapeButton(none);
+    }
     box.exec();
-    const auto pressed = std::ranges::find(buttons, box.clickedButton());
+    const auto pressed = std::ranges::find(buttons, static_cast<const QAbstractButton*>(box.clickedButton()));
     if (pressed == buttons.end())
         return std::nullopt;
     return static_cast<std::size_t>(pressed - buttons.begin());
@@ -212,6 +218,13 @@ bool DialogPrompter::fillIn(DateAndTimeForm& form) {
     TDateAndTimeDialog dialog(form, text_, &parent());
     const bool accepted = dialog.exec() == QDialog::Accepted;
     form.logger = dialog.time();
+    return accepted;
+}
+
+bool DialogPrompter::fillIn(TimeDifferenceForm& form) {
+    TTimeDifferenceDialog dialog(form, &parent());
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    dialog.take(form);
     return accepted;
 }
 

@@ -34,6 +34,7 @@ public:
                                       std::size_t preset) override;
     bool fillIn(AlarmForm& form) override;
     bool fillIn(DateAndTimeForm& form) override;
+    bool fillIn(TimeDifferenceForm& form) override;
 
 private:
     QWidget& parent();

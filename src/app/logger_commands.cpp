@@ -7,8 +7,9 @@
 #include "base/ui/qt_text.h"
 #include "device/anomalous_vehicles.h"
 #include "device/clock_flow.h"
-#include "device/download.h"
 #include "device/switch_flow.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
 
 #include <QStatusBar>
 
@@ -33,10 +34,17 @@ std::string resultText(const MergeResult& result) {
 } // namespace
 
 LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
-                               std::filesystem::path delivered, LoggerSession::Times times)
-    : frame_(frame), names_(names), delivered_(std::move(delivered)), link_(std::move(library)),
+                               const Folders& folders, LoggerSession::Times times)
+    : frame_(frame), names_(names), delivered_(folders.delivered), recoveries_(folders.recoveries),
+      link_(std::move(library), times.clock),
       session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times) {
     addCommands();
+    frame_.whenSaved([this] { recoveries_.documentSaved(); });
+    frame_.whenReplaced([this] { recoveries_.documentReplaced(); });
+    frame_.whenEdited([this] { // what was taken back is on the logger only, if there
+        if (recoveries_.undoneSince())
+            session_.noteLogsDoubtful();
+    });
     QObject::connect(&session_, &LoggerSession::statusChanged, &session_, [this] { showStatus(); });
     frame_.setAboutLines([this] { return identityLines(); });
     showStatus();
@@ -105,28 +113,62 @@ AboutLines LoggerCommands::identityLines() const {
 }
 
 void LoggerCommands::start() {
+    frame_.commands().guard(*frame_.commands().action(CommandId::Download), [this] { offerRecovery(); });
     if (link_.hasLibrary())
         frame_.commands().guard(*frame_.commands().action(CommandId::CommunicationsPort),
                                 [this] { session_.scanPorts(); });
 }
 
+Download LoggerCommands::flow(NewKeys& toName) {
+    return {session_.flows(),
+            recoveries_,
+            frame_.context().text(),
+            {.startNewDocument = [this] { return frame_.files().newFile(); },
+             .keysAdded =
+                 [this, &toName](const NewKeys& added) {
+                     frame_.documentChanged();
+                     toName = askForNames(added, frame_.prompter());
+                 },
+             .chooseAnomalousVehicle = [this] { setAnomalousVehicle(); }}};
+}
+
 void LoggerCommands::download() {
     NewKeys toName;
-    const std::optional<MergeResult> result =
-        Download(session_.flows(), {.startNewDocument = [this] { return frame_.files().newFile(); },
-                                    .keysAdded =
-                                        [this, &toName](const NewKeys& added) {
-                                            frame_.documentChanged();
-                                            toName = askForNames(added, frame_.prompter());
-                                        }})
-            .run();
-    if (!result)
-        return;
-    if (result->added() > 0)
+    if (const std::optional<MergeResult> result = flow(toName).run())
+        tell(*result, toName);
+}
+
+void LoggerCommands::tell(const MergeResult& result, const NewKeys& toName) {
+    if (result.added() > 0)
         frame_.pages().show(kTripLogPage);
-    frame_.statusBar()->showMessage(toQt(result->summary()));
-    frame_.prompter().tell(makeMessage(MessageId::DownloadDone, resultText(*result)));
+    frame_.statusBar()->showMessage(toQt(result.summary()));
+    frame_.prompter().tell(makeMessage(MessageId::DownloadDone, resultText(result)));
     names_.name(toName);
+}
+
+/// Downloads that earlier runs have not saved.
+void LoggerCommands::offerRecovery() {
+    for (const std::filesystem::path& file : recoveries_.left()) {
+        const Result<KeptDownload> download = recoveries_.take(file);
+        if (!download) {
+            if (download.error().kind != ErrorKind::InUse)
+                frame_.prompter().tell(makeMessage(MessageId::DownloadNotRecovered, utf8(file)));
+            continue;
+        }
+        const TextContext text = frame_.context().text();
+        const std::string time = dateTimeText(text.units, text.zone.toLocal(static_cast<std::int32_t>(download->time)));
+        const std::string name = session_.flows().names(download->serialText);
+        const auto answer = frame_.prompter().chooseAction(
+            makeMessage(MessageId::RecoverDownload, name.empty() ? download->serialText : name, time),
+            {SourceText("&Recover"), SourceText("&Discard"), SourceText("&Later")});
+        NewKeys toName;
+        if (answer == 1u)
+            recoveries_.discardTaken();
+        else if (answer != 0u || !frame_.files().newFile())
+            recoveries_.leaveTaken();
+        else if (const std::optional<MergeResult> result = flow(toName).recover(*download))
+            tell(*result, toName);
+    }
 }
 
 void LoggerCommands::showStatus() {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "app/about_box.h"
+#include "device/download.h"
 #include "device/logger_link.h"
+#include "device/recovery_folder.h"
 #include "device/ui/logger_session.h"
 
 #include <filesystem>
@@ -14,10 +16,14 @@ class TQuobrixFrame;
 /// The commands that need the logger, as the main frame offers them, and the state of the port in its status bar.
 class LoggerCommands {
 public:
-    /// FRAME and NAMES must outlive all but the destructor, which has the worker close the port. DELIVERED is the
-    /// folder of what is delivered with the program.
-    LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
-                   std::filesystem::path delivered, LoggerSession::Times times = {});
+    struct Folders {
+        std::filesystem::path delivered;  ///< what is delivered with the program
+        std::filesystem::path recoveries; ///< downloads that are not saved yet
+    };
+
+    /// FRAME and NAMES must outlive all but the destructor, which has the worker close the port.
+    LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library, const Folders& folders,
+                   LoggerSession::Times times = {});
 
     /// Looks for the logger as the program starts. Without a library nothing is asked: the first logger command will
     /// say what is missing.
@@ -25,7 +31,10 @@ public:
 
 private:
     void addCommands();
+    Download flow(NewKeys& toName);
     void download();
+    void tell(const MergeResult& result, const NewKeys& toName);
+    void offerRecovery();
     void setAnomalousVehicle();
     void showMemory();
     const LoggerStatus& status() const { return session_.status(); }
@@ -37,6 +46,7 @@ private:
     TQuobrixFrame& frame_;
     NamesCommands& names_;
     const std::filesystem::path delivered_;
+    RecoveryFolder recoveries_;
     LoggerLink link_;
     LoggerSession session_;
 };

@@ -6,6 +6,8 @@
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
+#include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
@@ -139,6 +141,44 @@ void TDateAndTimeDialog::check() {
     ok_->setEnabled(valid);
     ok_->setToolTip(valid ? QString() : tr("Enter a date and a time, such as %1").arg(shown(text_, form_.computer)));
     field_->setToolTip(ok_->toolTip());
+}
+
+TTimeDifferenceDialog::TTimeDifferenceDialog(const TimeDifferenceForm& form, QWidget* parent)
+    : QDialog(parent), synchronize_(new QCheckBox(tr("&Synchronize clocks"))), adjustment_(new QComboBox) {
+    setObjectName(QStringLiteral("TTimeDifferenceDialog"));
+    setWindowTitle(tr("Warning"));
+    auto* text = new QLabel(tr("Your Quobrix's internal clock differs from your computer's internal clock by %1.\n\n"
+                               "This may be due to %2.")
+                                .arg(toQt(form.difference), toQt(form.reason)));
+    text->setObjectName(QStringLiteral("TimeDifferenceText"));
+    text->setWordWrap(true);
+    synchronize_->setObjectName(QStringLiteral("TTimeDifferenceSynchronizeColumn"));
+    synchronize_->setChecked(form.synchronize);
+    synchronize_->setToolTip(tr("Sets the Quobrix's clock after the download, which clears its memory"));
+    adjustment_->setObjectName(QStringLiteral("TTimeDifferenceAdjustmentColumn"));
+    adjustment_->addItems({tr("Quobrix"), tr("Computer")});
+    adjustment_->setCurrentIndex(form.computer ? 1 : 0);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    addHelp(*buttons);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(text);
+    layout->addSpacing(layout->spacing());
+    layout->addWidget(synchronize_);
+    auto* times = new QHBoxLayout;
+    times->addWidget(fieldLabel(tr("&Download logs using time as recorded by"), *adjustment_));
+    times->addWidget(adjustment_, 1);
+    layout->addLayout(times);
+    layout->addSpacing(layout->spacing());
+    layout->addWidget(buttons);
+    setMinimumWidth(fontMetrics().averageCharWidth() * 60);
+}
+
+void TTimeDifferenceDialog::take(TimeDifferenceForm& form) const {
+    form.synchronize = synchronize_->isChecked();
+    form.computer = adjustment_->currentIndex() == 1;
 }
 
 TMemoryDialog::TMemoryDialog(const MemoryInformation& memory, const QString& logger, const TUnitSystem& units,

@@ -8,6 +8,8 @@
 
 #include <optional>
 
+class QCheckBox;
+class QComboBox;
 class QLineEdit;
 class QPushButton;
 class QSlider;
@@ -45,6 +47,19 @@ private:
     const TextContext text_;
     QLineEdit* field_;
     QPushButton* ok_ = nullptr;
+};
+
+/// What to do about a logger's clock that differs from the computer's, before a download.
+class TTimeDifferenceDialog final : public QDialog {
+public:
+    TTimeDifferenceDialog(const TimeDifferenceForm& form, QWidget* parent);
+
+    /// Puts what the person wants into FORM.
+    void take(TimeDifferenceForm& form) const;
+
+private:
+    QCheckBox* synchronize_;
+    QComboBox* adjustment_;
 };
 
 /// How full the logger's memory is, in words and as a bar.

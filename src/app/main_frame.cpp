@@ -62,6 +62,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
              [this](const DiskWork& work) { return runDisk(work); },
              {.replacing =
                   [this] {
+                      if (whenReplaced_)
+                          whenReplaced_();
                       qDeleteAll(namesDialogs());
                       pages_->discard();
                   },
@@ -70,7 +72,12 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                       documentChanged();
                       pages_->restore();
                   },
-              .saved = [this] { documentChanged(); }}),
+              .saved =
+                  [this] {
+                      if (whenSaved_ && context_.document.hasFile() && !context_.document.modified())
+                          whenSaved_();
+                      documentChanged();
+                  }}),
       commands_(new Commands([this] { return finishEdits(); },
                              [this](const QAction& action, const std::string& reason) {
                                  prompter_.tell(makeMessage(MessageId::UnexpectedFailure,
@@ -265,6 +272,8 @@ QList<NamesDialog*> TQuobrixFrame::namesDialogs() const {
 }
 
 void TQuobrixFrame::historyChanged() {
+    if (whenEdited_)
+        whenEdited_();
     context_.document.forgetUnchanged();
     if (std::exchange(objectsMoved_, false)) // what a page shows may be another object by now, or none
         return documentChanged();

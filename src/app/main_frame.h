@@ -53,6 +53,12 @@ public:
     void markMissingFiles(const std::vector<std::filesystem::path>& missing);
     /// Asks MAY_CLOSE before the window closes, after the document has been settled; false keeps it open.
     void beforeClosing(std::function<bool()> mayClose) { beforeClosing_.push_back(std::move(mayClose)); }
+    /// Called when the document is on disk as it is.
+    void whenSaved(std::function<void()> saved) { whenSaved_ = std::move(saved); }
+    /// Called after every edit, undo and redo.
+    void whenEdited(std::function<void()> edited) { whenEdited_ = std::move(edited); }
+    /// Called when the document is about to be another one.
+    void whenReplaced(std::function<void()> replaced) { whenReplaced_ = std::move(replaced); }
     /// Lines that the About box shows below the program's own (the logger's versions).
     void setAboutLines(std::function<AboutLines()> lines);
 
@@ -97,6 +103,7 @@ private:
     std::vector<QAction*> recentActions_;
     std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for
     MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
+    std::function<void()> whenSaved_, whenEdited_, whenReplaced_;
     std::function<AboutLines()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;

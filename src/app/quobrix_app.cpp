@@ -97,7 +97,8 @@ void TQuobrixApp::createFrame() {
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
-    logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_), dataFolder_);
+    logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_),
+                                               LoggerCommands::Folders{dataFolder_, recoveryFolder()});
     frame_->pages().show(kHomePage);
     frame_->show();
 }

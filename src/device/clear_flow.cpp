@@ -32,25 +32,44 @@ void setClearAfterDownload(Settings& settings, ClearAfterDownload choice) {
 
 bool ClearFlow::clearMemory() {
     const std::optional<LoggerStatus> logger = context_.ports().findLogger();
-    if (!logger)
-        return false;
-    const ClearAfterDownload before = clearAfterDownload(context_.settings);
-    if (before == ClearAfterDownload::Never)
-        return context_.prompter.ask(clearQuestion(*logger)) == Answer::Yes && clear(*logger);
-    bool always = before == ClearAfterDownload::Always;
-    if (context_.prompter.askMarked(clearQuestion(*logger), SourceText("&Don't Ask Again"), always) != Answer::Yes)
-        return false;
-    setClearAfterDownload(context_.settings, always ? ClearAfterDownload::Always : ClearAfterDownload::Ask);
-    return clear(*logger);
+    return logger && askToClear(clearQuestion(*logger)) && clear(logger->serialText, logger->logsCurrent);
 }
 
-bool ClearFlow::clear(const LoggerStatus& asked) {
-    const bool cleared =
-        context_.reporter().runOn(asked.serialText, LoggerCommand::ClearMemory, [&](LockedLogger& logger) {
-            return asked.logsCurrent && !logger.status().logsCurrent ? kLogsNotCurrent : logger.clearLogs();
-        });
+bool ClearFlow::clearDownloaded(const std::string& serialText, std::uint64_t refused) {
+    switch (clearAfterDownload(context_.settings)) {
+    case ClearAfterDownload::Never:
+        return false;
+    case ClearAfterDownload::Always:
+        if (refused == 0)
+            break;
+        [[fallthrough]];
+    case ClearAfterDownload::Ask:
+        if (!askToClear(makeMessage(MessageId::ClearQuobrix,
+                                    refused == 0 ? text(TextId::ClearWhatIsDownloaded)
+                                                 : counted(TextId::ClearWithRefused, refused, refused))))
+            return false;
+    }
+    return clear(serialText, true);
+}
+
+bool ClearFlow::askToClear(const Message& question) {
+    const ClearAfterDownload before = clearAfterDownload(context_.settings);
+    if (before == ClearAfterDownload::Never)
+        return context_.prompter.ask(question) == Answer::Yes;
+    bool always = before == ClearAfterDownload::Always;
+    if (context_.prompter.askMarked(question, SourceText("&Don't Ask Again"), always) != Answer::Yes)
+        return false;
+    setClearAfterDownload(context_.settings, always ? ClearAfterDownload::Always : ClearAfterDownload::Ask);
+    return true;
+}
+
+/// WHILE_CURRENT: not when something may have been recorded since.
+bool ClearFlow::clear(const std::string& serialText, bool whileCurrent) {
+    const bool cleared = context_.reporter().runOn(serialText, LoggerCommand::ClearMemory, [&](LockedLogger& logger) {
+        return whileCurrent && !logger.status().logsCurrent ? kLogsNotCurrent : logger.clearLogs();
+    });
     if (cleared)
-        noteCleared(asked.serialText);
+        noteCleared(serialText);
     return cleared;
 }
 

@@ -25,6 +25,9 @@ public:
     /// Asks, and clears the accident log only.
     bool clearAccidents();
 
+    /// Clears what has just been downloaded, as the person wants it, who is asked in any case if REFUSED records are
+    /// not in the document.
+    bool clearDownloaded(const std::string& serialText, std::uint64_t refused);
     /// Whether the memory of LOGGER may be lost, which is asked unless it holds nothing, or nothing that has not been
     /// downloaded.
     bool mayLose(const LoggerStatus& logger);
@@ -32,7 +35,8 @@ public:
     void noteCleared(const std::string& serialText);
 
 private:
-    bool clear(const LoggerStatus& logger);
+    bool askToClear(const Message& question);
+    bool clear(const std::string& serialText, bool whileCurrent);
 
     FlowContext context_;
 };

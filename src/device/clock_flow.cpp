@@ -1,5 +1,6 @@
 #include "device/clock_flow.h"
 
+#include "texts/text.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 
@@ -23,7 +24,16 @@ bool ClockFlow::synchronize() {
     return clocks &&
            context_.prompter.ask(makeMessage(MessageId::SynchronizeDateAndTime, textOf(clocks->logger.loggerTime),
                                              textOf(clocks->computer))) == Answer::Yes &&
-           set(clocks->logger, {});
+           ClearFlow(context_).mayLose(clocks->logger) &&
+           set(clocks->logger.serialText, clocks->logger.logsCurrent, {});
+}
+
+bool ClockFlow::synchronizeDownloaded(const std::string& serialText, std::uint64_t refused) {
+    if (refused > 0 &&
+        context_.prompter.ask(
+            makeMessage(MessageId::ClearQuobrix, counted(TextId::ClearWithRefused, refused, refused))) != Answer::Yes)
+        return false;
+    return set(serialText, true, {});
 }
 
 void ClockFlow::show() {
@@ -38,20 +48,19 @@ bool ClockFlow::enter() {
     if (!clocks)
         return false;
     DateAndTimeForm form{clocks->logger.loggerTime, static_cast<std::int32_t>(clocks->computer), false};
-    return context_.prompter.fillIn(form) && set(clocks->logger, form.logger);
+    return context_.prompter.fillIn(form) && ClearFlow(context_).mayLose(clocks->logger) &&
+           set(clocks->logger.serialText, clocks->logger.logsCurrent, form.logger);
 }
 
-bool ClockFlow::set(const LoggerStatus& asked, std::optional<std::int32_t> time) {
-    ClearFlow clearing(context_);
-    if (!clearing.mayLose(asked))
-        return false;
-    const bool done = context_.reporter().runOn(asked.serialText, LoggerCommand::SetClock, [&](LockedLogger& logger) {
-        if (asked.logsCurrent && !logger.status().logsCurrent)
+/// WHILE_CURRENT: not when something may have been recorded since. TIME: none is the computer's.
+bool ClockFlow::set(const std::string& serialText, bool whileCurrent, std::optional<std::int32_t> time) {
+    const bool done = context_.reporter().runOn(serialText, LoggerCommand::SetClock, [&](LockedLogger& logger) {
+        if (whileCurrent && !logger.status().logsCurrent)
             return kLogsNotCurrent;
         return logger.setTime(time.value_or(static_cast<std::int32_t>(logger.now())));
     });
     if (done)
-        clearing.noteCleared(asked.serialText);
+        ClearFlow(context_).noteCleared(serialText);
     return done;
 }
 

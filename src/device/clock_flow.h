@@ -13,6 +13,8 @@ public:
 
     /// Sets it to the computer's time, that of the answer and not of the question. Whether it was set.
     bool synchronize();
+    /// Sets it after a download from SERIAL_TEXT; if REFUSED records are not in the document, asks first.
+    bool synchronizeDownloaded(const std::string& serialText, std::uint64_t refused);
     /// Shows it beside the computer's.
     void show();
     /// Sets it to what a person enters. Whether it was set.
@@ -25,8 +27,7 @@ private:
     };
 
     std::optional<Clocks> read();
-    /// TIME: none is the computer's.
-    bool set(const LoggerStatus& asked, std::optional<std::int32_t> time);
+    bool set(const std::string& serialText, bool whileCurrent, std::optional<std::int32_t> time);
     std::string textOf(std::int64_t time) const;
 
     FlowContext context_;

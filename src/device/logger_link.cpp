@@ -296,7 +296,7 @@ Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
     progress(step, 4); // the transfer, and a log to be parsed three times
     const ResultCode code =
         library().GetLogBuffer(static_cast<std::int32_t>(mode), &allocated[0], &allocated[1], &allocated[2]);
-    noteLogsCurrent();
+    state().logsReadTime = now();
     Reply<RecordBlocks> reply{code, {}};
     Blocks blocks;
     const LogBuffer buffers[3] = {blocks.buffer(allocated[0]), blocks.buffer(allocated[1]),

@@ -150,10 +150,12 @@ public:
     /// Asks for the reading WHICH, from 0, and keeps it in the status; without it where the logger does not tell.
     void takeReading(int which);
 
-    /// Reads the logger's logs. Afterwards its logs count as current, whatever came of it, unless a part of them could
-    /// not be parsed: that is no failure, but named in the value.
+    /// Reads the logger's logs. A part of them that could not be parsed is no failure, but named in the value; the logs
+    /// are then doubtful.
     Reply<RecordBlocks> readLogs(LogMode mode);
-    /// What was read of the logs went nowhere.
+    /// All that was read of the logs is in the document.
+    void noteLogsCurrent();
+    /// It is not, or not any more.
     void noteLogsDoubtful() { state().logsCurrent = false; }
     /// Reads a log file that the library wrote. A PATH of more than 260 bytes, which the library cannot take, is
     /// refused like a file that is none.
@@ -173,7 +175,6 @@ private:
         return link_.status_;
     }
     void noteProbe(ResultCode code);
-    void noteLogsCurrent();
     ResultCode changed(ResultCode code); // of a call that changes what a reading tells
 
     LoggerLink& link_;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <string>
 
 namespace quobrix {
 
@@ -18,6 +18,14 @@ struct DateAndTimeForm {
     std::int32_t logger = 0;   ///< what it shows; what it is to show
     std::int32_t computer = 0; ///< what the computer's shows
     bool readOnly = false;
+};
+
+/// What is to be done about a logger's clock that differs from the computer's.
+struct TimeDifferenceForm {
+    std::string difference;   ///< in words
+    std::string reason;       ///< what it may be due to, in words
+    bool synchronize = false; ///< set the logger's clock after the download
+    bool computer = false;    ///< show what was recorded in the computer's time
 };
 
 } // namespace quobrix

@@ -22,6 +22,7 @@ enum class MessageButtons {
     YesNo,       ///< a question; "no" is the safe answer unless the asking flow says otherwise
     YesNoCancel, ///< a question that can also be left unanswered, which is the safe answer
     Actions,     ///< a question whose answers the asking flow names; it can be left unanswered too
+    Either,      ///< a question whose answers the asking flow names; leaving it is the last of them
     Offer,       ///< the same, for what was not asked for: left unanswered, it is "not now"
 };
 

@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -105,6 +106,9 @@ public:
     std::string_view redoDescription() const;
     void undo();
     void redo();
+    /// Whether what the newest step did is done, from now on and whatever becomes of the step or the history: false
+    /// after it was undone, true again after it was redone. There must be one to undo.
+    std::shared_ptr<const bool> lastStepDone() const { return steps_[done_ - 1].isDone; }
     /// Forgets all steps: there is another document, or the table that stands alone holds something else.
     void clear();
     /// Bytes of memory that the history takes, but for what the system adds to each piece.
@@ -130,6 +134,7 @@ private:
         std::string description;
         std::vector<Change> changes;
         std::size_t size = 0;
+        std::shared_ptr<bool> isDone = std::make_shared<bool>(true);
     };
     class Recording;
 

@@ -171,6 +171,7 @@ void TableEdits::undo() {
         return clear(); // rows have moved by other means
     const std::vector<TableChange> changes = changesOf(step.changes, true);
     swap(step, true);
+    *step.isDone = false;
     --done_;
     measure(step);
     forgetOldest();
@@ -186,6 +187,7 @@ void TableEdits::redo() {
         return clear();
     const std::vector<TableChange> changes = changesOf(step.changes, false);
     swap(step, false);
+    *step.isDone = true;
     ++done_;
     measure(step);
     forgetOldest();

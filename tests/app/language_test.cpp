@@ -207,6 +207,8 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
         TDateAndTimeDialog dateAndTime({0, 0, readOnly}, context_.text(), nullptr);
         look(dateAndTime);
     }
+    TTimeDifferenceDialog timeDifference({{}, {}, true, true}, nullptr);
+    look(timeDifference);
     TMemoryDialog memory({1000, 500}, {}, units_, nullptr);
     look(memory);
     PropertiesDialog properties(

@@ -5,6 +5,7 @@
 #include "support/frame_fixture.h"
 #include "support/record_set_builder.h"
 #include "support/slow_logger_library.h"
+#include "support/temporary_folder.h"
 #include "views/log_view.h"
 
 #include <QAction>
@@ -20,6 +21,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace quobrix {
@@ -35,12 +38,16 @@ protected:
     }
 
     testing::FakeLoggerLibrary fake_;
+    const std::int64_t begun_ = wallClock();
     NamesCommands names_{frame_};
     LoggerCommands commands_{frame_,
                              names_,
                              testing::FakeLoggerLibrary::library(),
-                             "",
-                             {.polling = {5ms, 0ms}, .calls = {1ms, 2ms}, .progressHaste = 100}};
+                             {},
+                             {.polling = {5ms, 0ms},
+                              .calls = {1ms, 2ms},
+                              .clock = [this] { return fake_.loggerTime + wallClock() - begun_; },
+                              .progressHaste = 100}};
 };
 
 TEST_F(LoggerCommandsTest, ALoggerIsFoundAgain) {
@@ -216,6 +223,44 @@ TEST_F(LoggerCommandsTest, EachDialogDoesWhatItSays) {
     run(ClearMemory);
     EXPECT_EQ(fake_.count("ClearLogs"), 1);
     EXPECT_EQ(clearAfterDownload(settings_), ClearAfterDownload::Always);
+}
+
+TEST_F(LoggerCommandsTest, AnUnsavedDownloadIsOfferedAtTheNextStart) {
+    const test::TemporaryFolder folder;
+    const auto start = [&] {
+        return std::make_unique<LoggerCommands>(frame_, names_, Error{ErrorKind::NotFound, ShownText::asItIs("none")},
+                                                LoggerCommands::Folders{{}, folder.path()});
+    };
+    KeptDownload download;
+    download.serialText = "K-0042-B";
+    download.time = 1'700'000'000;
+    const std::vector<std::uint8_t> trips = testing::RecordSetBytes().add(testing::plainTrip(), {10, 20, 30}).take();
+    download.blocks.trips.reset(static_cast<QuobrixRecordSet*>(std::malloc(trips.size())));
+    std::memcpy(download.blocks.trips.get(), trips.data(), trips.size());
+    ASSERT_TRUE(RecoveryFolder(folder.path()).keep(download));
+
+    QString asked;
+    answer(QStringLiteral("Later"), [&](QWidget& box) { asked = qobject_cast<QMessageBox*>(&box)->text(); });
+    start()->start();
+    EXPECT_TRUE(asked.startsWith(QStringLiteral("A download from K-0042-B of 11/14/2023 10:13 PM is in no saved file")))
+        << asked.toStdString();
+    EXPECT_EQ(document_.trips().rowCount(), 0u);
+
+    answer(QStringLiteral("Recover"), [](QWidget&) {
+        answer(QStringLiteral("No"), [](QWidget&) { // names for the new vehicle
+            answer(QStringLiteral("No"), [](QWidget&) { answer(QStringLiteral("OK")); });
+        });
+    });
+    {
+        const auto program = start();
+        program->start();
+        EXPECT_EQ(document_.trips().rowCount(), 1u);
+        EXPECT_TRUE(RecoveryFolder(folder.path()).left().empty()) << "locked";
+    }
+    EXPECT_EQ(RecoveryFolder(folder.path()).left().size(), 1u) << "nothing was saved";
+    answer(QStringLiteral("Discard"));
+    start()->start();
+    EXPECT_TRUE(RecoveryFolder(folder.path()).left().empty());
 }
 
 } // namespace

@@ -21,7 +21,7 @@ protected:
 
     FlowContext context(Prompter& prompter) { return {calls_, prompter, settings_, progress_, {}, document_}; }
     ClockFlow clock(Prompter& prompter) { return {context(prompter), {units_, zone_}}; }
-    void logsAreCurrent() { LockedLogger(link_).readLogs(LogMode::Ordinary); }
+    void logsAreCurrent() { LockedLogger(link_).noteLogsCurrent(); }
     bool current() { return LockedLogger(link_).status().logsCurrent; }
     /// When the document says that the logger's memory was cleared; 0: never.
     std::int32_t cleared() {

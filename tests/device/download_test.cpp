@@ -1,11 +1,19 @@
 #include "device/download.h"
 
+#include "device/clear_flow.h"
+
 #include "support/document_streams.h"
 #include "support/fake_logger_library.h"
 #include "support/record_set_builder.h"
 #include "support/scripted_prompter.h"
 #include "support/temporary_folder.h"
 
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
@@ -21,18 +29,24 @@ protected:
         fake_.trips = RecordSetBytes().add(plainTrip(), {10, 20, 30}).take();
         fake_.troubles = RecordSetBytes().add(plainTrouble()).take();
         LockedLogger(link_).openPort("COM1");
+        setClearAfterDownload(settings_, ClearAfterDownload::Never);
     }
 
-    std::optional<MergeResult> download(ScriptedPrompter& prompter) {
-        return Download({calls_, prompter, settings_, progress_, {}, document_},
+    Download flow(ScriptedPrompter& prompter) {
+        return Download({calls_, prompter, settings_, progress_, {}, document_}, *recoveries_, {units_, zone_},
                         {.startNewDocument =
                              [this] {
                                  ++begun_;
                                  document_.newDocument();
                                  return true;
                              },
-                         .mayStartNewDocument = [this] { return mayBegin_; }})
-            .run();
+                         .mayStartNewDocument = [this] { return mayBegin_; },
+                         .chooseAnomalousVehicle = [this] { ++anomalous_; }});
+    }
+    std::optional<MergeResult> download(ScriptedPrompter& prompter) { return flow(prompter).run(); }
+    /// A download is kept in a file of its own.
+    bool kept() const {
+        return std::filesystem::exists(folder_ / "kept") && !std::filesystem::is_empty(folder_ / "kept");
     }
 
     /// The example, or another document with one trip and OBJECTS objects.
@@ -49,11 +63,16 @@ protected:
 
     const test::TemporaryFolder folder_;
     FakeLoggerLibrary fake_;
-    LoggerLink link_{FakeLoggerLibrary::library()};
+    std::int64_t now_ = fake_.loggerTime;
+    LoggerLink link_{FakeLoggerLibrary::library(), [this] { return now_; }};
     DirectCalls calls_{link_};
     Settings settings_{std::make_unique<MemorySettings>()};
     ProgressReporter progress_;
     TQuobrixDocument document_;
+    TUnitSystem units_;
+    const TimeZone zone_;
+    std::optional<RecoveryFolder> recoveries_{folder_ / "kept"};
+    int anomalous_ = 0;
     bool mayBegin_ = true;
     int begun_ = 0;
 };
@@ -120,7 +139,8 @@ TEST_F(Downloading, WhatIsCancelledIsNotCurrent) {
     };
     Cancelling calls(link_);
     ScriptedPrompter silent;
-    EXPECT_FALSE(Download({calls, silent, settings_, progress_, {}, document_}, {}).run());
+    EXPECT_FALSE(
+        Download({calls, silent, settings_, progress_, {}, document_}, *recoveries_, {units_, zone_}, {}).run());
     EXPECT_EQ(document_.trips().rowCount(), 0u);
     EXPECT_FALSE(LockedLogger(link_).status().logsCurrent) << "what was read of them went nowhere";
     EXPECT_TRUE(download(silent));
@@ -139,6 +159,206 @@ TEST_F(Downloading, NothingNewChangesOnlyTheTime) {
     EXPECT_FALSE(document_.dataChanged());
     ASSERT_TRUE(document_.store().existingSingleton<TDownloadTable>());
     EXPECT_EQ(document_.store().existingSingleton<TDownloadTable>()->rowCount(), 1u);
+}
+
+using Lines = std::vector<ScriptedPrompter::Line>;
+
+/// Every difference of the clocks that is told apart, and one second on the other side.
+TEST_F(Downloading, ClocksThatDiffer) {
+    const std::string zones = "a change in time zones or a change in Daylight Savings Time";
+    const struct {
+        std::int64_t seconds;
+        std::string difference, reason;
+    } cases[] = {{300, "", ""},
+                 {301, "00:05:01", "clock drift"},
+                 {1799, "00:29:59", "clock drift"},
+                 {1800, "00:30:00", zones},
+                 {5399, "01:29:59", zones},
+                 {5400, "01:30:00", "a change in time zones"},
+                 {86399, "23:59:59", "a change in time zones"},
+                 {86400, "more than a day", "an error in your computer's clock settings or an error in your Quobrix"}};
+    for (const auto& c : cases)
+        for (const int ahead : {1, -1}) {
+            now_ = fake_.loggerTime + ahead * c.seconds;
+            std::string difference, reason;
+            ScriptedPrompter prompter;
+            prompter.timeDifference = [&](TimeDifferenceForm& form) {
+                EXPECT_FALSE(form.synchronize || form.computer);
+                difference = form.difference;
+                reason = form.reason;
+                return false;
+            };
+            EXPECT_EQ(download(prompter).has_value(), c.seconds == 300) << "cancelled";
+            EXPECT_EQ(difference, c.difference);
+            EXPECT_EQ(reason, c.reason);
+        }
+    EXPECT_EQ(fake_.count("GetLogBuffer -1"), 2);
+}
+
+TEST_F(Downloading, AClockThatWasNeverSet) {
+    constexpr std::int32_t kYear2001 = 978'307'200, kYear2002 = 1'009'843'200; // their beginnings
+    const auto asked = [&](std::int32_t loggerTime, Lines script, const char* choice = "&Don't Synchronize") {
+        fake_.loggerTime = loggerTime;
+        fake_.calls.clear();
+        ScriptedPrompter prompter(std::move(script), {});
+        prompter.chooses = choice;
+        int forms = 0;
+        prompter.timeDifference = [&](TimeDifferenceForm&) { return ++forms, true; };
+        EXPECT_TRUE(download(prompter));
+        return forms;
+    };
+    EXPECT_EQ(asked(kYear2001 - 1, {{MessageId::ClockNeverSet}}), 0);
+    EXPECT_EQ(fake_.count("SetTime 1700000000"), 0);
+    EXPECT_EQ(asked(kYear2001 - 1, {{MessageId::ClockNeverSet}}, "&Synchronize"), 0);
+    EXPECT_EQ(fake_.count("SetTime 1700000000"), 1);
+    EXPECT_EQ(asked(kYear2001, {}), 0);
+    EXPECT_EQ(asked(kYear2002 - 1, {}), 0);
+    EXPECT_EQ(asked(kYear2002, {}), 1);
+}
+
+TEST_F(Downloading, TheComputersTimeShiftsWhatIsShown) {
+    now_ += 7200;
+    ScriptedPrompter prompter;
+    prompter.timeDifference = [](TimeDifferenceForm& form) {
+        form.computer = form.synchronize = true;
+        return true;
+    };
+    ASSERT_TRUE(download(prompter));
+    const auto& trips = document_.trips();
+    EXPECT_EQ(trips.column<TTripLogStartTimeColumn>().values()[0], plainTrip().startTime + 7200);
+    EXPECT_EQ(fake_.count("SetTime " + std::to_string(now_)), 1) << "after the download";
+    prompter.timeDifference = [](const TimeDifferenceForm& form) { return form.computer && form.synchronize; };
+    EXPECT_EQ(download(prompter).value().summary(), "Nothing new. Already present: 1 trip, 1 trouble code.");
+}
+
+TEST_F(Downloading, ClearsOnlyWhatIsInTheDocument) {
+    using enum ClearAfterDownload;
+    const auto refused = [] {
+        QuobrixTripRecord trip = plainTrip();
+        trip.endTime = trip.startTime - 1;
+        return RecordSetBytes().add(plainTrip(), {10, 20, 30}).add(trip, {1}).take();
+    };
+    const MessageId clear = MessageId::ClearQuobrix;
+    struct Case {
+        const char* name;
+        ClearAfterDownload choice;
+        Lines asks;
+        bool cleared;
+        std::function<void()> fault{};
+    };
+    const Case cases[] = {
+        {"ask, yes", Ask, {{clear}}, true},
+        {"ask, no", Ask, {{clear, Answer::No}}, false},
+        {"always", Always, {}, true},
+        {"never", Never, {}, false},
+        {"always, with a refused record", Always, {{clear, Answer::No}}, false, [&] { fake_.trips = refused(); }},
+        {"never, with a refused record", Never, {}, false, [&] { fake_.trips = refused(); }},
+        {"a part not parsed",
+         Always,
+         {{MessageId::LogsUnreadable}},
+         false,
+         [&] { fake_.results["GetAccidentLogRecords 2"] = -7; }},
+        {"nothing kept",
+         Always,
+         {{MessageId::DownloadNotKept}},
+         false,
+         [&] { std::ofstream(folder_ / "kept") << "a file where the folder is to be"; }},
+        {"another logger by then",
+         Always,
+         {{MessageId::AnotherLogger}},
+         false,
+         [&] {
+             fake_.during = [&](const std::string& function) {
+                 if (function == "GetAccidentLogRecords")
+                     fake_.loggers["COM1"] = "K-0043-B";
+             };
+         }},
+    };
+    const auto trips = fake_.trips;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        document_.newDocument();
+        std::filesystem::remove_all(folder_ / "kept");
+        fake_.trips = trips;
+        fake_.results.clear();
+        fake_.calls.clear();
+        fake_.during = {};
+        fake_.loggers["COM1"] = "K-0042-B";
+        if (c.fault)
+            c.fault();
+        setClearAfterDownload(settings_, c.choice);
+        ScriptedPrompter prompter(c.asks, {});
+        EXPECT_TRUE(download(prompter));
+        EXPECT_EQ(fake_.count("ClearLogs"), c.cleared ? 1 : 0);
+    }
+}
+
+TEST_F(Downloading, AnAnomalousVehicleIsAskedAboutOnce) {
+    fake_.product = "QBX-4750";
+    fake_.carType = 255;
+    ScriptedPrompter prompter{{MessageId::AnomalyVehicle}};
+    ASSERT_TRUE(download(prompter));
+    EXPECT_EQ(anomalous_, 1);
+    fake_.carType = 7;
+    ASSERT_TRUE(download(prompter));
+    fake_.product = "QBX-4751";
+    fake_.carType = 255;
+    ASSERT_TRUE(download(prompter));
+    EXPECT_EQ(anomalous_, 1);
+}
+
+TEST_F(Downloading, IsKeptUntilASavedDocumentHoldsIt) {
+    const auto left = [&] { return RecoveryFolder(folder_ / "kept").left().size() + (kept() ? 10 : 0); };
+    ScriptedPrompter silent;
+    ASSERT_TRUE(download(silent));
+    EXPECT_EQ(left(), 10u) << "there, and locked";
+    document_.edits().undo();
+    EXPECT_TRUE(recoveries_->undoneSince());
+    ASSERT_TRUE(document_.saveAs(folder_ / "A.car"));
+    recoveries_->documentSaved();
+    EXPECT_EQ(left(), 10u) << "that was without it";
+    document_.edits().redo();
+    ASSERT_TRUE(document_.save());
+    recoveries_->documentSaved();
+    EXPECT_EQ(left(), 0u);
+
+    QuobrixTripRecord later = plainTrip();
+    later.startTime += 1000;
+    later.endTime += 1000;
+    fake_.trips = RecordSetBytes().add(later, {10, 20, 30}).take();
+    ASSERT_TRUE(download(silent));
+    recoveries_->documentReplaced();
+    recoveries_->documentSaved(); // another one
+    EXPECT_EQ(left(), 10u);
+    recoveries_.emplace(folder_ / "kept"); // the next start
+    ASSERT_EQ(recoveries_->left().size(), 1u);
+    const auto taken = recoveries_->take(recoveries_->left()[0]);
+    ASSERT_TRUE(taken);
+    EXPECT_EQ(taken->serialText, "K-0042-B");
+    document_.newDocument();
+    EXPECT_EQ(flow(silent).recover(*taken).value().summary(), "New: 1 trip, 1 trouble code.");
+    EXPECT_EQ(left(), 10u);
+    ASSERT_TRUE(document_.saveAs(folder_ / "B.car"));
+    recoveries_->documentSaved();
+    EXPECT_EQ(left(), 0u);
+    EXPECT_EQ(download(silent).value().summary(), "Nothing new. Already present: 1 trip, 1 trouble code.");
+    EXPECT_EQ(left(), 0u) << "the file on the disk holds it";
+}
+
+TEST_F(Downloading, RecoveryFilesAreNotBelieved) {
+    KeptDownload download;
+    download.serialText = "K-0042-B";
+    download.blocks.trips.reset(static_cast<QuobrixRecordSet*>(std::malloc(fake_.trips.size())));
+    std::memcpy(download.blocks.trips.get(), fake_.trips.data(), fake_.trips.size());
+    const Bytes bytes = recoveryBytes(download);
+    ASSERT_TRUE(readRecovery(bytes));
+    EXPECT_EQ(recoveryBytes(*readRecovery(bytes)), bytes);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        Bytes changed = bytes;
+        changed[i] ^= 0x40;
+        EXPECT_FALSE(readRecovery(changed)) << i;
+        EXPECT_FALSE(readRecovery(ByteView(bytes).first(i))) << i;
+    }
 }
 
 } // namespace

@@ -104,7 +104,6 @@ TEST_F(Link, DownloadNamesUnreadableLogs) {
     EXPECT_EQ(bytesOf(logs.value.trips).size(), 8u);
     EXPECT_EQ(bytesOf(logs.value.troublesAndActivity).size(), 0u);
     EXPECT_EQ(fake_.count("GetLogBuffer 1"), 1);
-    EXPECT_TRUE(logger_.status().logsCurrent);
 
     const struct {
         std::vector<std::string> failing;
@@ -126,6 +125,7 @@ TEST_F(Link, DownloadNamesUnreadableLogs) {
         fake_.results.clear();
         for (const std::string& function : c.failing)
             fake_.results[function] = -7;
+        logger_.noteLogsCurrent();
         const auto read = logger_.readLogs(LogMode::Ordinary);
         ASSERT_TRUE(read.ok());
         std::string unreadable;
@@ -161,13 +161,20 @@ TEST_F(Link, ASerialNumberOfAnotherFormIsNoLogger) {
 }
 
 TEST_F(Link, WhenLogsAreCurrent) {
+    fake_.loggers["COM1"] = "K-0042-B";
+    logger_.openPort("COM1");
     fake_.results["ClearLogs"] = -5;
     logger_.clearLogs();
     EXPECT_FALSE(logger_.status().logsCurrent);
+    logger_.readLogs(LogMode::Ordinary);
+    EXPECT_FALSE(logger_.status().logsCurrent) << "what was read is nowhere yet";
+    fake_.results.clear();
+    logger_.clearLogs();
+    EXPECT_TRUE(logger_.status().logsCurrent);
     fake_.results["GetLogBuffer"] = QUOBRIX_NOT_REPORTED;
     EXPECT_EQ(logger_.readLogs(LogMode::Ordinary).code, QUOBRIX_NOT_REPORTED);
-    EXPECT_EQ(fake_.count("GetLogRecords"), 0);
-    EXPECT_TRUE(logger_.status().logsCurrent);
+    EXPECT_EQ(fake_.count("GetLogRecords"), 1);
+    EXPECT_TRUE(logger_.status().logsCurrent) << "a failure tells nothing";
 }
 
 TEST_F(Link, RefusedLogFiles) {

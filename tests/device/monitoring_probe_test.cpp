@@ -14,6 +14,7 @@ protected:
         logger_.openPort("COM1");
         probe_.run(logger_);
         logger_.readLogs(LogMode::Ordinary);
+        logger_.noteLogsCurrent();
     }
     bool logsCurrentAfter(std::int64_t seconds) {
         now_ += seconds;

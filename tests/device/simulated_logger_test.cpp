@@ -1,4 +1,5 @@
 #include "cli/program.h"
+#include "device/clear_flow.h"
 #include "device/download.h"
 #include "device/logger_link.h"
 #include "device/ports.h"
@@ -7,6 +8,8 @@
 #include "support/scripted_prompter.h"
 #include "support/set_variable.h"
 #include "support/temporary_folder.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <gtest/gtest.h>
 #include <iterator>
@@ -87,11 +90,15 @@ TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
     DirectCalls calls(link);
     Settings settings(std::make_unique<MemorySettings>());
     settings.setText(kUnidentifiedDriverSection, kDefaultName, "Somebody");
+    setClearAfterDownload(settings, ClearAfterDownload::Never);
     ScriptedPrompter silent;
     ProgressReporter noProgress;
     TQuobrixDocument document;
+    const TUnitSystem units;
+    const TimeZone zone;
+    RecoveryFolder recoveries(folder_ / "kept");
     std::vector<NewKeys> added;
-    Download download({calls, silent, settings, noProgress, {}, document},
+    Download download({calls, silent, settings, noProgress, {}, document}, recoveries, {units, zone},
                       {.startNewDocument = {}, .keysAdded = [&](const NewKeys& keys) { added.push_back(keys); }});
     ASSERT_TRUE(LockedLogger(link).openPort("COM1") == QUOBRIX_OK);
     ASSERT_TRUE(download.run());

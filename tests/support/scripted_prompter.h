@@ -49,7 +49,8 @@ public:
     /// Takes the script's next choice, as choose() does.
     std::optional<std::size_t> chooseAction(const Message& question, const std::vector<SourceText>& actions) override {
         const MessageButtons buttons = messageSpec(question.id).buttons;
-        EXPECT_TRUE(buttons == MessageButtons::Actions || buttons == MessageButtons::Offer);
+        EXPECT_TRUE(buttons == MessageButtons::Actions || buttons == MessageButtons::Offer ||
+                    buttons == MessageButtons::Either);
         std::vector<std::string> texts;
         for (const SourceText& action : actions)
             texts.push_back(text(action));
@@ -75,10 +76,12 @@ public:
 
     bool fillIn(AlarmForm& form) override { return fills(form, alarm); }
     bool fillIn(DateAndTimeForm& form) override { return fills(form, dateAndTime); }
+    bool fillIn(TimeDifferenceForm& form) override { return fills(form, timeDifference); }
 
     // What a person makes of a form; without one it must not come up.
     std::function<bool(AlarmForm&)> alarm;
     std::function<bool(DateAndTimeForm&)> dateAndTime;
+    std::function<bool(TimeDifferenceForm&)> timeDifference;
     std::optional<bool> leaves;         ///< a check box marked so; nothing: as it was
     std::optional<std::string> chooses; ///< where the script has no choice
     std::function<void()> whileShown;   ///< what happens before each answer

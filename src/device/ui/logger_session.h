@@ -22,6 +22,7 @@ public:
     struct Times {
         TPollingThread::Times polling{};
         WorkerCalls::Times calls{};
+        WallClock clock = wallClock;
         int progressHaste = 1; ///< how many times faster the progress of what is done is shown
     };
 
@@ -40,6 +41,10 @@ public:
     void scanPorts();
     /// What the flows of the logger work with.
     FlowContext flows() const { return {calls_, prompter_, settings_, progress_, names(), document_}; }
+    /// The logger may hold what is not in the document.
+    void noteLogsDoubtful() {
+        worker_.submit([](LockedLogger& logger) { logger.noteLogsDoubtful(); });
+    }
     bool hasLibrary() const { return link_.hasLibrary(); }
 
 signals:

@@ -1,0 +1,114 @@
+#include "device/recovery_folder.h"
+
+#include "base/path_text.h"
+#include "platform/paths.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+constexpr const char* kExtension = ".download";
+constexpr std::uint64_t kLargest = std::uint64_t(1) << 30; // bytes; a logger holds some megabytes
+
+} // namespace
+
+std::filesystem::path recoveryFolder() {
+    const std::filesystem::path data = userDataFolder();
+    return data.empty() ? data : data / "Unsaved Downloads";
+}
+
+Result<void> RecoveryFolder::keep(const KeptDownload& download) {
+    if (folder_.empty())
+        return Error{ErrorKind::NotFound, {}};
+    std::error_code ignored; // creating the file tells
+    std::filesystem::create_directories(folder_, ignored);
+    const Bytes bytes = recoveryBytes(download);
+    for (int number = 0;; ++number) {
+        const std::filesystem::path path =
+            folder_ / pathFromUtf8(fmt::format("{:012}-{}{}", download.time, number, kExtension));
+        Result<ReplacementFile> file = ReplacementFile::create(path, {}, files_);
+        if (!file)
+            return file.error();
+        QUOBRIX_TRY(file->file().writeAt(0, bytes));
+        const Result<void> done = file->commit(IfThere::Refuse);
+        if (!done && done.error().kind == ErrorKind::Exists && number < 100)
+            continue;
+        if (done)
+            kept_.push_back({path, file->takeFile()});
+        return done;
+    }
+}
+
+void RecoveryFolder::merged(std::shared_ptr<const bool> done) {
+    if (kept_.empty())
+        return;
+    kept_.back().inDocument = kept_.back().wasDone = true;
+    kept_.back().done = std::move(done);
+}
+
+void RecoveryFolder::documentSaved() {
+    std::erase_if(kept_, [&](Kept& kept) {
+        if (!kept.inDocument || !*kept.done)
+            return false;
+        kept.file.reset(); // some systems remove no open file
+        files_.remove(kept.path);
+        return true;
+    });
+}
+
+void RecoveryFolder::documentReplaced() {
+    for (Kept& kept : kept_)
+        kept.inDocument = false;
+}
+
+bool RecoveryFolder::undoneSince() {
+    bool undone = false;
+    for (Kept& kept : kept_) {
+        const bool done = kept.inDocument && *kept.done;
+        undone = undone || (kept.inDocument && kept.wasDone && !done);
+        kept.wasDone = done;
+    }
+    return undone;
+}
+
+std::vector<std::filesystem::path> RecoveryFolder::left() const {
+    std::vector<std::filesystem::path> files;
+    std::error_code error;
+    for (std::filesystem::directory_iterator file(folder_, error), end; !error && file != end; file.increment(error)) {
+        if (file->path().extension() != kExtension)
+            continue;
+        const bool ours = std::ranges::any_of(kept_, [&](const Kept& kept) { return kept.path == file->path(); });
+        if (!ours && files_.open(file->path(), FileMode::ReadWrite)) // locked while its program runs
+            files.push_back(file->path());
+    }
+    std::ranges::sort(files);
+    return files;
+}
+
+Result<KeptDownload> RecoveryFolder::take(const std::filesystem::path& path) {
+    Result<std::unique_ptr<File>> file = files_.open(path, FileMode::ReadWrite);
+    if (!file)
+        return file.error();
+    const Result<std::uint64_t> size = (*file)->size();
+    if (!size)
+        return size.error();
+    if (*size > kLargest)
+        return Error{ErrorKind::NotADocument, {}};
+    Bytes bytes(static_cast<std::size_t>(*size));
+    QUOBRIX_TRY((*file)->readAt(0, bytes));
+    Result<KeptDownload> download = readRecovery(bytes);
+    if (download)
+        kept_.push_back({path, std::move(*file)});
+    return download;
+}
+
+void RecoveryFolder::discardTaken() {
+    kept_.back().file.reset();
+    files_.remove(kept_.back().path);
+    kept_.pop_back();
+}
+
+} // namespace quobrix
