@@ -76,7 +76,7 @@ std::vector<double> samples(ByteReader& in) {
         in.fail();
         return {};
     }
-    std::vector<double> values(count);
+    std::vector<double> values(static_cast<std::size_t>(count));
     std::int64_t previous = 0;
     for (double& value : values) {
         if (form == Doubles) {
@@ -160,7 +160,8 @@ struct Reader {
     }
     void operator()(std::vector<std::uint8_t>& values) {
         const std::uint64_t count = varint(in);
-        const ByteView view = in.bytes(count);
+        // What is more than there is must not become less by being made shorter.
+        const ByteView view = in.bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, in.remaining() + 1)));
         values.assign(view.begin(), view.end());
     }
     void operator()(std::vector<std::uint32_t>& times) {
@@ -169,7 +170,7 @@ struct Reader {
             in.fail();
             return;
         }
-        times.resize(count);
+        times.resize(static_cast<std::size_t>(count));
         for (std::uint32_t& time : times) {
             const std::uint64_t value = varint(in);
             time = static_cast<std::uint32_t>(value);

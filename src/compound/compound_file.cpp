@@ -205,7 +205,8 @@ Result<std::uint8_t*> CompoundFileEngine::miniPage(std::uint32_t index) {
     if (index < tables_.miniStream().size()) {
         // Another program's file may end with what is used of its last page.
         const std::uint64_t offset = sectorOffset(tables_.miniStream()[index]);
-        const std::uint64_t there = std::min<std::uint64_t>(kSectorSize, fileSize_ - std::min(fileSize_, offset));
+        const auto there =
+            static_cast<std::size_t>(std::min<std::uint64_t>(kSectorSize, fileSize_ - std::min(fileSize_, offset)));
         QUOBRIX_TRY(cache_.read(*file_, fileSize_, offset, there, content));
     }
     std::uint8_t* const page = miniPages_.add(index);

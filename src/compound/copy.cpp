@@ -35,7 +35,7 @@ public:
         QUOBRIX_TRY(engine_.file_->readAt(offset, out));
         if (offset < kSectorSize)
             std::copy_n(header_.begin() + static_cast<std::ptrdiff_t>(offset),
-                        std::min<std::size_t>(out.size(), kSectorSize - offset), out.begin());
+                        std::min(out.size(), static_cast<std::size_t>(kSectorSize - offset)), out.begin());
         return {};
     }
     Result<std::uint64_t> size() override { return size_; }

@@ -17,7 +17,8 @@ Result<void> copyFile(File& from, File& to) {
         return size.error();
     Bytes block(1 << 20);
     for (std::uint64_t offset = 0; offset < *size; offset += block.size()) {
-        const auto part = std::span(block).first(std::min<std::uint64_t>(block.size(), *size - offset));
+        const auto part =
+            std::span(block).first(static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), *size - offset)));
         QUOBRIX_TRY(from.readAt(offset, part));
         QUOBRIX_TRY(to.writeAt(offset, part));
     }

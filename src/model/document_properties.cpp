@@ -15,7 +15,7 @@
 namespace quobrix {
 namespace {
 
-std::string integerText(const TextContext& context, std::size_t value) {
+std::string integerText(const TextContext& context, std::uint64_t value) {
     ValueText buffer;
     return std::string(
         formatInteger(context.units.locale().numbers, static_cast<std::int64_t>(value), std::span<char>(buffer)));

@@ -28,7 +28,7 @@ public:
         if (found == texts_.end())
             return {};
         const std::vector<std::string>& forms = found->second;
-        return forms[count && forms.size() > 1 ? rule_.formOf(*count) : 0];
+        return forms[count && forms.size() > 1 ? static_cast<std::size_t>(rule_.formOf(*count)) : 0];
     }
 
     PluralRule rule_;
@@ -123,7 +123,7 @@ Result<std::shared_ptr<const Catalogue>> readTranslation(ByteView bytes) {
         }
         const std::vector<std::string> english = parts(original, kFormEnd);
         std::vector<std::string> forms = parts(own, kFormEnd);
-        const std::size_t wanted = english.size() == 1 ? 1 : result->rule_.forms();
+        const std::size_t wanted = english.size() == 1 ? 1 : static_cast<std::size_t>(result->rule_.forms());
         if (english.size() <= 2 && forms.size() == wanted && validUtf8(own) == own && fits(forms, english))
             result->texts_[english.front()] = std::move(forms);
     }

@@ -33,6 +33,9 @@ namespace fs = std::filesystem;
 
 constexpr RowIndex kVictimTrips = 3;
 
+/// Where SECTOR begins in a file that lies in memory.
+std::size_t offsetOf(std::uint32_t sector) { return static_cast<std::size_t>(cfb::sectorOffset(sector)); }
+
 /// A document on disk that something bad happens to.
 class Victim {
 public:
@@ -78,7 +81,7 @@ public:
         setBytes(changed);
     }
     std::uint32_t get32(std::size_t offset) const { return cfb::load32(bytes().data() + offset); }
-    std::size_t directory() const { return cfb::sectorOffset(get32(48)); }
+    std::size_t directory() const { return offsetOf(get32(48)); }
     /// Where the directory entry of a stream begins.
     std::size_t entryOf(std::string_view name) const {
         std::string units(64, '\0');
@@ -204,13 +207,13 @@ const std::vector<Row>& table() {
              Opening::Read, View::Everything, false, Mending::Part},
             {"The directory's chain is broken (FAT)",
              [](V v) {
-                 const std::size_t fat = cfb::sectorOffset(v.get32(76));
+                 const std::size_t fat = offsetOf(v.get32(76));
                  v.put32(fat + 4 * v.get32(48), 0x00ABCDEF);
              },
              Opening::Read, View::Part, false, Mending::Part},
             {"The mini stream's chain is broken (FAT)",
              [](V v) {
-                 const std::size_t fat = cfb::sectorOffset(v.get32(76));
+                 const std::size_t fat = offsetOf(v.get32(76));
                  v.put32(fat + 4 * v.get32(v.directory() + cfb::entry::kStart), 0x00ABCDEF);
              },
              Opening::Read, View::Part, false, Mending::Part},
@@ -626,8 +629,8 @@ protected:
     /// The offsets of the sectors that a chain of the FAT leads to.
     std::vector<std::size_t> chain(std::uint32_t sector) const {
         std::vector<std::size_t> offsets;
-        for (; sector < cfb::kUnknownSector; sector = at(cfb::sectorOffset(at(76)) + 4 * sector))
-            offsets.push_back(cfb::sectorOffset(sector));
+        for (; sector < cfb::kUnknownSector; sector = at(offsetOf(at(76)) + 4 * sector))
+            offsets.push_back(offsetOf(sector));
         return offsets;
     }
 
@@ -643,7 +646,7 @@ TEST_F(Mutants, NeverPassForWholeWhenSomethingIsMissing) {
     std::vector<std::size_t> sectors = chain(at(48));
     for (const std::size_t sector : chain(at(60)))
         sectors.push_back(sector);
-    sectors.push_back(cfb::sectorOffset(at(76)));
+    sectors.push_back(offsetOf(at(76)));
     for (const std::size_t sector : sectors)
         places.emplace_back(sector, sector + cfb::kSectorSize);
     const std::vector<std::size_t> mini = chain(at(victim_.directory() + cfb::entry::kStart));
