@@ -7,6 +7,7 @@
 #include "model/trip_tables.h"
 #include "model/trouble_log.h"
 #include "model/trouble_report.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <concepts>
@@ -55,11 +56,10 @@ constexpr LogSpec kLogs[] = {
 #define SECTIONS(Function) .sections = &SectionsOf<&Function>::add,
 #define TABLES(Function) .tables = &TablesOf<&Function>::make,
 #define VIEWS(...) .ownViews = {{__VA_ARGS__}},
-#define VIEW(Kind, Page, Tab, Path) {LogViewKind::Kind, Page, Tab, Path},
+#define VIEW(Kind, Page, Tab, Path) {LogViewKind::Kind, Page, SourceText(Tab), SourceText(Path)},
 #define END },
 // clang-format on
 #include "model/logs.def"
-#include "texts/text.h"
 };
 
 constexpr bool isWhole(const LogSpec& log) {
@@ -103,12 +103,9 @@ ShownText recordTitle(const LogSpec& log, const Table& table, RowIndex row, cons
     return text(TextId::RecordNumbered, log.recordHeading(), table.columnOf(*log.recordColumn()).text(row, context));
 }
 
-std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {
-    constexpr std::string_view kRecord = "Record";
-    std::string title = "View / " + text(log.title) + " / " + std::string(view.path);
-    if (view.path.starts_with(kRecord))
-        title.insert(title.size() - view.path.size() + kRecord.size(), " " + std::string(number));
-    return title;
+ShownText viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {
+    const ShownText title = text(log.title);
+    return fillPlaces(view.path, fmt::make_format_args(title, number));
 }
 
 Report recordReport(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {

@@ -26,8 +26,8 @@ enum class LogViewKind { Summary, Report, Plot, Table };
 struct LogViewSpec {
     LogViewKind kind{};
     int page = 0; ///< names it for scripts and help
-    std::string_view tab{};
-    std::string_view path{};
+    SourceText tab{};
+    SourceText path{}; ///< with places for the log's title and, unless all records are shown, the record's number
 };
 
 using RecordSections = void (*)(const Table& log, RowIndex row, const TextContext& context, Report& report);
@@ -82,7 +82,7 @@ ShownText recordTitle(const LogSpec& log, const Table& table, RowIndex row, cons
 
 /// What stands above a view of LOG: "View / Trip Log / Record 7 / Report". NUMBER, that of the record, is not shown
 /// where the view is of all of them.
-std::string viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number);
+ShownText viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number);
 
 /// The report of the record in ROW, which must be below the row count: its facts, what its log tells besides, and the
 /// comments. Parts that the document does not have, or that cannot be read, are left out.

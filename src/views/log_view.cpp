@@ -81,7 +81,7 @@ void LogView::addView(const LogViewSpec& spec) {
         view = new LogTableView(context_, spec_);
     views_.push_back({spec, view});
     const bool summary = spec.kind == LogViewKind::Summary;
-    const int place = tabs_->addTab(summary ? summary_ : view ? &view->widget() : new QWidget, toQt(spec.tab));
+    const int place = tabs_->addTab(summary ? summary_ : view ? &view->widget() : new QWidget, toQt(text(spec.tab)));
     if (!summary && !view) {
         tabs_->setTabEnabled(place, false);
         tabs_->setTabToolTip(place, tr("This is not available yet."));
