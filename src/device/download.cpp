@@ -132,6 +132,7 @@ std::optional<MergeResult> Download::run() {
     const auto outcome = context_.calls.get(Reporter::title(LoggerCommand::Download), [&](LockedLogger& logger) {
         auto logs = logger.readLogs(diagnostic ? LogMode::Diagnostic : LogMode::Ordinary);
         download.serialText = logger.status().serialText;
+        gaps_ = logger.status().gaps;
         download.time = logger.now();
         download.blocks = std::move(logs.value);
         if (logs.ok() && knowsAnomalousVehicles(logger.identity().value.productNumber)) {
@@ -215,10 +216,7 @@ std::optional<MergeResult> Download::merge(const KeptDownload& download, bool no
 void Download::settleLogger(const std::string& serialText, const MergeResult& result, bool kept, bool synchronize) {
     if (!result.unreadable.empty())
         return;
-    context_.calls.post([serialText](LockedLogger& logger) {
-        if (logger.status().serialText == serialText)
-            logger.noteLogsCurrent();
-    });
+    context_.calls.post([serialText, gaps = gaps_](LockedLogger& logger) { logger.noteLogsCurrent(serialText, gaps); });
     if (!kept || hooks_.times != Times::AsPersonSays)
         return;
     std::uint64_t refused = 0;

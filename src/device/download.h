@@ -64,6 +64,7 @@ private:
     RecoveryFolder& recoveries_;
     TextContext text_;
     Hooks hooks_;
+    std::uint32_t gaps_ = 0; ///< of the logger, when it was read
 };
 
 } // namespace quobrix

@@ -285,6 +285,11 @@ void LockedLogger::takeReading(int which) {
     }
 }
 
+void LockedLogger::noteLogsCurrent(const std::string& serialText, std::uint32_t gaps) {
+    if (status().serialText == serialText && status().gaps == gaps)
+        noteLogsCurrent();
+}
+
 void LockedLogger::noteLogsCurrent() {
     state().logsCurrent = true;
     state().logsReadTime = now();

@@ -153,8 +153,9 @@ public:
     /// Reads the logger's logs. A part of them that could not be parsed is no failure, but named in the value; the logs
     /// are then doubtful.
     Reply<RecordBlocks> readLogs(LogMode mode);
-    /// All that was read of the logs is in the document.
-    void noteLogsCurrent();
+    /// All that was read of the logs of SERIAL_TEXT, when there had been so many GAPS, is in the document. They are
+    /// current unless there has been another gap, in which something may have been recorded.
+    void noteLogsCurrent(const std::string& serialText, std::uint32_t gaps);
     /// It is not, or not any more.
     void noteLogsDoubtful() { state().logsCurrent = false; }
     /// Reads a log file that the library wrote. A PATH of more than 260 bytes, which the library cannot take, is
@@ -175,6 +176,7 @@ private:
         return link_.status_;
     }
     void noteProbe(ResultCode code);
+    void noteLogsCurrent();
     ResultCode changed(ResultCode code); // of a call that changes what a reading tells
 
     LoggerLink& link_;

@@ -77,6 +77,7 @@ struct LoggerStatus {
     bool configFlag = false;       ///< the option flag that came with the last configuration
     bool newerModel = false;       ///< the product number is none of the first family's
     bool logsCurrent = false;      ///< nothing is on the logger that has not been downloaded, for all we know
+    std::uint32_t gaps = 0;        ///< how often it was, or may have been, away or another one
     std::int64_t logsReadTime = 0; ///< when its logs were last read or cleared, computer time, s
 
     bool loggerPresent() const { return probe == QUOBRIX_OK; }

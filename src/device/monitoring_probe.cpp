@@ -79,8 +79,10 @@ bool MonitoringProbe::look(LockedLogger& logger, const std::function<bool()>& in
     const bool sameLogger = previous_ && previous_->serialNumber == now.serialNumber;
     // A download can take longer than the gap; the logger that it read was there all the while.
     const bool watched = sameLogger && now.time - std::max(previous_->time, status.logsReadTime) <= kLongestGap;
-    if (!watched)
+    if (!watched) {
         status.logsCurrent = false;
+        ++status.gaps;
+    }
     previous_ = now;
     seen_ = true;
     const bool stale = std::exchange(status.readingsStale, false);

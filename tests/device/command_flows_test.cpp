@@ -21,7 +21,11 @@ protected:
 
     FlowContext context(Prompter& prompter) { return {calls_, prompter, settings_, progress_, {}, document_}; }
     ClockFlow clock(Prompter& prompter) { return {context(prompter), {units_, zone_}}; }
-    void logsAreCurrent() { LockedLogger(link_).noteLogsCurrent(); }
+    void logsAreCurrent() {
+        LockedLogger logger(link_);
+        logger.probe();
+        logger.noteLogsCurrent("K-0042-B", logger.status().gaps);
+    }
     bool current() { return LockedLogger(link_).status().logsCurrent; }
     /// When the document says that the logger's memory was cleared; 0: never.
     std::int32_t cleared() {

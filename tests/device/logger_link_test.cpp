@@ -97,6 +97,7 @@ TEST_F(Link, NoVinModeAnswerMeansDisabled) {
 TEST_F(Link, DownloadNamesUnreadableLogs) {
     fake_.loggers["COM1"] = "K-0042-B";
     logger_.openPort("COM1");
+    logger_.probe();
     fake_.trips = {8, 0, 0, 0, 0, 0, 0, 0};
     fake_.stops = fake_.trips;
     const auto logs = logger_.readLogs(LogMode::Diagnostic);
@@ -125,7 +126,7 @@ TEST_F(Link, DownloadNamesUnreadableLogs) {
         fake_.results.clear();
         for (const std::string& function : c.failing)
             fake_.results[function] = -7;
-        logger_.noteLogsCurrent();
+        logger_.noteLogsCurrent("K-0042-B", 0);
         const auto read = logger_.readLogs(LogMode::Ordinary);
         ASSERT_TRUE(read.ok());
         std::string unreadable;

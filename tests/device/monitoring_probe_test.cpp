@@ -14,7 +14,7 @@ protected:
         logger_.openPort("COM1");
         probe_.run(logger_);
         logger_.readLogs(LogMode::Ordinary);
-        logger_.noteLogsCurrent();
+        logger_.noteLogsCurrent("K-0042-B", logger_.status().gaps);
     }
     bool logsCurrentAfter(std::int64_t seconds) {
         now_ += seconds;
@@ -43,6 +43,19 @@ TEST_F(Monitoring, AnotherLoggerMakesTheLogsDoubtful) {
     fake_.loggers["COM1"] = "K-0043-B";
     EXPECT_FALSE(logsCurrentAfter(1));
     EXPECT_EQ(logger_.status().serialNumber, 43);
+}
+
+TEST_F(Monitoring, WhatWasReadBeforeAGapIsNotCurrent) {
+    const auto current = [&](std::int64_t away, const char* serial) {
+        const std::uint32_t gaps = logger_.status().gaps;
+        logsCurrentAfter(away); // while a person thinks about a name
+        logger_.noteLogsCurrent(serial, gaps);
+        return logger_.status().logsCurrent;
+    };
+    EXPECT_FALSE(current(31, "K-0042-B"));
+    EXPECT_TRUE(current(30, "K-0042-B"));
+    logger_.noteLogsDoubtful();
+    EXPECT_FALSE(current(1, "K-0043-B"));
 }
 
 TEST_F(Monitoring, ALongDownloadCountsAsWatching) {
