@@ -12,6 +12,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <memory>
 #include <mutex>
 
 namespace quobrix::testing {
@@ -27,33 +28,39 @@ public:
             QWidget* modal = QApplication::activeModalWidget();
             if (look_ && modal && modal->objectName() == QLatin1String("LoggerWait"))
                 look_(*modal);
-            const std::lock_guard lock(mutex_);
-            ++turns_;
-            turned_.notify_all();
+            const std::lock_guard lock(state_->mutex);
+            ++state_->turns;
+            state_->turned.notify_all();
         });
         timer_.start(1);
-        fake.during = [this](const std::string& function) {
-            std::unique_lock lock(mutex_);
-            const int enough = turns_ + 3;
-            EXPECT_TRUE(turned_.wait_for(lock, std::chrono::seconds(20), [&] { return turns_ >= enough || over_; }))
+        fake.during = [state = state_](const std::string& function) {
+            std::unique_lock lock(state->mutex);
+            const int enough = state->turns + 3;
+            EXPECT_TRUE(state->turned.wait_for(lock, std::chrono::seconds(20),
+                                               [&] { return state->turns >= enough || state->over; }))
                 << "the window stands still during " << function;
         };
     }
     /// From now on calls take no time.
     void hurry() {
-        const std::lock_guard lock(mutex_);
-        over_ = true;
-        turned_.notify_all();
+        const std::lock_guard lock(state_->mutex);
+        state_->over = true;
+        state_->turned.notify_all();
     }
     ~SlowLoggerLibrary() { hurry(); }
 
 private:
+    /// Probes go on calling the library after this object has ended.
+    struct State {
+        std::mutex mutex;
+        std::condition_variable turned;
+        int turns = 0;
+        bool over = false;
+    };
+
     std::function<void(QWidget&)> look_;
     QTimer timer_;
-    std::mutex mutex_;
-    std::condition_variable turned_;
-    int turns_ = 0;
-    bool over_ = false;
+    std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
 } // namespace quobrix::testing
