@@ -278,6 +278,7 @@ TEST_F(Downloading, ClearsOnlyWhatIsInTheDocument) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         document_.newDocument();
+        recoveries_.emplace(folder_ / "kept"); // lets go of its files
         std::filesystem::remove_all(folder_ / "kept");
         fake_.trips = trips;
         fake_.results.clear();
