@@ -8,8 +8,6 @@
 #include "units/date_time.h"
 #include "units/time_zone.h"
 
-#include <fmt/format.h>
-
 #include <cstdlib>
 
 namespace quobrix {
@@ -153,7 +151,7 @@ std::optional<MergeResult> Download::run() {
         return {};
     const bool holdsSomething = !records.empty() || !records.refused.empty();
     const Result<void> kept = holdsSomething ? recoveries_.keep(download) : Result<void>();
-    std::optional<MergeResult> result = merge(download, wantsNew && records.empty());
+    std::optional<MergeResult> result = merge(download, records, holdsSomething && kept, wantsNew && records.empty());
     if (result) {
         if (!kept && hooks_.times == Times::AsPersonSays) // who is not asked saves it next
             context_.prompter.tell(makeMessage(MessageId::DownloadNotKept, utf8(recoveries_.path())));
@@ -162,12 +160,15 @@ std::optional<MergeResult> Download::run() {
     return result;
 }
 
-std::optional<MergeResult> Download::recover(const KeptDownload& download) { return merge(download, false); }
+std::optional<MergeResult> Download::recover(const KeptDownload& download) {
+    return merge(download, parseRecords(download.blocks), true, false);
+}
 
-/// NOTHING: there are no records, and so no document for them.
-std::optional<MergeResult> Download::merge(const KeptDownload& download, bool nothing) {
+/// RECORDS are those of DOWNLOAD. KEPT: it is what the recovery folder has got last. NOTHING: there are no records, and
+/// so no document for them.
+std::optional<MergeResult> Download::merge(const KeptDownload& download, const LogRecords& records, bool kept,
+                                           bool nothing) {
     TQuobrixDocument& document = context_.document;
-    const LogRecords records = parseRecords(download.blocks);
     const std::size_t objects = document.store().objectCount();
     bool tooLarge = false;
     Result<MergeResult> merged = MergeResult{{}, records.refused, records.unreadable, {}};
@@ -196,8 +197,9 @@ std::optional<MergeResult> Download::merge(const KeptDownload& download, bool no
         return {};
     }
     MergeResult& result = *merged;
-    recoveries_.merged(result.changed() && document.edits().canUndo() ? document.edits().lastStepDone()
-                                                                      : std::make_shared<const bool>(true));
+    if (kept)
+        recoveries_.merged(result.changed() && document.edits().canUndo() ? document.edits().lastStepDone()
+                                                                          : std::make_shared<const bool>(true));
     if (document.hasFile() && !document.modified()) // which holds it all
         recoveries_.documentSaved();
     // Of a download that brought nothing there is nothing to take back but the time, which is not shown. A new document

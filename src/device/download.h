@@ -56,7 +56,7 @@ private:
 
     bool wantsNewDocument();
     std::optional<Clock> checkClock();
-    std::optional<MergeResult> merge(const KeptDownload& download, bool wantsNew);
+    std::optional<MergeResult> merge(const KeptDownload& download, const LogRecords& records, bool kept, bool nothing);
     void settleLogger(const std::string& serialText, const MergeResult& result, bool kept, bool synchronize);
     void tell(const Error& error);
 

@@ -318,6 +318,14 @@ TEST_F(Downloading, IsKeptUntilASavedDocumentHoldsIt) {
     ASSERT_TRUE(document_.saveAs(folder_ / "A.car"));
     recoveries_->documentSaved();
     EXPECT_EQ(left(), 10u) << "that was without it";
+    {
+        const auto trips = std::exchange(fake_.trips, {}), troubles = std::exchange(fake_.troubles, {});
+        ASSERT_TRUE(download(silent)); // an empty logger, which says nothing of the download before
+        recoveries_->documentSaved();
+        EXPECT_EQ(left(), 10u);
+        fake_.trips = trips;
+        fake_.troubles = troubles;
+    }
     document_.edits().redo();
     ASSERT_TRUE(document_.save());
     recoveries_->documentSaved();
