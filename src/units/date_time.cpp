@@ -184,6 +184,11 @@ std::string timestampText(const DateTime& value) {
     return fmt::format("{:04}{:02}{:02}{:02}{:02}", value.year, value.month, value.day, value.hour, value.minute);
 }
 
+std::string logTimeText(const DateTime& value) {
+    return fmt::format("{:02}/{:02}/{:04} - {:02}:{:02} {}", value.month, value.day, value.year, twelveHour(value.hour),
+                       value.minute, halfOfDay(value.hour).english());
+}
+
 std::string_view durationText(std::int64_t seconds, std::span<char> buffer) {
     const auto magnitude = seconds < 0 ? 0 - static_cast<std::uint64_t>(seconds) : static_cast<std::uint64_t>(seconds);
     TextWriter text(buffer);

@@ -62,6 +62,7 @@ std::string shortDate(const DateTime& today);      ///< "3/4/2009", month first,
 std::string compactDate(const DateTime& today);    ///< "04March2009", fit for file names
 std::string currentTimeText(const DateTime& now);  ///< "03:04:05 PM"; midnight stays 00 here, on purpose
 std::string timestampText(const DateTime& value);  ///< "YYYYMMDDhhmm"
+std::string logTimeText(const DateTime& value);    ///< "03/04/2009 - 03:04 PM" in every language
 
 /// An elapsed time as HH:MM:SS; the hours may exceed 99.
 std::string durationText(std::int64_t seconds);

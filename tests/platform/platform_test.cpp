@@ -1,14 +1,18 @@
 #include "platform/dynamic_library.h"
 #include "platform/file_system.h"
+#include "platform/log_file.h"
 #include "platform/paths.h"
 #include "platform/rename_new.h"
 #include "support/forwarding_files.h"
 #include "support/make_link.h"
 #include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #if defined(_WIN32)
@@ -97,6 +101,9 @@ TEST_F(PlatformTest, PiecesAreWrittenOneBehindTheOther) {
 TEST_F(PlatformTest, ADiskThatIsFullInTheMiddleOfAWriteIsTold) {
     const Pieces pieces;
     const auto file = *openFile(folder_ / "a", FileMode::Create);
+    const LogFile log(folder_ / "a.log");
+    const std::string almostFull = std::string(499'990, 'x') + '\n';
+    putText(log.path(), almostFull);
     const auto before = std::signal(SIGXFSZ, SIG_IGN);
     rlimit limit{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
@@ -105,13 +112,59 @@ TEST_F(PlatformTest, ADiskThatIsFullInTheMiddleOfAWriteIsTold) {
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
     const auto gathered = file->gatherAt(0, pieces.views);
     const auto written = file->writeAt(0, pieces.whole);
+    const auto logged = log.append("more than nine bytes");
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     std::signal(SIGXFSZ, before);
     EXPECT_EQ(gathered.error().kind, ErrorKind::DiskFull);
     EXPECT_EQ(written.error().kind, ErrorKind::DiskFull);
     EXPECT_EQ(*file->size(), 500'000u);
+    EXPECT_EQ(logged.error().kind, ErrorKind::DiskFull);
+    EXPECT_TRUE(textOf(log.path()) == almostFull) << "no half lines";
 }
 #endif
+
+TEST_F(PlatformTest, ALogFileIsBegunAnewBeforeItGrowsTooLarge) {
+    const LogFile log(folder_ / "new folder" / "a.log", 20);
+    EXPECT_TRUE(log.append("one\r\n2\x1B[2J  three \xFF"));
+    EXPECT_EQ(textOf(log.path()), "one 2 [2J three \uFFFD\n") << "20 bytes";
+    EXPECT_TRUE(log.append("abc") && log.append("the second file"));
+    EXPECT_EQ(textOf(log.older()), "one 2 [2J three \uFFFD\n");
+    EXPECT_EQ(textOf(log.path()), "abc\nthe second file\n");
+    EXPECT_TRUE(log.append("the third file"));
+    EXPECT_EQ(textOf(log.older()), "abc\nthe second file\n");
+    EXPECT_EQ(textOf(log.path()), "the third file\n");
+    EXPECT_TRUE(log.append(std::string(LogFile::kLongestLine - 1, 'x') + "\u00E9"));
+    EXPECT_EQ(textOf(log.path()), std::string(LogFile::kLongestLine - 1, 'x') + "\u2026\n");
+    EXPECT_EQ(log.older().filename(), "a.old.log");
+
+    const LogFile cut(folder_ / "cut.log");
+    putText(cut.path(), "half a li");
+    EXPECT_TRUE(cut.append("next"));
+    EXPECT_EQ(textOf(cut.path()), "half a li\nnext\n");
+    EXPECT_FALSE(LogFile({}).append("nowhere") || LogFile(folder_).append("a folder"));
+}
+
+TEST_F(PlatformTest, ProgramsShareALogFile) {
+    constexpr int kLines = 200;
+    const auto write = [&](const char* line) {
+        const LogFile log(folder_ / "a.log", 3 * kLines);
+        for (int i = 0; i < kLines; ++i)
+            while (!log.append(line))
+                ; // InUse: the other one was quicker all the while
+    };
+    { const std::jthread first(write, "aa"), second(write, "bb"); }
+    const LogFile log(folder_ / "a.log");
+    EXPECT_EQ(textOf(log.older()).size(), 3u * kLines);
+    const std::string both = textOf(log.older()) + textOf(log.path());
+    const auto of = [&](const char* line) {
+        int count = 0;
+        for (std::size_t at = 0; at < both.size(); at += 3)
+            count += both.substr(at, 3) == line;
+        return count;
+    };
+    EXPECT_EQ(of("aa\n"), kLines);
+    EXPECT_EQ(of("bb\n"), kLines);
+}
 
 TEST_F(PlatformTest, IdentityIsOfTheFileNotOfItsName) {
     put(folder_ / "a", "1");

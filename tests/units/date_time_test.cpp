@@ -40,6 +40,7 @@ TEST(DateText, FixedForms) {
     EXPECT_EQ(currentTimeText({2009, 3, 4, 12, 0}), "12:00:00 PM");
     EXPECT_EQ(currentTimeText({2009, 3, 4, 23, 59, 59}), "11:59:59 PM");
     EXPECT_EQ(timestampText(kMarch), "200903041504");
+    EXPECT_EQ(logTimeText(kMarch), "03/04/2009 - 03:04 PM");
     EXPECT_EQ(monthName(9).english(), "Sep");
     EXPECT_TRUE(monthName(13).empty());
     EXPECT_EQ(weekdayName(weekday(kMarch)).english(), "Wednesday");
