@@ -63,8 +63,7 @@ struct Data {
     std::set<QString> words; ///< by themselves
 };
 
-/// The texts with words that no catalogue has seen, each with the first place
-/// where it stands.
+/// The texts with words that no catalogue has seen, each with the first place where it stands.
 std::set<std::string> untranslated(const test::SeenTexts& texts, Data data) {
     std::ranges::sort(data.values, std::greater(), &QString::size);
     static const QRegularExpression kWord(QStringLiteral("[A-Za-z]{2,}"));
@@ -107,8 +106,8 @@ protected:
     }
     ~LanguageTest() override { qApp->removeTranslator(&translator_); }
 
-    /// Everything that has been added to shown_ must have been looked up.
-    /// AT_LEAST so many texts show that there was something to see.
+    /// Everything that has been added to shown_ must have been looked up. AT_LEAST so many texts show that there was
+    /// something to see.
     void expectTranslated(std::size_t atLeast) {
         EXPECT_GE(shown_.size(), atLeast);
         for (const std::string& text : untranslated(shown_, data_))

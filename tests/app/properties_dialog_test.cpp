@@ -1,19 +1,13 @@
 #include "app/properties_dialog.h"
 
 #include "model/document_properties.h"
-#include "model/quobrix_document.h"
-#include "settings/settings.h"
-#include "support/sample_trip.h"
 #include "support/temporary_folder.h"
-#include "units/time_zone.h"
-#include "units/unit_system.h"
+#include "support/view_fixture.h"
 
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
@@ -22,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class PropertiesDialogTest : public ::testing::Test {
+class PropertiesDialogTest : public test::ViewTest {
 protected:
     std::string value(const char* key) {
         const auto all = documentProperties(document_, context_.text());
@@ -36,11 +30,6 @@ protected:
 
     test::TemporaryFolder folder_;
     const fs::path path_ = folder_ / "Doc.car";
-    Settings settings_{std::make_unique<MemorySettings>()};
-    TQuobrixDocument document_;
-    TUnitSystem units_;
-    TimeZone zone_;
-    ViewContext context_{document_, settings_, units_, zone_};
 };
 
 TEST_F(PropertiesDialogTest, TellsWhatIsInTheDocumentAndWhereItLies) {

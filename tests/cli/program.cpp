@@ -1,16 +1,8 @@
 #include "cli/program.h"
 
 #include <atomic>
-#include <fstream>
-#include <sstream>
 
 namespace quobrix::test {
-
-std::string contentOf(const std::filesystem::path& file) {
-    std::ostringstream text;
-    text << std::ifstream(file, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 std::pair<std::filesystem::path, std::filesystem::path> outputFiles(const std::filesystem::path& folder) {
     static std::atomic<int> number = 0;

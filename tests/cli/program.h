@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/text_file.h"
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -41,7 +43,5 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
 
 /// Names for what a program writes to its standard output and error, other ones each time.
 std::pair<std::filesystem::path, std::filesystem::path> outputFiles(const std::filesystem::path& folder);
-
-std::string contentOf(const std::filesystem::path& file);
 
 } // namespace quobrix::test

@@ -47,7 +47,7 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
         break;
     }
     const int status = std::system(("exec bash -c " + shellText(command)).c_str());
-    Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(out), contentOf(error)};
+    Outcome outcome{WIFEXITED(status) ? WEXITSTATUS(status) : -1, textOf(out), textOf(error)};
     std::filesystem::remove(out);
     std::filesystem::remove(error);
     return outcome;

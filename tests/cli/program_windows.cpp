@@ -111,7 +111,7 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
     GetExitCodeProcess(process.hProcess, &code);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
-    Outcome outcome{static_cast<int>(code), contentOf(out), contentOf(error)};
+    Outcome outcome{static_cast<int>(code), textOf(out), textOf(error)};
     for (const std::filesystem::path& output : {out, error})
         removeOutput(output);
     return outcome;

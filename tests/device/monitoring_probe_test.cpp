@@ -118,11 +118,5 @@ TEST_F(Monitoring, AClosedPortIsOpenedAgain) {
     EXPECT_EQ(fake_.openPort, "COM2") << "before the first scan there is nothing to open";
 }
 
-TEST_F(Monitoring, StopsBetweenTwoCallsWhenInterrupted) {
-    fake_.calls.clear();
-    EXPECT_FALSE(probe_.run(logger_, [] { return true; }));
-    EXPECT_EQ(fake_.calls, std::vector<std::string>{"GetSerialNumberAndTime"});
-}
-
 } // namespace
 } // namespace quobrix::testing

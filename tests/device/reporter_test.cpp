@@ -52,20 +52,5 @@ TEST_F(Reporting, AFailureIsToldWithItsReason) {
     EXPECT_TRUE(progress_.notes.empty());
 }
 
-TEST_F(Reporting, ADownloadResultOfTwoIsSilent) {
-    ScriptedPrompter silent;
-    EXPECT_FALSE(Reporter(calls_, silent, progress_).report(LoggerCommand::Download, {QUOBRIX_NOT_REPORTED, "", ""}));
-}
-
-TEST_F(Reporting, DescribesWhileTheLockIsHeld) {
-    LockedLogger(link_).openPort("COM1");
-    fake_.results["SetTime"] = -5;
-    ScriptedPrompter prompter{{MessageId::UnexpectedError}};
-    Reporter reporter(calls_, prompter, progress_);
-    EXPECT_FALSE(reporter.run(LoggerCommand::SetClock, [](LockedLogger& logger) { return logger.setTime(5); }));
-    EXPECT_NE(prompter.shown[0].find("error (error -5)"), std::string::npos);
-    EXPECT_EQ(fake_.count("SetTime 5"), 1);
-}
-
 } // namespace
 } // namespace quobrix::testing

@@ -1,10 +1,11 @@
-/// Edits, deleted trips and downloads, undone and redone over any sequence of these, of saving and of opening again.
+/// Edits of every kind and downloads, undone and redone over any sequence of these, of saving and of opening again.
 #include "device/merge.h"
 
 #include "repair/document_check.h"
 #include "support/allocation_counter.h"
 #include "support/document_streams.h"
 #include "support/temporary_folder.h"
+#include "tables/tabbed_text.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
@@ -112,26 +113,61 @@ protected:
                                      .speedSamples = {20, 10, 0}});
         static_cast<void>(mergeRecords(records, document_));
     }
+    static std::string typed(std::mt19937& random) {
+        constexpr const char* kTexts[] = {
+            "",    "7",    "12", "x", "K-0077-C", "Joe", "1GTEK19T23E999999", "50", "Zoë ", "30 kph", "Battery Voltage",
+            "1e3", "a\nb", "-1"};
+        return random() % 3 ? kTexts[random() % std::size(kTexts)] : std::to_string(random() % 1000);
+    }
+    /// A download, or an edit of any kind in any table that has something to edit. Many are refused.
     void edit(std::mt19937& random) {
-        const TTripLogTable& trips = document_.trips();
-        const RowIndex rows = trips.rowCount();
-        switch (random() % 4) {
-        case 0:
+        const auto below = [&](std::size_t limit) { return random() % limit; };
+        if (below(4) == 0)
             return download(random);
-        case 1:
-            if (rows > 0)
-                edits().type(trips.id(), trips.indexOf("TTripLogCommentsColumn"), random() % rows,
-                             std::to_string(random() % 3), context_);
+        ObjectStore& store = document_.store();
+        const Table* const tables[] = {&document_.trips(),
+                                       &document_.trips(),
+                                       &document_.troubles(),
+                                       &document_.vehicles(),
+                                       &document_.loggers(),
+                                       &document_.drivers(),
+                                       &store.singleton<TCurrentSpeedBandsTable>(),
+                                       &store.singleton<TCurrentParametersTable>()};
+        const Table& table = *tables[below(std::size(tables))];
+        const ObjectId id = table.id();
+        const RowIndex row = below(table.rowCount() + 2);
+        std::size_t column = 0;
+        do
+            column = below(table.columnCount());
+        while (!table.column(column).editable());
+        switch (below(7)) {
+        case 0:
+            edits().insertRows(id, row, 1 + below(3));
             return;
+        case 1:
         case 2:
-            if (const RowIndex vehicle = document_.vehicles().rowCount(); random() % 2)
-                edits().insertRows(document_.vehicles().id(), random() % (vehicle + 1));
-            else if (vehicle > 0)
-                edits().removeRows(document_.vehicles().id(), {random() % vehicle});
+            edits().removeRows(id, {row, below(table.rowCount() + 1)});
+            return;
+        case 3:
+            edits().fill(id, {{column}}, std::vector<RowIndex>{row, row / 2}, typed(random), context_, "fill");
+            return;
+        case 4: {
+            TabbedText block(2);
+            for (std::size_t i = 2 * (1 + below(3)); i > 0; --i)
+                block.add(typed(random));
+            edits().paste(id, std::vector<std::size_t>{column, (column + 1) % table.columnCount()},
+                          std::vector<RowIndex>{row}, block, context_);
+            return;
+        }
+        case 5:
+            edits().group("a group", [&] {
+                edits().insertRows(id, row);
+                edits().type(id, column, row, typed(random), context_);
+                return edits().type(id, column, row / 2, typed(random), context_);
+            });
             return;
         default:
-            if (rows > 0)
-                edits().removeRows(trips.id(), {random() % rows, random() % rows});
+            edits().type(id, column, row, typed(random), context_);
         }
     }
     void step(std::mt19937& random, bool mayFail) {
@@ -154,6 +190,10 @@ protected:
             }
             return;
         case 5:
+            if (document_.modified() && random() % 3 == 0) {
+                ASSERT_FALSE(document_.save({.runDisk = [](const DiskWork&) { return Error{ErrorKind::Io, {}}; }}));
+                ASSERT_EQ(difference(image(now), now), "");
+            }
             ASSERT_TRUE(document_.save());
             ASSERT_EQ(difference(imageOf(test::streamsOf(path_)), now), "");
             ASSERT_FALSE(document_.doubt()) << *document_.doubt();
@@ -207,6 +247,8 @@ TEST_F(UndoneAndRedone, AnySequenceLeadsBack) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
         document_.newDocument();
+        document_.store().singleton<TCurrentSpeedBandsTable>().insertRows(0, 4);
+        document_.store().singleton<TCurrentParametersTable>().insertRows(0, 5);
         std::filesystem::remove(path_);
         ASSERT_TRUE(document_.saveAs(path_));
         images_ = {image()};

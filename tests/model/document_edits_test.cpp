@@ -9,23 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <random>
-
 namespace quobrix::test {
 namespace {
-
-using Contents = std::map<ObjectId, Bytes>;
-
-Contents contentsOf(TQuobrixDocument& document) {
-    Contents streams;
-    for (const PersistentObject* object : document.store().loadedObjects()) {
-        ByteWriter out;
-        object->write(out);
-        streams[object->id()] = out.take();
-    }
-    return streams;
-}
 
 class DocumentEdits : public ::testing::Test {
 protected:
@@ -60,104 +45,6 @@ TEST_F(DocumentEdits, TheExampleRefusesEveryEditAndSaysWhy) {
     EXPECT_EQ(document_.trips().column<TTripLogCommentsColumn>().at(0), "mine");
     ASSERT_TRUE(document_.saveAs(folder / "My own.car"));
     EXPECT_TRUE(type(document_.trips(), "TTripLogCommentsColumn", 0, "other").ok());
-}
-
-/// Edits of all kinds, at random, in all tables that have anything to edit. Many are refused.
-class RandomEdits {
-public:
-    RandomEdits(TQuobrixDocument& document, const TextContext& context, std::uint32_t seed)
-        : document_(document), context_(context), random_(seed) {
-        for (PersistentObject* object : document.store().loadedObjects())
-            if (const auto* table = dynamic_cast<const Table*>(object))
-                for (std::size_t i = 0; i < table->columnCount(); ++i)
-                    if (table->column(i).editable() && !(tables_.size() && tables_.back() == table))
-                        tables_.push_back(table);
-    }
-
-    void one() {
-        TableEdits& edits = document_.edits();
-        const Table& table = *tables_[below(tables_.size())];
-        const ObjectId id = table.id();
-        const RowIndex row = below(table.rowCount() + 2);
-        const std::size_t column = editableColumn(table);
-        switch (below(8)) {
-        case 0:
-            edits.insertRows(id, row, 1 + below(3));
-            break;
-        case 1:
-            edits.removeRows(id, {row, below(table.rowCount() + 1)});
-            break;
-        case 2:
-            edits.fill(id, {{column}}, std::vector<RowIndex>{row, row / 2}, text(), context_, "fill");
-            break;
-        case 3: {
-            TabbedText block(2);
-            for (std::size_t i = 2 * (1 + below(3)); i > 0; --i)
-                block.add(text());
-            edits.paste(id, std::vector<std::size_t>{column, (column + 1) % table.columnCount()},
-                        std::vector<RowIndex>{row}, block, context_);
-            break;
-        }
-        case 4:
-            edits.group("a group", [&] {
-                edits.insertRows(id, row);
-                edits.type(id, column, row, text(), context_);
-                return edits.type(id, column, row / 2, text(), context_);
-            });
-            break;
-        case 5:
-            below(2) ? edits.undo() : edits.redo();
-            break;
-        default:
-            edits.type(id, column, row, text(), context_);
-        }
-    }
-    std::size_t tables() const { return tables_.size(); }
-
-private:
-    std::size_t below(std::size_t limit) { return random_() % limit; }
-    std::string text() {
-        static const char* const texts[] = {
-            "",    "7",    "12", "x", "K-0077-C", "Joe", "1GTEK19T23E999999", "50", "Zoë ", "30 kph", "Battery Voltage",
-            "1e3", "a\nb", "-1"};
-        return below(3) ? texts[below(std::size(texts))] : std::to_string(random_() % 1000);
-    }
-    std::size_t editableColumn(const Table& table) {
-        std::size_t column = 0;
-        do
-            column = below(table.columnCount());
-        while (!table.column(column).editable());
-        return column;
-    }
-
-    TQuobrixDocument& document_;
-    TextContext context_;
-    std::mt19937 random_;
-    std::vector<const Table*> tables_;
-};
-
-TEST_F(DocumentEdits, UndoAndRedoRestoreTheBytes) {
-    const Contents before = contentsOf(document_);
-    for (std::uint32_t seed = 0; seed < 20; ++seed) {
-        RandomEdits random(document_, context_, seed);
-        ASSERT_EQ(random.tables(), 8u);
-        for (int i = 0; i < 200; ++i)
-            random.one();
-        while (edits().canRedo())
-            edits().redo();
-        ASSERT_TRUE(edits().canUndo());
-        const Contents after = contentsOf(document_);
-        ASSERT_NE(before, after);
-        while (edits().canUndo())
-            edits().undo();
-        ASSERT_EQ(before, contentsOf(document_)) << seed;
-        while (edits().canRedo())
-            edits().redo();
-        ASSERT_EQ(after, contentsOf(document_)) << seed;
-        while (edits().canUndo())
-            edits().undo();
-        edits().clear();
-    }
 }
 
 TEST_F(DocumentEdits, WhatIsUndoneNeedsNoSaving) {

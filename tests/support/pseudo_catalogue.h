@@ -6,10 +6,9 @@
 
 namespace quobrix::testing {
 
-/// A language in which every text is the English one with each line in
-/// brackets, so that what is shown without them has not been looked up. What
-/// follows a tab (a shortcut) stays. With bare places, those for arguments
-/// stand outside, so that an argument must have been looked up by itself.
+/// A language in which every text is the English one with each line in brackets, so that what is shown without them has
+/// not been looked up. What follows a tab (a shortcut) stays. With bare places, those for arguments stand outside, so
+/// that an argument must have been looked up by itself.
 class PseudoCatalogue final : public Catalogue {
 public:
     enum class Places { Bracketed, Bare };
@@ -32,8 +31,7 @@ public:
     }
 
 private:
-    /// Of the place that TEXT begins with ("{}", "{0}", "%1"); 0 if it begins
-    /// with none.
+    /// Of the place that TEXT begins with ("{}", "{0}", "%1"); 0 if it begins with none.
     static std::size_t placeLength(std::string_view text) {
         const auto isDigit = [&](std::size_t i) { return i < text.size() && text[i] >= '0' && text[i] <= '9'; };
         if (text.starts_with("{}") || (text.starts_with('%') && isDigit(1)))

@@ -4,20 +4,15 @@
 #include "drawing/text_measure.h"
 #include "report/report.h"
 
-#include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAction>
 #include <QComboBox>
-#include <QCommandLinkButton>
-#include <QGroupBox>
 #include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QPlainTextEdit>
+#include <QMetaProperty>
 #include <QTabBar>
 
 #include <algorithm>
+#include <string_view>
 
 namespace quobrix::test {
 namespace {
@@ -41,23 +36,14 @@ void add(SeenTexts& all, const QString& where, std::initializer_list<QString> te
 
 void addOwn(SeenTexts& all, QWidget& widget) {
     const QString where = nameOf(widget);
-    add(all, where,
-        {widget.windowTitle(), widget.toolTip(), widget.statusTip(), widget.whatsThis(), widget.accessibleName(),
-         widget.accessibleDescription()});
-    if (const auto* label = qobject_cast<const QLabel*>(&widget))
-        add(all, where, {label->text()});
-    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
-        add(all, where, {button->text()});
-    if (const auto* link = qobject_cast<const QCommandLinkButton*>(&widget))
-        add(all, where, {link->description()});
-    if (const auto* group = qobject_cast<const QGroupBox*>(&widget))
-        add(all, where, {group->title()});
-    if (const auto* line = qobject_cast<const QLineEdit*>(&widget))
-        add(all, where, {line->text(), line->placeholderText()});
-    if (const auto* text = qobject_cast<const QPlainTextEdit*>(&widget))
-        add(all, where, {text->toPlainText()});
-    if (const auto* menu = qobject_cast<const QMenu*>(&widget))
-        add(all, where, {menu->title()});
+    constexpr std::string_view kNotShown[] = {"objectName", "styleSheet", "inputMask", "windowFilePath",
+                                              "windowIconText"};
+    const QMetaObject& type = *widget.metaObject();
+    for (int i = 0; i < type.propertyCount(); ++i)
+        if (const QMetaProperty property = type.property(i);
+            property.metaType().id() == QMetaType::QString &&
+            std::ranges::find(kNotShown, property.name()) == std::end(kNotShown))
+            add(all, where, {property.read(&widget).toString()});
     if (const auto* tabs = qobject_cast<const QTabBar*>(&widget))
         for (int i = 0; i < tabs->count(); ++i)
             add(all, where, {tabs->tabText(i), tabs->tabToolTip(i)});

@@ -16,7 +16,7 @@ protected:
         return cli(options);
     }
     void edit(const std::string& old, const std::string& now) {
-        std::string text = contentOf(folder_ / "kept.txt");
+        std::string text = textOf(folder_ / "kept.txt");
         text.replace(text.find(old), old.size(), now);
         std::ofstream(folder_ / "kept.txt", std::ios::binary) << text;
     }
@@ -25,7 +25,7 @@ protected:
 TEST_F(Configure, KeptEditedAndSet) {
     const std::string before = configure({}).out;
     ASSERT_EQ(configure({"--save", "kept.txt"}).exitCode, 0);
-    EXPECT_EQ(contentOf(folder_ / "kept.txt"), before);
+    EXPECT_EQ(textOf(folder_ / "kept.txt"), before);
     EXPECT_EQ(configure({"--save", "kept.txt"}).exitCode, 1);
     EXPECT_EQ(configure({"--save", "kept.txt", "--force"}).exitCode, 0);
 
@@ -34,11 +34,11 @@ TEST_F(Configure, KeptEditedAndSet) {
     const Outcome set = configure({"--load", "kept.txt"});
     EXPECT_EQ(set.exitCode, 0) << set.error;
     EXPECT_EQ(set.out, "K-0042-B has its new configuration.\n");
-    EXPECT_EQ(configure({}).out, contentOf(folder_ / "kept.txt"));
+    EXPECT_EQ(configure({}).out, textOf(folder_ / "kept.txt"));
 
     EXPECT_EQ(configure({"--defaults"}).exitCode, 0); // of the speed bands and thresholds only
     edit("Speed Band 1 = 30.5", "Speed Band 1 = 45");
-    EXPECT_EQ(configure({}).out, contentOf(folder_ / "kept.txt"));
+    EXPECT_EQ(configure({}).out, textOf(folder_ / "kept.txt"));
 }
 
 TEST_F(Configure, RefusedOrFailedChangesNothing) {

@@ -38,7 +38,7 @@ TEST_F(Failures, AFullDisk) {
 #ifdef _WIN32
     GTEST_SKIP() << "Windows sets no limit to the size of a program's files, and a test has no disk of its own to fill";
 #endif
-    const std::string before = contentOf(folder_ / "Doc.car");
+    const std::string before = textOf(folder_ / "Doc.car");
     const Streams streams = streamsOf(folder_ / "Doc.car");
     // The largest file that the system allows, in blocks of 512 bytes, stands for the space on the disk. The logger's
     // memory must fit.
@@ -51,7 +51,7 @@ TEST_F(Failures, AFullDisk) {
         };
         expectOneLine(onFullDisk("Doc.car"), "cannot be saved because the disk is full");
         // What was written behind the old content belongs to nothing, and is where the next save begins.
-        EXPECT_TRUE(contentOf(folder_ / "Doc.car").starts_with(before));
+        EXPECT_TRUE(textOf(folder_ / "Doc.car").starts_with(before));
         EXPECT_TRUE(streamsOf(folder_ / "Doc.car") == streams);
         EXPECT_EQ(cli({"check", "Doc.car"}).exitCode, 0);
 
@@ -69,7 +69,7 @@ TEST_F(Failures, NoPermission) {
         fs::permissions(entry.path(), fs::perms::all);
     fs::create_directory(folder_ / "Locked");
     fs::rename(folder_ / "Doc.car", folder_ / "Locked" / "Doc.car");
-    const std::string before = contentOf(folder_ / "Locked" / "Doc.car");
+    const std::string before = textOf(folder_ / "Locked" / "Doc.car");
     fs::permissions(folder_ / "Locked" / "Doc.car", fs::perms(0444));
     fs::permissions(folder_ / "Locked", fs::perms(0555));
     const auto denied = [&](const Arguments& arguments) {
@@ -91,7 +91,7 @@ TEST_F(Failures, NoPermission) {
         expectOneLine(denied(into("Locked/New.car")),
                       "Locked/New.car cannot be saved because you do not have permission");
 #endif
-        EXPECT_EQ(contentOf(folder_ / "Locked" / "Doc.car"), before);
+        EXPECT_EQ(textOf(folder_ / "Locked" / "Doc.car"), before);
         EXPECT_FALSE(fs::exists(folder_ / "Locked" / "New.car"));
     }
     fs::permissions(folder_ / "Locked", fs::perms::all);
@@ -100,7 +100,7 @@ TEST_F(Failures, NoPermission) {
 }
 
 TEST_F(Failures, NoLibrary) {
-    const std::string before = contentOf(folder_ / "Doc.car");
+    const std::string before = textOf(folder_ / "Doc.car");
     std::ofstream(folder_ / "text.so") << "no library";
     for (const std::string library : {"nowhere/libQuobrix.so", "text.so"}) {
         const std::string path = (folder_ / library).string();
@@ -111,7 +111,7 @@ TEST_F(Failures, NoLibrary) {
         expectOneLine(withIt(into("New.car")), "The logger library " + path);
         EXPECT_EQ(withIt({"list", "trips", "Doc.car"}).exitCode, 0);
     }
-    EXPECT_TRUE(contentOf(folder_ / "Doc.car") == before);
+    EXPECT_TRUE(textOf(folder_ / "Doc.car") == before);
     EXPECT_FALSE(fs::exists(folder_ / "New.car"));
 }
 

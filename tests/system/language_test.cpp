@@ -145,7 +145,7 @@ TEST_F(Language, OfALogger) {
     expectTranslated({"download", "--port", "COM3", "--into", "New.car"}, 0);
     expectTranslated({"download", "--port", "COM3", "--into", "New.car"}, 0);
     ASSERT_EQ(spoken({"configure", "--port", "COM3", "--save", "kept.txt"}).exitCode, 0);
-    EXPECT_EQ(contentOf(folder_ / "kept.txt"), cli({"configure", "--port", "COM3"}).out) << "files are in no language";
+    EXPECT_EQ(textOf(folder_ / "kept.txt"), cli({"configure", "--port", "COM3"}).out) << "files are in no language";
     expectTranslated({"configure", "--port", "COM3", "--save", "kept.txt"}, 1);
     expectTranslated({"configure", "--port", "COM3", "--load", "kept.txt"}, 0);
     std::ofstream(folder_ / "kept.txt") << "Notes\n";

@@ -6,6 +6,7 @@
 #include "system/programs.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <fstream>
 
@@ -33,7 +34,7 @@ protected:
         const Outcome downloaded = download("Drive.car");
         ASSERT_EQ(downloaded.exitCode, 0) << downloaded.error;
 
-        const ExpectedTrip expected{DriveSheet(contentOf(path))};
+        const ExpectedTrip expected{DriveSheet(textOf(path))};
         const std::vector<JsonRecord> trips = listed("trips");
         ASSERT_EQ(trips.size(), 1u);
         const auto number = [&](const std::string& key) { return std::get<double>(trips[0].at(key)); };
@@ -42,15 +43,28 @@ protected:
         EXPECT_NEAR(number("TTripLogMaximumSpeedColumn"), std::ranges::max(expected.speeds) / 3.6, 1e-12);
         EXPECT_EQ(number("TTripLogDurationColumn"), static_cast<double>(expected.speeds.size() - 1));
         EXPECT_EQ(number("TTripLogTimeInTopSpeedBandColumn"), expected.bands[3]);
-        const std::pair<const char*, const ExpectedTrip::Times*> events[] = {
-            {"TTripLogHardBrakesColumn", &expected.hardBrakes},
-            {"TTripLogPanicBrakesColumn", &expected.extremeBrakes},
-            {"TTripLogHardAccelerationsColumn", &expected.hardAccelerations},
-            {"TTripLogPanicAccelerationsColumn", &expected.extremeAccelerations},
-        };
-        for (const auto& [key, times] : events)
-            EXPECT_EQ(number(key), static_cast<double>(times->size())) << key;
-        EXPECT_EQ(listed("accidents").size(), expected.stops.size());
+        {
+            TQuobrixDocument document;
+            ASSERT_TRUE(document.open(folder_ / "Drive.car", TDocument::Access::Read));
+            const TTripLogTable& trip = document.trips();
+            const auto expectOwned = [](const auto& column, const auto& values) {
+                EXPECT_TRUE(std::ranges::equal(column.object(0)->values(), values)) << column.spec().key;
+            };
+            expectOwned(trip.column<TTripLogHardBrakeTimesColumnColumn>(), expected.hardBrakes);
+            expectOwned(trip.column<TTripLogPanicBrakeTimesColumnColumn>(), expected.extremeBrakes);
+            expectOwned(trip.column<TTripLogHardAccelerationTimesColumnColumn>(), expected.hardAccelerations);
+            expectOwned(trip.column<TTripLogPanicAccelerationTimesColumnColumn>(), expected.extremeAccelerations);
+            expectOwned(
+                trip.column<TTripLogTimePerSpeedBandColumnColumn>(),
+                std::array{expected.idle, expected.bands[0], expected.bands[1], expected.bands[2], expected.bands[3]});
+            const auto& samples = *trip.column<TTripLogSampleTableColumn>().object(0);
+            EXPECT_TRUE(std::ranges::equal(samples.speed().values(), expected.speeds));
+            std::vector<double> standstills;
+            for (const JsonRecord& stop : listed("accidents"))
+                standstills.push_back(std::get<double>(stop.at("TAccidentLogTableTimestampColumn")) - 1709280000);
+            std::ranges::sort(standstills);
+            EXPECT_TRUE(std::ranges::equal(standstills, expected.stops));
+        }
         const std::size_t stops = expected.stops.size();
         const std::string records = "1 trip" + (stops == 0   ? std::string()
                                                 : stops == 1 ? ", 1 severe stop"
@@ -59,7 +73,7 @@ protected:
         EXPECT_EQ(download("Drive.car").out, "Nothing new. Already present: " + records + ".\n");
 
         // Downloaded in the middle of the drive and again at its end it is one trip.
-        const std::string whole = contentOf(path);
+        const std::string whole = textOf(path);
         std::ofstream(folder_ / "half.csv", std::ios::binary)
             << whole.substr(0, whole.find('\n', whole.find('\n') + whole.size() / 2) + 1);
         ASSERT_EQ(sim({"attach", "COM4", "--serial", "K-0042-B"}).exitCode, 0);
@@ -84,6 +98,7 @@ TEST_F(MainJob, MadeUpDrivesComeOutAsComputed) {
     // Gaps hold the last speed; whole seconds between the readings; the end within a second.
     compareText("gaps.csv", "seconds,engine_rpm,speed_kmh\n0,700,0\n0.4,,9.5\n1.0,900,20.5\n7.25,,61\n30,2500,61.49\n"
                             "45.5,2600,58\n61,,30\n61.9,800,4\n70.7,700,0\n");
+    compareText("ticks.csv", "seconds,speed_kmh\n0,0\n0.4,9.5\n0.999,10.49\n1.0,20.5\n5.5,300e-1\n9.99,254.6\n");
     // Both sides of every limit of the speed bands.
     compareText("bands.csv",
                 steadyDrive({0, 0, 36, 72, 73, 96, 97, 112, 113, 118, 112, 130, 125, 113, 96, 72, 50, 30}));

@@ -46,24 +46,5 @@ TEST_F(Together, TwoDownloadsIntoOneNewFile) {
     }
 }
 
-TEST_F(Together, PrivateFilesStayPrivate) {
-#ifdef _WIN32
-    GTEST_SKIP() << "Windows has no file modes and no umask: a new file inherits the access list of its folder";
-#endif
-    attachHistory("COM3", "K-0042-B", 6);
-    ASSERT_EQ(download("Doc.car").exitCode, 0);
-    constexpr auto kPrivate = fs::perms::owner_read | fs::perms::owner_write;
-    fs::permissions(folder_ / "Doc.car", kPrivate);
-    const auto openly = [&](const Arguments& arguments) {
-        return cliUnder("/bin/sh", {"-c", "umask 0; exec \"$0\" \"$@\""}, arguments);
-    };
-    const Arguments repair = {"check", "--repair", "Doc.car", "--into", "New.car"};
-    ASSERT_EQ(openly(repair).exitCode, 0);
-    EXPECT_EQ(fs::status(folder_ / "New.car").permissions(), kPrivate);
-    EXPECT_EQ(openly(repair).exitCode, 1) << "it exists";
-    ASSERT_EQ(openly({"compact", "Doc.car"}).exitCode, 0);
-    EXPECT_EQ(fs::status(folder_ / "Doc.car").permissions(), kPrivate);
-}
-
 } // namespace
 } // namespace quobrix
