@@ -47,8 +47,8 @@ function(quobrix_all_below out)
     set(${out} ${all} PARENT_SCOPE)
 endfunction()
 
-# quobrix_test_program(NAME SOURCES … DEPENDS …): a program of tests/, which sees what the libraries it names are built on,
-# too, and all of tests/ as "support/…".
+# quobrix_test_program(NAME SOURCES … DEPENDS …): a program of tests/ or bench/, which sees what the libraries it names are
+# built on, too, and all of tests/ as "support/…".
 function(quobrix_test_program name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})

@@ -8,7 +8,6 @@
 #include "model/quobrix_document.h"
 #include "platform/paths.h"
 #include "settings/settings.h"
-#include "support/sample_trip.h"
 #include "units/time_zone.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
@@ -77,8 +76,10 @@ private:
             const std::vector<std::string> vin{kGarage[i][0]};
             document_.vehicles().addMissing(vin);
             document_.vehicles().nameAll(vin, kGarage[i][1]);
-            if (i < 3)
-                document_.trips().column<TTripLogVinColumn>().set(test::addTrip(document_, 1'700'000'000), vin[0]);
+            if (i < 3) {
+                document_.trips().insertRows(i, 1);
+                document_.trips().column<TTripLogVinColumn>().set(i, vin[0]);
+            }
         }
     }
 
