@@ -130,16 +130,21 @@ TEST_F(MainJob, SavedAgainItIsTheSame) {
 }
 
 TEST_F(MainJob, RealDrivesComeOutAsComputed) {
-    const char* const folder = std::getenv("QUOBRIX_DRIVES");
-    if (folder == nullptr || !std::filesystem::is_directory(folder))
+    const char* const given = std::getenv("QUOBRIX_DRIVES");
+    const std::filesystem::path folder = std::string(QUOBRIX_ROOT) + (given ? given : "");
+    if (!given || !std::filesystem::is_directory(folder))
         GTEST_SKIP() << "QUOBRIX_DRIVES names no folder of drives";
-    int drives = 0;
+    std::vector<std::filesystem::path> drives;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
-        if (entry.path().extension() == ".csv") {
-            ++drives;
-            compare(std::filesystem::absolute(entry.path()));
-        }
-    EXPECT_GT(drives, 0);
+        if (entry.path().extension() == ".csv")
+            drives.push_back(std::filesystem::absolute(entry.path()));
+    ASSERT_FALSE(drives.empty());
+#ifdef _WIN32 // for which Wine takes a second to start a program; the shortest one does
+    std::ranges::nth_element(drives, drives.begin(), {}, [](const auto& drive) { return file_size(drive); });
+    drives.resize(1);
+#endif
+    for (const std::filesystem::path& drive : drives)
+        compare(drive);
 }
 
 } // namespace
