@@ -398,7 +398,7 @@ Result<std::unique_ptr<CompoundFile>> CompoundFile::create(std::unique_ptr<File>
     if (!size)
         return size.error();
     if (*size != 0)
-        return Error{ErrorKind::Io, text(TextId::ANewCompoundFileNeedsAn)};
+        return Error{ErrorKind::Io, text(TextId::NewFileMustBeEmpty)};
     return std::unique_ptr<CompoundFile>(std::make_unique<cfb::CompoundFileEngine>(std::move(file)));
 }
 

@@ -296,7 +296,7 @@ Result<void> TDocument::unchangedOnDisk() const {
         return now.error();
     if (now && *now == state_.snapshot)
         return {};
-    return Error{ErrorKind::Changed, text(TextId::IsNoLongerTheFileThat, utf8(state_.path))};
+    return Error{ErrorKind::Changed, text(TextId::NoLongerTheOpenedFile, utf8(state_.path))};
 }
 
 } // namespace quobrix

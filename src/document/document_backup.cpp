@@ -120,7 +120,7 @@ Result<ReplacementFile> TDocument::makeBackup(const fs::path& target, const fs::
 Result<void> TDocument::checkSpace(const fs::path& target, std::uint64_t bytes) const {
     if (files_.freeSpace(target.parent_path()) >= bytes)
         return {};
-    return Error{ErrorKind::DiskFull, text(TextId::ThereIsNoSpaceForA, bytes)};
+    return Error{ErrorKind::DiskFull, text(TextId::NoSpaceForCopy, bytes)};
 }
 
 } // namespace quobrix

@@ -35,7 +35,7 @@ Result<void> checkSame(const CompoundFile& a, const CompoundFile& b, const DiskP
         const Result<Bytes> original = a.read(names[i]), copy = b.read(names[i]);
         same = original && copy && *original == *copy;
     }
-    return same ? Result<void>() : Error{ErrorKind::Io, text(TextId::TheCompactCopyDiffersFromIts)};
+    return same ? Result<void>() : Error{ErrorKind::Io, text(TextId::CompactCopyDiffers)};
 }
 
 /// Every stream of FROM that can be read, but for those in EXCEPT.
@@ -142,7 +142,7 @@ Result<void> TDocument::overwrite(const SaveOptions& options) {
     if (!whole)
         return whole.error();
     if (!*whole)
-        return Error{ErrorKind::Changed, text(TextId::AnotherProgramHasChangedItAnd)};
+        return Error{ErrorKind::Changed, text(TextId::ChangedAndNotAllHere)};
     return writeAnew(state_.path, IfThere::Replace, options);
 }
 

@@ -102,7 +102,7 @@ ShownText LockOwner::text() const {
     const std::string user = oneLine(process.user), host = oneLine(process.host);
     if (host.empty())
         return user.empty() ? quobrix::text(TextId::AnotherProgram) : ShownText::asItIs(user);
-    return user.empty() ? quobrix::text(TextId::AProgramOn, host) : quobrix::text(TextId::UserOnHost, user, host);
+    return user.empty() ? quobrix::text(TextId::ProgramOnHost, host) : quobrix::text(TextId::UserOnHost, user, host);
 }
 
 ShownText LockOwner::timeText() const {

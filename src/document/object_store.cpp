@@ -182,7 +182,7 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
         return nullptr;
     };
     if (!file_)
-        return refuse(0, text(TextId::ThereIsNoFileToRead));
+        return refuse(0, text(TextId::NoFileToReadFrom));
     if (fileChanged_)
         return nullptr;
     Bytes content = std::move(readBuffer_); // an object that is read may load others
@@ -222,9 +222,9 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
 PersistentObject* ObjectStore::findTyped(ObjectId id, const PersistentType& type) {
     PersistentObject* object = find(id);
     if (!slot(id))
-        noteBadReference(id, type.id(), text(TextId::ThereIsNoSuchObjectAlthough, type.name));
+        noteBadReference(id, type.id(), text(TextId::ReferenceToNoObject, type.name));
     if (object && object->type().id() != type.id()) {
-        noteBadReference(id, type.id(), text(TextId::AIsReferredToAs, object->type().name, type.name));
+        noteBadReference(id, type.id(), text(TextId::ReferredToAsOtherClass, object->type().name, type.name));
         return nullptr;
     }
     return object;

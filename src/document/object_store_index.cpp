@@ -74,7 +74,7 @@ void ObjectStore::loadIndex() {
     if (std::adjacent_find(slots_.begin(), slots_.end(), [](auto& a, auto& b) { return a.id == b.id; }) != slots_.end())
         why = text(TextId::AnObjectIdIsListedTwice), listed = false;
     if ((!slots_.empty() && slots_.back().id >= nextId_) || nextId_ > kLargestNextId)
-        why = text(TextId::TheNextAvailableIdCannotBe);
+        why = text(TextId::NextAvailableIdWrong);
 
     const Bytes singletonBytes = stream(kSingletonIdsStream);
     ByteReader singletons(singletonBytes);
@@ -83,9 +83,9 @@ void ObjectStore::loadIndex() {
         const std::uint32_t typeId = singletons.u32();
         const ObjectId id = singletons.u32();
         if (!slot(id) || !singletons_.emplace(typeId, id).second)
-            why = text(TextId::ASingletonIsNotAmongThe);
+            why = text(TextId::SingletonIsNoObject);
         else if (!types_.find(typeId) && typeIdOf(id) != typeId) // a later version may have added some
-            why = text(TextId::ASingletonIsNotOfIts);
+            why = text(TextId::SingletonOfOtherClass);
     }
     finish(singletons, kSingletonIdsStream);
 
@@ -174,9 +174,9 @@ bool ObjectStore::findLostSingletons() {
         const std::optional<std::uint32_t> typeId = typeIdOf(entry.id);
         const PersistentType* type = typeId ? types_.find(*typeId) : nullptr;
         if (type && type->singleton && singletons_.emplace(*typeId, entry.id).second)
-            why = text(TextId::TheStreamDoesNotNameThe, kSingletonIdsStream, type->name);
+            why = text(TextId::StreamLacksEntry, kSingletonIdsStream, type->name);
         else if (!typeId && why.empty())
-            why = text(TextId::ASingletonIsMissingAndMay, entry.id);
+            why = text(TextId::SingletonMayBeUnreadable, entry.id);
     }
     if (!why.empty() && !fileChanged_) {
         indexDamaged_ = true;
@@ -210,14 +210,14 @@ std::optional<ShownText> ObjectStore::doubt() const {
         return !entry.vacant && !entry.object && !file_->contains(streamName(entry.id));
     });
     if (lacking > 0)
-        return text(TextId::TheStreamsOfObjectsAreMissing, lacking);
+        return text(TextId::ObjectStreamsMissing, lacking);
     std::vector<std::string> stray = strayStreams();
     std::erase_if(stray, [&](const std::string& name) { return deletedStreams_.contains(idOfStream(name)); });
     if (!stray.empty())
-        return text(TextId::TheIndexDoesNotKnowThe, stray.front());
+        return text(TextId::StreamNotInIndex, stray.front());
     const std::size_t known = objectCount() + freeIds_.size() + aside_.size();
     if (known < nextId_ && nextId_ - known <= kMostUnused)
-        return text(TextId::TheIndexDoesNotSayWhat, nextId_ - known);
+        return text(TextId::ObjectsUnaccountedFor, nextId_ - known);
     return {};
 }
 

@@ -78,7 +78,7 @@ Result<std::filesystem::path> resolveLinks(const std::filesystem::path& path) {
             return result;
         }
         if (!mayFollow(result))
-            return Error{ErrorKind::AccessDenied, text(TextId::IsSomebodyElsesLinkInA, utf8(result))};
+            return Error{ErrorKind::AccessDenied, text(TextId::ForeignLinkInSharedFolder, utf8(result))};
         const std::filesystem::path link = std::filesystem::read_symlink(result, code);
         if (code)
             return fromStandard(code, result);

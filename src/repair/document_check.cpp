@@ -20,7 +20,7 @@ public:
         checkSingletons();
         for (const Damage& damage : store_.damage())
             if (ofLaterVersion(damage))
-                result_.notes.push_back({damage.id, {}, text(TextId::TheClassIsNotKnownTo)});
+                result_.notes.push_back({damage.id, {}, text(TextId::ClassOfLaterVersionKept)});
             else
                 result_.damages.push_back({damage.id, logOf(damage), damage.what});
         result_.damages.insert(result_.damages.end(), contradictions_.begin(), contradictions_.end());
@@ -65,9 +65,9 @@ private:
         const PersistentObject* object = store_.find(reference.id);
         if (!object)
             return store_.noteBadReference(reference.id, reference.typeId,
-                                           text(TextId::RefersToObjectWhichDoesNot, owner.type().name, reference.id));
+                                           text(TextId::RefersToMissingObject, owner.type().name, reference.id));
         if (object->type().id() != reference.typeId && !isTable)
-            contradiction(text(TextId::RefersToObjectWhichIsA, owner.type().name, reference.id, object->type().name));
+            contradiction(text(TextId::RefersToOtherClass, owner.type().name, reference.id, object->type().name));
     }
 
     void checkSingletons() {
@@ -76,14 +76,14 @@ private:
             const PersistentType* type = store_.types().find(typeId);
             const PersistentObject* object = store_.find(id);
             if (type && object && object->type().id() != typeId)
-                store_.noteBadReference(id, typeId, text(TextId::AStandsForThe, object->type().name, type->name));
+                store_.noteBadReference(id, typeId, text(TextId::ClassStandsForOther, object->type().name, type->name));
         }
         for (const PersistentObject* object : store_.loadedObjects()) {
             const PersistentType& type = object->type();
             const auto known = singletons.find(type.id());
             if (type.singleton && (known == singletons.end() || known->second != object->id()))
                 contradictions_.push_back(
-                    {object->id(), text(logOfClass(type.name)), text(TextId::TheIndexDoesNotNameThis, type.name)});
+                    {object->id(), text(logOfClass(type.name)), text(TextId::NotNamedByIndex, type.name)});
         }
     }
 
@@ -107,7 +107,7 @@ private:
         for (const PersistentObject* object : store_.loadedObjects())
             if (!object->type().singleton && !owners_.contains(object->id()))
                 result_.notes.push_back({object->id(), text(logOfClass(object->type().name)),
-                                         text(TextId::NothingRefersToThis, object->type().name)});
+                                         text(TextId::ObjectOfNobody, object->type().name)});
     }
 
     /// It has a class that is not known, and nothing expects another of it.

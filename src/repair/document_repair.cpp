@@ -51,7 +51,7 @@ private:
             if (id == best)
                 continue;
             lose(id, text(logOfClass(type.name)),
-                 text(TextId::ThereAreTwoThisOneOf, type.name, chooseColumns(objects_.at(id)).rows));
+                 text(TextId::SmallerOfTwoLeftOut, type.name, chooseColumns(objects_.at(id)).rows));
             claim(id, {}, State::Dropped);
         }
     }
@@ -75,9 +75,9 @@ private:
                 objects_.setTold(id);
         const ShownText log = text(logOfClass(type.name));
         if (found > 0)
-            note(kNoObject, log, text(TextId::ItsTableIsLostItWas, found, columns.ids.size(), columns.rows));
+            note(kNoObject, log, text(TextId::TableRebuiltFromColumns, found, columns.ids.size(), columns.rows));
         else if (!empty_)
-            lose(kNoObject, log, text(TextId::ItsTableAndAllItsColumns));
+            lose(kNoObject, log, text(TextId::TableAndColumnsLost));
         const ObjectId id = objects_.add(std::move(root));
         claim(id, {log, {}}, State::Kept);
     }
@@ -155,9 +155,9 @@ private:
         const TableContent old = *table.table;
         TableContent content{static_cast<std::uint32_t>(chosen.rows), {}};
         if (old.rows > content.rows && chosen.votes == 0)
-            lose(id, place.log, text(TextId::NoneOfItsRowsCanBe, place.within, old.rows));
+            lose(id, place.log, text(TextId::NoRowReadable, place.within, old.rows));
         else if (old.rows != content.rows && !table.changed)
-            note(id, place.log, text(TextId::ItSaysRowsItsColumnsHave, place.within, old.rows, content.rows));
+            note(id, place.log, text(TextId::ColumnsContradictRowCount, place.within, old.rows, content.rows));
         for (std::size_t i = 0; i < spec.columns.size(); ++i) {
             const PersistentType& type = *spec.columns[i];
             const auto named = std::ranges::find(old.columns, type.id(), &Reference::typeId);
@@ -176,7 +176,7 @@ private:
                     foreign->state = table.state;
                 } else {
                     lose(column.id, place.log,
-                         text(TextId::AColumnOfAClassThat, place.within, objects_.whyNot(column.id)));
+                         text(TextId::UnknownColumnNotKept, place.within, objects_.whyNot(column.id)));
                 }
             }
         table.changed =
@@ -201,17 +201,17 @@ private:
                 own(chosen, object, place);
                 return chosen;
             }
-            why = text(TextId::ItHasRowsItsTable, object.rows, rows);
+            why = text(TextId::LengthContradictsTable, object.rows, rows);
         } else if (named != kNoObject) {
             why = objects_.whyNot(named);
         }
         const ObjectId id = chosen != kNoObject ? chosen : named;
         if (!prototype.stored() || rows == 0) { // nothing was in it; the table makes it anew when it changes
             if (id != kNoObject)
-                note(id, place.log, text(TextId::IsLeftOutItHeldNothing, what, why));
+                note(id, place.log, text(TextId::LeftOutHeldNothing, what, why));
             return kNoObject;
         }
-        lose(id, place.log, text(TextId::IsEmptyNowBecauseItCannot, what, why));
+        lose(id, place.log, text(TextId::EmptiedAsUnreadable, what, why));
         if (silent_ || rows > emptyRows_) // a column that is not there reads as empty, too
             return kNoObject;
         emptyRows_ -= rows;
@@ -273,7 +273,7 @@ private:
             for (auto& [id, object] : objects_.all())
                 if (object.state == State::Free && object.type && which(object)) {
                     const ShownText log = text(logOfClass(object.type->name));
-                    note(id, log, text(TextId::NothingRefersToThisItIs, object.type->name));
+                    note(id, log, text(TextId::ObjectOfNobodyKept, object.type->name));
                     claim(id, {log, {}}, State::Kept);
                 }
         };
@@ -287,7 +287,7 @@ private:
             if (!object.type && object.state == State::Free) {
                 object.state = objects_.told(id) ? State::Dropped : State::Kept;
                 if (object.state == State::Kept)
-                    note(id, {}, text(TextId::ItsClassIsNotKnownTo));
+                    note(id, {}, text(TextId::ItsClassOfLaterVersionKept));
             }
         for (const auto& [id, unreadable] : objects_.unreadable())
             if (!objects_.told(id)) {

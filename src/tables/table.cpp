@@ -58,7 +58,7 @@ void Table::verifyRows() const {
         return;
     rowsVerified_ = true;
     if (rows_ > 0 && store())
-        store()->noteDamage(id(), type().id(), text(TextId::NoColumnHasAsManyRows));
+        store()->noteDamage(id(), type().id(), text(TextId::NoColumnMatchesRowCount));
     rows_ = 0;
 }
 
@@ -85,19 +85,18 @@ void Table::fetch(std::size_t index) const {
     PersistentObject* object = store() && entry.id != kNoObject ? store()->find(entry.id) : nullptr;
     entry.failing = store() && store()->failing(entry.id);
     if (!object && store() && entry.id != kNoObject && !store()->unreadable(entry.id))
-        store()->noteBadReference(entry.id, type.id(),
-                                  text(TextId::ThereIsNoSuchObjectAlthoughNames, spec().type.name, type.name));
+        store()->noteBadReference(entry.id, type.id(), text(TextId::NamedObjectMissing, spec().type.name, type.name));
     if (object && (object->type().id() != type.id() || static_cast<Column*>(object)->table_)) {
         store()->noteBadReference(
             entry.id, type.id(),
-            text(TextId::NamesAAsItsWhichBelongs, spec().type.name, object->type().name, type.name));
+            text(TextId::NamedObjectBelongsElsewhere, spec().type.name, object->type().name, type.name));
         object = nullptr;
     }
     if (object) {
         Column* column = static_cast<Column*>(object);
         if (column->stored() && column->storedRows() != rows_) {
             store()->noteDamage(entry.id, type.id(),
-                                text(TextId::HasRowsItsTable, type.name, column->storedRows(), rows_));
+                                text(TextId::ColumnContradictsTable, type.name, column->storedRows(), rows_));
         } else if (entry.standIn) { // which spreadsheets show
             store()->substitute(entry.id, std::move(entry.standIn));
             return;

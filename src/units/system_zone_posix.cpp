@@ -19,7 +19,7 @@ Result<TimeZone> load(const std::filesystem::path& file) {
 Result<TimeZone> TimeZone::ofSystem(std::string_view name) {
     // A name never leads out of the folder of zone files.
     if (name.empty() || name.front() == '/' || name.find("..") != std::string_view::npos)
-        return Error{ErrorKind::NotFound, text(TextId::NotTheNameOfAZone)};
+        return Error{ErrorKind::NotFound, text(TextId::NotAZoneName)};
     return load(std::filesystem::path("/usr/share/zoneinfo") / name);
 }
 

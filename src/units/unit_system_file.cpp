@@ -40,7 +40,7 @@ Result<UnitChoices> decodeUnitSystem(std::string_view name, ByteView bytes) {
     if (version >= 1)
         choices.fractionDiameters = in.u8() == 1;
     if (!in.complete())
-        return Error{ErrorKind::Corrupt, text(TextId::TheUnitSystemFileEndsToo)};
+        return Error{ErrorKind::Corrupt, text(TextId::UnitSystemFileCutShort)};
     return choices;
 }
 
