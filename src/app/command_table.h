@@ -23,7 +23,7 @@ struct MenuRow {
     CommandId id{};          ///< the three last kinds only
     std::string_view name{}; ///< the command's name, in scripts and tests
     SourceText text{};       ///< '&' marks the mnemonic, a tab precedes the shortcut
-    SourceText prompt{};     ///< up to a line break; what follows is a title
+    SourceText prompt{};     ///< up to a line break; what follows is shown nowhere
 };
 
 std::span<const MenuRow> menuRows();

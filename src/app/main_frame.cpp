@@ -17,6 +17,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QFontMetrics>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
@@ -34,7 +35,8 @@ namespace quobrix {
 namespace {
 
 constexpr std::string_view kWindowSection = "Main Frame";
-constexpr int kQuietlyShown = 15'000; // ms
+constexpr int kQuietlyShown = 15'000;     // ms
+constexpr int kRecentFileCharacters = 80; // of a recent file in the menu, about
 
 /// The one file of a drag that can be opened; empty otherwise.
 QString draggedFile(const QMimeData& data) {
@@ -201,6 +203,8 @@ void TQuobrixFrame::updateRecentFiles() {
         QString name = toQtPath(file.filename());
         if (alike)
             name += QStringLiteral(" – ") + toQtPath(file.parent_path());
+        const QFontMetrics metrics(commands_->recentFilesMenu()->fontMetrics()); // the tooltip has all of it
+        name = metrics.elidedText(name, Qt::ElideMiddle, kRecentFileCharacters * metrics.averageCharWidth());
         if (missing)
             name = tr("%1 (missing)").arg(name);
         action.setText(QStringLiteral("&%1 %2").arg(i + 1).arg(name.replace(QLatin1Char('&'), QLatin1String("&&"))));

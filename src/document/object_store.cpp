@@ -373,6 +373,12 @@ Bytes ObjectStore::streamOf(const PersistentObject& object) {
     return out.take();
 }
 
+std::optional<Error> ObjectStore::ofLaterVersion() const {
+    if (!((version_ > kVersion && !indexDamaged_) || (laterLayoutMet_ && !savingBefore_)))
+        return {};
+    return Error{ErrorKind::Unsupported, text(TextId::ALaterVersionHasWrittenIt)};
+}
+
 Result<void> ObjectStore::save(CompoundFile& file) {
     if (const auto later = ofLaterVersion())
         return *later;

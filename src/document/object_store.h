@@ -2,7 +2,6 @@
 
 #include "base/result.h"
 #include "document/persistent.h"
-#include "texts/text.h"
 
 #include <deque>
 #include <functional>
@@ -165,11 +164,7 @@ public:
     /// Written by a later version of the program, and nothing but that one knows what its index must say, or what else
     /// must change with an object whose layout it has changed. Such an object may be met late: what had been changed
     /// until then can still be saved once.
-    std::optional<Error> ofLaterVersion() const {
-        if (!((version_ > kVersion && !indexDamaged_) || (laterLayoutMet_ && !savingBefore_)))
-            return {};
-        return Error{ErrorKind::Unsupported, text(TextId::ALaterVersionHasWrittenIt)};
-    }
+    std::optional<Error> ofLaterVersion() const;
     /// An object of a later layout has been met, so that nothing more is to be changed.
     bool laterLayoutMet() const { return laterLayoutMet_; }
     const TypeRegistry& types() const { return types_; }

@@ -112,7 +112,9 @@ Report recordReport(const LogSpec& log, const Table& table, RowIndex row, const 
     Facts facts;
     for (const PersistentType* type : log.facts) {
         const Column& column = table.columnOf(*type);
-        facts.facts.push_back({plainHeading(column.spec()), column.text(row, context)});
+        // Whatever heads the column in a list ("VIN"), what it shows is the vehicle's name.
+        facts.facts.push_back(
+            {type == log.vehicle ? text(TextId::FactVehicle) : plainHeading(column.spec()), column.text(row, context)});
     }
     Report report{recordTitle(log, table, row, context), {Heading{text(TextId::SectionGeneral)}, std::move(facts)}};
     if (log.sections)

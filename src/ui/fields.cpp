@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QLabel>
+#include <QStyle>
 
 namespace quobrix {
 namespace {
@@ -18,6 +19,11 @@ QLabel* fieldLabel(const QString& text, QWidget& field) {
     label->setBuddy(&field);
     field.setAccessibleName(QString(text).remove(QLatin1Char('&')).remove(QLatin1Char(':')));
     return label;
+}
+
+void keepBesideName(QLabel& value) {
+    value.setAlignment(QStyle::visualAlignment(value.layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute |
+                       Qt::AlignVCenter);
 }
 
 QString textWithKeys(const QAction& action) { return withKeys(action.text(), action); }

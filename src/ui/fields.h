@@ -13,6 +13,10 @@ namespace quobrix {
 /// The label TEXT ("&Units:") of FIELD: its mnemonic leads there, and assistive technology reads the field by it.
 QLabel* fieldLabel(const QString& text, QWidget& field);
 
+/// VALUE stands beside its name, whichever way it is read: one that is read from right to left would move to the far
+/// edge.
+void keepBesideName(QLabel& value);
+
 /// What BUTTON is to show as the tool tip while it does what an action does.
 using ActionTip = QString (*)(const QAction&);
 /// The action's text, or its prompt, with its keys: "Undo (Ctrl+Z)".

@@ -143,6 +143,7 @@ QLabel* HomePage::addFigure(QVBoxLayout& layout, const char* objectName, const Q
     value->setObjectName(QLatin1String(objectName));
     value->setTextFormat(Qt::PlainText);
     value->setWordWrap(true);
+    keepBesideName(*value);
     layout.addSpacing(6);
     layout.addWidget(name);
     layout.addWidget(value);

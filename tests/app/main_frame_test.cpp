@@ -19,6 +19,7 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
 
@@ -183,6 +184,14 @@ TEST_F(MainFrameTest, RecentFilesInTheMenu) {
     EXPECT_EQ(second->data().toInt(), 57617);
     EXPECT_EQ(nextMessage([&] { frame_.findChild<QAction*>(QStringLiteral("RecentFile1"))->trigger(); }),
               QStringLiteral("FileNotFound: b.car cannot be opened because it does not exist."));
+
+    const QString name = QString(200, QLatin1Char('x')) + QStringLiteral("_2026.car");
+    frame_.recentFiles().add(toPath(QStringLiteral("/somewhere/") + name));
+    frame_.documentChanged();
+    const auto* first = frame_.findChild<QAction*>(QStringLiteral("RecentFile1"));
+    EXPECT_TRUE(QRegularExpression(QStringLiteral("^&1 x+…x+_2026.car$")).match(first->text()).hasMatch())
+        << first->text().toStdString();
+    EXPECT_EQ(first->toolTip(), QStringLiteral("/somewhere/") + name);
 }
 
 TEST_F(MainFrameTest, RecentFilesShowFoldersAndMissing) {
@@ -277,6 +286,8 @@ TEST_F(MainFrameTest, TheHomePageTellsOfTheDocument) {
     frame_.pages().show(kHomePage);
     EXPECT_EQ(frame_.findChild<QLabel*>(QStringLiteral("homeTrips"))->accessibleName(), QStringLiteral("Trips: 2"));
     EXPECT_TRUE(frame_.findChild<QLabel*>(QStringLiteral("homeDistance"))->text().startsWith(QLatin1String("24,000")));
+    EXPECT_TRUE(frame_.findChild<QLabel*>(QStringLiteral("homeVehicles"))->alignment().testFlag(Qt::AlignAbsolute))
+        << "a name that is read from right to left stays below its caption";
 }
 
 /// Holds the thread that works until the window has done what is waited for; 20 s at most.

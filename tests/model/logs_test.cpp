@@ -53,6 +53,7 @@ TEST(Logs, ReportsTellFactsWhatWasMeasuredAndComments) {
         {LogId::Accidents, {"Stop 1\n", "30.0 m/s"}}};
     for (const LogSpec& log : logs()) {
         const std::string text = renderText(recordReport(log, *document.log(log), 0, {units, zone}));
+        EXPECT_NE(text.find("\n  Vehicle  "), std::string::npos) << text;
         for (const std::string& part : expected.at(log.id))
             EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
         EXPECT_EQ(text.find("Fuel System"), std::string::npos) << "what the vehicle did not tell is left out";

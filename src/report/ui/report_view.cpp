@@ -5,6 +5,7 @@
 #include "drawing/ui/drawing_view.h"
 #include "report/render.h"
 #include "ui/card.h"
+#include "ui/fields.h"
 
 #include <QClipboard>
 #include <QGridLayout>
@@ -12,7 +13,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScrollBar>
-#include <QStyle>
 
 namespace quobrix {
 namespace {
@@ -74,9 +74,7 @@ private:
             QLabel* name = nameLabel(fact.label);
             QLabel* value = textLabel(fact.text);
             value->setWordWrap(true);
-            // Beside its name, whichever way it is read: else one that is read from right to left moves away from it.
-            value->setAlignment(QStyle::visualAlignment(value->layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute |
-                                Qt::AlignVCenter);
+            keepBesideName(*value);
             value->setAccessibleName(toQt(fact.label + ": " + fact.text));
             cells->addWidget(name, line, 0, Qt::AlignTop);
             cells->addWidget(value, line++, 1);
