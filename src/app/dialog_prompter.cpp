@@ -207,6 +207,10 @@ std::optional<std::size_t> DialogPrompter::choose(SourceText what, const std::ve
     return static_cast<std::size_t>(list->currentIndex());
 }
 
+bool DialogPrompter::fillIn(SerialPortForm& form) {
+    return TSerialPortDialog(form, &parent()).exec() == QDialog::Accepted;
+}
+
 bool DialogPrompter::fillIn(AlarmForm& form) {
     AlarmDialog dialog(form, &parent());
     const bool accepted = dialog.exec() == QDialog::Accepted;

@@ -32,6 +32,7 @@ public:
     void tell(const Message& statement) override;
     std::optional<std::size_t> choose(SourceText what, const std::vector<std::string>& choices,
                                       std::size_t preset) override;
+    bool fillIn(SerialPortForm& form) override;
     bool fillIn(AlarmForm& form) override;
     bool fillIn(DateAndTimeForm& form) override;
     bool fillIn(TimeDifferenceForm& form) override;

@@ -137,11 +137,13 @@ void DocumentFiles::tellDamage(const std::optional<std::string>& doubt) {
         add(text(TextId::MayBeMoreThanShown, *doubt));
     for (const std::string& log : logs)
         add(log);
-    if (!affected.empty())
+    if (!affected.empty()) {
+        note(text(TextId::EventDamage, utf8(document_.path()), affected));
         prompter_.tell(makeMessage(lasting                              ? MessageOf<2>(MessageId::DamagedReadOnly)
                                    : document_.store().laterLayoutMet() ? MessageOf<2>(MessageId::PartsOfLaterVersion)
                                                                         : MessageOf<2>(MessageId::DamagedDocument),
                                    document_.title(), affected));
+    }
 }
 
 bool DocumentFiles::offerReload() {
@@ -244,10 +246,12 @@ DocumentFiles::Outcome DocumentFiles::saveAgain() {
 DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, FileAction action, const fs::path& path) {
     hooks_.saved();
     if (result) {
+        note(text(TextId::EventSaved, utf8(path)));
         if (const std::optional<Error> problem = document_.backupProblem()) {
             const std::string backup = utf8(TDocument::backupPath(path).filename());
-            prompter_.tell(makeMessage(MessageId::BackupNotKept, utf8(path.filename()),
-                                       fileMessage(*problem, FileAction::Save, backup).text));
+            const Message why = fileMessage(*problem, FileAction::Save, backup);
+            note(why.text);
+            prompter_.tell(makeMessage(MessageId::BackupNotKept, utf8(path.filename()), why.text));
         }
         tellDamage(); // that another program did to the file since it was opened
         tellLock();
@@ -356,8 +360,14 @@ bool DocumentFiles::offerSaveAs() {
 
 bool DocumentFiles::tell(const Error& error, FileAction action, const fs::path& path) {
     const fs::path name = path.filename(); // none if PATH is a folder
+    note(text(TextId::EventFile, fileMessage(error, action, utf8(path)).text, error.detail));
     prompter_.tell(fileMessage(error, action, utf8(name.empty() ? path : name)));
     return false;
+}
+
+void DocumentFiles::note(const ShownText& event) {
+    if (hooks_.event)
+        hooks_.event(event);
 }
 
 } // namespace quobrix

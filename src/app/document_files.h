@@ -43,6 +43,8 @@ public:
         std::function<void()> replacing; ///< the document's tables are about to end
         std::function<void()> replaced;  ///< other content is in place, or the old one after all
         std::function<void()> saved;     ///< the path or the modified state may differ
+        /// Something has happened that the event log is to keep. Nothing where there is none.
+        std::function<void(const ShownText&)> event{};
     };
 
     DocumentFiles(TQuobrixDocument& document, Settings& settings, RecentFiles& recent, Prompter& prompter,
@@ -89,6 +91,7 @@ private:
     bool replaceBy(const std::filesystem::path& path);
     SaveOptions saveOptions(const std::filesystem::path& path);
     bool tell(const Error& error, FileAction action, const std::filesystem::path& path);
+    void note(const ShownText& event);
 
     TQuobrixDocument& document_;
     Settings& settings_;

@@ -11,7 +11,9 @@
 #include "units/date_time.h"
 #include "units/time_zone.h"
 
+#include <QApplication>
 #include <QStatusBar>
+#include <QtMath>
 
 #include <fmt/printf.h>
 
@@ -36,8 +38,9 @@ std::string resultText(const MergeResult& result) {
 LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
                                const Folders& folders, LoggerSession::Times times)
     : frame_(frame), names_(names), delivered_(folders.delivered), recoveries_(folders.recoveries),
-      link_(std::move(library), times.clock),
-      session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times) {
+      link_(std::move(library), times.clock, frame.context().events),
+      session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times),
+      newData_(frame.context().settings) {
     addCommands();
     frame_.whenSaved([this] { recoveries_.documentSaved(); });
     frame_.whenReplaced([this] { recoveries_.documentReplaced(); });
@@ -46,7 +49,7 @@ LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Resul
             session_.noteLogsDoubtful();
     });
     QObject::connect(&session_, &LoggerSession::statusChanged, &session_, [this] { showStatus(); });
-    frame_.setAboutLines([this] { return identityLines(); });
+    frame_.setAboutLines([this] { return aboutLines(); });
     showStatus();
 }
 
@@ -100,16 +103,18 @@ void LoggerCommands::showMemory() {
 
 QString LoggerCommands::loggerName() const { return toQt(loggerLabel(status(), session_.flows().names)); }
 
-AboutLines LoggerCommands::identityLines() const {
+AboutLines LoggerCommands::aboutLines() const {
+    AboutLines lines{{SourceText("DLL Version"), session_.libraryVersion()}};
     if (!status().loggerPresent())
-        return {};
+        return lines;
     const LoggerIdentity& identity = status().identity;
     const auto version = [](const Version& v) { return fmt::sprintf("%d.%02d.%d", v.major, v.minor, v.build); };
-    return {{SourceText("Firmware Version"), version(identity.firmware)},
-            {SourceText("Bootware Version"), version(identity.boot)},
-            {SourceText("Hardware Version"), std::to_string(identity.hardwareVersion)},
-            {SourceText("Product Number"), identity.productNumber},
-            {SourceText("Serial Number"), identity.serialNumber}};
+    lines.insert(lines.end(), {{SourceText("Firmware Version"), version(identity.firmware)},
+                               {SourceText("Bootware Version"), version(identity.boot)},
+                               {SourceText("Hardware Version"), std::to_string(identity.hardwareVersion)},
+                               {SourceText("Product Number"), identity.productNumber},
+                               {SourceText("Serial Number"), identity.serialNumber}});
+    return lines;
 }
 
 void LoggerCommands::start() {
@@ -180,6 +185,30 @@ void LoggerCommands::showStatus() {
     for (const auto& [id, on] : marks)
         frame_.commands().action(id)->setChecked(on.value_or(false));
     frame_.commands().refresh();
+    showMemoryWarning();
+    seeNewData();
+}
+
+void LoggerCommands::showMemoryWarning() {
+    const std::optional<MemoryInformation>& memory = status().readings.memory;
+    const bool warns = status().loggerPresent() && memory && memory->nearlyFull();
+    frame_.setWarning(
+        warns ? QObject::tr("Memory %1 % full").arg(qFloor(100 * memory->share())) : QString(),
+        QObject::tr("Download the Quobrix's data and clear its memory before there is no room for more."));
+}
+
+void LoggerCommands::seeNewData() {
+    const OnNewData choice = onNewData(frame_.context().settings);
+    const QWidget* focus = QApplication::focusWidget();
+    const bool idle = choice != OnNewData::Nothing && !frame_.commands().running() &&
+                      !QApplication::activeModalWidget() && !QApplication::activePopupWidget() &&
+                      !(focus && focus->objectName() == QLatin1String("cellEditor"));
+    if (newData_.see(status(), idle))
+        frame_.commands().guard(*frame_.commands().action(CommandId::Download), [this, choice] {
+            if (choice == OnNewData::Download ||
+                frame_.prompter().ask(makeMessage(MessageId::NewDataFound, loggerName().toStdString())) == Answer::Yes)
+                download();
+        });
 }
 
 } // namespace quobrix

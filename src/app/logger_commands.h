@@ -3,6 +3,7 @@
 #include "app/about_box.h"
 #include "device/download.h"
 #include "device/logger_link.h"
+#include "device/new_data.h"
 #include "device/recovery_folder.h"
 #include "device/ui/logger_session.h"
 
@@ -39,9 +40,11 @@ private:
     void showMemory();
     const LoggerStatus& status() const { return session_.status(); }
     void showStatus();
+    void showMemoryWarning();
+    void seeNewData();
     QString loggerName() const;
-    /// What the logger on the port says of itself, for the About box; nothing while there is none.
-    AboutLines identityLines() const;
+    /// The library, and what the logger on the port (if there is one) says of itself, for the About box.
+    AboutLines aboutLines() const;
 
     TQuobrixFrame& frame_;
     NamesCommands& names_;
@@ -49,6 +52,7 @@ private:
     RecoveryFolder recoveries_;
     LoggerLink link_;
     LoggerSession session_;
+    NewDataWatch newData_;
 };
 
 } // namespace quobrix

@@ -44,6 +44,64 @@ void addHelp(QDialogButtonBox& buttons) {
 
 } // namespace
 
+TSerialPortDialog::TSerialPortDialog(SerialPortForm& form, QWidget* parent)
+    : QDialog(parent), form_(form), ports_(new QComboBox), result_(new QLabel) {
+    setObjectName(QStringLiteral("TSerialPortDialog"));
+    setWindowTitle(tr("Communications Port"));
+    auto* explained = new QLabel(tr("Choose the serial port that the Quobrix is connected to, or have it looked for on "
+                                    "all of them."));
+    explained->setWordWrap(true);
+    ports_->setObjectName(QStringLiteral("SerialPort"));
+    for (const std::string& port : form_.ports)
+        ports_->addItem(toQt(port));
+    ports_->setMaxVisibleItems(ports_->count());
+    ports_->setCurrentText(toQt(form_.port));
+    auto* scanning = new QPushButton(tr("&Scan"));
+    scanning->setObjectName(QStringLiteral("ScanPorts"));
+    scanning->setToolTip(tr("Looks for the Quobrix on all ports"));
+    scanning->setAutoDefault(false);
+    connect(scanning, &QPushButton::clicked, this, [this] { scan(); });
+    result_->setObjectName(QStringLiteral("ScanResult"));
+    result_->setWordWrap(true);
+    result_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    result_->setMinimumHeight(2 * fontMetrics().lineSpacing()); // so that nothing moves when it comes
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    addHelp(*buttons);
+    connect(buttons, &QDialogButtonBox::accepted, this, [this] { accept(); });
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* row = new QHBoxLayout;
+    row->addWidget(fieldLabel(tr("Serial &port:"), *ports_));
+    row->addWidget(ports_, 1);
+    row->addWidget(scanning);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(explained);
+    layout->addSpacing(layout->spacing());
+    layout->addLayout(row);
+    layout->addWidget(result_);
+    layout->addWidget(buttons);
+    setMinimumWidth(fontMetrics().averageCharWidth() * 56);
+    ports_->setFocus();
+}
+
+void TSerialPortDialog::accept() {
+    result_->clear();
+    form_.port = ports_->currentText().toStdString();
+    if (form_.choose(form_.port))
+        QDialog::accept();
+    else
+        ports_->setFocus();
+}
+
+void TSerialPortDialog::scan() {
+    result_->clear();
+    form_.port = ports_->currentText().toStdString();
+    result_->setText(toQt(form_.scan()));
+    result_->setAccessibleName(result_->text());
+    ports_->setCurrentText(toQt(form_.port));
+}
+
 AlarmDialog::AlarmDialog(const AlarmForm& form, QWidget* parent)
     : QDialog(parent), form_(form), volume_(new QSlider(Qt::Horizontal)) {
     setObjectName(QStringLiteral("AlarmDialog"));
@@ -188,7 +246,7 @@ TMemoryDialog::TMemoryDialog(const MemoryInformation& memory, const QString& log
     setWindowTitle(tr("Quobrix Memory"));
     const double capacity = std::max(0, memory.capacity);
     const double used = std::clamp<double>(memory.used, 0, std::max(capacity, static_cast<double>(memory.used)));
-    const double share = capacity > 0 ? std::min(1.0, used / capacity) : 0;
+    const double share = memory.share();
     const auto bytes = [&](double value) {
         return tr("%1 KB").arg(toQt(units.formatNumber(value / 1024, value < 100 * 1024 ? 1 : 0)));
     };

@@ -10,11 +10,28 @@
 
 class QCheckBox;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSlider;
 
 namespace quobrix {
+
+/// The port of the logger. It stays open while a port is tried or all are scanned, and goes on from there.
+class TSerialPortDialog final : public QDialog {
+public:
+    /// FORM must outlive the dialog, which changes it as a person does.
+    TSerialPortDialog(SerialPortForm& form, QWidget* parent);
+
+    void accept() override;
+
+private:
+    void scan();
+
+    SerialPortForm& form_;
+    QComboBox* ports_;
+    QLabel* result_;
+};
 
 /// How loud the logger's alarm is: a slider, or two choices where it is only on or off. "Off" is an answer like OK.
 class AlarmDialog final : public QDialog {

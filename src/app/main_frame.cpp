@@ -8,7 +8,9 @@
 #include "base/ui/qt_text.h"
 #include "model/document_properties.h"
 #include "model/quobrix_document.h"
+#include "platform/event_log.h"
 #include "settings/settings.h"
+#include "tables/ui/cell_mark.h"
 #include "ui/windows.h"
 #include "units/time_zone.h"
 #include "views/home_page.h"
@@ -79,6 +81,11 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                       if (whenSaved_ && context_.document.hasFile() && !context_.document.modified())
                           whenSaved_();
                       documentChanged();
+                  },
+              .event =
+                  [this](const ShownText& event) {
+                      if (context_.events)
+                          context_.events->note(event);
                   }}),
       commands_(new Commands([this] { return finishEdits(); },
                              [this](const QAction& action, const std::string& reason) {
@@ -86,7 +93,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                                                             action.iconText().toStdString(), reason));
                              },
                              this)),
-      pages_(new PageArea), readOnlyStatus_(new QLabel), portStatus_(new QLabel) {
+      pages_(new PageArea), readOnlyStatus_(new QLabel), warningMark_(new QLabel), warning_(new QLabel),
+      portStatus_(new QLabel) {
     setObjectName(QStringLiteral("TQuobrixFrame"));
     setCentralWidget(pages_);
     setAcceptDrops(true);
@@ -104,6 +112,12 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
 
     readOnlyStatus_->setObjectName(QStringLiteral("readOnlyStatus"));
     statusBar()->addPermanentWidget(readOnlyStatus_);
+    warning_->setObjectName(QStringLiteral("loggerWarning"));
+    warningMark_->setPixmap(markPixmap(Severity::Recommended, fontMetrics().height(), devicePixelRatioF()));
+    for (QLabel* part : {warningMark_, warning_}) {
+        statusBar()->addPermanentWidget(part);
+        part->hide();
+    }
     portStatus_->setObjectName(QStringLiteral("portStatus"));
     statusBar()->addPermanentWidget(portStatus_);
 
@@ -287,6 +301,14 @@ void TQuobrixFrame::historyChanged() {
 }
 
 void TQuobrixFrame::setPortStatus(const QString& text) { portStatus_->setText(text); }
+
+void TQuobrixFrame::setWarning(const QString& text, const QString& tip) {
+    warning_->setText(text);
+    for (QLabel* part : {warningMark_, warning_}) {
+        part->setToolTip(tip);
+        part->setVisible(!text.isEmpty());
+    }
+}
 
 void TQuobrixFrame::openFile(const std::filesystem::path& path) {
     if (commands_->running()) { // the document belongs to that command until it is over

@@ -47,6 +47,8 @@ public:
     /// Rows of the document or names have changed: everything that shows them does so anew.
     void documentChanged();
     void setPortStatus(const QString& text);
+    /// What is wrong with the logger, beside the state of its port; nothing if TEXT is empty. TIP: what to do about it.
+    void setWarning(const QString& text, const QString& tip);
     /// Opens PATH as the document, from the shell, a drop or the recent files, as one guarded command.
     void openFile(const std::filesystem::path& path);
     /// Marks those recent files as MISSING that are among them, no others.
@@ -99,6 +101,8 @@ private:
     PageArea* pages_;
     std::unique_ptr<TableWindows> tableWindows_;
     QLabel* readOnlyStatus_;
+    QLabel* warningMark_;
+    QLabel* warning_;
     QLabel* portStatus_;
     std::vector<QAction*> recentActions_;
     std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for

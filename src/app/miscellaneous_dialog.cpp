@@ -4,6 +4,8 @@
 #include "app/reminder_choices.h"
 #include "app/theme.h"
 #include "base/ui/qt_text.h"
+#include "device/clear_flow.h"
+#include "device/new_data.h"
 #include "messages/reminders.h"
 #include "settings/settings.h"
 #include "texts/text.h"
@@ -19,8 +21,8 @@
 namespace quobrix {
 
 MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminders, QWidget* parent)
-    : QDialog(parent), settings_(settings), reminders_(reminders), theme_(new QComboBox),
-      compaction_(new QCheckBox(tr("Offer to compact files that are mostly &unused space"))) {
+    : QDialog(parent), settings_(settings), reminders_(reminders), theme_(new QComboBox), clearing_(new QComboBox),
+      newData_(new QComboBox), compaction_(new QCheckBox(tr("Offer to compact files that are mostly &unused space"))) {
     setObjectName(QStringLiteral("Miscellaneous"));
     setWindowTitle(tr("Miscellaneous"));
 
@@ -29,7 +31,18 @@ MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminder
     theme_->addItems({tr("As the desktop"), tr("Light"), tr("Dark")});
     theme_->setCurrentIndex(static_cast<int>(themeSetting(settings_)));
     auto* lookForm = new QFormLayout(look);
-    lookForm->addRow(tr("&Colors:"), theme_);
+    lookForm->addRow(tr("C&olors:"), theme_);
+
+    auto* logger = new QGroupBox(tr("Quobrix"));
+    auto* loggerForm = new QFormLayout(logger);
+    clearing_->setObjectName(QStringLiteral("TClearMemoryColumn"));
+    clearing_->addItems({tr("Ask"), tr("Always"), tr("Never")});
+    clearing_->setCurrentIndex(static_cast<int>(clearAfterDownload(settings_)));
+    loggerForm->addRow(tr("&Clear Quobrix Memory After Downloading Data") + QLatin1Char(':'), clearing_);
+    newData_->setObjectName(QStringLiteral("TNewDataColumn"));
+    newData_->addItems({tr("Nothing"), tr("Ask"), tr("Download")});
+    newData_->setCurrentIndex(static_cast<int>(onNewData(settings_)));
+    loggerForm->addRow(tr("&When a Quobrix with new data is connected") + QLatin1Char(':'), newData_);
 
     auto* often = new QGroupBox(tr("Reminders"));
     auto* form = new QFormLayout(often);
@@ -59,6 +72,7 @@ MiscellaneousDialog::MiscellaneousDialog(Settings& settings, Reminders& reminder
     connect(buttons, &QDialogButtonBox::rejected, this, [this] { reject(); });
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(look);
+    layout->addWidget(logger);
     layout->addWidget(often);
     layout->addWidget(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
@@ -69,6 +83,8 @@ void MiscellaneousDialog::accept() {
         const auto* field = findChild<QComboBox*>(toQt(reminder.key));
         reminders_.setChoice(reminder.key, static_cast<ReminderChoice>(field->currentIndex()));
     }
+    setClearAfterDownload(settings_, static_cast<ClearAfterDownload>(clearing_->currentIndex()));
+    setOnNewData(settings_, static_cast<OnNewData>(newData_->currentIndex()));
     setOffersCompaction(settings_, compaction_->isChecked());
     if (const auto theme = static_cast<Theme>(theme_->currentIndex()); theme != themeSetting(settings_)) {
         setThemeSetting(settings_, theme);

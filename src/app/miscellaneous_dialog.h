@@ -10,9 +10,8 @@ namespace quobrix {
 class Reminders;
 class Settings;
 
-/// Options that fit nowhere else: how the program looks, and how often each reminder is shown, what is
-/// offered. They take effect with
-/// OK.
+/// Options that fit nowhere else: how the program looks, what it does with the logger's data by itself, how often each
+/// reminder is shown, what is offered. They take effect with OK.
 class MiscellaneousDialog final : public QDialog {
 public:
     /// The arguments must outlive the dialog.
@@ -24,6 +23,8 @@ private:
     Settings& settings_;
     Reminders& reminders_;
     QComboBox* theme_;
+    QComboBox* clearing_;
+    QComboBox* newData_;
     QCheckBox* compaction_;
 };
 

@@ -5,8 +5,10 @@
 #include "base/ui/qt_text.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
+#include "texts/text.h"
 #include "texts/ui/catalogue_translator.h"
 #include "ui/windows.h"
+#include "units/date_time.h"
 
 #include <QIcon>
 #include <QTimer>
@@ -21,6 +23,12 @@ namespace fs = std::filesystem;
 constexpr int kShownInterval = 10; // ms
 constexpr int kShownAttempts = 200;
 
+/// Empty if the user has no home.
+fs::path eventLogFile() {
+    const fs::path data = userDataFolder();
+    return data.empty() ? data : data / "eventLog.txt";
+}
+
 /// The file that ARGUMENTS (the program's own first) name, made absolute while the folder of the start is current.
 fs::path fileNamed(const QStringList& arguments) {
     for (const QString& argument : arguments.mid(1))
@@ -34,7 +42,9 @@ fs::path fileNamed(const QStringList& arguments) {
 } // namespace
 
 TQuobrixApp::TQuobrixApp(int& argc, char** argv)
-    : QApplication(argc, argv), commandLineGiven_(arguments().size() > 1), commandLineFile_(fileNamed(arguments())),
+    : QApplication(argc, argv),
+      events_(LogFile(eventLogFile()), [zone = TimeZone::local()] { return logTimeText(zone.toLocal(currentTime())); }),
+      commandLineGiven_(arguments().size() > 1), commandLineFile_(fileNamed(arguments())),
       libraryPath_(loggerLibraryPath(programFolder(executablePath()))), dataFolder_(deliveredFolder()),
       settings_(userSettings()), instance_(userConfigFolder()),
       unitStore_(units_, {dataFolder_, userDataFolder()}, &settings_), zone_(TimeZone::local()) {
@@ -45,12 +55,17 @@ TQuobrixApp::TQuobrixApp(int& argc, char** argv)
     installTranslator(new CatalogueTranslator(this));
 }
 
-TQuobrixApp::~TQuobrixApp() { units_.removeListener(*this); }
+TQuobrixApp::~TQuobrixApp() {
+    units_.removeListener(*this);
+    if (frame_)
+        events_.note(text(TextId::EventEnded));
+}
 
 bool TQuobrixApp::start() {
     enterWorkingFolder();
     if (!instance_.first() && (commandLineFile_.empty() || instance_.handOver(commandLineFile_)))
         return false;
+    events_.note(text(TextId::EventStarted, QUOBRIX_VERSION));
     applyTheme(*this, settings_);
     setWindowIcon(QIcon(QStringLiteral(":/icons/quobrix.svg")));
     units_.setLocale(userLocale());
@@ -94,7 +109,7 @@ void TQuobrixApp::enterWorkingFolder() {
 }
 
 void TQuobrixApp::createFrame() {
-    frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_});
+    frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_, &events_});
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
     logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_),

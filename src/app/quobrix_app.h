@@ -42,6 +42,8 @@ private:
     void openWhenIdle(const std::filesystem::path& file, const SingleInstance::Opened& opened = {});
     void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
 
+    /// Of this run: outlives all that it is told by.
+    EventLog events_;
     /// Goes last, and its port has a rest then: the next copy may be the first, and have the document, meanwhile.
     std::unique_ptr<LoggerCommands> logger_;
 

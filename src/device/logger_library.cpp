@@ -80,6 +80,7 @@ Result<LoggerLibrary> loadLoggerLibrary(const fs::path& path) {
     if (missing > 0)
         return Error{ErrorKind::Unsupported, text(TextId::LibraryLacksFunctions, name, missing, kFunctions,
                                                   firstMissing, missing == 1 ? "" : ", ...")};
+    library.version = fileVersion(path).value_or(utf8(path.filename()));
     library.module = std::make_shared<DynamicLibrary>(std::move(*module));
     return library;
 }

@@ -39,7 +39,8 @@ struct LoggerFunctions {
 /// The functions, and what keeps them loaded.
 struct LoggerLibrary {
     LoggerFunctions functions;
-    std::shared_ptr<void> module; ///< empty for a substitute that is linked in
+    std::shared_ptr<void> module{}; ///< empty for a substitute that is linked in
+    std::string version{};          ///< what its file says of it, or the name of that
 };
 
 /// Where the library is looked for, an absolute path: the file, or the folder with the library in it, that OVERRIDE

@@ -22,16 +22,21 @@ std::string textOf(const std::array<char, N>& buffer) {
     return {buffer.data(), end ? static_cast<const char*>(end) : buffer.data() + N};
 }
 
-/// Asks the library for one value through FUNCTION(out).
-template <class Out, class Value = Out>
-Reply<Value> ask(std::int32_t (*function)(Out*)) {
-    Out out = 0;
-    const ResultCode code = function(&out);
-    if constexpr (std::is_same_v<Value, bool>)
-        return {code, code == QUOBRIX_OK && out != 0};
-    else
-        return {code, out};
-}
+template <auto Function>
+constexpr const char* kNameOf = nullptr;
+#define ENTRY(name)                                                                                                    \
+    template <>                                                                                                        \
+    constexpr const char* kNameOf<&LoggerFunctions::name> = "Quobrix" #name;
+#include "device/logger_library.def"
+#undef ENTRY
+
+/// What a function that is asked for one value hands over.
+template <class Function>
+struct OutputOf;
+template <class Out>
+struct OutputOf<std::int32_t (*LoggerFunctions::*)(Out*)> {
+    using Type = Out;
+};
 
 using LogBuffer = std::unique_ptr<void, FreeBlock>;
 
@@ -47,7 +52,8 @@ public:
     LogBuffer buffer(void* block) { return LogBuffer(isNew(block) ? block : nullptr); }
 
     /// The record sets of BUFFER: none after a failure.
-    SetPair parse(decltype(LoggerFunctions::GetLogRecords) function, const LogBuffer& buffer) {
+    template <class Function>
+    SetPair parse(const Function& function, const LogBuffer& buffer) {
         QuobrixRecordSet* first = nullptr;
         QuobrixRecordSet* second = nullptr;
         const ResultCode code = function(buffer.get(), &first, &second);
@@ -69,15 +75,62 @@ private:
 
 } // namespace
 
-LoggerLink::LoggerLink(Result<LoggerLibrary> library, WallClock clock) : clock_(std::move(clock)) {
+LoggerLink::LoggerLink(Result<LoggerLibrary> library, WallClock clock, EventLog* events)
+    : clock_(std::move(clock)), events_(events) {
     if (library) {
+        libraryVersion_ = library->version;
         library_ = std::move(*library);
     } else {
         library_.functions = absentLoggerFunctions();
         libraryProblem_ = library.error().detail;
         status_.probe = status_.openResult = kNoLibrary;
         status_.probeDescription = libraryProblem_;
+        if (events_)
+            events_->note(library.error().detail);
     }
+}
+
+template <auto Function, class... Arguments>
+ResultCode LockedLogger::call(Arguments... arguments) const {
+    return noted(kNameOf<Function>, (library().*Function)(arguments...));
+}
+
+template <auto Function, class Value>
+Reply<Value> LockedLogger::ask() const {
+    typename OutputOf<decltype(Function)>::Type out = 0;
+    const ResultCode code = call<Function>(&out);
+    if constexpr (std::is_same_v<Value, bool>)
+        return {code, code == QUOBRIX_OK && out != 0};
+    else
+        return {code, out};
+}
+
+void LockedLogger::note(const ShownText& event) const {
+    if (link_.events_)
+        link_.events_->note(event);
+}
+
+ResultCode LockedLogger::noted(const char* function, ResultCode code) const {
+    held();
+    if (!link_.events_ || !link_.hasLibrary())
+        return code;
+    // A scan finds most ports absent or empty each time.
+    const bool often = monitoring_ || function == kNameOf<&LoggerFunctions::OpenPort> ||
+                       function == kNameOf<&LoggerFunctions::GetSerialNumberAndTime>;
+    const std::string& port = status().port;
+    const ResultCode before = std::exchange(link_.noted_[port + ' ' + function], code);
+    if (code != QUOBRIX_OK && (!often || code != before))
+        note(text(TextId::EventCallFailed, function, port, code, describe(code)));
+    return code;
+}
+
+/// PROBE has found the logger of the status, or none.
+void LockedLogger::noteLogger(ResultCode probe) const {
+    held();
+    const LoggerStatus& now = status();
+    const std::string found = probe == QUOBRIX_OK ? now.port + ' ' + now.serialText : std::string();
+    if (std::exchange(link_.notedLogger_, found) != found && !found.empty())
+        note(text(TextId::EventLoggerFound, now.serialText, now.port));
 }
 
 std::string LockedLogger::describe(ResultCode code) const {
@@ -107,7 +160,7 @@ ResultCode LockedLogger::openPort(const std::string& port) {
     status.port = port;
     if (cancelled())
         return kCancelled;
-    status.openResult = library().OpenPort(port.c_str());
+    status.openResult = call<&LoggerFunctions::OpenPort>(port.c_str());
     status.portOpen = status.openResult == QUOBRIX_OK;
     return status.openResult;
 }
@@ -128,7 +181,7 @@ ResultCode LockedLogger::probe() {
     LoggerStatus& status = state();
     std::array<char, QUOBRIX_SERIAL_SIZE> serial{};
     std::int32_t time = 0;
-    ResultCode code = library().GetSerialNumberAndTime(serial.data(), &time);
+    ResultCode code = call<&LoggerFunctions::GetSerialNumberAndTime>(serial.data(), &time);
     if (code == QUOBRIX_OK && !isSerialNumber(textOf(serial)))
         code = kBadSerialNumber;
     if (code == QUOBRIX_OK) {
@@ -145,6 +198,7 @@ ResultCode LockedLogger::probe() {
 }
 
 void LockedLogger::noteProbe(ResultCode code) {
+    noteLogger(code);
     state().probe = code;
     if (code != QUOBRIX_OK)
         state().readings = {};
@@ -160,13 +214,13 @@ ResultCode LockedLogger::convertLastSerialNumber() {
 
 Reply<std::int32_t> LockedLogger::serialNumberToInt(const std::string& text) const {
     std::int32_t number = 0;
-    const ResultCode code = library().ConvertSerialNumberToInt(text.c_str(), &number);
+    const ResultCode code = call<&LoggerFunctions::ConvertSerialNumberToInt>(text.c_str(), &number);
     return {code, number};
 }
 
 Reply<std::string> LockedLogger::serialNumberToText(std::int32_t number) const {
     std::array<char, QUOBRIX_SERIAL_SIZE> text{};
-    const ResultCode code = library().ConvertSerialNumberToString(number, text.data());
+    const ResultCode code = call<&LoggerFunctions::ConvertSerialNumberToString>(number, text.data());
     return {code, std::string(text.data(), kSerialNumberLength)};
 }
 
@@ -175,7 +229,7 @@ Reply<LoggerIdentity> LockedLogger::identity() {
     std::array<char, QUOBRIX_PRODUCT_SIZE> product{};
     LoggerIdentity identity;
     std::int32_t notRead = 0;
-    const ResultCode code = library().GetIdentityInformation(
+    const ResultCode code = call<&LoggerFunctions::GetIdentityInformation>(
         serial.data(), product.data(), &identity.firmware.major, &identity.firmware.minor, &identity.firmware.build,
         &identity.boot.major, &identity.boot.minor, &identity.boot.build, &identity.hardwareVersion, &notRead);
     if (code != QUOBRIX_OK)
@@ -192,7 +246,7 @@ Reply<LoggerIdentity> LockedLogger::identity() {
 Reply<LoggerConfiguration> LockedLogger::configuration() {
     LoggerConfiguration c;
     std::uint8_t flags = 0;
-    const ResultCode code = library().GetConfiguration(
+    const ResultCode code = call<&LoggerFunctions::GetConfiguration>(
         &c.bandLimits[0], &c.bandLimits[1], &c.bandLimits[2], &c.brakeThresholds[0], &c.brakeThresholds[1],
         &c.accelerationThresholds[0], &c.accelerationThresholds[1], &c.parameters[0], &c.parameters[1],
         &c.parameters[2], &c.parameters[3], &c.parameters[4], &c.intervals[0], &c.intervals[1], &c.intervals[2],
@@ -204,11 +258,11 @@ Reply<LoggerConfiguration> LockedLogger::configuration() {
 }
 
 ResultCode LockedLogger::setConfiguration(const LoggerConfiguration& c) {
-    return library().SetConfiguration(c.bandLimits[0], c.bandLimits[1], c.bandLimits[2], c.brakeThresholds[0],
-                                      c.brakeThresholds[1], c.accelerationThresholds[0], c.accelerationThresholds[1],
-                                      c.parameters[0], c.parameters[1], c.parameters[2], c.parameters[3],
-                                      c.parameters[4], c.intervals[0], c.intervals[1], c.intervals[2], c.intervals[3],
-                                      c.intervals[4]);
+    return call<&LoggerFunctions::SetConfiguration>(
+        c.bandLimits[0], c.bandLimits[1], c.bandLimits[2], c.brakeThresholds[0], c.brakeThresholds[1],
+        c.accelerationThresholds[0], c.accelerationThresholds[1], c.parameters[0], c.parameters[1], c.parameters[2],
+        c.parameters[3], c.parameters[4], c.intervals[0], c.intervals[1], c.intervals[2], c.intervals[3],
+        c.intervals[4]);
 }
 
 ResultCode LockedLogger::changed(ResultCode code) {
@@ -217,45 +271,49 @@ ResultCode LockedLogger::changed(ResultCode code) {
 }
 
 ResultCode LockedLogger::setTime(std::int32_t time) {
-    const ResultCode code = changed(library().SetTime(time));
+    const ResultCode code = changed(call<&LoggerFunctions::SetTime>(time));
     if (code == QUOBRIX_OK)
         noteLogsCurrent();
     return code;
 }
 
-ResultCode LockedLogger::enableLed(bool enable) { return changed(library().EnableLED(enable)); }
-Reply<bool> LockedLogger::ledIsEnabled() { return ask<std::uint8_t, bool>(library().LEDIsEnabled); }
-ResultCode LockedLogger::enableVinMode(bool enable) { return changed(library().EnableVinMode(enable)); }
+ResultCode LockedLogger::enableLed(bool enable) { return changed(call<&LoggerFunctions::EnableLED>(enable)); }
+Reply<bool> LockedLogger::ledIsEnabled() { return ask<&LoggerFunctions::LEDIsEnabled, bool>(); }
+ResultCode LockedLogger::enableVinMode(bool enable) { return changed(call<&LoggerFunctions::EnableVinMode>(enable)); }
 
 Reply<bool> LockedLogger::vinModeIsEnabled() {
-    const Reply<bool> enabled = ask<std::uint8_t, bool>(library().VinModeIsEnabled);
+    const Reply<bool> enabled = ask<&LoggerFunctions::VinModeIsEnabled, bool>();
     return enabled.code == QUOBRIX_NO_VIN_MODE_ANSWER ? Reply<bool>{QUOBRIX_OK, false} : enabled;
 }
 
-ResultCode LockedLogger::setBeepVolume(std::int32_t volume) { return changed(library().SetBeepVolume(volume)); }
-Reply<std::int32_t> LockedLogger::beepVolume() { return ask(library().GetBeepVolume); }
-Reply<bool> LockedLogger::beepIsEnabled() { return ask<std::uint8_t, bool>(library().BeepIsEnabled); }
-ResultCode LockedLogger::setCarType(std::int32_t carType) { return changed(library().SetCarType(carType)); }
-Reply<std::int32_t> LockedLogger::carType() { return ask(library().GetCarType); }
+ResultCode LockedLogger::setBeepVolume(std::int32_t volume) {
+    return changed(call<&LoggerFunctions::SetBeepVolume>(volume));
+}
+Reply<std::int32_t> LockedLogger::beepVolume() { return ask<&LoggerFunctions::GetBeepVolume, std::int32_t>(); }
+Reply<bool> LockedLogger::beepIsEnabled() { return ask<&LoggerFunctions::BeepIsEnabled, bool>(); }
+ResultCode LockedLogger::setCarType(std::int32_t carType) {
+    return changed(call<&LoggerFunctions::SetCarType>(carType));
+}
+Reply<std::int32_t> LockedLogger::carType() { return ask<&LoggerFunctions::GetCarType, std::int32_t>(); }
 
 Reply<bool> LockedLogger::isArmed() {
-    const Reply<std::uint8_t> trouble = ask(library().GetTroubleByte);
+    const Reply<std::uint8_t> trouble = ask<&LoggerFunctions::GetTroubleByte, std::uint8_t>();
     return {trouble.code, trouble.ok() && trouble.value == 1};
 }
 
 ResultCode LockedLogger::clearLogs() {
-    const ResultCode code = changed(library().ClearLogs());
+    const ResultCode code = changed(call<&LoggerFunctions::ClearLogs>());
     if (code == QUOBRIX_OK)
         noteLogsCurrent();
     return code;
 }
 
-ResultCode LockedLogger::arm(bool armed) { return changed(library().ClearTroubleCodes(armed)); }
-ResultCode LockedLogger::clearAccidentLogs() { return changed(library().ClearAccidentLogs()); }
+ResultCode LockedLogger::arm(bool armed) { return changed(call<&LoggerFunctions::ClearTroubleCodes>(armed)); }
+ResultCode LockedLogger::clearAccidentLogs() { return changed(call<&LoggerFunctions::ClearAccidentLogs>()); }
 
 Reply<MemoryInformation> LockedLogger::memoryInformation() {
     MemoryInformation memory;
-    const ResultCode code = library().GetMemoryInformation(&memory.capacity, &memory.used);
+    const ResultCode code = call<&LoggerFunctions::GetMemoryInformation>(&memory.capacity, &memory.used);
     return {code, memory};
 }
 
@@ -293,14 +351,16 @@ void LockedLogger::noteLogsCurrent(const std::string& serialText, std::uint32_t 
 void LockedLogger::noteLogsCurrent() {
     state().logsCurrent = true;
     state().logsReadTime = now();
+    state().readings.memory.reset(); // what was told before does not tell what is there now
+    state().readingsStale = true;
 }
 
 Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
     void* allocated[3] = {};
     int step = 0;
     progress(step, 4); // the transfer, and a log to be parsed three times
-    const ResultCode code =
-        library().GetLogBuffer(static_cast<std::int32_t>(mode), &allocated[0], &allocated[1], &allocated[2]);
+    const ResultCode code = call<&LoggerFunctions::GetLogBuffer>(static_cast<std::int32_t>(mode), &allocated[0],
+                                                                 &allocated[1], &allocated[2]);
     state().logsReadTime = now();
     Reply<RecordBlocks> reply{code, {}};
     Blocks blocks;
@@ -312,8 +372,7 @@ Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
         return reply;
 
     RecordBlocks& records = reply.value;
-    const auto parse = [&](decltype(LoggerFunctions::GetLogRecords) function, const LogBuffer& buffer,
-                           SourceText name) {
+    const auto parse = [&](const auto& function, const LogBuffer& buffer, SourceText name) {
         progress(++step, 4);
         if (cancelled())
             return SetPair{};
@@ -324,13 +383,15 @@ Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
         }
         return sets;
     };
-    SetPair main = parse(library().GetLogRecords, buffers[0], SourceText("trips, trouble codes and activity"));
+    const auto logRecords = [&](auto... out) { return call<&LoggerFunctions::GetLogRecords>(out...); };
+    SetPair main = parse(logRecords, buffers[0], SourceText("trips, trouble codes and activity"));
     records.trips = std::move(main.first);
     records.troublesAndActivity = std::move(main.second);
+    const auto accidentRecords = [&](auto... out) { return call<&LoggerFunctions::GetAccidentLogRecords>(out...); };
     constexpr SourceText kAccidentLogs[] = {SourceText("first accident log"), SourceText("second accident log")};
     for (std::size_t i = 0; i < records.accidents.size(); ++i)
         if (allocated[i + 1]) { // not every logger has both
-            SetPair accidents = parse(library().GetAccidentLogRecords, buffers[i + 1], kAccidentLogs[i]);
+            SetPair accidents = parse(accidentRecords, buffers[i + 1], kAccidentLogs[i]);
             records.accidents[i] = {std::move(accidents.first), std::move(accidents.second)};
         }
     return reply;
@@ -343,12 +404,13 @@ Reply<RecordBlocks> LockedLogger::readLogFile(const std::string& path) {
         return reply;
     }
     void* allocated = nullptr;
-    reply.code = library().GetLogBufferFromFile(&allocated, path.c_str());
+    reply.code = call<&LoggerFunctions::GetLogBufferFromFile>(&allocated, path.c_str());
     Blocks blocks;
     const LogBuffer log = blocks.buffer(allocated);
     if (!reply.ok())
         return reply;
-    SetPair main = log ? blocks.parse(library().GetLogRecords, log) : SetPair{kNothingHandedOver, nullptr, nullptr};
+    const auto logRecords = [&](auto... out) { return call<&LoggerFunctions::GetLogRecords>(out...); };
+    SetPair main = log ? blocks.parse(logRecords, log) : SetPair{kNothingHandedOver, nullptr, nullptr};
     reply.code = main.code;
     reply.value = {std::move(main.first), std::move(main.second), {}, {}};
     return reply;

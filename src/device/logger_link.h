@@ -4,11 +4,13 @@
 #include "device/logger_library.h"
 #include "device/logger_status.h"
 #include "device/record_blocks.h"
+#include "platform/event_log.h"
 
 #include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -49,14 +51,17 @@ struct CallProgress {
 /// LockedLogger only. Outlives everything that refers to it.
 class LoggerLink {
 public:
-    /// Without a library the link still works: every call results in kNoLibrary.
-    explicit LoggerLink(Result<LoggerLibrary> library, WallClock clock = wallClock);
+    /// Without a library the link still works: every call results in kNoLibrary. EVENTS (if given) is told of calls
+    /// that fail, and of loggers that come; it must outlive the link.
+    explicit LoggerLink(Result<LoggerLibrary> library, WallClock clock = wallClock, EventLog* events = nullptr);
     LoggerLink(const LoggerLink&) = delete;
     LoggerLink& operator=(const LoggerLink&) = delete;
 
     bool hasLibrary() const { return libraryProblem_.empty(); }
     /// One sentence on what is wrong with the library; empty when it is there.
     const std::string& libraryProblem() const { return libraryProblem_; }
+    /// What the library's file says of itself; empty without one.
+    const std::string& libraryVersion() const { return libraryVersion_; }
     /// A monitoring probe is under way, so the device lock may take a while. Any thread, without the lock.
     bool probeBusy() const { return probeBusy_; }
 
@@ -67,8 +72,11 @@ private:
     Mutex deviceLock_;
     LoggerLibrary library_ QUOBRIX_GUARDED_BY(deviceLock_);
     LoggerStatus status_ QUOBRIX_GUARDED_BY(deviceLock_);
-    std::string libraryProblem_;
+    std::string libraryProblem_, libraryVersion_;
     WallClock clock_;
+    EventLog* events_;
+    std::map<std::string, ResultCode> noted_ QUOBRIX_GUARDED_BY(deviceLock_); ///< latest results, see noted()
+    std::string notedLogger_ QUOBRIX_GUARDED_BY(deviceLock_);                 ///< none while none is there
     std::atomic<bool> probeBusy_ = false;
 };
 
@@ -90,6 +98,8 @@ public:
     /// The library's words for CODE, or those of this program for its own codes.
     std::string describe(ResultCode code) const;
     std::int64_t now() const { return link_.clock_(); }
+    /// EVENT is for the event log.
+    void note(const ShownText& event) const;
 
     /// PROGRESS, which must outlive this object, is somebody's who waits for what follows.
     void follow(CallProgress& progress) { progress_ = &progress; }
@@ -165,6 +175,16 @@ public:
 private:
     friend class MonitoringProbe;
 
+    /// Calls a function of the library and notes its failure.
+    template <auto Function, class... Arguments>
+    ResultCode call(Arguments... arguments) const;
+    /// Asks it for one value.
+    template <auto Function, class Value>
+    Reply<Value> ask() const;
+    /// CODE is what FUNCTION came to. What is tried again and again is noted only when that changes.
+    ResultCode noted(const char* function, ResultCode code) const;
+    void noteLogger(ResultCode probe) const;
+
     /// Whoever has this object has been handed the lock.
     void held() const QUOBRIX_HOLDS(link_.deviceLock_) {}
     const LoggerFunctions& library() const {
@@ -182,6 +202,7 @@ private:
     LoggerLink& link_;
     MutexLock lock_;
     CallProgress* progress_ = nullptr;
+    bool monitoring_ = false; ///< nobody has asked for the calls
 };
 
 } // namespace quobrix

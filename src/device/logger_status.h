@@ -2,6 +2,7 @@
 
 #include "device/logger_library.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -38,6 +39,9 @@ struct MemoryInformation {
     std::int32_t used = 0;     ///< bytes
     /// An empty logger uses a little for itself.
     bool holdsData() const { return used > 300; }
+    /// What is used of it, 0 to 1.
+    double share() const { return capacity > 0 ? std::clamp(static_cast<double>(used) / capacity, 0.0, 1.0) : 0; }
+    bool nearlyFull() const { return share() > 0.8; }
     bool operator==(const MemoryInformation&) const = default;
 };
 

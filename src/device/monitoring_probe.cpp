@@ -25,9 +25,11 @@ private:
 
 bool MonitoringProbe::run(LockedLogger& logger, const std::function<bool()>& interrupted) {
     const BusyMark busy(logger.link_.probeBusy_);
+    logger.monitoring_ = true;
     const bool tried = openAgain(logger);
     const bool finished = !(tried && interrupted()) && look(logger, interrupted);
     planOpening(logger, tried);
+    logger.monitoring_ = false;
     return finished;
 }
 
@@ -81,12 +83,13 @@ bool MonitoringProbe::look(LockedLogger& logger, const std::function<bool()>& in
     const bool watched = sameLogger && now.time - std::max(previous_->time, status.logsReadTime) <= kLongestGap;
     if (!watched) {
         status.logsCurrent = false;
+        status.readings = {};
         ++status.gaps;
     }
     previous_ = now;
     seen_ = true;
     const bool stale = std::exchange(status.readingsStale, false);
-    if (!seen || !sameLogger || stale)
+    if (!seen || !watched || stale)
         readingsDue_ = LockedLogger::kReadings;
     return takeReadings(logger, interrupted);
 }

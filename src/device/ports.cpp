@@ -3,7 +3,6 @@
 #include "texts/text.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 #include <utility>
 #include <vector>
@@ -90,7 +89,7 @@ ScanResult PortFlows::scan() {
         pause.reset();
         const std::string label = loggerLabel(attempt->status, names_);
         if (prompter_.ask(makeMessage(MessageId::PortDetected, label, port, port, standard)) == Answer::Yes) {
-            settings_.setText(kSection, kDefaultPort, port);
+            makeDefault(port);
             return ScanResult::Found;
         }
         result = ScanResult::Refused;
@@ -118,27 +117,51 @@ bool PortFlows::scanOrChoose() {
 }
 
 bool PortFlows::choosePort() {
-    const std::vector<std::string> choices(kPortNames.begin(), kPortNames.end());
+    if (tellMissingLibrary())
+        return false;
     const auto before = calls_.get({text(kLooking)}, [](const LockedLogger& logger) { return logger.status().port; });
     if (!before)
         return false;
-    std::string current = *before;
-    for (bool tried = false;; tried = true) {
-        const auto found = std::find(choices.begin(), choices.end(), current);
-        const auto preset = found == choices.end() ? 0 : static_cast<std::size_t>(found - choices.begin());
-        const auto choice = prompter_.choose(SourceText("serial port"), choices, preset);
-        if (!choice || *choice >= choices.size()) {
-            if (tried)
-                expect(*before);
+    std::string settled = before->empty() ? defaultPort(settings_) : *before;
+    bool tried = false; // since then
+    SerialPortForm form{{kPortNames.begin(), kPortNames.end()}, settled, {}, {}};
+    form.choose = [&](const std::string& port) {
+        tried = true;
+        const std::optional<Attempt> attempt = open({text(kOpening), port}, port);
+        if (!attempt || !accept(*attempt))
             return false;
-        }
-        current = choices[*choice];
-        const std::optional<Attempt> attempt = open({text(kOpening), current}, current);
-        if (attempt && accept(*attempt)) {
-            settings_.setText(kSection, kDefaultPort, current);
-            return true;
-        }
+        makeDefault(port);
+        return true;
+    };
+    form.scan = [&] {
+        const ScanResult result = scan();
+        settled = defaultPort(settings_);
+        tried = false;
+        if (result == ScanResult::Found)
+            form.port = settled;
+        return describe(result);
+    };
+    const bool accepted = prompter_.fillIn(form);
+    if (!accepted && tried)
+        expect(settled);
+    return accepted;
+}
+
+ShownText PortFlows::describe(ScanResult result) {
+    switch (result) {
+    case ScanResult::Found:
+        if (const auto status =
+                calls_.get({text(kLooking)}, [](const LockedLogger& logger) { return logger.status(); }))
+            return text(TextId::ScanFound, loggerLabel(*status, names_), status->port);
+        return {};
+    case ScanResult::Refused:
+        return text(TextId::ScanFoundNoOther, defaultPort(settings_));
+    case ScanResult::NotFound:
+        return text(TextId::ScanFoundNone);
+    case ScanResult::Cancelled:
+        break;
     }
+    return text(TextId::ScanCancelled);
 }
 
 bool PortFlows::ensureLogger(bool prompt) {
@@ -177,6 +200,13 @@ std::optional<PortFlows::Attempt> PortFlows::open(const CallTitle& title, const 
         attempt.status = logger.status();
         return attempt;
     });
+}
+
+void PortFlows::makeDefault(const std::string& port) {
+    const bool changes = port != defaultPort(settings_);
+    settings_.setText(kSection, kDefaultPort, port);
+    if (changes)
+        calls_.post([port](LockedLogger& logger) { logger.note(text(TextId::EventPort, port)); });
 }
 
 void PortFlows::expect(const std::string& port) {

@@ -53,7 +53,7 @@ public:
     bool scanOrChoose();
     /// Lets the user choose a port until one is accepted, which becomes the default, or the choice is cancelled.
     /// Returns whether a port was accepted: a logger answers on it or the user wants it anyway. If none was, the
-    /// port that was the current one is it again.
+    /// port that was the current one, or that a scan from within has left, is it again.
     bool choosePort();
     /// Whether a logger answers. If none does and PROMPT is set, all ports are scanned; if there is none either, says
     /// so and offers to choose a port. Every command that needs the logger begins with it.
@@ -73,6 +73,8 @@ private:
     std::optional<Attempt> open(const CallTitle& title, const std::string& port); // nothing if it was cancelled
     void expect(const std::string& port);
     bool accept(const Attempt& attempt);
+    void makeDefault(const std::string& port);
+    ShownText describe(ScanResult result);
     bool tellMissingLibrary();
 
     LoggerCalls& calls_;

@@ -1,11 +1,24 @@
 #pragma once
 
+#include "base/shown_text.h"
+
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace quobrix {
 
 // What a person fills in for a flow of the core: plain values, preset by the flow.
+
+/// On which port the logger is. The person stays in the form while its functions try ports, ask and tell, and it is
+/// filled in once one of PORTS has been accepted.
+struct SerialPortForm {
+    std::vector<std::string> ports;
+    std::string port;                                    ///< the current one; a scan may change it
+    std::function<bool(const std::string& port)> choose; ///< tries PORT; whether it is accepted
+    std::function<ShownText()> scan;                     ///< looks on all ports; what came of it
+};
 
 /// How loud a logger's alarm is.
 struct AlarmForm {

@@ -33,11 +33,12 @@ public:
                                                     const std::vector<SourceText>& actions) = 0;
     /// A statement; returns when it has been taken note of.
     virtual void tell(const Message& statement) = 0;
-    /// One of CHOICES, with PRESET marked; nothing when the person cancels. WHAT says what is chosen ("serial port").
+    /// One of CHOICES, with PRESET marked; nothing when the person cancels. WHAT says what is chosen ("vehicle").
     virtual std::optional<std::size_t> choose(SourceText what, const std::vector<std::string>& choices,
                                               std::size_t preset) = 0;
     /// A form, preset as it comes. False when the person cancels, or nobody is there to fill it in: what is then in it
     /// does not count.
+    virtual bool fillIn(SerialPortForm&) { return false; }
     virtual bool fillIn(AlarmForm&) { return false; }
     virtual bool fillIn(DateAndTimeForm&) { return false; }
     virtual bool fillIn(TimeDifferenceForm&) { return false; }

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace quobrix {
 
@@ -22,5 +24,8 @@ private:
 
     std::shared_ptr<void> handle_;
 };
+
+/// The version in the resources of the library or program PATH ("1.2.0.3"); nothing where systems or files have none.
+std::optional<std::string> fileVersion(const std::filesystem::path& path);
 
 } // namespace quobrix

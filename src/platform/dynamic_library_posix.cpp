@@ -24,4 +24,6 @@ Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
 
 void* DynamicLibrary::symbol(const char* name) const { return ::dlsym(handle_.get(), name); }
 
+std::optional<std::string> fileVersion(const std::filesystem::path&) { return {}; }
+
 } // namespace quobrix

@@ -2,6 +2,10 @@
 #include "platform/system_error.h"
 #include "texts/text.h"
 
+#include <cstddef>
+#include <vector>
+
+#include <fmt/format.h>
 #include <windows.h>
 
 namespace quobrix {
@@ -25,6 +29,18 @@ Result<DynamicLibrary> DynamicLibrary::open(const std::filesystem::path& path) {
 
 void* DynamicLibrary::symbol(const char* name) const {
     return reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(handle_.get()), name));
+}
+
+std::optional<std::string> fileVersion(const std::filesystem::path& path) {
+    std::vector<std::byte> resource(GetFileVersionInfoSizeW(path.c_str(), nullptr));
+    VS_FIXEDFILEINFO* version = nullptr;
+    UINT size = 0;
+    if (resource.empty() ||
+        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(resource.size()), resource.data()) ||
+        !VerQueryValueW(resource.data(), L"\\", reinterpret_cast<void**>(&version), &size) || size < sizeof *version)
+        return {};
+    return fmt::format("{}.{}.{}.{}", HIWORD(version->dwFileVersionMS), LOWORD(version->dwFileVersionMS),
+                       HIWORD(version->dwFileVersionLS), LOWORD(version->dwFileVersionLS));
 }
 
 } // namespace quobrix

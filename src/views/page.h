@@ -10,6 +10,7 @@
 
 namespace quobrix {
 
+class EventLog;
 class Settings;
 class TimeZone;
 class TQuobrixDocument;
@@ -21,6 +22,7 @@ struct ViewContext {
     Settings& settings;
     TUnitSystem& units;
     const TimeZone& zone;
+    EventLog* events = nullptr;                  ///< of this run
     Prompter* prompter = nullptr;                ///< as in SpreadsheetContext
     const SpreadsheetWindows* windows = nullptr; ///< likewise
 

@@ -52,7 +52,7 @@ protected:
                      if (onReplacing_)
                          onReplacing_();
                  },
-                 [this] { log_ += "replaced "; }, [] {}}};
+                 [this] { log_ += "replaced "; }, [] {}, [this](const ShownText& event) { events_.push_back(event); }}};
     }
     void addTrip() {
         test::addTrip(document_, test::kStart);
@@ -85,6 +85,7 @@ protected:
     TQuobrixDocument document_;
     ScriptedChooser chooser_;
     std::string log_;
+    std::vector<std::string> events_;
     std::function<void()> onReplacing_;
 };
 
@@ -196,6 +197,8 @@ TEST_F(DocumentFilesTest, ADamagedFileIsToldOfOnce) {
     EXPECT_TRUE(flows.save()); // nothing was changed, so nothing is asked
     EXPECT_EQ(document_.path(), folder_ / "b.car");
     EXPECT_FALSE(document_.readOnly());
+    EXPECT_EQ(events_.at(0), "Damage was met in " + utf8(path) + ": the stream \"Version\" is missing");
+    EXPECT_EQ(events_.at(1), utf8(folder_ / "b.car") + " was saved.");
 
     const ObjectId trips = document_.trips().id();
     document_.newDocument();

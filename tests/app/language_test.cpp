@@ -287,10 +287,12 @@ TEST_F(LanguageTest, EveryMessageAndItsBoxIsTranslated) {
               "a.car⟦ cannot be ⟧⟦opened⟧⟦ because it does not exist.⟧");
     QWidget window;
     DialogPrompter prompter(window, reminders_, context_.text(), [](const QString&) {});
-    expectBoxes(3, [&] {
+    expectBoxes(4, [&] {
         prompter.askOrCancel(makeMessage(MessageId::KeepUnitChanges, "⟦⟧"));
         prompter.tell(makeMessage(MessageId::InvalidSerialNumber));
-        prompter.choose(SourceText("port"), {"COM3"}, 0);
+        prompter.choose(SourceText("vehicle"), {"COM3"}, 0);
+        SerialPortForm form{{"COM3"}, "COM3", {}, {}};
+        prompter.fillIn(form);
     });
     data_.values << QStringLiteral("COM3");
     expectTranslated(20);

@@ -2,6 +2,7 @@
 
 #include "app/names_commands.h"
 #include "device/clear_flow.h"
+#include "device/ports.h"
 #include "support/frame_fixture.h"
 #include "support/record_set_builder.h"
 #include "support/slow_logger_library.h"
@@ -10,6 +11,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -186,6 +188,49 @@ TEST_F(LoggerCommandsTest, MenusSayWhatTheLoggerCanDoAndWhatIsSet) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return states() == "oox--oo"; }, 20'000)) << states();
 }
 
+TEST_F(LoggerCommandsTest, ThePortDialogStaysOpenUntilAPortIsAccepted) {
+    fake_.loggers["COM4"] = "K-0042-B";
+    fake_.portProblems["COM3"] = QUOBRIX_PORT_IN_USE;
+    const auto ok = QStringLiteral("OK"), yes = QStringLiteral("Yes"), no = QStringLiteral("No");
+    const auto port = [](QWidget& dialog) { return dialog.findChild<QComboBox*>(QStringLiteral("SerialPort")); };
+    const auto choose = [=](const char* name) {
+        return [=](QWidget& dialog) { port(dialog)->setCurrentText(QLatin1String(name)); };
+    };
+    QStringList seen;
+    // From the last thing that a person does to the first.
+    const auto accept = [&](QWidget& box) {
+        seen << box.objectName();
+        answer(ok, [&](QWidget& dialog) {
+            seen << port(dialog)->currentText() << dialog.findChild<QLabel*>(QStringLiteral("ScanResult"))->text();
+        });
+    };
+    const auto scan = [&](QWidget& box) {
+        seen << box.objectName();
+        answer(QStringLiteral("ScanPorts"), [&](QWidget& dialog) {
+            seen << port(dialog)->currentText();
+            answer(yes, accept);
+        });
+    };
+    const auto tryAnEmptyOne = [&](QWidget& box) {
+        seen << box.objectName();
+        answer(ok, [&](QWidget& dialog) {
+            seen << port(dialog)->currentText();
+            choose("COM2")(dialog);
+            answer(no, scan);
+        });
+    };
+    answer(ok, [&](QWidget& dialog) {
+        EXPECT_FALSE(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Help)->isEnabled());
+        choose("COM3")(dialog);
+        answer(ok, tryAnEmptyOne);
+    });
+    frame_.commands().action(CommandId::CommunicationsPort)->trigger();
+    EXPECT_EQ(seen.join(QLatin1Char('|')).toStdString(), "PortInUse|COM3|UseSerialPortAnyway|COM2|PortDetected|COM4|A "
+                                                         "Quobrix (K-0042-B) was found on COM4.");
+    EXPECT_EQ(defaultPort(settings_), "COM4");
+    EXPECT_FALSE(QApplication::activeModalWidget());
+}
+
 TEST_F(LoggerCommandsTest, EachDialogDoesWhatItSays) {
     using enum CommandId;
     fake_.loggers["COM1"] = "K-0042-B";
@@ -223,6 +268,30 @@ TEST_F(LoggerCommandsTest, EachDialogDoesWhatItSays) {
     run(ClearMemory);
     EXPECT_EQ(fake_.count("ClearLogs"), 1);
     EXPECT_EQ(clearAfterDownload(settings_), ClearAfterDownload::Always);
+}
+
+TEST_F(LoggerCommandsTest, NewDataIsAskedAboutAndTheMemoryWarnedOf) {
+    auto* warning = frame_.findChild<QLabel*>(QStringLiteral("loggerWarning"));
+    fake_.loggers["COM1"] = "K-0042-B";
+    fake_.memory = {1000, 800};
+    frame_.show();
+    QString asked;
+    answer(QStringLiteral("No"), [&](QWidget& box) { asked = qobject_cast<QMessageBox*>(&box)->text(); });
+    setOnNewData(settings_, OnNewData::Ask);
+    commands_.start();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !asked.isEmpty() && !QApplication::activeModalWidget(); }, 20'000));
+    EXPECT_EQ(asked.toStdString(), "The Quobrix K-0042-B holds new data.\n\nDownload it now?");
+    EXPECT_FALSE(warning->isVisible()) << "80 % are none too many";
+    std::atomic<bool> full = true;
+    fake_.during = [&](const std::string& function) { // on the worker
+        if (function == "GetMemoryInformation")
+            fake_.memory.used = full ? 1200 : 10;
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return warning->isVisible(); }, 20'000));
+    EXPECT_EQ(warning->text(), QStringLiteral("Memory 100 % full"));
+    full = false;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !warning->isVisible(); }, 20'000));
+    EXPECT_EQ(fake_.count("GetLogBuffer"), 0);
 }
 
 TEST_F(LoggerCommandsTest, AnUnsavedDownloadIsOfferedAtTheNextStart) {

@@ -2,6 +2,7 @@
 
 #include "app/document_files.h"
 #include "app/theme.h"
+#include "device/new_data.h"
 #include "messages/reminders.h"
 
 #include <QApplication>
@@ -51,6 +52,19 @@ TEST_F(MiscellaneousDialogTest, BringsBackTheOfferToCompact) {
     EXPECT_FALSE(offersCompaction(settings_)) << "before OK";
     dialog.accept();
     EXPECT_TRUE(offersCompaction(settings_));
+}
+
+TEST_F(MiscellaneousDialogTest, WhatIsDoneWithTheLoggersData) {
+    field("TClearMemoryColumn")->setCurrentText(QStringLiteral("Never"));
+    field("TNewDataColumn")->setCurrentText(QStringLiteral("Ask"));
+    EXPECT_EQ(settings_.getInteger("TClearMemoryColumn", "Value", 0), 0);
+    dialog_.accept();
+    EXPECT_EQ(settings_.getInteger("TClearMemoryColumn", "Value", 0), 2);
+    EXPECT_EQ(onNewData(settings_), OnNewData::Ask);
+    const MiscellaneousDialog again(settings_, reminders_, nullptr);
+    EXPECT_EQ(again.findChild<QComboBox*>(QStringLiteral("TClearMemoryColumn"))->currentText(),
+              QStringLiteral("Never"));
+    EXPECT_EQ(again.findChild<QComboBox*>(QStringLiteral("TNewDataColumn"))->currentText(), QStringLiteral("Ask"));
 }
 
 TEST_F(MiscellaneousDialogTest, ColorsChangeImmediately) {

@@ -1,8 +1,14 @@
 #include "device/monitoring_probe.h"
 
+#include "device/new_data.h"
+#include "settings/settings.h"
 #include "support/fake_logger_library.h"
+#include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace quobrix::testing {
 namespace {
@@ -118,5 +124,70 @@ TEST_F(Monitoring, AClosedPortIsOpenedAgain) {
     EXPECT_EQ(fake_.openPort, "COM2") << "before the first scan there is nothing to open";
 }
 
+TEST_F(Monitoring, EventsAreNotedOnceUntilTheyChange) {
+    const test::TemporaryFolder folder;
+    {
+        EventLog events(LogFile(folder / "events.txt"), [] { return "-"; });
+        LoggerLink link(
+            FakeLoggerLibrary::library(), [this] { return now_; }, &events);
+        LockedLogger logger(link);
+        MonitoringProbe probe;
+        const auto probes = [&] {
+            for (int i = 0; i < 10; ++i)
+                probe.run(logger);
+        };
+        fake_.results["GetTroubleByte"] = -7;
+        logger.openPort("COM1");
+        probes();
+        fake_.loggers.clear();
+        probes();
+        fake_.loggers["COM1"] = "K-0042-B";
+        probes();
+        fake_.loggers["COM1"] = "K-0043-B";
+        probes();
+        fake_.results["EnableLED"] = -8;
+        logger.enableLed(true);
+        logger.enableLed(true);
+        fake_.portProblems["COM2"] = QUOBRIX_PORT_IN_USE;
+        logger.openPort("COM2");
+        logger.openPort("COM2");
+    }
+    EXPECT_EQ(test::textOf(folder / "events.txt"), "- Quobrix K-0042-B was found on COM1.\n"
+                                                   "- QuobrixGetTroubleByte failed on COM1: -7 (error -7).\n"
+                                                   "- QuobrixGetSerialNumberAndTime failed on COM1: -98 (error -98).\n"
+                                                   "- Quobrix K-0042-B was found on COM1.\n"
+                                                   "- Quobrix K-0043-B was found on COM1.\n"
+                                                   "- QuobrixEnableLED failed on COM1: -8 (error -8).\n"
+                                                   "- QuobrixEnableLED failed on COM1: -8 (error -8).\n"
+                                                   "- QuobrixOpenPort failed on COM2: -197 (error -197).\n");
+}
+
+TEST_F(Monitoring, NewDataIsToldOnceAConnection) {
+    Settings settings(std::make_unique<MemorySettings>());
+    NewDataWatch watch(settings);
+    const auto sees = [&](std::int32_t used, std::int64_t seconds = 10, bool idle = true) {
+        fake_.memory.used = used;
+        bool saw = false;
+        for (int i = 0; i < LockedLogger::kReadings; ++i) {
+            now_ += i == 0 ? seconds : 0;
+            probe_.run(logger_);
+            saw = watch.see(logger_.status(), idle) || saw;
+        }
+        return saw;
+    };
+    EXPECT_FALSE(sees(500)) << "it has just been downloaded";
+    EXPECT_FALSE(sees(700)) << "likewise, as far as is known";
+    EXPECT_FALSE(sees(500, 31)) << "as after the download";
+    EXPECT_FALSE(sees(700, 31, false));
+    EXPECT_TRUE(sees(700)) << "once something can be done";
+    EXPECT_FALSE(sees(900));
+    EXPECT_TRUE(sees(900, 31));
+    EXPECT_FALSE(sees(300, 31)) << "no more than an empty one";
+    fake_.loggers["COM1"] = "K-0043-B";
+    EXPECT_TRUE(sees(500)) << "another one's";
+    logger_.clearLogs();
+    EXPECT_FALSE(sees(310));
+    EXPECT_FALSE(sees(310, 31)) << "as after the clear";
+}
 } // namespace
 } // namespace quobrix::testing

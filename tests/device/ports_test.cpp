@@ -83,6 +83,28 @@ TEST_F(Ports, NothingFoundOffersTheChoiceOfAPort) {
     EXPECT_EQ(defaultPort(settings_), "COM9");
 }
 
+TEST_F(Ports, AScanFromWithinTheChoice) {
+    LockedLogger(link_).openPort("COM3");
+    fake_.loggers = {{"COM7", "K-0042-B"}};
+    fake_.portProblems["COM8"] = QUOBRIX_PORT_IN_USE;
+    ScriptedPrompter prompter{{{MessageId::PortInUse},
+                               {MessageId::PortDetected, Answer::No},
+                               {MessageId::PortDetected},
+                               {MessageId::PortInUse}},
+                              {"COM8", "Scan", "Scan", "COM8"}};
+    EXPECT_FALSE(flows(prompter).choosePort()) << "cancelled";
+    EXPECT_EQ(prompter.presets, (std::vector<std::string>{"COM3", "COM8", "COM8", "COM7", "COM8"}));
+    EXPECT_EQ(prompter.shown[2], "No other Quobrix was found. The port is still COM3.");
+    EXPECT_EQ(prompter.shown[4], "A Quobrix (K-0042-B) was found on COM7.");
+    EXPECT_EQ(defaultPort(settings_), "COM7");
+    EXPECT_EQ(status().port, "COM7") << "what the scan has found stays";
+
+    fake_.loggers.clear();
+    ScriptedPrompter again{{}, {"Scan"}};
+    EXPECT_FALSE(flows(again).choosePort());
+    EXPECT_EQ(again.shown[0], "No Quobrix was found on any of the ports.");
+}
+
 TEST_F(Ports, AnEmptyPortMayBeChosen) {
     ScriptedPrompter prompter{{{MessageId::UseSerialPortAnyway, Answer::Yes}}, {"COM2"}};
     EXPECT_TRUE(flows(prompter).choosePort());

@@ -1,4 +1,5 @@
 #include "platform/dynamic_library.h"
+#include "platform/event_log.h"
 #include "platform/file_system.h"
 #include "platform/log_file.h"
 #include "platform/paths.h"
@@ -10,7 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <atomic>
+#include <cstdlib>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -164,6 +166,27 @@ TEST_F(PlatformTest, ProgramsShareALogFile) {
     };
     EXPECT_EQ(of("aa\n"), kLines);
     EXPECT_EQ(of("bb\n"), kLines);
+}
+
+TEST_F(PlatformTest, NobodyWaitsForTheEventLog) {
+    class HangingFiles final : public ForwardingFiles {
+    public:
+        std::atomic<bool> hang = true;
+        Result<std::unique_ptr<File>> open(const fs::path& path, FileMode mode) override {
+            hang.wait(true);
+            return ForwardingFiles::open(path, mode);
+        }
+    } files;
+    {
+        EventLog events(LogFile(folder_ / "events.txt", LogFile::kLargest, files), [] { return "today"; });
+        events.note(ShownText::asItIs("started"));
+        events.note(ShownText::asItIs("lost\nand found"));
+        EXPECT_EQ(textOf(folder_ / "events.txt"), "");
+        files.hang = false;
+        files.hang.notify_all();
+    }
+    EXPECT_EQ(textOf(folder_ / "events.txt"), "today started\ntoday lost and found\n");
+    EventLog(LogFile(folder_), [] { return ""; }).note(ShownText::asItIs("cannot be written"));
 }
 
 TEST_F(PlatformTest, IdentityIsOfTheFileNotOfItsName) {
@@ -416,6 +439,10 @@ TEST_F(PlatformTest, LibrariesAreLoadedByPath) {
     put(folder_ / "text.so", "no library");
     EXPECT_EQ(DynamicLibrary::open(folder_ / "text.so").error().kind, ErrorKind::Unsupported);
     EXPECT_EQ(DynamicLibrary::open("libm.so.6").error().kind, ErrorKind::Unsupported) << "not sought anywhere";
+#ifdef _WIN32
+    EXPECT_NE(fileVersion(fs::path(std::getenv("SystemRoot")) / "system32" / "kernel32.dll"), std::nullopt);
+#endif
+    EXPECT_EQ(fileVersion(folder_), std::nullopt);
 }
 
 TEST_F(PlatformTest, PrivateFolders) {

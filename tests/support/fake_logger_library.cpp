@@ -87,7 +87,8 @@ struct FakeFunctions {
     }
     static std::int32_t identity(char* serial, char* product, std::int32_t* major, std::int32_t*, std::int32_t*,
                                  std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*, std::int32_t*) {
-        std::strcpy(serial, "K-0042-B");
+        const auto present = current->loggers.find(current->openPort);
+        std::strcpy(serial, present == current->loggers.end() ? "K-0042-B" : present->second.c_str());
         std::strcpy(product, current->product.c_str());
         *major = 3;
         return current->command("GetIdentityInformation");

@@ -74,6 +74,23 @@ public:
         return static_cast<std::size_t>(place - choices.begin());
     }
 
+    /// Chooses the script's ports, one after the other until one is accepted, or scans where that says "Scan".
+    bool fillIn(SerialPortForm& form) override {
+        for (;;) {
+            presets.push_back(form.port);
+            if (choices_.empty())
+                return false;
+            const std::string choice = choices_.front();
+            choices_.pop_front();
+            if (choice == "Scan") {
+                shown.push_back(form.scan());
+                continue;
+            }
+            form.port = choice;
+            if (form.choose(choice))
+                return true;
+        }
+    }
     bool fillIn(AlarmForm& form) override { return fills(form, alarm); }
     bool fillIn(DateAndTimeForm& form) override { return fills(form, dateAndTime); }
     bool fillIn(TimeDifferenceForm& form) override { return fills(form, timeDifference); }

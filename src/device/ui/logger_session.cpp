@@ -33,6 +33,10 @@ std::string LoggerSession::statusText() const {
     return link_.hasLibrary() ? portStatusText(*status_, names()) : text(TextId::NoLoggerLibrary);
 }
 
+std::string LoggerSession::libraryVersion() const {
+    return link_.hasLibrary() ? link_.libraryVersion() : text(TextId::LibraryNone);
+}
+
 void LoggerSession::scanPorts() {
     flows().ports().scanOrChoose();
     if (!polling_) {

@@ -46,6 +46,8 @@ public:
         worker_.submit([](LockedLogger& logger) { logger.noteLogsDoubtful(); });
     }
     bool hasLibrary() const { return link_.hasLibrary(); }
+    /// For the About box.
+    std::string libraryVersion() const;
 
 signals:
     void statusChanged();
