@@ -4,7 +4,9 @@
 #include "cli/logger_connection.h"
 #include "cli/option_prompter.h"
 #include "cli/writing.h"
+#include "device/clock_flow.h"
 #include "device/download.h"
+#include "device/log_file_import.h"
 #include "messages/file_messages.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
@@ -15,6 +17,7 @@
 #include <fmt/format.h>
 
 #include <chrono>
+#include <functional>
 #include <thread>
 
 namespace quobrix::cli {
@@ -85,62 +88,132 @@ Result<void> save(TQuobrixDocument& document, const std::string& file, OptionPro
     return saved;
 }
 
+/// A document that takes records from somewhere, and is saved.
+class Intake {
+public:
+    explicit Intake(const IntakeOptions& options) : options_(options), prompter_(options.yesTo, options.vehicle) {}
+
+    /// Whether the document can be written to; complains if not.
+    bool open() { return openForWriting(document_, options_.file); }
+    FlowContext context(LoggerCalls& calls) {
+        const auto names = [this](const std::string& serialNumber) { return document_.loggers().nameOf(serialNumber); };
+        return {calls, prompter_, settings_, noProgress_, names, document_};
+    }
+    TextContext text() const { return {units_, zone_}; }
+    MergeFlow::Hooks hooks() const {
+        const auto anotherFile = [this] {
+            complain(quobrix::text(TextId::CliNameNewFile, options_.file));
+            return false;
+        };
+        return {.startNewDocument = anotherFile, .mayStartNewDocument = anotherFile};
+    }
+    Settings& settings() { return settings_; }
+
+    /// Saves what READ puts into the document, which it does again if another program makes the file meanwhile.
+    /// SAVED happens each time that there is something to be saved and it is.
+    void run(const std::function<std::optional<MergeResult>()>& read, const std::function<void()>& saved) {
+        do { // what READ reads is still there
+            result_ = read();
+            // A new document is made for records only.
+            makes_ = result_ && (document_.hasFile() || result_->changed());
+            saved_ = makes_ ? save(document_, options_.file, prompter_) : Result<void>();
+            if (saved_)
+                saved();
+        } while (!saved_ && saved_.error().kind == ErrorKind::Exists && openWhatAppeared(document_, options_.file));
+    }
+    /// What was merged, if all of it is in a saved document or there was nothing.
+    const MergeResult* safe() const { return result_ && saved_ ? &*result_ : nullptr; }
+    /// Saves what has changed since.
+    void saveAgain() {
+        if (saved_ && document_.hasFile() && document_.modified())
+            saved_ = save(document_, options_.file, prompter_);
+    }
+
+    /// Tells what came of it. SETTLED: so did what was to follow.
+    ExitCode finish(bool settled = true) {
+        if (!result_) {
+            if (!prompter_.told())
+                complain(quobrix::text(TextId::CliNothingDownloaded));
+            return kFailed;
+        }
+        if (!saved_ && saved_.error().kind != ErrorKind::NotDurable)
+            return kFailed;
+        for (const ShownText& line : result_->refusedLines())
+            complain(line);
+        Output output;
+        output.put(ShownText::asItIs(result_->summary() + "\n"));
+        if (!makes_) {
+            complain(quobrix::text(TextId::CliNotMade, options_.file));
+            return output.finish(!result_->complete() ? kFailed : settled ? kDone : kIncomplete);
+        }
+        return output.finish(saved_ && result_->complete() && settled ? kDone : kIncomplete,
+                             quobrix::text(TextId::CliHasBeenSaved, options_.file));
+    }
+
+private:
+    const IntakeOptions& options_;
+    TQuobrixDocument document_;
+    Settings settings_{userSettings()};
+    OptionPrompter prompter_;
+    ProgressReporter noProgress_;
+    const TUnitSystem units_;
+    const TimeZone zone_ = TimeZone::local();
+    std::optional<MergeResult> result_;
+    Result<void> saved_;
+    bool makes_ = false;
+};
+
 } // namespace
 
 ExitCode download(const DownloadOptions& options) {
-    TQuobrixDocument document;
-    if (!openForWriting(document, options.file))
+    Intake intake(options);
+    if (!intake.open())
         return kFailed;
-    Settings settings(userSettings());
-    LoggerConnection connection(settings, options.port);
+    LoggerConnection connection(intake.settings(), options.port);
     if (!connection.open(LoggerCommand::Download))
         return kFailed;
     DirectCalls calls(connection.link());
-
-    OptionPrompter prompter(options.yesTo);
-    ProgressReporter noProgress;
-    const auto names = [&](const std::string& serialNumber) { return document.loggers().nameOf(serialNumber); };
-    const auto anotherFile = [&] {
-        complain(text(TextId::CliNameNewFile, options.file));
-        return false;
-    };
+    const FlowContext context = intake.context(calls);
     RecoveryFolder recoveries(recoveryFolder());
-    const TUnitSystem units;
-    const TimeZone zone = TimeZone::local();
-    std::optional<MergeResult> result;
-    Result<void> saved;
-    bool makes = false;
-    do { // what the logger holds is still there
-        result = Download({calls, prompter, settings, noProgress, names, document}, recoveries, {units, zone},
-                          {.startNewDocument = anotherFile,
-                           .mayStartNewDocument = anotherFile,
+    const LogFile log = downloadLog();
+    std::string logger;
+    intake.run(
+        [&] {
+            Download flow(context, intake.text(), intake.hooks(), recoveries,
+                          {.times = options.computerTime ? Download::Times::Computer : Download::Times::Logger,
                            .mayChangePort = false,
-                           .times = Download::Times::Logger})
-                     .run();
-        // A new document is made for records only.
-        makes = result && (document.hasFile() || result->changed());
-        saved = makes ? save(document, options.file, prompter) : Result<void>();
-        if (saved)
-            recoveries.documentSaved();
-    } while (!saved && saved.error().kind == ErrorKind::Exists && openWhatAppeared(document, options.file));
+                           .log = [&](const std::string& line) { static_cast<void>(log.append(line)); }});
+            std::optional<MergeResult> result = flow.run();
+            logger = flow.logger();
+            return result;
+        },
+        [&] { recoveries.documentSaved(); });
+    bool settled = true;
+    if (const MergeResult* result = intake.safe(); result && (options.clear || options.setClock)) {
+        settled = result->unreadable.empty();
+        const bool cleared = settled && options.clear && ClearFlow(context).clearSaved(logger, result->refusedCount());
+        settled = settled && (cleared || !options.clear);
+        if (settled && options.setClock)
+            settled =
+                ClockFlow(context, intake.text()).synchronizeDownloaded(logger, cleared ? 0 : result->refusedCount());
+        intake.saveAgain();
+    }
     connection.close();
-    if (!result) {
-        if (!prompter.told())
-            complain(text(TextId::CliNothingDownloaded));
+    return intake.finish(settled);
+}
+
+ExitCode importLogs(const ImportOptions& options) {
+    Intake intake(options);
+    if (!intake.open())
         return kFailed;
-    }
-    if (!saved && saved.error().kind != ErrorKind::NotDurable)
+    LoggerConnection connection(intake.settings(), {});
+    if (!connection.hasLibrary())
         return kFailed;
-    for (const ShownText& line : result->refusedLines())
-        complain(line);
-    Output output;
-    output.put(ShownText::asItIs(result->summary() + "\n"));
-    if (!makes) {
-        complain(text(TextId::CliNotMade, options.file));
-        return output.finish(result->complete() ? kDone : kFailed);
-    }
-    return output.finish(saved && result->complete() ? kDone : kIncomplete,
-                         text(TextId::CliHasBeenSaved, options.file));
+    DirectCalls calls(connection.link());
+    const FlowContext context = intake.context(calls);
+    intake.run([&] { return LogFileImport(context, intake.text(), intake.hooks()).run(pathFromUtf8(options.logs)); },
+               [] {});
+    return intake.finish();
 }
 
 } // namespace quobrix::cli

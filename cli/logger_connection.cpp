@@ -11,11 +11,15 @@ LoggerConnection::LoggerConnection(const Settings& settings, const std::optional
     : link_(loadLoggerLibrary(loggerLibraryPath(programFolder(executablePath())))),
       port_(port ? *port : defaultPort(settings)) {}
 
-bool LoggerConnection::open(LoggerCommand command) {
-    if (!link_.hasLibrary()) {
+bool LoggerConnection::hasLibrary() const {
+    if (!link_.hasLibrary())
         complain(text(TextId::CliNoLibrary, link_.libraryProblem()));
+    return link_.hasLibrary();
+}
+
+bool LoggerConnection::open(LoggerCommand command) {
+    if (!hasLibrary())
         return false;
-    }
     LockedLogger logger(link_);
     const LoggerOutcome opened = logger.outcome(logger.openPort(port_));
     if (!opened.ok()) {

@@ -15,6 +15,8 @@ public:
     /// PORT: none is the one that the window program uses.
     LoggerConnection(const Settings& settings, const std::optional<std::string>& port);
 
+    /// Whether the library is there; complains if not.
+    bool hasLibrary() const;
     /// Whether a logger answers on the port, which then stays open for COMMAND. If not, complains why.
     bool open(LoggerCommand command);
     void close() { LockedLogger(link_).closePort(); }

@@ -33,9 +33,14 @@ std::optional<std::size_t> OptionPrompter::choose(SourceText what, const std::ve
     return {};
 }
 
+bool OptionPrompter::fillIn(UnidentifiedVehicleForm& form) {
+    form.vehicle = vehicle_;
+    return !vehicle_.empty();
+}
+
 std::vector<std::string> questionKeys() {
     std::vector<std::string> keys;
-    for (const MessageId question : {MessageId::NewFileRecommended, MessageId::NoBackup})
+    for (const MessageId question : {MessageId::NewFileRecommended, MessageId::NoBackup, MessageId::ClearQuobrix})
         keys.emplace_back(messageSpec(question).key);
     return keys;
 }

@@ -24,8 +24,9 @@ constexpr SourceText kFooter(
     "  3  done, but parts of the document could not be read (check: a later version has written\n"
     "     it; check --repair: not all is in the new document), or the saved file may not survive a power cut, or a "
     "file was written but\n"
-    "     the result could not be printed; for download: saved, but some records were refused or a\n"
-    "     part of the logger's memory could not be read\n"
+    "     the result could not be printed; for download: saved, but some records were refused, a\n"
+    "     part of the logger's memory could not be read, or the logger was not cleared or its clock\n"
+    "     not set as asked\n"
     "Reading commands change nothing. No command waits for a person.\n"
     "QUOBRIX_LIBRARY names the logger library, or its folder; TZ the time zone of times.");
 
@@ -72,13 +73,28 @@ ExitCode run(const ProgramArguments& arguments) {
         command.add_option("--units", target, text(TextId::CliHelpUnits));
     };
 
+    const auto intake = [](CLI::App& command, IntakeOptions& target) {
+        command.add_option("--into", target.file, text(TextId::CliHelpDownloadInto))->required();
+        command.add_option("--vehicle", target.vehicle, text(TextId::CliHelpVehicle));
+        command.add_option("--yes-to", target.yesTo, text(TextId::CliHelpYesTo))
+            ->check(CLI::IsMember(questionKeys()))
+            ->type_name(text(TextId::CliHelpWordQuestion));
+    };
     DownloadOptions downloadOptions;
     CLI::App& downloadCommand = subcommand("download", TextId::CliHelpDownload);
     downloadCommand.add_option("--port", downloadOptions.port, text(TextId::CliHelpPort));
-    downloadCommand.add_option("--into", downloadOptions.file, text(TextId::CliHelpDownloadInto))->required();
-    downloadCommand.add_option("--yes-to", downloadOptions.yesTo, text(TextId::CliHelpYesTo))
-        ->check(CLI::IsMember(questionKeys()))
-        ->type_name(text(TextId::CliHelpWordQuestion));
+    intake(downloadCommand, downloadOptions);
+    std::string clock = "logger";
+    downloadCommand.add_option("--time", clock, text(TextId::CliHelpTime))
+        ->check(CLI::IsMember({"logger", "computer"}))
+        ->type_name(text(TextId::CliHelpWordText));
+    downloadCommand.add_flag("--clear", downloadOptions.clear, text(TextId::CliHelpClear));
+    downloadCommand.add_flag("--set-clock", downloadOptions.setClock, text(TextId::CliHelpSetClock));
+
+    ImportOptions importOptions;
+    CLI::App& importCommand = subcommand("import", TextId::CliHelpImport);
+    importCommand.add_option("logs", importOptions.logs, text(TextId::CliHelpImportFile))->required();
+    intake(importCommand, importOptions);
 
     ListOptions listOptions;
     CLI::App& listCommand = subcommand("list", TextId::CliHelpList);
@@ -148,8 +164,12 @@ ExitCode run(const ProgramArguments& arguments) {
                       unknownCommand ? text(TextId::CliNoSuchCommand, unknown.front()) : std::string(error.what())));
         return kUsage;
     }
-    if (downloadCommand)
+    if (downloadCommand) {
+        downloadOptions.computerTime = clock == "computer";
         return download(downloadOptions);
+    }
+    if (importCommand)
+        return importLogs(importOptions);
     if (configureCommand)
         return configure(configureOptions);
     if (listCommand) {

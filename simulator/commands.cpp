@@ -214,7 +214,8 @@ Result<void> fault(const PortStore& store, const std::string& port, const FaultO
 #include "device/logger_library.def"
 #undef ENTRY
     };
-    Faults faults{options.delay, {}};
+    Faults faults{.delay = options.delay, .garbage = options.garbage, .drift = options.drift};
+    faults.driftSince = computerTime();
     for (const std::string& text : options.fail) {
         Faults::Failure failure{text.substr(0, text.find('=')), -1, options.after, options.once};
         // What describes results has none of its own.

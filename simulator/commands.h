@@ -42,6 +42,8 @@ struct GenerateOptions {
 
 struct FaultOptions {
     double delay = 0;              ///< s
+    bool garbage = false;          ///< in the lengths within record sets
+    double drift = 0;              ///< s a day, of the logger's clock
     std::vector<std::string> fail; ///< "FUNCTION" or "FUNCTION=RESULT"
     std::uint32_t after = 0;
     bool once = false;

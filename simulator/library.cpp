@@ -202,6 +202,24 @@ ByteView viewOf(const void* image) {
 
 using Parser = Result<RecordSets> (*)(ByteView image);
 
+/// The faults of the open port.
+Faults faults() { return openPort ? openPort->store.faults(openPort->name) : Faults(); }
+
+/// The record in the middle of SET claims to be longer than the set, which hides all that follow it.
+void putGarbage(QuobrixRecordSet* set) {
+    auto* const bytes = reinterpret_cast<std::uint8_t*>(set);
+    std::size_t place = sizeof *set;
+    QuobrixRecordHead head;
+    for (std::uint32_t record = 0; record < set->recordCount; ++record, place += head.size) {
+        std::memcpy(&head, bytes + place, sizeof head);
+        if (record != set->recordCount / 2)
+            continue;
+        head.size = 0xFFFF'FFF8;
+        std::memcpy(bytes + place, &head, sizeof head);
+        return;
+    }
+}
+
 std::int32_t parse(Parser parser, const void* image, QuobrixRecordSet** first, QuobrixRecordSet** second,
                    const char* caller = QUOBRIX_CALLER) {
     const auto split = [&]() -> std::int32_t {
@@ -213,8 +231,13 @@ std::int32_t parse(Parser parser, const void* image, QuobrixRecordSet** first, Q
             return logResult(sets.error());
         *first = sets->first.release();
         *second = sets->second.release();
-        if (*first && *second)
+        if (*first && *second) {
+            if (faults().garbage) {
+                putGarbage(*first);
+                putGarbage(*second);
+            }
             return QUOBRIX_OK;
+        }
         std::free(*first);
         std::free(*second);
         *first = *second = nullptr;
@@ -267,7 +290,7 @@ int32_t QuobrixGetSerialNumberAndTime(char* serialNumber, int32_t* loggerTime) {
         return kBadArgument;
     return ask([&](const Logger& logger) {
         copyText(serialNumber, logger.serial);
-        *loggerTime = logger.time();
+        *loggerTime = logger.time() + static_cast<std::int32_t>(faults().drifted(computerTime()));
         return QUOBRIX_OK;
     });
 }
@@ -355,7 +378,8 @@ int32_t QuobrixSetConfiguration(double band1, double band2, double band3, double
 
 int32_t QuobrixSetTime(int32_t time) {
     return tell([&](Logger& logger) {
-        logger.clockOffset = std::int64_t{time} - computerTime();
+        const std::int64_t now = computerTime();
+        logger.clockOffset = std::int64_t{time} - now - faults().drifted(now);
         (void)logger.forget();
         logger.rememberEvent(kClockAltered);
         return QUOBRIX_OK;

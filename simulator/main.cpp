@@ -120,15 +120,21 @@ int run(const quobrix::ProgramArguments& arguments) {
 
     FaultOptions faultOptions;
     bool noFaults = false;
-    auto* faultCommand = portCommand("fault", "Make the port and its logger slow, or calls to it fail",
+    auto* faultCommand = portCommand("fault", "Make the port and its logger slow or wrong, or calls to it fail",
                                      [&] { return fault(store, port, faultOptions); });
-    auto* faultKinds = faultCommand->add_option_group("Fault")->require_option(1, 2);
+    auto* faultKinds = faultCommand->add_option_group("Fault")->require_option(1, 4);
     auto* delay = faultKinds->add_option("--delay", faultOptions.delay, "Seconds that every call to it takes")
                       ->check(CLI::Range(0.0, 3600.0));
     auto* failing = faultKinds->add_option("--fail", faultOptions.fail,
                                            "Functions that fail, such as GetLogRecords, or GetLogRecords=-7 with the "
                                            "result that it returns (default: -1)");
-    faultKinds->add_flag("--clear", noFaults, "Make it as good as new")->excludes(failing)->excludes(delay);
+    auto* garbage = faultKinds->add_flag("--garbage", faultOptions.garbage,
+                                         "Lengths within the records that it hands over are wrong");
+    auto* drift = faultKinds->add_option("--drift", faultOptions.drift, "Seconds a day by which the clock runs ahead")
+                      ->check(CLI::Range(-86400.0, 86400.0));
+    auto* clean = faultKinds->add_flag("--clear", noFaults, "Make it as good as new");
+    for (CLI::Option* other : {failing, delay, garbage, drift})
+        clean->excludes(other);
     faultCommand->add_option("--after", faultOptions.after, "Calls of them that go well before")->needs(failing);
     faultCommand->add_flag("--once", faultOptions.once, "They fail one time only")->needs(failing);
 

@@ -5,6 +5,7 @@
 #include "base/path_text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 
 namespace quobrix::sim {
@@ -125,12 +126,17 @@ bool PortStore::exists(std::string_view name) const {
     return isPortName(name) && fs::is_regular_file(file(name), error);
 }
 
+std::int64_t Faults::drifted(std::int64_t now) const {
+    constexpr double kSecondsPerDay = 86400;
+    return std::llround(drift * static_cast<double>(now - driftSince) / kSecondsPerDay);
+}
+
 fs::path PortStore::faultFile(std::string_view name) const { return folder_ / ("." + std::string(name) + ".faults"); }
 
 Faults PortStore::faults(std::string_view name) const {
     Faults faults;
     std::ifstream in(isPortName(name) ? faultFile(name) : fs::path());
-    if (!(in >> faults.delay))
+    if (!(in >> faults.delay >> faults.garbage >> faults.drift >> faults.driftSince))
         return {};
     for (Faults::Failure f; in >> f.function >> f.result >> f.after >> f.once;)
         faults.failures.push_back(f);
@@ -149,12 +155,12 @@ Result<void> PortStore::setFaults(std::string_view name, const Faults& faults) c
 Result<void> PortStore::writeFaults(std::string_view name, const Faults& faults) const {
     const fs::path beside = folder_ / ("." + std::string(name) + ".newfaults");
     std::error_code error;
-    if (faults.delay == 0 && faults.failures.empty()) {
+    if (faults.none()) {
         fs::remove(faultFile(name), error);
         return {};
     }
     std::ofstream out(beside, std::ios::trunc);
-    out << faults.delay << '\n';
+    out << faults.delay << ' ' << faults.garbage << ' ' << faults.drift << ' ' << faults.driftSince << '\n';
     for (const Faults::Failure& f : faults.failures)
         out << f.function << ' ' << f.result << ' ' << f.after << ' ' << f.once << '\n';
     out.close();

@@ -35,8 +35,15 @@ struct Faults {
         std::uint32_t after = 0;  ///< calls that go well before
         bool once = false;        ///< fails one time only
     };
-    double delay = 0; ///< s that opening the port and each call to its logger take
+    double delay = 0;            ///< s that opening the port and each call to its logger take
+    bool garbage = false;        ///< the lengths within the record sets that it hands over are wrong
+    double drift = 0;            ///< s a day by which the logger's clock runs ahead …
+    std::int64_t driftSince = 0; ///< … since then by the computer's, s since 1970-01-01 00:00 UTC
     std::vector<Failure> failures{};
+
+    bool none() const { return delay == 0 && !garbage && drift == 0 && failures.empty(); }
+    /// s that the clock has drifted until NOW.
+    std::int64_t drifted(std::int64_t now) const;
 };
 
 /// The folder with one file a port, which programs in several processes read and change at the same time: every access

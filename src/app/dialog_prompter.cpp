@@ -2,6 +2,7 @@
 
 #include "app/logger_dialogs.h"
 #include "app/reminder_choices.h"
+#include "app/unidentified_vehicle_dialog.h"
 #include "base/ui/qt_text.h"
 #include "texts/text.h"
 #include "ui/fields.h"
@@ -232,9 +233,22 @@ bool DialogPrompter::fillIn(TimeDifferenceForm& form) {
     return accepted;
 }
 
+bool DialogPrompter::fillIn(UnidentifiedVehicleForm& form) {
+    TUnidentifiedVehicleDialog dialog(form, &parent());
+    const bool accepted = dialog.exec() == QDialog::Accepted;
+    dialog.take(form);
+    return accepted;
+}
+
 std::optional<std::filesystem::path> DialogFileChooser::chooseToOpen() {
     const QString file = QFileDialog::getOpenFileName(&window_, QObject::tr("Open"), {}, filter());
     chosen_ |= !file.isEmpty();
+    return file.isEmpty() ? std::nullopt : std::optional(toPath(file));
+}
+
+std::optional<std::filesystem::path> DialogFileChooser::chooseLogs() {
+    const QString file =
+        QFileDialog::getOpenFileName(&window_, QObject::tr("Open Logs"), {}, QObject::tr("Log Files (*.txt)"));
     return file.isEmpty() ? std::nullopt : std::optional(toPath(file));
 }
 

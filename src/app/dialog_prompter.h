@@ -36,6 +36,7 @@ public:
     bool fillIn(AlarmForm& form) override;
     bool fillIn(DateAndTimeForm& form) override;
     bool fillIn(TimeDifferenceForm& form) override;
+    bool fillIn(UnidentifiedVehicleForm& form) override;
 
 private:
     QWidget& parent();
@@ -55,6 +56,7 @@ public:
     explicit DialogFileChooser(QWidget& window) : window_(window) {}
 
     std::optional<std::filesystem::path> chooseToOpen() override;
+    std::optional<std::filesystem::path> chooseLogs() override;
     std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) override;
 
 private:

@@ -21,6 +21,8 @@ class FileChooser {
 public:
     virtual ~FileChooser() = default;
     virtual std::optional<std::filesystem::path> chooseToOpen() = 0;
+    /// A log file to be imported.
+    virtual std::optional<std::filesystem::path> chooseLogs() = 0;
     struct SavePlace {
         std::filesystem::path path;
         IfThere ifThere = IfThere::Refuse; ///< Replace: the user has agreed to it

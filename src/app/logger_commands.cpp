@@ -3,11 +3,14 @@
 #include "app/logger_dialogs.h"
 #include "app/main_frame.h"
 #include "app/names_commands.h"
+#include "app/text_file_window.h"
 #include "base/path_text.h"
 #include "base/ui/qt_text.h"
 #include "device/anomalous_vehicles.h"
 #include "device/clock_flow.h"
+#include "device/log_file_import.h"
 #include "device/switch_flow.h"
+#include "ui/windows.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 
@@ -37,7 +40,7 @@ std::string resultText(const MergeResult& result) {
 
 LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
                                const Folders& folders, LoggerSession::Times times)
-    : frame_(frame), names_(names), delivered_(folders.delivered), recoveries_(folders.recoveries),
+    : frame_(frame), names_(names), delivered_(folders.delivered), log_(folders.log), recoveries_(folders.recoveries),
       link_(std::move(library), times.clock, frame.context().events),
       session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times),
       newData_(frame.context().settings) {
@@ -85,6 +88,8 @@ void LoggerCommands::addCommands() {
     add(CommandId::SetClock, [=] { clock().synchronize(); });
     add(CommandId::DisplayDateAndTime, [=] { clock().show(); });
     add(CommandId::SetDateAndTime, [=] { clock().enter(); });
+    add(CommandId::ImportLogFile, [this] { importLogs(); });
+    frame_.commands().handle(CommandId::DisplayLog, [this] { showLog(); });
     add(CommandId::ClearAccidentLogs, [=] { clearing().clearAccidents(); });
 }
 
@@ -124,23 +129,46 @@ void LoggerCommands::start() {
                                 [this] { session_.scanPorts(); });
 }
 
+MergeFlow::Hooks LoggerCommands::hooks(NewKeys& toName) {
+    return {.startNewDocument = [this] { return frame_.files().newFile(); },
+            .keysAdded =
+                [this, &toName](const NewKeys& added) {
+                    frame_.documentChanged();
+                    toName = askForNames(added, frame_.prompter());
+                }};
+}
+
 Download LoggerCommands::flow(NewKeys& toName) {
     return {session_.flows(),
-            recoveries_,
             frame_.context().text(),
-            {.startNewDocument = [this] { return frame_.files().newFile(); },
-             .keysAdded =
-                 [this, &toName](const NewKeys& added) {
-                     frame_.documentChanged();
-                     toName = askForNames(added, frame_.prompter());
-                 },
-             .chooseAnomalousVehicle = [this] { setAnomalousVehicle(); }}};
+            hooks(toName),
+            recoveries_,
+            {.chooseAnomalousVehicle = [this] { setAnomalousVehicle(); },
+             .log = [this](const std::string& line) { static_cast<void>(log_.append(line)); }}};
 }
 
 void LoggerCommands::download() {
     NewKeys toName;
     if (const std::optional<MergeResult> result = flow(toName).run())
         tell(*result, toName);
+}
+
+void LoggerCommands::importLogs() {
+    const std::optional<std::filesystem::path> file = frame_.chooser().chooseLogs();
+    if (!file)
+        return;
+    NewKeys toName;
+    LogFileImport import(session_.flows(), frame_.context().text(), hooks(toName));
+    if (const std::optional<MergeResult> result = import.run(*file))
+        tell(*result, toName);
+}
+
+void LoggerCommands::showLog() {
+    const auto make = [](QWidget* parent) { return new TextFileWindow(parent); };
+    if (!inFront(logWindow_, frame_, make).show(log_.path())) {
+        delete logWindow_;
+        frame_.prompter().tell(makeMessage(MessageId::NoDownloadLog, utf8(log_.path())));
+    }
 }
 
 void LoggerCommands::tell(const MergeResult& result, const NewKeys& toName) {

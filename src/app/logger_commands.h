@@ -6,12 +6,16 @@
 #include "device/new_data.h"
 #include "device/recovery_folder.h"
 #include "device/ui/logger_session.h"
+#include "platform/log_file.h"
+
+#include <QPointer>
 
 #include <filesystem>
 
 namespace quobrix {
 
 class NamesCommands;
+class TextFileWindow;
 class TQuobrixFrame;
 
 /// The commands that need the logger, as the main frame offers them, and the state of the port in its status bar.
@@ -20,6 +24,7 @@ public:
     struct Folders {
         std::filesystem::path delivered;  ///< what is delivered with the program
         std::filesystem::path recoveries; ///< downloads that are not saved yet
+        LogFile log{{}};                  ///< with a line on each download
     };
 
     /// FRAME and NAMES must outlive all but the destructor, which has the worker close the port.
@@ -32,8 +37,11 @@ public:
 
 private:
     void addCommands();
+    MergeFlow::Hooks hooks(NewKeys& toName);
     Download flow(NewKeys& toName);
     void download();
+    void importLogs();
+    void showLog();
     void tell(const MergeResult& result, const NewKeys& toName);
     void offerRecovery();
     void setAnomalousVehicle();
@@ -49,6 +57,8 @@ private:
     TQuobrixFrame& frame_;
     NamesCommands& names_;
     const std::filesystem::path delivered_;
+    const LogFile log_;
+    QPointer<TextFileWindow> logWindow_;
     RecoveryFolder recoveries_;
     LoggerLink link_;
     LoggerSession session_;

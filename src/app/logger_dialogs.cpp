@@ -35,14 +35,13 @@ void addFact(QFormLayout& form, const QString& name, const QString& value, const
     form.addRow(name, field);
 }
 
-/// Help is there as everywhere, and says so when it can.
+} // namespace
+
 void addHelp(QDialogButtonBox& buttons) {
     QPushButton* help = buttons.addButton(QDialogButtonBox::Help);
     help->setEnabled(false);
     help->setToolTip(QObject::tr("Help is not available yet."));
 }
-
-} // namespace
 
 TSerialPortDialog::TSerialPortDialog(SerialPortForm& form, QWidget* parent)
     : QDialog(parent), form_(form), ports_(new QComboBox), result_(new QLabel) {

@@ -61,6 +61,7 @@ public:
     void whenEdited(std::function<void()> edited) { whenEdited_ = std::move(edited); }
     /// Called when the document is about to be another one.
     void whenReplaced(std::function<void()> replaced) { whenReplaced_ = std::move(replaced); }
+    FileChooser& chooser() { return chooser_; }
     /// Lines that the About box shows below the program's own (the logger's versions).
     void setAboutLines(std::function<AboutLines()> lines);
 

@@ -13,6 +13,11 @@ Message clearQuestion(const LoggerStatus& logger) {
                                                                    : text(TextId::ClearWhatIsNotDownloaded));
 }
 
+Message clearDownloadedQuestion(std::uint64_t refused) {
+    return makeMessage(MessageId::ClearQuobrix, refused == 0 ? text(TextId::ClearWhatIsDownloaded)
+                                                             : counted(TextId::ClearWithRefused, refused, refused));
+}
+
 } // namespace
 
 ClearAfterDownload clearAfterDownload(const Settings& settings) {
@@ -35,6 +40,11 @@ bool ClearFlow::clearMemory() {
     return logger && askToClear(clearQuestion(*logger)) && clear(logger->serialText, logger->logsCurrent);
 }
 
+bool ClearFlow::clearSaved(const std::string& serialText, std::uint64_t refused) {
+    return (refused == 0 || context_.prompter.ask(clearDownloadedQuestion(refused)) == Answer::Yes) &&
+           clear(serialText, true);
+}
+
 bool ClearFlow::clearDownloaded(const std::string& serialText, std::uint64_t refused) {
     switch (clearAfterDownload(context_.settings)) {
     case ClearAfterDownload::Never:
@@ -44,9 +54,7 @@ bool ClearFlow::clearDownloaded(const std::string& serialText, std::uint64_t ref
             break;
         [[fallthrough]];
     case ClearAfterDownload::Ask:
-        if (!askToClear(makeMessage(MessageId::ClearQuobrix,
-                                    refused == 0 ? text(TextId::ClearWhatIsDownloaded)
-                                                 : counted(TextId::ClearWithRefused, refused, refused))))
+        if (!askToClear(clearDownloadedQuestion(refused)))
             return false;
     }
     return clear(serialText, true);

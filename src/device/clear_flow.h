@@ -28,6 +28,9 @@ public:
     /// Clears what has just been downloaded, as the person wants it, who is asked in any case if REFUSED records are
     /// not in the document.
     bool clearDownloaded(const std::string& serialText, std::uint64_t refused);
+    /// The same in a program whose user has said that it is to be cleared, whatever the window's preference is, and
+    /// once what was downloaded is on disk.
+    bool clearSaved(const std::string& serialText, std::uint64_t refused);
     /// Whether the memory of LOGGER may be lost, which is asked unless it holds nothing, or nothing that has not been
     /// downloaded.
     bool mayLose(const LoggerStatus& logger);

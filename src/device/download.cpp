@@ -3,19 +3,17 @@
 #include "base/path_text.h"
 #include "device/anomalous_vehicles.h"
 #include "device/clock_flow.h"
-#include "messages/file_messages.h"
+#include "platform/paths.h"
 #include "texts/text.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
+
+#include <fmt/format.h>
 
 #include <cstdlib>
 
 namespace quobrix {
 namespace {
-
-// A document of about 1,000 trips: from here on a new file is recommended; from 1,200 on it is required.
-constexpr std::size_t kManyObjects = 1000 * TTripLogTable::kObjectsPerTrip;
-constexpr std::size_t kMostTrips = 1200;
 
 constexpr std::int64_t kToleratedDifference = 300; // s, between the clocks
 constexpr int kYearOfUnsetClock = 2001;            // whose own year tells nothing either way
@@ -31,6 +29,14 @@ void noteTime(const KeptDownload& download, TQuobrixDocument& document) {
     });
 }
 
+/// Bytes that the logger has handed over.
+std::size_t sizeOf(const RecordBlocks& blocks) {
+    std::size_t size = bytesOf(blocks.trips).size() + bytesOf(blocks.troublesAndActivity).size();
+    for (const RecordBlocks::Accidents& accidents : blocks.accidents)
+        size += bytesOf(accidents.stops).size() + bytesOf(accidents.samples).size();
+    return size;
+}
+
 /// What clocks that differ by so many seconds may be due to.
 std::string reasonOf(std::int64_t difference) {
     if (difference < 1800)
@@ -44,28 +50,9 @@ std::string reasonOf(std::int64_t difference) {
 
 } // namespace
 
-void Download::tell(const Error& error) {
-    switch (error.kind) {
-    case ErrorKind::Changed:
-        context_.prompter.tell(makeMessage(MessageId::DownloadIntoChanged));
-        break;
-    case ErrorKind::Unsupported:
-        context_.prompter.tell(fileMessage(error, FileAction::Save, context_.document.title()));
-        break;
-    default:
-        context_.prompter.tell(makeMessage(MessageId::DownloadIntoDamaged, error.detail));
-    }
-}
-
-/// Whether the records go into a new document, as far as the present one decides it.
-bool Download::wantsNewDocument() {
-    const TQuobrixDocument& document = context_.document;
-    if (document.isExample()) {
-        context_.prompter.tell(makeMessage(MessageId::DownloadIntoExample));
-        return true;
-    }
-    return document.store().objectCount() > kManyObjects &&
-           context_.prompter.ask(makeMessage(MessageId::NewFileRecommended)) == Answer::Yes;
+LogFile downloadLog() {
+    const std::filesystem::path data = userDataFolder();
+    return LogFile(data.empty() ? data : data / "download.log");
 }
 
 /// What to do about the logger's clock; nothing if the person wants no download.
@@ -84,16 +71,16 @@ std::optional<Download::Clock> Download::checkClock() {
     if (clocks->code != QUOBRIX_OK) // reading will tell
         return Clock{};
     const std::int64_t ahead = clocks->logger - clocks->computer;
-    if (hooks_.times != Times::AsPersonSays)
-        return Clock{hooks_.times == Times::Computer ? static_cast<std::int32_t>(-ahead) : 0, false};
+    if (options_.times != Times::AsPersonSays)
+        return Clock{ahead, options_.times == Times::Computer ? static_cast<std::int32_t>(-ahead) : 0, false};
     const int year = text_.zone.toLocal(clocks->logger).year;
     if (year < kYearOfUnsetClock) {
         const auto answer = context_.prompter.chooseAction(
             makeMessage(MessageId::ClockNeverSet), {SourceText("&Synchronize"), SourceText("&Don't Synchronize")});
-        return Clock{0, answer == 0u};
+        return Clock{ahead, 0, answer == 0u};
     }
     if (year == kYearOfUnsetClock || std::abs(ahead) <= kToleratedDifference)
-        return Clock{};
+        return Clock{ahead, 0, false};
     const std::int64_t difference = std::abs(ahead);
     Settings& settings = context_.settings;
     TimeDifferenceForm form{difference < kSecondsPerDay ? durationText(difference) : text(TextId::MoreThanADay),
@@ -103,130 +90,135 @@ std::optional<Download::Clock> Download::checkClock() {
         return {};
     settings.setInteger(kSynchronizeSection, kValue, form.synchronize ? 1 : 0);
     settings.setInteger(kAdjustmentSection, kValue, form.computer ? 1 : 0);
-    return Clock{form.computer ? static_cast<std::int32_t>(-ahead) : 0, form.synchronize};
+    return Clock{ahead, form.computer ? static_cast<std::int32_t>(-ahead) : 0, form.synchronize};
+}
+
+/// Reads the logger; nothing if that was cancelled.
+std::optional<Download::Read> Download::read(std::int32_t shift) {
+    const bool diagnostic = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
+    return context_.calls.get(Reporter::title(LoggerCommand::Download), [&](LockedLogger& logger) {
+        Read read;
+        read.began = logger.now();
+        auto logs = logger.readLogs(diagnostic ? LogMode::Diagnostic : LogMode::Ordinary);
+        read.outcome = logger.outcome(logs.code);
+        read.gaps = logger.status().gaps;
+        read.download.serialText = logger.status().serialText;
+        read.download.time = logger.now();
+        read.download.shift = shift;
+        read.download.blocks = std::move(logs.value);
+        const Reply<LoggerIdentity> told = logger.identity();
+        const LoggerIdentity& identity = told.ok() ? told.value : logger.status().identity;
+        read.firmware = identity.firmware;
+        if (logs.ok() && knowsAnomalousVehicles(identity.productNumber)) {
+            const Reply<std::int32_t> carType = logger.carType();
+            read.anomalous = carType.ok() && carType.value == kAnomalousVehicleDetected;
+        }
+        return read;
+    });
 }
 
 std::optional<MergeResult> Download::run() {
-    TQuobrixDocument& document = context_.document;
-    Reporter reporter = context_.reporter();
-    const bool wantsNew = wantsNewDocument();
-    if (wantsNew && hooks_.mayStartNewDocument && !hooks_.mayStartNewDocument())
+    if (!merge_.prepare())
         return {};
-    if (hooks_.mayChangePort && !context_.ports().ensureLogger(true))
+    if (options_.mayChangePort && !context_.ports().ensureLogger(true))
         return {};
-    if (!wantsNew) // better known before the logger is read than after
-        if (const Result<void> fit = canMerge(document); !fit) {
-            tell(fit.error());
-            return {};
-        }
     const std::optional<Clock> clock = checkClock();
     if (!clock)
         return {};
-
-    const bool diagnostic = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
-    bool anomalous = false;
-    KeptDownload download;
-    download.shift = clock->shift;
-    const auto outcome = context_.calls.get(Reporter::title(LoggerCommand::Download), [&](LockedLogger& logger) {
-        auto logs = logger.readLogs(diagnostic ? LogMode::Diagnostic : LogMode::Ordinary);
-        download.serialText = logger.status().serialText;
-        gaps_ = logger.status().gaps;
-        download.time = logger.now();
-        download.blocks = std::move(logs.value);
-        if (logs.ok() && knowsAnomalousVehicles(logger.identity().value.productNumber)) {
-            const Reply<std::int32_t> carType = logger.carType();
-            anomalous = carType.ok() && carType.value == kAnomalousVehicleDetected;
-        }
-        return logger.outcome(logs.code);
-    });
-    if (!outcome || !reporter.report(LoggerCommand::Download, *outcome))
+    const std::optional<Read> read = this->read(clock->shift);
+    if (!read)
         return {};
-    if (anomalous && hooks_.chooseAnomalousVehicle) {
-        context_.prompter.tell(makeMessage(MessageId::AnomalyVehicle));
-        hooks_.chooseAnomalousVehicle();
+    serialText_ = read->download.serialText;
+    const LogRecords records = parseRecords(read->download.blocks);
+    if (!context_.reporter().report(LoggerCommand::Download, read->outcome)) {
+        log(*read, clock->ahead, records, {});
+        return {};
     }
-    const LogRecords records = parseRecords(download.blocks);
-    // The present document goes only for records that take its place.
-    if (wantsNew && !records.empty() && !hooks_.startNewDocument())
+    if (read->anomalous && options_.chooseAnomalousVehicle) {
+        context_.prompter.tell(makeMessage(MessageId::AnomalyVehicle));
+        options_.chooseAnomalousVehicle();
+    }
+    if (!merge_.makeRoom(records)) {
+        log(*read, clock->ahead, records, {});
         return {};
+    }
     const bool holdsSomething = !records.empty() || !records.refused.empty();
-    const Result<void> kept = holdsSomething ? recoveries_.keep(download) : Result<void>();
-    std::optional<MergeResult> result = merge(download, records, holdsSomething && kept, wantsNew && records.empty());
+    const Result<void> kept = holdsSomething ? recoveries_.keep(read->download) : Result<void>();
+    std::optional<MergeResult> result = merge(read->download, records, holdsSomething && kept);
+    log(*read, clock->ahead, records, result);
     if (result) {
-        if (!kept && hooks_.times == Times::AsPersonSays) // who is not asked saves it next
+        if (!kept && options_.times == Times::AsPersonSays) // who is not asked saves it next
             context_.prompter.tell(makeMessage(MessageId::DownloadNotKept, utf8(recoveries_.path())));
-        settleLogger(download.serialText, *result, static_cast<bool>(kept), clock->synchronize);
+        settleLogger(*read, *result, static_cast<bool>(kept), clock->synchronize);
     }
     return result;
 }
 
 std::optional<MergeResult> Download::recover(const KeptDownload& download) {
-    return merge(download, parseRecords(download.blocks), true, false);
+    return merge(download, parseRecords(download.blocks), true);
 }
 
-/// RECORDS are those of DOWNLOAD. KEPT: it is what the recovery folder has got last. NOTHING: there are no records, and
-/// so no document for them.
-std::optional<MergeResult> Download::merge(const KeptDownload& download, const LogRecords& records, bool kept,
-                                           bool nothing) {
+/// RECORDS are those of DOWNLOAD. KEPT: it is what the recovery folder has got last.
+std::optional<MergeResult> Download::merge(const KeptDownload& download, const LogRecords& records, bool kept) {
     TQuobrixDocument& document = context_.document;
-    const std::size_t objects = document.store().objectCount();
-    bool tooLarge = false;
-    Result<MergeResult> merged = MergeResult{{}, records.refused, records.unreadable, {}};
-    document.edits().group(text(TextId::DownloadStep), [&] {
-        if (!nothing)
-            merged = mergeRecords(records, document, download.shift);
-        if (!merged)
-            return EditOutcome{.refusal = merged.error().detail};
-        tooLarge =
-            objects > kManyObjects && objects / TTripLogTable::kObjectsPerTrip + merged->logs[0].added > kMostTrips;
-        if (tooLarge)
-            return EditOutcome{.refusal = text(messageSpec(MessageId::NewFileRequired).text)};
-        if (merged->changed())
-            noteTime(download, document);
-        if (const std::string name = context_.settings.getText(kUnidentifiedDriverSection, kDefaultName);
-            isDriverName(name))
-            document.drivers().nameAll(merged->newKeys.drivers, name); // in rows of this step
-        return EditOutcome{};
-    });
-    if (tooLarge) {
-        context_.prompter.tell(makeMessage(MessageId::NewFileRequired));
+    std::optional<MergeResult> result =
+        merge_.merge(records, download.shift, TextId::DownloadStep, [&] { noteTime(download, document); });
+    if (!result)
         return {};
-    }
-    if (!merged) {
-        tell(merged.error());
-        return {};
-    }
-    MergeResult& result = *merged;
     if (kept)
-        recoveries_.merged(result.changed() && document.edits().canUndo() ? document.edits().lastStepDone()
-                                                                          : std::make_shared<const bool>(true));
+        recoveries_.merged(result->changed() && document.edits().canUndo() ? document.edits().lastStepDone()
+                                                                           : std::make_shared<const bool>(true));
     if (document.hasFile() && !document.modified()) // which holds it all
         recoveries_.documentSaved();
     // Of a download that brought nothing there is nothing to take back but the time, which is not shown. A new document
     // that has got nothing stays one that need not be saved.
-    if (!result.changed() && document.hasFile() && !nothing)
+    if (!result->changed() && document.hasFile() && !merge_.leavesDocument(records))
         document.store().singleton<TDownloadTable>().record(download.serialText,
                                                             static_cast<std::int32_t>(download.time));
-    if (hooks_.keysAdded)
-        hooks_.keysAdded(result.newKeys);
-    for (const UnreadableLog& log : result.unreadable)
-        context_.prompter.tell(makeMessage(MessageId::LogsUnreadable, log.name, log.why));
-    return std::move(result);
+    return result;
 }
 
 /// What is done to the logger once its records are in the document, as far as nothing is lost by it.
-void Download::settleLogger(const std::string& serialText, const MergeResult& result, bool kept, bool synchronize) {
+void Download::settleLogger(const Read& read, const MergeResult& result, bool kept, bool synchronize) {
     if (!result.unreadable.empty())
         return;
-    context_.calls.post([serialText, gaps = gaps_](LockedLogger& logger) { logger.noteLogsCurrent(serialText, gaps); });
-    if (!kept || hooks_.times != Times::AsPersonSays)
+    const std::string& serialText = read.download.serialText;
+    context_.calls.post(
+        [serialText, gaps = read.gaps](LockedLogger& logger) { logger.noteLogsCurrent(serialText, gaps); });
+    if (!kept || options_.times != Times::AsPersonSays)
         return;
-    std::uint64_t refused = 0;
-    for (const RefusedRecords& records : result.refused)
-        refused += records.count;
-    const bool cleared = ClearFlow(context_).clearDownloaded(serialText, refused);
+    const bool cleared = ClearFlow(context_).clearDownloaded(serialText, result.refusedCount());
     if (synchronize)
-        ClockFlow(context_, text_).synchronizeDownloaded(serialText, cleared ? 0 : refused);
+        ClockFlow(context_, text_).synchronizeDownloaded(serialText, cleared ? 0 : result.refusedCount());
+}
+
+/// In the log that people and support read, always in the same words. RESULT: nothing if the document is as it was.
+void Download::log(const Read& read, std::int64_t clockAhead, const LogRecords& records,
+                   const std::optional<MergeResult>& result) const {
+    if (!options_.log)
+        return;
+    const std::size_t found[] = {records.trips.size(), records.troubles.size(), records.activities.size(),
+                                 records.stops.size()};
+    std::string counts;
+    for (const LogSpec& spec : logs()) {
+        const auto log = static_cast<std::size_t>(spec.id);
+        counts += fmt::format("{}{} {} of {}", counts.empty() ? "" : ", ", spec.records.english(),
+                              result ? result->logs[log].added : 0, found[log]);
+    }
+    const Version& firmware = read.firmware;
+    std::string outcome = "done";
+    if (!read.outcome.ok())
+        outcome = fmt::format("failed: {}", read.outcome.description);
+    else if (!result)
+        outcome = "not added to the document";
+    else if (!result->complete())
+        outcome =
+            fmt::format("done, {} refused, {} parts unreadable", result->refusedCount(), result->unreadable.size());
+    const DateTime time = text_.zone.toLocal(static_cast<std::int32_t>(read.download.time));
+    options_.log(fmt::format("{}  {}  firmware {}.{:02}.{}  {}  new: {}  {} bytes  clock {:+} s  {} s  {}",
+                             logTimeText(time), read.download.serialText, firmware.major, firmware.minor,
+                             firmware.build, read.outcome.port, counts, sizeOf(read.download.blocks), clockAhead,
+                             read.download.time - read.began, outcome));
 }
 
 } // namespace quobrix

@@ -1,14 +1,18 @@
 #pragma once
 
-#include "device/flow_context.h"
-#include "device/merge.h"
+#include "device/merge_flow.h"
 #include "device/recovery_folder.h"
-#include "tables/column.h"
+#include "platform/log_file.h"
 
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace quobrix {
+
+/// The file of this user's with a line on each download.
+LogFile downloadLog();
 
 /// Copies everything that the logger holds into a document. A failure at any point leaves the document as it was, and
 /// nothing is cleared on the logger while the only copy of its data is in memory.
@@ -21,26 +25,22 @@ public:
         Computer,     ///< likewise
     };
 
-    /// What the program around the flow does for it.
-    struct Hooks {
-        /// Puts an empty document in the place of the present one, with all the questions that this raises; false if
-        /// the user does not want that after all. Called once there are records for it.
-        std::function<bool()> startNewDocument;
-        /// Whether that is possible; asked before the logger is read. Nothing for a program in which it always is.
-        std::function<bool()> mayStartNewDocument{};
-        /// Keys have come into the name tables. Nothing for a program in which nobody can name them.
-        std::function<void(const NewKeys&)> keysAdded{};
-        /// The logger has met an anomalous vehicle. Nothing for a program in which nobody can tell which.
-        std::function<void()> chooseAnomalousVehicle{};
+    struct Options {
+        Times times = Times::AsPersonSays;
         /// A logger that does not answer on the current port may be looked for on others. Not in a program that was
         /// told its port.
         bool mayChangePort = true;
-        Times times = Times::AsPersonSays;
+        /// The logger has met an anomalous vehicle. Nothing for a program in which nobody can tell which.
+        std::function<void()> chooseAnomalousVehicle{};
+        /// Takes a line on each download that reached its logger, whatever came of it.
+        std::function<void(const std::string& line)> log{};
     };
 
     /// TEXT: how times are shown.
-    Download(const FlowContext& context, RecoveryFolder& recoveries, const TextContext& text, Hooks hooks)
-        : context_(context), recoveries_(recoveries), text_(text), hooks_(std::move(hooks)) {}
+    Download(const FlowContext& context, const TextContext& text, MergeFlow::Hooks hooks, RecoveryFolder& recoveries,
+             Options options)
+        : context_(context), text_(text), recoveries_(recoveries), options_(std::move(options)),
+          merge_(context, text, std::move(hooks)) {}
 
     /// What was merged into the document; nothing if the command ended before (the user has then been told why). Parts
     /// of the logger's memory that could not be parsed have been told; what the others hold is merged.
@@ -48,23 +48,38 @@ public:
     /// Merges DOWNLOAD, which the recovery folder has just handed out, into the document, a new one.
     std::optional<MergeResult> recover(const KeptDownload& download);
 
+    /// The logger that was read last; empty if none was.
+    const std::string& logger() const { return serialText_; }
+
 private:
     struct Clock {
+        std::int64_t ahead = 0;   ///< the logger's of the computer's, s
         std::int32_t shift = 0;   ///< of the times that are shown, s
         bool synchronize = false; ///< after the download
     };
+    /// What came of reading the logger.
+    struct Read {
+        LoggerOutcome outcome;
+        KeptDownload download;
+        Version firmware;
+        bool anomalous = false;
+        std::int64_t began = 0; ///< computer time, s
+        std::uint32_t gaps = 0; ///< of the logger, when it was read
+    };
 
-    bool wantsNewDocument();
     std::optional<Clock> checkClock();
-    std::optional<MergeResult> merge(const KeptDownload& download, const LogRecords& records, bool kept, bool nothing);
-    void settleLogger(const std::string& serialText, const MergeResult& result, bool kept, bool synchronize);
-    void tell(const Error& error);
+    std::optional<Read> read(std::int32_t shift);
+    std::optional<MergeResult> merge(const KeptDownload& download, const LogRecords& records, bool kept);
+    void settleLogger(const Read& read, const MergeResult& result, bool kept, bool synchronize);
+    void log(const Read& read, std::int64_t clockAhead, const LogRecords& records,
+             const std::optional<MergeResult>& result) const;
 
     FlowContext context_;
-    RecoveryFolder& recoveries_;
     TextContext text_;
-    Hooks hooks_;
-    std::uint32_t gaps_ = 0; ///< of the logger, when it was read
+    RecoveryFolder& recoveries_;
+    Options options_;
+    MergeFlow merge_;
+    std::string serialText_;
 };
 
 } // namespace quobrix

@@ -252,7 +252,7 @@ void compareSamples(const TTripLogSampleTable& samples, const TripRecord& record
 } // namespace
 
 void Comparison::vin(std::string_view row, std::string_view record) {
-    require(row.empty() || record.empty() || row == record);
+    require(!isVin(row) || !isVin(record) || row == record);
 }
 
 void Comparison::growing(std::uint64_t row, std::uint64_t record) {
@@ -309,7 +309,7 @@ Comparison TripRows::compare(const TableType& t, RowIndex row, const Record& r, 
 
 bool TripRows::completes(const TableType& table, RowIndex row, const Record& record) {
     const RecordedOrigin origin = table.recorded(row);
-    return (origin.vin.empty() && !record.origin.vin.empty()) ||
+    return (!isVin(origin.vin) && isVin(record.origin.vin)) ||
            (Element<std::int32_t>::isNone(origin.driver) && record.driverId != 0);
 }
 

@@ -26,7 +26,7 @@ struct Comparison {
     bool fuller() const { return same() && recordHasMore; }
 
     void require(bool agrees) { differs = differs || !agrees; }
-    /// A vehicle that does not tell its VIN may be any.
+    /// A vehicle that does not tell its VIN, or something else instead, may be any.
     void vin(std::string_view row, std::string_view record);
     /// What only grows while recording goes on.
     void growing(std::uint64_t row, std::uint64_t record);
@@ -55,6 +55,7 @@ struct Comparison {
 struct TripRows {
     using Record = TripRecord;
     using TableType = TTripLogTable;
+    using Vin = TTripLogVinColumn;
     static constexpr LogId kLog = LogId::Trips;
 
     static std::int32_t time(const Record& record) { return record.startTime; }
@@ -67,17 +68,19 @@ struct TripRows {
 };
 
 /// The vehicle in the logs where no person gives it.
-template <class Table, class Vin, class RecordType>
+template <class Table, class VinColumn, class RecordType>
 struct RecordedVehicle {
     using Record = RecordType;
     using TableType = Table;
+    using Vin = VinColumn;
 
     static bool completes(const Table& table, RowIndex row, const Record& record) {
-        return !table.template column<Vin>().has(row) && !record.origin.vin.empty();
+        return !isVin(table.template column<Vin>().at(row)) && isVin(record.origin.vin);
     }
     static void complete(Table& table, RowIndex row, const Record& record) {
-        if (!record.origin.vin.empty())
-            table.template column<Vin>().set(row, record.origin.vin);
+        auto& vins = table.template column<Vin>();
+        if (isVin(record.origin.vin) || !vins.has(row))
+            vins.set(row, record.origin.vin);
     }
 };
 

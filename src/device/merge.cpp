@@ -12,18 +12,10 @@
 #include <unordered_map>
 
 namespace quobrix {
-namespace {
-
-Error unreadable(const PersistentType& type) { return {ErrorKind::Corrupt, text(logOfClass(type.name))}; }
-
-/// What records have in common that may be the same, as one text.
-std::string likenessKey(std::string_view serialNumber, std::int32_t loggerTime, std::string_view code) {
-    return fmt::format("{}/{}/{}", serialNumber, code, loggerTime);
-}
 
 /// What is to be done with the records of one log. Made before anything is changed.
 template <class Log>
-struct Plan {
+struct MergePlan {
     using Record = typename Log::Record;
     struct Change {
         RowIndex row;
@@ -33,6 +25,7 @@ struct Plan {
     struct Fresh {
         const Record* record;
         RecordIdentity identity;
+        std::string vehicle{}; ///< that a person gave it; else the recorded one
     };
     std::vector<Change> changes;
     std::vector<Fresh> fresh;
@@ -40,6 +33,15 @@ struct Plan {
 
     MergeCounts counts() const { return {fresh.size(), changes.size(), present}; }
 };
+
+namespace {
+
+Error unreadable(const PersistentType& type) { return {ErrorKind::Corrupt, text(logOfClass(type.name))}; }
+
+/// What records have in common that may be the same, as one text.
+std::string likenessKey(std::string_view serialNumber, std::int32_t loggerTime, std::string_view code) {
+    return fmt::format("{}/{}/{}", serialNumber, code, loggerTime);
+}
 
 /// Finds for each record the row that it is the same as. Each row is taken once.
 template <class Log>
@@ -59,7 +61,7 @@ public:
         }
     }
 
-    Result<Plan<Log>> plan(const std::vector<Record>& records) {
+    Result<MergePlan<Log>> plan(const std::vector<Record>& records) {
         // Equal rows first, then those that a record continues: what is the beginning of many must not take the row of
         // another one's.
         std::vector<const Record*> rest;
@@ -78,7 +80,7 @@ public:
             if (Row* row = closestRow(*record, &Comparison::same))
                 seenAgain(*row, *record);
             else
-                plan_.fresh.push_back({record, {Log::time(*record), alike(*record).nextOccurrence++}});
+                plan_.fresh.push_back({record, {Log::time(*record), alike(*record).nextOccurrence++}, {}});
         return std::move(plan_);
     }
 
@@ -139,11 +141,11 @@ private:
     const RecordColumn& numbers_;
     const DateTimeColumn& times_;
     std::unordered_map<std::string, Alike> alike_;
-    Plan<Log> plan_;
+    MergePlan<Log> plan_;
 };
 
 template <class Log>
-void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shift, TableEdits& edits) {
+void carryOut(MergePlan<Log>& plan, typename Log::TableType& table, std::int32_t shift, TableEdits& edits) {
     RecordColumn& numbers = logSpec(Log::kLog).recordsOf(table);
     LoggerColumn& serials = logSpec(Log::kLog).loggersOf(table);
     const DateTimeColumn& times = logSpec(Log::kLog).timesOf(table);
@@ -177,6 +179,8 @@ void carryOut(Plan<Log>& plan, typename Log::TableType& table, std::int32_t shif
             numbers.set(rows[i], fresh[i].identity);
             serials.set(rows[i], fresh[i].record->origin.serialNumber);
             Log::fill(table, rows[i], *fresh[i].record, shift);
+            if (!fresh[i].vehicle.empty())
+                table.template column<typename Log::Vin>().set(rows[i], fresh[i].vehicle);
         }
     });
 }
@@ -187,16 +191,26 @@ void collectKeys(const std::vector<Record>& records, NewKeys& keys) {
     for (const Record& record : records) {
         keys.loggers.push_back(record.origin.serialNumber);
         keys.vehicles.push_back(record.origin.vin);
-        if constexpr (std::is_same_v<Record, TripRecord>)
-            if (record.driverId != 0)
-                keys.drivers.push_back(std::to_string(record.driverId));
     }
 }
 
+/// Of trips, what stands for a vehicle that told no VIN is of no use once a person has said which it was.
+void collectKeys(const std::vector<TripRecord>& records, const MergePlan<TripRows>& plan, NewKeys& keys) {
+    for (const TripRecord& record : records) {
+        keys.loggers.push_back(record.origin.serialNumber);
+        if (isVin(record.origin.vin))
+            keys.vehicles.push_back(record.origin.vin);
+        if (record.driverId != 0)
+            keys.drivers.push_back(std::to_string(record.driverId));
+    }
+    for (const auto& trip : plan.fresh)
+        keys.vehicles.push_back(trip.vehicle.empty() ? trip.record->origin.vin : trip.vehicle);
+}
+
 /// Adds the vehicles, loggers and drivers of the records that the name tables lack.
-NewKeys addNames(const LogRecords& records, TQuobrixDocument& document) {
+NewKeys addNames(const LogRecords& records, const MergePlan<TripRows>& trips, TQuobrixDocument& document) {
     NewKeys keys;
-    collectKeys(records.trips, keys);
+    collectKeys(records.trips, trips, keys);
     collectKeys(records.troubles, keys);
     collectKeys(records.activities, keys);
     collectKeys(records.stops, keys);
@@ -314,7 +328,20 @@ std::vector<ShownText> MergeResult::refusedLines() const {
 
 Result<void> canMerge(TQuobrixDocument& document) { return unlessForeign(document, tablesReadable(document)); }
 
-Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {
+struct Merge::Plans {
+    const LogRecords& records;
+    TQuobrixDocument& document;
+    MergePlan<TripRows> trips;
+    MergePlan<TroubleRows> troubles;
+    MergePlan<ActivityRows> activity;
+    MergePlan<AccidentRows> accidents;
+};
+
+Merge::Merge(std::unique_ptr<Plans> plans) : plans_(std::move(plans)) {}
+Merge::Merge(Merge&&) noexcept = default;
+Merge::~Merge() = default;
+
+Result<Merge> Merge::plan(const LogRecords& records, TQuobrixDocument& document) {
     QUOBRIX_TRY(canMerge(document));
     auto trips = Planner<TripRows>(document.trips()).plan(records.trips);
     auto troubles = Planner<TroubleRows>(document.troubles()).plan(records.troubles);
@@ -328,21 +355,73 @@ Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& do
     else if (!accidents)
         planned = accidents.error();
     QUOBRIX_TRY(unlessForeign(document, planned));
+    return Merge(std::unique_ptr<Plans>(new Plans{records, document, std::move(*trips), std::move(*troubles),
+                                                  std::move(*activity), std::move(*accidents)}));
+}
 
+MergeCounts Merge::counts(LogId log) const {
+    switch (log) {
+    case LogId::Trips:
+        return plans_->trips.counts();
+    case LogId::Troubles:
+        return plans_->troubles.counts();
+    case LogId::Activity:
+        return plans_->activity.counts();
+    default:
+        return plans_->accidents.counts();
+    }
+}
+
+std::vector<UnidentifiedVehicle> Merge::unidentified() const {
+    std::vector<UnidentifiedVehicle> vehicles;
+    std::unordered_map<std::string_view, std::size_t> places;
+    for (const auto& trip : plans_->trips.fresh) {
+        const std::string& read = trip.record->origin.vin;
+        if (isVin(read))
+            continue;
+        const auto [place, first] = places.try_emplace(read, vehicles.size());
+        if (first)
+            vehicles.push_back({read, 0, trip.record->startTime});
+        UnidentifiedVehicle& vehicle = vehicles[place->second];
+        ++vehicle.trips;
+        vehicle.firstStart = std::min(vehicle.firstStart, trip.record->startTime);
+    }
+    std::ranges::stable_sort(vehicles, {}, &UnidentifiedVehicle::firstStart);
+    return vehicles;
+}
+
+void Merge::identify(const std::string& read, const std::string& vin) {
+    for (auto& trip : plans_->trips.fresh)
+        if (trip.record->origin.vin == read)
+            trip.vehicle = vin;
+}
+
+Result<MergeResult> Merge::apply(std::int32_t shift) {
+    const LogRecords& records = plans_->records;
+    TQuobrixDocument& document = plans_->document;
+    QUOBRIX_TRY(canMerge(document)); // a person may have thought for a while
     MergeResult result;
     result.refused = records.refused;
     result.unreadable = records.unreadable;
-    result.logs = {trips->counts(), troubles->counts(), activity->counts(), accidents->counts()};
+    for (const LogSpec& log : logs())
+        result.logs[static_cast<std::size_t>(log.id)] = counts(log.id);
     document.edits().group(text(TextId::DownloadStep), [&] {
-        carryOut(*trips, document.trips(), shift, document.edits());
-        carryOut(*troubles, document.troubles(), shift, document.edits());
-        carryOut(*activity, document.activity(), shift, document.edits());
+        carryOut(plans_->trips, document.trips(), shift, document.edits());
+        carryOut(plans_->troubles, document.troubles(), shift, document.edits());
+        carryOut(plans_->activity, document.activity(), shift, document.edits());
         if (!records.stops.empty())
-            carryOut(*accidents, document.store().singleton<TAccidentLogTable>(), shift, document.edits());
-        result.newKeys = addNames(records, document);
+            carryOut(plans_->accidents, document.store().singleton<TAccidentLogTable>(), shift, document.edits());
+        result.newKeys = addNames(records, plans_->trips, document);
         return EditOutcome{};
     });
     return result;
+}
+
+Result<MergeResult> mergeRecords(const LogRecords& records, TQuobrixDocument& document, std::int32_t shift) {
+    Result<Merge> merge = Merge::plan(records, document);
+    if (!merge)
+        return merge.error();
+    return merge->apply(shift);
 }
 
 } // namespace quobrix

@@ -317,7 +317,7 @@ std::string recordCountText(RecordKind kind, std::uint64_t count) {
     return counted(words.one, words.several, count);
 }
 
-std::uint64_t LogRecords::refusedCount() const {
+std::uint64_t refusedCount(const std::vector<RefusedRecords>& refused) {
     std::uint64_t count = 0;
     for (const RefusedRecords& some : refused)
         count += some.count;

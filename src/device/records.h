@@ -100,6 +100,9 @@ struct RefusedRecords {
     std::string reason;        ///< words for the user, in the middle of a line
 };
 
+/// How many in all.
+std::uint64_t refusedCount(const std::vector<RefusedRecords>& refused);
+
 struct LogRecords {
     std::vector<TripRecord> trips;
     std::vector<TroubleRecord> troubles;
@@ -109,8 +112,7 @@ struct LogRecords {
     std::vector<UnreadableLog> unreadable; ///< of which there are no records
 
     bool empty() const { return trips.empty() && troubles.empty() && activities.empty() && stops.empty(); }
-    /// Records refused in all.
-    std::uint64_t refusedCount() const;
+    std::uint64_t refusedCount() const { return quobrix::refusedCount(refused); }
 };
 
 /// The records of everything that a download handed over. Each record is checked on its own: one that is damaged is

@@ -42,6 +42,8 @@ constexpr CommandTexts kCommands[] = {
     {LoggerCommand::GetAlarm, SourceText(""), SourceText("Unable to tell how loud the alarm is"),
      SourceText("Reading the alarm's volume")},
     {LoggerCommand::Download, SourceText(""), SourceText("Unable to download logs"), SourceText("Downloading")},
+    {LoggerCommand::Import, SourceText(""), SourceText("Unable to import the log file"),
+     SourceText("Reading the log file")},
 };
 
 constexpr bool inOrder() {

@@ -29,6 +29,7 @@ enum class LoggerCommand {
     GetMemory,
     GetAlarm,
     Download,
+    Import,
 };
 
 /// The progress that is shown after a command succeeded, so that the user sees that something happened: the logger has

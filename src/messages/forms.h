@@ -2,6 +2,7 @@
 
 #include "base/shown_text.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -39,6 +40,21 @@ struct TimeDifferenceForm {
     std::string reason;       ///< what it may be due to, in words
     bool synchronize = false; ///< set the logger's clock after the download
     bool computer = false;    ///< show what was recorded in the computer's time
+};
+
+/// In which vehicle trips were made that told no VIN.
+struct UnidentifiedVehicleForm {
+    struct Vehicle {
+        std::string vin;
+        std::string name; ///< empty: it has none
+    };
+    std::string read;           ///< what the vehicle told instead, perhaps nothing
+    std::size_t trips = 0;      ///< so many have told that
+    std::string firstTrip;      ///< when the first of them began
+    std::vector<Vehicle> known; ///< to choose from
+    std::string vehicle;        ///< the answer: one of these VINs, or what was typed, a VIN or a known name
+    bool more = false;          ///< there are trips that told something else
+    bool forAll = false;        ///< the answer is that for these, too
 };
 
 } // namespace quobrix

@@ -42,6 +42,7 @@ public:
     virtual bool fillIn(AlarmForm&) { return false; }
     virtual bool fillIn(DateAndTimeForm&) { return false; }
     virtual bool fillIn(TimeDifferenceForm&) { return false; }
+    virtual bool fillIn(UnidentifiedVehicleForm&) { return false; }
 };
 
 } // namespace quobrix

@@ -23,6 +23,10 @@ std::string keyText(const Column& column, RowIndex row) {
     return {};
 }
 
+bool onlyVinCharacters(std::string_view text) {
+    return text.find_first_not_of("ABCDEFGHJKLMNPRSTUVWXYZ0123456789") == std::string_view::npos;
+}
+
 TextColumn& nameColumn(const NamesTable& names) { return static_cast<TextColumn&>(names.column(1)); }
 
 /// The columns of the logs of ASKING's document that COLUMN_OF gives, which may be none.
@@ -53,6 +57,8 @@ constexpr RowRequirements kNameRows{.editable = true, .required = {0, 100'000}};
 
 } // namespace
 
+bool isVin(std::string_view text) { return text.size() == 17 && onlyVinCharacters(text); }
+
 bool isDriverName(std::string_view name) {
     const std::size_t length = characterCount(name);
     return length >= 1 && length <= kLongestDriverName;
@@ -68,7 +74,7 @@ Parsed VehicleKeyColumn::parse(std::string_view text, const TextContext&) const 
 
 ShownText VehicleKeyColumn::doubt(const Value& value) const {
     const auto* vin = std::get_if<std::string>(&value);
-    if (!vin || vin->find_first_not_of("ABCDEFGHJKLMNPRSTUVWXYZ0123456789") == std::string::npos)
+    if (!vin || onlyVinCharacters(*vin))
         return {};
     return quobrix::text(TextId::UnusualVin);
 }

@@ -20,6 +20,10 @@ inline constexpr SourceText kUnknownName("Unknown");
 inline constexpr std::size_t kLongestDriverName = 20;
 bool isDriverName(std::string_view name);
 
+/// Whether TEXT is a vehicle identification number as ISO 3779 has them: 17 capital letters, of which I, O and Q are
+/// none, and digits.
+bool isVin(std::string_view text);
+
 /// Where the settings keep the names that drivers get at first: one that is entered by hand, and one that a download
 /// brings by number only. Each under kDefaultName; none or an empty one leaves the driver without a name.
 inline constexpr std::string_view kNewDriverSection = "NewDriverColumn";

@@ -1,6 +1,7 @@
 #include "model/trip_log.h"
 
 #include "model/logs.h"
+#include "model/names.h"
 #include "texts/text.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
@@ -37,7 +38,7 @@ RecordedOrigin TTripLogTable::recorded(RowIndex row) const {
 void TTripLogTable::setRecorded(RowIndex row, const std::string& vin, std::int32_t driver) {
     const RecordedOrigin before = recorded(row);
     RecordedOrigin now = before;
-    if (!vin.empty())
+    if (isVin(vin) || now.vin.empty())
         now.vin = vin;
     if (!Element<std::int32_t>::isNone(driver))
         now.driver = driver;

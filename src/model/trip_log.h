@@ -145,8 +145,8 @@ class TTripLogTable final : public Table {
 
     /// The vehicle and driver that the logger recorded, whatever a person has made of them; always known.
     RecordedOrigin recorded(RowIndex row) const;
-    /// Notes what the logger says of the trip's vehicle and driver now: an empty VIN or no driver says nothing. A
-    /// vehicle or driver that a person gave the trip stays, any other becomes what was recorded.
+    /// Notes what the logger says of the trip's vehicle and driver now: no driver, and no VIN where there is one,
+    /// say nothing. A vehicle or driver that a person gave the trip stays, any other becomes what was recorded.
     void setRecorded(RowIndex row, const std::string& vin, std::int32_t driver);
 };
 

@@ -24,6 +24,7 @@ using testing::ScriptedPrompter;
 class ScriptedChooser final : public FileChooser {
 public:
     std::optional<fs::path> chooseToOpen() override { return next; }
+    std::optional<fs::path> chooseLogs() override { return next; }
     std::optional<SavePlace> chooseToSave(const fs::path& suggested) override {
         lastSuggested = suggested;
         return next ? std::optional(SavePlace{*next, ifThere}) : std::nullopt;

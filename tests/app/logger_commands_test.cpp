@@ -294,6 +294,32 @@ TEST_F(LoggerCommandsTest, NewDataIsAskedAboutAndTheMemoryWarnedOf) {
     EXPECT_EQ(fake_.count("GetLogBuffer"), 0);
 }
 
+TEST_F(LoggerCommandsTest, AVehicleThatTellsNoVinIsAskedFor) {
+    QuobrixTripRecord trip = testing::plainTrip();
+    std::memcpy(trip.vin, "??", 3);
+    fake_.loggers["COM1"] = "K-0042-B";
+    fake_.trips = testing::RecordSetBytes().add(trip, {10, 20, 30}).take();
+    setClearAfterDownload(settings_, ClearAfterDownload::Never);
+    document_.vehicles().nameAll(document_.vehicles().addMissing(std::vector<std::string>{"1HGCM82633A004352"}),
+                                 "Kombi");
+    commands_.start();
+    ASSERT_TRUE(waitFor(QStringLiteral("Quobrix Detected on COM1 : K-0042-B")));
+    QString read;
+    answer(QStringLiteral("OK"), [&](QWidget& dialog) {
+        EXPECT_EQ(dialog.objectName(), QStringLiteral("TUnidentifiedVehicleDialog"));
+        read = dialog.findChild<QLabel*>(QStringLiteral("VinRead"))->text();
+        auto* vehicle = dialog.findChild<QComboBox*>(QStringLiteral("TUnidentifiedVehicleColumn"));
+        vehicle->setCurrentIndex(vehicle->findText(QStringLiteral("Kombi (1HGCM82633A004352)")));
+        answer(QStringLiteral("No"), [](QWidget&) {                                       // a name for the logger
+            answer(QStringLiteral("OK"), [](QWidget&) { answer(QStringLiteral("OK")); }); // nowhere to keep it; done
+        });
+    });
+    frame_.commands().action(CommandId::Download)->trigger();
+    EXPECT_EQ(read, QStringLiteral("\n VIN read from vehicle: ??"));
+    EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().at(0), "1HGCM82633A004352");
+    EXPECT_EQ(document_.trips().recorded(0).vin, "??");
+}
+
 TEST_F(LoggerCommandsTest, AnUnsavedDownloadIsOfferedAtTheNextStart) {
     const test::TemporaryFolder folder;
     const auto start = [&] {

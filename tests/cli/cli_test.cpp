@@ -459,7 +459,7 @@ TEST_F(CommandLine, DownloadAddsNothingTwice) {
     EXPECT_EQ(textOf(folder_ / name), before);
     EXPECT_TRUE(
         std::ranges::none_of(fs::recursive_directory_iterator(folder_ / "home"), [](const fs::directory_entry& entry) {
-            return entry.is_regular_file();
+            return entry.is_regular_file() && entry.path().filename() != "download.log";
         })); // no setting was written
 }
 
@@ -477,6 +477,61 @@ TEST_F(CommandLine, ADownloadWithoutRecordsMakesNoDocument) {
     expectNone(1);
 }
 
+TEST_F(CommandLine, LogFilesAreImported) {
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);
+    ASSERT_EQ(sim({"export", "COM3", "Drives.txt"}).exitCode, 0);
+    ASSERT_EQ(sim({"detach", "COM3"}).exitCode, 0);
+    const Outcome first = cli({"import", "Drives.txt", "--into", "New.car"});
+    EXPECT_EQ(first.exitCode, 0) << first.error;
+    EXPECT_TRUE(first.out.starts_with("New: 4 trips")) << first.out;
+    const Outcome again = cli({"import", "Drives.txt", "--into", "New.car"});
+    EXPECT_TRUE(again.out.starts_with("Nothing new. Already present: 4 trips")) << again.out;
+    const std::string before = textOf(folder_ / "New.car");
+    std::ofstream(folder_ / "Letter.txt") << "Dear Sirs";
+    for (const char* file : {"Letter.txt", "None.txt", ".", "New.car"}) {
+        const Outcome refused = cli({"import", file, "--into", "New.car"});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_EQ(refused.error, "quobrix-cli: File selected is not a log file!\n");
+    }
+    EXPECT_EQ(textOf(folder_ / "New.car"), before);
+}
+
+TEST_F(CommandLine, ClearsAndSetsTheClockOnlyOfWhatIsSaved) {
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B", "--clock-offset", "7200"}).exitCode, 0);
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "1"}).exitCode, 0);
+    const auto used = [&] { return sim({"memory", "COM3"}).out; };
+    const std::string full = used();
+    const auto download = [&](const std::string& file, std::vector<std::string> more) {
+        more.insert(more.begin(), {"download", "--port", "COM3", "--into", file});
+        return cli(more);
+    };
+    const auto starts = [&](const std::string& file) {
+        return parseJson(cli({"list", "trips", file, "--format", "json"}).out).at(0).at("TTripLogStartTimeColumn");
+    };
+    fs::create_directories(folder_ / "Folder.car");
+    EXPECT_EQ(download("Folder.car", {"--clear", "--set-clock"}).exitCode, 1);
+    EXPECT_EQ(used(), full);
+    EXPECT_EQ(download("Plain.car", {}).exitCode, 0);
+    EXPECT_EQ(used(), full);
+    EXPECT_EQ(download("Shifted.car", {"--time", "computer"}).exitCode, 0);
+    EXPECT_NEAR(std::get<double>(starts("Plain.car")) - std::get<double>(starts("Shifted.car")), 7200, 2);
+
+    ASSERT_EQ(sim({"fault", "COM3", "--fail", "ClearLogs"}).exitCode, 0);
+    const Outcome failed = download("Plain.car", {"--clear"});
+    EXPECT_EQ(failed.exitCode, 3) << "saved, but not cleared";
+    EXPECT_NE(failed.error.find("Unable to clear the Quobrix"), std::string::npos) << failed.error;
+    ASSERT_EQ(sim({"fault", "COM3", "--clear"}).exitCode, 0);
+    EXPECT_EQ(used(), full);
+    EXPECT_EQ(download("Plain.car", {"--clear"}).exitCode, 0);
+    EXPECT_NE(used(), full);
+    EXPECT_EQ(cli({"check", "Plain.car"}).exitCode, 0);
+
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "4", "--seed", "2"}).exitCode, 0);
+    EXPECT_EQ(download("Plain.car", {"--set-clock"}).exitCode, 0);
+    EXPECT_EQ(download("None.car", {"--set-clock"}).exitCode, 0);
+}
+
 TEST_F(CommandLine, UnparsableLogsAreNamed) {
     ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B"}).exitCode, 0);
     ASSERT_EQ(sim({"generate", "COM3", "--trips", "20", "--seed", "1"}).exitCode, 0);
@@ -491,6 +546,10 @@ TEST_F(CommandLine, UnparsableLogsAreNamed) {
         {{"--fail", "GetAccidentLogRecords", "--after", "1"},
          "the second accident log (Unknown result)",
          "New: 20 trips, 7 events. Already present: 1 severe stop.\n"},
+        {{"--garbage"},
+         "trip 11 and 9 more",
+         "Nothing new. Already present: 10 trips, 3 events. Refused: 10 trips, 4 events, 1 severe stop, 1 set of stop "
+         "samples.\n"},
         {{"--clear"}, "", "Nothing new. Already present: 20 trips, 7 events, 1 severe stop.\n"},
     };
     for (const auto& c : cases) {

@@ -1,15 +1,19 @@
 #include "device/download.h"
 
 #include "device/clear_flow.h"
+#include "device/log_file_import.h"
 
 #include "support/document_streams.h"
 #include "support/fake_logger_library.h"
+#include "support/fault_folder.h"
 #include "support/record_set_builder.h"
 #include "support/scripted_prompter.h"
 #include "support/temporary_folder.h"
 
 #include "units/time_zone.h"
 #include "units/unit_system.h"
+
+#include <fmt/format.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -33,15 +37,19 @@ protected:
     }
 
     Download flow(ScriptedPrompter& prompter) {
-        return Download({calls_, prompter, settings_, progress_, {}, document_}, *recoveries_, {units_, zone_},
-                        {.startNewDocument =
-                             [this] {
-                                 ++begun_;
-                                 document_.newDocument();
-                                 return true;
-                             },
-                         .mayStartNewDocument = [this] { return mayBegin_; },
-                         .chooseAnomalousVehicle = [this] { ++anomalous_; }});
+        return Download(context(prompter), {units_, zone_}, hooks(), *recoveries_,
+                        {.chooseAnomalousVehicle = [this] { ++anomalous_; },
+                         .log = [this](const std::string& line) { log_.push_back(line); }});
+    }
+    FlowContext context(ScriptedPrompter& prompter) { return {calls_, prompter, settings_, progress_, {}, document_}; }
+    MergeFlow::Hooks hooks() {
+        return {.startNewDocument =
+                    [this] {
+                        ++begun_;
+                        document_.newDocument();
+                        return true;
+                    },
+                .mayStartNewDocument = [this] { return mayBegin_; }};
     }
     std::optional<MergeResult> download(ScriptedPrompter& prompter) { return flow(prompter).run(); }
     /// A download is kept in a file of its own.
@@ -72,6 +80,7 @@ protected:
     TUnitSystem units_;
     const TimeZone zone_;
     std::optional<RecoveryFolder> recoveries_{folder_ / "kept"};
+    std::vector<std::string> log_;
     int anomalous_ = 0;
     bool mayBegin_ = true;
     int begun_ = 0;
@@ -140,7 +149,7 @@ TEST_F(Downloading, WhatIsCancelledIsNotCurrent) {
     Cancelling calls(link_);
     ScriptedPrompter silent;
     EXPECT_FALSE(
-        Download({calls, silent, settings_, progress_, {}, document_}, *recoveries_, {units_, zone_}, {}).run());
+        Download({calls, silent, settings_, progress_, {}, document_}, {units_, zone_}, {}, *recoveries_, {}).run());
     EXPECT_EQ(document_.trips().rowCount(), 0u);
     EXPECT_FALSE(LockedLogger(link_).status().logsCurrent) << "what was read of them went nowhere";
     EXPECT_TRUE(download(silent));
@@ -294,6 +303,128 @@ TEST_F(Downloading, ClearsOnlyWhatIsInTheDocument) {
     }
 }
 
+/// Trips an hour apart, each two or more seconds long, whose vehicles told TEXTS instead of their VINs.
+Bytes tripsOf(std::initializer_list<std::string> texts, std::uint8_t seconds = 2) {
+    RecordSetBytes set;
+    std::int32_t start = plainTrip().startTime;
+    for (const std::string& text : texts) {
+        QuobrixTripRecord trip = plainTrip();
+        trip.startTime = start += 3600;
+        trip.endTime = start + seconds;
+        std::memset(trip.vin, 0, sizeof trip.vin);
+        std::memcpy(trip.vin, text.data(), text.size());
+        trip.speedSamples.count = seconds + 1u;
+        set.add(trip, Bytes(seconds + 1u, 10));
+    }
+    return set.take();
+}
+
+TEST_F(Downloading, AsksOnceInWhichVehicleTripsWereMade) {
+    const std::string vin = "WVWZZZ1KZAW000001", other = "WVWZZZ1KZAW000002";
+    ScriptedPrompter prompter;
+    ASSERT_TRUE(download(prompter)); // one trip with a VIN
+    document_.vehicles().nameAll(std::vector{vin}, "Golf");
+    const auto vehicles = [&] { return document_.trips().column<TTripLogVinColumn>().values(); };
+
+    std::vector<UnidentifiedVehicleForm> asked;
+    std::string answer;
+    bool forAll = false;
+    prompter.unidentifiedVehicle = [&](UnidentifiedVehicleForm& form) {
+        asked.push_back(form);
+        form.vehicle = answer;
+        form.forAll = forAll;
+        return !answer.empty();
+    };
+    fake_.trips = tripsOf({"", "XX", "XX", vin});
+    answer = "Golf";
+    prompter.unidentifiedVehicle = [&, first = prompter.unidentifiedVehicle](UnidentifiedVehicleForm& form) {
+        const bool yes = first(form);
+        answer = {}; // the second one is cancelled
+        return yes;
+    };
+    EXPECT_EQ(download(prompter).value().logs[0].added, 4u);
+    ASSERT_EQ(asked.size(), 2u);
+    EXPECT_EQ(asked[0].read, "");
+    EXPECT_EQ(asked[0].trips, 1u);
+    EXPECT_EQ(asked[0].firstTrip, "11/14/2023 11:13 PM");
+    EXPECT_TRUE(asked[0].more && !asked[1].more);
+    EXPECT_EQ(asked[1].read, "XX");
+    EXPECT_EQ(asked[1].trips, 2u);
+    EXPECT_EQ(asked[1].vehicle, vin) << "as before";
+    EXPECT_EQ(vehicles(), (std::vector<std::string>{vin, vin, "XX", "XX", vin}));
+    EXPECT_EQ(document_.vehicles().rowCount(), 2u);
+
+    // Known again, with whatever the vehicle tells then, unless it is another VIN.
+    asked.clear();
+    EXPECT_EQ(download(prompter).value().summary(), "Nothing new. Already present: 4 trips, 1 trouble code.");
+    fake_.trips = tripsOf({"Y", "", other, "Z"}, 5);
+    EXPECT_EQ(download(prompter).value().logs[0].replaced, 4u);
+    EXPECT_TRUE(asked.empty());
+    EXPECT_EQ(vehicles(), (std::vector<std::string>{vin, vin, "XX", other, vin}));
+    fake_.trips = tripsOf({other}, 5);
+    EXPECT_EQ(download(prompter).value().summary(), "Replaced: 1 trip. Already present: 1 trouble code.");
+    EXPECT_EQ(vehicles()[1], vin) << "the vehicle that a person gave it stays";
+    EXPECT_EQ(document_.trips().recorded(1).vin, other);
+
+    // One answer for all, a vehicle that nobody knew.
+    document_.newDocument();
+    fake_.trips = tripsOf({"XX", "", "ABC"});
+    fake_.troubles.clear();
+    answer = " wvwzzz1kzaw000002";
+    forAll = true;
+    EXPECT_EQ(download(prompter).value().newKeys.vehicles, std::vector<std::string>{other});
+    EXPECT_EQ(asked.size(), 1u);
+    EXPECT_EQ(vehicles(), (std::vector<std::string>{other, other, other}));
+    document_.edits().undo();
+    EXPECT_EQ(document_.trips().rowCount() + document_.vehicles().rowCount(), 0u);
+}
+
+TEST_F(Downloading, ALogFileTakesTheSameWay) {
+    const auto import = [&](ScriptedPrompter& prompter) {
+        return LogFileImport(context(prompter), {units_, zone_}, hooks()).run("log.txt");
+    };
+    fake_.loggers.clear(); // none is needed
+    ScriptedPrompter prompter{{MessageId::NotALogFile}, {MessageId::NotALogFile}};
+    for (const char* function : {"GetLogBufferFromFile", "GetLogRecords"}) {
+        fake_.results = {{function, -7}};
+        EXPECT_FALSE(import(prompter));
+        EXPECT_FALSE(document_.dataChanged());
+    }
+    fake_.results.clear();
+    EXPECT_EQ(import(prompter).value().summary(), "New: 1 trip, 1 trouble code.");
+    EXPECT_EQ(fake_.count("GetLogBufferFromFile log.txt"), 3);
+    EXPECT_EQ(fake_.count("GetSerialNumberAndTime"), 0);
+    EXPECT_FALSE(document_.store().existingSingleton<TDownloadTable>());
+    EXPECT_FALSE(LockedLogger(link_).status().logsCurrent);
+    EXPECT_FALSE(kept());
+    EXPECT_EQ(document_.edits().undoDescription(), "import");
+    document_.edits().undo();
+    EXPECT_EQ(document_.trips().rowCount(), 0u);
+    EXPECT_TRUE(import(prompter));
+
+    open("Example.car");
+    ScriptedPrompter told{{MessageId::DownloadIntoExample}};
+    EXPECT_TRUE(import(told));
+    EXPECT_EQ(begun_, 1);
+}
+
+TEST_F(Downloading, EachLeavesALine) {
+    ScriptedPrompter prompter{{MessageId::UnexpectedError}};
+    now_ -= 20;
+    fake_.during = [this](const std::string& function) { now_ += function == "GetLogBuffer" ? 7 : 0; };
+    ASSERT_TRUE(download(prompter));
+    fake_.results["GetLogBuffer"] = -7;
+    EXPECT_FALSE(download(prompter));
+    const auto line = [](const char* firmware, int records, const char* end) {
+        return fmt::format("11/14/2023 - 10:13 PM  K-0042-B  firmware {0}  COM1  new: trips {1} of {1}, trouble codes "
+                           "{1} of {1}, events 0 of 0, "
+                           "severe stops 0 of 0  {2}",
+                           firmware, records, end);
+    };
+    EXPECT_EQ(log_[0], line("3.00.0", 1, "456 bytes  clock +20 s  7 s  done"));
+    EXPECT_EQ(log_.at(1), line("3.00.0", 0, "0 bytes  clock +13 s  7 s  failed: error -7"));
+}
+
 TEST_F(Downloading, AnAnomalousVehicleIsAskedAboutOnce) {
     fake_.product = "QBX-4750";
     fake_.carType = 255;
@@ -352,6 +483,34 @@ TEST_F(Downloading, IsKeptUntilASavedDocumentHoldsIt) {
     EXPECT_EQ(left(), 0u);
     EXPECT_EQ(download(silent).value().summary(), "Nothing new. Already present: 1 trip, 1 trouble code.");
     EXPECT_EQ(left(), 0u) << "the file on the disk holds it";
+}
+
+TEST_F(Downloading, APowerCutLeavesAllOfARecoveryFileOrNone) {
+    KeptDownload download;
+    download.serialText = "K-0042-B";
+    download.blocks.trips.reset(static_cast<QuobrixRecordSet*>(std::malloc(fake_.trips.size())));
+    std::memcpy(download.blocks.trips.get(), fake_.trips.data(), fake_.trips.size());
+    const auto wholeIn = [&](const test::FaultFolder::Image& image) {
+        std::size_t whole = 0;
+        for (const auto& [path, bytes] : image)
+            if (path.extension() == ".download") {
+                EXPECT_EQ(bytes, recoveryBytes(download));
+                ++whole;
+            }
+        return whole;
+    };
+    int changes = 0;
+    for (unsigned seed = 0; seed < 50; ++seed) {
+        test::FaultFolder disk(seed);
+        disk.afterEachChange = [&] {
+            ++changes;
+            EXPECT_LE(wholeIn(disk.powerCut()), 1u);
+        };
+        RecoveryFolder kept(folder_ / "kept", disk);
+        ASSERT_TRUE(kept.keep(download));
+        EXPECT_EQ(wholeIn(disk.powerCut()), 1u) << "durable when it returns";
+    }
+    EXPECT_GE(changes, 100);
 }
 
 TEST_F(Downloading, RecoveryFilesAreNotBelieved) {

@@ -98,8 +98,9 @@ TEST_F(SimulatedLogger, ADownloadTellsOnceWhichKeysAreNew) {
     const TimeZone zone;
     RecoveryFolder recoveries(folder_ / "kept");
     std::vector<NewKeys> added;
-    Download download({calls, silent, settings, noProgress, {}, document}, recoveries, {units, zone},
-                      {.startNewDocument = {}, .keysAdded = [&](const NewKeys& keys) { added.push_back(keys); }});
+    Download download({calls, silent, settings, noProgress, {}, document}, {units, zone},
+                      {.startNewDocument = {}, .keysAdded = [&](const NewKeys& keys) { added.push_back(keys); }},
+                      recoveries, {});
     ASSERT_TRUE(LockedLogger(link).openPort("COM1") == QUOBRIX_OK);
     ASSERT_TRUE(download.run());
     EXPECT_EQ(document.drivers().name(1), "Somebody");

@@ -40,8 +40,8 @@ protected:
 
     TQuobrixDocument document_;
     TUnitSystem units_;
-    TimeZone greenwich_;
-    TextContext context_{units_, greenwich_};
+    TimeZone zone_;
+    TextContext context_{units_, zone_};
     Report report_;
 };
 
@@ -54,6 +54,28 @@ TEST_F(TripReport, TellsTheTripInTheUsersUnits) {
     EXPECT_EQ(fact("General", "Maximum Speed"), "75 MPH");
     EXPECT_EQ(fact("General", "Average Speed"), "45 MPH"); // 20 m/s
     EXPECT_EQ(fact("General", "Time in Top Speed Band"), "00:01:00");
+}
+
+TEST_F(TripReport, TimesAreLocalAndDurationsAreNot) {
+    const struct {
+        const char* zone;
+        std::int32_t start; ///< of a drive of ten minutes
+        const char *from, *to;
+    } drives[] = {
+        {"EST5EDT,M3.2.0,M11.1.0", 1'710'053'700, "03/10/2024 01:55 AM", "03/10/2024 03:05 AM"},
+        {"EST5EDT,M3.2.0,M11.1.0", 1'730'613'300, "11/03/2024 01:55 AM", "11/03/2024 01:05 AM"},
+        {"CET-1CEST,M3.5.0,M10.5.0/3", 1'711'846'500, "03/31/2024 01:55 AM", "03/31/2024 03:05 AM"},
+        {"<+1030>-10:30<+11>-11,M10.1.0,M4.1.0", 1'712'415'300, "04/07/2024 01:55 AM", "04/07/2024 01:35 AM"},
+        {"IST-5:30", 1'710'053'700, "03/10/2024 12:25 PM", "03/10/2024 12:35 PM"},
+    };
+    for (const auto& drive : drives) {
+        SCOPED_TRACE(drive.zone);
+        zone_ = *TimeZone::named(drive.zone);
+        test::addTrip(document_, drive.start);
+        EXPECT_EQ(fact("General", "Start Time"), drive.from);
+        EXPECT_EQ(fact("General", "End Time"), drive.to);
+        EXPECT_EQ(fact("General", "Duration"), "00:10:00");
+    }
 }
 
 TEST_F(TripReport, CountsAndListsEventsInOrderOfTime) {

@@ -94,11 +94,13 @@ public:
     bool fillIn(AlarmForm& form) override { return fills(form, alarm); }
     bool fillIn(DateAndTimeForm& form) override { return fills(form, dateAndTime); }
     bool fillIn(TimeDifferenceForm& form) override { return fills(form, timeDifference); }
+    bool fillIn(UnidentifiedVehicleForm& form) override { return fills(form, unidentifiedVehicle); }
 
     // What a person makes of a form; without one it must not come up.
     std::function<bool(AlarmForm&)> alarm;
     std::function<bool(DateAndTimeForm&)> dateAndTime;
     std::function<bool(TimeDifferenceForm&)> timeDifference;
+    std::function<bool(UnidentifiedVehicleForm&)> unidentifiedVehicle;
     std::optional<bool> leaves;         ///< a check box marked so; nothing: as it was
     std::optional<std::string> chooses; ///< where the script has no choice
     std::function<void()> whileShown;   ///< what happens before each answer

@@ -101,8 +101,8 @@ TEST_F(Language, OfListsAndReports) {
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    expectTranslated({"--help"}, 0, {"check", "compact", "configure", "download", "list", "report"});
-    for (const char* command : {"download", "list", "report", "check", "compact", "configure"})
+    expectTranslated({"--help"}, 0, {"check", "compact", "configure", "download", "import", "list", "report"});
+    for (const char* command : {"download", "import", "list", "report", "check", "compact", "configure"})
         expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log"});
     expectTranslated({"check", "Missing.car"}, 1);
     expectTranslated({"check", ""}, 1);
