@@ -40,6 +40,9 @@ if(QUOBRIX_SANITIZE)
     target_compile_options(quobrix_options INTERFACE -Wno-error)
     target_compile_options(quobrix_options INTERFACE -fsanitize=${QUOBRIX_SANITIZE} -fno-omit-frame-pointer
         -fno-sanitize-recover=all)
+    # It is the code under test whose undefined behaviour counts.
+    target_compile_options(quobrix_options INTERFACE
+        $<$<BOOL:$<TARGET_PROPERTY:QUOBRIX_TEST>>:-fno-sanitize=undefined>)
     target_link_options(quobrix_options INTERFACE -fsanitize=${QUOBRIX_SANITIZE})
 endif()
 if(QUOBRIX_FUZZ)

@@ -55,13 +55,27 @@ function(quobrix_test_program name)
     quobrix_all_below(depends ${ARG_DEPENDS})
     target_link_libraries(${name} PRIVATE quobrix_options ${depends})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    # Compiling tests takes longer than running them.
+    if(QUOBRIX_SANITIZE)
+        set_target_properties(${name} PROPERTIES QUOBRIX_TEST ON)
+        target_compile_options(${name} PRIVATE -O0)
+    elseif(NOT MSVC AND NOT QUOBRIX_FUZZ AND NOT name MATCHES "_bench$" AND CMAKE_BUILD_TYPE STREQUAL "Release")
+        target_compile_options(${name} PRIVATE -O1)
+    endif()
 endfunction()
 
-# quobrix_test(NAME SOURCES … DEPENDS … [LABELS …]): a GoogleTest program.
+# quobrix_test(NAME SOURCES … DEPENDS … [LABELS …]): a GoogleTest program. Those with the label "threads" start some: they
+# are what the thread sanitizer is for.
 function(quobrix_test name)
     cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS;LABELS" ${ARGN})
     quobrix_test_program(${name} SOURCES ${ARG_SOURCES} DEPENDS ${ARG_DEPENDS} GTest::gtest_main)
     add_test(NAME ${name} COMMAND ${name})
+    if("threads" IN_LIST ARG_LABELS)
+        if(NOT TARGET threaded_tests)
+            add_custom_target(threaded_tests)
+        endif()
+        add_dependencies(threaded_tests ${name})
+    endif()
     set(environment QT_QPA_PLATFORM=offscreen)
     if(WIN32 AND NOT CMAKE_HOST_WIN32) # where Wine looks for libraries that a test is linked with
         set(environment WINEPATH=${QUOBRIX_DRIVE}${CMAKE_BINARY_DIR}/bin/simulator)
