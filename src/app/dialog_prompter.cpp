@@ -131,6 +131,7 @@ std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
     const MessageButtons kind = messageSpec(question.id).buttons;
     if (kind == MessageButtons::Either) {
         box.setEscapeButton(buttons.back());
+        addHelp(*box.findChild<QDialogButtonBox*>());
     } else {
         QPushButton* none = box.addButton(QMessageBox::Cancel);
         if (kind == MessageButtons::Offer)

@@ -114,6 +114,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     statusBar()->addPermanentWidget(readOnlyStatus_);
     warning_->setObjectName(QStringLiteral("loggerWarning"));
     warningMark_->setPixmap(markPixmap(Severity::Recommended, fontMetrics().height(), devicePixelRatioF()));
+    warning_->setContentsMargins(0, 0, fontMetrics().averageCharWidth() * 2, 0); // before the text of the port
     for (QLabel* part : {warningMark_, warning_}) {
         statusBar()->addPermanentWidget(part);
         part->hide();

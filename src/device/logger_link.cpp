@@ -118,6 +118,8 @@ ResultCode LockedLogger::noted(const char* function, ResultCode code) const {
     const bool often = monitoring_ || function == kNameOf<&LoggerFunctions::OpenPort> ||
                        function == kNameOf<&LoggerFunctions::GetSerialNumberAndTime>;
     const std::string& port = status().port;
+    if (code == QUOBRIX_PORT_NOT_OPENED && !status().portOpen) // why it is not has been noted
+        return code;
     const ResultCode before = std::exchange(link_.noted_[port + ' ' + function], code);
     if (code != QUOBRIX_OK && (!often || code != before))
         note(text(TextId::EventCallFailed, function, port, code, describe(code)));

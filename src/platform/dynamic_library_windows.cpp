@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 #include <windows.h>
+#include <winver.h>
 
 namespace quobrix {
 

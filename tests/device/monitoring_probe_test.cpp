@@ -151,6 +151,7 @@ TEST_F(Monitoring, EventsAreNotedOnceUntilTheyChange) {
         fake_.portProblems["COM2"] = QUOBRIX_PORT_IN_USE;
         logger.openPort("COM2");
         logger.openPort("COM2");
+        probes();
     }
     EXPECT_EQ(test::textOf(folder / "events.txt"), "- Quobrix K-0042-B was found on COM1.\n"
                                                    "- QuobrixGetTroubleByte failed on COM1: -7 (error -7).\n"
@@ -189,5 +190,6 @@ TEST_F(Monitoring, NewDataIsToldOnceAConnection) {
     EXPECT_FALSE(sees(310));
     EXPECT_FALSE(sees(310, 31)) << "as after the clear";
 }
+
 } // namespace
 } // namespace quobrix::testing
