@@ -3,27 +3,20 @@
 #include "base/path_text.h"
 #include "cli/logger_connection.h"
 #include "cli/option_prompter.h"
+#include "config/configuration_file.h"
 #include "config/configuration_flow.h"
 #include "config/configuration_text.h"
 #include "messages/file_messages.h"
-#include "platform/file_system.h"
 #include "settings/file_settings.h"
 #include "texts/text.h"
 
 namespace quobrix::cli {
 namespace {
 
-/// Writes CONTENT to the new file OPTIONS.save.
-ExitCode save(const std::string& content, const ConfigureOptions& options) {
-    const auto write = [&]() -> Result<void> {
-        Result<ReplacementFile> file = ReplacementFile::create(pathFromUtf8(options.save));
-        if (!file)
-            return file.error();
-        QUOBRIX_TRY(
-            file->file().writeAt(0, ByteView(reinterpret_cast<const std::uint8_t*>(content.data()), content.size())));
-        return file->commit(options.force ? IfThere::Replace : IfThere::Refuse);
-    };
-    const Result<void> written = write();
+/// Writes CONFIGURATION to the new file OPTIONS.save.
+ExitCode save(const LoggerConfiguration& configuration, const ConfigureOptions& options) {
+    const Result<void> written = saveConfiguration(configuration, pathFromUtf8(options.save),
+                                                   options.force ? IfThere::Replace : IfThere::Refuse);
     if (written)
         return kDone;
     if (written.error().kind == ErrorKind::Exists)
@@ -33,22 +26,14 @@ ExitCode save(const std::string& content, const ConfigureOptions& options) {
     return written.error().kind == ErrorKind::NotDurable ? kIncomplete : kFailed;
 }
 
-Result<LoggerConfiguration> load(const std::string& file) {
-    const Result<Bytes> bytes = readFile(pathFromUtf8(file), kMaxConfigurationText);
-    if (!bytes && bytes.error().kind == ErrorKind::Unsupported)
-        return Error{ErrorKind::NotADocument, text(TextId::ConfigurationTooLarge)};
-    if (!bytes)
-        return bytes.error();
-    return readConfigurationText({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
-}
-
 } // namespace
 
 ExitCode configure(const ConfigureOptions& options) {
     std::optional<LoggerConfiguration> wanted;
     if (!options.load.empty()) {
-        const Result<LoggerConfiguration> loaded = load(options.load); // before the logger is touched
-        if (!loaded && (loaded.error().kind == ErrorKind::NotADocument || loaded.error().kind == ErrorKind::Corrupt)) {
+        const Result<LoggerConfiguration> loaded =
+            loadConfiguration(pathFromUtf8(options.load)); // before the logger is touched
+        if (!loaded && isNoConfiguration(loaded.error())) {
             complain(text(TextId::CliNoConfiguration, options.load, loaded.error().detail));
             return kFailed;
         }
@@ -83,11 +68,10 @@ ExitCode configure(const ConfigureOptions& options) {
         return done(kFailed);
     if (wanted)
         return written(flow.write(*wanted));
-    const std::string content = configurationText(*present);
     if (!options.save.empty())
-        return done(save(content, options));
+        return done(save(*present, options));
     Output output;
-    output.putData(content);
+    output.putData(configurationText(*present));
     return done(output.finish(kDone));
 }
 

@@ -43,7 +43,7 @@ LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Resul
     : frame_(frame), names_(names), delivered_(folders.delivered), log_(folders.log), recoveries_(folders.recoveries),
       link_(std::move(library), times.clock, frame.context().events),
       session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times),
-      newData_(frame.context().settings) {
+      configuration_(frame, session_), newData_(frame.context().settings) {
     addCommands();
     frame_.whenSaved([this] { recoveries_.documentSaved(); });
     frame_.whenReplaced([this] { recoveries_.documentReplaced(); });

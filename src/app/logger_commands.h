@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/about_box.h"
+#include "app/configuration_commands.h"
 #include "device/download.h"
 #include "device/logger_link.h"
 #include "device/new_data.h"
@@ -62,6 +63,7 @@ private:
     RecoveryFolder recoveries_;
     LoggerLink link_;
     LoggerSession session_;
+    ConfigurationCommands configuration_;
     NewDataWatch newData_;
 };
 

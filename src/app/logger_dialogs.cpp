@@ -37,12 +37,6 @@ void addFact(QFormLayout& form, const QString& name, const QString& value, const
 
 } // namespace
 
-void addHelp(QDialogButtonBox& buttons) {
-    QPushButton* help = buttons.addButton(QDialogButtonBox::Help);
-    help->setEnabled(false);
-    help->setToolTip(QObject::tr("Help is not available yet."));
-}
-
 TSerialPortDialog::TSerialPortDialog(SerialPortForm& form, QWidget* parent)
     : QDialog(parent), form_(form), ports_(new QComboBox), result_(new QLabel) {
     setObjectName(QStringLiteral("TSerialPortDialog"));

@@ -10,7 +10,6 @@
 
 class QCheckBox;
 class QComboBox;
-class QDialogButtonBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -33,8 +32,6 @@ private:
     QComboBox* ports_;
     QLabel* result_;
 };
-/// Help is there as everywhere, and says that it is not available yet.
-void addHelp(QDialogButtonBox& buttons);
 
 /// How loud the logger's alarm is: a slider, or two choices where it is only on or off. "Off" is an answer like OK.
 class AlarmDialog final : public QDialog {

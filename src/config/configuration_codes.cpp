@@ -46,4 +46,15 @@ LoggerConfiguration withDefaultLimits(LoggerConfiguration configuration) {
     return configuration;
 }
 
+LoggerConfiguration withDefaultParameters(LoggerConfiguration configuration) {
+    constexpr struct {
+        std::int32_t parameter, seconds;
+    } kSlots[QUOBRIX_SLOT_COUNT] = {{2, 5}, {3, 5}, {4, 60}, {5, 5}, {kNoParameter, 60}};
+    for (std::size_t slot = 0; slot < std::size(kSlots); ++slot) {
+        configuration.parameters[slot] = codeOfParameter(kSlots[slot].parameter);
+        configuration.intervals[slot] = intervalCodeOfSeconds(kSlots[slot].seconds);
+    }
+    return configuration;
+}
+
 } // namespace quobrix

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "device/logger_status.h"
+#include "model/parameters.h"
 
 #include <cstdint>
 
 namespace quobrix {
-
-/// A slot that records nothing.
-inline constexpr std::int32_t kNoParameter = 0;
 
 /// The parameter (1 to 24, see model/parameters.h) that a logger's CODE stands for; kNoParameter for any other code.
 std::int32_t parameterOfCode(std::int32_t code);
@@ -22,5 +20,8 @@ std::int32_t intervalCodeOfSeconds(std::int32_t seconds);
 
 /// CONFIGURATION with the speed bands and thresholds that are delivered, and its parameters as they are.
 LoggerConfiguration withDefaultLimits(LoggerConfiguration configuration);
+
+/// CONFIGURATION with the parameters and intervals that are delivered, and its limits as they are.
+LoggerConfiguration withDefaultParameters(LoggerConfiguration configuration);
 
 } // namespace quobrix

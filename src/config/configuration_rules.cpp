@@ -14,10 +14,10 @@ constexpr double kKilometresPerMile = 1.609344;
 constexpr double kMaxSpeed = 255 / kKilometresPerMile; // MPH
 constexpr double kMaxThreshold = 2 * 9.80665;          // m/s2
 
-/// Strictly, above 0 and up to MAXIMUM.
+/// Strictly, above 0 and up to MAXIMUM, but for what converting a bound into other units and back leaves.
 template <std::size_t n>
 bool ascends(const std::array<double, n>& values, double maximum) {
-    return values.front() > 0 && values.back() <= maximum &&
+    return values.front() > 0 && values.back() <= maximum * (1 + 1e-9) &&
            std::ranges::adjacent_find(values, std::not_fn(std::less<>())) == values.end();
 }
 

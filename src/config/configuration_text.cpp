@@ -16,7 +16,6 @@ namespace quobrix {
 namespace {
 
 constexpr std::string_view kFirstLine = "Quobrix configuration 1";
-constexpr SourceText kNotSelected("Not Selected");
 
 enum class Kind { Real, Parameter, Interval };
 
@@ -82,7 +81,7 @@ std::string parameterText(std::int32_t code, Wording worded) {
     if (codeOfParameter(parameter) != code)
         return codeText(code);
     if (parameter == kNoParameter)
-        return worded(kNotSelected);
+        return worded(kNoParameterName);
     return worded(parameter == kFuelSystemStatusParameter ? kFuelSystemStatusName : parameterName(parameter));
 }
 

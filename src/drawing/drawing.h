@@ -33,8 +33,12 @@ enum class ColourRole {
     Rule,          ///< lines that part cells and sections
     Track,         ///< the whole that a bar is a part of
     Accent,        ///< bars
+    StepLow,       ///< steps of a scale from harmless to grave
+    StepMiddle,
+    StepHigh,
+    StepTop,
 };
-inline constexpr std::size_t kColourRoles = 7;
+inline constexpr std::size_t kColourRoles = 11;
 
 /// What a text is for. All fonts of a drawing are sizes and weights of one family.
 enum class FontRole { Body, Small, Strong, Heading, Title };

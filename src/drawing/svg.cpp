@@ -10,7 +10,8 @@
 namespace quobrix {
 namespace {
 
-constexpr const char* kVariables[] = {"text", "secondary-text", "ground", "heading-ground", "rule", "track", "accent"};
+constexpr const char* kVariables[] = {"text",   "secondary-text", "ground",      "heading-ground", "rule",    "track",
+                                      "accent", "step-low",       "step-middle", "step-high",      "step-top"};
 static_assert(std::size(kVariables) == kColourRoles);
 constexpr const char* kAnchors[] = {"start", "middle", "end"};
 

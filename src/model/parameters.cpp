@@ -31,6 +31,12 @@ const Parameter& parameterOf(std::int32_t id) { return kParameters[id >= 1 && id
 
 SourceText parameterName(std::int32_t parameter) { return parameterOf(parameter).name; }
 
+ShownText parameterChoiceName(std::int32_t parameter) {
+    return text(parameter == kNoParameter                 ? kNoParameterName
+                : parameter == kFuelSystemStatusParameter ? kFuelSystemStatusName
+                                                          : parameterName(parameter));
+}
+
 int parameterWidth(std::int32_t parameter) { return parameterOf(parameter).width; }
 
 double metricFromRaw(std::int32_t parameter, std::uint16_t raw) {
@@ -51,7 +57,7 @@ double baseFromMetric(std::int32_t parameter, double metric) {
 }
 
 std::string ParameterColumn::selection(std::int32_t code) const {
-    return quobrix::text(code == kFuelSystemStatusParameter ? kFuelSystemStatusName : parameterName(code));
+    return code == kNoParameter ? std::string() : std::string(parameterChoiceName(code));
 }
 
 std::vector<Selection> ParameterColumn::selections() const {

@@ -20,6 +20,11 @@ inline constexpr SourceText kFuelSystemStatusName("Fuel System Status"); ///< am
 
 /// "Engine Speed"; empty for 11 and for unknown identifiers.
 SourceText parameterName(std::int32_t parameter);
+/// What is chosen where nothing is to be recorded.
+inline constexpr std::int32_t kNoParameter = 0;
+inline constexpr SourceText kNoParameterName("Not Selected");
+/// The same among choices: every parameter, and that for nothing, has a name there.
+ShownText parameterChoiceName(std::int32_t parameter);
 /// Bytes that a stored sample takes: 1 or 2.
 int parameterWidth(std::int32_t parameter);
 /// The metric value (km/h, rpm, %, °C, kPa, g/s, °, V) of a stored raw value.

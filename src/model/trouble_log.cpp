@@ -1,6 +1,7 @@
 #include "model/trouble_log.h"
 
 #include "model/logs.h"
+#include "texts/text.h"
 
 namespace quobrix {
 namespace {
@@ -8,7 +9,6 @@ namespace {
 constexpr const PersistentType* kTroubleColumns[] = {
 #define COLUMN(Name, ...) &Name::kType,
 #include "model/trouble_log.def"
-#include "texts/text.h"
 #undef COLUMN
 };
 static_assert(std::size(kTroubleColumns) == 19);

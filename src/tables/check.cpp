@@ -137,6 +137,8 @@ void TableChecker::append(const Column& column, std::size_t index, RowIndex row,
         found.insert(found.begin(), finding(Severity::Required, uniquenessText(Severity::Required, r.mustBeUnique)));
     if (r.shouldBeUnique != Uniqueness::None && !isUnique(column, index, value, r.shouldBeUnique))
         found.push_back(finding(Severity::Recommended, uniquenessText(Severity::Recommended, r.shouldBeUnique)));
+    if (ShownText conflict = column.conflict(row); !conflict.empty())
+        found.insert(found.begin(), finding(Severity::Required, std::move(conflict)));
     for (Finding& each : found)
         findings.push_back(finding(each.severity, std::move(each.text), &column.spec(), row));
 }

@@ -107,6 +107,12 @@ public:
     /// other requirements. A figure may be followed by the name of any unit of the column's type. A figure that reads
     /// the same as a bound of a range is that bound, or a bound could not be typed in other units than its own.
     virtual Parsed parse(std::string_view text, const TextContext& context) const;
+    /// The same in ROW, for columns whose rows have units of their own.
+    virtual Parsed parseIn(RowIndex, std::string_view text, const TextContext& context) const {
+        return parse(text, context);
+    }
+    /// What the figures of ROW are a quantity of.
+    virtual UnitTypeId unitOf(RowIndex) const { return spec().unit; }
     /// The cell as text for an editor: without a unit, and precise enough that parse() gives the value back.
     virtual std::string editText(RowIndex row, const TextContext& context) const { return text(row, context); }
     /// A figure of this column's kind as the user reads it, such as a bound of a range.
@@ -115,6 +121,11 @@ public:
     virtual std::vector<Selection> selections() const { return {}; }
     /// What speaks against a value without forbidding it; empty: nothing.
     virtual ShownText doubt(const Value&) const { return {}; }
+    /// What is wrong with the cell of ROW beside the other rows; empty: nothing. It is marked as an error, but no edit
+    /// is refused for it, since the way from one right state to another may lead through it.
+    virtual ShownText conflict(RowIndex) const { return {}; }
+    /// A change of one cell may change how cells of other rows read or what is wrong with them.
+    virtual bool comparesRows() const { return false; }
     /// Why the cell of ROW keeps its value although the column is editable; empty: it need not.
     ShownText lockedBecause(RowIndex row) const;
 

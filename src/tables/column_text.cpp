@@ -106,9 +106,13 @@ std::string IntegerColumn::editText(RowIndex row, const TextContext&) const {
 void IntegerColumn::setValue(RowIndex row, const Value& value) { set(row, toElement(value)); }
 
 Parsed RealColumn::parse(std::string_view text, const TextContext& context) const {
+    return parseAs(spec().unit, text, context);
+}
+
+Parsed RealColumn::parseAs(UnitTypeId unit, std::string_view text, const TextContext& context) const {
     if (trimmed(text).empty())
         return {};
-    const std::optional<double> typed = parseValue(context.units, spec().unit, text);
+    const std::optional<double> typed = parseValue(context.units, unit, text);
     if (!typed || !(std::fabs(*typed) < kLargestFigure) || !hasValue(*typed))
         return refused(kNotANumber);
     return {
@@ -120,9 +124,9 @@ std::string RealColumn::editText(RowIndex row, const TextContext& context) const
     if (!has(row))
         return {};
     // The shown value may not convert back to the very same figure; a neighbour of it then does.
-    const double shown = context.units.toDisplay(spec().unit, at(row));
+    const double shown = context.units.toDisplay(unitOf(row), at(row));
     for (const double candidate : {shown, std::nextafter(shown, -kInfinity), std::nextafter(shown, kInfinity)})
-        if (context.units.toBase(spec().unit, candidate) == at(row))
+        if (context.units.toBase(unitOf(row), candidate) == at(row))
             return exactNumber(context.units.locale().numbers, candidate);
     return exactNumber(context.units.locale().numbers, shown);
 }

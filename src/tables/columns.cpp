@@ -57,7 +57,7 @@ std::string_view IntegerColumn::textView(RowIndex row, const TextContext& contex
 Value RealColumn::value(RowIndex row) const { return has(row) ? Value(at(row)) : Value(); }
 
 std::string_view RealColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
-    return has(row) ? context.units.formatValueWithUnits(spec().unit, at(row), buffer.figure) : "";
+    return has(row) ? context.units.formatValueWithUnits(unitOf(row), at(row), buffer.figure) : "";
 }
 
 Value TextColumn::value(RowIndex row) const { return at(row); }

@@ -165,6 +165,10 @@ public:
     Parsed parse(std::string_view text, const TextContext& context) const override;
     std::string editText(RowIndex row, const TextContext& context) const override;
     void setValue(RowIndex row, const Value& value) override;
+
+protected:
+    /// What TEXT means as a figure of UNIT.
+    Parsed parseAs(UnitTypeId unit, std::string_view text, const TextContext& context) const;
 };
 
 class TextColumn : public ArrayColumn<std::string> {

@@ -157,7 +157,7 @@ EditOutcome TableEdits::type(ObjectId id, std::size_t index, RowIndex row, std::
         return refused(kNotEditable, index, row);
     if (row < table->rowCount() && text == column.editText(row, context))
         return {};
-    Parsed parsed = column.parse(text, context);
+    Parsed parsed = column.parseIn(row, text, context);
     if (!parsed.ok())
         return refused(parsed, index, row);
     return apply(id, 0, {{index, row, std::move(parsed.value)}}, context,
@@ -195,7 +195,7 @@ EditOutcome TableEdits::paste(ObjectId id, std::span<const std::size_t> columns,
             if (isThere(row) &&
                 (text == column.editText(row, context) || text == column.textView(row, context, buffer)))
                 continue;
-            Parsed parsed = column.parse(text, context);
+            Parsed parsed = column.parseIn(row, text, context);
             if (!parsed.ok())
                 return refused(parsed, columns[c], row);
             cells.push_back({columns[c], row, std::move(parsed.value)});
@@ -211,15 +211,15 @@ EditOutcome TableEdits::fill(ObjectId id, std::span<const std::size_t> columns, 
     std::vector<CellEdit> cells;
     for (const std::size_t index : columns) {
         const Column& column = table->column(index);
-        const Parsed parsed = column.parse(text, context);
         for (const RowIndex row : rows) {
             if (!column.editable())
                 return refused(kNotEditable, index, row);
             if (row < table->rowCount() && text == column.editText(row, context))
                 continue; // nothing changes, even where it could not be typed: a missing driver's name
+            Parsed parsed = column.parseIn(row, text, context);
             if (!parsed.ok())
                 return refused(parsed, index, row);
-            cells.push_back({index, row, parsed.value});
+            cells.push_back({index, row, std::move(parsed.value)});
         }
     }
     return apply(id, 0, std::move(cells), context, std::string(description));

@@ -2,7 +2,9 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QPushButton>
 #include <QStyle>
 
 namespace quobrix {
@@ -46,6 +48,12 @@ void followAction(QAbstractButton& button, QAction& action, ActionTip tip, Qt::C
     follow();
     QObject::connect(&action, &QAction::changed, &button, follow);
     QObject::connect(&button, &QAbstractButton::clicked, &action, &QAction::trigger, connection);
+}
+
+void addHelp(QDialogButtonBox& buttons) {
+    QPushButton* help = buttons.addButton(QDialogButtonBox::Help);
+    help->setEnabled(false);
+    help->setToolTip(QObject::tr("Help is not available yet."));
 }
 
 } // namespace quobrix

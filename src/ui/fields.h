@@ -5,6 +5,7 @@
 
 class QAbstractButton;
 class QAction;
+class QDialogButtonBox;
 class QLabel;
 class QWidget;
 
@@ -29,5 +30,8 @@ QString toolTipOf(const QAction& action);
 /// control returns to the event loop: for commands that may end the button.
 void followAction(QAbstractButton& button, QAction& action, ActionTip tip,
                   Qt::ConnectionType connection = Qt::AutoConnection);
+
+/// Adds Help to BUTTONS: it is there as everywhere, and says so when it can.
+void addHelp(QDialogButtonBox& buttons);
 
 } // namespace quobrix

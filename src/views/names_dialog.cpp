@@ -7,8 +7,8 @@
 #include "tables/ui/table_spreadsheet.h"
 #include "texts/text.h"
 #include "ui/fields.h"
+#include "ui/status_line.h"
 #include "ui/windows.h"
-#include "views/status_line.h"
 
 #include <QAction>
 #include <QDialogButtonBox>

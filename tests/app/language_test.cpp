@@ -7,8 +7,12 @@
 #include "app/properties_dialog.h"
 #include "app/table_windows.h"
 #include "base/ui/qt_text.h"
+#include "config/configuration_codes.h"
+#include "config/ui/configuration_dialogs.h"
+#include "config/ui/parameter_threshold_dialog.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "support/fake_logger_library.h"
 #include "support/frame_fixture.h"
 #include "support/pseudo_catalogue.h"
 #include "support/shown_texts.h"
@@ -202,6 +206,25 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(timeDifference);
     TMemoryDialog memory({1000, 500}, {}, units_, nullptr);
     look(memory);
+    QWidget window;
+    DialogPrompter prompter(window, reminders_, context_.text(), [](const QString&) {});
+    const TableDialogContext tables{units_, zone_, settings_, prompter};
+    const FakeLoggerLibrary fake;
+    LoggerLink link(FakeLoggerLibrary::library());
+    DirectCalls calls(link);
+    ProgressReporter noProgress;
+    ConfigurationFlow flow(calls, prompter, noProgress);
+    const LoggerConfiguration set = withDefaultParameters(withDefaultLimits({}));
+    TCurrentSpeedBandsDialog bands(tables, flow, set, nullptr);
+    look(bands);
+    for (const Maneuver maneuver : {Maneuver::Braking, Maneuver::Acceleration}) {
+        ThresholdsDialog thresholds(maneuver, tables, document_.trips(), flow, set, nullptr);
+        look(thresholds);
+    }
+    TCurrentParametersDialog parameters(tables, document_.trips(), flow, set, nullptr);
+    look(parameters);
+    SetParameterThreshDialog parameterThresholds(tables, nullptr);
+    look(parameterThresholds);
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     look(properties);

@@ -89,6 +89,9 @@ TEST(Palettes, CanBeReadByEverybody) {
             for (const ColourRole ground : {ColourRole::Ground, ColourRole::HeadingGround})
                 EXPECT_GE(contrast(text, ground), 4.5);
         EXPECT_GE(contrast(ColourRole::Accent, ColourRole::Track), 3);
+        for (const ColourRole step :
+             {ColourRole::StepLow, ColourRole::StepMiddle, ColourRole::StepHigh, ColourRole::StepTop})
+            EXPECT_GE(contrast(step, ColourRole::Ground), 3);
     }
 }
 

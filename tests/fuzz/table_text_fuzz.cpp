@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     choose(units, data[0]);
     const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
 
-    typeInto(speeds, 0, text, context);
+    typeInto(speeds, 1, text, context);
     for (std::size_t i = 0; i < 2; ++i)
         typeInto(parameters, i, text, context);
     for (std::size_t i = 0; i < document.troubles().columnCount(); ++i)

@@ -4,7 +4,7 @@
 #include "support/scripted_prompter.h"
 #include "support/view_fixture.h"
 #include "tables/ui/table_spreadsheet.h"
-#include "views/status_line.h"
+#include "ui/status_line.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,5 +1,7 @@
 #include "device/ui/timed_progress_dialog.h"
 
+#include "ui/windows.h"
+
 #include <QProgressDialog>
 #include <QTimer>
 
@@ -7,7 +9,7 @@ namespace quobrix {
 
 void TimedProgressDialog::show(const TimedProgress& progress) {
     const QString title = QString::fromUtf8(progress.title.data(), static_cast<qsizetype>(progress.title.size()));
-    QProgressDialog dialog(title, {}, 0, progress.steps, &parent_);
+    QProgressDialog dialog(title, {}, 0, progress.steps, &usableParent(parent_));
     dialog.setObjectName(QStringLiteral("timedProgress"));
     dialog.setAccessibleName(title);
     dialog.setWindowTitle(title);

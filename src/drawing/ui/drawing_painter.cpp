@@ -117,7 +117,7 @@ Palette screenPalette(const QPalette& palette) {
         const QColor colour = palette.color(role);
         return mixed(colour, ground, colour.alphaF() * share);
     };
-    Palette result = kLightPalette;
+    Palette result = ground.lightnessF() < 0.5 ? kDarkPalette : kLightPalette;
     result[ColourRole::Text] = over(QPalette::WindowText);
     result[ColourRole::SecondaryText] = over(QPalette::PlaceholderText);
     result[ColourRole::Ground] = over(QPalette::Base);

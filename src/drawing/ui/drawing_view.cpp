@@ -27,6 +27,17 @@ DrawingView::DrawingView(DrawingMaker make, QWidget* parent) : QWidget(parent), 
     Q_UNUSED(installed)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     measureLeast();
+    name();
+}
+
+void DrawingView::redraw() {
+    measureLeast();
+    drawing_ = draw(width());
+    name();
+    update();
+}
+
+void DrawingView::name() {
     setAccessibleName(toQt(drawing_.title));
     setAccessibleDescription(toQt(drawing_.description));
 }

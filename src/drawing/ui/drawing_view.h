@@ -13,6 +13,9 @@ class DrawingView final : public QWidget {
 public:
     explicit DrawingView(DrawingMaker make, QWidget* parent = nullptr);
 
+    /// What is shown has changed: makes the drawing anew.
+    void redraw();
+
     QSize sizeHint() const override { return least_; }
     QSize minimumSizeHint() const override { return least_; }
 
@@ -24,6 +27,7 @@ protected:
 private:
     Drawing draw(double width) const;
     void measureLeast();
+    void name();
 
     DrawingMaker make_;
     QSize least_; ///< that the drawing can do with

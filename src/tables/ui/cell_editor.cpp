@@ -41,8 +41,9 @@ QComboBox* makeList(const Column& column, QWidget* parent) {
 
 QWidget* makeCellEditor(const SpreadsheetModel& model, const QModelIndex& cell, QWidget* parent) {
     const Column& column = model.column(cell.column());
-    QWidget* editor = column.kind() == ColumnKind::Selection ? static_cast<QWidget*>(makeList(column, parent))
-                                                             : makeLine(model.editHint(cell.column()), parent);
+    QWidget* editor = column.kind() == ColumnKind::Selection
+                          ? static_cast<QWidget*>(makeList(column, parent))
+                          : makeLine(model.editHint(cell.row(), cell.column()), parent);
     editor->setObjectName(QStringLiteral("cellEditor"));
     editor->setAccessibleName(
         QObject::tr("%1, row %2")

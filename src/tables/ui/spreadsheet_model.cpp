@@ -51,6 +51,7 @@ void SpreadsheetModel::setColumns(std::vector<ShownColumn> columns, RowTitle row
         specs_.push_back(&column.spec());
         Source source;
         source.table = tableId(column);
+        source.comparesRows = column.comparesRows();
         if (const Table* table = column.table()) {
             source.column = table->indexOf(column.spec().key);
             if (edits_ && column.editable())
@@ -114,7 +115,7 @@ QString SpreadsheetModel::text(int place, int column) const {
     if (shown.unitInHeading) {
         const Value value = shown.column->value(row);
         if (const auto* figure = std::get_if<double>(&value))
-            return toQt(context_.units.formatValue(spec(column).unit, *figure, buffer.figure));
+            return toQt(context_.units.formatValue(shown.column->unitOf(row), *figure, buffer.figure));
     }
     return toQt(shown.column->textView(row, context_, buffer));
 }
@@ -126,7 +127,7 @@ QString SpreadsheetModel::exactText(int place, int column) const {
     const RowIndex row = storedRow(place);
     QString result = toQt(source.editText(row, context_));
     if (source.kind() == ColumnKind::Real && !result.isEmpty())
-        result += toQt(context_.units.unitLabel(spec(column).unit));
+        result += toQt(context_.units.unitLabel(source.unitOf(row)));
     return result;
 }
 
@@ -165,10 +166,10 @@ QString SpreadsheetModel::lockedBecause(int place, int column) const {
     return hasCell(place, column) ? toQt(this->column(column).lockedBecause(storedRow(place))) : QString();
 }
 
-QString SpreadsheetModel::editHint(int column) const {
+QString SpreadsheetModel::editHint(int place, int column) const {
     switch (this->column(column).kind()) {
     case ColumnKind::Real:
-        return toQt(context_.units.unitName(spec(column).unit));
+        return toQt(context_.units.unitName(this->column(column).unitOf(storedRow(place))));
     case ColumnKind::DateTime:
         return toQt(context_.units.unitName(UnitTypeId::Date));
     default:
@@ -335,7 +336,8 @@ bool SpreadsheetModel::marksOtherRows(const TableChange& change) const {
     for (std::size_t i = 0; i < sources_.size(); ++i) {
         const Requirements& needs = specs_[i]->requirements;
         const bool unique = needs.mustBeUnique != Uniqueness::None || needs.shouldBeUnique != Uniqueness::None;
-        if (unique && sources_[i].column >= change.firstColumn && sources_[i].column <= change.lastColumn)
+        if ((unique || sources_[i].comparesRows) && sources_[i].column >= change.firstColumn &&
+            sources_[i].column <= change.lastColumn)
             return true;
     }
     return false;

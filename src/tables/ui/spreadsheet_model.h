@@ -89,7 +89,7 @@ public:
     /// Why a cell that can be edited cannot be just now; empty: it can.
     QString lockedBecause(int place, int column) const;
     /// What stands behind the value while it is edited: the unit, or the form of a date.
-    QString editHint(int column) const;
+    QString editHint(int place, int column) const;
     /// The worst that is wrong with the cell; nothing if it is as it should be.
     std::optional<Finding> mark(int place, int column) const;
 
@@ -127,6 +127,7 @@ private:
         ObjectId table = kNoObject;
         std::size_t column = 0;
         TableChecker* checker = nullptr; ///< none: not for editing
+        bool comparesRows = false;
     };
 
     bool hasCell(int place, int column) const;

@@ -1,4 +1,4 @@
-#include "views/status_line.h"
+#include "ui/status_line.h"
 
 #include <QEvent>
 #include <QTextLayout>

@@ -1,0 +1,42 @@
+#include "config/parameter_threshold_sheet.h"
+
+#include "model/parameter_thresholds.h"
+
+namespace quobrix {
+namespace {
+
+std::int32_t parameterOf(RowIndex row) { return static_cast<std::int32_t>(row) + 1; }
+
+} // namespace
+
+UnitTypeId ParameterThresholdBase::unitOf(RowIndex row) const { return parameterThresholdSpec(parameterOf(row)).unit; }
+
+const TableSpec& ParameterThresholdsTable::spec() const {
+    static constexpr TableSpec spec{kType, kTypesOf<ParameterThresholdColumn>, {}, SourceText("Parameter Thresholds")};
+    return spec;
+}
+
+ParameterThresholdSheet::ParameterThresholdSheet(const Settings& settings)
+    : ValueSheet(std::make_unique<ParameterThresholdsTable>(), kParameterCount) {
+    auto& column = table().column<ParameterThresholdColumn>();
+    for (RowIndex row = 0; row < kParameterCount; ++row)
+        column.set(row, parameterThreshold(settings, parameterOf(row)));
+}
+
+ShownText ParameterThresholdSheet::rowTitle(RowIndex row) const { return parameterChoiceName(parameterOf(row)); }
+
+std::vector<CellEdit> ParameterThresholdSheet::originals() {
+    std::vector<CellEdit> edits;
+    for (RowIndex row = 0; row < kParameterCount; ++row)
+        edits.push_back({0, row, parameterThresholdSpec(parameterOf(row)).requirements.defaultValue});
+    return edits;
+}
+
+void ParameterThresholdSheet::store(Settings& settings) const {
+    const auto& column = table().column<ParameterThresholdColumn>();
+    for (RowIndex row = 0; row < kParameterCount; ++row)
+        if (column.at(row) != parameterThreshold(settings, parameterOf(row)))
+            setParameterThreshold(settings, parameterOf(row), column.at(row));
+}
+
+} // namespace quobrix
