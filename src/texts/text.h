@@ -7,6 +7,10 @@
 #include <cstdint>
 #include <string>
 
+// The headers of Windows have a macro of this name, too, and may have been included before.
+#pragma push_macro("TEXT")
+#undef TEXT
+
 namespace quobrix {
 
 /// Every text that the core makes by itself, one row of texts.def each; those that stand in tables of their own
@@ -30,6 +34,8 @@ inline constexpr Row kRows[] = {
 #define COUNTED(Id, One, Other) {SourceText(One), SourceText(Other), placesOf(Other)},
 #include "texts/texts.def"
 };
+
+#pragma pop_macro("TEXT")
 
 constexpr const Row& row(TextId id) { return kRows[static_cast<std::size_t>(id)]; }
 
