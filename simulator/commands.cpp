@@ -155,6 +155,10 @@ Result<void> set(const PortStore& store, const std::string& port, const Settings
 Result<void> record(const PortStore& store, const std::string& port, const RecordOptions& options) {
     if (!options.vin.empty() && !isVin(options.vin))
         return bad("\"" + options.vin + "\" is no vehicle identification number");
+    constexpr std::size_t kVinLength = 17;
+    if (options.told && (options.told->size() > kVinLength ||
+                         !std::ranges::all_of(*options.told, [](char c) { return c >= ' ' && c <= '~'; })))
+        return bad("\"" + *options.told + "\" is no text of at most 17 plain characters");
     const auto drive = readDrive(pathFromUtf8(options.drive));
     if (!drive)
         return drive.error();
@@ -173,7 +177,7 @@ Result<void> record(const PortStore& store, const std::string& port, const Recor
         if (!options.vin.empty())
             logger.vin = options.vin;
         const Recording recording = recordDrive(*drive, logger.configuration,
-                                                {.vin = logger.vin,
+                                                {.vin = options.told.value_or(logger.vin),
                                                  .driver = options.driver,
                                                  .start = static_cast<std::int32_t>(begin),
                                                  .disconnected = options.disconnected});

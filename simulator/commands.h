@@ -29,7 +29,8 @@ struct Settings {
 struct RecordOptions {
     std::string drive; ///< a path
     std::string vin;
-    std::string start; ///< "YYYY-MM-DD HH:MM:SS", local; empty: so that the drive ends now
+    std::optional<std::string> told; ///< by the vehicle instead of its VIN, perhaps nothing
+    std::string start;               ///< "YYYY-MM-DD HH:MM:SS", local; empty: so that the drive ends now
     std::int32_t driver = 0;
     bool disconnected = false;
 };

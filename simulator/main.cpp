@@ -83,6 +83,7 @@ int run(const quobrix::ProgramArguments& arguments) {
         portCommand("record", "Let the logger record a drive", [&] { return record(store, port, recordOptions); });
     recordCommand->add_option("DRIVE", recordOptions.drive, "The drive's readings (CSV)")->required();
     recordCommand->add_option("--vin", recordOptions.vin, "The vehicle's identification number");
+    recordCommand->add_option("--told", recordOptions.told, "What the vehicle tells instead of that, perhaps nothing");
     recordCommand->add_option("--start", recordOptions.start, "Local start time, \"YYYY-MM-DD HH:MM:SS\"");
     recordCommand->add_option("--driver", recordOptions.driver, "The driver's identification number");
     recordCommand->add_flag("--disconnected", recordOptions.disconnected, "The logger was pulled out during the trip");

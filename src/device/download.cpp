@@ -215,7 +215,7 @@ void Download::log(const Read& read, std::int64_t clockAhead, const LogRecords& 
         outcome =
             fmt::format("done, {} refused, {} parts unreadable", result->refusedCount(), result->unreadable.size());
     const DateTime time = text_.zone.toLocal(static_cast<std::int32_t>(read.download.time));
-    options_.log(fmt::format("{}  {}  firmware {}.{:02}.{}  {}  new: {}  {} bytes  clock {:+} s  {} s  {}",
+    options_.log(fmt::format("{}; {}; firmware {}.{:02}.{}; {}; new: {}; {} bytes; clock {:+} s; {} s; {}",
                              logTimeText(time), read.download.serialText, firmware.major, firmware.minor,
                              firmware.build, read.outcome.port, counts, sizeOf(read.download.blocks), clockAhead,
                              read.download.time - read.began, outcome));

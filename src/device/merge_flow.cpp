@@ -82,7 +82,7 @@ std::optional<MergeResult> MergeFlow::merge(const LogRecords& records, std::int3
             context_.prompter.tell(makeMessage(MessageId::NewFileRequired));
             return {};
         }
-        identifyVehicles(*plan, shift);
+        identifyVehicles(*plan, records, shift);
         document.edits().group(text(step), [&] {
             merged = plan->apply(shift);
             if (!merged)
@@ -107,7 +107,7 @@ std::optional<MergeResult> MergeFlow::merge(const LogRecords& records, std::int3
 }
 
 /// Asks once for each different text that vehicles told instead of a VIN.
-void MergeFlow::identifyVehicles(Merge& merge, std::int32_t shift) {
+void MergeFlow::identifyVehicles(Merge& merge, const LogRecords& records, std::int32_t shift) {
     const std::vector<UnidentifiedVehicle> unidentified = merge.unidentified();
     if (unidentified.empty())
         return;
@@ -116,6 +116,11 @@ void MergeFlow::identifyVehicles(Merge& merge, std::int32_t shift) {
     for (RowIndex row = 0; row < names.rowCount(); ++row)
         if (std::string vin = names.key(row); !vin.empty())
             form.known.push_back({vin, names.name(row)});
+    for (const TripRecord& trip : records.trips) // one that comes with these
+        if (const std::string& vin = trip.origin.vin;
+            isVin(vin) &&
+            std::ranges::find(form.known, vin, &UnidentifiedVehicleForm::Vehicle::vin) == form.known.end())
+            form.known.push_back({vin, {}});
     form.vehicle = context_.settings.getText(kVehicleSection, kVehicle);
     for (auto vehicle = unidentified.begin(); vehicle != unidentified.end(); ++vehicle) {
         form.read = vehicle->read;

@@ -44,7 +44,7 @@ public:
     bool leavesDocument(const LogRecords& records) const { return wantsNew_ && records.empty(); }
 
 private:
-    void identifyVehicles(Merge& merge, std::int32_t shift);
+    void identifyVehicles(Merge& merge, const LogRecords& records, std::int32_t shift);
     void tell(const Error& error);
 
     FlowContext context_;

@@ -368,13 +368,14 @@ TEST_F(Downloading, AsksOnceInWhichVehicleTripsWereMade) {
 
     // One answer for all, a vehicle that nobody knew.
     document_.newDocument();
-    fake_.trips = tripsOf({"XX", "", "ABC"});
+    fake_.trips = tripsOf({"XX", "", vin, "ABC"});
     fake_.troubles.clear();
     answer = " wvwzzz1kzaw000002";
     forAll = true;
-    EXPECT_EQ(download(prompter).value().newKeys.vehicles, std::vector<std::string>{other});
-    EXPECT_EQ(asked.size(), 1u);
-    EXPECT_EQ(vehicles(), (std::vector<std::string>{other, other, other}));
+    EXPECT_EQ(download(prompter).value().newKeys.vehicles, (std::vector<std::string>{vin, other}));
+    ASSERT_EQ(asked.size(), 1u);
+    EXPECT_EQ(asked[0].known.at(0).vin, vin) << "which comes with them";
+    EXPECT_EQ(vehicles(), (std::vector<std::string>{other, other, vin, other}));
     document_.edits().undo();
     EXPECT_EQ(document_.trips().rowCount() + document_.vehicles().rowCount(), 0u);
 }
@@ -416,13 +417,12 @@ TEST_F(Downloading, EachLeavesALine) {
     fake_.results["GetLogBuffer"] = -7;
     EXPECT_FALSE(download(prompter));
     const auto line = [](const char* firmware, int records, const char* end) {
-        return fmt::format("11/14/2023 - 10:13 PM  K-0042-B  firmware {0}  COM1  new: trips {1} of {1}, trouble codes "
-                           "{1} of {1}, events 0 of 0, "
-                           "severe stops 0 of 0  {2}",
+        return fmt::format("11/14/2023 - 10:13 PM; K-0042-B; firmware {0}; COM1; new: trips {1} of {1}, trouble codes "
+                           "{1} of {1}, events 0 of 0, severe stops 0 of 0; {2}",
                            firmware, records, end);
     };
-    EXPECT_EQ(log_[0], line("3.00.0", 1, "456 bytes  clock +20 s  7 s  done"));
-    EXPECT_EQ(log_.at(1), line("3.00.0", 0, "0 bytes  clock +13 s  7 s  failed: error -7"));
+    EXPECT_EQ(log_[0], line("3.00.0", 1, "456 bytes; clock +20 s; 7 s; done"));
+    EXPECT_EQ(log_.at(1), line("3.00.0", 0, "0 bytes; clock +13 s; 7 s; failed: error -7"));
 }
 
 TEST_F(Downloading, AnAnomalousVehicleIsAskedAboutOnce) {
