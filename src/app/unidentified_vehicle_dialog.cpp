@@ -1,6 +1,5 @@
 #include "app/unidentified_vehicle_dialog.h"
 
-#include "app/logger_dialogs.h"
 #include "base/ui/qt_text.h"
 #include "ui/fields.h"
 
