@@ -33,6 +33,8 @@ if(WIN32)
         WIN32_LEAN_AND_MEAN)
     if(MINGW) # more functions in a batch of files than an ordinary object file can list
         target_compile_options(quobrix_options INTERFACE -Wa,-mbig-obj)
+        # With as little optimisation as these builds have, GCC takes what an optional never held for uninitialised.
+        target_compile_options(quobrix_options INTERFACE -Wno-maybe-uninitialized)
     endif()
 endif()
 if(QUOBRIX_SANITIZE)
