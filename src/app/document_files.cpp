@@ -61,7 +61,7 @@ bool DocumentFiles::open(const fs::path& path) {
     if (!close() || !replaceBy(absolute))
         return false;
     recent_.add(absolute);
-    hooks_.saved();
+    hooks_.saved(false);
     offerCompaction();
     return true;
 }
@@ -114,7 +114,7 @@ void DocumentFiles::tellLock() {
         if (choice && *choice == 1) {
             if (const Result<void> taken = document_.takeOver(); !taken)
                 tell(taken.error(), FileAction::Save, path);
-            hooks_.saved();
+            hooks_.saved(false);
         }
     }
     const fs::path lock = document_.lockFile();
@@ -207,7 +207,7 @@ DocumentFiles::Outcome DocumentFiles::chooseAndSaveAs(const fs::path& suggested)
     const Outcome outcome = saveTo(place->path, place->ifThere);
     if (document_.path() == place->path) { // be it durable or not
         recent_.add(document_.path());
-        hooks_.saved();
+        hooks_.saved(false);
     }
     return outcome;
 }
@@ -244,7 +244,7 @@ DocumentFiles::Outcome DocumentFiles::saveAgain() {
 }
 
 DocumentFiles::Outcome DocumentFiles::finishSave(const Result<void>& result, FileAction action, const fs::path& path) {
-    hooks_.saved();
+    hooks_.saved(static_cast<bool>(result));
     if (result) {
         note(text(TextId::EventSaved, utf8(path)));
         if (const std::optional<Error> problem = document_.backupProblem()) {

@@ -44,7 +44,8 @@ public:
     struct Hooks {
         std::function<void()> replacing; ///< the document's tables are about to end
         std::function<void()> replaced;  ///< other content is in place, or the old one after all
-        std::function<void()> saved;     ///< the path or the modified state may differ
+        /// The path or the modified state may differ. DURABLE: what has been saved outlives a power cut.
+        std::function<void(bool durable)> saved;
         /// Something has happened that the event log is to keep. Nothing where there is none.
         std::function<void(const ShownText&)> event{};
     };

@@ -136,6 +136,8 @@ AlarmDialog::AlarmDialog(const AlarmForm& form, QWidget* parent)
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(explained);
+    layout->addSpacing(layout->spacing());
     layout->addWidget(fieldLabel(tr("&Volume of the Quobrix's alarm:"), *volume_));
     layout->addWidget(volume_);
     layout->addWidget(state);

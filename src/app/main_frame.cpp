@@ -77,8 +77,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                       pages_->restore();
                   },
               .saved =
-                  [this] {
-                      if (whenSaved_ && context_.document.hasFile() && !context_.document.modified())
+                  [this](bool durable) {
+                      if (durable && whenSaved_ && context_.document.hasFile() && !context_.document.modified())
                           whenSaved_();
                       documentChanged();
                   },

@@ -1,6 +1,8 @@
 #include "app/unidentified_vehicle_dialog.h"
 
 #include "base/ui/qt_text.h"
+#include "model/name_questions.h"
+#include "texts/text.h"
 #include "ui/fields.h"
 
 #include <QCheckBox>
@@ -15,17 +17,10 @@
 namespace quobrix {
 
 TUnidentifiedVehicleDialog::TUnidentifiedVehicleDialog(const UnidentifiedVehicleForm& form, QWidget* parent)
-    : QDialog(parent), vehicle_(new QComboBox), forAll_(new QCheckBox(tr("&Use for all"))) {
+    : QDialog(parent), known_(form.known), vehicle_(new QComboBox), forAll_(new QCheckBox(tr("&Use for all"))) {
     setObjectName(QStringLiteral("TUnidentifiedVehicleDialog"));
     setWindowTitle(tr("Unidentified Vehicle"));
-    const QString first = toQt(form.firstTrip);
-    const QString what = form.trips == 1 ? tr("The trip of %1 was made in a vehicle that told no vehicle "
-                                              "identification number.\n\nWhich vehicle was it?")
-                                               .arg(first)
-                                         : tr("%1 trips, the first of %2, were made in a vehicle that told no vehicle "
-                                              "identification number.\n\nWhich vehicle was it?")
-                                               .arg(form.trips)
-                                               .arg(first);
+    const QString what = toQt(counted(TextId::UnidentifiedTrips, form.trips, form.trips, form.firstTrip));
     auto* text = new QLabel(what);
     text->setObjectName(QStringLiteral("UnidentifiedVehicleText"));
     text->setWordWrap(true);
@@ -39,8 +34,8 @@ TUnidentifiedVehicleDialog::TUnidentifiedVehicleDialog(const UnidentifiedVehicle
     vehicle_->setObjectName(QStringLiteral("TUnidentifiedVehicleColumn"));
     vehicle_->setEditable(true);
     vehicle_->setInsertPolicy(QComboBox::NoInsert);
-    vehicle_->setToolTip(tr("A vehicle of this file, or the VIN of another one"));
-    for (const UnidentifiedVehicleForm::Vehicle& vehicle : form.known)
+    vehicle_->setToolTip(tr("A vehicle of this file, or the VIN of another one, which has 17 characters"));
+    for (const KnownVehicle& vehicle : form.known)
         vehicle_->addItem(vehicle.name.empty() ? toQt(vehicle.vin)
                                                : tr("%1 (%2)").arg(toQt(vehicle.name), toQt(vehicle.vin)),
                           toQt(vehicle.vin));
@@ -59,7 +54,11 @@ TUnidentifiedVehicleDialog::TUnidentifiedVehicleDialog(const UnidentifiedVehicle
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     QPushButton* ok = buttons->button(QDialogButtonBox::Ok);
-    const auto check = [this, ok] { ok->setEnabled(!vehicle_->currentText().trimmed().isEmpty()); };
+    const auto check = [this, ok] {
+        UnidentifiedVehicleForm answer;
+        take(answer);
+        ok->setEnabled(!vinOf(answer.vehicle, known_).empty());
+    };
     connect(vehicle_, &QComboBox::editTextChanged, this, check);
     check();
 

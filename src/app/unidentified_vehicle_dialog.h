@@ -18,6 +18,7 @@ public:
     void take(UnidentifiedVehicleForm& form) const;
 
 private:
+    const std::vector<KnownVehicle> known_;
     QComboBox* vehicle_;
     QCheckBox* forAll_;
 };

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cstdlib>
 
 namespace quobrix {
@@ -144,7 +145,8 @@ std::optional<MergeResult> Download::run() {
     }
     const bool holdsSomething = !records.empty() || !records.refused.empty();
     const Result<void> kept = holdsSomething ? recoveries_.keep(read->download) : Result<void>();
-    std::optional<MergeResult> result = merge(read->download, records, holdsSomething && kept);
+    std::optional<MergeResult> result =
+        merge(read->download, records, holdsSomething && (kept || kept.error().kind == ErrorKind::NotDurable));
     log(*read, clock->ahead, records, result);
     if (result) {
         if (!kept && options_.times == Times::AsPersonSays) // who is not asked saves it next
@@ -182,10 +184,13 @@ std::optional<MergeResult> Download::merge(const KeptDownload& download, const L
 void Download::settleLogger(const Read& read, const MergeResult& result, bool kept, bool synchronize) {
     if (!result.unreadable.empty())
         return;
+    const bool asks = options_.times == Times::AsPersonSays;
+    if (asks && !kept) // what is in memory only is not cleared unasked by any command
+        return;
     const std::string& serialText = read.download.serialText;
     context_.calls.post(
         [serialText, gaps = read.gaps](LockedLogger& logger) { logger.noteLogsCurrent(serialText, gaps); });
-    if (!kept || options_.times != Times::AsPersonSays)
+    if (!asks)
         return;
     const bool cleared = ClearFlow(context_).clearDownloaded(serialText, result.refusedCount());
     if (synchronize)
@@ -197,8 +202,9 @@ void Download::log(const Read& read, std::int64_t clockAhead, const LogRecords& 
                    const std::optional<MergeResult>& result) const {
     if (!options_.log)
         return;
-    const std::size_t found[] = {records.trips.size(), records.troubles.size(), records.activities.size(),
-                                 records.stops.size()};
+    const std::array found{records.trips.size(), records.troubles.size(), records.activities.size(),
+                           records.stops.size()}; // by LogId
+    static_assert(found.size() == kLogCount);
     std::string counts;
     for (const LogSpec& spec : logs()) {
         const auto log = static_cast<std::size_t>(spec.id);

@@ -239,13 +239,11 @@ void compareSamples(const TTripLogSampleTable& samples, const TripRecord& record
     }
     for (std::size_t i = 0; c.same() && i < TTripLogSampleTable::kSeriesCount; ++i) {
         const ParameterSeriesColumn& stored = samples.series(i);
-        const ParameterSeries& series = record.series[i];
+        const SampledSeries& recorded = record.series[i];
         if (!isThere(stored))
             continue;
-        TTripLogParameter1Column recorded; // samples are compared as they are stored
-        recorded.setSeries(series.parameter, series.twoValues, std::max(series.samplingInterval, 1), series.samples);
-        c.require(stored.agreesWith(recorded));
-        c.growing(stored.sampleCount(), recorded.sampleCount());
+        c.require(stored.series().agreesWith(recorded));
+        c.growing(stored.series().size(), recorded.size());
     }
 }
 
@@ -330,15 +328,14 @@ void TripRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t sh
     samples.speed().setAll(r.speedSamples);
     TTripLogParametersTable& parameters = t.column<TTripLogParametersTableColumn>().replaceObject(row);
     for (std::size_t i = 0; i < r.series.size(); ++i) {
-        const ParameterSeries& series = r.series[i];
-        samples.series(i).setSeries(series.parameter, series.twoValues, std::max(series.samplingInterval, 1),
-                                    series.samples);
-        if (series.parameter == 0)
+        const SampledSeries& series = r.series[i];
+        samples.series(i).setSeries(series);
+        if (series.parameter() == 0)
             continue;
         const RowIndex at = parameters.rowCount();
         parameters.insertRows(at, 1);
-        parameters.column<TTripLogParameterColumn>().set(at, series.parameter);
-        parameters.column<TTripLogParameterSamplingIntervalColumn>().set(at, series.samplingInterval);
+        parameters.column<TTripLogParameterColumn>().set(at, series.parameter());
+        parameters.column<TTripLogParameterSamplingIntervalColumn>().set(at, series.interval());
     }
     fillBands<TTripLogSpeedBandFromColumn, TTripLogSpeedBandToColumn>(
         t.column<TTripLogSpeedBandsTableColumn>().replaceObject(row), r.bandLimits);

@@ -3,6 +3,7 @@
 #include "model/serial_number.h"
 #include "texts/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -12,6 +13,10 @@
 
 namespace quobrix {
 namespace {
+
+/// A longer time in which nobody has heard of a logger, in s, is enough for it to have been away and recorded
+/// something.
+constexpr std::int64_t kLongestGap = 30;
 
 constexpr std::size_t kLongestPath = 260; // what the library's own buffer takes
 
@@ -187,7 +192,15 @@ ResultCode LockedLogger::probe() {
     if (code == QUOBRIX_OK && !isSerialNumber(textOf(serial)))
         code = kBadSerialNumber;
     if (code == QUOBRIX_OK) {
+        // A download can take longer than the gap; the logger that it read was there all the while.
+        const std::int64_t unseen = now() - std::max(status.seenTime, status.logsReadTime);
+        if (status.serialText != textOf(serial) || unseen > kLongestGap) {
+            status.logsCurrent = false;
+            status.readings = {};
+            ++status.gaps;
+        }
         status.serialText = textOf(serial);
+        status.seenTime = now();
         status.loggerTime = time;
     } else if (code == QUOBRIX_PORT_NOT_OPENED && !status.portOpen) {
         code = status.openResult; // a closed port says why for as long as it stays closed
@@ -363,7 +376,8 @@ Reply<RecordBlocks> LockedLogger::readLogs(LogMode mode) {
     progress(step, 4); // the transfer, and a log to be parsed three times
     const ResultCode code = call<&LoggerFunctions::GetLogBuffer>(static_cast<std::int32_t>(mode), &allocated[0],
                                                                  &allocated[1], &allocated[2]);
-    state().logsReadTime = now();
+    if (code == QUOBRIX_OK)
+        state().logsReadTime = now();
     Reply<RecordBlocks> reply{code, {}};
     Blocks blocks;
     const LogBuffer buffers[3] = {blocks.buffer(allocated[0]), blocks.buffer(allocated[1]),

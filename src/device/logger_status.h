@@ -82,7 +82,8 @@ struct LoggerStatus {
     bool newerModel = false;       ///< the product number is none of the first family's
     bool logsCurrent = false;      ///< nothing is on the logger that has not been downloaded, for all we know
     std::uint32_t gaps = 0;        ///< how often it was, or may have been, away or another one
-    std::int64_t logsReadTime = 0; ///< when its logs were last read or cleared, computer time, s
+    std::int64_t seenTime = 0;     ///< when it last answered, computer time, s
+    std::int64_t logsReadTime = 0; ///< when its logs were last read or cleared, likewise
 
     bool loggerPresent() const { return probe == QUOBRIX_OK; }
     bool operator==(const LoggerStatus&) const = default;

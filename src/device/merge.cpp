@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <span>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <unordered_map>
 
@@ -16,6 +17,7 @@ namespace quobrix {
 /// What is to be done with the records of one log. Made before anything is changed.
 template <class Log>
 struct MergePlan {
+    static constexpr LogId kLog = Log::kLog;
     using Record = typename Log::Record;
     struct Change {
         RowIndex row;
@@ -331,10 +333,13 @@ Result<void> canMerge(TQuobrixDocument& document) { return unlessForeign(documen
 struct Merge::Plans {
     const LogRecords& records;
     TQuobrixDocument& document;
-    MergePlan<TripRows> trips;
-    MergePlan<TroubleRows> troubles;
-    MergePlan<ActivityRows> activity;
-    MergePlan<AccidentRows> accidents;
+    std::tuple<MergePlan<TripRows>, MergePlan<TroubleRows>, MergePlan<ActivityRows>, MergePlan<AccidentRows>> all;
+    static_assert(std::tuple_size_v<decltype(all)> == kLogCount, "a plan for each log");
+
+    template <class Log>
+    MergePlan<Log>& of() {
+        return std::get<MergePlan<Log>>(all);
+    }
 };
 
 Merge::Merge(std::unique_ptr<Plans> plans) : plans_(std::move(plans)) {}
@@ -349,33 +354,30 @@ Result<Merge> Merge::plan(const LogRecords& records, TQuobrixDocument& document)
     const TAccidentLogTable none;
     const TAccidentLogTable* stops = document.accidents();
     auto accidents = Planner<AccidentRows>(stops ? *stops : none).plan(records.stops);
-    Result<void> planned;
-    if (!trips)
-        planned = trips.error();
-    else if (!accidents)
-        planned = accidents.error();
-    QUOBRIX_TRY(unlessForeign(document, planned));
-    return Merge(std::unique_ptr<Plans>(new Plans{records, document, std::move(*trips), std::move(*troubles),
-                                                  std::move(*activity), std::move(*accidents)}));
+    const auto firstError = [](const auto&... plans) {
+        Result<void> error;
+        ((error && !plans ? void(error = plans.error()) : void()), ...);
+        return error;
+    };
+    QUOBRIX_TRY(unlessForeign(document, firstError(trips, troubles, activity, accidents)));
+    return Merge(std::unique_ptr<Plans>(new Plans{
+        records, document, {std::move(*trips), std::move(*troubles), std::move(*activity), std::move(*accidents)}}));
 }
 
 MergeCounts Merge::counts(LogId log) const {
-    switch (log) {
-    case LogId::Trips:
-        return plans_->trips.counts();
-    case LogId::Troubles:
-        return plans_->troubles.counts();
-    case LogId::Activity:
-        return plans_->activity.counts();
-    default:
-        return plans_->accidents.counts();
-    }
+    MergeCounts counts;
+    const auto take = [&](const auto& plan) {
+        if (plan.kLog == log)
+            counts = plan.counts();
+    };
+    std::apply([&](const auto&... plans) { (take(plans), ...); }, plans_->all);
+    return counts;
 }
 
 std::vector<UnidentifiedVehicle> Merge::unidentified() const {
     std::vector<UnidentifiedVehicle> vehicles;
     std::unordered_map<std::string_view, std::size_t> places;
-    for (const auto& trip : plans_->trips.fresh) {
+    for (const auto& trip : plans_->of<TripRows>().fresh) {
         const std::string& read = trip.record->origin.vin;
         if (isVin(read))
             continue;
@@ -391,7 +393,7 @@ std::vector<UnidentifiedVehicle> Merge::unidentified() const {
 }
 
 void Merge::identify(const std::string& read, const std::string& vin) {
-    for (auto& trip : plans_->trips.fresh)
+    for (auto& trip : plans_->of<TripRows>().fresh)
         if (trip.record->origin.vin == read)
             trip.vehicle = vin;
 }
@@ -406,12 +408,13 @@ Result<MergeResult> Merge::apply(std::int32_t shift) {
     for (const LogSpec& log : logs())
         result.logs[static_cast<std::size_t>(log.id)] = counts(log.id);
     document.edits().group(text(TextId::DownloadStep), [&] {
-        carryOut(plans_->trips, document.trips(), shift, document.edits());
-        carryOut(plans_->troubles, document.troubles(), shift, document.edits());
-        carryOut(plans_->activity, document.activity(), shift, document.edits());
+        carryOut(plans_->of<TripRows>(), document.trips(), shift, document.edits());
+        carryOut(plans_->of<TroubleRows>(), document.troubles(), shift, document.edits());
+        carryOut(plans_->of<ActivityRows>(), document.activity(), shift, document.edits());
         if (!records.stops.empty())
-            carryOut(plans_->accidents, document.store().singleton<TAccidentLogTable>(), shift, document.edits());
-        result.newKeys = addNames(records, plans_->trips, document);
+            carryOut(plans_->of<AccidentRows>(), document.store().singleton<TAccidentLogTable>(), shift,
+                     document.edits());
+        result.newKeys = addNames(records, plans_->of<TripRows>(), document);
         return EditOutcome{};
     });
     return result;

@@ -21,7 +21,7 @@ struct MergeCounts {
 
 /// What became of the records of a download.
 struct MergeResult {
-    std::array<MergeCounts, 4> logs; ///< by LogId
+    std::array<MergeCounts, kLogCount> logs; ///< by LogId
     std::vector<RefusedRecords> refused;
     std::vector<UnreadableLog> unreadable; ///< of whose records nothing is known
     NewKeys newKeys;                       ///< which the name tables have got

@@ -18,17 +18,6 @@ constexpr std::size_t kMostTrips = 1200;
 constexpr const char* kVehicleSection = "TUnidentifiedVehicleColumn";
 constexpr const char* kVehicle = "default";
 
-/// The vehicle that a person chose from FORM's, or typed: a VIN, or the name of a known one.
-std::string vinOf(const UnidentifiedVehicleForm& form, const TextContext& text) {
-    using Vehicle = UnidentifiedVehicleForm::Vehicle;
-    if (std::ranges::find(form.known, form.vehicle, &Vehicle::vin) != form.known.end())
-        return form.vehicle;
-    const auto named = std::ranges::find(form.known, form.vehicle, &Vehicle::name);
-    if (named != form.known.end())
-        return named->vin;
-    return std::get<std::string>(TVehicleNamesVinColumn().parse(form.vehicle, text).value);
-}
-
 } // namespace
 
 void MergeFlow::tell(const Error& error) {
@@ -118,8 +107,7 @@ void MergeFlow::identifyVehicles(Merge& merge, const LogRecords& records, std::i
             form.known.push_back({vin, names.name(row)});
     for (const TripRecord& trip : records.trips) // one that comes with these
         if (const std::string& vin = trip.origin.vin;
-            isVin(vin) &&
-            std::ranges::find(form.known, vin, &UnidentifiedVehicleForm::Vehicle::vin) == form.known.end())
+            isVin(vin) && std::ranges::find(form.known, vin, &KnownVehicle::vin) == form.known.end())
             form.known.push_back({vin, {}});
     form.vehicle = context_.settings.getText(kVehicleSection, kVehicle);
     for (auto vehicle = unidentified.begin(); vehicle != unidentified.end(); ++vehicle) {
@@ -129,14 +117,18 @@ void MergeFlow::identifyVehicles(Merge& merge, const LogRecords& records, std::i
         form.more = std::next(vehicle) != unidentified.end();
         if (!form.forAll) {
             const std::string before = form.vehicle;
-            if (!context_.prompter.fillIn(form) || form.vehicle.empty()) {
+            const bool answered = context_.prompter.fillIn(form) && !form.vehicle.empty();
+            const std::string vin = answered ? vinOf(form.vehicle, form.known) : std::string();
+            if (vin.empty()) {
+                if (answered)
+                    context_.prompter.tell(makeMessage(MessageId::NoSuchVehicle, form.vehicle));
                 form.vehicle = before;
                 form.forAll = false;
                 continue;
             }
-            form.vehicle = vinOf(form, text_);
-            if (std::ranges::find(form.known, form.vehicle, &UnidentifiedVehicleForm::Vehicle::vin) == form.known.end())
-                form.known.push_back({form.vehicle, {}});
+            form.vehicle = vin;
+            if (std::ranges::find(form.known, vin, &KnownVehicle::vin) == form.known.end())
+                form.known.push_back({vin, {}});
             context_.settings.setText(kVehicleSection, kVehicle, form.vehicle);
         }
         merge.identify(vehicle->read, form.vehicle);

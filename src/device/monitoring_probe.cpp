@@ -6,9 +6,6 @@
 namespace quobrix {
 namespace {
 
-/// A longer gap in watching, in s, is time enough for the logger to have been away and recorded something.
-constexpr std::int64_t kLongestGap = 30;
-
 /// Between two attempts to open a port, in s. Opening one can make a program wait that has it, so it is not done often.
 constexpr std::int64_t kLongestPause = 30;
 
@@ -77,16 +74,7 @@ bool MonitoringProbe::look(LockedLogger& logger, const std::function<bool()>& in
     logger.convertLastSerialNumber();
 
     LoggerStatus& status = logger.state();
-    const Sighting now{status.serialNumber, logger.now()};
-    const bool sameLogger = previous_ && previous_->serialNumber == now.serialNumber;
-    // A download can take longer than the gap; the logger that it read was there all the while.
-    const bool watched = sameLogger && now.time - std::max(previous_->time, status.logsReadTime) <= kLongestGap;
-    if (!watched) {
-        status.logsCurrent = false;
-        status.readings = {};
-        ++status.gaps;
-    }
-    previous_ = now;
+    const bool watched = std::exchange(gaps_, status.gaps) == status.gaps;
     seen_ = true;
     const bool stale = std::exchange(status.readingsStale, false);
     if (!seen || !watched || stale)

@@ -26,11 +26,7 @@ private:
     bool openAgain(LockedLogger& logger); // whether it was tried
     void planOpening(const LockedLogger& logger, bool tried);
 
-    struct Sighting {
-        std::int32_t serialNumber;
-        std::int64_t time; // computer time, s
-    };
-    std::optional<Sighting> previous_;
+    std::uint32_t gaps_ = 0; ///< in watching, when the logger was last looked at
 
     // All readings are taken when a logger is first seen and after each command, then one a probe.
     bool seen_ = false;   ///< the last probe has found the logger

@@ -112,16 +112,16 @@ std::vector<std::uint32_t> readEvents(RecordReader& in, const QuobrixArray& plac
     return events;
 }
 
-ParameterSeries readSeries(RecordReader& in, const QuobrixParameterSeries& raw, std::int64_t duration) {
+SampledSeries readSeries(RecordReader& in, const QuobrixParameterSeries& raw, std::int64_t duration) {
     if (raw.parameter == 0)
         return {};
     in.require(raw.parameter >= 1 && raw.parameter <= 24, SourceText("a parameter is unknown"));
     in.require(raw.twoValues <= 1, SourceText("a parameter series is malformed"));
-    ParameterSeries series{raw.parameter, raw.samplingInterval, raw.twoValues == 1, in.array<double>(raw.samples)};
-    for (const double sample : series.samples)
-        in.finite(sample, SourceText("a parameter sample is not a number"));
-    in.fits(series.samples.size(), series.samplingInterval, duration);
-    return series;
+    const std::vector<double> samples = in.array<double>(raw.samples);
+    in.require(std::ranges::all_of(samples, [](double sample) { return std::isfinite(sample); }),
+               SourceText("a parameter sample is not a number"));
+    in.fits(samples.size(), raw.samplingInterval, duration);
+    return {raw.parameter, raw.samplingInterval, raw.twoValues == 1, samples};
 }
 
 template <std::size_t N, class Value>

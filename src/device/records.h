@@ -3,6 +3,7 @@
 #include "base/bytes.h"
 #include "base/no_value.h"
 #include "device/record_blocks.h"
+#include "model/parameters.h"
 
 #include <array>
 #include <cstddef>
@@ -21,13 +22,6 @@ struct RecordOrigin {
     std::string serialNumber; ///< 8 characters of the form K-0042-B
     std::string vin;          ///< printable; empty: the vehicle did not tell
     bool operator==(const RecordOrigin&) const = default;
-};
-
-struct ParameterSeries {
-    std::int32_t parameter = 0;        ///< 1 to 24; 0: not recorded, and all else is empty
-    std::int32_t samplingInterval = 0; ///< s, above 0
-    bool twoValues = false;            ///< each sample is two bytes in one number: the first value is the low one
-    std::vector<double> samples;       ///< km/h, rpm, %, deg C, kPa, g/s, deg or V; from the start, an interval apart
 };
 
 struct TripRecord {
@@ -49,7 +43,7 @@ struct TripRecord {
     std::vector<std::uint8_t> speedSamples;                             ///< km/h, from the start, an interval apart
     std::vector<std::uint32_t> hardBrakes, extremeBrakes;               ///< s from the start, in order
     std::vector<std::uint32_t> hardAccelerations, extremeAccelerations; ///< likewise
-    std::array<ParameterSeries, QUOBRIX_SERIES_COUNT> series;
+    std::array<SampledSeries, QUOBRIX_SERIES_COUNT> series;             ///< their samples are stored in full
 };
 
 struct TroubleRecord {

@@ -36,7 +36,7 @@ Result<void> RecoveryFolder::keep(const KeptDownload& download) {
         const Result<void> done = file->commit(IfThere::Refuse);
         if (!done && done.error().kind == ErrorKind::Exists && number < 100)
             continue;
-        if (done)
+        if (done || done.error().kind == ErrorKind::NotDurable) // then it is there, too
             kept_.push_back({path, file->takeFile()});
         return done;
     }
@@ -50,16 +50,15 @@ void RecoveryFolder::merged(std::shared_ptr<const bool> done) {
 }
 
 void RecoveryFolder::documentSaved() {
-    std::erase_if(kept_, [&](Kept& kept) {
-        if (!kept.inDocument || !*kept.done)
-            return false;
-        kept.file.reset(); // some systems remove no open file
-        files_.remove(kept.path);
-        return true;
-    });
+    for (Kept& kept : kept_)
+        if (kept.file && kept.inDocument && *kept.done) {
+            kept.file.reset(); // some systems remove no open file
+            files_.remove(kept.path);
+        }
 }
 
 void RecoveryFolder::documentReplaced() {
+    std::erase_if(kept_, [](const Kept& kept) { return !kept.file; });
     for (Kept& kept : kept_)
         kept.inDocument = false;
 }

@@ -24,7 +24,7 @@ public:
     /// Where they are.
     const std::filesystem::path& path() const { return folder_; }
 
-    /// Keeps DOWNLOAD, durably when it returns.
+    /// Keeps DOWNLOAD, durably when it returns. With NotDurable it is kept, too, but a power cut may take it.
     Result<void> keep(const KeptDownload& download);
     /// What was kept or taken last is in the document for as long as *DONE, see TableEdits::lastStepDone().
     void merged(std::shared_ptr<const bool> done);
@@ -33,7 +33,7 @@ public:
     void documentSaved();
     /// There is another document. What was not saved of the one before is left to the next start.
     void documentReplaced();
-    /// Whether a merge that is still kept has been undone since this was last asked.
+    /// Whether a merge of this document, saved or not, has been undone since this was last asked.
     bool undoneSince();
 
     /// The files that earlier runs have left, oldest first; those of a program that still runs are not among them.
@@ -48,7 +48,7 @@ public:
 private:
     struct Kept {
         std::filesystem::path path;
-        std::unique_ptr<File> file; ///< and so the lock
+        std::unique_ptr<File> file; ///< and so the lock; none once a saved document has held it
         bool inDocument = false;
         std::shared_ptr<const bool> done{}; ///< none before it was merged
         bool wasDone = false;

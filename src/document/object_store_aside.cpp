@@ -45,10 +45,14 @@ void ObjectStore::setAside(ObjectId id, Aside how) {
 void ObjectStore::keep(Slot& entry, Aside how, std::size_t size) {
     const ObjectId id = entry.id;
     Kept& kept = aside_[id];
+    bool listed = false;
     try {
-        deletedStreams_.insert(id);
         (how == Aside::Deleted ? deleted_ : unmade_).push_back(id);
+        listed = true;
+        deletedStreams_.insert(id);
     } catch (...) {
+        if (listed)
+            (how == Aside::Deleted ? deleted_ : unmade_).pop_back();
         aside_.erase(id);
         throw;
     }

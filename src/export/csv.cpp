@@ -25,7 +25,7 @@ std::string notAFormula(std::string text) {
 
 std::string csvField(std::string_view text) {
     std::string field(text);
-    if (field.find_first_of("\",\r\n") == std::string::npos)
+    if (field.find_first_of("\",;\t\r\n") == std::string::npos) // some programs part cells at others than commas
         return field;
     for (std::size_t at = 0; (at = field.find('"', at)) != std::string::npos; at += 2)
         field.insert(at, 1, '"');

@@ -42,19 +42,20 @@ struct TimeDifferenceForm {
     bool computer = false;    ///< show what was recorded in the computer's time
 };
 
+struct KnownVehicle {
+    std::string vin;
+    std::string name; ///< empty: it has none
+};
+
 /// In which vehicle trips were made that told no VIN.
 struct UnidentifiedVehicleForm {
-    struct Vehicle {
-        std::string vin;
-        std::string name; ///< empty: it has none
-    };
-    std::string read;           ///< what the vehicle told instead, perhaps nothing
-    std::size_t trips = 0;      ///< so many have told that
-    std::string firstTrip;      ///< when the first of them began
-    std::vector<Vehicle> known; ///< to choose from
-    std::string vehicle;        ///< the answer: one of these VINs, or what was typed, a VIN or a known name
-    bool more = false;          ///< there are trips that told something else
-    bool forAll = false;        ///< the answer is that for these, too
+    std::string read;                ///< what the vehicle told instead, perhaps nothing
+    std::size_t trips = 0;           ///< so many have told that
+    std::string firstTrip;           ///< when the first of them began
+    std::vector<KnownVehicle> known; ///< to choose from
+    std::string vehicle;             ///< the answer: one of these VINs, or what was typed, a VIN or a known name
+    bool more = false;               ///< there are trips that told something else
+    bool forAll = false;             ///< the answer is that for these, too
 };
 
 } // namespace quobrix

@@ -20,6 +20,11 @@ enum class LogId {
 #include "model/logs.def"
 };
 
+inline constexpr std::size_t kLogCount = 0
+#define LOG(...) +1
+#include "model/logs.def"
+    ;
+
 /// The ways to look at a log: at all of its records, and at one of them.
 enum class LogViewKind { Summary, Report, Plot, Table };
 

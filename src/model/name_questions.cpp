@@ -40,6 +40,17 @@ NewKeys askForNames(const NewKeys& added, Prompter& prompter) {
     return wanted;
 }
 
+std::string vinOf(std::string_view typed, std::span<const KnownVehicle> known) {
+    for (const KnownVehicle& vehicle : known)
+        if (typed == vehicle.vin || typed == vehicle.name)
+            return vehicle.vin;
+    std::string vin;
+    for (const char c : typed)
+        if (c != ' ')
+            vin += c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return isVin(vin) ? vin : std::string();
+}
+
 bool mayDelete(const NamesTable& names, std::span<const RowIndex> rows, Prompter& prompter) {
     const Wording& wording = wordingOf(names);
     if (wording.deleteQuestion && prompter.ask(makeMessage(*wording.deleteQuestion)) == Answer::No)

@@ -18,6 +18,10 @@ struct NewKeys {
 /// are. New drivers are listed without a question: a download brings their numbers only, and they may not be known yet.
 NewKeys askForNames(const NewKeys& added, Prompter& prompter);
 
+/// The vehicle that a person means with TYPED: a VIN, in lower case, too, or the name of one of KNOWN; empty if it is
+/// neither.
+std::string vinOf(std::string_view typed, std::span<const KnownVehicle> known);
+
 /// Whether ROWS of a name table may be deleted: asks for it, where the table has a question, and then refuses all of
 /// them if any is in use.
 bool mayDelete(const NamesTable& names, std::span<const RowIndex> rows, Prompter& prompter);

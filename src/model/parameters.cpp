@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -27,6 +29,14 @@ static_assert(std::size(kParameters) == kParameterCount + 1);
 
 const Parameter& parameterOf(std::int32_t id) { return kParameters[id >= 1 && id <= kParameterCount ? id : 0]; }
 
+/// Rounded to nearest: what is in range is above 0, so that cutting off does it.
+std::uint16_t rawOf(const Parameter& p, double metric) {
+    if (p.factor == 0.0 || !std::isfinite(metric))
+        return 0;
+    const double raw = std::clamp(metric * p.storingFactor - p.offset + 0.5, 0.0, p.width == 1 ? 255.0 : 65535.0);
+    return static_cast<std::uint16_t>(raw);
+}
+
 } // namespace
 
 SourceText parameterName(std::int32_t parameter) { return parameterOf(parameter).name; }
@@ -44,13 +54,7 @@ double metricFromRaw(std::int32_t parameter, std::uint16_t raw) {
     return (raw + p.offset) * p.factor;
 }
 
-std::uint16_t rawFromMetric(std::int32_t parameter, double metric) {
-    const Parameter& p = parameterOf(parameter);
-    if (p.factor == 0.0 || !std::isfinite(metric))
-        return 0;
-    const double raw = std::trunc(metric * p.storingFactor - p.offset + 0.5);
-    return static_cast<std::uint16_t>(std::clamp(raw, 0.0, p.width == 1 ? 255.0 : 65535.0));
-}
+std::uint16_t rawFromMetric(std::int32_t parameter, double metric) { return rawOf(parameterOf(parameter), metric); }
 
 double baseFromMetric(std::int32_t parameter, double metric) {
     return toBaseFrom(loggerUnitOfParameter(parameter), metric);
@@ -67,69 +71,76 @@ std::vector<Selection> ParameterColumn::selections() const {
     return all;
 }
 
-void ParameterSeriesColumn::setSeries(std::int32_t parameter, bool twoValues, std::int32_t interval,
-                                      const std::vector<double>& metric) {
-    parameter_ = parameter;
-    twoValues_ = twoValues;
-    interval_ = interval;
-    raw_.clear();
-    present_.clear();
-    for (const double value : metric) {
-        raw_.push_back(hasValue(value) ? rawFromMetric(parameter, value) : 0);
-        present_.push_back(hasValue(value));
+SampledSeries::SampledSeries(std::int32_t parameter, std::int32_t interval, bool twoValues,
+                             const std::vector<double>& metric)
+    : parameter_(parameter), interval_(std::max(interval, 1)), twoValues_(twoValues), raw_(metric.size()),
+      present_((metric.size() + 7) / 8) {
+    const Parameter& p = parameterOf(parameter);
+    for (std::size_t i = 0; i < metric.size(); ++i) {
+        const bool has = hasValue(metric[i]);
+        raw_[i] = has ? rawOf(p, metric[i]) : 0;
+        present_[i / 8] = static_cast<std::uint8_t>(present_[i / 8] | (unsigned{has} << i % 8));
     }
+}
+
+double SampledSeries::metric(std::size_t sample) const {
+    return has(sample) ? metricFromRaw(parameter_, raw_[sample]) : kNoValue;
+}
+
+bool SampledSeries::agreesWith(const SampledSeries& other) const {
+    const std::size_t common = std::min(size(), other.size());
+    if (common == 0)
+        return true;
+    if (parameter_ != other.parameter_ || interval_ != other.interval_ || twoValues_ != other.twoValues_ ||
+        std::memcmp(raw_.data(), other.raw_.data(), common * sizeof raw_[0]) != 0 ||
+        std::memcmp(present_.data(), other.present_.data(), common / 8) != 0)
+        return false;
+    const unsigned rest = (1u << common % 8) - 1; // bits of the byte in which the shorter one ends
+    return rest == 0 || ((present_[common / 8] ^ other.present_[common / 8]) & rest) == 0;
+}
+
+void ParameterSeriesColumn::setSeries(SampledSeries series) {
+    series_ = std::move(series);
     setModified();
 }
 
-bool ParameterSeriesColumn::agreesWith(const ParameterSeriesColumn& other) const {
-    const auto common = static_cast<std::ptrdiff_t>(std::min(raw_.size(), other.raw_.size()));
-    return common == 0 ||
-           (parameter_ == other.parameter_ && twoValues_ == other.twoValues_ && interval_ == other.interval_ &&
-            std::equal(raw_.begin(), raw_.begin() + common, other.raw_.begin()) &&
-            std::equal(present_.begin(), present_.begin() + common, other.present_.begin()));
-}
-
-double ParameterSeriesColumn::metric(std::size_t sample) const {
-    return present_[sample] ? metricFromRaw(parameter_, raw_[sample]) : kNoValue;
-}
-
 double ParameterSeriesColumn::base(std::size_t sample) const {
-    return present_[sample] ? baseFromMetric(parameter_, metricFromRaw(parameter_, raw_[sample])) : kNoValue;
+    return series_.has(sample) ? baseFromMetric(series_.parameter(), series_.metric(sample)) : kNoValue;
 }
 
 ShownText ParameterSeriesColumn::name() const {
-    const ShownText name = quobrix::text(parameterName(parameter_));
-    return twoValues_ ? quobrix::text(TextId::SeriesOfTwoValues, name) : name;
+    const ShownText name = quobrix::text(parameterName(series_.parameter()));
+    return series_.twoValues() ? quobrix::text(TextId::SeriesOfTwoValues, name) : name;
 }
 
 std::size_t ParameterSeriesColumn::sampleAt(RowIndex row) const {
     const auto* samples = dynamic_cast<const TTripLogSampleTable*>(table());
     const std::uint64_t second = row * (samples ? samples->speed().interval() : 1ull);
-    if (interval_ <= 0 || second % static_cast<std::uint32_t>(interval_) != 0)
-        return raw_.size();
-    return static_cast<std::size_t>(
-        std::min<std::uint64_t>(second / static_cast<std::uint32_t>(interval_), raw_.size()));
+    const auto interval = static_cast<std::uint32_t>(series_.interval());
+    return second % interval != 0
+               ? series_.size()
+               : static_cast<std::size_t>(std::min<std::uint64_t>(second / interval, series_.size()));
 }
 
 Value ParameterSeriesColumn::value(RowIndex row) const {
     const std::size_t sample = sampleAt(row);
-    return sample < raw_.size() && present_[sample] ? Value(base(sample)) : Value();
+    return sample < series_.size() && series_.has(sample) ? Value(base(sample)) : Value();
 }
 
 std::string_view ParameterSeriesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     const std::size_t sample = sampleAt(row);
-    if (sample == raw_.size() || !present_[sample])
+    if (sample == series_.size() || !series_.has(sample))
         return {};
-    if (twoValues_ && parameter_ == kFuelSystemStatusParameter) {
-        const std::uint16_t status = raw_[sample];
+    if (series_.twoValues() && series_.parameter() == kFuelSystemStatusParameter) {
+        const std::uint16_t status = series_.raw(sample);
         buffer.words = fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF));
         buffer.words.append(" / ").append(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));
         return buffer.words;
     }
-    return context.units.formatValueWithUnits(unitTypeOfParameter(parameter_), base(sample), buffer.figure);
+    return context.units.formatValueWithUnits(unitTypeOfParameter(series_.parameter()), base(sample), buffer.figure);
 }
 
-void ParameterSeriesColumn::write(ByteWriter& out) const {
+void SampledSeries::write(ByteWriter& out) const {
     out.i32(parameter_);
     out.u8(twoValues_);
     out.i32(interval_);
@@ -139,15 +150,11 @@ void ParameterSeriesColumn::write(ByteWriter& out) const {
             out.u8(static_cast<std::uint8_t>(raw));
         else
             out.u16(raw);
-    for (std::size_t i = 0; i < raw_.size(); i += 8) {
-        std::uint8_t bits = 0;
-        for (std::size_t bit = 0; bit < 8 && i + bit < raw_.size(); ++bit)
-            bits = static_cast<std::uint8_t>(bits | (present_[i + bit] ? 1u << bit : 0u));
+    for (const std::uint8_t bits : present_)
         out.u8(bits);
-    }
 }
 
-bool ParameterSeriesColumn::read(ByteReader& in, std::uint8_t) {
+bool SampledSeries::read(ByteReader& in) {
     parameter_ = in.i32();
     twoValues_ = in.u8() != 0;
     interval_ = in.i32();
@@ -158,12 +165,12 @@ bool ParameterSeriesColumn::read(ByteReader& in, std::uint8_t) {
     raw_.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i)
         raw_.push_back(width == 1 ? in.u8() : in.u16());
-    const ByteView bits = in.bytes((count + 7) / 8);
+    const ByteView present = in.bytes((count + 7) / 8);
     if (!in.complete())
         return false;
-    present_.reserve(count);
-    for (std::uint32_t i = 0; i < count; ++i)
-        present_.push_back((bits[i / 8] >> (i % 8)) & 1);
+    present_.assign(present.begin(), present.end());
+    if (count % 8 != 0)
+        present_.back() = static_cast<std::uint8_t>(present_.back() & ((1u << count % 8) - 1));
     return true;
 }
 

@@ -35,27 +35,56 @@ std::uint16_t rawFromMetric(std::int32_t parameter, double metric);
 /// The base value (m/s, Hz, K, Pa, kg/s, rad, V, percent) of a metric one.
 double baseFromMetric(std::int32_t parameter, double metric);
 
-/// One parameter series of a trip: raw samples at an interval of its own, and which of them have no value.
-/// Stream: i32 parameter, u8 flag, i32 interval (s), u32 count, the samples (1 or 2 bytes each), then one bit per
-/// sample, lowest first, set where there is a value. A series that records nothing has parameter 0 and no samples.
+/// What a logger has sampled of one parameter, as it is stored: raw samples at an interval of its own, and which of
+/// them have no value. Stream: i32 parameter, u8 flag, i32 interval (s), u32 count, the samples (1 or 2 bytes each),
+/// then one bit per sample, lowest first, set where there is a value. A series that records nothing has parameter 0 and
+/// no samples.
+class SampledSeries {
+public:
+    SampledSeries() = default;
+    /// METRIC samples (kNoValue: none) at 0, 1, 2 … INTERVAL (s; at least 1) from the start.
+    SampledSeries(std::int32_t parameter, std::int32_t interval, bool twoValues, const std::vector<double>& metric);
+
+    /// 0: nothing is recorded.
+    std::int32_t parameter() const { return parameter_; }
+    /// s between samples
+    std::int32_t interval() const { return interval_; }
+    /// Each sample carries two values, such as the status of fuel systems 1 and 2.
+    bool twoValues() const { return twoValues_; }
+    std::size_t size() const { return raw_.size(); }
+    std::uint16_t raw(std::size_t sample) const { return raw_[sample]; }
+    bool has(std::size_t sample) const { return (present_[sample / 8] >> sample % 8) & 1; }
+    /// The sample's metric value, or kNoValue.
+    double metric(std::size_t sample) const;
+
+    /// Both record the same alike, and the samples of the shorter one are the beginning of the other's. A series
+    /// without samples is the beginning of any.
+    bool agreesWith(const SampledSeries& other) const;
+
+    void write(ByteWriter& out) const;
+    bool read(ByteReader& in);
+
+private:
+    std::int32_t parameter_ = 0;
+    std::int32_t interval_ = 1;
+    bool twoValues_ = false;
+    std::vector<std::uint16_t> raw_;
+    std::vector<std::uint8_t> present_; ///< a bit a sample, lowest first, set where there is a value; the rest is 0
+};
+
+/// One parameter series of a trip.
 class ParameterSeriesColumn : public Column {
 public:
     ColumnKind kind() const override { return ColumnKind::Real; }
 
-    /// METRIC samples (kNoValue: none) at 0, 1, 2 … INTERVAL (s, above 0).
-    void setSeries(std::int32_t parameter, bool twoValues, std::int32_t interval, const std::vector<double>& metric);
+    const SampledSeries& series() const { return series_; }
+    void setSeries(SampledSeries series);
 
-    std::int32_t parameter() const { return parameter_; }
-    /// Each sample carries two values, such as the status of fuel systems 1 and 2.
-    bool twoValues() const { return twoValues_; }
-    /// s between samples
-    std::int32_t interval() const { return interval_; }
-    std::size_t sampleCount() const { return raw_.size(); }
-    /// Both record the same alike, and the samples of the shorter one are the beginning of the other's. A series
-    /// without samples is the beginning of any.
-    bool agreesWith(const ParameterSeriesColumn& other) const;
-    /// The sample's metric value, or kNoValue.
-    double metric(std::size_t sample) const;
+    std::int32_t parameter() const { return series_.parameter(); }
+    bool twoValues() const { return series_.twoValues(); }
+    std::int32_t interval() const { return series_.interval(); }
+    std::size_t sampleCount() const { return series_.size(); }
+    double metric(std::size_t sample) const { return series_.metric(sample); }
     /// The sample's base value, or kNoValue.
     double base(std::size_t sample) const;
     /// "Engine Speed", or with " 1 / 2" behind it.
@@ -65,18 +94,14 @@ public:
     Value value(RowIndex row) const override;
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 
-    void write(ByteWriter& out) const override;
-    bool read(ByteReader& in, std::uint8_t schema) override;
+    void write(ByteWriter& out) const override { series_.write(out); }
+    bool read(ByteReader& in, std::uint8_t) override { return series_.read(in); }
 
 private:
-    /// Index of the sample at ROW; sampleCount() if none was taken then.
+    /// Index of the sample at ROW; the series' size if none was taken then.
     std::size_t sampleAt(RowIndex row) const;
 
-    std::int32_t parameter_ = 0;
-    bool twoValues_ = false;
-    std::int32_t interval_ = 1;
-    std::vector<std::uint16_t> raw_;
-    std::vector<bool> present_;
+    SampledSeries series_;
 };
 
 /// A parameter identifier, shown by name.

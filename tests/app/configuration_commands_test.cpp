@@ -263,7 +263,8 @@ TEST_F(ConfigurationCommandsTest, TripsAreReadWhileTheDialogIsShown) {
     TTripLogSampleTable& samples = *document_.trips().column<TTripLogSampleTableColumn>().object(2);
     samples.speed().setAll({60, 50, 40});
     for (RowIndex row = 0; row < 3; ++row)
-        document_.trips().column<TTripLogSampleTableColumn>().object(row)->series(0).setSeries(5, false, 5, {kNoValue});
+        document_.trips().column<TTripLogSampleTableColumn>().object(row)->series(0).setSeries(
+            {5, 5, false, {kNoValue}});
     const auto waitFor = [](const auto& seen) { EXPECT_TRUE(QTest::qWaitFor(seen, 5'000)); };
     open(SetBrakingThresholds, [&] {
         waitFor([&] { return picture() == "1 of these 3 trips would have counted a hard brake, 0 an extreme one."; });

@@ -53,7 +53,8 @@ protected:
                      if (onReplacing_)
                          onReplacing_();
                  },
-                 [this] { log_ += "replaced "; }, [] {}, [this](const ShownText& event) { events_.push_back(event); }}};
+                 [this] { log_ += "replaced "; }, [](bool) {},
+                 [this](const ShownText& event) { events_.push_back(event); }}};
     }
     void addTrip() {
         test::addTrip(document_, test::kStart);
@@ -330,7 +331,7 @@ TEST_F(DocumentFilesTest, FoldersWithoutLocks) {
     ASSERT_TRUE(running.saveAs(path));
     ScriptedPrompter prompter({{MessageId::FileLocked}, {MessageId::FileLocked}, {MessageId::FolderWithoutLocks}},
                               {"Open &Read-Only", "&Take Over"});
-    DocumentFiles flows(document, settings_, recent_, prompter, chooser_, atOnce, {[] {}, [] {}, [] {}});
+    DocumentFiles flows(document, settings_, recent_, prompter, chooser_, atOnce, {[] {}, [] {}, [](bool) {}});
     ASSERT_TRUE(flows.open(path));
     EXPECT_TRUE(document.readOnly());
     ASSERT_TRUE(flows.newFile());

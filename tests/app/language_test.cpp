@@ -6,6 +6,8 @@
 #include "app/names_commands.h"
 #include "app/properties_dialog.h"
 #include "app/table_windows.h"
+#include "app/text_file_window.h"
+#include "app/unidentified_vehicle_dialog.h"
 #include "base/ui/qt_text.h"
 #include "config/configuration_codes.h"
 #include "config/ui/configuration_dialogs.h"
@@ -204,6 +206,10 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     }
     TTimeDifferenceDialog timeDifference({{}, {}, true, true}, nullptr);
     look(timeDifference);
+    TUnidentifiedVehicleDialog vehicle({{}, 2, {}, {}, {}, true, false}, nullptr);
+    look(vehicle);
+    TextFileWindow log(nullptr);
+    look(log);
     TMemoryDialog memory({1000, 500}, {}, units_, nullptr);
     look(memory);
     QWidget window;

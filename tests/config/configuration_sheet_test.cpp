@@ -185,7 +185,7 @@ RowIndex addDrive(TQuobrixDocument& document, std::vector<std::uint8_t> speeds, 
     table.insertRows(0, static_cast<RowIndex>(speeds.size()));
     table.speed().setAll(std::move(speeds));
     if (parameter != 0)
-        table.series(1).setSeries(parameter, false, 5, samples);
+        table.series(1).setSeries({parameter, 5, false, samples});
     return row;
 }
 

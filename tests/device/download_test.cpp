@@ -425,6 +425,76 @@ TEST_F(Downloading, EachLeavesALine) {
     EXPECT_EQ(log_.at(1), line("3.00.0", 0, "0 bytes; clock +13 s; 7 s; failed: error -7"));
 }
 
+TEST_F(Downloading, IsCurrentForOneLoggerWhileItIsWatched) {
+    const auto current = [this] { return LockedLogger(link_).status().logsCurrent; };
+    const auto probe = [this] { LockedLogger(link_).probe(); };
+    ScriptedPrompter prompter{{MessageId::DownloadNotKept}};
+    ASSERT_TRUE(download(prompter));
+    now_ += 30;
+    probe();
+    EXPECT_TRUE(current());
+    fake_.loggers["COM1"] = "K-0043-B";
+    probe();
+    EXPECT_FALSE(current());
+    fake_.loggers["COM1"] = "K-0042-B";
+    probe();
+    EXPECT_FALSE(current());
+
+    ASSERT_TRUE(download(prompter));
+    now_ += 31; // and a read that fails tells nothing of that time
+    fake_.results["GetLogBuffer"] = QUOBRIX_TIMEOUT;
+    EXPECT_FALSE(LockedLogger(link_).readLogs(LogMode::Ordinary).ok());
+    fake_.results.clear();
+    probe();
+    EXPECT_FALSE(current());
+
+    recoveries_.emplace(folder_ / "kept");
+    std::filesystem::remove_all(folder_ / "kept");
+    std::ofstream(folder_ / "kept") << "a file where the folder is to be";
+    document_.newDocument();
+    ASSERT_TRUE(download(prompter));
+    EXPECT_FALSE(current()) << "the only copy is in memory";
+}
+
+TEST_F(Downloading, WhicheverCallFailsNothingIsLost) {
+    /// Says yes to everything.
+    struct Agreeable final : ScriptedPrompter {
+        Answer ask(const Message&) override { return Answer::Yes; }
+        Answer askMarked(const Message&, SourceText, bool&) override { return Answer::Yes; }
+        std::optional<std::size_t> chooseAction(const Message&, const std::vector<SourceText>&) override { return 0; }
+        void tell(const Message&) override {}
+        using ScriptedPrompter::fillIn;
+        bool fillIn(SerialPortForm&) override { return false; }
+    };
+    setClearAfterDownload(settings_, ClearAfterDownload::Always);
+    fake_.loggerTime = 900'000'000; // a clock that was never set, and is to be
+    fake_.product = "QBX-4750";
+    fake_.carType = 255;
+    Agreeable prompter;
+    for (const char* function :
+         {"OpenPort", "GetSerialNumberAndTime", "ConvertSerialNumberToInt", "GetLogBuffer", "GetLogRecords",
+          "GetAccidentLogRecords", "GetIdentityInformation", "GetCarType", "ClearLogs", "SetTime"})
+        for (const ResultCode code : std::initializer_list<ResultCode>{
+                 QUOBRIX_NOT_REPORTED, QUOBRIX_TIMEOUT, QUOBRIX_PORT_IN_USE, QUOBRIX_PORT_DOES_NOT_EXIST,
+                 QUOBRIX_NO_VIN_MODE_ANSWER, QUOBRIX_PORT_NOT_OPENED, -7}) {
+            SCOPED_TRACE(std::string(function) + " " + std::to_string(code));
+            document_.newDocument();
+            recoveries_.emplace(folder_ / "kept"); // lets go of its files
+            std::filesystem::remove_all(folder_ / "kept");
+            fake_.results = {{function, code}};
+            fake_.calls.clear();
+            const std::optional<MergeResult> result = download(prompter);
+            const bool merged = document_.trips().rowCount() == 1 && document_.troubles().rowCount() == 1;
+            EXPECT_TRUE(merged || (document_.trips().rowCount() == 0 && document_.troubles().rowCount() == 0));
+            EXPECT_EQ(result.has_value(), merged || (result && !result->unreadable.empty()));
+            const int lost = fake_.count("ClearLogs") + fake_.count("SetTime " + std::to_string(now_));
+            EXPECT_TRUE(lost == 0 || (merged && result->complete())) << "what is not in the document was cleared";
+            fake_.results.clear();
+            EXPECT_TRUE(download(prompter)) << "and the next one is as ever";
+            EXPECT_EQ(document_.trips().rowCount(), 1u);
+        }
+}
+
 TEST_F(Downloading, AnAnomalousVehicleIsAskedAboutOnce) {
     fake_.product = "QBX-4750";
     fake_.carType = 255;
@@ -461,6 +531,10 @@ TEST_F(Downloading, IsKeptUntilASavedDocumentHoldsIt) {
     ASSERT_TRUE(document_.save());
     recoveries_->documentSaved();
     EXPECT_EQ(left(), 0u);
+    EXPECT_FALSE(recoveries_->undoneSince());
+    document_.edits().undo();
+    EXPECT_TRUE(recoveries_->undoneSince()) << "saved or not";
+    document_.edits().redo();
 
     QuobrixTripRecord later = plainTrip();
     later.startTime += 1000;

@@ -322,7 +322,10 @@ TEST(Merge, TheSameIfOneContinuesTheOther) {
         r.speedSamples.resize(91, 70);
         r.bandSeconds[3] += 30;
         r.hardBrakes.push_back(80);
-        r.series[0].samples.push_back(900);
+        r.series[0] = {2, 5, false, {800, kNoValue, 1200, 900}};
+    };
+    const auto series = [](std::int32_t parameter, std::int32_t interval, std::vector<double> samples) -> Change {
+        return [=](TripRecord& r) { r.series[0] = {parameter, interval, false, samples}; };
     };
     const auto longerAnd = [&](const Change& change) {
         return [=](TripRecord& r) {
@@ -352,11 +355,11 @@ TEST(Merge, TheSameIfOneContinuesTheOther) {
              r.series[1] = {4, 60, false, {82}};
          }),
          "replaced", "present"},
-        {"longer, another series", longerAnd([](auto& r) { r.series[0].parameter = 3; }), "new", "new"},
-        {"longer, series at another pace", longerAnd([](auto& r) { r.series[0].samplingInterval = 6; }), "new", "new"},
-        {"longer, another reading", longerAnd([](auto& r) { r.series[0].samples[2] = 1201; }), "new", "new"},
-        {"a reading where there was none", [](auto& r) { r.series[0].samples[1] = 0; }, "new", "new"},
-        {"a reading that is kept alike", [](auto& r) { r.series[0].samples[0] = 800.1; }, "present", "present"},
+        {"longer, another series", longerAnd(series(3, 5, {800, kNoValue, 1200, 900})), "new", "new"},
+        {"longer, series at another pace", longerAnd(series(2, 6, {800, kNoValue, 1200, 900})), "new", "new"},
+        {"longer, another reading", longerAnd(series(2, 5, {800, kNoValue, 1201, 900})), "new", "new"},
+        {"a reading where there was none", series(2, 5, {800, 0, 1200}), "new", "new"},
+        {"a reading that is kept alike", series(2, 5, {800.1, kNoValue, 1200}), "present", "present"},
         {"another sampling interval", [](auto& r) { r.speedSamplingInterval = 2; }, "new", "new"},
         {"a distance computed anew", [](auto& r) { r.distance += 1e-9; }, "present", "present"},
         {"another logger", [](auto& r) { r.origin.serialNumber = "K-0043-B"; }, "new", "new"},

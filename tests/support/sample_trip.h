@@ -53,8 +53,8 @@ inline RowIndex addTrip(TQuobrixDocument& document, std::int32_t start) {
     for (std::uint8_t second = 0; second <= 60; ++second)
         speeds.push_back(second);
     samples.speed().setAll(speeds);
-    samples.series(0).setSeries(2, false, 2, {800, kNoValue, 2000, 3000});
-    samples.series(1).setSeries(kFuelSystemStatusParameter, true, 5, {2 + 4 * 256, 4 + 2 * 256, kNoValue});
+    samples.series(0).setSeries({2, 2, false, {800, kNoValue, 2000, 3000}});
+    samples.series(1).setSeries({kFuelSystemStatusParameter, 5, true, {2 + 4 * 256, 4 + 2 * 256, kNoValue}});
     return row;
 }
 

@@ -2,6 +2,8 @@
 
 #include "base/ui/qt_text.h"
 
+#include <QObject>
+
 #include <algorithm>
 
 namespace quobrix {
