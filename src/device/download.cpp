@@ -107,8 +107,9 @@ std::optional<Download::Read> Download::read(std::int32_t shift) {
         read.download.time = logger.now();
         read.download.shift = shift;
         read.download.blocks = std::move(logs.value);
-        const Reply<LoggerIdentity> told = logger.identity();
-        const LoggerIdentity& identity = told.ok() ? told.value : logger.status().identity;
+        if (logs.ok()) // who has cancelled waits for no further call
+            logger.identity();
+        const LoggerIdentity& identity = logger.status().identity; // as last told
         read.firmware = identity.firmware;
         if (logs.ok() && knowsAnomalousVehicles(identity.productNumber)) {
             const Reply<std::int32_t> carType = logger.carType();
