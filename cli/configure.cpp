@@ -3,9 +3,9 @@
 #include "base/path_text.h"
 #include "cli/logger_connection.h"
 #include "cli/option_prompter.h"
-#include "config/configuration_file.h"
 #include "config/configuration_flow.h"
 #include "config/configuration_text.h"
+#include "config/value_file.h"
 #include "messages/file_messages.h"
 #include "settings/file_settings.h"
 #include "texts/text.h"
@@ -15,8 +15,8 @@ namespace {
 
 /// Writes CONFIGURATION to the new file OPTIONS.save.
 ExitCode save(const LoggerConfiguration& configuration, const ConfigureOptions& options) {
-    const Result<void> written = saveConfiguration(configuration, pathFromUtf8(options.save),
-                                                   options.force ? IfThere::Replace : IfThere::Refuse);
+    const Result<void> written = saveValues(configurationText(configuration), pathFromUtf8(options.save),
+                                            options.force ? IfThere::Replace : IfThere::Refuse);
     if (written)
         return kDone;
     if (written.error().kind == ErrorKind::Exists)
@@ -31,9 +31,9 @@ ExitCode save(const LoggerConfiguration& configuration, const ConfigureOptions& 
 ExitCode configure(const ConfigureOptions& options) {
     std::optional<LoggerConfiguration> wanted;
     if (!options.load.empty()) {
-        const Result<LoggerConfiguration> loaded =
-            loadConfiguration(pathFromUtf8(options.load)); // before the logger is touched
-        if (!loaded && isNoConfiguration(loaded.error())) {
+        const Result<std::string> file = loadValues(pathFromUtf8(options.load)); // before the logger is touched
+        const auto loaded = file ? readConfigurationText(*file) : Result<LoggerConfiguration>(file.error());
+        if (!loaded && isNoValues(loaded.error())) {
             complain(text(TextId::CliNoConfiguration, options.load, loaded.error().detail));
             return kFailed;
         }

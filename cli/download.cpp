@@ -110,16 +110,17 @@ public:
     Settings& settings() { return settings_; }
 
     /// Saves what READ puts into the document, which it does again if another program makes the file meanwhile.
-    /// SAVED happens each time that there is something to be saved and it is.
-    void run(const std::function<std::optional<MergeResult>()>& read, const std::function<void()>& saved) {
+    /// SAVED happens each time that there is something to be saved and it is, REPLACED when the document is another.
+    void run(const std::function<std::optional<MergeResult>()>& read, const std::function<void()>& saved,
+             const std::function<void()>& replaced) {
         do { // what READ reads is still there
             result_ = read();
             // A new document is made for records only.
             makes_ = result_ && (document_.hasFile() || result_->changed());
             saved_ = makes_ ? save(document_, options_.file, prompter_) : Result<void>();
-            if (saved_)
+            if (makes_ && saved_)
                 saved();
-        } while (!saved_ && saved_.error().kind == ErrorKind::Exists && openWhatAppeared(document_, options_.file));
+        } while (!saved_ && saved_.error().kind == ErrorKind::Exists && openAnother(replaced));
     }
     /// What was merged, if all of it is in a saved document or there was nothing.
     const MergeResult* safe() const { return result_ && saved_ ? &*result_ : nullptr; }
@@ -151,6 +152,11 @@ public:
     }
 
 private:
+    bool openAnother(const std::function<void()>& replaced) {
+        replaced();
+        return openWhatAppeared(document_, options_.file);
+    }
+
     const IntakeOptions& options_;
     TQuobrixDocument document_;
     Settings settings_{userSettings()};
@@ -187,7 +193,7 @@ ExitCode download(const DownloadOptions& options) {
             logger = flow.logger();
             return result;
         },
-        [&] { recoveries.documentSaved(); });
+        [&] { recoveries.documentSaved(heldBy(context.document)); }, [&] { recoveries.documentReplaced(); });
     bool settled = true;
     if (const MergeResult* result = intake.safe(); result && (options.clear || options.setClock)) {
         settled = result->unreadable.empty();
@@ -212,7 +218,7 @@ ExitCode importLogs(const ImportOptions& options) {
     DirectCalls calls(connection.link());
     const FlowContext context = intake.context(calls);
     intake.run([&] { return LogFileImport(context, intake.text(), intake.hooks()).run(pathFromUtf8(options.logs)); },
-               [] {});
+               [] {}, [] {});
     return intake.finish();
 }
 

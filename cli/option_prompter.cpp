@@ -6,6 +6,16 @@
 #include <fmt/format.h>
 
 namespace quobrix::cli {
+namespace {
+
+constexpr MessageId kQuestions[] = {
+#define MESSAGE(...)
+#define OPTION_QUESTION(Id, ...) MessageId::Id,
+#include "messages/messages.def"
+#undef MESSAGE
+};
+
+} // namespace
 
 Answer OptionPrompter::ask(const Message& question) {
     const std::string key(messageSpec(question.id).key);
@@ -40,7 +50,7 @@ bool OptionPrompter::fillIn(UnidentifiedVehicleForm& form) {
 
 std::vector<std::string> questionKeys() {
     std::vector<std::string> keys;
-    for (const MessageId question : {MessageId::NewFileRecommended, MessageId::NoBackup, MessageId::ClearQuobrix})
+    for (const MessageId question : kQuestions)
         keys.emplace_back(messageSpec(question).key);
     return keys;
 }

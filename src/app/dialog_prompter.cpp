@@ -48,6 +48,8 @@ void fill(QMessageBox& box, const Message& message) {
     box.setWindowTitle(toQt(text(spec.title)));
     box.setTextFormat(Qt::PlainText);
     box.setText(withPiecesThatFit(toQt(message.text), box.fontMetrics()));
+    if (!message.details.empty())
+        box.setDetailedText(toQt(message.details));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     const bool question = spec.buttons != MessageButtons::Ok;
     box.setIcon(question ? QMessageBox::Question : QMessageBox::Information); // what a screen reader announces
@@ -130,7 +132,7 @@ std::optional<std::size_t> DialogPrompter::chooseAction(const Message& question,
     }
     const MessageButtons kind = messageSpec(question.id).buttons;
     if (kind == MessageButtons::Either) {
-        box.setEscapeButton(buttons.back());
+        box.setEscapeButton(buttons.at(1));
         addHelp(*box.findChild<QDialogButtonBox*>());
     } else {
         QPushButton* none = box.addButton(QMessageBox::Cancel);

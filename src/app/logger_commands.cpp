@@ -10,6 +10,7 @@
 #include "device/clock_flow.h"
 #include "device/log_file_import.h"
 #include "device/switch_flow.h"
+#include "messages/file_messages.h"
 #include "ui/windows.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
@@ -18,25 +19,11 @@
 #include <QStatusBar>
 #include <QtMath>
 
+#include <fmt/format.h>
 #include <fmt/printf.h>
 
 namespace quobrix {
-namespace {
-
-// A box that lists every refused record of a broken memory would not fit on the screen.
-constexpr std::size_t kRefusedLinesShown = 12;
-
-std::string resultText(const MergeResult& result) {
-    std::string text = result.summary();
-    const std::vector<ShownText> refused = result.refusedLines();
-    for (std::size_t i = 0; i < refused.size() && i < kRefusedLinesShown; ++i)
-        text += (i == 0 ? "\n\n" : "\n") + refused[i];
-    if (refused.size() > kRefusedLinesShown)
-        text += "\n…";
-    return text;
-}
-
-} // namespace
+namespace {} // namespace
 
 LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
                                const Folders& folders, LoggerSession::Times times)
@@ -45,7 +32,7 @@ LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Resul
       session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times),
       configuration_(frame, session_), newData_(frame.context().settings) {
     addCommands();
-    frame_.whenSaved([this] { recoveries_.documentSaved(); });
+    frame_.whenSaved([this] { recoveries_.documentSaved(heldBy(frame_.context().document)); });
     frame_.whenReplaced([this] { recoveries_.documentReplaced(); });
     frame_.whenEdited([this] { // what was taken back is on the logger only, if there
         if (recoveries_.undoneSince())
@@ -135,7 +122,8 @@ MergeFlow::Hooks LoggerCommands::hooks(NewKeys& toName) {
                 [this, &toName](const NewKeys& added) {
                     frame_.documentChanged();
                     toName = askForNames(added, frame_.prompter());
-                }};
+                },
+            .tellResult = [this](const MergeResult& result) { tell(result); }};
 }
 
 Download LoggerCommands::flow(NewKeys& toName) {
@@ -144,13 +132,14 @@ Download LoggerCommands::flow(NewKeys& toName) {
             hooks(toName),
             recoveries_,
             {.chooseAnomalousVehicle = [this] { setAnomalousVehicle(); },
-             .log = [this](const std::string& line) { static_cast<void>(log_.append(line)); }}};
+             .log = [this](const std::string& line) { static_cast<void>(log_.append(line)); },
+             .runDisk = [this](const DiskWork& work) { return frame_.runDisk(work); }}};
 }
 
 void LoggerCommands::download() {
     NewKeys toName;
-    if (const std::optional<MergeResult> result = flow(toName).run())
-        tell(*result, toName);
+    flow(toName).run();
+    names_.name(toName);
 }
 
 void LoggerCommands::importLogs() {
@@ -158,9 +147,8 @@ void LoggerCommands::importLogs() {
     if (!file)
         return;
     NewKeys toName;
-    LogFileImport import(session_.flows(), frame_.context().text(), hooks(toName));
-    if (const std::optional<MergeResult> result = import.run(*file))
-        tell(*result, toName);
+    LogFileImport(session_.flows(), frame_.context().text(), hooks(toName)).run(*file);
+    names_.name(toName);
 }
 
 void LoggerCommands::showLog() {
@@ -171,37 +159,46 @@ void LoggerCommands::showLog() {
     }
 }
 
-void LoggerCommands::tell(const MergeResult& result, const NewKeys& toName) {
+void LoggerCommands::tell(const MergeResult& result) {
     if (result.added() > 0)
         frame_.pages().show(kTripLogPage);
     frame_.statusBar()->showMessage(toQt(result.summary()));
-    frame_.prompter().tell(makeMessage(MessageId::DownloadDone, resultText(result)));
-    names_.name(toName);
+    Message message = makeMessage(MessageId::DownloadDone, result.summary());
+    message.details = ShownText::asItIs(fmt::format("{}", fmt::join(result.refusedLines(), "\n")));
+    frame_.prompter().tell(message);
 }
 
 /// Downloads that earlier runs have not saved.
 void LoggerCommands::offerRecovery() {
     for (const std::filesystem::path& file : recoveries_.left()) {
         const Result<KeptDownload> download = recoveries_.take(file);
-        if (!download) {
-            if (download.error().kind != ErrorKind::InUse)
-                frame_.prompter().tell(makeMessage(MessageId::DownloadNotRecovered, utf8(file)));
-            continue;
-        }
-        const TextContext text = frame_.context().text();
-        const std::string time = dateTimeText(text.units, text.zone.toLocal(static_cast<std::int32_t>(download->time)));
-        const std::string name = session_.flows().names(download->serialText);
-        const auto answer = frame_.prompter().chooseAction(
-            makeMessage(MessageId::RecoverDownload, name.empty() ? download->serialText : name, time),
-            {SourceText("&Recover"), SourceText("&Discard"), SourceText("&Later")});
-        NewKeys toName;
-        if (answer == 1u)
-            recoveries_.discardTaken();
-        else if (answer != 0u || !frame_.files().newFile())
-            recoveries_.leaveTaken();
-        else if (const std::optional<MergeResult> result = flow(toName).recover(*download))
-            tell(*result, toName);
+        if (download)
+            offerRecovery(*download);
+        else if (const ErrorKind why = download.error().kind;
+                 why == ErrorKind::NotADocument || why == ErrorKind::Corrupt)
+            frame_.prompter().tell(makeMessage(MessageId::DownloadNotRecovered, utf8(file)));
+        else if (why != ErrorKind::InUse)
+            frame_.prompter().tell(fileMessage(download.error(), FileAction::Open, utf8(file)));
     }
+}
+
+void LoggerCommands::offerRecovery(const KeptDownload& download) {
+    const TextContext text = frame_.context().text();
+    const std::string time = dateTimeText(text.units, text.zone.toLocal(static_cast<std::int32_t>(download.time)));
+    std::string logger = session_.flows().names(download.serialText);
+    if (logger.empty())
+        logger = download.serialText;
+    const auto answer =
+        frame_.prompter().chooseAction(makeMessage(MessageId::RecoverDownload, logger, time),
+                                       {SourceText("&Recover"), SourceText("&Later"), SourceText("&Discard")});
+    NewKeys toName;
+    if (answer == 2u && frame_.prompter().ask(makeMessage(MessageId::DiscardDownload, logger, time)) == Answer::Yes)
+        recoveries_.discardTaken();
+    else if (answer != 0u || !frame_.files().newFile())
+        recoveries_.leaveTaken();
+    else
+        flow(toName).recover(download);
+    names_.name(toName);
 }
 
 void LoggerCommands::showStatus() {

@@ -43,8 +43,9 @@ private:
     void download();
     void importLogs();
     void showLog();
-    void tell(const MergeResult& result, const NewKeys& toName);
+    void tell(const MergeResult& result);
     void offerRecovery();
+    void offerRecovery(const KeptDownload& download);
     void setAnomalousVehicle();
     void showMemory();
     const LoggerStatus& status() const { return session_.status(); }

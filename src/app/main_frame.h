@@ -62,6 +62,8 @@ public:
     /// Called when the document is about to be another one.
     void whenReplaced(std::function<void()> replaced) { whenReplaced_ = std::move(replaced); }
     FileChooser& chooser() { return chooser_; }
+    /// Runs WORK on another thread, and paints meanwhile.
+    Result<void> runDisk(const DiskWork& work);
     /// Lines that the About box shows below the program's own (the logger's versions).
     void setAboutLines(std::function<AboutLines()> lines);
 
@@ -87,7 +89,6 @@ private:
     void showDiagnosticsMenu(bool shown);
     void showProperties();
     void showAboutBox();
-    Result<void> runDisk(const DiskWork& work);
     void restoreWindow();
     void rememberWindow();
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
 #include <functional>
 #include <set>
 
@@ -21,6 +23,13 @@ bool ascends(const std::array<double, n>& values, double maximum) {
            std::ranges::adjacent_find(values, std::not_fn(std::less<>())) == values.end();
 }
 
+/// To the bit: what a logger tells that is no number is unchanged, too, where nobody has edited it.
+template <std::size_t n>
+bool edited(const std::array<double, n>& values, const std::array<double, n>& present) {
+    return !std::ranges::equal(values, present, {}, std::bit_cast<std::uint64_t, double>,
+                               std::bit_cast<std::uint64_t, double>);
+}
+
 bool hasTwice(const std::array<std::int32_t, QUOBRIX_SLOT_COUNT>& parameters) {
     std::set<std::int32_t> seen;
     return std::ranges::any_of(parameters, [&](std::int32_t code) {
@@ -31,11 +40,11 @@ bool hasTwice(const std::array<std::int32_t, QUOBRIX_SLOT_COUNT>& parameters) {
 } // namespace
 
 std::optional<Message> configurationProblem(const LoggerConfiguration& changed, const LoggerConfiguration& present) {
-    if (changed.bandLimits != present.bandLimits && !ascends(changed.bandLimits, kMaxSpeed))
+    if (edited(changed.bandLimits, present.bandLimits) && !ascends(changed.bandLimits, kMaxSpeed))
         return makeMessage(MessageId::SpeedBandsOutOfRange);
-    if (changed.brakeThresholds != present.brakeThresholds && !ascends(changed.brakeThresholds, kMaxThreshold))
+    if (edited(changed.brakeThresholds, present.brakeThresholds) && !ascends(changed.brakeThresholds, kMaxThreshold))
         return makeMessage(MessageId::ThresholdsOutOfRange, text(SourceText("braking")));
-    if (changed.accelerationThresholds != present.accelerationThresholds &&
+    if (edited(changed.accelerationThresholds, present.accelerationThresholds) &&
         !ascends(changed.accelerationThresholds, kMaxThreshold))
         return makeMessage(MessageId::ThresholdsOutOfRange, text(SourceText("acceleration")));
     if (changed.parameters != present.parameters && hasTwice(changed.parameters))

@@ -1,6 +1,7 @@
 #include "config/configuration_text.h"
 
 #include "config/configuration_codes.h"
+#include "config/named_values.h"
 #include "model/parameters.h"
 #include "texts/text.h"
 
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <optional>
 
@@ -101,18 +101,6 @@ std::string valueText(const Field& field, LoggerConfiguration configuration, Wor
     }
 }
 
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t\r");
-    return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
-}
-
-template <class T>
-bool readNumber(std::string_view text, T& value) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
 std::optional<std::int32_t> readCode(Kind kind, std::string_view text) {
     constexpr std::string_view kPrefix = "code ";
     std::int32_t number = 0;
@@ -140,7 +128,9 @@ bool readValue(const Field& field, std::string_view text, LoggerConfiguration& c
     return code.has_value();
 }
 
-bool equal(double a, double b) { return std::abs(a - b) <= 1e-6 * std::max(std::abs(a), std::abs(b)); }
+bool equal(double a, double b) {
+    return (std::isnan(a) && std::isnan(b)) || a == b || std::abs(a - b) <= 1e-6 * std::max(std::abs(a), std::abs(b));
+}
 
 } // namespace
 
@@ -153,42 +143,14 @@ std::string configurationText(const LoggerConfiguration& configuration) {
 }
 
 Result<LoggerConfiguration> readConfigurationText(std::string_view text) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(kByteOrderMark)) // which some editors put there
-        text.remove_prefix(kByteOrderMark.size());
+    std::vector<std::string> names;
+    for (const Field& field : kFields)
+        names.push_back(englishOf(field.name));
     LoggerConfiguration configuration;
-    std::array<bool, std::size(kFields)> told{};
-    for (int number = 1; !text.empty(); ++number) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        std::string_view line = text.substr(0, end);
-        text.remove_prefix(std::min(end + 1, text.size()));
-        line = trimmed(line.substr(0, line.find('#')));
-        if (number == 1) {
-            if (line != kFirstLine)
-                return Error{ErrorKind::NotADocument, quobrix::text(TextId::ConfigurationBeginsWith, kFirstLine)};
-            continue;
-        }
-        if (line.empty())
-            continue;
-        const std::size_t sign = std::min(line.find('='), line.size());
-        const std::string_view name = trimmed(line.substr(0, sign));
-        const std::string_view value = trimmed(line.substr(std::min(sign + 1, line.size())));
-        const auto field = std::ranges::find(kFields, name, [](const Field& one) { return one.name.english(); });
-        if (field == std::end(kFields))
-            return Error{ErrorKind::Corrupt, quobrix::text(TextId::ConfigurationLineUnknown, number)};
-        bool& once = told[static_cast<std::size_t>(field - std::begin(kFields))];
-        if (once)
-            return Error{ErrorKind::Corrupt,
-                         quobrix::text(TextId::ConfigurationLineAgain, number, field->name.english())};
-        once = true;
-        if (!readValue(*field, value, configuration))
-            return Error{ErrorKind::Corrupt,
-                         quobrix::text(TextId::ConfigurationLineUnusable, number, field->name.english())};
-    }
-    for (std::size_t i = 0; i < told.size(); ++i)
-        if (!told[i])
-            return Error{i == 0 ? ErrorKind::NotADocument : ErrorKind::Corrupt,
-                         quobrix::text(TextId::ConfigurationLacks, kFields[i].name.english())};
+    const auto set = [&](std::size_t place, std::string_view value) {
+        return readValue(kFields[place], value, configuration);
+    };
+    QUOBRIX_TRY(readNamedValues(text, kFirstLine, names, set));
     return configuration;
 }
 

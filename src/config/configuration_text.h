@@ -14,15 +14,12 @@ namespace quobrix {
 /// ones; codes that this program does not know are kept as codes.
 std::string configurationText(const LoggerConfiguration& configuration);
 
-/// The configuration that TEXT tells. NotADocument if it is no such text at all, Corrupt if a line is wrong or a value
-/// is missing or told twice; the detail names the line or the value. Whether the values make sense is not looked at.
+/// The configuration that TEXT tells. The errors are those of readNamedValues(). Whether the values make sense is not
+/// looked at.
 Result<LoggerConfiguration> readConfigurationText(std::string_view text);
 
 /// What A and B differ in, in words a line ("Hard Braking: 2.9 instead of 2.7 m/s²"). Reals are equal within 1e-6 of
 /// their size, since the logger keeps fewer digits than a double.
 std::vector<std::string> configurationDifferences(const LoggerConfiguration& a, const LoggerConfiguration& instead);
-
-/// Larger files are no configuration texts. Bytes.
-inline constexpr std::size_t kMaxConfigurationText = 64 * 1024;
 
 } // namespace quobrix

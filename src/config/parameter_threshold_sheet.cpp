@@ -2,6 +2,8 @@
 
 #include "model/parameter_thresholds.h"
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -26,9 +28,22 @@ ParameterThresholdSheet::ParameterThresholdSheet(const Settings& settings)
 ShownText ParameterThresholdSheet::rowTitle(RowIndex row) const { return parameterChoiceName(parameterOf(row)); }
 
 std::vector<CellEdit> ParameterThresholdSheet::originals() {
+    ThresholdValues delivered;
+    for (RowIndex row = 0; row < kParameterCount; ++row)
+        delivered[row] = parameterThresholdSpec(parameterOf(row)).requirements.defaultValue;
+    return showing(delivered);
+}
+
+ThresholdValues ParameterThresholdSheet::values() const {
+    ThresholdValues result;
+    std::ranges::copy(table().column<ParameterThresholdColumn>().values(), result.begin());
+    return result;
+}
+
+std::vector<CellEdit> ParameterThresholdSheet::showing(const ThresholdValues& values) const {
     std::vector<CellEdit> edits;
     for (RowIndex row = 0; row < kParameterCount; ++row)
-        edits.push_back({0, row, parameterThresholdSpec(parameterOf(row)).requirements.defaultValue});
+        edits.push_back({0, row, values[row]});
     return edits;
 }
 

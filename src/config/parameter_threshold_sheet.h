@@ -1,5 +1,6 @@
 #pragma once
 
+#include "config/parameter_threshold_text.h"
 #include "config/value_sheet.h"
 #include "model/logger_tables.h"
 
@@ -30,6 +31,9 @@ public:
 
     ShownText rowTitle(RowIndex row) const override;
     std::vector<CellEdit> originals() override;
+    ThresholdValues values() const;
+    /// The edits after which the table has VALUES.
+    std::vector<CellEdit> showing(const ThresholdValues& values) const;
     /// Keeps in SETTINGS what differs from them.
     void store(Settings& settings) const;
 };

@@ -73,11 +73,13 @@ bool ClearFlow::askToClear(const Message& question) {
 
 /// WHILE_CURRENT: not when something may have been recorded since.
 bool ClearFlow::clear(const std::string& serialText, bool whileCurrent) {
+    std::int64_t time = 0;
     const bool cleared = context_.reporter().runOn(serialText, LoggerCommand::ClearMemory, [&](LockedLogger& logger) {
+        time = logger.now();
         return whileCurrent && !logger.status().logsCurrent ? kLogsNotCurrent : logger.clearLogs();
     });
     if (cleared)
-        noteCleared(serialText);
+        noteCleared(serialText, time);
     return cleared;
 }
 
@@ -104,12 +106,10 @@ bool ClearFlow::mayLose(const LoggerStatus& logger) {
     return (memory->ok() && !memory->value.holdsData()) || context_.prompter.ask(clearQuestion(logger)) == Answer::Yes;
 }
 
-void ClearFlow::noteCleared(const std::string& serialText) {
-    const std::optional<std::int64_t> now =
-        context_.calls.get(Reporter::title(LoggerCommand::GetClock), [](LockedLogger& logger) { return logger.now(); });
+void ClearFlow::noteCleared(const std::string& serialText, std::int64_t time) {
     TQuobrixDocument& document = context_.document;
-    if (now && !document.readOnly() && !document.isExample())
-        document.store().singleton<TClearTable>().record(serialText, static_cast<std::int32_t>(*now));
+    if (!document.readOnly() && !document.isExample())
+        document.store().singleton<TClearTable>().record(serialText, static_cast<std::int32_t>(time));
 }
 
 } // namespace quobrix

@@ -34,8 +34,8 @@ public:
     /// Whether the memory of LOGGER may be lost, which is asked unless it holds nothing, or nothing that has not been
     /// downloaded.
     bool mayLose(const LoggerStatus& logger);
-    /// The memory of SERIAL_TEXT has been cleared: the document keeps when.
-    void noteCleared(const std::string& serialText);
+    /// The memory of SERIAL_TEXT was cleared at TIME (computer time, s): the document keeps it.
+    void noteCleared(const std::string& serialText, std::int64_t time);
 
 private:
     bool askToClear(const Message& question);

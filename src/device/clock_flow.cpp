@@ -54,13 +54,15 @@ bool ClockFlow::enter() {
 
 /// WHILE_CURRENT: not when something may have been recorded since. TIME: none is the computer's.
 bool ClockFlow::set(const std::string& serialText, bool whileCurrent, std::optional<std::int32_t> time) {
+    std::int64_t now = 0;
     const bool done = context_.reporter().runOn(serialText, LoggerCommand::SetClock, [&](LockedLogger& logger) {
+        now = logger.now();
         if (whileCurrent && !logger.status().logsCurrent)
             return kLogsNotCurrent;
-        return logger.setTime(time.value_or(static_cast<std::int32_t>(logger.now())));
+        return logger.setTime(time.value_or(static_cast<std::int32_t>(now)));
     });
     if (done)
-        ClearFlow(context_).noteCleared(serialText);
+        ClearFlow(context_).noteCleared(serialText, now);
     return done;
 }
 

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
@@ -54,6 +55,17 @@ std::string reasonOf(std::int64_t difference) {
 LogFile downloadLog() {
     const std::filesystem::path data = userDataFolder();
     return LogFile(data.empty() ? data : data / "download.log");
+}
+
+RecoveryFolder::Holds heldBy(TQuobrixDocument& document) {
+    return [&document](const KeptDownload& download) {
+        const LogRecords records = parseRecords(download.blocks);
+        const Result<Merge> plan = Merge::plan(records, document);
+        return plan && records.unreadable.empty() && std::ranges::all_of(logs(), [&](const LogSpec& log) {
+                   const MergeCounts counts = plan->counts(log.id);
+                   return counts.added == 0 && counts.replaced == 0;
+               });
+    };
 }
 
 /// What to do about the logger's clock; nothing if the person wants no download.
@@ -107,11 +119,11 @@ std::optional<Download::Read> Download::read(std::int32_t shift) {
         read.download.time = logger.now();
         read.download.shift = shift;
         read.download.blocks = std::move(logs.value);
-        if (logs.ok()) // who has cancelled waits for no further call
-            logger.identity();
-        const LoggerIdentity& identity = logger.status().identity; // as last told
-        read.firmware = identity.firmware;
-        if (logs.ok() && knowsAnomalousVehicles(identity.productNumber)) {
+        if (!logs.ok()) // who has cancelled waits for no further call
+            return read;
+        if (const Reply<LoggerIdentity> identity = logger.identity(); identity.ok())
+            read.identity = identity.value;
+        if (knowsAnomalousVehicles(read.identity.productNumber)) {
             const Reply<std::int32_t> carType = logger.carType();
             read.anomalous = carType.ok() && carType.value == kAnomalousVehicleDetected;
         }
@@ -145,20 +157,28 @@ std::optional<MergeResult> Download::run() {
         return {};
     }
     const bool holdsSomething = !records.empty() || !records.refused.empty();
-    const Result<void> kept = holdsSomething ? recoveries_.keep(read->download) : Result<void>();
+    const Result<void> kept = holdsSomething
+                                  ? options_.runDisk([&](DiskProgress&) { return recoveries_.keep(read->download); })
+                                  : Result<void>();
     std::optional<MergeResult> result =
         merge(read->download, records, holdsSomething && (kept || kept.error().kind == ErrorKind::NotDurable));
     log(*read, clock->ahead, records, result);
     if (result) {
         if (!kept && options_.times == Times::AsPersonSays) // who is not asked saves it next
             context_.prompter.tell(makeMessage(MessageId::DownloadNotKept, utf8(recoveries_.path())));
-        settleLogger(*read, *result, static_cast<bool>(kept), clock->synchronize);
+        const bool current = noteCurrent(*read, *result, static_cast<bool>(kept));
+        merge_.tellResult(*result);
+        if (current && options_.times == Times::AsPersonSays)
+            settleLogger(serialText_, result->refusedCount(), clock->synchronize);
     }
     return result;
 }
 
 std::optional<MergeResult> Download::recover(const KeptDownload& download) {
-    return merge(download, parseRecords(download.blocks), true);
+    std::optional<MergeResult> result = merge(download, parseRecords(download.blocks), true);
+    if (result)
+        merge_.tellResult(*result);
+    return result;
 }
 
 /// RECORDS are those of DOWNLOAD. KEPT: it is what the recovery folder has got last.
@@ -171,31 +191,37 @@ std::optional<MergeResult> Download::merge(const KeptDownload& download, const L
     if (kept)
         recoveries_.merged(result->changed() && document.edits().canUndo() ? document.edits().lastStepDone()
                                                                            : std::make_shared<const bool>(true));
-    if (document.hasFile() && !document.modified()) // which holds it all
+    if (!document.modified() && document.fileIsUnchanged()) // which holds it all
         recoveries_.documentSaved();
     // Of a download that brought nothing there is nothing to take back but the time, which is not shown. A new document
     // that has got nothing stays one that need not be saved.
+    // Rows come with steps only, as long as there are any to be taken back.
     if (!result->changed() && document.hasFile() && !merge_.leavesDocument(records))
-        document.store().singleton<TDownloadTable>().record(download.serialText,
-                                                            static_cast<std::int32_t>(download.time));
+        if (auto& downloads = document.store().singleton<TDownloadTable>();
+            downloads.knows(download.serialText) || !(document.edits().canUndo() || document.edits().canRedo()))
+            downloads.record(download.serialText, static_cast<std::int32_t>(download.time));
     return result;
 }
 
-/// What is done to the logger once its records are in the document, as far as nothing is lost by it.
-void Download::settleLogger(const Read& read, const MergeResult& result, bool kept, bool synchronize) {
-    if (!result.unreadable.empty())
-        return;
+/// Notes that the logger holds nothing new, if nothing would be lost with its memory. KEPT: in a recovery file, or
+/// there was nothing to be kept.
+bool Download::noteCurrent(const Read& read, const MergeResult& result, bool kept) {
     const bool asks = options_.times == Times::AsPersonSays;
-    if (asks && !kept) // what is in memory only is not cleared unasked by any command
-        return;
-    const std::string& serialText = read.download.serialText;
-    context_.calls.post(
-        [serialText, gaps = read.gaps](LockedLogger& logger) { logger.noteLogsCurrent(serialText, gaps); });
-    if (!asks)
-        return;
-    const bool cleared = ClearFlow(context_).clearDownloaded(serialText, result.refusedCount());
-    if (synchronize)
-        ClockFlow(context_, text_).synchronizeDownloaded(serialText, cleared ? 0 : result.refusedCount());
+    if (!result.unreadable.empty() || (asks && !kept)) // what is in memory only is not cleared unasked by any command
+        return false;
+    context_.calls.post([serialText = read.download.serialText, gaps = read.gaps](LockedLogger& logger) {
+        logger.noteLogsCurrent(serialText, gaps);
+    });
+    return true;
+}
+
+/// What is done to the logger once its records are in the document. Setting its clock clears it, too: who has just kept
+/// the REFUSED records on it is not asked about them again.
+void Download::settleLogger(const std::string& serialText, std::uint64_t refused, bool synchronize) {
+    const bool asked = refused > 0 && clearAfterDownload(context_.settings) != ClearAfterDownload::Never;
+    const bool cleared = ClearFlow(context_).clearDownloaded(serialText, refused);
+    if (synchronize && (cleared || !asked))
+        ClockFlow(context_, text_).synchronizeDownloaded(serialText, cleared ? 0 : refused);
 }
 
 /// In the log that people and support read, always in the same words. RESULT: nothing if the document is as it was.
@@ -212,7 +238,10 @@ void Download::log(const Read& read, std::int64_t clockAhead, const LogRecords& 
         counts += fmt::format("{}{} {} of {}", counts.empty() ? "" : ", ", spec.records.english(),
                               result ? result->logs[log].added : 0, found[log]);
     }
-    const Version& firmware = read.firmware;
+    const Version& firmware = read.identity.firmware;
+    const std::string version = read.identity.serialNumber.empty()
+                                    ? "unknown"
+                                    : fmt::format("{}.{:02}.{}", firmware.major, firmware.minor, firmware.build);
     std::string outcome = "done";
     if (!read.outcome.ok())
         outcome = fmt::format("failed: {}", read.outcome.description);
@@ -222,10 +251,9 @@ void Download::log(const Read& read, std::int64_t clockAhead, const LogRecords& 
         outcome =
             fmt::format("done, {} refused, {} parts unreadable", result->refusedCount(), result->unreadable.size());
     const DateTime time = text_.zone.toLocal(static_cast<std::int32_t>(read.download.time));
-    options_.log(fmt::format("{}; {}; firmware {}.{:02}.{}; {}; new: {}; {} bytes; clock {:+} s; {} s; {}",
-                             logTimeText(time), read.download.serialText, firmware.major, firmware.minor,
-                             firmware.build, read.outcome.port, counts, sizeOf(read.download.blocks), clockAhead,
-                             read.download.time - read.began, outcome));
+    options_.log(fmt::format("{}; {}; firmware {}; {}; new: {}; {} bytes; clock {:+} s; {} s; {}", logTimeText(time),
+                             read.download.serialText, version, read.outcome.port, counts, sizeOf(read.download.blocks),
+                             clockAhead, read.download.time - read.began, outcome));
 }
 
 } // namespace quobrix

@@ -2,6 +2,7 @@
 
 #include "device/merge_flow.h"
 #include "device/recovery_folder.h"
+#include "document/disk_work.h"
 #include "platform/log_file.h"
 
 #include <cstdint>
@@ -13,6 +14,10 @@ namespace quobrix {
 
 /// The file of this user's with a line on each download.
 LogFile downloadLog();
+
+/// Tells whether DOCUMENT, which outlives it, holds the records of a download, or fuller ones, but for those that were
+/// refused; no where that cannot be told.
+RecoveryFolder::Holds heldBy(TQuobrixDocument& document);
 
 /// Copies everything that the logger holds into a document. A failure at any point leaves the document as it was, and
 /// nothing is cleared on the logger while the only copy of its data is in memory.
@@ -32,8 +37,14 @@ public:
         bool mayChangePort = true;
         /// The logger has met an anomalous vehicle. Nothing for a program in which nobody can tell which.
         std::function<void()> chooseAnomalousVehicle{};
-        /// Takes a line on each download that reached its logger, whatever came of it.
+        /// Takes a line on each download that reached its logger, whatever came of it, but for one that was cancelled
+        /// while the logger was read.
         std::function<void(const std::string& line)> log{};
+        /// Waits for the disk that keeps what was downloaded.
+        DiskRunner runDisk = [](const DiskWork& work) {
+            DiskProgress nobodyLooks;
+            return work(nobodyLooks);
+        };
     };
 
     /// TEXT: how times are shown.
@@ -61,7 +72,7 @@ private:
     struct Read {
         LoggerOutcome outcome;
         KeptDownload download;
-        Version firmware;
+        LoggerIdentity identity; ///< of this logger; nothing if it has not told
         bool anomalous = false;
         std::int64_t began = 0; ///< computer time, s
         std::uint32_t gaps = 0; ///< of the logger, when it was read
@@ -70,7 +81,8 @@ private:
     std::optional<Clock> checkClock();
     std::optional<Read> read(std::int32_t shift);
     std::optional<MergeResult> merge(const KeptDownload& download, const LogRecords& records, bool kept);
-    void settleLogger(const Read& read, const MergeResult& result, bool kept, bool synchronize);
+    bool noteCurrent(const Read& read, const MergeResult& result, bool kept);
+    void settleLogger(const std::string& serialText, std::uint64_t refused, bool synchronize);
     void log(const Read& read, std::int64_t clockAhead, const LogRecords& records,
              const std::optional<MergeResult>& result) const;
 

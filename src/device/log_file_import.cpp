@@ -27,7 +27,10 @@ std::optional<MergeResult> LogFileImport::run(const std::filesystem::path& file)
     const LogRecords records = parseRecords(read->blocks);
     if (!merge_.makeRoom(records))
         return {};
-    return merge_.merge(records, 0, TextId::ImportStep);
+    std::optional<MergeResult> result = merge_.merge(records, 0, TextId::ImportStep);
+    if (result)
+        merge_.tellResult(*result);
+    return result;
 }
 
 } // namespace quobrix

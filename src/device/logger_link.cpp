@@ -148,6 +148,9 @@ std::string LockedLogger::describe(ResultCode code) const {
         return text(TextId::NoValidSerialNumber);
     case kNothingHandedOver:
         return text(TextId::NothingHandedOver);
+    case kCancelled:
+    case kLogsNotCurrent:
+        return {}; // are no failures of the logger's
     default:
         break;
     }
@@ -324,7 +327,13 @@ ResultCode LockedLogger::clearLogs() {
 }
 
 ResultCode LockedLogger::arm(bool armed) { return changed(call<&LoggerFunctions::ClearTroubleCodes>(armed)); }
-ResultCode LockedLogger::clearAccidentLogs() { return changed(call<&LoggerFunctions::ClearAccidentLogs>()); }
+
+ResultCode LockedLogger::clearAccidentLogs() {
+    const ResultCode code = changed(call<&LoggerFunctions::ClearAccidentLogs>());
+    if (code == QUOBRIX_OK && status().logsCurrent) // still; there is less of it
+        noteLogsCurrent();
+    return code;
+}
 
 Reply<MemoryInformation> LockedLogger::memoryInformation() {
     MemoryInformation memory;

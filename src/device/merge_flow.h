@@ -23,6 +23,9 @@ public:
         std::function<bool()> mayStartNewDocument{};
         /// Keys have come into the name tables. Nothing for a program in which nobody can name them.
         std::function<void(const NewKeys&)> keysAdded{};
+        /// Tells what has become of the records, before anything that follows is asked. Nothing for a program that
+        /// tells it at its end.
+        std::function<void(const MergeResult&)> tellResult{};
     };
 
     /// TEXT: how times are shown.
@@ -39,6 +42,11 @@ public:
     /// that is wanted, but not made since there are no records for it, is no failure.
     std::optional<MergeResult> merge(const LogRecords& records, std::int32_t shift, TextOf<0> step,
                                      const std::function<void()>& also = {});
+    /// Tells RESULT.
+    void tellResult(const MergeResult& result) const {
+        if (hooks_.tellResult)
+            hooks_.tellResult(result);
+    }
 
     /// The present document is left alone: a new one is wanted, and not made since there are no RECORDS for it.
     bool leavesDocument(const LogRecords& records) const { return wantsNew_ && records.empty(); }

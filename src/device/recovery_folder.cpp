@@ -36,8 +36,10 @@ Result<void> RecoveryFolder::keep(const KeptDownload& download) {
         const Result<void> done = file->commit(IfThere::Refuse);
         if (!done && done.error().kind == ErrorKind::Exists && number < 100)
             continue;
-        if (done || done.error().kind == ErrorKind::NotDurable) // then it is there, too
+        if (done || done.error().kind == ErrorKind::NotDurable) { // then it is there, too
             kept_.push_back({path, file->takeFile()});
+            downloaded_.insert(download.serialText);
+        }
         return done;
     }
 }
@@ -49,12 +51,25 @@ void RecoveryFolder::merged(std::shared_ptr<const bool> done) {
     kept_.back().done = std::move(done);
 }
 
-void RecoveryFolder::documentSaved() {
+void RecoveryFolder::documentSaved(const Holds& holds) {
+    const auto held = [&](File& file) {
+        const Result<KeptDownload> download = read(file);
+        return download && downloaded_.contains(download->serialText) && holds(*download);
+    };
     for (Kept& kept : kept_)
-        if (kept.file && kept.inDocument && *kept.done) {
+        if (kept.file && ((kept.inDocument && *kept.done) || (holds && held(*kept.file)))) {
             kept.file.reset(); // some systems remove no open file
             files_.remove(kept.path);
         }
+    if (!holds || downloaded_.empty())
+        return;
+    for (const std::filesystem::path& path : left()) { // which a person has left for later
+        Result<std::unique_ptr<File>> file = files_.open(path, FileMode::ReadWrite);
+        if (file && held(**file)) {
+            file->reset();
+            files_.remove(path);
+        }
+    }
 }
 
 void RecoveryFolder::documentReplaced() {
@@ -80,7 +95,10 @@ std::vector<std::filesystem::path> RecoveryFolder::left() const {
         if (file->path().extension() != kExtension)
             continue;
         const bool ours = std::ranges::any_of(kept_, [&](const Kept& kept) { return kept.path == file->path(); });
-        if (!ours && files_.open(file->path(), FileMode::ReadWrite)) // locked while its program runs
+        if (ours)
+            continue;
+        const auto opened = files_.open(file->path(), FileMode::ReadWrite);
+        if (opened || opened.error().kind != ErrorKind::InUse) // locked while its program runs
             files.push_back(file->path());
     }
     std::ranges::sort(files);
@@ -91,17 +109,21 @@ Result<KeptDownload> RecoveryFolder::take(const std::filesystem::path& path) {
     Result<std::unique_ptr<File>> file = files_.open(path, FileMode::ReadWrite);
     if (!file)
         return file.error();
-    const Result<std::uint64_t> size = (*file)->size();
+    Result<KeptDownload> download = read(**file);
+    if (download)
+        kept_.push_back({path, std::move(*file)});
+    return download;
+}
+
+Result<KeptDownload> RecoveryFolder::read(File& file) {
+    const Result<std::uint64_t> size = file.size();
     if (!size)
         return size.error();
     if (*size > kLargest)
         return Error{ErrorKind::NotADocument, {}};
     Bytes bytes(static_cast<std::size_t>(*size));
-    QUOBRIX_TRY((*file)->readAt(0, bytes));
-    Result<KeptDownload> download = readRecovery(bytes);
-    if (download)
-        kept_.push_back({path, std::move(*file)});
-    return download;
+    QUOBRIX_TRY(file.readAt(0, bytes));
+    return readRecovery(bytes);
 }
 
 void RecoveryFolder::discardTaken() {

@@ -4,7 +4,10 @@
 #include "platform/file_system.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace quobrix {
@@ -29,8 +32,11 @@ public:
     /// What was kept or taken last is in the document for as long as *DONE, see TableEdits::lastStepDone().
     void merged(std::shared_ptr<const bool> done);
 
-    /// The document is on disk as it is: what is in it need not be kept any longer.
-    void documentSaved();
+    /// Whether the document holds all of a download that was not refused.
+    using Holds = std::function<bool(const KeptDownload&)>;
+    /// The document is on disk as it is: what is in it need not be kept any longer. HOLDS (if given) tells whether that
+    /// goes for what came into it in another way, too, of loggers that were downloaded in this run.
+    void documentSaved(const Holds& holds = {});
     /// There is another document. What was not saved of the one before is left to the next start.
     void documentReplaced();
     /// Whether a merge of this document, saved or not, has been undone since this was last asked.
@@ -54,9 +60,12 @@ private:
         bool wasDone = false;
     };
 
+    static Result<KeptDownload> read(File& file);
+
     const std::filesystem::path folder_;
     FileSystem& files_;
     std::vector<Kept> kept_;
+    std::set<std::string> downloaded_; ///< serial numbers
 };
 
 } // namespace quobrix

@@ -100,6 +100,8 @@ public:
     bool hasFile() const { return state_.file.compound != nullptr; }
     /// PATH leads to the file that the document was opened from or saved to.
     bool isFile(const std::filesystem::path& path) const;
+    /// The document has a file, and its path leads to that as it was last read or written.
+    bool fileIsUnchanged() const { return hasFile() && unchangedOnDisk(); }
     /// Opened so, changed by another program while that had it, written by a later version of this one (Unsupported;
     /// Save As is then refused too), or damaged so that a save could lose something;
     /// readOnlyReason says why.

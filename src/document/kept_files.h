@@ -18,7 +18,7 @@ public:
     void follow(const std::filesystem::path& path, const FileSnapshot& before, const FileSnapshot& after);
 
 private:
-    std::map<std::filesystem::path, FileSnapshot> files_; // by paths without links
+    std::map<std::filesystem::path, FileSnapshot> files_; // by comparablePath()
 };
 
 } // namespace quobrix

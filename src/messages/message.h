@@ -22,7 +22,7 @@ enum class MessageButtons {
     YesNo,       ///< a question; "no" is the safe answer unless the asking flow says otherwise
     YesNoCancel, ///< a question that can also be left unanswered, which is the safe answer
     Actions,     ///< a question whose answers the asking flow names; it can be left unanswered too
-    Either,      ///< a question whose answers the asking flow names; leaving it is the last of them
+    Either,      ///< a question whose answers the asking flow names; leaving it is the second of them
     Offer,       ///< the same, for what was not asked for: left unanswered, it is "not now"
 };
 
@@ -63,6 +63,7 @@ private:
 struct Message {
     MessageId id;
     ShownText text;
+    ShownText details{}; ///< of a statement, for who asks for them; lines
 };
 
 /// With arguments (texts and whole numbers) for the message's places, in the user's language.

@@ -27,8 +27,8 @@ public:
     /// A question that can be left unanswered (MessageButtons::YesNoCancel): nothing when the person cancels.
     virtual std::optional<Answer> askOrCancel(const Message& question) { return ask(question); }
     /// A question answered by one of ACTIONS (MessageButtons::Actions or Offer; '&' marks their mnemonics), of which
-    /// the first loses nothing; nothing when the person cancels. Of MessageButtons::Either the last loses nothing, and
-    /// is the answer of who leaves it.
+    /// the first loses nothing; nothing when the person cancels. Of MessageButtons::Either the second loses nothing,
+    /// and is the answer of who leaves it.
     virtual std::optional<std::size_t> chooseAction(const Message& question,
                                                     const std::vector<SourceText>& actions) = 0;
     /// A statement; returns when it has been taken note of.

@@ -34,6 +34,10 @@ void recordTime(Table& table, const std::string& serialNumber, std::int32_t time
 
 } // namespace
 
+bool TDownloadTable::knows(const std::string& serialNumber) const {
+    return std::ranges::count(column<TDownloadTableSerialNumberColumn>().values(), serialNumber) > 0;
+}
+
 void TDownloadTable::record(const std::string& serialNumber, std::int32_t time) {
     recordTime<TDownloadTableSerialNumberColumn, TDownloadTableMostRecentDownloadColumn>(*this, serialNumber, time);
 }

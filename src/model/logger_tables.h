@@ -69,6 +69,7 @@ public:
 /// Per logger, the time of its most recent download.
 class TDownloadTable final : public Table {
     QUOBRIX_TABLE_CLASS(TDownloadTable, true)
+    bool knows(const std::string& serialNumber) const;
     void record(const std::string& serialNumber, std::int32_t time);
 };
 

@@ -17,6 +17,10 @@ std::filesystem::path programFolder(const std::filesystem::path& executable);
 /// share/quobrix beside that. Empty if the system does not say where the program is.
 std::filesystem::path deliveredFolder();
 
+/// The same for all names of one file: without links, and in one case where the system does not tell cases apart. Only
+/// to be compared.
+std::filesystem::path comparablePath(const std::filesystem::path& path);
+
 /// Where this user's data and settings of the program lie; may not exist yet. Empty if the user has no home.
 std::filesystem::path userDataFolder();
 std::filesystem::path userConfigFolder();

@@ -1,6 +1,7 @@
 #include "platform/paths.h"
 
 #include <cstdlib>
+#include <system_error>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -29,6 +30,12 @@ std::filesystem::path baseFolder(const char* variable, const char* fallback) {
 std::filesystem::path executablePath() {
     std::error_code ignored;
     return std::filesystem::read_symlink("/proc/self/exe", ignored);
+}
+
+std::filesystem::path comparablePath(const std::filesystem::path& path) {
+    std::error_code failed;
+    std::filesystem::path real = std::filesystem::weakly_canonical(path, failed);
+    return failed ? path : real;
 }
 
 std::filesystem::path userDataFolder() { return baseFolder("XDG_DATA_HOME", ".local/share"); }

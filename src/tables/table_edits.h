@@ -154,11 +154,13 @@ private:
     std::size_t sizeOf(const Step& step) const;
     bool fits(const Step& step, bool undoing) const;
     void swap(Step& step, bool undoing);
-    void swap(Change& change, bool undoing);
+    /// Whether a change that is taken back may be done again.
+    enum class Again { Maybe, Never };
+    void swap(Change& change, bool undoing, Again again = Again::Maybe);
     void swapObjects(const Change& change, bool undoing);
     std::vector<TableChange> commit(std::string description);
     void measure(Step& step);
-    void forget(const Step& step, bool done);
+    void forget(std::span<const Change> changes, bool done);
     void forgetOldest();
     void forgetUndone();
     void rollBack(std::size_t size);

@@ -70,7 +70,7 @@ void TableEdits::swapObjects(const Change& change, bool undoing) {
     });
 }
 
-void TableEdits::swap(Change& change, bool undoing) {
+void TableEdits::swap(Change& change, bool undoing, Again again) {
     if (change.kind == Kind::ObjectsMade || change.kind == Kind::ObjectsSetAside)
         return swapObjects(change, undoing);
     Table* table = find(change.table);
@@ -98,7 +98,8 @@ void TableEdits::swap(Change& change, bool undoing) {
                 for (RowIndex row = run->end(); row-- > run->first;)
                     table->cellEditUndone(change.column, row);
     } else if ((change.kind == Kind::RowsInserted) == undoing) {
-        change.before = wholeRows(*table, change.rows);
+        if (again == Again::Maybe)
+            change.before = wholeRows(*table, change.rows);
         table->removeBareRows(change.rows);
     } else {
         table->insertRows(change.rows);

@@ -95,35 +95,30 @@ std::vector<TableChange> TableEdits::commit(std::string description) {
 
 void TableEdits::forgetUndone() {
     for (; steps_.size() > done_; steps_.pop_back()) {
-        forget(steps_.back(), false);
+        forget(steps_.back().changes, false);
         size_ -= steps_.back().size;
     }
 }
 
 void TableEdits::forgetOldest() {
     for (; steps_.size() > 1 && done_ > 0 && (steps_.size() > kMostSteps || size_ > kMostBytes); --done_) {
-        forget(steps_.front(), true);
+        forget(steps_.front().changes, true);
         size_ -= steps_.front().size;
         steps_.pop_front();
     }
 }
 
-/// Lets go of what STEP keeps aside: of a step that is DONE what it has deleted, of one that is undone what it had
-/// made. Its other objects may be kept by another step.
-void TableEdits::forget(const Step& step, bool done) {
-    if (!store())
-        return;
-    std::vector<const Change*> changes;
-    for (const Change& change : step.changes)
-        if (!change.objects.empty() && (change.kind == Kind::ObjectsSetAside) == done)
-            changes.push_back(&change);
-    if (done)
-        for (const Change* change : changes)
-            std::ranges::for_each(change->objects, [&](ObjectId id) { store()->forget(id); });
-    else // in the order in which they were set aside
-        for (auto change = changes.rbegin(); change != changes.rend(); ++change)
-            std::for_each((*change)->objects.rbegin(), (*change)->objects.rend(),
-                          [&](ObjectId id) { store()->forget(id); });
+/// Lets go of what a step keeps aside: of one that is DONE what it has deleted, of one that is undone what it had
+/// made, in the order in which it was set aside. Its other objects may be kept by another step. Takes no memory.
+void TableEdits::forget(std::span<const Change> changes, bool done) {
+    for (std::size_t i = 0; store() && i < changes.size(); ++i) {
+        const Change& change = changes[done ? i : changes.size() - 1 - i];
+        if ((change.kind == Kind::ObjectsSetAside) != done)
+            continue;
+        const std::vector<ObjectId>& ids = change.objects;
+        for (std::size_t k = 0; k < ids.size(); ++k)
+            store()->forget(ids[done ? k : ids.size() - 1 - k]);
+    }
 }
 
 /// Counts the memory that STEP takes now.
@@ -144,13 +139,14 @@ std::size_t TableEdits::sizeOf(const Step& step) const {
     return size;
 }
 
+/// Takes back the changes from SIZE on for good. It needs next to no memory, since memory may be what the edit ended
+/// for.
 void TableEdits::rollBack(std::size_t size) {
     while (open_.size() > size) {
-        Step last;
-        last.changes.push_back(std::move(open_.back()));
+        Change last = std::move(open_.back());
         open_.pop_back();
-        swap(last.changes.front(), true);
-        forget(last, false);
+        swap(last, true, Again::Never);
+        forget({&last, 1}, false);
     }
 }
 
@@ -198,7 +194,7 @@ void TableEdits::clear() {
     assert(depth_ == 0);
     forgetUndone();
     for (; !steps_.empty(); steps_.pop_front())
-        forget(steps_.front(), true);
+        forget(steps_.front().changes, true);
     done_ = size_ = 0;
     tell({});
 }

@@ -235,6 +235,21 @@ TEST_F(ConfigurationCommandsTest, AFileHoldsTheWholeBlockAndGivesADialogItsOwn) 
     EXPECT_EQ(told_, QStringList({QStringLiteral("ValuesRefused"), QStringLiteral("NotAConfiguration")}));
 }
 
+TEST_F(ConfigurationCommandsTest, ThresholdsOfParametersHaveAFileOfTheirOwn) {
+    const test::TemporaryFolder folder;
+    const std::filesystem::path file = folder / "thresholds.txt";
+    open(
+        ParameterThresholds, [&] { type(0, 0, "50"); }, [&] { choose("SaveToFile", file); });
+    EXPECT_NE(test::textOf(file).find("\nVehicle Speed = 22.352"), std::string::npos) << test::textOf(file);
+    open(
+        ParameterThresholds, [&] { choose("LoadFromFile", file); }, [&] { EXPECT_EQ(cell(0, 0), "50 MPH"); },
+        [&] { ok(); });
+    EXPECT_NEAR(parameterThreshold(settings_, 1), 22.352, 1e-6);
+    test::putText(file, configurationText(kPresent));
+    open(ParameterThresholds, [&] { choose("LoadFromFile", file); });
+    EXPECT_EQ(told_, QStringList({QStringLiteral("NotThresholds")}));
+}
+
 TEST_F(ConfigurationCommandsTest, ThePictureFollowsWhatIsTyped) {
     open(
         SetSpeedBands, [&] { type(1, 1, "65"); },

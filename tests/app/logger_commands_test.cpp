@@ -3,6 +3,7 @@
 #include "app/names_commands.h"
 #include "device/clear_flow.h"
 #include "device/ports.h"
+#include "device/recovery_file.h"
 #include "support/frame_fixture.h"
 #include "support/record_set_builder.h"
 #include "support/slow_logger_library.h"
@@ -25,6 +26,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <memory>
 
 namespace quobrix {
@@ -39,13 +41,14 @@ protected:
         return QTest::qWaitFor([&] { return portStatus() == status; }, 20'000);
     }
 
+    const test::TemporaryFolder kept_; // downloads that are not saved
     testing::FakeLoggerLibrary fake_;
     const std::int64_t begun_ = wallClock();
     NamesCommands names_{frame_};
     LoggerCommands commands_{frame_,
                              names_,
                              testing::FakeLoggerLibrary::library(),
-                             {},
+                             {{}, kept_.path()},
                              {.polling = {5ms, 0ms},
                               .calls = {1ms, 2ms},
                               .clock = [this] { return fake_.loggerTime + wallClock() - begun_; },
@@ -159,6 +162,41 @@ void answer(const QString& button, std::function<void(QWidget&)> look = {}) {
             look(*dialog);
         pressed->click();
     });
+}
+
+TEST_F(LoggerCommandsTest, ADownloadOfItsOwnIsKeptUntilItIsSaved) {
+    const test::TemporaryFolder folder;
+    ASSERT_TRUE(document_.saveAs(folder / "Test.car"));
+    fake_.loggers["COM1"] = "K-0042-B";
+    fake_.trips = testing::RecordSetBytes().add(testing::plainTrip(), {10, 20, 30}).take();
+    fake_.memory = {1000, 800};
+    setClearAfterDownload(settings_, ClearAfterDownload::Never);
+    setOnNewData(settings_, OnNewData::Download);
+    frame_.show();
+    {
+        QTimer boxes; // of names, and what the download has brought
+        QObject::connect(&boxes, &QTimer::timeout, [] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                box->reject();
+        });
+        boxes.start(1);
+        commands_.start();
+        ASSERT_TRUE(
+            QTest::qWaitFor([&] { return document_.trips().rowCount() == 1 && !frame_.commands().running(); }, 20'000));
+    }
+    EXPECT_FALSE(std::filesystem::is_empty(kept_.path()));
+    frame_.commands().action(CommandId::Save)->trigger();
+    EXPECT_TRUE(std::filesystem::is_empty(kept_.path()));
+
+    QString question;
+    const auto clear = [&] {
+        answer(QStringLiteral("No"), [&](QWidget& box) { question = qobject_cast<QMessageBox*>(&box)->text(); });
+        frame_.commands().action(CommandId::ClearMemory)->trigger();
+        return question.contains(QLatin1String("you have not downloaded"));
+    };
+    EXPECT_FALSE(clear()) << question.toStdString();
+    document_.edits().undo();
+    EXPECT_TRUE(clear()) << question.toStdString();
 }
 
 TEST_F(LoggerCommandsTest, MenusSayWhatTheLoggerCanDoAndWhatIsSet) {
@@ -310,8 +348,8 @@ TEST_F(LoggerCommandsTest, AVehicleThatTellsNoVinIsAskedFor) {
         read = dialog.findChild<QLabel*>(QStringLiteral("VinRead"))->text();
         auto* vehicle = dialog.findChild<QComboBox*>(QStringLiteral("TUnidentifiedVehicleColumn"));
         vehicle->setCurrentIndex(vehicle->findText(QStringLiteral("Kombi (1HGCM82633A004352)")));
-        answer(QStringLiteral("No"), [](QWidget&) {                                       // a name for the logger
-            answer(QStringLiteral("OK"), [](QWidget&) { answer(QStringLiteral("OK")); }); // nowhere to keep it; done
+        answer(QStringLiteral("No"), [](QWidget&) { // a name for the logger
+            answer(QStringLiteral("OK"));
         });
     });
     frame_.commands().action(CommandId::Download)->trigger();
@@ -353,9 +391,21 @@ TEST_F(LoggerCommandsTest, AnUnsavedDownloadIsOfferedAtTheNextStart) {
         EXPECT_TRUE(RecoveryFolder(folder.path()).left().empty()) << "locked";
     }
     EXPECT_EQ(RecoveryFolder(folder.path()).left().size(), 1u) << "nothing was saved";
-    answer(QStringLiteral("Discard"));
+    for (const QString& really : {QStringLiteral("No"), QStringLiteral("Yes")}) {
+        answer(QStringLiteral("Discard"), [&](QWidget&) { answer(really); });
+        start()->start();
+        EXPECT_EQ(RecoveryFolder(folder.path()).left().empty(), really == QLatin1String("Yes"));
+    }
+
+    const auto file = folder.path() / "000000000000-0.download";
+    std::vector<std::uint8_t> bytes = recoveryBytes(download);
+    bytes[std::strlen("Quobrix download")] = 99; // the number of the format
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    answer(QStringLiteral("OK"), [&](QWidget& box) { asked = qobject_cast<QMessageBox*>(&box)->text(); });
     start()->start();
-    EXPECT_TRUE(RecoveryFolder(folder.path()).left().empty());
+    EXPECT_TRUE(asked.endsWith(QStringLiteral("because it was written by a later version of this software.")))
+        << asked.toStdString();
 }
 
 } // namespace

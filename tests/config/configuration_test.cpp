@@ -43,10 +43,10 @@ TEST(ConfigurationText, SaysWhatIsWrongWithIt) {
         std::string text, detail;
         ErrorKind kind = ErrorKind::Corrupt;
     } kCases[] = {
-        {"", "Speed Band 1 is missing", ErrorKind::NotADocument},
-        {"[Speed]\nLimit=3", "a configuration begins with the line \"Quobrix configuration 1\"",
-         ErrorKind::NotADocument},
-        {with("Speed Band 1", "Speed Limit 1"), "line 2 names no value of a configuration"},
+        {"", "it has to begin with the line \"Quobrix configuration 1\"", ErrorKind::NotADocument},
+        {"[Speed]\nLimit=3", "it has to begin with the line \"Quobrix configuration 1\"", ErrorKind::NotADocument},
+        {text.substr(0, text.find("\nSpeed") + 1), "Speed Band 1 is missing"},
+        {with("Speed Band 1", "Speed Limit 1"), "line 2 names no value that such a file has"},
         {with("Speed Band 2", "Speed Band 1"), "line 3 tells Speed Band 1 again"},
         {with("Extreme Braking = 4.707192", ""), "Extreme Braking is missing"},
         {with("2.745862", "nan"), "line 5 has no usable value of Hard Braking"},
@@ -119,6 +119,11 @@ TEST_F(Configure, LeavesTheRestToTheBit) {
     LoggerConfiguration expected = kPresent;
     expected.bandLimits = {10, 20, 30};
     EXPECT_EQ(fake_.configuration, expected);
+
+    fake_.configuration.brakeThresholds[0] = std::nan(""); // which a logger told, and nobody has edited
+    EXPECT_TRUE(write({}));
+    EXPECT_TRUE(std::isnan(fake_.configuration.brakeThresholds[0]));
+    fake_.configuration = expected;
 
     ScriptedPrompter silent;
     EXPECT_TRUE(ConfigurationFlow(calls_, silent, progress_).writeDefaults());

@@ -6,6 +6,7 @@
 #include "support/document_streams.h"
 #include "support/fake_logger_library.h"
 #include "support/fault_folder.h"
+#include "support/forwarding_files.h"
 #include "support/record_set_builder.h"
 #include "support/scripted_prompter.h"
 #include "support/temporary_folder.h"
@@ -248,6 +249,10 @@ TEST_F(Downloading, ClearsOnlyWhatIsInTheDocument) {
         return RecordSetBytes().add(plainTrip(), {10, 20, 30}).add(trip, {1}).take();
     };
     const MessageId clear = MessageId::ClearQuobrix;
+    struct : test::ForwardingFiles {
+        Result<void> flushFolder(const std::filesystem::path&) override { return Error{ErrorKind::Io, {}}; }
+    } unsafe;
+    const auto keepOn = [&](FileSystem& files) { recoveries_.emplace(folder_ / "kept", files); };
     struct Case {
         const char* name;
         ClearAfterDownload choice;
@@ -272,6 +277,7 @@ TEST_F(Downloading, ClearsOnlyWhatIsInTheDocument) {
          {{MessageId::DownloadNotKept}},
          false,
          [&] { std::ofstream(folder_ / "kept") << "a file where the folder is to be"; }},
+        {"a power cut may take what is kept", Always, {{MessageId::DownloadNotKept}}, false, [&] { keepOn(unsafe); }},
         {"another logger by then",
          Always,
          {{MessageId::AnotherLogger}},
@@ -301,6 +307,23 @@ TEST_F(Downloading, ClearsOnlyWhatIsInTheDocument) {
         EXPECT_TRUE(download(prompter));
         EXPECT_EQ(fake_.count("ClearLogs"), c.cleared ? 1 : 0);
     }
+}
+
+TEST_F(Downloading, WhatCameOfItIsToldBeforeAClearAndKeptRecordsAreAskedAboutOnce) {
+    QuobrixTripRecord backward = plainTrip();
+    backward.endTime = backward.startTime - 1;
+    fake_.trips = RecordSetBytes().add(plainTrip(), {10, 20, 30}).add(backward, {1}).take();
+    now_ += 7200;
+    setClearAfterDownload(settings_, ClearAfterDownload::Ask);
+    ScriptedPrompter prompter{{MessageId::ClearQuobrix, Answer::No}};
+    prompter.timeDifference = [](TimeDifferenceForm& form) { return form.synchronize = true; };
+    MergeFlow::Hooks telling = hooks();
+    telling.tellResult = [&](const MergeResult& result) { prompter.shown.push_back(result.summary()); };
+    EXPECT_TRUE(Download(context(prompter), {units_, zone_}, telling, *recoveries_, {}).run());
+    ASSERT_EQ(prompter.shown.size(), 2u);
+    EXPECT_EQ(prompter.shown[0], "New: 1 trip, 1 trouble code. Refused: 1 trip.");
+    EXPECT_EQ(fake_.count("SetTime " + std::to_string(now_)) + fake_.count("ClearLogs"), 0)
+        << "both would lose what was refused";
 }
 
 /// Trips an hour apart, each two or more seconds long, whose vehicles told TEXTS instead of their VINs.
@@ -422,7 +445,7 @@ TEST_F(Downloading, EachLeavesALine) {
                            firmware, records, end);
     };
     EXPECT_EQ(log_[0], line("3.00.0", 1, "456 bytes; clock +20 s; 7 s; done"));
-    EXPECT_EQ(log_.at(1), line("3.00.0", 0, "0 bytes; clock +13 s; 7 s; failed: error -7"));
+    EXPECT_EQ(log_.at(1), line("unknown", 0, "0 bytes; clock +13 s; 7 s; failed: error -7"));
 }
 
 TEST_F(Downloading, IsCurrentForOneLoggerWhileItIsWatched) {
@@ -557,6 +580,41 @@ TEST_F(Downloading, IsKeptUntilASavedDocumentHoldsIt) {
     EXPECT_EQ(left(), 0u);
     EXPECT_EQ(download(silent).value().summary(), "Nothing new. Already present: 1 trip, 1 trouble code.");
     EXPECT_EQ(left(), 0u) << "the file on the disk holds it";
+    std::filesystem::remove(folder_ / "B.car");
+    EXPECT_EQ(download(silent).value().summary(), "Nothing new. Already present: 1 trip, 1 trouble code.");
+    EXPECT_EQ(left(), 10u) << "no file holds it";
+}
+
+TEST_F(Downloading, GoesHoweverItsRecordsCameIntoTheSavedDocument) {
+    const auto left = [&] { return RecoveryFolder(folder_ / "kept").left().size() + (kept() ? 10 : 0); };
+    ScriptedPrompter silent;
+    ASSERT_TRUE(download(silent));
+    document_.edits().undo();
+    ASSERT_TRUE(download(silent)); // which the file of the first one is not told of
+    recoveries_->documentReplaced();
+    recoveries_.emplace(folder_ / "kept"); // the next start, at which a person does not want them yet
+    EXPECT_EQ(recoveries_->left().size(), 2u);
+    document_.newDocument();
+    ASSERT_TRUE(document_.saveAs(folder_ / "A.car"));
+    recoveries_->documentSaved(heldBy(document_));
+    EXPECT_EQ(left(), 12u) << "of a logger that was not read";
+    ASSERT_TRUE(download(silent));
+    recoveries_->documentSaved(heldBy(document_));
+    EXPECT_EQ(left(), 0u);
+}
+
+TEST_F(Downloading, OfAnotherLoggerWithNothingNewLeavesTheHistory) {
+    open("Test.car");
+    ScriptedPrompter silent;
+    ASSERT_TRUE(download(silent));
+    ASSERT_TRUE(document_.save());
+    fake_.loggers["COM1"] = "K-0043-B";
+    fake_.trips.clear();
+    fake_.troubles.clear();
+    ASSERT_TRUE(download(silent));
+    document_.edits().undo();
+    EXPECT_EQ(document_.trips().rowCount(), 1u) << "the first one is taken back";
+    EXPECT_TRUE(document_.edits().canRedo());
 }
 
 TEST_F(Downloading, APowerCutLeavesAllOfARecoveryFileOrNone) {

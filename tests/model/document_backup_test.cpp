@@ -225,6 +225,9 @@ TEST_F(DocumentBackup, OneBackupUnderAnyName) {
     std::vector<fs::path> paths{folder / "Doc.car", folder / ".." / "real" / "Doc.car"};
     if (linked)
         paths.insert(paths.end(), {link / "Doc.car", folder_ / "link.car"});
+#ifdef _WIN32
+    paths.push_back(folder / "DOC.CAR");
+#endif
     TQuobrixDocument document;
     for (const fs::path& path : paths) {
         ASSERT_TRUE(document.open(path, TDocument::Access::Edit));

@@ -54,7 +54,7 @@ TEST_F(Configure, RefusedOrFailedChangesNothing) {
     edit("Speed Band 1 = 45", "Speed Band 1 = 145");
     expectRefused(configure({"--load", "kept.txt"}), "The speed bands cannot be set");
     edit("Speed Band 1 = 145", "Speed Band = 45");
-    expectRefused(configure({"--load", "kept.txt"}), "line 2 names no value of a configuration");
+    expectRefused(configure({"--load", "kept.txt"}), "line 2 names no value that such a file has");
     std::ofstream(folder_ / "kept.txt", std::ios::binary) << std::string(70'000, 'x');
     expectRefused(configure({"--load", "kept.txt"}), "kept.txt is no configuration of a logger: it is too large");
     ASSERT_EQ(sim({"fault", "COM3", "--fail", "SetConfiguration=-7"}).exitCode, 0);

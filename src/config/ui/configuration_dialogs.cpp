@@ -1,42 +1,27 @@
 #include "config/ui/configuration_dialogs.h"
 
 #include "base/ui/qt_text.h"
-#include "config/configuration_file.h"
+#include "config/configuration_text.h"
 #include "config/limit_pictures.h"
-#include "messages/file_messages.h"
-#include "messages/prompter.h"
 #include "model/logger_tables.h"
 #include "model/trip_log.h"
 
-#include <QFileDialog>
-#include <QStandardPaths>
-
-#include <optional>
-
 namespace quobrix {
-namespace {
-
-/// The file that a person chooses in DIALOG among text files.
-std::optional<std::filesystem::path> chosenIn(QFileDialog& dialog) {
-    dialog.setDefaultSuffix(QStringLiteral("txt"));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return {};
-    return toPath(dialog.selectedFiles().constFirst());
-}
-
-QString documents() { return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation); }
-
-} // namespace
-
 ConfigurationDialog::ConfigurationDialog(const TableDialogContext& context, const TableDialogSpec& spec,
                                          std::unique_ptr<ConfigurationSheet> sheet, ConfigurationFlow& flow,
                                          const LoggerConfiguration& present, QWidget* parent)
     : TableDialog(context, spec, (sheet->open(present), std::move(sheet)), parent),
       sheet_(static_cast<ConfigurationSheet&>(TableDialog::sheet())), flow_(flow) {
-    addButton(tr("&Save to File..."), "SaveToFile", tr("Saves all that is set in the Quobrix as a text file."),
-              [this] { save(); });
-    addButton(tr("&Load from File..."), "LoadFromFile", tr("Takes the values of this dialog from such a file."),
-              [this] { load(); });
+    addFileButtons(tr("Saves all that is set in the Quobrix as a text file."),
+                   tr("Takes the values of this dialog from such a file."),
+                   {toQt(flow.serialText()), MessageId::NotAConfiguration,
+                    [this] { return configurationText(sheet_.configuration()); },
+                    [this](std::string_view text) -> Result<std::vector<CellEdit>> {
+                        const Result<LoggerConfiguration> loaded = readConfigurationText(text);
+                        if (!loaded)
+                            return loaded.error();
+                        return sheet_.showing(*loaded);
+                    }});
 }
 
 template <std::size_t n>
@@ -51,34 +36,6 @@ std::array<double, n> ConfigurationDialog::figures(std::size_t column) const {
 }
 
 bool ConfigurationDialog::take() { return flow_.write(sheet_.configuration()); }
-
-void ConfigurationDialog::save() {
-    QFileDialog dialog(this, tr("Save to File"), documents(), tr("Text files (*.txt)"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.selectFile(QStringLiteral("%1.txt").arg(toQt(flow_.serialText())));
-    const std::optional<std::filesystem::path> path = chosenIn(dialog);
-    if (!path)
-        return;
-    std::error_code ignored; // the dialog has asked about what is there
-    const IfThere ifThere = std::filesystem::exists(*path, ignored) ? IfThere::Replace : IfThere::Refuse;
-    if (const Result<void> saved = saveConfiguration(sheet_.configuration(), *path, ifThere); !saved)
-        context().prompter.tell(fileMessage(saved.error(), FileAction::Save, utf8(*path)));
-}
-
-void ConfigurationDialog::load() {
-    QFileDialog dialog(this, tr("Load from File"), documents(), tr("Text files (*.txt)"));
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    const std::optional<std::filesystem::path> path = chosenIn(dialog);
-    if (!path)
-        return;
-    const Result<LoggerConfiguration> loaded = loadConfiguration(*path);
-    if (!loaded)
-        return context().prompter.tell(
-            isNoConfiguration(loaded.error())
-                ? makeMessage(MessageId::NotAConfiguration, utf8(*path), loaded.error().detail)
-                : fileMessage(loaded.error(), FileAction::Open, utf8(*path)));
-    set(sheet_.showing(*loaded), tr("loading a file"));
-}
 
 TCurrentSpeedBandsDialog::TCurrentSpeedBandsDialog(const TableDialogContext& context, ConfigurationFlow& flow,
                                                    const LoggerConfiguration& present, QWidget* parent)

@@ -27,8 +27,6 @@ protected:
 
 private:
     bool take() override;
-    void save();
-    void load();
 
     ConfigurationSheet& sheet_; ///< the base's
     ConfigurationFlow& flow_;

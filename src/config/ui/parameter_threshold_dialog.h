@@ -13,6 +13,7 @@ public:
 
 private:
     bool take() override;
+    ParameterThresholdSheet& thresholds();
 };
 
 } // namespace quobrix

@@ -1,7 +1,10 @@
 #include "config/ui/table_dialog.h"
 
+#include "base/path_text.h"
 #include "base/ui/qt_text.h"
+#include "config/value_file.h"
 #include "drawing/ui/drawing_view.h"
+#include "messages/file_messages.h"
 #include "messages/prompter.h"
 #include "tables/ui/cell_editor.h"
 #include "ui/fields.h"
@@ -11,15 +14,18 @@
 #include <QChildEvent>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QStandardPaths>
 #include <QStatusTipEvent>
 #include <QTimer>
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <optional>
 
 namespace quobrix {
 namespace {
@@ -28,6 +34,16 @@ constexpr RowIndex kMostRowsInView = 12;
 constexpr int kLeastColumn = 18; // characters
 constexpr int kSlice = 10;       // ms
 constexpr int kLinesOfNote = 4;  // below the last row: why an entry is refused
+
+/// The file that a person chooses in DIALOG among text files.
+std::optional<std::filesystem::path> chosenIn(QFileDialog& dialog) {
+    dialog.setDefaultSuffix(QStringLiteral("txt"));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return {};
+    return toPath(dialog.selectedFiles().constFirst());
+}
+
+QString documents() { return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation); }
 
 } // namespace
 
@@ -106,6 +122,41 @@ QPushButton* TableDialog::addButton(const QString& text, const char* name, const
     });
     buttons_->insertWidget(buttons_->count() - 1, button);
     return button;
+}
+
+void TableDialog::addFileButtons(const QString& saveTip, const QString& loadTip, ValueFile file) {
+    addButton(tr("&Save to File..."), "SaveToFile", saveTip, [this, file] { save(file); });
+    addButton(tr("&Load from File..."), "LoadFromFile", loadTip, [this, file = std::move(file)] { load(file); });
+}
+
+void TableDialog::save(const ValueFile& file) {
+    QFileDialog dialog(this, tr("Save to File"), documents(), tr("Text files (*.txt)"));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.selectFile(QStringLiteral("%1.txt").arg(file.name));
+    const std::optional<std::filesystem::path> path = chosenIn(dialog);
+    if (!path)
+        return;
+    std::error_code ignored; // the dialog has asked about what is there
+    const IfThere ifThere = std::filesystem::exists(*path, ignored) ? IfThere::Replace : IfThere::Refuse;
+    if (const Result<void> saved = saveValues(file.text(), *path, ifThere); !saved)
+        context_.prompter.tell(fileMessage(saved.error(), FileAction::Save, utf8(*path)));
+}
+
+void TableDialog::load(const ValueFile& file) {
+    QFileDialog dialog(this, tr("Load from File"), documents(), tr("Text files (*.txt)"));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    const std::optional<std::filesystem::path> path = chosenIn(dialog);
+    if (!path)
+        return;
+    using Cells = Result<std::vector<CellEdit>>;
+    const Result<std::string> text = loadValues(*path);
+    Cells cells = text ? file.read(*text) : Cells(text.error());
+    if (cells)
+        set(*std::move(cells), tr("loading a file"));
+    else if (isNoValues(cells.error()))
+        context_.prompter.tell(makeMessage(file.notOne, utf8(*path), cells.error().detail));
+    else
+        context_.prompter.tell(fileMessage(cells.error(), FileAction::Open, utf8(*path)));
 }
 
 DrawingView& TableDialog::addPicture(DrawingMaker make) {

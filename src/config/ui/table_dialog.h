@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/result.h"
 #include "config/value_sheet.h"
 #include "drawing/text_measure.h"
+#include "messages/message.h"
 #include "tables/table_edits.h"
 #include "tables/ui/spreadsheet.h"
 #include "units/unit_system.h"
@@ -9,6 +11,8 @@
 #include <QDialog>
 
 #include <functional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 class QHBoxLayout;
@@ -63,6 +67,15 @@ protected:
     /// A picture beside the table.
     DrawingView& addPicture(DrawingMaker make);
     QPushButton* addButton(const QString& text, const char* name, const QString& tip, std::function<void()> work);
+    /// A text file of the values.
+    struct ValueFile {
+        QString name;        ///< without its suffix, for a new one
+        MessageOf<2> notOne; ///< says why a file is none
+        std::function<std::string()> text;
+        std::function<Result<std::vector<CellEdit>>(std::string_view)> read;
+    };
+    /// "Save to File..." and "Load from File...".
+    void addFileButtons(const QString& saveTip, const QString& loadTip, ValueFile file);
     /// The values as they are, with that of an open editor as far as it can be read.
     Value shownValue(std::size_t column, RowIndex row) const;
     /// Reads what the window can do without at first: calls READ_NEXT while control is in the event loop, for a blink
@@ -76,6 +89,8 @@ private:
     void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
     bool event(QEvent* event) override;
     bool eventFilter(QObject* object, QEvent* event) override;
+    void save(const ValueFile& file);
+    void load(const ValueFile& file);
     void showStatus(const QString& tip);
     void showAnew();
     void redraw();
