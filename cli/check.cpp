@@ -2,7 +2,8 @@
 
 #include "base/path_text.h"
 #include "base/utf8.h"
-#include "cli/reading.h"
+#include "cli/opened_document.h"
+#include "cli/output.h"
 #include "device/merge.h"
 #include "messages/file_messages.h"
 #include "repair/document_repair.h"

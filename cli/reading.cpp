@@ -1,12 +1,9 @@
 #include "cli/reading.h"
 
-#include "base/path_text.h"
 #include "cli/units.h"
-#include "messages/file_messages.h"
+#include "export/json.h"
 #include "report/render.h"
 #include "texts/text.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
@@ -15,44 +12,14 @@
 namespace quobrix::cli {
 namespace {
 
-/// Whether everything that was asked of the document is known to have been read.
-ExitCode completeness(TQuobrixDocument& document, const std::string& file) {
-    if (document.outdated()) {
-        complain(text(TextId::CliChangedWhileRead, file));
-        return kIncomplete;
-    }
-    const std::vector<std::string> affected = document.affectedLogs();
-    const std::optional<ShownText> doubt = document.doubt();
-    if (affected.empty() && !doubt)
-        return kDone;
-    const std::string parts = fmt::format("{}", fmt::join(affected, ", "));
-    const std::string missing = affected.empty() ? text(TextId::CliMayBeMore, file, *doubt)
-                                : doubt          ? text(TextId::CliPartsMissingAtLeast, file, parts)
-                                                 : text(TextId::CliPartsMissing, file, parts);
-    complain(text(TextId::CliCheckTells, missing, file));
-    return kIncomplete;
-}
-
-/// The table of LOG, which is looked for wherever it may be; NONE where a document has no such log yet.
-const Table& tableOf(TQuobrixDocument& document, const LogSpec& log, const PersistentObject& none) {
-    const Table* table = document.log(log);
-    if (!table && document.store().findLostSingletons())
-        table = document.log(log);
-    return table ? *table : static_cast<const Table&>(none);
+std::optional<std::int64_t> numberIn(const std::string& text) {
+    std::int64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [parsed, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc{} && parsed == end ? std::optional(number) : std::nullopt;
 }
 
 } // namespace
-
-bool openForReading(TQuobrixDocument& document, const std::string& file) {
-    const Result<void> opened = document.open(pathFromUtf8(file), TDocument::Access::Read);
-    if (opened)
-        return true;
-    ShownText why = fileMessage(opened.error(), FileAction::Open, file).text;
-    if (opened.error().kind == ErrorKind::Corrupt)
-        why += " " + text(TextId::CliRepairSaves, file);
-    complain(why);
-    return false;
-}
 
 std::vector<std::string> logNames() {
     std::vector<std::string> names;
@@ -68,56 +35,85 @@ std::vector<std::string> recordNames() {
     return names;
 }
 
+bool isNumber(const std::string& number) {
+    if (numberIn(number))
+        return true;
+    complain(text(TextId::CliNoNumberOfARecord, number));
+    return false;
+}
+
+std::optional<RowIndex> rowOf(const LogSpec& log, const std::string& number, OpenedDocument& document) {
+    const std::int64_t wanted = *numberIn(number);
+    const auto count = static_cast<std::int64_t>(document.table(log).rowCount());
+    if (wanted >= 1 && wanted <= count)
+        return static_cast<RowIndex>(wanted - 1);
+    if (document.completeness() == kDone)
+        complain(count == 0 ? text(TextId::CliNoRecords, document.file(), text(log.records))
+                            : text(TextId::CliNoSuchRecord, document.file(), text(log.record), wanted,
+                                   text(log.records), count));
+    return {};
+}
+
 ExitCode list(const ListOptions& options) {
-    UserUnits units(localeOf(options.format));
-    if (options.format != Format::Json || options.units) // json is in base units
+    if (options.samples && options.format != Format::Json) {
+        complain(text(TextId::CliSamplesNeedJson));
+        return kUsage;
+    }
+    UserUnits units;
+    if (options.format != Format::Json || options.units || options.any()) // json is in base units
         if (const ExitCode code = units.load(options.units); code != kDone)
             return code;
-    TQuobrixDocument document;
-    if (!openForReading(document, options.file))
-        return kFailed;
-
-    const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.log), &LogSpec::name);
-    const std::unique_ptr<PersistentObject> none = log.table.create();
+    Selection selection;
+    if (const ExitCode code = selection.choose(options, units); code != kDone)
+        return code;
     Output output;
-    writeRecords(output, tableOf(document, log, *none), options.format, log.list(), units.context());
-    return output.finish(completeness(document, options.file));
+    if (options.format == Format::Table)
+        output.put(recordTable(selection, units));
+    else
+        writeRecords(recordsFor(selection, options.format, options.samples ? Owned::Keep : Owned::LeaveOut),
+                     options.format, units, [&](std::string_view bytes) { return output.putData(bytes); });
+    return output.finish(selection.completeness());
 }
 
 ExitCode report(const ReportOptions& options) {
     const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.record), &LogSpec::recordName);
-    std::int64_t number = 0;
-    const char* const end = options.number.data() + options.number.size();
-    if (const auto [parsed, error] = std::from_chars(options.number.data(), end, number);
-        error != std::errc{} || parsed != end) {
-        complain(text(TextId::CliNoNumberOfARecord, options.number));
+    if (!isNumber(options.number))
         return kUsage;
-    }
-    UserUnits units(localeOf(Format::Table));
+    UserUnits units;
     if (const ExitCode code = units.load(options.units); code != kDone)
         return code;
-    TQuobrixDocument document;
-    if (!openForReading(document, options.file))
+    OpenedDocument document;
+    if (!document.open(options.file))
         return kFailed;
-
-    const std::unique_ptr<PersistentObject> none = log.table.create();
-    const Table& table = tableOf(document, log, *none);
-    const auto count = static_cast<std::int64_t>(table.rowCount());
-    if (number < 1 || number > count) {
-        const ExitCode complete = completeness(document, options.file);
-        if (complete == kDone)
-            complain(count == 0 ? text(TextId::CliNoRecords, options.file, text(log.records))
-                                : text(TextId::CliNoSuchRecord, options.file, text(log.record), number,
-                                       text(log.records), count));
+    const std::optional<RowIndex> row = rowOf(log, options.number, document);
+    if (!row)
         return kFailed;
-    }
     Output output;
-    const Report shown = recordReport(log, table, static_cast<RowIndex>(number - 1), units.context());
+    const Report shown = recordReport(log, document.table(log), *row, units.context());
     if (options.html)
         output.putData(renderHtml(shown));
     else
         output.put(ShownText::asItIs(renderText(shown)));
-    return output.finish(completeness(document, options.file));
+    return output.finish(document.completeness());
+}
+
+ExitCode columns(const ColumnsOptions& options) {
+    const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.log), &LogSpec::name);
+    const std::unique_ptr<PersistentObject> table = log.table.create();
+    const std::vector<ColumnDescription> all = describeColumns(static_cast<const Table&>(*table));
+    Output output;
+    if (options.json) {
+        output.putData(columnsJson(all));
+        return output.finish(kDone);
+    }
+    Grid grid;
+    for (const TextOf<0> heading : {TextOf<0>(TextId::CliColumnsHeading), TextOf<0>(TextId::CliColumnsKind),
+                                    TextOf<0>(TextId::CliColumnsUnit), TextOf<0>(TextId::CliColumnsKey)})
+        grid.columns.push_back({text(heading), false});
+    for (const ColumnDescription& column : all)
+        grid.rows.push_back({column.heading, std::string(column.kind), column.unit, std::string(column.key)});
+    output.put(ShownText::asItIs(renderText(grid)));
+    return output.finish(kDone);
 }
 
 } // namespace quobrix::cli

@@ -2,19 +2,18 @@
 
 #include "cli/output.h"
 #include "cli/record_writer.h"
-#include "model/quobrix_document.h"
+#include "cli/selection.h"
 
 #include <optional>
 #include <string>
 #include <vector>
 
-/// The commands that read a document. They open it for reading and write nothing but their output.
+/// The commands that read documents and write nothing but their output.
 namespace quobrix::cli {
 
-struct ListOptions {
-    std::string log; ///< one of logNames()
-    std::string file;
+struct ListOptions : SelectionOptions {
     Format format = Format::Table;
+    bool samples = false;             ///< with what the records own
     std::optional<std::string> units; ///< none: the user's
 };
 
@@ -26,13 +25,21 @@ struct ReportOptions {
     std::optional<std::string> units;
 };
 
+struct ColumnsOptions {
+    std::string log; ///< one of logNames()
+    bool json = false;
+};
+
 std::vector<std::string> logNames();
 std::vector<std::string> recordNames();
 
 ExitCode list(const ListOptions& options);
 ExitCode report(const ReportOptions& options);
+ExitCode columns(const ColumnsOptions& options);
 
-/// Opens FILE for reading, or complains.
-bool openForReading(TQuobrixDocument& document, const std::string& file);
+/// The row of the record NUMBER, in decimal digits from 1, of LOG in DOCUMENT; complains if there is none.
+std::optional<RowIndex> rowOf(const LogSpec& log, const std::string& number, OpenedDocument& document);
+/// Whether NUMBER is one; complains if not.
+bool isNumber(const std::string& number);
 
 } // namespace quobrix::cli

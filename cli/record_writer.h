@@ -1,26 +1,27 @@
 #pragma once
 
 #include "cli/output.h"
-#include "tables/table.h"
-#include "units/unit_system.h"
-
-#include <span>
+#include "cli/selection.h"
+#include "cli/units.h"
 
 namespace quobrix::cli {
 
-/// How records are listed.
+/// How records are written.
 enum class Format {
     Table, ///< for people: columns of even width, values as the window shows them
     Csv,   ///< for spreadsheets (RFC 4180): the unit in the heading, numbers with a point and without grouping
     Json,  ///< for programs: one object a record, keyed by column keys, values in base units
 };
 
-/// How numbers are written in FORMAT, whatever the user's locale.
-TextLocale localeOf(Format format);
+/// SELECTION as a table, which shows the columns that lists show.
+ShownText recordTable(const Selection& selection, const UserUnits& units);
 
-/// Writes all rows of TABLE. The table format shows the columns SHOWN, the others all that hold values of their own or
-/// derive some (json: also those that repeat a sibling under another heading). Objects in cells are left out.
-void writeRecords(Output& output, const Table& table, Format format, std::span<const PersistentType* const> shown,
-                  const TextContext& context);
+/// The chosen records with all columns that hold values of their own or derive some; those for programs also with the
+/// columns that repeat a sibling under another heading, and with what cells own where OWNED says so.
+std::vector<ExportRecords> recordsFor(const Selection& selection, Format format, Owned owned);
+
+/// Writes RECORDS in a FORMAT that is not for people.
+void writeRecords(std::span<const ExportRecords> records, Format format, const UserUnits& units,
+                  const ExportSink& sink);
 
 } // namespace quobrix::cli

@@ -4,12 +4,15 @@
 #include "cli/compact.h"
 #include "cli/configure.h"
 #include "cli/download.h"
+#include "cli/exporting.h"
 #include "cli/option_prompter.h"
 #include "cli/reading.h"
+#include "model/record_filter.h"
 #include "texts/text.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -24,7 +27,8 @@ constexpr SourceText kFooter(
     "  3  done, but parts of the document could not be read (check: a later version has written\n"
     "     it; check --repair: not all is in the new document), or the saved file may not survive a power cut, or a "
     "file was written but\n"
-    "     the result could not be printed; for download: saved, but some records were refused, a\n"
+    "     the result could not be printed; for list and export: one of several documents could not be read, or a text\n"
+    "     was cut; for download: saved, but some records were refused, a\n"
     "     part of the logger's memory could not be read, or the logger was not cleared or its clock\n"
     "     not set as asked\n"
     "Reading commands change nothing. No command waits for a person.\n"
@@ -96,18 +100,63 @@ ExitCode run(const ProgramArguments& arguments) {
     importCommand.add_option("logs", importOptions.logs, text(TextId::CliHelpImportFile))->required();
     intake(importCommand, importOptions);
 
+    const auto selection = [](CLI::App& command, SelectionOptions& target) {
+        command.add_option("file", target.files, text(TextId::CliHelpFiles))->required();
+        command.add_option("--find", target.find, text(TextId::CliHelpFind));
+        CLI::Option& from = *command.add_option("--from", target.from, text(TextId::CliHelpFrom));
+        CLI::Option& to = *command.add_option("--to", target.to, text(TextId::CliHelpTo));
+        std::vector<std::string> names;
+        for (const Period& period : periods())
+            names.emplace_back(period.name);
+        command.add_option("--period", target.period, text(TextId::CliHelpPeriod))
+            ->check(CLI::IsMember(names))
+            ->type_name(text(TextId::CliHelpWordText))
+            ->excludes(&from)
+            ->excludes(&to);
+        command.add_option("--vehicle", target.vehicle, text(TextId::CliHelpOfVehicle));
+        command.add_option("--driver", target.driver, text(TextId::CliHelpOfDriver));
+        command.add_option("--logger", target.logger, text(TextId::CliHelpOfLogger));
+        command.add_flag("--once", target.once, text(TextId::CliHelpOnce));
+    };
+    const auto log = [](CLI::App& command, std::string& target, const std::vector<std::string>& names, TextOf<0> what) {
+        command.add_option("log", target, text(what))
+            ->required()
+            ->check(CLI::IsMember(names))
+            ->type_name(text(TextId::CliHelpWordText));
+    };
     ListOptions listOptions;
     CLI::App& listCommand = subcommand("list", TextId::CliHelpList);
-    listCommand.add_option("log", listOptions.log, text(TextId::CliHelpLog))
-        ->required()
-        ->check(CLI::IsMember(logNames()))
-        ->type_name(text(TextId::CliHelpWordText));
-    file(listCommand, listOptions.file);
+    log(listCommand, listOptions.log, logNames(), TextId::CliHelpLog);
+    selection(listCommand, listOptions);
+    listCommand.add_flag("--samples", listOptions.samples, text(TextId::CliHelpSamples));
     std::string format = "table";
     listCommand.add_option("--format", format, text(TextId::CliHelpListFormat))
         ->check(CLI::IsMember({"table", "csv", "json"}))
         ->type_name(text(TextId::CliHelpWordText));
     units(listCommand, listOptions.units);
+
+    ExportOptions exportOptions;
+    CLI::App& exportCommand = subcommand("export", TextId::CliHelpExport);
+    std::vector<std::string> exported = logNames();
+    for (const std::string& record : recordNames())
+        if (std::ranges::find(exported, record) == exported.end())
+            exported.push_back(record);
+    log(exportCommand, exportOptions.log, exported, TextId::CliHelpExportWhat);
+    selection(exportCommand, exportOptions);
+    exportCommand.add_option("-o,--out", exportOptions.out, text(TextId::CliHelpOut))->required();
+    exportCommand.add_option("--format", exportOptions.format, text(TextId::CliHelpExportFormat))
+        ->check(CLI::IsMember(exportFormats()))
+        ->type_name(text(TextId::CliHelpWordText));
+    exportCommand.add_flag("--samples", exportOptions.samples, text(TextId::CliHelpSamples));
+    units(exportCommand, exportOptions.units);
+
+    ColumnsOptions columnsOptions;
+    CLI::App& columnsCommand = subcommand("columns", TextId::CliHelpColumns);
+    log(columnsCommand, columnsOptions.log, logNames(), TextId::CliHelpLog);
+    std::string columnsFormat = "table";
+    columnsCommand.add_option("--format", columnsFormat, text(TextId::CliHelpColumnsFormat))
+        ->check(CLI::IsMember({"table", "json"}))
+        ->type_name(text(TextId::CliHelpWordText));
 
     ReportOptions reportOptions;
     CLI::App& reportCommand = subcommand("report", TextId::CliHelpReport);
@@ -175,6 +224,12 @@ ExitCode run(const ProgramArguments& arguments) {
     if (listCommand) {
         listOptions.format = kFormats.at(format);
         return list(listOptions);
+    }
+    if (exportCommand)
+        return exportRecords(exportOptions);
+    if (columnsCommand) {
+        columnsOptions.json = columnsFormat == "json";
+        return columns(columnsOptions);
     }
     if (reportCommand) {
         reportOptions.html = reportFormat == "html";

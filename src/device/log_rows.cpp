@@ -1,7 +1,7 @@
 #include "device/log_rows.h"
 
+#include <algorithm>
 #include <array>
-#include <cmath>
 #include <limits>
 #include <optional>
 #include <tuple>
@@ -248,28 +248,6 @@ void compareSamples(const TTripLogSampleTable& samples, const TripRecord& record
 }
 
 } // namespace
-
-void Comparison::vin(std::string_view row, std::string_view record) {
-    require(!isVin(row) || !isVin(record) || row == record);
-}
-
-void Comparison::growing(std::uint64_t row, std::uint64_t record) {
-    recordHasMore = recordHasMore || record > row;
-    rowHasMore = rowHasMore || row > record;
-    common += std::min(row, record);
-}
-
-void Comparison::figure(double row, double record) {
-    if (hasValue(row) && hasValue(record))
-        require(std::abs(row - record) <= 1e-12 * std::max(std::abs(row), std::abs(record)));
-    growing(hasValue(row), hasValue(record));
-}
-
-void Comparison::code(std::int32_t row, std::int32_t record) {
-    const bool rowHas = !Element<std::int32_t>::isNone(row), recordHas = !Element<std::int32_t>::isNone(record);
-    require(!rowHas || !recordHas || row == record);
-    growing(rowHas, recordHas);
-}
 
 std::int32_t shifted(std::int32_t time, std::int64_t shift) {
     constexpr std::int64_t kFirst = std::numeric_limits<std::int32_t>::min() + 1; // the smallest means "no time"

@@ -3,9 +3,6 @@
 #include "base/utf8.h"
 #include "units/unit_system.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
 #include <string>
 
 namespace quobrix {
@@ -39,34 +36,35 @@ std::string csvRow(const std::vector<std::string>& fields) {
     return row + "\r\n";
 }
 
-std::string csvHeading(const Column& column, const TextContext& context) {
-    const ColumnSpec& spec = column.spec();
-    const std::string_view unit = context.units.unitName(spec.unit);
-    return column.kind() == ColumnKind::Real && !unit.empty() ? fmt::format("{} ({})", plainHeading(spec), unit)
-                                                              : plainHeading(spec);
-}
-
 std::string csvText(const Column& column, RowIndex row, const TextContext& context) {
     if (column.kind() != ColumnKind::Real)
         return notAFormula(harmlessLines(column.text(row, context))); // numbers may show as names that people gave
     const Value value = column.value(row);                            // the unit is in the heading
     const auto* real = std::get_if<double>(&value);
-    return real ? context.units.formatValue(column.spec().unit, *real) : std::string();
+    return real ? context.units.formatValue(column.unitOf(row), *real) : std::string();
 }
 
 } // namespace
 
-void writeCsv(const ExportRecords& records, const TextContext& context, const ExportSink& sink) {
+void writeCsv(std::span<const ExportRecords> records, const TextContext& context, const ExportSink& sink) {
     std::vector<std::string> fields;
-    for (const Column* column : records.columns)
-        fields.push_back(csvHeading(*column, context));
-    if (!sink(csvRow(fields)))
+    const auto put = [&] { return sink(csvRow(fields)); };
+    if (records.front().file)
+        fields.push_back(fileHeading());
+    for (const ExportColumn& column : records.front().columns)
+        fields.push_back(exportHeading(column, context));
+    if (!put())
         return;
-    for (const RowIndex row : records.rows) {
-        std::ranges::transform(records.columns, fields.begin(), [&](auto* c) { return csvText(*c, row, context); });
-        if (!sink(csvRow(fields)))
-            return;
-    }
+    for (const ExportRecords& part : records)
+        for (const RowIndex row : part.rows) {
+            fields.clear();
+            if (part.file)
+                fields.push_back(notAFormula(harmlessLines(*part.file)));
+            for (const ExportColumn& each : part.columns)
+                fields.push_back(csvText(*each.column, row, context));
+            if (!put())
+                return;
+        }
 }
 
 } // namespace quobrix

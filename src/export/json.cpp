@@ -1,11 +1,15 @@
 #include "export/json.h"
 
 #include "base/utf8.h"
+#include "model/log_columns.h"
+#include "model/parameters.h"
+#include "tables/table.h"
 
 #include <fmt/format.h>
 
 #include <charconv>
 #include <cmath>
+#include <numeric>
 #include <string>
 
 namespace quobrix {
@@ -46,24 +50,103 @@ std::string jsonValue(const Value& value) {
     return "null";
 }
 
+template <class Items, class ToJson>
+std::string jsonArray(const Items& items, const ToJson& toJson) {
+    std::string text = "[";
+    for (const auto& item : items)
+        text += (text.size() > 1 ? "," : "") + toJson(item);
+    return text + "]";
+}
+
+/// An object whose members are put together one after the other.
+class JsonObject {
+public:
+    void add(std::string_view key, std::string_view json) {
+        text_ += (text_.empty() ? '{' : ',') + jsonText(key) + ":";
+        text_ += json;
+    }
+    std::string text() const { return text_.empty() ? "{}" : text_ + "}"; }
+
+private:
+    std::string text_;
+};
+
+/// The values of a column that lies in an object of its own.
+std::string jsonOf(const Column& column) {
+    JsonObject samples;
+    if (const auto* series = dynamic_cast<const ParameterSeriesColumn*>(&column)) {
+        std::vector<double> values;
+        for (std::size_t i = 0; i < series->sampleCount(); ++i)
+            values.push_back(series->base(i));
+        samples.add("parameter", jsonNumber(series->parameter()));
+        samples.add("interval", jsonNumber(series->interval()));
+        samples.add("values", jsonArray(values, [](double v) { return jsonValue(hasValue(v) ? Value(v) : Value()); }));
+        return samples.text();
+    }
+    std::vector<RowIndex> rows(column.storedRows());
+    std::iota(rows.begin(), rows.end(), RowIndex{0});
+    const std::string values = jsonArray(rows, [&](RowIndex row) { return jsonValue(column.value(row)); });
+    const auto* speeds = dynamic_cast<const SpeedSamplesColumn*>(&column);
+    if (!speeds)
+        return values;
+    samples.add("interval", jsonNumber(speeds->interval()));
+    samples.add("values", values);
+    return samples.text();
+}
+
+/// What the cell owns; null if it owns nothing, or nothing that can be read.
+std::string jsonOfOwned(const ObjectColumn& cells, RowIndex row) {
+    const PersistentObject* owned = cells.has(row) && cells.store() ? cells.store()->find(cells.at(row)) : nullptr;
+    if (!owned || owned->type().id() != cells.objectType().id())
+        return "null";
+    const auto* table = dynamic_cast<const Table*>(owned);
+    if (!table)
+        return jsonOf(static_cast<const Column&>(*owned));
+    JsonObject columns;
+    for (const ExportColumn& exported : ownColumns(*table))
+        columns.add(exported.column->spec().key, jsonOf(*exported.column));
+    return columns.text();
+}
+
+std::string jsonOfDescription(const ColumnDescription& column) {
+    JsonObject description;
+    description.add("key", jsonText(column.key));
+    description.add("heading", jsonText(column.heading));
+    description.add("kind", jsonText(column.kind));
+    description.add("unit", column.unit.empty() ? "null" : jsonText(column.unit));
+    if (!column.columns.empty())
+        description.add("columns", jsonArray(column.columns, jsonOfDescription));
+    return description.text();
+}
+
 } // namespace
 
-void writeJson(const ExportRecords& records, const ExportSink& sink) {
+void writeJson(std::span<const ExportRecords> records, const ExportSink& sink) {
     if (!sink("["))
         return;
     std::string_view between = "\n";
-    for (const RowIndex row : records.rows) {
-        std::string record(between);
-        char before = '{';
-        for (const Column* column : records.columns) {
-            record += before + jsonText(column->spec().key) + ":" + jsonValue(column->value(row));
-            before = ',';
+    for (const ExportRecords& part : records)
+        for (const RowIndex row : part.rows) {
+            JsonObject record;
+            if (part.file)
+                record.add("file", jsonText(*part.file));
+            for (const ExportColumn& each : part.columns) {
+                const auto* cells = dynamic_cast<const ObjectColumn*>(each.column);
+                record.add(each.column->spec().key,
+                           cells ? jsonOfOwned(*cells, row) : jsonValue(each.column->value(row)));
+            }
+            if (!sink(std::string(between) + record.text()))
+                return;
+            between = ",\n";
         }
-        if (!sink(record + "}"))
-            return;
-        between = ",\n";
-    }
     sink("\n]\n");
+}
+
+std::string columnsJson(std::span<const ColumnDescription> columns) {
+    std::string text = "[";
+    for (const ColumnDescription& column : columns)
+        text += (text.size() > 1 ? ",\n" : "\n") + jsonOfDescription(column);
+    return text + "\n]\n";
 }
 
 } // namespace quobrix

@@ -2,6 +2,7 @@
 
 #include "model/accident_log.h"
 #include "model/activity_log.h"
+#include "model/record_totals.h"
 #include "model/trip_log.h"
 #include "model/trip_report.h"
 #include "model/trip_tables.h"
@@ -55,6 +56,8 @@ constexpr LogSpec kLogs[] = {
 #define FACTS(...) .facts = kTypesOf<__VA_ARGS__>,
 #define SECTIONS(Function) .sections = &SectionsOf<&Function>::add,
 #define TABLES(Function) .tables = &TablesOf<&Function>::make,
+#define GROWING(...) .growing = kTypesOf<__VA_ARGS__>,
+#define TOTALS(Function) .totals = &Function,
 #define VIEWS(...) .ownViews = {{__VA_ARGS__}},
 #define VIEW(Kind, Page, Tab, Path) {LogViewKind::Kind, Page, SourceText(Tab), SourceText(Path)},
 #define END },

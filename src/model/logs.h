@@ -39,6 +39,7 @@ using RecordSections = void (*)(const Table& log, RowIndex row, const TextContex
 /// LOG is there if ROW is; without, the tables have neither columns nor rows.
 using RecordTables = std::vector<RecordTable> (*)(const Table* log, std::optional<RowIndex> row,
                                                   const TextContext& context);
+using RecordTotals = std::vector<ShownText> (*)(std::span<const TableRows> records, const TextContext& context);
 
 /// A log, as model/logs.def describes it.
 struct LogSpec {
@@ -54,11 +55,13 @@ struct LogSpec {
     const PersistentType* vehicle = nullptr;       ///< the column that holds the VIN
     const PersistentType* driver = nullptr;        ///< the column that holds the driver's number, if it has one
     const PersistentType* comments = nullptr;
+    std::span<const PersistentType* const> growing{}; ///< hold lists that grow while a record is being recorded
     std::span<const PersistentType* const> summary{};
     std::span<const PersistentType* const> ownList{}; ///< list()
     std::span<const PersistentType* const> facts{};
     RecordSections sections = nullptr; ///< of a record's report, behind the facts; may be none
     RecordTables tables = nullptr;     ///< of a record; there if it has such a view
+    RecordTotals totals = nullptr;     ///< of some records, besides how many there are; may be none
     std::array<LogViewSpec, 4> ownViews{};
 
     const PersistentType* recordColumn() const { return keys[0]; }

@@ -75,7 +75,11 @@ private:
 /// One parameter series of a trip.
 class ParameterSeriesColumn : public Column {
 public:
-    ColumnKind kind() const override { return ColumnKind::Real; }
+    /// Codes are no figures.
+    ColumnKind kind() const override {
+        return parameter() == kFuelSystemStatusParameter ? ColumnKind::Selection : ColumnKind::Real;
+    }
+    UnitTypeId unitOf(RowIndex) const override { return unitTypeOfParameter(parameter()); }
 
     const SampledSeries& series() const { return series_; }
     void setSeries(SampledSeries series);

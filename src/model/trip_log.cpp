@@ -3,7 +3,6 @@
 #include "model/logs.h"
 #include "model/names.h"
 #include "texts/text.h"
-#include "units/date_time.h"
 #include "units/unit_system.h"
 
 namespace quobrix {
@@ -82,10 +81,6 @@ Value SampleElapsedTimeColumn::value(RowIndex row) const {
     return static_cast<std::int64_t>(row) * sibling<TTripLogSampleSpeedColumn>(*this).interval();
 }
 
-std::string_view SampleElapsedTimeColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
-    return durationText(std::get<std::int64_t>(value(row)), buffer.figure);
-}
-
 Value TripVinColumn::value(RowIndex row) const { return sibling<TTripLogVinColumn>(*this).at(row); }
 
 std::string_view TripVinColumn::textView(RowIndex row, const TextContext&, TextBuffer&) const {
@@ -106,12 +101,6 @@ Value TripDurationColumn::value(RowIndex row) const {
     if (!start.has(row) || !end.has(row))
         return {};
     return static_cast<std::int64_t>(end.at(row)) - start.at(row);
-}
-
-std::string_view TripDurationColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
-    const Value seconds = value(row);
-    return std::holds_alternative<std::int64_t>(seconds) ? durationText(std::get<std::int64_t>(seconds), buffer.figure)
-                                                         : "";
 }
 
 Value TripAverageSpeedColumn::value(RowIndex row) const {

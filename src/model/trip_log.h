@@ -6,11 +6,9 @@
 namespace quobrix {
 
 /// The elapsed time of a sample, from the start of its trip, in s.
-class SampleElapsedTimeColumn : public DerivedColumn {
+class SampleElapsedTimeColumn : public DerivedElapsedTimeColumn {
 public:
-    ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override;
-    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 #define COLUMN(Name, Base, Unit, Heading, Tooltip, Needs)                                                              \
@@ -53,11 +51,9 @@ public:
 };
 
 /// End minus start, in s.
-class TripDurationColumn : public DerivedColumn {
+class TripDurationColumn : public DerivedElapsedTimeColumn {
 public:
-    ColumnKind kind() const override { return ColumnKind::Integer; }
     Value value(RowIndex row) const override;
-    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 class TripDurationAgainColumn : public TripDurationColumn {

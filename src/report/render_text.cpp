@@ -7,6 +7,41 @@
 namespace quobrix {
 namespace {
 
+void appendCell(std::string& line, std::string_view cell, std::size_t width, bool right) {
+    const std::string text = oneLine(cell);
+    const std::string padding(width - std::min(width, characterCount(text)), ' ');
+    line += right ? padding + text : text + padding;
+}
+
+void appendLine(std::string& out, std::string line) {
+    line.erase(line.find_last_not_of(' ') + 1);
+    out += line + '\n';
+}
+
+/// Each line begins with INDENT.
+void appendGrid(std::string& out, const Grid& grid, std::string_view indent) {
+    std::vector<std::string> headings;
+    for (const Grid::Column& column : grid.columns)
+        headings.push_back(column.heading);
+    std::vector<std::size_t> widths(headings.size());
+    const auto widen = [&](const std::vector<std::string>& cells) {
+        for (std::size_t i = 0; i < widths.size(); ++i)
+            widths[i] = std::max(widths[i], characterCount(oneLine(cells[i])));
+    };
+    const auto append = [&](const std::vector<std::string>& cells) {
+        std::string line(indent);
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            line += i == 0 ? "" : "  ";
+            appendCell(line, cells[i], widths[i], grid.columns[i].figures);
+        }
+        appendLine(out, std::move(line));
+    };
+    widen(headings);
+    std::ranges::for_each(grid.rows, widen);
+    append(headings);
+    std::ranges::for_each(grid.rows, append);
+}
+
 class TextRenderer {
 public:
     explicit TextRenderer(const Report& report) : out_(oneLine(report.title) + '\n') {
@@ -31,28 +66,7 @@ private:
         }
     }
 
-    void write(const Grid& grid) {
-        std::vector<std::string> headings;
-        for (const Grid::Column& column : grid.columns)
-            headings.push_back(column.heading);
-        std::vector<std::size_t> widths(headings.size());
-        const auto widen = [&](const std::vector<std::string>& cells) {
-            for (std::size_t i = 0; i < widths.size(); ++i)
-                widths[i] = std::max(widths[i], characterCount(oneLine(cells[i])));
-        };
-        const auto append = [&](const std::vector<std::string>& cells) {
-            std::string line = "  ";
-            for (std::size_t i = 0; i < widths.size(); ++i) {
-                line += i == 0 ? "" : "  ";
-                appendCell(line, cells[i], widths[i], grid.columns[i].figures);
-            }
-            appendLine(std::move(line));
-        };
-        widen(headings);
-        std::ranges::for_each(grid.rows, widen);
-        append(headings);
-        std::ranges::for_each(grid.rows, append);
-    }
+    void write(const Grid& grid) { appendGrid(out_, grid, "  "); }
 
     void write(const Bars&) {}
     void write(const Picture& picture) {
@@ -62,15 +76,7 @@ private:
     }
     void write(const Paragraph& paragraph) { appendLine("  " + paragraph.text); }
 
-    static void appendCell(std::string& line, std::string_view cell, std::size_t width, bool right) {
-        const std::string text = oneLine(cell);
-        const std::string padding(width - std::min(width, characterCount(text)), ' ');
-        line += right ? padding + text : text + padding;
-    }
-    void appendLine(std::string line) {
-        line.erase(line.find_last_not_of(' ') + 1);
-        out_ += line + '\n';
-    }
+    void appendLine(std::string line) { quobrix::appendLine(out_, std::move(line)); }
 
     std::string out_;
 };
@@ -78,5 +84,11 @@ private:
 } // namespace
 
 std::string renderText(const Report& report) { return TextRenderer(report).text(); }
+
+std::string renderText(const Grid& grid) {
+    std::string text;
+    appendGrid(text, grid, "");
+    return text;
+}
 
 } // namespace quobrix

@@ -86,6 +86,8 @@ public:
     virtual bool stored() const { return false; }
     /// Shows a sibling once more, under the heading that it has in a summary or report.
     virtual bool repeatsSibling() const { return false; }
+    /// Its whole numbers are seconds of elapsed time, shown as HH:MM:SS.
+    virtual bool isElapsedTime() const { return false; }
 
     /// The table it belongs to; nothing while it stands alone.
     Table* table() const { return table_; }

@@ -85,6 +85,12 @@ std::string_view ElapsedTimeColumn::textView(RowIndex row, const TextContext&, T
     return has(row) ? durationText(at(row), buffer.figure) : "";
 }
 
+std::string_view DerivedElapsedTimeColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    const Value seconds = value(row);
+    return std::holds_alternative<std::int64_t>(seconds) ? durationText(std::get<std::int64_t>(seconds), buffer.figure)
+                                                         : "";
+}
+
 void ObjectColumn::deleteOwned(std::span<const RowRun> runs) {
     for (const RowRun& run : runs)
         for (RowIndex row = run.first; row < run.end(); ++row)

@@ -215,6 +215,7 @@ protected:
 /// An elapsed time in whole seconds, shown as HH:MM:SS.
 class ElapsedTimeColumn : public IntegerColumn {
 public:
+    bool isElapsedTime() const override { return true; }
     std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override;
     /// HH:MM:SS, with hours of any length.
     Parsed parse(std::string_view text, const TextContext&) const override;
@@ -265,6 +266,14 @@ public:
 
 /// A column that computes its cells from its siblings. TABLE kinds aside, the base of every column without an array.
 class DerivedColumn : public Column {};
+
+/// One that computes an elapsed time, in whole seconds.
+class DerivedElapsedTimeColumn : public DerivedColumn {
+public:
+    ColumnKind kind() const override { return ColumnKind::Integer; }
+    bool isElapsedTime() const override { return true; }
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override;
+};
 
 /// The number of a row: its ordinal in the table, from 1.
 class RowNumberColumn : public DerivedColumn {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string>
 
 namespace quobrix {
@@ -127,6 +128,27 @@ std::optional<CellPlace> findText(std::span<const Column* const> columns, std::s
         if (const auto hit = search.in(block))
             return hit;
     return {};
+}
+
+std::vector<RowIndex> rowsReading(std::span<const Column* const> columns, std::vector<RowIndex> rows,
+                                  const TextContext& context, std::string_view needle) {
+    if (needle.empty())
+        return rows;
+    Matcher matcher(needle, {});
+    TextBuffer buffer;
+    std::vector<std::uint8_t> hits(rows.size());
+    for (const Column* column : columns) {
+        const RowIndex filled = column->rowCount(); // a damaged one may have fewer rows
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            if (!hits[i] && rows[i] < filled)
+                hits[i] = matcher.matches(column->textView(rows[i], context, buffer));
+    }
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        if (hits[i])
+            rows[kept++] = rows[i];
+    rows.resize(kept);
+    return rows;
 }
 
 } // namespace quobrix

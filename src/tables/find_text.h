@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace quobrix {
 
@@ -29,5 +30,9 @@ struct CellPlace {
 std::optional<CellPlace> findText(std::span<const Column* const> columns, std::span<const RowIndex> shown,
                                   const TextContext& context, std::string_view needle, const FindOptions& options,
                                   std::optional<CellPlace> from);
+
+/// Those of ROWS that read NEEDLE in a cell of COLUMNS, as the user sees it and in any case. All, if NEEDLE is empty.
+std::vector<RowIndex> rowsReading(std::span<const Column* const> columns, std::vector<RowIndex> rows,
+                                  const TextContext& context, std::string_view needle);
 
 } // namespace quobrix

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
+#include <numeric>
 #include <stdexcept>
 
 namespace quobrix {
@@ -347,6 +348,12 @@ bool TableContent::read(ByteReader& in) {
         column.id = in.u32();
     }
     return in.complete();
+}
+
+std::vector<RowIndex> allRows(const Table& table) {
+    std::vector<RowIndex> rows(table.rowCount());
+    std::iota(rows.begin(), rows.end(), RowIndex{0});
+    return rows;
 }
 
 } // namespace quobrix

@@ -142,4 +142,13 @@ private:
     mutable bool movingRows_ = false;
 };
 
+/// Some rows of a table, such as those that are chosen of it.
+struct TableRows {
+    const Table* table;
+    std::vector<RowIndex> rows;
+};
+
+/// The rows of TABLE in their order.
+std::vector<RowIndex> allRows(const Table& table);
+
 } // namespace quobrix

@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
+#include "model/record_totals.h"
 #include "texts/text.h"
 #include "ui/card.h"
 #include "ui/fields.h"
@@ -156,16 +157,12 @@ void HomePage::refresh() {
     const RowIndex count = trips.rowCount();
     documentName_->setText(toQt(document.title()));
 
-    double distance = 0; // m
+    const TableRows all{&trips, allRows(trips)};
     std::int32_t last = 0;
-    const auto& distances = trips.column<TTripLogDistanceColumn>();
     const auto& starts = trips.column<TTripLogStartTimeColumn>();
-    for (RowIndex row = 0; row < count; ++row) {
-        if (distances.has(row))
-            distance += distances.at(row);
+    for (const RowIndex row : all.rows)
         if (starts.has(row))
             last = std::max(last, starts.at(row));
-    }
 
     const TVehicleNamesTable& vehicles = document.vehicles();
     std::string names, buffer;
@@ -180,7 +177,7 @@ void HomePage::refresh() {
         label->setAccessibleName(tr("%1: %2").arg(caption, label->text()));
     };
     set(trips_, tr("Trips"), context_.units.formatInteger(static_cast<std::int64_t>(count)));
-    set(distance_, tr("Distance"), context_.units.formatValueWithUnits(UnitTypeId::Distance, distance));
+    set(distance_, tr("Distance"), context_.units.formatValueWithUnits(UnitTypeId::Distance, totalDistance({&all, 1})));
     set(lastTrip_, tr("Last trip"),
         last == 0 ? std::string() : dateTimeText(context_.units, context_.zone.toLocal(last)));
     set(vehicles_, tr("Vehicles"), names);

@@ -17,16 +17,17 @@ protected:
         });
         return bytes;
     }
-    std::string csv(const ExportRecords& records) {
+    std::string csv(std::vector<ExportRecords> records) {
         return text([&](const ExportSink& sink) { writeCsv(records, context_, sink); });
     }
-    static std::string json(const ExportRecords& records) {
+    static std::string json(std::vector<ExportRecords> records) {
         return text([&](const ExportSink& sink) { writeJson(records, sink); });
     }
+    ExportRecords everything() { return {exportColumns(table_, Repeats::Keep), allRows(table_)}; }
     ExportRecords cells(std::vector<int> columns, std::vector<RowIndex> rows) {
         ExportRecords records{{}, std::move(rows)};
         for (const int column : columns)
-            records.columns.push_back(&table_.column(static_cast<std::size_t>(column)));
+            records.columns.push_back({&table_.column(static_cast<std::size_t>(column))});
         return records;
     }
 
@@ -38,14 +39,17 @@ TEST_F(Export, WritesWhatIsChosenInOrder) {
     table_.column<SampleSpeed>().setAll({10, kNoValue, -0.5});
     units_.setUnit(UnitTypeId::Speed, UnitId::KilometrePerHour);
     const ExportRecords chosen = cells({SampleTable::Speed, SampleTable::Key}, {2, 0});
-    EXPECT_EQ(csv(chosen), "Speed (kph),Key\r\n-2,C\r\n36,A\r\n");
-    EXPECT_EQ(json(chosen),
+    EXPECT_EQ(csv({chosen}), "Speed (kph),Key\r\n-2,C\r\n36,A\r\n");
+    EXPECT_EQ(json({chosen}),
               "[\n{\"SampleSpeed\":-0.5,\"SampleKey\":\"C\"},\n{\"SampleSpeed\":10,\"SampleKey\":\"A\"}\n]\n");
-    EXPECT_EQ(json(cells({SampleTable::Speed}, {1})), "[\n{\"SampleSpeed\":null}\n]\n");
-    EXPECT_EQ(csv(cells({SampleTable::Key}, {})) + json(cells({}, {})), "Key\r\n[\n]\n");
-    const ExportRecords all = allRecords(table_, Repeats::Keep);
-    EXPECT_EQ(all.columns.size(), table_.columnCount());
-    EXPECT_EQ(all.rows, (std::vector<RowIndex>{0, 1, 2}));
+    EXPECT_EQ(json({cells({SampleTable::Speed}, {1})}), "[\n{\"SampleSpeed\":null}\n]\n");
+    EXPECT_EQ(csv({cells({SampleTable::Key}, {})}) + json({cells({}, {})}), "Key\r\n[\n]\n");
+    ExportRecords other = cells({SampleTable::Key}, {1});
+    ExportRecords first = cells({SampleTable::Key}, {2, 0});
+    first.file = "=a.car";
+    other.file = "b.car";
+    EXPECT_EQ(csv({first, other}), "File,Key\r\n'=a.car,C\r\n'=a.car,A\r\nb.car,B\r\n");
+    EXPECT_EQ(json({other}), "[\n{\"file\":\"b.car\",\"SampleKey\":\"B\"}\n]\n");
 }
 
 TEST_F(Export, TextsAreTakenForNothingElse) {
@@ -68,17 +72,18 @@ TEST_F(Export, TextsAreTakenForNothingElse) {
     };
     for (const Case& c : cases) {
         table_.column<SampleKey>().set(0, c.text);
-        EXPECT_EQ(csv(cells({SampleTable::Key}, {0})), std::string("Key\r\n") + c.csv + "\r\n") << c.text;
-        EXPECT_EQ(json(cells({SampleTable::Key}, {0})), std::string("[\n{\"SampleKey\":") + c.json + "}\n]\n");
+        EXPECT_EQ(csv({cells({SampleTable::Key}, {0})}), std::string("Key\r\n") + c.csv + "\r\n") << c.text;
+        EXPECT_EQ(json({cells({SampleTable::Key}, {0})}), std::string("[\n{\"SampleKey\":") + c.json + "}\n]\n");
     }
 }
 
 TEST_F(Export, EndsWhenTheSinkTakesNoMore) {
     int taken = 0;
     const auto sink = [&](std::string_view) { return ++taken < 2; };
-    writeCsv(allRecords(table_, Repeats::Keep), context_, sink);
+    const ExportRecords all = everything();
+    writeCsv({&all, 1}, context_, sink);
     EXPECT_EQ(std::exchange(taken, 0), 2);
-    writeJson(allRecords(table_, Repeats::Keep), sink);
+    writeJson({&all, 1}, sink);
     EXPECT_EQ(taken, 2);
 }
 

@@ -23,13 +23,13 @@ namespace fs = std::filesystem;
 constexpr const char* kNoTexts[] = {
     "quobrix-(cli|sim)",                                              // the program's name, as it is typed
     "--?[a-z][a-z-]*",                                                // options, likewise
-    R"([\w./-]+\.(car|txt|bak|mo))",                                  // files
+    R"([\w./-]+\.(car|txt|bak|mo|csv))",                              // files
     "COM\\d+",                                                        // ports
     "[A-Z]-\\d{4}-[A-Z]",                                             // serial numbers
     "\\b[A-HJ-NPR-Z0-9]{17}\\b",                                      // VINs
     R"(O \((SF|U)\)|C \(OF\))",                                       // codes of a fuel system's status
     "\\bT[A-Z]\\w+(Column|Table)\\b",                                 // classes, which name what lies in a file
-    "\\{[A-Za-z,]+\\}",                                               // what an option takes: words that are typed
+    "\\{[A-Za-z0-9,-]+\\}",                                           // what an option takes: words that are typed
     "\"(Version|(Next Available|Available|Object|Singleton) Ids?)\"", // streams of a file
     "S\\.I\\.|U\\.S\\.|Metric",                                       // unit systems are called as their files
     "QUOBRIX_LIBRARY",
@@ -96,13 +96,20 @@ TEST_F(Language, OfListsAndReports) {
     expectTranslated({"report", "trip", "9999", "Example.car", "--units", "Metric"}, 1);
     expectTranslated({"check", "Example.car"}, 0);
     expectTranslated({"compact", "Example.car"}, 1);
+    expectTranslated(
+        {"columns", "trips"}, 0, // words of the format for programs
+        {"integer", "text", "selection", "datetime", "boolean", "real", "table", "list", "s since", "UTC"});
+    expectTranslated({"export", "trips", "Example.car", "-o", "Trips.csv"}, 0);
+    expectTranslated({"export", "trip", "1", "Example.car", "-o", "Trip.csv"}, 0);
     expectTranslated({"download", "--into", "Example.car"}, 1);
 }
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    expectTranslated({"--help"}, 0, {"check", "compact", "configure", "download", "import", "list", "report"});
-    for (const char* command : {"download", "import", "list", "report", "check", "compact", "configure"})
+    const std::vector<std::string> commands = {"download", "import", "list",    "export",   "columns",
+                                               "report",   "check",  "compact", "configure"};
+    expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
+    for (const std::string& command : commands)
         expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log"});
     expectTranslated({"check", "Missing.car"}, 1);
     expectTranslated({"check", ""}, 1);
@@ -110,6 +117,11 @@ TEST_F(Language, OfHelpAndRefusals) {
     expectTranslated({"list", "trips", "Missing.car", "--units", "Nautical"}, 2, {"Nautical"});
     expectTranslated({"report", "trip", "one", "Garbage.car"}, 2, {"one"});
     expectTranslated({"journeys"}, 2, {"journeys"});
+    expectTranslated({"list", "trips", "Garbage.car", "--from", "today"}, 2, {"today"});
+    expectTranslated({"list", "troubles", "Garbage.car", "--driver", "8"}, 2);
+    expectTranslated({"export", "trips", "Garbage.car", "-o", "New.car"}, 2);
+    expectTranslated({"export", "trips", "Garbage.car", "-o", "New.txt"}, 2, {"csv", "json", "xlsx"});
+    expectTranslated({"export", "trip", "1", "-o", "New.txt"}, 2, {"trip"});
     expectTranslated({"download", "--port", "COM99", "--into", "New.car"}, 1);
     expectTranslated({"download", "--port", "COM3", "--into", "Nowhere/New.car"}, 1);
 }

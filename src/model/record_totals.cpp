@@ -1,0 +1,58 @@
+#include "model/record_totals.h"
+
+#include "model/trip_log.h"
+#include "texts/text.h"
+#include "units/date_time.h"
+#include "units/unit_system.h"
+
+namespace quobrix {
+namespace {
+
+/// The sum of the numbers in a column of all RECORDS; NUMBER is what its values are.
+template <class Number, class C>
+Number sum(std::span<const TableRows> records) {
+    Number total{};
+    for (const TableRows& part : records) {
+        const Column& column = part.table->column<C>();
+        const RowIndex filled = column.rowCount(); // a damaged one may have fewer rows
+        for (const RowIndex row : part.rows)
+            if (row < filled) {
+                const Value value = column.value(row);
+                if (const auto* number = std::get_if<Number>(&value))
+                    total += *number;
+            }
+    }
+    return total;
+}
+
+} // namespace
+
+std::int64_t totalTime(std::span<const TableRows> trips) { return sum<std::int64_t, TTripLogDurationColumn>(trips); }
+
+double totalDistance(std::span<const TableRows> trips) { return sum<double, TTripLogDistanceColumn>(trips); }
+
+std::int64_t totalEvents(std::span<const TableRows> trips) {
+    return sum<std::int64_t, TTripLogHardBrakesColumn>(trips) + sum<std::int64_t, TTripLogPanicBrakesColumn>(trips) +
+           sum<std::int64_t, TTripLogHardAccelerationsColumn>(trips) +
+           sum<std::int64_t, TTripLogPanicAccelerationsColumn>(trips);
+}
+
+std::vector<ShownText> tripTotals(std::span<const TableRows> trips, const TextContext& context) {
+    const std::int64_t events = totalEvents(trips);
+    return {ShownText::asItIs(durationText(totalTime(trips))),
+            ShownText::asItIs(context.units.formatValueWithUnits(UnitTypeId::Distance, totalDistance(trips))),
+            counted(TextId::TotalEvents, static_cast<std::uint64_t>(events), context.units.formatInteger(events))};
+}
+
+ShownText totalsText(const LogSpec& log, std::span<const TableRows> records, const TextContext& context) {
+    std::size_t count = 0;
+    for (const TableRows& part : records)
+        count += part.rows.size();
+    std::string words = counted(log.record, log.records, count);
+    if (log.totals)
+        for (const ShownText& total : log.totals(records, context))
+            words += ", " + total;
+    return ShownText::asItIs(std::move(words));
+}
+
+} // namespace quobrix
