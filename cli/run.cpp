@@ -3,6 +3,7 @@
 #include "cli/check.h"
 #include "cli/compact.h"
 #include "cli/configure.h"
+#include "cli/describe.h"
 #include "cli/download.h"
 #include "cli/exporting.h"
 #include "cli/option_prompter.h"
@@ -172,6 +173,10 @@ ExitCode run(const ProgramArguments& arguments) {
         ->type_name(text(TextId::CliHelpWordText));
     units(reportCommand, reportOptions.units);
 
+    std::vector<std::string> codes;
+    CLI::App& describeCommand = subcommand("describe", TextId::CliHelpDescribe);
+    describeCommand.add_option("code", codes, text(TextId::CliHelpCode))->required();
+
     CheckOptions checkOptions;
     CLI::App& checkCommand = subcommand("check", TextId::CliHelpCheck);
     file(checkCommand, checkOptions.file);
@@ -235,6 +240,8 @@ ExitCode run(const ProgramArguments& arguments) {
         reportOptions.html = reportFormat == "html";
         return report(reportOptions);
     }
+    if (describeCommand)
+        return describe(codes);
     if (compactCommand)
         return compact(compactedFile);
     return check(checkOptions);

@@ -35,6 +35,10 @@ bool PageArea::show(int pageId) {
         entry.page = entry.create();
         stack_->addWidget(entry.page);
         connect(entry.page, &Page::titleChanged, this, &PageArea::showTitle);
+        connect(entry.page, &Page::linkFollowed, this, [this](RecordLink link) {
+            if (show(link.page))
+                page(link.page)->showRecord(link.row);
+        });
         entry.page->refresh();
     }
     current_ = pageId;

@@ -161,10 +161,6 @@ constexpr std::tuple kActivityCells{
 constexpr std::tuple kAccidentCells{
     moment<TAccidentLogTableStartTimeColumn>(&StopRecord::startTime),
 };
-constexpr std::tuple kAccidentContent{
-    moment<TAccidentLogTableTimestampColumn>(&StopRecord::timestamp),
-    figure<TAccidentLogTableMaximumSpeedColumn>(&StopRecord::maximumSpeed, UnitId::KilometrePerHour),
-};
 
 template <class Cell>
 using ColumnOf = typename std::remove_cvref_t<Cell>::InColumn;
@@ -356,19 +352,23 @@ void ActivityRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_
 Comparison AccidentRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     Comparison c;
     c.vin(t.column<TAccidentLogTableVinColumn>().at(row), r.origin.vin);
-    compareCells(kAccidentContent, t, row, r, shift, c);
+    const std::int32_t timestamp = t.column<TAccidentLogTableTimestampColumn>().at(row);
+    c.require(timestamp == r.timestamp || timestamp == shifted(r.timestamp, shift)); // as older documents have it
     const auto& lists = t.column<TAccidentLogSpeedSamplesColumn>();
     if (const TAccidentLogSamplesColumn* samples = c.same() ? lists.object(row) : nullptr)
         c.require(samples->values().empty() || r.speedSamples.empty() || samples->interval() == r.samplingInterval);
     if (const auto* samples = c.same() ? valuesOf(lists, row) : nullptr)
-        c.sequence(*samples, r.speedSamples);
+        if (c.sequence(*samples, r.speedSamples); samples->empty()) // else they tell it
+            c.figure(t.column<TAccidentLogTableMaximumSpeedColumn>().at(row), kph(r.maximumSpeed));
     return c;
 }
 
 void AccidentRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     complete(t, row, r);
     writeCells(kAccidentCells, t, row, r, shift);
-    writeCells(kAccidentContent, t, row, r, shift);
+    t.column<TAccidentLogTableTimestampColumn>().set(row, r.timestamp); // by the logger's own clock
+    const double fastest = r.speedSamples.empty() ? r.maximumSpeed : std::ranges::max(r.speedSamples);
+    t.column<TAccidentLogTableMaximumSpeedColumn>().set(row, kph(fastest));
     TAccidentLogSamplesColumn& samples = t.column<TAccidentLogSpeedSamplesColumn>().replaceObject(row);
     samples.setInterval(std::max(r.samplingInterval, 1u));
     samples.setAll(r.speedSamples);

@@ -177,23 +177,24 @@ TripRecord readTrip(RecordReader& in) {
     return trip;
 }
 
-/// A trouble code of SAE J2012: system letter, a digit 0 to 3, three hexadecimal digits.
-bool isTroubleCode(std::string_view code) {
-    const auto hexadecimal = [](char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); };
-    return code.size() == 5 && std::string_view("PCBU").find(code[0]) != std::string_view::npos && code[1] >= '0' &&
-           code[1] <= '3' && std::all_of(code.begin() + 2, code.end(), hexadecimal);
+/// A text of which every character can be shown, whatever the logger has told: to its end or that of FIELD.
+template <std::size_t N>
+std::string printable(const char (&field)[N]) {
+    std::string text(field, std::find(field, field + N, '\0'));
+    std::ranges::replace_if(
+        text, [](char c) { return c < ' ' || c > '~'; }, '?');
+    return text;
 }
 
+// What the code, or a status, stands for is asked when it is shown: a record that was refused for it would be lost
+// when the logger is cleared. The same goes for events of the activity log.
 TroubleRecord readTrouble(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixTroubleRecord>();
     TroubleRecord trouble;
     trouble.origin = in.origin(raw);
     trouble.time = raw.time;
-    trouble.code = in.text(raw.code, SourceText("its trouble code is not a text"));
-    in.require(isTroubleCode(trouble.code), SourceText("its trouble code is malformed"));
-    for (const std::int32_t status : trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus))
-        in.require(status == QUOBRIX_NO_CODE || (status >= 0 && status <= 7),
-                   SourceText("a fuel-system status is unknown"));
+    trouble.code = printable(raw.code);
+    trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus);
     constexpr SourceText kNoNumber("a freeze-frame figure is not a number");
     in.finite(trouble.calculatedLoad = raw.calculatedLoad, kNoNumber);
     in.finite(trouble.coolantTemperature = raw.coolantTemperature, kNoNumber);
@@ -212,10 +213,7 @@ TroubleRecord readTrouble(RecordReader& in) {
 
 ActivityRecord readActivity(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixActivityRecord>();
-    ActivityRecord activity{in.origin(raw), raw.time, raw.eventType};
-    in.require(raw.eventType == QUOBRIX_NO_CODE || (raw.eventType >= -6 && raw.eventType <= 20),
-               SourceText("its event is unknown"));
-    return activity;
+    return {in.origin(raw), raw.time, raw.eventType};
 }
 
 StopRecord readStop(RecordReader& in) {

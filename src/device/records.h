@@ -49,8 +49,8 @@ struct TripRecord {
 struct TroubleRecord {
     RecordOrigin origin;
     std::int32_t time = 0;
-    std::string code;                               ///< five characters, as in SAE J2012
-    std::array<std::int32_t, 2> fuelSystemStatus{}; ///< bit number 0 to 7 of the status byte of SAE J1979 PID 03
+    std::string code;                               ///< five characters, as in SAE J2012, unless the logger told others
+    std::array<std::int32_t, 2> fuelSystemStatus{}; ///< a bit's number in the status byte of SAE J1979 PID 03, likewise
     double calculatedLoad = kNoValue;               ///< %
     double coolantTemperature = kNoValue;           ///< deg C
     std::array<double, 2> shortTermFuelTrim{kNoValue, kNoValue}; ///< %, banks 1 and 2
@@ -64,7 +64,7 @@ struct TroubleRecord {
 struct ActivityRecord {
     RecordOrigin origin;
     std::int32_t time = 0;
-    std::int32_t eventType = 0; ///< 0 to 20, -1 to -6 or QUOBRIX_NO_CODE
+    std::int32_t eventType = 0; ///< 0 to 20, -1 to -6 or QUOBRIX_NO_CODE, if it is known
 };
 
 struct StopRecord {

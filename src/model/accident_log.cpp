@@ -1,6 +1,8 @@
 #include "model/accident_log.h"
 
 #include "model/logs.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
 
 namespace quobrix {
 namespace {
@@ -24,6 +26,13 @@ const TableSpec& TAccidentLogSpeedBandsTable::spec() const {
                                     {},
                                     SourceText("Accident Speed Bands")};
     return spec;
+}
+
+std::string_view StopTimestampColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    if (!has(row))
+        return {};
+    buffer.words = timestampText(context.zone.toLocal(at(row)));
+    return buffer.words;
 }
 
 } // namespace quobrix

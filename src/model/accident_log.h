@@ -12,13 +12,19 @@ QUOBRIX_COLUMN_CLASS(TAccidentLogSpeedBandFromColumn, RealColumn, "TAccidentLogS
 QUOBRIX_COLUMN_CLASS(TAccidentLogSpeedBandToColumn, RealColumn, "TAccidentLogSpeedBandToColumn", Speed, "Through",
                      "The upper end of this speed band.", Recorded)
 
-/// Beside the samples of one stop: the time of each before the standstill.
+/// Heads the time of each sample of a stop before the standstill, which is computed.
 QUOBRIX_COLUMN_CLASS(TAccidentLogSampleElapsedTimeColumn, ElapsedTimeColumn, "TAccidentLogSampleElapsedTimeColumn", D0,
                      "Elapsed Time", "Time until the vehicle comes to a complete stop.", Recorded)
 
 /// The speed bands in force at one stop, from standstill upward.
 class TAccidentLogSpeedBandsTable final : public Table {
     QUOBRIX_TABLE_CLASS(TAccidentLogSpeedBandsTable, false)
+};
+
+/// The standstill by the logger's own clock, whatever the other times have been moved by: "202403010815".
+class StopTimestampColumn : public DateTimeColumn {
+public:
+    std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
 
 /// Groups the sample numbers of a stop, which are counted and not kept.

@@ -18,6 +18,7 @@ constexpr SourceText kEvents[] = {
     SourceText("Date or time altered."),     SourceText("Cleared."),
     SourceText("Logs downloaded."),          SourceText("Cleared multiple times."),
 };
+constexpr std::int32_t kLogsDownloaded = 6;
 constexpr std::int32_t kConnectedToPc = 20; // those between are not used
 constexpr SourceText kConfigurationChanges[] = {
     SourceText("Speed bands altered."),
@@ -31,7 +32,8 @@ constexpr SourceText kConfigurationChanges[] = {
 } // namespace
 
 const TableSpec& TSecurityLogTable::spec() const {
-    static const TableSpec spec{kType, kActivityColumns, {}, logSpec(LogId::Activity).title};
+    static const TableSpec spec{kType, kActivityColumns, kTypesOf<TSecurityLogRemarksColumn>,
+                                logSpec(LogId::Activity).title};
     return spec;
 }
 
@@ -44,6 +46,23 @@ SourceText activityEventText(std::int32_t code) {
         return code < kConnectedToPc ? SourceText() : SourceText("Unknown Event Type");
     return code >= -static_cast<std::int32_t>(std::size(kConfigurationChanges)) ? kConfigurationChanges[-(code + 1)]
                                                                                 : kConfigurationChanges[5];
+}
+
+bool ActivityVehicleColumn::hasNone(RowIndex row) const {
+    const std::int32_t event = table() ? table()->column<TSecurityLogEventTypeColumn>().at(row) : 0;
+    return event == kLogsDownloaded || event == kConnectedToPc;
+}
+
+std::string ActivityVehicleColumn::namedKey(RowIndex row) const {
+    return hasNone(row) ? std::string() : VehicleColumn::namedKey(row);
+}
+
+std::string_view ActivityVehicleColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
+    return hasNone(row) ? std::string_view() : VehicleColumn::textView(row, context, buffer);
+}
+
+std::optional<CellSource> ActivityVehicleColumn::sourceOf(RowIndex row) const {
+    return hasNone(row) ? std::nullopt : VehicleColumn::sourceOf(row);
 }
 
 Value ActivityDescriptionColumn::value(RowIndex row) const { return std::string(description(row).english()); }

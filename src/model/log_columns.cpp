@@ -4,6 +4,8 @@
 #include "texts/text.h"
 #include "units/unit_system.h"
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -58,6 +60,14 @@ double SpeedSamplesColumn::speed(RowIndex row) const { return toBaseFrom(UnitId:
 
 std::string_view SpeedSamplesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     return context.units.formatValueWithUnits(spec().unit, speed(row), buffer.figure);
+}
+
+void SpeedSamplesColumn::setValue(RowIndex row, const Value& value) {
+    const auto* speed = std::get_if<double>(&value);
+    // Half a km/h is no even number of m/s: what the conversion makes a hair less is meant to be one.
+    constexpr double kHair = 1e-9, kKilometresPerHour = 3.6; // in a m/s
+    const double rounded = speed ? *speed * kKilometresPerHour + 0.5 + kHair : 0;
+    set(row, static_cast<std::uint8_t>(std::clamp(rounded, 0.0, 255.0)));
 }
 
 void SpeedSamplesColumn::setInterval(std::uint32_t seconds) {

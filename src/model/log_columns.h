@@ -74,6 +74,8 @@ public:
     double speed(RowIndex row) const;
     Value value(RowIndex row) const override { return speed(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
+    /// Rounded to whole km/h of 0 to 255, halves upward.
+    void setValue(RowIndex row, const Value& value) override;
 
     /// s between samples
     std::uint32_t interval() const { return interval_; }

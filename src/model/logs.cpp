@@ -1,6 +1,6 @@
 #include "model/logs.h"
 
-#include "model/accident_log.h"
+#include "model/accident_report.h"
 #include "model/activity_log.h"
 #include "model/record_totals.h"
 #include "model/trip_log.h"

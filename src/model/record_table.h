@@ -3,8 +3,10 @@
 #include "tables/column.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quobrix {
@@ -20,7 +22,13 @@ struct RecordTable {
     SourceText title;      ///< "Samples"
     ShownText emptyText;   ///< stands in place of rows
     std::vector<Shown> columns{};
-    std::function<std::string(RowIndex)> rowTitle{}; ///< may be none
+    std::function<std::string(RowIndex)> rowTitle{};   ///< may be none
+    std::vector<std::shared_ptr<const Column>> made{}; ///< those of the columns that are there for this table only
+
+    void add(std::shared_ptr<const Column> column, std::string heading = {}) {
+        columns.push_back({column.get(), std::move(heading)});
+        made.push_back(std::move(column));
+    }
 };
 
 } // namespace quobrix

@@ -1,5 +1,6 @@
 #include "model/trip_report.h"
 
+#include "model/speed_bands.h"
 #include "texts/text.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
@@ -70,7 +71,7 @@ Blocks bandBlocks(const TTripLogSpeedBandsTable& bands, const TTripLogTimePerSpe
     for (RowIndex band = 0; band < timed; ++band)
         whole += times->has(band) ? times->at(band) : 0;
     for (RowIndex band = 0; band < bands.rowCount(); ++band) {
-        const ShownText label = speedBandLabel(bands, band, context);
+        const ShownText label = speedBandLabel(from, to, band, context);
         const std::string time = band < timed ? times->text(band, context) : "";
         grid.rows.push_back({label, from.text(band, context), to.text(band, context), time});
         if (band < timed && times->has(band))
@@ -126,17 +127,6 @@ ShownText seriesHeading(const ParameterSeriesColumn& series) {
     if (series.parameter() == kFuelSystemStatusParameter)
         return text(TextId::TwoSeriesOf, text(kFuelSystemStatusName), series.name());
     return series.name();
-}
-
-ShownText speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context) {
-    const auto& from = bands.column<TTripLogSpeedBandFromColumn>();
-    const auto& to = bands.column<TTripLogSpeedBandToColumn>();
-    const auto standing = [&](RowIndex band) { return to.has(band) && from.at(band) == 0 && to.at(band) == 0; };
-    if (standing(row))
-        return text(TextId::BandIdle);
-    if (!to.has(row))
-        return text(TextId::BandOver, from.text(row, context));
-    return text(TextId::BandNumber, standing(0) ? row : row + 1);
 }
 
 std::vector<Block> tripSections(const TTripLogTable& trips, RowIndex row, const TextContext& context) {

@@ -11,9 +11,6 @@ namespace quobrix {
 /// What a parameter series of a trip is headed by.
 ShownText seriesHeading(const ParameterSeriesColumn& series);
 
-/// How the band of ROW is called: "Idle" for standing still, "Over 70 MPH" for the top one, "Speed Band n" between.
-ShownText speedBandLabel(const TTripLogSpeedBandsTable& bands, RowIndex row, const TextContext& context);
-
 /// What the report of the trip of ROW tells behind the facts: bands, events, parameters. Parts of the trip that the
 /// document does not have, or that cannot be read, are left out.
 std::vector<Block> tripSections(const TTripLogTable& trips, RowIndex row, const TextContext& context);

@@ -10,6 +10,14 @@ namespace quobrix {
 /// an empty code, "Invalid DTC" for one that is not five characters long.
 SourceText troubleCodeDescription(std::string_view code);
 
+/// What the characters of a trouble code say by themselves. Empty what they leave open; all, if they are no code.
+struct TroubleCodeParts {
+    SourceText system;    ///< of the vehicle
+    SourceText control;   ///< who gave the code its meaning
+    SourceText subsystem; ///< "Ignition System or Misfire"
+};
+TroubleCodeParts troubleCodeParts(std::string_view code);
+
 /// Describes the trouble code of its row.
 class TroubleCodeDescriptionColumn : public DerivedColumn {
 public:

@@ -5,7 +5,8 @@
 
 namespace quobrix {
 
-/// What the vehicle measured when it found the trouble of ROW, under a heading; nothing if the vehicle told nothing.
-std::vector<Block> freezeFrameSection(const TTroubleLogTable& troubles, RowIndex row, const TextContext& context);
+/// What is to be known of the trouble in ROW besides its facts: what its code says by itself, what the vehicle measured
+/// then, how often the code was met in this vehicle, and the trip during which it was. Left out is what is not known.
+std::vector<Block> troubleSections(const TTroubleLogTable& troubles, RowIndex row, const TextContext& context);
 
 } // namespace quobrix

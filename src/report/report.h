@@ -2,6 +2,8 @@
 
 #include "drawing/text_measure.h"
 
+#include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <variant>
@@ -17,10 +19,18 @@ struct Heading {
     std::string text;
 };
 
+/// A record that is told about elsewhere.
+struct RecordLink {
+    int page = 0; ///< of its log
+    std::size_t row = 0;
+    bool operator==(const RecordLink&) const = default;
+};
+
 /// Values by name: "Distance", "77.4 Miles".
 struct Facts {
     struct Fact {
         std::string label, text;
+        std::optional<RecordLink> link{}; ///< where the text leads to, on a screen
     };
     std::vector<Fact> facts;
 };

@@ -27,10 +27,11 @@ void LogTableView::showRecord(const Table* log, std::optional<RowIndex> row) {
             columns.push_back({shown.column, toQt(shown.heading)});
         SpreadsheetModel::RowTitle rowTitle;
         if (tables[i].rowTitle)
-            rowTitle = [title = std::move(tables[i].rowTitle)](RowIndex at) { return toQt(title(at)); };
+            rowTitle = [title = tables[i].rowTitle](RowIndex at) { return toQt(title(at)); };
         tables_[i]->setColumns(std::move(columns), std::move(rowTitle));
         tables_[i]->view().setEmptyText(toQt(tables[i].emptyText));
     }
+    shown_ = std::move(tables); // only now are the columns of those before shown no more
 }
 
 Report LogTableView::printable() const {

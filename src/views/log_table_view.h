@@ -24,6 +24,7 @@ private:
     ViewContext context_;
     const LogSpec& spec_;
     std::string title_;
+    std::vector<RecordTable> shown_; ///< own some of the columns
     std::vector<TSpreadsheet*> tables_;
 };
 

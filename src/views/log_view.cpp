@@ -75,9 +75,11 @@ LogView::LogView(const ViewContext& context, const LogSpec& spec)
 
 void LogView::addView(const LogViewSpec& spec) {
     RecordView* view = nullptr;
-    if (spec.kind == LogViewKind::Report)
-        view = new LogRecordView(context_, spec_);
-    else if (spec.kind == LogViewKind::Table)
+    if (spec.kind == LogViewKind::Report) {
+        auto* report = new LogRecordView(context_, spec_);
+        connect(report, &ReportView::linkActivated, this, &Page::linkFollowed);
+        view = report;
+    } else if (spec.kind == LogViewKind::Table)
         view = new LogTableView(context_, spec_);
     views_.push_back({spec, view});
     const bool summary = spec.kind == LogViewKind::Summary;
@@ -129,6 +131,11 @@ void LogView::refresh() { summary_->show(log()); }
 void LogView::showCell(std::string_view columnKey, RowIndex row) {
     showView(LogViewKind::Summary);
     summary_->showCell(columnKey, row);
+}
+
+void LogView::showRecord(RowIndex row) {
+    summary_->setCurrentRow(row);
+    showView(LogViewKind::Report);
 }
 
 void LogView::unitsChanged() {

@@ -23,6 +23,7 @@ public:
     QString title() const override;
     void refresh() override;
     void showCell(std::string_view columnKey, RowIndex row) override;
+    void showRecord(RowIndex row) override;
     void unitsChanged() override;
     std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
     /// Nothing happens if the log has no such view.

@@ -50,6 +50,9 @@ public:
     /// Brings a cell of the page's table into view: the row at least, where the column is not shown.
     virtual void showCell(std::string_view /*columnKey*/, RowIndex /*row*/) {}
 
+    /// Brings the report of the record in ROW into view, on the page of a log.
+    virtual void showRecord(RowIndex /*row*/) {}
+
     /// Show the same in other units. Selection, scrolling and sorting stay.
     virtual void unitsChanged() { refresh(); }
 
@@ -59,6 +62,8 @@ public:
 
 signals:
     void titleChanged();
+    /// A person follows a link of a report.
+    void linkFollowed(quobrix::RecordLink link);
 };
 
 /// The rows of SPREADSHEET with numbers in RANGE (none: all), and its columns, as they are shown.

@@ -6,6 +6,7 @@
 #include "support/document_streams.h"
 #include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
+#include "views/log_view.h"
 
 #include <QAction>
 #include <QApplication>
@@ -78,6 +79,22 @@ TEST_F(MainFrameTest, CommandsWithoutHandlersSaySo) {
     }
     EXPECT_EQ(action(CommandId::Open)->statusTip(), QStringLiteral("Opens an existing file."));
     EXPECT_EQ(action(CommandId::FuelEntry)->statusTip(), QStringLiteral("Fuel Entry (not available yet)"));
+}
+
+TEST_F(MainFrameTest, ATroubleLeadsToItsTrip) {
+    test::addTrip(document_, test::kStart);
+    test::addTrip(document_, test::kStart + 86'400);
+    TTroubleLogTable& troubles = document_.troubles();
+    troubles.insertRows(0, 1);
+    troubles.column<TTroubleLogTimeRecordedColumn>().set(0, test::kStart + 60);
+    troubles.column<TTroubleLogQuobrixSerialNumberColumn>().set(0, "K-0042-B");
+    const auto page = [&](LogId log) { return dynamic_cast<LogView*>(frame_.pages().page(logSpec(log).page)); };
+    frame_.pages().show(logSpec(LogId::Troubles).page);
+    page(LogId::Troubles)->showView(LogViewKind::Report);
+    page(LogId::Troubles)->findChild<QPushButton*>(QStringLiteral("link"))->click();
+    QApplication::processEvents();
+    EXPECT_EQ(frame_.pages().current(), logSpec(LogId::Trips).page);
+    EXPECT_EQ(page(LogId::Trips)->title(), QStringLiteral("View / Trip Log / Record 1 / Report"));
 }
 
 TEST_F(MainFrameTest, AvailabilityAndFailureOfACommand) {

@@ -141,6 +141,15 @@ TEST_F(CommandLine, TableAndReportAreForPeople) {
         EXPECT_EQ(text.find_first_of("\x1B\x9B\r"), std::string::npos) << text;
 }
 
+TEST_F(CommandLine, DescribesTroubleCodes) {
+    const Outcome outcome = cli({"describe", "P0300", "P3500", "p0300", "P030"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(outcome.out, "P0300  Random/Multiple Cylinder Misfire Detected\n"
+                           "P3500  Unknown Powertrain DTC (SAE Controlled; Reserved)\n"
+                           "p0300  Unknown DTC\n"
+                           "P030  Invalid DTC\n");
+}
+
 TEST_F(CommandLine, ReadingTouchesNothing) {
     makeDocument();
     const std::string before = textOf(file_);

@@ -396,7 +396,13 @@ TEST(Merge, TheSameIfOneContinuesTheOther) {
         {"another event", [](auto& r) { r.activities[0].eventType = 4; }, "new", "new"},
         {"another stop", [](auto& r) { r.stops[0].speedSamples[0] = 61; }, "new", "new"},
         {"a longer stop", [](auto& r) { ++r.stops[0].timestamp; }, "new", "new"},
-        {"a stop at another speed", [](auto& r) { r.stops[0].maximumSpeed = 61; }, "new", "new"},
+        {"a stop of which only the samples count", [](auto& r) { r.stops[0].maximumSpeed = 61; }, "present", "present"},
+        {"a stop without samples, at another speed",
+         [](auto& r) {
+             r.stops[0].speedSamples.clear();
+             r.stops[0].maximumSpeed = 61;
+         },
+         "present", "new"},
         {"a stop without samples", [](auto& r) { r.stops[0].speedSamples.clear(); }, "present", "replaced"},
     };
     for (const auto& c : others) {
@@ -557,10 +563,27 @@ TEST(Merge, ShiftMovesOnlyWhatIsShown) {
     TQuobrixDocument document;
     merge(oneOfEach(), document, 3600);
     EXPECT_EQ(document.trips().column<TTripLogStartTimeColumn>().at(0), kNoon + 3600);
+    auto& stamps = document.accidents()->column<TAccidentLogTableTimestampColumn>();
+    EXPECT_EQ(document.accidents()->column<TAccidentLogTableStartTimeColumn>().at(0), kNoon + 3600);
+    EXPECT_EQ(stamps.at(0), kNoon + 20) << "by the logger's own clock";
+    stamps.set(0, kNoon + 3620); // as older documents have it
     EXPECT_TRUE(merge(oneOfEach(), document, 0).summary().starts_with("Nothing new."));
     EXPECT_EQ(merge(trips({trip(kNoon, 120)}), document, 0).logs[0].replaced, 1u);
     EXPECT_EQ(document.trips().column<TTripLogStartTimeColumn>().at(0), kNoon + 3600);
     EXPECT_EQ(document.trips().column<TTripLogEndTimeColumn>().at(0), kNoon + 3720);
+}
+
+TEST(Merge, TheLargestSampleIsTheMaximumSpeed) {
+    const std::pair<std::vector<std::uint8_t>, double> cases[] = {{{60, 30, 0}, 60}, {{10, 62, 0}, 62}, {{}, 61.4}};
+    for (const auto& [samples, speed] : cases) {
+        LogRecords records;
+        records.stops = {stop(kNoon)};
+        records.stops[0].maximumSpeed = 61.4;
+        records.stops[0].speedSamples = samples;
+        TQuobrixDocument document;
+        merge(records, document);
+        EXPECT_NEAR(document.accidents()->column<TAccidentLogTableMaximumSpeedColumn>().at(0), speed / 3.6, 1e-12);
+    }
 }
 
 TEST(Merge, RowsStandInOrderOfTime) {

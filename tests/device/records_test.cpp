@@ -2,6 +2,7 @@
 
 #include "support/record_set_builder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
@@ -139,13 +140,34 @@ TEST(Records, UnreportedFiguresOfATroubleCode) {
     EXPECT_EQ(records.troubles[0].code, "P0301");
     EXPECT_FALSE(hasValue(records.troubles[0].fuelPressure));
     EXPECT_EQ(records.troubles[0].fuelSystemStatus, (std::array<std::int32_t, 2>{1, QUOBRIX_NO_CODE}));
+}
 
-    for (const char* code : {"P030", "X0301", "P4301", "P030G", "P03011"}) {
-        std::snprintf(raw.code, sizeof raw.code, "%s", code);
+// Clearing the logger would destroy what was refused.
+TEST(Records, NoneIsRefusedForWhatItTells) {
+    const std::pair<std::string_view, const char*> codes[] = {
+        {"", ""}, {"P030", "P030"}, {"X0301", "X0301"}, {"P\x80\n01", "P??01"}, {"P0301P03", "P0301P03"}};
+    const std::int32_t numbers[] = {std::numeric_limits<std::int32_t>::max(), 21, 8, -1, -7, QUOBRIX_NO_CODE + 1};
+    for (const auto& [told, kept] : codes) {
+        QuobrixTroubleRecord raw = plainTrouble();
+        std::fill(std::begin(raw.code), std::end(raw.code), '\0');
+        std::ranges::copy(told, raw.code); // the longest one has no end
+        LogRecords records;
         parseMainRecords({}, RecordSetBytes().add(raw).take(), records);
+        ASSERT_EQ(records.troubles.size(), 1u) << refusal(records);
+        EXPECT_EQ(records.troubles[0].code, kept);
     }
-    EXPECT_EQ(records.troubles.size(), 1u);
-    EXPECT_EQ(records.refusedCount(), 5u);
+    for (const std::int32_t number : numbers) {
+        QuobrixTroubleRecord trouble = plainTrouble();
+        trouble.fuelSystemStatus[0] = trouble.fuelSystemStatus[1] = number;
+        QuobrixActivityRecord activity = plainActivity();
+        activity.eventType = number;
+        LogRecords records;
+        parseMainRecords({}, RecordSetBytes().add(trouble).add(activity).take(), records);
+        ASSERT_EQ(records.troubles.size(), 1u) << refusal(records);
+        EXPECT_EQ(records.troubles[0].fuelSystemStatus, (std::array{number, number}));
+        ASSERT_EQ(records.activities.size(), 1u) << refusal(records);
+        EXPECT_EQ(records.activities[0].eventType, number);
+    }
 }
 
 TEST(Records, SamplesFindTheirAccident) {

@@ -1,8 +1,11 @@
 #include "report/ui/report_view.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QImage>
 #include <QLabel>
+#include <QPushButton>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -57,6 +60,22 @@ TEST_F(ReportViewTest, IsReadByAssistiveTechnology) {
     EXPECT_TRUE(inOrder.join('|').contains("|Band|From|Idle|0 MPH|")) << "row by row";
     for (const QLabel* label : view_.findChildren<QLabel*>())
         EXPECT_EQ(label->textFormat(), Qt::PlainText) << label->text().toStdString();
+}
+
+TEST_F(ReportViewTest, ALinkIsFollowedByMouseAndKeyboard) {
+    std::vector<RecordLink> followed;
+    QObject::connect(&view_, &ReportView::linkActivated, [&](RecordLink link) { followed.push_back(link); });
+    view_.setReport(
+        {"Problem 1", {Heading{"History"}, Facts{{{"Times Seen", "2"}, {"During", "Trip & 3", RecordLink{200, 2}}}}}});
+    auto* link = view_.findChild<QPushButton*>();
+    ASSERT_TRUE(link);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(link)->text(QAccessible::Name), "During: Trip & 3");
+    QTest::mouseClick(link, Qt::LeftButton);
+    link->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(link, Qt::Key_Return);
+    view_.setReport(report("Trip 3")); // which ends the button meanwhile
+    QApplication::processEvents();
+    EXPECT_EQ(followed, (std::vector{RecordLink{200, 2}, RecordLink{200, 2}}));
 }
 
 TEST_F(ReportViewTest, AValueStandsBesideItsNameWhicheverWayItIsRead) {

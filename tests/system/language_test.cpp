@@ -106,11 +106,12 @@ TEST_F(Language, OfListsAndReports) {
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    const std::vector<std::string> commands = {"download", "import", "list",    "export",   "columns",
-                                               "report",   "check",  "compact", "configure"};
+    const std::vector<std::string> commands = {"download", "import", "list",    "export",    "columns",
+                                               "report",   "check",  "compact", "configure", "describe"};
     expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
     for (const std::string& command : commands)
-        expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log"});
+        expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log", "code"});
+    expectTranslated({"describe", "P0300", "B3ABC", "P03"}, 0, {"P0300", "B3ABC", "P03"});
     expectTranslated({"check", "Missing.car"}, 1);
     expectTranslated({"check", ""}, 1);
     expectTranslated({"check", "Garbage.car"}, 1);

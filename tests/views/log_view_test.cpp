@@ -185,7 +185,7 @@ TEST_F(EveryLog, IsAPageOfTheSameMake) {
                            "Problem 2 of 2", "No trouble codes", "View / Vehicle Trouble Log / Record 2"},
                           {LogId::Activity, "TSecurityLog", "Summary,Record", "Activity", "Next event", "Event 2 of 2",
                            "No events", "View / Activity Log / Record 2"},
-                          {LogId::Accidents, "TAccidentLog", "Summary,Report", "Accident", "Next severe stop",
+                          {LogId::Accidents, "TAccidentLog", "Summary,Report,Table", "Accident", "Next severe stop",
                            "Stop 2 of 2", "No severe stops", "View / Accident Log / Record 2 / Report"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

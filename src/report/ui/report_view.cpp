@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPushButton>
 #include <QScrollBar>
 
 namespace quobrix {
@@ -52,7 +53,8 @@ QGridLayout* cellLayout() {
 /// The card of a section.
 class SectionCard final : public Card {
 public:
-    explicit SectionCard(const Section& section) : layout_(&content()) {
+    /// VIEW tells of links that are followed.
+    SectionCard(const Section& section, ReportView& view) : view_(view), layout_(&content()) {
         layout_->setSpacing(10);
         if (section.heading) {
             setAccessibleName(toQt(section.heading->text));
@@ -72,14 +74,35 @@ private:
         int line = 0;
         for (const Facts::Fact& fact : facts.facts) {
             QLabel* name = nameLabel(fact.label);
-            QLabel* value = textLabel(fact.text);
-            value->setWordWrap(true);
-            keepBesideName(*value);
+            QWidget* value = fact.link ? linkButton(fact) : factLabel(fact);
             value->setAccessibleName(toQt(fact.label + ": " + fact.text));
             cells->addWidget(name, line, 0, Qt::AlignTop);
-            cells->addWidget(value, line++, 1);
+            cells->addWidget(value, line++, 1, fact.link ? Qt::AlignLeft : Qt::Alignment());
         }
         layout_->addLayout(cells);
+    }
+
+    static QWidget* factLabel(const Facts::Fact& fact) {
+        QLabel* value = textLabel(fact.text);
+        value->setWordWrap(true);
+        keepBesideName(*value);
+        return value;
+    }
+
+    QWidget* linkButton(const Facts::Fact& fact) {
+        auto* button = new QPushButton(toQt(fact.text).replace(QLatin1Char('&'), QLatin1String("&&")));
+        button->setObjectName(QStringLiteral("link"));
+        button->setFlat(true);
+        button->setAutoDefault(true); // Enter presses it, as well as the space bar
+        button->setCursor(Qt::PointingHandCursor);
+        button->setStyleSheet(QStringLiteral("QPushButton { border: 1px solid transparent; color: palette(link);"
+                                             " text-decoration: underline; text-align: left; }"
+                                             "QPushButton:focus { border-color: palette(link); }"));
+        // Whoever follows it may make another report of this one, and with that end the button.
+        QObject::connect(
+            button, &QPushButton::clicked, &view_,
+            [view = &view_, link = *fact.link] { emit view->linkActivated(link); }, Qt::QueuedConnection);
+        return button;
     }
 
     void add(const Grid& grid) {
@@ -120,6 +143,7 @@ private:
         layout_->addWidget(text);
     }
 
+    ReportView& view_;
     QVBoxLayout* layout_;
 };
 
@@ -144,7 +168,7 @@ void ReportView::setReport(Report report) {
     grid_->addWidget(title, 0, 0, 1, 2);
     cards_.clear();
     for (const Section& section : sections(report_))
-        cards_.push_back(new SectionCard(section));
+        cards_.push_back(new SectionCard(section, *this));
     columns_ = 0;
     arrange();
     setWidget(content);

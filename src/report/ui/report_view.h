@@ -9,7 +9,7 @@ class QGridLayout;
 namespace quobrix {
 
 /// Shows a report: a card for each of its sections, in two columns where there is room. Texts can be selected, Ctrl+C
-/// copies the whole as text.
+/// copies the whole as text. What leads to a record is a button that looks like a link.
 class ReportView : public QScrollArea {
     Q_OBJECT
 public:
@@ -20,6 +20,10 @@ public:
     const Report& report() const { return report_; }
     /// Puts the report on the clipboard as text.
     void copy() const;
+
+signals:
+    /// The record that a text of the report leads to is wanted.
+    void linkActivated(quobrix::RecordLink link);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
