@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
 
 namespace quobrix::cli {
 namespace {
@@ -24,6 +25,7 @@ constexpr std::string_view kCsv = "csv", kJson = "json", kXlsx = "xlsx";
 struct Content {
     std::vector<ExportRecords> records;
     ShownText title, count;
+    std::vector<std::shared_ptr<const Column>> made{}; ///< columns of the records that are there for them only
 };
 
 /// Collects what is written to a new file into blocks.
@@ -103,6 +105,7 @@ ExitCode samplesOf(const LogSpec& log, const ExportOptions& options, OpenedDocum
         records.columns.push_back({shown.column, shown.heading});
     for (RowIndex sample = 0; sample < samples.columns.front().column->rowCount(); ++sample)
         records.rows.push_back(sample);
+    content.made = samples.made;
     content.title = text(samples.title);
     content.count = counted(TextId::CliSamples, records.rows.size(), records.rows.size());
     return kDone;

@@ -122,22 +122,33 @@ std::size_t ParameterSeriesColumn::sampleAt(RowIndex row) const {
                : static_cast<std::size_t>(std::min<std::uint64_t>(second / interval, series_.size()));
 }
 
+Value ParameterSeriesColumn::sampleValue(std::size_t sample) const {
+    return series_.has(sample) ? Value(base(sample)) : Value();
+}
+
+std::string_view ParameterSeriesColumn::sampleText(std::size_t sample, const TextContext& context,
+                                                   TextBuffer& buffer) const {
+    if (series_.parameter() != kFuelSystemStatusParameter) {
+        const double shown = series_.has(sample) ? base(sample) : 0;
+        return context.units.formatValueWithUnits(unitTypeOfParameter(series_.parameter()), shown, buffer.figure);
+    }
+    if (!series_.has(sample))
+        return {};
+    const std::uint16_t status = series_.raw(sample);
+    buffer.words = fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF));
+    if (series_.twoValues())
+        buffer.words.append(" / ").append(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));
+    return buffer.words;
+}
+
 Value ParameterSeriesColumn::value(RowIndex row) const {
     const std::size_t sample = sampleAt(row);
-    return sample < series_.size() && series_.has(sample) ? Value(base(sample)) : Value();
+    return sample < series_.size() ? sampleValue(sample) : Value();
 }
 
 std::string_view ParameterSeriesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     const std::size_t sample = sampleAt(row);
-    if (sample == series_.size() || !series_.has(sample))
-        return {};
-    if (series_.twoValues() && series_.parameter() == kFuelSystemStatusParameter) {
-        const std::uint16_t status = series_.raw(sample);
-        buffer.words = fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF));
-        buffer.words.append(" / ").append(fuelSystemStatusCode(static_cast<std::uint8_t>(status >> 8)));
-        return buffer.words;
-    }
-    return context.units.formatValueWithUnits(unitTypeOfParameter(series_.parameter()), base(sample), buffer.figure);
+    return sample < series_.size() ? sampleText(sample, context, buffer) : "";
 }
 
 void SampledSeries::write(ByteWriter& out) const {

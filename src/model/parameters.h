@@ -94,6 +94,12 @@ public:
     /// "Engine Speed", or with " 1 / 2" behind it.
     ShownText name() const;
 
+    /// The sample in base units; nothing where there is none.
+    Value sampleValue(std::size_t sample) const;
+    /// The sample as the user reads it. One without a value reads as zero in the current unit does, which it has always
+    /// done; codes of the fuel systems' status, the second one only where there are two, are empty then.
+    std::string_view sampleText(std::size_t sample, const TextContext& context, TextBuffer& buffer) const;
+
     /// As rows of the sample table: the sample taken at the row's elapsed time; nothing at rows between samples.
     Value value(RowIndex row) const override;
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;

@@ -43,6 +43,7 @@ class SampleTimeColumn final : public ShownSampleColumn {
 public:
     using ShownSampleColumn::ShownSampleColumn;
     ColumnKind kind() const override { return ColumnKind::Integer; }
+    bool isElapsedTime() const override { return true; }
     Value value(RowIndex row) const override { return timeAt(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
 };
@@ -65,7 +66,7 @@ class SeriesAtTimesColumn final : public ShownSampleColumn {
 public:
     SeriesAtTimesColumn(const ParameterSeriesColumn& series, SampleTimes times)
         : ShownSampleColumn(series.spec(), std::move(times)), series_(series) {}
-    ColumnKind kind() const override { return ColumnKind::Real; }
+    ColumnKind kind() const override { return series_.kind(); }
     UnitTypeId unitOf(RowIndex row) const override { return series_.unitOf(row); }
     Value value(RowIndex row) const override;
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;

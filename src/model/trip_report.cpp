@@ -61,31 +61,32 @@ constexpr SourceText kBandHeading("Time per Speed Band");
 
 Blocks bandBlocks(const TTripLogSpeedBandsTable& bands, const TTripLogTimePerSpeedBandColumn* times,
                   const TextContext& context) {
+    if (bands.rowCount() == 0)
+        return {};
     const auto& from = bands.column<TTripLogSpeedBandFromColumn>();
     const auto& to = bands.column<TTripLogSpeedBandToColumn>();
-    Bars bars{text(kBandHeading), {}};
-    Grid grid = gridOf(text(TextId::HeadingSpeedBand), {plainHeading(from.spec()), plainHeading(to.spec()),
-                                                        plainHeading(TTripLogTimePerSpeedBandColumn::kSpec)});
     const RowIndex timed = times ? std::min(times->storedRows(), bands.rowCount()) : 0;
+    const auto secondsIn = [&](RowIndex band) { return band < timed && times->has(band) ? times->at(band) : 0; };
     double whole = 0;
     for (RowIndex band = 0; band < timed; ++band)
-        whole += times->has(band) ? times->at(band) : 0;
+        whole += secondsIn(band);
+    Grid grid = gridOf(text(TextId::HeadingSpeedBand), {plainHeading(from.spec()), plainHeading(to.spec()),
+                                                        plainHeading(TTripLogTimePerSpeedBandColumn::kSpec)});
+    if (whole > 0)
+        grid.columns.push_back({text(TextId::HeadingShare)});
     for (RowIndex band = 0; band < bands.rowCount(); ++band) {
-        const ShownText label = speedBandLabel(from, to, band, context);
-        const std::string time = band < timed ? times->text(band, context) : "";
-        grid.rows.push_back({label, from.text(band, context), to.text(band, context), time});
-        if (band < timed && times->has(band))
-            bars.parts.push_back({label, time, whole > 0 ? times->at(band) / whole : 0});
+        std::vector<std::string>& row = grid.rows.emplace_back();
+        row = {speedBandLabel(from, to, band, context), from.text(band, context), to.text(band, context),
+               band < timed ? times->text(band, context) : ""};
+        if (whole > 0) {
+            grid.shares.push_back(secondsIn(band) / whole);
+            row.push_back(shareText(grid.shares.back()));
+        }
     }
-    Blocks blocks;
-    if (!bars.parts.empty())
-        blocks.push_back(std::move(bars));
-    if (!grid.rows.empty())
-        blocks.push_back(std::move(grid));
-    return blocks;
+    return {std::move(grid)};
 }
 
-/// Lowest, highest and mean of the samples that have a value, as a row of the parameter table.
+/// Lowest, mean and highest of the samples that have a value, as a row of the parameter table.
 std::vector<std::string> seriesRow(const ParameterSeriesColumn& series, const TextContext& context) {
     double least = HUGE_VAL, greatest = -HUGE_VAL, sum = 0;
     std::size_t count = 0;
@@ -103,7 +104,7 @@ std::vector<std::string> seriesRow(const ParameterSeriesColumn& series, const Te
         cells.resize(5);
         return cells;
     }
-    for (const double value : {least, greatest, sum / static_cast<double>(count)})
+    for (const double value : {least, sum / static_cast<double>(count), greatest})
         cells.push_back(context.units.formatValueWithUnits(unitTypeOfParameter(series.parameter()), value));
     return cells;
 }
@@ -111,7 +112,7 @@ std::vector<std::string> seriesRow(const ParameterSeriesColumn& series, const Te
 Blocks parameterBlocks(const TTripLogSampleTable& samples, const TextContext& context) {
     Grid grid = gridOf(text(TextId::HeadingParameter),
                        {plainHeading(TTripLogParameterSamplingIntervalColumn::kSpec), text(TextId::HeadingMinimum),
-                        text(TextId::HeadingMaximum), text(TextId::HeadingAverage)});
+                        text(TextId::HeadingAverage), text(TextId::HeadingMaximum)});
     for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
         if (const ParameterSeriesColumn& series = samples.series(i); series.parameter() != 0)
             grid.rows.push_back(seriesRow(series, context));

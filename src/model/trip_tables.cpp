@@ -1,21 +1,41 @@
 #include "model/trip_tables.h"
 
+#include "model/sample_columns.h"
+#include "model/speed_bands.h"
 #include "model/trip_report.h"
 #include "texts/text.h"
 
+#include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace quobrix {
 namespace {
 
-std::vector<RecordTable::Shown> sampleColumns(const TTripLogSampleTable& samples) {
-    std::vector<RecordTable::Shown> columns{{&samples.column<TTripLogSampleRecordColumn>()},
-                                            {&samples.column<TTripLogSampleElapsedTimeColumn>()},
-                                            {&samples.speed()}};
+/// When anything was sampled, in order: speed and parameters have intervals of their own.
+SampleTimes timesOf(const TTripLogSampleTable& samples) {
+    std::vector<std::int64_t> times;
+    const auto add = [&](std::int64_t interval, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i)
+            times.push_back(static_cast<std::int64_t>(i) * interval);
+    };
+    add(samples.speed().interval(), samples.speed().values().size());
+    for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
+        add(samples.series(i).interval(), samples.series(i).sampleCount());
+    std::ranges::sort(times);
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    return std::make_shared<const std::vector<std::int64_t>>(std::move(times));
+}
+
+/// The series side by side, each sample in the row of its own time.
+void addSamples(RecordTable& table, const TTripLogSampleTable& samples) {
+    const SampleTimes times = timesOf(samples);
+    table.add(std::make_shared<SampleNumberColumn>(TTripLogSampleRecordColumn::kSpec, times));
+    table.add(std::make_shared<SampleTimeColumn>(TTripLogSampleElapsedTimeColumn::kSpec, times));
+    table.add(std::make_shared<SpeedAtTimesColumn>(samples.speed(), times));
     for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i)
         if (const ParameterSeriesColumn& series = samples.series(i); series.parameter() != 0)
-            columns.push_back({&series, seriesHeading(series)});
-    return columns;
+            table.add(std::make_shared<SeriesAtTimesColumn>(series, times), seriesHeading(series));
 }
 
 } // namespace
@@ -30,13 +50,14 @@ std::vector<RecordTable> tripTables(const TTripLogTable* trips, std::optional<Ro
                            text(SourceText("No parameters were recorded during this trip."))};
     if (row) {
         if (const auto* owned = trips->column<TTripLogSampleTableColumn>().object(*row))
-            samples.columns = sampleColumns(*owned);
+            addSamples(samples, *owned);
         if (const auto* owned = trips->column<TTripLogSpeedBandsTableColumn>().object(*row)) {
-            bands.columns = {{&owned->column<TTripLogSpeedBandFromColumn>()},
-                             {&owned->column<TTripLogSpeedBandToColumn>()}};
+            const auto& from = owned->column<TTripLogSpeedBandFromColumn>();
+            const auto& to = owned->column<TTripLogSpeedBandToColumn>();
+            bands.columns = {{&from}, {&to}};
             if (const auto* times = trips->column<TTripLogTimePerSpeedBandColumnColumn>().object(*row))
                 bands.columns.push_back({times});
-            bands.rowTitle = [owned, context](RowIndex band) { return speedBandLabel(*owned, band, context); };
+            bands.rowTitle = [&from, &to, context](RowIndex band) { return speedBandLabel(from, to, band, context); };
         }
         if (const auto* owned = trips->column<TTripLogParametersTableColumn>().object(*row))
             parameters.columns = {{&owned->column<TTripLogParameterColumn>()},

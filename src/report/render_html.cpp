@@ -10,6 +10,7 @@ namespace {
 
 constexpr double kTextSize = 15; // CSS pixels
 constexpr double kPictureWidth = 640;
+constexpr double kShareWidth = 180;
 
 constexpr const char* kStyle = R"(body{{margin:0 auto;max-width:60em;padding:1.5em;font:{size}px/1.4 {family};
 color:var(--text);background:var(--ground)}}
@@ -27,6 +28,7 @@ th:last-child,td:last-child{{padding-right:0}}
 thead th{{color:var(--secondary-text);border-bottom:1px solid var(--rule)}}
 .figure{{text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}}
 svg{{display:block;max-width:100%;height:auto;margin:.6em 0;break-inside:avoid}}
+td svg{{display:inline-block;margin:0 .8em 0 0;vertical-align:middle}}
 :root{{color-scheme:light dark;{light}}}
 @media screen and (prefers-color-scheme:dark){{:root{{{dark}}}}}
 @page{{margin:15mm}}
@@ -76,24 +78,29 @@ private:
     }
 
     void write(const Grid& grid) {
-        const auto cell = [&](std::size_t column, const char* tag, const char* scope, const std::string& text) {
-            put("<{0}{1}{2}>{3}</{0}>", tag, scope, grid.columns[column].figures ? " class=\"figure\"" : "",
+        const auto cell = [&](std::size_t column, const char* tag, const char* scope, const std::string& text,
+                              const std::string& picture = {}) {
+            put("<{0}{1}{2}>{3}{4}</{0}>", tag, scope, grid.columns[column].figures ? " class=\"figure\"" : "", picture,
                 escapeMarkup(text));
+        };
+        const auto bar = [&](std::size_t row) {
+            return writeInlineSvg(
+                drawShare(grid.rows[row][0], grid.shares[row], kShareWidth, TableTextMeasure(kTextSize)));
         };
         put("<table>\n<thead>\n<tr>");
         for (std::size_t i = 0; i < grid.columns.size(); ++i)
             cell(i, "th", " scope=\"col\"", grid.columns[i].heading);
         put("</tr>\n</thead>\n<tbody>\n");
-        for (const std::vector<std::string>& row : grid.rows) {
+        for (std::size_t row = 0; row < grid.rows.size(); ++row) {
             put("<tr>");
             for (std::size_t i = 0; i < grid.columns.size(); ++i)
-                cell(i, i == 0 ? "th" : "td", i == 0 ? " scope=\"row\"" : "", row[i]);
+                cell(i, i == 0 ? "th" : "td", i == 0 ? " scope=\"row\"" : "", grid.rows[row][i],
+                     i + 1 == grid.columns.size() && !grid.shares.empty() ? bar(row) : std::string());
             put("</tr>\n");
         }
         put("</tbody>\n</table>\n");
     }
 
-    void write(const Bars& bars) { out_ += writeInlineSvg(drawBars(bars, kPictureWidth, TableTextMeasure(kTextSize))); }
     void write(const Picture& picture) {
         out_ += writeInlineSvg(picture.draw({kPictureWidth, kUnlimited}, TableTextMeasure(kTextSize)));
     }

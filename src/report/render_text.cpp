@@ -68,7 +68,6 @@ private:
 
     void write(const Grid& grid) { appendGrid(out_, grid, "  "); }
 
-    void write(const Bars&) {}
     void write(const Picture& picture) {
         constexpr double kAnyWidth = 600;
         const Drawing drawing = picture.draw({kAnyWidth, kUnlimited}, TableTextMeasure(12));

@@ -43,17 +43,9 @@ struct Grid {
     };
     std::vector<Column> columns;
     std::vector<std::vector<std::string>> rows;
-};
-
-/// How a whole divides, as a picture: a bar for each part. Its figures stand in the report otherwise, too, so that
-/// plain text leaves the picture out.
-struct Bars {
-    struct Part {
-        std::string label, text;
-        double share = 0; ///< of the whole, 0 to 1
-    };
-    std::string title;
-    std::vector<Part> parts;
+    /// How a whole divides among the rows: the part of each, 0 to 1. The last cell says it, and beside that it is drawn
+    /// as a bar. Empty: there is no such whole.
+    std::vector<double> shares{};
 };
 
 /// Any other picture, made for the medium that shows it. Plain text has its description.
@@ -66,7 +58,7 @@ struct Paragraph {
     std::string text;
 };
 
-using Block = std::variant<Heading, Facts, Grid, Bars, Picture, Paragraph>;
+using Block = std::variant<Heading, Facts, Grid, Picture, Paragraph>;
 
 /// What is told about something, to be shown in the window, printed, written to a file or copied.
 struct Report {
@@ -81,7 +73,9 @@ struct Section {
 };
 std::vector<Section> sections(const Report& report);
 
-/// BARS as a drawing: label, bar, text and percentage of each part, a line each, bars in proportion to the whole.
-Drawing drawBars(const Bars& bars, double width, const TextMeasure& measure);
+/// SHARE, 0 to 1, as it is read: "40%". What is above nothing is never shown as nothing: "<1%".
+std::string shareText(double share);
+/// The bar of a SHARE, one line high, of the part that is called LABEL.
+Drawing drawShare(const std::string& label, double share, double width, const TextMeasure& measure);
 
 } // namespace quobrix

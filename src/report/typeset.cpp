@@ -15,6 +15,8 @@ constexpr double kBlockGap = 0.8;
 constexpr double kSectionGap = 1.6;
 constexpr double kRowPadding = 0.25;
 constexpr double kHeadingPadding = 0.4;
+constexpr double kShareTrack = 12;
+constexpr double kShareGap = 0.8;
 
 // In parts of the page's width.
 constexpr double kWidestLabel = 0.45;
@@ -152,15 +154,6 @@ private:
         }
     }
 
-    void set(const Bars& bars) {
-        const double part = drawBars({{}, {{}}}, 0, measure_).size.height;
-        const auto most = static_cast<std::size_t>(std::max(1.0, std::floor(roomBelowHeadings() / part)));
-        for (std::size_t first = 0; first < bars.parts.size(); first += most) {
-            const auto begin = bars.parts.begin() + static_cast<std::ptrdiff_t>(first);
-            const auto count = static_cast<std::ptrdiff_t>(std::min(most, bars.parts.size() - first));
-            addDrawing(drawBars({bars.title, {begin, begin + count}}, room_.width, measure_));
-        }
-    }
     void set(const Picture& picture) { addDrawing(picture.draw({room_.width, roomBelowHeadings()}, measure_)); }
     void addDrawing(Drawing drawing) {
         std::vector<Strip> strip;
@@ -186,6 +179,8 @@ private:
             double width = 0;
             for (const std::vector<std::string>& row : grid.rows)
                 width = std::max(width, measure_.width(oneLine(row[i]), FontRole::Body));
+            if (i + 1 == grid.columns.size() && !grid.shares.empty())
+                width += (kShareTrack + kShareGap) * em_;
             cells.push_back(width);
             headings.push_back(measure_.width(grid.columns[i].heading, FontRole::Body));
         }
@@ -253,9 +248,15 @@ private:
         double gap = kBlockGap * em_;
         if (grid.rows.empty())
             add({Strip{}}, gap, galley_.tableHeads.size() - 1);
-        for (const std::vector<std::string>& texts : grid.rows) {
+        for (std::size_t line = 0; line < grid.rows.size(); ++line) {
+            const std::vector<std::string>& texts = grid.rows[line];
             std::vector<Strip> strips = row(cells([&](std::size_t i) { return oneLine(texts[i]); }, ColourRole::Text));
             strips.back().height += padding;
+            if (!grid.shares.empty() && band.back() + 1 == grid.columns.size()) {
+                const Drawing bar = drawShare(texts[0], grid.shares[line], kShareTrack * em_, measure_);
+                for (const DrawingCommand& command : bar.commands)
+                    strips.front().commands.push_back(moved(command, {width - widths.back(), 0}));
+            }
             const std::size_t begin = galley_.strips.size();
             add(std::move(strips), gap, galley_.tableHeads.size() - 1);
             galley_.strips[begin].newPage = newPage;

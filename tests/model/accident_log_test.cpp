@@ -100,7 +100,7 @@ TEST_F(AccidentLog, ReportsTellTheBraking) {
     const std::string report = renderText(recordReport(logSpec(LogId::Accidents), stops_, 0, context_));
     EXPECT_NE(report.find("\nBraking\n"
                           "  Duration              00:00:06\n"
-                          "  Distance              85.0 m\n"
+                          "  Distance              85.00 m\n"
                           "  Largest Deceleration  5.0 m/s²\n"
                           "  Mean Deceleration     4.2 m/s²\n"),
               std::string::npos)

@@ -10,9 +10,9 @@ Report report() {
     return {"Trip <1>",
             {Paragraph{"Before all sections."}, Heading{"General"},
              Facts{{{"Driver", "Ann & Bob"}, {"Comment", "two\nlines"}, {"Nothing", ""}}}, Heading{"Bands"},
-             Bars{"Bands", {{"Idle", "00:01:00", 0.25}, {"Over 70", "00:03:00", 0.75}}},
              Grid{{{"Band", false}, {"From"}, {"Remark", false}},
                   {{"Idle", "0 MPH", "<b>"}, {"Over 70", "70 MPH", "fast"}}},
+             Grid{{{"Part", false}, {"Share"}}, {{"<Idle>", "25%"}, {"Over 70", "75%"}}, {0.25, 0.75}},
              Picture{[](Size room, const TextMeasure& measure) {
                  return Drawing{"Speed", "Rising", {std::min(room.width, 50.0), 20}, measure.fontSize(), {}};
              }},
@@ -33,6 +33,9 @@ TEST(RenderText, HasColumnsOfEvenWidthAndNoPictures) {
                                     "  Band       From  Remark\n"
                                     "  Idle      0 MPH  <b>\n"
                                     "  Over 70  70 MPH  fast\n"
+                                    "  Part     Share\n"
+                                    "  <Idle>     25%\n"
+                                    "  Over 70    75%\n"
                                     "  Speed: Rising\n"
                                     "\n"
                                     "Comments\n"
@@ -46,7 +49,7 @@ TEST(RenderHtml, IsOneAccessiblePage) {
           "<section>\n<h2>General</h2>\n<dl>\n<dt>Driver</dt><dd>Ann &amp; Bob</dd>\n",
           "<thead>\n<tr><th scope=\"col\">Band</th><th scope=\"col\" class=\"figure\">From</th>",
           "<tr><th scope=\"row\">Idle</th><td class=\"figure\">0 MPH</td><td>&lt;b&gt;</td></tr>", "role=\"img\"",
-          "<title>Bands</title>\n<desc>Idle: 00:01:00 (25%), Over 70: 00:03:00 (75%)</desc>",
+          "<title>&lt;Idle&gt;</title>\n<desc>25%</desc>", "</svg>\n25%</td></tr>",
           "<title>Speed</title>\n<desc>Rising</desc>", "fill=\"var(--accent)\"", "prefers-color-scheme:dark",
           "<p>First.\nSecond.</p>\n</section>\n</main>\n</body>\n</html>\n"})
         EXPECT_NE(html.find(part), std::string::npos) << part << '\n' << html;
@@ -54,24 +57,27 @@ TEST(RenderHtml, IsOneAccessiblePage) {
         EXPECT_EQ(html.find(outside), std::string::npos) << outside;
 }
 
-TEST(Bars, AreDrawnInProportionToTheWhole) {
+TEST(Shares, AreBarsInProportionToTheWhole) {
     const test::FixedMeasure measure;
-    const Drawing drawing =
-        drawBars({"Bands", {{"Idle", "1 s", 0.25}, {"Fast", "2 s", 0.004}, {"Far", "", 0}}}, 260, measure);
-    EXPECT_EQ(drawing.size, (Size{260, 60}));
-    EXPECT_EQ(drawing.description, "Idle: 1 s (25%), Fast: 2 s (<1%), Far:  (0%)");
-    // 24 for labels, 18 for texts, 24 for percentages and three gaps of 10: 164 for the whole.
-    std::vector<Box> bars;
-    for (const DrawingCommand& command : drawing.commands)
-        if (const auto* bar = std::get_if<Bar>(&command))
-            bars.push_back(bar->box);
-    EXPECT_EQ(bars, (std::vector<Box>{{34, 5.25, 164, 9.5},
-                                      {34, 5.25, 41, 9.5},
-                                      {34, 25.25, 164, 9.5},
-                                      {34, 25.25, 2.5, 9.5}, // never as thin as nothing
-                                      {34, 45.25, 164, 9.5}}));
-    EXPECT_EQ(drawing.commands[1], (DrawingCommand{Text{{226, 13}, "1 s", Anchor::End}}));
-    EXPECT_EQ(drawBars({"", {{"Idle", "1 s", 1}}}, 0, measure).size.width, 24 + 18 + 24 + 30 + 65);
+    const struct {
+        double share;
+        const char* text;
+        std::vector<Box> bars; ///< the whole, and what is filled of it
+    } cases[] = {{1, "100%", {{0, 1.25, 200, 9.5}, {0, 1.25, 200, 9.5}}},
+                 {0.25, "25%", {{0, 1.25, 200, 9.5}, {0, 1.25, 50, 9.5}}},
+                 {0.004, "<1%", {{0, 1.25, 200, 9.5}, {0, 1.25, 2.5, 9.5}}}, // never as thin as nothing
+                 {0, "0%", {{0, 1.25, 200, 9.5}}}};
+    for (const auto& c : cases) {
+        const Drawing drawing = drawShare("Idle", c.share, 200, measure);
+        EXPECT_EQ(drawing.description, c.text);
+        EXPECT_EQ(drawing.size, (Size{200, 12}));
+        std::vector<Box> bars;
+        for (const DrawingCommand& command : drawing.commands)
+            if (const auto* bar = std::get_if<Bar>(&command))
+                bars.push_back(bar->box);
+        EXPECT_EQ(bars, c.bars) << c.text;
+    }
+    EXPECT_EQ(drawShare("", 1, 0, measure).size.width, 65) << "wide enough to be seen";
 }
 
 } // namespace

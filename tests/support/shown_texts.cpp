@@ -102,7 +102,6 @@ public:
             for (const std::string& cell : row)
                 say(cell);
     }
-    void operator()(const Bars& bars) { say(drawBars(bars, kWide, measure_)); }
     void operator()(const Picture& picture) { say(picture.draw({kWide, kWide}, measure_)); }
 
 private:

@@ -108,14 +108,18 @@ private:
     void add(const Grid& grid) {
         QGridLayout* cells = cellLayout();
         // Row by row, as it is read aloud.
-        const auto add = [&](QLabel* label, int line, std::size_t column) {
+        const auto add = [&](QLabel* label, int line, std::size_t column, std::size_t place) {
             const Qt::Alignment side = grid.columns[column].figures ? Qt::AlignRight : Qt::AlignLeft;
             label->setAlignment(side | Qt::AlignVCenter);
-            cells->addWidget(label, line, static_cast<int>(column));
+            cells->addWidget(label, line, static_cast<int>(place));
         };
         const std::size_t columns = grid.columns.size();
+        // The bar of a row stands where its last cell would, and that behind it.
+        const auto placeOf = [&](std::size_t column) {
+            return !grid.shares.empty() && column + 1 == columns ? columns : column;
+        };
         for (std::size_t column = 0; column < columns; ++column)
-            add(nameLabel(grid.columns[column].heading), 0, column);
+            add(nameLabel(grid.columns[column].heading), 0, column, placeOf(column));
         int line = 1;
         for (const std::vector<std::string>& row : grid.rows) {
             for (std::size_t column = 0; column < columns; ++column) {
@@ -123,18 +127,23 @@ private:
                 // What sight tells from the place of the cell.
                 const std::string& heading = grid.columns[column].heading;
                 cell->setAccessibleDescription(toQt(column == 0 ? heading : row[0] + ", " + heading));
-                add(cell, line, column);
+                if (placeOf(column) != column)
+                    cells->addWidget(shareBar(row[0], grid.shares[static_cast<std::size_t>(line) - 1]), line,
+                                     static_cast<int>(column), Qt::AlignVCenter);
+                add(cell, line, column, placeOf(column));
             }
             ++line;
         }
-        cells->setColumnStretch(static_cast<int>(columns), 1);
+        cells->setColumnStretch(static_cast<int>(grid.shares.empty() ? columns : columns - 1), 1);
         layout_->addLayout(cells);
     }
 
-    void add(const Bars& bars) {
-        layout_->addWidget(new DrawingView(
-            [bars](Size room, const TextMeasure& measure) { return drawBars(bars, room.width, measure); }));
+    static QWidget* shareBar(const std::string& label, double share) {
+        return new DrawingView([label, share](Size room, const TextMeasure& measure) {
+            return drawShare(label, share, room.width, measure);
+        });
     }
+
     void add(const Picture& picture) { layout_->addWidget(new DrawingView(picture.draw)); }
 
     void add(const Paragraph& paragraph) {
