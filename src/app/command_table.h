@@ -7,7 +7,7 @@
 
 namespace quobrix {
 
-/// Every command of the main menu; the value is the command's id.
+/// Every command of menus and toolbar; the value is the command's id.
 enum class CommandId : int {
 #define COMMAND(Name, Id, Text, Prompt) Name = Id,
 #include "app/commands.def"
@@ -16,14 +16,15 @@ enum class CommandId : int {
 /// How many recent files the File menu lists. Their commands take the ids from RecentFile on.
 inline constexpr int kRecentFileCount = 9;
 
-/// One line of the description of the main menu.
+/// One line of the description of menus and toolbar.
 struct MenuRow {
-    enum class Kind { Menu, Submenu, End, Separator, Command, Toggle, RecentFiles };
+    enum class Kind { Menu, Submenu, ToolBar, ToolBarMenu, End, Separator, Command, Toggle, RecentFiles, Page, Button };
     Kind kind;
-    CommandId id{};          ///< the three last kinds only
+    CommandId id{};          ///< commands only, which are from Kind::Command on
     std::string_view name{}; ///< the command's name, in scripts and tests
     SourceText text{};       ///< '&' marks the mnemonic, a tab precedes the shortcut
     SourceText prompt{};     ///< up to a line break; what follows is shown nowhere
+    std::string_view icon{}; ///< of pages and buttons
 };
 
 std::span<const MenuRow> menuRows();

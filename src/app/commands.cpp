@@ -4,9 +4,11 @@
 #include "texts/text.h"
 
 #include <QAction>
+#include <QIcon>
 #include <QKeySequence>
 #include <QMenu>
 #include <QMenuBar>
+#include <QToolBar>
 
 #include <exception>
 #include <utility>
@@ -24,6 +26,12 @@ QString plainText(std::string_view shown) {
     return plain;
 }
 
+/// What the button of ROW says beside its picture, and how to do without it.
+QString buttonTip(const MenuRow& row, const QAction& action) {
+    const QString keys = action.shortcut().toString(QKeySequence::NativeText);
+    return keys.isEmpty() ? plainText(text(row.text)) : QStringLiteral("%1 (%2)").arg(plainText(text(row.text)), keys);
+}
+
 QString firstLine(SourceText prompt) { return toQt(upTo(text(prompt), '\n')); }
 
 /// The prompt of a command without a handler.
@@ -36,9 +44,13 @@ QString unavailablePrompt(const MenuRow& row) {
 
 Commands::Commands(MayRun mayRun, Report report, QObject* parent)
     : QObject(parent), mayRun_(std::move(mayRun)), report_(std::move(report)) {
+    int pages = 0;
     for (const MenuRow& row : menuRows())
-        if (!row.name.empty())
+        if (!row.name.empty()) {
             addEntry(row);
+            if (row.kind == Kind::Page && ++pages < 10)
+                action(row.id)->setShortcut(QKeySequence(QStringLiteral("Ctrl+%1").arg(pages)));
+        }
 }
 
 void Commands::addEntry(const MenuRow& row) {
@@ -49,6 +61,9 @@ void Commands::addEntry(const MenuRow& row) {
     action->setShortcut(QKeySequence(toQt(behind(row.text.english(), '\t')), QKeySequence::PortableText));
     // No platform may move an entry by what it takes its text to mean.
     action->setMenuRole(QAction::NoRole);
+    if (!row.icon.empty())
+        action->setIcon(QIcon(QStringLiteral(":/icons/%1.svg").arg(toQt(row.icon))));
+    action->setIconVisibleInMenu(false);
     action->setEnabled(false);
     action->setStatusTip(unavailablePrompt(row));
     action->setToolTip(unavailablePrompt(row));
@@ -69,7 +84,9 @@ void Commands::handle(CommandId id, Run run, Available available) {
     for (const MenuRow& row : menuRows())
         if (!row.name.empty() && row.id == id) {
             entry.action->setStatusTip(firstLine(row.prompt));
-            entry.action->setToolTip(row.prompt.empty() ? plainText(text(row.text)) : entry.action->statusTip());
+            entry.action->setToolTip(row.kind == Kind::Button ? buttonTip(row, *entry.action)
+                                     : row.prompt.empty()     ? plainText(text(row.text))
+                                                              : entry.action->statusTip());
         }
     refresh(entry);
 }
@@ -98,28 +115,40 @@ void Commands::guard(const QAction& action, const Run& work) {
     running_ = outer;
 }
 
-void Commands::fill(QMenuBar& menuBar) {
-    std::vector<QMenu*> open;
+void Commands::fill(QMenuBar& menuBar, QToolBar& toolBar, QMenu& toolBarMenu) {
+    std::vector<QWidget*> open; // menus or the toolbar
+    const auto menu = [&] { return static_cast<QMenu*>(open.back()); };
     for (const MenuRow& row : menuRows()) {
         switch (row.kind) {
         case Kind::Menu:
         case Kind::Submenu:
             open.push_back(open.empty() ? menuBar.addMenu(toQt(text(row.text)))
-                                        : open.back()->addMenu(toQt(text(row.text))));
-            open.back()->setObjectName(plainText(row.text.english()) + QStringLiteral("Menu"));
-            open.back()->setToolTipsVisible(true);
+                                        : menu()->addMenu(toQt(text(row.text))));
+            menu()->setObjectName(plainText(row.text.english()) + QStringLiteral("Menu"));
+            menu()->setToolTipsVisible(true);
+            break;
+        case Kind::ToolBar:
+            open.push_back(&toolBar);
+            break;
+        case Kind::ToolBarMenu:
+            open.push_back(&toolBarMenu);
             break;
         case Kind::End:
             open.pop_back();
             break;
-        case Kind::Separator:
-            open.back()->addSeparator();
+        case Kind::Separator: {
+            auto* separator = new QAction(this);
+            separator->setSeparator(true);
+            open.back()->addAction(separator);
             break;
+        }
         case Kind::RecentFiles:
-            recentFilesMenu_ = open.back();
+            recentFilesMenu_ = menu();
             [[fallthrough]];
         case Kind::Command:
         case Kind::Toggle:
+        case Kind::Page:
+        case Kind::Button:
             open.back()->addAction(action(row.id));
             break;
         }

@@ -11,10 +11,11 @@
 class QAction;
 class QMenu;
 class QMenuBar;
+class QToolBar;
 
 namespace quobrix {
 
-/// The commands of the main menu as actions, and the one place through which each of them runs.
+/// The commands of menus and toolbar as actions, and the one place through which each of them runs.
 ///
 /// Every action carries the command's name as object name, its id as data, and its prompt as status tip. A command
 /// without a handler is disabled, and its tips say that it is not available yet.
@@ -39,13 +40,14 @@ public:
     void trigger(CommandId id);
     /// Asks every command whether it is available, after a change of the document or of the logger.
     void refresh();
+    void refresh(CommandId id) { refresh(entries_.at(id)); }
     /// Runs WORK, which belongs to ACTION; an exception ends up as one message.
     void guard(const QAction& action, const Run& work);
     /// The action whose work is under way; nothing between commands. While there is one, the document is its alone.
     const QAction* running() const { return running_; }
 
-    /// Fills MENU_BAR with the main menu.
-    void fill(QMenuBar& menuBar);
+    /// Fills MENU_BAR with the main menu, TOOL_BAR with the toolbar, and the (empty) menu that this has.
+    void fill(QMenuBar& menuBar, QToolBar& toolBar, QMenu& toolBarMenu);
     QMenu* recentFilesMenu() const { return recentFilesMenu_; }
 
 private:

@@ -3,6 +3,7 @@
 #include "app/about_box.h"
 #include "app/disk_work.h"
 #include "app/miscellaneous_dialog.h"
+#include "app/navigation_pane.h"
 #include "app/properties_dialog.h"
 #include "app/table_windows.h"
 #include "base/ui/qt_text.h"
@@ -11,6 +12,7 @@
 #include "platform/event_log.h"
 #include "settings/settings.h"
 #include "tables/ui/cell_mark.h"
+#include "ui/splitter.h"
 #include "ui/windows.h"
 #include "units/time_zone.h"
 #include "views/home_page.h"
@@ -18,6 +20,7 @@
 #include "views/names_dialog.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QFontMetrics>
 #include <QGuiApplication>
@@ -29,6 +32,8 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QTimer>
+#include <QToolBar>
+#include <QToolButton>
 
 #include <algorithm>
 #include <utility>
@@ -93,10 +98,15 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                                                             action.iconText().toStdString(), reason));
                              },
                              this)),
-      pages_(new PageArea), readOnlyStatus_(new QLabel), warningMark_(new QLabel), warning_(new QLabel),
+      pages_(new PageArea), navigation_(new NavigationPane([this] {
+          if (QWidget* page = pages_->page(pages_->current()))
+              page->setFocus();
+      })),
+      splitter_(new Splitter(navigation_, pages_, context.settings)), toolBar_(new QToolBar),
+      toolBarMenu_(new QMenu(this)), readOnlyStatus_(new QLabel), warningMark_(new QLabel), warning_(new QLabel),
       portStatus_(new QLabel) {
     setObjectName(QStringLiteral("TQuobrixFrame"));
-    setCentralWidget(pages_);
+    setCentralWidget(splitter_);
     setAcceptDrops(true);
 
     windows_.requirements = [this](const Column& column) { tableWindows_->showRequirements(column); };
@@ -106,8 +116,15 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     context_.prompter = &prompter_;
     context_.windows = &windows_;
     context_.document.edits().addListener(*this);
+    context_.units.addListener(*this);
 
-    commands_->fill(*menuBar());
+    toolBar_->setObjectName(QStringLiteral("toolBar"));
+    toolBar_->setWindowTitle(tr("Toolbar"));
+    toolBar_->setMovable(false);
+    addToolBar(toolBar_);
+    commands_->fill(*menuBar(), *toolBar_, *toolBarMenu_);
+    addActions(toolBarMenu_->actions());
+    addActions(toolBar_->actions()); // whose keys are not those of a toolbar that is hidden
     addRecentFileActions();
 
     readOnlyStatus_->setObjectName(QStringLiteral("readOnlyStatus"));
@@ -122,14 +139,15 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     portStatus_->setObjectName(QStringLiteral("portStatus"));
     statusBar()->addPermanentWidget(portStatus_);
 
-    pages_->add(kHomePage, [this] {
+    addPage(kHomePage, [this] {
         return new HomePage(context_, {.download = commands_->action(CommandId::Download),
                                        .open = commands_->action(CommandId::Open),
                                        .create = commands_->action(CommandId::New),
-                                       .tripLog = commands_->action(CommandId::TripLog),
+                                       .tripLog = commands_->action(CommandId::TripSummary),
                                        .recent = recentActions_});
     });
     addHandlers();
+    addWayHandlers();
     tableWindows_ = std::make_unique<TableWindows>(*this);
     for (const LogSpec& log : logs())
         addLogPage(log);
@@ -147,6 +165,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
 
 TQuobrixFrame::~TQuobrixFrame() {
     context_.document.edits().removeListener(*this);
+    context_.units.removeListener(*this);
+    pages_->whenMoved({});
     context_.document.whenOutdated({});
     context_.document.whenDamaged({});
     qDeleteAll(namesDialogs());
@@ -163,28 +183,111 @@ void TQuobrixFrame::addHandlers() {
     commands_->handle(CommandId::Exit, [this] { close(); });
     commands_->handle(CommandId::Miscellaneous,
                       [this] { MiscellaneousDialog(context_.settings, reminders_, this).exec(); });
-    commands_->handle(CommandId::Home, [this] { pages_->show(kHomePage); });
     commands_->handle(CommandId::About, [this] { showAboutBox(); });
     commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });
 }
 
-void TQuobrixFrame::addPage(int pageId, PageArea::Create create) {
+/// What leads from page to page.
+void TQuobrixFrame::addWayHandlers() {
+    commands_->handle(
+        CommandId::Back, [this] { pages_->step(-1); }, [this] { return pages_->canStep(-1); });
+    commands_->handle(
+        CommandId::Forward, [this] { pages_->step(1); }, [this] { return pages_->canStep(1); });
+    pages_->whenMoved([this] {
+        navigation_->follow(pages_->current());
+        commands_->refresh(CommandId::Back);
+        commands_->refresh(CommandId::Forward);
+    });
+    pages_->whenMenuWanted(
+        [this](const QPoint& place) { menuBar()->findChild<QMenu*>(QStringLiteral("ViewMenu"))->popup(place); });
+    for (QToolButton* button : toolBar_->findChildren<QToolButton*>()) {
+        const QAction* action = button->defaultAction();
+        if (!action) // what does not fit
+            continue;
+        button->setObjectName(action->objectName() + QStringLiteral("Button"));
+        button->setFocusPolicy(Qt::TabFocus);
+        if (action->shortcut().isEmpty())
+            button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    }
+    addPart(CommandId::NavigationPane, *navigation_);
+    addPart(CommandId::ToolBar, *toolBar_);
+}
+
+/// TOGGLE shows and hides a PART of the window, which is remembered.
+void TQuobrixFrame::addPart(CommandId toggle, QWidget& part) {
+    QAction& action = *commands_->action(toggle);
+    const std::string name = action.objectName().toStdString();
+    const auto show = [this, &action, &part](bool shown) {
+        if (!shown && part.isAncestorOf(QApplication::focusWidget()) && pages_->page(pages_->current()))
+            pages_->page(pages_->current())->setFocus();
+        part.setVisible(shown);
+        action.setChecked(shown);
+    };
+    show(context_.settings.getInteger(kWindowSection, name, 1) != 0);
+    commands_->handle(toggle, [this, name, show, &part] {
+        show(part.isHidden());
+        context_.settings.setInteger(kWindowSection, name, part.isHidden() ? 0 : 1);
+    });
+}
+
+QMenu* TQuobrixFrame::createPopupMenu() {
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("toolBarMenu"));
+    menu->addActions(toolBarMenu_->actions());
+    return menu;
+}
+
+void TQuobrixFrame::addPage(int pageId, PageArea::Create create, std::function<QString()> count) {
     pages_->add(pageId, std::move(create));
-    for (const MenuRow& row : menuRows())
-        if (!row.name.empty() && static_cast<int>(row.id) == pageId)
+    int place = 0; // in the navigation pane
+    for (const MenuRow& row : menuRows()) {
+        if (row.kind != MenuRow::Kind::Page)
+            continue;
+        if (static_cast<int>(row.id) == pageId) {
+            if (!commands_->handled(row.id))
+                navigation_->add(place, *commands_->action(row.id), std::move(count));
             commands_->handle(row.id, [this, pageId] {
                 pages_->show(pageId);
                 files_.tellDamage();
             });
+        }
+        place += commands_->handled(row.id) ? 1 : 0;
+    }
 }
 
 void TQuobrixFrame::addLogPage(const LogSpec& log) {
-    addPage(log.page, [this, &log] { return new LogView(context_, log); });
+    const auto table = [this, &log] { return context_.document.log(log); };
+    addPage(
+        log.page, [this, &log] { return new LogView(context_, log); },
+        [this, table] {
+            const auto rows = table() ? static_cast<std::int64_t>(table()->rowCount()) : 0;
+            return toQt(context_.units.formatInteger(rows));
+        });
+    for (const MenuRow& row : menuRows())
+        for (const LogViewSpec& view : log.views())
+            if (row.kind == MenuRow::Kind::Button && static_cast<int>(row.id) == view.page)
+                addView(row.id, log, view);
     tableWindows_->addSource(log.table, [this, &log](std::string_view columnKey, RowIndex row) {
-        pages_->show(log.page);
-        pages_->page(log.page)->showCell(columnKey, row);
+        pages_->show(log.page, [&](Page& page) { page.showCell(columnKey, row); });
         activateWindow();
     });
+}
+
+/// BUTTON shows VIEW of a log: one of records that of the latest.
+void TQuobrixFrame::addView(CommandId button, const LogSpec& log, const LogViewSpec& view) {
+    const bool list = view.kind == LogViewKind::Summary;
+    const auto latest = [this, &log] {
+        const Table* table = context_.document.log(log);
+        const auto row = table ? log.latest(*table) : std::nullopt;
+        return row ? std::optional(log.keyOf(*table, *row)) : std::nullopt;
+    };
+    commands_->handle(
+        button,
+        [this, &log, &view, list, latest] {
+            pages_->show(log.page, PagePlace{view.page, list ? std::nullopt : latest(), list});
+            files_.tellDamage();
+        },
+        [list, latest] { return list || latest(); });
 }
 
 void TQuobrixFrame::addRecentFileActions() {
@@ -258,6 +361,7 @@ void TQuobrixFrame::documentChanged() {
     updateRecentFiles();
     lookForFiles_.look(recent_.list());
     commands_->refresh();
+    navigation_->refresh();
     pages_->refresh();
     for (NamesDialog* dialog : namesDialogs())
         dialog->refresh();
@@ -297,8 +401,17 @@ void TQuobrixFrame::historyChanged() {
     if (std::exchange(objectsMoved_, false)) // what a page shows may be another object by now, or none
         return documentChanged();
     updateTitle();
-    if (Page* home = pages_->page(kHomePage)) // lists follow edits by themselves
-        home->refresh();
+    commands_->refresh();
+    navigation_->refresh();
+    pages_->edited();
+}
+
+void TQuobrixFrame::unitsChanged(UnitsChange, std::optional<UnitTypeId>) {
+    navigation_->refresh();
+    pages_->unitsChanged();
+    for (const QWidget* window : QApplication::topLevelWidgets())
+        if (window != this)
+            retextTables(*window);
 }
 
 void TQuobrixFrame::setPortStatus(const QString& text) { portStatus_->setText(text); }
@@ -392,6 +505,9 @@ void TQuobrixFrame::restoreWindow() {
     resize(QSize(1080, 720).boundedTo(available * 9 / 10));
 }
 
-void TQuobrixFrame::rememberWindow() { rememberGeometry(*this, context_.settings, kWindowSection); }
+void TQuobrixFrame::rememberWindow() {
+    rememberGeometry(*this, context_.settings, kWindowSection);
+    splitter_->remember(context_.settings);
+}
 
 } // namespace quobrix

@@ -6,6 +6,7 @@
 #include "app/missing_files.h"
 #include "app/page_area.h"
 #include "app/recent_files.h"
+#include "units/unit_system.h"
 
 #include <QMainWindow>
 
@@ -13,19 +14,22 @@
 #include <vector>
 
 class QLabel;
+class QToolBar;
 
 namespace quobrix {
 
 class NamesDialog;
+class NavigationPane;
+class Splitter;
 class TableWindows;
-struct LogSpec;
 
 /// The page ids that commands bring into view are those of the commands.
 inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
 inline constexpr int kTripLogPage = static_cast<int>(CommandId::TripLog);
 
-/// The main window: menu bar, pages, and a status bar with the prompts and the state of the port.
-class TQuobrixFrame : public QMainWindow, private TableEditsListener {
+/// The main window: menu bar, toolbar, pages with the list of them, and a status bar with the prompts and the state of
+/// the port.
+class TQuobrixFrame : public QMainWindow, private TableEditsListener, private UnitsListener {
 public:
     /// All of CONTEXT must outlive the frame.
     explicit TQuobrixFrame(const ViewContext& context);
@@ -42,8 +46,9 @@ public:
     /// The dialogs of names that are open.
     QList<NamesDialog*> namesDialogs() const;
 
-    /// Adds a page; a command of the same id then shows it.
-    void addPage(int pageId, PageArea::Create create);
+    /// Adds a page; a command of the same id then shows it, and the navigation pane leads there. COUNT (none: nothing
+    /// is counted) says how much there is on it.
+    void addPage(int pageId, PageArea::Create create, std::function<QString()> count = {});
     /// Rows of the document or names have changed: everything that shows them does so anew.
     void documentChanged();
     void setPortStatus(const QString& text);
@@ -68,6 +73,8 @@ public:
     void setAboutLines(std::function<AboutLines()> lines);
 
 protected:
+    /// Of the right mouse button on the menu bar and the toolbar.
+    QMenu* createPopupMenu() override;
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -78,8 +85,12 @@ private:
         objectsMoved_ = objectsMoved_ || change.kind == TableChange::Kind::Objects;
     }
     void historyChanged() override;
+    void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
     void addHandlers();
+    void addWayHandlers();
+    void addPart(CommandId toggle, QWidget& part);
     void addLogPage(const LogSpec& log);
+    void addView(CommandId button, const LogSpec& log, const LogViewSpec& view);
     void addRecentFileActions();
     void updateRecentFiles();
     void updateTitle();
@@ -101,6 +112,10 @@ private:
     DocumentFiles files_;
     Commands* commands_;
     PageArea* pages_;
+    NavigationPane* navigation_;
+    Splitter* splitter_;
+    QToolBar* toolBar_;
+    QMenu* toolBarMenu_; ///< what its menus have
     std::unique_ptr<TableWindows> tableWindows_;
     QLabel* readOnlyStatus_;
     QLabel* warningMark_;

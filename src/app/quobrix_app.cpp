@@ -56,7 +56,6 @@ TQuobrixApp::TQuobrixApp(int& argc, char** argv)
 }
 
 TQuobrixApp::~TQuobrixApp() {
-    units_.removeListener(*this);
     if (frame_)
         events_.note(text(TextId::EventEnded));
 }
@@ -70,7 +69,6 @@ bool TQuobrixApp::start() {
     setWindowIcon(QIcon(QStringLiteral(":/icons/quobrix.svg")));
     units_.setLocale(userLocale());
     const std::optional<Message> unitsProblem = unitStore_.loadAtStartUp();
-    units_.addListener(*this);
     document_ = std::make_unique<TQuobrixDocument>();
     createFrame();
     instance_.receive(
@@ -163,15 +161,6 @@ void TQuobrixApp::openWhenIdle(const fs::path& file, const SingleInstance::Opene
     frame_->openFile(file);
     if (opened)
         opened();
-}
-
-void TQuobrixApp::unitsChanged(UnitsChange, std::optional<UnitTypeId>) {
-    if (!frame_)
-        return;
-    frame_->pages().unitsChanged();
-    for (const QWidget* window : topLevelWidgets())
-        if (window != frame_.get())
-            retextTables(*window);
 }
 
 } // namespace quobrix

@@ -20,7 +20,7 @@
 namespace quobrix {
 
 /// The program: settings, units, the one document and its frame, from start to exit.
-class TQuobrixApp final : public QApplication, private UnitsListener {
+class TQuobrixApp final : public QApplication {
 public:
     TQuobrixApp(int& argc, char** argv);
     ~TQuobrixApp() override;
@@ -40,7 +40,6 @@ private:
     void firstRun();
     /// Calls OPENED (if given) behind it; never, if the window closes before.
     void openWhenIdle(const std::filesystem::path& file, const SingleInstance::Opened& opened = {});
-    void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
 
     /// Of this run: outlives all that it is told by.
     EventLog events_;

@@ -94,6 +94,28 @@ DateTimeColumn& LogSpec::timesOf(const Table& log) const {
     return static_cast<DateTimeColumn&>(log.columnOf(*keys[2]));
 }
 
+RecordKey LogSpec::keyOf(const Table& log, RowIndex row) const {
+    return {loggersOf(log).at(row), recordsOf(log).at(row),
+            keys.size() > 3 ? log.columnOf(*keys[3]).value(row) : Value()};
+}
+
+std::optional<RowIndex> LogSpec::rowOf(const Table& log, const RecordKey& wanted) const {
+    const RecordColumn& identities = recordsOf(log);
+    for (RowIndex row = 0; row < log.rowCount(); ++row)
+        if (identities.at(row) == wanted.identity && keyOf(log, row) == wanted)
+            return row;
+    return std::nullopt;
+}
+
+std::optional<RowIndex> LogSpec::latest(const Table& log) const {
+    const DateTimeColumn& times = timesOf(log);
+    std::optional<RowIndex> result;
+    for (RowIndex row = 0; row < log.rowCount(); ++row)
+        if (!result || times.at(row) >= times.at(*result)) // no time is the smallest one
+            result = row;
+    return result;
+}
+
 ShownText LogSpec::recordHeading() const {
     return plainHeading(static_cast<const Column&>(*recordColumn()->create()).spec());
 }

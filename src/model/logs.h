@@ -41,6 +41,14 @@ using RecordTables = std::vector<RecordTable> (*)(const Table* log, std::optiona
                                                   const TextContext& context);
 using RecordTotals = std::vector<ShownText> (*)(std::span<const TableRows> records, const TextContext& context);
 
+/// What tells a record from all others of its log, whatever rows come and go beside its own.
+struct RecordKey {
+    std::string logger;
+    RecordIdentity identity;
+    Value code; ///< nothing in logs whose records have none
+    bool operator==(const RecordKey&) const = default;
+};
+
 /// A log, as model/logs.def describes it.
 struct LogSpec {
     LogId id;
@@ -70,6 +78,12 @@ struct LogSpec {
     RecordColumn& recordsOf(const Table& log) const;
     LoggerColumn& loggersOf(const Table& log) const;
     DateTimeColumn& timesOf(const Table& log) const;
+    /// ROW must be below the row count of LOG.
+    RecordKey keyOf(const Table& log, RowIndex row) const;
+    /// Nothing if there is no such record.
+    std::optional<RowIndex> rowOf(const Table& log, const RecordKey& wanted) const;
+    /// The one that began last; nothing if there are none.
+    std::optional<RowIndex> latest(const Table& log) const;
     /// The columns of its list on the command line.
     std::span<const PersistentType* const> list() const { return ownList.empty() ? summary : ownList; }
     /// The ways in which it can be looked at.

@@ -21,15 +21,9 @@ LogList::LogList(const ViewContext& context, const LogSpec& spec, QWidget* paren
                    parent),
       spec_(spec) {
     connect(this, &TSpreadsheet::currentRowChanged, this, [this] {
-        if (const auto row = currentRow())
-            current_ = keyOf(*row);
+        if (const auto row = currentRow(); row && log_)
+            current_ = spec_.keyOf(*log_, *row);
     });
-}
-
-std::optional<LogList::Key> LogList::keyOf(RowIndex row) const {
-    if (!records_ || !loggers_)
-        return std::nullopt;
-    return Key{loggers_->at(row), records_->at(row)};
 }
 
 void LogList::show(const Table* log) {
@@ -37,8 +31,7 @@ void LogList::show(const Table* log) {
     if (log)
         for (const PersistentType* type : spec_.summary)
             columns.push_back({&log->columnOf(*type)});
-    records_ = log ? &spec_.recordsOf(*log) : nullptr;
-    loggers_ = log ? &spec_.loggersOf(*log) : nullptr;
+    log_ = log;
     {
         const QSignalBlocker onlyOneChange(this);
         setColumns(std::move(columns));
@@ -58,12 +51,11 @@ void LogList::makeCurrent() {
     const std::span<const RowIndex> rows = model().rows();
     if (rows.empty())
         return;
-    RowIndex row = *std::ranges::max_element(rows);
-    for (const RowIndex each : rows)
-        if (current_ && records_->at(each) == current_->identity && keyOf(each) == current_)
-            row = each;
+    std::optional<RowIndex> row = current_ ? spec_.rowOf(*log_, *current_) : std::nullopt;
+    if (!row || !model().placeOf(*row))
+        row = *std::ranges::max_element(rows);
     if (currentRow() != row)
-        setCurrentRow(row);
+        setCurrentRow(*row);
 }
 
 } // namespace quobrix

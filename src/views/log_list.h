@@ -1,6 +1,5 @@
 #pragma once
 
-#include "model/log_columns.h"
 #include "model/logs.h"
 #include "views/page.h"
 
@@ -16,24 +15,18 @@ public:
     /// becomes so where there was none.
     void show(const Table* log);
 
+    /// What the current record is known by; nothing if there is none.
+    const std::optional<RecordKey>& current() const { return current_; }
+
     /// As Page::printable.
     std::optional<Report> printable(const std::optional<RecordRange>& range);
 
 private:
-    /// What tells a record from all others of its log.
-    struct Key {
-        std::string logger;
-        RecordIdentity identity;
-        bool operator==(const Key&) const = default;
-    };
-
-    std::optional<Key> keyOf(RowIndex row) const;
     void makeCurrent();
 
     const LogSpec& spec_;
-    const RecordColumn* records_ = nullptr;
-    const LoggerColumn* loggers_ = nullptr;
-    std::optional<Key> current_;
+    const Table* log_ = nullptr;
+    std::optional<RecordKey> current_;
 };
 
 } // namespace quobrix

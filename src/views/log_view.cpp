@@ -55,17 +55,11 @@ LogView::LogView(const ViewContext& context, const LogSpec& spec)
     connect(summary_, &TSpreadsheet::currentRowChanged, this, &LogView::currentRecordChanged);
     connect(summary_, &TSpreadsheet::rowActivated, this, [this] { showView(LogViewKind::Report); });
     connect(summary_, &TSpreadsheet::orderChanged, this, &LogView::currentRecordChanged);
-    // Names and comments are edited elsewhere, too.
-    connect(&summary_->model(), &QAbstractItemModel::dataChanged, this, [this] {
-        showRecordName();
-        if (tab().spec.kind == LogViewKind::Report)
-            showCurrentRecord();
-    });
     connect(tabs_, &QTabWidget::currentChanged, this, [this] {
         showCurrentRecord();
         setFocusProxy(tabs_->currentWidget());
         focusView();
-        emit titleChanged();
+        emit placeChanged();
     });
     auto* back = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     back->setContext(Qt::WidgetWithChildrenShortcut);
@@ -102,17 +96,17 @@ QWidget* LogView::makeNavigator() {
         addAction(result);
         return result;
     };
-    previous_ = action("previous", tr("Previous %1"), Qt::Key_Left, -1);
-    next_ = action("next", tr("Next %1"), Qt::Key_Right, 1);
+    previous_ = action("previous", tr("Previous %1"), Qt::Key_Up, -1);
+    next_ = action("next", tr("Next %1"), Qt::Key_Down, 1);
     record_ = new QLabel;
     record_->setObjectName(partName("current", spec_));
     auto* navigator = new QWidget;
     auto* layout = new QHBoxLayout(navigator);
     layout->setContentsMargins(0, 0, 8, 0);
     layout->setSpacing(4);
-    layout->addWidget(arrowButton(previous_, Qt::LeftArrow));
+    layout->addWidget(arrowButton(previous_, Qt::UpArrow));
     layout->addWidget(record_);
-    layout->addWidget(arrowButton(next_, Qt::RightArrow));
+    layout->addWidget(arrowButton(next_, Qt::DownArrow));
     return navigator;
 }
 
@@ -120,13 +114,56 @@ const LogView::Tab& LogView::tab() const { return views_[static_cast<std::size_t
 
 const Table* LogView::log() const { return context_.document.log(spec_); }
 
-QString LogView::title() const {
+std::vector<PathPart> LogView::path() const {
+    using enum PathPart::Leads;
     const auto row = summary_->currentRow();
-    return toQt(row ? viewTitle(spec_, tab().spec, context_.units.formatInteger(static_cast<std::int64_t>(*row) + 1))
-                    : viewTitle(spec_, views_.front().spec, {}));
+    const QStringList names =
+        toQt(row ? viewTitle(spec_, tab().spec, context_.units.formatInteger(static_cast<std::int64_t>(*row) + 1))
+                 : viewTitle(spec_, views_.front().spec, {}))
+            .split(kPathSeparator);
+    if (names.size() < 2)
+        return {{names[0]}};
+    const PagePlace here = place();
+    const auto part = [&](const QString& name, LogViewKind kind) {
+        const bool list = kind == LogViewKind::Summary;
+        PagePlace there{views_[static_cast<std::size_t>(tabOf(kind))].spec.page, here.record, list};
+        return PathPart{name, there.shows(here) ? Nowhere : ToPlace, std::move(there)};
+    };
+    std::vector<PathPart> path{{names[0], ToMenu, {}}, part(names[1], LogViewKind::Summary)};
+    for (qsizetype i = 2; i + 1 < names.size(); ++i) // the record
+        path.push_back(part(names[i], LogViewKind::Report));
+    if (names.size() > 2)
+        path.push_back({names.back()});
+    return path;
+}
+
+PagePlace LogView::place() const {
+    const std::optional<RecordKey> record = summary_->currentRow() ? summary_->current() : std::nullopt;
+    return {tab().spec.page, record, tab().spec.kind == LogViewKind::Summary};
+}
+
+bool LogView::has(const PagePlace& place) const {
+    return place.list || (log() && place.record && spec_.rowOf(*log(), *place.record));
+}
+
+void LogView::goTo(const PagePlace& place) {
+    const auto row = log() && place.record ? spec_.rowOf(*log(), *place.record) : std::nullopt;
+    // Only a record that is to be seen by itself is worth a filter.
+    if (row && row != summary_->currentRow() && (!place.list || summary_->model().placeOf(*row)))
+        summary_->setCurrentRow(*row);
+    for (const Tab& tab : views_)
+        if (tab.spec.page == place.view)
+            showView(tab.spec.kind);
 }
 
 void LogView::refresh() { summary_->show(log()); }
+
+/// What a report tells may be in other records, and in other logs.
+void LogView::edited() {
+    showRecordName();
+    if (tab().spec.kind == LogViewKind::Report)
+        showCurrentRecord();
+}
 
 void LogView::showCell(std::string_view columnKey, RowIndex row) {
     showView(LogViewKind::Summary);
@@ -140,7 +177,8 @@ void LogView::showRecord(RowIndex row) {
 
 void LogView::unitsChanged() {
     retextTables(*this);
-    emit titleChanged();
+    edited();
+    emit placeChanged();
 }
 
 std::optional<Report> LogView::printable(const std::optional<RecordRange>& range) const {
@@ -149,9 +187,14 @@ std::optional<Report> LogView::printable(const std::optional<RecordRange>& range
 }
 
 void LogView::showView(LogViewKind kind) {
+    if (const int tab = tabOf(kind); tab >= 0)
+        tabs_->setCurrentIndex(tab);
+}
+
+/// -1 if there is none.
+int LogView::tabOf(LogViewKind kind) const {
     const auto view = std::ranges::find(views_, kind, [](const Tab& tab) { return tab.spec.kind; });
-    if (view != views_.end())
-        tabs_->setCurrentIndex(static_cast<int>(view - views_.begin()));
+    return view == views_.end() ? -1 : static_cast<int>(view - views_.begin());
 }
 
 void LogView::step(int direction) {
@@ -171,7 +214,7 @@ void LogView::currentRecordChanged() {
     next_->setEnabled(row && summary_->neighbour(*row, 1));
     showRecordName();
     showCurrentRecord();
-    emit titleChanged();
+    emit placeChanged();
 }
 
 void LogView::showRecordName() {

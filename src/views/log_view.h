@@ -14,14 +14,18 @@ class QTabWidget;
 namespace quobrix {
 
 /// A log: the list of its records, and the views of the one that is current in it. Enter in the list opens its report,
-/// Escape goes back to the list, Alt+Left and Alt+Right go to its neighbours in the order of the list.
+/// Escape goes back to the list, Alt+Up and Alt+Down go to its neighbours in the order of the list.
 class LogView final : public Page {
 public:
     /// SPEC must outlive the page.
     LogView(const ViewContext& context, const LogSpec& spec);
 
-    QString title() const override;
+    std::vector<PathPart> path() const override;
+    PagePlace place() const override;
+    bool has(const PagePlace& place) const override;
+    void goTo(const PagePlace& place) override;
     void refresh() override;
+    void edited() override;
     void showCell(std::string_view columnKey, RowIndex row) override;
     void showRecord(RowIndex row) override;
     void unitsChanged() override;
@@ -41,6 +45,7 @@ private:
     void addView(const LogViewSpec& spec);
     QWidget* makeNavigator();
     const Tab& tab() const;
+    int tabOf(LogViewKind kind) const;
     const Table* log() const;
     void step(int direction);
     void currentRecordChanged();

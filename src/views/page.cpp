@@ -9,6 +9,13 @@ namespace quobrix {
 
 SpreadsheetContext ViewContext::spreadsheet() const { return {text(), settings, &document.edits(), prompter, windows}; }
 
+QString Page::title() const {
+    QStringList parts;
+    for (const PathPart& part : path())
+        parts << part.text;
+    return parts.join(kPathSeparator);
+}
+
 Grid shownCells(TSpreadsheet& spreadsheet, const std::optional<RecordRange>& range) {
     const SpreadsheetModel& model = spreadsheet.model();
     const std::vector<int> columns = shownColumns(spreadsheet.view());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/logs.h"
 #include "report/report.h"
 #include "tables/ui/spreadsheet.h"
 
@@ -7,6 +8,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace quobrix {
 
@@ -35,6 +37,28 @@ struct RecordRange {
     std::int64_t first = 1, last = 0;
 };
 
+/// Where in a page a person is. It leads there again whatever rows come, go and move beside the record's.
+struct PagePlace {
+    int view = 0;                      ///< LogViewSpec::page; 0 for a page that has one view
+    std::optional<RecordKey> record{}; ///< the current one; nothing without records
+    bool list = false;                 ///< all records are in view
+
+    /// The same is in view: a list is the same whichever of its records is current.
+    bool shows(const PagePlace& other) const { return view == other.view && (list || record == other.record); }
+};
+
+/// Between the parts of what stands above a page.
+inline constexpr auto kPathSeparator = QLatin1String(" / ");
+
+/// A part of what stands above a page: "View / Trip Log / Record 12 / Report".
+struct PathPart {
+    enum class Leads { Nowhere, ToMenu, ToPlace };
+
+    QString text;
+    Leads leads = Leads::Nowhere;
+    PagePlace place{}; ///< of this page
+};
+
 /// A page of the main frame. Pages hold no data of their own, and end before the document gets other content.
 class Page : public QWidget {
     Q_OBJECT
@@ -42,10 +66,22 @@ public:
     using QWidget::QWidget;
 
     /// What stands above the page; empty: nothing.
-    virtual QString title() const { return {}; }
+    virtual std::vector<PathPart> path() const { return {}; }
+    /// The same in words.
+    QString title() const;
+
+    /// What of the page is in view.
+    virtual PagePlace place() const { return {}; }
+    /// Whether PLACE is still there: its record may be gone.
+    virtual bool has(const PagePlace&) const { return true; }
+    /// Brings PLACE, which is there, into view.
+    virtual void goTo(const PagePlace&) {}
 
     /// Rows of the document or names have changed: show what there is now.
     virtual void refresh() {}
+
+    /// After every edit, undo and redo, which tables have followed already: show what there is now.
+    virtual void edited() { refresh(); }
 
     /// Brings a cell of the page's table into view: the row at least, where the column is not shown.
     virtual void showCell(std::string_view /*columnKey*/, RowIndex /*row*/) {}
@@ -61,7 +97,8 @@ public:
     virtual std::optional<Report> printable(const std::optional<RecordRange>& /*range*/) const { return {}; }
 
 signals:
-    void titleChanged();
+    /// Another view or record is in view, or what stands above it reads otherwise.
+    void placeChanged();
     /// A person follows a link of a report.
     void linkFollowed(quobrix::RecordLink link);
 };

@@ -72,7 +72,9 @@ TEST_F(MainFrameTest, CommandsWithoutHandlersSaySo) {
         if (row.name.empty() || row.kind == MenuRow::Kind::RecentFiles)
             continue;
         const bool handled = frame_.commands().handled(row.id);
-        EXPECT_EQ(action(row.id)->isEnabled(), handled) << row.name;
+        if (row.kind != MenuRow::Kind::Button) { // which may have nothing to show yet
+            EXPECT_EQ(action(row.id)->isEnabled(), handled) << row.name;
+        }
         EXPECT_FALSE(action(row.id)->associatedObjects().isEmpty()) << row.name << " is in no menu";
         EXPECT_NE(action(row.id)->statusTip().endsWith(QLatin1String("(not available yet)")), handled) << row.name;
         EXPECT_NE(action(row.id)->toolTip().endsWith(QLatin1String("(not available yet)")), handled) << row.name;
@@ -265,7 +267,7 @@ TEST_F(MainFrameTest, PagesAreMadeWhenShown) {
     struct Counting final : Page {
         explicit Counting(int& alive) : alive_(alive) { ++alive_; }
         ~Counting() override { --alive_; }
-        QString title() const override { return QStringLiteral("Counting"); }
+        std::vector<PathPart> path() const override { return {{QStringLiteral("Counting")}}; }
         int& alive_;
     };
     int alive = 0, made = 0;

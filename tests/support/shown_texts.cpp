@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QMetaProperty>
 #include <QTabBar>
+#include <QTextDocumentFragment>
 
 #include <algorithm>
 #include <string_view>
@@ -34,6 +35,11 @@ void add(SeenTexts& all, const QString& where, std::initializer_list<QString> te
             all.push_back({where, text});
 }
 
+/// What a person sees of TEXT.
+QString plainText(const QString& text) {
+    return Qt::mightBeRichText(text) ? QTextDocumentFragment::fromHtml(text).toPlainText() : text;
+}
+
 void addOwn(SeenTexts& all, QWidget& widget) {
     const QString where = nameOf(widget);
     constexpr std::string_view kNotShown[] = {"objectName", "styleSheet", "inputMask", "windowFilePath",
@@ -43,7 +49,7 @@ void addOwn(SeenTexts& all, QWidget& widget) {
         if (const QMetaProperty property = type.property(i);
             property.metaType().id() == QMetaType::QString &&
             std::ranges::find(kNotShown, property.name()) == std::end(kNotShown))
-            add(all, where, {property.read(&widget).toString()});
+            add(all, where, {plainText(property.read(&widget).toString())});
     if (const auto* tabs = qobject_cast<const QTabBar*>(&widget))
         for (int i = 0; i < tabs->count(); ++i)
             add(all, where, {tabs->tabText(i), tabs->tabToolTip(i)});
