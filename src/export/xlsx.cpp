@@ -165,11 +165,8 @@ private:
             return;
         if (kind == ColumnKind::Real && real && std::isfinite(*real))
             writeNumber(line, at, context_.units.toDisplay(column.unitOf(row), *real), format);
-        else if (kind == ColumnKind::DateTime && whole)
-            writeNumber(line, at,
-                        kFirstOf1970 +
-                            inDays(secondsFromFields(context_.zone.toLocal(static_cast<std::int32_t>(*whole)))),
-                        format);
+        else if (kind == ColumnKind::DateTime && whole && showsDate(shown, *whole))
+            writeNumber(line, at, kFirstOf1970 + inDays(secondsFromFields(local(*whole))), format);
         else if (column.isElapsedTime() && whole && *whole >= 0)
             writeNumber(line, at, inDays(*whole), format);
         else if (kind == ColumnKind::Integer && whole && !column.isElapsedTime())
@@ -177,6 +174,12 @@ private:
         else
             return writeText(line, at, shown);
         widen(at, shown);
+    }
+
+    DateTime local(std::int64_t time) const { return context_.zone.toLocal(static_cast<std::int32_t>(time)); }
+    /// Some times are shown otherwise than by the user's clock.
+    bool showsDate(std::string_view shown, std::int64_t time) const {
+        return shown.find(dateTimeText(context_.units, local(time))) != std::string_view::npos;
     }
 
     static double inDays(std::int64_t seconds) {

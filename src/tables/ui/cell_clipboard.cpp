@@ -1,5 +1,6 @@
 #include "tables/ui/cell_clipboard.h"
 
+#include "base/markup.h"
 #include "tables/ui/spreadsheet_model.h"
 
 #include <QClipboard>
@@ -14,6 +15,8 @@ namespace {
 const QString kExactCells = QStringLiteral("application/x-quobrix-cells");
 /// The form that they are in: a row of the date order, the decimal separator and the thousands separator.
 const QString kForm = QStringLiteral("application/x-quobrix-cells-form");
+/// More are for other spreadsheet programs only, which read the tabbed text.
+constexpr std::size_t kMostHtmlCells = 100'000;
 
 template <class TextOf>
 QByteArray blockText(const CellBlock& block, const TextOf& textOf) {
@@ -26,6 +29,22 @@ QByteArray blockText(const CellBlock& block, const TextOf& textOf) {
 
 std::optional<TabbedText> textsOf(const QByteArray& bytes) {
     return TabbedText::parse({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+}
+
+/// BLOCK as a table for word processors, mails and other spreadsheet programs. These take no text for a formula.
+QString htmlTable(const SpreadsheetModel& model, const CellBlock& block) {
+    std::string html = "<html><head><meta charset=\"utf-8\"></head><body><table>\n";
+    for (const int place : block.places) {
+        html += "<tr>";
+        for (const int column : block.columns) {
+            html += model.isFigure(column) ? "<td align=\"right\">" : "<td style=\"mso-number-format:'\\@'\">";
+            for (const char c : escapeMarkup(model.text(place, column).toStdString()))
+                html += c == '\n' ? std::string("<br>") : std::string(1, c);
+            html += "</td>";
+        }
+        html += "</tr>\n";
+    }
+    return QString::fromStdString(html + "</table></body></html>\n");
 }
 
 QByteArray writeForm(const TUnitSystem& units) {
@@ -60,11 +79,14 @@ void copyCells(const SpreadsheetModel& model, const CellBlock& block, const TUni
     QString shown =
         QString::fromUtf8(blockText(block, [&](int place, int column) { return model.text(place, column); }));
     // A lone text is pasted into fields, too: these want neither line break nor quotation marks that were not there.
-    if (block.places.size() == 1 && block.columns.size() == 1)
+    const bool alone = block.places.size() == 1 && block.columns.size() == 1;
+    if (alone)
         if (const QString text = model.text(block.places.front(), block.columns.front());
             !text.contains(QRegularExpression(QStringLiteral("^\"|[\t\r\n]"))))
             shown = text;
     data->setText(shown);
+    if (!alone && block.places.size() * block.columns.size() <= kMostHtmlCells)
+        data->setHtml(htmlTable(model, block));
     data->setData(kExactCells, blockText(block, [&](int place, int column) { return model.exactText(place, column); }));
     data->setData(kForm, writeForm(units));
     QGuiApplication::clipboard()->setMimeData(data);

@@ -54,6 +54,21 @@ TEST_F(SpreadsheetCommandsTest, CopyAndPasteKeepAllOfAValue) {
     EXPECT_EQ(speed(3), 13.0) << "in one step";
 }
 
+TEST_F(SpreadsheetCommandsTest, CellsAreCopiedAsATableToo) {
+    table_.column<SampleName>().set(0, "=1+1\n<b>");
+    table_.column<SampleName>().set(1, "");
+    select(0, S::Name, 1, S::Speed);
+    press(Qt::Key_C, Qt::ControlModifier);
+    const QMimeData& copied = *QApplication::clipboard()->mimeData();
+    EXPECT_TRUE(copied.html().contains("<tr><td style=\"mso-number-format:'\\@'\">=1+1<br>&lt;b&gt;</td>"
+                                       "<td align=\"right\">22 MPH</td></tr>\n"
+                                       "<tr><td style=\"mso-number-format:'\\@'\"></td>"))
+        << copied.html().toStdString();
+    select(0, S::Name, 0, S::Name);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_FALSE(QApplication::clipboard()->mimeData()->hasHtml()) << "one cell is pasted as text";
+}
+
 TEST_F(SpreadsheetCommandsTest, WhatWasCopiedIsReadInTheFormOfThen) {
     table_.column<SampleTime>().set(0, 1'709'510'400); // 4 March 2024
     table_.column<SampleTime>().set(1, 1'709'510'400);
