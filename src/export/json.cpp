@@ -80,6 +80,7 @@ std::string jsonOf(const Column& column) {
             values.push_back(series->base(i));
         samples.add("parameter", jsonNumber(series->parameter()));
         samples.add("interval", jsonNumber(series->interval()));
+        samples.add("twoValues", series->twoValues() ? "true" : "false");
         samples.add("values", jsonArray(values, [](double v) { return jsonValue(hasValue(v) ? Value(v) : Value()); }));
         return samples.text();
     }

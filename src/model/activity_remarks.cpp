@@ -55,6 +55,8 @@ void ActivityRemarksColumn::refresh() const {
         const LoggerColumn& loggers = log->loggersOf(*records);
         const DateTimeColumn& times = endTimes(*log, *records);
         for (RowIndex row = 0; row < records->rowCount(); ++row) {
+            if (!times.has(row))
+                continue;
             History& history = histories_[loggers.at(row)];
             history.records.push_back(times.at(row));
             if (log->id == LogId::Activity && (events.at(row) == 1 || events.at(row) == 2))

@@ -28,7 +28,7 @@ th:last-child,td:last-child{{padding-right:0}}
 thead th{{color:var(--secondary-text);border-bottom:1px solid var(--rule)}}
 .figure{{text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}}
 svg{{display:block;max-width:100%;height:auto;margin:.6em 0;break-inside:avoid}}
-td svg{{display:inline-block;margin:0 .8em 0 0;vertical-align:middle}}
+td svg{{float:left;margin:0 .8em 0 0}}
 :root{{color-scheme:light dark;{light}}}
 @media screen and (prefers-color-scheme:dark){{:root{{{dark}}}}}
 @page{{margin:15mm}}

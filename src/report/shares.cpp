@@ -7,7 +7,7 @@ namespace quobrix {
 namespace {
 
 // In sizes of the body's font.
-constexpr double kLeastTrack = 6.5;
+constexpr double kLeastTrack = 4;
 constexpr double kBarHeight = 0.95;
 constexpr double kLeastFilled = 0.25; // or a short time would look like none
 

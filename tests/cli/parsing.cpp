@@ -1,5 +1,6 @@
 #include "cli/parsing.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <regex>
 #include <stdexcept>
@@ -49,6 +50,48 @@ JsonValue valueOf(std::string_view token) {
 }
 
 } // namespace
+
+std::map<std::string, JsonValue> jsonLeaves(std::string_view text) {
+    std::map<std::string, JsonValue> leaves;
+    std::size_t at = 0;
+    const auto next = [&] {
+        at = std::min(text.find_first_not_of(" \n\r\t", at), text.size());
+        return at < text.size() ? text[at] : '\0';
+    };
+    const auto token = [&] { // a text, a number or a word
+        const std::size_t begin = at;
+        if (next() == '"')
+            for (++at; at < text.size() && text[at] != '"'; ++at)
+                at += text[at] == '\\';
+        at = text[begin] == '"' ? at + 1 : std::min(text.find_first_of(",:]} \n", at), text.size());
+        if (at > text.size() || at == begin)
+            throw std::runtime_error("no JSON: " + std::string(text.substr(begin, 40)));
+        return text.substr(begin, at - begin);
+    };
+    const auto read = [&](const auto& self, const std::string& path) -> void {
+        const char open = next();
+        if (open != '{' && open != '[') {
+            leaves.emplace(path, valueOf(token()));
+            return;
+        }
+        ++at;
+        const char close = open == '{' ? '}' : ']';
+        for (std::size_t place = 0; next() != close; ++place) {
+            if (place > 0 && text[at++] != ',')
+                throw std::runtime_error("no comma behind " + path);
+            next();
+            std::string key = open == '[' ? std::to_string(place) : unquoted(token());
+            if (open == '{' && (next() != ':' || ++at > text.size()))
+                throw std::runtime_error("no colon behind " + key);
+            self(self, path.empty() ? key : path + "." + key);
+        }
+        ++at;
+    };
+    read(read, {});
+    if (next() != '\0')
+        throw std::runtime_error("more than one value");
+    return leaves;
+}
 
 std::vector<JsonRecord> parseJson(std::string_view text) {
     const std::vector<std::string_view> tokens = tokensOf(text);

@@ -166,8 +166,9 @@ TEST_F(SelectionOnTheCommandLine, NestsWhatARecordOwnsUnderTheKeysThatColumnsTel
     const std::string columns = cli({"columns", "trips", "--format", "json"}).out;
     for (const char* words :
          {"\"TTripLogSampleSpeedColumn\":{\"interval\":1,\"values\":[0,0.2777777777777778,",
-          "\"TTripLogParameter1Column\":{\"parameter\":2,\"interval\":2,\"values\":[13.333333333333334,null,",
-          "\"TTripLogParameter4Column\":{\"parameter\":0,\"interval\":1,\"values\":[]}",
+          "\"TTripLogParameter1Column\":{\"parameter\":2,\"interval\":2,\"twoValues\":false,\"values\":[13."
+          "333333333333334,null,",
+          "\"TTripLogParameter4Column\":{\"parameter\":0,\"interval\":1,\"twoValues\":false,\"values\":[]}",
           "\"TTripLogSpeedBandToColumn\":[0,20.1168,26.8224,31.2928,null]",
           "\"TTripLogHardBrakeTimesColumnColumn\":[30,500],\"TTripLogPanicBrakeTimesColumnColumn\":[61]"})
         EXPECT_NE(json.find(words), std::string::npos) << words << "\n" << json;

@@ -24,5 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             !(trip.maximumSpeed < 256) || !(trip.distance <= static_cast<double>(longest) * 256 / 3.6))
             std::abort();
     }
+    for (const quobrix::TroubleRecord& trouble : records.troubles)
+        for (const char c : trouble.code)
+            if (c < ' ' || c > '~' || trouble.code.size() > 8)
+                std::abort();
     return 0;
 }

@@ -71,32 +71,32 @@ TEST_F(ActivityLog, RemarksTellWhatIsWorthALook) {
     const auto remark = [&](std::int32_t event, std::int32_t time, const char* logger = kLogger) {
         return text<TSecurityLogRemarksColumn>(add(event, time, logger));
     };
-    EXPECT_EQ(remark(5, 100), "This file holds no earlier record of this Quobrix.");
+    add(3, kNone); // of which the time was lost
+    EXPECT_EQ(remark(5, 100), "This file has no earlier record of it.");
     EXPECT_EQ(remark(0, 110), "") << "it was never disconnected";
     TTripLogTable& trips = document_.trips();
     trips.insertRows(0, 1);
     trips.column<TTripLogStartTimeColumn>().set(0, 1000);
     trips.column<TTripLogEndTimeColumn>().set(0, 5000);
     trips.column<TTripLogQuobrixSerialNumberColumn>().set(0, kLogger);
-    EXPECT_EQ(remark(5, 5000 + 119), "Cleared 119 seconds after the last record of this Quobrix in this file.");
-    EXPECT_EQ(remark(5, 5000 + 119), "Cleared 0 seconds after the last record of this Quobrix in this file.");
-    EXPECT_EQ(remark(7, 5119 + 120), "Cleared 2 minutes after the last record of this Quobrix in this file.");
-    EXPECT_EQ(remark(7, 5239 + 47 * 3600), "Cleared 47 hours after the last record of this Quobrix in this file.");
-    EXPECT_EQ(remark(5, 500'000, kOther), "This file holds no earlier record of this Quobrix.");
+    EXPECT_EQ(remark(5, 5000 + 119), "The last record before it is 119 seconds older.");
+    EXPECT_EQ(remark(5, 5000 + 119), "The last record before it is 0 seconds older.");
+    EXPECT_EQ(remark(7, 5119 + 120), "The last record before it is 2 minutes older.");
+    EXPECT_EQ(remark(7, 5239 + 47 * 3600), "The last record before it is 47 hours older.");
+    EXPECT_EQ(remark(5, 500'000, kOther), "This file has no earlier record of it.");
     EXPECT_EQ(remark(1, 600'000), "");
     EXPECT_EQ(remark(0, 600'000 + 90'000), "Connected again after 25 hours.");
     EXPECT_EQ(remark(2, 700'000), "The Quobrix was disconnected while it recorded a trip.");
     EXPECT_EQ(remark(0, 700'001), "Connected again after 1 second.");
     EXPECT_EQ(remark(0, 700'001, kOther), "");
     EXPECT_EQ(remark(0, 700'000 + 5 * 86'400), "Connected again after 5 days.");
-    EXPECT_EQ(remark(4, 700'000), "The clock was altered, so that times before and after it may not fit together.");
+    EXPECT_EQ(remark(4, 700'000), "Times before and after it may not fit together.");
     for (const std::int32_t event : {3, 6, 20, 21, -1, kNone})
         EXPECT_EQ(remark(event, 800'000), "");
     // What comes later changes what is told of those before.
-    EXPECT_EQ(text<TSecurityLogRemarksColumn>(0), "This file holds no earlier record of this Quobrix.");
+    EXPECT_EQ(text<TSecurityLogRemarksColumn>(1), "This file has no earlier record of it.");
     add(20, 40);
-    EXPECT_EQ(text<TSecurityLogRemarksColumn>(0),
-              "Cleared 60 seconds after the last record of this Quobrix in this file.");
+    EXPECT_EQ(text<TSecurityLogRemarksColumn>(1), "The last record before it is 60 seconds older.");
 }
 
 } // namespace

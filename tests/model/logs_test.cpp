@@ -28,6 +28,11 @@ TEST(Logs, AreDescribedByColumnsOfTheirTables) {
                         std::ranges::find(table.spec().computed, column) != table.spec().computed.end())
                 << column->name;
         EXPECT_EQ(log.summary.front(), log.recordColumn());
+        std::vector<std::ptrdiff_t> places; // of those that are the document's; computed ones stand where they explain
+        for (const PersistentType* column : log.summary)
+            if (const auto found = std::ranges::find(table.spec().columns, column); found != table.spec().columns.end())
+                places.push_back(found - table.spec().columns.begin());
+        EXPECT_TRUE(std::ranges::is_sorted(places)) << log.key << " in another order than its table";
         EXPECT_EQ(log.views().front().kind, LogViewKind::Summary);
         EXPECT_EQ(logOfClass(log.table.name), log.title);
     }

@@ -77,7 +77,7 @@ TEST(Shares, AreBarsInProportionToTheWhole) {
                 bars.push_back(bar->box);
         EXPECT_EQ(bars, c.bars) << c.text;
     }
-    EXPECT_EQ(drawShare("", 1, 0, measure).size.width, 65) << "wide enough to be seen";
+    EXPECT_EQ(drawShare("", 1, 0, measure).size.width, 40) << "wide enough to be seen";
 }
 
 } // namespace

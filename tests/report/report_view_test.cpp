@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -76,6 +77,28 @@ TEST_F(ReportViewTest, ALinkIsFollowedByMouseAndKeyboard) {
     view_.setReport(report("Trip 3")); // which ends the button meanwhile
     QApplication::processEvents();
     EXPECT_EQ(followed, (std::vector{RecordLink{200, 2}, RecordLink{200, 2}}));
+}
+
+TEST_F(ReportViewTest, CardsStandSideBySideWhereBothHaveRoom) {
+    const auto sideBySide = [&](int width, std::size_t columns) {
+        const Grid grid{std::vector<Grid::Column>(columns, {"Heading"}),
+                        {std::vector<std::string>(columns, "12345 km/h")}};
+        view_.resize(width, 600);
+        view_.setReport({"Trip", {Heading{"One"}, grid, Heading{"Two"}, grid}});
+        QApplication::processEvents();
+        EXPECT_EQ(view_.horizontalScrollBar()->maximum(), 0) << width;
+        const auto top = [&](const char* section) {
+            for (const QFrame* frame : view_.findChildren<QFrame*>())
+                if (frame->accessibleName() == QLatin1String(section))
+                    return frame->y();
+            return -1;
+        };
+        return top("One") == top("Two");
+    };
+    EXPECT_TRUE(sideBySide(1000, 2));
+    EXPECT_FALSE(sideBySide(1000, 6)) << "they would not fit";
+    EXPECT_TRUE(sideBySide(1700, 6));
+    EXPECT_FALSE(sideBySide(600, 2));
 }
 
 TEST_F(ReportViewTest, AValueStandsBesideItsNameWhicheverWayItIsRead) {

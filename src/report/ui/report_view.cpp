@@ -15,6 +15,8 @@
 #include <QPushButton>
 #include <QScrollBar>
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -185,7 +187,15 @@ void ReportView::setReport(Report report) {
 }
 
 void ReportView::arrange() {
-    const int columns = viewport()->width() >= kTwoColumnWidth ? 2 : 1;
+    // Two, if nothing has to be scrolled to the side for it.
+    int least = 2 * kMargin + (grid_ ? grid_->horizontalSpacing() : 0);
+    for (std::size_t column = 0; column < 2; ++column) {
+        int widest = 0;
+        for (std::size_t i = column; i < cards_.size(); i += 2)
+            widest = std::max(widest, cards_[i]->minimumSizeHint().width());
+        least += widest;
+    }
+    const int columns = viewport()->width() >= std::max(kTwoColumnWidth, least) ? 2 : 1;
     if (!grid_ || columns == columns_)
         return;
     columns_ = columns;
