@@ -43,8 +43,11 @@ void useTranslation(const std::vector<std::filesystem::path>& folders, const std
             const Result<Bytes> bytes = readFile(folder / "translations" / (language + ".mo"), kMaxTranslation);
             if (!bytes)
                 continue;
-            if (auto translation = readTranslation(*bytes); translation)
-                return setCatalogue(*std::move(translation));
+            if (auto translation = readTranslation(*bytes); translation) {
+                std::string name = language;
+                std::ranges::replace(name, '_', '-');
+                return setCatalogue(*std::move(translation), std::move(name));
+            }
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "base/markup.h"
 #include "drawing/svg.h"
+#include "texts/catalogue.h"
 
 #include <fmt/format.h>
 
@@ -39,11 +40,11 @@ class HtmlRenderer {
 public:
     explicit HtmlRenderer(const Report& report) {
         const std::string title = escapeMarkup(report.title);
-        put("<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"en\">\n<head>\n"
+        put("<!DOCTYPE html>\n<html xmlns=\"http://www.w3.org/1999/xhtml\" lang=\"{}\">\n<head>\n"
             "<meta charset=\"utf-8\"/>\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n"
             "<title>{}</title>\n<style>\n",
-            title);
+            escapeMarkup(textLanguage()), title);
         put(kStyle, fmt::arg("size", kTextSize), fmt::arg("family", kFontFamily),
             fmt::arg("light", cssColours(kLightPalette)), fmt::arg("dark", cssColours(kDarkPalette)));
         put("</style>\n</head>\n<body>\n<main>\n<h1>{}</h1>\n", title);

@@ -5,14 +5,23 @@
 namespace quobrix {
 namespace {
 
-std::shared_ptr<const Catalogue>& current() {
-    static std::shared_ptr<const Catalogue> catalogue;
-    return catalogue;
+struct Current {
+    std::shared_ptr<const Catalogue> catalogue;
+    std::string language = "en";
+};
+
+Current& current() {
+    static Current current;
+    return current;
 }
 
 } // namespace
 
-void setCatalogue(std::shared_ptr<const Catalogue> catalogue) { current() = std::move(catalogue); }
-const Catalogue* catalogue() { return current().get(); }
+void setCatalogue(std::shared_ptr<const Catalogue> catalogue, std::string language) {
+    current() = {std::move(catalogue), std::move(language)};
+}
+
+const Catalogue* catalogue() { return current().catalogue.get(); }
+const std::string& textLanguage() { return current().language; }
 
 } // namespace quobrix

@@ -19,9 +19,10 @@ public:
                                             std::optional<std::uint64_t> count) const = 0;
 };
 
-/// What every text is looked up in from now on; without one, they are English. To be set before other threads are
-/// started: texts that have been shown stay as they are.
-void setCatalogue(std::shared_ptr<const Catalogue> catalogue);
+/// What every text is looked up in from now on, and its language as BCP 47 names it ("pt-BR"); without one, they are
+/// English. To be set before other threads are started: texts that have been shown stay as they are.
+void setCatalogue(std::shared_ptr<const Catalogue> catalogue, std::string language = "en");
 const Catalogue* catalogue();
+const std::string& textLanguage();
 
 } // namespace quobrix

@@ -1,6 +1,7 @@
 #include "units/unit_system_store.h"
 
 #include "base/fold_case.h"
+#include "base/path_text.h"
 #include "platform/file_system.h"
 #include "texts/text.h"
 #include "units/unit_system_file.h"
@@ -19,15 +20,7 @@ constexpr std::string_view kCurrent = "Current Unit System";
 constexpr std::string_view kExtension = ".us";
 constexpr std::size_t kMaxNameSize = 100; // bytes; far below what file systems allow
 
-fs::path fileName(std::string_view system) {
-    const std::string name = std::string(system).append(kExtension);
-    return fs::path(std::u8string(name.begin(), name.end()));
-}
-
-std::string text(const fs::path& path) {
-    const std::u8string utf8 = path.u8string();
-    return {utf8.begin(), utf8.end()};
-}
+fs::path fileName(std::string_view system) { return pathFromUtf8(std::string(system).append(kExtension)); }
 
 /// Names that one of the systems the program runs on keeps for devices, whatever extension follows.
 bool isDeviceName(std::string_view name) {
@@ -61,7 +54,7 @@ Result<void> removeFile(const fs::path& file) {
     std::error_code error;
     fs::remove(file, error);
     if (error)
-        return Error{ErrorKind::AccessDenied, quobrix::text(TextId::WithDetail, text(file), error.message())};
+        return Error{ErrorKind::AccessDenied, text(TextId::WithDetail, utf8(file), error.message())};
     return {};
 }
 
@@ -76,7 +69,7 @@ std::vector<std::string> UnitSystemStore::listSystems() const {
         std::error_code error;
         for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
             std::error_code ignored;
-            std::string name = text(entry->path().stem());
+            std::string name = utf8(entry->path().stem());
             if (entry->path().extension() == kExtension && isFileName(name) && entry->is_regular_file(ignored))
                 names.insert(std::move(name));
         }

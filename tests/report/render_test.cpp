@@ -1,5 +1,6 @@
 #include "report/render.h"
 #include "support/fixed_measure.h"
+#include "texts/catalogue.h"
 
 #include <gtest/gtest.h>
 
@@ -43,7 +44,10 @@ TEST(RenderText, HasColumnsOfEvenWidthAndNoPictures) {
 }
 
 TEST(RenderHtml, IsOneAccessiblePage) {
+    setCatalogue(nullptr, "pt-BR");
     const std::string html = renderHtml(report());
+    setCatalogue(nullptr);
+    EXPECT_NE(html.find("lang=\"pt-BR\""), std::string::npos);
     for (const char* part :
          {"<!DOCTYPE html>", "<title>Trip &lt;1&gt;</title>", "<h1>Trip &lt;1&gt;</h1>\n<p>Before all sections.</p>\n",
           "<section>\n<h2>General</h2>\n<dl>\n<dt>Driver</dt><dd>Ann &amp; Bob</dd>\n",
