@@ -123,11 +123,12 @@ public:
         } while (!saved_ && saved_.error().kind == ErrorKind::Exists && openAnother(replaced));
     }
     /// What was merged, if all of it is in a saved document or there was nothing.
-    const MergeResult* safe() const { return result_ && saved_ ? &*result_ : nullptr; }
-    /// Saves what has changed since.
-    void saveAgain() {
-        if (saved_ && document_.hasFile() && document_.modified())
-            saved_ = save(document_, options_.file, prompter_);
+    const MergeResult* safe() const {
+        return result_ && saved_ && (makes_ || result_->nothing()) ? &*result_ : nullptr;
+    }
+    /// Saves what has changed since. Whether that is saved.
+    bool saveAgain() {
+        return !saved_ || !document_.hasFile() || !document_.modified() || save(document_, options_.file, prompter_);
     }
 
     /// Tells what came of it. SETTLED: so did what was to follow.
@@ -154,6 +155,7 @@ public:
 private:
     bool openAnother(const std::function<void()>& replaced) {
         replaced();
+        document_.newDocument(); // what was read is read again
         return openWhatAppeared(document_, options_.file);
     }
 
@@ -181,6 +183,7 @@ ExitCode download(const DownloadOptions& options) {
     DirectCalls calls(connection.link());
     const FlowContext context = intake.context(calls);
     RecoveryFolder recoveries(recoveryFolder());
+    const RecoveryFolder::Document held = heldBy(context.document);
     const LogFile log = downloadLog();
     std::string logger;
     intake.run(
@@ -193,7 +196,7 @@ ExitCode download(const DownloadOptions& options) {
             logger = flow.logger();
             return result;
         },
-        [&] { recoveries.documentSaved(heldBy(context.document)); }, [&] { recoveries.documentReplaced(); });
+        [&] { recoveries.documentSaved(&held); }, [&] { recoveries.documentReplaced(); });
     bool settled = true;
     if (const MergeResult* result = intake.safe(); result && (options.clear || options.setClock)) {
         settled = result->unreadable.empty();
@@ -202,7 +205,7 @@ ExitCode download(const DownloadOptions& options) {
         if (settled && options.setClock)
             settled =
                 ClockFlow(context, intake.text()).synchronizeDownloaded(logger, cleared ? 0 : result->refusedCount());
-        intake.saveAgain();
+        settled = intake.saveAgain() && settled;
     }
     connection.close();
     return intake.finish(settled);

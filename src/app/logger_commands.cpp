@@ -23,7 +23,22 @@
 #include <fmt/printf.h>
 
 namespace quobrix {
-namespace {} // namespace
+namespace {
+
+constexpr int kSummaryShown = 20'000; // ms
+
+/// "12 trips, 1 trouble code"
+ShownText countsOf(const LogRecords& records) {
+    const std::size_t counts[] = {records.trips.size(), records.troubles.size(), records.activities.size(),
+                                  records.stops.size()}; // by LogId
+    std::vector<std::string> parts;
+    for (const LogSpec& log : logs())
+        if (const std::uint64_t count = counts[static_cast<std::size_t>(log.id)]; count > 0)
+            parts.push_back(counted(log.record, log.records, count));
+    return ShownText::asItIs(fmt::format("{}", fmt::join(parts, ", ")));
+}
+
+} // namespace
 
 LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Result<LoggerLibrary> library,
                                const Folders& folders, LoggerSession::Times times)
@@ -32,7 +47,10 @@ LoggerCommands::LoggerCommands(TQuobrixFrame& frame, NamesCommands& names, Resul
       session_(link_, frame.context().settings, frame.prompter(), frame.context().document, frame, times),
       configuration_(frame, session_), newData_(frame.context().settings) {
     addCommands();
-    frame_.whenSaved([this] { recoveries_.documentSaved(heldBy(frame_.context().document)); });
+    frame_.whenSaved([this] {
+        const RecoveryFolder::Document document = heldBy(frame_.context().document);
+        recoveries_.documentSaved(&document);
+    });
     frame_.whenReplaced([this] { recoveries_.documentReplaced(); });
     frame_.whenEdited([this] { // what was taken back is on the logger only, if there
         if (recoveries_.undoneSince())
@@ -162,7 +180,7 @@ void LoggerCommands::showLog() {
 void LoggerCommands::tell(const MergeResult& result) {
     if (result.added() > 0)
         frame_.pages().show(kTripLogPage);
-    frame_.statusBar()->showMessage(toQt(result.summary()));
+    frame_.statusBar()->showMessage(toQt(result.summary()), kSummaryShown);
     Message message = makeMessage(MessageId::DownloadDone, result.summary());
     message.details = ShownText::asItIs(fmt::format("{}", fmt::join(result.refusedLines(), "\n")));
     frame_.prompter().tell(message);
@@ -176,7 +194,7 @@ void LoggerCommands::offerRecovery() {
             offerRecovery(*download);
         else if (const ErrorKind why = download.error().kind;
                  why == ErrorKind::NotADocument || why == ErrorKind::Corrupt)
-            frame_.prompter().tell(makeMessage(MessageId::DownloadNotRecovered, utf8(file)));
+            frame_.prompter().tell(makeMessage(MessageId::DownloadNotRecovered, utf8(recoveries_.setAside(file))));
         else if (why != ErrorKind::InUse)
             frame_.prompter().tell(fileMessage(download.error(), FileAction::Open, utf8(file)));
     }
@@ -188,9 +206,9 @@ void LoggerCommands::offerRecovery(const KeptDownload& download) {
     std::string logger = session_.flows().names(download.serialText);
     if (logger.empty())
         logger = download.serialText;
-    const auto answer =
-        frame_.prompter().chooseAction(makeMessage(MessageId::RecoverDownload, logger, time),
-                                       {SourceText("&Recover"), SourceText("&Later"), SourceText("&Discard")});
+    const auto answer = frame_.prompter().chooseAction(
+        makeMessage(MessageId::RecoverDownload, logger, time, countsOf(parseRecords(download.blocks))),
+        {SourceText("&Recover"), SourceText("&Later"), SourceText("&Discard")});
     NewKeys toName;
     if (answer == 2u && frame_.prompter().ask(makeMessage(MessageId::DiscardDownload, logger, time)) == Answer::Yes)
         recoveries_.discardTaken();

@@ -15,6 +15,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSlider>
+#include <QStyle>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -220,6 +221,12 @@ TTimeDifferenceDialog::TTimeDifferenceDialog(const TimeDifferenceForm& form, QWi
     layout->addWidget(text);
     layout->addSpacing(layout->spacing());
     layout->addWidget(synchronize_);
+    auto* clears = new QLabel(tr("This is done after the download, and clears the Quobrix's memory."));
+    clears->setObjectName(QStringLiteral("SynchronizingClears"));
+    clears->setWordWrap(true);
+    clears->setIndent(style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                      style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
+    layout->addWidget(clears);
     auto* times = new QHBoxLayout;
     times->addWidget(fieldLabel(tr("&Download logs using time as recorded by"), *adjustment_));
     times->addWidget(adjustment_, 1);

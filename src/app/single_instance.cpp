@@ -22,9 +22,7 @@ constexpr char kOpened = 'o';
 constexpr unsigned long kPause = 20; // ms between two attempts to reach a copy that is starting or ending
 
 QString lockName(const std::filesystem::path& folder) {
-    std::error_code ignored;
-    if (std::filesystem::create_directories(folder, ignored)) // else it is as the user wants it
-        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
+    makePrivateFolder(folder);
     return toQtPath(folder) + QStringLiteral("/TQuobrix.lock");
 }
 

@@ -33,7 +33,10 @@ TUnidentifiedVehicleDialog::TUnidentifiedVehicleDialog(const UnidentifiedVehicle
     vehicle_->setObjectName(QStringLiteral("TUnidentifiedVehicleColumn"));
     vehicle_->setEditable(true);
     vehicle_->setInsertPolicy(QComboBox::NoInsert);
-    vehicle_->setToolTip(tr("A vehicle of this file, or the VIN of another one, which has 17 characters"));
+    auto* hint = new QLabel(tr("A vehicle of this file, or the VIN of another one, which has 17 characters."));
+    hint->setObjectName(QStringLiteral("VehicleHint"));
+    hint->setWordWrap(true);
+    vehicle_->setAccessibleDescription(hint->text());
     for (const KnownVehicle& vehicle : form.known)
         vehicle_->addItem(vehicle.name.empty() ? toQt(vehicle.vin)
                                                : tr("%1 (%2)").arg(toQt(vehicle.name), toQt(vehicle.vin)),
@@ -67,6 +70,7 @@ TUnidentifiedVehicleDialog::TUnidentifiedVehicleDialog(const UnidentifiedVehicle
     layout->addSpacing(layout->spacing());
     layout->addWidget(fieldLabel(tr("&Vehicle:"), *vehicle_));
     layout->addWidget(vehicle_);
+    layout->addWidget(hint);
     layout->addWidget(forAll_);
     layout->addSpacing(layout->spacing());
     layout->addWidget(buttons);

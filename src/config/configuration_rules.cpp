@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <set>
@@ -23,11 +23,11 @@ bool ascends(const std::array<double, n>& values, double maximum) {
            std::ranges::adjacent_find(values, std::not_fn(std::less<>())) == values.end();
 }
 
-/// To the bit: what a logger tells that is no number is unchanged, too, where nobody has edited it.
+/// What a logger tells that is no number is the same as long as it is none.
 template <std::size_t n>
 bool edited(const std::array<double, n>& values, const std::array<double, n>& present) {
-    return !std::ranges::equal(values, present, {}, std::bit_cast<std::uint64_t, double>,
-                               std::bit_cast<std::uint64_t, double>);
+    return !std::ranges::equal(values, present,
+                               [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); });
 }
 
 bool hasTwice(const std::array<std::int32_t, QUOBRIX_SLOT_COUNT>& parameters) {

@@ -120,7 +120,7 @@ std::optional<std::int32_t> readCode(Kind kind, std::string_view text) {
 bool readValue(const Field& field, std::string_view text, LoggerConfiguration& configuration) {
     if (field.kind == Kind::Real) {
         double& value = field.real(configuration);
-        return readNumber(text, value) && std::isfinite(value);
+        return readNumber(text, value);
     }
     const std::optional<std::int32_t> code = readCode(field.kind, text);
     if (code)
@@ -129,7 +129,9 @@ bool readValue(const Field& field, std::string_view text, LoggerConfiguration& c
 }
 
 bool equal(double a, double b) {
-    return (std::isnan(a) && std::isnan(b)) || a == b || std::abs(a - b) <= 1e-6 * std::max(std::abs(a), std::abs(b));
+    if (!std::isfinite(a) || !std::isfinite(b))
+        return a == b || (std::isnan(a) && std::isnan(b));
+    return std::abs(a - b) <= 1e-6 * std::max(std::abs(a), std::abs(b));
 }
 
 } // namespace

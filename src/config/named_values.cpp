@@ -28,6 +28,7 @@ Result<void> readNamedValues(std::string_view text, std::string_view firstLine, 
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(kByteOrderMark)) // which some editors put there
         text.remove_prefix(kByteOrderMark.size());
+    const bool whole = text.ends_with('\n');
     std::vector<bool> told(names.size());
     bool begun = false;
     for (int number = 1; !text.empty(); ++number) {
@@ -59,6 +60,8 @@ Result<void> readNamedValues(std::string_view text, std::string_view firstLine, 
     if (const auto missing = std::ranges::find(told, false); missing != told.end())
         return Error{ErrorKind::Corrupt,
                      quobrix::text(TextId::ValueMissing, names[static_cast<std::size_t>(missing - told.begin())])};
+    if (!whole) // a value may be the beginning of another
+        return Error{ErrorKind::Corrupt, quobrix::text(TextId::ValuesCutShort)};
     return {};
 }
 

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <limits>
 
 namespace quobrix {
 namespace {
@@ -29,6 +30,12 @@ void noteTime(const KeptDownload& download, TQuobrixDocument& document) {
     document.edits().changeRows(downloads, {{0, downloads.rowCount()}}, [&] {
         downloads.record(download.serialText, static_cast<std::int32_t>(download.time));
     });
+}
+
+/// No clock is as far from another.
+std::int32_t shiftOf(std::int64_t seconds) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(seconds, Limits::min(), Limits::max()));
 }
 
 /// Bytes that the logger has handed over.
@@ -57,8 +64,12 @@ LogFile downloadLog() {
     return LogFile(data.empty() ? data : data / "download.log");
 }
 
-RecoveryFolder::Holds heldBy(TQuobrixDocument& document) {
-    return [&document](const KeptDownload& download) {
+RecoveryFolder::Document heldBy(TQuobrixDocument& document) {
+    const auto knows = [&document](const std::string& serialText) {
+        const TQuobrixNamesTable& loggers = document.loggers();
+        return !serialText.empty() && loggers.find(serialText) < loggers.rowCount();
+    };
+    const auto holds = [&document](const KeptDownload& download) {
         const LogRecords records = parseRecords(download.blocks);
         const Result<Merge> plan = Merge::plan(records, document);
         return plan && records.unreadable.empty() && std::ranges::all_of(logs(), [&](const LogSpec& log) {
@@ -66,6 +77,7 @@ RecoveryFolder::Holds heldBy(TQuobrixDocument& document) {
                    return counts.added == 0 && counts.replaced == 0;
                });
     };
+    return {knows, holds};
 }
 
 /// What to do about the logger's clock; nothing if the person wants no download.
@@ -85,7 +97,7 @@ std::optional<Download::Clock> Download::checkClock() {
         return Clock{};
     const std::int64_t ahead = clocks->logger - clocks->computer;
     if (options_.times != Times::AsPersonSays)
-        return Clock{ahead, options_.times == Times::Computer ? static_cast<std::int32_t>(-ahead) : 0, false};
+        return Clock{ahead, options_.times == Times::Computer ? shiftOf(-ahead) : 0, false};
     const int year = text_.zone.toLocal(clocks->logger).year;
     if (year < kYearOfUnsetClock) {
         const auto answer = context_.prompter.chooseAction(
@@ -103,7 +115,7 @@ std::optional<Download::Clock> Download::checkClock() {
         return {};
     settings.setInteger(kSynchronizeSection, kValue, form.synchronize ? 1 : 0);
     settings.setInteger(kAdjustmentSection, kValue, form.computer ? 1 : 0);
-    return Clock{ahead, form.computer ? static_cast<std::int32_t>(-ahead) : 0, form.synchronize};
+    return Clock{ahead, form.computer ? shiftOf(-ahead) : 0, form.synchronize};
 }
 
 /// Reads the logger; nothing if that was cancelled.
@@ -169,7 +181,7 @@ std::optional<MergeResult> Download::run() {
         const bool current = noteCurrent(*read, *result, static_cast<bool>(kept));
         merge_.tellResult(*result);
         if (current && options_.times == Times::AsPersonSays)
-            settleLogger(serialText_, result->refusedCount(), clock->synchronize);
+            settleLogger(serialText_, *result, clock->synchronize);
     }
     return result;
 }
@@ -215,13 +227,13 @@ bool Download::noteCurrent(const Read& read, const MergeResult& result, bool kep
     return true;
 }
 
-/// What is done to the logger once its records are in the document. Setting its clock clears it, too: who has just kept
-/// the REFUSED records on it is not asked about them again.
-void Download::settleLogger(const std::string& serialText, std::uint64_t refused, bool synchronize) {
-    const bool asked = refused > 0 && clearAfterDownload(context_.settings) != ClearAfterDownload::Never;
-    const bool cleared = ClearFlow(context_).clearDownloaded(serialText, refused);
-    if (synchronize && (cleared || !asked))
-        ClockFlow(context_, text_).synchronizeDownloaded(serialText, cleared ? 0 : refused);
+/// What is done to the logger once its records are in the document. Setting its clock clears it, too, so that nobody is
+/// asked about that besides.
+void Download::settleLogger(const std::string& serialText, const MergeResult& result, bool synchronize) {
+    if (synchronize)
+        ClockFlow(context_, text_).synchronizeDownloaded(serialText, result.refusedCount());
+    else if (!result.nothing())
+        ClearFlow(context_).clearDownloaded(serialText, result.refusedCount());
 }
 
 /// In the log that people and support read, always in the same words. RESULT: nothing if the document is as it was.

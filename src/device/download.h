@@ -15,9 +15,9 @@ namespace quobrix {
 /// The file of this user's with a line on each download.
 LogFile downloadLog();
 
-/// Tells whether DOCUMENT, which outlives it, holds the records of a download, or fuller ones, but for those that were
+/// Of DOCUMENT, which outlives it: whether it holds the records of a download, or fuller ones, but for those that were
 /// refused; no where that cannot be told.
-RecoveryFolder::Holds heldBy(TQuobrixDocument& document);
+RecoveryFolder::Document heldBy(TQuobrixDocument& document);
 
 /// Copies everything that the logger holds into a document. A failure at any point leaves the document as it was, and
 /// nothing is cleared on the logger while the only copy of its data is in memory.
@@ -82,7 +82,7 @@ private:
     std::optional<Read> read(std::int32_t shift);
     std::optional<MergeResult> merge(const KeptDownload& download, const LogRecords& records, bool kept);
     bool noteCurrent(const Read& read, const MergeResult& result, bool kept);
-    void settleLogger(const std::string& serialText, std::uint64_t refused, bool synchronize);
+    void settleLogger(const std::string& serialText, const MergeResult& result, bool synchronize);
     void log(const Read& read, std::int64_t clockAhead, const LogRecords& records,
              const std::optional<MergeResult>& result) const;
 

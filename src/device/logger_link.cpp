@@ -56,15 +56,18 @@ class Blocks {
 public:
     LogBuffer buffer(void* block) { return LogBuffer(isNew(block) ? block : nullptr); }
 
-    /// The record sets of BUFFER: none after a failure.
+    /// The record sets of BUFFER: none after a failure of the library, and with kNothingHandedOver what there is.
     template <class Function>
     SetPair parse(const Function& function, const LogBuffer& buffer) {
         QuobrixRecordSet* first = nullptr;
         QuobrixRecordSet* second = nullptr;
         const ResultCode code = function(buffer.get(), &first, &second);
         SetPair sets{code, take(first), take(second)};
-        if (code == QUOBRIX_OK)
+        if (code == QUOBRIX_OK) {
+            if (!sets.first || !sets.second) // a log without records has sets without records
+                sets.code = kNothingHandedOver;
             return sets;
+        }
         for (RecordBlock* set : {&sets.first, &sets.second})
             notUsed_.push_back(std::move(*set));
         return {code, nullptr, nullptr};
@@ -357,7 +360,12 @@ void LockedLogger::takeReading(int which) {
     case 2:
         return keep(readings.volume, beepVolume());
     case 3:
-        return keep(readings.memory, memoryInformation());
+        keep(readings.memory, memoryInformation());
+        if (readings.memory && status().currentUse < 0)
+            state().currentUse = readings.memory->used;
+        else if (readings.memory && readings.memory->used > status().currentUse)
+            state().logsCurrent = false;
+        return;
     case 4:
         return keep(readings.carType, carType());
     case 5:
@@ -375,6 +383,7 @@ void LockedLogger::noteLogsCurrent(const std::string& serialText, std::uint32_t 
 void LockedLogger::noteLogsCurrent() {
     state().logsCurrent = true;
     state().logsReadTime = now();
+    state().currentUse = -1;
     state().readings.memory.reset(); // what was told before does not tell what is there now
     state().readingsStale = true;
 }

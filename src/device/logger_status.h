@@ -37,8 +37,8 @@ struct LoggerConfiguration {
 struct MemoryInformation {
     std::int32_t capacity = 0; ///< bytes
     std::int32_t used = 0;     ///< bytes
-    /// An empty logger uses a little for itself.
-    bool holdsData() const { return used > 300; }
+    /// An empty logger uses a little for itself. What cannot be is taken for data.
+    bool holdsData() const { return used > 300 || used < 0 || capacity <= 0; }
     /// What is used of it, 0 to 1.
     double share() const { return capacity > 0 ? std::clamp(static_cast<double>(used) / capacity, 0.0, 1.0) : 0; }
     bool nearlyFull() const { return share() > 0.8; }
@@ -83,6 +83,7 @@ struct LoggerStatus {
     bool logsCurrent = false;      ///< nothing is on the logger that has not been downloaded, for all we know
     std::uint32_t gaps = 0;        ///< how often it was, or may have been, away or another one
     std::int64_t seenTime = 0;     ///< when it last answered, computer time, s
+    std::int32_t currentUse = -1;  ///< bytes used when the logs were current, if that is known; more is something new
     std::int64_t logsReadTime = 0; ///< when its logs were last read or cleared, likewise
 
     bool loggerPresent() const { return probe == QUOBRIX_OK; }

@@ -294,6 +294,11 @@ bool MergeResult::changed() const {
            std::ranges::any_of(logs, [](const MergeCounts& log) { return log.added + log.replaced > 0; });
 }
 
+bool MergeResult::nothing() const {
+    return complete() && std::ranges::all_of(
+                             logs, [](const MergeCounts& log) { return log.added + log.replaced + log.present == 0; });
+}
+
 std::string MergeResult::summary() const {
     const auto counts = [this](TextOf<1> outcome, std::size_t MergeCounts::*count) {
         std::array<std::uint64_t, std::tuple_size_v<decltype(MergeResult::logs)>> numbers{};

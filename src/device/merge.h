@@ -30,6 +30,8 @@ struct MergeResult {
     std::uint64_t refusedCount() const { return quobrix::refusedCount(refused); }
     /// The document was changed.
     bool changed() const;
+    /// There was no record at all.
+    bool nothing() const;
     /// Everything that the logger holds is in the document.
     bool complete() const { return refused.empty() && unreadable.empty(); }
     /// One line: "New: 9 trips, 1 trouble code. Replaced: 2 trips. Already present: 38 trips. Refused: 1 severe stop."

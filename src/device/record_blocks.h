@@ -2,6 +2,7 @@
 
 #include "base/bytes.h"
 #include "device/quobrix.h"
+#include "platform/allocated_size.h"
 
 #include <algorithm>
 #include <array>
@@ -20,12 +21,14 @@ struct FreeBlock {
 /// A record set as the library handed it over; empty when it handed none.
 using RecordBlock = std::unique_ptr<QuobrixRecordSet, FreeBlock>;
 
-/// The set's bytes, as many as its head says and the head in any case: the library's word is all there is to know the
-/// block's size by.
+/// The set's bytes: as many as its head says, if the block has them, and the head in any case that it fits.
 inline ByteView bytesOf(const RecordBlock& block) {
-    return block ? ByteView(reinterpret_cast<const std::uint8_t*>(block.get()),
-                            std::max<std::size_t>(block->size, sizeof(QuobrixRecordSet)))
-                 : ByteView();
+    if (!block)
+        return {};
+    const std::size_t there = allocatedSize(block.get());
+    const std::size_t told =
+        there < sizeof(QuobrixRecordSet) ? there : std::max<std::size_t>(block->size, sizeof(QuobrixRecordSet));
+    return {reinterpret_cast<const std::uint8_t*>(block.get()), std::min(there, told)};
 }
 
 /// A part of the logger's memory that the library could not parse.

@@ -64,6 +64,9 @@ public:
         return origin;
     }
 
+    /// The smallest number means "no time" wherever times are kept.
+    static std::int32_t time(std::int32_t told) { return std::max(told, std::numeric_limits<std::int32_t>::min() + 1); }
+
     void finite(double value, SourceText complaint) { require(std::isfinite(value), complaint); }
     /// A figure that every record of the kind has.
     void measured(double value, SourceText complaint) { require(std::isfinite(value) && value >= 0, complaint); }
@@ -141,8 +144,8 @@ TripRecord readTrip(RecordReader& in) {
     TripRecord trip;
     trip.origin = in.origin(raw);
     trip.driverId = raw.driverId;
-    trip.startTime = raw.startTime;
-    trip.endTime = raw.endTime;
+    trip.startTime = in.time(raw.startTime);
+    trip.endTime = in.time(raw.endTime);
     const std::int64_t duration = durationOf(in, raw.startTime, raw.endTime);
     in.require(raw.disconnected <= 1, SourceText("its disconnection mark is malformed"));
     trip.disconnected = raw.disconnected == 1;
@@ -192,7 +195,7 @@ TroubleRecord readTrouble(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixTroubleRecord>();
     TroubleRecord trouble;
     trouble.origin = in.origin(raw);
-    trouble.time = raw.time;
+    trouble.time = in.time(raw.time);
     trouble.code = printable(raw.code);
     trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus);
     constexpr SourceText kNoNumber("a freeze-frame figure is not a number");
@@ -213,15 +216,15 @@ TroubleRecord readTrouble(RecordReader& in) {
 
 ActivityRecord readActivity(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixActivityRecord>();
-    return {in.origin(raw), raw.time, raw.eventType};
+    return {in.origin(raw), in.time(raw.time), raw.eventType};
 }
 
 StopRecord readStop(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixStopRecord>();
     StopRecord stop;
     stop.origin = in.origin(raw);
-    stop.startTime = raw.startTime;
-    stop.timestamp = raw.timestamp;
+    stop.startTime = in.time(raw.startTime);
+    stop.timestamp = in.time(raw.timestamp);
     durationOf(in, raw.startTime, raw.timestamp);
     in.topSpeed(stop.maximumSpeed = raw.maximumSpeed);
     for (const double limit : stop.bandLimits = copyOf(raw.bandLimit))
@@ -272,6 +275,8 @@ void forEachRecord(ByteView set, LogRecords& records, Visit visit) {
             records.refused.push_back({kind, i + 1, 1, text(in.complaint())});
         rest = rest.subspan(record.size);
     }
+    if (!rest.empty()) // bytes of records that are not counted
+        records.refused.push_back({RecordKind::Unknown, count + 1, 1, text(TextId::RecordSetDamaged)});
 }
 
 /// Adds RECORD, just read through IN, unless there was a complaint.

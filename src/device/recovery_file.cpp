@@ -1,5 +1,7 @@
 #include "device/recovery_file.h"
 
+#include "model/serial_number.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -67,15 +69,36 @@ Bytes recoveryBytes(const KeptDownload& download) {
     return out.take();
 }
 
-Result<KeptDownload> readRecovery(ByteView bytes) {
-    ByteReader in(bytes);
+namespace {
+
+/// Up to the serial number.
+Result<std::string> readHead(ByteReader& in) {
     const ByteView magic = in.bytes(kMagic.size());
     if (!std::equal(magic.begin(), magic.end(), kMagic.begin(), kMagic.end()))
         return Error{ErrorKind::NotADocument, {}};
     if (in.u32() > kVersion)
         return Error{ErrorKind::Unsupported, {}};
+    std::string serialText = in.text();
+    if (!isSerialNumber(serialText))
+        return Error{ErrorKind::Corrupt, {}};
+    return serialText;
+}
+
+} // namespace
+
+std::string recoverySerialText(ByteView head) {
+    ByteReader in(head);
+    const Result<std::string> serialText = readHead(in);
+    return serialText ? *serialText : std::string();
+}
+
+Result<KeptDownload> readRecovery(ByteView bytes) {
+    ByteReader in(bytes);
+    Result<std::string> serialText = readHead(in);
+    if (!serialText)
+        return serialText.error();
     KeptDownload download;
-    download.serialText = in.text();
+    download.serialText = *std::move(serialText);
     download.time = static_cast<std::int64_t>(in.u64());
     download.shift = in.i32();
     forEachSet(download.blocks, [&](RecordBlock& set) { set = readSet(in); });

@@ -22,5 +22,7 @@ Bytes recoveryBytes(const KeptDownload& download);
 /// The inverse. NotADocument if BYTES are no recovery file, Unsupported for one of a later version, Corrupt if they are
 /// not what was written.
 Result<KeptDownload> readRecovery(ByteView bytes);
+/// The serial number that the file with this HEAD, its first 64 bytes or more, is of; empty if it is no such file.
+std::string recoverySerialText(ByteView head);
 
 } // namespace quobrix

@@ -13,6 +13,25 @@ namespace {
 constexpr const char* kExtension = ".download";
 constexpr std::uint64_t kLargest = std::uint64_t(1) << 30; // bytes; a logger holds some megabytes
 
+Result<Bytes> contentOf(File& file) {
+    const Result<std::uint64_t> size = file.size();
+    if (!size)
+        return size.error();
+    if (*size > kLargest)
+        return Error{ErrorKind::NotADocument, {}};
+    Bytes bytes(static_cast<std::size_t>(*size));
+    QUOBRIX_TRY(file.readAt(0, bytes));
+    return bytes;
+}
+
+/// Empty if that cannot be told.
+std::string serialTextOf(File& file) {
+    constexpr std::uint64_t kHead = 64; // bytes
+    const Result<std::uint64_t> size = file.size();
+    Bytes head(static_cast<std::size_t>(size ? std::min(*size, kHead) : 0));
+    return file.readAt(0, head) ? recoverySerialText(head) : std::string();
+}
+
 } // namespace
 
 std::filesystem::path recoveryFolder() {
@@ -21,14 +40,22 @@ std::filesystem::path recoveryFolder() {
 }
 
 Result<void> RecoveryFolder::keep(const KeptDownload& download) {
+    Result<Written> written = write(download.time, recoveryBytes(download));
+    if (!written)
+        return written.error();
+    kept_.push_back({std::move(written->path), std::move(written->file)});
+    return written->durable;
+}
+
+/// Errors: the file is not there. With NotDurable it is.
+Result<RecoveryFolder::Written> RecoveryFolder::write(std::int64_t time, ByteView bytes) {
     if (folder_.empty())
         return Error{ErrorKind::NotFound, {}};
-    std::error_code ignored; // creating the file tells
-    std::filesystem::create_directories(folder_, ignored);
-    const Bytes bytes = recoveryBytes(download);
+    makePrivateFolder(folder_); // creating the file tells
+    static_cast<void>(files_.flushFolder(folder_.parent_path()));
+    files_.removeAbandoned(folder_);
     for (int number = 0;; ++number) {
-        const std::filesystem::path path =
-            folder_ / pathFromUtf8(fmt::format("{:012}-{}{}", download.time, number, kExtension));
+        const std::filesystem::path path = folder_ / pathFromUtf8(fmt::format("{:012}-{}{}", time, number, kExtension));
         Result<ReplacementFile> file = ReplacementFile::create(path, {}, files_);
         if (!file)
             return file.error();
@@ -36,11 +63,9 @@ Result<void> RecoveryFolder::keep(const KeptDownload& download) {
         const Result<void> done = file->commit(IfThere::Refuse);
         if (!done && done.error().kind == ErrorKind::Exists && number < 100)
             continue;
-        if (done || done.error().kind == ErrorKind::NotDurable) { // then it is there, too
-            kept_.push_back({path, file->takeFile()});
-            downloaded_.insert(download.serialText);
-        }
-        return done;
+        if (!done && done.error().kind != ErrorKind::NotDurable)
+            return done.error();
+        return Written{path, file->takeFile(), done};
     }
 }
 
@@ -51,17 +76,29 @@ void RecoveryFolder::merged(std::shared_ptr<const bool> done) {
     kept_.back().done = std::move(done);
 }
 
-void RecoveryFolder::documentSaved(const Holds& holds) {
+void RecoveryFolder::documentSaved(const Document* document) {
     const auto held = [&](File& file) {
-        const Result<KeptDownload> download = read(file);
-        return download && downloaded_.contains(download->serialText) && holds(*download);
+        if (!document || !document->knows(serialTextOf(file)))
+            return false;
+        const Result<Bytes> bytes = contentOf(file);
+        const Result<KeptDownload> download = bytes ? readRecovery(*bytes) : Result<KeptDownload>(bytes.error());
+        return download && document->holds(*download);
     };
-    for (Kept& kept : kept_)
-        if (kept.file && ((kept.inDocument && *kept.done) || (holds && held(*kept.file)))) {
+    for (Kept& kept : kept_) {
+        const bool done = kept.inDocument && *kept.done;
+        if (kept.file && (done || held(*kept.file))) {
+            if (Result<Bytes> bytes = contentOf(*kept.file); bytes && kept.inDocument)
+                kept.content = *std::move(bytes);
             kept.file.reset(); // some systems remove no open file
             files_.remove(kept.path);
+        } else if (!kept.file && kept.inDocument && !done && !kept.content.empty()) {
+            if (Result<Written> written = write(0, kept.content)) {
+                kept.path = std::move(written->path);
+                kept.file = std::move(written->file);
+            }
         }
-    if (!holds || downloaded_.empty())
+    }
+    if (!document)
         return;
     for (const std::filesystem::path& path : left()) { // which a person has left for later
         Result<std::unique_ptr<File>> file = files_.open(path, FileMode::ReadWrite);
@@ -109,21 +146,18 @@ Result<KeptDownload> RecoveryFolder::take(const std::filesystem::path& path) {
     Result<std::unique_ptr<File>> file = files_.open(path, FileMode::ReadWrite);
     if (!file)
         return file.error();
-    Result<KeptDownload> download = read(**file);
+    const Result<Bytes> bytes = contentOf(**file);
+    if (!bytes)
+        return bytes.error();
+    Result<KeptDownload> download = readRecovery(*bytes);
     if (download)
         kept_.push_back({path, std::move(*file)});
     return download;
 }
 
-Result<KeptDownload> RecoveryFolder::read(File& file) {
-    const Result<std::uint64_t> size = file.size();
-    if (!size)
-        return size.error();
-    if (*size > kLargest)
-        return Error{ErrorKind::NotADocument, {}};
-    Bytes bytes(static_cast<std::size_t>(*size));
-    QUOBRIX_TRY(file.readAt(0, bytes));
-    return readRecovery(bytes);
+std::filesystem::path RecoveryFolder::setAside(const std::filesystem::path& file) {
+    const std::filesystem::path name = std::filesystem::path(file).replace_extension(".damaged");
+    return files_.renameNew(file, name) ? name : file;
 }
 
 void RecoveryFolder::discardTaken() {

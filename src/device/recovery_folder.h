@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -32,11 +31,16 @@ public:
     /// What was kept or taken last is in the document for as long as *DONE, see TableEdits::lastStepDone().
     void merged(std::shared_ptr<const bool> done);
 
-    /// Whether the document holds all of a download that was not refused.
-    using Holds = std::function<bool(const KeptDownload&)>;
-    /// The document is on disk as it is: what is in it need not be kept any longer. HOLDS (if given) tells whether that
-    /// goes for what came into it in another way, too, of loggers that were downloaded in this run.
-    void documentSaved(const Holds& holds = {});
+    /// What the document that was saved tells.
+    struct Document {
+        /// Whether it has records of a logger.
+        std::function<bool(const std::string& serialText)> knows;
+        /// Whether it holds all of a download that was not refused.
+        std::function<bool(const KeptDownload&)> holds;
+    };
+    /// The document is on disk as it is: what is in it need not be kept any longer, and what has been taken back since
+    /// it was there is kept anew. DOCUMENT (if given) tells what came into it in another way.
+    void documentSaved(const Document* document = nullptr);
     /// There is another document. What was not saved of the one before is left to the next start.
     void documentReplaced();
     /// Whether a merge of this document, saved or not, has been undone since this was last asked.
@@ -47,6 +51,8 @@ public:
     /// Reads one of left(), which this run keeps from now on as its own. Also the errors of reading, after which it
     /// stays where it is.
     Result<KeptDownload> take(const std::filesystem::path& file);
+    /// FILE, of left(), is damaged: it gets a name under which it is not among them any more, which is returned.
+    std::filesystem::path setAside(const std::filesystem::path& file);
     // What was taken last is not wanted in this run: it goes, or is left as it was.
     void discardTaken();
     void leaveTaken() { kept_.pop_back(); }
@@ -54,18 +60,23 @@ public:
 private:
     struct Kept {
         std::filesystem::path path;
-        std::unique_ptr<File> file; ///< and so the lock; none once a saved document has held it
+        std::unique_ptr<File> file; ///< and so the lock; none while a saved document holds it
+        Bytes content{};            ///< of the file, once it is gone
         bool inDocument = false;
         std::shared_ptr<const bool> done{}; ///< none before it was merged
         bool wasDone = false;
     };
 
-    static Result<KeptDownload> read(File& file);
+    struct Written {
+        std::filesystem::path path;
+        std::unique_ptr<File> file;
+        Result<void> durable;
+    };
+    Result<Written> write(std::int64_t time, ByteView bytes);
 
     const std::filesystem::path folder_;
     FileSystem& files_;
     std::vector<Kept> kept_;
-    std::set<std::string> downloaded_; ///< serial numbers
 };
 
 } // namespace quobrix

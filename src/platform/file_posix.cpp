@@ -161,6 +161,12 @@ FileIdentity identityOf(const struct stat& status) {
     return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
 }
 
+/// A new file that cannot be used leaves no trace.
+Error undone(const std::filesystem::path& path, Error error) {
+    ::unlink(path.c_str());
+    return error;
+}
+
 std::int64_t nanoseconds(const timespec& time) { return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec; }
 
 } // namespace
@@ -185,19 +191,26 @@ Result<std::unique_ptr<File>> openFile(const std::filesystem::path& path, FileMo
         if (descriptor < 0)
             return lastSystemError(SourceText("open"), path);
         auto file = std::make_unique<PosixFile>(descriptor);
+        const bool made = (flags & O_EXCL) != 0;
         struct stat opened {};
-        if (::fstat(descriptor, &opened) != 0)
-            return lastSystemError(SourceText("examine"), path);
+        if (::fstat(descriptor, &opened) != 0) {
+            const Error error = lastSystemError(SourceText("examine"), path);
+            return made ? undone(path, error) : error;
+        }
         if (S_ISDIR(opened.st_mode))
             return Error{ErrorKind::IsDirectory, text(TextId::PathIsAFolder, utf8(path))};
         if (!S_ISREG(opened.st_mode))
             return Error{ErrorKind::NotADocument, text(TextId::IsNotARegularFile, utf8(path))};
         if (mode == FileMode::Read)
             return std::unique_ptr<File>(std::move(file));
-        QUOBRIX_TRY(file->lock(path));
+        if (const Result<void> locked = file->lock(path); !locked)
+            return made ? undone(path, locked.error()) : locked.error();
         struct stat named {};
-        if (::stat(path.c_str(), &named) == 0 && identityOf(named) == identityOf(opened))
+        const bool found = ::stat(path.c_str(), &named) == 0;
+        if (found && identityOf(named) == identityOf(opened))
             return std::unique_ptr<File>(std::move(file));
+        if (made && !found) // a second attempt would meet the file of the first
+            return undone(path, lastSystemError(SourceText("examine"), path));
     }
     return Error{ErrorKind::InUse, text(TextId::IsBeingReplacedByAnotherProgram, utf8(path))};
 }

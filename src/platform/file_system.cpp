@@ -156,6 +156,12 @@ void removeAbandoned(const std::filesystem::path& folder) {
             removeUnlessLocked(entry->path());
 }
 
+void makePrivateFolder(const std::filesystem::path& folder) {
+    std::error_code ignored;
+    if (std::filesystem::create_directories(folder, ignored))
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, ignored);
+}
+
 Result<Bytes> readFile(const std::filesystem::path& path, std::uint64_t maxSize) {
     auto file = openFile(path, FileMode::Read);
     if (!file)

@@ -98,6 +98,10 @@ Result<void> renameNew(const std::filesystem::path& from, const std::filesystem:
 Result<void> flushFolder(const std::filesystem::path& folder);
 /// Removes the temporary files that programs which were killed have left in FOLDER: those that are not locked.
 void removeAbandoned(const std::filesystem::path& folder);
+
+/// Makes FOLDER, for nobody but this user, and what it lies in; one that is there stays as it is. A failure shows when
+/// something is made in it.
+void makePrivateFolder(const std::filesystem::path& folder);
 /// Removes PATH, a regular file, unless somebody has it locked or locks cannot be had.
 void removeUnlessLocked(const std::filesystem::path& path);
 /// FOLDER is the user's own and only the user may put anything there.

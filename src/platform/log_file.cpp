@@ -44,8 +44,7 @@ LogFile::LogFile(std::filesystem::path path, std::uint64_t largest, FileSystem& 
 Result<void> LogFile::append(std::string_view text) const {
     if (path_.empty())
         return Error{ErrorKind::NotFound, {}};
-    std::error_code ignored; // opening the file tells
-    std::filesystem::create_directories(path_.parent_path(), ignored);
+    makePrivateFolder(path_.parent_path());
     const std::string line = lineOf(text);
     for (int attempt = 1;; ++attempt) {
         Result<void> done = tryToAppend(line);

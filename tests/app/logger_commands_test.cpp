@@ -375,7 +375,8 @@ TEST_F(LoggerCommandsTest, AnUnsavedDownloadIsOfferedAtTheNextStart) {
     QString asked;
     answer(QStringLiteral("Later"), [&](QWidget& box) { asked = qobject_cast<QMessageBox*>(&box)->text(); });
     start()->start();
-    EXPECT_TRUE(asked.startsWith(QStringLiteral("A download from K-0042-B of 11/14/2023 10:13 PM is in no saved file")))
+    EXPECT_TRUE(asked.startsWith(
+        QStringLiteral("A download from K-0042-B of 11/14/2023 10:13 PM (1 trip) is in no saved file")))
         << asked.toStdString();
     EXPECT_EQ(document_.trips().rowCount(), 0u);
 

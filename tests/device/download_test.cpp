@@ -444,7 +444,7 @@ TEST_F(Downloading, EachLeavesALine) {
                            "{1} of {1}, events 0 of 0, severe stops 0 of 0; {2}",
                            firmware, records, end);
     };
-    EXPECT_EQ(log_[0], line("3.00.0", 1, "456 bytes; clock +20 s; 7 s; done"));
+    EXPECT_EQ(log_[0], line("3.00.0", 1, "488 bytes; clock +20 s; 7 s; done"));
     EXPECT_EQ(log_.at(1), line("unknown", 0, "0 bytes; clock +13 s; 7 s; failed: error -7"));
 }
 
@@ -596,10 +596,18 @@ TEST_F(Downloading, GoesHoweverItsRecordsCameIntoTheSavedDocument) {
     EXPECT_EQ(recoveries_->left().size(), 2u);
     document_.newDocument();
     ASSERT_TRUE(document_.saveAs(folder_ / "A.car"));
-    recoveries_->documentSaved(heldBy(document_));
-    EXPECT_EQ(left(), 12u) << "of a logger that was not read";
+    const RecoveryFolder::Document saved = heldBy(document_);
+    recoveries_->documentSaved(&saved);
+    EXPECT_EQ(left(), 12u);
     ASSERT_TRUE(download(silent));
-    recoveries_->documentSaved(heldBy(document_));
+    recoveries_->documentSaved(&saved);
+    EXPECT_EQ(left(), 0u);
+
+    document_.edits().undo(); // when the logger may have been cleared
+    recoveries_->documentSaved(&saved);
+    EXPECT_EQ(left(), 10u) << "the file on the disk does not hold it any more";
+    document_.edits().redo();
+    recoveries_->documentSaved(&saved);
     EXPECT_EQ(left(), 0u);
 }
 

@@ -103,7 +103,7 @@ TEST_F(Link, DownloadNamesUnreadableLogs) {
     const auto logs = logger_.readLogs(LogMode::Diagnostic);
     ASSERT_TRUE(logs.ok());
     EXPECT_EQ(bytesOf(logs.value.trips).size(), 8u);
-    EXPECT_EQ(bytesOf(logs.value.troublesAndActivity).size(), 0u);
+    EXPECT_EQ(bytesOf(logs.value.troublesAndActivity).size(), 8u);
     EXPECT_EQ(fake_.count("GetLogBuffer 1"), 1);
 
     const struct {
@@ -150,7 +150,8 @@ TEST_F(Link, ABlockThatIsHandedOutTwiceIsTakenOnce) {
     const auto logs = logger_.readLogs(LogMode::Ordinary);
     EXPECT_TRUE(logs.value.trips);
     EXPECT_FALSE(logs.value.troublesAndActivity);
-    EXPECT_EQ(logs.value.unreadable.size(), 2u) << "the accident logs, whose buffer was the main log's";
+    EXPECT_EQ(logs.value.unreadable.size(), 3u)
+        << "of the main log one set, and the accident logs, whose buffer it was";
 }
 
 TEST_F(Link, ASerialNumberOfAnotherFormIsNoLogger) {

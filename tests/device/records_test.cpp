@@ -105,6 +105,15 @@ TEST(Records, ASetThatIsShorterThanItsHeadIsRefused) {
     }
 }
 
+TEST(Records, WhatIsNotCountedIsNotPassedOver) {
+    auto set = RecordSetBytes().add(plainTrip(), {10, 20, 30}).add(plainTrip(), {10, 20, 30}).take();
+    set[4] = 1; // of two
+    LogRecords records;
+    parseMainRecords(set, {}, records);
+    EXPECT_EQ(records.trips.size(), 1u);
+    EXPECT_EQ(records.refusedCount(), 1u) << "so that the logger is not cleared of it unasked";
+}
+
 TEST(Records, ADamagedLengthHidesTheRest) {
     const Bytes whole = RecordSetBytes().add(plainActivity()).add(plainActivity()).add(plainActivity()).take();
     const auto parse = [](const Bytes& set) {

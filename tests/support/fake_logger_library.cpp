@@ -12,10 +12,10 @@ namespace {
 FakeLoggerLibrary* current = nullptr;
 
 QuobrixRecordSet* allocated(const std::vector<std::uint8_t>& set) {
-    if (set.empty())
-        return nullptr;
-    void* block = std::malloc(set.size());
-    std::memcpy(block, set.data(), set.size());
+    const QuobrixRecordSet none{sizeof(QuobrixRecordSet), 0};
+    void* block = std::malloc(std::max(set.size(), sizeof none));
+    std::memcpy(block, set.empty() ? static_cast<const void*>(&none) : set.data(),
+                set.empty() ? sizeof none : set.size());
     return static_cast<QuobrixRecordSet*>(block);
 }
 

@@ -30,14 +30,13 @@
 namespace quobrix {
 namespace {
 
-constexpr RowIndex kMostRowsInView = 12;
-constexpr int kLeastColumn = 18; // characters
+constexpr RowIndex kMostRowsInView = 8;
+constexpr int kLeastColumn = 14; // characters
 constexpr int kSlice = 10;       // ms
 constexpr int kLinesOfNote = 4;  // below the last row: why an entry is refused
 
 /// The file that a person chooses in DIALOG among text files.
 std::optional<std::filesystem::path> chosenIn(QFileDialog& dialog) {
-    dialog.setDefaultSuffix(QStringLiteral("txt"));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     return toPath(dialog.selectedFiles().constFirst());
@@ -72,7 +71,8 @@ TableDialog::TableDialog(const TableDialogContext& context, const TableDialogSpe
                             kLinesOfNote * fontMetrics().lineSpacing());
     int width = view.verticalHeader()->sizeHint().width() + view.verticalScrollBar()->sizeHint().width();
     for (std::size_t i = 0; i < table.columnCount(); ++i)
-        width += std::max(view.columnWidth(static_cast<int>(i)), fontMetrics().averageCharWidth() * kLeastColumn);
+        width += std::max(view.horizontalHeader()->sectionSizeHint(static_cast<int>(i)),
+                          fontMetrics().averageCharWidth() * kLeastColumn);
     list_->setMinimumWidth(width + 2 * view.frameWidth());
     connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] {
         redraw();
@@ -132,6 +132,7 @@ void TableDialog::addFileButtons(const QString& saveTip, const QString& loadTip,
 void TableDialog::save(const ValueFile& file) {
     QFileDialog dialog(this, tr("Save to File"), documents(), tr("Text files (*.txt)"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(QStringLiteral("txt"));
     dialog.selectFile(QStringLiteral("%1.txt").arg(file.name));
     const std::optional<std::filesystem::path> path = chosenIn(dialog);
     if (!path)
@@ -143,7 +144,7 @@ void TableDialog::save(const ValueFile& file) {
 }
 
 void TableDialog::load(const ValueFile& file) {
-    QFileDialog dialog(this, tr("Load from File"), documents(), tr("Text files (*.txt)"));
+    QFileDialog dialog(this, tr("Load from File"), documents(), tr("Text files (*.txt);;All Files (*)"));
     dialog.setFileMode(QFileDialog::ExistingFile);
     const std::optional<std::filesystem::path> path = chosenIn(dialog);
     if (!path)
