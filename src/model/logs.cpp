@@ -59,6 +59,8 @@ constexpr LogSpec kLogs[] = {
 #define GROWING(...) .growing = kTypesOf<__VA_ARGS__>,
 #define TOTALS(Function) .totals = &Function,
 #define VIEWS(...) .ownViews = {{__VA_ARGS__}},
+#define GROUPS(...) .ownGroups = {{__VA_ARGS__}},
+#define GROUP(Title, ...) {SourceText(Title), kTypesOf<__VA_ARGS__>},
 #define VIEW(Kind, Page, Tab, Path) {LogViewKind::Kind, Page, SourceText(Tab), SourceText(Path)},
 #define END },
 // clang-format on
@@ -114,6 +116,33 @@ std::optional<RowIndex> LogSpec::latest(const Table& log) const {
         if (!result || times.at(row) >= times.at(*result)) // no time is the smallest one
             result = row;
     return result;
+}
+
+std::vector<const PersistentType*> LogSpec::listable(const Table& log) const {
+    std::vector<const PersistentType*> result, figures;
+    const auto add = [&](const PersistentType& type) { // by a column of its own, so as to load none of those in LOG
+        const auto object = type.create();
+        const auto& column = static_cast<const Column&>(*object);
+        const PersistentType* figure = column.repeatsSibling() ? column.repeats() : &type;
+        if (column.kind() == ColumnKind::Table || std::ranges::find(figures, figure) != figures.end())
+            return;
+        figures.push_back(figure);
+        result.push_back(&type);
+    };
+    for (const PersistentType* type : summary)
+        add(*type);
+    for (std::size_t i = 0; i < log.columnCount(); ++i)
+        add(log.spec().column(i));
+    return result;
+}
+
+ShownText LogSpec::groupOf(const PersistentType& column) const {
+    if (ownGroups[0].columns.empty())
+        return {};
+    for (const ColumnGroup& group : ownGroups)
+        if (std::ranges::find(group.columns, &column) != group.columns.end())
+            return text(group.title);
+    return text(TextId::OtherColumns);
 }
 
 ShownText LogSpec::recordHeading() const {

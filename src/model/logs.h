@@ -9,6 +9,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quobrix {
 
@@ -41,6 +42,12 @@ using RecordTables = std::vector<RecordTable> (*)(const Table* log, std::optiona
                                                   const TextContext& context);
 using RecordTotals = std::vector<ShownText> (*)(std::span<const TableRows> records, const TextContext& context);
 
+/// Columns that belong together, for whoever chooses some of them.
+struct ColumnGroup {
+    SourceText title{};
+    std::span<const PersistentType* const> columns{};
+};
+
 /// What tells a record from all others of its log, whatever rows come and go beside its own.
 struct RecordKey {
     std::string logger;
@@ -71,6 +78,7 @@ struct LogSpec {
     RecordTables tables = nullptr;     ///< of a record; there if it has such a view
     RecordTotals totals = nullptr;     ///< of some records, besides how many there are; may be none
     std::array<LogViewSpec, 4> ownViews{};
+    std::array<ColumnGroup, 5> ownGroups{};
 
     const PersistentType* recordColumn() const { return keys[0]; }
     const PersistentType* logger() const { return keys[1]; }
@@ -84,6 +92,11 @@ struct LogSpec {
     std::optional<RowIndex> rowOf(const Table& log, const RecordKey& wanted) const;
     /// The one that began last; nothing if there are none.
     std::optional<RowIndex> latest(const Table& log) const;
+    /// The columns that the list of its records can show: those of the summary, and then every other one of LOG whose
+    /// cells are not objects. What several columns show is among them once.
+    std::vector<const PersistentType*> listable(const Table& log) const;
+    /// What a column stands under where columns are chosen; empty in logs without groups.
+    ShownText groupOf(const PersistentType& column) const;
     /// The columns of its list on the command line.
     std::span<const PersistentType* const> list() const { return ownList.empty() ? summary : ownList; }
     /// The ways in which it can be looked at.

@@ -118,8 +118,9 @@ std::string_view TripAverageSpeedColumn::textView(RowIndex row, const TextContex
                : "";
 }
 
+const PersistentType* TripDurationAgainColumn::repeats() const { return &TTripLogDurationColumn::kType; }
 #define COUNT(Name, Source)                                                                                            \
-    const Column& Name::source() const { return sibling<Source>(*this); }
+    const PersistentType* Name::repeats() const { return &Source::kType; }
 COUNT(TripHardBrakesColumn, TTripLogHardBrakesColumn)
 COUNT(TripPanicBrakesColumn, TTripLogPanicBrakesColumn)
 COUNT(TripHardAccelerationsColumn, TTripLogHardAccelerationsColumn)

@@ -58,7 +58,7 @@ public:
 
 class TripDurationAgainColumn : public TripDurationColumn {
 public:
-    bool repeatsSibling() const override { return true; }
+    const PersistentType* repeats() const override;
 };
 
 /// Distance by duration, in m/s; nothing for a trip of no duration.
@@ -107,19 +107,18 @@ public:
 class TripCountColumn : public DerivedColumn {
 public:
     ColumnKind kind() const override { return ColumnKind::Integer; }
-    bool repeatsSibling() const override { return true; }
     Value value(RowIndex row) const override { return source().value(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override {
         return source().textView(row, context, buffer);
     }
 
-protected:
-    virtual const Column& source() const = 0;
+private:
+    const Column& source() const { return table()->columnOf(*repeats()); }
 };
 #define COUNT(Name)                                                                                                    \
     class Name : public TripCountColumn {                                                                              \
-    protected:                                                                                                         \
-        const Column& source() const override;                                                                         \
+    public:                                                                                                            \
+        const PersistentType* repeats() const override;                                                                \
     };
 COUNT(TripHardBrakesColumn)
 COUNT(TripPanicBrakesColumn)

@@ -84,8 +84,10 @@ public:
     virtual ColumnKind kind() const = 0;
     /// Holds values of its own; derived columns compute theirs from their siblings.
     virtual bool stored() const { return false; }
-    /// Shows a sibling once more, under the heading that it has in a summary or report.
-    virtual bool repeatsSibling() const { return false; }
+    /// The class of the sibling that it shows once more, under the heading that this has in a summary or report; none:
+    /// it shows a figure of its own.
+    virtual const PersistentType* repeats() const { return nullptr; }
+    bool repeatsSibling() const { return repeats() != nullptr; }
     /// Its whole numbers are seconds of elapsed time, shown as HH:MM:SS.
     virtual bool isElapsedTime() const { return false; }
 

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kSection = "TSplitter";
 constexpr std::string_view kShare = "aspectRatio";
-constexpr double kFirstShare = 0.2;
+constexpr double kFirstShare = 0.16;
 constexpr int kUnits = 10'000; // of the whole width, which the base class brings to its own
 
 } // namespace

@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QScrollArea>
+#include <QStyleOption>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -41,7 +42,13 @@ protected:
     void paintEvent(QPaintEvent*) override {
         const QString shown = fontMetrics().elidedText(text(), Qt::ElideMiddle, width());
         setToolTip(shown == text() ? QString() : text());
-        QPainter(this).drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+        QPainter painter(this);
+        painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, shown);
+        if (hasFocus()) {
+            QStyleOptionFocusRect frame;
+            frame.initFrom(this);
+            style()->drawPrimitive(QStyle::PE_FrameFocusRect, &frame, &painter, this);
+        }
     }
 };
 
@@ -85,6 +92,7 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     documentName_ = new NameLabel;
     documentName_->setObjectName(QStringLiteral("homeDocument"));
     documentName_->setTextFormat(Qt::PlainText);
+    documentName_->setFocusPolicy(Qt::TabFocus); // as the figures below it have it
     documentName_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     figures->addWidget(documentName_);
     hint_ = new QLabel(tr("There are no trips in this file yet. Connect your Quobrix and choose Download."));
@@ -144,6 +152,8 @@ QLabel* HomePage::addFigure(QVBoxLayout& layout, const char* objectName, const Q
     value->setObjectName(QLatin1String(objectName));
     value->setTextFormat(Qt::PlainText);
     value->setWordWrap(true);
+    value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    value->setFocusPolicy(Qt::StrongFocus);
     keepBesideName(*value);
     layout.addSpacing(6);
     layout.addWidget(name);

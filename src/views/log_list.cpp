@@ -29,13 +29,17 @@ LogList::LogList(const ViewContext& context, const LogSpec& spec, QWidget* paren
 void LogList::show(const Table* log) {
     std::vector<ShownColumn> columns;
     if (log)
-        for (const PersistentType* type : spec_.summary)
-            columns.push_back({&log->columnOf(*type)});
+        for (const PersistentType* type : spec_.listable(*log)) {
+            const bool chosen = columns.size() >= spec_.summary.size();
+            columns.push_back(
+                {.column = &log->columnOf(*type), .hiddenAtFirst = chosen, .group = toQt(spec_.groupOf(*type))});
+        }
     log_ = log;
     {
         const QSignalBlocker onlyOneChange(this);
         setColumns(std::move(columns));
         makeCurrent();
+        view().setAccessibleDescription(model().storedRows() == 0 ? view().emptyText() : QString());
     }
     emit currentRowChanged();
 }

@@ -241,6 +241,19 @@ TEST_F(WayTest, TheToolbarShowsListsAndTheLatestTrip) {
     EXPECT_TRUE(action(CommandId::TripSummary).isEnabled());
 }
 
+TEST_F(WayTest, EveryPartOfTheHomePageIsReachedByTab) {
+    frame_.recentFiles().add("/somewhere/a.car");
+    frame_.documentChanged();
+    QStringList reached;
+    for (int i = 0; i < 30; ++i) {
+        press(Qt::Key_Tab);
+        reached << QApplication::focusWidget()->objectName();
+    }
+    for (const char* part : {"homeTripSummary", "homeOpen", "homeNew", "homeDocument", "homeTrips", "homeDistance",
+                             "homeLastTrip", "homeVehicles", "homeRecentFile1", "navigationPane"})
+        EXPECT_TRUE(reached.contains(QLatin1String(part))) << part;
+}
+
 TEST_F(WayTest, EveryOpenPageFollowsEditsAndUnits) {
     const auto report = [&](const char* name) {
         QStringList texts;

@@ -3,7 +3,14 @@
 #include "support/view_fixture.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QHeaderView>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <set>
 
 namespace quobrix {
 namespace {
@@ -65,6 +72,73 @@ TEST_F(LogListTest, KeepsItsCurrentRecord) {
     EXPECT_EQ(list.currentRow(), std::nullopt);
 }
 
+TEST_F(LogListTest, EveryFigureCanBeChosenOnceInItsGroup) {
+    document_.store().singleton<TAccidentLogTable>();
+    test::addTrip(document_, 0);
+    for (const LogId id : {LogId::Troubles, LogId::Activity, LogId::Accidents})
+        document_.log(logSpec(id))->insertRows(0, 1);
+    for (const LogSpec& spec : logs()) {
+        SCOPED_TRACE(spec.className());
+        const Table& log = *document_.log(spec);
+        LogList list(context_, spec);
+        list.show(&log);
+        const auto& columns = list.model().columns();
+        std::set<std::uint32_t> figures;
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const Column& column = *columns[i].column;
+            EXPECT_TRUE(figures.insert((column.repeatsSibling() ? *column.repeats() : column.type()).id()).second)
+                << column.type().name;
+            EXPECT_EQ(list.view().isColumnHidden(static_cast<int>(i)), i >= spec.summary.size());
+            EXPECT_NE(columns[i].group, "Other") << column.type().name;
+        }
+        for (std::size_t i = 0; i < log.columnCount(); ++i) {
+            const Column& column = log.column(i);
+            EXPECT_TRUE(column.kind() == ColumnKind::Table || column.repeatsSibling() ||
+                        figures.contains(column.type().id()))
+                << column.type().name;
+        }
+    }
+}
+
+TEST_F(LogListTest, AColumnIsAddedFromItsGroup) {
+    test::addTrip(document_, 0);
+    for (const bool again : {false, true}) { // what was chosen is remembered
+        LogList list(context_, logSpec(LogId::Trips));
+        list.show(&document_.trips());
+        const int threshold = list.model().indexOf("TTripLogHardBrakeThresholdColumn");
+        EXPECT_EQ(list.view().isColumnHidden(threshold), !again);
+        QTimer::singleShot(0, &list, [&] {
+            auto* chooser = QApplication::activeModalWidget();
+            ASSERT_TRUE(chooser);
+            auto* all = chooser->findChild<QTreeWidget*>("columnTree");
+            const QTreeWidgetItem* trip = all->topLevelItem(0);
+            EXPECT_EQ(trip->text(0), "Trip");
+            EXPECT_EQ(trip->child(0)->text(0), "Trip");
+            EXPECT_EQ(trip->childCount(), 6);
+            auto* item =
+                all->findItems("Hard Brake Threshold", Qt::MatchExactly | Qt::MatchRecursive).value(0, nullptr);
+            ASSERT_TRUE(item);
+            EXPECT_EQ(item->parent()->text(0), "Brakes");
+            EXPECT_EQ(item->checkState(0), again ? Qt::Checked : Qt::Unchecked);
+            if (again) {
+                chooser->findChild<QPushButton*>("columnOriginal")->click();
+                EXPECT_EQ(item->checkState(0), Qt::Unchecked);
+            } else {
+                all->setCurrentItem(item);
+                QTest::keyClick(all, Qt::Key_Space);
+                chooser->findChild<QPushButton*>("columnUp")->click();
+            }
+            static_cast<QDialog*>(chooser)->accept();
+        });
+        list.commands().action(SpreadsheetCommand::Columns).trigger();
+        EXPECT_EQ(list.view().isColumnHidden(threshold), again);
+        const QHeaderView& header = *list.view().horizontalHeader();
+        const int count = static_cast<int>(logSpec(LogId::Trips).summary.size());
+        EXPECT_EQ(header.visualIndex(threshold), again ? count : count - 1);
+        EXPECT_TRUE(again || header.sectionSize(threshold) >= header.sectionSizeHint(threshold));
+    }
+}
+
 TEST_F(LogListTest, HeadingsAndCommentsHaveRoom) {
     LogList list(context_, logSpec(LogId::Trips));
     const QHeaderView& header = *list.view().horizontalHeader();
@@ -72,7 +146,8 @@ TEST_F(LogListTest, HeadingsAndCommentsHaveRoom) {
         list.show(&document_.trips());
         ASSERT_EQ(document_.trips().rowCount(), rows);
         for (int column = 0; column < header.count(); ++column)
-            EXPECT_GE(header.sectionSize(column), header.sectionSizeHint(column)) << column;
+            EXPECT_TRUE(header.isSectionHidden(column) || header.sectionSize(column) >= header.sectionSizeHint(column))
+                << column;
         test::addTrip(document_, 1'000'000'000);
     }
     const int comments = list.model().indexOf("TTripLogCommentsColumn");

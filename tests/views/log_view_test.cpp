@@ -227,6 +227,7 @@ TEST_F(EveryLog, IsAPageOfTheSameMake) {
         LogView page(context_, logSpec(c.id));
         page.refresh();
         EXPECT_EQ(page.summary().model().rowCount(), 0);
+        EXPECT_TRUE(page.summary().view().accessibleDescription().contains("Download Quobrix Data")) << "what to do";
         EXPECT_EQ(page.findChild<QLabel*>(QLatin1String("current") + c.stem)->text(), c.none);
         page.showView(LogViewKind::Report);
         EXPECT_FALSE(page.printable({}));

@@ -2,15 +2,20 @@
 
 #include <QDialog>
 
+#include <vector>
+
 class QListWidget;
 class QPushButton;
 class QTableView;
+class QTreeWidget;
+class QTreeWidgetItem;
 
 namespace quobrix {
 
 class SpreadsheetModel;
 
-/// The dialog in which a person chooses which columns of a spreadsheet are shown, and in which order.
+/// The dialog in which a person chooses which columns of a spreadsheet are shown, from all of them in their groups, and
+/// in which order.
 class ColumnChooser final : public QDialog {
     Q_OBJECT
 public:
@@ -19,14 +24,17 @@ public:
     void accept() override;
 
 private:
-    void add(int column, bool shown);
+    void addToAll(int column);
+    void addToShown(int column);
+    void setShown(const std::vector<int>& columns);
+    void choose(const QTreeWidgetItem& item);
     void move(int step);
-    void restoreOriginal();
     void enableButtons();
 
     QTableView& view_;
     const SpreadsheetModel& model_;
-    QListWidget* list_;
+    QTreeWidget* all_;
+    QListWidget* shown_;
     QPushButton* up_;
     QPushButton* down_;
     QPushButton* ok_;

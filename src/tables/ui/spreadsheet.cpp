@@ -97,9 +97,10 @@ void TSpreadsheet::setColumns(std::vector<ShownColumn> columns, SpreadsheetModel
     removable_ = of && of->spec().rows.removable && context_.edits && view_->use() == SpreadsheetView::Use::Records;
     model_.setColumns(std::move(columns), std::move(rowTitle));
     if (!layout_.restored() && model_.rowCount() > 0)
-        layout_.restore();
-    else
-        layout_.fitToTexts();
+        return layout_.restore();
+    if (!layout_.restored())
+        layout_.hideUnchosen();
+    layout_.fitToTexts();
 }
 
 bool TSpreadsheet::setFilter(RowFilter filter) {
@@ -491,8 +492,8 @@ void TSpreadsheet::rowsEdited(RowIndex row, std::size_t rows) {
 }
 
 void TSpreadsheet::chooseColumns() {
-    if (finishEdit())
-        ColumnChooser(*view_, model_, this).exec();
+    if (finishEdit() && ColumnChooser(*view_, model_, this).exec() == QDialog::Accepted)
+        layout_.fitToTexts(); // of those that were not shown before
 }
 
 // Menus

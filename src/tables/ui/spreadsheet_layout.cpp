@@ -62,10 +62,14 @@ void SpreadsheetLayout::fitToTexts() {
     }
 }
 
+void SpreadsheetLayout::hideUnchosen() {
+    for (int column = 0; column < model_.columnCount(); ++column)
+        view_.setColumnHidden(column, model_.hiddenAtFirst(column));
+}
+
 void SpreadsheetLayout::restore() {
     QHeaderView& header = *view_.horizontalHeader();
-    for (int i = 0; i < header.count(); ++i)
-        header.showSection(i);
+    hideUnchosen();
     resized_.clear();
     std::vector<int> hidden;
     int place = 0;
@@ -74,6 +78,7 @@ void SpreadsheetLayout::restore() {
         const int column = model_.indexOf(parts.front().toStdString());
         if (column < 0 || parts.size() != 2)
             continue;
+        header.showSection(column);
         header.moveSection(header.visualIndex(column), place++);
         const int width = parts[1].toInt();
         if (std::abs(width) > 1) {

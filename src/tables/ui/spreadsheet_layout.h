@@ -28,6 +28,8 @@ public:
     void fitToTexts();
     /// Gives the columns what is remembered of them, else their texts' widths.
     void restore();
+    /// Hides the columns that nobody has chosen yet, and shows all others.
+    void hideUnchosen();
     /// Stores what has been changed since restore().
     void remember();
     /// restore() has been called for columns that are still shown.

@@ -19,6 +19,8 @@ struct ShownColumn {
     const Column* column;
     QString heading{};          ///< empty: the column's own
     bool unitInHeading = false; ///< "From (MPH)" over plain figures, instead of a unit in every cell
+    bool hiddenAtFirst = false; ///< until a person chooses it
+    QString group{};            ///< what it stands under where columns are chosen
 
     bool operator==(const ShownColumn&) const = default;
 };
@@ -53,6 +55,8 @@ public:
     const ColumnSpec& spec(int column) const { return *specs_[static_cast<std::size_t>(column)]; }
     /// The position of a column by key; -1 if it is not shown.
     int indexOf(std::string_view key) const;
+    bool hiddenAtFirst(int column) const { return columns_[static_cast<std::size_t>(column)].hiddenAtFirst; }
+    const QString& group(int column) const { return columns_[static_cast<std::size_t>(column)].group; }
     /// The column's position in its table.
     std::size_t tableColumn(int column) const { return sources_[static_cast<std::size_t>(column)].column; }
 
