@@ -71,8 +71,9 @@ TableDialog::TableDialog(const TableDialogContext& context, const TableDialogSpe
                             kLinesOfNote * fontMetrics().lineSpacing());
     int width = view.verticalHeader()->sizeHint().width() + view.verticalScrollBar()->sizeHint().width();
     for (std::size_t i = 0; i < table.columnCount(); ++i)
-        width += std::max(view.horizontalHeader()->sectionSizeHint(static_cast<int>(i)),
-                          fontMetrics().averageCharWidth() * kLeastColumn);
+        width += std::max({view.horizontalHeader()->sectionSizeHint(static_cast<int>(i)),
+                           static_cast<QAbstractItemView&>(view).sizeHintForColumn(static_cast<int>(i)),
+                           fontMetrics().averageCharWidth() * kLeastColumn});
     list_->setMinimumWidth(width + 2 * view.frameWidth());
     connect(&list_->model(), &QAbstractItemModel::dataChanged, this, [this] {
         redraw();
