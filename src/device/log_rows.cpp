@@ -174,10 +174,10 @@ void writeCells(const Cells& cells, const Table& table, RowIndex row, const Reco
 }
 
 template <class Cells, class Record>
-void compareCells(const Cells& cells, const Table& table, RowIndex row, const Record& record, std::int64_t shift,
-                  Comparison& c) {
+void compareCells(const Cells& cells, const Table& table, const RecordedCellsColumn* kept, RowIndex row,
+                  const Record& record, std::int64_t shift, Comparison& c) {
     const auto one = [&](const auto& cell) {
-        cell.compare(table.column<ColumnOf<decltype(cell)>>().at(row), cell.of(record, shift), c);
+        cell.compare(recordedAt(table.column<ColumnOf<decltype(cell)>>(), kept, row), cell.of(record, shift), c);
     };
     std::apply([&](const auto&... cell) { (one(cell), ...); }, cells);
 }
@@ -207,13 +207,17 @@ const auto* valuesOf(const ObjectColumnOf<List>& column, RowIndex row) {
 /// A column that was read, and does not stand in for one that was not.
 bool isThere(const Column& column) { return column.store() != nullptr; }
 
+const RecordedCellsColumn& recordedCells(const TTripLogTable& table) {
+    return table.column<TTripLogRecordedCellsColumn>();
+}
+
 /// How many, and when.
 template <class C, class Times>
 void compareEvents(const Events<C, Times>& events, const TTripLogTable& table, RowIndex row, const TripRecord& record,
                    Comparison& c) {
     const std::vector<std::uint32_t>& times = record.*events.member;
     if (c.same())
-        c.growing(natural(table.column<C>().at(row)), times.size());
+        c.growing(natural(recordedAt(table.column<C>(), &recordedCells(table), row)), times.size());
     if (!c.same())
         return;
     if (const auto* stored = valuesOf(table.column<Times>(), row))
@@ -255,11 +259,12 @@ std::int32_t shifted(std::int32_t time, std::int64_t shift) {
 // from these and may be rounded anew by another library. From what costs little to what must be loaded.
 Comparison TripRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     Comparison c;
-    const std::int32_t start = t.column<TTripLogStartTimeColumn>().at(row);
+    const RecordedCellsColumn& kept = recordedCells(t);
+    const std::int32_t start = recordedAt(t.column<TTripLogStartTimeColumn>(), &kept, row);
     const auto duration = [start](std::int32_t end) {
         return static_cast<std::uint64_t>(std::max<std::int64_t>(std::int64_t{end} - start, 0));
     };
-    c.growing(duration(t.column<TTripLogEndTimeColumn>().at(row)), duration(shifted(r.endTime, shift)));
+    c.growing(duration(recordedAt(t.column<TTripLogEndTimeColumn>(), &kept, row)), duration(shifted(r.endTime, shift)));
     c.vin(t.recorded(row).vin, r.origin.vin);
     if (c.differs)
         return c;
@@ -271,7 +276,9 @@ Comparison TripRows::compare(const TableType& t, RowIndex row, const Record& r, 
     std::apply([&](const auto&... events) { (compareEvents(events, t, row, r, c), ...); }, kTripEvents);
     if (!c.same())
         return c;
-    const auto& tables = t.column<TTripLogSampleTableColumn>();
+    const ObjectColumnOf<TTripLogSampleTable>& recorded = t.column<TTripLogRecordedSampleTableColumn>();
+    const ObjectColumnOf<TTripLogSampleTable>& shown = t.column<TTripLogSampleTableColumn>();
+    const auto& tables = recorded.has(row) ? recorded : shown;
     if (const TTripLogSampleTable* samples = tables.object(row))
         compareSamples(*samples, r, c);
     else if (!tables.has(row)) // all that there is of it was lost, or it never had any
@@ -320,8 +327,9 @@ void TripRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t sh
 // A freeze frame does not grow; but a figure that was not reported at first may be later.
 Comparison TroubleRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t shift) {
     Comparison c;
-    c.vin(t.column<TTroubleLogVinColumn>().at(row), r.origin.vin);
-    compareCells(kTroubleContent, t, row, r, shift, c);
+    const auto& kept = t.column<TTroubleLogRecordedCellsColumn>();
+    c.vin(recordedAt(t.column<TTroubleLogVinColumn>(), &kept, row), r.origin.vin);
+    compareCells(kTroubleContent, t, &kept, row, r, shift, c);
     return c;
 }
 
@@ -334,12 +342,14 @@ void TroubleRows::fill(TableType& t, RowIndex row, const Record& r, std::int64_t
 std::string ActivityRows::code(const Record& record) { return std::to_string(storedCode(record.eventType)); }
 
 std::string ActivityRows::codeAt(const TableType& table, RowIndex row) {
-    return std::to_string(table.column<TSecurityLogEventTypeColumn>().at(row));
+    return std::to_string(
+        recordedAt(table.column<TSecurityLogEventTypeColumn>(), &table.column<TSecurityLogRecordedCellsColumn>(), row));
 }
 
 Comparison ActivityRows::compare(const TableType& t, RowIndex row, const Record& r, std::int64_t) {
     Comparison c;
-    c.vin(t.column<TSecurityLogVinColumn>().at(row), r.origin.vin);
+    c.vin(recordedAt(t.column<TSecurityLogVinColumn>(), &t.column<TSecurityLogRecordedCellsColumn>(), row),
+          r.origin.vin);
     return c;
 }
 

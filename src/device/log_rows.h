@@ -17,6 +17,8 @@ namespace quobrix {
 //   complete(table, row, record)          puts them there
 //   fill(table, row, record, shift)       makes the row hold the record; what the record does not tell of the vehicle
 //                                         and the driver stays, and so does what a person has entered
+//   isFixed(table, row)                   a person has changed what the row owns, so that no record takes its place
+// A row is compared as it was recorded; complete() and fill() are called while it is as it was recorded (exchange()).
 // What of a row cannot be read is not compared.
 
 struct TripRows {
@@ -30,20 +32,24 @@ struct TripRows {
     static std::string codeAt(const TableType&, RowIndex) { return {}; }
     static Comparison compare(const TableType& table, RowIndex row, const Record& record, std::int64_t shift);
     static bool completes(const TableType& table, RowIndex row, const Record& record);
+    static bool isFixed(const TableType& table, RowIndex row) { return table.hasOtherParts(row); }
     static void complete(TableType& table, RowIndex row, const Record& record);
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 
 /// The vehicle in the logs where no person gives it.
-template <class Table, class VinColumn, class RecordType>
+template <LogId kId, class Table, class VinColumn, class RecordType>
 struct RecordedVehicle {
+    static constexpr LogId kLog = kId;
     using Record = RecordType;
     using TableType = Table;
     using Vin = VinColumn;
 
     static bool completes(const Table& table, RowIndex row, const Record& record) {
-        return !isVin(table.template column<Vin>().at(row)) && isVin(record.origin.vin);
+        const auto& vins = table.template column<Vin>();
+        return !isVin(recordedAt(vins, logSpec(kLog).recordedCellsOf(table), row)) && isVin(record.origin.vin);
     }
+    static bool isFixed(const Table&, RowIndex) { return false; }
     static void complete(Table& table, RowIndex row, const Record& record) {
         auto& vins = table.template column<Vin>();
         if (isVin(record.origin.vin) || !vins.has(row))
@@ -51,21 +57,18 @@ struct RecordedVehicle {
     }
 };
 
-struct TroubleRows : RecordedVehicle<TTroubleLogTable, TTroubleLogVinColumn, TroubleRecord> {
-    static constexpr LogId kLog = LogId::Troubles;
-
+struct TroubleRows : RecordedVehicle<LogId::Troubles, TTroubleLogTable, TTroubleLogVinColumn, TroubleRecord> {
     static std::int32_t time(const Record& record) { return record.time; }
     static std::string code(const Record& record) { return record.code; }
     static std::string codeAt(const TableType& table, RowIndex row) {
-        return table.column<TTroubleLogTroubleCodeColumn>().at(row);
+        return recordedAt(table.column<TTroubleLogTroubleCodeColumn>(), &table.column<TTroubleLogRecordedCellsColumn>(),
+                          row);
     }
     static Comparison compare(const TableType& table, RowIndex row, const Record& record, std::int64_t shift);
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 
-struct ActivityRows : RecordedVehicle<TSecurityLogTable, TSecurityLogVinColumn, ActivityRecord> {
-    static constexpr LogId kLog = LogId::Activity;
-
+struct ActivityRows : RecordedVehicle<LogId::Activity, TSecurityLogTable, TSecurityLogVinColumn, ActivityRecord> {
     static std::int32_t time(const Record& record) { return record.time; }
     static std::string code(const Record& record);
     static std::string codeAt(const TableType& table, RowIndex row);
@@ -73,9 +76,7 @@ struct ActivityRows : RecordedVehicle<TSecurityLogTable, TSecurityLogVinColumn, 
     static void fill(TableType& table, RowIndex row, const Record& record, std::int64_t shift);
 };
 
-struct AccidentRows : RecordedVehicle<TAccidentLogTable, TAccidentLogTableVinColumn, StopRecord> {
-    static constexpr LogId kLog = LogId::Accidents;
-
+struct AccidentRows : RecordedVehicle<LogId::Accidents, TAccidentLogTable, TAccidentLogTableVinColumn, StopRecord> {
     static std::int32_t time(const Record& record) { return record.startTime; }
     static std::string code(const Record&) { return {}; }
     static std::string codeAt(const TableType&, RowIndex) { return {}; }

@@ -52,7 +52,8 @@ public:
     using Record = typename Log::Record;
 
     explicit Planner(const typename Log::TableType& table)
-        : table_(table), numbers_(logSpec(Log::kLog).recordsOf(table)), times_(logSpec(Log::kLog).timesOf(table)) {
+        : table_(table), numbers_(logSpec(Log::kLog).recordsOf(table)), times_(logSpec(Log::kLog).timesOf(table)),
+          kept_(logSpec(Log::kLog).recordedCellsOf(table)) {
         const LoggerColumn& serials = logSpec(Log::kLog).loggersOf(table);
         alike_.reserve(table.rowCount());
         for (RowIndex row = 0; row < table.rowCount(); ++row) {
@@ -101,7 +102,8 @@ private:
     }
 
     Comparison compare(const Row& row, const Record& record) const {
-        return Log::compare(table_, row.index, record, std::int64_t{times_.at(row.index)} - Log::time(record));
+        return Log::compare(table_, row.index, record,
+                            std::int64_t{recordedAt(times_, kept_, row.index)} - Log::time(record));
     }
 
     /// Of the rows that compare with RECORD as WANTED the one that has most in common with it.
@@ -123,6 +125,10 @@ private:
     }
 
     Result<void> replace(Row& row, const Record& record) {
+        if (Log::isFixed(table_, row.index)) {
+            seenAgain(row, record);
+            return {};
+        }
         if (!table_.replaceable(row.index))
             return unreadable(table_.type());
         row.taken = true;
@@ -142,6 +148,7 @@ private:
     const typename Log::TableType& table_;
     const RecordColumn& numbers_;
     const DateTimeColumn& times_;
+    const RecordedCellsColumn* kept_;
     std::unordered_map<std::string, Alike> alike_;
     MergePlan<Log> plan_;
 };
@@ -151,18 +158,24 @@ void carryOut(MergePlan<Log>& plan, typename Log::TableType& table, std::int32_t
     RecordColumn& numbers = logSpec(Log::kLog).recordsOf(table);
     LoggerColumn& serials = logSpec(Log::kLog).loggersOf(table);
     const DateTimeColumn& times = logSpec(Log::kLog).timesOf(table);
+    RecordedCellsColumn* kept = logSpec(Log::kLog).recordedCellsOf(table);
     std::vector<RowIndex> rows;
     for (const auto& change : plan.changes)
         rows.push_back(change.row);
     std::ranges::sort(rows);
     if (!rows.empty())
         edits.changeRows(table, runsOf(rows), [&] {
-            for (const auto& change : plan.changes)
+            for (const auto& change : plan.changes) {
+                if (kept)
+                    kept->exchange(change.row);
                 if (change.whole) // the shift that the old record got stays: its place among the others depends on it
                     Log::fill(table, change.row, *change.record,
                               std::int64_t{times.at(change.row)} - Log::time(*change.record));
                 else
                     Log::complete(table, change.row, *change.record);
+                if (kept)
+                    kept->exchange(change.row);
+            }
         });
 
     auto& fresh = plan.fresh;

@@ -13,8 +13,8 @@ std::vector<ExportColumn> exportColumns(const Table& table, Repeats repeats, Own
     std::vector<ExportColumn> columns;
     for (std::size_t i = 0; i < table.columnCount(); ++i) {
         const Column& column = table.column(i);
-        const bool exported =
-            column.kind() != ColumnKind::Table || (owned == Owned::Keep && dynamic_cast<const ObjectColumn*>(&column));
+        const bool exported = column.kind() != ColumnKind::Table ||
+                              (owned == Owned::Keep && column.isShown() && dynamic_cast<const ObjectColumn*>(&column));
         if (exported && (repeats == Repeats::Keep || !column.repeatsSibling()))
             columns.push_back({&column});
     }

@@ -16,7 +16,7 @@ constexpr const PersistentType* kAccidentColumns[] = {
 } // namespace
 
 const TableSpec& TAccidentLogTable::spec() const {
-    static const TableSpec spec{kType, kAccidentColumns, {}, logSpec(LogId::Accidents).title};
+    static const TableSpec spec{kType, kAccidentColumns, {}, logSpec(LogId::Accidents).title, {.removable = true}};
     return spec;
 }
 

@@ -32,8 +32,11 @@ constexpr SourceText kConfigurationChanges[] = {
 } // namespace
 
 const TableSpec& TSecurityLogTable::spec() const {
-    static const TableSpec spec{kType, kActivityColumns, kTypesOf<TSecurityLogRemarksColumn>,
-                                logSpec(LogId::Activity).title};
+    static const TableSpec spec{kType,
+                                kActivityColumns,
+                                kTypesOf<TSecurityLogRemarksColumn>,
+                                logSpec(LogId::Activity).title,
+                                {.removable = true}};
     return spec;
 }
 

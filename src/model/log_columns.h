@@ -49,6 +49,7 @@ public:
 /// Holds a logger's serial number, shows the logger's name ("Unknown" without one).
 class LoggerColumn : public TextColumn {
 public:
+    bool correctable() const override { return false; }
     std::string namedKey(RowIndex row) const override { return at(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     std::optional<CellSource> sourceOf(RowIndex row) const override;

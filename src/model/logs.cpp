@@ -51,6 +51,7 @@ constexpr LogSpec kLogs[] = {
 #define VEHICLE(Column) .vehicle = &Column::kType,
 #define DRIVER(Column) .driver = &Column::kType,
 #define COMMENTS(Column) .comments = &Column::kType,
+#define RECORDED(Column) .recorded = &Column::kType,
 #define SUMMARY(...) .summary = kTypesOf<__VA_ARGS__>,
 #define LIST(...) .ownList = kTypesOf<__VA_ARGS__>,
 #define FACTS(...) .facts = kTypesOf<__VA_ARGS__>,
@@ -94,6 +95,10 @@ RecordColumn& LogSpec::recordsOf(const Table& log) const { return static_cast<Re
 LoggerColumn& LogSpec::loggersOf(const Table& log) const { return static_cast<LoggerColumn&>(log.columnOf(*keys[1])); }
 DateTimeColumn& LogSpec::timesOf(const Table& log) const {
     return static_cast<DateTimeColumn&>(log.columnOf(*keys[2]));
+}
+
+RecordedCellsColumn* LogSpec::recordedCellsOf(const Table& log) const {
+    return recorded ? &static_cast<RecordedCellsColumn&>(log.columnOf(*recorded)) : nullptr;
 }
 
 RecordKey LogSpec::keyOf(const Table& log, RowIndex row) const {

@@ -2,6 +2,7 @@
 
 #include "model/log_columns.h"
 #include "model/record_table.h"
+#include "model/recorded_cells.h"
 #include "tables/table.h"
 
 #include <array>
@@ -70,6 +71,7 @@ struct LogSpec {
     const PersistentType* vehicle = nullptr;       ///< the column that holds the VIN
     const PersistentType* driver = nullptr;        ///< the column that holds the driver's number, if it has one
     const PersistentType* comments = nullptr;
+    const PersistentType* recorded = nullptr; ///< the column that keeps cells as they were recorded, if it has one
     std::span<const PersistentType* const> growing{}; ///< hold lists that grow while a record is being recorded
     std::span<const PersistentType* const> summary{};
     std::span<const PersistentType* const> ownList{}; ///< list()
@@ -86,6 +88,8 @@ struct LogSpec {
     RecordColumn& recordsOf(const Table& log) const;
     LoggerColumn& loggersOf(const Table& log) const;
     DateTimeColumn& timesOf(const Table& log) const;
+    /// Nothing in logs whose records nobody can change.
+    RecordedCellsColumn* recordedCellsOf(const Table& log) const;
     /// ROW must be below the row count of LOG.
     RecordKey keyOf(const Table& log, RowIndex row) const;
     /// Nothing if there is no such record.

@@ -44,10 +44,19 @@ struct Place {
     RowIndex row;
 };
 
+/// The cell of a column as it was recorded.
+Value recordedValue(const LogSpec& log, const Place& place, const PersistentType& type) {
+    const Column& column = place.table.columnOf(type);
+    const RecordedCellsColumn* kept = log.recordedCellsOf(place.table);
+    return kept ? kept->recorded(column, place.row) : column.value(place.row);
+}
+
 /// Whatever a person has made of it.
 std::string recordedVin(const LogSpec& log, const Place& place) {
-    return log.id == LogId::Trips ? static_cast<const TTripLogTable&>(place.table).recorded(place.row).vin
-                                  : place.table.columnOf(*log.vehicle).namedKey(place.row);
+    if (log.id == LogId::Trips)
+        return static_cast<const TTripLogTable&>(place.table).recorded(place.row).vin;
+    const Value vin = recordedValue(log, place, *log.vehicle);
+    return std::get<std::string>(vin);
 }
 
 using Key = std::tuple<std::string, std::int32_t, std::string>;
@@ -58,7 +67,7 @@ Key keyOf(const LogSpec& log, const Place& place) {
     const std::int32_t recorded = log.recordsOf(place.table).at(row).loggerTime;
     std::string code;
     if (log.keys.size() > 3) {
-        const Value value = place.table.columnOf(*log.keys[3]).value(row);
+        const Value value = recordedValue(log, place, *log.keys[3]);
         if (const auto* text = std::get_if<std::string>(&value))
             code = *text;
         else if (const auto* number = std::get_if<std::int64_t>(&value))
@@ -87,9 +96,16 @@ void compareLists(const Column& row, const Column& record, Comparison& c) {
     c.growing(row.storedRows(), record.storedRows());
 }
 
-/// What the cell of a column owns, if it can be read.
+/// The column that keeps what was recorded of TYPE where a person has made something else of it.
+const PersistentType& recordedOf(const PersistentType& type) {
+    return &type == &TTripLogSampleTableColumn::kType ? TTripLogRecordedSampleTableColumn::kType : type;
+}
+
+/// What the cell of a column owns as it was recorded, if it can be read.
 const PersistentObject* owned(const PersistentType& type, const Place& place) {
-    const auto& cells = static_cast<const ObjectColumn&>(place.table.columnOf(type));
+    const auto& recorded = static_cast<const ObjectColumn&>(place.table.columnOf(recordedOf(type)));
+    const auto& cells =
+        recorded.has(place.row) ? recorded : static_cast<const ObjectColumn&>(place.table.columnOf(type));
     const PersistentObject* object =
         cells.store() && cells.has(place.row) ? cells.store()->find(cells.at(place.row)) : nullptr;
     return object && object->type().id() == cells.objectType().id() ? object : nullptr;
@@ -129,7 +145,7 @@ void compareFigures(const LogSpec& log, const Place& row, const Place& record, C
         const Column& column = row.table.columnOf(*type);
         if (!column.stored() || isOther(type))
             continue;
-        const Value a = column.value(row.row), b = record.table.columnOf(*type).value(record.row);
+        const Value a = recordedValue(log, row, *type), b = recordedValue(log, record, *type);
         if (column.kind() == ColumnKind::Real)
             c.figure(figureOf(a), figureOf(b));
         else if (column.kind() == ColumnKind::Integer || column.kind() == ColumnKind::Selection)

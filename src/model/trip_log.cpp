@@ -13,7 +13,7 @@ constexpr const PersistentType* kTripColumns[] = {
 #include "model/trip_log.def"
 #undef COLUMN
 };
-static_assert(std::size(kTripColumns) == 41);
+static_assert(std::size(kTripColumns) == 44);
 
 template <class C>
 C& sibling(const Column& column) {
@@ -48,6 +48,16 @@ void TTripLogTable::setRecorded(RowIndex row, const std::string& vin, std::int32
     if (drivers.at(row) == before.driver)
         drivers.set(row, now.driver);
     column<TTripLogRecordedOriginColumn>().set(row, std::move(now));
+}
+
+void TTripLogTable::keepRecorded(RowIndex row) {
+    if (RecordedOrigin origin = recorded(row); origin != column<TTripLogRecordedOriginColumn>().at(row))
+        column<TTripLogRecordedOriginColumn>().set(row, std::move(origin));
+}
+
+bool TTripLogTable::hasOtherParts(RowIndex row) const {
+    return column<TTripLogRecordedSampleTableColumn>().has(row) ||
+           column<TTripLogRecordedSpeedBandsTableColumn>().has(row);
 }
 
 const TableSpec& TTripLogSampleTable::spec() const {

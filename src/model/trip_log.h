@@ -2,6 +2,7 @@
 
 #include "model/log_columns.h"
 #include "model/parameters.h"
+#include "model/recorded_cells.h"
 
 namespace quobrix {
 
@@ -143,6 +144,10 @@ class TTripLogTable final : public Table {
     /// Notes what the logger says of the trip's vehicle and driver now: no driver, and no VIN where there is one,
     /// say nothing. A vehicle or driver that a person gave the trip stays, any other becomes what was recorded.
     void setRecorded(RowIndex row, const std::string& vin, std::int32_t driver);
+    /// Keeps what was recorded of the vehicle and driver, since a person is about to give the trip others.
+    void keepRecorded(RowIndex row);
+    /// A person has changed samples or speed bands.
+    bool hasOtherParts(RowIndex row) const;
 };
 
 } // namespace quobrix

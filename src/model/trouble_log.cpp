@@ -11,7 +11,7 @@ constexpr const PersistentType* kTroubleColumns[] = {
 #include "model/trouble_log.def"
 #undef COLUMN
 };
-static_assert(std::size(kTroubleColumns) == 19);
+static_assert(std::size(kTroubleColumns) == 20);
 
 constexpr SourceText kFuelSystemStatus[] = {
     SourceText("Open loop; has not yet satisfied conditions to go to closed loop."),
@@ -25,7 +25,7 @@ constexpr SourceText kFuelSystemStatus[] = {
 } // namespace
 
 const TableSpec& TTroubleLogTable::spec() const {
-    static const TableSpec spec{kType, kTroubleColumns, {}, logSpec(LogId::Troubles).title};
+    static const TableSpec spec{kType, kTroubleColumns, {}, logSpec(LogId::Troubles).title, {.removable = true}};
     return spec;
 }
 

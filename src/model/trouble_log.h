@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/log_columns.h"
+#include "model/recorded_cells.h"
 
 #include <string_view>
 

@@ -107,6 +107,11 @@ public:
     /// A person may change its cells.
     bool editable() const { return stored() && !requirements().readOnly && !requirements().notApplicable; }
 
+    /// A person may correct what was recorded in its cells, where that is asked for.
+    virtual bool correctable() const { return requirements().recorded && stored() && kind() != ColumnKind::Table; }
+    /// It is there for people; others only keep what the program needs beside these.
+    virtual bool isShown() const { return true; }
+
     /// What TEXT means as a value of this column, by the person's locale, units and clock. Says nothing of ranges and
     /// other requirements. A figure may be followed by the name of any unit of the column's type. A figure that reads
     /// the same as a bound of a range is that bound, or a bound could not be typed in other units than its own.

@@ -61,7 +61,7 @@ EditOutcome refused(const Parsed& parsed, std::size_t column, RowIndex row) {
 }
 
 CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vector<CellEdit>& cells,
-                      const TextContext& context) {
+                      const TextContext& context, EditedCells edited) {
     CheckedEdit checked;
     std::vector<Finding>& warnings = checked.outcome.warnings;
     const auto refuse = [](const auto& why, std::size_t column, RowIndex row) {
@@ -72,7 +72,7 @@ CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vect
         if (cell.column >= table.columnCount() || cell.row >= rows + addedRows)
             return refuse(kIncompatiblePaste, cell.column, cell.row);
         const Column& column = table.column(cell.column);
-        if (!column.editable())
+        if (edited == EditedCells::Editable ? !column.editable() : !column.correctable())
             return refuse(kNotEditable, cell.column, cell.row);
         if (cell.row < rows && column.value(cell.row) == cell.value)
             continue;

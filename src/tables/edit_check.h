@@ -52,9 +52,11 @@ struct CheckedEdit {
     EditOutcome outcome;                      ///< the refusal, or the warnings
     std::map<std::size_t, NewValues> changes; ///< by column: what becomes another value
 };
+/// Which cells a person means to change: those that are for editing, or those that were recorded.
+enum class EditedCells { Editable, Recorded };
 /// Looks at setting CELLS of TABLE, which gets ADDED_ROWS at its end; CELLS must outlive the result.
 CheckedEdit checkEdit(const Table& table, std::size_t addedRows, const std::vector<CellEdit>& cells,
-                      const TextContext& context);
+                      const TextContext& context, EditedCells edited = EditedCells::Editable);
 
 /// What is selected in a window when Delete is chosen.
 struct DeleteSelection {

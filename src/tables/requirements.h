@@ -54,6 +54,7 @@ struct CountRange {
 struct Requirements {
     Need need = Need::Optional;
     bool readOnly = false;
+    bool recorded = false;      ///< the logger or the program has put it down
     bool notApplicable = false; ///< does not currently apply
     bool isDefaulted = false;
     double defaultValue = 0; ///< in base units; 0 and 1 for booleans
@@ -117,7 +118,7 @@ inline constexpr Requirements Optional{.need = Need::Optional};
 inline constexpr Requirements Recommended{.need = Need::Recommended};
 inline constexpr Requirements Required{.need = Need::Required};
 /// What the logger or the program put down is not for editing.
-inline constexpr Requirements Recorded{.readOnly = true};
+inline constexpr Requirements Recorded{.readOnly = true, .recorded = true};
 /// What follows from other columns.
 inline constexpr Requirements Computed{.readOnly = true};
 } // namespace requirements

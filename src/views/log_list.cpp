@@ -1,6 +1,7 @@
 #include "views/log_list.h"
 
 #include "base/ui/qt_text.h"
+#include "views/record_commands.h"
 
 #include <algorithm>
 
@@ -19,7 +20,7 @@ QString emptyText(const LogSpec& spec) {
 LogList::LogList(const ViewContext& context, const LogSpec& spec, QWidget* parent)
     : TSpreadsheet(context.spreadsheet(), {spec.viewName("SummaryView"), toQt(text(spec.title)), emptyText(spec)},
                    parent),
-      spec_(spec) {
+      spec_(spec), recordCommands_(new RecordCommands(*this, context, spec)) {
     connect(this, &TSpreadsheet::currentRowChanged, this, [this] {
         if (const auto row = currentRow(); row && log_)
             current_ = spec_.keyOf(*log_, *row);
@@ -42,6 +43,15 @@ void LogList::show(const Table* log) {
         view().setAccessibleDescription(model().storedRows() == 0 ? view().emptyText() : QString());
     }
     emit currentRowChanged();
+}
+
+void LogList::addToMenu(QMenu& menu, QAction* before) { recordCommands_->addTo(menu, before); }
+
+void LogList::deleteSelection() {
+    if (deletesRecords())
+        deleteRows([this](const std::vector<RowIndex>& rows) { return recordCommands_->mayDelete(rows); });
+    else
+        TSpreadsheet::deleteSelection();
 }
 
 std::optional<Report> LogList::printable(const std::optional<RecordRange>& range) {

@@ -5,6 +5,8 @@
 
 namespace quobrix {
 
+class RecordCommands;
+
 /// The records of a log, one row each.
 class LogList final : public TSpreadsheet {
 public:
@@ -18,13 +20,18 @@ public:
     /// What the current record is known by; nothing if there is none.
     const std::optional<RecordKey>& current() const { return current_; }
 
+    RecordCommands& recordCommands() { return *recordCommands_; }
+
     /// As Page::printable.
     std::optional<Report> printable(const std::optional<RecordRange>& range);
 
 private:
+    void addToMenu(QMenu& menu, QAction* before) override;
+    void deleteSelection() override;
     void makeCurrent();
 
     const LogSpec& spec_;
+    RecordCommands* recordCommands_;
     const Table* log_ = nullptr;
     std::optional<RecordKey> current_;
 };

@@ -6,14 +6,16 @@
 
 namespace quobrix {
 
-LogRecordView::LogRecordView(const ViewContext& context, const LogSpec& spec, QWidget* parent)
-    : ReportView(parent), context_(context), spec_(spec) {
+LogRecordView::LogRecordView(const ViewContext& context, const LogSpec& spec, QAction& editComments, QWidget* parent)
+    : ReportView(parent), context_(context), spec_(spec), editComments_(editComments) {
     setObjectName(toQt(spec.viewName("RecordView")));
     setAccessibleName(tr("%1 Report").arg(toQt(spec.recordHeading())));
     showRecord(nullptr, std::nullopt);
 }
 
 void LogRecordView::showRecord(const Table* log, std::optional<RowIndex> row) {
+    setSectionCommand(row ? toQt(plainHeading(log->columnOf(*spec_.comments).spec())) : QString(),
+                      row ? &editComments_ : nullptr);
     if (row)
         return setReport(recordReport(spec_, *log, *row, context_.text()));
     setReport(

@@ -9,8 +9,8 @@ namespace quobrix {
 /// The report of one record.
 class LogRecordView final : public ReportView, public RecordView {
 public:
-    /// SPEC must outlive the view.
-    LogRecordView(const ViewContext& context, const LogSpec& spec, QWidget* parent = nullptr);
+    /// SPEC and EDIT_COMMENTS must outlive the view.
+    LogRecordView(const ViewContext& context, const LogSpec& spec, QAction& editComments, QWidget* parent = nullptr);
 
     QWidget& widget() override { return *this; }
     void showRecord(const Table* log, std::optional<RowIndex> row) override;
@@ -19,6 +19,7 @@ public:
 private:
     ViewContext context_;
     const LogSpec& spec_;
+    QAction& editComments_;
 };
 
 } // namespace quobrix

@@ -6,6 +6,7 @@
 #include "units/unit_system.h"
 #include "views/log_record_view.h"
 #include "views/log_table_view.h"
+#include "views/record_commands.h"
 
 #include <QAction>
 #include <QHBoxLayout>
@@ -70,7 +71,8 @@ LogView::LogView(const ViewContext& context, const LogSpec& spec)
 void LogView::addView(const LogViewSpec& spec) {
     RecordView* view = nullptr;
     if (spec.kind == LogViewKind::Report) {
-        auto* report = new LogRecordView(context_, spec_);
+        auto* report =
+            new LogRecordView(context_, spec_, summary_->recordCommands().action(RecordCommand::EditComments));
         connect(report, &ReportView::linkActivated, this, &Page::linkFollowed);
         view = report;
     } else if (spec.kind == LogViewKind::Table)

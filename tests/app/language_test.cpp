@@ -25,6 +25,7 @@
 #include "units/ui/unit_system_dialog.h"
 #include "units/ui/unit_system_name_dialogs.h"
 #include "units/unit_catalogue.h"
+#include "views/comments_dialog.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
 
@@ -208,8 +209,8 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(timeDifference);
     TUnidentifiedVehicleDialog vehicle({{}, 2, {}, {}, {}, true, false}, nullptr);
     look(vehicle);
-    TextFileWindow log(nullptr);
-    look(log);
+    TextFileWindow logFile(nullptr);
+    look(logFile);
     TMemoryDialog memory({1000, 500}, {}, units_, nullptr);
     look(memory);
     QWidget window;
@@ -231,6 +232,16 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(parameters);
     SetParameterThreshDialog parameterThresholds(tables, nullptr);
     look(parameterThresholds);
+    const RowIndex trip = test::addTrip(document_, test::kStart);
+    addData(document_.vehicles());
+    TCommentsDialog comments(context_, logSpec(LogId::Trips), trip, nullptr);
+    look(comments);
+    LogView log(context_, logSpec(LogId::Trips));
+    log.refresh();
+    emit log.summary().view().menuRequested({});
+    look(log);
+    for (QMenu* menu : log.findChildren<QMenu*>(QStringLiteral("SpreadsheetMenu")))
+        menu->close();
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     look(properties);

@@ -136,6 +136,7 @@ TEST_F(LoggerCommandsTest, UndoOfADeletedTripAndADownload) {
     };
     list.setCurrentRow(0);
     EXPECT_EQ(shown(), "2 trips, 2 accidents, Trip 1 of 2; &Undo Download; Red&o");
+    test::inNextDialog<QMessageBox>([](QMessageBox& question) { question.button(QMessageBox::Yes)->click(); });
     QTest::keyClick(&list.view(), Qt::Key_Delete);
     EXPECT_EQ(shown(), "1 trips, 2 accidents, Trip 1 of 1; &Undo Deleting a row; Red&o");
     EXPECT_TRUE(list.view().selectionModel()->isRowSelected(0)) << "the next one can be deleted, too";

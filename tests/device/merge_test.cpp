@@ -1,8 +1,12 @@
 #include "device/merge.h"
 
+#include "model/record_edits.h"
+
 #include "support/document_streams.h"
 #include "support/record_set_builder.h"
 #include "support/temporary_folder.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
 
 #include <gtest/gtest.h>
 
@@ -514,6 +518,86 @@ TEST(Merge, WhatAPersonGaveATripStays) {
         document.newDocument();
         std::filesystem::remove(path);
     }
+}
+
+/// What an edit of a person leaves of a record that is downloaded again: as it was, with more, or as another one.
+TEST(Merge, WhatAPersonHasEditedIsKnownAgain) {
+    const TUnitSystem units;
+    const TimeZone zone;
+    const TextContext context{units, zone};
+    struct Edit {
+        const char* name;
+        LogId log;
+        const PersistentType* column; ///< none: samples or bands
+        Value value;
+        const char* fuller; ///< what becomes of a fuller record
+    };
+    const Value time = std::int64_t{kNoon - 5000};
+    const Edit edits[] = {
+        {"start", LogId::Trips, &TTripLogStartTimeColumn::kType, time, "replaced"},
+        {"end", LogId::Trips, &TTripLogEndTimeColumn::kType, std::int64_t{kNoon + 30}, "replaced"},
+        {"VIN", LogId::Trips, &TTripLogVinColumn::kType, kOtherVin, "replaced"},
+        {"driver", LogId::Trips, &TTripLogDriverIDColumn::kType, std::int64_t{9}, "replaced"},
+        {"count", LogId::Trips, &TTripLogHardBrakesColumn::kType, std::int64_t{7}, "replaced"},
+        {"distance", LogId::Trips, &TTripLogDistanceColumn::kType, 77.5, "replaced"},
+        {"samples", LogId::Trips, nullptr, {}, "present"},
+        {"bands", LogId::Trips, nullptr, {}, "present"},
+        {"code", LogId::Troubles, &TTroubleLogTroubleCodeColumn::kType, "P0420", "replaced"},
+        {"code time", LogId::Troubles, &TTroubleLogTimeRecordedColumn::kType, time, "replaced"},
+        {"code VIN", LogId::Troubles, &TTroubleLogVinColumn::kType, kOtherVin, "replaced"},
+        {"figure", LogId::Troubles, &TTroubleLogEngineCoolantTemperatureColumn::kType, 300.0, "replaced"},
+        {"status", LogId::Troubles, &TTroubleLogFuelSystemOneStatusColumn::kType, std::int64_t{2}, "replaced"},
+        {"event", LogId::Activity, &TSecurityLogEventTypeColumn::kType, std::int64_t{5}, "replaced"},
+        {"event time", LogId::Activity, &TSecurityLogTimeRecordedColumn::kType, time, "replaced"},
+        {"event VIN", LogId::Activity, &TSecurityLogVinColumn::kType, kOtherVin, "replaced"},
+    };
+    LogRecords fuller = oneOfEach(), other = oneOfEach();
+    fuller.trips[0] = trip(kNoon, 90);
+    fuller.trips[0].distance = 900;
+    fuller.trips[0].hardBrakes = {5, 20, 70};
+    fuller.troubles[0].engineSpeed = 900;
+    fuller.activities[0].origin.vin = kVin;
+    other.trips[0].speedSamples[3] = 51;
+    other.troubles[0].coolantTemperature = 89;
+    other.activities[0].eventType = 4;
+    for (const Edit& edit : edits)
+        for (const char* later : {"same", "fuller", "other"}) {
+            SCOPED_TRACE(std::string(edit.name) + ", then the " + later);
+            test::TemporaryFolder folder;
+            TQuobrixDocument document;
+            merge(oneOfEach(), document);
+            const LogSpec& log = logSpec(edit.log);
+            const auto cell = [&] { return document.log(log)->columnOf(*edit.column).value(0); };
+            const auto samples = [&] { return document.trips().column<TTripLogSampleTableColumn>().object(0); };
+            const EditOutcome done =
+                edit.column ? correctRecord(document, log, 0,
+                                            {{document.log(log)->indexOf(edit.column->name), 0, edit.value}}, context)
+                : edit.name == std::string("samples")
+                    ? correctSamples(document, 0, std::vector<std::uint8_t>(61, 3))
+                    : correctSpeedBands(document, 0, {0, 1, 2, 3, 4}, {0, 2, 3, 4, 5});
+            ASSERT_TRUE(done.ok()) << std::string(done.refusal);
+            ASSERT_TRUE(document.saveAs(folder.path() / "Edited.car"));
+            ASSERT_TRUE(document.open(folder.path() / "Edited.car", TDocument::Access::Edit));
+            const LogRecords& records = later == std::string("same")     ? oneOfEach()
+                                        : later == std::string("fuller") ? fuller
+                                                                         : other;
+            const MergeCounts counts = merge(records, document).logs[static_cast<std::size_t>(edit.log)];
+            const std::string become = counts.added ? "new" : counts.replaced ? "replaced" : "present";
+            EXPECT_EQ(become, later == std::string("same")    ? "present"
+                              : later == std::string("other") ? "new"
+                                                              : edit.fuller);
+            if (edit.column) {
+                EXPECT_TRUE(cell() == edit.value) << "what a person has entered stays";
+            } else if (samples()->rowCount() == 61) {
+                EXPECT_EQ(samples()->speed().at(3), edit.name == std::string("samples") ? 3 : 50);
+            } else {
+                ADD_FAILURE() << "the samples were replaced";
+            }
+            if (become == "replaced" && edit.log == LogId::Trips) {
+                EXPECT_EQ(samples()->rowCount(), 91u);
+            }
+            EXPECT_EQ(merge(records, document).logs[static_cast<std::size_t>(edit.log)].added, 0u);
+        }
 }
 
 TEST(Merge, RecordsOwnAsManyObjectsAsStated) {

@@ -7,6 +7,7 @@
 #include "ui/card.h"
 #include "ui/fields.h"
 
+#include <QAction>
 #include <QClipboard>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -16,6 +17,7 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -52,6 +54,14 @@ QGridLayout* cellLayout() {
     return layout;
 }
 
+QPushButton* commandButton(QAction& command) {
+    auto* button = new QPushButton(command.text());
+    followAction(*button, command, promptWithKeys, Qt::QueuedConnection); // it may make another report of this one
+    button->setObjectName(command.objectName() + QStringLiteral("Button"));
+    button->setAutoDefault(true); // Enter presses it, as well as the space bar
+    return button;
+}
+
 /// The card of a section.
 class SectionCard final : public Card {
 public:
@@ -66,6 +76,8 @@ public:
             std::visit([this](const auto& what) { add(what); }, block);
         layout_->addStretch();
     }
+
+    void addCommand(QPushButton* button) { layout_->insertWidget(layout_->count() - 1, button, 0, Qt::AlignLeft); }
 
 private:
     void add(const Heading&) {} // sections() has taken them out
@@ -178,12 +190,24 @@ void ReportView::setReport(Report report) {
     title->setObjectName(QStringLiteral("reportTitle"));
     grid_->addWidget(title, 0, 0, 1, 2);
     cards_.clear();
-    for (const Section& section : sections(report_))
-        cards_.push_back(new SectionCard(section, *this));
+    QPushButton* button = command_ ? commandButton(*command_) : nullptr;
+    for (const Section& section : sections(report_)) {
+        auto* card = new SectionCard(section, *this);
+        cards_.push_back(card);
+        if (button && section.heading && toQt(section.heading->text) == commandHeading_)
+            card->addCommand(std::exchange(button, nullptr));
+    }
+    if (button)
+        grid_->addWidget(button, static_cast<int>(cards_.size()) + 1, 0, Qt::AlignLeft);
     columns_ = 0;
     arrange();
     setWidget(content);
     verticalScrollBar()->setValue(scrolled);
+}
+
+void ReportView::setSectionCommand(const QString& heading, QAction* command) {
+    commandHeading_ = heading;
+    command_ = command;
 }
 
 void ReportView::arrange() {

@@ -4,6 +4,7 @@
 
 #include <QScrollArea>
 
+class QAction;
 class QGridLayout;
 
 namespace quobrix {
@@ -18,6 +19,9 @@ public:
     /// Shows REPORT, from its top unless it has the title of the one before: then it is the same in other units.
     void setReport(Report report);
     const Report& report() const { return report_; }
+    /// Offers COMMAND (none: nothing) in the section under HEADING, or below all where the report has no such section.
+    /// It shows with the next report.
+    void setSectionCommand(const QString& heading, QAction* command);
     /// Puts the report on the clipboard as text.
     void copy() const;
 
@@ -33,6 +37,8 @@ private:
     void arrange();
 
     Report report_;
+    QString commandHeading_;
+    QAction* command_ = nullptr;
     QGridLayout* grid_ = nullptr;
     std::vector<QWidget*> cards_;
     int columns_ = 0;

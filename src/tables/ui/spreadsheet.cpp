@@ -502,6 +502,7 @@ void TSpreadsheet::showMenu(const QPoint& position) {
     commands_->refresh();
     QMenu* menu = commands_->makeMenu(*this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    addToMenu(*menu, menu->actions().constFirst());
     const QModelIndex cell = view_->currentIndex();
     if (const auto finding = cell.isValid() ? model_.mark(cell.row(), cell.column()) : std::nullopt) {
         const int size = fontMetrics().height();

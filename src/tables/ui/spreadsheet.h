@@ -12,6 +12,8 @@
 #include <optional>
 #include <string>
 
+class QAction;
+class QMenu;
 class QTimer;
 
 namespace quobrix {
@@ -117,6 +119,8 @@ protected:
     bool canEmpty(const CellBlock& block) const;
     DeleteSelection selectionToDelete() const;
     bool deletesRecords() const;
+    /// Puts what can be done besides into the menu of the cells, before the action BEFORE.
+    virtual void addToMenu(QMenu& /*menu*/, QAction* /*before*/) {}
 
 private:
     void addEditCommands();

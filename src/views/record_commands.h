@@ -1,0 +1,49 @@
+#pragma once
+
+#include "model/logs.h"
+#include "views/page.h"
+
+#include <QObject>
+
+#include <array>
+#include <vector>
+
+class QAction;
+class QMenu;
+
+namespace quobrix {
+
+class LogList;
+
+enum class RecordCommand : std::size_t {
+#define COMMAND(Name, Id, Text, Prompt) Name,
+#include "views/record_commands.def"
+    Count,
+};
+
+/// What a person can do to the records that are selected in the list of a log, or to the current one, beside what every
+/// spreadsheet offers: each has "Record" and the command's name as object name.
+class RecordCommands : public QObject {
+public:
+    /// For LIST, of SPEC; both outlive the commands.
+    RecordCommands(LogList& list, const ViewContext& context, const LogSpec& spec);
+
+    QAction& action(RecordCommand command) const { return *actions_[static_cast<std::size_t>(command)]; }
+    /// Puts the commands into MENU, before the action BEFORE.
+    void addTo(QMenu& menu, QAction* before);
+    /// Whether a person wants ROWS to be deleted, who is asked.
+    bool mayDelete(const std::vector<RowIndex>& rows) const;
+
+private:
+    void refresh();
+    void run(RecordCommand command);
+    QMenu* makeDriverMenu(QMenu& parent);
+    std::vector<RowIndex> selectedRows() const;
+
+    LogList& list_;
+    const ViewContext context_;
+    const LogSpec& spec_;
+    std::array<QAction*, static_cast<std::size_t>(RecordCommand::Count)> actions_{};
+};
+
+} // namespace quobrix

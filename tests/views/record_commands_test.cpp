@@ -1,0 +1,177 @@
+#include "views/record_commands.h"
+
+#include "base/ui/qt_text.h"
+#include "report/ui/report_view.h"
+#include "support/log_cells.h"
+#include "support/scripted_prompter.h"
+#include "support/view_fixture.h"
+#include "views/log_view.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+
+namespace quobrix {
+namespace {
+
+using testing::ScriptedPrompter;
+
+/// A person in front of the page of a log.
+class RecordCommandsTest : public test::ViewTest {
+protected:
+    void SetUp() override {
+        for (std::int32_t n = 0; n < 4; ++n) {
+            const RowIndex row = test::addTrip(document_, test::kStart + n * 86'400);
+            document_.trips().column<TTripLogRecordColumn>().set(row, {test::kStart + n * 86'400, 0});
+        }
+        for (const auto& [number, name] : {std::pair{7, "Zoë"}, {8, "Adam"}}) {
+            document_.drivers().addMissing(std::vector{std::to_string(number)});
+            document_.drivers().nameAll(std::vector{std::to_string(number)}, name);
+        }
+        context_.prompter = &prompter_;
+    }
+
+    LogView& open(LogId log) {
+        view_ = std::make_unique<LogView>(context_, logSpec(log));
+        view_->resize(1000, 700);
+        view_->show();
+        view_->refresh();
+        return *view_;
+    }
+    TSpreadsheet& list() { return view_->summary(); }
+    void select(int first, int last) {
+        list().view().goTo(list().model().index(first, 0));
+        list().view().selectionModel()->select({list().model().index(first, 0), list().model().index(last, 0)},
+                                               QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+    /// What the right mouse button offers under that name.
+    QAction* inMenu(const char* name) {
+        emit list().view().menuRequested({});
+        auto* menu = view_->findChild<QMenu*>(QStringLiteral("SpreadsheetMenu"));
+        QAction* action = nullptr;
+        for (QObject* object : menu->findChildren<QObject*>() + view_->findChildren<QObject*>())
+            if (object->objectName() == QLatin1String(name))
+                action = action ? action : qobject_cast<QAction*>(object);
+        return action;
+    }
+    std::vector<std::int32_t> drivers() const { return document_.trips().column<TTripLogDriverIDColumn>().values(); }
+    QDialog& dialog() { return *view_->findChild<QDialog*>(); }
+
+    ScriptedPrompter prompter_;
+    std::unique_ptr<LogView> view_;
+};
+
+TEST_F(RecordCommandsTest, CommentsOfManyLinesAreEditedFromTheListAndTheReport) {
+    open(LogId::Trips);
+    list().setCurrentRow(1);
+    inMenu("RecordEditComments")->trigger();
+    EXPECT_EQ(dialog().windowTitle(), "Comments on Trip 2");
+    dialog().findChild<QPlainTextEdit*>()->setPlainText("To the sea.\nBack by night.");
+    dialog().accept();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto& comments = document_.trips().column<TTripLogCommentsColumn>();
+    EXPECT_EQ(comments.at(1), "To the sea.\nBack by night.");
+    list().setCurrentCell(1, list().model().indexOf("TTripLogCommentsColumn"));
+    list().view().edit(list().view().currentIndex()); // in place, on one line
+    ASSERT_TRUE(list().view().isEditing());
+    EXPECT_TRUE(list().finishEdit());
+    EXPECT_EQ(comments.at(1), "To the sea.\nBack by night.") << "nothing was typed";
+
+    for (const RowIndex row : {1, 2}) { // with comments, and without
+        list().setCurrentRow(row);
+        view_->showView(LogViewKind::Report);
+        auto* button = view_->findChild<ReportView*>()->findChild<QPushButton*>("RecordEditCommentsButton");
+        ASSERT_TRUE(button) << row;
+        button->click();
+        QApplication::processEvents();
+        dialog().findChild<QPlainTextEdit*>()->setPlainText("Seen in the report.");
+        dialog().accept();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_EQ(comments.at(row), "Seen in the report.");
+        document_.edits().undo();
+    }
+    EXPECT_EQ(comments.at(1), "To the sea.\nBack by night.");
+    document_.edits().undo();
+    EXPECT_EQ(comments.at(1), "");
+
+    list().setCurrentRow(3); // a dialog that stays open while its record moves, and goes
+    inMenu("RecordEditComments")->trigger();
+    dialog().findChild<QPlainTextEdit*>()->setPlainText("The last one");
+    ASSERT_TRUE(document_.edits().removeRows(document_.trips().id(), {0}).ok());
+    dialog().accept();
+    EXPECT_EQ(comments.at(2), "The last one");
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    inMenu("RecordEditComments")->trigger();
+    ASSERT_TRUE(document_.edits().removeRows(document_.trips().id(), {2}).ok());
+    dialog().accept();
+    EXPECT_TRUE(dialog().isVisible()) << "what was typed is not thrown away";
+}
+
+TEST_F(RecordCommandsTest, ADriverIsGivenToManyTripsInOneStep) {
+    document_.trips().setRecorded(3, test::kVin, 8);
+    const auto before = test::logCells(document_);
+    open(LogId::Trips);
+    list().view().sortByColumn(list().model().indexOf("TTripLogStartTimeColumn"), Qt::DescendingOrder);
+    select(0, 2); // trips 4, 3 and 2
+    inMenu("Driver7");
+    QStringList names;
+    for (QAction* action : view_->findChild<QMenu*>("DriverMenu")->actions())
+        names << action->text();
+    EXPECT_EQ(names.join('|'), toQt("(None)||Adam|Zoë"));
+    const QModelIndexList selected = list().view().selectionModel()->selectedRows();
+    inMenu("Driver7")->trigger();
+    const std::int32_t none = Element<std::int32_t>::kNone;
+    EXPECT_EQ(drivers(), (std::vector{none, 7, 7, 7}));
+    EXPECT_EQ(document_.trips().recorded(3).driver, 8) << "what the logger said stays";
+    EXPECT_EQ(document_.trips().recorded(2).driver, none);
+    EXPECT_EQ(list().view().selectionModel()->selectedRows(), selected);
+    EXPECT_EQ(list().model().storedRow(0), 3u) << "in the same order";
+    EXPECT_EQ(document_.edits().undoDescription(), "driver of 3 trips");
+    inMenu("DriverNone")->trigger();
+    EXPECT_EQ(drivers(), (std::vector{none, none, none, none}));
+    document_.edits().undo();
+    EXPECT_EQ(drivers(), (std::vector{none, 7, 7, 7}));
+    document_.edits().undo();
+    EXPECT_FALSE(document_.edits().canUndo());
+    EXPECT_EQ(test::logCells(document_), before);
+    document_.edits().setLock([] { return ShownText::asItIs("It is an example."); });
+    open(LogId::Trips);
+    inMenu("RecordEditComments");
+    EXPECT_FALSE(view_->findChild<QMenu*>("DriverMenu")->isEnabled());
+    EXPECT_FALSE(view_->findChild<QAction*>("RecordEditComments")->isEnabled());
+}
+
+TEST_F(RecordCommandsTest, RecordsOfEveryLogAreDeletedWhenAPersonSaysSo) {
+    document_.store().singleton<TAccidentLogTable>();
+    for (const LogId log : {LogId::Troubles, LogId::Activity, LogId::Accidents})
+        document_.log(logSpec(log))->insertRows(0, 4);
+    document_.accidents()->column<TAccidentLogSpeedSamplesColumn>().makeObject(1).setAll({9, 0});
+    document_.troubles().column<TTroubleLogTroubleCodeColumn>().set(3, "P0301");
+    const auto before = test::logCells(document_);
+    for (const LogSpec& log : logs()) {
+        SCOPED_TRACE(log.name);
+        const Table& table = *document_.log(log);
+        open(log.id);
+        ScriptedPrompter asked({{MessageId::DeleteRecords, Answer::No}, {MessageId::DeleteRecords, Answer::Yes}}, {});
+        context_.prompter = &asked;
+        open(log.id);
+        select(1, 2);
+        QAction& remove = list().commands().action(SpreadsheetCommand::Delete);
+        ASSERT_TRUE(remove.isEnabled());
+        remove.trigger();
+        EXPECT_EQ(table.rowCount(), 4u);
+        QTest::keyClick(&list().view(), Qt::Key_Delete);
+        EXPECT_EQ(table.rowCount(), 2u);
+        EXPECT_TRUE(asked.shown.back().starts_with("Delete 2 " + std::string(log.records.english()) + "?\n\n"));
+        document_.edits().undo();
+    }
+    EXPECT_EQ(test::logCells(document_), before);
+}
+
+} // namespace
+} // namespace quobrix
