@@ -29,6 +29,13 @@ const TableSpec& TTroubleLogTable::spec() const {
     return spec;
 }
 
+std::vector<Selection> FuelSystemStatusColumn::selections() const {
+    std::vector<Selection> all;
+    for (std::size_t code = 0; code < std::size(kFuelSystemStatus); ++code)
+        all.push_back({static_cast<std::int64_t>(code), quobrix::text(kFuelSystemStatus[code])});
+    return all;
+}
+
 std::string FuelSystemStatusColumn::selection(std::int32_t code) const {
     if (code >= 0 && code < static_cast<std::int32_t>(std::size(kFuelSystemStatus)))
         return quobrix::text(kFuelSystemStatus[code]);

@@ -32,6 +32,9 @@ private:
 
 /// The status of a fuel system: the number of the bit set in the status byte of SAE J1979 PID 03.
 class FuelSystemStatusColumn : public SelectionColumn {
+public:
+    std::vector<Selection> selections() const override;
+
 protected:
     std::string selection(std::int32_t code) const override;
 };

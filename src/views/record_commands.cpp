@@ -4,10 +4,12 @@
 #include "messages/prompter.h"
 #include "model/quobrix_document.h"
 #include "model/record_edits.h"
+#include "settings/settings.h"
 #include "tables/ui/cell_block.h"
 #include "texts/text.h"
 #include "views/comments_dialog.h"
 #include "views/log_list.h"
+#include "views/record_dialog.h"
 
 #include <QAction>
 #include <QMenu>
@@ -22,16 +24,38 @@ struct CommandRow {
     int id;
     SourceText text;
     SourceText prompt;
+    std::optional<LogId> log;
 };
 
+constexpr std::optional<LogId> kEveryLog;
+
 constexpr CommandRow kCommandRows[] = {
-#define COMMAND(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt)},
+#define COMMAND(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log},
 #include "views/record_commands.def"
 };
 
-using Driver = std::optional<std::int32_t>;
+/// The trip in ROW owns something in the cell of COLUMN, which is not loaded for this.
+template <class Cells>
+bool owns(const TTripLogTable& trips, RowIndex row) {
+    return trips.column<Cells>().has(row);
+}
 
 } // namespace
+
+std::vector<Selection> driverChoices(const TQuobrixDocument& document) {
+    std::vector<Selection> choices;
+    const DriverNamesTable& drivers = document.drivers();
+    const auto& numbers = drivers.column<DriverNamesIDColumn>();
+    for (RowIndex row = 0; row < drivers.rowCount(); ++row)
+        if (numbers.has(row)) {
+            const std::string& name = drivers.name(row);
+            choices.push_back({numbers.at(row), name.empty() ? text(TextId::DriverNumbered, numbers.at(row)) : name});
+        }
+    std::ranges::stable_sort(
+        choices, [](const std::string& a, const std::string& b) { return toQt(a).localeAwareCompare(toQt(b)) < 0; },
+        &Selection::text);
+    return choices;
+}
 
 RecordCommands::RecordCommands(LogList& list, const ViewContext& context, const LogSpec& spec)
     : QObject(&list), list_(list), context_(context), spec_(spec) {
@@ -49,23 +73,60 @@ RecordCommands::RecordCommands(LogList& list, const ViewContext& context, const 
 
 void RecordCommands::refresh() {
     const ShownText why = context_.document.edits().lockedBecause();
+    const bool diagnostics = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
     for (std::size_t i = 0; i < actions_.size(); ++i) {
-        actions_[i]->setEnabled(list_.currentRow() && why.empty());
+        const std::optional<LogId> log = kCommandRows[i].log;
+        actions_[i]->setVisible(!log || (diagnostics && log == spec_.id));
+        actions_[i]->setEnabled(why.empty() && applies(static_cast<RecordCommand>(i)));
         actions_[i]->setStatusTip(toQt(why.empty() ? text(kCommandRows[i].prompt) : why));
     }
 }
 
-void RecordCommands::run(RecordCommand command) {
+bool RecordCommands::applies(RecordCommand command) const {
     const auto row = list_.currentRow();
     const Table* log = context_.document.log(spec_);
-    if (!row || !log || !list_.finishEdit())
-        return;
-    QDialog* dialog = nullptr;
+    const std::optional<LogId> only = kCommandRows[static_cast<std::size_t>(command)].log;
+    if (!row || !log || *row >= log->rowCount() || (only && only != spec_.id))
+        return false;
+    if (command == RecordCommand::EditSpeedProfile)
+        return owns<TTripLogSampleTableColumn>(context_.document.trips(), *row);
+    if (command == RecordCommand::EditSpeedBands)
+        return owns<TTripLogSpeedBandsTableColumn>(context_.document.trips(), *row);
+    return !only || isCorrectable(spec_, *log, *row);
+}
+
+QDialog* RecordCommands::makeDialog(RecordCommand command, RowIndex row) {
+    const TTripLogTable& trips = context_.document.trips();
     switch (command) {
     case RecordCommand::EditComments:
-        dialog = new TCommentsDialog(context_, spec_, *row, &list_);
-        break;
+        return new TCommentsDialog(context_, spec_, row, &list_);
+    case RecordCommand::EditTripLog:
+        return new RecordFieldsDialog(context_, spec_, row, tr("Diagnostics / Edit Trip Log"), &list_);
+    case RecordCommand::EditTroubleLog:
+        return new RecordFieldsDialog(context_, spec_, row, tr("Diagnostics / Edit Trouble Log"), &list_);
+    case RecordCommand::EditSecurityLog:
+        return new RecordFieldsDialog(context_, spec_, row, tr("Diagnostics / Edit Security Log"), &list_);
+    case RecordCommand::EditSpeedProfile:
+        return trips.column<TTripLogSampleTableColumn>().object(row) ? new TTripLogSampleDialog(context_, row, &list_)
+                                                                     : nullptr;
+    case RecordCommand::EditSpeedBands:
+        return trips.column<TTripLogSpeedBandsTableColumn>().object(row)
+                   ? new TTripLogSpeedBandsDialog(context_, row, &list_)
+                   : nullptr;
     case RecordCommand::Count:
+        break;
+    }
+    return nullptr;
+}
+
+void RecordCommands::run(RecordCommand command) {
+    const auto row = list_.currentRow();
+    if (!row || !list_.finishEdit() || !applies(command))
+        return;
+    QDialog* dialog = makeDialog(command, *row);
+    if (!dialog) {
+        if (context_.prompter)
+            context_.prompter->tell(makeMessage(MessageId::ValuesRefused, text(TextId::PartUnreadable)));
         return;
     }
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -111,23 +172,8 @@ QMenu* RecordCommands::makeDriverMenu(QMenu& parent) {
     };
     add(tr("(None)"), Element<std::int32_t>::kNone, QStringLiteral("DriverNone"));
     menu->addSeparator();
-    struct Known {
-        QString name;
-        std::int32_t number;
-    };
-    std::vector<Known> known;
-    const DriverNamesTable& drivers = context_.document.drivers();
-    const auto& numbers = drivers.column<DriverNamesIDColumn>();
-    for (RowIndex row = 0; row < drivers.rowCount(); ++row)
-        if (numbers.has(row)) {
-            const QString name = toQt(drivers.name(row));
-            known.push_back(
-                {name.isEmpty() ? toQt(text(TextId::DriverNumbered, numbers.at(row))) : name, numbers.at(row)});
-        }
-    std::ranges::stable_sort(
-        known, [](const QString& a, const QString& b) { return a.localeAwareCompare(b) < 0; }, &Known::name);
-    for (const Known& driver : known)
-        add(driver.name, driver.number, QStringLiteral("Driver%1").arg(driver.number));
+    for (const Selection& driver : driverChoices(context_.document))
+        add(toQt(driver.text), static_cast<std::int32_t>(driver.code), QStringLiteral("Driver%1").arg(driver.code));
     return menu;
 }
 

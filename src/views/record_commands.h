@@ -9,14 +9,18 @@
 #include <vector>
 
 class QAction;
+class QDialog;
 class QMenu;
 
 namespace quobrix {
 
 class LogList;
 
+/// The drivers by name, as they are offered.
+std::vector<Selection> driverChoices(const TQuobrixDocument& document);
+
 enum class RecordCommand : std::size_t {
-#define COMMAND(Name, Id, Text, Prompt) Name,
+#define COMMAND(Name, Id, Text, Prompt, Log) Name,
 #include "views/record_commands.def"
     Count,
 };
@@ -37,6 +41,10 @@ public:
 private:
     void refresh();
     void run(RecordCommand command);
+    /// Whether the current record has what COMMAND edits.
+    bool applies(RecordCommand command) const;
+    /// Nothing if what it edits cannot be read.
+    QDialog* makeDialog(RecordCommand command, RowIndex row);
     QMenu* makeDriverMenu(QMenu& parent);
     std::vector<RowIndex> selectedRows() const;
 

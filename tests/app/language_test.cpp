@@ -28,6 +28,7 @@
 #include "views/comments_dialog.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
+#include "views/record_dialog.h"
 
 #include <QAction>
 #include <QApplication>
@@ -236,6 +237,14 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     addData(document_.vehicles());
     TCommentsDialog comments(context_, logSpec(LogId::Trips), trip, nullptr);
     look(comments);
+    RecordFieldsDialog fields(context_, logSpec(LogId::Trips), trip, QObject::tr("Diagnostics / Edit Trip Log"),
+                              nullptr);
+    look(fields);
+    TTripLogSampleDialog samples(context_, trip, nullptr);
+    look(samples);
+    TTripLogSpeedBandsDialog tripBands(context_, trip, nullptr);
+    look(tripBands);
+    settings_.setInteger("Diagnostics", "Menu", 1);
     LogView log(context_, logSpec(LogId::Trips));
     log.refresh();
     emit log.summary().view().menuRequested({});

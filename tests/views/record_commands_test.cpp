@@ -9,8 +9,10 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -144,6 +146,90 @@ TEST_F(RecordCommandsTest, ADriverIsGivenToManyTripsInOneStep) {
     inMenu("RecordEditComments");
     EXPECT_FALSE(view_->findChild<QMenu*>("DriverMenu")->isEnabled());
     EXPECT_FALSE(view_->findChild<QAction*>("RecordEditComments")->isEnabled());
+}
+
+TEST_F(RecordCommandsTest, WhatWasRecordedIsEditedWhileTheDiagnosticsMenuShows) {
+    open(LogId::Trips);
+    EXPECT_FALSE(inMenu("RecordEditTripLog")->isVisible());
+    settings_.setInteger("Diagnostics", "Menu", 1);
+    const auto before = test::logCells(document_);
+    TTripLogTable& trips = document_.trips();
+    const auto& distance = trips.column<TTripLogDistanceColumn>();
+    EXPECT_FALSE(
+        document_.edits().type(trips.id(), trips.indexOf("TTripLogDistanceColumn"), 1, "1", context_.text()).ok());
+    list().setCurrentRow(1);
+    const auto start = [&](const char* name, const char* title) {
+        QAction* action = inMenu(name);
+        EXPECT_TRUE(action->isVisible() && action->isEnabled()) << name;
+        action->trigger();
+        EXPECT_EQ(dialog().windowTitle(), title);
+    };
+    const auto end = [&](void (QDialog::*how)()) {
+        (dialog().*how)();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return view_->findChild<QDialog*>() == nullptr;
+    };
+    const auto field = [&](const char* key) { return dialog().findChild<QLineEdit*>(QLatin1String(key)); };
+
+    start("RecordEditTripLog", "Diagnostics / Edit Trip Log");
+    EXPECT_FALSE(dialog().findChild<QWidget*>("TTripLogQuobrixSerialNumberColumn"));
+    field("TTripLogDistanceColumn")->setText("far");
+    EXPECT_FALSE(end(&QDialog::accept)) << "what is no figure is refused";
+    field("TTripLogDistanceColumn")->setText("-3");
+    EXPECT_FALSE(end(&QDialog::accept));
+    field("TTripLogDistanceColumn")->setText("1000");
+    const QString endTime = field("TTripLogEndTimeColumn")->text();
+    field("TTripLogEndTimeColumn")->clear();
+    EXPECT_FALSE(end(&QDialog::accept));
+    field("TTripLogEndTimeColumn")->setText(endTime);
+    field("TTripLogVinColumn")->setText("VAN");
+    EXPECT_FALSE(end(&QDialog::accept));
+    EXPECT_EQ(test::logCells(document_), before) << "nothing was taken yet";
+    field("TTripLogVinColumn")->setText("1HGCM82633A004352");
+    EXPECT_TRUE(end(&QDialog::accept));
+    EXPECT_EQ(distance.at(1), 1000);
+    EXPECT_EQ(recordedAt(distance, &trips.column<TTripLogRecordedCellsColumn>(), 1), 12000);
+    EXPECT_EQ(trips.recorded(1).vin, test::kVin);
+    EXPECT_EQ(document_.edits().undoDescription(), "editing Trip 2");
+    document_.edits().undo();
+    EXPECT_EQ(test::logCells(document_), before) << "in one step";
+
+    const auto& samples = trips.column<TTripLogSampleTableColumn>();
+    for (const bool taken : {false, true}) {
+        start("RecordEditSpeedProfile", "Diagnostics / Edit Trip Log / Edit Speed Profile");
+        SpreadsheetModel& model = dialog().findChild<TSpreadsheet*>()->model();
+        EXPECT_EQ(model.text(3, 0), "00:00:03");
+        EXPECT_FALSE(model.type(3, 1, "100").ok()) << "no sample is that fast (m/s)";
+        EXPECT_TRUE(model.type(3, 1, "10").ok());
+        EXPECT_TRUE(end(taken ? &QDialog::accept : &QDialog::reject));
+        EXPECT_EQ(samples.object(1)->speed().at(3), taken ? 36 : 3);
+        EXPECT_EQ(samples.object(1)->speed().at(4), 4);
+    }
+    EXPECT_EQ(trips.column<TTripLogRecordedSampleTableColumn>().object(1)->speed().at(3), 3);
+    EXPECT_EQ(samples.object(1)->series(0).series().size(), 4u);
+    start("RecordEditSpeedBands", "Diagnostics / Edit Trip Log / Edit Speed Bands");
+    EXPECT_TRUE(dialog().findChild<TSpreadsheet*>()->model().type(2, 0, "11").ok());
+    EXPECT_TRUE(end(&QDialog::accept));
+    EXPECT_EQ(trips.column<TTripLogSpeedBandsTableColumn>().object(1)->column<TTripLogSpeedBandFromColumn>().at(2), 11);
+    document_.edits().undo();
+    document_.edits().undo();
+    EXPECT_EQ(test::logCells(document_), before);
+
+    document_.troubles().insertRows(0, 1);
+    document_.activity().insertRows(0, 2);
+    document_.activity().column<TSecurityLogEventTypeColumn>().setAll({0, 5});
+    open(LogId::Troubles);
+    start("RecordEditTroubleLog", "Diagnostics / Edit Trouble Log");
+    field("TTroubleLogTroubleCodeColumn")->setText("P0420");
+    dialog().findChild<QComboBox*>("TTroubleLogFuelSystemOneStatusColumn")->setCurrentIndex(3);
+    EXPECT_TRUE(end(&QDialog::accept));
+    EXPECT_EQ(document_.troubles().column<TTroubleLogTroubleCodeColumn>().at(0), "P0420");
+    EXPECT_EQ(document_.troubles().column<TTroubleLogFuelSystemOneStatusColumn>().at(0), 2);
+    open(LogId::Activity);
+    start("RecordEditSecurityLog", "Diagnostics / Edit Security Log");
+    EXPECT_TRUE(end(&QDialog::accept));
+    list().setCurrentRow(0);
+    EXPECT_FALSE(inMenu("RecordEditSecurityLog")->isEnabled()) << "what the logger tells of a connection stays";
 }
 
 TEST_F(RecordCommandsTest, RecordsOfEveryLogAreDeletedWhenAPersonSaysSo) {
