@@ -38,8 +38,8 @@ Report LogTableView::printable() const {
     Report report{title_, {}};
     for (TSpreadsheet* table : tables_)
         if (Grid grid = shownCells(*table); !grid.rows.empty()) {
-            report.blocks.push_back(Heading{tabText(indexOf(table)).toStdString()});
-            report.blocks.push_back(std::move(grid));
+            report.blocks.emplace_back(Heading{tabText(indexOf(table)).toStdString()});
+            report.blocks.emplace_back(std::move(grid));
         }
     return report;
 }
