@@ -20,6 +20,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -27,11 +28,11 @@
 namespace quobrix {
 namespace {
 
-/// What stands behind a figure or time that is typed.
+constexpr int kFieldWidth = 28; // characters: a date and time to the second
+
+/// What stands behind a figure that is typed.
 QString hintOf(const Column& column, RowIndex row, const TextContext& context) {
-    if (column.kind() == ColumnKind::Real)
-        return toQt(context.units.unitName(column.unitOf(row)));
-    return column.kind() == ColumnKind::DateTime ? toQt(context.units.unitName(UnitTypeId::Date)) : QString();
+    return column.kind() == ColumnKind::Real ? toQt(context.units.unitName(column.unitOf(row))) : QString();
 }
 
 /// The codes that a cell can be set to, with their texts.
@@ -115,6 +116,7 @@ RecordFieldsDialog::RecordFieldsDialog(const ViewContext& context, const LogSpec
         fields_.push_back(std::move(field));
     }
     area->setWidget(content);
+    area->setMinimumWidth(content->sizeHint().width() + area->verticalScrollBar()->sizeHint().width());
     setContent(area);
     fields_.front().editor->setFocus();
 }
@@ -150,6 +152,8 @@ RecordFieldsDialog::Field RecordFieldsDialog::makeField(const Table& log, std::s
     }
     const QString before = toQt(column.editText(row, context().text()));
     auto* line = new QLineEdit(before);
+    line->setMinimumWidth(fontMetrics().averageCharWidth() * kFieldWidth);
+    line->setCursorPosition(0);
     return {index, line,
             [this, line, index](const Table& table, RowIndex at) {
                 return table.column(index).parseIn(at, line->text().toStdString(), context().text());
