@@ -77,12 +77,15 @@ void RecoveryFolder::merged(std::shared_ptr<const bool> done) {
 }
 
 void RecoveryFolder::documentSaved(const Document* document) {
+    const auto holds = [&](const Bytes& content) {
+        const Result<KeptDownload> download = readRecovery(content);
+        return document && download && document->holds(*download);
+    };
     const auto held = [&](File& file) {
         if (!document || !document->knows(serialTextOf(file)))
             return false;
-        const Result<Bytes> bytes = contentOf(file);
-        const Result<KeptDownload> download = bytes ? readRecovery(*bytes) : Result<KeptDownload>(bytes.error());
-        return download && document->holds(*download);
+        const Result<Bytes> content = contentOf(file);
+        return content && holds(*content);
     };
     for (Kept& kept : kept_) {
         const bool done = kept.inDocument && *kept.done;
@@ -91,7 +94,7 @@ void RecoveryFolder::documentSaved(const Document* document) {
                 kept.content = *std::move(bytes);
             kept.file.reset(); // some systems remove no open file
             files_.remove(kept.path);
-        } else if (!kept.file && kept.inDocument && !done && !kept.content.empty()) {
+        } else if (!kept.file && kept.inDocument && !done && !kept.content.empty() && !holds(kept.content)) {
             if (Result<Written> written = write(0, kept.content)) {
                 kept.path = std::move(written->path);
                 kept.file = std::move(written->file);

@@ -12,9 +12,8 @@
 
 namespace quobrix {
 
-/// How a record, of the logger or of another document, and a row of its log compare, two parts of one whole being what
-/// they may be: what the one
-/// holds is then the beginning, or a part, of what the other holds.
+/// How a record, of the logger or of another document, and a row of its log compare. Both may be parts of one whole:
+/// what the one holds is then the beginning, or a part, of what the other holds.
 struct Comparison {
     bool differs = false; ///< they contradict each other
     bool recordHasMore = false, rowHasMore = false;

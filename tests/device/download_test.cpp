@@ -603,6 +603,13 @@ TEST_F(Downloading, GoesHoweverItsRecordsCameIntoTheSavedDocument) {
     recoveries_->documentSaved(&saved);
     EXPECT_EQ(left(), 0u);
 
+    document_.edits().undo();
+    ASSERT_TRUE(download(silent)); // again, by another step
+    for (int save = 0; save < 3; ++save) {
+        recoveries_->documentSaved(&saved);
+        EXPECT_EQ(left(), 0u) << "save " << save;
+    }
+
     document_.edits().undo(); // when the logger may have been cleared
     recoveries_->documentSaved(&saved);
     EXPECT_EQ(left(), 10u) << "the file on the disk does not hold it any more";
