@@ -2,6 +2,7 @@
 
 #include "base/fold_case.h"
 #include "base/path_text.h"
+#include "cli/writing.h"
 #include "export/xlsx.h"
 #include "messages/file_messages.h"
 #include "model/record_totals.h"
@@ -73,19 +74,6 @@ std::string formatOf(const ExportOptions& options) {
     return {};
 }
 
-/// Whether the export may take the place of what is there; complains if not.
-bool mayWrite(const ExportOptions& options) {
-    const fs::path out = pathFromUtf8(options.out);
-    const Result<FileStatus> there = fileStatus(out);
-    bool document = foldCase(utf8(out.extension())) == ".car";
-    for (const std::string& file : options.files)
-        if (const Result<FileStatus> input = fileStatus(pathFromUtf8(file)); there && input)
-            document = document || there->identity == input->identity;
-    if (document)
-        complain(text(TextId::CliOutIsDocument, options.out));
-    return !document;
-}
-
 /// The samples of the record of LOG that OPTIONS name.
 ExitCode samplesOf(const LogSpec& log, const ExportOptions& options, OpenedDocument& document, const UserUnits& units,
                    Content& content) {
@@ -141,7 +129,7 @@ ExitCode exportRecords(const ExportOptions& options) {
     }
     if (ofOneRecord && !isNumber(options.files[0]))
         return kUsage;
-    if (!mayWrite(options))
+    if (!mayReplace(options.out, options.files))
         return kUsage;
     const std::string format = options.out.empty() ? std::string(kCsv) : formatOf(options);
     if (format.empty())

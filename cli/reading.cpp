@@ -1,6 +1,8 @@
 #include "cli/reading.h"
 
+#include "cli/printing.h"
 #include "cli/units.h"
+#include "cli/writing.h"
 #include "export/json.h"
 #include "report/render.h"
 #include "texts/text.h"
@@ -68,7 +70,7 @@ ExitCode list(const ListOptions& options) {
         return code;
     Output output;
     if (options.format == Format::Table)
-        output.put(recordTable(selection, units));
+        output.put(ShownText::asItIs(renderText(recordGrid(selection, units))));
     else
         writeRecords(recordsFor(selection, options.format, options.samples ? Owned::Keep : Owned::LeaveOut),
                      options.format, units, [&](std::string_view bytes) { return output.putData(bytes); });
@@ -77,7 +79,10 @@ ExitCode list(const ListOptions& options) {
 
 ExitCode report(const ReportOptions& options) {
     const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.record), &LogSpec::recordName);
-    if (!isNumber(options.number))
+    if (!options.out.empty() && !mayReplace(options.out, {&options.file, 1}))
+        return kUsage;
+    const std::string format = printFormat(options.format, options.out, reportFormats());
+    if (format.empty() || !isNumber(options.number))
         return kUsage;
     UserUnits units;
     if (const ExitCode code = units.load(options.units); code != kDone)
@@ -88,13 +93,9 @@ ExitCode report(const ReportOptions& options) {
     const std::optional<RowIndex> row = rowOf(log, options.number, document);
     if (!row)
         return kFailed;
-    Output output;
-    const Report shown = recordReport(log, document.table(log), *row, units.context());
-    if (options.html)
-        output.putData(renderHtml(shown));
-    else
-        output.put(ShownText::asItIs(renderText(shown)));
-    return output.finish(document.completeness());
+    Report shown = recordReport(log, document.table(log), *row, units.context());
+    const ShownText title = ShownText::asItIs(shown.title);
+    return putReport(std::move(shown), format, options.out, document.completeness(), title);
 }
 
 ExitCode columns(const ColumnsOptions& options) {

@@ -21,7 +21,8 @@ struct ReportOptions {
     std::string record; ///< of which log: one of recordNames()
     std::string number; ///< from 1, in decimal digits
     std::string file;
-    bool html = false; ///< as a file for a browser
+    std::string format; ///< one of reportFormats(); empty: as OUT ends, or text
+    std::string out;    ///< empty: standard output
     std::optional<std::string> units;
 };
 

@@ -2,13 +2,12 @@
 
 #include "export/csv.h"
 #include "export/json.h"
-#include "report/render.h"
 
 #include <utility>
 
 namespace quobrix::cli {
 
-ShownText recordTable(const Selection& selection, const UserUnits& units) {
+Grid recordGrid(const Selection& selection, const UserUnits& units) {
     Grid grid;
     for (const ExportRecords& part : selection.records([&](const Table& t) { return selection.listColumns(t); })) {
         if (grid.columns.empty()) {
@@ -28,7 +27,7 @@ ShownText recordTable(const Selection& selection, const UserUnits& units) {
                 cells.push_back(each.column->text(row, units.context()));
         }
     }
-    return ShownText::asItIs(renderText(grid));
+    return grid;
 }
 
 std::vector<ExportRecords> recordsFor(const Selection& selection, Format format, Owned owned) {

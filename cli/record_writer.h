@@ -3,6 +3,7 @@
 #include "cli/output.h"
 #include "cli/selection.h"
 #include "cli/units.h"
+#include "report/report.h"
 
 namespace quobrix::cli {
 
@@ -13,8 +14,8 @@ enum class Format {
     Json,  ///< for programs: one object a record, keyed by column keys, values in base units
 };
 
-/// SELECTION as a table, which shows the columns that lists show.
-ShownText recordTable(const Selection& selection, const UserUnits& units);
+/// SELECTION as a table for people, which shows the columns that lists show.
+Grid recordGrid(const Selection& selection, const UserUnits& units);
 
 /// The chosen records with all columns that hold values of their own or derive some; those for programs also with the
 /// columns that repeat a sibling under another heading, and with what cells own where OWNED says so.

@@ -7,6 +7,7 @@
 #include "cli/download.h"
 #include "cli/exporting.h"
 #include "cli/option_prompter.h"
+#include "cli/printing.h"
 #include "cli/reading.h"
 #include "model/record_filter.h"
 #include "texts/text.h"
@@ -24,7 +25,7 @@ constexpr SourceText kFooter(
     "Exit codes:\n"
     "  0  done; for check: the document is sound\n"
     "  1  failed, one line on standard error says why; for check: the document is damaged\n"
-    "  2  wrong usage, or an unknown unit system\n"
+    "  2  wrong usage, an unknown unit system, or a format that this version was built without\n"
     "  3  done, but parts of the document could not be read (check: a later version has written\n"
     "     it; check --repair: not all is in the new document), or the saved file may not survive a power cut, or a "
     "file was written but\n"
@@ -167,11 +168,22 @@ ExitCode run(const ProgramArguments& arguments) {
         ->type_name(text(TextId::CliHelpWordText));
     reportCommand.add_option("number", reportOptions.number, text(TextId::CliHelpNumber))->required();
     file(reportCommand, reportOptions.file);
-    std::string reportFormat = "text";
-    reportCommand.add_option("--format", reportFormat, text(TextId::CliHelpReportFormat))
-        ->check(CLI::IsMember({"text", "html"}))
+    reportCommand.add_option("-o,--out", reportOptions.out, text(TextId::CliHelpReportOut));
+    reportCommand.add_option("--format", reportOptions.format, text(TextId::CliHelpReportFormat))
+        ->check(CLI::IsMember(reportFormats()))
         ->type_name(text(TextId::CliHelpWordText));
     units(reportCommand, reportOptions.units);
+
+    PrintOptions printOptions;
+    CLI::App& printCommand = subcommand("print", TextId::CliHelpPrint);
+    log(printCommand, printOptions.log, logNames(), TextId::CliHelpLog);
+    selection(printCommand, printOptions);
+    printCommand.add_option("--records", printOptions.records, text(TextId::CliHelpRecords));
+    printCommand.add_option("-o,--out", printOptions.out, text(TextId::CliHelpOut))->required();
+    printCommand.add_option("--format", printOptions.format, text(TextId::CliHelpPrintFormat))
+        ->check(CLI::IsMember(printFormats()))
+        ->type_name(text(TextId::CliHelpWordText));
+    units(printCommand, printOptions.units);
 
     std::vector<std::string> codes;
     CLI::App& describeCommand = subcommand("describe", TextId::CliHelpDescribe);
@@ -236,10 +248,10 @@ ExitCode run(const ProgramArguments& arguments) {
         columnsOptions.json = columnsFormat == "json";
         return columns(columnsOptions);
     }
-    if (reportCommand) {
-        reportOptions.html = reportFormat == "html";
+    if (reportCommand)
         return report(reportOptions);
-    }
+    if (printCommand)
+        return print(printOptions);
     if (describeCommand)
         return describe(codes);
     if (compactCommand)

@@ -90,6 +90,11 @@ ExitCode Selection::choose(const SelectionOptions& options, const UserUnits& uni
     return kDone;
 }
 
+void Selection::keep(RowIndex first, RowIndex last) {
+    for (TableRows& part : rows_)
+        std::erase_if(part.rows, [=](RowIndex row) { return row < first || row > last; });
+}
+
 std::vector<ExportColumn> Selection::listColumns(const Table& table) const {
     std::vector<ExportColumn> columns;
     for (const PersistentType* type : log_->list())

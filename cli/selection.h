@@ -34,6 +34,9 @@ public:
     /// Opens the files and chooses. Complains about what cannot be read; kDone if there is something to go on with.
     ExitCode choose(const SelectionOptions& options, const UserUnits& units);
 
+    /// Leaves out what lies in other rows than FIRST to LAST.
+    void keep(RowIndex first, RowIndex last);
+
     const LogSpec& log() const { return *log_; }
     /// A part for each file that could be read.
     const std::vector<TableRows>& rows() const { return rows_; }

@@ -2,6 +2,7 @@
 
 #include "messages/message.h"
 
+#include <span>
 #include <string>
 
 namespace quobrix {
@@ -14,6 +15,9 @@ namespace cli {
 Message lockedMessage(const TQuobrixDocument& document, const std::string& file);
 /// Says that a lock file lies beside FILE, if DOCUMENT has one.
 void complainOfLockFile(const TQuobrixDocument& document, const std::string& file);
+/// Whether what is made of the documents FILES may take the place of what is called OUT; complains if that is a
+/// document.
+bool mayReplace(const std::string& out, std::span<const std::string> files);
 
 } // namespace cli
 } // namespace quobrix

@@ -4,106 +4,111 @@
 #include "report/typeset.h"
 #include "texts/text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 
 namespace quobrix {
-namespace {
 
-/// Divides what has been set into pages.
-class Paginator {
+/// What has been set, and where the pages begin in it.
+class Pages::Layout {
 public:
-    Paginator(const std::string& title, const PageFormat& format, const TextMeasure& measure)
-        : title_(oneLine(title)), format_(format),
-          measure_(measure), room_{format.paper.width - 2 * format.margin,
-                                   format.paper.height - 2 * format.margin - 2 * measure.lineHeight(FontRole::Small)} {}
+    Layout(Report report, const PageFormat& format, const TextMeasure& measure)
+        : report_(std::move(report)), title_(oneLine(report_.title)), format_(format),
+          measure_(measure), room_{format.paper.width - format.margins.left - format.margins.right,
+                                   format.paper.height - format.margins.top - format.margins.bottom -
+                                       2 * measure.lineHeight(FontRole::Small)},
+          galley_(typeset(report_, room_, measure)) {
+        for (std::size_t strip = 0; strip < galley_.strips.size();) {
+            begins_.push_back(strip);
+            strip = fill(strip, [](const auto&, double) {});
+        }
+    }
 
-    Size room() const { return room_; }
+    const std::string& title() const { return title_; }
+    const PageFormat& format() const { return format_; }
+    std::size_t count() const { return begins_.size(); }
 
-    std::vector<Drawing> divide(const Galley& galley) {
-        beginPage();
-        for (const SetStrip& strip : galley.strips)
-            place(strip, galley);
-        for (std::size_t i = 0; i < pages_.size(); ++i)
-            number(pages_[i], text(TextId::PageOf, i + 1, pages_.size()));
-        return std::move(pages_);
+    Drawing page(std::size_t index) const {
+        Drawing page{title_, text(TextId::PageOf, index + 1, count()), format_.paper, measure_.fontSize(), {}};
+        const auto place = [&](std::vector<DrawingCommand> commands, double top) {
+            for (DrawingCommand& command : commands)
+                page.commands.push_back(moved(std::move(command), {format_.margins.left, format_.margins.top + top}));
+        };
+        struct Put {
+            const decltype(place)& at;
+            void operator()(const Strip& heading, double top) const { at(heading.commands, top); }
+            void operator()(const SetStrip& strip, double top) const { at(strip.commands(), top); }
+        };
+        fill(begins_[index], Put{place});
+        number(page);
+        return page;
     }
 
 private:
-    void beginPage() {
-        pages_.push_back({title_, {}, format_.paper, measure_.fontSize(), {}});
-        top_ = 0;
-        section_ = 0;
-        tableHead_.reset();
-    }
-
-    void put(const Strip& strip) {
-        for (const DrawingCommand& command : strip.commands)
-            pages_.back().commands.push_back(moved(command, {format_.margin, format_.margin + top_}));
-        top_ += strip.height;
-    }
-
-    /// The headings that must stand above STRIP on the page that is open.
-    std::vector<const Strip*> headingsOf(const SetStrip& strip, const Galley& galley) const {
-        std::vector<const Strip*> result;
-        if (strip.section != section_) {
-            const SetHeading& heading = galley.headings[strip.section - 1];
-            result.push_back(strip.section > begun_ ? &heading.first : &heading.continued);
+    /// Puts what fits onto the page that begins with the strip FIRST, each by PUT(strip or heading, top); the strip
+    /// that the next page begins with.
+    template <class Put>
+    std::size_t fill(std::size_t first, const Put& put) const {
+        const std::size_t begun = first == 0 ? 0 : galley_.strips[first - 1].section; // the last section before
+        std::size_t section = 0, tableHead = 0;                                       // going on here
+        double top = 0;
+        for (std::size_t i = first; i < galley_.strips.size(); ++i) {
+            const SetStrip& strip = galley_.strips[i];
+            const Strip* headings[2] = {};
+            if (strip.section != section) {
+                const SetHeading& heading = galley_.headings[strip.section - 1];
+                headings[0] = strip.section > begun ? &heading.first : &heading.continued;
+            }
+            if (strip.tableHead != 0 && strip.tableHead != tableHead)
+                headings[1] = &galley_.tableHeads[strip.tableHead - 1];
+            double height = strip.gap + strip.height;
+            for (const Strip* heading : headings)
+                height += heading ? heading->height : 0;
+            if (i > first && (strip.newPage || top + height > room_.height))
+                return i;
+            top += i > first ? strip.gap : 0;
+            for (const Strip* heading : headings)
+                if (heading) {
+                    put(*heading, top);
+                    top += heading->height;
+                }
+            put(strip, top);
+            top += strip.height;
+            section = strip.section;
+            tableHead = strip.tableHead;
         }
-        if (strip.tableHead && strip.tableHead != tableHead_)
-            result.push_back(&galley.tableHeads[*strip.tableHead]);
-        return result;
-    }
-
-    void place(const SetStrip& strip, const Galley& galley) {
-        std::vector<const Strip*> headings = headingsOf(strip, galley);
-        double height = strip.gap + strip.strip.height;
-        for (const Strip* heading : headings)
-            height += heading->height;
-        if (top_ > 0 && (strip.newPage || top_ + height > room_.height)) {
-            beginPage();
-            headings = headingsOf(strip, galley);
-        }
-        if (top_ > 0)
-            top_ += strip.gap;
-        for (const Strip* heading : headings)
-            put(*heading);
-        put(strip.strip);
-        section_ = strip.section;
-        begun_ = std::max(begun_, section_);
-        tableHead_ = strip.tableHead;
+        return galley_.strips.size();
     }
 
     /// Below everything else: what this is, and which page of it.
-    void number(Drawing& page, std::string text) const {
-        const double baseline = format_.paper.height - format_.margin;
-        const double room = room_.width - measure_.width(text, FontRole::Small) - measure_.fontSize();
+    void number(Drawing& page) const {
+        const double baseline = format_.paper.height - format_.margins.bottom;
+        const double room = room_.width - measure_.width(page.description, FontRole::Small) - measure_.fontSize();
         const auto put = [&](double x, std::string what, Anchor anchor) {
             page.commands.push_back(
                 Text{{x, baseline}, std::move(what), anchor, FontRole::Small, ColourRole::SecondaryText});
         };
-        page.description = text;
-        put(format_.margin, elided(title_, FontRole::Small, room, measure_), Anchor::Start);
-        put(format_.paper.width - format_.margin, std::move(text), Anchor::End);
+        put(format_.margins.left, elided(title_, FontRole::Small, room, measure_), Anchor::Start);
+        put(format_.paper.width - format_.margins.right, page.description, Anchor::End);
     }
 
-    std::string title_;
-    const PageFormat& format_;
+    Report report_;
+    std::string title_; ///< in one line
+    PageFormat format_;
     const TextMeasure& measure_;
     Size room_;
-    std::vector<Drawing> pages_;
-    double top_ = 0;          ///< of what comes next, on the page that is open
-    std::size_t section_ = 0; ///< the one that is going on there
-    std::size_t begun_ = 0;   ///< the last one that has begun anywhere
-    std::optional<std::size_t> tableHead_;
+    Galley galley_;
+    std::vector<std::size_t> begins_; ///< of the pages, by strip
 };
 
-} // namespace
+Pages::Pages(Report report, const PageFormat& format, const TextMeasure& measure)
+    : layout_(std::make_unique<const Layout>(std::move(report), format, measure)) {}
+Pages::Pages(Pages&&) noexcept = default;
+Pages& Pages::operator=(Pages&&) noexcept = default;
+Pages::~Pages() = default;
 
-std::vector<Drawing> layOutPages(const Report& report, const PageFormat& format, const TextMeasure& measure) {
-    Paginator paginator(report.title, format, measure);
-    return paginator.divide(typeset(report, paginator.room(), measure));
-}
+const std::string& Pages::title() const { return layout_->title(); }
+const PageFormat& Pages::format() const { return layout_->format(); }
+std::size_t Pages::count() const { return layout_->count(); }
+Drawing Pages::page(std::size_t index) const { return layout_->page(index); }
 
 } // namespace quobrix

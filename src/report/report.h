@@ -64,6 +64,7 @@ using Block = std::variant<Heading, Facts, Grid, Picture, Paragraph>;
 struct Report {
     std::string title;
     std::vector<Block> blocks;
+    bool wide = false; ///< reads better on paper that is wider than high
 };
 
 /// The blocks of a report under one heading.

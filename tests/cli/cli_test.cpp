@@ -150,6 +150,26 @@ TEST_F(CommandLine, DescribesTroubleCodes) {
                            "P030  Invalid DTC\n");
 }
 
+TEST_F(CommandLine, WhatPaintsPagesIsNeededForThemOnly) {
+    makeDocument();
+    fs::path alone = folder_ / fs::path(QUOBRIX_CLI).filename();
+    fs::copy_file(QUOBRIX_CLI, alone);
+    const auto run = [&](std::vector<std::string> arguments) {
+        return runProgram(folder_.path(), alone.string(), arguments);
+    };
+    const Outcome pdf = run({"print", "trips", "Test.car", "-o", "Trips.pdf"});
+    EXPECT_EQ(pdf.exitCode, 2);
+    EXPECT_NE(pdf.error.find("cannot make pdf files"), std::string::npos) << pdf.error;
+    EXPECT_FALSE(fs::exists(folder_ / "Trips.pdf"));
+    EXPECT_EQ(run({"report", "trip", "1", "Test.car", "--format", "pdf"}).exitCode, 2);
+    const Outcome html = run({"print", "trips", "Test.car", "-o", "Trips.html"});
+    EXPECT_EQ(html.exitCode, 0) << html.error;
+    EXPECT_NE(html.out.find("Trips.html: 2 trips, "), std::string::npos) << html.out;
+    EXPECT_NE(textOf(folder_ / "Trips.html").find(">1,234,567.89 m</td>"), std::string::npos);
+    EXPECT_EQ(run({"report", "trip", "1", "Test.car", "-o", "Trip.txt"}).exitCode, 0);
+    EXPECT_TRUE(textOf(folder_ / "Trip.txt").starts_with("Trip 1\n"));
+}
+
 TEST_F(CommandLine, ReadingTouchesNothing) {
     makeDocument();
     const std::string before = textOf(file_);
@@ -194,6 +214,13 @@ TEST_F(CommandLine, EveryFailureIsOneClearLine) {
         {{"report", "trip", "0x1", "Test.car"}, 2, "\"0x1\" is no number of a record"},
         {{"report", "trip", "1.0", "Test.car"}, 2, "\"1.0\" is no number of a record"},
         {{"report", "trip", "99999999999999999999", "Test.car"}, 2, "is no number of a record"},
+        {{"print", "trips", "Test.car", "--records", "2-9", "-o", "x.html"}, 1, "Record (9) doesn't exist!"},
+        {{"print", "trips", "Test.car", "--records", "0", "-o", "x.html"}, 1, "Record (0) doesn't exist!"},
+        {{"print", "trips", "Test.car", "--records", "1-x", "-o", "x.html"}, 2, "'x' is not a valid record"},
+        {{"print", "trips", "Test.car", "--records", "2-1", "-o", "x.html"}, 2, "begins behind its end"},
+        {{"print", "trips", "Test.car", "-o", "x.docx"}, 2, "let its name end in one of pdf, html"},
+        {{"print", "trips", "Test.car", "-o", "./Test.car"}, 2, "is a document"},
+        {{"report", "trip", "1", "Test.car", "-o", "Test.car"}, 2, "is a document"},
         {{"list", "trips", "Test.car", "--units", "Nautical"}, 2, "there are Metric, S.I., U.S."},
         {{"list", "journeys", "Test.car"}, 2, "journeys not in"},
         {{"list", "trips"}, 2, "--help"},

@@ -13,15 +13,19 @@ namespace {
 using Texts = std::vector<std::string>;
 
 /// 300 wide and, below a footer of 24, 300 high: 25 lines of 50 characters.
-constexpr PageFormat kPage{{320, 344}, 10};
+constexpr PageFormat kPage{{320, 344}, {10, 10, 10, 10}};
+const test::FixedMeasure kMeasure;
 
 std::vector<Drawing> pagesOf(const Report& report) {
-    std::vector<Drawing> pages = layOutPages(report, kPage, test::FixedMeasure());
+    const Pages made(report, kPage, kMeasure);
+    std::vector<Drawing> pages(made.count());
+    for (std::size_t i = pages.size(); i-- > 0;) // as they are looked at, in no order
+        pages[i] = made.page(i);
     for (const Drawing& page : pages) { // nothing is cut off
         EXPECT_EQ(page.size, kPage.paper);
         for (std::size_t i = 0; i < page.commands.size(); ++i)
             if (const auto* text = std::get_if<Text>(&page.commands[i])) {
-                const double width = test::FixedMeasure().width(text->text, text->font);
+                const double width = kMeasure.width(text->text, text->font);
                 const double left = text->place.x - (text->anchor == Anchor::End ? width : 0);
                 EXPECT_GE(left, 10) << text->text;
                 EXPECT_LE(left + width, 310.001) << text->text;
@@ -120,6 +124,34 @@ TEST(Pages, LongTextsGoOnFromPageToPage) {
                     next += static_cast<int>(std::ranges::count(line, ' ')) + (line.ends_with(' ') ? 0 : 1);
         EXPECT_EQ(next, 1000) << report.title.substr(0, 20);
     }
+}
+
+TEST(Pages, ALongHeadingIsCutOffOnlyWhereItComesBack) {
+    std::string words;
+    for (int i = 0; i < 100; ++i)
+        words += std::to_string(i) + ' ';
+    const auto joined = [](const std::vector<Drawing>& pages) {
+        std::string all;
+        for (const Drawing& page : pages)
+            for (const std::string& line : bodyOf(page))
+                all += line + (line.ends_with(' ') ? "" : " ");
+        return all;
+    };
+    EXPECT_NE(joined(pagesOf({"Log", {Heading{words}, numbers(30, {{"No."}})}})).find(words + "No. 1 2"),
+              std::string::npos);
+    const std::string table = joined(pagesOf({"Log", {Grid{{{words, false}}, {{"x"}}}}}));
+    EXPECT_NE(table.find("97 98 99 x"), std::string::npos) << table;
+    for (int i = 0; i < 100; ++i)
+        EXPECT_NE(table.find(' ' + std::to_string(i) + ' '), std::string::npos) << i;
+}
+
+TEST(Pages, MarginsAreThoseOfTheirSides) {
+    const Drawing page = Pages({"Log", {numbers(1, {{"No."}})}}, {{320, 344}, {20, 30, 40, 50}}, kMeasure).page(0);
+    const auto placeOf = [&](std::size_t i) { return std::get<Text>(page.commands[i]).place; };
+    EXPECT_EQ(placeOf(0), (Point{20, 30 + 9}));
+    const std::size_t count = page.commands.size();
+    EXPECT_EQ(placeOf(count - 2), (Point{20, 344 - 50}));
+    EXPECT_EQ(placeOf(count - 1), (Point{320 - 40, 344 - 50}));
 }
 
 TEST(Pages, PicturesAreMadeForThePaper) {

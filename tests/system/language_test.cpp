@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 constexpr const char* kNoTexts[] = {
     "quobrix-(cli|sim)",                                              // the program's name, as it is typed
     "--?[a-z][a-z-]*",                                                // options, likewise
-    R"([\w./-]+\.(car|txt|bak|mo|csv))",                              // files
+    R"([\w./-]+\.(car|txt|bak|mo|csv|html|pdf))",                     // files
     "COM\\d+",                                                        // ports
     "[A-Z]-\\d{4}-[A-Z]",                                             // serial numbers
     "\\b[A-HJ-NPR-Z0-9]{17}\\b",                                      // VINs
@@ -101,12 +101,16 @@ TEST_F(Language, OfListsAndReports) {
         {"integer", "text", "selection", "datetime", "boolean", "real", "table", "list", "s since", "UTC"});
     expectTranslated({"export", "trips", "Example.car", "-o", "Trips.csv"}, 0);
     expectTranslated({"export", "trip", "1", "Example.car", "-o", "Trip.csv"}, 0);
+    expectTranslated({"print", "trips", "Example.car", "-o", "Trips.html"}, 0);
+    expectTranslated({"print", "trips", "Example.car", "--records", "3-999", "-o", "Trips.html"}, 1);
+    expectTranslated({"print", "trips", "Example.car", "--records", "3-x", "-o", "Trips.html"}, 2);
+    expectTranslated({"print", "trips", "Example.car", "--records", "3-2", "-o", "Trips.html"}, 2);
     expectTranslated({"download", "--into", "Example.car"}, 1);
 }
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    const std::vector<std::string> commands = {"download", "import", "list",    "export",    "columns",
+    const std::vector<std::string> commands = {"download", "import", "list",    "export",    "columns", "print",
                                                "report",   "check",  "compact", "configure", "describe"};
     expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
     for (const std::string& command : commands)
