@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace quobrix {
 namespace {
@@ -109,6 +110,28 @@ std::vector<RowIndex> findRecords(const LogSpec& log, const Table& table, std::s
         else if (name.wanted)
             rows.clear();
     return rowsReading(columns, std::move(rows), context, criteria.words);
+}
+
+std::vector<OccurringName> namesIn(const LogSpec& log, const Table& table, RecordName what,
+                                   const TextContext& context) {
+    std::vector<OccurringName> names;
+    const RecordCriteria none;
+    const auto all = namesOf(log, none);
+    const auto name = std::ranges::find(all, what, &NameCriterion::what);
+    if (!name->column)
+        return names;
+    const Column& column = table.columnOf(*name->column);
+    std::unordered_set<std::string> keys;
+    std::unordered_map<std::string, int> alike;
+    for (RowIndex row = 0; row < column.rowCount(); ++row)
+        if (const auto [key, isNew] = keys.insert(column.namedKey(row)); isNew) {
+            names.push_back({*key, key->empty() ? std::string() : column.text(row, context)});
+            ++alike[names.back().shown];
+        }
+    for (OccurringName& each : names)
+        if (alike[each.shown] > 1)
+            each.shown += " (" + each.key + ")";
+    return names;
 }
 
 std::vector<RecordName> unknownNames(const LogSpec& log, const Table& table, const RecordCriteria& criteria) {

@@ -55,6 +55,14 @@ std::vector<RowIndex> findRecords(const LogSpec& log, const Table& table, std::s
 /// What a record may be wanted by.
 enum class RecordName { Vehicle, Driver, Logger };
 
+/// A key that records hold, and what it reads. Keys that read the same have themselves behind the name; the empty one
+/// reads nothing.
+struct OccurringName {
+    std::string key, shown;
+};
+/// The vehicles, drivers or loggers that records of TABLE, which is of LOG, name, in no order.
+std::vector<OccurringName> namesIn(const LogSpec& log, const Table& table, RecordName what, const TextContext& context);
+
 /// What CRITERIA name that neither the names of TABLE's document nor its records know: a word that was mistyped.
 std::vector<RecordName> unknownNames(const LogSpec& log, const Table& table, const RecordCriteria& criteria);
 

@@ -44,11 +44,15 @@ std::vector<ShownText> tripTotals(std::span<const TableRows> trips, const TextCo
             counted(TextId::TotalEvents, static_cast<std::uint64_t>(events), context.units.formatInteger(events))};
 }
 
+ShownText countText(const LogSpec& log, std::size_t count, const TextContext& context) {
+    return counted(log.record, log.records, count, context.units.formatInteger(static_cast<std::int64_t>(count)));
+}
+
 ShownText totalsText(const LogSpec& log, std::span<const TableRows> records, const TextContext& context) {
     std::size_t count = 0;
     for (const TableRows& part : records)
         count += part.rows.size();
-    std::string words = counted(log.record, log.records, count);
+    std::string words = countText(log, count, context);
     if (log.totals)
         for (const ShownText& total : log.totals(records, context))
             words += ", " + total;

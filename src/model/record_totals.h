@@ -16,6 +16,9 @@ std::int64_t totalEvents(std::span<const TableRows> trips); ///< brakes and acce
 /// The same in words: the TOTALS of the trip log.
 std::vector<ShownText> tripTotals(std::span<const TableRows> trips, const TextContext& context);
 
+/// "1,204 trips"
+ShownText countText(const LogSpec& log, std::size_t count, const TextContext& context);
+
 /// What RECORDS of LOG come to, as it stands below a list: "12 trips, 03:25:00, 123.4 Miles, 5 events".
 ShownText totalsText(const LogSpec& log, std::span<const TableRows> records, const TextContext& context);
 

@@ -32,7 +32,8 @@ private:
 /// The text in the user's language.
 ShownText text(SourceText text);
 /// COUNT with the word for one thing or for several ("1 trip"): for tables that know the words of what they hold.
-ShownText counted(SourceText one, SourceText several, std::uint64_t count);
+/// NUMBER is the count as it reads, if it is to be grouped ("1,204 trips").
+ShownText counted(SourceText one, SourceText several, std::uint64_t count, std::string_view number = {});
 /// The same, without taking memory while it is English: BUFFER holds it otherwise.
 std::string_view textIn(std::string& buffer, SourceText text);
 /// The same with its places filled in. For the functions that count places at compile time: text() and makeMessage().

@@ -37,11 +37,11 @@ std::string_view textIn(std::string& buffer, SourceText source) {
     return buffer;
 }
 
-ShownText counted(SourceText one, SourceText several, std::uint64_t count) {
+ShownText counted(SourceText one, SourceText several, std::uint64_t count, std::string_view number) {
     const Catalogue* all = catalogue();
     const auto translation = all ? all->find({}, one.english(), count) : std::nullopt;
-    return ShownText::asItIs(
-        fmt::format("{} {}", count, translation ? *translation : (count == 1 ? one : several).english()));
+    return ShownText::asItIs(fmt::format("{} {}", number.empty() ? std::to_string(count) : std::string(number),
+                                         translation ? *translation : (count == 1 ? one : several).english()));
 }
 
 ShownText fillPlaces(SourceText text, fmt::format_args arguments) {

@@ -3,11 +3,17 @@
 #include "model/logs.h"
 #include "views/page.h"
 
+class QTimer;
+
 namespace quobrix {
 
+class FilterBar;
 class RecordCommands;
+class TotalsLine;
 
-/// The records of a log, one row each.
+/// The records of a log, one row each, between the filter that chooses which of them are shown and the line that says
+/// what these come to. The filter is as old as the list: a person finds it as they left it, until the document gets
+/// other content.
 class LogList final : public TSpreadsheet {
 public:
     /// SPEC must outlive the list.
@@ -22,6 +28,9 @@ public:
 
     RecordCommands& recordCommands() { return *recordCommands_; }
 
+    /// Gives the keyboard to the filter.
+    void openFilter();
+
     /// As Page::printable.
     std::optional<Report> printable(const std::optional<RecordRange>& range);
 
@@ -29,9 +38,20 @@ private:
     void addToMenu(QMenu& menu, QAction* before) override;
     void deleteSelection() override;
     void makeCurrent();
+    void applyFilter();
+    void showCount();
+    void updateLater(bool shown);
+    void updateTotals();
 
     const LogSpec& spec_;
+    const ViewContext context_;
     RecordCommands* recordCommands_;
+    FilterBar* filter_;
+    TotalsLine* totals_;
+    QTimer* update_;
+    bool shownChanged_ = true; ///< what totals_ says of the rows that are shown does not hold any more
+    /// By row: whether the filter wants it, when it was applied last.
+    std::vector<bool> wanted_;
     const Table* log_ = nullptr;
     std::optional<RecordKey> current_;
 };

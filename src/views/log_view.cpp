@@ -66,6 +66,12 @@ LogView::LogView(const ViewContext& context, const LogSpec& spec)
     back->setContext(Qt::WidgetWithChildrenShortcut);
     connect(back, &QShortcut::activated, this, [this] { showView(LogViewKind::Summary); });
     setFocusProxy(summary_);
+    QAction& filter = summary_->recordCommands().action(RecordCommand::Filter);
+    addAction(&filter); // from the other views, too
+    connect(&filter, &QAction::triggered, this, [this] {
+        showView(LogViewKind::Summary);
+        summary_->openFilter();
+    });
 }
 
 void LogView::addView(const LogViewSpec& spec) {

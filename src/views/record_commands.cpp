@@ -25,12 +25,14 @@ struct CommandRow {
     SourceText text;
     SourceText prompt;
     std::optional<LogId> log;
+    bool edits;
 };
 
 constexpr std::optional<LogId> kEveryLog;
 
 constexpr CommandRow kCommandRows[] = {
-#define COMMAND(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log},
+#define COMMAND(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log, true},
+#define READING(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt), kEveryLog, false},
 #include "views/record_commands.def"
 };
 
@@ -60,14 +62,19 @@ std::vector<Selection> driverChoices(const TQuobrixDocument& document) {
 RecordCommands::RecordCommands(LogList& list, const ViewContext& context, const LogSpec& spec)
     : QObject(&list), list_(list), context_(context), spec_(spec) {
     for (std::size_t i = 0; i < actions_.size(); ++i) {
-        auto* action = new QAction(toQt(text(kCommandRows[i].text)), &list);
+        auto* action = new QAction(toQt(text(kCommandRows[i].text)).section(QLatin1Char('\t'), 0, 0), &list);
         action->setObjectName(QStringLiteral("Record") + QLatin1String(kCommandRows[i].name));
+        action->setShortcut({toQt(kCommandRows[i].text.english()).section(QLatin1Char('\t'), 1),
+                             QKeySequence::PortableText}); // the same in every language
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        list.addAction(action);
         action->setData(kCommandRows[i].id);
         connect(action, &QAction::triggered, this, [this, i] { run(static_cast<RecordCommand>(i)); });
         actions_[i] = action;
     }
     connect(&list, &TSpreadsheet::currentRowChanged, this, &RecordCommands::refresh);
     connect(&list.model(), &SpreadsheetModel::editHistoryChanged, this, &RecordCommands::refresh);
+    connect(&list.model(), &QAbstractItemModel::modelReset, this, &RecordCommands::refresh);
     refresh();
 }
 
@@ -76,13 +83,16 @@ void RecordCommands::refresh() {
     const bool diagnostics = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
     for (std::size_t i = 0; i < actions_.size(); ++i) {
         const std::optional<LogId> log = kCommandRows[i].log;
+        const bool locked = kCommandRows[i].edits && !why.empty();
         actions_[i]->setVisible(!log || (diagnostics && log == spec_.id));
-        actions_[i]->setEnabled(why.empty() && applies(static_cast<RecordCommand>(i)));
-        actions_[i]->setStatusTip(toQt(why.empty() ? text(kCommandRows[i].prompt) : why));
+        actions_[i]->setEnabled(!locked && applies(static_cast<RecordCommand>(i)));
+        actions_[i]->setStatusTip(toQt(locked ? why : text(kCommandRows[i].prompt)));
     }
 }
 
 bool RecordCommands::applies(RecordCommand command) const {
+    if (command == RecordCommand::Filter)
+        return list_.model().storedRows() > 0;
     const auto row = list_.currentRow();
     const Table* log = context_.document.log(spec_);
     const std::optional<LogId> only = kCommandRows[static_cast<std::size_t>(command)].log;
@@ -113,6 +123,7 @@ QDialog* RecordCommands::makeDialog(RecordCommand command, RowIndex row) {
         return trips.column<TTripLogSpeedBandsTableColumn>().object(row)
                    ? new TTripLogSpeedBandsDialog(context_, row, &list_)
                    : nullptr;
+    case RecordCommand::Filter:
     case RecordCommand::Count:
         break;
     }
@@ -120,6 +131,8 @@ QDialog* RecordCommands::makeDialog(RecordCommand command, RowIndex row) {
 }
 
 void RecordCommands::run(RecordCommand command) {
+    if (command == RecordCommand::Filter)
+        return list_.openFilter();
     const auto row = list_.currentRow();
     if (!row || !list_.finishEdit() || !applies(command))
         return;

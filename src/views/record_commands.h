@@ -21,6 +21,7 @@ std::vector<Selection> driverChoices(const TQuobrixDocument& document);
 
 enum class RecordCommand : std::size_t {
 #define COMMAND(Name, Id, Text, Prompt, Log) Name,
+#define READING(Name, Id, Text, Prompt) Name,
 #include "views/record_commands.def"
     Count,
 };
@@ -37,6 +38,8 @@ public:
     void addTo(QMenu& menu, QAction* before);
     /// Whether a person wants ROWS to be deleted, who is asked.
     bool mayDelete(const std::vector<RowIndex>& rows) const;
+    /// The records that are selected, by their rows in ascending order.
+    std::vector<RowIndex> selectedRows() const;
 
 private:
     void refresh();
@@ -46,7 +49,6 @@ private:
     /// Nothing if what it edits cannot be read.
     QDialog* makeDialog(RecordCommand command, RowIndex row);
     QMenu* makeDriverMenu(QMenu& parent);
-    std::vector<RowIndex> selectedRows() const;
 
     LogList& list_;
     const ViewContext context_;

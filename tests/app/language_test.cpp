@@ -41,6 +41,7 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTimer>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -185,6 +186,13 @@ TEST_F(LanguageTest, EveryPageIsTranslated) {
     for (const LogSpec& log : logs()) {
         frame.pages().show(log.page);
         auto& page = static_cast<LogView&>(*frame.pages().page(log.page));
+        page.findChild<QToolButton*>(QStringLiteral("filterMore"))->click();
+        for (const char* field : {"filterWords", "filterFrom"}) {
+            page.findChild<QLineEdit*>(QLatin1String(field))->setText(QStringLiteral("7"));
+            QTest::keyClick(page.findChild<QLineEdit*>(QLatin1String(field)), Qt::Key_Return);
+            look(frame); // with a filter, and then with a refusal
+        }
+        page.findChild<QToolButton*>(QStringLiteral("filterShowAll"))->click();
         for (const LogViewSpec& view : log.views()) {
             page.showView(view.kind);
             look(frame);

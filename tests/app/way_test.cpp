@@ -8,9 +8,11 @@
 #include <QAction>
 #include <QCommandLinkButton>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QTest>
 #include <QToolBar>
 
@@ -287,6 +289,40 @@ TEST_F(WayTest, EveryOpenPageFollowsEditsAndUnits) {
     edits.undo();
     edits.undo();
     EXPECT_FALSE(report("TTroubleLogRecordView").contains("by the depot")) << "and taken back while it was in view";
+}
+
+TEST_F(WayTest, AFilterIsKeptUntilAHiddenRecordIsWantedOrTheDocumentEnds) {
+    const auto words = [this] { return frame_.pages().page(kTripLogPage)->findChild<QLineEdit*>("filterWords"); };
+    const auto shown = [this] {
+        return static_cast<LogView*>(frame_.pages().page(kTripLogPage))->summary().model().rowCount();
+    };
+    const auto filter = [&](const char* text) {
+        press(Qt::Key_2, Qt::ControlModifier);
+        press(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+        QTest::keyClicks(QApplication::focusWidget(), QLatin1String(text));
+        press(Qt::Key_Return);
+    };
+    document_.trips().column<TTripLogCommentsColumn>().setAll({"coast", "", "coast"});
+    filter("coast");
+    EXPECT_EQ(shown(), 2);
+    EXPECT_EQ(pages()[1], "Trip Log, 3") << "what the log holds";
+    press(Qt::Key_3, Qt::ControlModifier);
+    press(Qt::Key_2, Qt::ControlModifier);
+    EXPECT_EQ(shown(), 2);
+    document_.trips().column<TTripLogStartTimeColumn>().set(1, 1'500'000'000); // the last one
+    frame_.statusBar()->clearMessage();
+    action(CommandId::LastTripReport).trigger();
+    EXPECT_EQ(path(), "View / Trip Log / Record 2 / Report");
+    EXPECT_EQ(shown(), 3);
+    EXPECT_EQ(frame_.statusBar()->currentMessage(), "The filter has been taken off, since it hid this row.");
+
+    filter("coast");
+    EXPECT_EQ(words()->text(), "coast");
+    newDocument();
+    test::addTrip(document_, 1'000'000'000);
+    frame_.documentChanged();
+    EXPECT_EQ(shown(), 1);
+    EXPECT_EQ(words()->text(), "");
 }
 
 } // namespace

@@ -116,6 +116,15 @@ TEST_F(Records, AreFoundByEveryCriterionAndAllOfThem) {
     EXPECT_TRUE(unknownNames(log, document_.trips(), {.vehicle = "Family wagon", .driver = "8", .logger = ""}).empty());
     EXPECT_EQ(unknownNames(log, document_.trips(), {.vehicle = "Anna", .driver = "9"}),
               (std::vector{RecordName::Vehicle, RecordName::Driver}));
+    const auto names = [&](RecordName what) {
+        std::string text;
+        for (const OccurringName& name : namesIn(log, document_.trips(), what, context_))
+            text += name.key + "=" + name.shown + ";";
+        return text;
+    };
+    EXPECT_EQ(names(RecordName::Vehicle), std::string(kVin) + "=Family wagon;1HGCM82633A004352=Unknown;");
+    EXPECT_EQ(names(RecordName::Driver), "7=Anna;=;8=Unknown;");
+    EXPECT_EQ(names(RecordName::Logger), "K-0042-B=Unknown (K-0042-B);K-0043-B=Unknown (K-0043-B);") << "told apart";
     document_.activity().insertRows(0, 1);
     EXPECT_EQ(found({.driver = ""}, LogId::Activity), Rows()) << "a log without drivers";
 }

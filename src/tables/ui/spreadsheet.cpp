@@ -466,7 +466,7 @@ void TSpreadsheet::followHistory() {
 FindBar& TSpreadsheet::findBar() {
     if (!findBar_) {
         findBar_ = new FindBar(*view_, model_, context_.text, this);
-        layout()->addWidget(findBar_);
+        static_cast<QBoxLayout*>(layout())->insertWidget(layout()->indexOf(view_) + 1, findBar_);
         connect(&model_, &QAbstractItemModel::modelReset, findBar_, &FindBar::cellsChanged);
         connect(&model_, &QAbstractItemModel::dataChanged, findBar_, &FindBar::cellsChanged);
         connect(&model_, &SpreadsheetModel::shownRowsChanged, findBar_, &FindBar::cellsChanged);

@@ -526,8 +526,11 @@ void SpreadsheetView::paintEvent(QPaintEvent* event) {
         return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
-    const QString text = model_.storedRows() > 0 ? tr("The filter shows none of the rows.") : emptyText_;
-    painter.drawText(viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, text);
+    painter.drawText(viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, emptyText());
+}
+
+QString SpreadsheetView::emptyText() const {
+    return model_.storedRows() > 0 ? tr("The filter shows none of the rows.") : emptyText_;
 }
 
 } // namespace quobrix

@@ -32,7 +32,8 @@ public:
 
     Use use() const { return use_; }
     void setEmptyText(const QString& text);
-    const QString& emptyText() const { return emptyText_; }
+    /// What stands in place of rows while none is shown.
+    QString emptyText() const;
     std::optional<RowIndex> currentRow() const;
     /// Makes CELL the current one, the only one selected, and in view; whatever keys are held down.
     void goTo(const QModelIndex& cell);
