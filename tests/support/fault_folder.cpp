@@ -151,7 +151,10 @@ Result<std::unique_ptr<File>> FaultFolder::open(const std::filesystem::path& pat
         return Error{ErrorKind::NotFound, ShownText::asItIs(path.string())};
     if (writes && locks && found->second->locked)
         return Error{ErrorKind::InUse, ShownText::asItIs(path.string())};
-    return std::unique_ptr<File>(std::make_unique<FolderFile>(*this, found->second, writes));
+    std::unique_ptr<File> file = std::make_unique<FolderFile>(*this, found->second, writes);
+    if (const auto then = afterEachOpening) // which may put another in its place
+        then();
+    return file;
 }
 
 Result<FileStatus> FaultFolder::status(const std::filesystem::path& path) {

@@ -27,6 +27,8 @@ public:
 
     /// Called after each change of a file or a name.
     std::function<void()> afterEachChange;
+    /// Called after a file that was there has been opened.
+    std::function<void()> afterEachOpening;
     /// Bytes that all files together may have.
     std::uint64_t capacity = std::numeric_limits<std::uint64_t>::max();
     bool tellsFreeSpace = true;
