@@ -5,11 +5,26 @@ namespace quobrix {
 Result<void> SummaryLog::open(const std::filesystem::path& path, SummaryDatabase::Access access) {
     records_.clear();
     QUOBRIX_TRY(database_.open(path, access));
-    QUOBRIX_TRY(deleted_.load(path));
-    Result<std::vector<SummaryRecord>> records = database_.readAll();
-    if (!records)
+    const Result<void> known = deleted_.load(path);
+    Result<std::vector<SummaryRecord>> records = known ? database_.readAll() : known.error();
+    if (!records) {
+        database_.close();
         return records.error();
+    }
     records_ = *std::move(records);
+    return {};
+}
+
+Result<void> SummaryLog::count(const TripComparison& comparison) {
+    for (const auto& [index, record] : comparison.outdated()) {
+        QUOBRIX_TRY(database_.write(index, record));
+        records_[index] = record;
+    }
+    if (!comparison.outdated().empty())
+        QUOBRIX_TRY(database_.flush());
+    const std::vector<SummaryRecord>& missing = comparison.missing();
+    QUOBRIX_TRY(database_.append(missing));
+    records_.insert(records_.end(), missing.begin(), missing.end());
     return {};
 }
 

@@ -2,6 +2,7 @@
 
 #include "summary/deleted_summaries.h"
 #include "summary/summary_database.h"
+#include "summary/trip_comparison.h"
 
 #include <filesystem>
 #include <span>
@@ -19,6 +20,10 @@ public:
     const std::vector<SummaryRecord>& records() const { return records_; }
     const DeletedSummaries& deleted() const { return deleted_; }
 
+    /// Does what COMPARISON, which was made with records() and deleted(), has found; it is of no use afterwards.
+    Result<void> count(const TripComparison& comparison);
+    /// Lets the trips with these keys be counted again.
+    Result<void> forgetDeleted(std::span<const SummaryKey> keys) { return deleted_.forget(keys); }
     /// Removes the records at INDICES, for good: their trips are not counted again.
     Result<void> remove(std::span<const std::size_t> indices);
 
