@@ -6,8 +6,7 @@
 #include "cli/writing.h"
 #include "messages/file_messages.h"
 #include "model/record_totals.h"
-#include "paper/page_setup.h"
-#include "paper/painter.h"
+#include "paper/printout.h"
 #include "platform/file_system.h"
 #include "report/render.h"
 #include "settings/file_settings.h"
@@ -94,13 +93,9 @@ ExitCode putReport(Report report, const std::string& format, const std::string& 
         if (!painter)
             return kUsage;
         const Settings settings(userSettings());
-        const PageFormat paper = PageSetup::load(settings).formatFor(report);
-        const std::unique_ptr<const TextMeasure> measure =
-            (*painter)->measure(report.wide ? kListFontSize : kPaperFontSize);
-        const Pages laidOut(std::move(report), paper, *measure);
-        pages = laidOut.count();
-        content = textOf((*painter)->pdf(
-            {laidOut.title(), paper.paper, pages, [&](std::size_t index) { return laidOut.page(index); }}));
+        const PageSource source = layOut(std::move(report), PageSetup::load(settings), **painter);
+        pages = source.count;
+        content = textOf((*painter)->pdf(source));
     } else {
         content = format == kHtml ? renderHtml(report) : renderText(report);
     }

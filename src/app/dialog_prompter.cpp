@@ -271,4 +271,38 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseToSave(const std:
     return SavePlace{path, std::filesystem::exists(path, ignored) ? IfThere::Replace : IfThere::Refuse};
 }
 
+std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::filesystem::path& suggested,
+                                                                    const std::vector<std::string>& endings) {
+    struct Format {
+        const char* ending;
+        QString filter;
+    };
+    const Format formats[] = {{"pdf", QObject::tr("PDF Files (*.pdf)")},
+                              {"html", QObject::tr("Web Pages (*.html)")},
+                              {"svg", QObject::tr("Drawings (*.svg)")},
+                              {"png", QObject::tr("Pictures (*.png)")},
+                              {"txt", QObject::tr("Text Files (*.txt)")}};
+    QStringList filters;
+    for (const std::string& ending : endings)
+        for (const Format& format : formats)
+            if (ending == format.ending)
+                filters += format.filter;
+    QWidget* window = QApplication::activeWindow() ? QApplication::activeWindow() : &window_;
+    QFileDialog dialog(window, QObject::tr("Save As"), copiesFolder_.isEmpty() ? documentsFolder() : copiesFolder_);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setNameFilters(filters);
+    const auto follow = [&](const QString& filter) {
+        dialog.setDefaultSuffix(toQt(endings[static_cast<std::size_t>(filters.indexOf(filter))]));
+    };
+    QObject::connect(&dialog, &QFileDialog::filterSelected, follow);
+    follow(filters.constFirst());
+    dialog.selectFile(toQtPath(suggested));
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    copiesFolder_ = dialog.directory().absolutePath();
+    const std::filesystem::path path = toPath(dialog.selectedFiles().constFirst());
+    std::error_code ignored; // the dialog has asked about what is there
+    return SavePlace{path, std::filesystem::exists(path, ignored) ? IfThere::Replace : IfThere::Refuse};
+}
+
 } // namespace quobrix

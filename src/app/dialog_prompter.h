@@ -6,10 +6,10 @@
 #include "tables/column.h"
 
 #include <QPointer>
+#include <QString>
 
 #include <functional>
 
-class QString;
 class QWidget;
 
 namespace quobrix {
@@ -58,10 +58,13 @@ public:
     std::optional<std::filesystem::path> chooseToOpen() override;
     std::optional<std::filesystem::path> chooseLogs() override;
     std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) override;
+    std::optional<SavePlace> chooseCopy(const std::filesystem::path& suggested,
+                                        const std::vector<std::string>& endings) override;
 
 private:
     QWidget& window_;
-    bool chosen_ = false; ///< a file, and so the folder that the dialog opens in
+    bool chosen_ = false;  ///< a file, and so the folder that the dialog opens in
+    QString copiesFolder_; ///< empty: no copy has been saved yet
 };
 
 } // namespace quobrix

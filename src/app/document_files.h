@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace quobrix {
 
@@ -29,6 +30,12 @@ public:
     };
     /// SUGGESTED: the name proposed, with or without a folder.
     virtual std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) = 0;
+    /// The same for a copy in one of several formats, by the endings of their files ("pdf"), in which the chosen file
+    /// ends, too.
+    virtual std::optional<SavePlace> chooseCopy(const std::filesystem::path& /*suggested*/,
+                                                const std::vector<std::string>& /*endings*/) {
+        return {};
+    }
 };
 
 /// Whether a file that is mostly unused space is pointed out when it is opened or saved.

@@ -115,6 +115,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     windows_.unitSystems = [this] { commands_->trigger(CommandId::Units); };
     context_.prompter = &prompter_;
     context_.windows = &windows_;
+    context_.saveReport = &saveReport_;
     context_.document.edits().addListener(*this);
     context_.units.addListener(*this);
 

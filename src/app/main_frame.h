@@ -67,6 +67,8 @@ public:
     /// Called when the document is about to be another one.
     void whenReplaced(std::function<void()> replaced) { whenReplaced_ = std::move(replaced); }
     FileChooser& chooser() { return chooser_; }
+    /// Called with a report that a person wants to keep as a file.
+    void whenReportWanted(std::function<void(Report)> save) { saveReport_ = std::move(save); }
     /// Runs WORK on another thread, and paints meanwhile.
     Result<void> runDisk(const DiskWork& work);
     /// Lines that the About box shows below the program's own (the logger's versions).
@@ -125,6 +127,7 @@ private:
     std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for
     MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
     std::function<void()> whenSaved_, whenEdited_, whenReplaced_;
+    std::function<void(Report)> saveReport_;
     std::function<AboutLines()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;

@@ -110,6 +110,7 @@ void TQuobrixApp::createFrame() {
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_, &events_});
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
+    printCommands_ = std::make_unique<PrintCommands>(*frame_);
     logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_),
                                                LoggerCommands::Folders{dataFolder_, recoveryFolder(), downloadLog()});
     frame_->pages().show(kHomePage);

@@ -3,6 +3,7 @@
 #include "app/logger_commands.h"
 #include "app/main_frame.h"
 #include "app/names_commands.h"
+#include "app/print_commands.h"
 #include "app/single_instance.h"
 #include "app/units_command.h"
 #include "model/quobrix_document.h"
@@ -59,6 +60,7 @@ private:
     std::unique_ptr<TQuobrixFrame> frame_;
     std::unique_ptr<UnitsCommand> unitsCommand_;
     std::unique_ptr<NamesCommands> namesCommands_;
+    std::unique_ptr<PrintCommands> printCommands_;
 };
 
 } // namespace quobrix

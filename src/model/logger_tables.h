@@ -2,6 +2,7 @@
 
 #include "model/log_columns.h"
 #include "model/parameters.h"
+#include "model/print_range.h"
 
 namespace quobrix {
 

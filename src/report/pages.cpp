@@ -29,18 +29,21 @@ public:
 
     Drawing page(std::size_t index) const {
         Drawing page{title_, text(TextId::PageOf, index + 1, count()), format_.paper, measure_.fontSize(), {}};
-        const auto place = [&](std::vector<DrawingCommand> commands, double top) {
-            for (DrawingCommand& command : commands)
-                page.commands.push_back(moved(std::move(command), {format_.margins.left, format_.margins.top + top}));
-        };
-        struct Put {
-            const decltype(place)& at;
-            void operator()(const Strip& heading, double top) const { at(heading.commands, top); }
-            void operator()(const SetStrip& strip, double top) const { at(strip.commands(), top); }
-        };
-        fill(begins_[index], Put{place});
+        put(index, page, 0);
         number(page);
         return page;
+    }
+
+    /// All pages one below the other, without what stands at their feet.
+    Drawing together() const {
+        Drawing all{title_, {}, {format_.paper.width, 0}, measure_.fontSize(), {}};
+        all.commands.emplace_back(Rectangle{});
+        double top = 0;
+        for (std::size_t index = 0; index < count(); ++index)
+            top += put(index, all, top) + measure_.fontSize();
+        all.size.height = top + format_.margins.top + format_.margins.bottom - measure_.fontSize();
+        all.commands.front() = Rectangle{{0, 0, all.size.width, all.size.height}, ColourRole::Ground};
+        return all;
     }
 
 private:
@@ -79,6 +82,24 @@ private:
         return galley_.strips.size();
     }
 
+    /// Adds what stands on the page INDEX to DRAWING, whose margin begins at TOP; its height.
+    double put(std::size_t index, Drawing& drawing, double top) const {
+        const Point corner{format_.margins.left, format_.margins.top + top};
+        double height = 0;
+        const auto place = [&](std::vector<DrawingCommand> commands, double at, double itsHeight) {
+            for (DrawingCommand& command : commands)
+                drawing.commands.push_back(moved(std::move(command), {corner.x, corner.y + at}));
+            height = at + itsHeight;
+        };
+        struct Put {
+            const decltype(place)& at;
+            void operator()(const Strip& heading, double top) const { at(heading.commands, top, heading.height); }
+            void operator()(const SetStrip& strip, double top) const { at(strip.commands(), top, strip.height); }
+        };
+        fill(begins_[index], Put{place});
+        return height;
+    }
+
     /// Below everything else: what this is, and which page of it.
     void number(Drawing& page) const {
         const double baseline = format_.paper.height - format_.margins.bottom;
@@ -110,5 +131,11 @@ const std::string& Pages::title() const { return layout_->title(); }
 const PageFormat& Pages::format() const { return layout_->format(); }
 std::size_t Pages::count() const { return layout_->count(); }
 Drawing Pages::page(std::size_t index) const { return layout_->page(index); }
+
+Drawing drawReport(Report report, double width, const TextMeasure& measure) {
+    constexpr double kHigh = 1e7; // than anything
+    const double margin = 1.5 * measure.fontSize();
+    return Pages::Layout(std::move(report), {{width, kHigh}, {margin, margin, margin, margin}}, measure).together();
+}
 
 } // namespace quobrix

@@ -37,8 +37,12 @@ public:
     Drawing page(std::size_t index) const;
 
 private:
+    friend Drawing drawReport(Report report, double width, const TextMeasure& measure);
     class Layout;
     std::unique_ptr<const Layout> layout_;
 };
+
+/// REPORT as one picture in the units of MEASURE: WIDTH wide, and as high as it takes.
+Drawing drawReport(Report report, double width, const TextMeasure& measure);
 
 } // namespace quobrix

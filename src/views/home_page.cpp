@@ -20,6 +20,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -193,6 +194,19 @@ void HomePage::refresh() {
     set(vehicles_, tr("Vehicles"), names);
     hint_->setVisible(count == 0);
     showRecentFiles();
+}
+
+std::optional<Report> HomePage::printable(const std::optional<RecordRange>&) const {
+    Facts facts;
+    for (const auto& [name, value] :
+         std::initializer_list<std::pair<QString, const QLabel*>>{{tr("Trips"), trips_},
+                                                                  {tr("Distance"), distance_},
+                                                                  {tr("Last trip"), lastTrip_},
+                                                                  {tr("Vehicles"), vehicles_}})
+        facts.facts.push_back({name.toStdString(), value->text().toStdString()});
+    Report report{documentName_->text().toStdString(), {}};
+    report.blocks.emplace_back(std::move(facts));
+    return report;
 }
 
 void HomePage::showRecentFiles() {

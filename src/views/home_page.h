@@ -27,6 +27,8 @@ public:
     HomePage(const ViewContext& context, const HomeActions& actions, QWidget* parent = nullptr);
 
     void refresh() override;
+    /// The figures of the document.
+    std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
     /// The recent files are others, or some of them are missing.
     void showRecentFiles();
 

@@ -159,7 +159,7 @@ std::optional<Report> LogList::printable(const std::optional<RecordRange>& range
     Grid grid = shownCells(*this, range);
     if (grid.rows.empty())
         return {};
-    return Report{text(spec_.title), {std::move(grid)}};
+    return Report{text(spec_.title), {std::move(grid)}, true};
 }
 
 void LogList::makeCurrent() {

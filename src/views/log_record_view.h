@@ -16,7 +16,12 @@ public:
     void showRecord(const Table* log, std::optional<RowIndex> row) override;
     Report printable() const override { return report(); }
 
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
 private:
+    Drawing picture() const;
+
     ViewContext context_;
     const LogSpec& spec_;
     QAction& editComments_;

@@ -194,6 +194,10 @@ std::optional<Report> LogView::printable(const std::optional<RecordRange>& range
     return view && summary_->currentRow() ? view->printable() : summary_->printable(range);
 }
 
+std::size_t LogView::printableRecords() const {
+    return tab().spec.kind == LogViewKind::Summary && log() ? log()->rowCount() : 0;
+}
+
 void LogView::showView(LogViewKind kind) {
     if (const int tab = tabOf(kind); tab >= 0)
         tabs_->setCurrentIndex(tab);

@@ -30,6 +30,7 @@ public:
     void showRecord(RowIndex row) override;
     void unitsChanged() override;
     std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
+    std::size_t printableRecords() const override;
     /// Nothing happens if the log has no such view.
     void showView(LogViewKind kind);
 

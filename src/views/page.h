@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -27,6 +28,8 @@ struct ViewContext {
     EventLog* events = nullptr;                  ///< of this run
     Prompter* prompter = nullptr;                ///< as in SpreadsheetContext
     const SpreadsheetWindows* windows = nullptr; ///< likewise
+    /// Saves a report as a file that a person chooses; empty or none: not available.
+    const std::function<void(Report)>* saveReport = nullptr;
 
     TextContext text() const { return {units, zone}; }
     SpreadsheetContext spreadsheet() const;
@@ -95,6 +98,8 @@ public:
     /// What the page shows, to be printed or written: of a log those records whose numbers lie in RANGE (none: all), as
     /// they are shown. Nothing if there is nothing to print.
     virtual std::optional<Report> printable(const std::optional<RecordRange>& /*range*/) const { return {}; }
+    /// How many records there are that a range can be chosen of; 0: what is in view is no list of records.
+    virtual std::size_t printableRecords() const { return 0; }
 
 signals:
     /// Another view or record is in view, or what stands above it reads otherwise.

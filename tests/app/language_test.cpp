@@ -4,6 +4,8 @@
 #include "app/main_frame.h"
 #include "app/miscellaneous_dialog.h"
 #include "app/names_commands.h"
+#include "app/page_setup_dialog.h"
+#include "app/print_preview.h"
 #include "app/properties_dialog.h"
 #include "app/table_windows.h"
 #include "app/text_file_window.h"
@@ -94,6 +96,12 @@ std::set<std::string> untranslated(const test::SeenTexts& texts, Data data) {
     }
     return found;
 }
+
+class NoPrinters final : public Printers {
+public:
+    Known find() override { return {}; }
+    Result<void> print(const PrintOrder&, const PageSource&, DiskProgress&) override { return {}; }
+};
 
 class LanguageTest : public ::testing::Test {
 protected:
@@ -262,6 +270,22 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     look(properties);
+    PageSetupDialog setup({}, nullptr);
+    look(setup);
+    log.showView(LogViewKind::Summary);
+    const Printable list{[&](const auto& range) { return log.printable(range); }, log.printableRecords()};
+    PrintDialog print(context_, list, std::make_shared<NoPrinters>(), nullptr);
+    look(print);
+    auto& range = *print.findChild<TFixedTableSpreadsheet*>();
+    for (const char* typed : {"9", "x"})
+        shown_.push_back({QStringLiteral("print range"), toQt(range.model().type(0, 0, QLatin1String(typed)).refusal)});
+    QApplication::processEvents();
+    look(print); // without a printer
+    PrintDialog pages(context_, {[&](const auto& all) { return log.printable(all); }}, std::make_shared<NoPrinters>(),
+                      nullptr);
+    look(pages);
+    PrintPreviewDialog preview(context_, *log.printable({}), {}, nullptr);
+    look(preview);
     expectTranslated(100);
 }
 

@@ -183,7 +183,7 @@ void PageView::paintEvent(QPaintEvent* event) {
             break;
         if (!place.intersects(event->rect()))
             continue;
-        painter.fillRect(place.adjusted(3, 3, 3, 3), palette().color(QPalette::Shadow));
+        painter.fillRect(place.adjusted(3, 3, 3, 3), palette().color(QPalette::Dark));
         painter.drawPixmap(place.topLeft(), picture(page));
         if (page == current_ && hasFocus()) {
             painter.setPen(QPen(palette().color(QPalette::Highlight), 2));

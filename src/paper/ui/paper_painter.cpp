@@ -99,7 +99,7 @@ bool paintPages(QPagedPaintDevice& device, const PageSource& pages, std::size_t 
     painter.scale(device.logicalDpiX() / 72.0, device.logicalDpiY() / 72.0);
     for (std::size_t index = first; index < last; ++index) {
         if (goOn && !goOn(index - first))
-            break;
+            return false;
         if (index > first && !device.newPage())
             return false;
         paintPage(painter, pages.page(index));
@@ -107,18 +107,18 @@ bool paintPages(QPagedPaintDevice& device, const PageSource& pages, std::size_t 
     return painter.end();
 }
 
-Bytes PaperPainter::pdf(const PageSource& pages) const {
+Bytes PaperPainter::pdf(const PageSource& pages, const std::function<bool(std::size_t done)>& goOn) const {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     {
         QPdfWriter writer(&buffer);
         writer.setTitle(toQt(pages.title));
         writer.setCreator(QStringLiteral("Quobrix"));
-        // Standing upright, the paper would be known by its name, and be turned.
+        // By its name paper stands upright; a size of its own is as it is.
         writer.setPageSize(
             QPageSize(QSizeF(pages.paper.width, pages.paper.height), QPageSize::Point, {}, QPageSize::ExactMatch));
         writer.setPageMargins({});
-        if (!paintPages(writer, pages, 0, pages.count))
+        if (!paintPages(writer, pages, 0, pages.count, goOn))
             return {};
     }
     return bytesOf(buffer.data());

@@ -18,8 +18,8 @@ std::unique_ptr<const TextMeasure> paperMeasure(double fontSize = kPaperFontSize
 /// Carries PAGE out on paper, or what looks like it, one unit of PAINTER being a point.
 void paintPage(QPainter& painter, const Drawing& page);
 
-/// Paints PAGES from FIRST up to LAST on DEVICE, which has no margins, COPIES times unless it makes copies itself.
-/// GO_ON is asked before each and told how many have been painted; false ends it. False if DEVICE fails.
+/// Paints PAGES from FIRST up to LAST on DEVICE, which has no margins.
+/// GO_ON is asked before each and told how many have been painted; false ends it. False if not all have been painted.
 bool paintPages(QPagedPaintDevice& device, const PageSource& pages, std::size_t first, std::size_t last,
                 const std::function<bool(std::size_t done)>& goOn = {});
 
@@ -27,7 +27,9 @@ bool paintPages(QPagedPaintDevice& device, const PageSource& pages, std::size_t 
 class PaperPainter : public FilePainter {
 public:
     std::unique_ptr<const TextMeasure> measure(double fontSize) const override { return paperMeasure(fontSize); }
-    Bytes pdf(const PageSource& pages) const override;
+    Bytes pdf(const PageSource& pages) const override { return pdf(pages, {}); }
+    /// Empty if GO_ON has ended it.
+    Bytes pdf(const PageSource& pages, const std::function<bool(std::size_t done)>& goOn) const;
     Bytes png(const Drawing& drawing, double scale) const override;
 };
 

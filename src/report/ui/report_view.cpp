@@ -30,6 +30,7 @@ QLabel* headingLabel(std::string_view text, FontRole role) {
     auto* label = new HeadingLabel(toQt(text), {});
     label->setFont(fontOf(role, label->font()));
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setContextMenuPolicy(Qt::NoContextMenu); // the report has one
     return label;
 }
 

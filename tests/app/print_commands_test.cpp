@@ -1,0 +1,279 @@
+#include "app/print_commands.h"
+
+#include "app/page_setup_dialog.h"
+#include "app/print_preview.h"
+#include "app/table_windows.h"
+#include "model/logger_tables.h"
+#include "paper/ui/page_view.h"
+#include "support/frame_fixture.h"
+#include "support/temporary_folder.h"
+#include "support/text_file.h"
+#include "tables/ui/table_spreadsheet.h"
+#include "views/log_view.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QComboBox>
+#include <QContextMenuEvent>
+#include <QImage>
+#include <QLabel>
+#include <QMenu>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTest>
+
+#include <condition_variable>
+#include <mutex>
+#include <regex>
+
+namespace quobrix {
+namespace {
+
+/// One printer, found when the test lets it be, which keeps what is printed.
+class FakePrinters final : public Printers {
+public:
+    Known find() override {
+        std::unique_lock lock(mutex);
+        found.wait(lock, [this] { return ready; });
+        return {{QStringLiteral("Attic"), QStringLiteral("Office")}, QStringLiteral("Office")};
+    }
+    Result<void> print(const PrintOrder& what, const PageSource& pages, DiskProgress&) override {
+        if (broken)
+            return Error{ErrorKind::Io, {}};
+        order = what;
+        paper = pages.paper;
+        for (std::size_t i = what.first; i < what.last; ++i)
+            for (const DrawingCommand& command : pages.page(i).commands)
+                if (const auto* text = std::get_if<Text>(&command))
+                    texts.push_back(text->text);
+        return {};
+    }
+    void letFind() {
+        const std::lock_guard lock(mutex);
+        ready = true;
+        found.notify_all();
+    }
+
+    std::mutex mutex;
+    std::condition_variable found;
+    bool ready = false, broken = false;
+    PrintOrder order;
+    Size paper;
+    std::vector<std::string> texts;
+};
+
+class PrintTest : public test::FrameTest {
+protected:
+    void SetUp() override {
+        for (std::int32_t n = 0; n < 40; ++n)
+            test::addTrip(document_, 1'000'000'000 + n * 86'400);
+        frame_.resize(1000, 700);
+        frame_.show();
+        frame_.pages().show(kTripLogPage);
+    }
+    ~PrintTest() override { printers_->letFind(); }
+
+    LogView& trips() { return static_cast<LogView&>(*frame_.pages().page(kTripLogPage)); }
+    /// Runs COMMAND; LOOK sees the dialog that it opens.
+    template <class Dialog, class Look>
+    void run(CommandId command, Look look) {
+        bool seen = false;
+        test::inNextDialog<QDialog>([&](QDialog& shown) {
+            if (auto* dialog = dynamic_cast<Dialog*>(&shown)) {
+                seen = true;
+                look(*dialog);
+            } else {
+                shown.reject();
+            }
+        });
+        frame_.commands().trigger(command);
+        EXPECT_TRUE(seen);
+    }
+    PrintPreviewDialog* preview() {
+        return static_cast<PrintPreviewDialog*>(frame_.findChild<QDialog*>(QStringLiteral("PrintPreview")));
+    }
+    template <class Widget>
+    static Widget& part(QWidget& window, const char* name) {
+        return *window.findChild<Widget*>(QLatin1String(name));
+    }
+    static bool printable(QWidget& dialog) { return part<QPushButton>(dialog, "PrintButton").isEnabled(); }
+    void typeRange(QWidget& dialog, const char* first, const char* last) {
+        auto& range = part<TFixedTableSpreadsheet>(dialog, "TLogPrintRange");
+        refusal_ = range.model().type(0, 0, QLatin1String(first)).refusal;
+        refusal_ += range.model().type(0, 1, QLatin1String(last)).refusal;
+    }
+
+    std::shared_ptr<FakePrinters> printers_ = std::make_shared<FakePrinters>();
+    PrintCommands commands_{frame_, printers_};
+    std::string refusal_;
+};
+
+TEST_F(PrintTest, TheRecordsOfARangeArePrintedAsTheyAreShown) {
+    QTableView& list = trips().summary().view();
+    list.sortByColumn(trips().summary().model().indexOf("TTripLogStartTimeColumn"), Qt::DescendingOrder);
+    printers_->letFind();
+    std::string pages;
+    run<PrintDialog>(CommandId::Print, [&](PrintDialog& dialog) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return printable(dialog); }));
+        EXPECT_EQ(part<QComboBox>(dialog, "Printer").currentText(), "Office");
+        typeRange(dialog, "12", "3");
+        EXPECT_EQ(refusal_, "");
+        pages = part<QLabel>(dialog, "Pages").text().section(QLatin1Char(' '), 0, 0).toStdString();
+        part<QSpinBox>(dialog, "Copies").setValue(2);
+        part<QPushButton>(dialog, "PrintButton").click();
+    });
+    EXPECT_EQ(printers_->order.printer, "Office");
+    EXPECT_EQ(printers_->order.copies, 2);
+    EXPECT_GT(printers_->paper.width, printers_->paper.height) << "lists lie on their side";
+    std::vector<std::string> numbers;
+    for (const std::string& text : printers_->texts)
+        if (std::regex_match(text, std::regex("\\d{1,2}")) && text != "0")
+            numbers.push_back(text);
+    const std::vector<std::string> expected{"12", "11", "10", "9", "8", "7", "6", "5", "4", "3"};
+    std::vector<std::string> rows;
+    for (const std::string& number : numbers)
+        if (std::ranges::find(expected, number) != expected.end() && std::ranges::find(rows, number) == rows.end())
+            rows.push_back(number);
+    EXPECT_EQ(rows, expected);
+    EXPECT_EQ(printers_->texts.back(), "Page " + pages + " of " + pages) << "as many as the range takes";
+}
+
+TEST_F(PrintTest, ARecordThatDoesNotExistIsRefused) {
+    const struct {
+        const char* typed;
+        const char* refusal;
+    } cases[] = {{"41", "Record (41) doesn't exist!"},
+                 {"0", "Record (0) doesn't exist!"},
+                 {"all", "'all' is not a valid record"},
+                 {"", "'' is not a valid record"}};
+    for (const auto& c : cases)
+        run<PrintDialog>(CommandId::Print, [&](PrintDialog& dialog) {
+            typeRange(dialog, c.typed, "40");
+            EXPECT_EQ(refusal_, c.refusal);
+            dialog.reject();
+        });
+    EXPECT_TRUE(printers_->texts.empty());
+}
+
+TEST_F(PrintTest, NothingWaitsForPrinters) {
+    run<PrintDialog>(CommandId::Print, [&](PrintDialog& dialog) {
+        EXPECT_FALSE(printable(dialog)) << "none is known yet";
+        EXPECT_TRUE(part<QPushButton>(dialog, "PdfButton").isEnabled());
+        dialog.reject();
+    });
+    printers_->letFind(); // the dialog is gone by now
+    QApplication::processEvents();
+}
+
+TEST_F(PrintTest, APrinterThatFailsIsTold) {
+    printers_->letFind();
+    printers_->broken = true;
+    run<PrintDialog>(CommandId::Print, [&](PrintDialog& dialog) {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return printable(dialog); }));
+        test::inNextDialog<QDialog>([&](QDialog& told) {
+            EXPECT_EQ(told.objectName(), "NotPrinted");
+            told.reject();
+        });
+        part<QPushButton>(dialog, "PrintButton").click();
+    });
+}
+
+TEST_F(PrintTest, WhatIsInFrontIsPrinted) {
+    const auto titleInPreview = [&] {
+        frame_.commands().trigger(CommandId::PrintPreview);
+        PrintPreviewDialog* shown = preview();
+        const QString title = shown ? shown->windowTitle() : QString();
+        delete shown;
+        return title.section(QStringLiteral(" - "), 1).toStdString();
+    };
+    EXPECT_EQ(titleInPreview(), "Trip Log");
+    trips().showRecord(2);
+    EXPECT_EQ(titleInPreview(), "Trip 3");
+    trips().showView(LogViewKind::Table);
+    EXPECT_EQ(titleInPreview(), "Trip 3");
+    frame_.pages().show(kHomePage);
+    EXPECT_EQ(titleInPreview(), document_.title());
+    frame_.pages().show(static_cast<int>(CommandId::AccidentLog));
+    bool told = false;
+    test::inNextDialog<QDialog>([&](QDialog& box) {
+        told = box.objectName() == QLatin1String("NothingToPrint");
+        box.reject();
+    });
+    EXPECT_EQ(titleInPreview(), "");
+    EXPECT_TRUE(told) << "an empty log has no pages";
+    frame_.tableWindows().showErrors();
+    QWidget* errors = frame_.findChild<QWidget*>("TErrorLog");
+    ASSERT_TRUE(errors);
+    EXPECT_TRUE(errors->actions().contains(frame_.commands().action(CommandId::Print)));
+}
+
+TEST_F(PrintTest, ThePreviewIsWalkedThrough) {
+    for (std::int32_t n = 0; n < 160; ++n)
+        test::addTrip(document_, 1'010'000'000 + n * 86'400);
+    frame_.documentChanged();
+    frame_.commands().trigger(CommandId::PrintPreview);
+    PrintPreviewDialog* const shown = preview();
+    ASSERT_TRUE(shown);
+    PageView& view = shown->view();
+    const std::size_t count = view.count();
+    ASSERT_GT(count, 5u);
+    const auto trigger = [&](const char* name) { shown->findChild<QAction*>(QLatin1String(name))->trigger(); };
+    EXPECT_FALSE(shown->findChild<QAction*>("PreviewPrevious")->isEnabled());
+    trigger("PreviewNext");
+    EXPECT_EQ(view.current(), 1u);
+    trigger("PreviewLast");
+    EXPECT_EQ(view.current(), count - 1);
+    EXPECT_FALSE(shown->findChild<QAction*>("PreviewNext")->isEnabled());
+    auto& page = part<QSpinBox>(*shown, "PreviewPage");
+    EXPECT_EQ(page.text(), QStringLiteral("%1 of %1").arg(count));
+    page.setValue(3);
+    EXPECT_EQ(view.current(), 2u);
+    QTest::keyClick(&view, Qt::Key_PageUp);
+    EXPECT_EQ(view.current(), 1u);
+    QTest::keyClick(&view, Qt::Key_End);
+    EXPECT_EQ(view.current(), count - 1);
+    QTest::keyClick(&view, Qt::Key_Home);
+    EXPECT_EQ(view.current(), 0u);
+    EXPECT_EQ(view.accessibleName(), QStringLiteral("Page 1 of %1").arg(count));
+    auto& zoom = part<QComboBox>(*shown, "PreviewZoom");
+    EXPECT_EQ(zoom.currentText(), "Fit Page");
+    const double whole = view.scale();
+    trigger("PreviewZoomIn");
+    EXPECT_GT(view.scale(), whole);
+    trigger("PreviewTwoPages");
+    trigger("PreviewNext");
+    EXPECT_EQ(view.current(), 2u) << "two by two";
+    // Other paper lays the pages out anew.
+    test::inNextDialog<QDialog>([&](QDialog& dialog) {
+        part<QComboBox>(dialog, "Orientation").setCurrentIndex(static_cast<int>(Orientation::Portrait));
+        dialog.accept();
+    });
+    trigger("PreviewSetup");
+    EXPECT_NE(view.count(), count);
+    EXPECT_EQ(PageSetup::load(settings_).orientation, Orientation::Portrait);
+    delete shown;
+    frame_.commands().trigger(CommandId::PrintPreview);
+    EXPECT_EQ(preview()->view().columns(), 2) << "is remembered";
+}
+
+TEST_F(PrintTest, AReportIsCopiedAsDrawingAndPicture) {
+    trips().showRecord(2);
+    auto* report = trips().findChild<QWidget*>("TTripLogRecordView");
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5), report->mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(report, &event);
+    auto* menu = report->findChild<QMenu*>("ReportMenu");
+    ASSERT_TRUE(menu);
+    const auto trigger = [&](const char* name) { menu->findChild<QAction*>(QLatin1String(name))->trigger(); };
+    trigger("ReportCopyMetafile");
+    const QByteArray svg = QApplication::clipboard()->mimeData()->data(QStringLiteral("image/svg+xml"));
+    EXPECT_TRUE(svg.contains(">Trip 3</text>")) << svg.left(400).toStdString();
+    trigger("ReportCopyBitmap");
+    EXPECT_GT(QApplication::clipboard()->image().height(), 300);
+    trigger("ReportCopy");
+    EXPECT_TRUE(QApplication::clipboard()->text().startsWith("Trip 3\n"));
+    menu->close();
+}
+
+} // namespace
+} // namespace quobrix
