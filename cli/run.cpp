@@ -7,6 +7,7 @@
 #include "cli/download.h"
 #include "cli/exporting.h"
 #include "cli/option_prompter.h"
+#include "cli/plotting.h"
 #include "cli/printing.h"
 #include "cli/reading.h"
 #include "model/record_filter.h"
@@ -185,6 +186,24 @@ ExitCode run(const ProgramArguments& arguments) {
         ->type_name(text(TextId::CliHelpWordText));
     units(printCommand, printOptions.units);
 
+    PlottingOptions plottingOptions;
+    CLI::App& plotCommand = subcommand("plot", TextId::CliHelpPlot);
+    log(plotCommand, plottingOptions.record, plottedRecordNames(), TextId::CliHelpPlotKind);
+    plotCommand.add_option("file", plottingOptions.files, text(TextId::CliHelpPlotFiles))->required();
+    plotCommand.add_option("-o,--out", plottingOptions.out, text(TextId::CliHelpPlotOut))->required();
+    plotCommand.add_option("--size", plottingOptions.size, text(TextId::CliHelpPlotSize));
+    plotCommand.add_option("--from", plottingOptions.from, text(TextId::CliHelpPlotFrom));
+    plotCommand.add_option("--to", plottingOptions.to, text(TextId::CliHelpPlotTo));
+    CLI::Option& lines = *plotCommand.add_flag("--lines", plottingOptions.lines, text(TextId::CliHelpPlotLines));
+    plotCommand.add_flag("--areas", plottingOptions.areas, text(TextId::CliHelpPlotAreas))->excludes(&lines);
+    plotCommand.add_option("--normalize", plottingOptions.normalize, text(TextId::CliHelpPlotNormalize));
+    plotCommand.add_flag("--no-bands", plottingOptions.noBands, text(TextId::CliHelpPlotNoBands));
+    plotCommand.add_flag("--no-events", plottingOptions.noEvents, text(TextId::CliHelpPlotNoEvents));
+    plotCommand.add_option("--by", plottingOptions.by, text(TextId::CliHelpPlotBy))
+        ->check(CLI::IsMember({"time", "distance"}))
+        ->type_name(text(TextId::CliHelpWordText));
+    units(plotCommand, plottingOptions.units);
+
     std::vector<std::string> codes;
     CLI::App& describeCommand = subcommand("describe", TextId::CliHelpDescribe);
     describeCommand.add_option("code", codes, text(TextId::CliHelpCode))->required();
@@ -252,6 +271,8 @@ ExitCode run(const ProgramArguments& arguments) {
         return report(reportOptions);
     if (printCommand)
         return print(printOptions);
+    if (plotCommand)
+        return plot(plottingOptions);
     if (describeCommand)
         return describe(codes);
     if (compactCommand)

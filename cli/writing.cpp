@@ -35,4 +35,12 @@ bool mayReplace(const std::string& out, std::span<const std::string> files) {
     return !document;
 }
 
+ExitCode writeOut(const std::string& out, ByteView content) {
+    const Result<void> written = writeFileAtomically(pathFromUtf8(out), content);
+    if (written)
+        return kDone;
+    complain(fileMessage(written.error(), FileAction::Save, out).text);
+    return written.error().kind == ErrorKind::NotDurable ? kIncomplete : kFailed;
+}
+
 } // namespace quobrix::cli

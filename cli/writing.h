@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/bytes.h"
+#include "cli/output.h"
 #include "messages/message.h"
 
 #include <span>
@@ -18,6 +20,8 @@ void complainOfLockFile(const TQuobrixDocument& document, const std::string& fil
 /// Whether what is made of the documents FILES may take the place of what is called OUT; complains if that is a
 /// document.
 bool mayReplace(const std::string& out, std::span<const std::string> files);
+/// Writes CONTENT to OUT whole, or complains; kIncomplete if it may not survive a power cut.
+ExitCode writeOut(const std::string& out, ByteView content);
 
 } // namespace cli
 } // namespace quobrix

@@ -360,7 +360,7 @@ bool DocumentFiles::offerSaveAs() {
 
 bool DocumentFiles::tell(const Error& error, FileAction action, const fs::path& path) {
     const fs::path name = path.filename(); // none if PATH is a folder
-    note(text(TextId::EventFile, fileMessage(error, action, utf8(path)).text, error.detail));
+    note(text(TextId::WithAside, fileMessage(error, action, utf8(path)).text, error.detail));
     prompter_.tell(fileMessage(error, action, utf8(name.empty() ? path : name)));
     return false;
 }

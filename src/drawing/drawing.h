@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -37,24 +38,46 @@ enum class ColourRole {
     StepMiddle,
     StepHigh,
     StepTop,
+    Curve,     ///< the one line of a plot
+    CurveArea, ///< between that line and zero
+    Line1,     ///< lines over one another that are told apart
+    Line2,
+    Line3,
+    Line4,
+    Line5,
+    Line6,
 };
-inline constexpr std::size_t kColourRoles = 11;
+inline constexpr std::size_t kColourRoles = 19;
+inline constexpr ColourRole kLineColours[] = {ColourRole::Line1, ColourRole::Line2, ColourRole::Line3,
+                                              ColourRole::Line4, ColourRole::Line5, ColourRole::Line6};
 
-/// What a text is for. All fonts of a drawing are sizes and weights of one family.
-enum class FontRole { Body, Small, Strong, Heading, Title };
+/// What a text is for. The fonts of a drawing are sizes and weights of one family, but for Fine, which fits between
+/// lines: Arial where there is one, 6 points where the body has 9.
+enum class FontRole { Body, Small, Strong, Heading, Title, Fine };
+inline constexpr std::size_t kFontRoles = 6;
 
 struct FontStyle {
     double scale; ///< in sizes of the body
     bool bold;
+    const char* family = nullptr; ///< none: the drawing's
 };
 constexpr FontStyle fontStyle(FontRole role) {
-    constexpr FontStyle kStyles[] = {{1, false}, {0.85, false}, {1, true}, {1.15, true}, {1.6, true}};
+    constexpr FontStyle kStyles[kFontRoles] = {{1, false},   {0.85, false}, {1, true},
+                                               {1.15, true}, {1.6, true},   {2.0 / 3, false, "Arial"}};
     return kStyles[static_cast<std::size_t>(role)];
 }
+
+/// How a line is broken.
+enum class Dash { Solid, Dashed, Dotted, DashDotted, LongDashed, DashDoubleDotted };
+inline constexpr Dash kDashes[] = {Dash::Solid,      Dash::Dashed,     Dash::Dotted,
+                                   Dash::DashDotted, Dash::LongDashed, Dash::DashDoubleDotted};
+/// Lengths of what is drawn and what is left out, in turn; none of a solid line.
+std::span<const double> dashLengths(Dash dash);
 
 struct Stroke {
     ColourRole colour = ColourRole::Rule;
     double width = 1;
+    Dash dash = Dash::Solid;
     bool operator==(const Stroke&) const = default;
 };
 
@@ -84,6 +107,49 @@ struct Rectangle {
     bool operator==(const Rectangle&) const = default;
 };
 
+/// Lines that do not hang together, from each point of an even place to the next one.
+struct Segments {
+    std::vector<Point> points;
+    Stroke stroke{};
+    bool operator==(const Segments&) const = default;
+};
+
+/// Rectangles side by side, each from its top to its bottom; one whose bottom is not below its top is left out. Where a
+/// line changes more than once in a pixel, they fill what is under it far faster than a polygon.
+struct Columns {
+    struct Span {
+        double top = 0, bottom = 0;
+        bool operator==(const Span&) const = default;
+    };
+    double left = 0, width = 1; ///< of the first, of each
+    std::vector<Span> spans;
+    ColourRole fill = ColourRole::CurveArea;
+    bool operator==(const Columns&) const = default;
+};
+
+/// Shapes that can be told apart without their colours.
+enum class MarkShape { Dot, TriangleDown, TriangleUp, ArrowDown, ArrowUp };
+
+/// The same shape at several places, within a line of the ground's colour.
+struct Marks {
+    MarkShape shape = MarkShape::Dot;
+    double size = 8; ///< width and height, around the place
+    std::vector<Point> places;
+    ColourRole fill = ColourRole::Curve;
+    bool operator==(const Marks&) const = default;
+};
+/// The corners of the mark at PLACE.
+std::vector<Point> outline(const Marks& marks, Point place);
+
+/// Of what follows only that within BOX is seen, until EndClip. Clips do not lie within one another.
+struct Clip {
+    Box box;
+    bool operator==(const Clip&) const = default;
+};
+struct EndClip {
+    bool operator==(const EndClip&) const = default;
+};
+
 /// A rectangle with rounded corners.
 struct Bar {
     static constexpr double kRadius = 3;
@@ -106,7 +172,8 @@ struct Text {
     bool operator==(const Text&) const = default;
 };
 
-using DrawingCommand = std::variant<Line, Polyline, Area, Rectangle, Bar, Text>;
+using DrawingCommand =
+    std::variant<Line, Polyline, Area, Rectangle, Bar, Text, Segments, Columns, Marks, Clip, EndClip>;
 
 /// A picture as a list of commands, later ones over earlier ones. Who makes it has measured its texts with a
 /// TextMeasure; who carries it out only paints.

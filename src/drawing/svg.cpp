@@ -6,12 +6,15 @@
 
 #include <cmath>
 #include <iterator>
+#include <span>
 
 namespace quobrix {
 namespace {
 
-constexpr const char* kVariables[] = {"text",   "secondary-text", "ground",      "heading-ground", "rule",    "track",
-                                      "accent", "step-low",       "step-middle", "step-high",      "step-top"};
+constexpr const char* kVariables[] = {"text",     "secondary-text", "ground",     "heading-ground", "rule",
+                                      "track",    "accent",         "step-low",   "step-middle",    "step-high",
+                                      "step-top", "curve",          "curve-area", "line-1",         "line-2",
+                                      "line-3",   "line-4",         "line-5",     "line-6"};
 static_assert(std::size(kVariables) == kColourRoles);
 constexpr const char* kAnchors[] = {"start", "middle", "end"};
 
@@ -50,7 +53,11 @@ private:
 
     std::string colour(ColourRole role) const { return palette_ ? hex((*palette_)[role]) : cssColour(role); }
     std::string stroke(const Stroke& stroke) const {
-        return fmt::format("stroke=\"{}\" stroke-width=\"{}\"", colour(stroke.colour), number(stroke.width));
+        std::string text =
+            fmt::format("stroke=\"{}\" stroke-width=\"{}\"", colour(stroke.colour), number(stroke.width));
+        if (const std::span<const double> lengths = dashLengths(stroke.dash); !lengths.empty())
+            text += fmt::format(" stroke-dasharray=\"{}\"", fmt::join(lengths, ","));
+        return text;
     }
     static std::string places(const std::vector<Point>& points) {
         std::string text;
@@ -79,6 +86,41 @@ private:
     void draw(const Bar& bar) {
         put("<rect {} rx=\"{}\" fill=\"{}\"/>\n", box(bar.box), number(Bar::kRadius), colour(bar.fill));
     }
+    void draw(const Segments& segments) {
+        put("<path d=\"");
+        for (std::size_t i = 0; i + 1 < segments.points.size(); i += 2)
+            put("M{},{}L{},{}", number(segments.points[i].x), number(segments.points[i].y),
+                number(segments.points[i + 1].x), number(segments.points[i + 1].y));
+        put("\" fill=\"none\" {}/>\n", stroke(segments.stroke));
+    }
+    /// One outline around what hangs together: between rectangles of their own, readers leave seams.
+    void draw(const Columns& columns) {
+        const auto& spans = columns.spans;
+        const auto seen = [&](std::size_t i) { return i < spans.size() && spans[i].bottom > spans[i].top; };
+        const auto x = [&](std::size_t i) { return number(columns.left + static_cast<double>(i) * columns.width); };
+        put("<path d=\"");
+        for (std::size_t begin = 0, end = 0; begin < spans.size(); begin = end + 1) {
+            for (end = begin; seen(end); ++end)
+                put("{}{},{}H{}", end == begin ? 'M' : 'L', x(end), number(spans[end].top), x(end + 1));
+            for (std::size_t i = end; i-- > begin;)
+                put("V{}H{}", number(spans[i].bottom), x(i));
+            if (end > begin)
+                put("Z");
+        }
+        put("\" fill=\"{}\"/>\n", colour(columns.fill));
+    }
+    void draw(const Marks& marks) {
+        for (const Point place : marks.places)
+            put("<polygon points=\"{}\" fill=\"{}\" stroke=\"{}\" stroke-width=\"1\"/>\n",
+                places(outline(marks, place)), colour(marks.fill), colour(ColourRole::Ground));
+    }
+    /// A picture within the picture clips without a name, of which a page could hold two.
+    void draw(const Clip& clip) {
+        const Box& b = clip.box;
+        put("<svg {} viewBox=\"{} {} {} {}\">\n", box(b), number(b.left), number(b.top), number(b.width),
+            number(b.height));
+    }
+    void draw(const EndClip&) { put("</svg>\n"); }
     void draw(const Text& text) {
         const FontStyle style = fontStyle(text.font);
         put("<text x=\"{}\" y=\"{}\" fill=\"{}\"", number(text.place.x), number(text.place.y), colour(text.colour));
@@ -88,6 +130,8 @@ private:
             put(" font-size=\"{}\"", number(drawing_.fontSize * style.scale));
         if (style.bold)
             put(" font-weight=\"bold\"");
+        if (style.family && palette_)
+            put(" font-family=\"{}, {}\"", style.family, kFontFamily);
         put(">{}</text>\n", escapeMarkup(text.text));
     }
 

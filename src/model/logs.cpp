@@ -159,7 +159,7 @@ std::span<const LogSpec> logs() { return kLogs; }
 const LogSpec& logSpec(LogId id) { return kLogs[static_cast<std::size_t>(id)]; }
 
 ShownText recordTitle(const LogSpec& log, const Table& table, RowIndex row, const TextContext& context) {
-    return text(TextId::RecordNumbered, log.recordHeading(), table.columnOf(*log.recordColumn()).text(row, context));
+    return text(TextId::SideBySide, log.recordHeading(), table.columnOf(*log.recordColumn()).text(row, context));
 }
 
 ShownText viewTitle(const LogSpec& log, const LogViewSpec& view, std::string_view number) {

@@ -56,11 +56,15 @@ void appendDate(TextWriter& text, const TUnitSystem& units, const DateTime& date
     }
 }
 
-void appendTime(TextWriter& text, const TUnitSystem& units, const DateTime& time) {
+void appendTime(TextWriter& text, const TUnitSystem& units, const DateTime& time, bool seconds = false) {
     const bool wholeDay = units.unit(UnitTypeId::Time) == UnitId::Hour24;
     appendTwoDigits(text, wholeDay ? time.hour : twelveHour(time.hour));
     text.append(":");
     appendTwoDigits(text, time.minute);
+    if (seconds) {
+        text.append(":");
+        appendTwoDigits(text, time.second);
+    }
     if (wholeDay)
         return;
     const std::string& word = time.hour < 12 ? units.locale().am : units.locale().pm;
@@ -134,6 +138,13 @@ std::string timeText(const TUnitSystem& units, const DateTime& value) {
     ValueText buffer;
     TextWriter text(buffer);
     appendTime(text, units, normalized(value));
+    return std::string(text.text());
+}
+
+std::string timeTextWithSeconds(const TUnitSystem& units, const DateTime& value) {
+    ValueText buffer;
+    TextWriter text(buffer);
+    appendTime(text, units, normalized(value), true);
     return std::string(text.text());
 }
 

@@ -49,6 +49,7 @@ SourceText weekdayName(int day);
 // Text in the person's choice of date order and clock (the unit types Date and Time): "04/03/2009", "03:04 PM".
 std::string dateText(const TUnitSystem& units, const DateTime& value);
 std::string timeText(const TUnitSystem& units, const DateTime& value);
+std::string timeTextWithSeconds(const TUnitSystem& units, const DateTime& value); ///< "03:04:05 PM"
 /// Date, a blank, time. Into a buffer (ValueText) it is written without taking memory.
 std::string dateTimeText(const TUnitSystem& units, const DateTime& value);
 std::string_view dateTimeText(const TUnitSystem& units, const DateTime& value, std::span<char> buffer);

@@ -50,7 +50,13 @@ Drawing everything() {
                         Area{{{0, 0}, {10, 0}, {10, 10}}},
                         Bar{{10, 20, 30, 40}, ColourRole::Track},
                         Text{{5, 15}, "0 < 70 °F"},
-                        Text{{195, 15}, "2", Anchor::End, FontRole::Title, ColourRole::SecondaryText}};
+                        Text{{195, 15}, "2", Anchor::End, FontRole::Title, ColourRole::SecondaryText},
+                        Text{{5, 95}, "Idle", Anchor::Start, FontRole::Fine},
+                        Clip{{10, 20, 30, 40}},
+                        Segments{{{1, 2}, {3, 4}, {5, 6}, {7, 8}}, {ColourRole::Line2, 1, Dash::DashDotted}},
+                        EndClip{},
+                        Columns{10, 2, {{5, 5}, {1, 9}, {2, 8}, {3, 3}, {4, 7}}},
+                        Marks{MarkShape::TriangleUp, 10, {{50, 60}}, ColourRole::StepTop}};
     return drawing;
 }
 
@@ -66,6 +72,12 @@ TEST(Svg, HasEveryCommand) {
 <rect x="10" y="20" width="30" height="40" rx="3" fill="#ecedee"/>
 <text x="5" y="15" fill="#1d2125">0 &lt; 70 °F</text>
 <text x="195" y="15" fill="#60666c" text-anchor="end" font-size="19.2" font-weight="bold">2</text>
+<text x="5" y="95" fill="#1d2125" font-size="8" font-family="Arial, Helvetica, Arial, 'Liberation Sans', 'Nimbus Sans', sans-serif">Idle</text>
+<svg x="10" y="20" width="30" height="40" viewBox="10 20 30 40">
+<path d="M1,2L3,4M5,6L7,8" fill="none" stroke="#5790fc" stroke-width="1" stroke-dasharray="8,3,2,3"/>
+</svg>
+<path d="M12,1H14L14,2H16V8H14V9H12ZM18,4H20V7H18Z" fill="#d5e4f7"/>
+<polygon points="45,64.25 55,64.25 50,55.75" fill="#be222b" stroke="#ffffff" stroke-width="1"/>
 </svg>
 )");
 }
@@ -92,6 +104,10 @@ TEST(Palettes, CanBeReadByEverybody) {
         for (const ColourRole step :
              {ColourRole::StepLow, ColourRole::StepMiddle, ColourRole::StepHigh, ColourRole::StepTop})
             EXPECT_GE(contrast(step, ColourRole::Ground), 3);
+        for (const ColourRole line : kLineColours)
+            EXPECT_GE(contrast(line, ColourRole::Ground), 3);
+        for (const ColourRole behind : {ColourRole::Ground, ColourRole::CurveArea})
+            EXPECT_GE(contrast(ColourRole::Curve, behind), 3);
     }
 }
 

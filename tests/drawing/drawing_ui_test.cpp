@@ -2,6 +2,7 @@
 #include "drawing/ui/drawing_view.h"
 
 #include <QAccessible>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 #include <QPalette>
@@ -36,7 +37,12 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
                             Area{{{50, 10}, {70, 10}, {70, 30}, {50, 30}}},
                             Line{{10, 40.5}, {90, 40.5}, {ColourRole::Rule, 1}},
                             Polyline{{{80, 5.5}, {90, 5.5}, {95, 5.5}}, {ColourRole::Text, 1}},
-                            Text{{95, 70}, "▇▇", Anchor::End, FontRole::Body, ColourRole::Accent}};
+                            Text{{95, 70}, "▇▇", Anchor::End, FontRole::Body, ColourRole::Accent},
+                            Columns{10, 2, {{50, 60}, {60, 60}, {40, 60}}},
+                            Clip{{20, 50, 10, 10}},
+                            Segments{{{15, 55.5}, {40, 55.5}, {0, 70.5}, {40, 70.5}}, {ColourRole::Text, 1}},
+                            EndClip{},
+                            Marks{MarkShape::Dot, 10, {{45, 60}}, ColourRole::StepTop}};
         QPainter painter(&image);
         paintDrawing(painter, drawing, kPaperPalette, QFont());
         painter.end();
@@ -48,12 +54,37 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
         EXPECT_EQ(at(50, 40), colourOf(ColourRole::Rule)) << "one unit wide at scale " << scale;
         EXPECT_EQ(at(50, 41), colourOf(ColourRole::Ground));
         EXPECT_EQ(at(90, 5), colourOf(ColourRole::Text));
+        EXPECT_EQ(at(11, 55), colourOf(ColourRole::CurveArea));
+        EXPECT_EQ(at(13, 55), colourOf(ColourRole::Ground)) << "a column that is left out";
+        EXPECT_EQ(at(15, 45), colourOf(ColourRole::CurveArea));
+        EXPECT_EQ(at(25, 55), colourOf(ColourRole::Text));
+        EXPECT_EQ(at(18, 55), colourOf(ColourRole::Ground)) << "clipped";
+        EXPECT_EQ(at(35, 70), colourOf(ColourRole::Ground)) << "clipped";
+        EXPECT_EQ(at(45, 60), colourOf(ColourRole::StepTop));
         const auto part = [&](int left, int right) {
             return QRect(left * scale, 50 * scale, (right - left) * scale, 25 * scale);
         };
         EXPECT_TRUE(has(image, part(80, 95), colourOf(ColourRole::Accent))) << "ends at its place";
         EXPECT_FALSE(has(image, part(96, 100), colourOf(ColourRole::Accent)));
     }
+}
+
+/// A pen of more than a pixel takes seconds for one polyline that goes up and down.
+TEST(DrawingPainter, PaintsNoisyLinesQuicklyWhateverTheScaleAndDash) {
+    Drawing drawing{{}, {}, {1600, 200}, 12, {}};
+    for (const Dash dash : kDashes) {
+        Polyline line{{}, {ColourRole::Text, 1.5, dash}};
+        for (int i = 0; i < 6400; ++i)
+            line.points.push_back({i / 4.0, (i * 7919) % 200 + 0.5});
+        drawing.commands.emplace_back(std::move(line));
+    }
+    QImage image(QSize(3200, 400), QImage::Format_RGB32);
+    image.setDevicePixelRatio(2);
+    QElapsedTimer timer;
+    timer.start();
+    QPainter painter(&image);
+    paintDrawing(painter, drawing, kPaperPalette, QFont());
+    EXPECT_LT(timer.elapsed(), 20'000) << "about half a minute a line otherwise";
 }
 
 TEST(DrawingView, IsDrawnForItsWidthAndReadAsAChart) {

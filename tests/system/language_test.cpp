@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 constexpr const char* kNoTexts[] = {
     "quobrix-(cli|sim)",                                              // the program's name, as it is typed
     "--?[a-z][a-z-]*",                                                // options, likewise
-    R"([\w./-]+\.(car|txt|bak|mo|csv|html|pdf))",                     // files
+    R"([\w./-]+\.(car|txt|bak|mo|csv|html|pdf|svg))",                 // files
     "COM\\d+",                                                        // ports
     "[A-Z]-\\d{4}-[A-Z]",                                             // serial numbers
     "\\b[A-HJ-NPR-Z0-9]{17}\\b",                                      // VINs
@@ -105,13 +105,15 @@ TEST_F(Language, OfListsAndReports) {
     expectTranslated({"print", "trips", "Example.car", "--records", "3-999", "-o", "Trips.html"}, 1);
     expectTranslated({"print", "trips", "Example.car", "--records", "3-x", "-o", "Trips.html"}, 2);
     expectTranslated({"print", "trips", "Example.car", "--records", "3-2", "-o", "Trips.html"}, 2);
+    expectTranslated({"plot", "trip", "1", "Example.car", "-o", "Plot.svg"}, 0);
+    expectTranslated({"plot", "trip", "1", "2", "Example.car", "-o", "Plot.svg"}, 0);
     expectTranslated({"download", "--into", "Example.car"}, 1);
 }
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    const std::vector<std::string> commands = {"download", "import", "list",    "export",    "columns", "print",
-                                               "report",   "check",  "compact", "configure", "describe"};
+    const std::vector<std::string> commands = {"download", "import",  "list",      "export",   "columns", "report",
+                                               "check",    "compact", "configure", "describe", "plot",    "print"};
     expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
     for (const std::string& command : commands)
         expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log", "code"});
@@ -127,6 +129,9 @@ TEST_F(Language, OfHelpAndRefusals) {
     expectTranslated({"export", "trips", "Garbage.car", "-o", "New.car"}, 2);
     expectTranslated({"export", "trips", "Garbage.car", "-o", "New.txt"}, 2, {"csv", "json", "xlsx"});
     expectTranslated({"export", "trip", "1", "-o", "New.txt"}, 2, {"trip"});
+    expectTranslated({"plot", "trip", "Garbage.car", "-o", "New.svg"}, 2, {"plot trip"});
+    expectTranslated({"plot", "trip", "1", "Garbage.car", "-o", "New.txt"}, 2);
+    expectTranslated({"plot", "trip", "1", "Garbage.car", "-o", "New.svg", "--size", "2"}, 2);
     expectTranslated({"download", "--port", "COM99", "--into", "New.car"}, 1);
     expectTranslated({"download", "--port", "COM3", "--into", "Nowhere/New.car"}, 1);
 }

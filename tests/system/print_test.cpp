@@ -96,5 +96,23 @@ TEST_F(Paper, HoldsTheRecordsThatAreAskedFor) {
     EXPECT_NE(refused.error.find("Missing/trips.pdf"), std::string::npos) << refused.error;
 }
 
+TEST_F(Paper, APlotIsOnePageWhoseTextsCanBeFound) {
+    const auto pages = printed({"plot", "trip", "34"}, "plot.pdf");
+    ASSERT_EQ(pages.size(), 1u);
+    std::string page;
+    for (const std::string& line : pages[0])
+        page += line + '\n';
+    for (const char* words :
+         {"Trip 34", "Speed (MPH)", "Engine Speed (RPM)", "Hard Brake", "00:05:00", "Elapsed Time"}) {
+        const std::size_t found = page.find(words);
+        EXPECT_NE(found, std::string::npos) << words << " in " << page;
+        EXPECT_EQ(page.find(words, found + 1), std::string::npos) << words << " stands twice";
+    }
+    const Outcome picture = cli({"plot", "trip", "34", QUOBRIX_EXAMPLE, "-o", "plot.png", "--size", "640x400"});
+    EXPECT_EQ(picture.exitCode, 0) << picture.error;
+    const Outcome size = runProgram(folder_.path(), "/bin/sh", {"-c", "od -An -tx1 -j16 -N8 plot.png"});
+    EXPECT_EQ(size.out, " 00 00 02 80 00 00 01 90\n");
+}
+
 } // namespace
 } // namespace quobrix

@@ -4,14 +4,21 @@
 
 #include <QFontInfo>
 #include <QPaintDevice>
+#include <QPaintEngine>
 #include <QPainter>
+#include <QPainterPath>
 #include <QPalette>
 #include <QPolygonF>
+
+#include <algorithm>
+#include <cmath>
+#include <span>
+
 namespace quobrix {
 namespace {
 
-constexpr FontRole kFontRoles[] = {FontRole::Body, FontRole::Small, FontRole::Strong, FontRole::Heading,
-                                   FontRole::Title};
+/// So many points cost little whatever the pen, and look better in one piece.
+constexpr qsizetype kFewPoints = 64;
 
 QPointF toQt(Point point) { return {point.x, point.y}; }
 QRectF toQt(const Box& box) { return {box.left, box.top, box.width, box.height}; }
@@ -39,8 +46,8 @@ public:
         : painter_(painter), palette_(palette) {
         // Points of the device, whatever its resolution: fonts in pixels come in whole ones only.
         font.setPointSizeF(drawing.fontSize * 72 / painter.device()->logicalDpiY());
-        for (const FontRole role : kFontRoles)
-            fonts_.push_back(fontOf(role, font));
+        for (std::size_t role = 0; role < kFontRoles; ++role)
+            fonts_.push_back(fontOf(static_cast<FontRole>(role), font));
     }
 
     void draw(const Line& line) {
@@ -48,10 +55,57 @@ public:
         painter_.drawLine(toQt(line.from), toQt(line.to));
     }
     void draw(const Polyline& polyline) {
-        setPen(polyline.stroke);
         painter_.setBrush(Qt::NoBrush);
-        painter_.drawPolyline(toQt(polyline.points));
+        const QPolygonF points = toQt(polyline.points);
+        const double width = setPen(polyline.stroke);
+        if (width <= 1 || points.size() <= kFewPoints) {
+            painter_.drawPolyline(points);
+        } else if (polyline.stroke.dash == Dash::Solid) {
+            QVector<QLineF> lines;
+            lines.reserve(points.size());
+            for (qsizetype i = 1; i < points.size(); ++i)
+                lines.emplace_back(points[i - 1], points[i]);
+            painter_.drawLines(lines);
+        } else { // dashes go on from one point to the next
+            const int passes = static_cast<int>(std::ceil(width));
+            const double unit = polyline.stroke.width / width;
+            setPen({polyline.stroke.colour, unit, polyline.stroke.dash});
+            for (int i = 0; i < passes; ++i) {
+                const double off = (i - (passes - 1) / 2.0) * unit;
+                painter_.drawPolyline(points.translated(off / 2, off));
+            }
+        }
     }
+    void draw(const Segments& segments) {
+        setPen(segments.stroke);
+        QVector<QLineF> lines;
+        lines.reserve(static_cast<qsizetype>(segments.points.size() / 2));
+        for (std::size_t i = 0; i + 1 < segments.points.size(); i += 2)
+            lines.emplace_back(toQt(segments.points[i]), toQt(segments.points[i + 1]));
+        painter_.drawLines(lines);
+    }
+    void draw(const Columns& columns) {
+        if (painter_.paintEngine()->type() != QPaintEngine::Raster)
+            return drawOutline(columns);
+        const QColor colour = toQt(palette_[columns.fill]);
+        double left = columns.left;
+        for (const Columns::Span& span : columns.spans) {
+            if (span.bottom > span.top)
+                painter_.fillRect(QRectF(left, span.top, columns.width, span.bottom - span.top), colour);
+            left += columns.width;
+        }
+    }
+    void draw(const Marks& marks) {
+        setPen({ColourRole::Ground, 1});
+        painter_.setBrush(toQt(palette_[marks.fill]));
+        for (const Point place : marks.places)
+            painter_.drawPolygon(toQt(outline(marks, place)));
+    }
+    void draw(const Clip& clip) {
+        painter_.save();
+        painter_.setClipRect(toQt(clip.box), Qt::IntersectClip);
+    }
+    void draw(const EndClip&) { painter_.restore(); }
     void draw(const Area& area) {
         setFill(area.fill);
         painter_.drawPolygon(toQt(area.points));
@@ -73,12 +127,51 @@ public:
     }
 
 private:
-    /// A cosmetic pen of the same width on the device is faster by hundreds of times than one that is scaled.
-    void setPen(const Stroke& stroke) {
-        QPen pen(toQt(palette_[stroke.colour]), stroke.width * painter_.deviceTransform().m11());
+    /// Where pixels are made later, rectangles side by side would show seams.
+    void drawOutline(const Columns& columns) {
+        setFill(columns.fill);
+        QPainterPath path;
+        double left = columns.left;
+        std::vector<QPointF> below;
+        for (const Columns::Span& span : columns.spans) {
+            const double right = left + columns.width;
+            if (span.bottom > span.top) {
+                if (below.empty())
+                    path.moveTo(left, span.top);
+                for (const double x : {left, right}) {
+                    path.lineTo(x, span.top);
+                    below.emplace_back(x, span.bottom);
+                }
+            } else {
+                close(path, below);
+            }
+            left = right;
+        }
+        close(path, below);
+        painter_.drawPath(path);
+    }
+    static void close(QPainterPath& path, std::vector<QPointF>& below) {
+        for (auto point = below.rbegin(); point != below.rend(); ++point)
+            path.lineTo(*point);
+        if (!below.empty())
+            path.closeSubpath();
+        below.clear();
+    }
+    /// A cosmetic pen of the same width on the device is faster by hundreds of times than one that is scaled. Returns
+    /// that width, in pixels of the device: up to 1, many points that go up and down cost little, above it very much.
+    double setPen(const Stroke& stroke) {
+        const double scale = painter_.deviceTransform().m11(), width = stroke.width * scale;
+        QPen pen(toQt(palette_[stroke.colour]), width);
         pen.setCosmetic(true);
         pen.setCapStyle(Qt::FlatCap);
+        if (const std::span<const double> lengths = dashLengths(stroke.dash); !lengths.empty()) {
+            QVector<qreal> pattern; // in widths of the pen
+            for (const double length : lengths)
+                pattern.append(length * scale / std::max(width, 1.0));
+            pen.setDashPattern(pattern);
+        }
         painter_.setPen(pen);
+        return width;
     }
     void setFill(ColourRole role) {
         painter_.setPen(Qt::NoPen);
@@ -96,13 +189,15 @@ QFont fontOf(FontRole role, QFont font) {
     const FontStyle style = fontStyle(role);
     font.setPointSizeF(pointSize(font) * style.scale);
     font.setBold(style.bold);
+    if (style.family)
+        font.setFamily(QString::fromLatin1(style.family));
     return font;
 }
 
 FontTextMeasure::FontTextMeasure(const QFont& font, const QPaintDevice& device)
     : fontSize_(pointSize(font) * device.logicalDpiY() / 72) {
-    for (const FontRole role : kFontRoles)
-        metrics_.emplace_back(fontOf(role, font), &device);
+    for (std::size_t role = 0; role < kFontRoles; ++role)
+        metrics_.emplace_back(fontOf(static_cast<FontRole>(role), font), &device);
 }
 
 double FontTextMeasure::width(std::string_view text, FontRole font) const {

@@ -65,7 +65,7 @@ private:
     }
 
     FontTextMeasure font_;
-    mutable std::array<std::array<double, kCount>, 5> widths_{};
+    mutable std::array<std::array<double, kCount>, kFontRoles> widths_{};
 };
 
 Bytes bytesOf(const QByteArray& bytes) { return {bytes.begin(), bytes.end()}; }

@@ -1,0 +1,243 @@
+#include "cli/plotting.h"
+
+#include "base/fold_case.h"
+#include "base/path_text.h"
+#include "cli/opened_document.h"
+#include "cli/reading.h"
+#include "cli/units.h"
+#include "cli/writing.h"
+#include "drawing/svg.h"
+#include "messages/message.h"
+#include "model/logger_tables.h"
+#include "paper/page_setup.h"
+#include "paper/painter.h"
+#include "plots/comparison.h"
+#include "plots/plot_drawing.h"
+#include "plots/plot_figures.h"
+#include "plots/time_window.h"
+#include "settings/file_settings.h"
+#include "texts/text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+namespace quobrix::cli {
+namespace {
+
+constexpr double kFontSize = 12;     // of a picture
+constexpr double kPaperPixel = 0.24; // points: 300 dots an inch
+constexpr std::string_view kPlotFormats[] = {".svg", ".png", ".pdf"};
+constexpr int kLeastSide = 100, kMostSide = 10'000;
+
+/// What a plot is drawn on.
+struct Canvas {
+    std::string_view format;
+    Size paper{}; ///< of a page; else as large as the picture
+    Box room{};   ///< on it
+    double pixel = 1;
+    std::unique_ptr<FilePainter> painter{}; ///< of pixels and pages
+    std::unique_ptr<const TextMeasure> measure{};
+
+    bool isPage() const { return format == ".pdf"; }
+    /// The file of PLOT; empty if it is too large for one.
+    Bytes file(Drawing plot) const {
+        if (!painter) {
+            const std::string svg = writeSvg(plot, kPaperPalette);
+            return {svg.begin(), svg.end()};
+        }
+        if (!isPage())
+            return painter->png(plot, 1);
+        for (DrawingCommand& command : plot.commands)
+            command = moved(std::move(command), {room.left, room.top});
+        return painter->pdf({plot.title, paper, 1, [&](std::size_t) { return plot; }});
+    }
+};
+
+std::optional<Size> sizeOf(const std::string& text) {
+    int sides[2] = {};
+    const char *at = text.data(), *const end = at + text.size();
+    for (int& side : sides) {
+        const auto [parsed, error] = std::from_chars(at, end, side);
+        if (error != std::errc{} || side < kLeastSide || side > kMostSide)
+            return {};
+        at = parsed;
+        if (&side == sides && (at == end || *at++ != 'x'))
+            return {};
+    }
+    return at == end ? std::optional(Size{static_cast<double>(sides[0]), static_cast<double>(sides[1])}) : std::nullopt;
+}
+
+/// What TEXT is as a figure of the column, or complains.
+std::optional<double> figureIn(const Column& column, const std::string& text, const UserUnits& units) {
+    const Parsed parsed = column.parse(text, units.context());
+    if (const auto* whole = std::get_if<std::int64_t>(&parsed.value))
+        return static_cast<double>(*whole);
+    if (const auto* figure = std::get_if<double>(&parsed.value))
+        return *figure;
+    complain(parsed.ok() ? quobrix::text(TextId::CliNoFigure, text)
+                         : quobrix::text(TextId::CliNotUnderstood, text, parsed.refusal));
+    return {};
+}
+
+/// A place on the axis of DATA.
+std::optional<double> placeIn(const PlotData& data, const std::string& text, const UserUnits& units) {
+    if (data.axis == PlotAxis::Distance)
+        return figureIn(TTripLogDistanceColumn(), text, units);
+    const std::optional<double> seconds = figureIn(TTripLogTimesColumn(), text, units);
+    return seconds && data.axis == PlotAxis::UntilStandstill ? std::optional(-*seconds) : seconds;
+}
+
+/// What of the axis OPTIONS ask for, on areas of WIDTH; complains if that cannot be shown.
+std::optional<PlotRange> rangeOf(const PlottingOptions& options, const PlotData& data, double width,
+                                 const UserUnits& units) {
+    PlotRange range = data.whole;
+    for (const auto& [given, end] : {std::pair(&options.from, &range.from), std::pair(&options.to, &range.to)})
+        if (!given->empty()) {
+            const std::optional<double> place = placeIn(data, *given, units);
+            if (!place)
+                return {};
+            *end = *place;
+        }
+    if (range.from >= range.to) {
+        complain(text(TextId::CliPlotNoRange, placeText(data, range.from, units.context()),
+                      placeText(data, range.to, units.context())));
+        return {};
+    }
+    const ZoomResult zoomed = zoomedTo(data, range, width);
+    if (!zoomed.maximumReached)
+        return zoomed.range;
+    complain(makeMessage(MessageId::MaximumZoom).text);
+    return {};
+}
+
+} // namespace
+
+std::vector<std::string> plottedRecordNames() {
+    return {std::string(logSpec(LogId::Trips).recordName), std::string(logSpec(LogId::Accidents).recordName)};
+}
+
+ExitCode plot(const PlottingOptions& options) {
+    const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.record), &LogSpec::recordName);
+    const std::vector<std::string> numbers(options.files.begin(), options.files.end() - 1);
+    const std::string& source = options.files.back();
+    if (numbers.empty() || (log.id != LogId::Trips && numbers.size() > 1) || numbers.size() > kMostCompared) {
+        complain(text(TextId::CliPlotNumbers, kMostCompared));
+        return kUsage;
+    }
+    if (!std::ranges::all_of(numbers, isNumber))
+        return kUsage;
+    const std::optional<Size> size = sizeOf(options.size);
+    if (!size) {
+        complain(text(TextId::CliPlotSize, options.size, kLeastSide, kMostSide));
+        return kUsage;
+    }
+    if (!mayReplace(options.out, std::span(&source, 1)))
+        return kUsage;
+    Canvas canvas;
+    const std::string ending = foldCase(utf8(pathFromUtf8(options.out).extension()));
+    const auto* const format = std::ranges::find(kPlotFormats, ending);
+    if (!options.out.empty() && format == std::end(kPlotFormats)) {
+        complain(text(TextId::CliPlotFormat, options.out));
+        return kUsage;
+    }
+    canvas.format = format == std::end(kPlotFormats) ? kPlotFormats[0] : *format;
+    canvas.room = {0, 0, size->width, size->height};
+    if (canvas.format == kPlotFormats[0]) {
+        canvas.measure = std::make_unique<const TableTextMeasure>(kFontSize);
+    } else {
+        Result<std::unique_ptr<FilePainter>> painter = loadFilePainter();
+        if (!painter) {
+            complain(text(TextId::CliPlotNoPainter, options.out, painter.error().detail));
+            return kUsage;
+        }
+        canvas.painter = *std::move(painter);
+        canvas.measure = canvas.painter->measure(canvas.isPage() ? kPaperFontSize : kFontSize);
+    }
+    UserUnits units;
+    if (const ExitCode code = units.load(options.units); code != kDone)
+        return code;
+
+    PlotView view;
+    {
+        Settings settings(userSettings());
+        view.options = plotOptions(settings);
+        if (canvas.isPage()) {
+            const PageFormat page = PageSetup::load(settings).formatFor({{}, {}, true});
+            const Margins& margins = page.margins;
+            canvas.paper = page.paper;
+            canvas.room = {margins.left, margins.top, page.paper.width - margins.left - margins.right,
+                           page.paper.height - margins.top - margins.bottom};
+            canvas.pixel = kPaperPixel;
+        }
+    }
+    view.options.lines = options.lines || (view.options.lines && !options.areas);
+    view.options.bands = view.options.bands && !options.noBands;
+    view.options.brakes = view.options.brakes && !options.noEvents;
+    view.options.accelerations = view.options.accelerations && !options.noEvents;
+    if (options.normalize) {
+        view.options.normalize = true;
+        const TIOVerticalAxisMaximumColumn column;
+        const std::optional<double> maximum = figureIn(column, *options.normalize, units);
+        if (!maximum)
+            return kUsage;
+        if (!column.requirements().required.contains(*maximum)) {
+            complain(text(TextId::CliPlotMaximum, *options.normalize,
+                          column.figureText(column.requirements().required.upper, units.context())));
+            return kUsage;
+        }
+        view.options.maximum = *maximum;
+    }
+
+    OpenedDocument document;
+    if (!document.open(source))
+        return kFailed;
+    const TextContext context = units.context();
+    std::vector<PlotData> plots;
+    for (const std::string& number : numbers) {
+        const std::optional<RowIndex> row = rowOf(log, number, document);
+        if (!row)
+            return kFailed;
+        const Table& table = document.table(log);
+        plots.push_back(log.id == LogId::Trips ? tripPlot(static_cast<const TTripLogTable&>(table), *row, context)
+                                               : stopPlot(static_cast<const TAccidentLogTable&>(table), *row, context));
+    }
+    const PlotData data = plots.size() == 1
+                              ? std::move(plots.front())
+                              : comparedPlot(plots, options.by == "distance" ? PlotAxis::Distance : PlotAxis::Elapsed);
+    if (data.panels.empty()) {
+        complain(data.emptyText);
+        return kFailed;
+    }
+    const auto layOut = [&] {
+        return layOutPlot(data, view, context, {canvas.room.width, canvas.room.height}, *canvas.measure, canvas.pixel);
+    };
+    PlotLayout layout = layOut();
+    if (!options.from.empty() || !options.to.empty()) {
+        view.range = rangeOf(options, data, layout.width(), units);
+        if (!view.range)
+            return kUsage;
+        layout = layOut();
+    }
+    Drawing drawing = drawPlot(data, view, layout);
+    drawing.title = plotTitle(data, context);
+    drawing.description = plotDescription(data, layout, context);
+    const Bytes file = canvas.file(std::move(drawing));
+    if (file.empty()) {
+        complain(text(TextId::CliPlotTooLarge, options.out));
+        return kFailed;
+    }
+    const ExitCode written = writeOut(options.out, file);
+    if (written == kFailed)
+        return kFailed;
+    const ExitCode complete = document.completeness();
+    Output output;
+    output.put(text(TextId::CliExported, options.out, plotTitle(data, context)));
+    return output.finish(std::max(written, complete), text(TextId::CliHasBeenWritten, options.out));
+}
+
+} // namespace quobrix::cli

@@ -1,0 +1,217 @@
+#include "plots/plot_figures.h"
+
+#include "plots/plot_layout.h"
+#include "texts/text.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace quobrix {
+namespace {
+
+/// Of the values between the least and the greatest, that the end must differ by from the beginning to be called so.
+constexpr double kTrend = 0.1;
+
+/// The samples in RANGE.
+std::pair<std::size_t, std::size_t> samplesIn(const PlotSamples& samples, PlotRange range) {
+    return {samples.firstFrom(range.from), samples.firstFrom(std::nextafter(range.to, HUGE_VAL))};
+}
+
+double meanOf(const PlotSamples& samples, std::size_t begin, std::size_t end, std::size_t& count) {
+    double sum = 0;
+    count = 0;
+    for (std::size_t i = begin; i < end; ++i)
+        if (samples.has(i)) {
+            sum += samples.value(i);
+            ++count;
+        }
+    return count > 0 ? sum / static_cast<double>(count) : kNoValue;
+}
+
+ShownText titleOf(const PlotData& data, const PlotPanel& panel, const PlotCurve& curve) {
+    return data.compares() ? text(TextId::PlotOfRecord, panel.title, data.records[curve.record]) : panel.title;
+}
+
+/// What is sampled with the speed, or whatever there is.
+const PlotSamples* leading(const PlotData& data) {
+    return data.panels.empty() ? nullptr : &data.panels.front().curves.front().samples;
+}
+
+const PlotSamples* speedOf(const PlotData& data) {
+    for (const PlotPanel& panel : data.panels)
+        if (panel.key == kSpeedPanel)
+            return &panel.curves.front().samples;
+    return nullptr;
+}
+
+} // namespace
+
+ShownText plotTitle(const PlotData& data, const TextContext& context) {
+    if (data.compares()) {
+        ShownText all = data.records.front();
+        for (std::size_t i = 1; i < data.records.size(); ++i)
+            all = text(TextId::PlotAlso, all, data.records[i]);
+        return text(TextId::PlotCompared, all);
+    }
+    return data.clock ? text(TextId::PlotAlso, data.records.front(),
+                             dateTimeText(context.units, context.zone.toLocal(*data.clock)))
+                      : data.records.front();
+}
+
+std::string valueText(const PlotPanel& panel, double value, const TextContext& context) {
+    if (!hasValue(value))
+        return {};
+    if (panel.states.empty())
+        return context.units.formatValueWithUnits(panel.unit, value);
+    return panel.states[static_cast<std::size_t>(std::clamp(value, 0.0, static_cast<double>(panel.states.size() - 1)))];
+}
+
+PlotReading readPlot(const PlotData& data, double place, const TextContext& context) {
+    PlotReading reading;
+    reading.place = placeText(data, place, context);
+    if (data.clock && data.axis != PlotAxis::Distance) {
+        const auto seconds = wholeSecond(place - data.whole.from);
+        const auto moment =
+            std::clamp<std::int64_t>(*data.clock + seconds, 0, std::numeric_limits<std::int32_t>::max());
+        const DateTime local = context.zone.toLocal(static_cast<std::int32_t>(moment));
+        reading.clock = timeTextWithSeconds(context.units, local);
+    }
+    for (std::size_t i = 0; i < data.panels.size(); ++i)
+        for (const PlotCurve& curve : data.panels[i].curves) {
+            const std::optional<std::size_t> sample = curve.samples.lastUpTo(place);
+            reading.values.push_back(
+                {i, curve.record, titleOf(data, data.panels[i], curve),
+                 sample ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
+        }
+    if (const PlotSamples* speed = speedOf(data))
+        if (const std::optional<std::size_t> sample = speed->lastUpTo(place); sample && speed->has(*sample))
+            reading.band = bandOf(data, speed->value(*sample));
+    if (reading.band)
+        reading.bandLabel = data.bands[*reading.band].label;
+    const auto event =
+        std::ranges::find_if(data.events, [&](const PlotEvent& e) { return std::abs(e.at - place) < data.finest / 2; });
+    if (event != data.events.end())
+        reading.event = static_cast<std::size_t>(event - data.events.begin());
+    return reading;
+}
+
+ShownText spokenReading(const PlotData& data, const PlotReading& reading) {
+    ShownText all = ShownText::asItIs(reading.place);
+    const auto add = [&](const ShownText& more) { all = text(TextId::PlotAlso, all, more); };
+    if (reading.event)
+        add(plotEventName(data.events[*reading.event].kind));
+    for (const PlotReading::Value& value : reading.values)
+        if (!value.text.empty())
+            add(text(TextId::SideBySide, value.title, value.text));
+    if (reading.band)
+        add(reading.bandLabel);
+    return all;
+}
+
+double nearestSample(const PlotData& data, double place) {
+    const PlotSamples* samples = leading(data);
+    if (!samples)
+        return place;
+    const std::size_t behind = std::min(samples->firstFrom(place), samples->size() - 1);
+    return behind > 0 && place - samples->at(behind - 1) < samples->at(behind) - place ? samples->at(behind - 1)
+                                                                                       : samples->at(behind);
+}
+
+double sampleFrom(const PlotData& data, double place, int count) {
+    const PlotSamples* samples = leading(data);
+    if (!samples)
+        return place;
+    const auto here = static_cast<std::ptrdiff_t>(samples->lastUpTo(nearestSample(data, place)).value_or(0));
+    return samples->at(static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(here + count, 0, std::ssize(*samples) - 1)));
+}
+
+RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context) {
+    RangeFigures figures;
+    figures.range = {nearestSample(data, std::min(range.from, range.to)),
+                     nearestSample(data, std::max(range.from, range.to))};
+    const double length = figures.range.length();
+    figures.length = data.axis == PlotAxis::Distance ? context.units.formatValueWithUnits(UnitTypeId::Distance, length)
+                                                     : durationText(std::llround(length));
+    if (data.axis == PlotAxis::Distance) {
+        figures.distance = length;
+    } else if (const PlotSamples* speed = speedOf(data)) {
+        const auto [begin, end] = samplesIn(*speed, figures.range);
+        figures.distance = 0;
+        for (std::size_t i = begin + 1; i < end; ++i)
+            if (speed->has(i - 1) && speed->has(i))
+                figures.distance += (speed->value(i - 1) + speed->value(i)) / 2 * (speed->at(i) - speed->at(i - 1));
+    }
+    if (hasValue(figures.distance))
+        figures.distanceText = context.units.formatValueWithUnits(UnitTypeId::Distance, figures.distance);
+    for (std::size_t i = 0; i < data.panels.size(); ++i) {
+        const PlotPanel& panel = data.panels[i];
+        if (!panel.states.empty())
+            continue;
+        for (const PlotCurve& curve : panel.curves) {
+            CurveFigures& of = figures.curves.emplace_back();
+            of.panel = i;
+            of.record = curve.record;
+            of.title = titleOf(data, panel, curve);
+            const auto [begin, end] = samplesIn(curve.samples, figures.range);
+            of.mean = meanOf(curve.samples, begin, end, of.count);
+            if (const auto extremes = curve.samples.extremes(begin, end)) {
+                of.least = curve.samples.value(extremes->least);
+                of.greatest = curve.samples.value(extremes->greatest);
+            }
+            of.leastText = valueText(panel, of.least, context);
+            of.meanText = valueText(panel, of.mean, context);
+            of.greatestText = valueText(panel, of.greatest, context);
+        }
+    }
+    return figures;
+}
+
+std::vector<ShownText> sentencesOf(const PlotData& data, const PlotPanel& panel, PlotRange range,
+                                   const TextContext& context) {
+    std::vector<ShownText> sentences;
+    for (const PlotCurve& curve : panel.curves) {
+        const PlotSamples& samples = curve.samples;
+        const ShownText title = titleOf(data, panel, curve);
+        const auto [begin, end] = samplesIn(samples, range);
+        const auto extremes = samples.extremes(begin, end);
+        if (!extremes) {
+            sentences.push_back(text(TextId::PlotNothing, title));
+            continue;
+        }
+        if (!panel.states.empty()) {
+            std::vector<std::size_t> counts(panel.states.size());
+            for (std::size_t i = begin; i < end; ++i)
+                if (samples.has(i))
+                    ++counts[static_cast<std::size_t>(samples.value(i))];
+            const auto most = static_cast<std::size_t>(std::ranges::max_element(counts) - counts.begin());
+            sentences.push_back(std::ranges::count_if(counts, [](std::size_t n) { return n > 0; }) == 1
+                                    ? text(TextId::PlotOneState, title, panel.states[most])
+                                    : text(TextId::PlotStates, title, panel.states[most]));
+            continue;
+        }
+        std::size_t count = 0;
+        const double mean = meanOf(samples, begin, end, count);
+        const double least = samples.value(extremes->least), greatest = samples.value(extremes->greatest);
+        const auto value = [&](double base) { return valueText(panel, base, context); };
+        const auto say = [&](TextOf<4> how) {
+            sentences.push_back(text(how, title, value(least), value(mean), value(greatest)));
+        };
+        std::size_t counted[2];
+        const std::size_t middle = begin + (end - begin) / 2;
+        const double before = meanOf(samples, begin, middle, counted[0]),
+                     after = meanOf(samples, middle, end, counted[1]);
+        if (counted[0] == 0 || counted[1] == 0 || std::abs(after - before) < kTrend * (greatest - least))
+            say(TextId::PlotLevel);
+        else if (after > before)
+            say(TextId::PlotRises);
+        else
+            say(TextId::PlotFalls);
+    }
+    return sentences;
+}
+
+} // namespace quobrix

@@ -1,0 +1,411 @@
+#include "plots/plot_layout.h"
+
+#include "texts/text.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace quobrix {
+namespace {
+
+// In sizes of the body's font.
+constexpr double kMargin = 0.7;
+constexpr double kGap = 0.4;
+constexpr double kTickGap = 0.35;
+constexpr double kLeastArea = 2.4;
+constexpr double kAreaBesideMarks = 4.5;
+constexpr double kUsualArea = 11;
+constexpr double kLeastWidth = 26;
+constexpr double kLineSample = 2.6;
+constexpr double kLabelGap = 1.2;
+
+constexpr double kMostOfWidth = 0.2; // for the names of bands
+
+constexpr double kTickRoom = 1.7; // lines of small text between two ticks
+constexpr double kMarksHeight = kPlotMarkSize + 3;
+
+struct Shown {
+    const PlotPanel* panel;
+    std::size_t index;
+    double height;
+};
+
+std::vector<Shown> shownPanels(const PlotData& data, const std::vector<PanelChoice>& choices) {
+    std::vector<Shown> shown;
+    std::vector<char> chosen(data.panels.size());
+    const auto add = [&](std::size_t i, const PanelChoice& choice) {
+        if (!std::exchange(chosen[i], 1) && !choice.hidden)
+            shown.push_back({&data.panels[i], i, std::clamp(choice.height, 0.1, 10.0)});
+    };
+    for (const PanelChoice& choice : choices)
+        for (std::size_t i = 0; i < data.panels.size(); ++i)
+            if (data.panels[i].key == choice.key)
+                add(i, choice);
+    for (std::size_t i = 0; i < data.panels.size(); ++i)
+        add(i, {});
+    return shown;
+}
+
+/// A panel's values in the user's unit, least and greatest; one at least has a value.
+std::pair<double, double> bounds(const PlotPanel& panel, const TUnitSystem& units) {
+    double least = HUGE_VAL, greatest = -HUGE_VAL;
+    for (const PlotCurve& curve : panel.curves)
+        if (const auto extremes = curve.samples.extremes(0, curve.samples.size())) {
+            least = std::min(least, units.toDisplay(panel.unit, curve.samples.value(extremes->least)));
+            greatest = std::max(greatest, units.toDisplay(panel.unit, curve.samples.value(extremes->greatest)));
+        }
+    // From zero on where that takes less than half of the room.
+    if (panel.speed || (least > 0 && least <= greatest / 2))
+        least = std::min(least, 0.0);
+    else if (greatest < 0 && greatest >= least / 2)
+        greatest = 0;
+    if (greatest - least <= 1e-9 * std::max(std::abs(least), std::abs(greatest)) || greatest == least) {
+        const double room = std::max(std::abs(greatest) / 100, std::pow(10.0, -units.decimals(panel.unit)));
+        if (least != 0)
+            least -= room;
+        greatest += room;
+    }
+    return {least, greatest};
+}
+
+class Layouter {
+public:
+    Layouter(const PlotData& data, const PlotView& view, const TextContext& context, const TextMeasure& measure)
+        : data_(data), view_(view), context_(context), measure_(measure), em_(measure.fontSize()),
+          line_(measure.lineHeight(FontRole::Body)), small_(measure.lineHeight(FontRole::Small)),
+          shown_(shownPanels(data, view.panels)) {}
+
+    PlotLayout layOut(Size room, double pixel) {
+        result_.fontSize = em_;
+        result_.pixel = pixel;
+        result_.size.width = std::max(room.width, kLeastWidth * em_);
+        double top = addHeadings(kMargin * em_);
+        const double below = kTickGap * em_ + small_ + line_ + kMargin * em_ / 2;
+        roomHeight_ = room.height;
+        addPanels(top, room.height - below);
+        if (shown_.empty())
+            return std::move(result_);
+        result_.axis.left = std::ceil(leftMargin());
+        const double columns =
+            std::max(1.0, std::floor((result_.size.width - rightMargin() - result_.axis.left) / pixel));
+        result_.axis.right = result_.axis.left + columns * pixel;
+        const PlotRange range = view_.range.value_or(data_.whole);
+        const double column = range.length() / columns;
+        result_.axis.from = std::round(range.from / column) * column;
+        result_.axis.to = result_.axis.from + range.length();
+        for (PanelLayout& panel : result_.panels) {
+            panel.area.left = result_.axis.left;
+            panel.area.width = result_.width();
+            for (PlotTick& tick : panel.ticks)
+                tick.at = panel.scale.row(tick.value);
+            if (view_.options.bands && data_.panels[panel.panel].speed)
+                addBands(panel);
+        }
+        addAxis();
+        return std::move(result_);
+    }
+
+private:
+    double addHeadings(double top) {
+        const double left = kMargin * em_, right = result_.size.width - left;
+        ShownText title = data_.compares() ? text(TextId::PlotComparison) : data_.records.front();
+        std::string when;
+        if (data_.clock && !data_.compares())
+            when = dateTimeText(context_.units, context_.zone.toLocal(*data_.clock));
+        title = ShownText::asItIs(elided(title, FontRole::Strong, right - left, measure_));
+        double x = left + measure_.width(title, FontRole::Strong);
+        double baseline = top + measure_.ascent(FontRole::Strong);
+        result_.headings.push_back({{left, baseline}, std::move(title), Anchor::Start, FontRole::Strong});
+        if (const double width = measure_.width(when, FontRole::Body); !when.empty() && x + em_ + width <= right) {
+            result_.headings.push_back(
+                {{x + em_, baseline}, when, Anchor::Start, FontRole::Body, ColourRole::SecondaryText});
+            x += em_ + width;
+        }
+        // The legend follows, in as many lines as it takes.
+        x += 2 * em_;
+        const auto add = [&](LegendEntry entry, ShownText label, double sampleWidth) {
+            const double width = sampleWidth + kTickGap * em_ + measure_.width(label, FontRole::Body);
+            if (x + width > right && x > left) {
+                x = left;
+                baseline += line_;
+            }
+            entry.sample = {x + sampleWidth / 2, baseline - measure_.ascent(FontRole::Body) * 0.36};
+            entry.label = {{x + sampleWidth + kTickGap * em_, baseline},
+                           elided(label, FontRole::Body, right - x - sampleWidth - kTickGap * em_, measure_)};
+            x += width + kLabelGap * em_;
+            result_.legend.push_back(std::move(entry));
+        };
+        if (data_.compares())
+            for (std::size_t record = 0; record < data_.records.size(); ++record)
+                add({{}, record, {}, {}}, data_.records[record], kLineSample * em_);
+        for (std::size_t i = 0; i < kPlotEventKinds; ++i) {
+            const auto kind = static_cast<PlotEventKind>(i);
+            if (shows(view_.options, kind) &&
+                std::ranges::find(data_.events, kind, &PlotEvent::kind) != data_.events.end())
+                add({kind, 0, {}, {}}, plotEventName(kind), kPlotMarkSize);
+        }
+        return baseline + line_ - measure_.ascent(FontRole::Body) + kGap * em_ / 2;
+    }
+
+    bool marksEvents() const {
+        return std::ranges::any_of(data_.events,
+                                   [&](const PlotEvent& event) { return shows(view_.options, event.kind); });
+    }
+
+    void addPanels(double top, double bottom) {
+        const double least = std::ceil(kLeastArea * em_), frame = line_ + kGap * em_;
+        const auto count = static_cast<double>(shown_.size());
+        double parts = 0;
+        for (const Shown& shown : shown_)
+            parts += shown.height;
+        // Where there is little room, the events are marked above the first panel only.
+        const bool marks = marksEvents();
+        const bool marksAll = marks && bottom - top >= count * (frame + kMarksHeight + kAreaBesideMarks * em_);
+        double room = bottom + kGap * em_ - top - frame * count - kMarksHeight * (marksAll ? count : marks);
+        if (!std::isfinite(room))
+            room = parts * kUsualArea * em_;
+        for (const Shown& shown : shown_) {
+            PanelLayout& panel = result_.panels.emplace_back();
+            panel.panel = shown.index;
+            top += line_;
+            panel.title = {{kMargin * em_, top - 0.35 * em_}, titleOf(*shown.panel)};
+            panel.title.text =
+                elided(panel.title.text, FontRole::Body, result_.size.width - 2 * kMargin * em_, measure_);
+            if (marksAll || (marks && result_.panels.size() == 1)) {
+                panel.marksAt = top + kPlotMarkSize / 2;
+                top += kMarksHeight;
+            }
+            panel.area.top = std::floor(top);
+            panel.area.height = std::max(std::floor(room * shown.height / parts), least);
+            panel.scale.top = panel.area.top;
+            panel.scale.bottom = panel.area.top + panel.area.height;
+            scale(panel, *shown.panel);
+            top = panel.scale.bottom + kGap * em_;
+        }
+        result_.tickBaseline = top - kGap * em_ + kTickGap * em_ + measure_.ascent(FontRole::Small);
+        result_.size.height = std::ceil(top - kGap * em_ + kTickGap * em_ + small_ + line_ + kMargin * em_ / 2);
+        if (std::isfinite(roomHeight_))
+            result_.size.height = std::max(result_.size.height, roomHeight_);
+        if (shown_.empty()) {
+            result_.headings.push_back(
+                {{kMargin * em_, top + line_}, data_.panels.empty() ? data_.emptyText : text(TextId::PlotAllHidden)});
+            if (!std::isfinite(roomHeight_))
+                result_.size.height = std::ceil(top + 2 * line_ + kMargin * em_);
+        }
+    }
+
+    ShownText titleOf(const PlotPanel& panel) const {
+        const UnitRecord& unit = unitRecord(context_.units.unit(panel.unit));
+        return unit.name.empty() || !panel.states.empty() ? panel.title
+                                                          : text(TextId::WithAside, panel.title, text(unit.shownName));
+    }
+
+    void scale(PanelLayout& panel, const PlotPanel& data) {
+        const double room = panel.area.height;
+        if (!data.states.empty()) {
+            const auto count = static_cast<double>(data.states.size());
+            panel.scale.least = -0.5;
+            panel.scale.greatest = count - 0.5;
+            const auto every = static_cast<std::size_t>(std::max(1.0, std::ceil(small_ * count / room)));
+            for (std::size_t i = 0; i < data.states.size(); i += every)
+                panel.ticks.push_back({static_cast<double>(i), 0, data.states[i]});
+            panel.baseline = panel.scale.least;
+            return;
+        }
+        if (std::ranges::none_of(data.curves, [](const PlotCurve& curve) {
+                return curve.samples.extremes(0, curve.samples.size()).has_value();
+            })) {
+            panel.title.text = text(TextId::PlotNothing, data.title);
+            return;
+        }
+        const TUnitSystem& units = context_.units;
+        const auto base = [&](double shown) { return units.toBase(data.unit, shown); };
+        const double most = std::max(2.0, std::floor(room / (kTickRoom * small_)));
+        auto [least, greatest] = bounds(data, units);
+        const bool normalized = data.speed && view_.options.normalize && view_.options.maximum > 0;
+        if (normalized) {
+            least = 0;
+            greatest = units.toDisplay(data.unit, view_.options.maximum);
+        }
+        Steps steps = stepsFrom((greatest - least) / most);
+        double lower = least, upper = greatest;
+        if (!normalized) {
+            const auto whole = [&] {
+                lower = std::floor(least / steps.step + 1e-9) * steps.step;
+                upper = std::ceil(greatest / steps.step - 1e-9) * steps.step;
+            };
+            whole();
+            if ((upper - lower) / steps.step > most + 0.5) {
+                steps = stepsFrom(steps.step * 1.5);
+                whole();
+            }
+        }
+        for (const double value : multiples(steps.step, lower, upper))
+            panel.ticks.push_back({base(value), 0, units.formatNumber(value, steps.decimals)});
+        panel.scale.least = base(lower);
+        panel.scale.greatest = base(upper);
+        panel.baseline = base(std::clamp(0.0, lower, upper));
+    }
+
+    double leftMargin() const {
+        double width = 0;
+        for (const PanelLayout& panel : result_.panels)
+            for (const PlotTick& tick : panel.ticks)
+                width = std::max(width, measure_.width(tick.label, FontRole::Small));
+        return kMargin * em_ + width + kTickGap * em_;
+    }
+
+    /// Beside the panels, where no curve runs through them, stand the names of the bands; below, the last label of the
+    /// axis may go on by half.
+    double rightMargin() const {
+        double width = std::max(kMargin * em_, labelWidth(placeText(data_, data_.whole.to, context_)) / 2 + 1);
+        if (view_.options.bands && std::ranges::any_of(shown_, [](const Shown& shown) { return shown.panel->speed; }))
+            for (const PlotBand& band : data_.bands)
+                width = std::max(width, kTickGap * em_ + measure_.width(band.label, FontRole::Fine) + 1);
+        return std::min(width, kMostOfWidth * result_.size.width);
+    }
+
+    void addBands(PanelLayout& panel) const {
+        std::vector<std::optional<double>> ends;
+        for (const PlotBand& band : data_.bands)
+            ends.push_back(band.to);
+        panel.bands = walkBands(ends, panel.scale);
+        const double height = measure_.lineHeight(FontRole::Fine), ascent = measure_.ascent(FontRole::Fine);
+        double above = panel.scale.bottom; // what is free ends here
+        for (std::size_t band = 0; band < panel.bands.size(); ++band) {
+            const double top =
+                std::clamp(panel.bands[band].label - height / 2, panel.scale.top, panel.scale.bottom - height);
+            if (top + height > above)
+                continue;
+            above = top;
+            const double left = result_.axis.right + kTickGap * em_;
+            panel.bandLabels.push_back(
+                {{left, top + ascent},
+                 elided(data_.bands[band].label, FontRole::Fine, result_.size.width - left, measure_),
+                 Anchor::Start,
+                 FontRole::Fine,
+                 ColourRole::SecondaryText});
+        }
+    }
+
+    void addAxis() {
+        const PlaceScale& axis = result_.axis;
+        const double perUnit = (axis.to - axis.from) / result_.width();
+        const TUnitSystem& units = context_.units;
+        const bool times = data_.axis != PlotAxis::Distance;
+        std::vector<double> places;
+        if (times) {
+            const double width = std::max(labelWidth(placeText(data_, axis.from, context_)),
+                                          labelWidth(placeText(data_, axis.to, context_)));
+            places = multiples(timeStepFrom(perUnit * (width + kLabelGap * em_)), axis.from, axis.to);
+            for (const double place : places)
+                addTick(place, placeText(data_, place, context_));
+        } else {
+            const double from = units.toDisplay(UnitTypeId::Distance, axis.from);
+            const double to = units.toDisplay(UnitTypeId::Distance, axis.to);
+            const Steps finest = stepsFrom((to - from) / result_.width() * kLabelGap * em_);
+            const double width = std::max(labelWidth(units.formatNumber(from, finest.decimals)),
+                                          labelWidth(units.formatNumber(to, finest.decimals)));
+            const Steps steps = stepsFrom((to - from) / result_.width() * (width + kLabelGap * em_));
+            for (const double shown : multiples(steps.step, from, to))
+                addTick(units.toBase(UnitTypeId::Distance, shown), units.formatNumber(shown, steps.decimals));
+        }
+        const ShownText title = times ? text(TextId::PlotElapsedTime)
+                                      : text(TextId::WithAside, text(TextId::FactDistance),
+                                             text(unitRecord(units.unit(UnitTypeId::Distance)).shownName));
+        result_.axisTitle = {{(axis.left + axis.right) / 2, result_.tickBaseline - measure_.ascent(FontRole::Small) +
+                                                                small_ + measure_.ascent(FontRole::Body)},
+                             title,
+                             Anchor::Middle,
+                             FontRole::Body,
+                             ColourRole::SecondaryText};
+    }
+    double labelWidth(const std::string& label) const { return measure_.width(label, FontRole::Small); }
+    /// A label that would leave the drawing is left out; the tick stays.
+    void addTick(double place, std::string label) {
+        const double x = result_.axis.x(place), half = labelWidth(label) / 2;
+        if (x - half < 0 || x + half > result_.size.width)
+            label.clear();
+        result_.ticks.push_back({place, x, std::move(label)});
+    }
+
+    const PlotData& data_;
+    const PlotView& view_;
+    const TextContext& context_;
+    const TextMeasure& measure_;
+    double em_, line_, small_;
+    double roomHeight_ = kUnlimited;
+    std::vector<Shown> shown_;
+    PlotLayout result_;
+};
+
+} // namespace
+
+bool shows(const PlotOptions& options, PlotEventKind kind) {
+    return plotEventSpec(kind).braking ? options.brakes : options.accelerations;
+}
+
+PlotLayout layOutPlot(const PlotData& data, const PlotView& view, const TextContext& context, Size room,
+                      const TextMeasure& measure, double pixel) {
+    return Layouter(data, view, context, measure).layOut(room, pixel);
+}
+
+std::int64_t wholeSecond(double place) { return static_cast<std::int64_t>(std::floor(place + 1e-6)); }
+
+std::string placeText(const PlotData& data, double place, const TextContext& context) {
+    switch (data.axis) {
+    case PlotAxis::Elapsed:
+        return durationText(wholeSecond(std::max(place, 0.0)));
+    case PlotAxis::UntilStandstill:
+        return durationText(-wholeSecond(std::min(place, 0.0)));
+    case PlotAxis::Distance:
+        break;
+    }
+    return context.units.formatValueWithUnits(UnitTypeId::Distance, place);
+}
+
+std::optional<std::size_t> PlotLayout::panelAt(Point point) const {
+    for (std::size_t i = 0; i < panels.size(); ++i) {
+        const Box& area = panels[i].area;
+        if (point.x >= area.left && point.x <= area.left + area.width && point.y >= area.top &&
+            point.y <= area.top + area.height)
+            return i;
+    }
+    return {};
+}
+
+std::optional<double> PlotLayout::placeAt(double x) const {
+    return !panels.empty() && x >= axis.left && x <= axis.right ? std::optional(axis.placeAt(x)) : std::nullopt;
+}
+
+std::optional<std::size_t> PlotLayout::eventAt(const PlotData& data, const PlotOptions& options, Point point) const {
+    std::optional<std::size_t> nearest;
+    const auto touched = [&](const PanelLayout& panel) {
+        return panel.marksAt && std::abs(point.y - *panel.marksAt) <= kPlotMarkSize / 2 + 1;
+    };
+    if (std::ranges::none_of(panels, touched))
+        return nearest;
+    double distance = kPlotMarkSize;
+    for (std::size_t i = 0; i < data.events.size(); ++i)
+        if (shows(options, data.events[i].kind))
+            // Of two at the same place the graver one is painted over the other.
+            if (const double away = std::abs(axis.x(data.events[i].at) - point.x);
+                away < distance || (nearest && away == distance && data.events[i].kind > data.events[*nearest].kind)) {
+                distance = away;
+                nearest = i;
+            }
+    return nearest;
+}
+
+std::optional<std::size_t> PlotLayout::bandAt(const PlotData& data, Point point) const {
+    const std::optional<std::size_t> panel = panelAt(point);
+    if (!panel || panels[*panel].bands.empty())
+        return {};
+    return bandOf(data, panels[*panel].scale.valueAt(point.y));
+}
+
+} // namespace quobrix
