@@ -80,6 +80,8 @@ PlotData comparedPlot(std::span<const PlotData> trips, PlotAxis axis) {
         if (byDistance && !way.known())
             continue;
         if (!trip.panels.empty()) {
+            if (byDistance && !(way.length() > 0))
+                continue; // it stood: nothing of it is anywhere but at the start
             all.whole.to = std::max(all.whole.to, byDistance ? way.length() : trip.whole.to);
             all.finest =
                 std::min(all.finest, byDistance ? way.length() / static_cast<double>(way.samples()) : trip.finest);

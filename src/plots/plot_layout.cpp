@@ -378,6 +378,14 @@ std::optional<std::size_t> PlotLayout::panelAt(Point point) const {
     return {};
 }
 
+std::optional<std::size_t> PlotLayout::borderAt(Point point) const {
+    constexpr double kReach = 3; // units
+    for (std::size_t i = 0; i < panels.size(); ++i)
+        if (point.x >= axis.left && point.x <= axis.right && std::abs(point.y - panels[i].scale.bottom) <= kReach)
+            return i;
+    return {};
+}
+
 std::optional<double> PlotLayout::placeAt(double x) const {
     return !panels.empty() && x >= axis.left && x <= axis.right ? std::optional(axis.placeAt(x)) : std::nullopt;
 }

@@ -72,6 +72,8 @@ struct PlotLayout {
     double width() const { return axis.right - axis.left; }
     /// Which of the panels' areas POINT is in.
     std::optional<std::size_t> panelAt(Point point) const;
+    /// The panel whose lower border POINT is at, to be drawn up or down.
+    std::optional<std::size_t> borderAt(Point point) const;
     /// The place of the axis under X, if that is within the panels.
     std::optional<double> placeAt(double x) const;
     /// The event whose mark is nearest to POINT, if it touches one.

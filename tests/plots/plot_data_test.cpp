@@ -178,6 +178,11 @@ TEST_F(PlotDataTest, TripsAreComparedByTimeOrDistance) {
     EXPECT_NEAR(byDistance.events[1].at, 450 / 3.6, 1e-9); // after 30 s
     EXPECT_EQ(readPlot(byDistance, 15, context_).values[1].text, "36 kph");
     EXPECT_NEAR(figuresOf(byDistance, {0, 20}, context_).distance, 20, 3);
+
+    samples.speed().setAll({0, 0, 0, 0}); // one that never moved takes nothing of the others
+    const PlotData standing[] = {trip(0), trip(1)};
+    EXPECT_EQ(comparedPlot(standing, PlotAxis::Distance).finest, byDistance.whole.to / 61);
+    EXPECT_EQ(comparedPlot(standing, PlotAxis::Distance).panels[0].curves.size(), 1u);
 }
 
 TEST_F(PlotDataTest, OptionsAreThoseOfATableAndKeptInTheSettings) {

@@ -122,6 +122,8 @@ TEST_F(PlotLayoutTest, WhatIsPointedAtIsWhatWasDrawnThere) {
             const Box& area = layout.panels[i].area;
             EXPECT_EQ(layout.panelAt({area.left + 3, area.top + area.height / 2}), i);
             EXPECT_EQ(layout.panelAt({area.left + 3, area.top + area.height + 2}), std::nullopt);
+            EXPECT_EQ(layout.borderAt({area.left + 3, area.top + area.height + 2}), i);
+            EXPECT_EQ(layout.borderAt({area.left + 3, area.top + area.height / 2}), std::nullopt);
         }
         const double place = data.whole.to * 0.37;
         EXPECT_NEAR(*layout.placeAt(layout.axis.x(place)), place, data.whole.to * 1e-9);
