@@ -40,7 +40,7 @@ void writeRecords(std::span<const ExportRecords> records, Format format, const U
     if (format == Format::Json)
         writeJson(records, sink);
     else
-        writeCsv(records, units.exported(), sink);
+        writeCsv(records, units.context(), sink);
 }
 
 } // namespace quobrix::cli

@@ -9,25 +9,7 @@
 
 namespace quobrix::cli {
 
-namespace {
-
-TextLocale withoutGrouping() {
-    TextLocale locale;
-    locale.numbers.grouping = DigitGrouping::parse("0");
-    return locale;
-}
-
-} // namespace
-
-UserUnits::UserUnits() : exported_(withoutGrouping()) {}
-
 ExitCode UserUnits::load(const std::optional<std::string>& name) {
-    const ExitCode code = loadSystem(name);
-    exported_.replace(system_.choices());
-    return code;
-}
-
-ExitCode UserUnits::loadSystem(const std::optional<std::string>& name) {
     const UnitSystemFolders folders{deliveredFolder(), userDataFolder()};
     if (!name) {
         Settings settings(userSettings());

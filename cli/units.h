@@ -13,21 +13,15 @@ namespace quobrix::cli {
 /// The user's units and place, for texts. Reads the settings and unit-system files and writes neither.
 class UserUnits {
 public:
-    UserUnits();
-
     /// Takes the system NAME; without one, the one that the window program uses. Complains about failures; a remembered
     /// system that cannot be had is only told about.
     ExitCode load(const std::optional<std::string>& name);
 
     /// For people, in English.
     TextContext context() const { return {system_, zone_}; }
-    /// For other programs: numbers have a point and are not grouped, whatever the user's locale.
-    TextContext exported() const { return {exported_, zone_}; }
 
 private:
-    ExitCode loadSystem(const std::optional<std::string>& name);
-
-    TUnitSystem system_, exported_;
+    TUnitSystem system_;
     TimeZone zone_ = TimeZone::local();
 };
 

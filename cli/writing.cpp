@@ -1,14 +1,14 @@
 #include "cli/writing.h"
 
-#include "base/fold_case.h"
 #include "base/path_text.h"
 #include "cli/output.h"
+#include "export/export_file.h"
 #include "messages/file_messages.h"
 #include "model/quobrix_document.h"
-#include "platform/file_system.h"
 #include "texts/text.h"
 
 #include <filesystem>
+#include <vector>
 
 namespace quobrix::cli {
 
@@ -24,12 +24,10 @@ void complainOfLockFile(const TQuobrixDocument& document, const std::string& fil
 }
 
 bool mayReplace(const std::string& out, std::span<const std::string> files) {
-    const std::filesystem::path path = pathFromUtf8(out);
-    const Result<FileStatus> there = fileStatus(path);
-    bool document = foldCase(utf8(path.extension())) == ".car";
+    std::vector<std::filesystem::path> opened;
     for (const std::string& file : files)
-        if (const Result<FileStatus> input = fileStatus(pathFromUtf8(file)); there && input)
-            document = document || there->identity == input->identity;
+        opened.push_back(pathFromUtf8(file));
+    const bool document = isDocument(pathFromUtf8(out), opened);
     if (document)
         complain(text(TextId::CliOutIsDocument, out));
     return !document;

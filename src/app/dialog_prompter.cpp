@@ -31,6 +31,12 @@ namespace {
 
 QString filter() { return QObject::tr("Quobrix Data Files (*.car);;All Files (*)"); }
 
+FileChooser::SavePlace savePlace(const QFileDialog& dialog) {
+    const std::filesystem::path path = toPath(dialog.selectedFiles().constFirst());
+    std::error_code ignored; // the dialog has asked about what is there
+    return {path, std::filesystem::exists(path, ignored) ? IfThere::Replace : IfThere::Refuse};
+}
+
 /// TEXT with "…" in the middle of each piece, such as a long name without blanks, that no line of a box could hold: a
 /// box would cut its end off.
 QString withPiecesThatFit(const QString& text, const QFontMetrics& metrics) {
@@ -266,9 +272,7 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseToSave(const std:
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     chosen_ = true;
-    const std::filesystem::path path = toPath(dialog.selectedFiles().constFirst());
-    std::error_code ignored; // the dialog has asked about what is there
-    return SavePlace{path, std::filesystem::exists(path, ignored) ? IfThere::Replace : IfThere::Refuse};
+    return savePlace(dialog);
 }
 
 std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::filesystem::path& suggested,
@@ -281,7 +285,9 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::f
                               {"html", QObject::tr("Web Pages (*.html)")},
                               {"svg", QObject::tr("Drawings (*.svg)")},
                               {"png", QObject::tr("Pictures (*.png)")},
-                              {"txt", QObject::tr("Text Files (*.txt)")}};
+                              {"txt", QObject::tr("Text Files (*.txt)")},
+                              {"xlsx", QObject::tr("Spreadsheets (*.xlsx)")},
+                              {"csv", QObject::tr("Comma-Separated Values (*.csv)")}};
     QStringList filters;
     for (const std::string& ending : endings)
         for (const Format& format : formats)
@@ -295,14 +301,15 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::f
         dialog.setDefaultSuffix(toQt(endings[static_cast<std::size_t>(filters.indexOf(filter))]));
     };
     QObject::connect(&dialog, &QFileDialog::filterSelected, follow);
-    follow(filters.constFirst());
+    if (!suggested.has_extension() && filters.contains(copiesFilter_))
+        dialog.selectNameFilter(copiesFilter_);
+    follow(dialog.selectedNameFilter());
     dialog.selectFile(toQtPath(suggested));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     copiesFolder_ = dialog.directory().absolutePath();
-    const std::filesystem::path path = toPath(dialog.selectedFiles().constFirst());
-    std::error_code ignored; // the dialog has asked about what is there
-    return SavePlace{path, std::filesystem::exists(path, ignored) ? IfThere::Replace : IfThere::Refuse};
+    copiesFilter_ = dialog.selectedNameFilter();
+    return savePlace(dialog);
 }
 
 } // namespace quobrix

@@ -64,6 +64,7 @@ public:
 private:
     QWidget& window_;
     bool chosen_ = false;  ///< a file, and so the folder that the dialog opens in
+    QString copiesFilter_; ///< that was chosen last, of the formats of copies
     QString copiesFolder_; ///< empty: no copy has been saved yet
 };
 

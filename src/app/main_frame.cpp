@@ -92,6 +92,9 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                       if (context_.events)
                           context_.events->note(event);
                   }}),
+      export_(
+          context.document, context.text(), prompter_, chooser_, [this](const DiskWork& work) { return runDisk(work); },
+          *this, [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
       commands_(new Commands([this] { return finishEdits(); },
                              [this](const QAction& action, const std::string& reason) {
                                  prompter_.tell(makeMessage(MessageId::UnexpectedFailure,
@@ -149,6 +152,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     });
     addHandlers();
     addWayHandlers();
+    addExport();
     tableWindows_ = std::make_unique<TableWindows>(*this);
     for (const LogSpec& log : logs())
         addLogPage(log);
@@ -198,6 +202,7 @@ void TQuobrixFrame::addWayHandlers() {
         navigation_->follow(pages_->current());
         commands_->refresh(CommandId::Back);
         commands_->refresh(CommandId::Forward);
+        commands_->refresh(CommandId::Export);
     });
     pages_->whenMenuWanted(
         [this](const QPoint& place) { menuBar()->findChild<QMenu*>(QStringLiteral("ViewMenu"))->popup(place); });
@@ -212,6 +217,21 @@ void TQuobrixFrame::addWayHandlers() {
     }
     addPart(CommandId::NavigationPane, *navigation_);
     addPart(CommandId::ToolBar, *toolBar_);
+}
+
+/// What is in view for other programs: on the toolbar of a page, in the menu of any table.
+void TQuobrixFrame::addExport() {
+    const auto page = [this] { return pages_->page(pages_->current()); };
+    commands_->handle(
+        CommandId::Export,
+        [this, page] {
+            if (const std::optional<ExportContent> content = page()->exported())
+                export_.run(*content);
+        },
+        [page] { return page() && page()->canExport(); });
+    windows_.exported = [this](TSpreadsheet& table) {
+        commands_->guard(*commands_->action(CommandId::Export), [&] { export_.run(exportedFrom(table)); });
+    };
 }
 
 /// TOGGLE shows and hides a PART of the window, which is remembered.

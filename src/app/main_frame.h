@@ -6,6 +6,7 @@
 #include "app/missing_files.h"
 #include "app/page_area.h"
 #include "app/recent_files.h"
+#include "app/record_export.h"
 #include "units/unit_system.h"
 
 #include <QMainWindow>
@@ -90,6 +91,7 @@ private:
     void unitsChanged(UnitsChange, std::optional<UnitTypeId>) override;
     void addHandlers();
     void addWayHandlers();
+    void addExport();
     void addPart(CommandId toggle, QWidget& part);
     void addLogPage(const LogSpec& log);
     void addView(CommandId button, const LogSpec& log, const LogViewSpec& view);
@@ -112,6 +114,7 @@ private:
     DialogFileChooser chooser_;
     RecentFiles recent_;
     DocumentFiles files_;
+    RecordExport export_;
     Commands* commands_;
     PageArea* pages_;
     NavigationPane* navigation_;

@@ -46,7 +46,12 @@ std::string csvText(const Column& column, RowIndex row, const TextContext& conte
 
 } // namespace
 
-void writeCsv(std::span<const ExportRecords> records, const TextContext& context, const ExportSink& sink) {
+void writeCsv(std::span<const ExportRecords> records, const TextContext& read, const ExportSink& sink) {
+    TextLocale plain; // for other programs: a point, and no grouping
+    plain.numbers.grouping = DigitGrouping::parse("0");
+    TUnitSystem units(plain);
+    units.replace(read.units.choices());
+    const TextContext context{units, read.zone};
     std::vector<std::string> fields;
     const auto put = [&] { return sink(csvRow(fields)); };
     if (records.front().file)

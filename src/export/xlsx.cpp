@@ -2,6 +2,7 @@
 
 #include "base/path_text.h"
 #include "base/utf8.h"
+#include "export/export_file.h"
 #include "export/zip_check.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
@@ -90,7 +91,8 @@ public:
 
     bool made() const { return sheet_; }
 
-    void write(std::span<const ExportRecords> records) {
+    /// False if RECORD has given it up.
+    bool write(std::span<const ExportRecords> records, const std::function<bool()>& record) {
         const std::size_t shift = records.front().file ? 1 : 0;
         const std::size_t count = shift + records.front().columns.size();
         widths_.assign(count, kNarrowest);
@@ -114,12 +116,15 @@ public:
                     writeText(line, 0, *part.file);
                 for (std::size_t i = 0; i < part.columns.size(); ++i)
                     writeCell(line, i + shift, *part.columns[i].column, row, formats_[i]);
+                if (record && !record())
+                    return false;
             }
         for (std::size_t i = 0; i < count; ++i)
             worksheet_set_column(sheet_, column(i), column(i), std::min(widths_[i], kWidest) + 1, nullptr);
         worksheet_freeze_panes(sheet_, 1, 0);
         if (count > 0)
             worksheet_autofilter(sheet_, 0, 0, static_cast<lxw_row_t>(line), column(count - 1));
+        return true;
     }
 
     std::size_t cut() const { return cut_; }
@@ -213,7 +218,7 @@ private:
 bool canWriteXlsx() { return true; }
 
 Result<std::size_t> writeXlsx(std::span<const ExportRecords> records, const ShownText& title,
-                              const TextContext& context, const std::filesystem::path& file) {
+                              const TextContext& context, const std::filesystem::path& file, const ExportRun& run) {
     const NumbersWithPoint numbers;
     lxw_workbook_options options{};
     options.constant_memory = LXW_TRUE;
@@ -225,14 +230,19 @@ Result<std::size_t> writeXlsx(std::span<const ExportRecords> records, const Show
     Sheet sheet(book.get(), title, context);
     if (!sheet.made())
         return Error{ErrorKind::Io, ShownText::asItIs(std::generic_category().message(errno))};
-    sheet.write(records);
-    errno = 0;
-    if (const lxw_error error = workbook_close(book.release()); error != LXW_NO_ERROR)
-        return errno == ENOSPC ? Error{ErrorKind::DiskFull, {}}
-                               : Error{ErrorKind::Io, ShownText::asItIs(lxw_strerror(error))};
-    // The library does not look whether its temporary files could be written.
-    if (!zipOfWholeXml(file))
-        return Error{ErrorKind::DiskFull, {}};
+    if (!sheet.write(records, run.record))
+        return Error{ErrorKind::Cancelled, {}};
+    const DiskWork pack = [&](DiskProgress&) -> Result<void> {
+        const NumbersWithPoint here; // a locale belongs to a thread
+        errno = 0;
+        if (const lxw_error error = workbook_close(book.release()); error != LXW_NO_ERROR)
+            return errno == ENOSPC ? Error{ErrorKind::DiskFull, {}}
+                                   : Error{ErrorKind::Io, ShownText::asItIs(lxw_strerror(error))};
+        // The library does not look whether its temporary files could be written.
+        return zipOfWholeXml(file) ? Result<void>() : Error{ErrorKind::DiskFull, {}};
+    };
+    DiskProgress unwatched;
+    QUOBRIX_TRY(run.disk ? run.disk(pack) : pack(unwatched));
     return sheet.cut();
 }
 

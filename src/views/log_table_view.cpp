@@ -5,6 +5,11 @@
 
 namespace quobrix {
 
+ShownText tableTitle(const LogSpec& spec, const Table& log, RowIndex row, SourceText table,
+                     const TextContext& context) {
+    return ShownText::asItIs(recordTitle(spec, log, row, context) + " " + text(table));
+}
+
 LogTableView::LogTableView(const ViewContext& context, const LogSpec& spec, QWidget* parent)
     : QTabWidget(parent), context_(context), spec_(spec) {
     setObjectName(toQt(spec.viewName("TableView")));
@@ -29,9 +34,16 @@ void LogTableView::showRecord(const Table* log, std::optional<RowIndex> row) {
         if (tables[i].rowTitle)
             rowTitle = [title = tables[i].rowTitle](RowIndex at) { return toQt(title(at)); };
         tables_[i]->setColumns(std::move(columns), std::move(rowTitle));
+        tables_[i]->view().setAccessibleName(
+            toQt(row ? tableTitle(spec_, *log, *row, tables[i].title, context_.text()) : text(tables[i].title)));
         tables_[i]->view().setEmptyText(toQt(tables[i].emptyText));
     }
     shown_ = std::move(tables); // only now are the columns of those before shown no more
+}
+
+std::optional<ExportContent> LogTableView::exported() const {
+    const TSpreadsheet& table = *tables_[static_cast<std::size_t>(currentIndex())];
+    return table.model().rowCount() > 0 ? std::optional(exportedFrom(table)) : std::nullopt;
 }
 
 Report LogTableView::printable() const {

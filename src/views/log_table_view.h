@@ -9,6 +9,9 @@
 
 namespace quobrix {
 
+/// What a table of a record is called where it stands alone: "Trip 7 Samples".
+ShownText tableTitle(const LogSpec& spec, const Table& log, RowIndex row, SourceText table, const TextContext& context);
+
 /// The tables of one record, such as the samples of a trip.
 class LogTableView final : public QTabWidget, public RecordView {
 public:
@@ -19,6 +22,8 @@ public:
     void showRecord(const Table* log, std::optional<RowIndex> row) override;
     /// The tables that have rows.
     Report printable() const override;
+    /// The table in view; nothing if it has no rows.
+    std::optional<ExportContent> exported() const;
 
 private:
     ViewContext context_;

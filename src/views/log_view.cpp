@@ -198,6 +198,26 @@ std::size_t LogView::printableRecords() const {
     return tab().spec.kind == LogViewKind::Summary && log() ? log()->rowCount() : 0;
 }
 
+bool LogView::canExport() const {
+    if (tab().spec.kind == LogViewKind::Summary)
+        return summary_->model().rowCount() > 0;
+    return spec_.tables && summary_->currentRow();
+}
+
+std::optional<ExportContent> LogView::exported() {
+    if (!canExport() || !log())
+        return {};
+    if (tab().spec.kind == LogViewKind::Summary)
+        return exportedFrom(*summary_);
+    if (auto* tables = dynamic_cast<LogTableView*>(tab().view))
+        return tables->exported();
+    const RowIndex row = *summary_->currentRow();
+    const RecordTable table = spec_.tables(log(), row, context_.text()).front();
+    ExportContent content = contentOf(table);
+    content.title = tableTitle(spec_, *log(), row, table.title, context_.text());
+    return content.rowCount() > 0 ? std::optional(std::move(content)) : std::nullopt;
+}
+
 void LogView::showView(LogViewKind kind) {
     if (const int tab = tabOf(kind); tab >= 0)
         tabs_->setCurrentIndex(tab);

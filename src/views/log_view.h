@@ -31,6 +31,9 @@ public:
     void unitsChanged() override;
     std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
     std::size_t printableRecords() const override;
+    /// The list as it is shown, else of the record that is shown the table in view, or in its report the first one.
+    std::optional<ExportContent> exported() override;
+    bool canExport() const override;
     /// Nothing happens if the log has no such view.
     void showView(LogViewKind kind);
 

@@ -38,6 +38,18 @@ Grid shownCells(TSpreadsheet& spreadsheet, const std::optional<RecordRange>& ran
     return grid;
 }
 
+ExportContent exportedFrom(const TSpreadsheet& spreadsheet) {
+    const SpreadsheetModel& model = spreadsheet.model();
+    ExportContent content{.title = ShownText::asItIs(spreadsheet.view().accessibleName().toStdString())};
+    ExportRecords& records = content.records.emplace_back();
+    for (const int column : shownColumns(spreadsheet.view())) {
+        const ShownColumn& shown = model.columns()[static_cast<std::size_t>(column)];
+        records.columns.push_back({shown.column, shown.heading.toStdString()});
+    }
+    records.rows.assign(model.rows().begin(), model.rows().end());
+    return content;
+}
+
 void retextTables(const QWidget& widget) {
     for (TSpreadsheet* spreadsheet : widget.findChildren<TSpreadsheet*>())
         spreadsheet->unitsChanged();

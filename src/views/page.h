@@ -1,5 +1,6 @@
 #pragma once
 
+#include "export/export_file.h"
 #include "model/logs.h"
 #include "report/report.h"
 #include "tables/ui/spreadsheet.h"
@@ -101,6 +102,11 @@ public:
     /// How many records there are that a range can be chosen of; 0: what is in view is no list of records.
     virtual std::size_t printableRecords() const { return 0; }
 
+    /// What the page shows, for other programs; nothing if that is no table, or one without rows.
+    virtual std::optional<ExportContent> exported() { return {}; }
+    /// Whether exported() gives anything.
+    virtual bool canExport() const { return false; }
+
 signals:
     /// Another view or record is in view, or what stands above it reads otherwise.
     void placeChanged();
@@ -110,6 +116,9 @@ signals:
 
 /// The rows of SPREADSHEET with numbers in RANGE (none: all), and its columns, as they are shown.
 Grid shownCells(TSpreadsheet& spreadsheet, const std::optional<RecordRange>& range = {});
+
+/// The rows and columns of SPREADSHEET as they are shown.
+ExportContent exportedFrom(const TSpreadsheet& spreadsheet);
 
 /// Makes every table on WIDGET show its cells and headings anew, because units have changed; nothing else of it
 /// changes.

@@ -275,6 +275,14 @@ void TSpreadsheet::addWindowCommands() {
                     windows.source(*source);
             },
             [this] { return currentSource().has_value(); });
+    if (windows.exported)
+        commands_->handle(
+            Export,
+            [this, &windows] {
+                if (finishEdit())
+                    windows.exported(*this);
+            },
+            [this] { return model_.rowCount() > 0; });
     if (windows.requirements)
         commands_->handle(
             Requirements, [&windows, column] { windows.requirements(column()); }, cell);

@@ -23,11 +23,14 @@ struct CellBlock;
 class Prompter;
 class Settings;
 
+class TSpreadsheet;
+
 /// The windows that the commands of a spreadsheet open. Those that are missing are not available yet.
 struct SpreadsheetWindows {
     std::function<void(const Column&)> requirements;
     std::function<void(const Table&)> errors;
     std::function<void(const CellSource&)> source; ///< brings it into view
+    std::function<void(TSpreadsheet&)> exported;   ///< asks where to, and writes what is shown there
     std::function<void()> unitSystems;
     std::function<void(std::string_view topic)> help; ///< the key of a column
 };

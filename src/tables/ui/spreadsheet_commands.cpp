@@ -89,6 +89,8 @@ QMenu* SpreadsheetCommands::makeMenu(QWidget& parent) const {
     add(menu->addMenu(tr("&Copy As")), {CopyMetafile, CopyBitmap});
     add(menu, {Paste, SelectAll});
     menu->addSeparator();
+    add(menu, {Export});
+    menu->addSeparator();
     add(menu, {Add, Insert, InsertAfter, Delete});
     menu->addSeparator();
     add(menu, {Find, FindNext, FindPrevious});
