@@ -28,6 +28,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QStatusBar>
@@ -166,6 +167,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     });
     documentChanged();
     restoreWindow();
+    qApp->installEventFilter(this);
 }
 
 TQuobrixFrame::~TQuobrixFrame() {
@@ -483,6 +485,17 @@ void TQuobrixFrame::showAboutBox() {
 Result<void> TQuobrixFrame::runDisk(const DiskWork& work) {
     const QScopedValueRollback busy(busy_, true);
     return runWhilePainting(work, this);
+}
+
+bool TQuobrixFrame::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() != QEvent::MouseButtonPress && event->type() != QEvent::MouseButtonDblClick)
+        return false;
+    const Qt::MouseButton button = static_cast<QMouseEvent*>(event)->button();
+    const auto* widget = qobject_cast<QWidget*>(object);
+    if ((button != Qt::BackButton && button != Qt::ForwardButton) || !widget || widget->window() != this)
+        return false;
+    commands_->trigger(button == Qt::BackButton ? CommandId::Back : CommandId::Forward);
+    return true;
 }
 
 void TQuobrixFrame::closeEvent(QCloseEvent* event) {

@@ -79,6 +79,8 @@ protected:
     /// Of the right mouse button on the menu bar and the toolbar.
     QMenu* createPopupMenu() override;
     void closeEvent(QCloseEvent* event) override;
+    /// The buttons of the mouse that lead back and forward, wherever in the window it is.
+    bool eventFilter(QObject* object, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;

@@ -189,8 +189,9 @@ std::string printable(const char (&field)[N]) {
     return text;
 }
 
-// What the code, or a status, stands for is asked when it is shown: a record that was refused for it would be lost
-// when the logger is cleared. The same goes for events of the activity log.
+// What the code, or a status, stands for is asked when it is shown, and a freeze-frame figure that can be none counts
+// as not told: a record that was refused for it would be lost when the logger is cleared. The same goes for events of
+// the activity log.
 TroubleRecord readTrouble(RecordReader& in) {
     const auto raw = in.fixedPart<QuobrixTroubleRecord>();
     TroubleRecord trouble;
@@ -198,19 +199,17 @@ TroubleRecord readTrouble(RecordReader& in) {
     trouble.time = in.time(raw.time);
     trouble.code = printable(raw.code);
     trouble.fuelSystemStatus = copyOf(raw.fuelSystemStatus);
-    constexpr SourceText kNoNumber("a freeze-frame figure is not a number");
-    in.finite(trouble.calculatedLoad = raw.calculatedLoad, kNoNumber);
-    in.finite(trouble.coolantTemperature = raw.coolantTemperature, kNoNumber);
-    for (const double trim : trouble.shortTermFuelTrim = copyOf(raw.shortTermFuelTrim))
-        in.finite(trim, kNoNumber);
-    for (const double trim : trouble.longTermFuelTrim = copyOf(raw.longTermFuelTrim))
-        in.finite(trim, kNoNumber);
-    in.finite(trouble.fuelPressure = raw.fuelPressure, kNoNumber);
-    in.finite(trouble.intakeManifoldPressure = raw.intakeManifoldPressure, kNoNumber);
-    in.finite(trouble.engineSpeed = raw.engineSpeed, kNoNumber);
-    in.finite(trouble.vehicleSpeed = raw.vehicleSpeed, kNoNumber);
-    in.require(trouble.vehicleSpeed < kSpeedLimit,
-               SourceText("its vehicle speed is beyond what a vehicle can tell (255 km/h)"));
+    const auto figure = [](double told) { return std::isfinite(told) ? told : kNoValue; };
+    trouble.calculatedLoad = figure(raw.calculatedLoad);
+    trouble.coolantTemperature = figure(raw.coolantTemperature);
+    for (std::size_t bank = 0; bank < trouble.shortTermFuelTrim.size(); ++bank) {
+        trouble.shortTermFuelTrim[bank] = figure(raw.shortTermFuelTrim[bank]);
+        trouble.longTermFuelTrim[bank] = figure(raw.longTermFuelTrim[bank]);
+    }
+    trouble.fuelPressure = figure(raw.fuelPressure);
+    trouble.intakeManifoldPressure = figure(raw.intakeManifoldPressure);
+    trouble.engineSpeed = figure(raw.engineSpeed);
+    trouble.vehicleSpeed = raw.vehicleSpeed < kSpeedLimit ? figure(raw.vehicleSpeed) : kNoValue;
     return trouble;
 }
 

@@ -4,7 +4,9 @@
 #include "texts/text.h"
 
 #include <algorithm>
+#include <cmath>
 #include <initializer_list>
+#include <span>
 
 namespace quobrix {
 namespace {
@@ -79,9 +81,11 @@ EditOutcome change(TQuobrixDocument& document, Table& table, const RowRuns& rows
 }
 
 /// Puts another table in place of the one that a trip owns in SHOWN, and keeps the first one in KEPT. FILL(fresh,
-/// recorded) makes it.
-template <class Shown, class Kept, class Fill>
-EditOutcome replacePart(TQuobrixDocument& document, RowIndex row, std::string_view step, const Fill& fill) {
+/// recorded) makes it, unless something speaks against it, REFUSAL; where SAME(recorded) says that it would hold what
+/// was recorded, that is shown again, whatever it is.
+template <class Shown, class Kept, class Same, class Fill>
+EditOutcome replacePart(TQuobrixDocument& document, RowIndex row, std::string_view step, const ShownText& refusal,
+                        const Same& same, const Fill& fill) {
     TTripLogTable& trips = document.trips();
     auto& shown = trips.column<Shown>();
     auto& kept = trips.column<Kept>();
@@ -89,13 +93,40 @@ EditOutcome replacePart(TQuobrixDocument& document, RowIndex row, std::string_vi
         return refused(why);
     if (!shown.object(row) || !shown.replaceable(row) || !kept.replaceable(row))
         return refused(text(TextId::PartUnreadable));
+    const bool asRecorded = same(kept.has(row) ? *kept.object(row) : *shown.object(row));
+    if (asRecorded && !kept.has(row))
+        return {};
+    if (!asRecorded && !refusal.empty())
+        return refused(refusal);
     return change(document, trips, {{row, 1}}, step, [&] {
+        if (asRecorded)
+            return shown.takeOver(row, kept);
         if (!kept.has(row)) {
             kept.set(row, shown.at(row));
             shown.set(row, kNoObject);
         }
         fill(shown.replaceObject(row), *kept.object(row));
     });
+}
+
+/// What was typed in another unit comes back as nearly the same.
+bool isSameLimit(double a, double b) {
+    return hasValue(a) == hasValue(b) && (!hasValue(a) || std::abs(a - b) <= 1e-6 * std::max(a, b));
+}
+
+/// Whether each of the speed bands ends above its beginning, and none begins below the end of the one before it. Only
+/// the last one may be open; one of standstill goes from zero to zero.
+bool ascend(const std::vector<double>& from, const std::vector<double>& to) {
+    double before = 0;
+    for (std::size_t band = 0; band < std::min(from.size(), to.size()); ++band) {
+        const bool standstill = from[band] == 0 && to[band] == 0;
+        const bool open = !hasValue(to[band]);
+        if (!hasValue(from[band]) || (from[band] < before && !isSameLimit(from[band], before)) ||
+            (!standstill && !open && to[band] <= from[band]) || (open && band + 1 < to.size()))
+            return false;
+        before = to[band];
+    }
+    return true;
 }
 
 } // namespace
@@ -128,13 +159,17 @@ EditOutcome correctRecord(TQuobrixDocument& document, const LogSpec& log, RowInd
             for (const auto& [index, values] : edit.changes) {
                 Column& column = table->column(index);
                 const Value& value = *values.back().second;
-                if (const std::uint32_t type = column.type().id();
-                    trips && (type == log.vehicle->id() || type == log.driver->id())) {
+                const std::uint32_t type = column.type().id();
+                if (trips && (type == log.vehicle->id() || type == log.driver->id())) {
                     trips->keepRecorded(row);
                     column.setValue(row, value);
                 } else {
                     kept.edit(column, row, value);
                 }
+                if (const auto* vin = type == log.vehicle->id() ? as<std::string>(value) : nullptr)
+                    document.edits().changeRows(document.vehicles(), {}, [&] { // as a download does
+                        document.vehicles().addMissing(std::span(vin, 1));
+                    });
             }
         });
     return done.ok() ? edit.outcome : done;
@@ -164,7 +199,8 @@ EditOutcome giveDriver(TQuobrixDocument& document, const std::vector<RowIndex>& 
 
 EditOutcome correctSamples(TQuobrixDocument& document, RowIndex row, const std::vector<std::uint8_t>& speeds) {
     return replacePart<TTripLogSampleTableColumn, TTripLogRecordedSampleTableColumn>(
-        document, row, text(TextId::SpeedProfileStep),
+        document, row, text(TextId::SpeedProfileStep), {},
+        [&](const TTripLogSampleTable& recorded) { return recorded.speed().values() == speeds; },
         [&](TTripLogSampleTable& fresh, const TTripLogSampleTable& recorded) {
             fresh.insertRows(0, recorded.rowCount());
             fresh.speed().setInterval(recorded.speed().interval());
@@ -179,7 +215,11 @@ EditOutcome correctSamples(TQuobrixDocument& document, RowIndex row, const std::
 EditOutcome correctSpeedBands(TQuobrixDocument& document, RowIndex row, const std::vector<double>& from,
                               const std::vector<double>& to) {
     return replacePart<TTripLogSpeedBandsTableColumn, TTripLogRecordedSpeedBandsTableColumn>(
-        document, row, text(TextId::SpeedBandsStep),
+        document, row, text(TextId::SpeedBandsStep), ascend(from, to) ? ShownText() : text(TextId::LimitsMustAscend),
+        [&](const TTripLogSpeedBandsTable& recorded) {
+            return std::ranges::equal(recorded.column<TTripLogSpeedBandFromColumn>().values(), from, isSameLimit) &&
+                   std::ranges::equal(recorded.column<TTripLogSpeedBandToColumn>().values(), to, isSameLimit);
+        },
         [&](TTripLogSpeedBandsTable& fresh, const TTripLogSpeedBandsTable& recorded) {
             fresh.insertRows(0, recorded.rowCount());
             for (RowIndex band = 0; band < std::min({recorded.rowCount(), from.size(), to.size()}); ++band) {

@@ -22,7 +22,8 @@ EditOutcome correctRecord(TQuobrixDocument& document, const LogSpec& log, RowInd
 EditOutcome giveDriver(TQuobrixDocument& document, const std::vector<RowIndex>& trips, std::int32_t driver);
 
 /// Gives the trip in ROW other speeds in place of its samples (km/h, as many as there are), or other ends of its speed
-/// bands (m/s, kNoValue: open).
+/// bands (m/s, kNoValue: open), which must ascend. What was recorded is no edit: a trip that is given that again is as
+/// if nobody had changed it.
 EditOutcome correctSamples(TQuobrixDocument& document, RowIndex row, const std::vector<std::uint8_t>& speeds);
 EditOutcome correctSpeedBands(TQuobrixDocument& document, RowIndex row, const std::vector<double>& from,
                               const std::vector<double>& to);

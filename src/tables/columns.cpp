@@ -106,6 +106,12 @@ void ObjectColumn::clear(RowIndex row) {
     set(row, kNoObject);
 }
 
+void ObjectColumn::takeOver(RowIndex row, ObjectColumn& other) {
+    clear(row);
+    set(row, other.at(row));
+    other.set(row, kNoObject);
+}
+
 void ObjectColumn::deleting() {
     for (RowIndex row = 0; row < storedRows(); ++row)
         destroyObject(row);

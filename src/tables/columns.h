@@ -234,6 +234,8 @@ public:
     bool replaceable(RowIndex row) const override;
     /// The class of the objects.
     virtual const PersistentType& objectType() const = 0;
+    /// The object of ROW in OTHER, which has none then, takes the place of that of this column, which is deleted.
+    void takeOver(RowIndex row, ObjectColumn& other);
 
 protected:
     void deleting() override;

@@ -325,5 +325,18 @@ TEST_F(WayTest, AFilterIsKeptUntilAHiddenRecordIsWantedOrTheDocumentEnds) {
     EXPECT_EQ(words()->text(), "");
 }
 
+TEST_F(WayTest, TheMouseHasButtonsForBackAndForward) {
+    press(Qt::Key_2, Qt::ControlModifier);
+    press(Qt::Key_3, Qt::ControlModifier);
+    LogView& events = static_cast<LogView&>(*frame_.pages().page(220));
+    QTest::mouseClick(events.summary().view().viewport(), Qt::BackButton);
+    EXPECT_EQ(path(), "View / Trip Log / Summary");
+    LogView& trips = static_cast<LogView&>(*frame_.pages().page(kTripLogPage));
+    const auto current = trips.summary().currentRow();
+    QTest::mouseClick(trips.summary().view().viewport(), Qt::ForwardButton, {}, QPoint(5, 5));
+    EXPECT_EQ(path(), "View / Activity Log / Summary");
+    EXPECT_EQ(trips.summary().currentRow(), current) << "it selects nothing";
+}
+
 } // namespace
 } // namespace quobrix

@@ -600,6 +600,33 @@ TEST(Merge, WhatAPersonHasEditedIsKnownAgain) {
         }
 }
 
+TEST(Merge, WhatIsEditedBackIsAsItWasRecorded) {
+    TQuobrixDocument document;
+    merge(trips({trip(kNoon)}), document);
+    const TTripLogTable& table = document.trips();
+    const auto speeds = table.column<TTripLogSampleTableColumn>().object(0)->speed().values();
+    const auto& bands = *table.column<TTripLogSpeedBandsTableColumn>().object(0);
+    const auto from = bands.column<TTripLogSpeedBandFromColumn>().values();
+    const auto to = bands.column<TTripLogSpeedBandToColumn>().values();
+    const std::size_t objects = document.store().objectCount();
+    const auto edit = [&] {
+        ASSERT_TRUE(correctSamples(document, 0, std::vector<std::uint8_t>(speeds.size(), 3)).ok());
+        ASSERT_TRUE(correctSpeedBands(document, 0, {0, 1, 2, 3, 4}, {0, 2, 3, 4, 5}).ok());
+    };
+    edit();
+    EXPECT_GT(document.store().objectCount(), objects);
+    EXPECT_EQ(merge(trips({trip(kNoon, 90)}), document).logs[0].replaced, 0u);
+    ASSERT_TRUE(correctSamples(document, 0, speeds).ok());
+    ASSERT_TRUE(correctSpeedBands(document, 0, from, to).ok());
+    EXPECT_EQ(document.store().objectCount(), objects);
+    document.edits().undo();
+    document.edits().undo();
+    EXPECT_EQ(merge(trips({trip(kNoon, 90)}), document).logs[0].replaced, 0u) << "edited, as before";
+    document.edits().redo();
+    document.edits().redo();
+    EXPECT_EQ(merge(trips({trip(kNoon, 90)}), document).logs[0].replaced, 1u);
+}
+
 TEST(Merge, RecordsOwnAsManyObjectsAsStated) {
     TQuobrixDocument document;
     merge(oneOfEach(), document);

@@ -3,6 +3,7 @@
 #include "support/record_set_builder.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <limits>
@@ -164,6 +165,18 @@ TEST(Records, NoneIsRefusedForWhatItTells) {
         parseMainRecords({}, RecordSetBytes().add(raw).take(), records);
         ASSERT_EQ(records.troubles.size(), 1u) << refusal(records);
         EXPECT_EQ(records.troubles[0].code, kept);
+    }
+    const double nan = std::numeric_limits<double>::quiet_NaN(), infinite = std::numeric_limits<double>::infinity();
+    for (const double figure : {nan, infinite, -infinite, 256.0, 255.9}) {
+        QuobrixTroubleRecord raw = plainTrouble();
+        raw.engineSpeed = 800;
+        raw.vehicleSpeed = raw.longTermFuelTrim[1] = figure;
+        LogRecords records;
+        parseMainRecords({}, RecordSetBytes().add(raw).take(), records);
+        ASSERT_EQ(records.troubles.size(), 1u) << refusal(records);
+        EXPECT_EQ(records.troubles[0].engineSpeed, 800);
+        EXPECT_EQ(records.troubles[0].longTermFuelTrim[1], std::isfinite(figure) ? figure : kNoValue);
+        EXPECT_EQ(records.troubles[0].vehicleSpeed, figure < 256 && figure > 0 ? figure : kNoValue);
     }
     for (const std::int32_t number : numbers) {
         QuobrixTroubleRecord trouble = plainTrouble();

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QHeaderView>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
@@ -70,6 +71,30 @@ TEST_F(LogListTest, KeepsItsCurrentRecord) {
     document_.newDocument();
     list.show(&document_.trips());
     EXPECT_EQ(list.currentRow(), std::nullopt);
+}
+
+TEST_F(LogListTest, TheCurrentRecordStaysInSight) {
+    for (int n = 0; n < 60; ++n)
+        test::addTrip(document_, 1'000 + n);
+    LogList list(context_, logSpec(LogId::Trips));
+    list.show(&document_.trips());
+    list.resize(400, 300); // narrower than its columns
+    list.QWidget::show();
+    QApplication::processEvents();
+    const auto inSight = [&] {
+        const QRect row = list.view().visualRect(list.view().currentIndex());
+        return row.isValid() && list.view().viewport()->rect().contains(row.center()) &&
+               row.bottom() <= list.view().viewport()->rect().bottom();
+    };
+    EXPECT_EQ(list.currentRow(), 59u);
+    EXPECT_TRUE(inSight()) << "whole, above the scroll bar";
+    list.resize(400, 220);
+    QApplication::processEvents();
+    EXPECT_TRUE(inSight());
+    list.view().verticalScrollBar()->setValue(0);
+    list.resize(400, 260);
+    QApplication::processEvents();
+    EXPECT_FALSE(inSight()) << "a person has scrolled away from it";
 }
 
 TEST_F(LogListTest, EveryFigureCanBeChosenOnceInItsGroup) {

@@ -190,6 +190,7 @@ TEST_F(RecordCommandsTest, WhatWasRecordedIsEditedWhileTheDiagnosticsMenuShows) 
     EXPECT_EQ(distance.at(1), 1000);
     EXPECT_EQ(recordedAt(distance, &trips.column<TTripLogRecordedCellsColumn>(), 1), 12000);
     EXPECT_EQ(trips.recorded(1).vin, test::kVin);
+    EXPECT_EQ(document_.vehicles().nameOf("1HGCM82633A004352"), "Unknown #2") << "as that of a download";
     EXPECT_EQ(document_.edits().undoDescription(), "editing Trip 2");
     document_.edits().undo();
     EXPECT_EQ(test::logCells(document_), before) << "in one step";
@@ -208,9 +209,14 @@ TEST_F(RecordCommandsTest, WhatWasRecordedIsEditedWhileTheDiagnosticsMenuShows) 
     EXPECT_EQ(trips.column<TTripLogRecordedSampleTableColumn>().object(1)->speed().at(3), 3);
     EXPECT_EQ(samples.object(1)->series(0).series().size(), 4u);
     start("RecordEditSpeedBands", "Diagnostics / Edit Trip Log / Edit Speed Bands");
-    EXPECT_TRUE(dialog().findChild<TSpreadsheet*>()->model().type(2, 0, "11").ok());
-    EXPECT_TRUE(end(&QDialog::accept));
-    EXPECT_EQ(trips.column<TTripLogSpeedBandsTableColumn>().object(1)->column<TTripLogSpeedBandFromColumn>().at(2), 11);
+    const auto from = [&](const char* speed) {
+        EXPECT_TRUE(dialog().findChild<TSpreadsheet*>()->model().type(2, 0, QLatin1String(speed)).ok());
+        return end(&QDialog::accept);
+    };
+    EXPECT_FALSE(from("11")) << "below the end of the band before it";
+    EXPECT_FALSE(from("30")) << "above its own end";
+    EXPECT_TRUE(from("21"));
+    EXPECT_EQ(trips.column<TTripLogSpeedBandsTableColumn>().object(1)->column<TTripLogSpeedBandFromColumn>().at(2), 21);
     document_.edits().undo();
     document_.edits().undo();
     EXPECT_EQ(test::logCells(document_), before);

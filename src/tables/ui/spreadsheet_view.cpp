@@ -520,6 +520,21 @@ void SpreadsheetView::setEmptyText(const QString& text) {
     viewport()->update();
 }
 
+void SpreadsheetView::resizeEvent(QResizeEvent* event) {
+    const QModelIndex cell = currentIndex();
+    const QRect row = visualRect(cell);
+    // One whose end is below the edge was gone to before there was a scroll bar.
+    const bool seen = cell.isValid() && row.top() >= 0 && row.top() < std::max(event->oldSize().height(), 1);
+    QTableView::resizeEvent(event);
+    if (!seen && isVisible())
+        return;
+    QScrollBar& sideways = *horizontalScrollBar();
+    const int before = sideways.value();
+    if (cell.isValid())
+        scrollTo(cell);
+    sideways.setValue(before);
+}
+
 void SpreadsheetView::paintEvent(QPaintEvent* event) {
     QTableView::paintEvent(event);
     if (model_.rowCount() > 0)
