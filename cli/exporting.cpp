@@ -57,7 +57,10 @@ std::vector<std::string> exportFormats() {
 ExitCode exportRecords(const ExportOptions& options) {
     const auto log = std::ranges::find(logs(), std::string_view(options.log), &LogSpec::name);
     const auto recordLog = std::ranges::find(logs(), std::string_view(options.log), &LogSpec::recordName);
-    const bool ofOneRecord = log == logs().end();
+    // The activity log and a record of it are called the same: "activity 1 FILE" asks for a record.
+    const bool ofOneRecord =
+        log == logs().end() || (log == recordLog && options.files.size() == 2 &&
+                                options.files[0].find_first_not_of("0123456789") == std::string::npos);
     if (ofOneRecord && (options.files.size() != 2 || options.any() || options.samples)) {
         complain(text(TextId::CliExportOfOneRecord, options.log));
         return kUsage;

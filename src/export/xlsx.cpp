@@ -166,7 +166,7 @@ private:
         const auto* whole = std::get_if<std::int64_t>(&value);
         const auto* real = std::get_if<double>(&value);
         const std::string_view shown = column.textView(row, context_, buffer_);
-        if (shown.empty())
+        if (shown.empty() || (kind == ColumnKind::Real && !real)) // what is shown of no value is not a figure
             return;
         if (kind == ColumnKind::Real && real && std::isfinite(*real))
             writeNumber(line, at, context_.units.toDisplay(column.unitOf(row), *real), format);

@@ -3,6 +3,7 @@
 #include "model/activity_log.h"
 #include "model/logs.h"
 #include "model/trip_log.h"
+#include "texts/catalogue.h"
 #include "texts/text.h"
 #include "units/date_time.h"
 
@@ -98,7 +99,10 @@ ShownText ActivityRemarksColumn::remark(RowIndex row) const {
     return idle ? quobrix::text(TextId::RemarkCleared, spanText(*idle)) : quobrix::text(TextId::RemarkClearedFirst);
 }
 
-Value ActivityRemarksColumn::value(RowIndex row) const { return std::string(remark(row)); }
+Value ActivityRemarksColumn::value(RowIndex row) const {
+    const EnglishTexts forPrograms;
+    return std::string(remark(row));
+}
 
 std::string_view ActivityRemarksColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
     buffer.words = remark(row);

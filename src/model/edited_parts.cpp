@@ -34,8 +34,7 @@ std::unique_ptr<SpeedProfileTable> editedSamples(const TTripLogSampleTable& samp
 std::vector<std::uint8_t> samplesOf(const SpeedProfileTable& edited) {
     std::vector<std::uint8_t> speeds;
     for (const double speed : edited.column<SpeedProfileSpeedColumn>().values())
-        speeds.push_back(
-            static_cast<std::uint8_t>(std::clamp(speed / toBaseFrom(UnitId::KilometrePerHour, 1) + 0.5, 0.0, 255.0)));
+        speeds.push_back(speedSample(speed));
     return speeds;
 }
 

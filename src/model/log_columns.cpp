@@ -56,6 +56,12 @@ std::optional<CellSource> DriverColumn::sourceOf(RowIndex row) const {
     return sourceIn<DriverNamesTable>(*this, namedKey(row));
 }
 
+std::uint8_t speedSample(double speed) {
+    // Half a km/h is no even number of m/s: what the conversion makes a hair less is meant to be one.
+    constexpr double kHair = 1e-9, kKilometresPerHour = 3.6; // in a m/s
+    return static_cast<std::uint8_t>(std::clamp(speed * kKilometresPerHour + 0.5 + kHair, 0.0, 255.0));
+}
+
 double SpeedSamplesColumn::speed(RowIndex row) const { return toBaseFrom(UnitId::KilometrePerHour, at(row)); }
 
 std::string_view SpeedSamplesColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
@@ -64,10 +70,7 @@ std::string_view SpeedSamplesColumn::textView(RowIndex row, const TextContext& c
 
 void SpeedSamplesColumn::setValue(RowIndex row, const Value& value) {
     const auto* speed = std::get_if<double>(&value);
-    // Half a km/h is no even number of m/s: what the conversion makes a hair less is meant to be one.
-    constexpr double kHair = 1e-9, kKilometresPerHour = 3.6; // in a m/s
-    const double rounded = speed ? *speed * kKilometresPerHour + 0.5 + kHair : 0;
-    set(row, static_cast<std::uint8_t>(std::clamp(rounded, 0.0, 255.0)));
+    set(row, speed ? speedSample(*speed) : std::uint8_t{0});
 }
 
 void SpeedSamplesColumn::setInterval(std::uint32_t seconds) {

@@ -66,6 +66,9 @@ public:
     std::optional<CellSource> sourceOf(RowIndex row) const override;
 };
 
+/// A speed in m/s as a sample holds it: in whole km/h of 0 to 255, halves upward.
+std::uint8_t speedSample(double speed);
+
 /// Speeds as the logger samples them: whole km/h, a byte each, at a fixed interval. Stream: u32 interval (s), then as
 /// ArrayColumn.
 class SpeedSamplesColumn : public ArrayColumn<std::uint8_t> {
@@ -75,7 +78,6 @@ public:
     double speed(RowIndex row) const;
     Value value(RowIndex row) const override { return speed(row); }
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
-    /// Rounded to whole km/h of 0 to 255, halves upward.
     void setValue(RowIndex row, const Value& value) override;
 
     /// s between samples

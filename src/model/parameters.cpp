@@ -129,7 +129,7 @@ Value ParameterSeriesColumn::sampleValue(std::size_t sample) const {
 std::string_view ParameterSeriesColumn::sampleText(std::size_t sample, const TextContext& context,
                                                    TextBuffer& buffer) const {
     if (series_.parameter() != kFuelSystemStatusParameter) {
-        const double shown = series_.has(sample) ? base(sample) : 0;
+        const double shown = series_.has(sample) ? base(sample) : baseFromMetric(series_.parameter(), 0);
         return context.units.formatValueWithUnits(unitTypeOfParameter(series_.parameter()), shown, buffer.figure);
     }
     if (!series_.has(sample))

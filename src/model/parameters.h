@@ -16,7 +16,7 @@ inline constexpr int kParameterCount = 24;
 /// The one parameter that is a pair of codes instead of a figure: the status of fuel systems 1 and 2.
 inline constexpr std::int32_t kFuelSystemStatusParameter = 11;
 
-inline constexpr SourceText kFuelSystemStatusName("Fuel System Status"); ///< among choices
+inline constexpr SourceText kFuelSystemStatusName("Fuel System Status"); ///< of choices and series
 
 /// "Engine Speed"; empty for 11 and for unknown identifiers.
 SourceText parameterName(std::int32_t parameter);
@@ -96,8 +96,8 @@ public:
 
     /// The sample in base units; nothing where there is none.
     Value sampleValue(std::size_t sample) const;
-    /// The sample as the user reads it. One without a value reads as zero in the current unit does, which it has always
-    /// done; codes of the fuel systems' status, the second one only where there are two, are empty then.
+    /// The sample as the user reads it. One without a value reads as zero of the loggers' unit does (0 °C), which it has
+    /// always done; codes of the fuel systems' status, the second one only where there are two, are empty then.
     std::string_view sampleText(std::size_t sample, const TextContext& context, TextBuffer& buffer) const;
 
     /// As rows of the sample table: the sample taken at the row's elapsed time; nothing at rows between samples.

@@ -124,7 +124,7 @@ Blocks parameterBlocks(const TTripLogSampleTable& samples, const TextContext& co
 } // namespace
 
 ShownText seriesHeading(const ParameterSeriesColumn& series) {
-    // The logger's list of parameters has no name for this one, only for its two halves.
+    // The logger's list of parameters has no name for this one.
     if (series.parameter() == kFuelSystemStatusParameter)
         return text(TextId::TwoSeriesOf, text(kFuelSystemStatusName), series.name());
     return series.name();

@@ -101,6 +101,14 @@ constexpr Category kCategories[] = {
     {'P', "3", "", SourceText("Unknown Network DTC (Reserved)"), kReserved},
 };
 
+/// What the table holds of CODE; nothing for a code that it does not.
+const TroubleCode* knownCode(std::string_view code) {
+    const auto found =
+        std::lower_bound(std::begin(kTroubleCodes), std::end(kTroubleCodes), code,
+                         [](const TroubleCode& entry, std::string_view wanted) { return entry.code < wanted; });
+    return found != std::end(kTroubleCodes) && found->code == code ? found : nullptr;
+}
+
 /// The category of CODE, which has five characters; nothing if it is of none.
 const Category* categoryOf(std::string_view code) {
     const auto fits = [code](const Category& category) {
@@ -133,19 +141,18 @@ SourceText troubleCodeDescription(std::string_view code) {
         return {};
     if (code.size() != kCodeLength)
         return SourceText("Invalid DTC");
-    const auto found =
-        std::lower_bound(std::begin(kTroubleCodes), std::end(kTroubleCodes), code,
-                         [](const TroubleCode& entry, std::string_view wanted) { return entry.code < wanted; });
-    if (found != std::end(kTroubleCodes) && found->code == code)
-        return found->description;
+    if (const TroubleCode* const known = knownCode(code))
+        return known->description;
     const Category* const category = categoryOf(code);
     return category ? category->description : SourceText("Unknown DTC");
 }
 
 TroubleCodeParts troubleCodeParts(std::string_view code) {
     const Category* const category = code.size() == kCodeLength ? categoryOf(code) : nullptr;
-    return category ? TroubleCodeParts{systemOf(category->letter), category->control, category->subsystem}
-                    : TroubleCodeParts{};
+    if (!category)
+        return {};
+    // SAE J2012 describes all codes of the table, whoever has the others of their category.
+    return {systemOf(category->letter), knownCode(code) ? kSae : category->control, category->subsystem};
 }
 
 } // namespace quobrix

@@ -23,6 +23,16 @@ public:
 /// English. To be set before other threads are started: texts that have been shown stay as they are.
 void setCatalogue(std::shared_ptr<const Catalogue> catalogue, std::string language = "en");
 const Catalogue* catalogue();
+
+/// While one lives, the texts that its thread makes are English: what programs read has one language.
+class EnglishTexts {
+public:
+    EnglishTexts();
+    ~EnglishTexts();
+    EnglishTexts(const EnglishTexts&) = delete;
+    EnglishTexts& operator=(const EnglishTexts&) = delete;
+};
+
 const std::string& textLanguage();
 
 } // namespace quobrix

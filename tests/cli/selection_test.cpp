@@ -122,6 +122,7 @@ TEST_F(SelectionOnTheCommandLine, RefusesWhatItCannotMean) {
         {{"export", "trip", "A.car", "-o", "Trips.csv"}, 2, "export trip NUMBER FILE.car"},
         {{"export", "trip", "1", "A.car", "-o", "Trips.csv", "--find", "x"}, 2, "export trip NUMBER FILE.car"},
         {{"export", "trouble", "1", "A.car", "-o", "Trips.csv"}, 2, "have no samples"},
+        {{"export", "activity", "1", "A.car", "-o", "Trips.csv"}, 2, "have no samples"},
     };
     const std::string before = textOf(folder_ / "A.car");
     for (const auto& c : cases) {
@@ -246,6 +247,11 @@ TEST_F(SelectionOnTheCommandLine, WritesSpreadsheetsThatOthersRead) {
     const std::string stop = runProgram(folder_.path(), "/usr/bin/python3", {QUOBRIX_READ_XLSX, "Stop.xlsx"}).out;
     EXPECT_NE(stop.find("B2 datetime 2023-11-14 22:13:20 mm/dd/yyyy hh:mm AM/PM\n"), std::string::npos) << stop;
     EXPECT_NE(stop.find("C2 str '202311142213' General\n"), std::string::npos) << "by the logger's clock: " << stop;
+
+    ASSERT_EQ(cli({"export", "trip", "2", "A.car", "-o", "Samples.xlsx"}).exitCode, 0);
+    const std::string samples = runProgram(folder_.path(), "/usr/bin/python3", {QUOBRIX_READ_XLSX, "Samples.xlsx"}).out;
+    EXPECT_NE(samples.find("\nD2 int 800 "), std::string::npos) << samples;
+    EXPECT_EQ(samples.find("\nD4 "), std::string::npos) << "the vehicle told no engine speed: " << samples;
 }
 
 TEST_F(SelectionOnTheCommandLine, NeverTakesHalfASpreadsheetForAWholeOne) {

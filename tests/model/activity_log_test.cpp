@@ -1,6 +1,7 @@
 #include "model/activity_log.h"
 
 #include "model/quobrix_document.h"
+#include "support/pseudo_catalogue.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
@@ -79,10 +80,10 @@ TEST_F(ActivityLog, RemarksTellWhatIsWorthALook) {
     trips.column<TTripLogStartTimeColumn>().set(0, 1000);
     trips.column<TTripLogEndTimeColumn>().set(0, 5000);
     trips.column<TTripLogQuobrixSerialNumberColumn>().set(0, kLogger);
-    EXPECT_EQ(remark(5, 5000 + 119), "The last record before it is 119 seconds older.");
-    EXPECT_EQ(remark(5, 5000 + 119), "The last record before it is 0 seconds older.");
-    EXPECT_EQ(remark(7, 5119 + 120), "The last record before it is 2 minutes older.");
-    EXPECT_EQ(remark(7, 5239 + 47 * 3600), "The last record before it is 47 hours older.");
+    EXPECT_EQ(remark(5, 5000 + 119), "Nothing had been recorded for 119 seconds.");
+    EXPECT_EQ(remark(5, 5000 + 119), "Nothing had been recorded for 0 seconds.");
+    EXPECT_EQ(remark(7, 5119 + 120), "Nothing had been recorded for 2 minutes.");
+    EXPECT_EQ(remark(7, 5239 + 47 * 3600), "Nothing had been recorded for 47 hours.");
     EXPECT_EQ(remark(5, 500'000, kOther), "This file has no earlier record of it.");
     EXPECT_EQ(remark(1, 600'000), "");
     EXPECT_EQ(remark(0, 600'000 + 90'000), "Connected again after 25 hours.");
@@ -93,10 +94,16 @@ TEST_F(ActivityLog, RemarksTellWhatIsWorthALook) {
     EXPECT_EQ(remark(4, 700'000), "Times before and after it may not fit together.");
     for (const std::int32_t event : {3, 6, 20, 21, -1, kNone})
         EXPECT_EQ(remark(event, 800'000), "");
+    setCatalogue(std::make_shared<testing::PseudoCatalogue>());
+    EXPECT_EQ(text<TSecurityLogRemarksColumn>(1), "⟦This file has no earlier record of it.⟧");
+    EXPECT_EQ(document_.activity().column<TSecurityLogRemarksColumn>().value(1),
+              Value("This file has no earlier record of it."))
+        << "programs read English";
+    setCatalogue(nullptr);
     // What comes later changes what is told of those before.
     EXPECT_EQ(text<TSecurityLogRemarksColumn>(1), "This file has no earlier record of it.");
     add(20, 40);
-    EXPECT_EQ(text<TSecurityLogRemarksColumn>(1), "The last record before it is 60 seconds older.");
+    EXPECT_EQ(text<TSecurityLogRemarksColumn>(1), "Nothing had been recorded for 60 seconds.");
 }
 
 } // namespace

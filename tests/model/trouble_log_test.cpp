@@ -56,6 +56,8 @@ TEST(TroubleCodes, SayWhatTheirCharactersMean) {
         {"P1750", "Powertrain", "The manufacturer", "Transmission"},
         {"P3500", "Powertrain", "SAE", ""},
         {"P0A00", "Powertrain", "SAE", ""}, // whatever a code of its kind that is not known is called
+        {"P2A00", "Powertrain", "SAE", ""}, // in the table, in a category that is otherwise the manufacturer's
+        {"P2B00", "Powertrain", "The manufacturer", ""},
         {"C1000", "Chassis", "The manufacturer", ""},
         {"B3000", "Body", "Nobody", ""},
         {"U0100", "Network", "SAE", ""},
