@@ -10,6 +10,7 @@
 #include "cli/plotting.h"
 #include "cli/printing.h"
 #include "cli/reading.h"
+#include "cli/statistics.h"
 #include "model/record_filter.h"
 #include "texts/text.h"
 
@@ -204,6 +205,22 @@ ExitCode run(const ProgramArguments& arguments) {
         ->type_name(text(TextId::CliHelpWordText));
     units(plotCommand, plottingOptions.units);
 
+    StatisticsOptions statisticsOptions;
+    CLI::App& statisticsCommand = subcommand("statistics", TextId::CliHelpStatistics);
+    std::vector<std::string> periodNames;
+    for (const Period& period : periods())
+        periodNames.emplace_back(period.name);
+    statisticsCommand.add_option("--period", statisticsOptions.period, text(TextId::CliHelpStatisticsPeriod))
+        ->check(CLI::IsMember(periodNames))
+        ->type_name(text(TextId::CliHelpWordText));
+    statisticsCommand.add_option("--vehicle", statisticsOptions.vehicle, text(TextId::CliHelpStatisticsVehicle));
+    statisticsCommand.add_option("--driver", statisticsOptions.driver, text(TextId::CliHelpStatisticsDriver));
+    statisticsCommand.add_option("--database", statisticsOptions.database, text(TextId::CliHelpStatisticsDatabase));
+    statisticsCommand.add_option("--format", statisticsOptions.format, text(TextId::CliHelpStatisticsFormat))
+        ->check(CLI::IsMember({"text", "csv", "json"}))
+        ->type_name(text(TextId::CliHelpWordText));
+    units(statisticsCommand, statisticsOptions.units);
+
     std::vector<std::string> codes;
     CLI::App& describeCommand = subcommand("describe", TextId::CliHelpDescribe);
     describeCommand.add_option("code", codes, text(TextId::CliHelpCode))->required();
@@ -273,6 +290,8 @@ ExitCode run(const ProgramArguments& arguments) {
         return print(printOptions);
     if (plotCommand)
         return plot(plottingOptions);
+    if (statisticsCommand)
+        return statistics(statisticsOptions);
     if (describeCommand)
         return describe(codes);
     if (compactCommand)

@@ -29,6 +29,24 @@ std::string csvField(std::string_view text) {
     return '"' + field + '"';
 }
 
+std::string csvText(const Column& column, RowIndex row, const TextContext& context) {
+    if (column.kind() != ColumnKind::Real)
+        return csvWords(column.text(row, context)); // numbers may show as names that people gave
+    const Value value = column.value(row);          // the unit is in the heading
+    const auto* real = std::get_if<double>(&value);
+    return real ? context.units.formatValue(column.unitOf(row), *real) : std::string();
+}
+
+} // namespace
+
+TextLocale csvLocale() {
+    TextLocale plain;
+    plain.numbers.grouping = DigitGrouping::parse("0");
+    return plain;
+}
+
+std::string csvWords(std::string_view text) { return notAFormula(harmlessLines(text)); }
+
 std::string csvRow(const std::vector<std::string>& fields) {
     std::string row;
     for (const std::string& field : fields)
@@ -36,20 +54,8 @@ std::string csvRow(const std::vector<std::string>& fields) {
     return row + "\r\n";
 }
 
-std::string csvText(const Column& column, RowIndex row, const TextContext& context) {
-    if (column.kind() != ColumnKind::Real)
-        return notAFormula(harmlessLines(column.text(row, context))); // numbers may show as names that people gave
-    const Value value = column.value(row);                            // the unit is in the heading
-    const auto* real = std::get_if<double>(&value);
-    return real ? context.units.formatValue(column.unitOf(row), *real) : std::string();
-}
-
-} // namespace
-
 void writeCsv(std::span<const ExportRecords> records, const TextContext& read, const ExportSink& sink) {
-    TextLocale plain; // for other programs: a point, and no grouping
-    plain.numbers.grouping = DigitGrouping::parse("0");
-    TUnitSystem units(plain);
+    TUnitSystem units(csvLocale());
     units.replace(read.units.choices());
     const TextContext context{units, read.zone};
     std::vector<std::string> fields;
@@ -64,7 +70,7 @@ void writeCsv(std::span<const ExportRecords> records, const TextContext& read, c
         for (const RowIndex row : part.rows) {
             fields.clear();
             if (part.file)
-                fields.push_back(notAFormula(harmlessLines(*part.file)));
+                fields.push_back(csvWords(*part.file));
             for (const ExportColumn& each : part.columns)
                 fields.push_back(csvText(*each.column, row, context));
             if (!put())

@@ -1,42 +1,16 @@
 #include "export/json.h"
 
-#include "base/utf8.h"
+#include "export/json_text.h"
 #include "model/log_columns.h"
 #include "model/parameters.h"
 #include "tables/table.h"
 
-#include <fmt/format.h>
-
-#include <charconv>
 #include <cmath>
 #include <numeric>
 #include <string>
 
 namespace quobrix {
 namespace {
-
-std::string jsonText(std::string_view text) {
-    const std::string valid = validUtf8(text);
-    std::string result = "\"";
-    for (std::size_t at = 0; at < valid.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(valid[at]);
-        if (byte == '"' || byte == '\\')
-            result += '\\';
-        if (byte == 0xC2 && static_cast<unsigned char>(valid[at + 1]) < 0xA0)
-            result += fmt::format("\\u{:04x}", static_cast<unsigned char>(valid[++at]));
-        else if (byte < 0x20 || byte == 0x7F)
-            result += fmt::format("\\u{:04x}", byte);
-        else
-            result += valid[at];
-    }
-    return result + '"';
-}
-
-template <class T>
-std::string jsonNumber(T value) {
-    char buffer[32]; // the shortest text of a double that reads back as it has at most 24 characters
-    return {buffer, std::to_chars(std::begin(buffer), std::end(buffer), value).ptr};
-}
 
 std::string jsonValue(const Value& value) {
     if (const auto* boolean = std::get_if<bool>(&value))
@@ -49,27 +23,6 @@ std::string jsonValue(const Value& value) {
         return jsonText(*text);
     return "null";
 }
-
-template <class Items, class ToJson>
-std::string jsonArray(const Items& items, const ToJson& toJson) {
-    std::string text = "[";
-    for (const auto& item : items)
-        text += (text.size() > 1 ? "," : "") + toJson(item);
-    return text + "]";
-}
-
-/// An object whose members are put together one after the other.
-class JsonObject {
-public:
-    void add(std::string_view key, std::string_view json) {
-        text_ += (text_.empty() ? '{' : ',') + jsonText(key) + ":";
-        text_ += json;
-    }
-    std::string text() const { return text_.empty() ? "{}" : text_ + "}"; }
-
-private:
-    std::string text_;
-};
 
 /// The values of a column that lies in an object of its own.
 std::string jsonOf(const Column& column) {

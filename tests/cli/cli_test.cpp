@@ -1,5 +1,6 @@
 #include "cli/parsing.h"
 #include "cli/program.h"
+#include "summary/summary_database.h"
 #include "support/document_streams.h"
 #include "support/sample_trip.h"
 #include "support/temporary_folder.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
+#include <regex>
 #include <set>
 
 namespace quobrix {
@@ -148,6 +150,56 @@ TEST_F(CommandLine, DescribesTroubleCodes) {
                            "P3500  Unknown Powertrain DTC (SAE Controlled; Reserved)\n"
                            "p0300  Unknown DTC\n"
                            "P030  Invalid DTC\n");
+}
+
+TEST_F(CommandLine, StatisticsAreThoseOfTheSummaryDatabase) {
+    std::vector<SummaryRecord> records(4);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        SummaryRecord& each = records[i];
+        each.mark = SummaryRecord::kOurs;
+        each.vin = SummaryText(i < 3 ? kVin : "V2");
+        each.vehicleName = SummaryText(i < 3 ? "=Wagon" : "Pickup");
+        each.driver = SummaryText("7");
+        each.start = kStart;
+        each.end = kStart + 3600;
+        each.distance = 50'000;
+        each.events[SummaryRecord::HardBrakes] = {2, 9};
+        each.idleTime = each.topBandTime = 1800;
+    }
+    records[3].slots[1] = {1, 4, 368.15, 378.15, kNoValue, 65, 0};
+    SummaryDatabase database;
+    ASSERT_TRUE(database.open(folder_ / "Quobrix.cdb", SummaryDatabase::Access::Write));
+    ASSERT_TRUE(database.append(records));
+    database.close();
+    const std::string before = textOf(folder_ / "Quobrix.cdb");
+    const auto statistics = [&](std::vector<std::string> more) {
+        std::vector<std::string> arguments{"statistics", "--database", "Quobrix.cdb", "--units", "Metric"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return cli(arguments);
+    };
+    Outcome outcome = statistics({});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    const std::string out = std::regex_replace(outcome.out, std::regex(" +"), " ");
+    for (const char* line : {" Distance 200.0 km\n", " Hard Brakes per 100 km 4.0\n", " Share of Top Speed Band 50%\n",
+                             " =Wagon 150.0 km 3 ", " Coolant Temperature 95 °C 00:01:05 00:00:00 105 °C"})
+        EXPECT_NE(out.find(line), std::string::npos) << line << "\n" << out;
+    outcome = statistics({"--vehicle", "pickup", "--format", "json"});
+    const auto values = jsonLeaves(outcome.out);
+    EXPECT_EQ(values.at("figures.distance"), JsonValue(50'000.0));
+    EXPECT_EQ(values.at("figures.hardBrakes"), JsonValue(2 / 50'000.0));
+    EXPECT_EQ(values.at("figures.fewTrips"), JsonValue(true));
+    EXPECT_EQ(values.at("vehicles.0.key"), JsonValue("V2"));
+    EXPECT_EQ(values.at("parameters.0.timeOver"), JsonValue(65.0));
+    EXPECT_EQ(values.at("parameters.0.lowest"), JsonValue());
+    EXPECT_NE(statistics({"--vehicle", "pickup"}).out.find("4.0 (fewer than three trips)"), std::string::npos);
+    const auto lines = parseCsv(statistics({"--format", "csv", "--driver", "7"}).out);
+    EXPECT_EQ(lines.at(1), (std::vector<std::string>{"All", "", "Distance", "200.0 km", ""}));
+    EXPECT_TRUE(std::ranges::any_of(lines, [](const auto& line) { return line[1] == "'=Wagon"; }));
+    EXPECT_NE(statistics({"--period", "last-month"}).out.find("No trip"), std::string::npos);
+    EXPECT_EQ(statistics({"--vehicle", "Tractor"}).exitCode, 1);
+    EXPECT_EQ(cli({"statistics"}).exitCode, 1); // there is none, and none is made
+    EXPECT_EQ(textOf(folder_ / "Quobrix.cdb"), before);
+    EXPECT_FALSE(fs::exists(folder_ / "home" / ".local"));
 }
 
 TEST_F(CommandLine, WhatPaintsPagesIsNeededForThemOnly) {

@@ -112,11 +112,16 @@ TEST_F(Language, OfListsAndReports) {
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    const std::vector<std::string> commands = {"download", "import",  "list",      "export",   "columns", "report",
-                                               "check",    "compact", "configure", "describe", "plot",    "print"};
+    const std::vector<std::string> commands = {"download", "import", "list",      "export",    "columns",
+                                               "report",   "check",  "compact",   "configure", "describe",
+                                               "plot",     "print",  "statistics"};
     expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
     for (const std::string& command : commands)
         expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log", "code"});
+    expectTranslated({"statistics", "--database", "Missing.cdb"}, 1);
+    expectTranslated({"statistics", "--database", "Garbage.car"}, 1);
+    for (const char* format : {"text", "csv"})
+        expectTranslated({"statistics", "--database", QUOBRIX_SUMMARIES, "--format", format}, 0, {"Wagon", "Anna"});
     expectTranslated({"describe", "P0300", "B3ABC", "P03"}, 0, {"P0300", "B3ABC", "P03"});
     expectTranslated({"check", "Missing.car"}, 1);
     expectTranslated({"check", ""}, 1);

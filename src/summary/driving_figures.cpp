@@ -1,0 +1,72 @@
+#include "summary/driving_figures.h"
+
+#include "report/report.h"
+#include "texts/text.h"
+#include "units/date_time.h"
+#include "units/unit_system.h"
+
+#include <cmath>
+
+namespace quobrix {
+namespace {
+
+std::optional<double> ratio(double part, double whole) {
+    return whole > 0 ? std::optional(part / whole) : std::nullopt;
+}
+
+constexpr DrivingFigure kFigures[] = {
+#define FIGURE(Key, Title, Kind, Unit, OfTotals)                                                                       \
+    {#Key, SourceText(Title), FigureKind::Kind, UnitTypeId::Unit,                                                      \
+     [](const DrivingTotals& t) -> std::optional<double> {                                                             \
+         return t.trips > 0 ? std::optional<double>(OfTotals) : std::nullopt;                                          \
+     }},
+#include "summary/driving_figures.def"
+#undef FIGURE
+};
+
+bool inMiles(const TUnitSystem& units) {
+    const UnitId unit = units.unit(UnitTypeId::Distance);
+    return unit == UnitId::Mile || unit == UnitId::Foot;
+}
+
+} // namespace
+
+std::span<const DrivingFigure> drivingFigures() { return kFigures; }
+
+ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units) {
+    const ShownText title = text(figure.title);
+    if (figure.kind != FigureKind::Rate)
+        return title;
+    return inMiles(units) ? text(TextId::FigurePer100Miles, title) : text(TextId::FigurePer100Kilometres, title);
+}
+
+ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
+    constexpr double kMile = 1609.344; // m
+    const std::optional<double> value = figure.value(totals);
+    if (!value)
+        return {};
+    ValueText buffer;
+    switch (figure.kind) {
+    case FigureKind::Count:
+        return ShownText::asItIs(units.formatInteger(std::llround(*value)));
+    case FigureKind::Time:
+        return ShownText::asItIs(durationText(std::llround(*value)));
+    case FigureKind::Quantity:
+        return ShownText::asItIs(units.formatValueWithUnits(figure.unit, *value));
+    case FigureKind::Rate:
+        return ShownText::asItIs(std::string(
+            formatNumber(units.locale().numbers, *value * 100 * (inMiles(units) ? kMile : 1000), 1, buffer)));
+    case FigureKind::Share:
+        break;
+    }
+    return ShownText::asItIs(shareText(*value));
+}
+
+std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now) {
+    const std::optional<double> old = figure.value(before), present = figure.value(now);
+    if (!old || !present || *old == 0)
+        return {};
+    return *present / *old - 1;
+}
+
+} // namespace quobrix

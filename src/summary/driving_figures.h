@@ -1,0 +1,50 @@
+#pragma once
+
+#include "summary/driving_statistics.h"
+#include "texts/source_text.h"
+#include "units/unit_catalogue.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quobrix {
+
+class TUnitSystem;
+
+/// How a figure reads.
+enum class FigureKind {
+    Count,
+    Time,     ///< s, as HH:MM:SS
+    Quantity, ///< in the user's unit
+    Rate,     ///< a metre; shown for 100 miles or kilometres
+    Share,    ///< 0 to 1, as percent
+};
+
+/// Fewer trips than that say little about how somebody drives: rates and shares of them are shown with a remark.
+inline constexpr std::size_t kFewTrips = 3;
+
+/// A figure of the statistics, one row of driving_figures.def each.
+struct DrivingFigure {
+    std::string_view key; ///< "hardBrakes"; names it for programs
+    SourceText title;     ///< "Hard Brakes"
+    FigureKind kind;
+    UnitTypeId unit;                                      ///< of quantities
+    std::optional<double> (*value)(const DrivingTotals&); ///< nothing where there is nothing to make it of
+
+    /// Whether it is made of so few trips that whoever shows it says so.
+    bool ofFewTrips(const DrivingTotals& totals) const {
+        return (kind == FigureKind::Rate || kind == FigureKind::Share) && totals.trips < kFewTrips;
+    }
+};
+std::span<const DrivingFigure> drivingFigures();
+
+/// "Hard Brakes per 100 Miles": miles where distances are shown in miles or feet, else kilometres.
+ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
+/// As the user reads it, with its unit; empty where there is no value.
+ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// The part by which it changed, 0.1 being a tenth more; nothing where either value is missing or the older one is 0.
+std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now);
+
+} // namespace quobrix

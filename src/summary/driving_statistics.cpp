@@ -1,0 +1,165 @@
+#include "summary/driving_statistics.h"
+
+#include "base/utf8.h"
+#include "units/time_zone.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <numeric>
+#include <unordered_map>
+
+namespace quobrix {
+namespace {
+
+/// What a file says may be anything.
+double sound(double value) { return std::isfinite(value) && value > 0 ? value : 0; }
+
+std::string_view firstKnown(const SummaryText& first, const SummaryText& second) {
+    return first.known() ? first.view() : second.known() ? second.view() : std::string_view();
+}
+
+template <class Key>
+std::vector<DrivingGroup> grouped(const SummaryRows& rows, const Key& keyOf, SummaryText SummaryRecord::*name) {
+    struct Member {
+        DrivingTotals totals;
+        const SummaryRecord* newest = nullptr; ///< of those that have a name
+    };
+    std::unordered_map<std::string_view, Member> members;
+    for (const SummaryRecord* record : rows) {
+        Member& member = members[keyOf(*record)];
+        member.totals.add(*record);
+        if ((record->*name).known() && (!member.newest || record->start >= member.newest->start))
+            member.newest = record;
+    }
+    std::vector<DrivingGroup> groups;
+    for (const auto& [key, member] : members)
+        groups.push_back(
+            {std::string(key), validUtf8(member.newest ? (member.newest->*name).view() : key), member.totals});
+    std::ranges::sort(groups, [](const DrivingGroup& a, const DrivingGroup& b) {
+        return a.totals.distance != b.totals.distance ? a.totals.distance > b.totals.distance : a.key < b.key;
+    });
+    return groups;
+}
+
+/// PERIOD moved back by its own length; the present month by none.
+TimeRange rangeBefore(const Period& period, std::int32_t now, const TimeZone& zone) {
+    DateTime today = zone.toLocal(now);
+    today.month -= period.months;
+    const DateTime then{.year = today.year, .month = today.month, .day = 1, .hour = 12};
+    return rangeOf(period, zone.toUtc(then), zone);
+}
+
+} // namespace
+
+std::string_view vehicleKey(const SummaryRecord& record) { return firstKnown(record.vin, record.vehicleName); }
+std::string_view driverKey(const SummaryRecord& record) { return firstKnown(record.driver, record.driverName); }
+
+void DrivingTotals::add(const SummaryRecord& record) {
+    ++trips;
+    distance += sound(record.distance);
+    time += sound(static_cast<double>(record.duration()));
+    topSpeed = std::max(topSpeed, sound(record.topSpeed));
+    if (!record.ours())
+        return;
+    watchedDistance += sound(record.distance);
+    for (std::size_t kind = 0; kind < events.size(); ++kind)
+        events[kind] += record.events[kind].count;
+    bands[0] += sound(record.idleTime);
+    for (std::size_t band = 0; band < record.bandTimes.size(); ++band)
+        bands[band + 1] += sound(record.bandTimes[band]);
+    bands[4] += sound(record.topBandTime);
+}
+
+double DrivingTotals::bandTime() const { return std::accumulate(bands.begin(), bands.end(), 0.0); }
+
+DrivingTotals totalsOf(const SummaryRows& rows) {
+    DrivingTotals totals;
+    for (const SummaryRecord* record : rows)
+        totals.add(*record);
+    return totals;
+}
+
+std::vector<DrivingGroup> byVehicle(const SummaryRows& rows) {
+    return grouped(rows, vehicleKey, &SummaryRecord::vehicleName);
+}
+std::vector<DrivingGroup> byDriver(const SummaryRows& rows) {
+    return grouped(rows, driverKey, &SummaryRecord::driverName);
+}
+
+std::vector<DrivingMonth> byMonth(const SummaryRows& rows, std::int32_t now, const TimeZone& zone) {
+    constexpr int kMonths = 12;
+    const DateTime today = zone.toLocal(now);
+    std::vector<DrivingMonth> months;
+    std::vector<std::int64_t> starts; // of each month, and of the one behind the last
+    for (int back = kMonths - 1; back >= -1; --back) {
+        const DateTime first = normalized({.year = today.year, .month = today.month - back});
+        starts.push_back(zone.toUtc(first));
+        if (back >= 0)
+            months.push_back({first.year, first.month, back == 0, {}});
+    }
+    for (const SummaryRecord* record : rows) {
+        const auto behind = std::ranges::upper_bound(starts, std::int64_t{record->start});
+        if (behind != starts.begin() && behind != starts.end())
+            months[static_cast<std::size_t>(behind - starts.begin() - 1)].totals.add(*record);
+    }
+    return months;
+}
+
+std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows) {
+    std::map<std::int32_t, std::pair<MonitoredParameter, std::int32_t>> parameters; // with the start of the newest trip
+    for (const SummaryRecord* record : rows)
+        for (const SummaryRecord::Slot& slot : record->slots) {
+            if (slot.used == 0 || !record->ours())
+                continue;
+            auto& [sum, newest] = parameters[slot.parameter];
+            if (sum.trips == 0 || record->start >= newest) {
+                newest = record->start;
+                sum.threshold = slot.threshold;
+            }
+            sum.parameter = slot.parameter;
+            ++sum.trips;
+            sum.timeOver += slot.timeOver;
+            sum.timeUnder += slot.timeUnder;
+            if (hasValue(slot.highest))
+                sum.highest = hasValue(sum.highest) ? std::max(sum.highest, slot.highest) : slot.highest;
+            if (hasValue(slot.lowest))
+                sum.lowest = hasValue(sum.lowest) ? std::min(sum.lowest, slot.lowest) : slot.lowest;
+        }
+    std::vector<MonitoredParameter> result;
+    for (const auto& [parameter, sum] : parameters)
+        result.push_back(sum.first);
+    return result;
+}
+
+DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
+                                    std::int32_t now, const TimeZone& zone) {
+    SummaryRows ofAllTimes;
+    ofAllTimes.reserve(records.size());
+    for (const SummaryRecord& record : records)
+        if ((!choice.vehicle || vehicleKey(record) == *choice.vehicle) &&
+            (!choice.driver || driverKey(record) == *choice.driver))
+            ofAllTimes.push_back(&record);
+    const auto within = [&](const TimeRange& time) {
+        SummaryRows rows;
+        std::ranges::copy_if(ofAllTimes, std::back_inserter(rows),
+                             [&](const SummaryRecord* record) { return time.holds(record->start); });
+        return rows;
+    };
+    DrivingStatistics result;
+    if (choice.period) {
+        result.time = rangeOf(*choice.period, now, zone);
+        result.unfinished = choice.period->months == 0;
+        if (!result.unfinished)
+            result.before = totalsOf(within(rangeBefore(*choice.period, now, zone)));
+    }
+    const SummaryRows rows = within(result.time);
+    result.totals = totalsOf(rows);
+    result.months = byMonth(ofAllTimes, now, zone);
+    result.vehicles = byVehicle(rows);
+    result.drivers = byDriver(rows);
+    result.parameters = monitoredParameters(rows);
+    return result;
+}
+
+} // namespace quobrix

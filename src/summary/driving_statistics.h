@@ -1,0 +1,95 @@
+#pragma once
+
+#include "model/record_filter.h"
+#include "summary/summary_record.h"
+#include "units/date_time.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quobrix {
+
+class TimeZone;
+
+// What the records of the summary database come to: whoever shows a figure takes it from here. Base units.
+
+/// What tells vehicles and drivers apart: VIN and number, else their names; empty where neither is known. Holds as long
+/// as the record.
+std::string_view vehicleKey(const SummaryRecord& record);
+std::string_view driverKey(const SummaryRecord& record);
+
+/// The records that count, of those whose owner outlives it.
+using SummaryRows = std::vector<const SummaryRecord*>;
+
+/// The sums that figures are made of. A record of another program adds to trips, distance, time and top speed only:
+/// what else it holds cannot be known.
+struct DrivingTotals {
+    std::size_t trips = 0;
+    double distance = 0;        ///< m
+    double time = 0;            ///< s
+    double topSpeed = 0;        ///< m/s
+    double watchedDistance = 0; ///< m of it in which events were counted
+    std::array<double, SummaryRecord::kEventKinds> events{};
+    /// s at idle, in bands 1 to 3 and in the top one
+    std::array<double, 5> bands{};
+
+    void add(const SummaryRecord& record);
+    double bandTime() const; ///< s in all of them
+};
+DrivingTotals totalsOf(const SummaryRows& rows);
+
+/// The totals of a vehicle or driver.
+struct DrivingGroup {
+    std::string key;  ///< empty: not known
+    std::string name; ///< as the newest record has it, else the key
+    DrivingTotals totals;
+};
+/// Those that drove farthest come first.
+std::vector<DrivingGroup> byVehicle(const SummaryRows& rows);
+std::vector<DrivingGroup> byDriver(const SummaryRows& rows);
+
+/// A month of the local calendar.
+struct DrivingMonth {
+    int year = 0, month = 0;
+    bool unfinished = false;
+    DrivingTotals totals;
+};
+/// The twelve that end with the one of NOW, by when trips started.
+std::vector<DrivingMonth> byMonth(const SummaryRows& rows, std::int32_t now, const TimeZone& zone);
+
+/// How a parameter stood beside its threshold.
+struct MonitoredParameter {
+    std::int32_t parameter = 0;
+    std::size_t trips = 0;
+    double threshold = kNoValue;        ///< in the newest trip
+    double timeOver = 0, timeUnder = 0; ///< s
+    double highest = kNoValue, lowest = kNoValue;
+};
+/// By parameter.
+std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows);
+
+/// What statistics are wanted of.
+struct DrivingChoice {
+    const Period* period = nullptr;                 ///< none: all that there is
+    std::optional<std::string> vehicle{}, driver{}; ///< keys
+};
+
+/// All of them, for whoever shows them together.
+struct DrivingStatistics {
+    TimeRange time;
+    bool unfinished = false; ///< the period goes on
+    DrivingTotals totals;
+    std::optional<DrivingTotals> before; ///< as many months before; none where that says nothing
+    std::vector<DrivingMonth> months;    ///< of any period
+    std::vector<DrivingGroup> vehicles, drivers;
+    std::vector<MonitoredParameter> parameters;
+};
+DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
+                                    std::int32_t now, const TimeZone& zone);
+
+} // namespace quobrix

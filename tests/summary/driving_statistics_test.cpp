@@ -1,0 +1,182 @@
+#include "summary/driving_figures.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace quobrix {
+namespace {
+
+const TimeZone kZone = *TimeZone::named("CET-1CEST,M3.5.0,M10.5.0/3");
+const std::int32_t kNow = kZone.toUtc({.year = 2026, .month = 3, .day = 10, .hour = 12});
+
+SummaryRecord trip(const DateTime& start, std::string_view vin, std::string_view driver, float kilometres) {
+    SummaryRecord record;
+    record.mark = SummaryRecord::kOurs;
+    record.vin = SummaryText(vin);
+    record.driver = SummaryText(driver);
+    record.start = kZone.toUtc(start);
+    record.end = record.start + 1800;
+    record.distance = kilometres * 1000;
+    record.topSpeed = 20 + kilometres / 10;
+    record.idleTime = 300;
+    record.bandTimes = {600, 450, 300};
+    record.topBandTime = 150;
+    record.events[SummaryRecord::HardBrakes] = {4, 10};
+    return record;
+}
+
+const Period& period(std::string_view name) { return *std::ranges::find(periods(), name, &Period::name); }
+
+double valueOf(std::string_view key, const DrivingTotals& totals) {
+    return *std::ranges::find(drivingFigures(), key, &DrivingFigure::key)->value(totals);
+}
+
+TEST(DrivingStatistics, MonthsAreThoseOfTheLocalCalendar) {
+    std::vector<SummaryRecord> records{
+        trip({2026, 3, 1, 0, 0, 0}, "V1", "1", 10),    trip({2026, 2, 28, 23, 59, 59}, "V1", "1", 20),
+        trip({2026, 2, 1, 0, 0, 0}, "V1", "2", 30),    trip({2026, 1, 31, 23, 59, 59}, "V2", "1", 40),
+        trip({2025, 12, 1, 0, 0, 0}, "V2", "2", 50),   trip({2025, 11, 30, 23, 0, 0}, "V2", "2", 60),
+        trip({2025, 3, 31, 23, 59, 59}, "V2", "2", 7), trip({2026, 3, 10, 12, 0, 1}, "V2", "2", 0.5),
+    };
+    const auto kilometres = [&](std::string_view name) {
+        const DrivingStatistics s = drivingStatistics(records, {&period(name)}, kNow, kZone);
+        EXPECT_EQ(s.unfinished, name == "this-month");
+        EXPECT_EQ(s.before.has_value(), name != "this-month");
+        return std::pair(s.totals.distance / 1000, s.before ? s.before->distance / 1000 : -1);
+    };
+    EXPECT_EQ(kilometres("this-month"), std::pair(10.0, -1.0));
+    EXPECT_EQ(kilometres("last-month"), std::pair(50.0, 40.0));
+    EXPECT_EQ(kilometres("last-3-months"), std::pair(140.0, 60.0));
+    EXPECT_EQ(kilometres("last-6-months"), std::pair(200.0, 7.0));
+    const DrivingStatistics all = drivingStatistics(records, {}, kNow, kZone);
+    EXPECT_EQ(all.totals.trips, 8u);
+    ASSERT_EQ(all.months.size(), 12u);
+    EXPECT_EQ(all.months.front().month, 4);
+    EXPECT_EQ(all.months.front().totals.trips, 0u);
+    EXPECT_EQ(all.months[8].totals.distance, 50'000);
+    EXPECT_TRUE(all.months.back().unfinished);
+    EXPECT_EQ(all.months.back().totals.trips, 2u);
+    const DrivingStatistics chosen = drivingStatistics(records, {&period("last-month"), "V1", "2"}, kNow, kZone);
+    EXPECT_EQ(chosen.totals.distance, 30'000);
+    EXPECT_EQ(chosen.before->trips, 0u);
+    const DrivingFigure& distance = drivingFigures().front();
+    EXPECT_FALSE(figureChange(distance, *chosen.before, chosen.totals));
+    EXPECT_NEAR(*figureChange(distance, all.months[9].totals, all.months[10].totals), 0.25, 1e-12);
+}
+
+TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
+    const std::vector<SummaryRecord> records{trip({2026, 2, 1}, "V", "1", 40), trip({2026, 2, 2}, "V", "1", 10)};
+    const DrivingStatistics s = drivingStatistics(records, {}, kNow, kZone);
+    EXPECT_EQ(valueOf("averageSpeed", s.totals), 50'000.0 / 3600);
+    EXPECT_EQ(valueOf("topSpeed", s.totals), 24);
+    EXPECT_EQ(valueOf("hardBrakes", s.totals), 8 / 50'000.0);
+    EXPECT_EQ(valueOf("topBandShare", s.totals), 300 / 3600.0);
+    EXPECT_EQ(valueOf("idleShare", s.totals), 600 / 3600.0);
+    for (const DrivingFigure& figure : drivingFigures()) {
+        EXPECT_FALSE(figure.value(DrivingTotals())) << figure.key; // no trips, no figures
+        EXPECT_EQ(figure.ofFewTrips(s.totals), figure.kind == FigureKind::Rate || figure.kind == FigureKind::Share);
+    }
+    const DrivingFigure& brakes = *std::ranges::find(drivingFigures(), "hardBrakes", &DrivingFigure::key);
+    TUnitSystem units;
+    const std::tuple<UnitId, const char*, const char*> shown[] = {
+        {UnitId::Mile, "Hard Brakes per 100 Miles", "25.7"},
+        {UnitId::Foot, "Hard Brakes per 100 Miles", "25.7"},
+        {UnitId::Kilometre, "Hard Brakes per 100 km", "16.0"},
+        {UnitId::Metre, "Hard Brakes per 100 km", "16.0"},
+    };
+    for (const auto& [unit, title, text] : shown) {
+        units.setUnit(UnitTypeId::Distance, unit);
+        EXPECT_EQ(figureTitle(brakes, units), title);
+        EXPECT_EQ(figureText(brakes, s.totals, units), text);
+    }
+}
+
+TEST(DrivingStatistics, GroupsAreToldApartByWhatNeverChanges) {
+    std::vector<SummaryRecord> records{trip({2026, 2, 1}, "V", "1", 40), trip({2026, 1, 2}, "V", "", 10),
+                                       trip({2026, 2, 2}, "", "1", 100), trip({2026, 2, 2}, "", "", 5)};
+    records[0].vehicleName = SummaryText("Wagon");
+    records[1].vehicleName = SummaryText("Old name");
+    records[2].vehicleName = SummaryText("Pickup");
+    records[1].driverName = SummaryText("Anna");
+    const DrivingStatistics s = drivingStatistics(records, {}, kNow, kZone);
+    ASSERT_EQ(s.vehicles.size(), 3u);
+    EXPECT_EQ(s.vehicles[0].key, "Pickup");
+    EXPECT_EQ(s.vehicles[1].key + s.vehicles[1].name, "VWagon");
+    EXPECT_EQ(s.vehicles[1].totals.trips, 2u);
+    EXPECT_EQ(s.vehicles[2].key + s.vehicles[2].name, "");
+    ASSERT_EQ(s.drivers.size(), 3u);
+    EXPECT_EQ(s.drivers[0].name, "1");
+    EXPECT_EQ(s.drivers[1].key, "Anna");
+
+    records[1].mark = 0; // of another program, whose other figures mean something else
+    records[1].events[0].count = 999;
+    records[1].topBandTime = records[1].fuel = std::numeric_limits<float>::quiet_NaN();
+    records[2].distance = -std::numeric_limits<float>::infinity();
+    const DrivingTotals totals = drivingStatistics(records, {}, kNow, kZone).totals;
+    EXPECT_EQ(totals.trips, 4u);
+    EXPECT_EQ(totals.distance, 55'000);
+    EXPECT_EQ(totals.watchedDistance, 45'000);
+    EXPECT_EQ(totals.events[0], 12);
+    EXPECT_EQ(totals.bands[4], 450);
+}
+
+TEST(DrivingStatistics, ParametersAreSummedByThemselves) {
+    std::vector<SummaryRecord> records{trip({2026, 2, 2}, "V", "1", 40), trip({2026, 2, 1}, "V", "1", 10)};
+    records[0].slots[1] = {1, 4, 368, 370, 290, 20, 580};
+    records[1].slots[3] = {1, 4, 360, kNoValue, 280, 0, 600};
+    records[1].slots[4] = {1, 1, 30, 31, 0, 5, 595};
+    const std::vector<MonitoredParameter> parameters = drivingStatistics(records, {}, kNow, kZone).parameters;
+    ASSERT_EQ(parameters.size(), 2u);
+    EXPECT_EQ(parameters[0].parameter, 1);
+    EXPECT_EQ(parameters[1].trips, 2u);
+    EXPECT_EQ(parameters[1].threshold, 368);
+    EXPECT_EQ(parameters[1].timeOver, 20);
+    EXPECT_EQ(parameters[1].timeUnder, 1180);
+    EXPECT_EQ(parameters[1].highest, 370);
+    EXPECT_EQ(parameters[1].lowest, 280);
+}
+
+TEST(DrivingStatistics, SumsOverMonthsVehiclesAndDriversAgree) {
+    std::mt19937 random(3);
+    for (int round = 0; round < 50; ++round) {
+        std::vector<SummaryRecord> records;
+        for (std::size_t i = 0, count = random() % 200; i < count; ++i)
+            records.push_back(trip({2026, 3, -static_cast<int>(random() % 300), static_cast<int>(random() % 24)},
+                                   random() % 4 ? "V" + std::to_string(random() % 5) : "",
+                                   random() % 4 ? std::to_string(random() % 5) : "",
+                                   static_cast<float>(random() % 99)));
+        std::ranges::shuffle(records, random);
+        const DrivingStatistics s = drivingStatistics(records, {}, kNow, kZone);
+        const auto sum = [](const auto& parts) {
+            DrivingTotals total;
+            for (const auto& part : parts) {
+                total.trips += part.totals.trips;
+                total.distance += part.totals.distance;
+                total.time += part.totals.time;
+                total.topSpeed = std::max(total.topSpeed, part.totals.topSpeed);
+            }
+            return total;
+        };
+        for (const DrivingTotals& total : {sum(s.months), sum(s.vehicles), sum(s.drivers)}) {
+            EXPECT_EQ(total.trips, s.totals.trips);
+            EXPECT_EQ(total.distance, s.totals.distance); // whole metres
+            EXPECT_EQ(total.time, s.totals.time);
+            EXPECT_EQ(total.topSpeed, s.totals.topSpeed);
+        }
+        for (const char* name : {"last-month", "last-3-months"}) {
+            const DrivingStatistics part = drivingStatistics(records, {&period(name)}, kNow, kZone);
+            const std::size_t count = name == std::string_view("last-month") ? 1 : 3;
+            std::size_t trips = 0;
+            for (std::size_t i = 0; i < count; ++i)
+                trips += s.months[10 - i].totals.trips;
+            EXPECT_EQ(part.totals.trips, trips);
+        }
+    }
+}
+
+} // namespace
+} // namespace quobrix
