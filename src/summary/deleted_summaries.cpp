@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -13,21 +14,19 @@ constexpr std::string_view kMagic{"QuobrixDeleted\0\1", 16}; // the last byte is
 constexpr std::size_t kKeySize = SummaryText::kWidth + 4 + 4;
 constexpr std::uint64_t kMostKeyBytes = std::uint64_t(1) << 28; // more than a database can hold
 
-/// KEYS, ascending, that are known by the same logger and time as KEY.
-auto namesakes(const std::vector<SummaryKey>& keys, const SummaryKey& key) {
-    return std::ranges::equal_range(keys, key, [](const SummaryKey& left, const SummaryKey& right) {
-        return std::pair(left.logger.view(), left.recordedStart) < std::pair(right.logger.view(), right.recordedStart);
-    });
-}
-
+/// Whether one of KEYS, ascending, matches KEY; those by its logger and time may.
 bool holds(const std::vector<SummaryKey>& keys, const SummaryKey& key) {
-    return std::ranges::any_of(namesakes(keys, key), [&](const SummaryKey& other) { return other.matches(key); });
+    const auto [first, end] =
+        std::equal_range(keys.begin(), keys.end(), key, [](const SummaryKey& left, const SummaryKey& right) {
+            return std::pair(left.logger.view(), left.recordedStart) <
+                   std::pair(right.logger.view(), right.recordedStart);
+        });
+    return std::any_of(first, end, [&](const SummaryKey& other) { return other.matches(key); });
 }
 
 std::vector<SummaryKey> ascending(std::vector<SummaryKey> keys) {
     std::ranges::sort(keys);
-    const auto repeated = std::ranges::unique(keys);
-    keys.erase(repeated.begin(), repeated.end());
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
     return keys;
 }
 

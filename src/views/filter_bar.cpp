@@ -257,7 +257,9 @@ std::optional<TimeRange> FilterBar::time(QString& reason) const {
     TimeRange range;
     for (const QLineEdit* field : {from_, to_}) {
         const QString typed = field->text().trimmed();
-        const auto moment = typed.isEmpty() ? TimeRange() : parseMoment(typed.toStdString(), context_.text());
+        if (typed.isEmpty())
+            continue;
+        const auto moment = parseMoment(typed.toStdString(), context_.text());
         if (!moment) {
             reason = tr("%1 is no day. Write it like this: %2").arg(typed, dateOf(currentTime()));
             return {};
