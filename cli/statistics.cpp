@@ -123,7 +123,7 @@ Report reportOf(const DrivingStatistics& statistics, ShownText title, const TUni
     }
     report.blocks.emplace_back(std::move(figures));
     addList(report, text(TextId::StatisticsMonths), text(TextId::StatisticsMonth), statistics.months, units);
-    addList(report, text(TextId::StatisticsVehicles), text(TextId::StatisticsVehicle), statistics.vehicles, units);
+    addList(report, text(TextId::StatisticsVehicles), text(TextId::FactVehicle), statistics.vehicles, units);
     addList(report, text(TextId::StatisticsDrivers), text(TextId::StatisticsDriver), statistics.drivers, units);
     if (statistics.parameters.empty())
         return report;
@@ -157,7 +157,7 @@ std::string csvOf(const DrivingStatistics& statistics, const TUnitSystem& units)
     for (const DrivingMonth& month : statistics.months)
         add(text(TextId::StatisticsMonth), nameOf(month), month.totals, nullptr);
     for (const DrivingGroup& vehicle : statistics.vehicles)
-        add(text(TextId::StatisticsVehicle), nameOf(vehicle), vehicle.totals, nullptr);
+        add(text(TextId::FactVehicle), nameOf(vehicle), vehicle.totals, nullptr);
     for (const DrivingGroup& driver : statistics.drivers)
         add(text(TextId::StatisticsDriver), nameOf(driver), driver.totals, nullptr);
     for (const MonitoredParameter& parameter : statistics.parameters)

@@ -191,7 +191,7 @@ bool PrintDialog::layOut() {
 void PrintDialog::finish(Target target) {
     if ((range_ && !range_->finishEdit()) || !layOut())
         return;
-    const auto [first, last] = std::minmax(first_->value(), last_->value());
+    const auto [first, last] = std::minmax({first_->value(), last_->value()});
     order_ = {printer_->currentText(), copies_->value(), bothSides_->isChecked(), static_cast<std::size_t>(first - 1),
               static_cast<std::size_t>(last)};
     target_ = target;

@@ -204,7 +204,7 @@ TEST_F(CommandLine, StatisticsAreThoseOfTheSummaryDatabase) {
 
 TEST_F(CommandLine, WhatPaintsPagesIsNeededForThemOnly) {
     makeDocument();
-    fs::path alone = folder_ / fs::path(QUOBRIX_CLI).filename();
+    fs::path alone = folder_.path() / fs::path(QUOBRIX_CLI).filename();
     fs::copy_file(QUOBRIX_CLI, alone);
     const auto run = [&](std::vector<std::string> arguments) {
         return runProgram(folder_.path(), alone.string(), arguments);
