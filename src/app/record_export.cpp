@@ -22,13 +22,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr qint64 kSlice = 40;     // ms that the window stands still
-constexpr qint64 kPatience = 500; // ms that a person waits without being told for what
+constexpr qint64 kSlice = 40; // ms that the window stands still
 
 /// What a person sees of an export, which runs on the thread that paints it.
 class Watch {
 public:
-    Watch(QWidget& window, std::size_t rows) : window_(window), rows_(rows) {
+    Watch(QWidget& window, std::size_t rows, qint64 patience) : window_(window), rows_(rows), patience_(patience) {
         since_.start();
         slice_.start();
         QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -49,7 +48,7 @@ public:
         ++done_;
         if (slice_.elapsed() < kSlice)
             return true;
-        if (!dialog_ && since_.elapsed() >= kPatience)
+        if (!dialog_ && since_.elapsed() >= patience_)
             open();
         if (dialog_)
             dialog_->setValue(static_cast<int>(done_)); // which takes what the person does with it
@@ -73,6 +72,7 @@ private:
 
     QWidget& window_;
     std::size_t rows_, done_ = 0;
+    const qint64 patience_;
     QElapsedTimer since_, slice_;
     std::unique_ptr<QProgressDialog> dialog_;
     bool closed_ = false;
@@ -135,7 +135,7 @@ Result<std::size_t> RecordExport::write(const ExportContent& content, ExportForm
         return file.error();
     Result<std::size_t> cut = std::size_t{0};
     {
-        Watch watch(window_, content.rowCount());
+        Watch watch(window_, content.rowCount(), patience);
         const DiskRunner disk = [&](const DiskWork& work) {
             watch.close();
             return runDisk_(work);

@@ -23,6 +23,8 @@ public:
     /// Whether a file has been written.
     bool run(const ExportContent& content);
 
+    qint64 patience = 500; ///< ms that a person waits without being told for what
+
 private:
     Result<std::size_t> write(const ExportContent& content, ExportFormat format, const FileChooser::SavePlace& place);
 
