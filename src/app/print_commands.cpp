@@ -3,11 +3,14 @@
 #include "app/main_frame.h"
 #include "app/page_setup_dialog.h"
 #include "app/print_preview.h"
+#include "base/fold_case.h"
 #include "base/path_text.h"
 #include "base/ui/qt_text.h"
 #include "drawing/palette.h"
 #include "drawing/svg.h"
+#include "export/export_file.h"
 #include "messages/file_messages.h"
+#include "model/quobrix_document.h"
 #include "paper/printout.h"
 #include "paper/ui/paper_painter.h"
 #include "platform/file_system.h"
@@ -24,6 +27,8 @@
 #include <QTreeView>
 
 #include <algorithm>
+#include <array>
+#include <span>
 
 namespace quobrix {
 namespace {
@@ -180,13 +185,20 @@ void PrintCommands::setUp(QWidget& over) {
 }
 
 void PrintCommands::save(const Report& report, const std::vector<std::string>& endings) {
-    const auto place = frame_.chooser().chooseCopy(fileNameOf(report, endings.front()), endings);
+    auto place = frame_.chooser().chooseCopy(fileNameOf(report, endings.front()), endings);
     if (!place)
         return;
-    std::string ending = utf8(place->path.extension());
+    const TQuobrixDocument& document = frame_.context().document;
+    const std::array opened{document.path()};
+    if (isDocument(place->path, std::span(opened).first(document.hasFile() ? 1 : 0)))
+        return frame_.prompter().tell(makeMessage(MessageId::ExportIsDocument, utf8(place->path.filename())));
+    std::string ending = foldCase(utf8(place->path.extension()));
     ending.erase(0, 1);
-    if (std::ranges::find(endings, ending) == endings.end())
+    if (std::ranges::find(endings, ending) == endings.end()) {
         ending = endings.front();
+        place->path += "." + ending;      // what is called otherwise would not open as what it is
+        place->ifThere = IfThere::Refuse; // nobody has been asked about a file of this name
+    }
     const PageSetup setup = PageSetup::load(frame_.context().settings);
     const Result<void> saved = frame_.runDisk([&](DiskProgress& progress) -> Result<void> {
         const Bytes bytes = contentOf(report, ending, setup, progress);

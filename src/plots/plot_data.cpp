@@ -37,7 +37,7 @@ std::vector<PlotBand> bandsOf(const Bands* table, const TextContext& context) {
     const auto& from = table->template column<From>();
     const auto& to = table->template column<To>();
     const auto end = [](const RealColumn& column, RowIndex band) {
-        return column.has(band) ? std::optional(column.at(band)) : std::nullopt;
+        return column.has(band) && std::isfinite(column.at(band)) ? std::optional(column.at(band)) : std::nullopt;
     };
     for (RowIndex band = 0; band < table->rowCount(); ++band)
         bands.push_back({end(from, band), end(to, band), speedBandLabel(from, to, band, context)});

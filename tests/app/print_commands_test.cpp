@@ -3,6 +3,7 @@
 #include "app/page_setup_dialog.h"
 #include "app/print_preview.h"
 #include "app/table_windows.h"
+#include "base/ui/qt_text.h"
 #include "model/logger_tables.h"
 #include "paper/ui/page_view.h"
 #include "support/frame_fixture.h"
@@ -15,6 +16,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QContextMenuEvent>
+#include <QFileDialog>
 #include <QImage>
 #include <QLabel>
 #include <QMenu>
@@ -22,6 +24,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTest>
+#include <QTimer>
 
 #include <condition_variable>
 #include <mutex>
@@ -273,6 +276,37 @@ TEST_F(PrintTest, AReportIsCopiedAsDrawingAndPicture) {
     trigger("ReportCopy");
     EXPECT_TRUE(QApplication::clipboard()->text().startsWith("Trip 3\n"));
     menu->close();
+}
+
+TEST_F(PrintTest, NoReportTakesTheNameOfADocument) {
+    test::TemporaryFolder folder;
+    const struct {
+        const char* chosen;
+        std::vector<std::string> files;
+        QString told;
+    } cases[] = {{"mine.car", {}, QStringLiteral("ExportIsDocument")},
+                 {"Trip.HTML", {"Trip.HTML"}, {}},
+                 {"Trip 3.5", {"Trip 3.5.pdf", "Trip.HTML"}, {}}};
+    trips().showRecord(2);
+    for (const auto& c : cases) {
+        QString told;
+        QTimer answer;
+        QObject::connect(&answer, &QTimer::timeout, [&] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (auto* files = qobject_cast<QFileDialog*>(dialog)) {
+                files->selectFile(toQtPath(folder / c.chosen));
+                static_cast<QDialog*>(files)->accept();
+            } else if (dialog) {
+                told = dialog->objectName();
+                dialog->reject();
+            }
+        });
+        answer.start(0);
+        (*frame_.context().saveReport)(*trips().printable({}));
+        EXPECT_EQ(told, c.told) << c.chosen;
+        EXPECT_EQ(folder.names(), c.files) << c.chosen;
+    }
+    EXPECT_TRUE(test::textOf(folder / "Trip.HTML").starts_with("<!DOCTYPE html>"));
 }
 
 } // namespace
