@@ -23,18 +23,20 @@ double ValueScale::valueAt(double y) const {
 }
 
 Steps stepsFrom(double least) {
-    double power = std::pow(10.0, std::floor(std::log10(least)));
+    int exponent = static_cast<int>(std::floor(std::log10(least)));
+    // Positive powers are exact everywhere, others not.
+    const auto power = [&] { return exponent < 0 ? 1 / std::pow(10.0, -exponent) : std::pow(10.0, exponent); };
     double times = 10;
     for (const double candidate : {1.0, 2.0, 5.0})
-        if (candidate * power >= least * (1 - kRounding)) {
+        if (candidate * power() >= least * (1 - kRounding)) {
             times = candidate;
             break;
         }
     if (times == 10) {
         times = 1;
-        power *= 10;
+        ++exponent;
     }
-    return {times * power, static_cast<int>(std::max(0.0, -std::round(std::log10(power))))};
+    return {times * power(), std::max(0, -exponent)};
 }
 
 double timeStepFrom(double least) {
