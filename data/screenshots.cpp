@@ -47,6 +47,8 @@ public:
         taken = take("trip-log", frame_) && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Report);
         taken = take("trip-report", frame_) && taken;
+        static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Plot);
+        taken = take("trip-plot", frame_) && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Table);
         taken = take("trip-table", frame_) && taken;
         constexpr std::pair<CommandId, const char*> kLogs[] = {{CommandId::TroubleLog, "trouble-log"},

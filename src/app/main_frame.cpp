@@ -10,6 +10,7 @@
 #include "model/document_properties.h"
 #include "model/quobrix_document.h"
 #include "platform/event_log.h"
+#include "plots/ui/plot_options_dialog.h"
 #include "settings/settings.h"
 #include "tables/ui/cell_mark.h"
 #include "ui/splitter.h"
@@ -190,6 +191,11 @@ void TQuobrixFrame::addHandlers() {
     commands_->handle(CommandId::Exit, [this] { close(); });
     commands_->handle(CommandId::Miscellaneous,
                       [this] { MiscellaneousDialog(context_.settings, reminders_, this).exec(); });
+    commands_->handle(CommandId::PlotOptions, [this] {
+        TPlotOptionsDialog(
+            context_.text(), context_.settings, [this] { pages_->edited(); }, this)
+            .exec();
+    });
     commands_->handle(CommandId::About, [this] { showAboutBox(); });
     commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });
 }

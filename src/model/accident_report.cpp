@@ -64,9 +64,11 @@ std::vector<Block> stopSections(const TAccidentLogTable& stops, RowIndex row, co
         const auto& to = bands->column<TAccidentLogSpeedBandToColumn>();
         Grid grid{{{text(TextId::HeadingSpeedBand), false}, {plainHeading(from.spec())}, {plainHeading(to.spec())}},
                   {}};
-        for (RowIndex band = 0; band < bands->rowCount(); ++band)
+        for (RowIndex band = 0; band < bands->rowCount(); ++band) {
             grid.rows.push_back(
                 {speedBandLabel(from, to, band, context), from.text(band, context), to.text(band, context)});
+            grid.marks.push_back({.band = band});
+        }
         blocks.push_back(Heading{text(TextId::SectionSpeedBands)});
         blocks.push_back(std::move(grid));
     }

@@ -50,8 +50,10 @@ Blocks eventBlocks(const TTripLogTable& trips, RowIndex row, const TextContext& 
     collect(trips.column<ExtremeTimes>());
     std::stable_sort(events.begin(), events.end(), [](const Event& a, const Event& b) { return a.time < b.time; });
     Grid grid = gridOf(text(TextId::HeadingEvent), {plainHeading(TTripLogTimesColumn::kSpec)});
-    for (Event& event : events)
+    for (Event& event : events) {
         grid.rows.push_back({std::move(event.label), durationText(event.time)});
+        grid.marks.push_back({.place = event.time});
+    }
     if (!events.empty())
         blocks.push_back(std::move(grid));
     return blocks;
@@ -78,6 +80,7 @@ Blocks bandBlocks(const TTripLogSpeedBandsTable& bands, const TTripLogTimePerSpe
         std::vector<std::string>& row = grid.rows.emplace_back();
         row = {speedBandLabel(from, to, band, context), from.text(band, context), to.text(band, context),
                band < timed ? times->text(band, context) : ""};
+        grid.marks.push_back({.band = band});
         if (whole > 0) {
             grid.shares.push_back(secondsIn(band) / whole);
             row.push_back(shareText(grid.shares.back()));

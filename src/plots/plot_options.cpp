@@ -3,6 +3,8 @@
 #include "settings/settings.h"
 #include "tables/option_table.h"
 
+#include <algorithm>
+
 namespace quobrix {
 namespace {
 
@@ -11,12 +13,14 @@ constexpr const PersistentType* kColumns[] = {
     &TIOVerticalAxisMaximumColumn::kType,   &TIODrawSpeedBandsColumn::kType, &TIODrawBrakingEventsColumn::kType,
     &TIODrawAccelerationEventsColumn::kType};
 
+constexpr SourceText kTitle("Plot Options");
+
 } // namespace
 
 std::span<const PersistentType* const> plotOptionColumns() { return kColumns; }
 
 PlotOptions plotOptions(Settings& settings) {
-    const OptionTable table(settings, kColumns, SourceText("Plot Options"));
+    const OptionTable table(settings, kColumns, kTitle);
     const auto flag = [&]<class C>() { return table.column<C>().at(0) != 0; };
     const double maximum = table.column<TIOVerticalAxisMaximumColumn>().at(0);
     return {flag.operator()<TIODrawPlotsAsLinesColumn>(),
@@ -26,6 +30,19 @@ PlotOptions plotOptions(Settings& settings) {
             flag.operator()<TIODrawSpeedBandsColumn>(),
             flag.operator()<TIODrawBrakingEventsColumn>(),
             flag.operator()<TIODrawAccelerationEventsColumn>()};
+}
+
+bool plotOption(Settings& settings, const PersistentType& column) {
+    const OptionTable table(settings, kColumns, kTitle);
+    return table.columnOf(column).value(0) == Value(true);
+}
+
+void setPlotOption(Settings& settings, const PersistentType& column, bool on) {
+    OptionTable table(settings, kColumns, kTitle);
+    Column& option = table.columnOf(column);
+    option.setValue(0, on);
+    table.cellEdited(static_cast<std::size_t>(std::ranges::find(kColumns, &column) - kColumns), 0);
+    table.accept();
 }
 
 } // namespace quobrix

@@ -24,5 +24,8 @@ struct PlotOptions {
 std::span<const PersistentType* const> plotOptionColumns();
 /// As a person has set them, else as they are delivered.
 PlotOptions plotOptions(Settings& settings);
+/// One of those that are on or off, by its column.
+bool plotOption(Settings& settings, const PersistentType& column);
+void setPlotOption(Settings& settings, const PersistentType& column, bool on);
 
 } // namespace quobrix

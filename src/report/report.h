@@ -35,6 +35,13 @@ struct Facts {
     std::vector<Fact> facts;
 };
 
+/// A part of the plot of the record that is told about.
+struct PlotMark {
+    std::optional<double> place{};     ///< on its axis, s
+    std::optional<std::size_t> band{}; ///< of its speed bands
+    bool operator==(const PlotMark&) const = default;
+};
+
 /// A table. Every row has as many cells as there are columns; the first cell says what the row is about.
 struct Grid {
     struct Column {
@@ -46,6 +53,8 @@ struct Grid {
     /// How a whole divides among the rows: the part of each, 0 to 1. The last cell says it, and beside that it is drawn
     /// as a bar. Empty: there is no such whole.
     std::vector<double> shares{};
+    /// Where in the plot what each row tells of is seen; on a screen its first cell leads there. Empty: nowhere.
+    std::vector<PlotMark> marks{};
 };
 
 /// Any other picture, made for the medium that shows it. Plain text has its description.

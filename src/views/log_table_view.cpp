@@ -46,6 +46,11 @@ std::optional<ExportContent> LogTableView::exported() const {
     return table.model().rowCount() > 0 ? std::optional(exportedFrom(table)) : std::nullopt;
 }
 
+/// Samples are the first table of every log that has some.
+std::optional<RowIndex> LogTableView::currentSample() const {
+    return currentIndex() == 0 && !tables_.empty() ? tables_.front()->currentRow() : std::nullopt;
+}
+
 Report LogTableView::printable() const {
     Report report{title_, {}};
     for (TSpreadsheet* table : tables_)

@@ -24,6 +24,8 @@ public:
     Report printable() const override;
     /// The table in view; nothing if it has no rows.
     std::optional<ExportContent> exported() const;
+    /// The speed sample that a person has gone to in the table in view.
+    std::optional<RowIndex> currentSample() const;
 
 private:
     ViewContext context_;

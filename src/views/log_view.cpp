@@ -4,6 +4,7 @@
 #include "model/quobrix_document.h"
 #include "texts/text.h"
 #include "units/unit_system.h"
+#include "views/log_plot_view.h"
 #include "views/log_record_view.h"
 #include "views/log_table_view.h"
 #include "views/record_commands.h"
@@ -17,6 +18,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -58,6 +60,7 @@ LogView::LogView(const ViewContext& context, const LogSpec& spec)
     connect(summary_, &TSpreadsheet::orderChanged, this, &LogView::currentRecordChanged);
     connect(tabs_, &QTabWidget::currentChanged, this, [this] {
         showCurrentRecord();
+        followSample(views_[static_cast<std::size_t>(std::exchange(lastTab_, tabs_->currentIndex()))].spec.kind);
         setFocusProxy(tabs_->currentWidget());
         focusView();
         emit placeChanged();
@@ -80,16 +83,18 @@ void LogView::addView(const LogViewSpec& spec) {
         auto* report =
             new LogRecordView(context_, spec_, summary_->recordCommands().action(RecordCommand::EditComments));
         connect(report, &ReportView::linkActivated, this, &Page::linkFollowed);
+        connect(report, &ReportView::plotMarkActivated, this, [this](const PlotMark& mark) {
+            showView(LogViewKind::Plot);
+            if (auto* plot = dynamic_cast<LogPlotView*>(tab().view))
+                plot->showMark(mark);
+        });
         view = report;
     } else if (spec.kind == LogViewKind::Table)
         view = new LogTableView(context_, spec_);
+    else if (spec.kind == LogViewKind::Plot)
+        view = new LogPlotView(context_, spec_);
     views_.push_back({spec, view});
-    const bool summary = spec.kind == LogViewKind::Summary;
-    const int place = tabs_->addTab(summary ? summary_ : view ? &view->widget() : new QWidget, toQt(text(spec.tab)));
-    if (!summary && !view) {
-        tabs_->setTabEnabled(place, false);
-        tabs_->setTabToolTip(place, tr("This is not available yet."));
-    }
+    tabs_->addTab(view ? &view->widget() : summary_, toQt(text(spec.tab)));
 }
 
 QWidget* LogView::makeNavigator() {
@@ -169,7 +174,7 @@ void LogView::refresh() { summary_->show(log()); }
 /// What a report tells may be in other records, and in other logs.
 void LogView::edited() {
     showRecordName();
-    if (tab().spec.kind == LogViewKind::Report)
+    if (tab().spec.kind == LogViewKind::Report || tab().spec.kind == LogViewKind::Plot)
         showCurrentRecord();
 }
 
@@ -262,6 +267,17 @@ void LogView::showRecordName() {
 void LogView::showCurrentRecord() {
     if (RecordView* view = tab().view)
         view->showRecord(log(), summary_->currentRow());
+}
+
+/// A sample that was gone to in the table is where the plot's cursor stands.
+void LogView::followSample(LogViewKind from) {
+    auto* plot = dynamic_cast<LogPlotView*>(tab().view);
+    if (!plot || from != LogViewKind::Table)
+        return;
+    for (const Tab& other : views_)
+        if (const auto* table = dynamic_cast<LogTableView*>(other.view))
+            if (const auto sample = table->currentSample())
+                plot->showSample(*sample);
 }
 
 /// Whoever opened a view by its tab stays on the tab.

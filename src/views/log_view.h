@@ -40,7 +40,7 @@ public:
     LogList& summary() { return *summary_; }
 
 private:
-    /// A tab. Those without a view, but for the summary, are not there yet.
+    /// A tab; that of the summary has no view.
     struct Tab {
         const LogViewSpec& spec;
         RecordView* view;
@@ -55,12 +55,14 @@ private:
     void currentRecordChanged();
     void showRecordName();
     void showCurrentRecord();
+    void followSample(LogViewKind from);
     void focusView();
 
     ViewContext context_;
     const LogSpec& spec_;
     LogList* summary_;
     QTabWidget* tabs_;
+    int lastTab_ = 0;        ///< that was in view before another one
     std::vector<Tab> views_; ///< in the order of the tabs
     QLabel* record_ = nullptr;
     QAction* previous_ = nullptr;

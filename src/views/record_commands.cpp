@@ -4,10 +4,12 @@
 #include "messages/prompter.h"
 #include "model/quobrix_document.h"
 #include "model/record_edits.h"
+#include "plots/comparison.h"
 #include "settings/settings.h"
 #include "tables/ui/cell_block.h"
 #include "texts/text.h"
 #include "views/comments_dialog.h"
+#include "views/comparison_window.h"
 #include "views/log_list.h"
 #include "views/record_dialog.h"
 
@@ -32,7 +34,7 @@ constexpr std::optional<LogId> kEveryLog;
 
 constexpr CommandRow kCommandRows[] = {
 #define COMMAND(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log, true},
-#define READING(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt), kEveryLog, false},
+#define READING(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log, false},
 #include "views/record_commands.def"
 };
 
@@ -73,6 +75,7 @@ RecordCommands::RecordCommands(LogList& list, const ViewContext& context, const 
         actions_[i] = action;
     }
     connect(&list, &TSpreadsheet::currentRowChanged, this, &RecordCommands::refresh);
+    connect(&list.view(), &SpreadsheetView::selectionAltered, this, &RecordCommands::refresh);
     connect(&list.model(), &SpreadsheetModel::editHistoryChanged, this, &RecordCommands::refresh);
     connect(&list.model(), &QAbstractItemModel::modelReset, this, &RecordCommands::refresh);
     refresh();
@@ -83,8 +86,8 @@ void RecordCommands::refresh() {
     const bool diagnostics = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
     for (std::size_t i = 0; i < actions_.size(); ++i) {
         const std::optional<LogId> log = kCommandRows[i].log;
-        const bool locked = kCommandRows[i].edits && !why.empty();
-        actions_[i]->setVisible(!log || (diagnostics && log == spec_.id));
+        const bool edits = kCommandRows[i].edits, locked = edits && !why.empty();
+        actions_[i]->setVisible(!log || (log == spec_.id && (diagnostics || !edits)));
         actions_[i]->setEnabled(!locked && applies(static_cast<RecordCommand>(i)));
         actions_[i]->setStatusTip(toQt(locked ? why : text(kCommandRows[i].prompt)));
     }
@@ -93,6 +96,10 @@ void RecordCommands::refresh() {
 bool RecordCommands::applies(RecordCommand command) const {
     if (command == RecordCommand::Filter)
         return list_.model().storedRows() > 0;
+    if (command == RecordCommand::Compare) {
+        const std::size_t selected = spec_.id == LogId::Trips ? selectedRows().size() : 0;
+        return selected >= kLeastCompared && selected <= kMostCompared;
+    }
     const auto row = list_.currentRow();
     const Table* log = context_.document.log(spec_);
     const std::optional<LogId> only = kCommandRows[static_cast<std::size_t>(command)].log;
@@ -123,6 +130,8 @@ QDialog* RecordCommands::makeDialog(RecordCommand command, RowIndex row) {
         return trips.column<TTripLogSpeedBandsTableColumn>().object(row)
                    ? new TTripLogSpeedBandsDialog(context_, row, &list_)
                    : nullptr;
+    case RecordCommand::Compare:
+        return new ComparisonWindow(context_, selectedRows(), &list_);
     case RecordCommand::Filter:
     case RecordCommand::Count:
         break;
@@ -143,7 +152,10 @@ void RecordCommands::run(RecordCommand command) {
         return;
     }
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->open(); // with the page, and so with the document, it ends
+    if (command == RecordCommand::Compare)
+        dialog->show(); // beside the list
+    else
+        dialog->open(); // with the page, and so with the document, it ends
 }
 
 void RecordCommands::addTo(QMenu& menu, QAction* before) {

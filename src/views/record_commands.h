@@ -21,7 +21,7 @@ std::vector<Selection> driverChoices(const TQuobrixDocument& document);
 
 enum class RecordCommand : std::size_t {
 #define COMMAND(Name, Id, Text, Prompt, Log) Name,
-#define READING(Name, Id, Text, Prompt) Name,
+#define READING(Name, Id, Text, Prompt, Log) Name,
 #include "views/record_commands.def"
     Count,
 };

@@ -26,7 +26,11 @@ namespace quobrix {
 namespace {
 
 using namespace std::chrono_literals;
-using enum CommandId;
+using CommandId::ChooseParameters;
+using CommandId::ParameterThresholds;
+using CommandId::SetAccelerationThresholds;
+using CommandId::SetBrakingThresholds;
+using CommandId::SetSpeedBands;
 
 const LoggerConfiguration kPresent{.bandLimits = {45.000000001, 60, 70},
                                    .brakeThresholds = {2.745862, 4.707192},

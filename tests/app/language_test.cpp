@@ -15,6 +15,8 @@
 #include "config/ui/configuration_dialogs.h"
 #include "config/ui/parameter_threshold_dialog.h"
 #include "model/quobrix_document.h"
+#include "plots/ui/plot_options_dialog.h"
+#include "plots/ui/plot_widget.h"
 #include "settings/settings.h"
 #include "support/fake_logger_library.h"
 #include "support/frame_fixture.h"
@@ -270,6 +272,16 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     look(properties);
+    TPlotOptionsDialog plots(
+        context_.text(), settings_, [] {}, nullptr);
+    look(plots);
+    log.showView(LogViewKind::Plot);
+    for (auto* plot : log.findChildren<PlotWidget*>()) {
+        emit plot->menuRequested({}, 0);
+        look(log);
+        for (QMenu* menu : log.findChildren<QMenu*>(QStringLiteral("PlotMenu")))
+            menu->close();
+    }
     PageSetupDialog setup({}, nullptr);
     look(setup);
     log.showView(LogViewKind::Summary);

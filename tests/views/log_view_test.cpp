@@ -186,8 +186,9 @@ TEST_F(EveryLog, IsAPageOfTheSameMake) {
                            "Problem 2 of 2", "No trouble codes", "View / Vehicle Trouble Log / Record 2"},
                           {LogId::Activity, "TSecurityLog", "Summary,Record", "Activity", "Next event", "Event 2 of 2",
                            "No events", "View / Activity Log / Record 2"},
-                          {LogId::Accidents, "TAccidentLog", "Summary,Report,Table", "Accident", "Next severe stop",
-                           "Stop 2 of 2", "No severe stops", "View / Accident Log / Record 2 / Report"}};
+                          {LogId::Accidents, "TAccidentLog", "Summary,Report,Plot,Table", "Accident",
+                           "Next severe stop", "Stop 2 of 2", "No severe stops",
+                           "View / Accident Log / Record 2 / Report"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const LogSpec& spec = logSpec(c.id);
@@ -201,7 +202,7 @@ TEST_F(EveryLog, IsAPageOfTheSameMake) {
         QStringList names;
         for (int i = 0; i < tabs.count(); ++i) {
             names << tabs.tabText(i).remove('&');
-            EXPECT_EQ(tabs.isTabEnabled(i), names.back() != "Plot") << i;
+            EXPECT_TRUE(tabs.isTabEnabled(i)) << i;
         }
         EXPECT_EQ(names.join(','), c.tabs);
         EXPECT_EQ(page.findChild<QLabel*>(QLatin1String("current") + c.stem)->text(), c.current);

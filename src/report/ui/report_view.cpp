@@ -89,7 +89,10 @@ private:
         int line = 0;
         for (const Facts::Fact& fact : facts.facts) {
             QLabel* name = nameLabel(fact.label);
-            QWidget* value = fact.link ? linkButton(fact) : factLabel(fact);
+            QWidget* value =
+                fact.link
+                    ? linkButton(fact.text, [view = &view_, link = *fact.link] { emit view->linkActivated(link); })
+                    : factLabel(fact);
             value->setAccessibleName(toQt(fact.label + ": " + fact.text));
             cells->addWidget(name, line, 0, Qt::AlignTop);
             cells->addWidget(value, line++, 1, fact.link ? Qt::AlignLeft : Qt::Alignment());
@@ -104,8 +107,9 @@ private:
         return value;
     }
 
-    QWidget* linkButton(const Facts::Fact& fact) {
-        auto* button = new QPushButton(toQt(fact.text).replace(QLatin1Char('&'), QLatin1String("&&")));
+    template <class Follow>
+    QWidget* linkButton(std::string_view words, Follow follow) {
+        auto* button = new QPushButton(toQt(words).replace(QLatin1Char('&'), QLatin1String("&&")));
         button->setObjectName(QStringLiteral("link"));
         button->setFlat(true);
         button->setAutoDefault(true); // Enter presses it, as well as the space bar
@@ -114,9 +118,7 @@ private:
                                              " text-decoration: underline; text-align: left; }"
                                              "QPushButton:focus { border-color: palette(link); }"));
         // Whoever follows it may make another report of this one, and with that end the button.
-        QObject::connect(
-            button, &QPushButton::clicked, &view_,
-            [view = &view_, link = *fact.link] { emit view->linkActivated(link); }, Qt::QueuedConnection);
+        QObject::connect(button, &QPushButton::clicked, &view_, follow, Qt::QueuedConnection);
         return button;
     }
 
@@ -138,6 +140,10 @@ private:
         int line = 1;
         for (const std::vector<std::string>& row : grid.rows) {
             for (std::size_t column = 0; column < columns; ++column) {
+                if (column == 0 && !grid.marks.empty()) {
+                    cells->addWidget(markButton(grid, line), line, 0, Qt::AlignLeft | Qt::AlignVCenter);
+                    continue;
+                }
                 QLabel* cell = textLabel(row[column]);
                 // What sight tells from the place of the cell.
                 const std::string& heading = grid.columns[column].heading;
@@ -151,6 +157,17 @@ private:
         }
         cells->setColumnStretch(static_cast<int>(grid.shares.empty() ? columns : columns - 1), 1);
         layout_->addLayout(cells);
+    }
+
+    /// The first cell of a line, which leads to the plot.
+    QWidget* markButton(const Grid& grid, int line) {
+        const auto row = static_cast<std::size_t>(line) - 1;
+        QWidget* button = linkButton(grid.rows[row][0],
+                                     [view = &view_, mark = grid.marks[row]] { emit view->plotMarkActivated(mark); });
+        button->setObjectName(QStringLiteral("plotLink"));
+        button->setToolTip(ReportView::tr("Shows this in the plot"));
+        button->setAccessibleDescription(toQt(grid.columns[0].heading));
+        return button;
     }
 
     static QWidget* shareBar(const std::string& label, double share) {

@@ -10,7 +10,7 @@ class QGridLayout;
 namespace quobrix {
 
 /// Shows a report: a card for each of its sections, in two columns where there is room. Texts can be selected, Ctrl+C
-/// copies the whole as text. What leads to a record is a button that looks like a link.
+/// copies the whole as text. What leads to a record, or to its plot, is a button that looks like a link.
 class ReportView : public QScrollArea {
     Q_OBJECT
 public:
@@ -28,6 +28,8 @@ public:
 signals:
     /// The record that a text of the report leads to is wanted.
     void linkActivated(quobrix::RecordLink link);
+    /// A part of the record's plot is wanted.
+    void plotMarkActivated(quobrix::PlotMark mark);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

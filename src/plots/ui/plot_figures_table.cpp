@@ -1,0 +1,150 @@
+#include "plots/ui/plot_figures_table.h"
+
+#include "base/ui/qt_text.h"
+#include "plots/plot_figures.h"
+#include "plots/ui/plot_widget.h"
+#include "texts/text.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace quobrix {
+namespace {
+
+enum FigureColumn { kQuantity, kAtCursor, kLeast, kMean, kGreatest, kFigureColumns };
+
+constexpr int kMostRows = 6; // without scrolling
+constexpr int kMargin = 6;
+
+QLabel* lineOfText(const char* name) {
+    auto* label = new QLabel;
+    label->setObjectName(QLatin1String(name));
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setMinimumWidth(1); // a narrow window cuts it off
+    return label;
+}
+
+} // namespace
+
+PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QWidget* parent)
+    : QWidget(parent), text_(text), plot_(plot), cursor_(lineOfText("PlotCursor")), range_(lineOfText("PlotRange")),
+      table_(new QTableWidget(0, kFigureColumns)) {
+    setObjectName(QStringLiteral("PlotFigures"));
+    table_->setObjectName(QStringLiteral("PlotFiguresTable"));
+    table_->setAccessibleName(tr("Figures of the plot"));
+    table_->setHorizontalHeaderLabels({tr("Quantity"), tr("At Cursor"), tr("Minimum"), tr("Mean"), tr("Maximum")});
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_->horizontalHeader()->setHighlightSections(false);
+    table_->horizontalHeaderItem(kQuantity)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    for (int column = kAtCursor; column < kFigureColumns; ++column)
+        table_->horizontalHeaderItem(column)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    table_->verticalHeader()->hide();
+    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + kMargin);
+    table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table_->setTabKeyNavigation(false);
+    table_->setFrameStyle(QFrame::NoFrame);
+    table_->setShowGrid(false);
+
+    auto* line = new QHBoxLayout;
+    line->setContentsMargins(kMargin, kMargin / 2, kMargin, 0);
+    line->addWidget(cursor_, 1);
+    line->addWidget(range_);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(kMargin / 2);
+    layout->addLayout(line);
+    layout->addWidget(table_);
+    connect(&plot_, &PlotWidget::viewChanged, this, &PlotFiguresTable::showAll);
+    connect(&plot_, &PlotWidget::pointersChanged, this, [this] {
+        if (plot_.pointers().range != shown_)
+            showAll();
+        else
+            showCursor();
+    });
+}
+
+QSize PlotFiguresTable::sizeHint() const {
+    const int rows = std::clamp(table_->rowCount(), 1, kMostRows);
+    const int height = table_->horizontalHeader()->sizeHint().height() +
+                       rows * table_->verticalHeader()->defaultSectionSize() + cursor_->sizeHint().height() +
+                       2 * kMargin;
+    return {QWidget::sizeHint().width(), height};
+}
+
+void PlotFiguresTable::showEvent(QShowEvent* event) {
+    showAll();
+    QWidget::showEvent(event);
+}
+
+void PlotFiguresTable::setCell(int row, int column, const QString& text) {
+    QTableWidgetItem* item = table_->item(row, column);
+    if (!item) {
+        item = new QTableWidgetItem;
+        item->setTextAlignment((column == kQuantity ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignVCenter);
+        table_->setItem(row, column, item);
+    }
+    if (item->text() != text)
+        item->setText(text);
+}
+
+void PlotFiguresTable::showAll() {
+    if (!isVisible())
+        return;
+    shown_ = plot_.pointers().range;
+    const PlotData& plotted = plot_.data();
+    const RangeFigures figures = figuresOf(plotted, shown_.value_or(plot_.seen()), text_);
+    const std::vector<PlotReading::Value> rows = readPlot(plotted, plotted.whole.from, text_).values;
+    if (table_->rowCount() != static_cast<int>(rows.size())) {
+        table_->setRowCount(static_cast<int>(rows.size()));
+        updateGeometry();
+    }
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const int row = static_cast<int>(i);
+        setCell(row, kQuantity, toQt(rows[i].title));
+        const auto of = std::ranges::find_if(figures.curves, [&](const CurveFigures& curve) {
+            return curve.panel == rows[i].panel && curve.record == rows[i].record;
+        });
+        const bool known = of != figures.curves.end();
+        setCell(row, kLeast, known ? toQt(of->leastText) : QString());
+        setCell(row, kMean, known ? toQt(of->meanText) : QString());
+        setCell(row, kGreatest, known ? toQt(of->greatestText) : QString());
+    }
+    QString length = toQt(figures.length);
+    if (plotted.axis != PlotAxis::Distance && !figures.distanceText.empty())
+        length = tr("%1, %2", "a duration and a distance").arg(length, toQt(figures.distanceText));
+    const auto place = [&](double at) { return toQt(placeText(plotted, at, text_)); };
+    range_->setText(plotted.panels.empty() ? QString()
+                                           : (shown_ ? tr("Selected: %1 to %2 (%3)") : tr("Shown: %1 to %2 (%3)"))
+                                                 .arg(place(figures.range.from), place(figures.range.to), length));
+    showCursor();
+}
+
+void PlotFiguresTable::showCursor() {
+    if (!isVisible())
+        return;
+    const PlotData& plotted = plot_.data();
+    const std::optional<double> at = plot_.pointers().cursor;
+    const PlotReading reading = readPlot(plotted, at.value_or(plotted.whole.from), text_);
+    for (std::size_t i = 0; i < reading.values.size() && static_cast<int>(i) < table_->rowCount(); ++i)
+        setCell(static_cast<int>(i), kAtCursor, at ? toQt(reading.values[i].text) : QString());
+    QString said;
+    if (at && !plotted.panels.empty()) {
+        said =
+            reading.clock.empty() ? toQt(reading.place) : toQt(text(TextId::WithAside, reading.place, reading.clock));
+        if (reading.band)
+            said = tr("%1, %2", "a time and what was then").arg(said, toQt(reading.bandLabel));
+        if (reading.event)
+            said = tr("%1, %2", "a time and what was then")
+                       .arg(said, toQt(plotEventName(plotted.events[*reading.event].kind)));
+    }
+    cursor_->setText(said);
+}
+
+} // namespace quobrix

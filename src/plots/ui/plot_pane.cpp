@@ -1,0 +1,275 @@
+#include "plots/ui/plot_pane.h"
+
+#include "base/ui/qt_text.h"
+#include "drawing/svg.h"
+#include "model/logger_tables.h"
+#include "paper/ui/paper_painter.h"
+#include "plots/panel_choices.h"
+#include "plots/plot_figures.h"
+#include "plots/plot_options.h"
+#include "plots/ui/plot_figures_table.h"
+#include "settings/settings.h"
+#include "texts/source_text.h"
+#include "texts/text.h"
+#include "units/time_zone.h"
+#include "units/unit_system.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QImage>
+#include <QMenu>
+#include <QMimeData>
+#include <QScrollArea>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+namespace quobrix {
+
+enum class PlotPane::Command : std::size_t {
+#define COMMAND(Name, Id, Text, Prompt) Name,
+#include "plots/ui/plot_commands.def"
+};
+
+namespace {
+
+struct PlotCommandRow {
+    const char* name;
+    int id;
+    SourceText text;
+    SourceText prompt;
+    const PersistentType* option = nullptr;
+};
+
+constexpr PlotCommandRow kPlotCommands[] = {
+#define COMMAND(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt)},
+#define OPTION(Name, Id, Text, Prompt, Column) {#Name, Id, SourceText(Text), SourceText(Prompt), &Column::kType},
+#include "plots/ui/plot_commands.def"
+};
+
+constexpr Size kPicture{960, 600};  // of what is copied, in pixels
+constexpr double kPictureText = 13; // likewise
+constexpr const char *kPlotSection = "Plots", *kFigures = "Figures";
+
+/// What a plot shows, whatever becomes of the window and its units: pages are made later, and on another thread.
+struct ShownPlot {
+    ShownPlot(PlotData shown, PlotView seen, const TextContext& context)
+        : data(std::move(shown)), view(std::move(seen)), units(context.units.locale()), zone(context.zone) {
+        units.replace(context.units.choices());
+    }
+
+    Drawing draw(Size room, const TextMeasure& measure) const {
+        const TextContext context{units, zone};
+        const PlotLayout layout = layOutPlot(data, view, context, room, measure);
+        Drawing drawing = drawPlot(data, view, layout);
+        drawing.title = plotTitle(data, context);
+        drawing.description = plotDescription(data, layout, context);
+        return drawing;
+    }
+
+    PlotData data;
+    PlotView view;
+    TUnitSystem units;
+    TimeZone zone;
+};
+
+} // namespace
+
+PlotPane::PlotPane(PlotPaneContext context, bool events, QWidget* parent)
+    : QWidget(parent), context_(std::move(context)), events_(events), plot_(new PlotWidget(context_.text)),
+      figures_(new PlotFiguresTable(context_.text, *plot_)) {
+    plot_->setObjectName(QStringLiteral("Plot"));
+    auto* scroller = new QScrollArea; // where the window is too small for all panels
+    scroller->setFrameStyle(QFrame::NoFrame);
+    scroller->setWidgetResizable(true);
+    scroller->setFocusPolicy(Qt::NoFocus);
+    scroller->setWidget(plot_);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(scroller, 1);
+    layout->addWidget(figures_);
+    figures_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setFocusProxy(plot_);
+    addCommands();
+    connect(plot_, &PlotWidget::menuRequested, this, &PlotPane::showMenu);
+    connect(plot_, &PlotWidget::panelsChanged, this, &PlotPane::choosePanels);
+    connect(plot_, &PlotWidget::viewChanged, this, [this] { action(Command::Unzoom).setEnabled(plot_->zoomed()); });
+    followSettings();
+}
+
+void PlotPane::show(PlotData plot, bool same) {
+    figures_->setVisible(action(Command::Figures).isChecked() && !plot.panels.empty());
+    plot_->setPlot(std::move(plot), same);
+}
+
+void PlotPane::followSettings() {
+    plot_->setOptions(plotOptions(context_.settings));
+    plot_->setPanels(rememberedPanels(context_.settings));
+    for (std::size_t i = 0; i < actions_.size(); ++i)
+        if (kPlotCommands[i].option)
+            actions_[i]->setChecked(plotOption(context_.settings, *kPlotCommands[i].option));
+    // It is shown always where it does not wait for the key.
+    action(Command::Coordinates).setChecked(!plot_->view().options.coordinatesOnCtrl);
+    const bool figures = context_.settings.getBoolean(kPlotSection, kFigures, true);
+    action(Command::Figures).setChecked(figures);
+    figures_->setVisible(figures && !plot_->data().panels.empty());
+}
+
+void PlotPane::showEvent(QShowEvent* event) {
+    followSettings();
+    QWidget::showEvent(event);
+}
+
+Drawing PlotPane::drawing(Size room, const TextMeasure& measure) const {
+    return ShownPlot(plot_->data(), plot_->view(), context_.text).draw(room, measure);
+}
+
+// Commands
+
+void PlotPane::handle(Command command, std::function<void()> run) {
+    QAction& of = action(command);
+    of.setEnabled(true);
+    of.setStatusTip(toQt(text(kPlotCommands[static_cast<std::size_t>(command)].prompt)));
+    connect(&of, &QAction::triggered, this, std::move(run));
+}
+
+void PlotPane::addCommands() {
+    for (const PlotCommandRow& row : kPlotCommands) {
+        const QString words = toQt(text(row.text));
+        auto* made = new QAction(words.section(QLatin1Char('\t'), 0, 0), this);
+        made->setObjectName(QStringLiteral("Plot") + QLatin1String(row.name));
+        made->setData(row.id);
+        made->setShortcut({toQt(row.text.english()).section(QLatin1Char('\t'), 1), QKeySequence::PortableText});
+        made->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        made->setStatusTip(tr("%1 (not available yet)").arg(toQt(text(row.prompt))));
+        made->setEnabled(false);
+        addAction(made);
+        actions_.push_back(made);
+    }
+    using enum Command;
+    for (const Command step : {PanelUp, PanelDown})
+        handle(step, [this, by = step == PanelUp ? -1 : 1] {
+            choosePanels(withMoved(plot_->data(), plot_->view().panels, panel_, by));
+        });
+    handle(PanelHide, [this] { choosePanels(withHidden(plot_->data(), plot_->view().panels, panel_, true)); });
+    handle(PanelsReset, [this] { choosePanels({}); });
+    action(Figures).setCheckable(true);
+    handle(Figures, [this] {
+        context_.settings.setBoolean(kPlotSection, kFigures, action(Command::Figures).isChecked());
+        followSettings();
+    });
+    handle(Unzoom, [this] { plot_->unzoom(); });
+    action(Unzoom).setEnabled(false);
+    handle(CopyMetafile, [this] { copyDrawing(); });
+    handle(CopyBitmap, [this] { copyPicture(); });
+    for (std::size_t i = 0; i < actions_.size(); ++i)
+        if (const PersistentType* option = kPlotCommands[i].option) {
+            actions_[i]->setCheckable(true);
+            handle(static_cast<Command>(i), [this, option] {
+                setPlotOption(context_.settings, *option, !plotOption(context_.settings, *option));
+                followSettings();
+            });
+        }
+    if (context_.save)
+        handle(SaveAs, [this] { context_.save(printable()); });
+    if (context_.unitSystems)
+        handle(UnitSystems, context_.unitSystems);
+    if (context_.help)
+        handle(Help, context_.help);
+}
+
+void PlotPane::showMenu(const QPoint& place, std::optional<std::size_t> panel) {
+    using enum Command;
+    auto* menu = new QMenu(this);
+    menu->setObjectName(QStringLiteral("PlotMenu"));
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto add = [this](QMenu& to, std::initializer_list<Command> commands) {
+        for (const Command command : commands)
+            to.addAction(&action(command));
+    };
+    if (panel) {
+        panel_ = *panel;
+        const auto& shown = plot_->plotLayout().panels;
+        action(PanelUp).setEnabled(!shown.empty() && shown.front().panel != *panel);
+        action(PanelDown).setEnabled(!shown.empty() && shown.back().panel != *panel);
+        QMenu* one =
+            menu->addMenu(toQt(plot_->data().panels[*panel].title).replace(QLatin1Char('&'), QLatin1String("&&")));
+        one->setObjectName(QStringLiteral("PlotPanelMenu"));
+        add(*one, {PanelUp, PanelDown, PanelHide});
+    }
+    if (!plot_->data().panels.empty())
+        menu->addMenu(quantitiesMenu(*menu));
+    add(*menu, {Figures, SaveAs});
+    if (plot_->zoomed())
+        add(*menu, {Unzoom});
+    QMenu* as = menu->addMenu(tr("&Copy As"));
+    add(*as, {CopyMetafile, CopyBitmap});
+    menu->addSeparator();
+    add(*menu, {UnitSystems, Help});
+    QAction* last = &action(UnitSystems);
+    menu->insertSeparator(last);
+    if (events_)
+        for (const Command option : {SpeedBands, BrakingEvents, AccelerationEvents})
+            menu->insertAction(last, &action(option));
+    for (const Command option : {Lines, Coordinates, Normalize})
+        menu->insertAction(last, &action(option));
+    menu->popup(place);
+}
+
+/// Which of them are shown.
+QMenu* PlotPane::quantitiesMenu(QMenu& parent) {
+    auto* menu = new QMenu(tr("&Quantities"), &parent);
+    menu->setObjectName(QStringLiteral("PlotQuantitiesMenu"));
+    const auto& shown = plot_->plotLayout().panels;
+    for (std::size_t i = 0; i < plot_->data().panels.size(); ++i) {
+        const PlotPanel& panel = plot_->data().panels[i];
+        QAction* one = menu->addAction(toQt(panel.title).replace(QLatin1Char('&'), QLatin1String("&&")));
+        one->setObjectName(QStringLiteral("PlotShow") + toQt(panel.key));
+        one->setCheckable(true);
+        one->setChecked(std::ranges::find(shown, i, &PanelLayout::panel) != shown.end());
+        connect(one, &QAction::triggered, this, [this, i](bool on) {
+            if (i < plot_->data().panels.size())
+                choosePanels(withHidden(plot_->data(), plot_->view().panels, i, !on));
+        });
+    }
+    menu->addSeparator();
+    menu->addAction(&action(Command::PanelsReset));
+    return menu;
+}
+
+void PlotPane::choosePanels(std::vector<PanelChoice> panels) {
+    rememberPanels(context_.settings, panels);
+    plot_->setPanels(std::move(panels));
+}
+
+void PlotPane::copyDrawing() {
+    auto* copied = new QMimeData;
+    copied->setData(
+        QStringLiteral("image/svg+xml"),
+        QByteArray::fromStdString(writeSvg(drawing(kPicture, TableTextMeasure(kPictureText)), kPaperPalette)));
+    QApplication::clipboard()->setMimeData(copied);
+}
+
+void PlotPane::copyPicture() {
+    const Bytes png = PaperPainter().png(drawing(kPicture, *paperMeasure(kPictureText)), devicePixelRatioF());
+    QApplication::clipboard()->setImage(QImage::fromData(png.data(), static_cast<int>(png.size())));
+}
+
+Report PlotPane::printable() const {
+    const PlotData& plotted = plot_->data();
+    Report report{plotTitle(plotted, context_.text), {}, true};
+    if (plotted.panels.empty()) {
+        report.blocks.emplace_back(Paragraph{plotted.emptyText});
+        return report;
+    }
+    const auto shown = std::make_shared<const ShownPlot>(plotted, plot_->view(), context_.text);
+    report.blocks.emplace_back(
+        Picture{[shown](Size room, const TextMeasure& measure) { return shown->draw(room, measure); }});
+    return report;
+}
+
+} // namespace quobrix
