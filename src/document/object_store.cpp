@@ -326,13 +326,8 @@ void ObjectStore::substitute(ObjectId id, std::unique_ptr<PersistentObject> stan
 std::unique_ptr<PersistentObject> ObjectStore::vacate(Slot& entry) {
     const ObjectId id = entry.id;
     std::unique_ptr<PersistentObject> object = std::move(entry.object);
-    // Many slots are cleared away together, so that what is deleted in a row does not move all that is behind it again
-    // and again.
     entry = {.id = id, .object = nullptr, .vacant = true};
-    if (++vacantSlots_ > slots_.size() / 2) {
-        std::erase_if(slots_, [](const Slot& s) { return s.vacant; });
-        vacantSlots_ = 0;
-    }
+    ++vacantSlots_;
     std::erase_if(singletons_, [&](const auto& pair) { return pair.second == id; });
     deletedStreams_.insert(id);
     indexModified_ = modified_ = true;

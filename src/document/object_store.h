@@ -215,8 +215,7 @@ private:
         bool unreadable = false;
         bool failing = false; // the last read
         bool reused = false;  // the id was a free one
-        bool vacant =
-            false; // destroyed: of no object, until one gets the id again or the vacant slots are cleared away
+        bool vacant = false;  // of no object, until one gets the id
     };
     struct Kept {
         std::unique_ptr<PersistentObject> object; // none: the id alone
@@ -246,12 +245,15 @@ private:
     bool inFile(ObjectId id) const;
     IndexStreams indexStreams() const;
     void loadIndex();
+    void addVacantSlots();
     void rebuildIndex(const ShownText& why, const std::vector<ObjectId>* listed, const std::vector<ObjectId>& unused);
 
     const TypeRegistry& types_;
     const StreamReader* file_ = nullptr;
-    std::vector<Slot> slots_;      // ascending by id, so that the index is written in one order
-    std::size_t vacantSlots_ = 0;  // at most half of them
+    // Ascending by id, so that the index is written in one order. What is free or set aside keeps a vacant slot, so
+    // that objects come back, or get ids that were free, without moving all the slots behind theirs.
+    std::vector<Slot> slots_;
+    std::size_t vacantSlots_ = 0;
     std::deque<ObjectId> freeIds_; // to be given out
     std::unordered_map<ObjectId, Kept> aside_;
     std::deque<ObjectId> deleted_, unmade_; // of these, in the order in which they were set aside

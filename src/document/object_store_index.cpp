@@ -104,11 +104,21 @@ void ObjectStore::loadIndex() {
     }
     finish(free, kFreeIdsStream);
 
-    if (why.empty())
-        return;
-    const std::vector<ObjectId> ids = objectIds();
-    listed = listed && (ids.empty() || ids.back() < kLargestNextId);
-    rebuildIndex(why, listed ? &ids : nullptr, free.finished() ? unused : std::vector<ObjectId>());
+    if (!why.empty()) {
+        const std::vector<ObjectId> ids = objectIds();
+        listed = listed && (ids.empty() || ids.back() < kLargestNextId);
+        rebuildIndex(why, listed ? &ids : nullptr, free.finished() ? unused : std::vector<ObjectId>());
+    }
+    addVacantSlots();
+}
+
+/// Gives the free ids their slots.
+void ObjectStore::addVacantSlots() {
+    slots_.reserve(slots_.size() + freeIds_.size());
+    for (const ObjectId id : freeIds_)
+        slots_.push_back({.id = id, .object = nullptr, .vacant = true});
+    vacantSlots_ = freeIds_.size();
+    std::ranges::sort(slots_, {}, &Slot::id);
 }
 
 /// LISTED: the list of all objects, if that can be read. UNUSED: what the list of free ids says.
@@ -116,6 +126,7 @@ void ObjectStore::rebuildIndex(const ShownText& why, const std::vector<ObjectId>
                                const std::vector<ObjectId>& unused) {
     // The streams' names are the second witness of which objects there are; their first bytes say of which class.
     slots_.clear();
+    vacantSlots_ = 0;
     freeIds_.clear();
     const std::map<std::uint32_t, ObjectId> named = std::exchange(singletons_, {});
     nextId_ = 0;
