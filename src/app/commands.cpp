@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "texts/text.h"
+#include "ui/command_rows.h"
 
 #include <QAction>
 #include <QIcon>
@@ -36,8 +37,7 @@ QString firstLine(SourceText prompt) { return toQt(upTo(text(prompt), '\n')); }
 
 /// The prompt of a command without a handler.
 QString unavailablePrompt(const MenuRow& row) {
-    return QObject::tr("%1 (not available yet)")
-        .arg(row.prompt.empty() ? plainText(text(row.text)) : firstLine(row.prompt));
+    return notAvailableYet(row.prompt.empty() ? plainText(text(row.text)) : firstLine(row.prompt));
 }
 
 } // namespace

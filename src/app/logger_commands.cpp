@@ -16,7 +16,6 @@
 #include "units/time_zone.h"
 
 #include <QApplication>
-#include <QStatusBar>
 #include <QtMath>
 
 #include <fmt/format.h>
@@ -180,7 +179,7 @@ void LoggerCommands::showLog() {
 void LoggerCommands::tell(const MergeResult& result) {
     if (result.added() > 0)
         frame_.pages().show(kTripLogPage);
-    frame_.statusBar()->showMessage(toQt(result.summary()), kSummaryShown);
+    frame_.say(toQt(result.summary()), kSummaryShown);
     Message message = makeMessage(MessageId::DownloadDone, result.summary());
     message.details = ShownText::asItIs(fmt::format("{}", fmt::join(result.refusedLines(), "\n")));
     frame_.prompter().tell(message);

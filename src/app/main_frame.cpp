@@ -13,6 +13,7 @@
 #include "plots/ui/plot_options_dialog.h"
 #include "settings/settings.h"
 #include "tables/ui/cell_mark.h"
+#include "ui/passing_menu.h"
 #include "ui/splitter.h"
 #include "ui/windows.h"
 #include "units/time_zone.h"
@@ -33,6 +34,7 @@
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QStatusBar>
+#include <QStatusTipEvent>
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
@@ -66,8 +68,7 @@ bool takeAsCopy(QDropEvent& event) {
 
 TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     : context_(context), reminders_(context.settings, currentTime),
-      prompter_(*this, reminders_, context.text(),
-                [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
+      prompter_(*this, reminders_, context.text(), [this](const QString& text) { say(text, kQuietlyShown); }),
       chooser_(*this), recent_(context.settings),
       files_(context.document, context.settings, recent_, prompter_, chooser_,
              [this](const DiskWork& work) { return runDisk(work); },
@@ -96,7 +97,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                   }}),
       export_(
           context.document, context.text(), prompter_, chooser_, [this](const DiskWork& work) { return runDisk(work); },
-          *this, [this](const QString& text) { statusBar()->showMessage(text, kQuietlyShown); }),
+          *this, [this](const QString& text) { say(text, kQuietlyShown); }),
       commands_(new Commands([this] { return finishEdits(); },
                              [this](const QAction& action, const std::string& reason) {
                                  prompter_.tell(makeMessage(MessageId::UnexpectedFailure,
@@ -134,6 +135,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     addRecentFileActions();
 
     readOnlyStatus_->setObjectName(QStringLiteral("readOnlyStatus"));
+    readOnlyStatus_->setContentsMargins(0, 0, fontMetrics().averageCharWidth() * 2, 0); // as that of a warning
     statusBar()->addPermanentWidget(readOnlyStatus_);
     warning_->setObjectName(QStringLiteral("loggerWarning"));
     warningMark_->setPixmap(markPixmap(Severity::Recommended, fontMetrics().height(), devicePixelRatioF()));
@@ -260,8 +262,7 @@ void TQuobrixFrame::addPart(CommandId toggle, QWidget& part) {
 }
 
 QMenu* TQuobrixFrame::createPopupMenu() {
-    auto* menu = new QMenu(this);
-    menu->setObjectName(QStringLiteral("toolBarMenu"));
+    auto* menu = new PassingMenu("toolBarMenu", *this);
     menu->addActions(toolBarMenu_->actions());
     return menu;
 }
@@ -441,6 +442,23 @@ void TQuobrixFrame::unitsChanged(UnitsChange, std::optional<UnitTypeId>) {
     for (const QWidget* window : QApplication::topLevelWidgets())
         if (window != this)
             retextTables(*window);
+}
+
+void TQuobrixFrame::say(const QString& text, int milliseconds) {
+    int room = statusBar()->width();
+    for (const QWidget* part : {static_cast<QWidget*>(warningMark_), static_cast<QWidget*>(warning_),
+                                static_cast<QWidget*>(readOnlyStatus_), static_cast<QWidget*>(portStatus_)})
+        if (part->isVisible())
+            room = std::min(room, part->x());
+    room -= fontMetrics().averageCharWidth() * 3; // between, and before the text
+    statusBar()->showMessage(statusBar()->fontMetrics().elidedText(text, Qt::ElideRight, room), milliseconds);
+}
+
+bool TQuobrixFrame::event(QEvent* event) {
+    if (event->type() != QEvent::StatusTip)
+        return QMainWindow::event(event);
+    say(static_cast<QStatusTipEvent*>(event)->tip());
+    return true;
 }
 
 void TQuobrixFrame::setPortStatus(const QString& text) { portStatus_->setText(text); }

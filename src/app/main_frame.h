@@ -52,6 +52,9 @@ public:
     void addPage(int pageId, PageArea::Create create, std::function<QString()> count = {});
     /// Rows of the document or names have changed: everything that shows them does so anew.
     void documentChanged();
+    /// Says TEXT in the status bar, as far as it has room beside what always stands there; until something else is
+    /// said, or so long.
+    void say(const QString& text, int milliseconds = 0);
     void setPortStatus(const QString& text);
     /// What is wrong with the logger, beside the state of its port; nothing if TEXT is empty. TIP: what to do about it.
     void setWarning(const QString& text, const QString& tip);
@@ -78,6 +81,7 @@ public:
 protected:
     /// Of the right mouse button on the menu bar and the toolbar.
     QMenu* createPopupMenu() override;
+    bool event(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     /// The buttons of the mouse that lead back and forward, wherever in the window it is.
     bool eventFilter(QObject* object, QEvent* event) override;

@@ -23,7 +23,6 @@
 #include "views/names_dialog.h"
 
 #include <QApplication>
-#include <QStatusBar>
 #include <QTreeView>
 
 #include <algorithm>
@@ -211,7 +210,7 @@ void PrintCommands::save(const Report& report, const std::vector<std::string>& e
     });
     const std::string name = utf8(place->path);
     if (saved || saved.error().kind == ErrorKind::NotDurable)
-        frame_.statusBar()->showMessage(toQt(text(TextId::EventSaved, name)), 15'000);
+        frame_.say(toQt(text(TextId::EventSaved, name)), 15'000);
     if (!saved && saved.error().kind != ErrorKind::Cancelled)
         frame_.prompter().tell(fileMessage(saved.error(), FileAction::Save, name));
 }

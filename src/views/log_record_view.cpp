@@ -5,13 +5,13 @@
 #include "paper/ui/paper_painter.h"
 #include "report/pages.h"
 #include "texts/text.h"
+#include "ui/passing_menu.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QImage>
 #include <QLabel>
-#include <QMenu>
 #include <QMimeData>
 
 namespace quobrix {
@@ -41,9 +41,7 @@ void LogRecordView::showRecord(const Table* log, std::optional<RowIndex> row) {
 Drawing LogRecordView::picture() const { return drawReport(report(), kPictureWidth, *paperMeasure(kPictureText)); }
 
 void LogRecordView::contextMenuEvent(QContextMenuEvent* event) {
-    auto* menu = new QMenu(this);
-    menu->setObjectName(QStringLiteral("ReportMenu"));
-    menu->setAttribute(Qt::WA_DeleteOnClose);
+    auto* menu = new PassingMenu("ReportMenu", *this);
     const auto add = [](QMenu& to, const char* name, const QString& text, auto run) {
         QAction* action = to.addAction(text, run);
         action->setObjectName(QLatin1String(name));

@@ -8,6 +8,7 @@
 #include "settings/settings.h"
 #include "tables/ui/cell_block.h"
 #include "texts/text.h"
+#include "ui/command_rows.h"
 #include "views/comments_dialog.h"
 #include "views/comparison_window.h"
 #include "views/log_list.h"
@@ -21,20 +22,18 @@
 namespace quobrix {
 namespace {
 
-struct CommandRow {
-    const char* name;
-    int id;
-    SourceText text;
-    SourceText prompt;
+/// Beside the command, which log it is for.
+struct RecordRow {
+    CommandRow command;
     std::optional<LogId> log;
     bool edits;
 };
 
 constexpr std::optional<LogId> kEveryLog;
 
-constexpr CommandRow kCommandRows[] = {
-#define COMMAND(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log, true},
-#define READING(Name, Id, Text, Prompt, Log) {#Name, Id, SourceText(Text), SourceText(Prompt), Log, false},
+constexpr RecordRow kRecordRows[] = {
+#define COMMAND(Name, Id, Text, Prompt, Log) {{#Name, Id, SourceText(Text), SourceText(Prompt)}, Log, true},
+#define READING(Name, Id, Text, Prompt, Log) {{#Name, Id, SourceText(Text), SourceText(Prompt)}, Log, false},
 #include "views/record_commands.def"
 };
 
@@ -64,15 +63,8 @@ std::vector<Selection> driverChoices(const TQuobrixDocument& document) {
 RecordCommands::RecordCommands(LogList& list, const ViewContext& context, const LogSpec& spec)
     : QObject(&list), list_(list), context_(context), spec_(spec) {
     for (std::size_t i = 0; i < actions_.size(); ++i) {
-        auto* action = new QAction(toQt(text(kCommandRows[i].text)).section(QLatin1Char('\t'), 0, 0), &list);
-        action->setObjectName(QStringLiteral("Record") + QLatin1String(kCommandRows[i].name));
-        action->setShortcut({toQt(kCommandRows[i].text.english()).section(QLatin1Char('\t'), 1),
-                             QKeySequence::PortableText}); // the same in every language
-        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        list.addAction(action);
-        action->setData(kCommandRows[i].id);
-        connect(action, &QAction::triggered, this, [this, i] { run(static_cast<RecordCommand>(i)); });
-        actions_[i] = action;
+        actions_[i] = addCommand(list, "Record", kRecordRows[i].command);
+        connect(actions_[i], &QAction::triggered, this, [this, i] { run(static_cast<RecordCommand>(i)); });
     }
     connect(&list, &TSpreadsheet::currentRowChanged, this, &RecordCommands::refresh);
     connect(&list.view(), &SpreadsheetView::selectionAltered, this, &RecordCommands::refresh);
@@ -85,11 +77,11 @@ void RecordCommands::refresh() {
     const ShownText why = context_.document.edits().lockedBecause();
     const bool diagnostics = context_.settings.getInteger("Diagnostics", "Menu", 0) != 0;
     for (std::size_t i = 0; i < actions_.size(); ++i) {
-        const std::optional<LogId> log = kCommandRows[i].log;
-        const bool edits = kCommandRows[i].edits, locked = edits && !why.empty();
+        const std::optional<LogId> log = kRecordRows[i].log;
+        const bool edits = kRecordRows[i].edits, locked = edits && !why.empty();
         actions_[i]->setVisible(!log || (log == spec_.id && (diagnostics || !edits)));
         actions_[i]->setEnabled(!locked && applies(static_cast<RecordCommand>(i)));
-        actions_[i]->setStatusTip(toQt(locked ? why : text(kCommandRows[i].prompt)));
+        actions_[i]->setStatusTip(toQt(locked ? why : text(kRecordRows[i].command.prompt)));
     }
 }
 
@@ -102,7 +94,7 @@ bool RecordCommands::applies(RecordCommand command) const {
     }
     const auto row = list_.currentRow();
     const Table* log = context_.document.log(spec_);
-    const std::optional<LogId> only = kCommandRows[static_cast<std::size_t>(command)].log;
+    const std::optional<LogId> only = kRecordRows[static_cast<std::size_t>(command)].log;
     if (!row || !log || *row >= log->rowCount() || (only && only != spec_.id))
         return false;
     if (command == RecordCommand::EditSpeedProfile)

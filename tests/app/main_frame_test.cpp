@@ -21,6 +21,8 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QStatusBar>
+#include <QStatusTipEvent>
 #include <QTest>
 #include <QTimer>
 
@@ -148,6 +150,11 @@ TEST_F(MainFrameTest, ReadOnlyUntilTheOtherCopyCloses) {
     EXPECT_EQ(frame_.windowTitle(), QStringLiteral("Held.car[*] (Read-Only) - Quobrix"));
     EXPECT_EQ(status->text(), QStringLiteral("Read-only: Another program is using this file."));
     EXPECT_TRUE(status->isVisible());
+    QStatusTipEvent hint(QString(200, 'm'));
+    QApplication::sendEvent(&frame_, &hint);
+    const QFontMetrics metrics = frame_.statusBar()->fontMetrics();
+    EXPECT_TRUE(frame_.statusBar()->currentMessage().startsWith("mmm"));
+    EXPECT_LT(metrics.horizontalAdvance(frame_.statusBar()->currentMessage()), status->x()) << "beside the note";
     running.newDocument();
     QDialog other;
     other.show();

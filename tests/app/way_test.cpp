@@ -306,7 +306,10 @@ TEST_F(WayTest, AFilterIsKeptUntilAHiddenRecordIsWantedOrTheDocumentEnds) {
     filter("coast");
     EXPECT_EQ(shown(), 2);
     EXPECT_EQ(pages()[1], "Trip Log, 3") << "what the log holds";
-    press(Qt::Key_3, Qt::ControlModifier);
+    press(Qt::Key_Right);
+    EXPECT_NE(frame_.statusBar()->currentMessage(), "") << "about the cell";
+    press(Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(frame_.statusBar()->currentMessage(), "") << "which is out of view";
     press(Qt::Key_2, Qt::ControlModifier);
     EXPECT_EQ(shown(), 2);
     document_.trips().column<TTripLogStartTimeColumn>().set(1, 1'500'000'000); // the last one

@@ -95,6 +95,15 @@ TEST_F(LogListTest, TheCurrentRecordStaysInSight) {
     list.resize(400, 260);
     QApplication::processEvents();
     EXPECT_FALSE(inSight()) << "a person has scrolled away from it";
+    list.view().sortByColumn(0, Qt::DescendingOrder);
+    list.view().sortByColumn(0, Qt::AscendingOrder);
+    EXPECT_TRUE(inSight()) << "wherever it goes";
+    ASSERT_TRUE(list.setFilter([](RowIndex row) { return row > 57; }));
+    list.view().horizontalScrollBar()->setValue(10);
+    ASSERT_TRUE(list.setFilter({}));
+    QApplication::processEvents();
+    EXPECT_TRUE(inSight()) << "where the scroll bar had no place before";
+    EXPECT_EQ(list.view().horizontalScrollBar()->value(), 10);
 }
 
 TEST_F(LogListTest, EveryFigureCanBeChosenOnceInItsGroup) {

@@ -7,6 +7,7 @@
 #include "support/view_fixture.h"
 #include "views/log_view.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
@@ -67,6 +68,28 @@ protected:
     ScriptedPrompter prompter_;
     std::unique_ptr<LogView> view_;
 };
+
+TEST_F(RecordCommandsTest, TheMenuCanBeReadHoweverOftenItIsOpened) {
+    open(LogId::Trips);
+    const auto heard = [&] {
+        emit list().view().menuRequested({});
+        auto* menu = view_->findChild<QMenu*>(QStringLiteral("SpreadsheetMenu"));
+        QStringList entries;
+        QList<QMenu*> menus = menu->findChildren<QMenu*>();
+        for (QMenu* each : menus << menu) {
+            QAccessibleInterface* const read = QAccessible::queryAccessibleInterface(each);
+            for (int i = 0; i < read->childCount(); ++i)
+                if (const QAccessibleInterface* entry = read->child(i); entry && entry->isValid())
+                    entries << entry->text(QAccessible::Name);
+        }
+        menu->close();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return entries;
+    };
+    const QStringList first = heard();
+    EXPECT_TRUE(first.contains("Copy") && first.contains("Bitmap") && first.contains("Edit Comments..."));
+    EXPECT_EQ(heard(), first);
+}
 
 TEST_F(RecordCommandsTest, CommentsOfManyLinesAreEditedFromTheListAndTheReport) {
     open(LogId::Trips);

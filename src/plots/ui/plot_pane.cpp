@@ -11,6 +11,8 @@
 #include "settings/settings.h"
 #include "texts/source_text.h"
 #include "texts/text.h"
+#include "ui/command_rows.h"
+#include "ui/passing_menu.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
@@ -37,16 +39,13 @@ enum class PlotPane::Command : std::size_t {
 namespace {
 
 struct PlotCommandRow {
-    const char* name;
-    int id;
-    SourceText text;
-    SourceText prompt;
+    CommandRow command;
     const PersistentType* option = nullptr;
 };
 
 constexpr PlotCommandRow kPlotCommands[] = {
-#define COMMAND(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt)},
-#define OPTION(Name, Id, Text, Prompt, Column) {#Name, Id, SourceText(Text), SourceText(Prompt), &Column::kType},
+#define COMMAND(Name, Id, Text, Prompt) {{#Name, Id, SourceText(Text), SourceText(Prompt)}},
+#define OPTION(Name, Id, Text, Prompt, Column) {{#Name, Id, SourceText(Text), SourceText(Prompt)}, &Column::kType},
 #include "plots/ui/plot_commands.def"
 };
 
@@ -133,23 +132,13 @@ Drawing PlotPane::drawing(Size room, const TextMeasure& measure) const {
 void PlotPane::handle(Command command, std::function<void()> run) {
     QAction& of = action(command);
     of.setEnabled(true);
-    of.setStatusTip(toQt(text(kPlotCommands[static_cast<std::size_t>(command)].prompt)));
+    of.setStatusTip(toQt(text(kPlotCommands[static_cast<std::size_t>(command)].command.prompt)));
     connect(&of, &QAction::triggered, this, std::move(run));
 }
 
 void PlotPane::addCommands() {
-    for (const PlotCommandRow& row : kPlotCommands) {
-        const QString words = toQt(text(row.text));
-        auto* made = new QAction(words.section(QLatin1Char('\t'), 0, 0), this);
-        made->setObjectName(QStringLiteral("Plot") + QLatin1String(row.name));
-        made->setData(row.id);
-        made->setShortcut({toQt(row.text.english()).section(QLatin1Char('\t'), 1), QKeySequence::PortableText});
-        made->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        made->setStatusTip(tr("%1 (not available yet)").arg(toQt(text(row.prompt))));
-        made->setEnabled(false);
-        addAction(made);
-        actions_.push_back(made);
-    }
+    for (const PlotCommandRow& row : kPlotCommands)
+        actions_.push_back(addCommand(*this, "Plot", row.command));
     using enum Command;
     for (const Command step : {PanelUp, PanelDown})
         handle(step, [this, by = step == PanelUp ? -1 : 1] {
@@ -184,9 +173,7 @@ void PlotPane::addCommands() {
 
 void PlotPane::showMenu(const QPoint& place, std::optional<std::size_t> panel) {
     using enum Command;
-    auto* menu = new QMenu(this);
-    menu->setObjectName(QStringLiteral("PlotMenu"));
-    menu->setAttribute(Qt::WA_DeleteOnClose);
+    auto* menu = new PassingMenu("PlotMenu", *this);
     const auto add = [this](QMenu& to, std::initializer_list<Command> commands) {
         for (const Command command : commands)
             to.addAction(&action(command));

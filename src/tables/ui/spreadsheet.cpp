@@ -7,12 +7,12 @@
 #include "tables/ui/column_chooser.h"
 #include "tables/ui/find_bar.h"
 #include "texts/text.h"
+#include "ui/passing_menu.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
-#include <QMenu>
 #include <QMimeData>
 #include <QStatusTipEvent>
 #include <QTimer>
@@ -509,7 +509,6 @@ void TSpreadsheet::chooseColumns() {
 void TSpreadsheet::showMenu(const QPoint& position) {
     commands_->refresh();
     QMenu* menu = commands_->makeMenu(*this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
     addToMenu(*menu, menu->actions().constFirst());
     const QModelIndex cell = view_->currentIndex();
     if (const auto finding = cell.isValid() ? model_.mark(cell.row(), cell.column()) : std::nullopt) {
@@ -528,9 +527,7 @@ void TSpreadsheet::showHeaderMenu(int column, const QPoint& position) {
     QHeaderView& header = *view_->horizontalHeader();
     if (column < 0 || !finishEdit())
         return;
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->setObjectName(QStringLiteral("SpreadsheetHeaderMenu"));
+    auto* menu = new PassingMenu("SpreadsheetHeaderMenu", *this);
     menu->addAction(tr("Sort &Up"), this, [this, column] { sortBy(column, Qt::AscendingOrder); });
     menu->addAction(tr("Sort &Down"), this, [this, column] { sortBy(column, Qt::DescendingOrder); });
     menu->addAction(&commands_->action(SpreadsheetCommand::StoredOrder));

@@ -1,49 +1,26 @@
 #include "tables/ui/spreadsheet_commands.h"
 
 #include "base/ui/qt_text.h"
-#include "texts/source_text.h"
+#include "ui/command_rows.h"
+#include "ui/passing_menu.h"
 
 #include <QAction>
-#include <QMenu>
 #include <QWidget>
 
 namespace quobrix {
 namespace {
-
-struct CommandRow {
-    const char* name;
-    int id;
-    SourceText text;
-    SourceText prompt;
-};
 
 constexpr CommandRow kRows[] = {
 #define COMMAND(Name, Id, Text, Prompt) {#Name, Id, SourceText(Text), SourceText(Prompt)},
 #include "tables/ui/spreadsheet_commands.def"
 };
 
-QString withoutKeys(SourceText command) { return toQt(text(command)).section(QLatin1Char('\t'), 0, 0); }
-
-/// The same in every language.
-QKeySequence keysOf(SourceText command) {
-    return {toQt(command.english()).section(QLatin1Char('\t'), 1), QKeySequence::PortableText};
-}
-
 } // namespace
 
 SpreadsheetCommands::SpreadsheetCommands(QWidget& owner) : QObject(&owner) {
     for (std::size_t i = 0; i < entries_.size(); ++i) {
-        const CommandRow& row = kRows[i];
-        auto* action = new QAction(withoutKeys(row.text), &owner);
-        action->setObjectName(QStringLiteral("Spreadsheet") + QLatin1String(row.name));
-        action->setData(row.id);
-        action->setShortcut(keysOf(row.text));
-        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-        action->setStatusTip(tr("%1 (not available yet)").arg(toQt(text(row.prompt))));
-        action->setEnabled(false);
-        owner.addAction(action);
-        connect(action, &QAction::triggered, this, [this, i] { entries_[i].run(); });
-        entries_[i].action = action;
+        entries_[i].action = addCommand(owner, "Spreadsheet", kRows[i]);
+        connect(entries_[i].action, &QAction::triggered, this, [this, i] { entries_[i].run(); });
     }
     action(SpreadsheetCommand::Redo)
         .setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)});
@@ -65,7 +42,7 @@ void SpreadsheetCommands::ruleOut(SpreadsheetCommand command, const QString& rea
 }
 
 void SpreadsheetCommands::describe(SpreadsheetCommand command, const QString& what) {
-    const QString own = withoutKeys(kRows[static_cast<std::size_t>(command)].text);
+    const QString own = textWithoutKeys(kRows[static_cast<std::size_t>(command)]);
     const QString object = what.left(1).toUpper() + what.mid(1).replace(QLatin1Char('&'), QLatin1String("&&"));
     action(command).setText(what.isEmpty() ? own : tr("%1 %2", "a command and what it is about").arg(own, object));
 }
@@ -77,8 +54,7 @@ void SpreadsheetCommands::refresh() {
 
 QMenu* SpreadsheetCommands::makeMenu(QWidget& parent) const {
     using enum SpreadsheetCommand;
-    auto* menu = new QMenu(&parent);
-    menu->setObjectName(QStringLiteral("SpreadsheetMenu"));
+    QMenu* menu = new PassingMenu("SpreadsheetMenu", parent);
     const auto add = [this](QMenu* to, std::initializer_list<SpreadsheetCommand> commands) {
         for (const SpreadsheetCommand command : commands)
             to->addAction(&action(command));

@@ -38,7 +38,7 @@ public:
     QAction& action(SpreadsheetCommand command) const { return *entries_[static_cast<std::size_t>(command)].action; }
     /// Asks every command whether it is available.
     void refresh();
-    /// The menu of all commands, which the caller deletes.
+    /// The menu of all commands.
     QMenu* makeMenu(QWidget& parent) const;
 
 private:

@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <unordered_map>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -87,6 +88,7 @@ SpreadsheetView::SpreadsheetView(SpreadsheetModel& model, Use use, QString empty
     for (const auto signal : {&QHeaderView::sectionResized, &QHeaderView::sectionMoved})
         connect(&header, signal, this, &SpreadsheetView::placeFrozen);
     setSortingEnabled(true);
+    connect(&header, &QHeaderView::sortIndicatorChanged, this, &SpreadsheetView::showCurrentRow); // once it is sorted
     // What assistive technology reads of a cell is kept by row and column, and the toolkit forgets to move it along.
     connect(&model, &QAbstractItemModel::layoutChanged, this, [this] {
         QAccessibleTableModelChangeEvent moved(this, QAccessibleTableModelChangeEvent::ModelReset);
@@ -110,7 +112,17 @@ std::optional<RowIndex> SpreadsheetView::currentRow() const {
 void SpreadsheetView::goTo(const QModelIndex& cell) {
     const auto rows = use_ == Use::Records ? QItemSelectionModel::Rows : QItemSelectionModel::NoUpdate;
     selectionModel()->setCurrentIndex(cell, QItemSelectionModel::ClearAndSelect | rows);
+    executeDelayedItemsLayout();
     scrollTo(cell);
+}
+
+void SpreadsheetView::showCurrentRow() {
+    executeDelayedItemsLayout(); // else the scroll bar knows only the rows that were there before
+    QScrollBar& sideways = *horizontalScrollBar();
+    const int before = sideways.value();
+    if (currentIndex().isValid())
+        scrollTo(currentIndex());
+    sideways.setValue(before);
 }
 
 int SpreadsheetView::sizeHintForColumn(int column) const {
@@ -228,6 +240,7 @@ void SpreadsheetView::reset() {
 void SpreadsheetView::say(const QString& text, const QModelIndex& cell) {
     scrollTo(cell);
     note_->show(text, visualRect(cell));
+    hinted_ = false;
     QStatusTipEvent tip(text.simplified());
     QApplication::sendEvent(this, &tip);
 }
@@ -237,6 +250,7 @@ QString SpreadsheetView::note() const { return note_->text(); }
 void SpreadsheetView::showStatus(const QModelIndex& cell) {
     if (!hasFocus() && !marksCurrent_) // or that of finding
         return;
+    hinted_ = true;
     QStatusTipEvent tip(model_.data(cell, Qt::StatusTipRole).toString());
     QApplication::sendEvent(this, &tip);
 }
@@ -331,8 +345,8 @@ void SpreadsheetView::setFilter(RowFilter filter) {
         goTo(model_.index(model_.placeOf(*rowBeforeFilter_).value_or(0), shownColumns(*this).front()));
     else if (currentIndex().isValid() && !selectionModel()->hasSelection())
         goTo(currentIndex());
-    else if (currentIndex().isValid())
-        scrollTo(currentIndex());
+    else
+        showCurrentRow();
 }
 
 bool SpreadsheetView::moveBy(int rowStep, int columnStep) {
@@ -407,6 +421,11 @@ void SpreadsheetView::focusOutEvent(QFocusEvent* event) {
     QTableView::focusOutEvent(event);
     if (frozen_)
         frozen_->viewport()->update();
+    const bool passing = event->reason() == Qt::PopupFocusReason || event->reason() == Qt::ActiveWindowFocusReason;
+    if (!passing && std::exchange(hinted_, false)) {
+        QStatusTipEvent nothing{QString()}; // the cell may be out of view
+        QApplication::sendEvent(this, &nothing);
+    }
 }
 
 void SpreadsheetView::keyPressEvent(QKeyEvent* event) {
@@ -526,13 +545,8 @@ void SpreadsheetView::resizeEvent(QResizeEvent* event) {
     // One whose end is below the edge was gone to before there was a scroll bar.
     const bool seen = cell.isValid() && row.top() >= 0 && row.top() < std::max(event->oldSize().height(), 1);
     QTableView::resizeEvent(event);
-    if (!seen && isVisible())
-        return;
-    QScrollBar& sideways = *horizontalScrollBar();
-    const int before = sideways.value();
-    if (cell.isValid())
-        scrollTo(cell);
-    sideways.setValue(before);
+    if (seen || !isVisible())
+        showCurrentRow();
 }
 
 void SpreadsheetView::paintEvent(QPaintEvent* event) {

@@ -37,6 +37,8 @@ public:
     std::optional<RowIndex> currentRow() const;
     /// Makes CELL the current one, the only one selected, and in view; whatever keys are held down.
     void goTo(const QModelIndex& cell);
+    /// Scrolls up or down to the current row.
+    void showCurrentRow();
 
     using QTableView::edit;
     bool isEditing() const { return editor() != nullptr; }
@@ -122,6 +124,7 @@ private:
     FrozenColumn* frozen_ = nullptr; ///< made when it is first needed
     bool frozenHeld_ = false;        ///< it may have the mouse, so it is neither hidden nor moved
     bool marksCurrent_ = false;
+    bool hinted_ = false;                     ///< the status bar explains the current cell
     std::optional<RowIndex> rowBeforeFilter_; ///< the current one, when the filter was set last
     QPersistentModelIndex edited_;            ///< the cell of the open editor
     bool accepted_ = true;                    ///< the editor's value has been taken
