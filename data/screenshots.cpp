@@ -2,18 +2,24 @@
 
 #include "app/main_frame.h"
 #include "app/names_commands.h"
+#include "app/print_commands.h"
 #include "app/theme.h"
 #include "app/units_command.h"
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
+#include "paper/page_setup.h"
+#include "paper/printout.h"
+#include "paper/ui/paper_painter.h"
 #include "platform/paths.h"
 #include "settings/settings.h"
 #include "units/time_zone.h"
+#include "views/comparison_window.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QImage>
 
 #include <array>
 #include <cstdio>
@@ -48,7 +54,7 @@ public:
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Report);
         taken = take("trip-report", frame_) && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Plot);
-        taken = take("trip-plot", frame_) && taken;
+        taken = take("trip-plot", frame_) && takePage() && takeComparison() && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Table);
         taken = take("trip-table", frame_) && taken;
         constexpr std::pair<CommandId, const char*> kLogs[] = {{CommandId::TroubleLog, "trouble-log"},
@@ -58,6 +64,8 @@ public:
             frame_.commands().trigger(command);
             taken = take(name, frame_) && taken;
         }
+        static_cast<LogView*>(frame_.pages().page(frame_.pages().current()))->showView(LogViewKind::Plot);
+        taken = take("accident-plot", frame_) && taken;
         frame_.commands().trigger(CommandId::Units);
         taken = take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && taken;
         fillGarage();
@@ -103,6 +111,24 @@ private:
         return take("spreadsheet", dialog);
     }
 
+    /// The page that the plot in view is printed on.
+    bool takePage() {
+        const PageSource pages = layOut(*frame_.pages().page(kTripLogPage)->printable({}), {}, PaperPainter());
+        const Bytes png = PaperPainter().png(pages.page(0), 1.5);
+        return QImage::fromData(png.data(), static_cast<int>(png.size()))
+            .save(folder_ + QStringLiteral("/plot-page.png"));
+    }
+
+    /// Of the newest trips.
+    bool takeComparison() {
+        const RowIndex trips = document_.trips().rowCount();
+        const std::array<RowIndex, 3> rows{trips - 3, trips - 2, trips - 1};
+        ComparisonWindow compared(frame_.context(), rows, &frame_);
+        compared.resize(frame_.size());
+        compared.show();
+        return take("comparison", compared);
+    }
+
     bool take(const char* name, QWidget& widget) {
         QApplication::processEvents();
         frame_.markMissingFiles({}); // as the made-up one is
@@ -119,6 +145,7 @@ private:
     TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
     UnitsCommand unitsCommand_{frame_, units_, store_};
     NamesCommands namesCommands_{frame_};
+    PrintCommands printCommands_{frame_};
 };
 
 } // namespace

@@ -122,6 +122,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     context_.prompter = &prompter_;
     context_.windows = &windows_;
     context_.saveReport = &saveReport_;
+    printing_ = {commands_->action(CommandId::Print), commands_->action(CommandId::PrintPreview)};
+    context_.printing = &printing_;
     context_.document.edits().addListener(*this);
     context_.units.addListener(*this);
 

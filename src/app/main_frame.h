@@ -137,6 +137,7 @@ private:
     MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
     std::function<void()> whenSaved_, whenEdited_, whenReplaced_;
     std::function<void(Report)> saveReport_;
+    std::vector<QAction*> printing_;
     std::function<AboutLines()> aboutLines_;
     std::vector<std::function<bool()>> beforeClosing_;
     bool busy_ = false;

@@ -20,6 +20,7 @@
 #include "tables/ui/table_spreadsheet.h"
 #include "texts/text.h"
 #include "ui/windows.h"
+#include "views/comparison_window.h"
 #include "views/names_dialog.h"
 
 #include <QApplication>
@@ -120,6 +121,8 @@ Printable PrintCommands::inView() const {
             auto* list = names ? names->findChild<TTableSpreadsheet*>() : nullptr;
             return list ? tableReport(*names, shownCells(*list)) : std::nullopt;
         }};
+    if (const QPointer compared = dynamic_cast<ComparisonWindow*>(window))
+        return {[compared](const auto&) { return compared ? std::optional(compared->printable()) : std::nullopt; }};
     if (const QPointer errors = qobject_cast<TErrorLog*>(window))
         return {[errors](const auto&) {
             const auto* list = errors ? errors->findChild<QTreeView*>() : nullptr;

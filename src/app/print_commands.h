@@ -14,7 +14,7 @@ class PrintPreviewDialog;
 class TQuobrixFrame;
 
 /// Print, Print Preview and Print Setup, for whatever window is in front: the page of the main frame, a dialog of
-/// names, the error log. A report is saved as a file here, too. Pages are painted on another thread.
+/// names, the error log, a comparison. A report is saved as a file here, too. Pages are painted on another thread.
 class PrintCommands final {
 public:
     /// FRAME must outlive this.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <span>
 
 namespace quobrix {
 namespace {
@@ -36,9 +37,9 @@ ShownText titleOf(const PlotData& data, const PlotPanel& panel, const PlotCurve&
     return data.compares() ? text(TextId::PlotOfRecord, panel.title, data.records[curve.record]) : panel.title;
 }
 
-/// What is sampled with the speed, or whatever there is.
-const PlotSamples* leading(const PlotData& data) {
-    return data.panels.empty() ? nullptr : &data.panels.front().curves.front().samples;
+/// What is sampled with the speed, or whatever there is: a curve a record.
+std::span<const PlotCurve> leading(const PlotData& data) {
+    return data.panels.empty() ? std::span<const PlotCurve>() : data.panels.front().curves;
 }
 
 const PlotSamples* speedOf(const PlotData& data) {
@@ -113,20 +114,33 @@ ShownText spokenReading(const PlotData& data, const PlotReading& reading) {
 }
 
 double nearestSample(const PlotData& data, double place) {
-    const PlotSamples* samples = leading(data);
-    if (!samples)
-        return place;
-    const std::size_t behind = std::min(samples->firstFrom(place), samples->size() - 1);
-    return behind > 0 && place - samples->at(behind - 1) < samples->at(behind) - place ? samples->at(behind - 1)
-                                                                                       : samples->at(behind);
+    std::optional<double> nearest;
+    const auto offer = [&](double sample) {
+        if (!nearest || std::abs(sample - place) < std::abs(*nearest - place))
+            nearest = sample;
+    };
+    for (const PlotCurve& curve : leading(data)) {
+        if (const std::size_t next = curve.samples.firstFrom(place); next < curve.samples.size())
+            offer(curve.samples.at(next));
+        if (const auto before = curve.samples.lastUpTo(place))
+            offer(curve.samples.at(*before));
+    }
+    return nearest.value_or(place);
 }
 
-double sampleFrom(const PlotData& data, double place, int count) {
-    const PlotSamples* samples = leading(data);
-    if (!samples)
-        return place;
-    const auto here = static_cast<std::ptrdiff_t>(samples->lastUpTo(nearestSample(data, place)).value_or(0));
-    return samples->at(static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(here + count, 0, std::ssize(*samples) - 1)));
+double sampleBeside(const PlotData& data, double place, int direction) {
+    const double here = nearestSample(data, place);
+    std::optional<double> beside;
+    for (const PlotCurve& curve : leading(data)) {
+        const PlotSamples& samples = curve.samples;
+        if (direction > 0) {
+            if (const std::size_t next = samples.firstFrom(std::nextafter(here, HUGE_VAL)); next < samples.size())
+                beside = std::min(beside.value_or(HUGE_VAL), samples.at(next));
+        } else if (const auto before = samples.lastUpTo(std::nextafter(here, -HUGE_VAL))) {
+            beside = std::max(beside.value_or(-HUGE_VAL), samples.at(*before));
+        }
+    }
+    return beside.value_or(here);
 }
 
 RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context) {

@@ -32,10 +32,11 @@ PlotReading readPlot(const PlotData& data, double place, const TextContext& cont
 /// A reading in one line, for who hears it.
 ShownText spokenReading(const PlotData& data, const PlotReading& reading);
 
-/// The nearest place at which the speed (or else the first quantity) was sampled.
+/// The nearest place at which the speed (or else the first quantity) of any record was sampled.
 double nearestSample(const PlotData& data, double place);
-/// The sampled place COUNT samples on from PLACE, or back if that is negative, as far as there are some.
-double sampleFrom(const PlotData& data, double place, int count);
+/// The place of the sample behind the one nearest to PLACE, or before it if DIRECTION is negative, as far as there is
+/// one.
+double sampleBeside(const PlotData& data, double place, int direction);
 
 /// What the raw samples of one curve come to. A curve of states has neither.
 struct CurveFigures {

@@ -10,9 +10,12 @@
 #include "ui/windows.h"
 #include "views/log_plot_view.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPushButton>
+#include <QScreen>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -23,6 +26,7 @@ namespace {
 constexpr const char *kComparisonSection = "Comparison", *kAlong = "Along";
 constexpr PlotAxis kAxes[] = {PlotAxis::Elapsed, PlotAxis::Distance}; // in the order of the choices
 constexpr int kBarMargin = 8;
+constexpr QSize kUsualSize(1100, 800);
 
 } // namespace
 
@@ -45,6 +49,14 @@ ComparisonWindow::ComparisonWindow(const ViewContext& context, std::span<const R
     bar->addWidget(fieldLabel(tr("&Along:"), *along_));
     bar->addWidget(along_);
     bar->addStretch();
+    for (QAction* action : context_.printing ? *context_.printing : std::vector<QAction*>()) {
+        addAction(action); // for its keys
+        auto* button = new QPushButton(action->text());
+        button->setObjectName(QStringLiteral("Compared") + action->objectName());
+        button->setAutoDefault(false);
+        followAction(*button, *action, promptWithKeys);
+        bar->addWidget(button);
+    }
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -53,8 +65,8 @@ ComparisonWindow::ComparisonWindow(const ViewContext& context, std::span<const R
     context_.document.edits().addListener(*this);
     context_.units.addListener(*this);
     refresh();
-    resize(fontMetrics().averageCharWidth() * 130, fontMetrics().lineSpacing() * 40);
-    quobrix::restoreGeometry(*this, context_.settings, kComparisonSection);
+    if (!quobrix::restoreGeometry(*this, context_.settings, kComparisonSection))
+        resize(kUsualSize.boundedTo(screen()->availableSize() * 9 / 10));
     pane_->setFocus();
 }
 
@@ -63,6 +75,8 @@ ComparisonWindow::~ComparisonWindow() {
     context_.document.edits().removeListener(*this);
     rememberGeometry(*this, context_.settings, kComparisonSection);
 }
+
+Report ComparisonWindow::printable() const { return pane_->printable(); }
 
 /// The edit may have ended the page that this is a child of.
 void ComparisonWindow::historyChanged() {

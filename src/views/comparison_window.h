@@ -24,6 +24,8 @@ public:
     ComparisonWindow(const ViewContext& context, std::span<const RowIndex> rows, QWidget* parent);
     ~ComparisonWindow() override;
 
+    Report printable() const;
+
 private:
     void tableChanged(const TableChange&) override {}
     void historyChanged() override;

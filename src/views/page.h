@@ -12,6 +12,8 @@
 #include <optional>
 #include <vector>
 
+class QAction;
+
 namespace quobrix {
 
 class EventLog;
@@ -31,6 +33,8 @@ struct ViewContext {
     const SpreadsheetWindows* windows = nullptr; ///< likewise
     /// Saves a report as a file that a person chooses; empty or none: not available.
     const std::function<void(Report)>* saveReport = nullptr;
+    /// The commands that print what window is in front, for those beside the main frame; likewise.
+    const std::vector<QAction*>* printing = nullptr;
 
     TextContext text() const { return {units, zone}; }
     SpreadsheetContext spreadsheet() const;

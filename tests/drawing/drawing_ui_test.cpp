@@ -39,6 +39,7 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
                             Polyline{{{80, 5.5}, {90, 5.5}, {95, 5.5}}, {ColourRole::Text, 1}},
                             Text{{95, 70}, "▇▇", Anchor::End, FontRole::Body, ColourRole::Accent},
                             Columns{10, 2, {{50, 60}, {60, 60}, {40, 60}}},
+                            Columns{55, 0.4, std::vector<Columns::Span>(25, {50, 60})},
                             Clip{{20, 50, 10, 10}},
                             Segments{{{15, 55.5}, {40, 55.5}, {0, 70.5}, {40, 70.5}}, {ColourRole::Text, 1}},
                             EndClip{},
@@ -57,6 +58,8 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
         EXPECT_EQ(at(11, 55), colourOf(ColourRole::CurveArea));
         EXPECT_EQ(at(13, 55), colourOf(ColourRole::Ground)) << "a column that is left out";
         EXPECT_EQ(at(15, 45), colourOf(ColourRole::CurveArea));
+        for (int x = 56; x < 64; ++x)
+            EXPECT_EQ(at(x, 55), colourOf(ColourRole::CurveArea)) << "no seams where columns end within pixels";
         EXPECT_EQ(at(25, 55), colourOf(ColourRole::Text));
         EXPECT_EQ(at(18, 55), colourOf(ColourRole::Ground)) << "clipped";
         EXPECT_EQ(at(35, 70), colourOf(ColourRole::Ground)) << "clipped";

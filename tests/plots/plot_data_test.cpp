@@ -121,8 +121,8 @@ TEST_F(PlotDataTest, IsReadAtAPlaceAsLastSampled) {
     EXPECT_EQ(data.events[*reading.event].kind, PlotEventKind::HardBrake);
     EXPECT_EQ(nearestSample(data, 17.4), 17);
     EXPECT_EQ(nearestSample(data, 400), 60);
-    EXPECT_EQ(sampleFrom(data, 17.4, 3), 20);
-    EXPECT_EQ(sampleFrom(data, 17.4, -30), 0);
+    EXPECT_EQ(sampleBeside(data, 17.4, 1), 18);
+    EXPECT_EQ(sampleBeside(data, 0, -1), 0);
 }
 
 TEST_F(PlotDataTest, ARangeIsMeasuredOnRawSamples) {
@@ -169,6 +169,10 @@ TEST_F(PlotDataTest, TripsAreComparedByTimeOrDistance) {
     EXPECT_EQ(byTime.panels[2].states, (Texts{"O", "C", "O (SF)"}));
     EXPECT_EQ(valueText(byTime.panels[2], byTime.panels[2].curves[1].samples.value(0), context_), "O (SF)");
     EXPECT_EQ(readPlot(byTime, 3, context_).values[1].title, "Speed of Trip 2");
+    const PlotData shorterFirst[] = {trip(1), trip(0)};
+    const PlotData longerLast = comparedPlot(shorterFirst, PlotAxis::Elapsed);
+    EXPECT_EQ(sampleBeside(longerLast, 3, 1), 4) << "the first has ended";
+    EXPECT_EQ(figuresOf(longerLast, longerLast.whole, context_).range, (PlotRange{0, 60}));
 
     const PlotData byDistance = comparedPlot(trips, PlotAxis::Distance);
     const PlotSamples& second = byDistance.panels[0].curves[1].samples;

@@ -5,11 +5,11 @@
 #include "plots/panel_choices.h"
 #include "plots/plot_figures.h"
 #include "plots/plot_options.h"
-#include "plots/random_plot.h"
 #include "plots/time_window.h"
 #include "plots/ui/plot_options_dialog.h"
 #include "report/render.h"
 #include "settings/settings.h"
+#include "support/plot_hand.h"
 #include "support/view_fixture.h"
 #include "views/log_view.h"
 
@@ -24,49 +24,14 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
-#include <QMouseEvent>
 #include <QPushButton>
 #include <QStatusTipEvent>
 #include <QTableWidget>
 #include <QTest>
 #include <QToolTip>
-#include <QWheelEvent>
-
-#include <cstdlib>
 
 namespace quobrix {
 namespace {
-
-/// Mouse and wheel as a person moves them over a plot.
-class PlotHand {
-public:
-    explicit PlotHand(PlotWidget& plot) : plot_(plot) {}
-
-    /// In the middle of the first panel.
-    QPointF at(double place) const {
-        const PlotLayout& layout = plot_.plotLayout();
-        return {layout.axis.x(place), layout.panels.front().area.top + layout.panels.front().area.height / 2};
-    }
-    void mouse(QEvent::Type type, QPointF point, Qt::MouseButton button = Qt::NoButton,
-               Qt::KeyboardModifiers modifiers = {}) {
-        QMouseEvent event(type, point, plot_.mapToGlobal(point), button, button, modifiers);
-        QApplication::sendEvent(&plot_, &event);
-    }
-    void drag(QPointF from, QPointF to, Qt::MouseButton button = Qt::LeftButton, Qt::KeyboardModifiers modifiers = {}) {
-        mouse(QEvent::MouseButtonPress, from, button, modifiers);
-        mouse(QEvent::MouseMove, (from + to) / 2, Qt::NoButton, modifiers);
-        mouse(QEvent::MouseMove, to, Qt::NoButton, modifiers);
-        mouse(QEvent::MouseButtonRelease, to, button, modifiers);
-    }
-    void wheel(QPointF point, QPoint angle, Qt::KeyboardModifiers modifiers = {}, QPoint pixels = {}) {
-        QWheelEvent event(point, plot_.mapToGlobal(point), pixels, angle, Qt::NoButton, modifiers,
-                          pixels.isNull() ? Qt::NoScrollPhase : Qt::ScrollUpdate, false);
-        QApplication::sendEvent(&plot_, &event);
-    }
-
-private:
-    PlotWidget& plot_;
-};
 
 /// What the status bar is told.
 class StatusTips final : public QObject {
@@ -108,7 +73,7 @@ protected:
         QApplication::processEvents();
     }
     PlotWidget& plot() const { return *page_->findChild<PlotWidget*>(QStringLiteral("Plot")); }
-    PlotHand hand() const { return PlotHand(plot()); }
+    test::PlotHand hand() const { return test::PlotHand(plot()); }
     QAction& action(const char* name) const { return *page_->findChild<QAction*>(QLatin1String(name)); }
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const { QTest::keyClick(&plot(), key, modifiers); }
     /// The menu's entries; "|" for a line between them, "x" before what is checked.
@@ -328,6 +293,7 @@ TEST_F(LogPlotViewTest, PanelsAreHiddenMovedAndSized) {
     key(Qt::Key_Plus);
     key(Qt::Key_Right);
     hand().drag({100, 100}, {300, 200});
+    EXPECT_FALSE(plot().zoomed());
     action("PlotPanelsReset").trigger();
     EXPECT_EQ(panels(), "Speed Parameter2 FuelSystem1 FuelSystem2");
     settings_.setText("Plots", "Panels", "Speed -:7 -Parameter2:9e9 FuelSystem1:999999 x:");
@@ -348,10 +314,13 @@ TEST_F(LogPlotViewTest, StaysAsItIsInOtherUnitsAndAfterEdits) {
     page_->findChild<TSpreadsheet*>(QStringLiteral("TTripLogSampleTable"))->setCurrentRow(2);
     page_->showView(LogViewKind::Plot);
     EXPECT_EQ(plot().pointers().cursor, 2.0) << "the sample of the table";
+    plot().zoomTo({550, 600});
+    settings_.setText("Plots", "Panels", "-Speed:100 -Parameter2:100 -FuelSystem1:100 -FuelSystem2:100");
+    page_->edited();
     document_.trips().column<TTripLogSampleTableColumn>().object(1)->speed().setAll({1, 2, 3});
     page_->edited();
     EXPECT_GE(plot().seen().from, plot().data().whole.from);
-    EXPECT_LE(plot().seen().to, plot().data().whole.to);
+    EXPECT_LE(plot().seen().to, plot().data().whole.to) << "a shorter record, while nothing of it was shown";
 }
 
 TEST_F(LogPlotViewTest, LinesOfTheReportLeadThere) {
@@ -457,75 +426,6 @@ TEST_F(LogPlotViewTest, OptionsAreTakenBackByCancel) {
         EXPECT_NE(dialog.isVisible(), c.taken) << c.typed;
     }
     EXPECT_NEAR(plotOptions(settings_).maximum, 101 / 3.6, 1e-6);
-}
-
-/// Whatever is done to it, a plot shows a part of the axis that is there, and so are the cursor and the range.
-TEST_F(LogPlotViewTest, WithstandsWhateverIsDone) {
-    const char* const given = std::getenv("QUOBRIX_PLOT_EVENTS");
-    const int events = given ? std::atoi(given) : 500;
-    std::mt19937 random(13);
-    const auto any = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
-    constexpr Qt::Key kKeys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home,
-                                 Qt::Key_End,  Qt::Key_Plus,  Qt::Key_Minus,  Qt::Key_0,        Qt::Key_Escape};
-    constexpr Qt::MouseButton kButtons[] = {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton};
-    constexpr Qt::KeyboardModifiers kModifiers[] = {{}, Qt::ShiftModifier, Qt::ControlModifier};
-    auto* pane = page_->findChild<PlotPane*>();
-    for (int i = 0; i < events; ++i) {
-        SCOPED_TRACE(i);
-        const QPointF point(any(plot().width() + 100) - 50, any(plot().height() + 100) - 50);
-        const Qt::KeyboardModifiers modifiers = kModifiers[any(3)];
-        switch (any(12)) {
-        case 0:
-            hand().mouse(QEvent::MouseButtonPress, point, kButtons[any(3)], modifiers);
-            break;
-        case 1:
-            hand().mouse(QEvent::MouseButtonRelease, point, kButtons[any(3)], modifiers);
-            break;
-        case 2:
-            hand().wheel(point, {any(3) * 120 - 120, any(5) * 120 - 240}, modifiers);
-            break;
-        case 3:
-            hand().wheel(point, {}, modifiers, {any(2000) - 1000, any(200) - 100});
-            break;
-        case 4:
-        case 5:
-        case 6: { // a key goes to the plot itself: Escape would leave it
-            QKeyEvent press(QEvent::KeyPress, kKeys[any(std::size(kKeys))], modifiers);
-            QApplication::sendEvent(&plot(), &press);
-            break;
-        }
-        case 7:
-            if (any(4) == 0)
-                page_->resize(200 + any(1400), 100 + any(1000));
-            break;
-        case 8:
-            if (any(4) == 0)
-                pane->show(test::randomPlot(random), any(2) == 0);
-            break;
-        case 9:
-            if (any(8) == 0)
-                plot().setPanels(withHidden(plot().data(),
-                                            any(2) == 0 ? plot().view().panels : std::vector<PanelChoice>(),
-                                            random() % plot().data().panels.size(), any(2) == 0));
-            else if (any(8) == 0)
-                QApplication::processEvents();
-            break;
-        default:
-            hand().mouse(QEvent::MouseMove, point, Qt::NoButton, modifiers);
-        }
-        if (any(20) == 0)
-            plot().grab();
-        const PlotData& shown = plot().data();
-        const PlotRange seen = plot().seen();
-        ASSERT_GE(seen.from, shown.whole.from - 1e-6);
-        ASSERT_LE(seen.to, shown.whole.to + 1e-6);
-        ASSERT_GE(seen.length(), std::min(leastRange(shown, plot().plotLayout().width()), shown.whole.length()) * 0.99);
-        const auto there = [&](double place) { return place >= shown.whole.from && place <= shown.whole.to; };
-        const auto cursor = plot().pointers().cursor;
-        ASSERT_TRUE(!cursor || there(*cursor)) << *cursor;
-        const auto range = plot().pointers().range;
-        ASSERT_TRUE(!range || (there(range->from) && there(range->to) && range->from <= range->to));
-    }
 }
 
 } // namespace

@@ -88,12 +88,17 @@ public:
         if (painter_.paintEngine()->type() != QPaintEngine::Raster)
             return drawOutline(columns);
         const QColor colour = toQt(palette_[columns.fill]);
+        // Where they end within pixels, a smooth edge on either side would let what is behind shine through.
+        const double scale = painter_.deviceTransform().m11(), width = columns.width * scale;
+        const bool smooth = painter_.testRenderHint(QPainter::Antialiasing);
+        painter_.setRenderHint(QPainter::Antialiasing, smooth && width == std::round(width));
         double left = columns.left;
         for (const Columns::Span& span : columns.spans) {
             if (span.bottom > span.top)
                 painter_.fillRect(QRectF(left, span.top, columns.width, span.bottom - span.top), colour);
             left += columns.width;
         }
+        painter_.setRenderHint(QPainter::Antialiasing, smooth);
     }
     void draw(const Marks& marks) {
         setPen({ColourRole::Ground, 1});

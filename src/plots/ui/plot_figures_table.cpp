@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -20,6 +21,7 @@ enum FigureColumn { kQuantity, kAtCursor, kLeast, kMean, kGreatest, kFigureColum
 
 constexpr int kMostRows = 6; // without scrolling
 constexpr int kMargin = 6;
+constexpr auto kLongFigure = QLatin1String("10,000.00 RPM");
 
 QLabel* lineOfText(const char* name) {
     auto* label = new QLabel;
@@ -39,7 +41,9 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
     table_->setObjectName(QStringLiteral("PlotFiguresTable"));
     table_->setAccessibleName(tr("Figures of the plot"));
     table_->setHorizontalHeaderLabels({tr("Quantity"), tr("At Cursor"), tr("Minimum"), tr("Mean"), tr("Maximum")});
-    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table_->horizontalHeader()->setSectionResizeMode(kQuantity, QHeaderView::Stretch);
+    table_->setMinimumSize(1, 1);
     table_->horizontalHeader()->setHighlightSections(false);
     table_->horizontalHeaderItem(kQuantity)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     for (int column = kAtCursor; column < kFigureColumns; ++column)
@@ -70,12 +74,32 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
     });
 }
 
+int PlotFiguresTable::heightOfRows(int rows) const {
+    return table_->horizontalHeader()->sizeHint().height() + rows * table_->verticalHeader()->defaultSectionSize() +
+           cursor_->sizeHint().height() + kMargin;
+}
+
 QSize PlotFiguresTable::sizeHint() const {
-    const int rows = std::clamp(table_->rowCount(), 1, kMostRows);
-    const int height = table_->horizontalHeader()->sizeHint().height() +
-                       rows * table_->verticalHeader()->defaultSectionSize() + cursor_->sizeHint().height() +
-                       2 * kMargin;
-    return {QWidget::sizeHint().width(), height};
+    int rows = std::clamp(table_->rowCount(), 1, kMostRows);
+    while (rows > 1 && heightOfRows(rows) > room_)
+        --rows;
+    return {1, heightOfRows(rows)};
+}
+
+void PlotFiguresTable::fitInto(int height) {
+    if (std::exchange(room_, height) != height)
+        updateGeometry();
+}
+
+void PlotFiguresTable::resizeEvent(QResizeEvent*) { sizeColumns(); }
+
+/// Figures are never cut off; the rest of the room is for names, and what these leave again for figures.
+void PlotFiguresTable::sizeColumns() {
+    const int least = table_->fontMetrics().horizontalAdvance(kLongFigure) + 2 * kMargin;
+    const int names = static_cast<const QAbstractItemView*>(table_)->sizeHintForColumn(kQuantity) + kMargin;
+    const int width = std::max(least, (table_->viewport()->width() - names) / (kFigureColumns - 1));
+    for (int column = kAtCursor; column < kFigureColumns; ++column)
+        table_->horizontalHeader()->resizeSection(column, width);
 }
 
 void PlotFiguresTable::showEvent(QShowEvent* event) {
@@ -116,8 +140,9 @@ void PlotFiguresTable::showAll() {
         setCell(row, kMean, known ? toQt(of->meanText) : QString());
         setCell(row, kGreatest, known ? toQt(of->greatestText) : QString());
     }
+    sizeColumns();
     QString length = toQt(figures.length);
-    if (plotted.axis != PlotAxis::Distance && !figures.distanceText.empty())
+    if (plotted.axis != PlotAxis::Distance && !plotted.compares() && !figures.distanceText.empty())
         length = tr("%1, %2", "a duration and a distance").arg(length, toQt(figures.distanceText));
     const auto place = [&](double at) { return toQt(placeText(plotted, at, text_)); };
     range_->setText(plotted.panels.empty() ? QString()

@@ -21,14 +21,21 @@ public:
     /// Follows PLOT, which must outlive it, while it is shown.
     PlotFiguresTable(const TextContext& text, PlotWidget& plot, QWidget* parent = nullptr);
 
+    /// Takes no more than HEIGHT but for one row.
+    void fitInto(int height);
+
     QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void showAll();
     void showCursor();
+    void sizeColumns();
+    int heightOfRows(int rows) const;
     void setCell(int row, int column, const QString& text);
 
     TextContext text_;
@@ -36,6 +43,7 @@ private:
     QLabel* cursor_;
     QLabel* range_;
     QTableWidget* table_;
+    int room_ = 0;                   ///< to fit into
     std::optional<PlotRange> shown_; ///< the range that figures are of
 };
 

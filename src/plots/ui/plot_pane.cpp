@@ -49,8 +49,9 @@ constexpr PlotCommandRow kPlotCommands[] = {
 #include "plots/ui/plot_commands.def"
 };
 
-constexpr Size kPicture{960, 600};  // of what is copied, in pixels
-constexpr double kPictureText = 13; // likewise
+constexpr Size kPicture{960, 600};     // of what is copied, in pixels
+constexpr double kPictureText = 13;    // likewise
+constexpr double kFilePixel = 1 / 3.0; // of pages, in points: some 200 dots an inch
 constexpr const char *kPlotSection = "Plots", *kFigures = "Figures";
 
 /// What a plot shows, whatever becomes of the window and its units: pages are made later, and on another thread.
@@ -60,9 +61,9 @@ struct ShownPlot {
         units.replace(context.units.choices());
     }
 
-    Drawing draw(Size room, const TextMeasure& measure) const {
+    Drawing draw(Size room, const TextMeasure& measure, double pixel) const {
         const TextContext context{units, zone};
-        const PlotLayout layout = layOutPlot(data, view, context, room, measure);
+        const PlotLayout layout = layOutPlot(data, view, context, room, measure, pixel);
         Drawing drawing = drawPlot(data, view, layout);
         drawing.title = plotTitle(data, context);
         drawing.description = plotDescription(data, layout, context);
@@ -118,13 +119,19 @@ void PlotPane::followSettings() {
     figures_->setVisible(figures && !plot_->data().panels.empty());
 }
 
+/// Figures take a third of the room at most.
+void PlotPane::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    figures_->fitInto(height() / 3);
+}
+
 void PlotPane::showEvent(QShowEvent* event) {
     followSettings();
     QWidget::showEvent(event);
 }
 
 Drawing PlotPane::drawing(Size room, const TextMeasure& measure) const {
-    return ShownPlot(plot_->data(), plot_->view(), context_.text).draw(room, measure);
+    return ShownPlot(plot_->data(), plot_->view(), context_.text).draw(room, measure, 1);
 }
 
 // Commands
@@ -255,7 +262,7 @@ Report PlotPane::printable() const {
     }
     const auto shown = std::make_shared<const ShownPlot>(plotted, plot_->view(), context_.text);
     report.blocks.emplace_back(
-        Picture{[shown](Size room, const TextMeasure& measure) { return shown->draw(room, measure); }});
+        Picture{[shown](Size room, const TextMeasure& measure) { return shown->draw(room, measure, kFilePixel); }});
     return report;
 }
 

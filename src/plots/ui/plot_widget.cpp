@@ -546,7 +546,7 @@ bool PlotWidget::moveByKey(const QKeyEvent& event) {
     const double here = fixed_.value_or(pointers_.cursor.value_or((seen().from + seen().to) / 2));
     double to = here;
     const auto step = [&](int direction) {
-        const double sample = sampleFrom(data_, here, direction);
+        const double sample = sampleBeside(data_, here, direction);
         const double pixel = seen().length() / layout_.width();
         return std::abs(sample - here) >= pixel ? sample : nearestSample(data_, here + direction * pixel);
     };
