@@ -10,6 +10,8 @@
 #include "messages/file_messages.h"
 #include "platform/paths.h"
 #include "settings/file_settings.h"
+#include "summary/summary_log.h"
+#include "summary/trip_summaries.h"
 #include "texts/text.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
@@ -142,6 +144,8 @@ public:
             return kFailed;
         for (const ShownText& line : result_->refusedLines())
             complain(line);
+        if (makes_)
+            count();
         Output output;
         output.put(ShownText::asItIs(result_->summary() + "\n"));
         if (!makes_) {
@@ -153,6 +157,26 @@ public:
     }
 
 private:
+    /// Counts the trips of the document, which has been saved. Complains if that is not possible; they are counted
+    /// whenever that is tried next.
+    void count() {
+        constexpr std::chrono::milliseconds kLongest(5'000), kPause(50); // another program may have the database
+        const std::vector<SummaryRecord> trips = TripSummaries(document_, settings_).records();
+        const std::filesystem::path path = summaryDatabasePath();
+        if (trips.empty() || path.empty())
+            return;
+        Result<CountedTrips> counted = Error{ErrorKind::InUse, {}};
+        for (auto waited = kPause; !counted && counted.error().kind == ErrorKind::InUse && waited < kLongest;
+             waited += kPause) {
+            if (waited > kPause)
+                std::this_thread::sleep_for(kPause);
+            SummaryLog log;
+            const Result<void> opened = log.open(path, SummaryDatabase::Access::Write);
+            counted = opened ? log.count(trips) : opened.error();
+        }
+        if (!counted)
+            complain(quobrix::text(TextId::CliNotCounted, summaryProblem(counted.error(), path)));
+    }
     bool openAnother(const std::function<void()>& replaced) {
         replaced();
         document_.newDocument(); // what was read is read again

@@ -5,7 +5,6 @@
 #include "cli/units.h"
 #include "export/csv.h"
 #include "export/json_text.h"
-#include "messages/file_messages.h"
 #include "model/parameters.h"
 #include "report/render.h"
 #include "summary/driving_figures.h"
@@ -28,13 +27,10 @@ Result<std::vector<SummaryRecord>> readRecords(const std::filesystem::path& path
 }
 
 void complainOf(const Error& error, const std::filesystem::path& path) {
-    const bool noDatabase = error.kind == ErrorKind::NotADocument || error.kind == ErrorKind::Unsupported;
     if (path.empty() || error.kind == ErrorKind::NotFound)
         complain(text(TextId::CliNoSummaryDatabase, utf8(path)));
-    else if (noDatabase)
-        complain(error.detail);
     else
-        complain(fileMessage(error, FileAction::Open, utf8(path)).text);
+        complain(summaryProblem(error, path));
 }
 
 /// The key of the one of GROUPS that WANTED names, by key or name in any case.
@@ -78,13 +74,16 @@ constexpr ParameterFigure kParameterFigures[] = {
     {"lowest", SourceText("Low Below Thresh"), &MonitoredParameter::lowest, false},
 };
 
-std::string parameterText(const ParameterFigure& figure, const MonitoredParameter& parameter,
-                          const TUnitSystem& units) {
+/// With its unit, or as a CELL below one.
+std::string parameterText(const ParameterFigure& figure, const MonitoredParameter& parameter, const TUnitSystem& units,
+                          bool cell = false) {
     const double value = parameter.*figure.value;
     if (!hasValue(value))
         return {};
-    return figure.time ? durationText(std::llround(value))
-                       : units.formatValueWithUnits(unitTypeOfParameter(parameter.parameter), value);
+    if (figure.time)
+        return durationText(std::llround(value));
+    const UnitTypeId unit = unitTypeOfParameter(parameter.parameter);
+    return cell ? units.formatValue(unit, value) : units.formatValueWithUnits(unit, value);
 }
 
 // Lists show the first figures only: those that tell how much was driven.
@@ -144,14 +143,20 @@ Report reportOf(const DrivingStatistics& statistics, ShownText title, const TUni
 std::string csvOf(const DrivingStatistics& statistics, const TUnitSystem& units) {
     std::string lines =
         csvRow({text(TextId::StatisticsOf), text(TextId::StatisticsName), text(TextId::StatisticsFigure),
-                text(TextId::StatisticsValue), text(TextId::StatisticsChange)});
+                text(TextId::StatisticsValue), text(TextId::WithAside, text(TextId::StatisticsChange), "%"),
+                text(TextId::StatisticsNumberOfTrips)});
+    // Who reads a rate of few trips is to know.
+    const auto change = [](std::optional<double> part) {
+        return ShownText::asItIs(part ? std::to_string(std::lround(*part * 100)) : std::string());
+    };
     const auto add = [&](const ShownText& what, const std::string& name, const DrivingTotals& totals,
                          const DrivingTotals* before) {
         if (totals.trips == 0)
             return;
         for (const DrivingFigure& figure : drivingFigures())
-            lines += csvRow({what, csvWords(name), figureTitle(figure, units), figureText(figure, totals, units),
-                             changeText(before ? figureChange(figure, *before, totals) : std::nullopt)});
+            lines += csvRow({what, csvWords(name), figureHeading(figure, units), figureCell(figure, totals, units),
+                             change(before ? figureChange(figure, *before, totals) : std::nullopt),
+                             std::to_string(totals.trips)});
     };
     add(text(TextId::StatisticsAll), {}, statistics.totals, statistics.before ? &*statistics.before : nullptr);
     for (const DrivingMonth& month : statistics.months)
@@ -162,11 +167,12 @@ std::string csvOf(const DrivingStatistics& statistics, const TUnitSystem& units)
         add(text(TextId::StatisticsDriver), nameOf(driver), driver.totals, nullptr);
     for (const MonitoredParameter& parameter : statistics.parameters)
         for (const ParameterFigure& figure : kParameterFigures)
-            lines += csvRow({text(TextId::HeadingParameter),
-                             parameterChoiceName(parameter.parameter),
-                             text(figure.title),
-                             parameterText(figure, parameter, units),
-                             {}});
+            lines += csvRow(
+                {text(TextId::HeadingParameter), parameterChoiceName(parameter.parameter),
+                 figure.time ? text(figure.title)
+                             : text(TextId::WithAside, text(figure.title),
+                                    text(unitRecord(units.unit(unitTypeOfParameter(parameter.parameter))).shownName)),
+                 parameterText(figure, parameter, units, true), std::string(), std::to_string(parameter.trips)});
     return lines;
 }
 

@@ -12,6 +12,7 @@
 #include "platform/event_log.h"
 #include "plots/ui/plot_options_dialog.h"
 #include "settings/settings.h"
+#include "summary/ui/trip_counter.h"
 #include "tables/ui/cell_mark.h"
 #include "ui/passing_menu.h"
 #include "ui/splitter.h"
@@ -76,6 +77,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                   [this] {
                       if (whenReplaced_)
                           whenReplaced_();
+                      if (counter_)
+                          counter_->documentReplacing();
                       qDeleteAll(namesDialogs());
                       pages_->discard();
                   },
@@ -83,6 +86,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                   [this] {
                       documentChanged();
                       pages_->restore();
+                      if (counter_)
+                          counter_->documentOpened();
                   },
               .saved =
                   [this](bool durable) {
@@ -374,6 +379,11 @@ void TQuobrixFrame::markMissingFiles(const std::vector<std::filesystem::path>& m
     updateRecentFiles();
     if (auto* home = dynamic_cast<HomePage*>(pages_->page(kHomePage)))
         home->showRecentFiles();
+}
+
+void TQuobrixFrame::countBy(TripCounter& counter) {
+    counter_ = &counter;
+    counter.setBusy([this] { return busy_ || commands_->running(); });
 }
 
 void TQuobrixFrame::updateTitle() {

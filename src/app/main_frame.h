@@ -23,6 +23,7 @@ class NamesDialog;
 class NavigationPane;
 class Splitter;
 class TableWindows;
+class TripCounter;
 
 /// The page ids that commands bring into view are those of the commands.
 inline constexpr int kHomePage = static_cast<int>(CommandId::Home);
@@ -70,6 +71,8 @@ public:
     void whenEdited(std::function<void()> edited) { whenEdited_ = std::move(edited); }
     /// Called when the document is about to be another one.
     void whenReplaced(std::function<void()> replaced) { whenReplaced_ = std::move(replaced); }
+    /// Has the trips of the document counted by COUNTER from now on.
+    void countBy(TripCounter& counter);
     FileChooser& chooser() { return chooser_; }
     /// Called with a report that a person wants to keep as a file.
     void whenReportWanted(std::function<void(Report)> save) { saveReport_ = std::move(save); }
@@ -136,6 +139,7 @@ private:
     std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for
     MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
     std::function<void()> whenSaved_, whenEdited_, whenReplaced_;
+    TripCounter* counter_ = nullptr;
     std::function<void(Report)> saveReport_;
     std::vector<QAction*> printing_;
     std::function<AboutLines()> aboutLines_;

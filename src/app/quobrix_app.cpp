@@ -107,7 +107,10 @@ void TQuobrixApp::enterWorkingFolder() {
 }
 
 void TQuobrixApp::createFrame() {
+    summaries_ = std::make_unique<SummaryKeeper>(summaryDatabasePath());
+    counter_ = std::make_unique<TripCounter>(*document_, settings_, *summaries_);
     frame_ = std::make_unique<TQuobrixFrame>(ViewContext{*document_, settings_, units_, zone_, &events_});
+    frame_->countBy(*counter_);
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
     printCommands_ = std::make_unique<PrintCommands>(*frame_);

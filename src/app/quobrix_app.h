@@ -8,6 +8,7 @@
 #include "app/units_command.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "summary/ui/trip_counter.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 #include "units/unit_system_store.h"
@@ -57,6 +58,8 @@ private:
     UnitSystemStore unitStore_;
     const TimeZone zone_;
     std::unique_ptr<TQuobrixDocument> document_;
+    std::unique_ptr<SummaryKeeper> summaries_;
+    std::unique_ptr<TripCounter> counter_;
     std::unique_ptr<TQuobrixFrame> frame_;
     std::unique_ptr<UnitsCommand> unitsCommand_;
     std::unique_ptr<NamesCommands> namesCommands_;

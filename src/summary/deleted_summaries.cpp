@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view kMagic{"QuobrixDeleted\0\1", 16}; // the last byte is the version
 constexpr std::size_t kKeySize = SummaryText::kWidth + 4 + 4;
-constexpr std::uint64_t kMostKeyBytes = std::uint64_t(1) << 28; // more than a database can hold
+constexpr std::uint64_t kMostKeyBytes = std::uint64_t(1) << 25; // more than a database can hold trips
 
 /// Whether one of KEYS, ascending, matches KEY; those by its logger and time may.
 bool holds(const std::vector<SummaryKey>& keys, const SummaryKey& key) {

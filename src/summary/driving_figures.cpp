@@ -62,6 +62,23 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
     return ShownText::asItIs(shareText(*value));
 }
 
+ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units) {
+    const ShownText title = figureTitle(figure, units);
+    if (figure.kind == FigureKind::Quantity)
+        return text(TextId::WithAside, title, text(unitRecord(units.unit(figure.unit)).shownName));
+    return figure.kind == FigureKind::Share ? text(TextId::WithAside, title, "%") : title;
+}
+
+ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
+    const std::optional<double> value = figure.value(totals);
+    ValueText buffer;
+    if (value && figure.kind == FigureKind::Quantity)
+        return ShownText::asItIs(units.formatValue(figure.unit, *value));
+    if (value && figure.kind == FigureKind::Share)
+        return ShownText::asItIs(std::string(formatNumber(units.locale().numbers, *value * 100, 1, buffer)));
+    return figureText(figure, totals, units);
+}
+
 std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now) {
     const std::optional<double> old = figure.value(before), present = figure.value(now);
     if (!old || !present || *old == 0)

@@ -44,6 +44,9 @@ std::span<const DrivingFigure> drivingFigures();
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
 /// As the user reads it, with its unit; empty where there is no value.
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// The same for a table: "Distance (km)" above the figure alone.
+ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units);
+ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
 /// The part by which it changed, 0.1 being a tenth more; nothing where either value is missing or the older one is 0.
 std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now);
 

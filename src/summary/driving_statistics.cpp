@@ -109,7 +109,7 @@ std::vector<DrivingMonth> byMonth(const SummaryRows& rows, std::int32_t now, con
 std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows) {
     std::map<std::int32_t, std::pair<MonitoredParameter, std::int32_t>> parameters; // with the start of the newest trip
     for (const SummaryRecord* record : rows)
-        for (const SummaryRecord::Slot& slot : record->slots) {
+        for (const SummaryRecord::Slot& slot : record->parameters) {
             if (slot.used == 0 || !record->ours())
                 continue;
             auto& [sum, newest] = parameters[slot.parameter];

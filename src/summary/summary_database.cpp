@@ -1,6 +1,7 @@
 #include "summary/summary_database.h"
 
 #include "base/path_text.h"
+#include "messages/file_messages.h"
 #include "platform/paths.h"
 #include "texts/text.h"
 
@@ -19,7 +20,7 @@ constexpr std::string_view kVersion{"2.3\0", 4}, kOldVersion{"1\0", 2};
 // 25 bytes are the signature's and 5 the version's; what follows the zero bytes of either is not looked at by others.
 constexpr std::size_t kHeaderSize = 30, kVersionAt = 25;
 constexpr std::size_t kNoteAt = kSignature.size();
-constexpr std::uint64_t kLargest = std::uint64_t(1) << 30; // bytes; 2.6 million trips
+constexpr std::uint64_t kLargest = std::uint64_t(1) << 27; // bytes; 328,000 trips
 
 bool beginsWith(ByteView bytes, std::size_t at, std::string_view text) {
     for (std::size_t i = 0; i < text.size() && at + i < bytes.size(); ++i)
@@ -66,6 +67,12 @@ fs::path summaryDatabasePath() {
     if (!own.empty() && !program.empty() && !fs::exists(own, ignored) && fs::exists(program / kFileName, ignored))
         return program / kFileName;
     return own;
+}
+
+ShownText summaryProblem(const Error& error, const fs::path& path) {
+    const bool ownWords = error.kind == ErrorKind::NotADocument || error.kind == ErrorKind::Unsupported ||
+                          error.kind == ErrorKind::Corrupt;
+    return ownWords && !error.detail.empty() ? error.detail : fileMessage(error, FileAction::Open, utf8(path)).text;
 }
 
 Result<void> SummaryDatabase::open(const fs::path& path, Access access) {

@@ -16,6 +16,9 @@ namespace quobrix {
 /// program, that one. Empty if the user has no home. May not exist.
 std::filesystem::path summaryDatabasePath();
 
+/// What ERROR of the database PATH means to a person: a sentence.
+ShownText summaryProblem(const Error& error, const std::filesystem::path& path);
+
 /// The summary database: a header and a record for every trip that was counted, whatever becomes of its document.
 /// Opened for one operation and closed again. A power cut at any moment leaves every record that was there, and of
 /// those that are being added all or none. User-interface thread only, like the document.

@@ -1,5 +1,7 @@
 #include "summary/summary_log.h"
 
+#include "summary/trip_comparison.h"
+
 namespace quobrix {
 
 Result<void> SummaryLog::open(const std::filesystem::path& path, SummaryDatabase::Access access) {
@@ -15,17 +17,17 @@ Result<void> SummaryLog::open(const std::filesystem::path& path, SummaryDatabase
     return {};
 }
 
-Result<void> SummaryLog::count(const TripComparison& comparison) {
-    for (const auto& [index, record] : comparison.outdated()) {
+Result<CountedTrips> SummaryLog::count(std::span<const SummaryRecord> trips) {
+    const SummaryChanges changes = compareTrips(records_, deleted_, trips);
+    for (const auto& [index, record] : changes.outdated) {
         QUOBRIX_TRY(database_.write(index, record));
         records_[index] = record;
     }
-    if (!comparison.outdated().empty())
+    if (!changes.outdated.empty())
         QUOBRIX_TRY(database_.flush());
-    const std::vector<SummaryRecord>& missing = comparison.missing();
-    QUOBRIX_TRY(database_.append(missing));
-    records_.insert(records_.end(), missing.begin(), missing.end());
-    return {};
+    QUOBRIX_TRY(database_.append(changes.missing));
+    records_.insert(records_.end(), changes.missing.begin(), changes.missing.end());
+    return CountedTrips{changes.missing.size(), changes.outdated.size()};
 }
 
 Result<void> SummaryLog::remove(std::span<const std::size_t> indices) {

@@ -2,13 +2,18 @@
 
 #include "summary/deleted_summaries.h"
 #include "summary/summary_database.h"
-#include "summary/trip_comparison.h"
 
 #include <filesystem>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace quobrix {
+
+/// What came of counting trips.
+struct CountedTrips {
+    std::size_t added = 0, rewritten = 0;
+};
 
 /// The summary database together with what was deleted from it, as programs use it for one operation.
 class SummaryLog {
@@ -19,9 +24,10 @@ public:
     Result<void> open(const std::filesystem::path& path, SummaryDatabase::Access access);
     const std::vector<SummaryRecord>& records() const { return records_; }
     const DeletedSummaries& deleted() const { return deleted_; }
+    std::vector<SummaryRecord> takeRecords() { return std::move(records_); }
 
-    /// Does what COMPARISON, which was made with records() and deleted(), has found; it is of no use afterwards.
-    Result<void> count(const TripComparison& comparison);
+    /// Counts TRIPS, which are all of a document: what is missing is added, what differs rewritten (compareTrips()).
+    Result<CountedTrips> count(std::span<const SummaryRecord> trips);
     /// Lets the trips with these keys be counted again.
     Result<void> forgetDeleted(std::span<const SummaryKey> keys) { return deleted_.forget(keys); }
     /// Removes the records at INDICES, for good: their trips are not counted again.

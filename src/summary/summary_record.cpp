@@ -32,8 +32,8 @@ void forEachField(Record& r, const Visit& visit) {
         visit(172 + 8 * i, r.events[i].count);
         visit(176 + 8 * i, r.events[i].last);
     }
-    for (std::size_t i = 0; i < r.slots.size(); ++i) {
-        auto& slot = r.slots[i];
+    for (std::size_t i = 0; i < r.parameters.size(); ++i) {
+        auto& slot = r.parameters[i];
         visit(204 + i, slot.used);
         visit(209 + i, slot.parameter);
         visit(216 + 8 * i, slot.threshold);

@@ -68,7 +68,7 @@ struct SummaryRecord {
     float distance = 0;                                     ///< m
     float averageSpeed = 0, topSpeed = 0;                   ///< m/s
     std::array<Events, kEventKinds> events{};
-    std::array<Slot, kSlots> slots{};
+    std::array<Slot, kSlots> parameters{};
     std::uint16_t mark = 0; ///< kOurs, or anything
     // Of our records only:
     std::uint32_t samplesSum = 0;              ///< CRC-32 of how the recorded speeds begin; 0: too few of them

@@ -161,13 +161,13 @@ std::optional<SummaryRecord> TripSummaries::record(RowIndex row) const {
             r.largestDeceleration = std::max(r.largestDeceleration, -change);
         }
         r.samples = static_cast<std::uint32_t>(count);
-        r.slots[SummaryRecord::kSpeedSlot] =
+        r.parameters[SummaryRecord::kSpeedSlot] =
             slotOf(settings_, 1, count, interval, [&](std::size_t i) { return speeds.speed(i); });
         for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i) {
             const ParameterSeriesColumn& series = samples->series(i);
-            r.slots[i] = slotOf(settings_, series.parameter(), series.sampleCount(),
-                                static_cast<std::uint32_t>(series.interval()),
-                                [&](std::size_t sample) { return series.base(sample); });
+            r.parameters[i] = slotOf(settings_, series.parameter(), series.sampleCount(),
+                                     static_cast<std::uint32_t>(series.interval()),
+                                     [&](std::size_t sample) { return series.base(sample); });
         }
         const TTripLogSampleTable* recorded = recordedTables.object(row);
         r.samplesSum = sumOf((recorded ? recorded : samples)->speed().values());
@@ -183,6 +183,14 @@ std::optional<SummaryRecord> TripSummaries::record(RowIndex row) const {
     r.accidents = within(accidents_);
     r.recordedStart = trips_.column<TTripLogRecordColumn>().at(row).loggerTime;
     return r;
+}
+
+std::vector<SummaryRecord> TripSummaries::records() const {
+    std::vector<SummaryRecord> all;
+    for (RowIndex row = 0; row < count(); ++row)
+        if (const std::optional<SummaryRecord> each = record(row))
+            all.push_back(*each);
+    return all;
 }
 
 } // namespace quobrix

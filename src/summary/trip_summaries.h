@@ -22,6 +22,8 @@ public:
     RowIndex count() const { return trips_.rowCount(); }
     /// Loads what the trip owns. Nothing if a part of that cannot be read: it would count for less than it is.
     std::optional<SummaryRecord> record(RowIndex row) const;
+    /// All that can be read.
+    std::vector<SummaryRecord> records() const;
 
 private:
     /// Of each logger, ascending.

@@ -166,7 +166,7 @@ TEST_F(CommandLine, StatisticsAreThoseOfTheSummaryDatabase) {
         each.events[SummaryRecord::HardBrakes] = {2, 9};
         each.idleTime = each.topBandTime = 1800;
     }
-    records[3].slots[1] = {1, 4, 368.15, 378.15, kNoValue, 65, 0};
+    records[3].parameters[1] = {1, 4, 368.15, 378.15, kNoValue, 65, 0};
     SummaryDatabase database;
     ASSERT_TRUE(database.open(folder_ / "Quobrix.cdb", SummaryDatabase::Access::Write));
     ASSERT_TRUE(database.append(records));
@@ -193,8 +193,12 @@ TEST_F(CommandLine, StatisticsAreThoseOfTheSummaryDatabase) {
     EXPECT_EQ(values.at("parameters.0.lowest"), JsonValue());
     EXPECT_NE(statistics({"--vehicle", "pickup"}).out.find("4.0 (fewer than three trips)"), std::string::npos);
     const auto lines = parseCsv(statistics({"--format", "csv", "--driver", "7"}).out);
-    EXPECT_EQ(lines.at(1), (std::vector<std::string>{"All", "", "Distance", "200.0 km", ""}));
+    EXPECT_EQ(lines.at(1), (std::vector<std::string>{"All", "", "Distance (km)", "200.0", "", "4"}));
     EXPECT_TRUE(std::ranges::any_of(lines, [](const auto& line) { return line[1] == "'=Wagon"; }));
+    for (const std::vector<std::string>& line :
+         {std::vector<std::string>{"Vehicle", "Pickup", "Share of Idle Time (%)", "50.0", "", "1"},
+          {"Parameter", "Coolant Temperature", "High Above Thresh (°C)", "105", "", "1"}})
+        EXPECT_NE(std::ranges::find(lines, line), lines.end()) << line[2];
     EXPECT_NE(statistics({"--period", "last-month"}).out.find("No trip"), std::string::npos);
     EXPECT_EQ(statistics({"--vehicle", "Tractor"}).exitCode, 1);
     EXPECT_EQ(cli({"statistics"}).exitCode, 1); // there is none, and none is made
@@ -541,13 +545,15 @@ TEST_F(CommandLine, DownloadAddsNothingTwice) {
 
     const Outcome third = cli({"download", "--port", "COM3", "--into", name});
     EXPECT_TRUE(third.out.starts_with("Nothing new. Already present: 4 trips")) << third.out;
+    EXPECT_EQ(jsonLeaves(cli({"statistics", "--format", "json"}).out).at("figures.trips"), JsonValue(4.0));
     const std::string before = textOf(folder_ / name);
     ASSERT_EQ(sim({"detach", "COM3"}).exitCode, 0);
     EXPECT_EQ(cli({"download", "--port", "COM3", "--into", name}).exitCode, 1);
     EXPECT_EQ(textOf(folder_ / name), before);
     EXPECT_TRUE(
         std::ranges::none_of(fs::recursive_directory_iterator(folder_ / "home"), [](const fs::directory_entry& entry) {
-            return entry.is_regular_file() && entry.path().filename() != "download.log";
+            return entry.is_regular_file() && entry.path().filename() != "download.log" &&
+                   entry.path().filename() != "Quobrix.cdb";
         })); // no setting was written
 }
 

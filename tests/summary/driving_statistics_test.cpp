@@ -126,9 +126,9 @@ TEST(DrivingStatistics, GroupsAreToldApartByWhatNeverChanges) {
 
 TEST(DrivingStatistics, ParametersAreSummedByThemselves) {
     std::vector<SummaryRecord> records{trip({2026, 2, 2}, "V", "1", 40), trip({2026, 2, 1}, "V", "1", 10)};
-    records[0].slots[1] = {1, 4, 368, 370, 290, 20, 580};
-    records[1].slots[3] = {1, 4, 360, kNoValue, 280, 0, 600};
-    records[1].slots[4] = {1, 1, 30, 31, 0, 5, 595};
+    records[0].parameters[1] = {1, 4, 368, 370, 290, 20, 580};
+    records[1].parameters[3] = {1, 4, 360, kNoValue, 280, 0, 600};
+    records[1].parameters[4] = {1, 1, 30, 31, 0, 5, 595};
     const std::vector<MonitoredParameter> parameters = drivingStatistics(records, {}, kNow, kZone).parameters;
     ASSERT_EQ(parameters.size(), 2u);
     EXPECT_EQ(parameters[0].parameter, 1);

@@ -24,7 +24,7 @@ SummaryRecord record(int number) {
     record.end = record.start + 600;
     record.distance = static_cast<float>(1000 * number);
     record.events[SummaryRecord::ExtremeBrakes] = {3, 599};
-    record.slots[2] = {1, 4, 368.15, 371.5, kNoValue, 20, 580};
+    record.parameters[2] = {1, 4, 368.15, 371.5, kNoValue, 20, 580};
     record.mark = SummaryRecord::kOurs;
     record.samplesSum = 7u + static_cast<unsigned>(number);
     record.samples = 600;
@@ -109,7 +109,7 @@ TEST(SummaryRecord, LiesWhereItAlwaysDid) {
     in.bytes(16);
     EXPECT_EQ(in.f64(), 368.15);
     const SummaryRecord fresh;
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(fresh.slots[0].threshold), 0xBE77DC65DADFCA1Du);
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(fresh.parameters[0].threshold), 0xBE77DC65DADFCA1Du);
     EXPECT_EQ(summaryBytes(readSummaryRecord(bytes)), bytes);
 }
 

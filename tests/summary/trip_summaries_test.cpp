@@ -80,7 +80,7 @@ TEST(TripSummaries, EveryFigureIsThatOfTheTrip) {
         EXPECT_EQ(r->events[kind].count, events[kind][0]);
         EXPECT_EQ(r->events[kind].last, events[kind][1]);
     }
-    const SummaryRecord::Slot &engine = r->slots[0], &speed = r->slots[4];
+    const SummaryRecord::Slot &engine = r->parameters[0], &speed = r->parameters[4];
     EXPECT_EQ(engine.used + speed.used, 2);
     EXPECT_EQ(engine.parameter, 2);
     EXPECT_EQ(engine.threshold, 40);
@@ -92,7 +92,7 @@ TEST(TripSummaries, EveryFigureIsThatOfTheTrip) {
     EXPECT_FALSE(hasValue(speed.highest));
     EXPECT_EQ(speed.lowest, 0);
     EXPECT_EQ(speed.timeUnder, 61u);
-    EXPECT_EQ(r->slots[1].used, 0); // codes are no figures
+    EXPECT_EQ(r->parameters[1].used, 0); // codes are no figures
     EXPECT_EQ(r->mark, 0x5142);
     EXPECT_EQ(r->samplesSum, 0xAD2D8EE1u); // of the bytes 0 to 10
     EXPECT_EQ(r->trips, 1u);
@@ -104,8 +104,8 @@ TEST(TripSummaries, EveryFigureIsThatOfTheTrip) {
     samplesOf(document, row).series(2).setSeries({6, 1, false, {10, 20}});
     setSpeeds(document, row, {9, 9, 50, 20, 9, 9, 9, 9, 9});
     const std::optional<SummaryRecord> other = TripSummaries(document, settings).record(row);
-    EXPECT_EQ(other->slots[0].timeOver, 6u);
-    EXPECT_EQ(other->slots[2].used, 0);
+    EXPECT_EQ(other->parameters[0].timeOver, 6u);
+    EXPECT_EQ(other->parameters[2].used, 0);
     EXPECT_EQ(other->samplesSum, 0u); // too few to tell it from others
     EXPECT_NEAR(other->largestDeceleration, 30 / 3.6, 1e-5);
 }
@@ -116,13 +116,9 @@ protected:
     std::pair<std::size_t, std::size_t> count(TQuobrixDocument& of) {
         SummaryLog log(folder);
         EXPECT_TRUE(log.open(kDatabase, SummaryDatabase::Access::Write));
-        const TripSummaries trips(of, settings);
-        TripComparison comparison(log.records(), log.deleted());
-        for (RowIndex row = 0; row < trips.count(); ++row)
-            comparison.take(*trips.record(row));
-        const std::pair result(comparison.missing().size(), comparison.outdated().size());
-        EXPECT_TRUE(log.count(comparison));
-        return result;
+        const Result<CountedTrips> counted = log.count(TripSummaries(of, settings).records());
+        EXPECT_TRUE(counted);
+        return {counted->added, counted->rewritten};
     }
     std::vector<SummaryRecord> counted() {
         SummaryDatabase database(folder);
@@ -176,6 +172,12 @@ TEST_F(Counting, AFullerTripTakesThePlaceOfALesserOne) {
     setSpeeds(document, 2, {0, 8});
     record(later, kStart + 9000);
     EXPECT_EQ(count(document), Counts(2, 0));
+    EXPECT_EQ(count(document), Counts(0, 0));
+    setSpeeds(document, 1, {0, 8}); // one becomes as the other was: neither takes that one's record
+    setSpeeds(document, 2, {0, 8, 9});
+    document.trips().removeRows(0, 1);
+    EXPECT_EQ(count(document), Counts(0, 1));
+    document.trips().removeRows(0, 1);
     EXPECT_EQ(count(document), Counts(0, 0));
     setSpeeds(later, 1, std::vector<std::uint8_t>(30, 9));
     record(later, kStart + 9000);

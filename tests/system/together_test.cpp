@@ -44,6 +44,10 @@ TEST_F(Together, TwoDownloadsIntoOneNewFile) {
             fs::remove(folder_ / made);
         EXPECT_EQ(files(), (std::vector<std::string>{"One.car", "One.car.bak"}));
     }
+    // Each trip was counted once, however many documents it came into, and whoever had the database just then.
+    const auto counted = jsonLeaves(cli({"statistics", "--format", "json"}).out);
+    EXPECT_EQ(counted.at("figures.trips"), JsonValue(static_cast<double>(first + second)));
+    EXPECT_EQ(counted.at("vehicles.0.figures.trips"), JsonValue(static_cast<double>(first + second)));
 }
 
 } // namespace

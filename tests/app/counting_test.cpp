@@ -1,0 +1,88 @@
+#include "model/record_edits.h"
+#include "summary/ui/trip_counter.h"
+#include "support/frame_fixture.h"
+#include "support/temporary_folder.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+
+namespace quobrix {
+namespace {
+
+using namespace test;
+
+/// The main frame, whose documents' trips are counted in a database of the test's own.
+class CountingTest : public FrameTest {
+protected:
+    CountingTest() {
+        frame_.countBy(counter_);
+        TQuobrixDocument made;
+        for (int i = 0; i < 3; ++i) {
+            const RowIndex row = addTrip(made, kStart + 3600 * i);
+            made.trips().column<TTripLogRecordColumn>().set(row, {kStart + 3600 * i, 0});
+        }
+        for (const char* name : {"Trips.car", "Example.car"})
+            EXPECT_TRUE(made.saveAs(folder_ / name));
+    }
+
+    ~CountingTest() override { std::filesystem::current_path(startFolder_); } // opening a file changes it
+
+    std::size_t counted() const { return keeper_.records() ? keeper_.records()->size() : 0; }
+    std::size_t countedOf(const char* driver) const {
+        return keeper_.records() ? static_cast<std::size_t>(
+                                       std::ranges::count(*keeper_.records(), std::string_view(driver),
+                                                          [](const SummaryRecord& each) { return each.driver.view(); }))
+                                 : 0;
+    }
+
+    const std::filesystem::path startFolder_ = std::filesystem::current_path();
+    TemporaryFolder folder_;
+    SummaryKeeper keeper_{folder_ / "Quobrix.cdb", FileSystem::system(), {std::chrono::milliseconds(20)}};
+    TripCounter counter_{document_, settings_, keeper_};
+};
+
+TEST_F(CountingTest, WhatIsOpenedEditedAndUndoneIsCountedOnce) {
+    ASSERT_TRUE(frame_.files().open(folder_ / "Example.car"));
+    QTest::qWait(0);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "Quobrix.cdb")) << "the example is nobody's driving";
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+    ASSERT_TRUE(giveDriver(document_, {1}, 7).ok());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return countedOf("7") == 1; }));
+    document_.edits().undo();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return countedOf("7") == 0; }));
+    // A record that a person deletes comes back only when it is asked for.
+    QSignalSpy changed(&keeper_, &SummaryKeeper::changed);
+    keeper_.remove({keeper_.records()->front()}, [](const Result<void>& done) { EXPECT_TRUE(done); });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 2; }));
+    ASSERT_TRUE(frame_.files().open(folder_ / "Example.car"));
+    changed.clear();
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changed.size() > 0; }));
+    EXPECT_EQ(counted(), 2u);
+    counter_.countAgain();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+}
+
+TEST_F(CountingTest, WhatAnotherProgramForbidsIsDoneLater) {
+    SummaryDatabase other;
+    ASSERT_TRUE(other.open(folder_ / "Quobrix.cdb", SummaryDatabase::Access::Write));
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    QSignalSpy changed(&keeper_, &SummaryKeeper::changed);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return changed.size() > 1; })); // it was tried, and tried again
+    EXPECT_EQ(counted(), 0u);
+    EXPECT_EQ(keeper_.problem(), "") << "nobody can do anything about that";
+    std::optional<ErrorKind> refused;
+    keeper_.remove({SummaryRecord()}, [&](const Result<void>& done) { refused = done.error().kind; });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return refused.has_value(); })) << "a person waits for this";
+    EXPECT_EQ(refused, ErrorKind::InUse);
+    other.close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+}
+
+} // namespace
+} // namespace quobrix
