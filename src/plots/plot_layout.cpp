@@ -31,15 +31,22 @@ constexpr double kMarksHeight = kPlotMarkSize + 3;
 struct Shown {
     const PlotPanel* panel;
     std::size_t index;
-    double height;
+    double height; ///< in proportion to the others; 0: the least
 };
+
+/// There is nothing to draw.
+bool isEmpty(const PlotPanel& panel) {
+    return panel.states.empty() && std::ranges::none_of(panel.curves, [](const PlotCurve& curve) {
+               return curve.samples.extremes(0, curve.samples.size()).has_value();
+           });
+}
 
 std::vector<Shown> shownPanels(const PlotData& data, const std::vector<PanelChoice>& choices) {
     std::vector<Shown> shown;
     std::vector<char> chosen(data.panels.size());
     const auto add = [&](std::size_t i, const PanelChoice& choice) {
         if (!std::exchange(chosen[i], 1) && !choice.hidden)
-            shown.push_back({&data.panels[i], i, std::clamp(choice.height, 0.1, 10.0)});
+            shown.push_back({&data.panels[i], i, isEmpty(data.panels[i]) ? 0.0 : std::clamp(choice.height, 0.1, 10.0)});
     };
     for (const PanelChoice& choice : choices)
         for (std::size_t i = 0; i < data.panels.size(); ++i)
@@ -159,13 +166,16 @@ private:
     void addPanels(double top, double bottom) {
         const double least = std::ceil(kLeastArea * em_), frame = line_ + kGap * em_;
         const auto count = static_cast<double>(shown_.size());
-        double parts = 0;
-        for (const Shown& shown : shown_)
+        double parts = 0, empty = 0;
+        for (const Shown& shown : shown_) {
             parts += shown.height;
+            empty += shown.height == 0;
+        }
         // Where there is little room, the events are marked above the first panel only.
         const bool marks = marksEvents();
         const bool marksAll = marks && bottom - top >= count * (frame + kMarksHeight + kAreaBesideMarks * em_);
-        double room = bottom + kGap * em_ - top - frame * count - kMarksHeight * (marksAll ? count : marks);
+        double room =
+            bottom + kGap * em_ - top - frame * count - kMarksHeight * (marksAll ? count : marks) - least * empty;
         if (!std::isfinite(room))
             room = parts * kUsualArea * em_;
         for (const Shown& shown : shown_) {
@@ -180,7 +190,7 @@ private:
                 top += kMarksHeight;
             }
             panel.area.top = std::floor(top);
-            panel.area.height = std::max(std::floor(room * shown.height / parts), least);
+            panel.area.height = shown.height == 0 ? least : std::max(std::floor(room * shown.height / parts), least);
             panel.scale.top = panel.area.top;
             panel.scale.bottom = panel.area.top + panel.area.height;
             scale(panel, *shown.panel);
@@ -216,9 +226,7 @@ private:
             panel.baseline = panel.scale.least;
             return;
         }
-        if (std::ranges::none_of(data.curves, [](const PlotCurve& curve) {
-                return curve.samples.extremes(0, curve.samples.size()).has_value();
-            })) {
+        if (isEmpty(data)) {
             panel.title.text = text(TextId::PlotNothing, data.title);
             return;
         }

@@ -183,6 +183,10 @@ TEST_F(PlotLayoutTest, PanelsAreHiddenReorderedAndSized) {
     while (data.panels.size() < 4)
         data = test::randomPlot(random);
     data.panels.resize(4);
+    for (PlotPanel& panel : data.panels) {
+        panel.states.clear();
+        panel.curves = {{0, PlotSamples(0, 1, {1, 2})}};
+    }
     view_.panels = {{"Panel2", false, 2}, {"Panel9", false, 9}, {kSpeedPanel, true, 1}, {"Panel1", false, 1}};
     PlotLayout layout = layOutPlot(data, view_, context_, {1200, 900}, measure_);
     ASSERT_EQ(layout.panels.size(), 3u);
@@ -190,6 +194,12 @@ TEST_F(PlotLayoutTest, PanelsAreHiddenReorderedAndSized) {
     EXPECT_EQ(layout.panels[1].panel, 1u);
     EXPECT_EQ(layout.panels[2].panel, 3u);
     EXPECT_NEAR(layout.panels[0].area.height, 2 * layout.panels[1].area.height, 2);
+    data.panels[2].curves = {{0, PlotSamples(0, 1, {kNoValue})}};
+    const double before = layout.panels[1].area.height, left = layout.panels[2].scale.bottom;
+    layout = layOutPlot(data, view_, context_, {1200, 900}, measure_);
+    EXPECT_LT(layout.panels[0].area.height, 40) << "what shows nothing leaves the room to the others";
+    EXPECT_GT(layout.panels[1].area.height, 1.5 * before);
+    EXPECT_NEAR(layout.panels[2].scale.bottom, left, 3);
     for (std::size_t i = 0; i < 4; ++i)
         view_.panels.push_back({data.panels[i].key, true, 1});
     view_.panels.erase(view_.panels.begin(), view_.panels.begin() + 4);

@@ -21,7 +21,6 @@ enum FigureColumn { kQuantity, kAtCursor, kLeast, kMean, kGreatest, kFigureColum
 
 constexpr int kMostRows = 6; // without scrolling
 constexpr int kMargin = 6;
-constexpr auto kLongFigure = QLatin1String("10,000.00 RPM");
 
 QLabel* lineOfText(const char* name) {
     auto* label = new QLabel;
@@ -93,10 +92,15 @@ void PlotFiguresTable::fitInto(int height) {
 
 void PlotFiguresTable::resizeEvent(QResizeEvent*) { sizeColumns(); }
 
-/// Figures are never cut off; the rest of the room is for names, and what these leave again for figures.
+/// Figures are not cut off; the rest of the room is for names, and what these leave again for figures.
 void PlotFiguresTable::sizeColumns() {
-    const int least = table_->fontMetrics().horizontalAdvance(kLongFigure) + 2 * kMargin;
-    const int names = static_cast<const QAbstractItemView*>(table_)->sizeHintForColumn(kQuantity) + kMargin;
+    const QHeaderView& header = *table_->horizontalHeader();
+    const QAbstractItemView& cells = *table_;
+    int least = 0; // what is at the cursor is hardly wider than the extremes
+    for (int column = kAtCursor; column < kFigureColumns; ++column)
+        least = std::max({least, header.sectionSizeHint(column),
+                          column == kAtCursor ? 0 : cells.sizeHintForColumn(column) + kMargin});
+    const int names = cells.sizeHintForColumn(kQuantity) + kMargin;
     const int width = std::max(least, (table_->viewport()->width() - names) / (kFigureColumns - 1));
     for (int column = kAtCursor; column < kFigureColumns; ++column)
         table_->horizontalHeader()->resizeSection(column, width);

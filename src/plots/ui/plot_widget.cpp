@@ -339,10 +339,13 @@ bool PlotWidget::over(QPointF point) const {
            point.y() <= layout_.panels.back().scale.bottom;
 }
 
-/// That between two panels.
+/// That between two panels which show something: what shows nothing stays as low as can be.
 std::optional<std::size_t> PlotWidget::borderAt(QPointF point) const {
     const auto border = layout_.borderAt({point.x(), point.y()});
-    return border && *border + 1 < layout_.panels.size() ? border : std::nullopt;
+    const auto shows = [&](std::size_t panel) {
+        return panel < layout_.panels.size() && !layout_.panels[panel].ticks.empty();
+    };
+    return border && shows(*border) && shows(*border + 1) ? border : std::nullopt;
 }
 
 double PlotWidget::placeNear(double x) const {
