@@ -169,12 +169,14 @@ LoggerOutcome LockedLogger::outcome(ResultCode code) const {
 
 ResultCode LockedLogger::openPort(const std::string& port) {
     closePort();
-    LoggerStatus& status = state();
-    status.port = port;
+    goTo(port);
     if (cancelled())
         return kCancelled;
+    LoggerStatus& status = state();
     status.openResult = call<&LoggerFunctions::OpenPort>(port.c_str());
     status.portOpen = status.openResult == QUOBRIX_OK;
+    if (!status.portOpen)
+        noteProbe(status.openResult);
     return status.openResult;
 }
 
@@ -184,8 +186,14 @@ void LockedLogger::closePort() {
     state().openResult = QUOBRIX_PORT_NOT_OPENED;
 }
 
+/// What was there on another port is not here.
+void LockedLogger::goTo(const std::string& port) {
+    if (std::exchange(state().port, port) != port)
+        noteProbe(QUOBRIX_PORT_NOT_OPENED);
+}
+
 void LockedLogger::expectPort(const std::string& port) {
-    state().port = port;
+    goTo(port);
     state().portOpen = false;
     state().openResult = QUOBRIX_PORT_NOT_OPENED;
 }

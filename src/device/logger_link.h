@@ -196,6 +196,7 @@ private:
         return link_.status_;
     }
     void noteProbe(ResultCode code);
+    void goTo(const std::string& port);
     void noteLogsCurrent();
     ResultCode changed(ResultCode code); // of a call that changes what a reading tells
 

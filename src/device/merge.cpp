@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <set>
 #include <span>
 #include <string_view>
 #include <tuple>
@@ -411,9 +412,15 @@ std::vector<UnidentifiedVehicle> Merge::unidentified() const {
 }
 
 void Merge::identify(const std::string& read, const std::string& vin) {
+    std::set<std::string_view> loggers;
     for (auto& trip : plans_->of<TripRows>().fresh)
-        if (trip.record->origin.vin == read)
+        if (trip.record->origin.vin == read) {
             trip.vehicle = vin;
+            loggers.insert(trip.record->origin.serialNumber);
+        }
+    for (auto& stop : plans_->of<AccidentRows>().fresh) // which were made on such trips
+        if (stop.record->origin.vin == read && loggers.contains(stop.record->origin.serialNumber))
+            stop.vehicle = vin;
 }
 
 Result<MergeResult> Merge::apply(std::int32_t shift) {

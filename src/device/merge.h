@@ -72,7 +72,8 @@ public:
     MergeCounts counts(LogId log) const;
     /// In order of their trips' times.
     std::vector<UnidentifiedVehicle> unidentified() const;
-    /// The new trips whose vehicle told READ, which is no VIN, were made with VIN. What was recorded is kept beside it.
+    /// The new trips whose vehicle told READ, which is no VIN, were made with VIN, and so were the new stops of their
+    /// loggers that tell the same. Of trips, what was recorded is kept beside it.
     void identify(const std::string& read, const std::string& vin);
 
     /// Adds the records as rows in order of time, with the vehicles, loggers and drivers that the document has not

@@ -521,6 +521,23 @@ TEST(Merge, WhatAPersonGaveATripStays) {
 }
 
 /// What an edit of a person leaves of a record that is downloaded again: as it was, with more, or as another one.
+TEST(Merge, StopsAreOfTheVehicleThatAPersonGaveTheirTrips) {
+    const std::string vin = "WVWZZZ1KZAW000001";
+    LogRecords records = trips({trip(kNoon)});
+    records.trips[0].origin.vin = "XX";
+    for (const RecordOrigin& origin : {RecordOrigin{"K-0042-B", "XX"}, {"K-0042-B", ""}, {"K-0043-B", "XX"}}) {
+        records.stops.push_back(stop(kNoon + 30));
+        records.stops.back().origin = origin;
+    }
+    TQuobrixDocument document;
+    Result<Merge> plan = Merge::plan(records, document);
+    plan->identify("XX", vin);
+    ASSERT_TRUE(plan->apply(0));
+    EXPECT_EQ(document.accidents()->column<TAccidentLogTableVinColumn>().values(),
+              (std::vector<std::string>{vin, "", "XX"}));
+    EXPECT_EQ(mergeRecords(records, document)->summary(), "Nothing new. Already present: 1 trip, 3 severe stops.");
+}
+
 TEST(Merge, WhatAPersonHasEditedIsKnownAgain) {
     const TUnitSystem units;
     const TimeZone zone;

@@ -58,6 +58,11 @@ TEST_F(Ports, ARefusedPortIsPassedOver) {
     EXPECT_EQ(opened(), (std::vector<std::string>{"COM3", "COM1", "COM2", "COM4", "COM5", "COM6", "COM7", "COM8",
                                                   "COM9", "COM10", "COM3"}));
     EXPECT_EQ(fake_.openPort, "COM3") << "a time-out leaves it open: the logger may come";
+    EXPECT_EQ(status().probe, QUOBRIX_TIMEOUT);
+    fake_.portProblems["COM3"] = QUOBRIX_PORT_IN_USE;
+    ScriptedPrompter again{{MessageId::PortDetected, Answer::No}};
+    EXPECT_EQ(flows(again).scan(), ScanResult::Refused);
+    EXPECT_EQ(portStatusText(status(), {}), "COM3 Is In Use") << "not what was found on COM1";
     EXPECT_EQ(defaultPort(settings_), "COM3");
 }
 
