@@ -275,7 +275,8 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseToSave(const std:
     return savePlace(dialog);
 }
 
-std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::filesystem::path& suggested,
+std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(SourceText what,
+                                                                    const std::filesystem::path& suggested,
                                                                     const std::vector<std::string>& endings) {
     struct Format {
         const char* ending;
@@ -294,7 +295,8 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::f
             if (ending == format.ending)
                 filters += format.filter;
     QWidget* window = QApplication::activeWindow() ? QApplication::activeWindow() : &window_;
-    QFileDialog dialog(window, QObject::tr("Save As"), copiesFolder_.isEmpty() ? documentsFolder() : copiesFolder_);
+    const QString beside = suggested.has_parent_path() ? toQtPath(suggested.parent_path()) : documentsFolder();
+    QFileDialog dialog(window, toQt(text(what)), copiesFolder_.isEmpty() ? beside : copiesFolder_);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setNameFilters(filters);
     const auto follow = [&](const QString& filter) {
@@ -304,7 +306,7 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(const std::f
     if (!suggested.has_extension() && filters.contains(copiesFilter_))
         dialog.selectNameFilter(copiesFilter_);
     follow(dialog.selectedNameFilter());
-    dialog.selectFile(toQtPath(suggested));
+    dialog.selectFile(toQtPath(suggested.filename()));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     copiesFolder_ = dialog.directory().absolutePath();

@@ -58,7 +58,7 @@ public:
     std::optional<std::filesystem::path> chooseToOpen() override;
     std::optional<std::filesystem::path> chooseLogs() override;
     std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) override;
-    std::optional<SavePlace> chooseCopy(const std::filesystem::path& suggested,
+    std::optional<SavePlace> chooseCopy(SourceText what, const std::filesystem::path& suggested,
                                         const std::vector<std::string>& endings) override;
 
 private:

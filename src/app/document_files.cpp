@@ -32,6 +32,10 @@ fs::path anotherName(const fs::path& path) {
 
 } // namespace
 
+fs::path folderForCopies(const TQuobrixDocument& document) {
+    return document.hasFile() && !document.isExample() ? document.path().parent_path() : fs::path();
+}
+
 bool offersCompaction(const Settings& settings) { return settings.getBoolean(kProgramConfig, kOfferCompaction, true); }
 
 void setOffersCompaction(Settings& settings, bool offers) {

@@ -31,12 +31,15 @@ public:
     /// SUGGESTED: the name proposed, with or without a folder.
     virtual std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) = 0;
     /// The same for a copy in one of several formats, by the endings of their files ("pdf"), in which the chosen file
-    /// ends, too.
-    virtual std::optional<SavePlace> chooseCopy(const std::filesystem::path& /*suggested*/,
+    /// ends, too. WHAT is to be done. The suggested folder is that of the first copy.
+    virtual std::optional<SavePlace> chooseCopy(SourceText /*what*/, const std::filesystem::path& /*suggested*/,
                                                 const std::vector<std::string>& /*endings*/) {
         return {};
     }
 };
+
+/// Where copies of what DOCUMENT holds are looked for: beside its file. Empty: no place of its own.
+std::filesystem::path folderForCopies(const TQuobrixDocument& document);
 
 /// Whether a file that is mostly unused space is pointed out when it is opened or saved.
 bool offersCompaction(const Settings& settings);

@@ -284,7 +284,10 @@ void TQuobrixFrame::addPage(int pageId, PageArea::Create create, std::function<Q
             if (!commands_->handled(row.id))
                 navigation_->add(place, *commands_->action(row.id), std::move(count));
             commands_->handle(row.id, [this, pageId] {
-                pages_->show(pageId);
+                if (const Page* shown = pages_->page(pageId); shown && pages_->current() == pageId)
+                    pages_->show(pageId, shown->start()); // from a report to the list
+                else
+                    pages_->show(pageId);
                 files_.tellDamage();
             });
         }

@@ -187,10 +187,11 @@ void PrintCommands::setUp(QWidget& over) {
 }
 
 void PrintCommands::save(const Report& report, const std::vector<std::string>& endings) {
-    auto place = frame_.chooser().chooseCopy(fileNameOf(report, endings.front()), endings);
+    const TQuobrixDocument& document = frame_.context().document;
+    auto place = frame_.chooser().chooseCopy(SourceText("Save As"),
+                                             folderForCopies(document) / fileNameOf(report, endings.front()), endings);
     if (!place)
         return;
-    const TQuobrixDocument& document = frame_.context().document;
     const std::array opened{document.path()};
     if (isDocument(place->path, std::span(opened).first(document.hasFile() ? 1 : 0)))
         return frame_.prompter().tell(makeMessage(MessageId::ExportIsDocument, utf8(place->path.filename())));

@@ -97,7 +97,8 @@ bool RecordExport::run(const ExportContent& content) {
     std::vector<std::string> endings{"csv"};
     if (canWriteXlsx())
         endings.insert(endings.begin(), "xlsx");
-    const auto place = chooser_.chooseCopy(pathFromUtf8(fileName(content.title)), endings);
+    const auto place = chooser_.chooseCopy(SourceText("Export"),
+                                           folderForCopies(document_) / pathFromUtf8(fileName(content.title)), endings);
     if (!place)
         return false;
     const std::string name = utf8(place->path.filename());

@@ -25,12 +25,17 @@ constexpr Sequence kSequences[] = {
 };
 
 /// The bytes of the control character that VALID has AT; 0 if there is none. Beside the ASCII ones there are U+0080 to
-/// U+009F.
+/// U+009F, and what turns the direction of all that follows: U+202A to U+202E, and U+2066 to U+2069.
 std::size_t controlAt(std::string_view valid, std::size_t at) {
     const std::uint8_t byte = byteAt(valid, at);
     if (byte < 0x20 || byte == 0x7F)
         return 1;
-    return byte == 0xC2 && byteAt(valid, at + 1) < 0xA0 ? 2 : 0;
+    if (byte == 0xC2 && byteAt(valid, at + 1) < 0xA0)
+        return 2;
+    const std::uint8_t second = byteAt(valid, at + 1), third = byteAt(valid, at + 2);
+    const bool turns =
+        (second == 0x80 && third >= 0xAA && third <= 0xAE) || (second == 0x81 && third >= 0xA6 && third <= 0xA9);
+    return byte == 0xE2 && turns ? 3 : 0;
 }
 
 } // namespace

@@ -1,12 +1,19 @@
 #include "model/record_totals.h"
 
+#include "base/no_value.h"
 #include "model/trip_log.h"
 #include "texts/text.h"
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
+#include <cmath>
+
 namespace quobrix {
 namespace {
+
+// What a damaged column may hold counts for nothing, or one record would stand for all.
+bool counts(double figure) { return std::isfinite(figure) && hasValue(figure) && figure > 0; }
+bool counts(std::int64_t number) { return number > 0; }
 
 /// The sum of the numbers in a column of all RECORDS; NUMBER is what its values are.
 template <class Number, class C>
@@ -18,7 +25,7 @@ Number sum(std::span<const TableRows> records) {
         for (const RowIndex row : part.rows)
             if (row < filled) {
                 const Value value = column.value(row);
-                if (const auto* number = std::get_if<Number>(&value))
+                if (const auto* number = std::get_if<Number>(&value); number && counts(*number))
                     total += *number;
             }
     }

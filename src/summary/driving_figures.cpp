@@ -5,7 +5,9 @@
 #include "units/date_time.h"
 #include "units/unit_system.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace quobrix {
 namespace {
@@ -23,6 +25,12 @@ constexpr DrivingFigure kFigures[] = {
 #include "summary/driving_figures.def"
 #undef FIGURE
 };
+
+/// Within what whole numbers can hold, whatever a damaged database says.
+std::int64_t wholeNumber(double value) {
+    constexpr double kMost = 9'007'199'254'740'992; // 2^53: beyond it not every one can be told
+    return std::isnan(value) ? 0 : std::llround(std::clamp(value, -kMost, kMost));
+}
 
 bool inMiles(const TUnitSystem& units) {
     const UnitId unit = units.unit(UnitTypeId::Distance);
@@ -48,9 +56,9 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
     ValueText buffer;
     switch (figure.kind) {
     case FigureKind::Count:
-        return ShownText::asItIs(units.formatInteger(std::llround(*value)));
+        return ShownText::asItIs(units.formatInteger(wholeNumber(*value)));
     case FigureKind::Time:
-        return ShownText::asItIs(durationText(std::llround(*value)));
+        return ShownText::asItIs(durationText(wholeNumber(*value)));
     case FigureKind::Quantity:
         return ShownText::asItIs(units.formatValueWithUnits(figure.unit, *value));
     case FigureKind::Rate:

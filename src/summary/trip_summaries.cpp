@@ -66,7 +66,7 @@ SummaryRecord::Slot slotOf(const Settings& settings, std::int32_t parameter, std
     slot.threshold = threshold;
     for (std::size_t i = 0; i < count; ++i) {
         const double value = sample(i);
-        if (!hasValue(value))
+        if (!hasValue(value) || !std::isfinite(value))
             continue;
         if (value > threshold) {
             slot.timeOver += interval;

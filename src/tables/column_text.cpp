@@ -23,6 +23,7 @@ namespace {
 
 constexpr SourceText kNotABoolean("Hey, that's not a boolean!");
 constexpr SourceText kNotAnInteger("Hey, that's not an integer!");
+constexpr SourceText kTooLarge("This number is too large to be kept here.");
 constexpr SourceText kNotANumber("Hey, that's not a number!");
 constexpr SourceText kNotADate("Hey, that's not a date!");
 constexpr SourceText kNotAnElapsedTime("Hey, that's not an elapsed time in the format HH:MM:SS!");
@@ -96,7 +97,8 @@ void BooleanColumn::setValue(RowIndex row, const Value& value) { set(row, value 
 Parsed IntegerColumn::parse(std::string_view text, const TextContext& context) const {
     if (trimmed(text).empty())
         return {};
-    return integerOrRefusal(parseInteger(context.units.locale().numbers, text), kNotAnInteger);
+    const std::optional<std::int64_t> typed = parseInteger(context.units.locale().numbers, text);
+    return integerOrRefusal(typed, typed ? kTooLarge : kNotAnInteger);
 }
 
 std::string IntegerColumn::editText(RowIndex row, const TextContext&) const {

@@ -24,9 +24,14 @@ namespace {
 constexpr qint64 kSlowStep = 50;
 
 QString emptyText(const LogSpec& spec) {
-    return QObject::tr("This spreadsheet is currently empty.\n\nIt will normally display a list of all %1\nthat have "
-                       "been downloaded into this file.\n\nTo copy them from the Quobrix, select Quobrix / "
+    return QObject::tr("This file has no %1 yet.\n\nTo copy them from the Quobrix, select Quobrix / "
                        "Download Quobrix Data.")
+        .arg(toQt(text(spec.records)));
+}
+
+/// Where there were records that can be brought back.
+QString emptiedText(const LogSpec& spec) {
+    return QObject::tr("This file has no %1 any more.\n\nUndo (Ctrl+Z) brings back what was deleted.")
         .arg(toQt(text(spec.records)));
 }
 
@@ -113,6 +118,8 @@ void LogList::applyFilter() {
 
 void LogList::showCount() {
     const bool records = model().storedRows() > 0;
+    hadRecords_ = hadRecords_ || records;
+    view().setEmptyText(hadRecords_ && context_.document.edits().canUndo() ? emptiedText(spec_) : emptyText(spec_));
     filter_->setVisible(records);
     totals_->setVisible(records);
     filter_->setCount(static_cast<std::size_t>(model().rowCount()), model().storedRows());

@@ -49,6 +49,7 @@ private:
     FilterBar* filter_;
     TotalsLine* totals_;
     QTimer* update_;
+    bool hadRecords_ = false;  ///< in this document
     bool shownChanged_ = true; ///< what totals_ says of the rows that are shown does not hold any more
     /// By row: whether the filter wants it, when it was applied last.
     std::vector<bool> wanted_;

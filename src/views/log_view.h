@@ -22,6 +22,7 @@ public:
 
     std::vector<PathPart> path() const override;
     PagePlace place() const override;
+    PagePlace start() const override { return {views_.front().spec.page, {}, true}; }
     bool has(const PagePlace& place) const override;
     void goTo(const PagePlace& place) override;
     void refresh() override;

@@ -82,6 +82,8 @@ public:
     virtual PagePlace place() const { return {}; }
     /// Whether PLACE is still there: its record may be gone.
     virtual bool has(const PagePlace&) const { return true; }
+    /// Where a person begins on the page.
+    virtual PagePlace start() const { return {}; }
     /// Brings PLACE, which is there, into view.
     virtual void goTo(const PagePlace&) {}
 

@@ -101,7 +101,7 @@ bool RecordCommands::applies(RecordCommand command) const {
         return owns<TTripLogSampleTableColumn>(context_.document.trips(), *row);
     if (command == RecordCommand::EditSpeedBands)
         return owns<TTripLogSpeedBandsTableColumn>(context_.document.trips(), *row);
-    return !only || isCorrectable(spec_, *log, *row);
+    return true;
 }
 
 QDialog* RecordCommands::makeDialog(RecordCommand command, RowIndex row) {
@@ -137,6 +137,12 @@ void RecordCommands::run(RecordCommand command) {
     const auto row = list_.currentRow();
     if (!row || !list_.finishEdit() || !applies(command))
         return;
+    const RecordRow& of = kRecordRows[static_cast<std::size_t>(command)];
+    if (of.edits && of.log && !isCorrectable(spec_, *context_.document.log(spec_), *row)) {
+        if (context_.prompter)
+            context_.prompter->tell(makeMessage(MessageId::ValuesRefused, text(TextId::EventNotEdited)));
+        return;
+    }
     QDialog* dialog = makeDialog(command, *row);
     if (!dialog) {
         if (context_.prompter)

@@ -35,6 +35,16 @@ QString hintOf(const Column& column, RowIndex row, const TextContext& context) {
     return column.kind() == ColumnKind::Real ? toQt(context.units.unitName(column.unitOf(row))) : QString();
 }
 
+/// What is typed in place of a cell. A figure as lists show it: one that nobody touches stays as exact as it is.
+QString shownText(const Column& column, RowIndex row, const TextContext& context) {
+    const Value value = column.value(row);
+    ValueText buffer;
+    const auto* figure = std::get_if<double>(&value);
+    return figure && column.kind() == ColumnKind::Real
+               ? toQt(context.units.formatValue(column.unitOf(row), *figure, buffer))
+               : toQt(column.editText(row, context));
+}
+
 /// The codes that a cell can be set to, with their texts.
 std::vector<Selection> choicesOf(const TQuobrixDocument& document, const Column& column, RowIndex row,
                                  const TextContext& context) {
@@ -150,7 +160,7 @@ RecordFieldsDialog::Field RecordFieldsDialog::makeField(const Table& log, std::s
                 },
                 [list, before] { return list->currentIndex() != before; }};
     }
-    const QString before = toQt(column.editText(row, context().text()));
+    const QString before = shownText(column, row, context().text());
     auto* line = new QLineEdit(before);
     line->setMinimumWidth(fontMetrics().averageCharWidth() * kFieldWidth);
     line->setCursorPosition(0);

@@ -146,5 +146,28 @@ TEST(DialogFileChooser, SuggestsThePersonsDocuments) {
     EXPECT_EQ(folderOf("Quobrix Data.car", {}), toQtPath(elsewhere.path())) << "where the person has been";
 }
 
+TEST(DialogFileChooser, CopiesComeBesideTheDocumentUntilAPersonChoosesAnotherFolder) {
+    const test::TemporaryFolder beside, elsewhere;
+    QWidget window;
+    DialogFileChooser chooser(window);
+    const auto seen = [&](const QString& choice) {
+        QString dialogs;
+        QTimer::singleShot(0, qApp, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            ASSERT_TRUE(dialog);
+            dialogs = dialog->windowTitle() + ": " + dialog->directory().path();
+            if (choice.isEmpty())
+                return dialog->reject();
+            dialog->selectFile(choice);
+            static_cast<QDialog*>(dialog)->accept();
+        });
+        chooser.chooseCopy(SourceText("Export"), beside / "Trips", {"csv"});
+        return dialogs;
+    };
+    EXPECT_EQ(seen({}), "Export: " + toQtPath(beside.path()));
+    EXPECT_EQ(seen(toQtPath(elsewhere / "b.csv")), "Export: " + toQtPath(beside.path()));
+    EXPECT_EQ(seen({}), "Export: " + toQtPath(elsewhere.path()));
+}
+
 } // namespace
 } // namespace quobrix

@@ -34,7 +34,8 @@ public:
     std::optional<fs::path> chooseToOpen() override { return {}; }
     std::optional<fs::path> chooseLogs() override { return {}; }
     std::optional<SavePlace> chooseToSave(const fs::path&) override { return {}; }
-    std::optional<SavePlace> chooseCopy(const fs::path& name, const std::vector<std::string>& endings) override {
+    std::optional<SavePlace> chooseCopy(SourceText, const fs::path& name,
+                                        const std::vector<std::string>& endings) override {
         suggested = utf8(name);
         EXPECT_EQ(endings.back(), "csv");
         return place;

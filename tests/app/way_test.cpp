@@ -134,6 +134,8 @@ TEST_F(WayTest, BackAndForwardThroughPagesViewsAndRecords) {
     press(Qt::Key_2, Qt::ControlModifier);
     press(Qt::Key_Up); // to another row of the list, which is no step of its own
     EXPECT_EQ(pressed(Qt::Key_Return), "View / Trip Log / Record 2 / Report");
+    EXPECT_EQ(pressed(Qt::Key_2, Qt::ControlModifier), "View / Trip Log / Summary") << "where the page begins";
+    EXPECT_EQ(pressed(Qt::Key_Return), "View / Trip Log / Record 2 / Report");
     EXPECT_EQ(pressed(Qt::Key_Up, Qt::AltModifier), "View / Trip Log / Record 1 / Report");
     EXPECT_EQ(pressed(Qt::Key_Down, Qt::AltModifier), "View / Trip Log / Record 2 / Report");
     EXPECT_EQ(pressed(Qt::Key_Down, Qt::AltModifier), "View / Trip Log / Record 3 / Report");

@@ -21,9 +21,10 @@ namespace {
 using namespace test;
 namespace fs = std::filesystem;
 
-// Terminals obey the escape sequence and the single character (U+009B) that stands for its beginning.
+// Terminals obey the escape sequence, the single character (U+009B) that stands for its beginning, and the mark
+// (U+202E) from which on they write from right to left.
 const std::string kComment = "-He said \"stop\",\r\nthen \\ \x1B[2J \xC2\x9B"
-                             "2J caf\xC3\xA9";
+                             "2J\xE2\x80\xAE caf\xC3\xA9";
 
 class CommandLine : public testing::Test {
 protected:
@@ -111,7 +112,7 @@ TEST_F(CommandLine, CsvHoldsCurrentUnitsWithoutGrouping) {
     EXPECT_EQ(cell("Hard Brakes", 2), "2");
     EXPECT_EQ(cell("Duration", 2), "00:10:00");
     EXPECT_EQ(cell("Start Time", 2), "14/11/2023 23:13");
-    EXPECT_EQ(cell("Comments", 2), "'-He said \"stop\",\nthen \\  [2J  2J caf\xC3\xA9"); // harmless to all readers
+    EXPECT_EQ(cell("Comments", 2), "'-He said \"stop\",\nthen \\  [2J  2J  caf\xC3\xA9"); // harmless to all readers
     EXPECT_EQ(cell("Driver", 2), "'=1+1");
     EXPECT_EQ(cell("Comments", 1), "");
     EXPECT_EQ(std::ranges::count(records[0], "Duration"), 1);

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace quobrix::test {
 namespace {
 
@@ -139,6 +141,15 @@ TEST_F(Records, AreAddedUp) {
     EXPECT_EQ(totalEvents({&all, 1}), 12);
     EXPECT_EQ(totalsText(logSpec(LogId::Trips), parts, context_), "2 trips, 00:20:00, 24,000.00 m, 8 events");
     EXPECT_EQ(totalsText(logSpec(LogId::Activity), {}, context_), "0 events");
+    for (const double damaged :
+         {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), -1.0}) {
+        document_.trips().column<TTripLogDistanceColumn>().set(1, damaged);
+        EXPECT_EQ(totalDistance({&all, 1}), 24000) << damaged;
+    }
+    auto& brakes = document_.trips().column<TTripLogHardBrakesColumn>();
+    const std::int64_t others = totalEvents({&all, 1}) - brakes.at(1);
+    brakes.set(1, -50);
+    EXPECT_EQ(totalEvents({&all, 1}), others);
 }
 
 TEST(RepeatedRecords, AreLeftOutAsADownloadKnowsThemAgain) {

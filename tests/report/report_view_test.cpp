@@ -99,6 +99,7 @@ TEST_F(ReportViewTest, CardsStandSideBySideWhereBothHaveRoom) {
     EXPECT_FALSE(sideBySide(1000, 6)) << "they would not fit";
     EXPECT_TRUE(sideBySide(1700, 6));
     EXPECT_FALSE(sideBySide(600, 2));
+    EXPECT_FALSE(sideBySide(680, 6)) << "there is less room between the cells before anything scrolls";
 }
 
 TEST_F(ReportViewTest, AValueStandsBesideItsNameWhicheverWayItIsRead) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <random>
 
 namespace quobrix {
@@ -93,6 +94,11 @@ TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
         EXPECT_EQ(figureTitle(brakes, units), title);
         EXPECT_EQ(figureText(brakes, s.totals, units), text);
     }
+    DrivingTotals damaged = s.totals;
+    damaged.time = std::numeric_limits<double>::max();
+    const DrivingFigure& time = *std::ranges::find(drivingFigures(), FigureKind::Time, &DrivingFigure::kind);
+    EXPECT_FALSE(figureText(time, damaged, units).empty()) << "and no time before the beginning";
+    EXPECT_FALSE(figureText(time, damaged, units).starts_with("-"));
 }
 
 TEST(DrivingStatistics, GroupsAreToldApartByWhatNeverChanges) {

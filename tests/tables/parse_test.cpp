@@ -33,8 +33,10 @@ TEST_F(Parsing, IntegersHaveNoDecimalsAndFitTheirColumn) {
     EXPECT_EQ(parse(SampleTable::Count, " -7 ").value, Value(std::int64_t{-7}));
     EXPECT_EQ(parse(SampleTable::Count, "").value, Value());
     EXPECT_EQ(parse(SampleTable::Count, "2147483647").value, Value(std::int64_t{2147483647}));
-    for (const char* none : {"1.0", "1e3", "x", "12,34", "2147483648", "-2147483648", "99999999999999999999", "--1"})
+    for (const char* none : {"1.0", "1e3", "x", "12,34", "99999999999999999999", "--1"})
         EXPECT_EQ(parse(SampleTable::Count, none).refusal, "Hey, that's not an integer!") << none;
+    for (const char* large : {"2147483648", "-2147483648", "99999999999"})
+        EXPECT_EQ(parse(SampleTable::Count, large).refusal, "This number is too large to be kept here.") << large;
 }
 
 TEST_F(Parsing, FiguresMayNameAnyUnitOfTheirType) {

@@ -73,6 +73,20 @@ TEST_F(LogListTest, KeepsItsCurrentRecord) {
     EXPECT_EQ(list.currentRow(), std::nullopt);
 }
 
+TEST_F(LogListTest, AnEmptyListSaysHowRecordsCome) {
+    LogList list(context_, logSpec(LogId::Trips));
+    const auto text = [&] {
+        list.show(&document_.trips());
+        return list.view().emptyText();
+    };
+    EXPECT_TRUE(text().contains("Download Quobrix Data"));
+    test::addTrip(document_, 1'000);
+    EXPECT_TRUE(list.setFilter([](RowIndex) { return false; }));
+    EXPECT_TRUE(text().contains("Show All"));
+    EXPECT_TRUE(document_.edits().removeRows(document_.trips().id(), {0}).ok());
+    EXPECT_TRUE(text().contains("Undo")) << "what was deleted";
+}
+
 TEST_F(LogListTest, TheCurrentRecordStaysInSight) {
     for (int n = 0; n < 60; ++n)
         test::addTrip(document_, 1'000 + n);

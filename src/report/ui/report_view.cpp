@@ -22,7 +22,8 @@
 namespace quobrix {
 namespace {
 
-constexpr int kMargin = 20;
+constexpr int kMargin = 20, kTightMargin = 6;
+constexpr int kCellSpacing = 24, kTightCellSpacing = 8;
 constexpr int kTwoColumnWidth = 860;
 constexpr int kGreatestWidth = 1180;
 
@@ -50,7 +51,7 @@ QLabel* nameLabel(std::string_view text) {
 
 QGridLayout* cellLayout() {
     auto* layout = new QGridLayout;
-    layout->setHorizontalSpacing(24);
+    layout->setHorizontalSpacing(kCellSpacing);
     layout->setVerticalSpacing(4);
     return layout;
 }
@@ -218,6 +219,10 @@ void ReportView::setReport(Report report) {
     if (button)
         grid_->addWidget(button, static_cast<int>(cards_.size()) + 1, 0, Qt::AlignLeft);
     columns_ = 0;
+    tight_ = false;
+    leastWidth_ = 0;
+    for (const QWidget* card : cards_)
+        leastWidth_ = std::max(leastWidth_, 2 * kMargin + card->minimumSizeHint().width());
     arrange();
     setWidget(content);
     verticalScrollBar()->setValue(scrolled);
@@ -228,7 +233,20 @@ void ReportView::setSectionCommand(const QString& heading, QAction* command) {
     command_ = command;
 }
 
+/// A window too narrow for the room between and around the cells has less of it, before it scrolls to the side.
+void ReportView::tighten(bool tight) {
+    if (std::exchange(tight_, tight) == tight)
+        return;
+    const int margin = tight ? kTightMargin : kMargin;
+    grid_->setContentsMargins(margin, kMargin, margin, kMargin);
+    for (const QWidget* card : cards_)
+        for (QGridLayout* cells : card->findChildren<QGridLayout*>())
+            cells->setHorizontalSpacing(tight ? kTightCellSpacing : kCellSpacing);
+}
+
 void ReportView::arrange() {
+    if (grid_)
+        tighten(viewport()->width() < leastWidth_);
     // Two, if nothing has to be scrolled to the side for it.
     int least = 2 * kMargin + (grid_ ? grid_->horizontalSpacing() : 0);
     for (std::size_t column = 0; column < 2; ++column) {

@@ -37,6 +37,7 @@ protected:
 
 private:
     void arrange();
+    void tighten(bool tight);
 
     Report report_;
     QString commandHeading_;
@@ -44,6 +45,8 @@ private:
     QGridLayout* grid_ = nullptr;
     std::vector<QWidget*> cards_;
     int columns_ = 0;
+    int leastWidth_ = 0; ///< that all of it takes with the room that it is to have
+    bool tight_ = false;
 };
 
 } // namespace quobrix

@@ -559,7 +559,7 @@ void SpreadsheetView::paintEvent(QPaintEvent* event) {
 }
 
 QString SpreadsheetView::emptyText() const {
-    return model_.storedRows() > 0 ? tr("The filter shows none of the rows.") : emptyText_;
+    return model_.storedRows() > 0 ? tr("The filter shows none of the rows.\n\nShow All takes it off.") : emptyText_;
 }
 
 } // namespace quobrix
