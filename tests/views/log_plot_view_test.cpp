@@ -24,6 +24,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMimeData>
+#include <QPaintEvent>
 #include <QPushButton>
 #include <QStatusTipEvent>
 #include <QTableWidget>
@@ -43,6 +44,21 @@ private:
     bool eventFilter(QObject*, QEvent* event) override {
         if (event->type() == QEvent::StatusTip)
             last = static_cast<QStatusTipEvent*>(event)->tip();
+        return false;
+    }
+};
+
+/// How many pixels of a widget are painted.
+class PaintedPixels final : public QObject {
+public:
+    explicit PaintedPixels(QWidget& of) { of.installEventFilter(this); }
+    int count = 0;
+
+private:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint)
+            for (const QRect& part : static_cast<QPaintEvent*>(event)->region())
+                count += part.width() * part.height();
         return false;
     }
 };
@@ -209,6 +225,13 @@ TEST_F(LogPlotViewTest, TellsWhatIsUnderThePointer) {
     EXPECT_EQ(cell(0, 0), "Speed");
     const QString speed = cell(0, 1);
     EXPECT_FALSE(speed.isEmpty());
+    QApplication::processEvents();
+    PaintedPixels painted(plot());
+    hand().mouse(QEvent::MouseMove, hand().at(300));
+    QApplication::processEvents();
+    EXPECT_GT(painted.count, 0);
+    EXPECT_LT(painted.count, plot().width() * plot().height() / 10) << "the plot itself is not painted anew";
+    hand().mouse(QEvent::MouseMove, hand().at(12.2));
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(&plot(), &leave);
     EXPECT_FALSE(plot().pointers().cursor);

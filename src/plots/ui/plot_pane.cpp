@@ -104,6 +104,7 @@ PlotPane::PlotPane(PlotPaneContext context, bool events, QWidget* parent)
 void PlotPane::show(PlotData plot, bool same) {
     figures_->setVisible(action(Command::Figures).isChecked() && !plot.panels.empty());
     plot_->setPlot(std::move(plot), same);
+    shareRoom();
 }
 
 void PlotPane::followSettings() {
@@ -117,13 +118,16 @@ void PlotPane::followSettings() {
     const bool figures = context_.settings.getBoolean(kPlotSection, kFigures, true);
     action(Command::Figures).setChecked(figures);
     figures_->setVisible(figures && !plot_->data().panels.empty());
+    shareRoom();
 }
 
-/// Figures take a third of the room at most.
 void PlotPane::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    figures_->fitInto(height() / 3);
+    shareRoom();
 }
+
+/// Figures take a third of the room at most, and no more than a row of what the plot needs.
+void PlotPane::shareRoom() { figures_->fitInto(std::min(height() / 3, height() - plot_->minimumSizeHint().height())); }
 
 void PlotPane::showEvent(QShowEvent* event) {
     followSettings();
@@ -238,6 +242,7 @@ QMenu* PlotPane::quantitiesMenu(QMenu& parent) {
 void PlotPane::choosePanels(std::vector<PanelChoice> panels) {
     rememberPanels(context_.settings, panels);
     plot_->setPanels(std::move(panels));
+    shareRoom();
 }
 
 void PlotPane::copyDrawing() {

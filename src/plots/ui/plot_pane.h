@@ -50,6 +50,7 @@ private:
     enum class Command : std::size_t;
 
     void addCommands();
+    void shareRoom();
     QAction& action(Command command) const { return *actions_[static_cast<std::size_t>(command)]; }
     void handle(Command command, std::function<void()> run);
     void showMenu(const QPoint& place, std::optional<std::size_t> panel);
