@@ -11,6 +11,8 @@
 #include "views/log_list.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QSortFilterProxyModel>
 #include <QStandardItemModel>
 #include <QTableView>
@@ -181,7 +183,11 @@ private:
     /// From all rows, in their stored order.
     void addFilter(const char* label, const char* words) {
         add(
-            label, 0.5, [=, this] { proxy_->setFilterFixedString(QString::fromLatin1(words)); },
+            label, 0.5,
+            [=, this] {
+                proxy_->setFilterFixedString(QString::fromLatin1(words));
+                QApplication::processEvents();
+            },
             [=, this] { filterOurs(words); },
             [this] {
                 plain_.sortByColumn(-1, Qt::AscendingOrder);
@@ -218,7 +224,13 @@ private:
         QApplication::processEvents();
         view.grab();
     }
-    void filterOurs(const char* words) { filterOurs(RecordCriteria{.words = words}); }
+    /// As a person does, with the footer's totals.
+    void filterOurs(const char* words) {
+        ours_->findChild<QLineEdit*>(QStringLiteral("filterWords"))->setText(QString::fromLatin1(words));
+        QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QApplication::sendEvent(ours_->findChild<QWidget*>(QStringLiteral("FilterBar")), &enter);
+        QApplication::processEvents();
+    }
     void filterOurs(const RecordCriteria& criteria) {
         const TTripLogTable& trips = document_.trips();
         auto wanted = std::make_shared<std::vector<bool>>(trips.rowCount());

@@ -1,4 +1,5 @@
-// Paints the pictures of the documentation without a display, in light and dark: screenshots FOLDER
+// Paints the pictures of the documentation without a display, in light and dark: screenshots FOLDER [DOCUMENT]
+// DOCUMENT: of a recorded drive, whose latest trip is painted, too.
 
 #include "app/main_frame.h"
 #include "app/names_commands.h"
@@ -19,7 +20,10 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QImage>
+#include <QLineEdit>
+#include <QToolButton>
 
 #include <array>
 #include <cstdio>
@@ -51,6 +55,7 @@ public:
         bool taken = take("home", frame_);
         frame_.pages().show(kTripLogPage);
         taken = take("trip-log", frame_) && taken;
+        taken = takeFilter() && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Report);
         taken = take("trip-report", frame_) && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Plot);
@@ -73,7 +78,44 @@ public:
         return take("vehicle-names", *frame_.namesDialogs().constFirst()) && takeSpreadsheet() && taken;
     }
 
+    /// The latest trip of DOCUMENT in every view.
+    bool takeDrive(const QString& document) {
+        frame_.files().open(toPath(document));
+        if (document_.trips().rowCount() == 0)
+            return false;
+        auto& log = trips();
+        constexpr std::pair<LogViewKind, const char*> kViews[] = {{LogViewKind::Summary, "drive-log"},
+                                                                  {LogViewKind::Report, "drive-report"},
+                                                                  {LogViewKind::Plot, "drive-plot"},
+                                                                  {LogViewKind::Table, "drive-table"}};
+        bool taken = true;
+        for (const auto& [view, name] : kViews) {
+            log.showView(view);
+            taken = take(name, frame_) && taken;
+        }
+        return taken;
+    }
+
 private:
+    LogView& trips() {
+        frame_.pages().show(kTripLogPage);
+        return static_cast<LogView&>(*frame_.pages().page(kTripLogPage));
+    }
+
+    /// One driver's trips, and what else can be filtered by.
+    bool takeFilter() {
+        LogView& log = trips();
+        log.summary().openFilter();
+        log.findChild<QLineEdit*>(QStringLiteral("filterWords"))->setText(QStringLiteral("Anna"));
+        QApplication::processEvents();
+        auto* more = log.findChild<QToolButton*>(QStringLiteral("filterMore"));
+        more->click();
+        const bool taken = take("trip-filter", frame_);
+        more->click();
+        log.findChild<QToolButton*>(QStringLiteral("filterShowAll"))->click();
+        return taken;
+    }
+
     /// A household's vehicles in a new document; three of them have been driven with a logger.
     void fillGarage() {
         frame_.commands().trigger(CommandId::New);
@@ -153,14 +195,18 @@ private:
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
-    if (argc != 2) {
-        std::fputs("screenshots FOLDER\n", stderr);
+    if (argc != 2 && argc != 3) {
+        std::fputs("screenshots FOLDER [DOCUMENT]\n", stderr);
         return 2;
     }
     const QString folder =
         QDir(application.arguments()[1]).absolutePath(); // opening a document changes the current one
-    for (const Theme theme : {Theme::Light, Theme::Dark})
+    const QString drive = argc == 3 ? QFileInfo(application.arguments()[2]).absoluteFilePath() : QString();
+    for (const Theme theme : {Theme::Light, Theme::Dark}) {
         if (!Studio(theme, folder).takeAll())
             return 1;
+        if (!drive.isEmpty() && !Studio(theme, folder).takeDrive(drive))
+            return 1;
+    }
     return 0;
 }

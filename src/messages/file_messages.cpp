@@ -65,6 +65,8 @@ Message fileMessage(const Error& error, FileAction action, std::string_view name
         return makeMessage(MessageId::FileUnnamed, done);
     if (error.kind == ErrorKind::NotFound && action == FileAction::Save)
         return makeMessage(MessageId::FolderNotFound, name, done);
+    if (error.kind == ErrorKind::NotADocument && action == FileAction::Save) // what is there cannot be replaced
+        return makeMessage(MessageId::PlaceNotAFile, name, done);
     if (error.kind == ErrorKind::NotDurable)
         return makeMessage(MessageId::FileNotDurable, name, done, error.detail);
     if (const auto message = messageOf(error.kind))

@@ -73,7 +73,14 @@ private:
         const Drawing drawing = picture.draw({kAnyWidth, kUnlimited}, TableTextMeasure(12));
         appendLine("  " + oneLine(drawing.title + ": " + drawing.description));
     }
-    void write(const Paragraph& paragraph) { appendLine("  " + paragraph.text); }
+    void write(const Paragraph& paragraph) {
+        const std::string lines = harmlessLines(paragraph.text);
+        for (std::string_view rest = lines; !rest.empty();) {
+            const std::size_t end = std::min(rest.find('\n'), rest.size());
+            appendLine("  " + std::string(rest.substr(0, end)));
+            rest.remove_prefix(std::min(end + 1, rest.size()));
+        }
+    }
 
     void appendLine(std::string line) { quobrix::appendLine(out_, std::move(line)); }
 

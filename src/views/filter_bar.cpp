@@ -58,7 +58,7 @@ void fitList(QComboBox& box) {
 } // namespace
 
 FilterBar::FilterBar(const ViewContext& context, const LogSpec& spec, QWidget* parent)
-    : QWidget(parent), context_(context), spec_(spec), words_(new QLineEdit),
+    : EscapeBar(parent), context_(context), spec_(spec), words_(new QLineEdit),
       more_(textButton("filterMore", tr("&More"))), count_(new QLabel),
       showAll_(textButton("filterShowAll", tr("Show &All"))), fields_(makeFields()), typing_(new QTimer(this)) {
     setObjectName(QStringLiteral("FilterBar"));
@@ -317,21 +317,14 @@ void FilterBar::showState() {
         count_->clear();
 }
 
-bool FilterBar::event(QEvent* event) {
-    // Escape is about the filter, whatever else it does around it.
-    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
-        event->accept();
-    return QWidget::event(event);
+void FilterBar::escaped() {
+    const bool on = criteria_.any();
+    clear();
+    on ? emit changed() : emit left();
 }
 
 void FilterBar::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
-    case Qt::Key_Escape: {
-        const bool on = criteria_.any();
-        clear();
-        on ? emit changed() : emit left();
-        break;
-    }
     case Qt::Key_Return:
     case Qt::Key_Enter:
         apply(true);
@@ -343,7 +336,7 @@ void FilterBar::keyPressEvent(QKeyEvent* event) {
         emit left();
         break;
     default:
-        QWidget::keyPressEvent(event);
+        EscapeBar::keyPressEvent(event);
     }
 }
 

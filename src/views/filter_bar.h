@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/record_filter.h"
+#include "ui/escape_bar.h"
 #include "views/page.h"
 
 #include <array>
@@ -16,7 +17,7 @@ namespace quobrix {
 /// The line above the list of a log in which a person says which records are to be shown: words, which are found as
 /// they are typed, and behind a button a time, a vehicle, a driver and a logger. It knows no records but by what they
 /// are called; whoever owns it shows those that meet criteria().
-class FilterBar final : public QWidget {
+class FilterBar final : public EscapeBar {
     Q_OBJECT
 public:
     /// SPEC must outlive the bar.
@@ -44,7 +45,7 @@ signals:
     void left();
 
 protected:
-    bool event(QEvent* event) override;
+    void escaped() override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

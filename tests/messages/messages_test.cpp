@@ -26,6 +26,7 @@ TEST(Messages, EveryFileErrorNamesTheFileAndTheDeed) {
     }
     EXPECT_TRUE(fileMessage({ErrorKind::NotDurable, ShownText::asItIs("flush")}, FileAction::Save, "a.car")
                     .text.starts_with("a.car has been saved, but the disk has not confirmed it"));
+    EXPECT_TRUE(fileMessage({ErrorKind::NotADocument, {}}, FileAction::Save, "/dev/full").text.ends_with("no file."));
     EXPECT_TRUE(fileMessage({ErrorKind::NotFound, {}}, FileAction::Open, "").text.starts_with("No file can be opened"));
 }
 

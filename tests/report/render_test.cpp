@@ -40,7 +40,7 @@ TEST(RenderText, HasColumnsOfEvenWidthAndNoPictures) {
                                     "  Speed: Rising\n"
                                     "\n"
                                     "Comments\n"
-                                    "  First.\nSecond.\n");
+                                    "  First.\n  Second.\n");
 }
 
 TEST(RenderHtml, IsOneAccessiblePage) {

@@ -42,7 +42,7 @@ QToolButton* button(const char* name, const QString& text, Qt::ArrowType arrow) 
 } // namespace
 
 FindBar::FindBar(SpreadsheetView& view, const SpreadsheetModel& model, const TextContext& context, QWidget* parent)
-    : QWidget(parent), view_(view), model_(model), context_(context), text_(new QLineEdit),
+    : EscapeBar(parent), view_(view), model_(model), context_(context), text_(new QLineEdit),
       matchCase_(new QCheckBox(tr("Match &case"))), wrap_(new QCheckBox(tr("&Wrap around"))), count_(new QLabel),
       counter_(new QTimer(this)) {
     setObjectName(QStringLiteral("FindBar"));
@@ -103,7 +103,7 @@ void FindBar::open() {
 bool FindBar::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
         view_.markCurrent(event->type() == QEvent::FocusIn);
-    return QWidget::eventFilter(object, event);
+    return EscapeBar::eventFilter(object, event);
 }
 
 void FindBar::hideEvent(QHideEvent* event) {
@@ -111,29 +111,19 @@ void FindBar::hideEvent(QHideEvent* event) {
     view_.markCurrent(false);
     if (isAncestorOf(focusWidget()))
         view_.setFocus();
-    QWidget::hideEvent(event);
+    EscapeBar::hideEvent(event);
 }
 
-bool FindBar::event(QEvent* event) {
-    // Escape closes the bar, whatever else it does around it.
-    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape)
-        event->accept();
-    return QWidget::event(event);
+void FindBar::escaped() {
+    hide();
+    view_.setFocus();
 }
 
 void FindBar::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-    case Qt::Key_Escape:
-        hide();
-        view_.setFocus();
-        break;
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         find(event->modifiers().testFlag(Qt::ShiftModifier), false);
-        break;
-    default:
-        QWidget::keyPressEvent(event);
-    }
+    else
+        EscapeBar::keyPressEvent(event);
 }
 
 FindOptions FindBar::options() const {

@@ -2,7 +2,7 @@
 
 #include "tables/find_text.h"
 
-#include <QWidget>
+#include "ui/escape_bar.h"
 
 class QCheckBox;
 class QLabel;
@@ -16,7 +16,7 @@ class SpreadsheetView;
 
 /// The bar below a spreadsheet in which the text to be found is typed. It goes to the hits in the order of what is
 /// shown, and counts them while nothing else is to be done.
-class FindBar final : public QWidget {
+class FindBar final : public EscapeBar {
     Q_OBJECT
 public:
     /// All of it must outlive the bar, which is hidden at first.
@@ -31,7 +31,7 @@ public:
     void cellsChanged();
 
 protected:
-    bool event(QEvent* event) override;
+    void escaped() override;
     void keyPressEvent(QKeyEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     /// The cell that was found is marked while the keyboard is in the bar.
