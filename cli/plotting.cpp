@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -31,6 +32,7 @@ namespace {
 
 constexpr double kFontSize = 12;     // of a picture
 constexpr double kPaperPixel = 0.24; // points: 300 dots an inch
+constexpr double kLeastPaperFontSize = 5;
 constexpr std::string_view kPlotFormats[] = {".svg", ".png", ".pdf"};
 constexpr int kLeastSide = 100, kMostSide = 10'000;
 
@@ -103,9 +105,10 @@ std::optional<PlotRange> rangeOf(const PlottingOptions& options, const PlotData&
                 return {};
             *end = *place;
         }
-    if (range.from >= range.to) {
-        complain(text(TextId::CliPlotNoRange, placeText(data, range.from, units.context()),
-                      placeText(data, range.to, units.context())));
+    if (range.from >= range.to || range.from >= data.whole.to || range.to <= data.whole.from) {
+        const auto place = [&](double at) { return placeText(data, at, units.context()); };
+        complain(text(TextId::CliPlotNoRange, place(range.from), place(range.to), place(data.whole.from),
+                      place(data.whole.to)));
         return {};
     }
     const ZoomResult zoomed = zoomedTo(data, range, width);
@@ -131,6 +134,10 @@ ExitCode plot(const PlottingOptions& options) {
     }
     if (!std::ranges::all_of(numbers, isNumber))
         return kUsage;
+    if (options.by && numbers.size() == 1) {
+        complain(text(TextId::CliPlotByOfOne));
+        return kUsage;
+    }
     const std::optional<Size> size = sizeOf(options.size);
     if (!size) {
         complain(text(TextId::CliPlotSize, options.size, kLeastSide, kMostSide));
@@ -198,10 +205,16 @@ ExitCode plot(const PlottingOptions& options) {
         return kFailed;
     const TextContext context = units.context();
     std::vector<PlotData> plots;
+    std::vector<RowIndex> rows;
     for (const std::string& number : numbers) {
         const std::optional<RowIndex> row = rowOf(log, number, document);
         if (!row)
             return kFailed;
+        if (std::ranges::find(rows, *row) != rows.end()) {
+            complain(text(TextId::CliPlotTwice, number));
+            return kUsage;
+        }
+        rows.push_back(*row);
         const Table& table = document.table(log);
         plots.push_back(log.id == LogId::Trips ? tripPlot(static_cast<const TTripLogTable&>(table), *row, context)
                                                : stopPlot(static_cast<const TAccidentLogTable&>(table), *row, context));
@@ -217,11 +230,22 @@ ExitCode plot(const PlottingOptions& options) {
         return layOutPlot(data, view, context, {canvas.room.width, canvas.room.height}, *canvas.measure, canvas.pixel);
     };
     PlotLayout layout = layOut();
+    const auto fits = [&] {
+        return layout.size.width <= canvas.room.width && layout.size.height <= canvas.room.height;
+    };
+    for (double font = kPaperFontSize - 1; canvas.isPage() && !fits() && font >= kLeastPaperFontSize; --font) {
+        canvas.measure = canvas.painter->measure(font);
+        layout = layOut();
+    }
     if (!options.from.empty() || !options.to.empty()) {
         view.range = rangeOf(options, data, layout.width(), units);
         if (!view.range)
             return kUsage;
         layout = layOut();
+    }
+    if (canvas.isPage() && !fits()) {
+        canvas.paper.width += std::max(0.0, layout.size.width - canvas.room.width);
+        canvas.paper.height += std::max(0.0, layout.size.height - canvas.room.height);
     }
     Drawing drawing = drawPlot(data, view, layout);
     drawing.title = plotTitle(data, context);
@@ -235,6 +259,9 @@ ExitCode plot(const PlottingOptions& options) {
     if (written == kFailed)
         return kFailed;
     const ExitCode complete = document.completeness();
+    if (!fits())
+        complain(text(TextId::CliPlotEnlarged, std::lround(std::ceil(layout.size.width)),
+                      std::lround(std::ceil(layout.size.height)), plotTitle(data, context)));
     Output output;
     output.put(text(TextId::CliExported, options.out, plotTitle(data, context)));
     return output.finish(std::max(written, complete), text(TextId::CliHasBeenWritten, options.out));

@@ -18,7 +18,7 @@ struct PlottingOptions {
     bool lines = false, areas = false;
     std::optional<std::string> normalize; ///< a speed; empty: the user's
     bool noBands = false, noEvents = false;
-    std::string by = "time"; ///< or "distance"
+    std::optional<std::string> by; ///< what trips are compared along: "time" (if nothing is said) or "distance"
     std::optional<std::string> units;
 };
 

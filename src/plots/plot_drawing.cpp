@@ -143,10 +143,12 @@ private:
             for (const PlotEvent& event : data_.events) {
                 if (event.kind != kOrder[i] || event.at < layout_.axis.from || event.at > layout_.axis.to)
                     continue;
-                const double x = std::clamp(layout_.axis.x(event.at), layout_.axis.left, layout_.axis.right);
-                lines.points.insert(lines.points.end(), {{crisp(x), panel.area.top}, {crisp(x), panel.scale.bottom}});
+                const double x = crisp(std::clamp(layout_.axis.x(event.at), layout_.axis.left, layout_.axis.right));
+                if (!lines.points.empty() && lines.points.back().x == x)
+                    continue; // they follow each other along the axis: it would lie on the one before
+                lines.points.insert(lines.points.end(), {{x, panel.area.top}, {x, panel.scale.bottom}});
                 if (panel.marksAt)
-                    marks.places.push_back({crisp(x), *panel.marksAt});
+                    marks.places.push_back({x, *panel.marksAt});
             }
             if (!lines.points.empty())
                 add(std::move(lines));

@@ -74,6 +74,12 @@ TEST_F(PlottingOnTheCommandLine, DrawsWhatAnotherProgramReads) {
 }
 #endif
 
+TEST_F(PlottingOnTheCommandLine, SaysWhatItDrawsLarger) {
+    const Outcome drawn = plot({"trip", "1", "A.car", "--size", "100x100"}, "Plot.svg");
+    EXPECT_EQ(drawn.exitCode, 0);
+    EXPECT_NE(drawn.error.find("note: nothing smaller than "), std::string::npos) << drawn.error;
+}
+
 TEST_F(PlottingOnTheCommandLine, RefusesWhatItCannotDraw) {
     const struct {
         Arguments arguments;
@@ -103,6 +109,12 @@ TEST_F(PlottingOnTheCommandLine, RefusesWhatItCannotDraw) {
         {{"trip", "1", "A.car", "--from", "soon"}, "New.svg", 2, "soon"},
         {{"trip", "1", "A.car", "--from", "00:05:00", "--to", "00:05:00"}, "New.svg", 2, "nothing lies between"},
         {{"trip", "1", "A.car", "--from", "09:00:00"}, "New.svg", 2, "nothing lies between 09:00:00 and 00:08:20"},
+        {{"trip", "1", "A.car", "--from", "09:00:00", "--to", "10:00:00"},
+         "New.svg",
+         2,
+         "choose --from and --to, which is behind it, from 00:00:00 to 00:08:20"},
+        {{"trip", "1", "2", "01", "A.car"}, "New.svg", 2, "trip 01 is named twice"},
+        {{"trip", "1", "A.car", "--by", "distance"}, "New.svg", 2, "--by is for trips that are compared"},
         {{"trip", "1", "A.car", "--from", "00:00:05", "--to", "00:00:09"},
          "New.svg",
          2,

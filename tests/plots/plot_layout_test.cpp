@@ -224,6 +224,21 @@ TEST_F(PlotLayoutTest, MovingByWholePixelsLeavesColumnsOfPixelsWhereTheyAre) {
     }
 }
 
+TEST_F(PlotLayoutTest, EventsAreDrawnOnceAColumnHoweverManyThereAre) {
+    std::mt19937 random(3);
+    PlotData data = test::randomPlot(random);
+    data.events.clear();
+    for (int i = 0; i < 100'000; ++i)
+        data.events.push_back({PlotEventKind::HardBrake, data.whole.from + data.whole.length() * i / 1e5});
+    const PlotLayout layout = layOutPlot(data, view_, context_, {800, 600}, measure_);
+    std::size_t marks = 0;
+    for (const DrawingCommand& command : drawPlot(data, view_, layout).commands)
+        if (const auto* drawn = std::get_if<Marks>(&command); drawn && drawn->shape != MarkShape::Dot)
+            marks = std::max(marks, drawn->places.size());
+    EXPECT_LE(marks, 801U);
+    EXPECT_GE(marks, static_cast<std::size_t>(layout.width()));
+}
+
 TEST_F(PlotLayoutTest, PointersAreFewCommandsHoweverMuchIsDrawn) {
     std::mt19937 random(11);
     for (int round = 0; round < 50; ++round) {
