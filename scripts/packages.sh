@@ -6,4 +6,4 @@ test_packages=(libgtest-dev libgmock-dev libgsf-1-dev libgsf-bin p7zip-full popp
 ci_packages=(clang-14 libclang-rt-14-dev clang-format-14)
 # Cross compiler, linker, headers to build with, and Wine (64 bits only, so that no foreign architecture is needed).
 windows_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix lld googletest libfmt-dev libcli11-dev gettext wine64)
-bench_packages=(libbenchmark-dev libsqlite3-dev libgsf-1-dev)
+bench_packages=(libbenchmark-dev libsqlite3-dev libgsf-1-dev libqcustomplot-dev)

@@ -118,8 +118,7 @@ void PageView::goTo(std::size_t page) {
 
 void PageView::step(int pages) {
     const auto target = static_cast<std::ptrdiff_t>(current_) + pages * columns_;
-    goTo(
-        static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(target, 0, static_cast<std::ptrdiff_t>(pages_.count) - 1)));
+    goTo(static_cast<std::size_t>(std::max<std::ptrdiff_t>(target, 0))); // and not beyond the last one
 }
 
 void PageView::setFit(Fit fit) {
