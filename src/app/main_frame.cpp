@@ -77,8 +77,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                   [this] {
                       if (whenReplaced_)
                           whenReplaced_();
-                      if (counter_)
-                          counter_->documentReplacing();
+                      if (context_.counter)
+                          context_.counter->documentReplacing();
                       qDeleteAll(namesDialogs());
                       pages_->discard();
                   },
@@ -86,8 +86,8 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                   [this] {
                       documentChanged();
                       pages_->restore();
-                      if (counter_)
-                          counter_->documentOpened();
+                      if (context_.counter)
+                          context_.counter->documentOpened();
                   },
               .saved =
                   [this](bool durable) {
@@ -159,7 +159,12 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                                        .open = commands_->action(CommandId::Open),
                                        .create = commands_->action(CommandId::New),
                                        .tripLog = commands_->action(CommandId::TripSummary),
-                                       .recent = recentActions_});
+                                       .recent = recentActions_,
+                                       .showTrips = [this](const DrivingChoice& choice) {
+                                           pages_->show(kTripLogPage, [&choice](Page& page) {
+                                               static_cast<LogView&>(page).showOnly(choice);
+                                           });
+                                       }});
     });
     addHandlers();
     addWayHandlers();
@@ -385,7 +390,7 @@ void TQuobrixFrame::markMissingFiles(const std::vector<std::filesystem::path>& m
 }
 
 void TQuobrixFrame::countBy(TripCounter& counter) {
-    counter_ = &counter;
+    context_.counter = &counter;
     counter.setBusy([this] { return busy_ || commands_->running(); });
 }
 

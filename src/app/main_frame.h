@@ -71,7 +71,7 @@ public:
     void whenEdited(std::function<void()> edited) { whenEdited_ = std::move(edited); }
     /// Called when the document is about to be another one.
     void whenReplaced(std::function<void()> replaced) { whenReplaced_ = std::move(replaced); }
-    /// Has the trips of the document counted by COUNTER from now on.
+    /// Has the trips of the document counted by COUNTER from now on; before the first page is shown.
     void countBy(TripCounter& counter);
     FileChooser& chooser() { return chooser_; }
     /// Called with a report that a person wants to keep as a file.
@@ -139,7 +139,6 @@ private:
     std::vector<std::filesystem::path> missingFiles_; ///< of the recent ones, when they were last looked for
     MissingFiles lookForFiles_{[this](const auto& missing) { markMissingFiles(missing); }};
     std::function<void()> whenSaved_, whenEdited_, whenReplaced_;
-    TripCounter* counter_ = nullptr;
     std::function<void(Report)> saveReport_;
     std::vector<QAction*> printing_;
     std::function<AboutLines()> aboutLines_;

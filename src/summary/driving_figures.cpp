@@ -41,11 +41,15 @@ bool inMiles(const TUnitSystem& units) {
 
 std::span<const DrivingFigure> drivingFigures() { return kFigures; }
 
+ShownText rateTitle(const ShownText& what, const TUnitSystem& units) {
+    return inMiles(units) ? text(TextId::FigurePer100Miles, what) : text(TextId::FigurePer100Kilometres, what);
+}
+
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units) {
     const ShownText title = text(figure.title);
     if (figure.kind != FigureKind::Rate)
         return title;
-    return inMiles(units) ? text(TextId::FigurePer100Miles, title) : text(TextId::FigurePer100Kilometres, title);
+    return rateTitle(title, units);
 }
 
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {

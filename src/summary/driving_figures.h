@@ -40,6 +40,8 @@ struct DrivingFigure {
 };
 std::span<const DrivingFigure> drivingFigures();
 
+/// WHAT for 100 miles or kilometres, as rates are shown.
+ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
 /// "Hard Brakes per 100 Miles": miles where distances are shown in miles or feet, else kilometres.
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
 /// As the user reads it, with its unit; empty where there is no value.

@@ -174,6 +174,26 @@ void FilterBar::clear() {
     showState();
 }
 
+void FilterBar::want(const Period* period, const std::optional<std::string>& vehicle,
+                     const std::optional<std::string>& driver) {
+    clear();
+    offerNames();
+    if (period)
+        period_->setCurrentIndex(static_cast<int>(period - periods().data()) + 1);
+    for (const Names& each : names_) {
+        const std::optional<std::string> wanted = each.what == RecordName::Vehicle  ? vehicle
+                                                  : each.what == RecordName::Driver ? driver
+                                                                                    : std::nullopt;
+        if (!wanted)
+            continue;
+        if (each.box->findData(toQt(*wanted)) < 0)
+            each.box->addItem(toQt(*wanted), toQt(*wanted));
+        each.box->setCurrentIndex(each.box->findData(toQt(*wanted)));
+    }
+    choosePeriod();
+    apply(true);
+}
+
 void FilterBar::setCount(std::size_t shown, std::size_t all) {
     const QString number = toQt(context_.units.formatInteger(static_cast<std::int64_t>(shown)));
     const QString records = toQt(countText(spec_, all, context_.text()));

@@ -29,6 +29,9 @@ public:
     void open();
     /// Takes everything off, without changed().
     void clear();
+    /// Wants the records of a period (none: any time), vehicle and driver, as if a person had chosen them.
+    void want(const Period* period, const std::optional<std::string>& vehicle,
+              const std::optional<std::string>& driver);
     /// Says that SHOWN of ALL records are shown.
     void setCount(std::size_t shown, std::size_t all);
     /// The records name others than before, or by other names.

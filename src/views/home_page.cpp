@@ -9,6 +9,7 @@
 #include "units/date_time.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
+#include "views/driving_panel.h"
 
 #include <QAction>
 #include <QCommandLinkButton>
@@ -124,8 +125,12 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     grid->addLayout(title, 0, 0, 1, 2);
     grid->addWidget(startCard, 1, 0);
     grid->addWidget(figuresCard, 1, 1);
-    grid->addWidget(recentCard_, 2, 0, 1, 2);
-    grid->setRowStretch(3, 1);
+    if (context.counter) {
+        driving_ = new DrivingPanel(context, actions.showTrips);
+        grid->addWidget(driving_, 2, 0, 1, 2);
+    }
+    grid->addWidget(recentCard_, 3, 0, 1, 2);
+    grid->setRowStretch(4, 1);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
 
@@ -193,10 +198,14 @@ void HomePage::refresh() {
         last == 0 ? std::string() : dateTimeText(context_.units, context_.zone.toLocal(last)));
     set(vehicles_, tr("Vehicles"), names);
     hint_->setVisible(count == 0);
+    if (driving_)
+        driving_->refresh();
     showRecentFiles();
 }
 
 std::optional<Report> HomePage::printable(const std::optional<RecordRange>&) const {
+    if (std::optional<Report> driving = driving_ ? driving_->report() : std::nullopt)
+        return driving;
     Facts facts;
     for (const auto& [name, value] :
          std::initializer_list<std::pair<QString, const QLabel*>>{{tr("Trips"), trips_},

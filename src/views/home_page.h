@@ -1,7 +1,9 @@
 #pragma once
 
+#include "summary/driving_statistics.h"
 #include "views/page.h"
 
+#include <functional>
 #include <vector>
 
 class QAction;
@@ -10,6 +12,8 @@ class QVBoxLayout;
 
 namespace quobrix {
 
+class DrivingPanel;
+
 /// What the home page offers; the actions must outlive it.
 struct HomeActions {
     QAction* download;
@@ -17,6 +21,7 @@ struct HomeActions {
     QAction* create;
     QAction* tripLog;
     std::vector<QAction*> recent; ///< those that are visible; the tooltip is the path
+    std::function<void(const DrivingChoice&)> showTrips{};
 };
 /// A property of an action for a recent file: whether that is missing.
 inline constexpr const char* kMissingProperty = "missing";
@@ -27,7 +32,7 @@ public:
     HomePage(const ViewContext& context, const HomeActions& actions, QWidget* parent = nullptr);
 
     void refresh() override;
-    /// The figures of the document.
+    /// How was driven, else the figures of the document.
     std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
     /// The recent files are others, or some of them are missing.
     void showRecentFiles();
@@ -37,6 +42,7 @@ private:
 
     ViewContext context_;
     HomeActions actions_;
+    DrivingPanel* driving_ = nullptr; ///< none: no statistics are kept
     QLabel* documentName_;
     QLabel* hint_;
     QLabel* trips_;

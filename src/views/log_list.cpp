@@ -91,6 +91,8 @@ void LogList::show(const Table* log) {
     emit currentRowChanged();
 }
 
+void LogList::filterBy(const DrivingChoice& choice) { filter_->want(choice.period, choice.vehicle, choice.driver); }
+
 void LogList::openFilter() {
     if (!filter_->isHidden())
         filter_->open();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/logs.h"
+#include "summary/driving_statistics.h"
 #include "views/page.h"
 
 class QTimer;
@@ -28,6 +29,8 @@ public:
 
     RecordCommands& recordCommands() { return *recordCommands_; }
 
+    /// Shows the records that CHOICE is about, by a filter as a person could have set it.
+    void filterBy(const DrivingChoice& choice);
     /// Gives the keyboard to the filter.
     void openFilter();
 

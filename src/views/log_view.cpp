@@ -169,6 +169,11 @@ void LogView::goTo(const PagePlace& place) {
             showView(tab.spec.kind);
 }
 
+void LogView::showOnly(const DrivingChoice& choice) {
+    showView(LogViewKind::Summary);
+    summary_->filterBy(choice);
+}
+
 void LogView::refresh() { summary_->show(log()); }
 
 /// What a report tells may be in other records, and in other logs.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "summary/driving_statistics.h"
 #include "views/log_list.h"
 #include "views/record_view.h"
 
@@ -37,6 +38,9 @@ public:
     bool canExport() const override;
     /// Nothing happens if the log has no such view.
     void showView(LogViewKind kind);
+
+    /// The list of those records only that CHOICE is about.
+    void showOnly(const DrivingChoice& choice);
 
     LogList& summary() { return *summary_; }
 

@@ -19,6 +19,7 @@ namespace quobrix {
 class EventLog;
 class Settings;
 class TimeZone;
+class TripCounter;
 class TQuobrixDocument;
 class TUnitSystem;
 
@@ -33,6 +34,7 @@ struct ViewContext {
     const SpreadsheetWindows* windows = nullptr; ///< likewise
     /// Saves a report as a file that a person chooses; empty or none: not available.
     const std::function<void(Report)>* saveReport = nullptr;
+    TripCounter* counter = nullptr; ///< none: no statistics are kept
     /// The commands that print what window is in front, for those beside the main frame; likewise.
     const std::vector<QAction*>* printing = nullptr;
 

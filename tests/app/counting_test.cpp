@@ -2,7 +2,11 @@
 #include "summary/ui/trip_counter.h"
 #include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
+#include "views/log_view.h"
 
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLabel>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -66,6 +70,43 @@ TEST_F(CountingTest, WhatIsOpenedEditedAndUndoneIsCountedOnce) {
     EXPECT_EQ(counted(), 2u);
     counter_.countAgain();
     EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+}
+
+TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
+    frame_.pages().show(kHomePage);
+    frame_.show();
+    const auto text = [&](const char* name) { return frame_.findChild<QLabel*>(QLatin1String(name))->text(); };
+    const auto tile = [&](const char* name) { return frame_.findChild<QAbstractButton*>(QLatin1String(name)); };
+    const auto choose = [&](const char* name, int index) {
+        auto* box = frame_.findChild<QComboBox*>(QLatin1String(name));
+        box->setCurrentIndex(index);
+        emit box->activated(index);
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return keeper_.records() != nullptr; }));
+    EXPECT_TRUE(text("homeState").startsWith("No trip has been counted yet."));
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+    EXPECT_TRUE(text("homeState").endsWith("Choose another period.")) << "the trips are of long ago";
+    choose("homePeriod", static_cast<int>(periods().size()));
+    EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 36,000.00 m");
+    EXPECT_EQ(tile("homeFigure_idleShare")->accessibleName(), "Share of Idle Time: 10%");
+    EXPECT_EQ(text("homeInFile"), "3 of 3 trips are in this file.");
+    units_.setUnit(UnitTypeId::Distance, UnitId::Kilometre);
+    EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 36.0 km");
+    ASSERT_TRUE(giveDriver(document_, {0, 2}, 7).ok());
+    document_.drivers().nameAll(document_.drivers().addMissing(std::vector<std::string>{"7"}), "Anna");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return countedOf("7") == 2; }));
+    choose("homeDriver", frame_.findChild<QComboBox*>("homeDriver")->findText("Anna"));
+    EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 24.0 km");
+    EXPECT_EQ(tile("homeFigure_idleShare")->accessibleDescription(), "fewer than three trips");
+    EXPECT_EQ(text("homeInFile"), "2 of 2 trips are in this file.");
+    const std::optional<Report> printed = frame_.pages().page(kHomePage)->printable({});
+    EXPECT_EQ(std::get<Grid>(printed->blocks.front()).rows.front(), (std::vector<std::string>{"Distance", "24.0 km"}));
+    EXPECT_EQ(settings_.getText("Home Page", "Driver"), "7");
+    tile("homeFigure_distance")->click();
+    EXPECT_EQ(frame_.pages().current(), kTripLogPage);
+    auto& list = static_cast<LogView*>(frame_.pages().page(kTripLogPage))->summary();
+    EXPECT_EQ(list.model().rowCount(), 2);
 }
 
 TEST_F(CountingTest, WhatAnotherProgramForbidsIsDoneLater) {
