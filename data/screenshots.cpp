@@ -80,6 +80,8 @@ public:
 
     /// The latest trip of DOCUMENT in every view.
     bool takeDrive(const QString& document) {
+        if (!store_.loadSystem(kUsSystemName))
+            return false;
         frame_.files().open(toPath(document));
         if (document_.trips().rowCount() == 0)
             return false;
