@@ -23,36 +23,40 @@ constexpr int kHours = 8, kSamples = kHours * 3600, kQuantities = 5;
 constexpr int kWidth = 1600, kHeight = 900;
 constexpr int kZooms = 97; // different ones
 
-std::vector<double> samplesOf(int quantity, int count) {
+/// The same drive, sampled FINER times a second.
+std::vector<double> samplesOf(int quantity, int finer) {
     std::mt19937 random(static_cast<unsigned>(quantity + 1));
     std::vector<double> values;
     double value = 20;
-    for (int i = 0; i < count; ++i) {
-        value = std::clamp(value + static_cast<double>(random() % 2001) / 1000 - 1, 0.0, 40.0);
-        values.push_back(value);
+    for (int i = 0; i < kSamples; ++i) {
+        const double next = std::clamp(value + static_cast<double>(random() % 2001) / 1000 - 1, 0.0, 40.0);
+        for (int part = 0; part < finer; ++part)
+            values.push_back(value + (next - value) * part / finer);
+        value = next;
     }
     return values;
 }
 
 std::string titleOf(int quantity) { return quantity == 0 ? "Speed" : fmt::format("Quantity {}", quantity); }
 
-PlotData plotOf(int count) {
+PlotData plotOf(int finer) {
     PlotData data;
     data.records = {ShownText::asItIs("Trip 1")};
     data.whole = {0, kSamples - 1};
-    data.finest = static_cast<double>(kSamples) / count;
+    data.finest = 1.0 / finer;
     for (int i = 0; i < kQuantities; ++i) {
         PlotPanel& panel = data.panels.emplace_back();
         panel.key = titleOf(i);
         panel.title = ShownText::asItIs(titleOf(i));
-        panel.curves.push_back({0, PlotSamples(0, data.finest, samplesOf(i, count))});
+        panel.curves.push_back({0, PlotSamples(0, data.finest, samplesOf(i, finer))});
     }
     return data;
 }
 
-/// The zoom after ROUND others: from the whole to a hundredth of it, here and there.
+/// The zoom after ROUND others: from the whole to half an hour of it, where samples are as many as pixels, here and
+/// there.
 PlotRange zoom(int round) {
-    const double length = (kSamples - 1) * std::pow(0.01, (round * 31 % kZooms) / double(kZooms));
+    const double length = (kSamples - 1) * std::pow(0.5 / kHours, (round * 31 % kZooms) / double(kZooms));
     const double from = (kSamples - 1 - length) * (round * 57 % kZooms) / kZooms;
     return {from, from + length};
 }
@@ -74,11 +78,11 @@ void paint(QWidget& window) {
 
 class Ours {
 public:
-    Ours(int samples, bool lines) : widget_(TextContext{units_, zone_}) {
+    Ours(int finer, bool lines) : widget_(TextContext{units_, zone_}) {
         PlotOptions options;
         options.lines = lines;
         widget_.setOptions(options);
-        widget_.setPlot(plotOf(samples), false);
+        widget_.setPlot(plotOf(finer), false);
         showWindow(widget_);
     }
     void showZoom(int round) {
@@ -131,7 +135,7 @@ public:
             graph->setPen(QPen(QColor(0x0b, 0x5c, 0xad), 1));
             if (!lines)
                 graph->setBrush(QColor(0xd6, 0xe5, 0xf7));
-            const std::vector<double> samples = samplesOf(i, kSamples);
+            const std::vector<double> samples = samplesOf(i, 1);
             QVector<double> keys, all;
             for (int k = 0; k < kSamples; ++k) {
                 keys.push_back(k);
@@ -197,17 +201,17 @@ void enter(const char* name, void (Plot::*work)(int), Arguments... arguments) {
 int run(int argc, char** argv) {
     const QApplication application(argc, argv);
     if (const QByteArray folder = qgetenv("QUOBRIX_BENCH_PICTURES"); !folder.isEmpty()) { // to see that they are alike
-        Ours(kSamples, false).picture().save(QString::fromLocal8Bit(folder) + QStringLiteral("/ours.png"));
+        Ours(1, false).picture().save(QString::fromLocal8Bit(folder) + QStringLiteral("/ours.png"));
         Peer(false).picture().save(QString::fromLocal8Bit(folder) + QStringLiteral("/peer.png"));
         return 0;
     }
-    enter("Zoom, areas/ours", &Ours::showZoom, kSamples, false);
+    enter("Zoom, areas/ours", &Ours::showZoom, 1, false);
     enter("Zoom, areas/QCustomPlot", &Peer::showZoom, false);
-    enter("Zoom, lines/ours", &Ours::showZoom, kSamples, true);
+    enter("Zoom, lines/ours", &Ours::showZoom, 1, true);
     enter("Zoom, lines/QCustomPlot", &Peer::showZoom, true);
-    enter("Zoom, areas, ten times the samples/ours", &Ours::showZoom, 10 * kSamples, false);
-    enter("Zoom, lines, ten times the samples/ours", &Ours::showZoom, 10 * kSamples, true);
-    enter("Cursor/ours", &Ours::showCursor, kSamples, false);
+    enter("Zoom, areas, ten times the samples/ours", &Ours::showZoom, 10, false);
+    enter("Zoom, lines, ten times the samples/ours", &Ours::showZoom, 10, true);
+    enter("Cursor/ours", &Ours::showCursor, 1, false);
     enter("Cursor/QCustomPlot", &Peer::showCursor, false);
     return runAndCompare(
         argc, argv,

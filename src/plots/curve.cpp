@@ -118,16 +118,21 @@ Columns columnsUnder(const Points& line, double base, double left, double right,
 } // namespace
 
 std::vector<std::vector<Point>> clippedLine(const std::vector<Point>& line, const Box& box) {
+    const auto within = [right = box.left + box.width, bottom = box.top + box.height, &box](Point point) {
+        return point.x >= box.left && point.x <= right && point.y >= box.top && point.y <= bottom;
+    };
     std::vector<Points> pieces;
     bool open = false; // the last piece ends where the next segment begins
     for (std::size_t i = 1; i < line.size(); ++i) {
         double begin = 0, end = 1;
-        if (!clipSegment(line[i - 1], line[i], box, begin, end)) {
+        if (within(line[i - 1]) && within(line[i])) {
+            end = 1;
+        } else if (!clipSegment(line[i - 1], line[i], box, begin, end)) {
             open = false;
             continue;
         }
         if (!open || begin > 0) {
-            pieces.emplace_back();
+            pieces.emplace_back().reserve(line.size() - i + 1);
             pieces.back().push_back(begin > 0 ? between(line[i - 1], line[i], begin) : line[i - 1]);
         }
         pieces.back().push_back(end < 1 ? between(line[i - 1], line[i], end) : line[i]);

@@ -10,7 +10,7 @@
 namespace quobrix {
 
 /// What was sampled of one quantity, in base units, along the axis of a plot. The extremes of any part are found in a
-/// time that hardly grows with how many samples it has: a pyramid knows those of every 16, 256, … samples.
+/// time that hardly grows with how many samples it has: a pyramid knows those of every 4, 16, … samples.
 class PlotSamples {
 public:
     PlotSamples() = default;
@@ -42,7 +42,7 @@ public:
     std::optional<Extremes> extremes(std::size_t begin, std::size_t end) const;
 
 private:
-    static constexpr std::size_t kFan = 16;
+    static constexpr std::size_t kFan = 4;
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
     struct Block {
         std::uint32_t least = kNone, greatest = kNone;
@@ -54,7 +54,7 @@ private:
     double start_ = 0, step_ = 0;
     std::vector<double> places_; ///< empty: at even distances
     std::vector<double> values_;
-    std::vector<std::vector<Block>> levels_; ///< of 16 samples each, of 256, …; whole blocks only
+    std::vector<std::vector<Block>> levels_; ///< of 4 samples each, of 16, …; whole blocks only
 };
 
 } // namespace quobrix

@@ -87,18 +87,27 @@ public:
     void draw(const Columns& columns) {
         if (painter_.paintEngine()->type() != QPaintEngine::Raster)
             return drawOutline(columns);
-        const QColor colour = toQt(palette_[columns.fill]);
-        // Where they end within pixels, a smooth edge on either side would let what is behind shine through.
-        const double scale = painter_.deviceTransform().m11(), width = columns.width * scale;
-        const bool smooth = painter_.testRenderHint(QPainter::Antialiasing);
-        painter_.setRenderHint(QPainter::Antialiasing, smooth && width == std::round(width));
-        double left = columns.left;
-        for (const Columns::Span& span : columns.spans) {
-            if (span.bottom > span.top)
-                painter_.fillRect(QRectF(left, span.top, columns.width, span.bottom - span.top), colour);
-            left += columns.width;
+        // In whole pixels of the device they leave no seams, and are painted several times as fast as smooth ones.
+        const QTransform device = painter_.deviceTransform(), world = painter_.worldTransform();
+        const auto column = [&](std::size_t i) {
+            return static_cast<int>(
+                std::lround((columns.left + static_cast<double>(i) * columns.width) * device.m11() + device.dx()));
+        };
+        const auto row = [&](double y) { return static_cast<int>(std::lround(y * device.m22() + device.dy())); };
+        QVector<QRect> pixels;
+        pixels.reserve(static_cast<qsizetype>(columns.spans.size()));
+        for (std::size_t i = 0; i < columns.spans.size(); ++i) {
+            const Columns::Span& span = columns.spans[i];
+            const QRect pixel(QPoint(column(i), row(span.top)), QPoint(column(i + 1) - 1, row(span.bottom) - 1));
+            if (pixel.isValid())
+                pixels.append(pixel);
         }
-        painter_.setRenderHint(QPainter::Antialiasing, smooth);
+        painter_.setWorldTransform(device.inverted() * world);
+        painter_.setRenderHint(QPainter::Antialiasing, false);
+        setFill(columns.fill);
+        painter_.drawRects(pixels);
+        painter_.setRenderHint(QPainter::Antialiasing);
+        painter_.setWorldTransform(world);
     }
     void draw(const Marks& marks) {
         setPen({ColourRole::Ground, 1});
