@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iostream>
 #include <mutex>
 
 #include <windows.h>
@@ -92,9 +93,16 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
     startup.hStdOutput = outputTo(circumstances.output, out);
     startup.hStdError = outputTo(StandardOutput::Captured, error);
     PROCESS_INFORMATION process{};
-    const bool started = CreateProcessW(file.c_str(), command.data(), nullptr, nullptr, TRUE,
-                                        CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW, environment.data(),
-                                        folder.c_str(), &startup, &process);
+    bool started = false;
+    for (int attempt = 0; !started && attempt < 3; ++attempt) { // it was refused once in a thousand starts under Wine
+        started = CreateProcessW(file.c_str(), command.data(), nullptr, nullptr, TRUE,
+                                 CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW, environment.data(), folder.c_str(),
+                                 &startup, &process);
+        if (!started) {
+            std::cerr << program << " was not started: error " << GetLastError() << '\n';
+            Sleep(200);
+        }
+    }
     if (startup.hStdOutput != nullptr)
         CloseHandle(startup.hStdOutput);
     CloseHandle(startup.hStdError);
