@@ -12,9 +12,12 @@
 #include <fmt/format.h>
 #include <qcustomplot.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <random>
+#include <string>
+#include <vector>
 
 namespace quobrix::bench {
 namespace {

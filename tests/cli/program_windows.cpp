@@ -94,7 +94,7 @@ Outcome runProgram(const std::filesystem::path& folder, const std::string& progr
     startup.hStdError = outputTo(StandardOutput::Captured, error);
     PROCESS_INFORMATION process{};
     bool started = false;
-    for (int attempt = 0; !started && attempt < 3; ++attempt) { // it was refused once in a thousand starts under Wine
+    for (int attempt = 0; !started && attempt < 3; ++attempt) { // Wine refuses one now and then
         started = CreateProcessW(file.c_str(), command.data(), nullptr, nullptr, TRUE,
                                  CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW, environment.data(), folder.c_str(),
                                  &startup, &process);
