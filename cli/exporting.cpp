@@ -9,22 +9,11 @@
 #include "platform/file_system.h"
 #include "texts/text.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <optional>
 
 namespace quobrix::cli {
 namespace {
-
-/// What OPTIONS ask for; complains if that is none.
-std::optional<ExportFormat> chosenFormat(const ExportOptions& options) {
-    const std::string name = options.format.empty() ? options.out : "." + options.format;
-    const std::optional<ExportFormat> format = formatOf(pathFromUtf8("x" + name));
-    if (!format)
-        complain(text(TextId::CliNoFormat, options.out, fmt::format("{}", fmt::join(exportFormats(), ", "))));
-    return format;
-}
 
 /// The samples of the record of LOG that OPTIONS name.
 ExitCode samplesOf(const LogSpec& log, const ExportOptions& options, OpenedDocument& document, const UserUnits& units,
@@ -47,13 +36,6 @@ ExitCode samplesOf(const LogSpec& log, const ExportOptions& options, OpenedDocum
 
 } // namespace
 
-std::vector<std::string> exportFormats() {
-    std::vector<std::string> names;
-    for (const ExportFormat format : {ExportFormat::Csv, ExportFormat::Json, ExportFormat::Xlsx})
-        names.emplace_back(endingOf(format));
-    return names;
-}
-
 ExitCode exportRecords(const ExportOptions& options) {
     const auto log = std::ranges::find(logs(), std::string_view(options.log), &LogSpec::name);
     const auto recordLog = std::ranges::find(logs(), std::string_view(options.log), &LogSpec::recordName);
@@ -73,10 +55,10 @@ ExitCode exportRecords(const ExportOptions& options) {
         return kUsage;
     if (!mayReplace(options.out, options.files))
         return kUsage;
-    const auto format = options.out.empty() ? ExportFormat::Csv : chosenFormat(options);
+    const std::optional<FileFormat> format = chosenFormat(options.format, options.out, kExportFormats);
     if (!format)
         return kUsage;
-    const bool json = format == ExportFormat::Json, xlsx = format == ExportFormat::Xlsx;
+    const bool json = format == FileFormat::Json, xlsx = format == FileFormat::Xlsx;
     if (!json && options.samples) {
         complain(text(TextId::CliSamplesNeedJson));
         return kUsage;

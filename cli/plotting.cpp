@@ -1,7 +1,5 @@
 #include "cli/plotting.h"
 
-#include "base/fold_case.h"
-#include "base/path_text.h"
 #include "cli/opened_document.h"
 #include "cli/reading.h"
 #include "cli/units.h"
@@ -33,19 +31,18 @@ namespace {
 constexpr double kFontSize = 12;     // of a picture
 constexpr double kPaperPixel = 0.24; // points: 300 dots an inch
 constexpr double kLeastPaperFontSize = 5;
-constexpr std::string_view kPlotFormats[] = {".svg", ".png", ".pdf"};
 constexpr int kLeastSide = 100, kMostSide = 10'000;
 
 /// What a plot is drawn on.
 struct Canvas {
-    std::string_view format;
+    FileFormat format = FileFormat::Svg;
     Size paper{}; ///< of a page; else as large as the picture
     Box room{};   ///< on it
     double pixel = 1;
     std::unique_ptr<FilePainter> painter{}; ///< of pixels and pages
     std::unique_ptr<const TextMeasure> measure{};
 
-    bool isPage() const { return format == ".pdf"; }
+    bool isPage() const { return format == FileFormat::Pdf; }
     /// The file of PLOT; empty if it is too large for one.
     Bytes file(Drawing plot) const {
         if (!painter) {
@@ -145,16 +142,11 @@ ExitCode plot(const PlottingOptions& options) {
     }
     if (!mayReplace(options.out, std::span(&source, 1)))
         return kUsage;
-    Canvas canvas;
-    const std::string ending = foldCase(utf8(pathFromUtf8(options.out).extension()));
-    const auto* const format = std::ranges::find(kPlotFormats, ending);
-    if (!options.out.empty() && format == std::end(kPlotFormats)) {
-        complain(text(TextId::CliPlotFormat, options.out));
+    const std::optional<FileFormat> format = chosenFormat(options.format, options.out, kPlotFormats);
+    if (!format)
         return kUsage;
-    }
-    canvas.format = format == std::end(kPlotFormats) ? kPlotFormats[0] : *format;
-    canvas.room = {0, 0, size->width, size->height};
-    if (canvas.format == kPlotFormats[0]) {
+    Canvas canvas{.format = *format, .room = {0, 0, size->width, size->height}};
+    if (*format == FileFormat::Svg) {
         canvas.measure = std::make_unique<const TableTextMeasure>(kFontSize);
     } else {
         Result<std::unique_ptr<FilePainter>> painter = loadFilePainter();

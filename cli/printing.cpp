@@ -1,18 +1,12 @@
 #include "cli/printing.h"
 
-#include "base/fold_case.h"
-#include "base/path_text.h"
 #include "cli/record_writer.h"
 #include "cli/writing.h"
-#include "messages/file_messages.h"
 #include "model/record_totals.h"
 #include "paper/printout.h"
-#include "platform/file_system.h"
 #include "report/render.h"
 #include "settings/file_settings.h"
 #include "texts/text.h"
-
-#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
@@ -23,18 +17,8 @@
 namespace quobrix::cli {
 namespace {
 
-constexpr std::string_view kText = "text", kHtml = "html", kPdf = "pdf";
-
 std::string_view textOf(const Bytes& bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 ByteView bytesOf(const std::string& text) { return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}; }
-
-/// The painter, or kUsage with a complaint that FORMAT needs it.
-Result<std::unique_ptr<FilePainter>> painterFor(std::string_view format) {
-    Result<std::unique_ptr<FilePainter>> painter = loadFilePainter();
-    if (!painter)
-        complain(text(TextId::CliNoPainter, std::string(format), painter.error().detail));
-    return painter;
-}
 
 /// The rows FIRST to LAST that TYPED names by their numbers, of COUNT; complains if there are none.
 ExitCode parseRecords(const std::string& typed, std::size_t count, RowIndex& first, RowIndex& last) {
@@ -65,54 +49,34 @@ ExitCode parseRecords(const std::string& typed, std::size_t count, RowIndex& fir
 
 } // namespace
 
-std::vector<std::string> reportFormats() { return {std::string(kText), std::string(kHtml), std::string(kPdf)}; }
-std::vector<std::string> printFormats() { return {std::string(kPdf), std::string(kHtml)}; }
-
-std::string printFormat(const std::string& format, const std::string& out, const std::vector<std::string>& formats) {
-    if (!format.empty())
-        return format;
-    if (out.empty())
-        return std::string(kText);
-    std::string ending = utf8(pathFromUtf8(out).extension());
-    ending.erase(0, 1);
-    ending = foldCase(ending);
-    if (ending == "txt")
-        ending = kText;
-    if (std::ranges::find(formats, ending) != formats.end())
-        return ending;
-    complain(text(TextId::CliNoFormat, out, fmt::format("{}", fmt::join(formats, ", "))));
-    return {};
-}
-
-ExitCode putReport(Report report, const std::string& format, const std::string& out, ExitCode code,
-                   const ShownText& what) {
+ExitCode putReport(Report report, FileFormat format, const std::string& out, ExitCode code, const ShownText& what) {
     std::string content;
     std::size_t pages = 0;
-    if (format == kPdf) {
-        const Result<std::unique_ptr<FilePainter>> painter = painterFor(kPdf);
-        if (!painter)
+    if (format == FileFormat::Pdf) {
+        const Result<std::unique_ptr<FilePainter>> painter = loadFilePainter();
+        if (!painter) {
+            complain(text(TextId::CliNoPainter, std::string(nameOf(format)), painter.error().detail));
             return kUsage;
+        }
         const Settings settings(userSettings());
         const PageSource source = layOut(std::move(report), PageSetup::load(settings), **painter);
         pages = source.count;
         content = textOf((*painter)->pdf(source));
     } else {
-        content = format == kHtml ? renderHtml(report) : renderText(report);
+        content = format == FileFormat::Html ? renderHtml(report) : renderText(report);
     }
     Output output;
     if (out.empty()) {
-        if (format == kText)
+        if (format == FileFormat::Text)
             output.put(ShownText::asItIs(content));
         else
             output.putData(content);
         return output.finish(code);
     }
-    if (const Result<void> written = writeFileAtomically(pathFromUtf8(out), bytesOf(content)); !written) {
-        complain(fileMessage(written.error(), FileAction::Save, out).text);
-        if (written.error().kind != ErrorKind::NotDurable)
-            return kFailed;
-        code = kIncomplete;
-    }
+    const ExitCode written = writeOut(out, bytesOf(content));
+    if (written == kFailed)
+        return kFailed;
+    code = std::max(code, written);
     if (!what.empty())
         output.put(pages > 0 ? counted(TextId::CliPrinted, pages, out, what, pages)
                              : text(TextId::CliExported, out, what));
@@ -122,8 +86,8 @@ ExitCode putReport(Report report, const std::string& format, const std::string& 
 ExitCode print(const PrintOptions& options) {
     if (!mayReplace(options.out, options.files))
         return kUsage;
-    const std::string format = printFormat(options.format, options.out, printFormats());
-    if (format.empty())
+    const std::optional<FileFormat> format = chosenFormat(options.format, options.out, kPrintFormats);
+    if (!format)
         return kUsage;
     UserUnits units;
     if (const ExitCode code = units.load(options.units); code != kDone)
@@ -145,7 +109,7 @@ ExitCode print(const PrintOptions& options) {
     if (std::ranges::all_of(selection.rows(), [](const TableRows& part) { return part.rows.empty(); }))
         report.blocks.emplace_back(Paragraph{text(TextId::NoSuchRecords, text(selection.log().records))});
     const ShownText what = totalsText(selection.log(), selection.rows(), units.context());
-    return putReport(std::move(report), format, options.out, selection.completeness(), what);
+    return putReport(std::move(report), *format, options.out, selection.completeness(), what);
 }
 
 } // namespace quobrix::cli

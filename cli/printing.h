@@ -2,6 +2,7 @@
 
 #include "cli/output.h"
 #include "cli/selection.h"
+#include "export/file_format.h"
 #include "report/report.h"
 
 #include <optional>
@@ -13,22 +14,18 @@ namespace quobrix::cli {
 
 struct PrintOptions : SelectionOptions {
     std::string out;
-    std::string format;  ///< one of printFormats(); empty: as OUT ends
+    std::string format;  ///< the name of one of kPrintFormats; empty: as OUT ends
     std::string records; ///< "3-12", "7"; empty: all
     std::optional<std::string> units;
 };
 
-/// The names of the formats of reports and of lists, which are the endings of their files.
-std::vector<std::string> reportFormats();
-std::vector<std::string> printFormats();
+/// The formats of reports, and of lists.
+inline constexpr FileFormat kReportFormats[] = {FileFormat::Text, FileFormat::Html, FileFormat::Pdf};
+inline constexpr FileFormat kPrintFormats[] = {FileFormat::Pdf, FileFormat::Html};
 
-/// FORMAT, if that names one, or what OUT ends in; complains if that is none of FORMATS.
-std::string printFormat(const std::string& format, const std::string& out, const std::vector<std::string>& formats);
-
-/// Writes REPORT to the file OUT (empty: to standard output). FORMAT is one of reportFormats(). Says then that OUT
-/// holds WHAT, if that is something. kDone, or what went wrong, which has been told.
-ExitCode putReport(Report report, const std::string& format, const std::string& out, ExitCode code,
-                   const ShownText& what = {});
+/// Writes REPORT to the file OUT (empty: to standard output). FORMAT is one of kReportFormats. Says then that OUT holds
+/// WHAT, if that is something. kDone, or what went wrong, which has been told.
+ExitCode putReport(Report report, FileFormat format, const std::string& out, ExitCode code, const ShownText& what = {});
 
 /// Writes the records that OPTIONS choose as pages.
 ExitCode print(const PrintOptions& options);

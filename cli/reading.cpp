@@ -81,8 +81,8 @@ ExitCode report(const ReportOptions& options) {
     const LogSpec& log = *std::ranges::find(logs(), std::string_view(options.record), &LogSpec::recordName);
     if (!options.out.empty() && !mayReplace(options.out, {&options.file, 1}))
         return kUsage;
-    const std::string format = printFormat(options.format, options.out, reportFormats());
-    if (format.empty() || !isNumber(options.number))
+    const std::optional<FileFormat> format = chosenFormat(options.format, options.out, kReportFormats);
+    if (!format || !isNumber(options.number))
         return kUsage;
     UserUnits units;
     if (const ExitCode code = units.load(options.units); code != kDone)
@@ -95,7 +95,7 @@ ExitCode report(const ReportOptions& options) {
         return kFailed;
     Report shown = recordReport(log, document.table(log), *row, units.context());
     const ShownText title = ShownText::asItIs(shown.title);
-    return putReport(std::move(shown), format, options.out, document.completeness(), title);
+    return putReport(std::move(shown), *format, options.out, document.completeness(), title);
 }
 
 ExitCode columns(const ColumnsOptions& options) {

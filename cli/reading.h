@@ -21,7 +21,7 @@ struct ReportOptions {
     std::string record; ///< of which log: one of recordNames()
     std::string number; ///< from 1, in decimal digits
     std::string file;
-    std::string format; ///< one of reportFormats(); empty: as OUT ends, or text
+    std::string format; ///< the name of one of kReportFormats; empty: as OUT ends, or text
     std::string out;    ///< empty: standard output
     std::optional<std::string> units;
 };

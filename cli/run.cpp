@@ -149,7 +149,7 @@ ExitCode run(const ProgramArguments& arguments) {
     selection(exportCommand, exportOptions);
     exportCommand.add_option("-o,--out", exportOptions.out, text(TextId::CliHelpOut))->required();
     exportCommand.add_option("--format", exportOptions.format, text(TextId::CliHelpExportFormat))
-        ->check(CLI::IsMember(exportFormats()))
+        ->check(CLI::IsMember(namesOf(kExportFormats)))
         ->type_name(text(TextId::CliHelpWordText));
     exportCommand.add_flag("--samples", exportOptions.samples, text(TextId::CliHelpSamples));
     units(exportCommand, exportOptions.units);
@@ -172,7 +172,7 @@ ExitCode run(const ProgramArguments& arguments) {
     file(reportCommand, reportOptions.file);
     reportCommand.add_option("-o,--out", reportOptions.out, text(TextId::CliHelpReportOut));
     reportCommand.add_option("--format", reportOptions.format, text(TextId::CliHelpReportFormat))
-        ->check(CLI::IsMember(reportFormats()))
+        ->check(CLI::IsMember(namesOf(kReportFormats)))
         ->type_name(text(TextId::CliHelpWordText));
     units(reportCommand, reportOptions.units);
 
@@ -183,7 +183,7 @@ ExitCode run(const ProgramArguments& arguments) {
     printCommand.add_option("--records", printOptions.records, text(TextId::CliHelpRecords));
     printCommand.add_option("-o,--out", printOptions.out, text(TextId::CliHelpOut))->required();
     printCommand.add_option("--format", printOptions.format, text(TextId::CliHelpPrintFormat))
-        ->check(CLI::IsMember(printFormats()))
+        ->check(CLI::IsMember(namesOf(kPrintFormats)))
         ->type_name(text(TextId::CliHelpWordText));
     units(printCommand, printOptions.units);
 
@@ -192,6 +192,9 @@ ExitCode run(const ProgramArguments& arguments) {
     log(plotCommand, plottingOptions.record, plottedRecordNames(), TextId::CliHelpPlotKind);
     plotCommand.add_option("file", plottingOptions.files, text(TextId::CliHelpPlotFiles))->required();
     plotCommand.add_option("-o,--out", plottingOptions.out, text(TextId::CliHelpPlotOut))->required();
+    plotCommand.add_option("--format", plottingOptions.format, text(TextId::CliHelpPlotFormat))
+        ->check(CLI::IsMember(namesOf(kPlotFormats)))
+        ->type_name(text(TextId::CliHelpWordText));
     plotCommand.add_option("--size", plottingOptions.size, text(TextId::CliHelpPlotSize));
     plotCommand.add_option("--from", plottingOptions.from, text(TextId::CliHelpPlotFrom));
     plotCommand.add_option("--to", plottingOptions.to, text(TextId::CliHelpPlotTo));

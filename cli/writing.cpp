@@ -2,12 +2,13 @@
 
 #include "base/path_text.h"
 #include "cli/output.h"
-#include "export/export_file.h"
 #include "messages/file_messages.h"
 #include "model/quobrix_document.h"
 #include "texts/text.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <string_view>
 #include <vector>
 
 namespace quobrix::cli {
@@ -29,8 +30,30 @@ bool mayReplace(const std::string& out, std::span<const std::string> files) {
         opened.push_back(pathFromUtf8(file));
     const bool document = isDocument(pathFromUtf8(out), opened);
     if (document)
-        complain(text(TextId::CliOutIsDocument, out));
+        complain(makeMessage(MessageId::ExportIsDocument, out).text);
     return !document;
+}
+
+std::vector<std::string> namesOf(std::span<const FileFormat> formats) {
+    std::vector<std::string> names;
+    for (const FileFormat format : formats)
+        names.emplace_back(nameOf(format));
+    return names;
+}
+
+std::optional<FileFormat> chosenFormat(const std::string& named, const std::string& out,
+                                       std::span<const FileFormat> taken) {
+    if (!named.empty())
+        return *std::ranges::find(taken, std::string_view(named), [](FileFormat each) { return nameOf(each); });
+    if (out.empty())
+        return taken.front();
+    const std::optional<FileFormat> format = formatOf(pathFromUtf8(out), taken);
+    std::string endings;
+    for (const FileFormat each : taken)
+        endings += (endings.empty() ? "." : ", .") + std::string(endingOf(each));
+    if (!format)
+        complain(text(TextId::CliNoFormat, out, endings));
+    return format;
 }
 
 ExitCode writeOut(const std::string& out, ByteView content) {

@@ -276,41 +276,30 @@ std::optional<FileChooser::SavePlace> DialogFileChooser::chooseToSave(const std:
 }
 
 std::optional<FileChooser::SavePlace> DialogFileChooser::chooseCopy(SourceText what,
-                                                                    const std::filesystem::path& suggested,
-                                                                    const std::vector<std::string>& endings) {
-    struct Format {
-        const char* ending;
-        QString filter;
-    };
-    const Format formats[] = {{"pdf", QObject::tr("PDF Files (*.pdf)")},
-                              {"html", QObject::tr("Web Pages (*.html)")},
-                              {"svg", QObject::tr("Drawings (*.svg)")},
-                              {"png", QObject::tr("Pictures (*.png)")},
-                              {"txt", QObject::tr("Text Files (*.txt)")},
-                              {"xlsx", QObject::tr("Spreadsheets (*.xlsx)")},
-                              {"csv", QObject::tr("Comma-Separated Values (*.csv)")}};
+                                                                    const std::filesystem::path& folder,
+                                                                    const std::string& name,
+                                                                    std::span<const FileFormat> formats) {
     QStringList filters;
-    for (const std::string& ending : endings)
-        for (const Format& format : formats)
-            if (ending == format.ending)
-                filters += format.filter;
+    for (const FileFormat format : formats)
+        filters += QStringLiteral("%1 (*.%2)").arg(toQt(filesOf(format)), toQt(endingOf(format)));
     QWidget* window = QApplication::activeWindow() ? QApplication::activeWindow() : &window_;
-    const QString beside = suggested.has_parent_path() ? toQtPath(suggested.parent_path()) : documentsFolder();
+    const QString beside = folder.empty() ? documentsFolder() : toQtPath(folder);
     QFileDialog dialog(window, toQt(text(what)), copiesFolder_.isEmpty() ? beside : copiesFolder_);
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setNameFilters(filters);
     const auto follow = [&](const QString& filter) {
-        dialog.setDefaultSuffix(toQt(endings[static_cast<std::size_t>(filters.indexOf(filter))]));
+        dialog.setDefaultSuffix(toQt(endingOf(formats[static_cast<std::size_t>(filters.indexOf(filter))])));
     };
     QObject::connect(&dialog, &QFileDialog::filterSelected, follow);
-    if (!suggested.has_extension() && filters.contains(copiesFilter_))
+    if (filters == copiesFilters_) // what is done again is done in the format that it was done in
         dialog.selectNameFilter(copiesFilter_);
     follow(dialog.selectedNameFilter());
-    dialog.selectFile(toQtPath(suggested.filename()));
+    dialog.selectFile(toQt(name) + QLatin1Char('.') + dialog.defaultSuffix());
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     copiesFolder_ = dialog.directory().absolutePath();
     copiesFilter_ = dialog.selectedNameFilter();
+    copiesFilters_ = filters;
     return savePlace(dialog);
 }
 

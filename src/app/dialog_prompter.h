@@ -58,14 +58,15 @@ public:
     std::optional<std::filesystem::path> chooseToOpen() override;
     std::optional<std::filesystem::path> chooseLogs() override;
     std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) override;
-    std::optional<SavePlace> chooseCopy(SourceText what, const std::filesystem::path& suggested,
-                                        const std::vector<std::string>& endings) override;
+    std::optional<SavePlace> chooseCopy(SourceText what, const std::filesystem::path& folder, const std::string& name,
+                                        std::span<const FileFormat> formats) override;
 
 private:
     QWidget& window_;
-    bool chosen_ = false;  ///< a file, and so the folder that the dialog opens in
-    QString copiesFilter_; ///< that was chosen last, of the formats of copies
-    QString copiesFolder_; ///< empty: no copy has been saved yet
+    bool chosen_ = false;       ///< a file, and so the folder that the dialog opens in
+    QString copiesFilter_;      ///< the format of copies that was chosen last
+    QStringList copiesFilters_; ///< of which formats
+    QString copiesFolder_;      ///< empty: no copy has been saved yet
 };
 
 } // namespace quobrix

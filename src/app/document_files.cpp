@@ -1,10 +1,13 @@
 #include "app/document_files.h"
 
 #include "app/recent_files.h"
+#include "base/path_text.h"
 #include "base/ui/qt_text.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "texts/text.h"
+
+#include <array>
 
 namespace quobrix {
 namespace {
@@ -32,8 +35,23 @@ fs::path anotherName(const fs::path& path) {
 
 } // namespace
 
-fs::path folderForCopies(const TQuobrixDocument& document) {
-    return document.hasFile() && !document.isExample() ? document.path().parent_path() : fs::path();
+std::optional<CopyPlace> chooseCopyOf(const TQuobrixDocument& document, FileChooser& chooser, Prompter& prompter,
+                                      SourceText what, std::string_view title, std::span<const FileFormat> formats) {
+    const bool beside = document.hasFile() && !document.isExample();
+    const auto chosen =
+        chooser.chooseCopy(what, beside ? document.path().parent_path() : fs::path(), fileNameFor(title), formats);
+    if (!chosen)
+        return {};
+    const std::array opened{document.path()};
+    if (isDocument(chosen->path, std::span(opened).first(document.hasFile() ? 1 : 0))) {
+        prompter.tell(makeMessage(MessageId::ExportIsDocument, utf8(chosen->path.filename())));
+        return {};
+    }
+    if (const std::optional<FileFormat> format = formatOf(chosen->path, formats))
+        return CopyPlace{chosen->path, chosen->ifThere, *format};
+    // Nobody has been asked about a file of the longer name.
+    return CopyPlace{fs::path(chosen->path) += "." + std::string(endingOf(formats.front())), IfThere::Refuse,
+                     formats.front()};
 }
 
 bool offersCompaction(const Settings& settings) { return settings.getBoolean(kProgramConfig, kOfferCompaction, true); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "document/document.h"
+#include "export/file_format.h"
 #include "messages/file_messages.h"
 #include "messages/prompter.h"
 
@@ -8,7 +9,9 @@
 #include <functional>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quobrix {
@@ -30,16 +33,24 @@ public:
     };
     /// SUGGESTED: the name proposed, with or without a folder.
     virtual std::optional<SavePlace> chooseToSave(const std::filesystem::path& suggested) = 0;
-    /// The same for a copy in one of several formats, by the endings of their files ("pdf"), in which the chosen file
-    /// ends, too. WHAT is to be done. The suggested folder is that of the first copy.
-    virtual std::optional<SavePlace> chooseCopy(SourceText /*what*/, const std::filesystem::path& /*suggested*/,
-                                                const std::vector<std::string>& /*endings*/) {
+    /// The same for a copy called NAME in one of FORMATS. WHAT is to be done. FOLDER is that of the first copy.
+    virtual std::optional<SavePlace> chooseCopy(SourceText /*what*/, const std::filesystem::path& /*folder*/,
+                                                const std::string& /*name*/, std::span<const FileFormat> /*formats*/) {
         return {};
     }
 };
 
-/// Where copies of what DOCUMENT holds are looked for: beside its file. Empty: no place of its own.
-std::filesystem::path folderForCopies(const TQuobrixDocument& document);
+/// Where a copy of what a document holds goes, and as what.
+struct CopyPlace {
+    std::filesystem::path path; ///< ends as files of the format do
+    IfThere ifThere = IfThere::Refuse;
+    FileFormat format{};
+};
+/// Lets a person choose the place of a copy of what DOCUMENT holds, called TITLE, in one of FORMATS: beside its file,
+/// if it has one. What is called otherwise gets the ending of the first format, or would not open as what it is.
+/// Nothing when the choice is cancelled, or was a document, which is told.
+std::optional<CopyPlace> chooseCopyOf(const TQuobrixDocument& document, FileChooser& chooser, Prompter& prompter,
+                                      SourceText what, std::string_view title, std::span<const FileFormat> formats);
 
 /// Whether a file that is mostly unused space is pointed out when it is opened or saved.
 bool offersCompaction(const Settings& settings);

@@ -3,12 +3,10 @@
 #include "app/main_frame.h"
 #include "app/page_setup_dialog.h"
 #include "app/print_preview.h"
-#include "base/fold_case.h"
 #include "base/path_text.h"
 #include "base/ui/qt_text.h"
 #include "drawing/palette.h"
 #include "drawing/svg.h"
-#include "export/export_file.h"
 #include "messages/file_messages.h"
 #include "model/quobrix_document.h"
 #include "paper/printout.h"
@@ -36,6 +34,11 @@ namespace {
 constexpr double kPictureWidth = 760, kPictureText = 13, kPictureScale = 2; // pixels
 constexpr SourceText kPainting("Laying out pages");
 
+constexpr FileFormat kReportFormats[] = {FileFormat::Pdf, FileFormat::Html, FileFormat::Svg, FileFormat::Png,
+                                         FileFormat::Text};
+constexpr FileFormat kPageFormats[] = {FileFormat::Pdf, FileFormat::Html};
+constexpr FileFormat kPdf[] = {FileFormat::Pdf};
+
 /// The lines of LIST under its headings.
 Grid linesOf(const QAbstractItemModel& list) {
     Grid grid;
@@ -57,41 +60,43 @@ std::optional<Report> tableReport(const QWidget& window, Grid grid) {
     return report;
 }
 
-/// A name for a file that REPORT is saved as.
-std::filesystem::path fileNameOf(const Report& report, const std::string& ending) {
-    std::string name = report.title;
-    std::ranges::replace_if(
-        name,
-        [](unsigned char c) {
-            return c < ' ' || std::string_view("\\/:*?\"<>|").find(static_cast<char>(c)) != std::string_view::npos;
-        },
-        '-');
-    return pathFromUtf8((name.empty() ? std::string("Quobrix") : name) + "." + ending);
-}
-
 Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
-/// REPORT in the format of files with ENDING. Empty if it was cancelled, or would be too large a picture.
-Bytes contentOf(const Report& report, const std::string& ending, const PageSetup& setup, DiskProgress& progress) {
+/// REPORT in FORMAT. The errors are Cancelled; Unsupported, which says what to do instead; Io.
+Result<Bytes> contentOf(const Report& report, FileFormat format, const PageSetup& setup, DiskProgress& progress) {
     const PaperPainter painter;
-    if (ending == "html")
+    switch (format) {
+    case FileFormat::Html:
         return bytesOf(renderHtml(report));
-    if (ending == "txt")
+    case FileFormat::Text:
         return bytesOf(renderText(report));
-    if (ending == "svg")
+    case FileFormat::Svg:
         return bytesOf(writeSvg(drawReport(report, kPictureWidth, TableTextMeasure(kPictureText)), kPaperPalette));
-    if (ending == "png")
-        return painter.png(drawReport(report, kPictureWidth, *painter.measure(kPictureText)), kPictureScale);
+    case FileFormat::Png: {
+        Bytes picture = painter.png(drawReport(report, kPictureWidth, *painter.measure(kPictureText)), kPictureScale);
+        if (picture.empty())
+            return Error{ErrorKind::Unsupported, text(TextId::PictureTooLarge)};
+        return picture;
+    }
+    default:
+        break;
+    }
     progress.what = &kPainting;
     const PageSource pages = layOut(report, setup, painter);
     progress.total = pages.count;
-    return painter.pdf(pages, [&](std::size_t done) {
+    Bytes file = painter.pdf(pages, [&](std::size_t done) {
         progress.done = done;
         return !progress.cancelled;
     });
+    progress.total = 0; // what is written is not given up half way
+    if (progress.cancelled)
+        return Error{ErrorKind::Cancelled, {}};
+    if (file.empty())
+        return Error{ErrorKind::Io, text(TextId::PagesNotPainted)};
+    return file;
 }
 
-Result<void> write(const FileChooser::SavePlace& place, const Bytes& bytes) {
+Result<void> write(const CopyPlace& place, const Bytes& bytes) {
     Result<ReplacementFile> file = ReplacementFile::create(place.path);
     if (!file)
         return file.error();
@@ -106,7 +111,8 @@ PrintCommands::PrintCommands(TQuobrixFrame& frame, std::shared_ptr<Printers> pri
     frame_.commands().handle(CommandId::Print, [this] { print(inView(), usableParent(frame_)); });
     frame_.commands().handle(CommandId::PrintPreview, [this] { preview(); });
     frame_.commands().handle(CommandId::PrintSetup, [this] { setUp(usableParent(frame_)); });
-    frame_.whenReportWanted([this](const Report& report) { save(report, {"pdf", "html", "svg", "png", "txt"}); });
+    frame_.whenReportWanted(
+        [this](const Report& report) { guarded(CommandId::SaveAs, [&] { save(report, kReportFormats); }); });
 }
 
 PrintCommands::~PrintCommands() {
@@ -151,7 +157,7 @@ void PrintCommands::print(const Printable& printable, QWidget& over) {
     if (dialog.exec() != QDialog::Accepted)
         return;
     if (dialog.target() == PrintDialog::Target::PdfFile)
-        return save(dialog.report(), {"pdf"});
+        return save(dialog.report(), kPdf);
     const PageSetup setup = PageSetup::load(frame_.context().settings);
     const Result<void> printed = frame_.runDisk([&](DiskProgress& progress) {
         progress.what = &kPainting;
@@ -168,14 +174,13 @@ void PrintCommands::preview() {
     if (!report)
         return;
     delete preview_;
-    preview_ = new PrintPreviewDialog(frame_.context(), *report,
-                                      {.print = [this, printable](QWidget& over) { print(printable, over); },
-                                       .savePdf =
-                                           [this, shown = *report](QWidget&) {
-                                               save(shown, {"pdf", "html"});
-                                           },
-                                       .setUp = [this](QWidget& over) { setUp(over); }},
-                                      &usableParent(frame_));
+    preview_ = new PrintPreviewDialog(
+        frame_.context(), *report,
+        {.print = [this, printable](QWidget& over) { guarded(CommandId::Print, [&] { print(printable, over); }); },
+         .savePdf = [this,
+                     shown = *report](QWidget&) { guarded(CommandId::SaveAs, [&] { save(shown, kPageFormats); }); },
+         .setUp = [this](QWidget& over) { guarded(CommandId::PrintSetup, [&] { setUp(over); }); }},
+        &usableParent(frame_));
     preview_->setAttribute(Qt::WA_DeleteOnClose);
     preview_->open();
 }
@@ -186,36 +191,26 @@ void PrintCommands::setUp(QWidget& over) {
         dialog.setup().save(frame_.context().settings);
 }
 
-void PrintCommands::save(const Report& report, const std::vector<std::string>& endings) {
-    const TQuobrixDocument& document = frame_.context().document;
-    auto place = frame_.chooser().chooseCopy(SourceText("Save As"),
-                                             folderForCopies(document) / fileNameOf(report, endings.front()), endings);
+void PrintCommands::guarded(CommandId command, const std::function<void()>& work) {
+    frame_.commands().guard(*frame_.commands().action(command), work);
+}
+
+void PrintCommands::save(const Report& report, std::span<const FileFormat> formats) {
+    const auto place = chooseCopyOf(frame_.context().document, frame_.chooser(), frame_.prompter(),
+                                    SourceText("Save As"), report.title, formats);
     if (!place)
         return;
-    const std::array opened{document.path()};
-    if (isDocument(place->path, std::span(opened).first(document.hasFile() ? 1 : 0)))
-        return frame_.prompter().tell(makeMessage(MessageId::ExportIsDocument, utf8(place->path.filename())));
-    std::string ending = foldCase(utf8(place->path.extension()));
-    ending.erase(0, 1);
-    if (std::ranges::find(endings, ending) == endings.end()) {
-        ending = endings.front();
-        place->path += "." + ending;      // what is called otherwise would not open as what it is
-        place->ifThere = IfThere::Refuse; // nobody has been asked about a file of this name
-    }
     const PageSetup setup = PageSetup::load(frame_.context().settings);
     const Result<void> saved = frame_.runDisk([&](DiskProgress& progress) -> Result<void> {
-        const Bytes bytes = contentOf(report, ending, setup, progress);
-        progress.total = 0; // what is written is not given up half way
-        if (progress.cancelled)
-            return Error{ErrorKind::Cancelled, {}};
-        if (bytes.empty())
-            return Error{ErrorKind::Unsupported, text(TextId::PictureTooLarge)};
-        return write(*place, bytes);
+        const Result<Bytes> bytes = contentOf(report, place->format, setup, progress);
+        return bytes ? write(*place, *bytes) : bytes.error();
     });
     const std::string name = utf8(place->path);
     if (saved || saved.error().kind == ErrorKind::NotDurable)
         frame_.say(toQt(text(TextId::EventSaved, name)), 15'000);
-    if (!saved && saved.error().kind != ErrorKind::Cancelled)
+    if (!saved && saved.error().kind == ErrorKind::Unsupported)
+        frame_.prompter().tell(makeMessage(MessageId::CannotExport, saved.error().detail));
+    else if (!saved && saved.error().kind != ErrorKind::Cancelled)
         frame_.prompter().tell(fileMessage(saved.error(), FileAction::Save, name));
 }
 

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "app/command_table.h"
 #include "app/print_dialog.h"
+#include "export/file_format.h"
 
 #include <QPointer>
 
+#include <functional>
 #include <memory>
-#include <string>
-#include <vector>
+#include <span>
 
 namespace quobrix {
 
@@ -28,8 +30,10 @@ private:
     void print(const Printable& printable, QWidget& over);
     void preview();
     void setUp(QWidget& over);
-    /// Saves REPORT in one of the formats that files with ENDINGS have.
-    void save(const Report& report, const std::vector<std::string>& endings);
+    /// Saves REPORT in one of FORMATS.
+    void save(const Report& report, std::span<const FileFormat> formats);
+    /// Does WORK, which a window has asked for, as COMMAND does its own: what goes wrong is told.
+    void guarded(CommandId command, const std::function<void()>& work);
 
     TQuobrixFrame& frame_;
     std::shared_ptr<Printers> printers_;

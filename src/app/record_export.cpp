@@ -14,13 +14,11 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace quobrix {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr qint64 kSlice = 40; // ms that the window stands still
 
@@ -78,13 +76,6 @@ private:
     bool closed_ = false;
 };
 
-/// TITLE without what file names cannot have.
-std::string fileName(std::string_view title) {
-    std::string name(title);
-    std::erase_if(name, [](char c) { return std::string_view("\\/:*?\"<>|").find(c) != std::string_view::npos; });
-    return name;
-}
-
 } // namespace
 
 RecordExport::RecordExport(TQuobrixDocument& document, const TextContext& context, Prompter& prompter,
@@ -94,29 +85,21 @@ RecordExport::RecordExport(TQuobrixDocument& document, const TextContext& contex
       window_(window), say_(std::move(say)) {}
 
 bool RecordExport::run(const ExportContent& content) {
-    std::vector<std::string> endings{"csv"};
-    if (canWriteXlsx())
-        endings.insert(endings.begin(), "xlsx");
-    const auto place = chooser_.chooseCopy(SourceText("Export"),
-                                           folderForCopies(document_) / pathFromUtf8(fileName(content.title)), endings);
+    constexpr std::array kFormats{FileFormat::Xlsx, FileFormat::Csv};
+    const auto place = chooseCopyOf(document_, chooser_, prompter_, SourceText("Export"), content.title,
+                                    std::span(kFormats).subspan(canWriteXlsx() ? 0 : 1));
     if (!place)
         return false;
     const std::string name = utf8(place->path.filename());
-    const std::array opened{document_.path()};
-    const ExportFormat format = formatOf(place->path).value_or(ExportFormat::Csv);
     const auto number = [&](std::size_t count) {
         return context_.units.formatInteger(static_cast<std::int64_t>(count));
     };
-    if (isDocument(place->path, document_.hasFile() ? std::span<const fs::path>(opened) : std::span<const fs::path>()))
-        return prompter_.tell(makeMessage(MessageId::ExportIsDocument, name)), false;
-    if (format == ExportFormat::Xlsx && !canWriteXlsx())
-        return prompter_.tell(makeMessage(MessageId::CannotExport, text(TextId::NoXlsx))), false;
-    if (format == ExportFormat::Xlsx && content.rowCount() > kMostXlsxRecords)
+    if (place->format == FileFormat::Xlsx && content.rowCount() > kMostXlsxRecords)
         return prompter_.tell(
                    makeMessage(MessageId::CannotExport,
                                text(TextId::TooManyForXlsx, number(kMostXlsxRecords), number(content.rowCount())))),
                false;
-    const Result<std::size_t> cut = write(content, format, *place);
+    const Result<std::size_t> cut = write(content, *place);
     if (!cut && cut.error().kind == ErrorKind::Cancelled)
         return false;
     if (!cut)
@@ -129,8 +112,7 @@ bool RecordExport::run(const ExportContent& content) {
     return written;
 }
 
-Result<std::size_t> RecordExport::write(const ExportContent& content, ExportFormat format,
-                                        const FileChooser::SavePlace& place) {
+Result<std::size_t> RecordExport::write(const ExportContent& content, const CopyPlace& place) {
     Result<ReplacementFile> file = ReplacementFile::create(place.path);
     if (!file)
         return file.error();
@@ -141,7 +123,7 @@ Result<std::size_t> RecordExport::write(const ExportContent& content, ExportForm
             watch.close();
             return runDisk_(work);
         };
-        cut = writeExport(content, format, context_, *file, {[&] { return watch.row(); }, disk});
+        cut = writeExport(content, place.format, context_, *file, {[&] { return watch.row(); }, disk});
     }
     if (cut)
         QUOBRIX_TRY(runDisk_([&](DiskProgress&) { return file->commit(place.ifThere); }));

@@ -26,7 +26,7 @@ public:
     qint64 patience = 500; ///< ms that a person waits without being told for what
 
 private:
-    Result<std::size_t> write(const ExportContent& content, ExportFormat format, const FileChooser::SavePlace& place);
+    Result<std::size_t> write(const ExportContent& content, const CopyPlace& place);
 
     TQuobrixDocument& document_;
     const TextContext context_;

@@ -1,20 +1,16 @@
 #include "export/export_file.h"
 
-#include "base/fold_case.h"
-#include "base/path_text.h"
 #include "export/csv.h"
 #include "export/json.h"
 #include "export/xlsx.h"
 #include "tables/table.h"
 #include "texts/text.h"
 
-#include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace quobrix {
 namespace {
-
-constexpr ExportFormat kFormats[] = {ExportFormat::Csv, ExportFormat::Json, ExportFormat::Xlsx};
 
 /// Collects what is written to a new file into blocks.
 class FileSink {
@@ -69,37 +65,9 @@ ExportContent contentOf(const RecordTable& table) {
     return content;
 }
 
-std::string_view endingOf(ExportFormat format) {
-    switch (format) {
-    case ExportFormat::Csv:
-        return "csv";
-    case ExportFormat::Json:
-        return "json";
-    case ExportFormat::Xlsx:
-        break;
-    }
-    return "xlsx";
-}
-
-std::optional<ExportFormat> formatOf(const std::filesystem::path& file) {
-    const std::string ending = foldCase(utf8(file.extension()));
-    const auto* format =
-        std::ranges::find_if(kFormats, [&](ExportFormat each) { return ending == "." + std::string(endingOf(each)); });
-    return format == std::end(kFormats) ? std::nullopt : std::optional(*format);
-}
-
-bool isDocument(const std::filesystem::path& file, std::span<const std::filesystem::path> opened) {
-    const Result<FileStatus> there = fileStatus(file);
-    return foldCase(utf8(file.extension())) == ".car" ||
-           std::ranges::any_of(opened, [&](const std::filesystem::path& document) {
-               const Result<FileStatus> status = fileStatus(document);
-               return there && status && there->identity == status->identity;
-           });
-}
-
-Result<std::size_t> writeExport(const ExportContent& content, ExportFormat format, const TextContext& context,
+Result<std::size_t> writeExport(const ExportContent& content, FileFormat format, const TextContext& context,
                                 ReplacementFile& file, const ExportRun& run) {
-    if (format == ExportFormat::Xlsx)
+    if (format == FileFormat::Xlsx)
         return writeXlsx(content.records, content.title, context, file.temporary(), run);
     FileSink blocks(file.file());
     bool cancelled = false;
@@ -107,7 +75,7 @@ Result<std::size_t> writeExport(const ExportContent& content, ExportFormat forma
         cancelled = run.record && !run.record();
         return !cancelled && blocks.put(bytes);
     };
-    if (format == ExportFormat::Json)
+    if (format == FileFormat::Json)
         writeJson(content.records, sink);
     else
         writeCsv(content.records, context, sink);

@@ -22,6 +22,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace quobrix {
 namespace {
 
@@ -161,7 +163,7 @@ TEST(DialogFileChooser, CopiesComeBesideTheDocumentUntilAPersonChoosesAnotherFol
             dialog->selectFile(choice);
             static_cast<QDialog*>(dialog)->accept();
         });
-        chooser.chooseCopy(SourceText("Export"), beside / "Trips", {"csv"});
+        chooser.chooseCopy(SourceText("Export"), beside.path(), "Trips", std::array{FileFormat::Csv});
         return dialogs;
     };
     EXPECT_EQ(seen({}), "Export: " + toQtPath(beside.path()));

@@ -291,7 +291,7 @@ TEST_F(PrintTest, AReportIsCopiedAsDrawingAndPicture) {
     menu->close();
 }
 
-TEST_F(PrintTest, NoReportTakesTheNameOfADocument) {
+TEST_F(PrintTest, AReportIsSavedAsWhatItsFileIsCalled) {
     test::TemporaryFolder folder;
     const struct {
         const char* chosen;
@@ -299,8 +299,11 @@ TEST_F(PrintTest, NoReportTakesTheNameOfADocument) {
         QString told;
     } cases[] = {{"mine.car", {}, QStringLiteral("ExportIsDocument")},
                  {"Trip.HTML", {"Trip.HTML"}, {}},
-                 {"Trip 3.5", {"Trip 3.5.pdf", "Trip.HTML"}, {}}};
+                 {"Trip 3.5", {"Trip 3.5.pdf", "Trip.HTML"}, {}},
+                 {"Trip.png", {"Trip 3.5.pdf", "Trip.HTML"}, QStringLiteral("CannotExport")}};
     trips().showRecord(2);
+    Report report = *trips().printable({});
+    report.blocks.emplace_back(Paragraph{std::string(100'000, '\n')}); // no picture is as high
     for (const auto& c : cases) {
         QString told;
         QTimer answer;
@@ -315,7 +318,7 @@ TEST_F(PrintTest, NoReportTakesTheNameOfADocument) {
             }
         });
         answer.start(0);
-        (*frame_.context().saveReport)(*trips().printable({}));
+        (*frame_.context().saveReport)(report);
         EXPECT_EQ(told, c.told) << c.chosen;
         EXPECT_EQ(folder.names(), c.files) << c.chosen;
     }

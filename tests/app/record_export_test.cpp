@@ -34,10 +34,10 @@ public:
     std::optional<fs::path> chooseToOpen() override { return {}; }
     std::optional<fs::path> chooseLogs() override { return {}; }
     std::optional<SavePlace> chooseToSave(const fs::path&) override { return {}; }
-    std::optional<SavePlace> chooseCopy(SourceText, const fs::path& name,
-                                        const std::vector<std::string>& endings) override {
-        suggested = utf8(name);
-        EXPECT_EQ(endings.back(), "csv");
+    std::optional<SavePlace> chooseCopy(SourceText, const fs::path&, const std::string& name,
+                                        std::span<const FileFormat> formats) override {
+        suggested = name;
+        EXPECT_EQ(formats.back(), FileFormat::Csv);
         return place;
     }
     std::optional<SavePlace> place;
@@ -94,7 +94,7 @@ TEST_F(RecordExportTest, TheFileIsThereWholeOrNotAtAll) {
     EXPECT_TRUE(write(trips({2, 1}), folder_ / "out.csv", {}));
     EXPECT_EQ(content(folder_ / "out.csv"), "Trip,Comments\r\n3,c\r\n2,'=b\r\n");
     EXPECT_EQ(said_, "2 rows have been written to out.csv");
-    EXPECT_EQ(chooser_.suggested, "Trip Log") << "what files may be called";
+    EXPECT_EQ(chooser_.suggested, "Trip- Log") << "what files may be called";
     EXPECT_FALSE(write(trips({0}), folder_ / "out.csv", {.tells = MessageId::FileExists}));
     EXPECT_EQ(told_, "out.csv cannot be saved because there is a file of that name already.");
     EXPECT_TRUE(write(trips({0}), folder_ / "out.csv", {IfThere::Replace}));
