@@ -106,8 +106,8 @@ Result<void> write(const CopyPlace& place, const Bytes& bytes) {
 
 } // namespace
 
-PrintCommands::PrintCommands(TQuobrixFrame& frame, std::shared_ptr<Printers> printers)
-    : frame_(frame), printers_(std::move(printers)) {
+PrintCommands::PrintCommands(TQuobrixFrame& frame, Background& search, std::shared_ptr<Printers> printers)
+    : frame_(frame), threads_{std::move(printers), search, pages_} {
     frame_.commands().handle(CommandId::Print, [this] { print(inView(), usableParent(frame_)); });
     frame_.commands().handle(CommandId::PrintPreview, [this] { preview(); });
     frame_.commands().handle(CommandId::PrintSetup, [this] { setUp(usableParent(frame_)); });
@@ -151,9 +151,10 @@ std::optional<Report> PrintCommands::reportOf(const Printable& printable) {
 }
 
 void PrintCommands::print(const Printable& printable, QWidget& over) {
-    if (!reportOf(printable))
+    std::optional<Report> report = reportOf(printable);
+    if (!report)
         return;
-    PrintDialog dialog(frame_.context(), printable, printers_, &over);
+    PrintDialog dialog(frame_.context(), printable, *std::move(report), threads_, &over);
     if (dialog.exec() != QDialog::Accepted)
         return;
     if (dialog.target() == PrintDialog::Target::PdfFile)
@@ -161,7 +162,7 @@ void PrintCommands::print(const Printable& printable, QWidget& over) {
     const PageSetup setup = PageSetup::load(frame_.context().settings);
     const Result<void> printed = frame_.runDisk([&](DiskProgress& progress) {
         progress.what = &kPainting;
-        return printers_->print(dialog.order(), layOut(dialog.report(), setup, PaperPainter()), progress);
+        return threads_.printers->print(dialog.order(), layOut(dialog.report(), setup, PaperPainter()), progress);
     });
     if (!printed && printed.error().kind != ErrorKind::Cancelled)
         frame_.prompter().tell(
@@ -180,7 +181,7 @@ void PrintCommands::preview() {
          .savePdf = [this,
                      shown = *report](QWidget&) { guarded(CommandId::SaveAs, [&] { save(shown, kPageFormats); }); },
          .setUp = [this](QWidget& over) { guarded(CommandId::PrintSetup, [&] { setUp(over); }); }},
-        &usableParent(frame_));
+        pages_, &usableParent(frame_));
     preview_->setAttribute(Qt::WA_DeleteOnClose);
     preview_->open();
 }

@@ -16,11 +16,12 @@ class PrintPreviewDialog;
 class TQuobrixFrame;
 
 /// Print, Print Preview and Print Setup, for whatever window is in front: the page of the main frame, a dialog of
-/// names, the error log, a comparison. A report is saved as a file here, too. Pages are painted on another thread.
+/// names, the error log, a comparison. A report is saved as a file here, too. Pages are laid out and painted on other
+/// threads.
 class PrintCommands final {
 public:
-    /// FRAME must outlive this.
-    explicit PrintCommands(TQuobrixFrame& frame, std::shared_ptr<Printers> printers = systemPrinters());
+    /// Printers are looked for on the thread of SEARCH. It and FRAME must outlive this.
+    PrintCommands(TQuobrixFrame& frame, Background& search, std::shared_ptr<Printers> printers = systemPrinters());
     ~PrintCommands();
 
 private:
@@ -36,7 +37,8 @@ private:
     void guarded(CommandId command, const std::function<void()>& work);
 
     TQuobrixFrame& frame_;
-    std::shared_ptr<Printers> printers_;
+    Background pages_; ///< lays them out
+    const PrintThreads threads_;
     QPointer<PrintPreviewDialog> preview_;
 };
 

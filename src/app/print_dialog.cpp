@@ -1,7 +1,6 @@
 #include "app/print_dialog.h"
 
 #include "app/page_setup_dialog.h"
-#include "base/mutex.h"
 #include "base/ui/qt_text.h"
 #include "messages/prompter.h"
 #include "paper/printout.h"
@@ -33,17 +32,11 @@ constexpr int kMostCopies = 99;
 
 } // namespace
 
-/// What the thread that looks for printers knows of the dialog, which may end before it.
-struct PrintDialog::Link {
-    Mutex mutex;
-    PrintDialog* dialog QUOBRIX_GUARDED_BY(mutex) = nullptr;
-};
-
-PrintDialog::PrintDialog(const ViewContext& context, const Printable& printable, std::shared_ptr<Printers> printers,
+PrintDialog::PrintDialog(const ViewContext& context, const Printable& printable, Report report, PrintThreads threads,
                          QWidget* parent)
-    : QDialog(parent), context_(context), printable_(printable), printers_(std::move(printers)),
-      link_(std::make_shared<Link>()), printer_(new QComboBox), copies_(new QSpinBox), first_(new QSpinBox),
-      last_(new QSpinBox), bothSides_(new QCheckBox(tr("On &both sides"))), pages_(new QLabel) {
+    : QDialog(parent), context_(context), printable_(printable), threads_(std::move(threads)), printer_(new QComboBox),
+      copies_(new QSpinBox), first_(new QSpinBox), last_(new QSpinBox), bothSides_(new QCheckBox(tr("On &both sides"))),
+      pages_(new QLabel), report_(std::move(report)) {
     setObjectName(QStringLiteral("Print"));
     setWindowTitle(tr("Print"));
     printer_->setObjectName(QStringLiteral("Printer"));
@@ -61,7 +54,7 @@ PrintDialog::PrintDialog(const ViewContext& context, const Printable& printable,
         if (dialog.exec() != QDialog::Accepted)
             return;
         dialog.setup().save(context_.settings);
-        layOut();
+        countPages();
     });
 
     auto* form = new QFormLayout;
@@ -76,6 +69,8 @@ PrintDialog::PrintDialog(const ViewContext& context, const Printable& printable,
         auto* from = new QHBoxLayout;
         first_->setObjectName(QStringLiteral("FirstPage"));
         last_->setObjectName(QStringLiteral("LastPage"));
+        first_->setEnabled(false);
+        last_->setEnabled(false);
         last_->setAccessibleName(tr("Last page"));
         from->addWidget(first_);
         from->addWidget(new QLabel(tr("through")));
@@ -99,15 +94,11 @@ PrintDialog::PrintDialog(const ViewContext& context, const Printable& printable,
     connect(pdf_, &QPushButton::clicked, this, [this] { finish(Target::PdfFile); });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
-    layOut();
+    countPages();
     lookForPrinters();
 }
 
 PrintDialog::~PrintDialog() {
-    {
-        const MutexLock lock(link_->mutex);
-        link_->dialog = nullptr;
-    }
     delete range_; // which shows the table
 }
 
@@ -125,7 +116,7 @@ QWidget* PrintDialog::makeRange() {
     constexpr int kLinesOfNote = 3; // below the row: why an entry is refused
     range_->setFixedHeight(view.horizontalHeader()->sizeHint().height() + view.rowHeight(0) + 2 * view.frameWidth() +
                            kLinesOfNote * fontMetrics().lineSpacing());
-    connect(&range_->model(), &QAbstractItemModel::dataChanged, this, [this] { layOut(); });
+    connect(&range_->model(), &QAbstractItemModel::dataChanged, this, [this] { choose(); });
     range_->setCurrentCell(0, 0);
     return range_;
 }
@@ -134,17 +125,9 @@ void PrintDialog::lookForPrinters() {
     printer_->addItem(tr("Looking for printers..."));
     printer_->setEnabled(false);
     print_->setEnabled(false);
-    {
-        const MutexLock lock(link_->mutex);
-        link_->dialog = this;
-    }
-    std::thread([link = link_, printers = printers_] {
-        Printers::Known known = printers->find();
-        const MutexLock lock(link->mutex);
-        if (PrintDialog* dialog = link->dialog)
-            QMetaObject::invokeMethod(
-                dialog, [dialog, known = std::move(known)] { dialog->show(known); }, Qt::QueuedConnection);
-    }).detach();
+    threads_.search.run(
+        *this, [printers = threads_.printers] { return printers->find(); },
+        [this](const Printers::Known& known) { show(known); });
 }
 
 void PrintDialog::show(const Printers::Known& known) {
@@ -159,41 +142,51 @@ void PrintDialog::show(const Printers::Known& known) {
     (known.names.isEmpty() ? pdf_ : print_)->setDefault(true);
 }
 
-bool PrintDialog::layOut() {
-    std::optional<RecordRange> range;
-    if (records_) {
-        const auto [first, last] = records_->range();
-        range = RecordRange{first, last};
+void PrintDialog::choose() {
+    const auto [first, last] = records_->range();
+    report_ = printable_.make(RecordRange{first, last});
+    countPages();
+}
+
+void PrintDialog::countPages() {
+    if (!report_) {
+        counted_.reset();
+        return pages_->setText(tr("No record in view has such a number."));
     }
-    std::optional<Report> report = printable_.make(range);
-    if (!report) {
-        pages_->setText(tr("No record in view has such a number."));
-        return false;
-    }
-    report_ = *report;
+    pages_->setText(tr("Laying out pages..."));
+    counted_ = std::make_unique<QObject>();
     const PageSetup setup = PageSetup::load(context_.settings);
-    const PageSource pages = quobrix::layOut(*std::move(report), setup, PaperPainter());
-    const int count = static_cast<int>(pages.count);
+    threads_.pages.run(
+        *counted_, [report = *report_, setup] { return layOut(report, setup, PaperPainter()); },
+        [this, setup](const PageSource& pages) { show(pages, setup); });
+}
+
+void PrintDialog::show(const PageSource& pages, const PageSetup& setup) {
     pages_->setText(tr("%1, %2 %3")
                         .arg(toQt(counted(TextId::PagesCounted, pages.count, pages.count)),
                              toQt(text(setup.paper->name)),
                              pages.paper.width > pages.paper.height ? tr("landscape") : tr("portrait")));
     // Who has not chosen pages wants all, of a list in any case.
-    const bool all = records_ || pageCount_ == 0 || last_->value() == pageCount_;
+    const int count = static_cast<int>(pages.count);
+    const bool all = pageCount_ == 0 || last_->value() == pageCount_;
     pageCount_ = count;
-    first_->setRange(1, count);
-    last_->setRange(1, count);
+    for (QSpinBox* page : {first_, last_}) {
+        page->setRange(1, count);
+        page->setEnabled(true);
+    }
     if (all)
         last_->setValue(count);
-    return true;
 }
 
 void PrintDialog::finish(Target target) {
-    if ((range_ && !range_->finishEdit()) || !layOut())
+    if ((range_ && !range_->finishEdit()) || !report_)
         return;
-    const auto [first, last] = std::minmax({first_->value(), last_->value()});
-    order_ = {printer_->currentText(), copies_->value(), bothSides_->isChecked(), static_cast<std::size_t>(first - 1),
-              static_cast<std::size_t>(last)};
+    order_ = {printer_->currentText(), copies_->value(), bothSides_->isChecked()};
+    if (!records_ && pageCount_ > 0) {
+        const auto [first, last] = std::minmax({first_->value(), last_->value()});
+        order_.first = static_cast<std::size_t>(first - 1);
+        order_.last = static_cast<std::size_t>(last);
+    }
     target_ = target;
     if (target == Target::Printer) {
         context_.settings.setText(kPrintSection, "Printer", order_.printer.toStdString());

@@ -3,12 +3,15 @@
 #include "app/printers.h"
 #include "model/print_range.h"
 #include "paper/page_setup.h"
+#include "paper/painter.h"
 #include "tables/table_edits.h"
+#include "ui/background.h"
 #include "views/page.h"
 
 #include <QDialog>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QCheckBox;
@@ -28,36 +31,45 @@ struct Printable {
     std::size_t records = 0; ///< that a range can be chosen of; 0: no range is asked for
 };
 
+/// What printing does beside the window.
+struct PrintThreads {
+    std::shared_ptr<Printers> printers;
+    Background& search; ///< for them, which may take as long as a printer in the network is silent
+    Background& pages;  ///< are laid out
+};
+
 /// Asks what is printed on which printer. The printers come up when the system has named them; a file can be chosen
 /// meanwhile.
 class PrintDialog final : public QDialog {
 public:
     enum class Target { Printer, PdfFile };
 
-    PrintDialog(const ViewContext& context, const Printable& printable, std::shared_ptr<Printers> printers,
+    /// REPORT is all of PRINTABLE. The latter and THREADS must outlive the dialog.
+    PrintDialog(const ViewContext& context, const Printable& printable, Report report, PrintThreads threads,
                 QWidget* parent);
     ~PrintDialog() override;
 
     /// After it was accepted.
     Target target() const { return target_; }
     const PrintOrder& order() const { return order_; }
-    /// What is chosen; one page at least.
-    const Report& report() const { return report_; }
+    /// What is chosen.
+    const Report& report() const { return *report_; }
 
 private:
-    struct Link;
-
     QWidget* makeRange();
     void lookForPrinters();
     void show(const Printers::Known& known);
-    /// Lays the chosen records out to say how many pages they take; false if there are none.
-    bool layOut();
+    /// Takes the records of the range that is typed.
+    void choose();
+    /// Says how many pages the report takes, once they are laid out.
+    void countPages();
+    void show(const PageSource& pages, const PageSetup& setup);
     void finish(Target target);
 
     const ViewContext context_;
     const Printable& printable_;
-    std::shared_ptr<Printers> printers_;
-    std::shared_ptr<Link> link_;
+    const PrintThreads threads_;
+    std::unique_ptr<QObject> counted_;         ///< who waits for the pages: what was asked before counts no more
     std::unique_ptr<PrintRangeTable> records_; ///< none: no range is asked for
     std::unique_ptr<TableEdits> edits_;
     TFixedTableSpreadsheet* range_ = nullptr;
@@ -70,7 +82,7 @@ private:
     QPushButton* print_;
     QPushButton* pdf_;
     int pageCount_ = 0;
-    Report report_;
+    std::optional<Report> report_; ///< none: no record is in the range
     PrintOrder order_;
     Target target_ = Target::Printer;
 };

@@ -32,8 +32,9 @@ constexpr int kFitPage = 0, kFitWidth = 1; // entries of the box before them
 
 } // namespace
 
-PrintPreviewDialog::PrintPreviewDialog(const ViewContext& context, Report report, Commands commands, QWidget* parent)
-    : QDialog(parent), context_(context), report_(std::move(report)), commands_(std::move(commands)),
+PrintPreviewDialog::PrintPreviewDialog(const ViewContext& context, Report report, Commands commands,
+                                       Background& layouts, QWidget* parent)
+    : QDialog(parent), context_(context), report_(std::move(report)), commands_(std::move(commands)), layouts_(layouts),
       view_(new PageView), bar_(new QToolBar), page_(new QSpinBox), scale_(new QComboBox) {
     setObjectName(QStringLiteral("PrintPreview"));
     setWindowTitle(tr("Print Preview - %1").arg(toQt(report_.title)));
@@ -90,6 +91,8 @@ PrintPreviewDialog::PrintPreviewDialog(const ViewContext& context, Report report
     if (!quobrix::restoreGeometry(*this, context_.settings, kPreviewSection))
         resize(QSize(1000, 760).boundedTo(screen()->availableSize() * 9 / 10));
     layOut();
+    showCurrent();
+    showScale();
     view_->setFocus();
 }
 
@@ -144,15 +147,20 @@ void PrintPreviewDialog::addScaleBox() {
 }
 
 void PrintPreviewDialog::layOut() {
-    view_->setPages(quobrix::layOut(report_, PageSetup::load(context_.settings), PaperPainter()));
-    showCurrent();
-    showScale();
+    laidOut_ = std::make_unique<QObject>();
+    layouts_.run(
+        *laidOut_,
+        [report = report_, setup = PageSetup::load(context_.settings)] {
+            return quobrix::layOut(report, setup, PaperPainter());
+        },
+        [this](PageSource pages) { view_->setPages(std::move(pages)); });
 }
 
 void PrintPreviewDialog::showCurrent() {
     const QSignalBlocker quiet(page_);
+    page_->setEnabled(view_->count() > 0);
     page_->setRange(1, static_cast<int>(view_->count()));
-    page_->setSuffix(tr(" of %1").arg(view_->count()));
+    page_->setSuffix(view_->count() > 0 ? tr(" of %1").arg(view_->count()) : QString());
     page_->setValue(static_cast<int>(view_->current() + 1));
     const bool before = view_->current() > 0, after = view_->current() + 1 < view_->count();
     first_->setEnabled(before);

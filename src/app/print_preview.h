@@ -2,10 +2,12 @@
 
 #include "app/print_dialog.h"
 #include "paper/ui/page_view.h"
+#include "ui/background.h"
 
 #include <QDialog>
 
 #include <functional>
+#include <memory>
 
 class QAction;
 class QComboBox;
@@ -21,8 +23,9 @@ public:
         std::function<void(QWidget&over)> print, savePdf, setUp;
     };
 
-    /// REPORT is what is shown.
-    PrintPreviewDialog(const ViewContext& context, Report report, Commands commands, QWidget* parent);
+    /// REPORT is what is shown once it is laid out on the thread of LAYOUTS, which must outlive the dialog.
+    PrintPreviewDialog(const ViewContext& context, Report report, Commands commands, Background& layouts,
+                       QWidget* parent);
     ~PrintPreviewDialog() override;
 
     PageView& view() { return *view_; }
@@ -39,6 +42,8 @@ private:
     const ViewContext context_;
     const Report report_;
     const Commands commands_;
+    Background& layouts_;
+    std::unique_ptr<QObject> laidOut_; ///< who waits for the pages: what was asked before counts no more
     PageView* view_;
     QToolBar* bar_;
     QSpinBox* page_;

@@ -7,6 +7,7 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 
+#include <algorithm>
 #include <mutex>
 
 namespace quobrix {
@@ -40,8 +41,9 @@ public:
                           : landscape      ? QPrinter::DuplexShortSide
                                            : QPrinter::DuplexLongSide);
         progress.what = &kPrinting;
-        progress.total = order.last - order.first;
-        const bool painted = paintPages(printer, pages, order.first, order.last, [&](std::size_t done) {
+        const std::size_t last = std::min(order.last, pages.count), first = std::min(order.first, last - 1);
+        progress.total = last - first;
+        const bool painted = paintPages(printer, pages, first, last, [&](std::size_t done) {
             progress.done = done;
             if (progress.cancelled)
                 printer.abort();

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <memory>
 
 namespace quobrix {
@@ -16,7 +17,7 @@ struct PrintOrder {
     QString printer{};
     int copies = 1;
     bool bothSides = false;
-    std::size_t first = 0, last = 0; ///< pages, from 0; the last is not among them
+    std::size_t first = 0, last = SIZE_MAX; ///< pages, from 0, as far as there are; the last is not among them
 };
 
 /// The printers that this computer knows. Asking the system may take as long as a printer in the network is silent, so

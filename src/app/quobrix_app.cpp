@@ -113,7 +113,7 @@ void TQuobrixApp::createFrame() {
     frame_->countBy(*counter_);
     unitsCommand_ = std::make_unique<UnitsCommand>(*frame_, units_, unitStore_);
     namesCommands_ = std::make_unique<NamesCommands>(*frame_);
-    printCommands_ = std::make_unique<PrintCommands>(*frame_);
+    printCommands_ = std::make_unique<PrintCommands>(*frame_, printerSearch_);
     logger_ = std::make_unique<LoggerCommands>(*frame_, *namesCommands_, loadLoggerLibrary(libraryPath_),
                                                LoggerCommands::Folders{dataFolder_, recoveryFolder(), downloadLog()});
     frame_->pages().show(kHomePage);

@@ -48,6 +48,9 @@ private:
     /// Goes last, and its port has a rest then: the next copy may be the first, and have the document, meanwhile.
     std::unique_ptr<LoggerCommands> logger_;
 
+    /// Looks for printers. One in the network may be silent for long: nothing but the process waits for it then.
+    Background printerSearch_;
+
     const bool commandLineGiven_;
     const std::filesystem::path commandLineFile_; ///< empty if none was named
     const std::filesystem::path libraryPath_;     ///< of the logger library

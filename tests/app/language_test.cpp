@@ -286,17 +286,19 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(setup);
     log.showView(LogViewKind::Summary);
     const Printable list{[&](const auto& range) { return log.printable(range); }, log.printableRecords()};
-    PrintDialog print(context_, list, std::make_shared<NoPrinters>(), nullptr);
+    Background threads;
+    const PrintThreads printing{std::make_shared<NoPrinters>(), threads, threads};
+    PrintDialog print(context_, list, *log.printable({}), printing, nullptr);
     look(print);
     auto& range = *print.findChild<TFixedTableSpreadsheet*>();
     for (const char* typed : {"9", "x"})
         shown_.push_back({QStringLiteral("print range"), toQt(range.model().type(0, 0, QLatin1String(typed)).refusal)});
     QApplication::processEvents();
     look(print); // without a printer
-    PrintDialog pages(context_, {[&](const auto& all) { return log.printable(all); }}, std::make_shared<NoPrinters>(),
+    PrintDialog pages(context_, {[&](const auto& all) { return log.printable(all); }}, *log.printable({}), printing,
                       nullptr);
     look(pages);
-    PrintPreviewDialog preview(context_, *log.printable({}), {}, nullptr);
+    PrintPreviewDialog preview(context_, *log.printable({}), {}, threads, nullptr);
     look(preview);
     expectTranslated(100);
 }

@@ -29,6 +29,7 @@ PageView::PageView(QWidget* parent) : QAbstractScrollArea(parent) {
     viewport()->setBackgroundRole(QPalette::Mid);
     viewport()->setAutoFillBackground(true);
     viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName(tr("Laying out pages..."));
 }
 
 void PageView::setPages(PageSource pages) {
@@ -172,8 +173,11 @@ const QPixmap& PageView::picture(std::size_t page) {
 void PageView::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.fillRect(event->rect(), palette().color(QPalette::Mid));
-    if (pages_.count == 0)
+    if (pages_.count == 0) {
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(viewport()->rect(), Qt::AlignCenter, tr("Laying out pages..."));
         return;
+    }
     const int rowHeight = pageSize().height() + kGap;
     const int first = std::clamp((event->rect().top() - placeOf(0).top()) / rowHeight, 0, rows() - 1);
     for (auto page = static_cast<std::size_t>(first * columns_); page < pages_.count; ++page) {

@@ -11,7 +11,8 @@
 namespace quobrix {
 
 /// Shows pages as they come out on paper, one below the other or two side by side. Only those in view are made and
-/// painted. The arrow keys scroll, Page Up and Page Down go from page to page, Home and End to the first and the last,
+/// painted; until there are any it says that they are being laid out. The arrow keys scroll, Page Up and Page Down go
+/// from page to page, Home and End to the first and the last,
 /// + and - change the scale, as does the wheel with Ctrl.
 class PageView final : public QAbstractScrollArea {
     Q_OBJECT
