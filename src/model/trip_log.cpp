@@ -106,11 +106,8 @@ std::string_view TripEndTimeColumn::textView(RowIndex row, const TextContext& co
 }
 
 Value TripDurationColumn::value(RowIndex row) const {
-    const auto& start = sibling<TTripLogStartTimeColumn>(*this);
-    const auto& end = sibling<TTripLogEndTimeColumn>(*this);
-    if (!start.has(row) || !end.has(row))
-        return {};
-    return static_cast<std::int64_t>(end.at(row)) - start.at(row);
+    const auto seconds = between(sibling<TTripLogStartTimeColumn>(*this), sibling<TTripLogEndTimeColumn>(*this), row);
+    return seconds ? Value(*seconds) : Value();
 }
 
 Value TripAverageSpeedColumn::value(RowIndex row) const {

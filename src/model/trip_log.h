@@ -4,6 +4,9 @@
 #include "model/parameters.h"
 #include "model/recorded_cells.h"
 
+#include <cstdint>
+#include <optional>
+
 namespace quobrix {
 
 /// The elapsed time of a sample, from the start of its trip, in s.
@@ -54,6 +57,12 @@ public:
 /// End minus start, in s.
 class TripDurationColumn : public DerivedElapsedTimeColumn {
 public:
+    /// From a START to an END, in s; nothing where one is missing.
+    static std::optional<std::int64_t> between(const DateTimeColumn& start, const DateTimeColumn& end, RowIndex row) {
+        if (!start.has(row) || !end.has(row))
+            return {};
+        return static_cast<std::int64_t>(end.at(row)) - start.at(row);
+    }
     Value value(RowIndex row) const override;
 };
 

@@ -60,7 +60,7 @@ void fitList(QComboBox& box) {
 FilterBar::FilterBar(const ViewContext& context, const LogSpec& spec, QWidget* parent)
     : EscapeBar(parent), context_(context), spec_(spec), words_(new QLineEdit),
       more_(textButton("filterMore", tr("&More"))), count_(new QLabel),
-      showAll_(textButton("filterShowAll", tr("Show &All"))), fields_(makeFields()), typing_(new QTimer(this)) {
+      showAll_(textButton("filterShowAll", tr("Show &All"))), typing_(new QTimer(this)) {
     setObjectName(QStringLiteral("FilterBar"));
     QLabel* label = fieldLabel(tr("Fi&lter:"), *words_);
     words_->setObjectName(QStringLiteral("filterWords"));
@@ -86,7 +86,6 @@ FilterBar::FilterBar(const ViewContext& context, const LogSpec& spec, QWidget* p
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(8, 4, 8, 4);
     layout->addLayout(line);
-    layout->addWidget(fields_);
 
     typing_->setSingleShot(true);
     connect(typing_, &QTimer::timeout, this, [this] { apply(false); });
@@ -101,18 +100,19 @@ FilterBar::FilterBar(const ViewContext& context, const LogSpec& spec, QWidget* p
     showFields(false);
 }
 
-QWidget* FilterBar::makeFields() {
-    auto* fields = new QWidget;
-    fields->setObjectName(QStringLiteral("FilterFields"));
-    auto* grid = new QGridLayout(fields);
+/// Few look behind the button, and every list that opens would wait for its boxes.
+void FilterBar::makeFields() {
+    fields_ = new QWidget;
+    fields_->setObjectName(QStringLiteral("FilterFields"));
+    auto* grid = new QGridLayout(fields_);
     grid->setContentsMargins(0, 0, 0, 0);
-    int place = 0;
+    std::vector<QWidget*> fields;
     const auto add = [&](const QString& label, QWidget& field) {
-        const int row = place / 3, column = place % 3 * 2;
+        const int place = static_cast<int>(fields.size()), row = place / 3, column = place % 3 * 2;
         grid->addWidget(fieldLabel(label, field), row, column);
         grid->addWidget(&field, row, column + 1);
         field.setMaximumWidth(field.fontMetrics().averageCharWidth() * 36);
-        ++place;
+        fields.push_back(&field);
     };
     period_ = box("filterPeriod", tr("Any time"));
     for (const Period& period : periods())
@@ -150,7 +150,11 @@ QWidget* FilterBar::makeFields() {
     }
     for (const Names& each : names_)
         connect(each.box, &QComboBox::activated, this, [this] { apply(false); });
-    return fields;
+    fields_->hide();
+    layout()->addWidget(fields_);
+    QWidget* before = showAll_;
+    for (QWidget* field : fields)
+        setTabOrder(std::exchange(before, field), field);
 }
 
 QWidget* FilterBar::lastField() const { return showAll_; }
@@ -163,13 +167,16 @@ void FilterBar::open() {
 }
 
 void FilterBar::clear() {
-    for (QLineEdit* field : {words_, from_, to_})
-        field->clear();
-    period_->setCurrentIndex(kAnyTime);
-    for (const Names& each : names_)
-        each.box->setCurrentIndex(0);
+    words_->clear();
+    if (fields_) {
+        from_->clear();
+        to_->clear();
+        period_->setCurrentIndex(kAnyTime);
+        for (const Names& each : names_)
+            each.box->setCurrentIndex(0);
+        reason_->hide();
+    }
     typing_->stop();
-    reason_->hide();
     criteria_ = {};
     showState();
 }
@@ -177,6 +184,8 @@ void FilterBar::clear() {
 void FilterBar::want(const Period* period, const std::optional<std::string>& vehicle,
                      const std::optional<std::string>& driver) {
     clear();
+    if (!fields_)
+        makeFields();
     offerNames();
     if (period)
         period_->setCurrentIndex(static_cast<int>(period - periods().data()) + 1);
@@ -236,9 +245,13 @@ void FilterBar::offerNames() {
 }
 
 void FilterBar::showFields(bool shown) {
-    if (shown)
+    if (shown) {
+        if (!fields_)
+            makeFields();
         offerNames();
-    fields_->setVisible(shown);
+    }
+    if (fields_)
+        fields_->setVisible(shown);
     more_->setChecked(shown);
     showState();
 }
@@ -271,6 +284,8 @@ void FilterBar::enterRange() {
 }
 
 std::optional<TimeRange> FilterBar::time(QString& reason) const {
+    if (!fields_)
+        return TimeRange{};
     const int chosen = period_->currentIndex();
     if (chosen != kAnyTime && chosen != kRange)
         return rangeOf(periods()[static_cast<std::size_t>(chosen) - 1], currentTime(), context_.zone);
@@ -297,8 +312,10 @@ void FilterBar::apply(bool evenIfSame) {
     typing_->stop();
     QString reason;
     const std::optional<TimeRange> time = this->time(reason);
-    reason_->setText(reason);
-    reason_->setVisible(!reason.isEmpty());
+    if (fields_) {
+        reason_->setText(reason);
+        reason_->setVisible(!reason.isEmpty());
+    }
     RecordCriteria wanted{.words = words_->text().trimmed().toStdString(), .time = time.value_or(criteria_.time)};
     for (const Names& each : names_)
         if (const QVariant key = each.box->currentData(); key.isValid())
@@ -311,6 +328,8 @@ void FilterBar::apply(bool evenIfSame) {
 }
 
 QString FilterBar::fieldsText() const {
+    if (!fields_)
+        return {};
     QStringList parts;
     const int period = period_->currentIndex();
     if (period == kRange)

@@ -38,7 +38,7 @@ public:
     void namesChanged();
     /// Typing has to wait for the end of a word, since the last step took longer than a person notices.
     void setSlow(bool slow);
-    /// Where the keyboard goes on from the bar.
+    /// Where the keyboard goes on from the bar, until it shows more fields.
     QWidget* lastField() const;
 
 signals:
@@ -59,7 +59,7 @@ private:
         QComboBox* box = nullptr;
     };
 
-    QWidget* makeFields();
+    void makeFields();
     void offerNames();
     void showFields(bool shown);
     void choosePeriod();
@@ -83,7 +83,7 @@ private:
     QComboBox* period_ = nullptr;
     QLineEdit *from_ = nullptr, *to_ = nullptr;
     QLabel* reason_ = nullptr;
-    QWidget* fields_; ///< made with the four before it
+    QWidget* fields_ = nullptr; ///< made, with names_ and the four before it, when it is first asked for
     QTimer* typing_;
     bool outdated_ = true; ///< the names that are offered
 };

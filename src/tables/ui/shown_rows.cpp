@@ -201,6 +201,8 @@ void ShownRows::eraseAt(std::size_t place, std::size_t count) {
 std::optional<std::size_t> ShownRows::placeOf(RowIndex row) const {
     if (row >= stored_)
         return {};
+    if (row < rows_.size() && rows_[row] == row) // most lists are neither sorted nor filtered
+        return row;
     if (places_.empty()) {
         places_.resize(stored_, kNoPlace);
         for (std::size_t place = 0; place < rows_.size(); ++place)
