@@ -16,26 +16,19 @@ PlotSamples::PlotSamples(std::vector<double> places, std::vector<double> values)
     build();
 }
 
-void PlotSamples::include(Block& block, std::uint32_t least, std::uint32_t greatest) const {
-    if (least == kNone)
-        return;
-    if (block.least == kNone || values_[least] < values_[block.least])
-        block.least = least;
-    if (block.greatest == kNone || values_[greatest] > values_[block.greatest])
-        block.greatest = greatest;
-}
-
 void PlotSamples::build() {
+    for (double& value : values_)
+        if (!hasValue(value) || !std::isfinite(value))
+            value = std::numeric_limits<double>::quiet_NaN();
     std::vector<Block> level(values_.size() / kFan);
     for (std::size_t i = 0; i < level.size() * kFan; ++i)
-        if (const auto sample = static_cast<std::uint32_t>(i); has(i))
-            include(level[i / kFan], sample, sample);
+        level[i / kFan].include(sample(i));
     while (!level.empty()) {
         levels_.push_back(std::move(level));
         const std::vector<Block>& below = levels_.back();
         level.assign(below.size() / kFan, {});
         for (std::size_t i = 0; i < level.size() * kFan; ++i)
-            include(level[i / kFan], below[i].least, below[i].greatest);
+            level[i / kFan].include(below[i]);
     }
 }
 
@@ -47,7 +40,7 @@ std::size_t PlotSamples::firstFrom(double place) const {
     if (place > at(size() - 1))
         return size();
     // What division rounds is put right by what at() says.
-    auto sample = std::min(static_cast<std::size_t>(std::ceil((place - start_) / step_)), size() - 1);
+    auto sample = std::min(static_cast<std::size_t>((place - start_) / step_), size() - 1);
     while (sample > 0 && at(sample - 1) >= place)
         --sample;
     while (at(sample) < place)
@@ -63,18 +56,14 @@ std::optional<std::size_t> PlotSamples::lastUpTo(double place) const {
 std::optional<PlotSamples::Extremes> PlotSamples::extremes(std::size_t begin, std::size_t end) const {
     Block found;
     while (begin < end) {
-        std::size_t level = 0, size = 1;
-        while (level < levels_.size() && begin % (size * kFan) == 0 && begin + size * kFan <= end) {
-            size *= kFan;
+        std::size_t level = 0;
+        const auto fits = [&](std::size_t size) { return (begin & (size - 1)) == 0 && begin + size <= end; };
+        while (level < levels_.size() && fits(std::size_t{1} << kFanBits * (level + 1)))
             ++level;
-        }
-        if (level > 0)
-            include(found, levels_[level - 1][begin / size].least, levels_[level - 1][begin / size].greatest);
-        else if (const auto sample = static_cast<std::uint32_t>(begin); has(begin))
-            include(found, sample, sample);
-        begin += size;
+        found.include(level > 0 ? levels_[level - 1][begin >> kFanBits * level] : sample(begin));
+        begin += std::size_t{1} << kFanBits * level;
     }
-    return found.least == kNone ? std::nullopt : std::optional(Extremes{found.least, found.greatest});
+    return found.leastAt == kNone ? std::nullopt : std::optional(Extremes{found.leastAt, found.greatestAt});
 }
 
 } // namespace quobrix

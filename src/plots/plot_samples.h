@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -14,7 +15,7 @@ namespace quobrix {
 class PlotSamples {
 public:
     PlotSamples() = default;
-    /// VALUES (kNoValue: none) at START, START + STEP, …; STEP must be above 0.
+    /// VALUES (kNoValue, or what is no number: none) at START, START + STEP, …; STEP must be above 0.
     PlotSamples(double start, double step, std::vector<double> values);
     /// VALUES at PLACES, as many of them, none of which is before the one ahead of it.
     PlotSamples(std::vector<double> places, std::vector<double> values);
@@ -25,7 +26,7 @@ public:
         return places_.empty() ? start_ + step_ * static_cast<double>(sample) : places_[sample];
     }
     double value(std::size_t sample) const { return values_[sample]; }
-    bool has(std::size_t sample) const { return hasValue(values_[sample]); }
+    bool has(std::size_t sample) const { return values_[sample] == values_[sample]; }
     /// Between samples; 0 where they are not at even distances.
     double step() const { return step_; }
 
@@ -42,18 +43,33 @@ public:
     std::optional<Extremes> extremes(std::size_t begin, std::size_t end) const;
 
 private:
-    static constexpr std::size_t kFan = 4;
+    static constexpr std::size_t kFanBits = 2, kFan = std::size_t{1} << kFanBits;
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    /// Extremes beside the samples that they are of: to look them up among the samples takes longer than all else.
     struct Block {
-        std::uint32_t least = kNone, greatest = kNone;
+        double least = std::numeric_limits<double>::infinity(), greatest = -std::numeric_limits<double>::infinity();
+        std::uint32_t leastAt = kNone, greatestAt = kNone;
+
+        /// Without branches, which nobody could foretell.
+        void include(const Block& later) {
+            const bool less = later.least < least;
+            const bool more = later.greatest > greatest;
+            leastAt = less ? later.leastAt : leastAt;
+            least = less ? later.least : least;
+            greatestAt = more ? later.greatestAt : greatestAt;
+            greatest = more ? later.greatest : greatest;
+        }
     };
 
     void build();
-    void include(Block& block, std::uint32_t least, std::uint32_t greatest) const;
+    Block sample(std::size_t at) const {
+        const auto number = static_cast<std::uint32_t>(at);
+        return {values_[at], values_[at], number, number};
+    }
 
     double start_ = 0, step_ = 0;
-    std::vector<double> places_; ///< empty: at even distances
-    std::vector<double> values_;
+    std::vector<double> places_;             ///< empty: at even distances
+    std::vector<double> values_;             ///< NaN where there is none, which no comparison takes for an extreme
     std::vector<std::vector<Block>> levels_; ///< of 4 samples each, of 16, …; whole blocks only
 };
 

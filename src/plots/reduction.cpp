@@ -1,7 +1,6 @@
 #include "plots/reduction.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace quobrix {
@@ -39,6 +38,11 @@ public:
             runs_.emplace_back();
     }
     void add(std::size_t sample) { runs_.back().push_back(sample); }
+    /// SAMPLE may be the last that was added.
+    void addOther(std::size_t sample) {
+        if (runs_.back().back() != sample)
+            add(sample);
+    }
 
 private:
     std::vector<std::vector<std::size_t>>& runs_;
@@ -55,10 +59,13 @@ Reduction reduce(const PlotSamples& samples, double origin, double width, std::s
     i -= i > 0;
     end += end < samples.size();
     result.reduced = end - i > kFew * columns;
+    double column = i < end ? grid.columnOf(samples.at(i)) : 0;
     while (i < end) {
         std::size_t next = i + 1;
         if (result.reduced) {
-            next = std::min(samples.firstFrom(grid.edge(grid.columnOf(samples.at(i)) + 1)), end);
+            if (const double place = samples.at(i); grid.edge(column + 1) <= place) // behind columns that hold nothing
+                column = grid.columnOf(place);
+            next = std::min(samples.firstFrom(grid.edge(++column)), end);
         }
         if (const auto extremes = samples.extremes(i, next)) {
             std::size_t first = i, last = next - 1;
@@ -66,12 +73,11 @@ Reduction reduce(const PlotSamples& samples, double origin, double width, std::s
                 ++first;
             while (!samples.has(last))
                 --last;
-            std::array<std::size_t, 4> chosen = {first, extremes->least, extremes->greatest, last};
-            std::ranges::sort(chosen);
+            const auto [earlier, later] = std::minmax(extremes->least, extremes->greatest);
             runs.beginWith(first);
-            for (std::size_t k = 0; k < chosen.size(); ++k)
-                if (k == 0 || chosen[k] != chosen[k - 1])
-                    runs.add(chosen[k]);
+            runs.add(first);
+            for (const std::size_t sample : {earlier, later, last})
+                runs.addOther(sample);
         }
         i = next;
     }

@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+
 namespace quobrix {
 namespace {
 
@@ -69,6 +72,40 @@ TEST(DrawingPainter, CarriesEveryCommandOutAtEveryScale) {
         };
         EXPECT_TRUE(has(image, part(80, 95), colourOf(ColourRole::Accent))) << "ends at its place";
         EXPECT_FALSE(has(image, part(96, 100), colourOf(ColourRole::Accent)));
+    }
+}
+
+/// The toolkit's own smooth lines, which an image that can be seen through gets, are what they are held to.
+TEST(DrawingPainter, PaintsDenseLinesAsTheToolkitDoesButClipped) {
+    for (const double scale : {1.0, 1.5, 2.0}) {
+        Drawing drawing{{}, {}, {400, 100}, 12, {}};
+        Polyline line{{}, {ColourRole::Text, 1}};
+        for (int i = 0; i < 300; ++i)
+            line.points.push_back({20 + i * 1.1, 50 + 40 * std::sin(i / 15.0)});
+        drawing.commands = {Rectangle{{0, 0, 400, 100}}, Clip{{40, 20, 300, 60}}, std::move(line), EndClip{}};
+        const auto painted = [&](QImage::Format format) {
+            QImage image(QSize(400, 100) * scale, format);
+            image.setDevicePixelRatio(scale);
+            QPainter painter(&image);
+            paintDrawing(painter, drawing, kPaperPalette, QFont());
+            painter.end();
+            return image;
+        };
+        const QImage ours = painted(QImage::Format_RGB32), theirs = painted(QImage::Format_ARGB32_Premultiplied);
+        double difference = 0, ink = 0, ourInk = 0;
+        for (int y = 0; y < ours.height(); ++y)
+            for (int x = 0; x < ours.width(); ++x) {
+                const int a = qGray(ours.pixel(x, y)), b = qGray(theirs.pixel(x, y));
+                difference += std::abs(a - b);
+                ourInk += 255 - a;
+                ink += 255 - b;
+                const QPointF place = QPointF(x + 0.5, y + 0.5) / scale;
+                const bool within = place.x() > 39 && place.x() < 341 && place.y() > 19 && place.y() < 81;
+                ASSERT_TRUE(within || a == 255) << "clipped";
+            }
+        // Lines of one pixel are thinner in the toolkit where they slope.
+        EXPECT_NEAR(ourInk / ink, 1, scale == 1 ? 0.2 : 0.05) << scale;
+        EXPECT_LT(difference / ink, scale == 1 ? 0.4 : 0.3) << scale;
     }
 }
 

@@ -1,6 +1,7 @@
 #include "drawing/ui/drawing_painter.h"
 
 #include "base/ui/qt_text.h"
+#include "drawing/ui/pixels.h"
 
 #include <QFontInfo>
 #include <QPaintDevice>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <span>
 
 namespace quobrix {
@@ -19,6 +21,8 @@ namespace {
 
 /// So many points cost little whatever the pen, and look better in one piece.
 constexpr qsizetype kFewPoints = 64;
+constexpr double kDense = 3;       // pixels a point
+constexpr double kWidestDense = 3; // pixels
 
 QPointF toQt(Point point) { return {point.x, point.y}; }
 QRectF toQt(const Box& box) { return {box.left, box.top, box.width, box.height}; }
@@ -58,6 +62,10 @@ public:
         painter_.setBrush(Qt::NoBrush);
         const QPolygonF points = toQt(polyline.points);
         const double width = setPen(polyline.stroke);
+        if (isDense(polyline, width))
+            if (std::optional<Pixels> image = Pixels::of(painter_))
+                return image->drawDense(painter_.deviceTransform().map(points), std::max(width, 1.0),
+                                        toQt(palette_[polyline.stroke.colour]));
         if (width <= 1 || points.size() <= kFewPoints) {
             painter_.drawPolyline(points);
         } else if (polyline.stroke.dash == Dash::Solid) {
@@ -77,23 +85,28 @@ public:
         }
     }
     void draw(const Segments& segments) {
-        setPen(segments.stroke);
+        const bool pixels = makesPixels() && segments.stroke.dash == Dash::Solid;
+        QVector<QRect> crisp;
         QVector<QLineF> lines;
-        lines.reserve(static_cast<qsizetype>(segments.points.size() / 2));
-        for (std::size_t i = 0; i + 1 < segments.points.size(); i += 2)
-            lines.emplace_back(toQt(segments.points[i]), toQt(segments.points[i + 1]));
+        for (std::size_t i = 0; i + 1 < segments.points.size(); i += 2) {
+            const Point from = segments.points[i], to = segments.points[i + 1];
+            if (pixels && (from.x == to.x || from.y == to.y))
+                crisp.append(pixelsOf(from, to, segments.stroke.width));
+            else
+                lines.emplace_back(toQt(from), toQt(to));
+        }
+        fillPixels(crisp, segments.stroke.colour);
+        setPen(segments.stroke);
         painter_.drawLines(lines);
     }
     void draw(const Columns& columns) {
-        if (painter_.paintEngine()->type() != QPaintEngine::Raster)
+        if (!makesPixels())
             return drawOutline(columns);
-        // In whole pixels of the device they leave no seams, and are painted several times as fast as smooth ones.
-        const QTransform device = painter_.deviceTransform(), world = painter_.worldTransform();
+        const QTransform device = painter_.deviceTransform();
         const auto column = [&](std::size_t i) {
-            return static_cast<int>(
-                std::lround((columns.left + static_cast<double>(i) * columns.width) * device.m11() + device.dx()));
+            return pixelAt((columns.left + static_cast<double>(i) * columns.width) * device.m11() + device.dx());
         };
-        const auto row = [&](double y) { return static_cast<int>(std::lround(y * device.m22() + device.dy())); };
+        const auto row = [&](double y) { return pixelAt(y * device.m22() + device.dy()); };
         QVector<QRect> pixels;
         pixels.reserve(static_cast<qsizetype>(columns.spans.size()));
         for (std::size_t i = 0; i < columns.spans.size(); ++i) {
@@ -102,12 +115,7 @@ public:
             if (pixel.isValid())
                 pixels.append(pixel);
         }
-        painter_.setWorldTransform(device.inverted() * world);
-        painter_.setRenderHint(QPainter::Antialiasing, false);
-        setFill(columns.fill);
-        painter_.drawRects(pixels);
-        painter_.setRenderHint(QPainter::Antialiasing);
-        painter_.setWorldTransform(world);
+        fillPixels(pixels, columns.fill);
     }
     void draw(const Marks& marks) {
         setPen({ColourRole::Ground, 1});
@@ -141,6 +149,49 @@ public:
     }
 
 private:
+    /// On a device of pixels; on paper and in files of shapes they are made later, at a resolution that nobody knows
+    /// yet.
+    bool makesPixels() const { return painter_.paintEngine()->type() == QPaintEngine::Raster; }
+    static int pixelAt(double device) { return static_cast<int>(std::lround(device)); }
+    /// What a line that runs along an axis covers, in whole pixels of the device, one at least.
+    QRect pixelsOf(Point from, Point to, double width) const {
+        const QTransform device = painter_.deviceTransform();
+        const double half = width * device.m11() / 2;
+        const auto span = [&](double a, double b, bool along) { // the first pixel and how many
+            if (a > b)
+                std::swap(a, b);
+            const int first = pixelAt(along ? a : a - half);
+            return std::pair(first, std::max(1, pixelAt(along ? b - first : 2 * half)));
+        };
+        const bool level = from.y == to.y;
+        const auto [x, columns] = span(from.x * device.m11() + device.dx(), to.x * device.m11() + device.dx(), level);
+        const auto [y, rows] = span(from.y * device.m22() + device.dy(), to.y * device.m22() + device.dy(), !level);
+        return {x, y, columns, rows};
+    }
+    /// Whole pixels of the device leave no seams, and are painted many times as fast as what is smoothed.
+    void fillPixels(const QVector<QRect>& pixels, ColourRole fill) {
+        if (std::optional<Pixels> image = Pixels::of(painter_)) {
+            for (const QRect& each : pixels)
+                image->fill(each, toQt(palette_[fill]));
+            return;
+        }
+        const QTransform device = painter_.deviceTransform(), world = painter_.worldTransform();
+        painter_.setWorldTransform(device.inverted() * world);
+        painter_.setRenderHint(QPainter::Antialiasing, false);
+        setFill(fill);
+        painter_.drawRects(pixels);
+        painter_.setRenderHint(QPainter::Antialiasing);
+        painter_.setWorldTransform(world);
+    }
+    /// Of points that follow each other along the x axis, too close for the eye to tell one from the next.
+    bool isDense(const Polyline& polyline, double width) const {
+        const std::vector<Point>& points = polyline.points;
+        if (polyline.stroke.dash != Dash::Solid || static_cast<qsizetype>(points.size()) <= kFewPoints ||
+            width > kWidestDense)
+            return false;
+        const double columns = (points.back().x - points.front().x) * painter_.deviceTransform().m11();
+        return columns < static_cast<double>(points.size()) * kDense && std::ranges::is_sorted(points, {}, &Point::x);
+    }
     /// Where pixels are made later, rectangles side by side would show seams.
     void drawOutline(const Columns& columns) {
         setFill(columns.fill);

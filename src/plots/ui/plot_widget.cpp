@@ -194,7 +194,7 @@ void PlotWidget::layOut() {
             layout_ = laidOut(room);
         }
     }
-    picture_ = {};
+    outdated_ = true;
     pointed_ = regionOf(drawPlotPointers(data_, layout_, pointers_));
     update();
 }
@@ -215,15 +215,15 @@ void PlotWidget::paintEvent(QPaintEvent*) {
     if (layout_.pixel != 1 / scale) // it is on another screen
         layOut();
     const Palette colours = screenPalette(palette());
-    if (picture_.isNull()) {
-        picture_ = QPixmap(size() * scale);
+    if (std::exchange(outdated_, false)) {
+        if (const QSize pixels = size() * scale; picture_.size() != pixels)
+            picture_ = QImage(pixels, QImage::Format_RGB32);
         picture_.setDevicePixelRatio(scale);
-        picture_.fill(palette().color(QPalette::Base));
         QPainter painter(&picture_);
         paintDrawing(painter, drawPlot(data_, view_, layout_), colours, font());
     }
     QPainter painter(this); // which paints no more than what has to be painted anew
-    painter.drawPixmap(QPoint(), picture_);
+    painter.drawImage(QPoint(), picture_);
     paintDrawing(painter, drawPlotPointers(data_, layout_, pointers_), colours, font());
     if (const QRect band = rubberBand(); !band.isEmpty()) {
         QColor colour = palette().color(QPalette::Highlight);

@@ -3,7 +3,7 @@
 #include "plots/plot_drawing.h"
 #include "tables/column.h"
 
-#include <QPixmap>
+#include <QImage>
 #include <QRegion>
 #include <QWidget>
 
@@ -110,7 +110,8 @@ private:
     PlotView view_;
     PlotLayout layout_;
     QSize least_;
-    QPixmap picture_; ///< of the panels; null: to be drawn
+    QImage picture_; ///< of the panels
+    bool outdated_ = true;
     PlotPointers pointers_;
     QRegion pointed_;              ///< where they are painted
     std::optional<double> fixed_;  ///< the cursor, where the mouse is elsewhere
