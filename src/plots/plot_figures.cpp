@@ -84,9 +84,10 @@ PlotReading readPlot(const PlotData& data, double place, const TextContext& cont
     for (std::size_t i = 0; i < data.panels.size(); ++i)
         for (const PlotCurve& curve : data.panels[i].curves) {
             const std::optional<std::size_t> sample = curve.samples.lastUpTo(place);
+            const bool known = sample && curve.samples.has(*sample);
             reading.values.push_back(
                 {i, curve.record, titleOf(data, data.panels[i], curve),
-                 sample ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
+                 known ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
         }
     if (const PlotSamples* speed = speedOf(data))
         if (const std::optional<std::size_t> sample = speed->lastUpTo(place); sample && speed->has(*sample))

@@ -25,6 +25,7 @@ public:
     double at(std::size_t sample) const {
         return places_.empty() ? start_ + step_ * static_cast<double>(sample) : places_[sample];
     }
+    /// NaN where it has none.
     double value(std::size_t sample) const { return values_[sample]; }
     bool has(std::size_t sample) const { return values_[sample] == values_[sample]; }
     /// Between samples; 0 where they are not at even distances.
