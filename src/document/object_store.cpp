@@ -219,6 +219,27 @@ PersistentObject* ObjectStore::loadInto(Slot& entry) {
     return entry.object.get();
 }
 
+bool ObjectStore::loaded(ObjectId id) const {
+    const Slot* entry = slot(id);
+    return entry && entry->object;
+}
+
+void ObjectStore::unload(ObjectId id) {
+    std::vector<ObjectId> ids{id};
+    for (std::size_t i = 0; i < ids.size(); ++i) { // grows meanwhile
+        const Slot* entry = slot(ids[i]);
+        if (!entry || !entry->object)
+            continue;
+        if (entry->object->modified() || !inFile(ids[i]) || ids.size() > slots_.size())
+            return;
+        for (const Reference& reference : entry->object->references())
+            ids.push_back(reference.id);
+    }
+    for (const ObjectId each : ids)
+        if (Slot* entry = slot(each))
+            entry->object.reset();
+}
+
 PersistentObject* ObjectStore::findTyped(ObjectId id, const PersistentType& type) {
     PersistentObject* object = find(id);
     if (!slot(id))

@@ -91,6 +91,10 @@ public:
     T* find(ObjectId id) {
         return static_cast<T*>(findTyped(id, T::kType));
     }
+    bool loaded(ObjectId id) const;
+    /// Lets go of the object ID and of what it refers to, which are loaded again when they are asked for. No effect if
+    /// any of that is no part of the file as it is. Nobody may hold a pointer to them.
+    void unload(ObjectId id);
     /// The one instance of a singleton class: loaded, or created when the document has none. If the document has one
     /// that cannot be read, or may have one that its damaged index does not name, an empty stand-in that no save
     /// writes.

@@ -37,17 +37,21 @@ float figure(const Table& trips, RowIndex row) {
     return real && hasValue(*real) && std::isfinite(*real) ? static_cast<float>(*real) : 0;
 }
 
-template <class Count, class Times>
-SummaryRecord::Events eventsOf(const Table& trips, RowIndex row) {
-    SummaryRecord::Events events;
+template <class Count>
+std::uint16_t countOf(const Table& trips, RowIndex row) {
     const auto& counts = trips.column<Count>();
-    if (counts.has(row))
-        events.count = static_cast<std::uint16_t>(
-            std::clamp<std::int32_t>(counts.at(row), 0, std::numeric_limits<std::uint16_t>::max()));
+    return counts.has(row) ? static_cast<std::uint16_t>(
+                                 std::clamp<std::int32_t>(counts.at(row), 0, std::numeric_limits<std::uint16_t>::max()))
+                           : std::uint16_t{0};
+}
+
+template <class Times>
+std::uint32_t lastOf(const Table& trips, RowIndex row) {
+    std::uint32_t last = 0;
     if (const TTripLogTimesColumn* times = trips.column<Times>().object(row))
         for (const std::int32_t time : times->values())
-            events.last = std::max(events.last, static_cast<std::uint32_t>(std::max(time, 0)));
-    return events;
+            last = std::max(last, static_cast<std::uint32_t>(std::max(time, 0)));
+    return last;
 }
 
 /// COUNT samples (SAMPLE gives each in base units, kNoValue: none), each standing for INTERVAL (s), beside the
@@ -87,8 +91,8 @@ std::uint32_t countWithin(const std::vector<std::int32_t>& times, std::int32_t f
 
 } // namespace
 
-TripSummaries::TripSummaries(TQuobrixDocument& document, const Settings& settings)
-    : document_(document), settings_(settings), trips_(document.trips()),
+TripSummaries::TripSummaries(TQuobrixDocument& document, const Settings& settings, SampledTrips* known)
+    : document_(document), settings_(settings), trips_(document.trips()), known_(known),
       troubles_(timesOf(logSpec(LogId::Troubles), document.log(logSpec(LogId::Troubles)))),
       accidents_(timesOf(logSpec(LogId::Accidents), document.log(logSpec(LogId::Accidents)))) {}
 
@@ -106,16 +110,80 @@ TripSummaries::Times TripSummaries::timesOf(const LogSpec& log, const Table* tab
     return result;
 }
 
-std::optional<SummaryRecord> TripSummaries::record(RowIndex row) const {
-    const auto unreadable = [&](const auto& column) { return column.has(row) && !column.object(row); };
+std::optional<SampledTrip> TripSummaries::read(RowIndex row) const {
     const auto& sampleTables = trips_.column<TTripLogSampleTableColumn>();
     const auto& recordedTables = trips_.column<TTripLogRecordedSampleTableColumn>();
     const auto& bandTimes = trips_.column<TTripLogTimePerSpeedBandColumnColumn>();
+    const auto unreadable = [&](const auto& column) { return column.has(row) && !column.object(row); };
     if (unreadable(sampleTables) || unreadable(recordedTables) || unreadable(bandTimes) ||
         unreadable(trips_.column<TTripLogHardBrakeTimesColumnColumn>()) ||
         unreadable(trips_.column<TTripLogPanicBrakeTimesColumnColumn>()) ||
         unreadable(trips_.column<TTripLogHardAccelerationTimesColumnColumn>()) ||
         unreadable(trips_.column<TTripLogPanicAccelerationTimesColumnColumn>()))
+        return {};
+    SampledTrip sampled;
+    if (const TTripLogTimePerSpeedBandColumn* times = bandTimes.object(row)) { // idle, then from the lowest band
+        const auto secondsIn = [&](RowIndex band) {
+            return times->has(band) ? static_cast<float>(times->at(band)) : 0.0f;
+        };
+        sampled.idleTime = secondsIn(0);
+        for (std::size_t band = 0; band < sampled.bandTimes.size(); ++band)
+            sampled.bandTimes[band] = secondsIn(band + 1);
+    }
+    if (const TTripLogSampleTable* samples = sampleTables.object(row)) {
+        const SpeedSamplesColumn& speeds = samples->speed();
+        const std::size_t count = speeds.values().size();
+        const std::uint32_t interval = std::max(speeds.interval(), 1u);
+        for (std::size_t i = 1; i < count; ++i) {
+            const auto change = static_cast<float>((speeds.speed(i) - speeds.speed(i - 1)) / interval);
+            sampled.largestAcceleration = std::max(sampled.largestAcceleration, change);
+            sampled.largestDeceleration = std::max(sampled.largestDeceleration, -change);
+        }
+        sampled.samples = static_cast<std::uint32_t>(count);
+        sampled.parameters[SummaryRecord::kSpeedSlot] =
+            slotOf(settings_, 1, count, interval, [&](std::size_t i) { return speeds.speed(i); });
+        for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i) {
+            const ParameterSeriesColumn& series = samples->series(i);
+            sampled.parameters[i] = slotOf(settings_, series.parameter(), series.sampleCount(),
+                                           static_cast<std::uint32_t>(series.interval()),
+                                           [&](std::size_t sample) { return series.base(sample); });
+        }
+        const TTripLogSampleTable* recorded = recordedTables.object(row);
+        sampled.samplesSum = sumOf((recorded ? recorded : samples)->speed().values());
+    }
+    sampled.lastEvents = {lastOf<TTripLogHardBrakeTimesColumnColumn>(trips_, row),
+                          lastOf<TTripLogPanicBrakeTimesColumnColumn>(trips_, row),
+                          lastOf<TTripLogHardAccelerationTimesColumnColumn>(trips_, row),
+                          lastOf<TTripLogPanicAccelerationTimesColumnColumn>(trips_, row)};
+    return sampled;
+}
+
+std::optional<SummaryRecord> TripSummaries::record(RowIndex row) const {
+    std::optional<SampledTrip> sampled;
+    if (known_ && known_->contains(row)) {
+        sampled = known_->at(row);
+    } else {
+        // A year of driving would fill the memory: what nobody else has loaded goes again.
+        std::vector<ObjectId> owned;
+        ObjectStore* store = trips_.store();
+        const auto own = [&](const ObjectColumn& column) {
+            if (store && column.has(row) && !store->loaded(column.at(row)))
+                owned.push_back(column.at(row));
+        };
+        own(trips_.column<TTripLogSampleTableColumn>());
+        own(trips_.column<TTripLogRecordedSampleTableColumn>());
+        own(trips_.column<TTripLogTimePerSpeedBandColumnColumn>());
+        own(trips_.column<TTripLogHardBrakeTimesColumnColumn>());
+        own(trips_.column<TTripLogPanicBrakeTimesColumnColumn>());
+        own(trips_.column<TTripLogHardAccelerationTimesColumnColumn>());
+        own(trips_.column<TTripLogPanicAccelerationTimesColumnColumn>());
+        sampled = read(row);
+        for (const ObjectId id : owned)
+            store->unload(id);
+        if (known_ && sampled)
+            known_->insert_or_assign(row, *sampled);
+    }
+    if (!sampled)
         return {};
     SummaryRecord r;
     const std::string& logger = trips_.column<TTripLogQuobrixSerialNumberColumn>().at(row);
@@ -135,43 +203,20 @@ std::optional<SummaryRecord> TripSummaries::record(RowIndex row) const {
     r.distance = figure<TTripLogDistanceColumn>(trips_, row);
     r.averageSpeed = figure<TTripLogAverageSpeedColumn>(trips_, row);
     r.topSpeed = figure<TTripLogMaximumSpeedColumn>(trips_, row);
-    r.events = {eventsOf<TTripLogHardBrakesColumn, TTripLogHardBrakeTimesColumnColumn>(trips_, row),
-                eventsOf<TTripLogPanicBrakesColumn, TTripLogPanicBrakeTimesColumnColumn>(trips_, row),
-                eventsOf<TTripLogHardAccelerationsColumn, TTripLogHardAccelerationTimesColumnColumn>(trips_, row),
-                eventsOf<TTripLogPanicAccelerationsColumn, TTripLogPanicAccelerationTimesColumnColumn>(trips_, row)};
-
+    const std::uint16_t counts[] = {
+        countOf<TTripLogHardBrakesColumn>(trips_, row), countOf<TTripLogPanicBrakesColumn>(trips_, row),
+        countOf<TTripLogHardAccelerationsColumn>(trips_, row), countOf<TTripLogPanicAccelerationsColumn>(trips_, row)};
+    for (std::size_t kind = 0; kind < r.events.size(); ++kind)
+        r.events[kind] = {counts[kind], sampled->lastEvents[kind]};
     const auto& topTimes = trips_.column<TTripLogTimeInTopSpeedBandColumn>();
     r.topBandTime = topTimes.has(row) ? static_cast<float>(topTimes.at(row)) : 0;
-    if (const TTripLogTimePerSpeedBandColumn* times = bandTimes.object(row)) { // idle, then from the lowest band
-        const auto secondsIn = [&](RowIndex band) {
-            return times->has(band) ? static_cast<float>(times->at(band)) : 0.0f;
-        };
-        r.idleTime = secondsIn(0);
-        for (std::size_t band = 0; band < r.bandTimes.size(); ++band)
-            r.bandTimes[band] = secondsIn(band + 1);
-    }
-
-    if (const TTripLogSampleTable* samples = sampleTables.object(row)) {
-        const SpeedSamplesColumn& speeds = samples->speed();
-        const std::size_t count = speeds.values().size();
-        const std::uint32_t interval = std::max(speeds.interval(), 1u);
-        for (std::size_t i = 1; i < count; ++i) {
-            const auto change = static_cast<float>((speeds.speed(i) - speeds.speed(i - 1)) / interval);
-            r.largestAcceleration = std::max(r.largestAcceleration, change);
-            r.largestDeceleration = std::max(r.largestDeceleration, -change);
-        }
-        r.samples = static_cast<std::uint32_t>(count);
-        r.parameters[SummaryRecord::kSpeedSlot] =
-            slotOf(settings_, 1, count, interval, [&](std::size_t i) { return speeds.speed(i); });
-        for (std::size_t i = 0; i < TTripLogSampleTable::kSeriesCount; ++i) {
-            const ParameterSeriesColumn& series = samples->series(i);
-            r.parameters[i] = slotOf(settings_, series.parameter(), series.sampleCount(),
-                                     static_cast<std::uint32_t>(series.interval()),
-                                     [&](std::size_t sample) { return series.base(sample); });
-        }
-        const TTripLogSampleTable* recorded = recordedTables.object(row);
-        r.samplesSum = sumOf((recorded ? recorded : samples)->speed().values());
-    }
+    r.idleTime = sampled->idleTime;
+    r.bandTimes = sampled->bandTimes;
+    r.largestAcceleration = sampled->largestAcceleration;
+    r.largestDeceleration = sampled->largestDeceleration;
+    r.parameters = sampled->parameters;
+    r.samplesSum = sampled->samplesSum;
+    r.samples = sampled->samples;
 
     const auto within = [&](const Times& times) {
         const auto of = times.find(logger);

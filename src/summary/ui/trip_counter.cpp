@@ -1,5 +1,8 @@
 #include "summary/ui/trip_counter.h"
 
+#include "model/parameter_thresholds.h"
+
+#include <initializer_list>
 #include <utility>
 
 namespace quobrix {
@@ -28,8 +31,26 @@ void TripCounter::documentReplacing() {
     step_.stop();
     edited_.stop();
     summaries_.reset();
+    sampled_.clear();
     trips_.clear();
     again_ = false;
+}
+
+/// What a trip owns, which is long to read, is read again only if it may be another.
+void TripCounter::tableChanged(const TableChange& change) {
+    const auto is = [&](const Table* table) { return table && table->id() == change.table; };
+    if (change.kind == TableChange::Kind::Cells && is(&document_.trips())) {
+        for (const RowRun& run : change.rows)
+            sampled_.erase(sampled_.lower_bound(run.first), sampled_.lower_bound(run.end()));
+        return;
+    }
+    if (change.kind != TableChange::Kind::Objects)
+        for (const Table* other : std::initializer_list<const Table*>{
+                 &document_.vehicles(), &document_.loggers(), &document_.drivers(),
+                 document_.log(logSpec(LogId::Troubles)), document_.log(logSpec(LogId::Accidents))})
+            if (is(other))
+                return;
+    sampled_.clear();
 }
 
 void TripCounter::historyChanged() {
@@ -46,6 +67,11 @@ void TripCounter::begin(bool again) {
         return;
     again_ = again;
     trips_.clear();
+    std::vector<double> thresholds;
+    for (std::int32_t parameter = 1; parameter <= kParameterCount; ++parameter)
+        thresholds.push_back(parameterThreshold(settings_, parameter));
+    if (thresholds != std::exchange(thresholds_, thresholds))
+        sampled_.clear();
     next_ = 0;
     since_.start();
     step_.start(0);
@@ -55,7 +81,7 @@ void TripCounter::step() {
     if (busy_ && busy_())
         return step_.start(kBusyPause);
     if (!summaries_)
-        summaries_ = std::make_unique<TripSummaries>(document_, settings_);
+        summaries_ = std::make_unique<TripSummaries>(document_, settings_, &sampled_);
     QElapsedTimer slice;
     slice.start();
     for (; next_ < summaries_->count() && slice.elapsed() < kSlice; ++next_)

@@ -42,7 +42,7 @@ signals:
     void progressed();
 
 private:
-    void tableChanged(const TableChange&) override {}
+    void tableChanged(const TableChange& change) override;
     void historyChanged() override;
     void begin(bool again);
     void step();
@@ -52,6 +52,8 @@ private:
     SummaryKeeper& keeper_;
     std::function<bool()> busy_;
     std::unique_ptr<TripSummaries> summaries_; ///< while they are read
+    SampledTrips sampled_;                     ///< of rows that have not changed since
+    std::vector<double> thresholds_;           ///< of all parameters, with which that was sampled
     std::vector<SummaryRecord> trips_;
     RowIndex next_ = 0;
     bool again_ = false;
