@@ -59,8 +59,13 @@ void fill(QMessageBox& box, const Message& message) {
         box.setDetailedText(toQt(message.details));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     const bool question = spec.buttons != MessageButtons::Ok;
-    box.setIcon(question ? QMessageBox::Question : QMessageBox::Information); // what a screen reader announces
-    const QIcon icon(question ? QStringLiteral(":/icons/question.svg") : QStringLiteral(":/icons/information.svg"));
+    const bool warning = spec.id == MessageId::DeleteAllSummaries || spec.id == MessageId::SummariesNotRead;
+    box.setIcon(warning    ? QMessageBox::Warning
+                : question ? QMessageBox::Question
+                           : QMessageBox::Information); // what a screen reader announces
+    const QIcon icon(warning    ? QStringLiteral(":/icons/warning.svg")
+                     : question ? QStringLiteral(":/icons/question.svg")
+                                : QStringLiteral(":/icons/information.svg"));
     box.setIconPixmap(icon.pixmap(QSize(40, 40), box.devicePixelRatioF()));
 }
 

@@ -21,6 +21,7 @@
 #include "views/home_page.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
+#include "views/summary_log_dialog.h"
 
 #include <QAction>
 #include <QApplication>
@@ -192,6 +193,7 @@ TQuobrixFrame::~TQuobrixFrame() {
     context_.document.whenOutdated({});
     context_.document.whenDamaged({});
     qDeleteAll(namesDialogs());
+    delete summaryLog_;
     tableWindows_.reset();
     pages_->discard(); // while the actions and the document are still there
 }
@@ -392,6 +394,7 @@ void TQuobrixFrame::markMissingFiles(const std::vector<std::filesystem::path>& m
 void TQuobrixFrame::countBy(TripCounter& counter) {
     context_.counter = &counter;
     counter.setBusy([this] { return busy_ || commands_->running(); });
+    commands_->handle(CommandId::SummaryLog, [this] { showSummaryLog(); });
 }
 
 void TQuobrixFrame::updateTitle() {
@@ -524,6 +527,15 @@ void TQuobrixFrame::showAboutBox() {
     AboutBox(
         lines, [this] { showDiagnosticsMenu(true); }, this)
         .exec();
+}
+
+void TQuobrixFrame::showSummaryLog() {
+    const SummaryKeeper& keeper = context_.counter->keeper();
+    if (!keeper.records() && !keeper.problem().empty())
+        return prompter_.tell(makeMessage(MessageId::SummariesNotRead, keeper.problem()));
+    if (keeper.records() && keeper.records()->empty())
+        return prompter_.tell(makeMessage(MessageId::NoSummaries));
+    inFront(summaryLog_, *this, [this](QWidget* parent) { return new SummaryLogDialog(context_, parent); });
 }
 
 Result<void> TQuobrixFrame::runDisk(const DiskWork& work) {

@@ -10,6 +10,7 @@
 #include "units/unit_system.h"
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <memory>
 #include <vector>
@@ -22,6 +23,7 @@ namespace quobrix {
 class NamesDialog;
 class NavigationPane;
 class Splitter;
+class SummaryLogDialog;
 class TableWindows;
 class TripCounter;
 
@@ -113,6 +115,7 @@ private:
     void showDiagnosticsMenu(bool shown);
     void showProperties();
     void showAboutBox();
+    void showSummaryLog();
     void restoreWindow();
     void rememberWindow();
 
@@ -131,6 +134,7 @@ private:
     QToolBar* toolBar_;
     QMenu* toolBarMenu_; ///< what its menus have
     std::unique_ptr<TableWindows> tableWindows_;
+    QPointer<SummaryLogDialog> summaryLog_;
     QLabel* readOnlyStatus_;
     QLabel* warningMark_;
     QLabel* warning_;

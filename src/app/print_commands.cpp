@@ -20,6 +20,7 @@
 #include "ui/windows.h"
 #include "views/comparison_window.h"
 #include "views/names_dialog.h"
+#include "views/summary_log_dialog.h"
 
 #include <QApplication>
 #include <QTreeView>
@@ -126,6 +127,10 @@ Printable PrintCommands::inView() const {
         return {[names](const auto&) {
             auto* list = names ? names->findChild<TTableSpreadsheet*>() : nullptr;
             return list ? tableReport(*names, shownCells(*list)) : std::nullopt;
+        }};
+    if (const QPointer summaries = dynamic_cast<SummaryLogDialog*>(window))
+        return {[summaries](const auto&) {
+            return summaries ? tableReport(*summaries, shownCells(summaries->list())) : std::nullopt;
         }};
     if (const QPointer compared = dynamic_cast<ComparisonWindow*>(window))
         return {[compared](const auto&) { return compared ? std::optional(compared->printable()) : std::nullopt; }};

@@ -2,6 +2,8 @@
 
 #include "summary/trip_comparison.h"
 
+#include <algorithm>
+
 namespace quobrix {
 
 Result<void> SummaryLog::open(const std::filesystem::path& path, SummaryDatabase::Access access) {
@@ -47,6 +49,18 @@ Result<void> SummaryLog::remove(std::span<const std::size_t> indices) {
         std::erase_if(records_, [&](const SummaryRecord&) { return removed[index++]; });
     }
     return done;
+}
+
+std::vector<std::size_t> recordsLike(std::span<const SummaryRecord> wanted, std::span<const SummaryRecord> records) {
+    std::vector<Bytes> sought;
+    for (const SummaryRecord& record : wanted)
+        sought.push_back(summaryBytes(record));
+    std::ranges::sort(sought);
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < records.size() && !sought.empty(); ++i)
+        if (std::ranges::binary_search(sought, summaryBytes(records[i])))
+            places.push_back(i);
+    return places;
 }
 
 } // namespace quobrix

@@ -39,4 +39,7 @@ private:
     std::vector<SummaryRecord> records_;
 };
 
+/// The places of those RECORDS that hold the same as one of WANTED, ascending.
+std::vector<std::size_t> recordsLike(std::span<const SummaryRecord> wanted, std::span<const SummaryRecord> records);
+
 } // namespace quobrix

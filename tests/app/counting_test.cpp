@@ -1,12 +1,16 @@
+#include "model/parameter_thresholds.h"
 #include "model/record_edits.h"
 #include "summary/ui/trip_counter.h"
 #include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
 #include "views/log_view.h"
+#include "views/summary_log_dialog.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
 #include <QLabel>
+#include <QMessageBox>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -61,7 +65,7 @@ TEST_F(CountingTest, WhatIsOpenedEditedAndUndoneIsCountedOnce) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return countedOf("7") == 0; }));
     // A record that a person deletes comes back only when it is asked for.
     QSignalSpy changed(&keeper_, &SummaryKeeper::changed);
-    keeper_.remove({keeper_.records()->front()}, [](const Result<void>& done) { EXPECT_TRUE(done); });
+    keeper_.remove({keeper_.records()->front()}, [](const Result<void>& done, const ShownText&) { EXPECT_TRUE(done); });
     EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 2; }));
     ASSERT_TRUE(frame_.files().open(folder_ / "Example.car"));
     changed.clear();
@@ -109,6 +113,99 @@ TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
     EXPECT_EQ(list.model().rowCount(), 2);
 }
 
+TEST_F(CountingTest, TheSummaryLogFollowsWhatIsCountedAndDeleted) {
+    frame_.show();
+    const auto open = [&] {
+        frame_.commands().trigger(CommandId::SummaryLog);
+        return frame_.findChild<SummaryLogDialog*>();
+    };
+    // When the box is there, which a thread may have to end for.
+    const auto answer = [](const char* message, QMessageBox::StandardButton button) {
+        auto* look = new QTimer(qApp);
+        QObject::connect(look, &QTimer::timeout, look, [=] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                delete look;
+                EXPECT_EQ(box->objectName(), message);
+                box->button(button)->click();
+            }
+        });
+        look->start(1);
+    };
+    keeper_.read();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return keeper_.records() != nullptr; }));
+    answer("NoSummaries", QMessageBox::Ok);
+    EXPECT_EQ(open(), nullptr);
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+    SummaryLogDialog* dialog = open();
+    ASSERT_NE(dialog, nullptr);
+    TSpreadsheet& list = dialog->list();
+    EXPECT_EQ(list.model().plainHeading(0), "Driver");
+    EXPECT_EQ(list.model().text(1, list.model().indexOf("SummaryDistanceColumn")), "12,000.00 m");
+    // What is counted beside it changes nothing of what a person has chosen.
+    list.setCurrentRow(2);
+    ASSERT_TRUE(giveDriver(document_, {0}, 7).ok());
+    document_.drivers().nameAll(document_.drivers().addMissing(std::vector<std::string>{"7"}), "Anna");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return list.model().text(0, 0) == "Anna"; }));
+    EXPECT_EQ(list.currentRow(), 2u);
+    answer("DeleteSummaries", QMessageBox::No);
+    dialog->findChild<QAbstractButton*>("deleteSummaries")->click();
+    answer("DeleteSummaries", QMessageBox::Yes);
+    QTest::keyClick(&list.view(), Qt::Key_Delete);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return list.model().rowCount() == 2; }));
+    EXPECT_EQ(list.model().text(0, 0), "Anna") << "another one went";
+    SummaryDatabase other;
+    ASSERT_TRUE(other.open(folder_ / "Quobrix.cdb", SummaryDatabase::Access::Write));
+    answer("DeleteAllSummaries", QMessageBox::Yes);
+    dialog->findChild<QAbstractButton*>("deleteAllSummaries")->click();
+    answer("SummariesNotDeleted", QMessageBox::Ok);
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return dialog->findChild<QAbstractButton*>("deleteAllSummaries")->isEnabled(); }));
+    EXPECT_EQ(counted(), 2u);
+    other.close();
+    const QPointer closes(dialog);
+    answer("DeleteAllSummaries", QMessageBox::Yes);
+    dialog->findChild<QAbstractButton*>("deleteAllSummaries")->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return closes.isNull(); }));
+    EXPECT_EQ(counted(), 0u);
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    QTest::qWait(100);
+    EXPECT_EQ(counted(), 0u) << "what was deleted does not come back by itself";
+}
+
+TEST_F(CountingTest, TripsAreReadOnceAndLetGoOfAgain) {
+    const auto samplesInMemory = [&] {
+        return std::ranges::count_if(document_.store().loadedObjects(), [](const PersistentObject* object) {
+            return object->type().id() == TTripLogSampleTable::kType.id() ||
+                   object->type().id() == TTripLogSampleSpeedColumn::kType.id();
+        });
+    };
+    const auto topSpeeds = [&] {
+        std::vector<std::uint32_t> times;
+        for (const SummaryRecord& each : *keeper_.records())
+            times.push_back(each.parameters[SummaryRecord::kSpeedSlot].timeOver);
+        return times;
+    };
+    ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+    EXPECT_EQ(samplesInMemory(), 0);
+    const auto& samples = document_.trips().column<TTripLogSampleTableColumn>();
+    TTripLogSampleTable* held = samples.object(1); // by somebody who shows it
+    ASSERT_EQ(held->speed().values().size(), 61u);
+    ASSERT_TRUE(giveDriver(document_, {0, 1, 2}, 7).ok());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return countedOf("7") == 3; }));
+    EXPECT_EQ(samplesInMemory(), 2);
+    EXPECT_EQ(samples.object(1), held);
+    // What is edited of a trip is counted, and so is what it is compared with.
+    ASSERT_TRUE(correctSamples(document_, 2, std::vector<std::uint8_t>(61, 99)).ok());
+    setParameterThreshold(settings_, 1, 20);
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return topSpeeds() == std::vector<std::uint32_t>({0, 0, 61});
+    })) << topSpeeds()[2];
+    document_.edits().undo();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return topSpeeds() == std::vector<std::uint32_t>({0, 0, 0}); }));
+}
+
 TEST_F(CountingTest, WhatAnotherProgramForbidsIsDoneLater) {
     SummaryDatabase other;
     ASSERT_TRUE(other.open(folder_ / "Quobrix.cdb", SummaryDatabase::Access::Write));
@@ -118,7 +215,7 @@ TEST_F(CountingTest, WhatAnotherProgramForbidsIsDoneLater) {
     EXPECT_EQ(counted(), 0u);
     EXPECT_EQ(keeper_.problem(), "") << "nobody can do anything about that";
     std::optional<ErrorKind> refused;
-    keeper_.remove({SummaryRecord()}, [&](const Result<void>& done) { refused = done.error().kind; });
+    keeper_.remove({SummaryRecord()}, [&](const Result<void>& done, const ShownText&) { refused = done.error().kind; });
     EXPECT_TRUE(QTest::qWaitFor([&] { return refused.has_value(); })) << "a person waits for this";
     EXPECT_EQ(refused, ErrorKind::InUse);
     other.close();

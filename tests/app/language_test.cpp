@@ -18,6 +18,7 @@
 #include "plots/ui/plot_options_dialog.h"
 #include "plots/ui/plot_widget.h"
 #include "settings/settings.h"
+#include "summary/ui/trip_counter.h"
 #include "support/fake_logger_library.h"
 #include "support/frame_fixture.h"
 #include "support/pseudo_catalogue.h"
@@ -33,6 +34,7 @@
 #include "views/log_view.h"
 #include "views/names_dialog.h"
 #include "views/record_dialog.h"
+#include "views/summary_log_dialog.h"
 
 #include <QAction>
 #include <QApplication>
@@ -269,6 +271,12 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(log);
     for (QMenu* menu : log.findChildren<QMenu*>(QStringLiteral("SpreadsheetMenu")))
         menu->close();
+    SummaryKeeper keeper({});
+    TripCounter counter(document_, settings_, keeper);
+    ViewContext counting = context_;
+    counting.counter = &counter;
+    SummaryLogDialog summaries(counting, nullptr);
+    look(summaries);
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     look(properties);

@@ -60,7 +60,12 @@ void SummaryKeeper::work() {
                 tryAgain = !done && done.error().kind == ErrorKind::InUse && !change.done;
                 if (change.done)
                     QMetaObject::invokeMethod(
-                        this, [tell = change.done, done] { tell(done); }, Qt::QueuedConnection);
+                        this,
+                        [tell = change.done, done,
+                         problem = done ? ShownText() : summaryProblem(done.error(), database_)] {
+                            tell(done, problem);
+                        },
+                        Qt::QueuedConnection);
             }
             if (tryAgain && !ending_) {
                 changes_.push_front(std::move(change));
@@ -95,18 +100,8 @@ Result<void> SummaryKeeper::doChange(const Change& change) {
     SummaryLog log(files_);
     const auto run = [&]() -> Result<void> {
         QUOBRIX_TRY(log.open(database_, SummaryDatabase::Access::Write));
-        if (!change.removed.empty()) {
-            // By what they hold: others may have come and gone since they were read.
-            std::vector<Bytes> wanted;
-            for (const SummaryRecord& record : change.removed)
-                wanted.push_back(summaryBytes(record));
-            std::ranges::sort(wanted);
-            std::vector<std::size_t> indices;
-            for (std::size_t i = 0; i < log.records().size(); ++i)
-                if (std::ranges::binary_search(wanted, summaryBytes(log.records()[i])))
-                    indices.push_back(i);
-            return log.remove(indices);
-        }
+        if (!change.removed.empty()) // by what they hold: others may have come and gone since they were read
+            return log.remove(recordsLike(change.removed, log.records()));
         if (change.again) {
             std::vector<SummaryKey> keys;
             for (const SummaryRecord& trip : change.trips)

@@ -21,7 +21,8 @@ class SummaryKeeper final : public QObject {
     Q_OBJECT
 public:
     using Records = std::shared_ptr<const std::vector<SummaryRecord>>;
-    using Done = std::function<void(const Result<void>&)>;
+    /// PROBLEM is what an error means to a person: a sentence.
+    using Done = std::function<void(const Result<void>& done, const ShownText& problem)>;
     struct Times {
         std::chrono::milliseconds again{3'000}; ///< from one attempt to the next
     };
