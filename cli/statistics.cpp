@@ -8,6 +8,7 @@
 #include "model/parameters.h"
 #include "report/render.h"
 #include "summary/driving_report.h"
+#include "summary/driving_rows.h"
 #include "summary/summary_database.h"
 #include "texts/text.h"
 #include "units/date_time.h"
@@ -42,38 +43,12 @@ std::optional<std::string> keyNamed(const std::vector<DrivingGroup>& groups, std
 }
 
 std::string csvOf(const DrivingStatistics& statistics, const TUnitSystem& units) {
-    std::string lines =
-        csvRow({text(TextId::StatisticsOf), text(TextId::StatisticsName), text(TextId::StatisticsFigure),
-                text(TextId::StatisticsValue), text(TextId::WithAside, text(TextId::StatisticsChange), "%"),
-                text(TextId::StatisticsNumberOfTrips)});
-    // Who reads a rate of few trips is to know.
-    const auto change = [](std::optional<double> part) {
-        return ShownText::asItIs(part ? std::to_string(std::lround(*part * 100)) : std::string());
-    };
-    const auto add = [&](const ShownText& what, const std::string& name, const DrivingTotals& totals,
-                         const DrivingTotals* before) {
-        if (totals.trips == 0)
-            return;
-        for (const DrivingFigure& figure : drivingFigures())
-            lines += csvRow({what, csvWords(name), figureHeading(figure, units), figureCell(figure, totals, units),
-                             change(before ? figureChange(figure, *before, totals) : std::nullopt),
-                             std::to_string(totals.trips)});
-    };
-    add(text(TextId::StatisticsAll), {}, statistics.totals, statistics.before ? &*statistics.before : nullptr);
-    for (const DrivingMonth& month : statistics.months)
-        add(text(TextId::StatisticsMonth), nameOf(month), month.totals, nullptr);
-    for (const DrivingGroup& vehicle : statistics.vehicles)
-        add(text(TextId::FactVehicle), nameOf(vehicle), vehicle.totals, nullptr);
-    for (const DrivingGroup& driver : statistics.drivers)
-        add(text(TextId::StatisticsDriver), nameOf(driver), driver.totals, nullptr);
-    for (const MonitoredParameter& parameter : statistics.parameters)
-        for (const ParameterFigure& figure : parameterFigures())
-            lines += csvRow(
-                {text(TextId::HeadingParameter), parameterChoiceName(parameter.parameter),
-                 figure.time ? text(figure.title)
-                             : text(TextId::WithAside, text(figure.title),
-                                    text(unitRecord(units.unit(unitTypeOfParameter(parameter.parameter))).shownName)),
-                 parameterText(figure, parameter, units, true), std::string(), std::to_string(parameter.trips)});
+    const DrivingRow headings = drivingHeadings();
+    std::string lines = csvRow({headings.begin(), headings.end()});
+    for (DrivingRow& row : drivingRows(statistics, units)) {
+        row[1] = csvWords(row[1]); // a name is what a person has written
+        lines += csvRow({row.begin(), row.end()});
+    }
     return lines;
 }
 

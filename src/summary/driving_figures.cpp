@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -41,6 +42,27 @@ bool inMiles(const TUnitSystem& units) {
 
 std::span<const DrivingFigure> drivingFigures() { return kFigures; }
 
+const DrivingFigure* drivingFigure(std::string_view key) {
+    const auto* found = std::ranges::find(kFigures, key, &DrivingFigure::key);
+    return found != std::end(kFigures) ? found : nullptr;
+}
+
+double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem& units) {
+    constexpr double kMile = 1609.344; // m
+    switch (figure.kind) {
+    case FigureKind::Quantity:
+        return units.toDisplay(figure.unit, value);
+    case FigureKind::Rate:
+        return value * 100 * (inMiles(units) ? kMile : 1000);
+    case FigureKind::Share:
+        return value * 100;
+    case FigureKind::Count:
+    case FigureKind::Time:
+        break;
+    }
+    return value;
+}
+
 ShownText rateTitle(const ShownText& what, const TUnitSystem& units) {
     return inMiles(units) ? text(TextId::FigurePer100Miles, what) : text(TextId::FigurePer100Kilometres, what);
 }
@@ -53,7 +75,6 @@ ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units) {
 }
 
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
-    constexpr double kMile = 1609.344; // m
     const std::optional<double> value = figure.value(totals);
     if (!value)
         return {};
@@ -66,8 +87,8 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
     case FigureKind::Quantity:
         return ShownText::asItIs(units.formatValueWithUnits(figure.unit, *value));
     case FigureKind::Rate:
-        return ShownText::asItIs(std::string(
-            formatNumber(units.locale().numbers, *value * 100 * (inMiles(units) ? kMile : 1000), 1, buffer)));
+        return ShownText::asItIs(
+            std::string(formatNumber(units.locale().numbers, shownFigure(figure, *value, units), 1, buffer)));
     case FigureKind::Share:
         break;
     }

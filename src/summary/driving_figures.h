@@ -39,6 +39,8 @@ struct DrivingFigure {
     }
 };
 std::span<const DrivingFigure> drivingFigures();
+/// The one with KEY; nothing if there is none.
+const DrivingFigure* drivingFigure(std::string_view key);
 
 /// WHAT for 100 miles or kilometres, as rates are shown.
 ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
@@ -46,6 +48,8 @@ ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
 /// As the user reads it, with its unit; empty where there is no value.
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// VALUE of FIGURE as a number of what it is shown in: the user's unit, events for 100 of them, percent, s.
+double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem& units);
 /// The same for a table: "Distance (km)" above the figure alone.
 ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units);
 ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);

@@ -80,7 +80,9 @@ ShownText changeText(std::optional<double> change) {
 }
 
 ShownText drivingTitle(const DrivingStatistics& statistics, const DrivingChoice& choice) {
-    ShownText title = choice.period ? text(choice.period->text) : text(TextId::StatisticsAllTrips);
+    ShownText title = choice.month    ? nameOf(DrivingMonth{choice.month->year, choice.month->month, false, {}})
+                      : choice.period ? text(choice.period->text)
+                                      : text(TextId::StatisticsAllTrips);
     return statistics.unfinished ? text(TextId::StatisticsUnfinished, title) : title;
 }
 

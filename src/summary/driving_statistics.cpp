@@ -42,8 +42,20 @@ std::vector<DrivingGroup> grouped(const SummaryRows& rows, const Key& keyOf, Sum
     return groups;
 }
 
-/// PERIOD moved back by its own length; the present month by none.
-TimeRange rangeBefore(const Period& period, std::int32_t now, const TimeZone& zone) {
+TimeRange rangeOf(const CalendarMonth& month, const TimeZone& zone) {
+    const auto first = [&](int ahead) {
+        return zone.toUtc(normalized({.year = month.year, .month = month.month + ahead}));
+    };
+    return {first(0), first(1)};
+}
+
+/// What CHOICE is about, moved back by its own length.
+TimeRange rangeBefore(const DrivingChoice& choice, std::int32_t now, const TimeZone& zone) {
+    if (choice.month) {
+        const DateTime before = normalized({.year = choice.month->year, .month = choice.month->month - 1});
+        return rangeOf(CalendarMonth{before.year, before.month}, zone);
+    }
+    const Period& period = *choice.period;
     DateTime today = zone.toLocal(now);
     today.month -= period.months;
     const DateTime then{.year = today.year, .month = today.month, .day = 1, .hour = 12};
@@ -132,6 +144,12 @@ std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows) {
     return result;
 }
 
+TimeRange rangeOf(const DrivingChoice& choice, std::int32_t now, const TimeZone& zone) {
+    if (choice.month)
+        return rangeOf(*choice.month, zone);
+    return choice.period ? rangeOf(*choice.period, now, zone) : TimeRange();
+}
+
 DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
                                     std::int32_t now, const TimeZone& zone) {
     SummaryRows ofAllTimes;
@@ -147,11 +165,11 @@ DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, cons
         return rows;
     };
     DrivingStatistics result;
-    if (choice.period) {
-        result.time = rangeOf(*choice.period, now, zone);
-        result.unfinished = choice.period->months == 0;
+    result.time = rangeOf(choice, now, zone);
+    if (choice.month || choice.period) {
+        result.unfinished = choice.month ? result.time.holds(now) : choice.period->months == 0;
         if (!result.unfinished)
-            result.before = totalsOf(within(rangeBefore(*choice.period, now, zone)));
+            result.before = totalsOf(within(rangeBefore(choice, now, zone)));
     }
     const SummaryRows rows = within(result.time);
     result.totals = totalsOf(rows);

@@ -53,7 +53,7 @@ struct DrivingGroup {
 std::vector<DrivingGroup> byVehicle(const SummaryRows& rows);
 std::vector<DrivingGroup> byDriver(const SummaryRows& rows);
 
-/// A month of the local calendar.
+/// The totals of a month of the local calendar.
 struct DrivingMonth {
     int year = 0, month = 0;
     bool unfinished = false;
@@ -73,11 +73,20 @@ struct MonitoredParameter {
 /// By parameter.
 std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows);
 
+/// A month of the local calendar.
+struct CalendarMonth {
+    int year = 0, month = 0;
+    bool operator==(const CalendarMonth&) const = default;
+};
+
 /// What statistics are wanted of.
 struct DrivingChoice {
     const Period* period = nullptr;                 ///< none: all that there is
     std::optional<std::string> vehicle{}, driver{}; ///< keys
+    std::optional<CalendarMonth> month{};           ///< instead of the period
 };
+/// The time that CHOICE is about.
+TimeRange rangeOf(const DrivingChoice& choice, std::int32_t now, const TimeZone& zone);
 
 /// All of them, for whoever shows them together.
 struct DrivingStatistics {

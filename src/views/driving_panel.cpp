@@ -1,9 +1,11 @@
 #include "views/driving_panel.h"
 
 #include "base/ui/qt_text.h"
-#include "drawing/ui/drawing_view.h"
+#include "export/csv.h"
+#include "model/parameters.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
+#include "summary/driving_rows.h"
 #include "summary/ui/trip_counter.h"
 #include "texts/text.h"
 #include "ui/card.h"
@@ -12,6 +14,8 @@
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 #include "views/figure_tile.h"
+#include "views/months_chart.h"
+#include "views/ranking_row.h"
 
 #include <QComboBox>
 #include <QGridLayout>
@@ -20,13 +24,17 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <array>
+#include <functional>
+#include <iterator>
 #include <utility>
 
 namespace quobrix {
 namespace {
 
 constexpr std::string_view kSection = "Home Page";
-constexpr int kColumns = 4;
+constexpr int kMostColumns = 4; // of figures
+constexpr std::size_t kRankingRows = 6;
 
 QComboBox* box(const char* name) {
     auto* result = new QComboBox;
@@ -43,47 +51,89 @@ void rename(std::vector<DrivingGroup>& groups, const NamesTable& names) {
             group.name = std::move(known);
 }
 
+/// What GROUPS, or the open document, call KEY.
+QString nameOfKey(const std::string& key, std::vector<DrivingGroup> groups, const NamesTable& names) {
+    rename(groups, names);
+    const auto found = std::ranges::find(groups, key, &DrivingGroup::key);
+    return toQt(nameOf(found != groups.end() ? *found : DrivingGroup{key, names.nameOf(key), {}}));
+}
+
 } // namespace
 
-DrivingPanel::DrivingPanel(const ViewContext& context, std::function<void(const DrivingChoice&)> showTrips,
-                           QWidget* parent)
-    : QWidget(parent), context_(context), showTrips_(std::move(showTrips)), period_(box("homePeriod")),
+std::string DrivingDetail::subject() const {
+    std::string lines;
+    const auto add = [&](std::string_view what, std::string_view which) {
+        lines += std::string(what) + '\t' + std::string(which) + '\n';
+    };
+    if (only.vehicle)
+        add("vehicle", *only.vehicle);
+    if (only.driver)
+        add("driver", *only.driver);
+    if (only.month)
+        add("month", std::to_string(only.month->year * 100 + only.month->month));
+    if (figure)
+        add("figure", figure->key);
+    return lines;
+}
+
+DrivingDetail DrivingDetail::of(const std::string& subject) {
+    DrivingDetail detail;
+    for (const QString& line : toQt(subject).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        const QString what = line.section(QLatin1Char('\t'), 0, 0);
+        const std::string which = line.section(QLatin1Char('\t'), 1).toStdString();
+        if (what == QLatin1String("vehicle"))
+            detail.only.vehicle = which;
+        else if (what == QLatin1String("driver"))
+            detail.only.driver = which;
+        else if (what == QLatin1String("month"))
+            detail.only.month = CalendarMonth{std::stoi(which) / 100, std::stoi(which) % 100};
+        else if (what == QLatin1String("figure"))
+            detail.figure = drivingFigure(which);
+    }
+    return detail;
+}
+
+DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* parent)
+    : QWidget(parent), context_(context), ways_(std::move(ways)),
+      heading_(new HeadingLabel(tr("Driving"), headingFont(font(), 1.15))), period_(box("homePeriod")),
       vehicle_(box("homeVehicle")), driver_(box("homeDriver")), state_(new QLabel), inFile_(new QLabel),
-      figures_(new QWidget), trips_(new QPushButton(tr("Show These Trips"))),
-      again_(new QPushButton(tr("Count This Document Again"))) {
+      figures_(new QWidget), figuresGrid_(new QGridLayout(figures_)),
+      rankings_(new QWidget), vehicles_{new HeadingLabel(tr("Vehicles"), headingFont(font(), 1)), new QWidget,
+                                        &DrivingChoice::vehicle},
+      drivers_{new HeadingLabel(tr("Drivers"), headingFont(font(), 1)), new QWidget, &DrivingChoice::driver},
+      parameters_(new QWidget), trips_(new QPushButton(tr("Show These Trips"))),
+      again_(new QPushButton(tr("Count This Document Again"))), all_(new QPushButton(tr("Show All Trips"))) {
     auto* card = new Card;
-    card->content().addWidget(new HeadingLabel(tr("Driving"), headingFont(font(), 1.15)));
+    QVBoxLayout& content = card->content();
+    content.addWidget(heading_);
     auto* choices = new QHBoxLayout;
-    for (const auto& [label, field] :
-         {std::pair(tr("Period:"), period_), std::pair(tr("Vehicle:"), vehicle_), std::pair(tr("Driver:"), driver_)}) {
-        choices->addWidget(fieldLabel(label, *field));
+    for (const auto& [label, field] : {std::pair(tr("&Period:"), period_), std::pair(tr("&Vehicle:"), vehicle_),
+                                       std::pair(tr("D&river:"), driver_)}) {
+        choices->addWidget(labels_.emplace_back(fieldLabel(label, *field)));
         choices->addWidget(field, 1);
     }
-    card->content().addLayout(choices);
+    content.addLayout(choices);
     state_->setObjectName(QStringLiteral("homeState"));
     inFile_->setObjectName(QStringLiteral("homeInFile"));
     for (QLabel* label : {state_, inFile_}) {
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
     }
-    card->content().addWidget(state_);
-    auto* grid = new QGridLayout(figures_);
-    grid->setContentsMargins(0, 0, 0, 0);
+    content.addWidget(state_);
+    all_->setObjectName(QStringLiteral("homeShowAll"));
+    content.addWidget(all_, 0, Qt::AlignLeft);
+    figuresGrid_->setContentsMargins(0, 0, 0, 0);
     for (const DrivingFigure& figure : drivingFigures()) {
-        auto* tile = new FigureTile(QStringLiteral("homeFigure_") + toQt(figure.key));
-        const auto place = static_cast<int>(tiles_.size());
-        grid->addWidget(tile, place / kColumns, place % kColumns);
-        tiles_.push_back(tile);
-        connect(tile, &QAbstractButton::clicked, trips_, &QAbstractButton::click); // not while it is disabled
+        tiles_.push_back(new FigureTile(QStringLiteral("homeFigure_") + toQt(figure.key)));
+        connect(tiles_.back(), &QAbstractButton::clicked, this, [this, figure = &figure] {
+            if (detail_.figure == figure)
+                return trips_->click(); // not while it is disabled
+            DrivingDetail next = further();
+            next.figure = figure;
+            ways_.showDetail(next);
+        });
     }
-    card->content().addWidget(figures_);
-    for (const DrivingChart chart : kDrivingCharts) {
-        charts_.push_back(new DrawingView(
-            [this, chart](Size room, const TextMeasure& measure) { return draw(chart, room, measure); }));
-        charts_.back()->setObjectName(QStringLiteral("homeChart%1").arg(charts_.size()));
-        card->content().addSpacing(8);
-        card->content().addWidget(charts_.back());
-    }
+    content.addWidget(figures_);
     auto* foot = new QHBoxLayout;
     trips_->setObjectName(QStringLiteral("homeShowTrips"));
     again_->setObjectName(QStringLiteral("homeCountAgain"));
@@ -92,7 +142,27 @@ DrivingPanel::DrivingPanel(const ViewContext& context, std::function<void(const 
     foot->addWidget(inFile_, 1);
     foot->addWidget(trips_);
     foot->addWidget(again_);
-    card->content().addLayout(foot);
+    content.addLayout(foot);
+    makeCharts(content);
+    auto* sides = new QGridLayout(rankings_);
+    sides->setContentsMargins(0, 8, 0, 0);
+    sides->setHorizontalSpacing(24);
+    int column = 0;
+    for (const auto& [ranking, name] : {std::pair(&vehicles_, "homeVehicles"), std::pair(&drivers_, "homeDrivers")}) {
+        ranking->rows->setObjectName(QLatin1String(name));
+        auto* rows = new QVBoxLayout(ranking->rows);
+        rows->setContentsMargins(0, 0, 0, 0);
+        rows->setSpacing(0);
+        sides->addWidget(ranking->heading, 0, column);
+        sides->addWidget(ranking->rows, 1, column, Qt::AlignTop);
+        sides->setColumnStretch(column++, 1);
+    }
+    content.addWidget(rankings_);
+    parameters_->setObjectName(QStringLiteral("homeParameters"));
+    auto* parameters = new QVBoxLayout(parameters_);
+    parameters->setContentsMargins(0, 8, 0, 0);
+    content.addWidget(parameters_);
+    content.addStretch();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(card);
@@ -109,10 +179,86 @@ DrivingPanel::DrivingPanel(const ViewContext& context, std::function<void(const 
             context_.settings.setText(kSection, name, chosen.toString().toStdString());
             refresh();
         });
-    connect(trips_, &QPushButton::clicked, this, [this] { showTrips_(choice()); });
+    connect(all_, &QPushButton::clicked, this, [this] {
+        for (QComboBox* field : {period_, vehicle_, driver_}) {
+            field->setCurrentIndex(field == period_ ? field->count() - 1 : 0);
+            emit field->activated(field->currentIndex());
+        }
+        period_->setFocus(); // the button goes
+    });
+    connect(trips_, &QPushButton::clicked, this, [this] { ways_.showTrips(choice()); });
     connect(again_, &QPushButton::clicked, this, [this] { context_.counter->countAgain(); });
     connect(&context_.counter->keeper(), &SummaryKeeper::changed, this, &DrivingPanel::refresh);
     connect(context_.counter, &TripCounter::progressed, this, [this] { showState(); });
+}
+
+void DrivingPanel::makeCharts(QVBoxLayout& content) {
+    std::vector<DrivingChart> kinds;
+    std::ranges::copy(drivingCharts(), std::back_inserter(kinds));
+    kinds.push_back({}); // the detail's
+    for (const DrivingChart& kind : kinds) {
+        const std::size_t place = charts_.size();
+        auto* chart = new MonthsChart(
+            QStringLiteral("homeChart%1").arg(place + 1),
+            [this, place, kind](Size room, const TextMeasure& measure) {
+                const bool ofDetail = place == drivingCharts().size();
+                if (ofDetail && !detail_.figure)
+                    return MonthsPicture();
+                return drawMonths(ofDetail ? DrivingChart{DrivingChart::Kind::Figure, detail_.figure} : kind,
+                                  statistics_.months, context_.units, room, measure);
+            },
+            [this](std::size_t month) {
+                DrivingDetail next = further();
+                next.only.month = CalendarMonth{statistics_.months[month].year, statistics_.months[month].month};
+                ways_.showDetail(next);
+            });
+        charts_.push_back(chart);
+        content.addSpacing(8);
+        content.addWidget(chart);
+    }
+}
+
+/// The detail that a further one is made of: what is chosen stays so.
+DrivingDetail DrivingPanel::further() const {
+    DrivingDetail next{choice(), detail_.figure};
+    next.only.period = nullptr;
+    return next;
+}
+
+void DrivingPanel::setDetail(DrivingDetail detail) {
+    detail_ = std::move(detail);
+    const bool any = detail_.any();
+    heading_->setText(any ? detailTitle() : tr("Driving"));
+    heading_->setAccessibleName(heading_->text());
+    for (std::size_t i = 0; i < labels_.size(); ++i) {
+        const bool chosen = i == 0 ? !detail_.only.month : !any;
+        labels_[i]->setVisible(chosen);
+        std::array{period_, vehicle_, driver_}[i]->setVisible(chosen);
+    }
+    refresh();
+}
+
+QString DrivingPanel::detailTitle() const {
+    QStringList parts;
+    if (detail_.only.vehicle)
+        parts << nameOfKey(*detail_.only.vehicle, byVehicle(allRows()), context_.document.vehicles());
+    if (detail_.only.driver)
+        parts << nameOfKey(*detail_.only.driver, byDriver(allRows()), context_.document.drivers());
+    if (detail_.only.month)
+        parts << toQt(nameOf(DrivingMonth{detail_.only.month->year, detail_.only.month->month, false, {}}));
+    if (detail_.figure)
+        parts << toQt(figureTitle(*detail_.figure, context_.units));
+    return parts.join(QStringLiteral(", "));
+}
+
+QWidget* DrivingPanel::firstField() const { return detail_.only.month ? static_cast<QWidget*>(trips_) : period_; }
+
+SummaryRows DrivingPanel::allRows() const {
+    SummaryRows all;
+    if (const SummaryKeeper::Records& records = context_.counter->keeper().records())
+        for (const SummaryRecord& record : *records)
+            all.push_back(&record);
+    return all;
 }
 
 /// Another program may have counted meanwhile.
@@ -135,9 +281,11 @@ void DrivingPanel::offer(QComboBox& box, const char* setting, const QString& any
 }
 
 DrivingChoice DrivingPanel::choice() const {
-    DrivingChoice choice;
+    DrivingChoice choice = detail_.only;
     const auto period = std::ranges::find(periods(), period_->currentData().toString().toStdString(), &Period::name);
-    choice.period = period != periods().end() ? &*period : nullptr;
+    choice.period = choice.month || period == periods().end() ? nullptr : &*period;
+    if (detail_.any()) // what else had been chosen is in it
+        return choice;
     for (const auto& [box, key] : {std::pair(vehicle_, &choice.vehicle), std::pair(driver_, &choice.driver)})
         if (const QVariant chosen = box->currentData(); chosen.isValid())
             *key = chosen.toString().toStdString();
@@ -155,10 +303,7 @@ DrivingStatistics DrivingPanel::statistics() const {
 }
 
 void DrivingPanel::refresh() {
-    SummaryRows all;
-    if (const SummaryKeeper::Records& records = context_.counter->keeper().records())
-        for (const SummaryRecord& record : *records)
-            all.push_back(&record);
+    const SummaryRows all = allRows();
     std::vector<DrivingGroup> vehicles = byVehicle(all), drivers = byDriver(all);
     rename(vehicles, context_.document.vehicles());
     rename(drivers, context_.document.drivers());
@@ -166,13 +311,15 @@ void DrivingPanel::refresh() {
     offer(*driver_, "Driver", tr("All drivers"), drivers);
     statistics_ = statistics();
     showFigures();
+    showRanking(vehicles_, statistics_.vehicles);
+    showRanking(drivers_, statistics_.drivers);
+    rankings_->setVisible(!vehicles_.rows->isHidden() || !drivers_.rows->isHidden());
+    showParameters();
     showState();
 }
 
 void DrivingPanel::showFigures() {
     const auto figures = drivingFigures();
-    const bool anyMonth =
-        std::ranges::any_of(statistics_.months, [](const DrivingMonth& month) { return month.totals.trips > 0; });
     for (std::size_t i = 0; i < figures.size(); ++i) {
         const DrivingFigure& figure = figures[i];
         QString remark;
@@ -184,11 +331,113 @@ void DrivingPanel::showFigures() {
         tiles_[i]->show(toQt(figureTitle(figure, context_.units)),
                         toQt(figureText(figure, statistics_.totals, context_.units)), remark);
     }
-    for (DrawingView* chart : charts_) {
-        chart->redraw();
-        chart->setVisible(anyMonth);
+    const bool any = statistics_.totals.trips > 0;
+    for (std::size_t i = 0; i < charts_.size(); ++i) {
+        charts_[i]->redraw();
+        charts_[i]->setVisible(any && !detail_.only.month &&
+                               (i == drivingCharts().size()) == (detail_.figure != nullptr));
     }
-    figures_->setVisible(statistics_.totals.trips > 0);
+    figures_->setVisible(any);
+    arrangeTiles();
+}
+
+/// As many beside each other as have room.
+void DrivingPanel::arrangeTiles() {
+    const int width = tiles_.front()->sizeHint().width() + figuresGrid_->horizontalSpacing();
+    const int columns = std::clamp(figures_->width() / std::max(width, 1), 2, kMostColumns);
+    const auto figures = drivingFigures();
+    int place = 0;
+    for (std::size_t i = 0; i < tiles_.size(); ++i) {
+        const bool shown = !detail_.figure || detail_.figure == &figures[i];
+        tiles_[i]->setVisible(shown);
+        if (shown) {
+            figuresGrid_->addWidget(tiles_[i], place / columns, place % columns);
+            ++place;
+        }
+    }
+    for (int column = 0; column < kMostColumns; ++column)
+        figuresGrid_->setColumnStretch(column, column < columns ? 1 : 0);
+}
+
+/// The first of them, of a detail's figure all, in its order.
+void DrivingPanel::showRanking(const Ranking& ranking, const std::vector<DrivingGroup>& groups) {
+    auto& layout = static_cast<QVBoxLayout&>(*ranking.rows->layout());
+    int focused = -1;
+    while (QLayoutItem* item = layout.takeAt(0)) {
+        if (item->widget()->hasFocus())
+            focused = static_cast<int>(ranking.rows->findChildren<RankingRow*>().indexOf(item->widget()));
+        item->widget()->hide();
+        item->widget()->deleteLater(); // it may be the one whose click brought us here
+        item->widget()->setParent(nullptr);
+        delete item;
+    }
+    const DrivingFigure& figure = detail_.figure ? *detail_.figure : *drivingFigure("distance");
+    std::vector<std::pair<double, const DrivingGroup*>> order;
+    for (const DrivingGroup& group : groups)
+        if (const std::optional<double> value = figure.value(group.totals))
+            order.emplace_back(*value, &group);
+    std::ranges::stable_sort(order, std::greater(), &std::pair<double, const DrivingGroup*>::first);
+    const bool shown = !order.empty() && !(choice().*ranking.key);
+    ranking.heading->setVisible(shown);
+    ranking.rows->setVisible(shown);
+    if (!shown)
+        return;
+    const std::size_t most = detail_.figure ? order.size() : kRankingRows;
+    for (std::size_t i = 0; i < std::min(most, order.size()); ++i) {
+        const DrivingGroup& group = *order[i].second;
+        const double longest = order.front().first;
+        auto* row = new RankingRow(toQt(nameOf(group)), toQt(figureText(figure, group.totals, context_.units)),
+                                   longest > 0 ? order[i].first / longest : 0);
+        row->setObjectName(ranking.rows->objectName() + QString::number(i + 1));
+        connect(row, &QAbstractButton::clicked, this, [this, key = ranking.key, of = group.key] {
+            DrivingDetail next = further();
+            next.only.*key = of;
+            next.figure = nullptr;
+            ways_.showDetail(next);
+        });
+        layout.addWidget(row);
+        if (static_cast<int>(i) == focused)
+            row->setFocus();
+    }
+    if (most < order.size()) {
+        auto* rest = new QPushButton(
+            tr("Show All %1").arg(toQt(context_.units.formatInteger(static_cast<std::int64_t>(order.size())))));
+        rest->setObjectName(ranking.rows->objectName() + QStringLiteral("All"));
+        connect(rest, &QAbstractButton::clicked, this, [this, of = &figure] {
+            DrivingDetail next = further();
+            next.figure = of;
+            ways_.showDetail(next);
+        });
+        layout.addWidget(rest, 0, Qt::AlignLeft);
+    }
+}
+
+/// A line of figures for each.
+void DrivingPanel::showParameters() {
+    auto& layout = static_cast<QVBoxLayout&>(*parameters_->layout());
+    while (QLayoutItem* item = layout.takeAt(0)) {
+        item->widget()->hide();
+        item->widget()->deleteLater();
+        delete item;
+    }
+    parameters_->setVisible(!detail_.figure && !statistics_.parameters.empty());
+    layout.addWidget(new HeadingLabel(toQt(text(TextId::StatisticsParameters)), headingFont(font(), 1)));
+    for (const MonitoredParameter& parameter : statistics_.parameters) {
+        const QString name = toQt(parameterChoiceName(parameter.parameter));
+        layout.addWidget(new QLabel(name));
+        auto* line = new QWidget;
+        auto* tiles = new QHBoxLayout(line);
+        tiles->setContentsMargins(0, 0, 0, 0);
+        for (const ParameterFigure& figure : parameterFigures()) {
+            auto* tile = new FigureTile(QStringLiteral("homeParameter%1_").arg(parameter.parameter) + toQt(figure.key),
+                                        FigureTile::Room::Line);
+            tile->show(toQt(text(figure.title)), toQt(parameterText(figure, parameter, context_.units)), {});
+            tile->setAccessibleName(name + QStringLiteral(", ") + tile->accessibleName());
+            connect(tile, &QAbstractButton::clicked, trips_, &QAbstractButton::click);
+            tiles->addWidget(tile);
+        }
+        layout.addWidget(line);
+    }
 }
 
 /// What the figures cannot say: that there are none and what to do, and where their trips are.
@@ -212,6 +461,7 @@ void DrivingPanel::showState() {
         state = toQt(drivingTitle(statistics_, choice()));
     state_->setText(state);
     state_->setVisible(!state.isEmpty());
+    all_->setVisible(!detail_.any() && keeper.records() && !keeper.records()->empty() && statistics_.totals.trips == 0);
 
     const bool counts = !context_.document.isExample() && context_.document.trips().rowCount() > 0;
     again_->setEnabled(counts);
@@ -238,17 +488,33 @@ void DrivingPanel::showState() {
 std::optional<Report> DrivingPanel::report() const {
     if (statistics_.totals.trips == 0)
         return {};
-    Report report = drivingReport(statistics_, drivingTitle(statistics_, choice()), context_.units);
-    for (const DrivingChart chart : kDrivingCharts)
-        report.blocks.emplace_back(Picture{
-            [months = statistics_.months, chart, &units = context_.units](Size room, const TextMeasure& measure) {
-                return drawMonths(chart, months, units, room, measure);
-            }});
+    ShownText title = drivingTitle(statistics_, choice());
+    if (detail_.any())
+        title = text(TextId::WithAside, detailTitle().toStdString(), title);
+    Report report = drivingReport(statistics_, std::move(title), context_.units);
+    for (std::size_t i = 0; i < charts_.size(); ++i)
+        if (!charts_[i]->isHidden())
+            report.blocks.emplace_back(
+                Picture{[months = statistics_.months,
+                         chart = i < drivingCharts().size() ? drivingCharts()[i]
+                                                            : DrivingChart{DrivingChart::Kind::Figure, detail_.figure},
+                         &units = context_.units](Size room, const TextMeasure& measure) {
+                    return drawMonths(chart, months, units, room, measure).drawing;
+                }});
     return report;
 }
 
-Drawing DrivingPanel::draw(DrivingChart chart, Size room, const TextMeasure& measure) const {
-    return drawMonths(chart, statistics_.months, context_.units, room, measure);
+std::optional<ExportContent> DrivingPanel::exported() const {
+    if (statistics_.totals.trips == 0)
+        return {};
+    TUnitSystem plain(csvLocale());
+    plain.replace(context_.units.choices());
+    return drivingContent(statistics_, drivingTitle(statistics_, choice()), plain);
+}
+
+void DrivingPanel::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    arrangeTiles();
 }
 
 } // namespace quobrix

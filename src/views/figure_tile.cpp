@@ -1,9 +1,14 @@
 #include "views/figure_tile.h"
 
+#include "base/ui/qt_text.h"
+#include "drawing/ui/drawing_painter.h"
 #include "ui/card.h"
 
 #include <QPainter>
 #include <QStyleOption>
+
+#include <string>
+#include <vector>
 
 namespace quobrix {
 namespace {
@@ -13,7 +18,7 @@ constexpr int kWidth = 17; // of the narrowest tile, in average characters
 
 } // namespace
 
-FigureTile::FigureTile(const QString& name, QWidget* parent) : QAbstractButton(parent) {
+FigureTile::FigureTile(const QString& name, Room room, QWidget* parent) : QAbstractButton(parent), room_(room) {
     setObjectName(name);
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -39,9 +44,10 @@ QFont FigureTile::smallFont() const {
 }
 
 QSize FigureTile::sizeHint() const {
+    const int titles = titleLines() * fontMetrics().lineSpacing();
+    const int remark = room_ == Room::Card ? QFontMetrics(smallFont()).lineSpacing() : 0;
     return {fontMetrics().averageCharWidth() * kWidth + 2 * kPadding,
-            fontMetrics().lineSpacing() + QFontMetrics(valueFont()).lineSpacing() +
-                QFontMetrics(smallFont()).lineSpacing() + 2 * kPadding};
+            QFontMetrics(valueFont()).lineSpacing() + titles + remark + 2 * kPadding};
 }
 
 void FigureTile::paintEvent(QPaintEvent*) {
@@ -59,9 +65,18 @@ void FigureTile::paintEvent(QPaintEvent*) {
                          metrics.elidedText(text, Qt::ElideRight, line.width()));
         line.setTop(line.top() + metrics.lineSpacing());
     };
-    write(font(), QPalette::PlaceholderText, title_);
     write(valueFont(), QPalette::Text, value_);
-    write(smallFont(), QPalette::PlaceholderText, remark_);
+    const FontTextMeasure measure(font(), *this);
+    const auto title = wrapped(title_.toStdString(), FontRole::Body, line.width(), measure);
+    const auto lines = static_cast<std::size_t>(titleLines());
+    for (std::size_t i = 0; i < title.size() && i < lines; ++i) {
+        std::string words = title[i];
+        for (std::size_t more = i + 1; i + 1 == lines && more < title.size(); ++more) // the last line takes the rest
+            words += ' ' + title[more];
+        write(font(), QPalette::PlaceholderText, toQt(words));
+    }
+    if (room_ == Room::Card)
+        write(smallFont(), QPalette::PlaceholderText, remark_);
     if (hasFocus()) {
         QStyleOptionFocusRect frame;
         frame.initFrom(this);

@@ -7,7 +7,11 @@ namespace quobrix {
 /// A figure with what it is called, and what has changed: a button that leads to what it is made of.
 class FigureTile final : public QAbstractButton {
 public:
-    explicit FigureTile(const QString& name, QWidget* parent = nullptr);
+    enum class Room {
+        Card, ///< two lines for what it is called, and a remark
+        Line, ///< one line, and no remark
+    };
+    explicit FigureTile(const QString& name, Room room = Room::Card, QWidget* parent = nullptr);
 
     /// REMARK stands below the value, in small letters; empty: none.
     void show(const QString& title, const QString& value, const QString& remark);
@@ -21,9 +25,11 @@ protected:
     void leaveEvent(QEvent* event) override;
 
 private:
+    int titleLines() const { return room_ == Room::Card ? 2 : 1; }
     QFont valueFont() const;
     QFont smallFont() const;
 
+    const Room room_;
     QString title_, value_, remark_;
 };
 

@@ -181,7 +181,7 @@ void FilterBar::clear() {
     showState();
 }
 
-void FilterBar::want(const Period* period, const std::optional<std::string>& vehicle,
+void FilterBar::want(const Period* period, const TimeRange& days, const std::optional<std::string>& vehicle,
                      const std::optional<std::string>& driver) {
     clear();
     if (!fields_)
@@ -189,6 +189,8 @@ void FilterBar::want(const Period* period, const std::optional<std::string>& veh
     offerNames();
     if (period)
         period_->setCurrentIndex(static_cast<int>(period - periods().data()) + 1);
+    else if (days.from && days.until)
+        period_->setCurrentIndex(kRange);
     for (const Names& each : names_) {
         const std::optional<std::string> wanted = each.what == RecordName::Vehicle  ? vehicle
                                                   : each.what == RecordName::Driver ? driver
@@ -199,7 +201,12 @@ void FilterBar::want(const Period* period, const std::optional<std::string>& veh
             each.box->addItem(toQt(*wanted), toQt(*wanted));
         each.box->setCurrentIndex(each.box->findData(toQt(*wanted)));
     }
-    choosePeriod();
+    if (period_->currentIndex() == kRange) {
+        from_->setText(dateOf(*days.from));
+        to_->setText(dateOf(*days.until - 1));
+    } else {
+        choosePeriod();
+    }
     apply(true);
 }
 

@@ -29,8 +29,9 @@ public:
     void open();
     /// Takes everything off, without changed().
     void clear();
-    /// Wants the records of a period (none: any time), vehicle and driver, as if a person had chosen them.
-    void want(const Period* period, const std::optional<std::string>& vehicle,
+    /// Wants the records of a period, else of whole days (none: any time), of a vehicle and a driver, as if a person
+    /// had chosen them.
+    void want(const Period* period, const TimeRange& days, const std::optional<std::string>& vehicle,
               const std::optional<std::string>& driver);
     /// Says that SHOWN of ALL records are shown.
     void setCount(std::size_t shown, std::size_t all);

@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStyleOption>
 #include <QVBoxLayout>
 
@@ -87,6 +88,7 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     start->addWidget(button(actions.open, tr("Open a file"), tr("Go on with a file you have saved"), icon("open")));
     start->addWidget(button(actions.create, tr("New file"), tr("Begin with an empty file"), icon("document")));
     start->addStretch();
+    first_ = first;
     setFocusProxy(first);
 
     Card* figuresCard = card(tr("This file"));
@@ -122,11 +124,20 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     auto* grid = new QGridLayout(content);
     grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     grid->setSpacing(16);
-    grid->addLayout(title, 0, 0, 1, 2);
+    title_ = new QWidget;
+    title_->setLayout(title);
+    title->setContentsMargins(0, 0, 0, 0);
+    starts_ = {title_, startCard, figuresCard};
+    grid->addWidget(title_, 0, 0, 1, 2);
     grid->addWidget(startCard, 1, 0);
     grid->addWidget(figuresCard, 1, 1);
     if (context.counter) {
-        driving_ = new DrivingPanel(context, actions.showTrips);
+        driving_ = new DrivingPanel(context,
+                                    {.showTrips = actions.showTrips, .showDetail = [this](const DrivingDetail& detail) {
+                                         // Not before the click is over: what was clicked may go.
+                                         QMetaObject::invokeMethod(
+                                             this, [this, detail] { showDetail(detail); }, Qt::QueuedConnection);
+                                     }});
         grid->addWidget(driving_, 2, 0, 1, 2);
     }
     grid->addWidget(recentCard_, 3, 0, 1, 2);
@@ -140,7 +151,8 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     row->addStretch(1);
     row->addWidget(content, 100);
     row->addStretch(1);
-    auto* scroll = new QScrollArea;
+    scroll_ = new QScrollArea;
+    auto* scroll = scroll_;
     scroll->setFrameStyle(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
     scroll->setFocusPolicy(Qt::NoFocus);
@@ -149,6 +161,36 @@ HomePage::HomePage(const ViewContext& context, const HomeActions& actions, QWidg
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(scroll);
 }
+
+std::vector<PathPart> HomePage::path() const {
+    if (!driving_ || !driving_->detail().any())
+        return {};
+    return {{tr("Home"), PathPart::Leads::ToPlace, {}}, {driving_->detailTitle(), PathPart::Leads::Nowhere, {}}};
+}
+
+PagePlace HomePage::place() const { return {.subject = driving_ ? driving_->detail().subject() : std::string()}; }
+
+void HomePage::goTo(const PagePlace& place) {
+    if (!driving_ || place.subject == driving_->detail().subject())
+        return;
+    driving_->setDetail(DrivingDetail::of(place.subject));
+    const bool detail = driving_->detail().any();
+    for (QWidget* part : starts_)
+        part->setVisible(!detail);
+    showRecentFiles();
+    setFocusProxy(detail ? driving_->firstField() : first_);
+    scroll_->verticalScrollBar()->setValue(0);
+}
+
+void HomePage::showDetail(const DrivingDetail& detail) {
+    goTo({.subject = detail.subject()});
+    setFocus();
+    emit placeChanged();
+}
+
+std::optional<ExportContent> HomePage::exported() { return driving_ ? driving_->exported() : std::nullopt; }
+
+bool HomePage::canExport() const { return driving_ && driving_->counts(); }
 
 QLabel* HomePage::addFigure(QVBoxLayout& layout, const char* objectName, const QString& caption) {
     auto* name = new QLabel(caption);
@@ -242,7 +284,7 @@ void HomePage::showRecentFiles() {
         link->setAccessibleName(toQtPath(path.filename()));
         recentList_->addWidget(link);
     }
-    recentCard_->setVisible(shown > 0);
+    recentCard_->setVisible(shown > 0 && !(driving_ && driving_->detail().any()));
 }
 
 } // namespace quobrix

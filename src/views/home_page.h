@@ -8,11 +8,13 @@
 
 class QAction;
 class QLabel;
+class QScrollArea;
 class QVBoxLayout;
 
 namespace quobrix {
 
 class DrivingPanel;
+struct DrivingDetail;
 
 /// What the home page offers; the actions must outlive it.
 struct HomeActions {
@@ -31,18 +33,28 @@ class HomePage final : public Page {
 public:
     HomePage(const ViewContext& context, const HomeActions& actions, QWidget* parent = nullptr);
 
+    std::vector<PathPart> path() const override;
+    /// A detail of the statistics, or the page itself.
+    PagePlace place() const override;
+    void goTo(const PagePlace& place) override;
     void refresh() override;
     /// How was driven, else the figures of the document.
     std::optional<Report> printable(const std::optional<RecordRange>& range) const override;
+    std::optional<ExportContent> exported() override;
+    bool canExport() const override;
     /// The recent files are others, or some of them are missing.
     void showRecentFiles();
 
 private:
+    void showDetail(const DrivingDetail& detail);
     QLabel* addFigure(QVBoxLayout& layout, const char* objectName, const QString& caption);
 
     ViewContext context_;
     HomeActions actions_;
     DrivingPanel* driving_ = nullptr; ///< none: no statistics are kept
+    QWidget *first_, *title_;
+    std::vector<QWidget*> starts_; ///< what is not shown with a detail, but for the recent files
+    QScrollArea* scroll_;
     QLabel* documentName_;
     QLabel* hint_;
     QLabel* trips_;

@@ -6,6 +6,8 @@
 #include "model/record_totals.h"
 #include "tables/ui/cell_block.h"
 #include "texts/text.h"
+#include "units/date_time.h"
+#include "units/time_zone.h"
 #include "views/filter_bar.h"
 #include "views/record_commands.h"
 #include "views/totals_line.h"
@@ -91,7 +93,10 @@ void LogList::show(const Table* log) {
     emit currentRowChanged();
 }
 
-void LogList::filterBy(const DrivingChoice& choice) { filter_->want(choice.period, choice.vehicle, choice.driver); }
+void LogList::filterBy(const DrivingChoice& choice) {
+    filter_->want(choice.month ? nullptr : choice.period, rangeOf(choice, currentTime(), context_.zone), choice.vehicle,
+                  choice.driver);
+}
 
 void LogList::openFilter() {
     if (!filter_->isHidden())

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 class QAction;
@@ -52,9 +53,12 @@ struct PagePlace {
     int view = 0;                      ///< LogViewSpec::page; 0 for a page that has one view
     std::optional<RecordKey> record{}; ///< the current one; nothing without records
     bool list = false;                 ///< all records are in view
+    std::string subject{};             ///< what else it is about, as its page has put it; empty: nothing else
 
     /// The same is in view: a list is the same whichever of its records is current.
-    bool shows(const PagePlace& other) const { return view == other.view && (list || record == other.record); }
+    bool shows(const PagePlace& other) const {
+        return view == other.view && subject == other.subject && (list || record == other.record);
+    }
 };
 
 /// Between the parts of what stands above a page.

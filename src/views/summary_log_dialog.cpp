@@ -32,9 +32,7 @@ class SummaryList final : public TSpreadsheet {
 public:
     SummaryList(const SpreadsheetContext& context, const SpreadsheetSpec& spec, std::function<bool()> may,
                 std::function<void()> remove)
-        : TSpreadsheet(context, spec), may_(std::move(may)), remove_(std::move(remove)) {
-        commands().ruleOut(SpreadsheetCommand::Errors, tr("Nothing is edited here, so that nothing can be wrong."));
-    }
+        : TSpreadsheet(context, spec), may_(std::move(may)), remove_(std::move(remove)) {}
 
 private:
     void deleteSelection() override { remove_(); }
@@ -60,6 +58,7 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
          .title = windowTitle(),
          .emptyText = toQt(text(messageSpec(MessageId::NoSummaries).text))},
         [this] { return canDelete(); }, [this] { deleteSelected(); });
+    list_->commands().ruleOut(SpreadsheetCommand::Errors, tr("Nothing is edited here, so that nothing can be wrong."));
     connect(&list_->view(), &SpreadsheetView::selectionAltered, this, [this] { showState(); });
 
     delete_->setObjectName(QStringLiteral("deleteSummaries"));
@@ -90,7 +89,7 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
 
 SummaryLogDialog::~SummaryLogDialog() {
     rememberGeometry(*this, context_.settings, kSection);
-    delete list_; // which shows the table
+    delete std::exchange(list_, nullptr); // which shows the table
 }
 
 bool SummaryLogDialog::event(QEvent* event) {
@@ -140,9 +139,11 @@ std::vector<RowIndex> SummaryLogDialog::selectedRows() const {
     return rows;
 }
 
-bool SummaryLogDialog::canDelete() const { return !deleting_ && list_->view().selectionModel()->hasSelection(); }
+bool SummaryLogDialog::canDelete() const { return list_ && !deleting_ && list_->view().selectionModel()->hasSelection(); }
 
 void SummaryLogDialog::showState() {
+    if (!list_) // it is ending
+        return;
     const std::size_t count = records_ ? records_->size() : 0;
     deleteAll_->setEnabled(count > 0 && !deleting_);
     list_->commands().refresh();

@@ -41,7 +41,7 @@ private:
     SummaryKeeper& keeper_;
     SummaryKeeper::Records records_; ///< as they are shown
     std::unique_ptr<SummaryTable> table_;
-    TSpreadsheet* list_;
+    TSpreadsheet* list_ = nullptr;
     StatusLine* status_;
     QPushButton *delete_, *deleteAll_;
     bool deleting_ = false; ///< it is under way

@@ -3,6 +3,7 @@
 #include "summary/ui/trip_counter.h"
 #include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
+#include "units/date_time.h"
 #include "views/log_view.h"
 #include "views/summary_log_dialog.h"
 
@@ -91,7 +92,8 @@ TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
     ASSERT_TRUE(frame_.files().open(folder_ / "Trips.car"));
     EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
     EXPECT_TRUE(text("homeState").endsWith("Choose another period.")) << "the trips are of long ago";
-    choose("homePeriod", static_cast<int>(periods().size()));
+    EXPECT_TRUE(frame_.findChild<QWidget*>("homeChart1")->isHidden());
+    tile("homeShowAll")->click();
     EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 36,000.00 m");
     EXPECT_EQ(tile("homeFigure_idleShare")->accessibleName(), "Share of Idle Time: 10%");
     EXPECT_EQ(text("homeInFile"), "3 of 3 trips are in this file.");
@@ -107,10 +109,70 @@ TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
     const std::optional<Report> printed = frame_.pages().page(kHomePage)->printable({});
     EXPECT_EQ(std::get<Grid>(printed->blocks.front()).rows.front(), (std::vector<std::string>{"Distance", "24.0 km"}));
     EXPECT_EQ(settings_.getText("Home Page", "Driver"), "7");
-    tile("homeFigure_distance")->click();
+    // Figures, names and bars lead to details, and these to the trips.
+    const auto press = [&](const char* name) {
+        tile(name)->click();
+        QApplication::processEvents();
+        return frame_.findChild<QLabel*>("pageTitle")->accessibleName();
+    };
+    EXPECT_EQ(press("homeFigure_hardBrakes"), "Home / Anna, Hard Brakes per 100 km");
+    EXPECT_TRUE(tile("homeFigure_distance")->isHidden());
+    EXPECT_EQ(tile("homeVehicles1")->accessibleName(), "Unknown #1: 16.7");
+    EXPECT_EQ(press("homeVehicles1"), "Home / Unknown #1, Anna");
+    EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 24.0 km");
+    frame_.pages().step(-1);
+    frame_.pages().step(-1);
+    EXPECT_EQ(frame_.findChild<QLabel*>("pageTitle")->accessibleName(), "");
+    frame_.pages().step(1);
+    frame_.pages().step(1);
+    EXPECT_EQ(frame_.findChild<QLabel*>("homeState")->isHidden(), true);
+    tile("homeShowTrips")->click();
     EXPECT_EQ(frame_.pages().current(), kTripLogPage);
     auto& list = static_cast<LogView*>(frame_.pages().page(kTripLogPage))->summary();
     EXPECT_EQ(list.model().rowCount(), 2);
+    frame_.pages().step(-1);
+    EXPECT_EQ(frame_.pages().current(), kHomePage);
+    const std::optional<ExportContent> written = frame_.pages().page(kHomePage)->exported();
+    ASSERT_TRUE(written);
+    EXPECT_EQ(written->records[0].columns[3].column->text(0, context_.text()), "24.0");
+}
+
+TEST_F(CountingTest, EveryBarIsReachedByKeysAndNamesItsMonthAndValue) {
+    const std::int32_t now = currentTime();
+    TQuobrixDocument recent;
+    for (int month = 0; month < 3; ++month) {
+        const RowIndex row = addTrip(recent, now - 86400 * 31 * month);
+        recent.trips().column<TTripLogRecordColumn>().set(row, {now - 86400 * 31 * month, 0});
+    }
+    ASSERT_TRUE(recent.saveAs(folder_ / "Recent.car"));
+    frame_.pages().show(kHomePage);
+    frame_.show();
+    frame_.activateWindow();
+    ASSERT_TRUE(frame_.files().open(folder_ / "Recent.car"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return counted() == 3; }));
+    auto* period = frame_.findChild<QComboBox*>("homePeriod");
+    period->setCurrentIndex(period->count() - 1);
+    emit period->activated(period->currentIndex());
+    std::vector<QAbstractButton*> bars;
+    for (QAbstractButton* bar : frame_.findChild<QWidget*>("homeChart1")->findChildren<QAbstractButton*>())
+        if (!bar->isHidden())
+            bars.push_back(bar);
+    ASSERT_GE(bars.size(), 2u);
+    EXPECT_TRUE(bars.back()->accessibleName().startsWith("Distance (m), "));
+    EXPECT_TRUE(bars.back()->accessibleName().endsWith("12,000.00 m")) << bars.back()->accessibleName().toStdString();
+    EXPECT_EQ(bars.back()->focusPolicy(), Qt::StrongFocus) << "Tab comes to the newest one";
+    EXPECT_EQ(bars.front()->focusPolicy(), Qt::ClickFocus);
+    QTest::keyClick(bars.back(), Qt::Key_Left);
+    EXPECT_EQ(frame_.focusWidget(), bars[bars.size() - 2]);
+    QTest::keyClick(frame_.focusWidget(), Qt::Key_Space);
+    QTest::qWait(1);
+    const std::string path = frame_.findChild<QLabel*>("pageTitle")->accessibleName().toStdString();
+    EXPECT_EQ(path.find("Home / "), 0u) << path;
+    EXPECT_TRUE(period->isHidden()) << "it is that month";
+    EXPECT_EQ(frame_.findChild<QAbstractButton*>("homeFigure_trips")->accessibleName(), "Trips: 1");
+    EXPECT_TRUE(frame_.findChild<QWidget*>("homeChart1")->isHidden());
+    frame_.findChild<QAbstractButton*>("homeShowTrips")->click();
+    EXPECT_EQ(static_cast<LogView*>(frame_.pages().page(kTripLogPage))->summary().model().rowCount(), 1);
 }
 
 TEST_F(CountingTest, TheSummaryLogFollowsWhatIsCountedAndDeleted) {
