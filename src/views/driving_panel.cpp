@@ -22,6 +22,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <array>
@@ -34,13 +35,21 @@ namespace {
 
 constexpr std::string_view kSection = "Home Page";
 constexpr int kMostColumns = 4; // of figures
+constexpr int kMostBox = 60;    // characters
 constexpr std::size_t kRankingRows = 6;
 
+/// The wheel scrolls the page, wherever the mouse is.
+class ChoiceBox final : public QComboBox {
+protected:
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
+
 QComboBox* box(const char* name) {
-    auto* result = new QComboBox;
+    auto* result = new ChoiceBox;
+    result->setMaximumWidth(result->fontMetrics().averageCharWidth() * kMostBox);
     result->setObjectName(QLatin1String(name));
     result->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    result->setMinimumContentsLength(12);
+    result->setMinimumContentsLength(8);
     return result;
 }
 
@@ -112,6 +121,7 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
         choices->addWidget(labels_.emplace_back(fieldLabel(label, *field)));
         choices->addWidget(field, 1);
     }
+    choices->addStretch();
     content.addLayout(choices);
     state_->setObjectName(QStringLiteral("homeState"));
     inFile_->setObjectName(QStringLiteral("homeInFile"));
@@ -140,8 +150,10 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
     again_->setToolTip(
         tr("Counts all trips of this file, also those whose records were deleted from the summary log."));
     foot->addWidget(inFile_, 1);
-    foot->addWidget(trips_);
-    foot->addWidget(again_);
+    for (QPushButton* button : {trips_, again_}) {
+        button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+        foot->addWidget(button, 0, Qt::AlignRight);
+    }
     content.addLayout(foot);
     makeCharts(content);
     auto* sides = new QGridLayout(rankings_);

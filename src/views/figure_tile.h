@@ -17,7 +17,7 @@ public:
     void show(const QString& title, const QString& value, const QString& remark);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    QSize minimumSizeHint() const override { return {sizeHint().width() / 2, sizeHint().height()}; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

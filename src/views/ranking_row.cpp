@@ -28,7 +28,7 @@ QSize RankingRow::sizeHint() const {
     return {fontMetrics().averageCharWidth() * 36, fontMetrics().lineSpacing() + kBar + 3 * kSpace};
 }
 
-QSize RankingRow::minimumSizeHint() const { return {fontMetrics().averageCharWidth() * 20, sizeHint().height()}; }
+QSize RankingRow::minimumSizeHint() const { return {fontMetrics().averageCharWidth() * 14, sizeHint().height()}; }
 
 void RankingRow::paintEvent(QPaintEvent*) {
     QPainter painter(this);

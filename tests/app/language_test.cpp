@@ -31,6 +31,7 @@
 #include "units/ui/unit_system_name_dialogs.h"
 #include "units/unit_catalogue.h"
 #include "views/comments_dialog.h"
+#include "views/driving_panel.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
 #include "views/record_dialog.h"
@@ -277,6 +278,9 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     counting.counter = &counter;
     SummaryLogDialog summaries(counting, nullptr);
     look(summaries);
+    DrivingPanel driving(counting, {});
+    driving.refresh();
+    look(driving);
     PropertiesDialog properties(
         context_, [] {}, nullptr);
     look(properties);
