@@ -14,7 +14,7 @@ namespace quobrix {
 namespace {
 
 constexpr int kPadding = 8;
-constexpr int kWidth = 17; // of the narrowest tile, in average characters
+constexpr int kWidth = 22; // of the narrowest tile, in average characters
 
 } // namespace
 
