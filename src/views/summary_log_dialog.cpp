@@ -139,7 +139,9 @@ std::vector<RowIndex> SummaryLogDialog::selectedRows() const {
     return rows;
 }
 
-bool SummaryLogDialog::canDelete() const { return list_ && !deleting_ && list_->view().selectionModel()->hasSelection(); }
+bool SummaryLogDialog::canDelete() const {
+    return list_ && !deleting_ && list_->view().selectionModel()->hasSelection();
+}
 
 void SummaryLogDialog::showState() {
     if (!list_) // it is ending
