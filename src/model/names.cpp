@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <charconv>
+#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -52,6 +53,9 @@ ShownText keyLock(const Column& key, RowIndex row) {
     return names && names->inUse(row) ? text(TextId::KeyIsReferredTo) : ShownText();
 }
 
+constexpr SourceText kFuels[] = {kUnknownName, SourceText("Petrol"), SourceText("Diesel"),
+                                 SourceText("Other")}; // by code
+
 // People add and delete names; more than a list can reasonably be read in is a mistaken paste.
 constexpr RowRequirements kNameRows{.editable = true, .required = {0, 100'000}};
 
@@ -80,6 +84,24 @@ ShownText VehicleKeyColumn::doubt(const Value& value) const {
 }
 
 ShownText VehicleKeyColumn::lock(RowIndex row) const { return keyLock(*this, row); }
+
+std::vector<Selection> VehicleFuelColumn::selections() const {
+    std::vector<Selection> all;
+    for (std::size_t code = 0; code < std::size(kFuels); ++code)
+        all.push_back({static_cast<std::int64_t>(code), quobrix::text(kFuels[code])});
+    return all;
+}
+
+std::string VehicleFuelColumn::selection(std::int32_t code) const {
+    return code > 0 && code < static_cast<std::int32_t>(std::size(kFuels)) ? quobrix::text(kFuels[code])
+                                                                           : quobrix::text(kFuels[0]);
+}
+
+Value VehicleFuelColumn::value(RowIndex row) const { return std::int64_t{has(row) ? at(row) : 0}; }
+
+std::string_view VehicleFuelColumn::textView(RowIndex row, const TextContext&, TextBuffer& buffer) const {
+    return buffer.words = selection(at(row));
+}
 
 Parsed LoggerKeyColumn::parse(std::string_view text, const TextContext&) const {
     const std::string_view serialNumber = withoutBlanksAround(text);
@@ -173,7 +195,7 @@ std::string_view NamesTable::displayName(std::string_view key, std::string& buff
 const TableSpec& TVehicleNamesTable::spec() const {
     static constexpr TableSpec spec{
         kType,
-        kTypesOf<TVehicleNamesVinColumn, TVehicleNamesNameColumn, TVehicleNamesVinInUseColumn>,
+        kTypesOf<TVehicleNamesVinColumn, TVehicleNamesNameColumn, TVehicleNamesVinInUseColumn, TVehicleNamesFuelColumn>,
         {},
         SourceText("Vehicle ID"),
         kNameRows};
@@ -225,6 +247,12 @@ void NamesTable::nameAll(std::span<const std::string> keys, const std::string& n
 std::vector<std::string> NamesTable::defaultNames(std::size_t) const { return {}; }
 
 void NamesTable::setKey(RowIndex row, const std::string& key) { static_cast<TextColumn&>(column(0)).set(row, key); }
+
+Fuel TVehicleNamesTable::fuelOf(std::string_view key) const {
+    const RowIndex row = find(key);
+    const auto& fuels = column<TVehicleNamesFuelColumn>();
+    return row < rowCount() && fuels.has(row) ? static_cast<Fuel>(fuels.at(row)) : Fuel::Unknown;
+}
 
 std::vector<std::string> TVehicleNamesTable::defaultNames(std::size_t count) const {
     std::unordered_set<std::string_view> taken;

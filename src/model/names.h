@@ -4,6 +4,7 @@
 #include "tables/declare.h"
 #include "tables/table.h"
 
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -40,6 +41,20 @@ public:
 protected:
     ShownText lock(RowIndex row) const override;
 };
+/// What an engine burns, as the codes that documents keep.
+enum class Fuel : std::int32_t { Unknown, Petrol, Diesel, Other };
+
+/// Always one of them: what was never set is unknown.
+class VehicleFuelColumn : public SelectionColumn {
+public:
+    std::vector<Selection> selections() const override;
+    Value value(RowIndex row) const override;
+    std::string_view textView(RowIndex row, const TextContext&, TextBuffer& buffer) const override;
+
+protected:
+    std::string selection(std::int32_t code) const override;
+};
+
 /// A logger's serial number, without blanks around it. What is typed must be accepted by isAcceptedTyped().
 class LoggerKeyColumn : public TextColumn {
 public:
@@ -136,6 +151,8 @@ private:
 
 class TVehicleNamesTable final : public NamesTable {
     QUOBRIX_TABLE_CLASS(TVehicleNamesTable, true)
+    /// What the vehicle KEY burns.
+    Fuel fuelOf(std::string_view key) const;
     /// "Unknown #n" each, n the smallest numbers from 1 that no row has yet.
     std::vector<std::string> defaultNames(std::size_t count) const override;
 };

@@ -16,6 +16,8 @@ inline constexpr int kParameterCount = 24;
 /// The one parameter that is a pair of codes instead of a figure: the status of fuel systems 1 and 2.
 inline constexpr std::int32_t kFuelSystemStatusParameter = 11;
 
+inline constexpr std::int32_t kAirFlowParameter = 7; ///< g/s
+
 inline constexpr SourceText kFuelSystemStatusName("Fuel System Status"); ///< of choices and series
 
 /// "Engine Speed"; empty for 11 and for unknown identifiers.

@@ -38,6 +38,10 @@ bool inMiles(const TUnitSystem& units) {
     return unit == UnitId::Mile || unit == UnitId::Foot;
 }
 
+bool inLitresPer100Kilometres(const TUnitSystem& units) {
+    return units.unit(UnitTypeId::Distance) == UnitId::Kilometre && units.unit(UnitTypeId::Fuel) == UnitId::Liter;
+}
+
 } // namespace
 
 std::span<const DrivingFigure> drivingFigures() { return kFigures; }
@@ -56,11 +60,24 @@ double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem&
         return value * 100 * (inMiles(units) ? kMile : 1000);
     case FigureKind::Share:
         return value * 100;
+    case FigureKind::Economy: {
+        const double perFuel = units.toDisplay(UnitTypeId::Distance, value) / units.toDisplay(UnitTypeId::Fuel, 1);
+        return inLitresPer100Kilometres(units) ? 100 / perFuel : perFuel;
+    }
     case FigureKind::Count:
     case FigureKind::Time:
         break;
     }
     return value;
+}
+
+ShownText economyUnit(const TUnitSystem& units) {
+    if (inLitresPer100Kilometres(units))
+        return text(TextId::LitresPer100Kilometres);
+    if (units.unit(UnitTypeId::Distance) == UnitId::Mile && units.unit(UnitTypeId::Fuel) == UnitId::Gallon)
+        return text(TextId::MilesPerGallon);
+    const auto name = [&](UnitTypeId type) { return text(unitRecord(units.unit(type)).shownName); };
+    return text(TextId::UnitPerUnit, name(UnitTypeId::Distance), name(UnitTypeId::Fuel));
 }
 
 ShownText rateTitle(const ShownText& what, const TUnitSystem& units) {
@@ -89,6 +106,8 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
     case FigureKind::Rate:
         return ShownText::asItIs(
             std::string(formatNumber(units.locale().numbers, shownFigure(figure, *value, units), 1, buffer)));
+    case FigureKind::Economy:
+        return ShownText::asItIs(figureCell(figure, totals, units) + ' ' + economyUnit(units));
     case FigureKind::Share:
         break;
     }
@@ -99,6 +118,8 @@ ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units) {
     const ShownText title = figureTitle(figure, units);
     if (figure.kind == FigureKind::Quantity)
         return text(TextId::WithAside, title, text(unitRecord(units.unit(figure.unit)).shownName));
+    if (figure.kind == FigureKind::Economy)
+        return text(TextId::WithAside, title, economyUnit(units));
     return figure.kind == FigureKind::Share ? text(TextId::WithAside, title, "%") : title;
 }
 
@@ -107,16 +128,18 @@ ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, c
     ValueText buffer;
     if (value && figure.kind == FigureKind::Quantity)
         return ShownText::asItIs(units.formatValue(figure.unit, *value));
-    if (value && figure.kind == FigureKind::Share)
-        return ShownText::asItIs(std::string(formatNumber(units.locale().numbers, *value * 100, 1, buffer)));
+    if (value && (figure.kind == FigureKind::Share || figure.kind == FigureKind::Economy))
+        return ShownText::asItIs(
+            std::string(formatNumber(units.locale().numbers, shownFigure(figure, *value, units), 1, buffer)));
     return figureText(figure, totals, units);
 }
 
-std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now) {
+std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now,
+                                   const TUnitSystem& units) {
     const std::optional<double> old = figure.value(before), present = figure.value(now);
     if (!old || !present || *old == 0)
         return {};
-    return *present / *old - 1;
+    return shownFigure(figure, *present, units) / shownFigure(figure, *old, units) - 1;
 }
 
 } // namespace quobrix

@@ -20,6 +20,7 @@ enum class FigureKind {
     Quantity, ///< in the user's unit
     Rate,     ///< a metre; shown for 100 miles or kilometres
     Share,    ///< 0 to 1, as percent
+    Economy,  ///< m a US gallon, of the trips whose fuel is known; see economyUnit()
 };
 
 /// Fewer trips than that say little about how somebody drives: rates and shares of them are shown with a remark.
@@ -35,7 +36,15 @@ struct DrivingFigure {
 
     /// Whether it is made of so few trips that whoever shows it says so.
     bool ofFewTrips(const DrivingTotals& totals) const {
-        return (kind == FigureKind::Rate || kind == FigureKind::Share) && totals.trips < kFewTrips;
+        switch (kind) {
+        case FigureKind::Economy:
+            return totals.fuelTrips < kFewTrips;
+        case FigureKind::Rate:
+        case FigureKind::Share:
+            return totals.trips < kFewTrips;
+        default:
+            return false;
+        }
     }
 };
 std::span<const DrivingFigure> drivingFigures();
@@ -48,12 +57,17 @@ ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
 /// As the user reads it, with its unit; empty where there is no value.
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// What economies are shown in: miles a gallon, litres for 100 km (less is better), or else the user's unit of distance
+/// for one of fuel.
+ShownText economyUnit(const TUnitSystem& units);
 /// VALUE of FIGURE as a number of what it is shown in: the user's unit, events for 100 of them, percent, s.
 double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem& units);
 /// The same for a table: "Distance (km)" above the figure alone.
 ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units);
 ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
-/// The part by which it changed, 0.1 being a tenth more; nothing where either value is missing or the older one is 0.
-std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now);
+/// The part by which what is shown of it changed, 0.1 being a tenth more; nothing where either value is missing or the
+/// older one is 0.
+std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now,
+                                   const TUnitSystem& units);
 
 } // namespace quobrix

@@ -95,7 +95,7 @@ Report drivingReport(const DrivingStatistics& statistics, ShownText title, const
         std::vector<std::string>& row = figures.rows.emplace_back();
         row = {figureTitle(figure, units), valueText(figure, statistics.totals, units)};
         if (statistics.before)
-            row.push_back(changeText(figureChange(figure, *statistics.before, statistics.totals)));
+            row.push_back(changeText(figureChange(figure, *statistics.before, statistics.totals, units)));
     }
     report.blocks.emplace_back(std::move(figures));
     addList(report, text(TextId::StatisticsMonths), text(TextId::StatisticsMonth), statistics.months, units);

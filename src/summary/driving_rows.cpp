@@ -41,7 +41,7 @@ std::vector<DrivingRow> drivingRows(const DrivingStatistics& statistics, const T
             return;
         for (const DrivingFigure& figure : drivingFigures())
             rows.push_back({what, name, figureHeading(figure, units), figureCell(figure, totals, units),
-                            change(before ? figureChange(figure, *before, totals) : std::nullopt),
+                            change(before ? figureChange(figure, *before, totals, units) : std::nullopt),
                             std::to_string(totals.trips)});
     };
     add(text(TextId::StatisticsAll), {}, statistics.totals, statistics.before ? &*statistics.before : nullptr);

@@ -75,6 +75,11 @@ void DrivingTotals::add(const SummaryRecord& record) {
     if (!record.ours())
         return;
     watchedDistance += sound(record.distance);
+    if (sound(record.fuel) > 0 && sound(record.distance) > 0) {
+        fuel += record.fuel;
+        fuelDistance += record.distance;
+        ++fuelTrips;
+    }
     for (std::size_t kind = 0; kind < events.size(); ++kind)
         events[kind] += record.events[kind].count;
     bands[0] += sound(record.idleTime);

@@ -34,6 +34,9 @@ struct DrivingTotals {
     double time = 0;            ///< s
     double topSpeed = 0;        ///< m/s
     double watchedDistance = 0; ///< m of it in which events were counted
+    double fuel = 0;            ///< US gallons, of the trips that this is known of
+    double fuelDistance = 0;    ///< m in those
+    std::size_t fuelTrips = 0;
     std::array<double, SummaryRecord::kEventKinds> events{};
     /// s at idle, in bands 1 to 3 and in the top one
     std::array<double, 5> bands{};

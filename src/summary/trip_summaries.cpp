@@ -83,6 +83,33 @@ SummaryRecord::Slot slotOf(const Settings& settings, std::int32_t parameter, std
     return slot;
 }
 
+/// What SERIES says of the air that the engine took in, each sample standing for its interval.
+void addAir(SampledTrip& trip, const ParameterSeriesColumn& series) {
+    if (series.parameter() != kAirFlowParameter)
+        return;
+    double air = 0;
+    std::int64_t time = 0;
+    for (std::size_t i = 0; i < series.sampleCount(); ++i)
+        if (const double flow = series.metric(i); hasValue(flow)) {
+            air += flow * series.interval();
+            time += series.interval();
+        }
+    if (time > trip.airTime) { // should it have been recorded twice
+        trip.air = air;
+        trip.airTime = time;
+    }
+}
+
+/// US gallons of petrol burnt with AIR (g): closed loop control keeps 14.7 times as much air as petrol, of which a
+/// gallon is 6.17 lb.
+double petrolBurntWith(double air) {
+    constexpr double kAirToPetrol = 14.7, kGramsAGallon = 2'798.7;
+    return air / kAirToPetrol / kGramsAGallon;
+}
+
+/// The part of a trip in which air flow must have been measured.
+constexpr double kLeastMeasured = 0.9;
+
 /// How many of TIMES, ascending, lie within.
 std::uint32_t countWithin(const std::vector<std::int32_t>& times, std::int32_t from, std::int32_t through) {
     const auto first = std::ranges::lower_bound(times, from), end = std::ranges::upper_bound(times, through);
@@ -147,6 +174,7 @@ std::optional<SampledTrip> TripSummaries::read(RowIndex row) const {
             sampled.parameters[i] = slotOf(settings_, series.parameter(), series.sampleCount(),
                                            static_cast<std::uint32_t>(series.interval()),
                                            [&](std::size_t sample) { return series.base(sample); });
+            addAir(sampled, series);
         }
         const TTripLogSampleTable* recorded = recordedTables.object(row);
         sampled.samplesSum = sumOf((recorded ? recorded : samples)->speed().values());
@@ -200,6 +228,9 @@ std::optional<SummaryRecord> TripSummaries::record(RowIndex row) const {
     const auto& ends = trips_.column<TTripLogEndTimeColumn>();
     r.start = starts.has(row) ? starts.at(row) : 0;
     r.end = ends.has(row) ? ends.at(row) : r.start;
+    if (document_.vehicles().fuelOf(vin) == Fuel::Petrol && r.duration() > 0 &&
+        static_cast<double>(sampled->airTime) >= kLeastMeasured * static_cast<double>(r.duration()))
+        r.fuel = static_cast<float>(petrolBurntWith(sampled->air));
     r.distance = figure<TTripLogDistanceColumn>(trips_, row);
     r.averageSpeed = figure<TTripLogAverageSpeedColumn>(trips_, row);
     r.topSpeed = figure<TTripLogMaximumSpeedColumn>(trips_, row);

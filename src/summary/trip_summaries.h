@@ -22,6 +22,8 @@ struct SampledTrip {
     std::array<float, 3> bandTimes{};
     std::array<std::uint32_t, SummaryRecord::kEventKinds> lastEvents{};
     std::array<SummaryRecord::Slot, SummaryRecord::kSlots> parameters{};
+    double air = 0;           ///< g that the engine took in while it was measured
+    std::int64_t airTime = 0; ///< s that this was
 };
 /// By row of the trip log.
 using SampledTrips = std::map<RowIndex, SampledTrip>;

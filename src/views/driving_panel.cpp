@@ -335,10 +335,13 @@ void DrivingPanel::showFigures() {
     for (std::size_t i = 0; i < figures.size(); ++i) {
         const DrivingFigure& figure = figures[i];
         QString remark;
-        if (figure.ofFewTrips(statistics_.totals))
+        if (figure.kind == FigureKind::Economy && !figure.value(statistics_.totals))
+            remark = tr("Needs recorded air flow, and petrol in Setup / Vehicle ID");
+        else if (figure.ofFewTrips(statistics_.totals))
             remark = tr("fewer than three trips");
-        else if (const auto change =
-                     statistics_.before ? figureChange(figure, *statistics_.before, statistics_.totals) : std::nullopt)
+        else if (const auto change = statistics_.before
+                                         ? figureChange(figure, *statistics_.before, statistics_.totals, context_.units)
+                                         : std::nullopt)
             remark = tr("%1 from before", "a change in percent").arg(toQt(changeText(change)));
         tiles_[i]->show(toQt(figureTitle(figure, context_.units)),
                         toQt(figureText(figure, statistics_.totals, context_.units)), remark);

@@ -220,6 +220,22 @@ TEST_F(NameEditing, AKeyInUseIsKeptAndItsNameIsNot) {
     EXPECT_EQ(document_.trips().column<TTripLogVinColumn>().text(0, context_), "Unknown #1");
 }
 
+TEST_F(NameEditing, AVehicleBurnsWhatIsChosen) {
+    test::addTrip(document_, 1'700'000'000);
+    const TVehicleNamesTable& vehicles = document_.vehicles();
+    const auto& fuels = vehicles.column<TVehicleNamesFuelColumn>();
+    const std::size_t column = vehicles.indexOf("TVehicleNamesFuelColumn");
+    EXPECT_EQ(fuels.text(0, context_), "Unknown");
+    EXPECT_EQ(vehicles.fuelOf(test::kVin), Fuel::Unknown);
+    EXPECT_EQ(type(vehicles, column, 0, "die"), "") << "as its beginning is enough";
+    EXPECT_EQ(vehicles.fuelOf(test::kVin), Fuel::Diesel);
+    EXPECT_NE(type(vehicles, column, 0, "Steam"), "");
+    EXPECT_EQ(fuels.text(0, context_), "Diesel");
+    edits_.undo();
+    EXPECT_EQ(fuels.text(0, context_), "Unknown");
+    EXPECT_EQ(vehicles.fuelOf("no such vehicle"), Fuel::Unknown);
+}
+
 TEST_F(NameEditing, ARowWithoutAKeyIsUnused) {
     test::addTrip(document_, 1'700'000'000); // no driver was identified
     TVehicleNamesTable& vehicles = document_.vehicles();

@@ -65,8 +65,9 @@ TEST(DrivingStatistics, MonthsAreThoseOfTheLocalCalendar) {
     EXPECT_EQ(chosen.totals.distance, 30'000);
     EXPECT_EQ(chosen.before->trips, 0u);
     const DrivingFigure& distance = drivingFigures().front();
-    EXPECT_FALSE(figureChange(distance, *chosen.before, chosen.totals));
-    EXPECT_NEAR(*figureChange(distance, all.months[9].totals, all.months[10].totals), 0.25, 1e-12);
+    const TUnitSystem units;
+    EXPECT_FALSE(figureChange(distance, *chosen.before, chosen.totals, units));
+    EXPECT_NEAR(*figureChange(distance, all.months[9].totals, all.months[10].totals, units), 0.25, 1e-12);
 }
 
 TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
@@ -79,7 +80,8 @@ TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
     EXPECT_EQ(valueOf("idleShare", s.totals), 600 / 3600.0);
     for (const DrivingFigure& figure : drivingFigures()) {
         EXPECT_FALSE(figure.value(DrivingTotals())) << figure.key; // no trips, no figures
-        EXPECT_EQ(figure.ofFewTrips(s.totals), figure.kind == FigureKind::Rate || figure.kind == FigureKind::Share);
+        EXPECT_EQ(figure.ofFewTrips(s.totals), figure.kind == FigureKind::Rate || figure.kind == FigureKind::Share ||
+                                                   figure.kind == FigureKind::Economy);
     }
     const DrivingFigure& brakes = *std::ranges::find(drivingFigures(), "hardBrakes", &DrivingFigure::key);
     TUnitSystem units;
@@ -99,6 +101,44 @@ TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
     const DrivingFigure& time = *std::ranges::find(drivingFigures(), FigureKind::Time, &DrivingFigure::kind);
     EXPECT_FALSE(figureText(time, damaged, units).empty()) << "and no time before the beginning";
     EXPECT_FALSE(figureText(time, damaged, units).starts_with("-"));
+}
+
+TEST(DrivingStatistics, FuelEfficiencyIsOfTheTripsWhoseFuelIsKnown) {
+    std::vector<SummaryRecord> records;
+    for (int day = 1; day <= 5; ++day)
+        records.push_back(trip({2026, 2, day}, "V", "1", 40));
+    DrivingTotals none;
+    none.add(records[0]);
+    const DrivingFigure& economy = *drivingFigure("fuelEfficiency");
+    EXPECT_FALSE(economy.value(none));
+    records[0].fuel = 1;
+    records[1].fuel = 0.5f;
+    records[2].fuel = std::numeric_limits<float>::infinity();
+    records[3].fuel = 9;
+    records[3].mark = 0; // of another program, whose figure means something else
+    records[4].fuel = 1;
+    records[4].distance = 0; // the engine ran, and no efficiency is known of that
+    const DrivingTotals totals = drivingStatistics(records, {}, kNow, kZone).totals;
+    EXPECT_EQ(*economy.value(totals), 80'000 / 1.5);
+    EXPECT_TRUE(economy.ofFewTrips(totals)) << "two of five";
+
+    TUnitSystem units;
+    DrivingTotals better = totals;
+    better.fuel = 0.75; // half of it
+    const std::tuple<UnitId, UnitId, const char*, const char*, double> shown[] = {
+        {UnitId::Mile, UnitId::Gallon, "33.1 mi/gal", "Estimated Fuel Efficiency (mi/gal)", 1},
+        {UnitId::Kilometre, UnitId::Liter, "7.1 L/100 km", "Estimated Fuel Efficiency (L/100 km)", -0.5},
+        {UnitId::Kilometre, UnitId::Gallon, "53.3 km/Gallon", "Estimated Fuel Efficiency (km/Gallon)", 1},
+        {UnitId::Mile, UnitId::Liter, "8.8 mi/Liter", "Estimated Fuel Efficiency (mi/Liter)", 1},
+    };
+    for (const auto& [distance, fuel, text, heading, change] : shown) {
+        units.setUnit(UnitTypeId::Distance, distance);
+        units.setUnit(UnitTypeId::Fuel, fuel);
+        EXPECT_EQ(figureText(economy, totals, units), text);
+        EXPECT_EQ(figureHeading(economy, units), heading);
+        EXPECT_NEAR(*figureChange(economy, totals, better, units), change, 1e-9) << "of what is shown";
+        EXPECT_EQ(figureText(economy, none, units), "");
+    }
 }
 
 TEST(DrivingStatistics, GroupsAreToldApartByWhatNeverChanges) {

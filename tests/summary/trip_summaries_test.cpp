@@ -110,6 +110,29 @@ TEST(TripSummaries, EveryFigureIsThatOfTheTrip) {
     EXPECT_NEAR(other->largestDeceleration, 30 / 3.6, 1e-5);
 }
 
+TEST(TripSummaries, PetrolIsEstimatedFromTheAirThatWasMeasured) {
+    TQuobrixDocument document;
+    const Settings settings(std::make_unique<MemorySettings>());
+    const RowIndex row = record(document, kStart); // of 600 s
+    const auto fuelWith = [&](std::size_t samples, std::size_t gaps) {
+        std::vector<double> air(samples, 12.0);
+        std::fill_n(air.begin(), gaps, kNoValue);
+        samplesOf(document, row).series(2).setSeries({kAirFlowParameter, 5, false, air});
+        return TripSummaries(document, settings).record(row)->fuel;
+    };
+    EXPECT_EQ(fuelWith(120, 0), 0) << "what it burns is not known";
+    auto& fuels = document.vehicles().column<TVehicleNamesFuelColumn>();
+    fuels.set(0, static_cast<std::int32_t>(Fuel::Diesel)); // which runs on far more air than it needs
+    EXPECT_EQ(fuelWith(120, 0), 0);
+    fuels.set(0, static_cast<std::int32_t>(Fuel::Petrol));
+    EXPECT_NEAR(fuelWith(120, 0), 7200 / 14.7 / 2798.7, 1e-7); // 12 g/s in 600 s
+    EXPECT_NEAR(fuelWith(120, 12), 6480 / 14.7 / 2798.7, 1e-7);
+    EXPECT_EQ(fuelWith(120, 13), 0) << "less than nine tenths";
+    EXPECT_EQ(fuelWith(107, 0), 0);
+    document.trips().column<TTripLogEndTimeColumn>().set(row, kStart);
+    EXPECT_EQ(fuelWith(120, 0), 0) << "no time has passed";
+}
+
 class Counting : public testing::Test {
 protected:
     /// "added, rewritten"
