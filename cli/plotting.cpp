@@ -9,9 +9,10 @@
 #include "model/logger_tables.h"
 #include "paper/page_setup.h"
 #include "paper/painter.h"
+#include "paper/printout.h"
 #include "plots/comparison.h"
-#include "plots/plot_drawing.h"
 #include "plots/plot_figures.h"
+#include "plots/plot_report.h"
 #include "plots/time_window.h"
 #include "settings/file_settings.h"
 #include "texts/text.h"
@@ -28,34 +29,10 @@
 namespace quobrix::cli {
 namespace {
 
-constexpr double kFontSize = 12;     // of a picture
-constexpr double kPaperPixel = 0.24; // points: 300 dots an inch
-constexpr double kLeastPaperFontSize = 5;
+constexpr double kFontSize = 12; // of a picture
 constexpr int kLeastSide = 100, kMostSide = 10'000;
 
-/// What a plot is drawn on.
-struct Canvas {
-    FileFormat format = FileFormat::Svg;
-    Size paper{}; ///< of a page; else as large as the picture
-    Box room{};   ///< on it
-    double pixel = 1;
-    std::unique_ptr<FilePainter> painter{}; ///< of pixels and pages
-    std::unique_ptr<const TextMeasure> measure{};
-
-    bool isPage() const { return format == FileFormat::Pdf; }
-    /// The file of PLOT; empty if it is too large for one.
-    Bytes file(Drawing plot) const {
-        if (!painter) {
-            const std::string svg = writeSvg(plot, kPaperPalette);
-            return {svg.begin(), svg.end()};
-        }
-        if (!isPage())
-            return painter->png(plot, 1);
-        for (DrawingCommand& command : plot.commands)
-            command = moved(std::move(command), {room.left, room.top});
-        return painter->pdf({plot.title, paper, 1, [&](std::size_t) { return plot; }});
-    }
-};
+Bytes fileOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 std::optional<Size> sizeOf(const std::string& text) {
     int sides[2] = {};
@@ -145,35 +122,24 @@ ExitCode plot(const PlottingOptions& options) {
     const std::optional<FileFormat> format = chosenFormat(options.format, options.out, kPlotFormats);
     if (!format)
         return kUsage;
-    Canvas canvas{.format = *format, .room = {0, 0, size->width, size->height}};
-    if (*format == FileFormat::Svg) {
-        canvas.measure = std::make_unique<const TableTextMeasure>(kFontSize);
-    } else {
-        Result<std::unique_ptr<FilePainter>> painter = loadFilePainter();
-        if (!painter) {
-            complain(text(TextId::CliPlotNoPainter, options.out, painter.error().detail));
+    std::unique_ptr<FilePainter> painter;
+    std::unique_ptr<const TextMeasure> measure = std::make_unique<const TableTextMeasure>(kFontSize);
+    if (*format != FileFormat::Svg) {
+        Result<std::unique_ptr<FilePainter>> loaded = loadFilePainter();
+        if (!loaded) {
+            complain(text(TextId::CliPlotNoPainter, options.out, loaded.error().detail));
             return kUsage;
         }
-        canvas.painter = *std::move(painter);
-        canvas.measure = canvas.painter->measure(canvas.isPage() ? kPaperFontSize : kFontSize);
+        painter = *std::move(loaded);
+        measure = painter->measure(kFontSize);
     }
     UserUnits units;
     if (const ExitCode code = units.load(options.units); code != kDone)
         return code;
 
     PlotView view;
-    {
-        Settings settings(userSettings());
-        view.options = plotOptions(settings);
-        if (canvas.isPage()) {
-            const PageFormat page = PageSetup::load(settings).formatFor({{}, {}, true});
-            const Margins& margins = page.margins;
-            canvas.paper = page.paper;
-            canvas.room = {margins.left, margins.top, page.paper.width - margins.left - margins.right,
-                           page.paper.height - margins.top - margins.bottom};
-            canvas.pixel = kPaperPixel;
-        }
-    }
+    Settings settings(userSettings());
+    view.options = plotOptions(settings);
     view.options.lines = options.lines || (view.options.lines && !options.areas);
     view.options.bands = view.options.bands && !options.noBands;
     view.options.brakes = view.options.brakes && !options.noEvents;
@@ -211,38 +177,29 @@ ExitCode plot(const PlottingOptions& options) {
         plots.push_back(log.id == LogId::Trips ? tripPlot(static_cast<const TTripLogTable&>(table), *row, context)
                                                : stopPlot(static_cast<const TAccidentLogTable&>(table), *row, context));
     }
-    const PlotData data = plots.size() == 1
-                              ? std::move(plots.front())
-                              : comparedPlot(plots, options.by == "distance" ? PlotAxis::Distance : PlotAxis::Elapsed);
+    PlotData data = plots.size() == 1
+                        ? std::move(plots.front())
+                        : comparedPlot(plots, options.by == "distance" ? PlotAxis::Distance : PlotAxis::Elapsed);
     if (data.panels.empty()) {
         complain(data.emptyText);
         return kFailed;
     }
-    const auto layOut = [&] {
-        return layOutPlot(data, view, context, {canvas.room.width, canvas.room.height}, *canvas.measure, canvas.pixel);
-    };
-    PlotLayout layout = layOut();
-    const auto fits = [&] {
-        return layout.size.width <= canvas.room.width && layout.size.height <= canvas.room.height;
-    };
-    for (double font = kPaperFontSize - 1; canvas.isPage() && !fits() && font >= kLeastPaperFontSize; --font) {
-        canvas.measure = canvas.painter->measure(font);
-        layout = layOut();
-    }
     if (!options.from.empty() || !options.to.empty()) {
-        view.range = rangeOf(options, data, layout.width(), units);
+        view.range = rangeOf(options, data, layOutPlot(data, view, context, *size, *measure).width(), units);
         if (!view.range)
             return kUsage;
-        layout = layOut();
     }
-    if (canvas.isPage() && !fits()) {
-        canvas.paper.width += std::max(0.0, layout.size.width - canvas.room.width);
-        canvas.paper.height += std::max(0.0, layout.size.height - canvas.room.height);
+    const ShownText title = plotTitle(data, context);
+    Bytes file;
+    Size taken = *size;
+    if (*format == FileFormat::Pdf) {
+        file = painter->pdf(
+            layOut(ShownPlot::report(std::move(data), view, context), PageSetup::load(settings), *painter));
+    } else {
+        const Drawing drawing = ShownPlot(std::move(data), view, context).draw(*size, *measure, 1);
+        taken = drawing.size;
+        file = painter ? painter->png(drawing, 1) : fileOf(writeSvg(drawing, kPaperPalette));
     }
-    Drawing drawing = drawPlot(data, view, layout);
-    drawing.title = plotTitle(data, context);
-    drawing.description = plotDescription(data, layout, context);
-    const Bytes file = canvas.file(std::move(drawing));
     if (file.empty()) {
         complain(text(TextId::CliPlotTooLarge, options.out));
         return kFailed;
@@ -251,11 +208,11 @@ ExitCode plot(const PlottingOptions& options) {
     if (written == kFailed)
         return kFailed;
     const ExitCode complete = document.completeness();
-    if (!fits())
-        complain(text(TextId::CliPlotEnlarged, std::lround(std::ceil(layout.size.width)),
-                      std::lround(std::ceil(layout.size.height)), plotTitle(data, context)));
+    if (taken.width > size->width || taken.height > size->height)
+        complain(text(TextId::CliPlotEnlarged, std::lround(std::ceil(taken.width)),
+                      std::lround(std::ceil(taken.height)), title));
     Output output;
-    output.put(text(TextId::CliExported, options.out, plotTitle(data, context)));
+    output.put(text(TextId::CliExported, options.out, title));
     return output.finish(std::max(written, complete), text(TextId::CliHasBeenWritten, options.out));
 }
 

@@ -1,6 +1,13 @@
 #include "paper/printout.h"
 
+#include <utility>
+
 namespace quobrix {
+namespace {
+
+constexpr double kLeastFontSize = 5; // points
+
+} // namespace
 
 PageSource layOut(Report report, const PageSetup& setup, const FilePainter& painter) {
     struct LaidOut {
@@ -8,8 +15,15 @@ PageSource layOut(Report report, const PageSetup& setup, const FilePainter& pain
         Pages pages;
     };
     const PageFormat format = setup.formatFor(report);
-    std::unique_ptr<const TextMeasure> measure = painter.measure(report.wide ? kListFontSize : kPaperFontSize);
-    Pages pages(std::move(report), format, *measure);
+    double font = report.wide ? kListFontSize : kPaperFontSize;
+    std::unique_ptr<const TextMeasure> measure = painter.measure(font);
+    Pages pages(report, format, *measure);
+    // A plot of many quantities is as large as its texts make it.
+    while (!pages.fits() && font > kLeastFontSize) {
+        std::unique_ptr<const TextMeasure> smaller = painter.measure(--font);
+        pages = Pages(report, format, *smaller);
+        measure = std::move(smaller);
+    }
     auto laidOut = std::make_shared<const LaidOut>(LaidOut{std::move(measure), std::move(pages)});
     const std::size_t count = laidOut->pages.count();
     std::string title = laidOut->pages.title();

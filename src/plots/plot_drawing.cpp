@@ -16,6 +16,7 @@ constexpr double kCursorDot = 6.5;
 constexpr double kTickLength = 4;
 constexpr double kLineSampleHalf = 1.3;  // sizes of the body's font
 constexpr double kFewSamplesWidth = 1.5; // of a line with room between its samples, to other lines
+constexpr double kFewSamplesRoom = 3;    // units of the drawing
 constexpr double kRangeEdge = 3;
 
 ColourRole curveColour(const PlotData& data, std::size_t record) {
@@ -98,7 +99,12 @@ private:
         if (!bands.points.empty())
             add(std::move(bands));
         for (auto& [curve, shape] : curves) {
-            const Stroke stroke{curveColour(data_, curve->record), hair_ * (shape.sparse ? kFewSamplesWidth : 1),
+            std::size_t drawn = 0;
+            for (const std::vector<Point>& line : shape.lines)
+                drawn += line.size();
+            // As wide on paper, where pixels are finer, as it is on a screen.
+            const bool few = shape.sparse && static_cast<double>(drawn) * kFewSamplesRoom < layout_.width();
+            const Stroke stroke{curveColour(data_, curve->record), hair_ * (few ? kFewSamplesWidth : 1),
                                 curveDash(data_, curve->record)};
             for (std::vector<Point>& points : shape.lines)
                 add(Polyline{std::move(points), stroke});

@@ -185,6 +185,26 @@ RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext&
     return figures;
 }
 
+ShownText rangeText(const PlotData& data, const RangeFigures& figures, bool selected, const TextContext& context) {
+    const bool aside = data.axis != PlotAxis::Distance && !data.compares() && !figures.distanceText.empty();
+    const std::string length =
+        aside ? std::string(text(TextId::PlotAlso, figures.length, figures.distanceText)) : figures.length;
+    return text(selected ? TextOf<3>(TextId::PlotSelected) : TextOf<3>(TextId::PlotShown),
+                placeText(data, figures.range.from, context), placeText(data, figures.range.to, context), length);
+}
+
+Grid figuresGrid(const RangeFigures& figures) {
+    Grid grid{{{text(TextId::PlotQuantity), false},
+               {text(TextId::PlotMinimum)},
+               {text(TextId::PlotMean)},
+               {text(TextId::PlotMaximum)}},
+              {}};
+    for (const CurveFigures& curve : figures.curves)
+        if (curve.count > 0)
+            grid.rows.push_back({curve.title, curve.leastText, curve.meanText, curve.greatestText});
+    return grid;
+}
+
 std::vector<ShownText> sentencesOf(const PlotData& data, const PlotPanel& panel, PlotRange range,
                                    const TextContext& context) {
     std::vector<ShownText> sentences;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plots/plot_data.h"
+#include "report/report.h"
 
 #include <optional>
 #include <string>
@@ -54,6 +55,11 @@ struct RangeFigures {
     std::vector<CurveFigures> curves; ///< in the order of the panels
 };
 RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context);
+
+/// What they are figures of: "Shown: 00:00:00 to 00:25:10 (00:25:10, 12.3 Miles)".
+ShownText rangeText(const PlotData& data, const RangeFigures& figures, bool selected, const TextContext& context);
+/// The figures of each curve that has any.
+Grid figuresGrid(const RangeFigures& figures);
 
 /// What each curve of PANEL does in RANGE, a sentence each: its least, mean and greatest value and its trend.
 std::vector<ShownText> sentencesOf(const PlotData& data, const PlotPanel& panel, PlotRange range,

@@ -119,21 +119,33 @@ public:
 private:
     double addHeadings(double top) {
         const double left = kMargin * em_, right = result_.size.width - left;
+        double baseline = top + measure_.ascent(FontRole::Strong);
+        const double x = view_.named ? addTitle(left, right, baseline) : left;
+        baseline = addLegend(x, left, right, baseline);
+        return result_.headings.empty() && result_.legend.empty()
+                   ? top
+                   : baseline + line_ - measure_.ascent(FontRole::Body) + kGap * em_;
+    }
+
+    /// From LEFT on; where the legend can follow.
+    double addTitle(double left, double right, double baseline) {
         ShownText title = data_.compares() ? text(TextId::PlotComparison) : data_.records.front();
         std::string when;
         if (data_.clock && !data_.compares())
             when = dateTimeText(context_.units, context_.zone.toLocal(*data_.clock));
         title = ShownText::asItIs(elided(title, FontRole::Strong, right - left, measure_));
         double x = left + measure_.width(title, FontRole::Strong);
-        double baseline = top + measure_.ascent(FontRole::Strong);
         result_.headings.push_back({{left, baseline}, std::move(title), Anchor::Start, FontRole::Strong});
         if (const double width = measure_.width(when, FontRole::Body); !when.empty() && x + em_ + width <= right) {
             result_.headings.push_back(
                 {{x + em_, baseline}, when, Anchor::Start, FontRole::Body, ColourRole::SecondaryText});
             x += em_ + width;
         }
-        // The legend follows, in as many lines as it takes.
-        x += 2 * em_;
+        return x + 2 * em_;
+    }
+
+    /// From X on, in as many lines as it takes; the baseline of the last one.
+    double addLegend(double x, double left, double right, double baseline) {
         const auto add = [&](LegendEntry entry, ShownText label, double sampleWidth) {
             const double width = sampleWidth + kTickGap * em_ + measure_.width(label, FontRole::Body);
             if (x + width > right && x > left) {
@@ -155,7 +167,7 @@ private:
                 std::ranges::find(data_.events, kind, &PlotEvent::kind) != data_.events.end())
                 add({kind, 0, {}, {}}, plotEventName(kind), kPlotMarkSize);
         }
-        return baseline + line_ - measure_.ascent(FontRole::Body) + kGap * em_ / 2;
+        return baseline;
     }
 
     bool marksEvents() const {
@@ -322,9 +334,11 @@ private:
             for (const double shown : multiples(steps.step, from, to))
                 addTick(units.toBase(UnitTypeId::Distance, shown), units.formatNumber(shown, steps.decimals));
         }
-        const ShownText title = times ? text(TextId::PlotElapsedTime)
-                                      : text(TextId::WithAside, text(TextId::FactDistance),
-                                             text(unitRecord(units.unit(UnitTypeId::Distance)).shownName));
+        const ShownText title = data_.axis == PlotAxis::Elapsed ? text(TextId::PlotElapsedTime)
+                                : data_.axis == PlotAxis::UntilStandstill
+                                    ? text(TextId::PlotTimeBeforeStandstill)
+                                    : text(TextId::WithAside, text(TextId::FactDistance),
+                                           text(unitRecord(units.unit(UnitTypeId::Distance)).shownName));
         result_.axisTitle = {{(axis.left + axis.right) / 2, result_.tickBaseline - measure_.ascent(FontRole::Small) +
                                                                 small_ + measure_.ascent(FontRole::Body)},
                              title,

@@ -27,6 +27,7 @@ struct PlotView {
     PlotOptions options{};
     std::optional<PlotRange> range{};  ///< none: the whole
     std::vector<PanelChoice> panels{}; ///< in this order; those that are not named follow in their own
+    bool named = true;                 ///< it says what it is of
 };
 
 /// A place on a scale, and what stands at it.

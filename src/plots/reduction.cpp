@@ -10,9 +10,9 @@ namespace {
 constexpr std::size_t kFew = 2;
 
 /// Columns of the axis, counted from its zero: they have the same edges, to the last bit, wherever a plot begins.
-class Grid {
+class PixelGrid {
 public:
-    Grid(double origin, double width) : width_(width), offset_(origin - std::round(origin / width) * width) {
+    PixelGrid(double origin, double width) : width_(width), offset_(origin - std::round(origin / width) * width) {
         if (std::abs(offset_) < 1e-6 * width)
             offset_ = 0;
     }
@@ -53,7 +53,7 @@ private:
 Reduction reduce(const PlotSamples& samples, double origin, double width, std::size_t columns) {
     Reduction result;
     Runs runs(result.runs);
-    const Grid grid(origin, width);
+    const PixelGrid grid(origin, width);
     std::size_t i = samples.firstFrom(origin);
     std::size_t end = samples.firstFrom(std::nextafter(origin + width * static_cast<double>(columns), HUGE_VAL));
     i -= i > 0;

@@ -27,6 +27,12 @@ public:
     const PageFormat& format() const { return format_; }
     std::size_t count() const { return begins_.size(); }
 
+    bool fits() const {
+        return std::ranges::all_of(galley_.strips, [&](const SetStrip& strip) {
+            return !strip.drawing || (strip.drawing->size.width <= room_.width && strip.height <= room_.height);
+        });
+    }
+
     Drawing page(std::size_t index) const {
         Drawing page{title_, text(TextId::PageOf, index + 1, count()), format_.paper, measure_.fontSize(), {}};
         put(index, page, 0);
@@ -130,12 +136,13 @@ Pages::~Pages() = default;
 const std::string& Pages::title() const { return layout_->title(); }
 const PageFormat& Pages::format() const { return layout_->format(); }
 std::size_t Pages::count() const { return layout_->count(); }
+bool Pages::fits() const { return layout_->fits(); }
 Drawing Pages::page(std::size_t index) const { return layout_->page(index); }
 
 Drawing drawReport(Report report, double width, const TextMeasure& measure) {
-    constexpr double kHigh = 1e7; // than anything
     const double margin = 1.5 * measure.fontSize();
-    return Pages::Layout(std::move(report), {{width, kHigh}, {margin, margin, margin, margin}}, measure).together();
+    return Pages::Layout(std::move(report), {{width, kUnlimited}, {margin, margin, margin, margin}}, measure)
+        .together();
 }
 
 } // namespace quobrix

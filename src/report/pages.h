@@ -34,6 +34,8 @@ public:
     const std::string& title() const;
     const PageFormat& format() const;
     std::size_t count() const;
+    /// Whether no picture is larger than a page; texts never are.
+    bool fits() const;
     Drawing page(std::size_t index) const;
 
 private:

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
+#include <span>
 
 namespace quobrix {
 namespace {
@@ -29,6 +31,7 @@ constexpr double kWidestTextColumn = 0.3;
 
 // In parts of its height.
 constexpr double kHighestRow = 0.25;
+constexpr double kMostOfPage = 0.65;
 
 // Headings come back on every page of their section or table, so they must leave room for it.
 constexpr std::size_t kMostHeadingLines = 4;
@@ -60,17 +63,39 @@ public:
     Typesetter(const Report& report, Size room, const TextMeasure& measure)
         : room_(room), measure_(measure), em_(measure.fontSize()) {
         addLines({{report.title, 0, room_.width, false, FontRole::Title}}, 0);
+        titleStrips_ = galley_.strips.size();
         for (const Section& section : sections(report)) {
             if (section.heading)
                 begin(*section.heading, section.blocks.empty());
-            for (const Block& block : section.blocks)
-                std::visit([this](const auto& what) { set(what); }, block);
+            set(section.blocks);
         }
     }
 
     Galley galley() { return std::move(galley_); }
 
 private:
+    Typesetter(std::span<const Block> blocks, Size room, const TextMeasure& measure)
+        : room_(room), measure_(measure), em_(measure.fontSize()) {
+        set(blocks);
+    }
+
+    void set(std::span<const Block> blocks) {
+        for (; !blocks.empty(); blocks = blocks.subspan(1)) {
+            below_ = blocks.subspan(1);
+            std::visit([this](const auto& what) { set(what); }, blocks.front());
+        }
+    }
+
+    /// The height of all strips one below the other, under their headings.
+    double height() const {
+        double height = 0;
+        for (const SetStrip& strip : galley_.strips)
+            height += strip.gap + strip.height;
+        for (const Strip& head : galley_.tableHeads)
+            height += head.height;
+        return height;
+    }
+
     /// The room for a strip below any headings.
     double roomBelowHeadings() const {
         const auto most = [&](FontRole font) { return kMostHeadingLines * measure_.lineHeight(font); };
@@ -115,7 +140,7 @@ private:
     /// The most lines of a row that stays together: a higher one would leave a page empty.
     std::size_t mostRowLines() const {
         const double most = kHighestRow * roomBelowHeadings() / measure_.lineHeight(FontRole::Body);
-        return static_cast<std::size_t>(std::max(1.0, std::floor(most)));
+        return std::isfinite(most) ? static_cast<std::size_t>(std::max(1.0, std::floor(most))) : SIZE_MAX;
     }
 
     /// A row of headings. What is too long for one is shortened where it comes back, and goes on below it the first
@@ -173,9 +198,20 @@ private:
         }
     }
 
+    /// A picture may take all of a page. The one that a report begins with leaves room for the title, and for what it
+    /// stands above where that leaves it most of the page.
     void set(const Picture& picture) {
+        double height = room_.height;
+        if (!galley_.headings.empty())
+            height -= std::max(galley_.headings.back().first.height, galley_.headings.back().continued.height);
+        else if (galley_.strips.size() == titleStrips_) {
+            const double below = Typesetter(below_, room_, measure_).height();
+            height -= this->height() + kBlockGap * em_;
+            if (height - below >= kMostOfPage * room_.height)
+                height -= below;
+        }
         const Drawing& drawing = *galley_.drawings.emplace_back(
-            std::make_unique<const Drawing>(picture.draw({room_.width, roomBelowHeadings()}, measure_)));
+            std::make_unique<const Drawing>(picture.draw({room_.width, std::floor(height - kHair)}, measure_)));
         add({drawing.size.height, nullptr, 0, 0, &drawing}, kBlockGap * em_);
     }
 
@@ -342,6 +378,8 @@ private:
     const TextMeasure& measure_;
     double em_;
     double gap_ = 0; ///< above what comes next, if it is more than its own
+    std::size_t titleStrips_ = 0;
+    std::span<const Block> below_{}; ///< what is being set, in its section
     Galley galley_;
 };
 

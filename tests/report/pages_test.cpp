@@ -178,6 +178,26 @@ TEST(Pages, PicturesAreMadeForThePaper) {
     EXPECT_EQ(bars, 60u);
 }
 
+TEST(Pages, APlotSharesItsPageWithWhatItStandsAbove) {
+    Size given;
+    const auto reportOver = [&](int rows) {
+        return Report{"Trip",
+                      {Picture{[&](Size room, const TextMeasure& measure) {
+                           given = room;
+                           return Drawing{"Plot", "", room, measure.fontSize(), {Line{{0, 0}, {1, 1}}}};
+                       }},
+                       Paragraph{"Shown"}, numbers(rows, {{"No."}})}};
+    };
+    EXPECT_EQ(pagesOf(reportOver(1)).size(), 1u);
+    const double beside = given.height;
+    EXPECT_EQ(pagesOf(reportOver(2)).size(), 1u);
+    EXPECT_LT(given.height, beside);
+    EXPECT_EQ(pagesOf(reportOver(10)).size(), 2u) << "too little would be left of it";
+    EXPECT_GT(given.height, beside);
+    drawReport(reportOver(1), 300, kMeasure);
+    EXPECT_EQ(given.height, kUnlimited) << "a picture that scrolls has the height that suits it";
+}
+
 TEST(Pages, EmptyReportsAndTables) {
     EXPECT_EQ(test::textsOf(pagesOf({"Log", {}})[0]), (Texts{"Log", "Log", "Page 1 of 1"}));
     EXPECT_EQ(bodyOf(pagesOf({"Log", {Heading{"None"}, Grid{{{"No."}}, {}}, Heading{"End"}}})[0]),

@@ -102,8 +102,8 @@ TEST_F(Paper, APlotIsOnePageWhoseTextsCanBeFound) {
     std::string page;
     for (const std::string& line : pages[0])
         page += line + '\n';
-    for (const char* words :
-         {"Trip 34", "Speed (MPH)", "Engine Speed (RPM)", "Hard Brake", "00:05:00", "Elapsed Time"}) {
+    for (const char* words : {"Shown: 00:00:00 to 00:13:52 (00:13:52, 7.1 Miles)", "Speed (MPH)", "Engine Speed (RPM)",
+                              "Hard Brake", "00:05:00", "Elapsed Time"}) {
         const std::size_t found = page.find(words);
         EXPECT_NE(found, std::string::npos) << words << " in " << page;
         EXPECT_EQ(page.find(words, found + 1), std::string::npos) << words << " stands twice";

@@ -39,7 +39,9 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
     setObjectName(QStringLiteral("PlotFigures"));
     table_->setObjectName(QStringLiteral("PlotFiguresTable"));
     table_->setAccessibleName(tr("Figures of the plot"));
-    table_->setHorizontalHeaderLabels({tr("Quantity"), tr("At Cursor"), tr("Minimum"), tr("Mean"), tr("Maximum")});
+    table_->setHorizontalHeaderLabels({toQt(quobrix::text(TextId::PlotQuantity)), tr("At Cursor"),
+                                       toQt(quobrix::text(TextId::PlotMinimum)), toQt(quobrix::text(TextId::PlotMean)),
+                                       toQt(quobrix::text(TextId::PlotMaximum))});
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->horizontalHeader()->setSectionResizeMode(kQuantity, QHeaderView::Stretch);
     table_->setMinimumSize(1, 1);
@@ -145,13 +147,7 @@ void PlotFiguresTable::showAll() {
         setCell(row, kGreatest, known ? toQt(of->greatestText) : QString());
     }
     sizeColumns();
-    QString length = toQt(figures.length);
-    if (plotted.axis != PlotAxis::Distance && !plotted.compares() && !figures.distanceText.empty())
-        length = tr("%1, %2", "a duration and a distance").arg(length, toQt(figures.distanceText));
-    const auto place = [&](double at) { return toQt(placeText(plotted, at, text_)); };
-    range_->setText(plotted.panels.empty() ? QString()
-                                           : (shown_ ? tr("Selected: %1 to %2 (%3)") : tr("Shown: %1 to %2 (%3)"))
-                                                 .arg(place(figures.range.from), place(figures.range.to), length));
+    range_->setText(plotted.panels.empty() ? QString() : toQt(rangeText(plotted, figures, shown_.has_value(), text_)));
     showCursor();
 }
 

@@ -5,16 +5,14 @@
 #include "model/logger_tables.h"
 #include "paper/ui/paper_painter.h"
 #include "plots/panel_choices.h"
-#include "plots/plot_figures.h"
 #include "plots/plot_options.h"
+#include "plots/plot_report.h"
 #include "plots/ui/plot_figures_table.h"
 #include "settings/settings.h"
 #include "texts/source_text.h"
 #include "texts/text.h"
 #include "ui/command_rows.h"
 #include "ui/passing_menu.h"
-#include "units/time_zone.h"
-#include "units/unit_system.h"
 
 #include <QAction>
 #include <QApplication>
@@ -26,7 +24,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 namespace quobrix {
@@ -49,32 +46,9 @@ constexpr PlotCommandRow kPlotCommands[] = {
 #include "plots/ui/plot_commands.def"
 };
 
-constexpr Size kPicture{960, 600};     // of what is copied, in pixels
-constexpr double kPictureText = 13;    // likewise
-constexpr double kFilePixel = 1 / 3.0; // of pages, in points: some 200 dots an inch
+constexpr Size kPicture{960, 600};  // of what is copied, in pixels
+constexpr double kPictureText = 13; // likewise
 constexpr const char *kPlotSection = "Plots", *kFigures = "Figures";
-
-/// What a plot shows, whatever becomes of the window and its units: pages are made later, and on another thread.
-struct ShownPlot {
-    ShownPlot(PlotData shown, PlotView seen, const TextContext& context)
-        : data(std::move(shown)), view(std::move(seen)), units(context.units.locale()), zone(context.zone) {
-        units.replace(context.units.choices());
-    }
-
-    Drawing draw(Size room, const TextMeasure& measure, double pixel) const {
-        const TextContext context{units, zone};
-        const PlotLayout layout = layOutPlot(data, view, context, room, measure, pixel);
-        Drawing drawing = drawPlot(data, view, layout);
-        drawing.title = plotTitle(data, context);
-        drawing.description = plotDescription(data, layout, context);
-        return drawing;
-    }
-
-    PlotData data;
-    PlotView view;
-    TUnitSystem units;
-    TimeZone zone;
-};
 
 } // namespace
 
@@ -258,17 +232,6 @@ void PlotPane::copyPicture() {
     QApplication::clipboard()->setImage(QImage::fromData(png.data(), static_cast<int>(png.size())));
 }
 
-Report PlotPane::printable() const {
-    const PlotData& plotted = plot_->data();
-    Report report{plotTitle(plotted, context_.text), {}, true};
-    if (plotted.panels.empty()) {
-        report.blocks.emplace_back(Paragraph{plotted.emptyText});
-        return report;
-    }
-    const auto shown = std::make_shared<const ShownPlot>(plotted, plot_->view(), context_.text);
-    report.blocks.emplace_back(
-        Picture{[shown](Size room, const TextMeasure& measure) { return shown->draw(room, measure, kFilePixel); }});
-    return report;
-}
+Report PlotPane::printable() const { return ShownPlot::report(plot_->data(), plot_->view(), context_.text); }
 
 } // namespace quobrix
