@@ -1,9 +1,11 @@
 #include "app/page_area.h"
 
+#include <QApplication>
 #include <QFocusEvent>
 #include <QLabel>
 #include <QScopedValueRollback>
 #include <QStackedWidget>
+#include <QStatusTipEvent>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -51,6 +53,10 @@ bool PageArea::show(int pageId, const Go& go) {
     if (found == pages_.end())
         return false;
     Entry& entry = found->second;
+    if (current_ != pageId) {
+        QStatusTipEvent nothing{QString()}; // the hint is of the page that goes
+        QApplication::sendEvent(this, &nothing);
+    }
     setUpdatesEnabled(false); // path and page change in one step
     {
         const QScopedValueRollback going(going_, true);
