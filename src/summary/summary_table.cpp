@@ -14,7 +14,9 @@ namespace quobrix {
 namespace {
 
 // A file may hold anything.
-std::string known(const SummaryText& text) { return text.known() ? validUtf8(text.view()) : std::string(); }
+std::string known(const SummaryText& name, const SummaryText& key) {
+    return name.known() ? validUtf8(name.view()) : key.known() ? validUtf8(key.view()) : std::string();
+}
 
 std::int32_t seconds(std::int64_t time) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(time, 0, std::numeric_limits<std::int32_t>::max()));

@@ -46,7 +46,7 @@ private:
 
 SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
     : QDialog(parent), context_(context), keeper_(context.counter->keeper()), status_(new StatusLine),
-      delete_(new QPushButton), deleteAll_(new QPushButton(tr("Delete &All..."))) {
+      delete_(new QPushButton(tr("&Delete"))), deleteAll_(new QPushButton(tr("Delete &All..."))) {
     setObjectName(toQt(kSection));
     const TableSpec& spec = SummaryTable().spec();
     setWindowTitle(toQt(text(spec.title)));
@@ -84,7 +84,7 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
     keeper_.read(); // another program may have counted meanwhile
     list_->setFocus();
     if (!quobrix::restoreGeometry(*this, context_.settings, kSection))
-        resize(fontMetrics().averageCharWidth() * 150, fontMetrics().lineSpacing() * 32);
+        resize(fontMetrics().averageCharWidth() * 165, fontMetrics().lineSpacing() * 32);
 }
 
 SummaryLogDialog::~SummaryLogDialog() {
