@@ -106,10 +106,10 @@ RecordKey LogSpec::keyOf(const Table& log, RowIndex row) const {
             keys.size() > 3 ? log.columnOf(*keys[3]).value(row) : Value()};
 }
 
-std::optional<RowIndex> LogSpec::rowOf(const Table& log, const RecordKey& wanted) const {
+std::optional<RowIndex> LogSpec::rowOf(const Table& log, const RecordKey& wanted, std::size_t nth) const {
     const RecordColumn& identities = recordsOf(log);
     for (RowIndex row = 0; row < log.rowCount(); ++row)
-        if (identities.at(row) == wanted.identity && keyOf(log, row) == wanted)
+        if (identities.at(row) == wanted.identity && keyOf(log, row) == wanted && nth-- == 0)
             return row;
     return std::nullopt;
 }

@@ -92,8 +92,9 @@ struct LogSpec {
     RecordedCellsColumn* recordedCellsOf(const Table& log) const;
     /// ROW must be below the row count of LOG.
     RecordKey keyOf(const Table& log, RowIndex row) const;
-    /// Nothing if there is no such record.
-    std::optional<RowIndex> rowOf(const Table& log, const RecordKey& wanted) const;
+    /// Nothing if there is no such record. Clocks that were never set start over, so that several may have one key: the
+    /// NTH of them, from 0.
+    std::optional<RowIndex> rowOf(const Table& log, const RecordKey& wanted, std::size_t nth = 0) const;
     /// The one that began last; nothing if there are none.
     std::optional<RowIndex> latest(const Table& log) const;
     /// The columns that the list of its records can show: those of the summary, and then every other one of LOG whose

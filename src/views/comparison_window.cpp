@@ -35,8 +35,11 @@ ComparisonWindow::ComparisonWindow(const ViewContext& context, std::span<const R
     setObjectName(QStringLiteral("Comparison"));
     setWindowFlags(Qt::Window);
     const TTripLogTable& trips = context_.document.trips();
-    for (const RowIndex row : rows)
-        trips_.push_back(logSpec(LogId::Trips).keyOf(trips, row));
+    for (const RowIndex row : rows) {
+        Compared& trip = trips_.emplace_back(Compared{logSpec(LogId::Trips).keyOf(trips, row)});
+        while (logSpec(LogId::Trips).rowOf(trips, trip.key, trip.nth) != row)
+            ++trip.nth;
+    }
     along_->setObjectName(QStringLiteral("ComparedAlong"));
     along_->addItems({tr("Time from the start"), tr("Distance from the start")});
     along_->setCurrentIndex(context_.settings.getInteger(kComparisonSection, kAlong, 0) == 1 ? 1 : 0);
@@ -87,8 +90,8 @@ void ComparisonWindow::historyChanged() {
 void ComparisonWindow::refresh() {
     const TTripLogTable& trips = context_.document.trips();
     std::vector<PlotData> compared;
-    for (const RecordKey& trip : trips_)
-        if (const auto row = logSpec(LogId::Trips).rowOf(trips, trip))
+    for (const Compared& trip : trips_)
+        if (const auto row = logSpec(LogId::Trips).rowOf(trips, trip.key, trip.nth))
             compared.push_back(tripPlot(trips, *row, context_.text()));
     if (compared.size() < kLeastCompared) {
         close();

@@ -33,7 +33,11 @@ private:
     void refresh();
 
     const ViewContext context_;
-    std::vector<RecordKey> trips_;
+    struct Compared {
+        RecordKey key;
+        std::size_t nth = 0; ///< of those with this key
+    };
+    std::vector<Compared> trips_;
     QComboBox* along_;
     PlotPane* pane_;
     int shownAlong_ = -1;

@@ -211,8 +211,6 @@ TEST_F(PrintTest, WhatIsInFrontIsPrinted) {
     });
     EXPECT_EQ(titleInPreview(), "");
     EXPECT_TRUE(told) << "an empty log has no pages";
-    for (RowIndex row = 0; row < document_.trips().rowCount(); ++row) // by which trips are told apart
-        document_.trips().column<TTripLogRecordColumn>().set(row, {static_cast<std::int32_t>(row), 0});
     trips().summary().view().selectRow(1);
     trips().summary().view().selectionModel()->select(trips().summary().model().index(4, 0),
                                                       QItemSelectionModel::Select | QItemSelectionModel::Rows);
@@ -222,7 +220,7 @@ TEST_F(PrintTest, WhatIsInFrontIsPrinted) {
     EXPECT_TRUE(compared->actions().contains(frame_.commands().action(CommandId::Print)));
     compared->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(compared));
-    EXPECT_EQ(titleInPreview(), "Comparison of Trip 2, Trip 5");
+    EXPECT_EQ(titleInPreview(), "Comparison of Trip 2, Trip 5") << "although the logger began all at one time";
     delete compared;
     frame_.tableWindows().showErrors();
     QWidget* errors = frame_.findChild<QWidget*>("TErrorLog");
