@@ -22,6 +22,7 @@
 #include "views/log_view.h"
 #include "views/names_dialog.h"
 #include "views/summary_log_dialog.h"
+#include "views/trip_type_dialog.h"
 
 #include <QAction>
 #include <QApplication>
@@ -212,6 +213,7 @@ void TQuobrixFrame::addHandlers() {
             context_.text(), context_.settings, [this] { pages_->edited(); }, this)
             .exec();
     });
+    commands_->handle(CommandId::TripTypeEntry, [this] { editTripTypes(context_, this); });
     commands_->handle(CommandId::About, [this] { showAboutBox(); });
     commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });
 }

@@ -197,6 +197,25 @@ EditOutcome giveDriver(TQuobrixDocument& document, const std::vector<RowIndex>& 
     });
 }
 
+EditOutcome giveTripType(TQuobrixDocument& document, const std::vector<RowIndex>& trips, const std::string& type) {
+    TTripLogTable& table = document.trips();
+    auto& types = table.column<TTripLogTripTypeColumn>();
+    if (ShownText why = lockOf(document, table, {&types}); !why.empty())
+        return refused(why);
+    std::vector<RowIndex> rows;
+    for (const RowIndex row : trips)
+        if (types.at(row) != type)
+            rows.push_back(row);
+    if (rows.empty())
+        return {};
+    const LogSpec& log = logSpec(LogId::Trips);
+    const ShownText step = text(TextId::TripTypeStep, counted(log.record, log.records, rows.size()));
+    return change(document, table, runsOf(rows), step, [&] {
+        for (const RowIndex row : rows)
+            types.set(row, type);
+    });
+}
+
 EditOutcome correctSamples(TQuobrixDocument& document, RowIndex row, const std::vector<std::uint8_t>& speeds) {
     return replacePart<TTripLogSampleTableColumn, TTripLogRecordedSampleTableColumn>(
         document, row, text(TextId::SpeedProfileStep), {},

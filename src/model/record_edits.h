@@ -3,6 +3,7 @@
 #include "model/quobrix_document.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace quobrix {
@@ -20,6 +21,9 @@ EditOutcome correctRecord(TQuobrixDocument& document, const LogSpec& log, RowInd
 
 /// Gives TRIPS, rows in ascending order, the driver with this number; none: Element<std::int32_t>::kNone.
 EditOutcome giveDriver(TQuobrixDocument& document, const std::vector<RowIndex>& trips, std::int32_t driver);
+
+/// Gives TRIPS, rows in ascending order, this type; none: empty.
+EditOutcome giveTripType(TQuobrixDocument& document, const std::vector<RowIndex>& trips, const std::string& type);
 
 /// Gives the trip in ROW other speeds in place of its samples (km/h, as many as there are), or other ends of its speed
 /// bands (m/s, kNoValue: open), which must ascend. What was recorded is no edit: a trip that is given that again is as

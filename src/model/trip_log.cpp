@@ -13,7 +13,7 @@ constexpr const PersistentType* kTripColumns[] = {
 #include "model/trip_log.def"
 #undef COLUMN
 };
-static_assert(std::size(kTripColumns) == 44);
+static_assert(std::size(kTripColumns) == 45);
 
 template <class C>
 C& sibling(const Column& column) {

@@ -3,6 +3,7 @@
 #include "model/log_columns.h"
 #include "model/parameters.h"
 #include "model/recorded_cells.h"
+#include "model/trip_types.h"
 
 #include <cstdint>
 #include <optional>

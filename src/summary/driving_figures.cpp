@@ -33,16 +33,16 @@ std::int64_t wholeNumber(double value) {
     return std::isnan(value) ? 0 : std::llround(std::clamp(value, -kMost, kMost));
 }
 
-bool inMiles(const TUnitSystem& units) {
-    const UnitId unit = units.unit(UnitTypeId::Distance);
-    return unit == UnitId::Mile || unit == UnitId::Foot;
-}
-
 bool inLitresPer100Kilometres(const TUnitSystem& units) {
     return units.unit(UnitTypeId::Distance) == UnitId::Kilometre && units.unit(UnitTypeId::Fuel) == UnitId::Liter;
 }
 
 } // namespace
+
+bool inMiles(const TUnitSystem& units) {
+    const UnitId unit = units.unit(UnitTypeId::Distance);
+    return unit == UnitId::Mile || unit == UnitId::Foot;
+}
 
 std::span<const DrivingFigure> drivingFigures() { return kFigures; }
 

@@ -51,6 +51,8 @@ std::span<const DrivingFigure> drivingFigures();
 /// The one with KEY; nothing if there is none.
 const DrivingFigure* drivingFigure(std::string_view key);
 
+/// Whether distances are shown in miles or feet, and what is counted by distance goes by miles.
+bool inMiles(const TUnitSystem& units);
 /// WHAT for 100 miles or kilometres, as rates are shown.
 ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
 /// "Hard Brakes per 100 Miles": miles where distances are shown in miles or feet, else kilometres.

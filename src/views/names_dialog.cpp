@@ -9,6 +9,7 @@
 #include "ui/fields.h"
 #include "ui/status_line.h"
 #include "ui/windows.h"
+#include "views/list_buttons.h"
 
 #include <QAction>
 #include <QDialogButtonBox>
@@ -34,35 +35,6 @@ constexpr NamesDialogSpec kDrivers{"DriverNamesDialog", MessageId::EmptyDriverNa
 
 constexpr int kKeyColumn = 0;
 constexpr int kNameColumn = 1;
-
-/// The commands of the list that have a button; all others are in its menu.
-struct ListButton {
-    SpreadsheetCommand command;
-    const char* name;
-    SourceText text;
-};
-constexpr ListButton kListButtons[] = {
-    {SpreadsheetCommand::Add, "addName", SourceText("&Add")},
-    {SpreadsheetCommand::Delete, "deleteNames", SourceText("&Delete")},
-    {SpreadsheetCommand::Undo, "undoNames", SourceText("&Undo")},
-    {SpreadsheetCommand::Redo, "redoNames", SourceText("&Redo")},
-    {SpreadsheetCommand::Find, "findName", SourceText("&Find...")},
-};
-
-QPushButton* plainButton(const QString& text, const char* name) {
-    auto* button = new QPushButton(text);
-    button->setObjectName(QLatin1String(name));
-    button->setAutoDefault(false); // Enter ends an entry, not the dialog
-    return button;
-}
-
-/// A button that does what ACTION does, while it can.
-QPushButton* buttonOf(QAction& action, const ListButton& row) {
-    QPushButton* button = plainButton(toQt(text(row.text)), row.name);
-    button->setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard to the list
-    followAction(*button, action, promptWithKeys);
-    return button;
-}
 
 /// A field for the name that drivers get at first, which the settings keep in SECTION.
 QLineEdit* defaultNameField(Settings& settings, std::string_view section, const char* name, const QString& tip) {
@@ -117,7 +89,7 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
     left_->addWidget(list_, 1);
     auto* columns = new QHBoxLayout;
     columns->addLayout(left_, 1);
-    columns->addWidget(makeButtons());
+    columns->addWidget(listButtons(*list_, context.document.edits()));
     auto* box = new QDialogButtonBox(QDialogButtonBox::Close | QDialogButtonBox::Help);
     for (QAbstractButton* button : box->buttons())
         static_cast<QPushButton*>(button)->setAutoDefault(false);
@@ -140,37 +112,6 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
 NamesDialog::~NamesDialog() {
     rememberGeometry(*this, context_.settings, spec_.name);
     delete list_; // which asks this
-}
-
-QWidget* NamesDialog::makeButtons() {
-    auto* column = new QWidget;
-    auto* layout = new QVBoxLayout(column);
-    layout->setContentsMargins(0, 0, 0, 0);
-    for (const ListButton& row : kListButtons) {
-        QAction& action = list_->commands().action(row.command);
-        QPushButton* button = buttonOf(action, row);
-        layout->addWidget(button);
-        if (row.command != SpreadsheetCommand::Delete)
-            continue;
-        // It deletes entries, whichever of their cells are selected.
-        const auto follow = [this, button] {
-            button->setEnabled(list_->view().currentIndex().isValid() &&
-                               context_.document.edits().lockedBecause().empty());
-        };
-        follow();
-        connect(&action, &QAction::changed, button, follow);
-        connect(&list_->view(), &SpreadsheetView::selectionAltered, button, follow);
-        connect(button, &QPushButton::pressed, this, [this] { selectWholeRows(); });
-    }
-    layout->addStretch();
-    return column;
-}
-
-void NamesDialog::selectWholeRows() {
-    QItemSelectionModel& selection = *list_->view().selectionModel();
-    selection.select(selection.hasSelection() ? selection.selection()
-                                              : QItemSelection(selection.currentIndex(), selection.currentIndex()),
-                     QItemSelectionModel::Select | QItemSelectionModel::Rows);
 }
 
 void NamesDialog::addBelowList(QWidget* widget) { left_->addWidget(widget); }
@@ -281,7 +222,7 @@ DriverNamesDialog::DriverNamesDialog(const ViewContext& context, QWidget* parent
                                  "identification number; without one, \"Unknown\" is shown")));
     addBelowList(group);
     // As they lie: after the buttons beside the list, before those below the fields.
-    QWidget* before = findChild<QPushButton*>(QLatin1String(std::rbegin(kListButtons)->name));
+    QWidget* before = findChild<QPushButton*>(QLatin1String(kLastListButton));
     for (QLineEdit* field : group->findChildren<QLineEdit*>()) {
         setTabOrder(before, field);
         before = field;

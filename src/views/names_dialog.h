@@ -54,8 +54,6 @@ protected:
     virtual std::string newName() const;
 
 private:
-    QWidget* makeButtons();
-    void selectWholeRows();
     /// Widens the column of keys for the one that has been typed.
     void fitKey();
     /// Shows TIP at the foot; an empty one gives way to what there is to say of the current cell.

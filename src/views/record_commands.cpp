@@ -162,6 +162,8 @@ void RecordCommands::addTo(QMenu& menu, QAction* before) {
         menu.insertAction(before, action);
     if (spec_.driver)
         menu.insertMenu(before, makeDriverMenu(menu));
+    if (spec_.id == LogId::Trips)
+        menu.insertMenu(before, makeTypeMenu(menu));
     menu.insertSeparator(before);
 }
 
@@ -173,31 +175,60 @@ std::vector<RowIndex> RecordCommands::selectedRows() const {
     return rows;
 }
 
-QMenu* RecordCommands::makeDriverMenu(QMenu& parent) {
-    const TTripLogTable& trips = context_.document.trips();
-    const auto& given = trips.column<TTripLogDriverIDColumn>();
+QMenu* RecordCommands::makeGivingMenu(QMenu& parent, const QString& title, const char* name,
+                                      const std::vector<Gift>& gifts) {
     const std::vector<RowIndex> rows = selectedRows();
-    auto* menu = new QMenu(tr("&Driver"), &parent);
-    menu->setObjectName(QStringLiteral("DriverMenu"));
+    auto* menu = new QMenu(title, &parent);
+    menu->setObjectName(QLatin1String(name) + QStringLiteral("Menu"));
     menu->setEnabled(!rows.empty() && context_.document.edits().lockedBecause().empty());
-    const auto add = [&](const QString& name, std::int32_t driver, const QString& objectName) {
-        QAction* action = menu->addAction(QString(name).replace(QLatin1Char('&'), QLatin1String("&&")));
-        action->setObjectName(objectName);
+    for (const Gift& gift : gifts) {
+        QAction* action = menu->addAction(QString(gift.text).replace(QLatin1Char('&'), QLatin1String("&&")));
+        action->setObjectName(QLatin1String(name) + gift.name);
         action->setCheckable(true);
-        action->setChecked(std::ranges::all_of(rows, [&](RowIndex row) { return given.at(row) == driver; }));
-        connect(action, &QAction::triggered, this, [this, rows, driver] {
+        action->setChecked(std::ranges::all_of(rows, gift.has));
+        connect(action, &QAction::triggered, this, [this, rows, give = gift.give] {
             if (!list_.finishEdit())
                 return;
-            const EditOutcome outcome = giveDriver(context_.document, rows, driver);
+            const EditOutcome outcome = give(rows);
             if (!outcome.ok() && context_.prompter)
                 context_.prompter->tell(makeMessage(MessageId::ValuesRefused, outcome.refusal));
         });
-    };
-    add(tr("(None)"), Element<std::int32_t>::kNone, QStringLiteral("DriverNone"));
-    menu->addSeparator();
-    for (const Selection& driver : driverChoices(context_.document))
-        add(toQt(driver.text), static_cast<std::int32_t>(driver.code), QStringLiteral("Driver%1").arg(driver.code));
+        if (&gift == &gifts.front())
+            menu->addSeparator();
+    }
     return menu;
+}
+
+QMenu* RecordCommands::makeDriverMenu(QMenu& parent) {
+    const auto& given = context_.document.trips().column<TTripLogDriverIDColumn>();
+    std::vector<Gift> gifts;
+    const auto add = [&](const QString& text, std::int32_t driver, const QString& name) {
+        gifts.push_back({text, name, [&given, driver](RowIndex row) { return given.at(row) == driver; },
+                         [this, driver](const auto& rows) { return giveDriver(context_.document, rows, driver); }});
+    };
+    add(tr("(None)"), Element<std::int32_t>::kNone, QStringLiteral("None"));
+    for (const Selection& driver : driverChoices(context_.document))
+        add(toQt(driver.text), static_cast<std::int32_t>(driver.code), QString::number(driver.code));
+    return makeGivingMenu(parent, tr("&Driver"), "Driver", gifts);
+}
+
+QMenu* RecordCommands::makeTypeMenu(QMenu& parent) {
+    const auto& given = context_.document.trips().column<TTripLogTripTypeColumn>();
+    std::vector<std::string> names;
+    if (const Result<TripTypes> types = loadTripTypes()) // else what is given can be taken away
+        names = namesOf(types->types);
+    for (const RowIndex row : selectedRows()) // of another user, or of a type that is gone
+        if (given.has(row) && std::ranges::find(names, given.at(row)) == names.end())
+            names.push_back(given.at(row));
+    std::vector<Gift> gifts;
+    const auto add = [&](const QString& text, const std::string& type, const QString& name) {
+        gifts.push_back({text, name, [&given, type](RowIndex row) { return given.at(row) == type; },
+                         [this, type](const auto& rows) { return giveTripType(context_.document, rows, type); }});
+    };
+    add(tr("(None)"), {}, QStringLiteral("None"));
+    for (std::size_t i = 0; i < names.size(); ++i)
+        add(toQt(names[i]), names[i], QString::number(i + 1));
+    return makeGivingMenu(parent, tr("Trip T&ype"), "TripType", gifts);
 }
 
 bool RecordCommands::mayDelete(const std::vector<RowIndex>& rows) const {

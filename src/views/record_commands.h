@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <array>
+#include <functional>
 #include <vector>
 
 class QAction;
@@ -48,7 +49,16 @@ private:
     bool applies(RecordCommand command) const;
     /// Nothing if what it edits cannot be read.
     QDialog* makeDialog(RecordCommand command, RowIndex row);
+    /// What can be given to the records that are selected.
+    struct Gift {
+        QString text, name;                ///< in the menu, and in the name of the action
+        std::function<bool(RowIndex)> has; ///< the record has it already
+        std::function<EditOutcome(const std::vector<RowIndex>& rows)> give;
+    };
+    /// The first of GIFTS takes away what there is.
+    QMenu* makeGivingMenu(QMenu& parent, const QString& title, const char* name, const std::vector<Gift>& gifts);
     QMenu* makeDriverMenu(QMenu& parent);
+    QMenu* makeTypeMenu(QMenu& parent);
 
     LogList& list_;
     const ViewContext context_;

@@ -36,6 +36,7 @@
 #include "views/names_dialog.h"
 #include "views/record_dialog.h"
 #include "views/summary_log_dialog.h"
+#include "views/trip_type_dialog.h"
 
 #include <QAction>
 #include <QApplication>
@@ -254,6 +255,10 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(parameters);
     SetParameterThreshDialog parameterThresholds(tables, nullptr);
     look(parameterThresholds);
+    ViewContext asking = context_;
+    asking.prompter = &prompter;
+    TripTypeDialog types(asking, readTripTypes("Zug\t0.5\tkm\nZug\t?"), nullptr);
+    look(types);
     const RowIndex trip = test::addTrip(document_, test::kStart);
     addData(document_.vehicles());
     TCommentsDialog comments(context_, logSpec(LogId::Trips), trip, nullptr);

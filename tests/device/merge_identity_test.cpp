@@ -157,8 +157,9 @@ TEST(Merge, DrivesOfOneRecordedTime) {
 TEST(Merge, WhatAPersonGaveATripStays) {
     const auto shown = [](const TQuobrixDocument& document) {
         const TTripLogTable& table = document.trips();
-        return fmt::format("{} {} {}", table.column<TTripLogVinColumn>().at(0),
-                           table.column<TTripLogDriverIDColumn>().at(0), table.column<TTripLogCommentsColumn>().at(0));
+        return fmt::format("{} {} {} {}", table.column<TTripLogVinColumn>().at(0),
+                           table.column<TTripLogDriverIDColumn>().at(0), table.column<TTripLogTripTypeColumn>().at(0),
+                           table.column<TTripLogCommentsColumn>().at(0));
     };
     const test::TemporaryFolder folder;
     const std::filesystem::path path = folder / "Test.car";
@@ -177,8 +178,10 @@ TEST(Merge, WhatAPersonGaveATripStays) {
                 ByteReader in(ByteView(stream).subspan(5));
                 TableContent content;
                 ASSERT_TRUE(content.read(in));
-                std::erase_if(content.columns,
-                              [](const Reference& c) { return c.typeId == TTripLogRecordedOriginColumn::kType.id(); });
+                std::erase_if(content.columns, [](const Reference& c) {
+                    return c.typeId == TTripLogRecordedOriginColumn::kType.id() ||
+                           c.typeId == TTripLogTripTypeColumn::kType.id();
+                });
                 ByteWriter out;
                 content.write(out);
                 Bytes changed(stream.begin(), stream.begin() + 5);
@@ -190,22 +193,23 @@ TEST(Merge, WhatAPersonGaveATripStays) {
         ASSERT_TRUE(document.open(path, TDocument::Access::Edit));
         TTripLogTable& stored = document.trips();
         stored.column<TTripLogCommentsColumn>().set(0, "rain");
+        ASSERT_TRUE(giveTripType(document, {0}, "Work").ok());
         if (olderFile) {
             TripRecord fuller = trip(kNoon);
             fuller.driverId = 3;
             EXPECT_EQ(merge(trips({fuller}), document).logs[0].replaced, 1u);
-            EXPECT_EQ(shown(document), kVin + " 3 rain") << "what it shows is what was recorded";
+            EXPECT_EQ(shown(document), kVin + " 3 Work rain") << "what it shows is what was recorded";
         }
         stored.column<TTripLogVinColumn>().set(0, kOtherVin);
         TripRecord fuller = trip(kNoon, 90);
         EXPECT_EQ(merge(trips({fuller}), document).logs[0].replaced, 1u);
-        EXPECT_EQ(shown(document), kOtherVin + " 2 rain");
+        EXPECT_EQ(shown(document), kOtherVin + " 2 Work rain");
         EXPECT_EQ(stored.recorded(0), (RecordedOrigin{true, kVin, 2}));
         stored.column<TTripLogDriverIDColumn>().set(0, 7);
         fuller = trip(kNoon, 100);
         fuller.driverId = 4;
         EXPECT_EQ(merge(trips({fuller}), document).logs[0].replaced, 1u);
-        EXPECT_EQ(shown(document), kOtherVin + " 7 rain");
+        EXPECT_EQ(shown(document), kOtherVin + " 7 Work rain");
         EXPECT_EQ(stored.recorded(0), (RecordedOrigin{true, kVin, 4}));
         ASSERT_TRUE(document.save());
         ASSERT_TRUE(document.open(path, TDocument::Access::Edit));

@@ -4,8 +4,12 @@
 #include "report/ui/report_view.h"
 #include "support/log_cells.h"
 #include "support/scripted_prompter.h"
+#include "support/set_variable.h"
+#include "support/temporary_folder.h"
 #include "support/view_fixture.h"
+#include "tables/ui/table_spreadsheet.h"
 #include "views/log_view.h"
+#include "views/trip_type_dialog.h"
 
 #include <QAccessible>
 #include <QAction>
@@ -169,6 +173,46 @@ TEST_F(RecordCommandsTest, ADriverIsGivenToManyTripsInOneStep) {
     inMenu("RecordEditComments");
     EXPECT_FALSE(view_->findChild<QMenu*>("DriverMenu")->isEnabled());
     EXPECT_FALSE(view_->findChild<QAction*>("RecordEditComments")->isEnabled());
+}
+
+TEST_F(RecordCommandsTest, TypesOfTheFileAndTheirOwnAreGivenToManyTripsInOneStep) {
+    const test::TemporaryFolder folder;
+    ASSERT_TRUE(test::setVariable("XDG_DATA_HOME", folder.path()));
+    ScriptedPrompter refused{{ScriptedPrompter::Line{MessageId::ValuesRefused}}};
+    context_.prompter = &refused;
+    TripTypeDialog dialog(context_, readTripTypes("Work\t0.7\tmi\nNo rate\tmuch\n"), nullptr);
+    dialog.show();
+    EXPECT_TRUE(dialog.findChild<QLabel*>("unreadLines")->text().contains("Line 2: No rate much"));
+    dialog.findChild<QPushButton*>("addName")->click();
+    SpreadsheetModel& rows = dialog.list().model();
+    EXPECT_TRUE(rows.type(1, 0, "work").ok());
+    dialog.accept();
+    EXPECT_TRUE(dialog.isVisible()) << "the same type and day twice";
+    dialog.findChild<QPushButton*>("undoNames")->click();
+    EXPECT_TRUE(rows.type(1, 0, "R&D").ok());
+    dialog.accept();
+    ASSERT_FALSE(dialog.isVisible());
+    EXPECT_EQ(tripTypesText(*loadTripTypes()), "Work\t0.7\tmi\nR&D\nNo rate\tmuch\n");
+
+    context_.prompter = &prompter_;
+    const auto types = [&] { return document_.trips().column<TTripLogTripTypeColumn>().values(); };
+    document_.trips().column<TTripLogTripTypeColumn>().set(3, "Gone");
+    const auto before = test::logCells(document_);
+    open(LogId::Trips);
+    select(1, 3);
+    inMenu("TripType2");
+    QStringList names;
+    for (QAction* action : view_->findChild<QMenu*>("TripTypeMenu")->actions())
+        names << action->text();
+    EXPECT_EQ(names.join('|'), "(None)||Work|R&&D|Gone");
+    inMenu("TripType2")->trigger();
+    EXPECT_EQ(types(), (std::vector<std::string>{"", "R&D", "R&D", "R&D"}));
+    EXPECT_EQ(document_.edits().undoDescription(), "type of 3 trips");
+    inMenu("TripTypeNone")->trigger();
+    EXPECT_EQ(types(), std::vector<std::string>(4));
+    document_.edits().undo();
+    document_.edits().undo();
+    EXPECT_EQ(test::logCells(document_), before);
 }
 
 TEST_F(RecordCommandsTest, WhatWasRecordedIsEditedWhileTheDiagnosticsMenuShows) {
