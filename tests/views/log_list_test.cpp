@@ -162,7 +162,7 @@ TEST_F(LogListTest, AColumnIsAddedFromItsGroup) {
             const QTreeWidgetItem* trip = all->topLevelItem(0);
             EXPECT_EQ(trip->text(0), "Trip");
             EXPECT_EQ(trip->child(0)->text(0), "Trip");
-            EXPECT_EQ(trip->childCount(), 6);
+            EXPECT_EQ(trip->childCount(), 7);
             auto* item =
                 all->findItems("Hard Brake Threshold", Qt::MatchExactly | Qt::MatchRecursive).value(0, nullptr);
             ASSERT_TRUE(item);
