@@ -42,7 +42,7 @@ TEST_F(DocumentFile, ANewOneHoldsIndexAndRoots) {
     ASSERT_TRUE(document.saveAs(path_));
     Streams streams = streamsOf(path_);
     const std::size_t objects = document.store().objectCount();
-    EXPECT_EQ(objects, 6 + 45 + 20 + 8 + 3 + 3 + 3u); // the root tables and their columns
+    EXPECT_EQ(objects, 6 + 45 + 20 + 8 + 4 + 3 + 3u); // the root tables and their columns
     EXPECT_EQ(streams.size(), 6 + objects);
     EXPECT_EQ(streams["Contents"], u32s({2}));
     EXPECT_EQ(streams["Version"], u32s({3}));
