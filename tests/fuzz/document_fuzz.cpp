@@ -1,9 +1,13 @@
 #include "compound/previous_state.h"
 #include "fuzz/walk_objects.h"
+#include "model/parameter_thresholds.h"
 #include "platform/file.h"
 #include "repair/document_repair.h"
 #include "repair/salvaged_file.h"
+#include "settings/settings.h"
+#include "summary/trip_summaries.h"
 #include "support/document_streams.h"
+#include "support/fault_folder.h"
 #include "support/memory_file.h"
 
 #include <cstdlib>
@@ -68,10 +72,23 @@ void saveAndCut(const std::shared_ptr<Bytes>& disk, std::size_t lost, bool kille
     repair(*disk);
 }
 
+/// What is counted of the trips of the document that BYTES are.
+void summarise(const Bytes& bytes) {
+    const std::filesystem::path path = "/A.car";
+    test::FaultFolder folder(1, {{path, bytes}});
+    TQuobrixDocument document(folder);
+    if (!document.open(path, TDocument::Access::Read))
+        return;
+    Settings settings(std::make_unique<MemorySettings>());
+    setParameterThreshold(settings, 12, 50);
+    (void)TripSummaries(document, settings).records();
+}
+
 } // namespace
 
-/// Any bytes as a whole document: whatever of it can be opened is looked at as the views do and checked; whatever can
-/// be found in it is repaired into a document that is sound. The last two bytes say how it is saved and cut short then.
+/// Any bytes as a whole document: whatever of it can be opened is looked at as the views do and checked, and its trips
+/// are counted; whatever can be found in it is repaired into a document that is sound. The last two bytes say how it is
+/// saved and cut short then.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto bytes = std::make_shared<Bytes>(data, data + size);
     if (const auto opened = CompoundFile::open(std::make_unique<test::MemoryFile>(bytes))) {
@@ -80,6 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         test::walkObjects(store);
         (void)checkDocument(store);
     }
+    summarise(*bytes);
     repair(*bytes);
     if (size >= 2)
         saveAndCut(bytes, std::size_t{64} * data[size - 1], data[size - 2] % 2 != 0);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "fuzz/walk_records.h"
+#include "model/logs.h"
 #include "model/quobrix_document.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
@@ -8,7 +10,8 @@
 
 namespace quobrix::test {
 
-/// Looks at everything that STORE can load, as views and exports do, but at no more than some rows of each table.
+/// Looks at everything that STORE can load, as views, reports, plots and exports do, but at no more than some rows of
+/// each table.
 inline void walkObjects(ObjectStore& store) {
     constexpr std::size_t kRows = 20;
     static const TUnitSystem units;
@@ -23,6 +26,9 @@ inline void walkObjects(ObjectStore& store) {
                     (void)table->column(i).value(row);
                     (void)table->column(i).text(row, context);
                 }
+            for (const LogSpec& log : logs())
+                if (log.table.id() == table->type().id())
+                    walkRecords(log, *table, context);
         }
         if (object) {
             ByteWriter out;
