@@ -24,7 +24,7 @@
 namespace quobrix {
 namespace {
 
-constexpr const char* kSection = "TripTypeDialog";
+constexpr const char* kPlaceSection = "TripTypeDialog";
 constexpr int kNameColumn = 0;
 constexpr std::size_t kUnitColumn = 2;
 constexpr std::size_t kMostUnreadShown = 3;
@@ -48,7 +48,7 @@ QString unreadText(const std::vector<TripTypes::Unread>& unread, const QString& 
 TripTypeDialog::TripTypeDialog(const ViewContext& context, TripTypes types, QWidget* parent, TripTypesFolders folders)
     : QDialog(parent), context_(context), folders_(std::move(folders)), types_(std::move(types)),
       status_(new StatusLine) {
-    setObjectName(QLatin1String(kSection));
+    setObjectName(QLatin1String(kPlaceSection));
     setWindowTitle(tr("Trip Type Entry"));
     table_.show(types_.types, context.zone);
     auto* explanation = new QLabel(tr("What trips are made for. A trip is given one of these types in the trip log, by "
@@ -58,7 +58,7 @@ TripTypeDialog::TripTypeDialog(const ViewContext& context, TripTypes types, QWid
 
     SpreadsheetContext sheet = context.spreadsheet();
     sheet.edits = &edits_;
-    list_ = new TTableSpreadsheet(sheet, {.name = std::string(kSection) + " List",
+    list_ = new TTableSpreadsheet(sheet, {.name = std::string(kPlaceSection) + " List",
                                           .title = tr("Trip types"),
                                           .emptyText = tr("There is no trip type yet. Add makes one."),
                                           .use = SpreadsheetView::Use::Cells});
@@ -98,12 +98,12 @@ TripTypeDialog::TripTypeDialog(const ViewContext& context, TripTypes types, QWid
 
     list_->setFocus();
     list_->setCurrentCell(0, kNameColumn);
-    if (!quobrix::restoreGeometry(*this, context_.settings, kSection))
+    if (!quobrix::restoreGeometry(*this, context_.settings, kPlaceSection))
         resize(fontMetrics().averageCharWidth() * 90, fontMetrics().lineSpacing() * 24);
 }
 
 TripTypeDialog::~TripTypeDialog() {
-    rememberGeometry(*this, context_.settings, kSection);
+    rememberGeometry(*this, context_.settings, kPlaceSection);
     delete list_; // which shows the table
 }
 
