@@ -53,7 +53,8 @@ TripTypeDialog::TripTypeDialog(const ViewContext& context, TripTypes types, QWid
     table_.show(types_.types, context.zone);
     auto* explanation = new QLabel(tr("What trips are made for. A trip is given one of these types in the trip log, by "
                                       "the menu of the right mouse button. A rate is what is paid for a mile or a "
-                                      "kilometer; a type whose rate changes has a row for each."));
+                                      "kilometer; a type whose rate changes has a row for each. Nothing is computed "
+                                      "from rates yet."));
     explanation->setWordWrap(true);
 
     SpreadsheetContext sheet = context.spreadsheet();
