@@ -195,9 +195,9 @@ ShownText rangeText(const PlotData& data, const RangeFigures& figures, bool sele
 
 Grid figuresGrid(const RangeFigures& figures) {
     Grid grid{{{text(TextId::PlotQuantity), false},
-               {text(TextId::PlotMinimum)},
+               {text(TextId::HeadingMinimum)},
                {text(TextId::PlotMean)},
-               {text(TextId::PlotMaximum)}},
+               {text(TextId::HeadingMaximum)}},
               {}};
     for (const CurveFigures& curve : figures.curves)
         if (curve.count > 0)

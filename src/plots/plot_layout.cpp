@@ -254,9 +254,9 @@ private:
         Steps steps = stepsFrom((greatest - least) / most);
         double lower = least, upper = greatest;
         if (!normalized) {
-            const auto whole = [&] {
-                lower = std::floor(least / steps.step + 1e-9) * steps.step;
-                upper = std::ceil(greatest / steps.step - 1e-9) * steps.step;
+            const auto whole = [&, from = least, to = greatest] {
+                lower = std::floor(from / steps.step + 1e-9) * steps.step;
+                upper = std::ceil(to / steps.step - 1e-9) * steps.step;
             };
             whole();
             if ((upper - lower) / steps.step > most + 0.5) {

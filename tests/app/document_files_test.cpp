@@ -375,7 +375,8 @@ TEST_F(DocumentFilesTest, OffersReloadOfAChangedFile) {
     const auto change = [&] {
         test::addTrip(running, 1'700'009'000);
         ASSERT_TRUE(running.save());
-        document_.trips().column<TTripLogSampleTableColumn>().object(0); // what is not loaded yet
+        for (const ObjectId id : document_.store().objectIds()) // what is not loaded yet, and has not been read ahead
+            document_.store().find(id);
         ASSERT_TRUE(document_.outdated());
     };
     EXPECT_FALSE(flows.offerReload()) << "nothing has changed";

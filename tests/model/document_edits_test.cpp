@@ -204,9 +204,11 @@ TEST_F(DocumentEdits, NothingMovesBesideAnUnreadableColumn) {
 
 TEST_F(DocumentEdits, WhatOfRecordsCanBeEdited) {
     const TTripLogTable& trips = document_.trips();
-    for (std::size_t i = 0; i < trips.columnCount(); ++i)
-        EXPECT_EQ(trips.column(i).editable(), trips.column(i).spec().key == "TTripLogCommentsColumn")
-            << trips.column(i).spec().key;
+    for (std::size_t i = 0; i < trips.columnCount(); ++i) {
+        const std::string_view key = trips.column(i).spec().key;
+        EXPECT_EQ(trips.column(i).editable(), key == "TTripLogCommentsColumn" || key == "TTripLogTripTypeColumn")
+            << key;
+    }
     EXPECT_FALSE(edits().insertRows(trips.id(), 0).ok());
     EXPECT_TRUE(edits().removeRows(trips.id(), {0}).ok());
     document_.troubles().insertRows(0, 1);

@@ -129,7 +129,7 @@ TEST(DrivingStatistics, FuelEfficiencyIsOfTheTripsWhoseFuelIsKnown) {
         {UnitId::Mile, UnitId::Gallon, "33.1 mi/gal", "Estimated Fuel Efficiency (mi/gal)", 1},
         {UnitId::Kilometre, UnitId::Liter, "7.1 L/100 km", "Estimated Fuel Efficiency (L/100 km)", -0.5},
         {UnitId::Kilometre, UnitId::Gallon, "53.3 km/Gallon", "Estimated Fuel Efficiency (km/Gallon)", 1},
-        {UnitId::Mile, UnitId::Liter, "8.8 mi/Liter", "Estimated Fuel Efficiency (mi/Liter)", 1},
+        {UnitId::Mile, UnitId::Liter, "8.8 Miles/Liter", "Estimated Fuel Efficiency (Miles/Liter)", 1},
     };
     for (const auto& [distance, fuel, text, heading, change] : shown) {
         units.setUnit(UnitTypeId::Distance, distance);

@@ -39,9 +39,9 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
     setObjectName(QStringLiteral("PlotFigures"));
     table_->setObjectName(QStringLiteral("PlotFiguresTable"));
     table_->setAccessibleName(tr("Figures of the plot"));
-    table_->setHorizontalHeaderLabels({toQt(quobrix::text(TextId::PlotQuantity)), tr("At Cursor"),
-                                       toQt(quobrix::text(TextId::PlotMinimum)), toQt(quobrix::text(TextId::PlotMean)),
-                                       toQt(quobrix::text(TextId::PlotMaximum))});
+    table_->setHorizontalHeaderLabels(
+        {toQt(quobrix::text(TextId::PlotQuantity)), tr("At Cursor"), toQt(quobrix::text(TextId::HeadingMinimum)),
+         toQt(quobrix::text(TextId::PlotMean)), toQt(quobrix::text(TextId::HeadingMaximum))});
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->horizontalHeader()->setSectionResizeMode(kQuantity, QHeaderView::Stretch);
     table_->setMinimumSize(1, 1);
