@@ -154,16 +154,16 @@ CurveShape shapeOf(const PlotSamples& samples, const PanelLayout& panel, const P
     const Box across{area.left, -1e18, area.width, 2e18};
     const double base = panel.scale.y(panel.baseline), bottom = area.top + area.height;
     std::size_t drawn = 0;
-    for (const std::vector<std::size_t>& run : reduction.runs)
+    for (const std::vector<PlotSamples::Sample>& run : reduction.runs)
         drawn += run.size();
     dots = dots && !reduction.reduced && static_cast<double>(drawn) * kRoomForDots < layout.width();
     const bool polygons = static_cast<double>(drawn) * kRoomForPolygons < static_cast<double>(columns);
     shape.sparse = static_cast<double>(drawn) * kSparse < static_cast<double>(columns);
-    for (const std::vector<std::size_t>& run : reduction.runs) {
+    for (const std::vector<PlotSamples::Sample>& run : reduction.runs) {
         Points line;
         line.reserve(run.size());
-        for (const std::size_t sample : run)
-            line.push_back({axis.x(samples.at(sample)), panel.scale.y(samples.value(sample))});
+        for (const PlotSamples::Sample& sample : run)
+            line.push_back({axis.x(samples.at(sample.number)), panel.scale.y(sample.value)});
         if (dots || line.size() == 1)
             for (const Point& point : line)
                 if (point.x >= area.left && point.x <= area.left + area.width && point.y >= area.top &&

@@ -174,8 +174,8 @@ RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext&
             const auto [begin, end] = samplesIn(curve.samples, figures.range);
             of.mean = meanOf(curve.samples, begin, end, of.count);
             if (const auto extremes = curve.samples.extremes(begin, end)) {
-                of.least = curve.samples.value(extremes->least);
-                of.greatest = curve.samples.value(extremes->greatest);
+                of.least = extremes->least.value;
+                of.greatest = extremes->greatest.value;
             }
             of.leastText = valueText(panel, of.least, context);
             of.meanText = valueText(panel, of.mean, context);
@@ -230,7 +230,7 @@ std::vector<ShownText> sentencesOf(const PlotData& data, const PlotPanel& panel,
         }
         std::size_t count = 0;
         const double mean = meanOf(samples, begin, end, count);
-        const double least = samples.value(extremes->least), greatest = samples.value(extremes->greatest);
+        const double least = extremes->least.value, greatest = extremes->greatest.value;
         const auto value = [&](double base) { return valueText(panel, base, context); };
         const auto say = [&](TextOf<4> how) {
             sentences.push_back(text(how, title, value(least), value(mean), value(greatest)));

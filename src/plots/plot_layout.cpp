@@ -62,8 +62,8 @@ std::pair<double, double> bounds(const PlotPanel& panel, const TUnitSystem& unit
     double least = HUGE_VAL, greatest = -HUGE_VAL;
     for (const PlotCurve& curve : panel.curves)
         if (const auto extremes = curve.samples.extremes(0, curve.samples.size())) {
-            least = std::min(least, units.toDisplay(panel.unit, curve.samples.value(extremes->least)));
-            greatest = std::max(greatest, units.toDisplay(panel.unit, curve.samples.value(extremes->greatest)));
+            least = std::min(least, units.toDisplay(panel.unit, extremes->least.value));
+            greatest = std::max(greatest, units.toDisplay(panel.unit, extremes->greatest.value));
         }
     // From zero on where that takes less than half of the room.
     if (panel.speed || (least > 0 && least <= greatest / 2))

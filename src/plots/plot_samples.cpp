@@ -20,9 +20,25 @@ void PlotSamples::build() {
     for (double& value : values_)
         if (!hasValue(value) || !std::isfinite(value))
             value = std::numeric_limits<double>::quiet_NaN();
-    std::vector<Block> level(values_.size() / kFan);
-    for (std::size_t i = 0; i < level.size() * kFan; ++i)
-        level[i / kFan].include(sample(i));
+    within_.resize(size());
+    for (std::size_t begin = 0; begin < size(); begin += kFan) {
+        const std::size_t end = std::min(begin + kFan, size());
+        for (std::size_t i = begin, least = begin, greatest = begin; i < end; ++i) { // of equal ones the first
+            least = values_[i] < values_[least] || !has(least) ? i : least;
+            greatest = values_[i] > values_[greatest] || !has(greatest) ? i : greatest;
+            within_[i].leastUpTo = static_cast<std::uint8_t>(least - begin);
+            within_[i].greatestUpTo = static_cast<std::uint8_t>(greatest - begin);
+        }
+        for (std::size_t i = end, least = end - 1, greatest = end - 1; i-- > begin;) {
+            least = values_[i] <= values_[least] || !has(least) ? i : least;
+            greatest = values_[i] >= values_[greatest] || !has(greatest) ? i : greatest;
+            within_[i].leastFrom = static_cast<std::uint8_t>(least - begin);
+            within_[i].greatestFrom = static_cast<std::uint8_t>(greatest - begin);
+        }
+    }
+    std::vector<Block> level(size() / kFan);
+    for (std::size_t i = 0; i < level.size(); ++i)
+        level[i].include(from(i * kFan));
     while (!level.empty()) {
         levels_.push_back(std::move(level));
         const std::vector<Block>& below = levels_.back();
@@ -53,17 +69,53 @@ std::optional<std::size_t> PlotSamples::lastUpTo(double place) const {
     return behind > 0 ? std::optional(behind - 1) : std::nullopt;
 }
 
+void PlotSamples::fetch(std::size_t sample) const {
+    if (sample >= size())
+        return;
+    const std::size_t block = sample / kFan;
+    __builtin_prefetch(&within_[sample]);
+    __builtin_prefetch(&values_[block * kFan]);
+    __builtin_prefetch(&values_[block * kFan] + kFan / 2);
+    if (!levels_.empty() && block < levels_[0].size())
+        __builtin_prefetch(&levels_[0][block]);
+}
+
+void PlotSamples::includeBlocks(Block& found, std::size_t level, std::size_t begin, std::size_t end) const {
+    const std::vector<Block>& blocks = levels_[level];
+    const auto includeUpTo = [&](std::size_t behind) {
+        for (; begin + 1 < behind; begin += 2) { // two at once, of which one need not wait for what was found before
+            Block two = blocks[begin];
+            two.include(blocks[begin + 1]);
+            found.include(two);
+        }
+        if (begin < behind)
+            found.include(blocks[begin++]);
+    };
+    const std::size_t above = (begin + kFan - 1) / kFan, aboveEnd = end / kFan;
+    if (above < aboveEnd) {
+        includeUpTo(above * kFan);
+        includeBlocks(found, level + 1, above, aboveEnd);
+        begin = aboveEnd * kFan;
+    }
+    includeUpTo(end);
+}
+
 std::optional<PlotSamples::Extremes> PlotSamples::extremes(std::size_t begin, std::size_t end) const {
     Block found;
-    while (begin < end) {
-        std::size_t level = 0;
-        const auto fits = [&](std::size_t size) { return (begin & (size - 1)) == 0 && begin + size <= end; };
-        while (level < levels_.size() && fits(std::size_t{1} << kFanBits * (level + 1)))
-            ++level;
-        found.include(level > 0 ? levels_[level - 1][begin >> kFanBits * level] : sample(begin));
-        begin += std::size_t{1} << kFanBits * level;
+    if (const std::size_t next = (begin / kFan + 1) * kFan; next > end) { // within a block
+        for (; begin < end; ++begin)
+            found.include(sample(begin));
+    } else {
+        found.include(from(begin));
+        if (next + kFan <= end)
+            includeBlocks(found, 0, next / kFan, end / kFan);
+        begin = end / kFan * kFan;
+        if (begin < end)
+            found.include(upTo(end - 1));
     }
-    return found.leastAt == kNone ? std::nullopt : std::optional(Extremes{found.leastAt, found.greatestAt});
+    if (found.leastAt == kNone)
+        return {};
+    return Extremes{{found.leastAt, found.least}, {found.greatestAt, found.greatest}};
 }
 
 } // namespace quobrix

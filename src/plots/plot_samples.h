@@ -11,7 +11,8 @@
 namespace quobrix {
 
 /// What was sampled of one quantity, in base units, along the axis of a plot. The extremes of any part are found in a
-/// time that hardly grows with how many samples it has: a pyramid knows those of every 4, 16, … samples.
+/// time that hardly grows with how many samples it has: those of every 16, 256, … samples are known, and of each sample
+/// those of its 16 up to it and from it on.
 class PlotSamples {
 public:
     PlotSamples() = default;
@@ -36,15 +37,21 @@ public:
     /// The last sample at PLACE or before it.
     std::optional<std::size_t> lastUpTo(double place) const;
 
-    /// Which samples are the least and the greatest of a part; of equal ones the first.
+    struct Sample {
+        std::size_t number;
+        double value;
+    };
+    /// The least and the greatest sample of a part; of equal ones the first.
     struct Extremes {
-        std::size_t least, greatest;
+        Sample least, greatest;
     };
     /// Of the samples from BEGIN up to before END; nothing if none of them has a value.
     std::optional<Extremes> extremes(std::size_t begin, std::size_t end) const;
+    /// Parts that begin or end at SAMPLE will soon be asked for: what is read of them is fetched from memory meanwhile.
+    void fetch(std::size_t sample) const;
 
 private:
-    static constexpr std::size_t kFanBits = 2, kFan = std::size_t{1} << kFanBits;
+    static constexpr std::size_t kFanBits = 4, kFan = std::size_t{1} << kFanBits;
     static constexpr std::uint32_t kNone = 0xFFFFFFFF;
     /// Extremes beside the samples that they are of: to look them up among the samples takes longer than all else.
     struct Block {
@@ -62,16 +69,34 @@ private:
         }
     };
 
+    /// Where in its block of 16 the extremes up to a sample and from it on are; a sample without a value stands for
+    /// none.
+    struct Within {
+        std::uint8_t leastUpTo, greatestUpTo, leastFrom, greatestFrom;
+    };
+
     void build();
-    Block sample(std::size_t at) const {
-        const auto number = static_cast<std::uint32_t>(at);
-        return {values_[at], values_[at], number, number};
+    /// Those of LEVEL from BEGIN up to before END, in their order, by greater ones where they hold them.
+    void includeBlocks(Block& found, std::size_t level, std::size_t begin, std::size_t end) const;
+    Block sample(std::size_t at) const { return block(at, at); }
+    Block block(std::size_t least, std::size_t greatest) const {
+        return {values_[least], values_[greatest], static_cast<std::uint32_t>(least),
+                static_cast<std::uint32_t>(greatest)};
+    }
+    Block upTo(std::size_t sample) const {
+        const std::size_t begin = sample & ~(kFan - 1);
+        return block(begin + within_[sample].leastUpTo, begin + within_[sample].greatestUpTo);
+    }
+    Block from(std::size_t sample) const {
+        const std::size_t begin = sample & ~(kFan - 1);
+        return block(begin + within_[sample].leastFrom, begin + within_[sample].greatestFrom);
     }
 
     double start_ = 0, step_ = 0;
     std::vector<double> places_;             ///< empty: at even distances
     std::vector<double> values_;             ///< NaN where there is none, which no comparison takes for an extreme
-    std::vector<std::vector<Block>> levels_; ///< of 4 samples each, of 16, …; whole blocks only
+    std::vector<Within> within_;             ///< as many as values
+    std::vector<std::vector<Block>> levels_; ///< of 16 samples each, of 256, …; whole blocks only
 };
 
 } // namespace quobrix

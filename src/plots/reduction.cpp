@@ -9,6 +9,9 @@ namespace {
 /// So many samples a column are drawn as they are.
 constexpr std::size_t kFew = 2;
 
+/// So many columns before they are looked at, samples are fetched.
+constexpr std::size_t kAhead = 8;
+
 /// Columns of the axis, counted from its zero: they have the same edges, to the last bit, wherever a plot begins.
 class PixelGrid {
 public:
@@ -30,22 +33,24 @@ private:
 
 class Runs {
 public:
-    explicit Runs(std::vector<std::vector<std::size_t>>& runs) : runs_(runs) {}
+    using Sample = PlotSamples::Sample;
+
+    explicit Runs(std::vector<std::vector<Sample>>& runs) : runs_(runs) {}
 
     /// FIRST is the next sample with a value behind all that were added.
     void beginWith(std::size_t first) {
-        if (runs_.empty() || runs_.back().back() + 1 != first)
+        if (runs_.empty() || runs_.back().back().number + 1 != first)
             runs_.emplace_back();
     }
-    void add(std::size_t sample) { runs_.back().push_back(sample); }
+    void add(Sample sample) { runs_.back().push_back(sample); }
     /// SAMPLE may be the last that was added.
-    void addOther(std::size_t sample) {
-        if (runs_.back().back() != sample)
+    void addOther(Sample sample) {
+        if (runs_.back().back().number != sample.number)
             add(sample);
     }
 
 private:
-    std::vector<std::vector<std::size_t>>& runs_;
+    std::vector<std::vector<Sample>>& runs_;
 };
 
 } // namespace
@@ -66,6 +71,7 @@ Reduction reduce(const PlotSamples& samples, double origin, double width, std::s
             if (const double place = samples.at(i); grid.edge(column + 1) <= place) // behind columns that hold nothing
                 column = grid.columnOf(place);
             next = std::min(samples.firstFrom(grid.edge(++column)), end);
+            samples.fetch(next + kAhead * (next - i));
         }
         if (const auto extremes = samples.extremes(i, next)) {
             std::size_t first = i, last = next - 1;
@@ -73,10 +79,11 @@ Reduction reduce(const PlotSamples& samples, double origin, double width, std::s
                 ++first;
             while (!samples.has(last))
                 --last;
-            const auto [earlier, later] = std::minmax(extremes->least, extremes->greatest);
+            const auto [earlier, later] =
+                std::ranges::minmax({extremes->least, extremes->greatest}, {}, &PlotSamples::Sample::number);
             runs.beginWith(first);
-            runs.add(first);
-            for (const std::size_t sample : {earlier, later, last})
+            runs.add({first, samples.value(first)});
+            for (const PlotSamples::Sample& sample : {earlier, later, {last, samples.value(last)}})
                 runs.addOther(sample);
         }
         i = next;

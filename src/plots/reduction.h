@@ -10,7 +10,7 @@ namespace quobrix {
 struct Reduction {
     /// Samples in their order, in pieces that hang together: between two of them is nothing, or a sample without a
     /// value.
-    std::vector<std::vector<std::size_t>> runs;
+    std::vector<std::vector<PlotSamples::Sample>> runs;
     bool reduced = false; ///< some have been left out
 };
 

@@ -38,19 +38,21 @@ TEST(PlotSamples, FindPlacesAndExtremesAsALookAtEachOfThemDoes) {
             std::size_t begin = random() % (samples.size() + 1), end = random() % (samples.size() + 1);
             if (begin > end)
                 std::swap(begin, end);
-            std::optional<PlotSamples::Extremes> raw;
+            std::optional<std::pair<std::size_t, std::size_t>> raw; // least, greatest
             for (std::size_t k = begin; k < end; ++k)
                 if (samples.has(k)) {
                     if (!raw)
-                        raw = {k, k};
-                    raw->least = samples.value(k) < samples.value(raw->least) ? k : raw->least;
-                    raw->greatest = samples.value(k) > samples.value(raw->greatest) ? k : raw->greatest;
+                        raw.emplace(k, k);
+                    raw->first = samples.value(k) < samples.value(raw->first) ? k : raw->first;
+                    raw->second = samples.value(k) > samples.value(raw->second) ? k : raw->second;
                 }
             const auto found = samples.extremes(begin, end);
             ASSERT_EQ(found.has_value(), raw.has_value());
             if (raw) {
-                ASSERT_EQ(found->least, raw->least);
-                ASSERT_EQ(found->greatest, raw->greatest);
+                ASSERT_EQ(found->least.number, raw->first);
+                ASSERT_EQ(found->least.value, samples.value(raw->first));
+                ASSERT_EQ(found->greatest.number, raw->second);
+                ASSERT_EQ(found->greatest.value, samples.value(raw->second));
             }
             const double last = samples.at(samples.size() - 1);
             const double place = i % 2 ? samples.at(random() % samples.size())
@@ -90,16 +92,17 @@ TEST(Reduction, KeepsOfEachColumnWhatAWholeLineShowsThere) {
         for (const auto& run : reduction.runs) {
             ASSERT_FALSE(run.empty());
             for (std::size_t k = 0; k < run.size(); ++k) {
-                ASSERT_TRUE(samples.has(run[k]));
-                ASSERT_TRUE(first || run[k] > before) << "in their order";
-                if (!first && column(run[k]) != column(before)) {
+                const std::size_t sample = run[k].number;
+                ASSERT_EQ(samples.value(sample), run[k].value);
+                ASSERT_TRUE(first || sample > before) << "in their order";
+                if (!first && column(sample) != column(before)) {
                     bool gap = false;
-                    for (std::size_t i = before; i < run[k]; ++i)
+                    for (std::size_t i = before; i < sample; ++i)
                         gap = gap || !samples.has(i);
                     ASSERT_EQ(gap, k == 0) << "a line is broken where a value is missing, and only there";
                 }
                 first = false;
-                before = run[k];
+                before = sample;
                 kept[column(before)].push_back(before);
                 all.insert(before);
             }
@@ -133,7 +136,7 @@ TEST(Reduction, KeepsTheSameSamplesWhileAPlotIsMoved) {
     const auto keptFrom = [&](double origin) {
         std::set<std::size_t> kept;
         for (const auto& run : reduce(samples, origin, width, 400).runs)
-            for (const std::size_t i : run)
+            for (const auto& [i, value] : run)
                 if (samples.at(i) >= 300 * width && samples.at(i) < 400 * width)
                     kept.insert(i);
         return kept;

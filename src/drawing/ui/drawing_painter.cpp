@@ -59,13 +59,13 @@ public:
         painter_.drawLine(toQt(line.from), toQt(line.to));
     }
     void draw(const Polyline& polyline) {
-        painter_.setBrush(Qt::NoBrush);
-        const QPolygonF points = toQt(polyline.points);
         const double width = setPen(polyline.stroke);
         if (isDense(polyline, width))
             if (std::optional<Pixels> image = Pixels::of(painter_))
-                return image->drawDense(painter_.deviceTransform().map(points), std::max(width, 1.0),
+                return image->drawDense(polyline.points, painter_.deviceTransform(), std::max(width, 1.0),
                                         toQt(palette_[polyline.stroke.colour]));
+        painter_.setBrush(Qt::NoBrush);
+        const QPolygonF points = toQt(polyline.points);
         if (width <= 1 || points.size() <= kFewPoints) {
             painter_.drawPolyline(points);
         } else if (polyline.stroke.dash == Dash::Solid) {

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -28,14 +29,15 @@ void Pixels::fill(const QRect& pixels, QColor colour) {
 }
 
 void Pixels::cover(int x, int y, QRgb colour, double share) {
-    const int part = static_cast<int>(share * 256);
-    const auto mix = [&](int under, int over) { return under + (over - under) * part / 256; };
+    constexpr QRgb kRedAndBlue = 0xFF00FF, kGreen = 0x00FF00; // mixed together: they do not reach into each other
+    const auto over = static_cast<QRgb>(share * 256), under = 256 - over;
     QRgb& pixel = *at(x, y);
-    pixel = qRgb(mix(qRed(pixel), qRed(colour)), mix(qGreen(pixel), qGreen(colour)), mix(qBlue(pixel), qBlue(colour)));
+    const auto mix = [&](QRgb parts) { return (((pixel & parts) * under + (colour & parts) * over) >> 8) & parts; };
+    pixel = 0xFF000000 | mix(kRedAndBlue) | mix(kGreen);
 }
 
-void Pixels::drawDense(const QPolygonF& line, double width, QColor colour) {
-    if (line.isEmpty() || clip_.isEmpty())
+void Pixels::drawDense(std::span<const Point> line, const QTransform& device, double width, QColor colour) {
+    if (line.empty() || clip_.isEmpty())
         return;
     struct Reach {
         double top = std::numeric_limits<double>::max(), bottom = std::numeric_limits<double>::lowest();
@@ -46,17 +48,28 @@ void Pixels::drawDense(const QPolygonF& line, double width, QColor colour) {
     };
     std::vector<Reach> columns(static_cast<std::size_t>(clip_.width()));
     const double before = clip_.left() + 0.5 - width / 2; // where the first column's reach begins
-    for (qsizetype i = 1; i < line.size(); ++i) {
-        const QPointF from = line[i - 1], to = line[i];
-        const double slope = to.x() > from.x() ? (to.y() - from.y()) / (to.x() - from.x()) : 0;
-        const int last = std::min(clip_.width() - 1, static_cast<int>(std::floor(to.x() - before)));
-        for (int column = std::max(0, static_cast<int>(std::ceil(from.x() - before - width))); column <= last;
-             ++column) {
-            Reach& reach = columns[static_cast<std::size_t>(column)];
-            const double left = before + column, right = left + width;
-            reach.include(from.x() >= left ? from.y() : from.y() + (left - from.x()) * slope);
-            reach.include(to.x() <= right ? to.y() : from.y() + (right - from.x()) * slope);
+    const auto onDevice = [scaleX = device.m11(), scaleY = device.m22(), dx = device.dx() - before,
+                           dy = device.dy()](Point point) {
+        return Point{point.x * scaleX + dx, point.y * scaleY + dy};
+    };
+    Point from = onDevice(line.front()); // from the first column on
+    for (const Point& next : line.subspan(1)) {
+        const Point to = onDevice(next);
+        const int first = std::max(0, static_cast<int>(std::ceil(from.x - width)));
+        const int last = std::min(clip_.width() - 1, static_cast<int>(std::floor(to.x)));
+        if (first == last && from.x >= first && to.x <= first + width) {
+            columns[static_cast<std::size_t>(first)].include(from.y);
+            columns[static_cast<std::size_t>(first)].include(to.y);
+        } else {
+            const double slope = to.x > from.x ? (to.y - from.y) / (to.x - from.x) : 0;
+            for (int column = first; column <= last; ++column) {
+                Reach& reach = columns[static_cast<std::size_t>(column)];
+                const double left = column, right = left + width;
+                reach.include(from.x >= left ? from.y : from.y + (left - from.x) * slope);
+                reach.include(to.x <= right ? to.y : from.y + (right - from.x) * slope);
+            }
         }
+        from = to;
     }
     const QRgb rgb = colour.rgb();
     const double clipTop = clip_.top(), clipBottom = clip_.bottom() + 1.0;

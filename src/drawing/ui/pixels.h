@@ -1,13 +1,16 @@
 #pragma once
 
+#include "drawing/drawing.h"
+
 #include <QColor>
-#include <QPolygonF>
 #include <QRect>
 #include <QRgb>
 
 #include <optional>
+#include <span>
 
 class QPainter;
+class QTransform;
 
 namespace quobrix {
 
@@ -19,11 +22,12 @@ public:
     static std::optional<Pixels> of(QPainter& painter);
 
     void fill(const QRect& pixels, QColor colour);
-    /// A smooth line WIDTH pixels wide, at least 1, through LINE, whose points follow each other along the x axis. Each
+    /// A smooth line WIDTH pixels wide, at least 1, through LINE, whose points DEVICE, which neither turns nor shears,
+    /// makes pixels of, and which follow each other along the x axis. Each
     /// column of pixels is covered from the line's highest to its lowest place within a width's reach, which is the
     /// right share of it wherever the line goes on in the same direction, and what can be seen of it where it goes up
     /// and down within a pixel.
-    void drawDense(const QPolygonF& line, double width, QColor colour);
+    void drawDense(std::span<const Point> line, const QTransform& device, double width, QColor colour);
 
 private:
     Pixels(uchar* bits, qsizetype bytesPerLine, const QRect& clip)
