@@ -7,7 +7,7 @@
 namespace quobrix {
 
 PlotSamples::PlotSamples(double start, double step, std::vector<double> values)
-    : start_(start), step_(step), values_(std::move(values)) {
+    : start_(start), step_(step), perPlace_(1 / step), values_(std::move(values)) {
     build();
 }
 
@@ -55,8 +55,8 @@ std::size_t PlotSamples::firstFrom(double place) const {
         return 0;
     if (place > at(size() - 1))
         return size();
-    // What division rounds is put right by what at() says.
-    auto sample = std::min(static_cast<std::size_t>((place - start_) / step_), size() - 1);
+    // What is rounded is put right by what at() says.
+    auto sample = std::min(static_cast<std::size_t>((place - start_) * perPlace_), size() - 1);
     while (sample > 0 && at(sample - 1) >= place)
         --sample;
     while (at(sample) < place)

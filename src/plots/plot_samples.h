@@ -93,6 +93,7 @@ private:
     }
 
     double start_ = 0, step_ = 0;
+    double perPlace_ = 0;                    ///< samples; to divide takes longer than to multiply
     std::vector<double> places_;             ///< empty: at even distances
     std::vector<double> values_;             ///< NaN where there is none, which no comparison takes for an extreme
     std::vector<Within> within_;             ///< as many as values

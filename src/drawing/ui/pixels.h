@@ -34,7 +34,6 @@ private:
         : bits_(bits), bytesPerLine_(bytesPerLine), clip_(clip) {}
 
     QRgb* at(int x, int y) { return reinterpret_cast<QRgb*>(bits_ + y * bytesPerLine_) + x; }
-    void cover(int x, int y, QRgb colour, double share);
 
     uchar* bits_;
     qsizetype bytesPerLine_;
