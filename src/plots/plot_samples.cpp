@@ -76,8 +76,9 @@ void PlotSamples::fetch(std::size_t sample) const {
     __builtin_prefetch(&within_[sample]);
     __builtin_prefetch(&values_[block * kFan]);
     __builtin_prefetch(&values_[block * kFan] + kFan / 2);
-    if (!levels_.empty() && block < levels_[0].size())
-        __builtin_prefetch(&levels_[0][block]);
+    if (!levels_.empty())
+        for (std::size_t i = block; i < std::min(block + kFan, levels_[0].size()); i += 3) // a line holds about three
+            __builtin_prefetch(&levels_[0][i]);
 }
 
 void PlotSamples::includeBlocks(Block& found, std::size_t level, std::size_t begin, std::size_t end) const {

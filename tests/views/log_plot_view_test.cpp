@@ -16,6 +16,7 @@
 #include <QAccessible>
 #include <QAction>
 #include <QApplication>
+#include <QBackingStore>
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
@@ -216,6 +217,21 @@ TEST_F(LogPlotViewTest, KeysMoveMarkAndZoom) {
     key(Qt::Key_Minus);
     key(Qt::Key_0);
     EXPECT_FALSE(plot().zoomed());
+}
+
+TEST_F(LogPlotViewTest, APartThatIsPaintedAnewLooksLikeTheWhole) {
+    action("PlotLines").trigger();
+    key(Qt::Key_Plus);
+    QApplication::processEvents(); // painted as a whole
+    const auto shown = [this] {
+        const auto* window = dynamic_cast<QImage*>(page_->backingStore()->paintDevice());
+        return window ? window->copy(QRect(plot().mapTo(page_.get(), QPoint()), plot().size())) : QImage();
+    };
+    const QImage whole = shown();
+    ASSERT_FALSE(whole.isNull());
+    plot().repaint(QRect(0, 0, plot().width() / 2, plot().height()));
+    plot().repaint(QRect(plot().width() / 2, 0, plot().width() / 2 + 1, plot().height()));
+    EXPECT_EQ(shown(), whole);
 }
 
 TEST_F(LogPlotViewTest, TellsWhatIsUnderThePointer) {

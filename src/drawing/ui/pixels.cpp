@@ -1,7 +1,9 @@
 #include "drawing/ui/pixels.h"
 
 #include <QImage>
+#include <QPaintEngine>
 #include <QPainter>
+#include <QRegion>
 #include <QTransform>
 
 #include <algorithm>
@@ -32,10 +34,16 @@ int ceilFrom(double value) {
 } // namespace
 
 std::optional<Pixels> Pixels::of(QPainter& painter) {
-    auto* image = dynamic_cast<QImage*>(painter.device());
+    // A widget's pixels are those of its window.
+    auto* image = dynamic_cast<QImage*>(painter.paintEngine()->paintDevice());
     if (!image || image->format() != QImage::Format_RGB32)
         return {};
     QRect clip = image->rect();
+    if (const QRegion seen = painter.paintEngine()->systemClip(); !seen.isEmpty()) {
+        if (seen.rectCount() > 1)
+            return {};
+        clip &= seen.boundingRect();
+    }
     if (painter.hasClipping())
         clip &= painter.deviceTransform().mapRect(painter.clipBoundingRect()).toRect();
     return Pixels(image->bits(), image->bytesPerLine(), clip);

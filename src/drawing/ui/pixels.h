@@ -18,7 +18,8 @@ namespace quobrix {
 /// painter takes ten times as long.
 class Pixels {
 public:
-    /// Of the image that PAINTER paints; nothing where it paints anything else, or an image that can be seen through.
+    /// Of the image that PAINTER paints, or of the window, as far as it may; nothing where it paints anything else, an
+    /// image that can be seen through, or a part of a window that is no rectangle.
     static std::optional<Pixels> of(QPainter& painter);
 
     void fill(const QRect& pixels, QColor colour);

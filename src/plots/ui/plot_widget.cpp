@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "drawing/ui/drawing_painter.h"
+#include "drawing/ui/pixels.h"
 #include "messages/message.h"
 #include "plots/panel_choices.h"
 #include "plots/plot_figures.h"
@@ -14,9 +15,11 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QStatusTipEvent>
 #include <QToolTip>
+#include <QTransform>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -210,21 +213,32 @@ void PlotWidget::changeEvent(QEvent* event) {
         layOut();
 }
 
-void PlotWidget::paintEvent(QPaintEvent*) {
-    const double scale = devicePixelRatioF();
-    if (layout_.pixel != 1 / scale) // it is on another screen
-        layOut();
-    const Palette colours = screenPalette(palette());
-    if (std::exchange(outdated_, false)) {
+void PlotWidget::paintPlot(QPainter& painter, const QRegion& region) {
+    if (outdated_) {
+        const Drawing plot = drawPlot(data_, view_, layout_);
+        const Palette colours = screenPalette(palette());
+        // What is painted anew as a whole need not be copied: the picture is for a cursor that moves.
+        const QTransform device = painter.deviceTransform();
+        if (region == QRegion(rect()) && Pixels::of(painter) && device.dx() == std::floor(device.dx()) &&
+            device.dy() == std::floor(device.dy()))
+            return paintDrawing(painter, plot, colours, font());
+        outdated_ = false;
+        const double scale = devicePixelRatioF();
         if (const QSize pixels = size() * scale; picture_.size() != pixels)
             picture_ = QImage(pixels, QImage::Format_RGB32);
         picture_.setDevicePixelRatio(scale);
-        QPainter painter(&picture_);
-        paintDrawing(painter, drawPlot(data_, view_, layout_), colours, font());
+        QPainter onPicture(&picture_);
+        paintDrawing(onPicture, plot, colours, font());
     }
-    QPainter painter(this); // which paints no more than what has to be painted anew
     painter.drawImage(QPoint(), picture_);
-    paintDrawing(painter, drawPlotPointers(data_, layout_, pointers_), colours, font());
+}
+
+void PlotWidget::paintEvent(QPaintEvent* event) {
+    if (layout_.pixel != 1 / devicePixelRatioF()) // it is on another screen
+        layOut();
+    QPainter painter(this); // which paints no more than what has to be painted anew
+    paintPlot(painter, event->region());
+    paintDrawing(painter, drawPlotPointers(data_, layout_, pointers_), screenPalette(palette()), font());
     if (const QRect band = rubberBand(); !band.isEmpty()) {
         QColor colour = palette().color(QPalette::Highlight);
         painter.setPen(colour);

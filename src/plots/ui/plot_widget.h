@@ -89,6 +89,8 @@ private:
     /// The place under X, or the nearest one that is seen.
     double placeNear(double x) const;
     void layOut();
+    /// Paints the plot where REGION has to be painted, without what follows the pointer.
+    void paintPlot(QPainter& painter, const QRegion& region);
     void show(PlotRange range);
     void zoomBy(double factor, double at);
     void pan(double units);
@@ -110,8 +112,8 @@ private:
     PlotView view_;
     PlotLayout layout_;
     QSize least_;
-    QImage picture_; ///< of the panels
-    bool outdated_ = true;
+    QImage picture_;       ///< of the panels, made when a part of them is painted anew
+    bool outdated_ = true; ///< the picture is
     PlotPointers pointers_;
     QRegion pointed_;              ///< where they are painted
     std::optional<double> fixed_;  ///< the cursor, where the mouse is elsewhere
