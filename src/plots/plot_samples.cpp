@@ -69,16 +69,15 @@ std::optional<std::size_t> PlotSamples::lastUpTo(double place) const {
     return behind > 0 ? std::optional(behind - 1) : std::nullopt;
 }
 
-void PlotSamples::fetch(std::size_t sample) const {
-    if (sample >= size())
+void PlotSamples::fetch(std::size_t begin, std::size_t end) const {
+    if (end > size() || levels_.empty())
         return;
-    const std::size_t block = sample / kFan;
-    __builtin_prefetch(&within_[sample]);
+    const std::size_t block = begin / kFan, behind = std::min({end / kFan, block + kFan, levels_[0].size()});
+    __builtin_prefetch(&within_[begin]);
     __builtin_prefetch(&values_[block * kFan]);
     __builtin_prefetch(&values_[block * kFan] + kFan / 2);
-    if (!levels_.empty())
-        for (std::size_t i = block; i < std::min(block + kFan, levels_[0].size()); i += 3) // a line holds about three
-            __builtin_prefetch(&levels_[0][i]);
+    for (std::size_t i = block + 1; i < behind; i += 3) // a line of memory holds about three
+        __builtin_prefetch(&levels_[0][i]);
 }
 
 void PlotSamples::includeBlocks(Block& found, std::size_t level, std::size_t begin, std::size_t end) const {

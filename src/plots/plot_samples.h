@@ -47,8 +47,8 @@ public:
     };
     /// Of the samples from BEGIN up to before END; nothing if none of them has a value.
     std::optional<Extremes> extremes(std::size_t begin, std::size_t end) const;
-    /// Parts that begin or end at SAMPLE will soon be asked for: what is read of them is fetched from memory meanwhile.
-    void fetch(std::size_t sample) const;
+    /// The extremes of this part will soon be asked for: what is read for them is fetched from memory meanwhile.
+    void fetch(std::size_t begin, std::size_t end) const;
 
 private:
     static constexpr std::size_t kFanBits = 4, kFan = std::size_t{1} << kFanBits;

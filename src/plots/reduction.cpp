@@ -71,7 +71,7 @@ Reduction reduce(const PlotSamples& samples, double origin, double width, std::s
             if (const double place = samples.at(i); grid.edge(column + 1) <= place) // behind columns that hold nothing
                 column = grid.columnOf(place);
             next = std::min(samples.firstFrom(grid.edge(++column)), end);
-            samples.fetch(next + kAhead * (next - i));
+            samples.fetch(next + kAhead * (next - i), next + (kAhead + 1) * (next - i));
         }
         if (const auto extremes = samples.extremes(i, next)) {
             std::size_t first = i, last = next - 1;
