@@ -154,8 +154,10 @@ private:
     MergePlan<Log> plan_;
 };
 
+/// Gives the rows of the records that were added.
 template <class Log>
-void carryOut(MergePlan<Log>& plan, typename Log::TableType& table, std::int32_t shift, TableEdits& edits) {
+std::vector<RowIndex> carryOut(MergePlan<Log>& plan, typename Log::TableType& table, std::int32_t shift,
+                               TableEdits& edits) {
     RecordColumn& numbers = logSpec(Log::kLog).recordsOf(table);
     LoggerColumn& serials = logSpec(Log::kLog).loggersOf(table);
     const DateTimeColumn& times = logSpec(Log::kLog).timesOf(table);
@@ -180,11 +182,11 @@ void carryOut(MergePlan<Log>& plan, typename Log::TableType& table, std::int32_t
         });
 
     auto& fresh = plan.fresh;
+    rows.clear();
     if (fresh.empty())
-        return;
+        return rows;
     std::stable_sort(fresh.begin(), fresh.end(),
                      [](const auto& a, const auto& b) { return Log::time(*a.record) < Log::time(*b.record); });
-    rows.clear();
     for (const auto& entry : fresh) {
         const auto place =
             std::upper_bound(times.values().begin(), times.values().end(), shifted(Log::time(*entry.record), shift));
@@ -199,6 +201,7 @@ void carryOut(MergePlan<Log>& plan, typename Log::TableType& table, std::int32_t
                 table.template column<typename Log::Vin>().set(rows[i], fresh[i].vehicle);
         }
     });
+    return rows;
 }
 
 /// The keys that records refer to, in the order of the records.
@@ -433,7 +436,7 @@ Result<MergeResult> Merge::apply(std::int32_t shift) {
     for (const LogSpec& log : logs())
         result.logs[static_cast<std::size_t>(log.id)] = counts(log.id);
     document.edits().group(text(TextId::DownloadStep), [&] {
-        carryOut(plans_->of<TripRows>(), document.trips(), shift, document.edits());
+        result.newTrips = carryOut(plans_->of<TripRows>(), document.trips(), shift, document.edits());
         carryOut(plans_->of<TroubleRows>(), document.troubles(), shift, document.edits());
         carryOut(plans_->of<ActivityRows>(), document.activity(), shift, document.edits());
         if (!records.stops.empty())

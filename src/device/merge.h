@@ -25,6 +25,7 @@ struct MergeResult {
     std::vector<RefusedRecords> refused;
     std::vector<UnreadableLog> unreadable; ///< of whose records nothing is known
     NewKeys newKeys;                       ///< which the name tables have got
+    std::vector<RowIndex> newTrips{};      ///< the rows of those that were added
 
     std::size_t added() const;
     std::uint64_t refusedCount() const { return quobrix::refusedCount(refused); }

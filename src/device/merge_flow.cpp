@@ -2,6 +2,7 @@
 
 #include "device/log_rows.h"
 #include "messages/file_messages.h"
+#include "model/trip_rules.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 
@@ -81,6 +82,7 @@ std::optional<MergeResult> MergeFlow::merge(const LogRecords& records, std::int3
             if (const std::string name = context_.settings.getText(kUnidentifiedDriverSection, kDefaultName);
                 isDriverName(name))
                 document.drivers().nameAll(merged->newKeys.drivers, name); // in rows of this step
+            giveTypes(merged->newTrips);
             return EditOutcome{};
         });
         if (!merged) {
@@ -93,6 +95,19 @@ std::optional<MergeResult> MergeFlow::merge(const LogRecords& records, std::int3
     for (const UnreadableLog& log : merged->unreadable)
         context_.prompter.tell(makeMessage(MessageId::LogsUnreadable, log.name, log.why));
     return std::move(*merged);
+}
+
+/// New trips get the types that a person has made rules for.
+void MergeFlow::giveTypes(const std::vector<RowIndex>& newTrips) {
+    const std::vector<TripRule> rules = loadTripRules(context_.settings);
+    if (rules.empty() || newTrips.empty())
+        return;
+    const Result<TripTypes> types = loadTripTypes();
+    if (!types) // the trips stay without one; the dialog of types tells why
+        return;
+    TTripLogTable& trips = context_.document.trips();
+    context_.document.edits().changeRows(
+        trips, runsOf(newTrips), [&] { giveTypesByRules(trips, newTrips, rules, namesOf(types->types), text_.zone); });
 }
 
 /// Asks once for each different text that vehicles told instead of a VIN.

@@ -53,6 +53,7 @@ public:
 
 private:
     void identifyVehicles(Merge& merge, const LogRecords& records, std::int32_t shift);
+    void giveTypes(const std::vector<RowIndex>& newTrips);
     void tell(const Error& error);
 
     FlowContext context_;

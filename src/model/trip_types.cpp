@@ -175,6 +175,14 @@ const TripType* rateAt(const std::vector<TripType>& types, std::string_view name
     return best;
 }
 
+Parsed DayColumn::parse(std::string_view text, const TextContext& context) const {
+    // As it was typed: a day may begin later than at midnight.
+    const std::optional<DateTime> typed = parseDateTime(context.units, text);
+    if (typed && (typed->hour != 0 || typed->minute != 0 || typed->second != 0))
+        return {{}, quobrix::text(TextId::TripTypeDayOnly)};
+    return DateTimeColumn::parse(text, context);
+}
+
 std::string_view DayColumn::textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const {
     if (!has(row))
         return {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/result.h"
+#include "model/names.h"
 #include "tables/columns.h"
 #include "tables/declare.h"
 #include "tables/table.h"
@@ -66,9 +67,10 @@ std::vector<std::string> namesOf(const std::vector<TripType>& types);
 /// The latest rate of the type NAME that holds at TIME (s since 1970 on the local clock); nothing if none does.
 const TripType* rateAt(const std::vector<TripType>& types, std::string_view name, std::int64_t time);
 
-/// The day of a moment, without a time.
+/// The day of a moment, without a time. One that is typed is refused: it would count for nothing.
 class DayColumn : public DateTimeColumn {
 public:
+    Parsed parse(std::string_view text, const TextContext& context) const override;
     std::string_view textView(RowIndex row, const TextContext& context, TextBuffer& buffer) const override;
     std::string editText(RowIndex row, const TextContext& context) const override { return text(row, context); }
 };
@@ -92,7 +94,7 @@ protected:
     std::string selection(std::int32_t code) const override;
 };
 
-QUOBRIX_COLUMN_CLASS(TripTypeNameColumn, TextColumn, "TripTypeNameColumn", D0, "&Type",
+QUOBRIX_COLUMN_CLASS(TripTypeNameColumn, NameColumn, "TripTypeNameColumn", D0, "&Type",
                      "What a trip was made for. A type may have several rows: its rates, each from a day on.",
                      Required.characters(1, kLongestTripType))
 QUOBRIX_COLUMN_CLASS(TripTypeRateColumn, RealColumn, "TripTypeRateColumn", D3, "&Rate",

@@ -2,6 +2,7 @@
 
 #include "device/clear_flow.h"
 #include "device/log_file_import.h"
+#include "model/trip_rules.h"
 
 #include "support/document_streams.h"
 #include "support/fake_logger_library.h"
@@ -9,6 +10,7 @@
 #include "support/forwarding_files.h"
 #include "support/record_set_builder.h"
 #include "support/scripted_prompter.h"
+#include "support/set_variable.h"
 #include "support/temporary_folder.h"
 
 #include "units/time_zone.h"
@@ -341,6 +343,31 @@ Bytes tripsOf(std::initializer_list<std::string> texts, std::uint8_t seconds = 2
     }
     return set.take();
 }
+
+#ifndef _WIN32 // where the folder of the user's types follows no variable
+TEST_F(Downloading, NewTripsGetTheTypesOfRules) {
+    ASSERT_TRUE(test::setVariable("XDG_DATA_HOME", folder_ / "data"));
+    ASSERT_TRUE(saveTripTypes({{{"Work"}, {"Fun"}}, {}}));
+    fake_.troubles = {};
+    fake_.trips = tripsOf({"1HGCM82633A004352", "1GTEK19T23E123456", "1HGCM82633A004353"}); // Tuesday, from 23:13 on
+    saveTripRules(settings_, std::vector<TripRule>{{"fun", 0, {}, {}, "1GTEK19T23E123456"},
+                                                   {"Gone", 0, {}, {}, "1HGCM82633A004353"},
+                                                   {"Work", 4, 22 * 60, 6 * 60}});
+    ScriptedPrompter prompter;
+    const auto types = [&] { return document_.trips().column<TTripLogTripTypeColumn>().values(); };
+    ASSERT_TRUE(download(prompter));
+    EXPECT_EQ(types(), (std::vector<std::string>{"Work", "Fun", ""}));
+    document_.edits().undo();
+    EXPECT_EQ(types(), std::vector<std::string>()) << "in one step with the download";
+    document_.edits().redo();
+    ASSERT_EQ(document_.trips().rowCount(), 3u);
+
+    document_.trips().column<TTripLogTripTypeColumn>().set(0, "");
+    fake_.trips = tripsOf({"1HGCM82633A004352", "1GTEK19T23E123456", "1HGCM82633A004353", "1GTEK19T23E123456"}, 3);
+    ASSERT_TRUE(download(prompter));
+    EXPECT_EQ(types(), (std::vector<std::string>{"", "Fun", "", "Fun"})) << "fuller records are no new trips";
+}
+#endif
 
 TEST_F(Downloading, AsksOnceInWhichVehicleTripsWereMade) {
     const std::string vin = "WVWZZZ1KZAW000001", other = "WVWZZZ1KZAW000002";

@@ -1,5 +1,6 @@
 #include "model/logs.h"
 #include "model/quobrix_document.h"
+#include "report/report.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
