@@ -86,23 +86,30 @@ ExitCode exportRecords(const ExportOptions& options) {
         content.title = text(log->title);
         count = totalsText(*log, selection.rows(), units.context());
     }
+    return putExport(
+        content, *format, units.context(), options.out,
+        [&] { return ofOneRecord ? document.completeness() : selection.completeness(); }, count);
+}
+
+ExitCode putExport(const ExportContent& content, FileFormat format, const TextContext& context, const std::string& out,
+                   const std::function<ExitCode()>& completeness, const ShownText& what) {
     const auto failed = [&](const Error& error) {
-        complain(fileMessage(error, FileAction::Save, options.out).text);
+        complain(fileMessage(error, FileAction::Save, out).text);
         return kFailed;
     };
-    if (xlsx && content.rowCount() > kMostXlsxRecords) {
+    if (format == FileFormat::Xlsx && content.rowCount() > kMostXlsxRecords) {
         complain(text(TextId::CliTooManyForXlsx, kMostXlsxRecords, content.rowCount()));
         return kFailed;
     }
-    Result<ReplacementFile> file = ReplacementFile::create(pathFromUtf8(options.out));
+    Result<ReplacementFile> file = ReplacementFile::create(pathFromUtf8(out));
     if (!file)
         return failed(file.error());
-    const Result<std::size_t> cut = writeExport(content, *format, units.context(), *file);
+    const Result<std::size_t> cut = writeExport(content, format, context, *file);
     if (!cut)
         return failed(cut.error());
-    ExitCode code = ofOneRecord ? document.completeness() : selection.completeness();
+    ExitCode code = completeness();
     if (*cut > 0) {
-        complain(counted(TextId::CliTextsCut, *cut, *cut, options.out));
+        complain(counted(TextId::CliTextsCut, *cut, *cut, out));
         code = kIncomplete;
     }
     if (const Result<void> committed = file->commit(); !committed) {
@@ -112,8 +119,8 @@ ExitCode exportRecords(const ExportOptions& options) {
         code = kIncomplete;
     }
     Output output;
-    output.put(text(TextId::CliExported, options.out, count));
-    return output.finish(code, text(TextId::CliHasBeenWritten, options.out));
+    output.put(text(TextId::CliExported, out, what));
+    return output.finish(code, text(TextId::CliHasBeenWritten, out));
 }
 
 } // namespace quobrix::cli

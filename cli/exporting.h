@@ -1,7 +1,10 @@
 #pragma once
 
 #include "cli/reading.h"
+#include "export/export_file.h"
 #include "export/file_format.h"
+
+#include <functional>
 
 /// Writing records to a file of another format.
 namespace quobrix::cli {
@@ -14,6 +17,11 @@ struct ExportOptions : SelectionOptions {
 };
 
 inline constexpr FileFormat kExportFormats[] = {FileFormat::Csv, FileFormat::Json, FileFormat::Xlsx};
+
+/// Writes CONTENT to the file OUT, and says that it holds WHAT. FORMAT is one of kExportFormats; for Xlsx
+/// canWriteXlsx(). What COMPLETENESS says once all has been read, or what went wrong, which has been told.
+ExitCode putExport(const ExportContent& content, FileFormat format, const TextContext& context, const std::string& out,
+                   const std::function<ExitCode()>& completeness, const ShownText& what);
 
 /// OPTIONS.log is one of logNames(), or one of recordNames(): then the files are the number of a record and a document,
 /// and its samples are written.

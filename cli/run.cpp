@@ -11,6 +11,7 @@
 #include "cli/printing.h"
 #include "cli/reading.h"
 #include "cli/statistics.h"
+#include "cli/trip_types.h"
 #include "model/record_filter.h"
 #include "texts/text.h"
 
@@ -224,6 +225,17 @@ ExitCode run(const ProgramArguments& arguments) {
         ->type_name(text(TextId::CliHelpWordText));
     units(statisticsCommand, statisticsOptions.units);
 
+    TripTypeOptions tripTypeOptions;
+    tripTypeOptions.log = logSpec(LogId::Trips).name;
+    CLI::App& tripTypesCommand = subcommand("trip-types", TextId::CliHelpTripTypes);
+    selection(tripTypesCommand, tripTypeOptions);
+    tripTypesCommand.add_option("--type", tripTypeOptions.type, text(TextId::CliHelpTripType));
+    tripTypesCommand.add_option("-o,--out", tripTypeOptions.out, text(TextId::CliHelpReportOut));
+    tripTypesCommand.add_option("--format", tripTypeOptions.format, text(TextId::CliHelpTripTypesFormat))
+        ->check(CLI::IsMember(namesOf(kTripTypeFormats)))
+        ->type_name(text(TextId::CliHelpWordText));
+    units(tripTypesCommand, tripTypeOptions.units);
+
     std::vector<std::string> codes;
     CLI::App& describeCommand = subcommand("describe", TextId::CliHelpDescribe);
     describeCommand.add_option("code", codes, text(TextId::CliHelpCode))->required();
@@ -295,6 +307,8 @@ ExitCode run(const ProgramArguments& arguments) {
         return plot(plottingOptions);
     if (statisticsCommand)
         return statistics(statisticsOptions);
+    if (tripTypesCommand)
+        return tripTypes(tripTypeOptions);
     if (describeCommand)
         return describe(codes);
     if (compactCommand)

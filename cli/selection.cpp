@@ -56,6 +56,7 @@ ExitCode Selection::choose(const SelectionOptions& options, const UserUnits& uni
     const std::optional<TimeRange> time = timeOf(options, context);
     if (!time)
         return kUsage;
+    time_ = *time;
     const RecordCriteria criteria{options.find, *time, options.vehicle, options.driver, options.logger};
 
     files_ = options.files.size();

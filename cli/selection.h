@@ -38,6 +38,8 @@ public:
     void keep(RowIndex first, RowIndex last);
 
     const LogSpec& log() const { return *log_; }
+    /// The time that was asked for.
+    const TimeRange& time() const { return time_; }
     /// A part for each file that could be read.
     const std::vector<TableRows>& rows() const { return rows_; }
     /// The columns that lists for people show.
@@ -53,10 +55,12 @@ public:
     /// After what was chosen has been read: whether all of it was; complains if not.
     ExitCode completeness();
 
-private:
+    /// What a part is told apart by; nothing where there is one file only.
     std::optional<std::string> fileOf(std::size_t part) const;
 
+private:
     const LogSpec* log_ = nullptr;
+    TimeRange time_;
     std::size_t files_ = 0; ///< that were asked for
     std::deque<OpenedDocument> documents_;
     std::vector<TableRows> rows_;

@@ -23,6 +23,7 @@
 #include "views/names_dialog.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_dialog.h"
+#include "views/trip_type_window.h"
 
 #include <QAction>
 #include <QApplication>
@@ -82,6 +83,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                       if (context_.counter)
                           context_.counter->documentReplacing();
                       qDeleteAll(namesDialogs());
+                      delete typeReport_;
                       pages_->discard();
                   },
               .replaced =
@@ -195,6 +197,7 @@ TQuobrixFrame::~TQuobrixFrame() {
     context_.document.whenDamaged({});
     qDeleteAll(namesDialogs());
     delete summaryLog_;
+    delete typeReport_;
     tableWindows_.reset();
     pages_->discard(); // while the actions and the document are still there
 }
@@ -213,7 +216,8 @@ void TQuobrixFrame::addHandlers() {
             context_.text(), context_.settings, [this] { pages_->edited(); }, this)
             .exec();
     });
-    commands_->handle(CommandId::TripTypeEntry, [this] { editTripTypes(context_, this); });
+    commands_->handle(CommandId::TripTypeEntry, [this] { editTypes(); });
+    commands_->handle(CommandId::TripTypeReport, [this] { showTypeReport(); });
     commands_->handle(CommandId::About, [this] { showAboutBox(); });
     commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });
 }
@@ -437,7 +441,7 @@ void TQuobrixFrame::damageMet() {
 }
 
 bool TQuobrixFrame::finishEdits() {
-    return pages_->finishEdits() &&
+    return pages_->finishEdits() && (!typeReport_ || typeReport_->finishEdit()) &&
            std::ranges::all_of(namesDialogs(), [](NamesDialog* dialog) { return dialog->finishEdit(); });
 }
 
@@ -529,6 +533,22 @@ void TQuobrixFrame::showAboutBox() {
     AboutBox(
         lines, [this] { showDiagnosticsMenu(true); }, this)
         .exec();
+}
+
+void TQuobrixFrame::editTypes() {
+    const EditedTripTypes edited = editTripTypes(context_, this);
+    if (edited.types && typeReport_)
+        typeReport_->setTypes(*edited.types);
+    if (edited.reportWanted)
+        showTypeReport();
+}
+
+void TQuobrixFrame::showTypeReport() {
+    Result<TripTypes> types = loadTripTypes();
+    if (!types)
+        return prompter_.tell(fileMessage(types.error(), FileAction::Open, kTripTypesFile));
+    inFront(typeReport_, *this,
+            [&](QWidget* parent) { return new TripTypeWindow(context_, *std::move(types), parent); });
 }
 
 void TQuobrixFrame::showSummaryLog() {

@@ -25,6 +25,7 @@ class NavigationPane;
 class Splitter;
 class SummaryLogDialog;
 class TableWindows;
+class TripTypeWindow;
 class TripCounter;
 
 /// The page ids that commands bring into view are those of the commands.
@@ -116,6 +117,8 @@ private:
     void showProperties();
     void showAboutBox();
     void showSummaryLog();
+    void editTypes();
+    void showTypeReport();
     void restoreWindow();
     void rememberWindow();
 
@@ -135,6 +138,7 @@ private:
     QMenu* toolBarMenu_; ///< what its menus have
     std::unique_ptr<TableWindows> tableWindows_;
     QPointer<SummaryLogDialog> summaryLog_;
+    QPointer<TripTypeWindow> typeReport_;
     QLabel* readOnlyStatus_;
     QLabel* warningMark_;
     QLabel* warning_;

@@ -21,6 +21,7 @@
 #include "views/comparison_window.h"
 #include "views/names_dialog.h"
 #include "views/summary_log_dialog.h"
+#include "views/trip_type_window.h"
 
 #include <QApplication>
 #include <QTreeView>
@@ -132,6 +133,8 @@ Printable PrintCommands::inView() const {
         return {[summaries](const auto&) {
             return summaries ? tableReport(*summaries, shownCells(summaries->list())) : std::nullopt;
         }};
+    if (const QPointer types = dynamic_cast<TripTypeWindow*>(window))
+        return {[types](const auto&) { return types ? types->printable() : std::nullopt; }};
     if (const QPointer compared = dynamic_cast<ComparisonWindow*>(window))
         return {[compared](const auto&) { return compared ? std::optional(compared->printable()) : std::nullopt; }};
     if (const QPointer errors = qobject_cast<TErrorLog*>(window))

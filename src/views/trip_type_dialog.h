@@ -1,18 +1,22 @@
 #pragma once
 
-#include "model/trip_types.h"
+#include "model/trip_rules.h"
 #include "tables/table_edits.h"
 #include "views/page.h"
 
 #include <QDialog>
+
+#include <optional>
+
+class QTabWidget;
 
 namespace quobrix {
 
 class StatusLine;
 class TTableSpreadsheet;
 
-/// Edits the types that trips can be given, with their rates. OK writes them to the user's file; what fails then leaves
-/// the dialog open as it is.
+/// Edits the types that trips can be given, with their rates, and the rules by which new trips get them. OK writes the
+/// types to the user's file and the rules to the settings; what fails then leaves the dialog open as it is.
 class TripTypeDialog final : public QDialog {
     Q_OBJECT
 public:
@@ -22,6 +26,10 @@ public:
     ~TripTypeDialog() override;
 
     TTableSpreadsheet& list() { return *list_; }
+    TTableSpreadsheet& ruleList() { return *ruleList_; }
+    /// What the dialog was closed with: the types as they are now; then, whether their report is wanted.
+    const TripTypes& types() const { return types_; }
+    bool reportWanted() const { return reportWanted_; }
 
     void accept() override;
 
@@ -29,6 +37,11 @@ protected:
     bool event(QEvent* event) override;
 
 private:
+    QWidget* typesPage();
+    QWidget* rulesPage();
+    TTableSpreadsheet& currentList() const;
+    void offerTypes();
+    void refuse(QWidget& list, const ShownText& why);
     void showStatus(const QString& tip);
 
     ViewContext context_;
@@ -36,11 +49,20 @@ private:
     TripTypes types_;
     TripTypesTable table_;
     TableEdits edits_{table_};
-    TTableSpreadsheet* list_;
+    TripRulesTable rules_;
+    TableEdits ruleEdits_{rules_};
+    TTableSpreadsheet *list_ = nullptr, *ruleList_ = nullptr;
+    QTabWidget* pages_;
     StatusLine* status_;
+    bool reportWanted_ = false;
 };
 
+/// What has become of the types in the dialog.
+struct EditedTripTypes {
+    std::optional<TripTypes> types{}; ///< as they were saved; nothing if they stay as they were
+    bool reportWanted = false;
+};
 /// Opens that dialog with the user's types over PARENT until it is closed. Tells why they cannot be read.
-void editTripTypes(const ViewContext& context, QWidget* parent);
+EditedTripTypes editTripTypes(const ViewContext& context, QWidget* parent);
 
 } // namespace quobrix

@@ -37,6 +37,7 @@
 #include "views/record_dialog.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_dialog.h"
+#include "views/trip_type_window.h"
 
 #include <QAction>
 #include <QApplication>
@@ -260,6 +261,10 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     asking.prompter = &prompter;
     TripTypeDialog types(asking, readTripTypes("Z\t0.5\tkm\nZ\t?"), nullptr);
     look(types);
+    types.findChild<QTabWidget*>()->setCurrentIndex(1);
+    look(types);
+    TripTypeWindow typeReport(asking, readTripTypes("Z\t0.5\tkm"), nullptr);
+    look(typeReport);
     const RowIndex trip = test::addTrip(document_, test::kStart);
     addData(document_.vehicles());
     TCommentsDialog comments(context_, logSpec(LogId::Trips), trip, nullptr);

@@ -105,6 +105,9 @@ TEST_F(Language, OfListsAndReports) {
     expectTranslated({"print", "trips", "Example.car", "--records", "3-999", "-o", "Trips.html"}, 1);
     expectTranslated({"print", "trips", "Example.car", "--records", "3-x", "-o", "Trips.html"}, 2);
     expectTranslated({"print", "trips", "Example.car", "--records", "3-2", "-o", "Trips.html"}, 2);
+    expectTranslated({"trip-types", "Example.car"}, 0, own);
+    expectTranslated({"trip-types", "Example.car", "--type", "Y"}, 1, {"Y", "Business", "Commuting", "Personal"});
+    expectTranslated({"trip-types", "Example.car", "--format", "xlsx"}, 2, {"xlsx"});
     expectTranslated({"plot", "trip", "1", "Example.car", "-o", "Plot.svg"}, 0);
     expectTranslated({"plot", "trip", "1", "2", "Example.car", "-o", "Plot.svg"}, 0);
     expectTranslated({"download", "--into", "Example.car"}, 1);
@@ -112,9 +115,9 @@ TEST_F(Language, OfListsAndReports) {
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    const std::vector<std::string> commands = {"download", "import", "list",      "export",    "columns",
-                                               "report",   "check",  "compact",   "configure", "describe",
-                                               "plot",     "print",  "statistics"};
+    const std::vector<std::string> commands = {"download", "import", "list",       "export",    "columns",
+                                               "report",   "check",  "compact",    "configure", "describe",
+                                               "plot",     "print",  "statistics", "trip-types"};
     expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
     for (const std::string& command : commands)
         expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log", "code"});

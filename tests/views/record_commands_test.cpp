@@ -1,6 +1,7 @@
 #include "views/record_commands.h"
 
 #include "base/ui/qt_text.h"
+#include "report/render.h"
 #include "report/ui/report_view.h"
 #include "support/log_cells.h"
 #include "support/scripted_prompter.h"
@@ -10,6 +11,7 @@
 #include "tables/ui/table_spreadsheet.h"
 #include "views/log_view.h"
 #include "views/trip_type_dialog.h"
+#include "views/trip_type_window.h"
 
 #include <QAccessible>
 #include <QAction>
@@ -21,6 +23,7 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTest>
 
 namespace quobrix {
@@ -213,6 +216,79 @@ TEST_F(RecordCommandsTest, TypesOfTheFileAndTheirOwnAreGivenToManyTripsInOneStep
     document_.edits().undo();
     document_.edits().undo();
     EXPECT_EQ(test::logCells(document_), before);
+}
+
+TEST_F(RecordCommandsTest, RulesForNewTripsAreEditedBesideTheTypes) {
+    const test::TemporaryFolder folder;
+    ASSERT_TRUE(test::setVariable("XDG_DATA_HOME", folder.path()));
+    document_.vehicles().nameAll(std::vector<std::string>{test::kVin}, "Van");
+    ScriptedPrompter refused{{ScriptedPrompter::Line{MessageId::ValuesRefused}}};
+    context_.prompter = &refused;
+    TripTypeDialog dialog(context_, readTripTypes("Work\nFun\n"), nullptr);
+    dialog.show();
+    auto* pages = dialog.findChild<QTabWidget*>("typePages");
+    const auto press = [&](const char* name) { dialog.findChild<QPushButton*>(QLatin1String(name))->click(); };
+    pages->setCurrentIndex(1);
+    press("addRule");
+    ASSERT_TRUE(dialog.ruleList().finishEdit());
+    SpreadsheetModel& rules = dialog.ruleList().model();
+    EXPECT_EQ(rules.index(0, 0).data().toString(), "Every day");
+    EXPECT_TRUE(rules.type(0, 3, "van").ok());
+    EXPECT_TRUE(rules.type(0, 4, "fun").ok());
+    pages->setCurrentIndex(0);
+    EXPECT_TRUE(dialog.list().model().type(1, 0, "Leisure").ok()); // which the rule does not follow
+    dialog.accept();
+    EXPECT_TRUE(dialog.isVisible());
+    EXPECT_EQ(pages->currentIndex(), 1) << "where what is wrong stands";
+    EXPECT_TRUE(rules.type(0, 4, "lei").ok());
+    press("undoRules");
+    EXPECT_EQ(rules.index(0, 4).data().toString(), "Fun");
+    press("redoRules");
+    dialog.findChild<QPushButton*>("showTypeReport")->click();
+    EXPECT_FALSE(dialog.isVisible());
+    EXPECT_TRUE(dialog.reportWanted());
+    EXPECT_EQ(namesOf(dialog.types().types), (std::vector<std::string>{"Work", "Leisure"}));
+    EXPECT_EQ(loadTripRules(settings_), (std::vector<TripRule>{{"Leisure", 0, {}, {}, test::kVin}}));
+}
+
+TEST_F(RecordCommandsTest, TheTripTypeReportFollowsItsFieldsAndEdits) {
+    auto& types = document_.trips().column<TTripLogTripTypeColumn>();
+    types.set(0, "Work");
+    types.set(1, "Fun");
+    TripTypeWindow window(context_, readTripTypes("Work\t0.5\tkm\nFun\n"), nullptr);
+    window.show();
+    auto& trips = *window.findChild<TSpreadsheet*>();
+    auto& shown = *window.findChild<ReportView*>();
+    const auto reads = [&](const char* text) { return renderText(shown.report()).find(text) != std::string::npos; };
+    const auto choose = [&](const char* box, const QVariant& data) {
+        auto& field = *window.findChild<QComboBox*>(QLatin1String(box));
+        field.setCurrentIndex(data.isValid() ? field.findData(data) : 0);
+    };
+    EXPECT_EQ(trips.model().rowCount(), 4);
+    EXPECT_TRUE(reads("Amount        6.00")) << renderText(shown.report());
+    choose("typeType", QString("Work"));
+    ASSERT_EQ(trips.model().rowCount(), 1);
+    const int type = trips.model().indexOf("TTripLogTripTypeColumn"),
+              amount = trips.model().indexOf("TripAmountColumn");
+    EXPECT_EQ(trips.model().index(0, amount).data().toString(), "6.00");
+    choose("typeType", QString());
+    EXPECT_EQ(trips.model().rowCount(), 2) << "those without";
+    choose("typeType", {});
+    trips.setCurrentCell(2, type);
+    ASSERT_TRUE(trips.model().type(2, type, "work").ok());
+    QApplication::processEvents();
+    EXPECT_TRUE(reads("Amount        12.00")) << renderText(shown.report());
+    EXPECT_EQ(trips.currentRow(), 2u) << "and whoever edits stays there";
+    ASSERT_TRUE(document_.edits().removeRows(document_.trips().id(), {0}).ok());
+    QApplication::processEvents();
+    EXPECT_TRUE(reads("Amount        6.00")) << renderText(shown.report());
+    EXPECT_EQ(trips.model().rowCount(), 3);
+    window.setTypes(readTripTypes("Work\t1\tkm\n"));
+    EXPECT_TRUE(reads("Amount        12.00")) << renderText(shown.report());
+    choose("typePeriod", QString("this-month"));
+    EXPECT_EQ(trips.model().rowCount(), 0);
+    EXPECT_FALSE(window.printable());
+    EXPECT_TRUE(reads("There is no trip of that time"));
 }
 
 TEST_F(RecordCommandsTest, WhatWasRecordedIsEditedWhileTheDiagnosticsMenuShows) {
