@@ -159,12 +159,13 @@ std::string amountText(std::int64_t hundredths, const TextContext& context) {
 Report tripTypeReport(const TripTypeReport& of, const TextContext& context) {
     Report report{text(TextId::TypeReport), {}, true};
     const TripTypeTotals all = tripTypeTotals(of.trips, of.types, context.zone);
-    Facts facts{{{text(TextId::TypeReportPeriod), all.trips > 0 ? periodText(of, context) : of.period}}};
     if (all.trips == 0) {
-        report.blocks.emplace_back(std::move(facts));
+        if (!of.period.empty())
+            report.blocks.emplace_back(Facts{{{text(TextId::TypeReportPeriod), of.period}}});
         report.blocks.emplace_back(Paragraph{text(TextId::TypeReportNoTrips)});
         return report;
     }
+    Facts facts{{{text(TextId::TypeReportPeriod), periodText(of, context)}}};
     const auto groups = [&](TripTypeGrouping by) { return groupTrips(of.trips, by, of.types, context); };
     const auto vehicles = groups(TripTypeGrouping::Vehicle), drivers = groups(TripTypeGrouping::Driver),
                types = groups(TripTypeGrouping::Type), months = groups(TripTypeGrouping::Month);

@@ -49,12 +49,7 @@ struct Kind {
 /// TYPES: the names of the types in their order.
 Kind kindOf(const Table& trips, RowIndex row, TripTypeGrouping by, const std::vector<std::string>& types,
             const TextContext& context) {
-    const auto named = [&](const Column& column) {
-        Kind kind{column.namedKey(row), {}, 0};
-        if (!kind.key.empty())
-            kind.name = column.text(row, context);
-        return kind;
-    };
+    const auto named = [&](const Column& column) { return Kind{column.namedKey(row), column.text(row, context), 0}; };
     switch (by) {
     case TripTypeGrouping::Vehicle:
         return named(trips.column<TTripLogVinColumn>());
@@ -163,7 +158,7 @@ std::vector<TripTypeGroup> groupTrips(std::span<const TableRows> trips, TripType
     std::vector<TripTypeGroup> groups;
     for (const std::size_t i : order) {
         const auto& [key, name, place] = kinds[i];
-        const bool alone = std::ranges::count(kinds, name, &Kind::name) == 1 || name.empty();
+        const bool alone = key.empty() || std::ranges::count(kinds, name, &Kind::name) == 1;
         groups.push_back({alone ? name : text(TextId::WithAside, name, key), totals[i]});
     }
     return groups;

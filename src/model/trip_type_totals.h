@@ -64,7 +64,7 @@ TripTypeTotals tripTypeTotals(std::span<const TableRows> trips, const std::vecto
 
 /// The totals of the trips that have something in common.
 struct TripTypeGroup {
-    std::string name; ///< empty: what they have in common is that they have none
+    std::string name; ///< empty: that they have none
     TripTypeTotals totals;
 };
 enum class TripTypeGrouping { Type, Month, Vehicle, Driver };

@@ -209,6 +209,34 @@ TEST_F(SelectionOnTheCommandLine, IsNeverWholeWhereSomethingCouldNotBeRead) {
     }
 }
 
+#ifndef _WIN32 // where the folder of the user's types follows no variable
+TEST_F(SelectionOnTheCommandLine, TheTripTypeReportIsTheSumOfItsTrips) {
+    fs::create_directories(folder_ / ".local/share/quobrix");
+    std::ofstream(folder_ / ".local/share/quobrix/triptype.txt") << "Work\t0.3333\tkm\n";
+    {
+        TQuobrixDocument document; // of 12 km each
+        ASSERT_TRUE(document.open(folder_ / "A.car", TDocument::Access::Edit));
+        document.trips().column<TTripLogTripTypeColumn>().setAll({"work", "", "Work"});
+        ASSERT_TRUE(document.save());
+    }
+    const Outcome report = cli({"trip-types", "A.car", "--type", "WORK", "--units", "Metric"});
+    EXPECT_EQ(report.exitCode, 0) << report.error;
+    EXPECT_NE(report.out.find("  Amount        8.00\n"), std::string::npos) << "twice 4.00, not 7.9992\n" << report.out;
+    const auto trips = parseCsv(
+        cli({"trip-types", "A.car", "B.car", "--once", "--format", "csv", "--from", "2023-11-15", "--units", "Metric"})
+            .out);
+    ASSERT_EQ(trips.size(), 4u);
+    EXPECT_EQ(trips[0][5], "Amount");
+    EXPECT_EQ(trips[1][5], "");
+    EXPECT_EQ(trips[2][5], "4.00");
+    EXPECT_EQ(cli({"trip-types", "A.car", "--type", ""}).out.find("Amount"), std::string::npos);
+    EXPECT_NE(cli({"trip-types", "A.car", "--type", "Wrok"}).error.find("there are Work"), std::string::npos);
+    EXPECT_EQ(cli({"trip-types", "A.car", "--format", "xlsx"}).exitCode, 2);
+    EXPECT_EQ(cli({"trip-types", "A.car", "-o", "A.car", "--format", "csv"}).exitCode, 2) << "no document is replaced";
+    EXPECT_EQ(cli({"trip-types", "A.car", "-o", "Trips.xlsx"}).exitCode, 0);
+}
+#endif
+
 #ifdef _WIN32
 TEST_F(SelectionOnTheCommandLine, SaysThatItCannotWriteSpreadsheets) {
     const Outcome outcome = cli({"export", "trips", "A.car", "-o", "Trips.xlsx"});

@@ -92,7 +92,7 @@ TEST_F(TripTypeReportTest, GroupsComeToTheWhole) {
     EXPECT_EQ(names(TripTypeGrouping::Type), "Work|Fun|Other||");
     EXPECT_EQ(names(TripTypeGrouping::Month), "Nov 2023|Dec 2023|");
     EXPECT_EQ(names(TripTypeGrouping::Vehicle), "Unknown #1|Unknown|") << "as the trip log calls them";
-    EXPECT_EQ(names(TripTypeGrouping::Driver), "Unknown||");
+    EXPECT_EQ(names(TripTypeGrouping::Driver), "Unknown (7)|Unknown|") << "one without a name, and none";
     std::vector<RowIndex> some = rows.rows;
     keepType(some, trips_, "FUN");
     EXPECT_EQ(some.size(), 10u);
