@@ -18,6 +18,7 @@ public:
     bool open(const std::string& file);
 
     const std::string& file() const { return file_; }
+    TQuobrixDocument& document() { return document_; }
     /// The table of LOG, wherever in the file it may be; an empty one where there is none.
     const Table& table(const LogSpec& log);
     /// Whether everything that was asked of it is known to have been read; complains if not.

@@ -9,9 +9,11 @@
 #include "cli/option_prompter.h"
 #include "cli/plotting.h"
 #include "cli/printing.h"
+#include "cli/readiness.h"
 #include "cli/reading.h"
 #include "cli/statistics.h"
 #include "cli/trip_types.h"
+#include "cli/writing.h"
 #include "model/record_filter.h"
 #include "texts/text.h"
 
@@ -236,6 +238,16 @@ ExitCode run(const ProgramArguments& arguments) {
         ->type_name(text(TextId::CliHelpWordText));
     units(tripTypesCommand, tripTypeOptions.units);
 
+    ReadinessOptions readinessOptions;
+    CLI::App& readinessCommand = subcommand("readiness", TextId::CliHelpReadiness);
+    file(readinessCommand, readinessOptions.file);
+    readinessCommand.add_option("--vehicle", readinessOptions.vehicle, text(TextId::CliHelpReadinessVehicle));
+    readinessCommand.add_option("-o,--out", readinessOptions.out, text(TextId::CliHelpReportOut));
+    readinessCommand.add_option("--format", readinessOptions.format, text(TextId::CliHelpReportFormat))
+        ->check(CLI::IsMember(namesOf(kReportFormats)))
+        ->type_name(text(TextId::CliHelpWordText));
+    units(readinessCommand, readinessOptions.units);
+
     std::vector<std::string> codes;
     CLI::App& describeCommand = subcommand("describe", TextId::CliHelpDescribe);
     describeCommand.add_option("code", codes, text(TextId::CliHelpCode))->required();
@@ -309,6 +321,8 @@ ExitCode run(const ProgramArguments& arguments) {
         return statistics(statisticsOptions);
     if (tripTypesCommand)
         return tripTypes(tripTypeOptions);
+    if (readinessCommand)
+        return readiness(readinessOptions);
     if (describeCommand)
         return describe(codes);
     if (compactCommand)

@@ -21,6 +21,7 @@
 #include "views/home_page.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
+#include "views/readiness_window.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_dialog.h"
 #include "views/trip_type_window.h"
@@ -84,6 +85,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                           context_.counter->documentReplacing();
                       qDeleteAll(namesDialogs());
                       delete typeReport_;
+                      delete readiness_;
                       pages_->discard();
                   },
               .replaced =
@@ -198,6 +200,7 @@ TQuobrixFrame::~TQuobrixFrame() {
     qDeleteAll(namesDialogs());
     delete summaryLog_;
     delete typeReport_;
+    delete readiness_;
     tableWindows_.reset();
     pages_->discard(); // while the actions and the document are still there
 }
@@ -218,6 +221,7 @@ void TQuobrixFrame::addHandlers() {
     });
     commands_->handle(CommandId::TripTypeEntry, [this] { editTypes(); });
     commands_->handle(CommandId::TripTypeReport, [this] { showTypeReport(); });
+    commands_->handle(CommandId::EmissionsReadiness, [this] { showReadiness(); });
     commands_->handle(CommandId::About, [this] { showAboutBox(); });
     commands_->handle(CommandId::HideDiagnosticsMenu, [this] { showDiagnosticsMenu(false); });
 }
@@ -549,6 +553,14 @@ void TQuobrixFrame::showTypeReport() {
         return prompter_.tell(fileMessage(types.error(), FileAction::Open, kTripTypesFile));
     inFront(typeReport_, *this,
             [&](QWidget* parent) { return new TripTypeWindow(context_, *std::move(types), parent); });
+}
+
+void TQuobrixFrame::showReadiness() {
+    Result<std::vector<Monitor>> monitors = loadMonitors();
+    if (!monitors)
+        return prompter_.tell(fileMessage(monitors.error(), FileAction::Open, kMonitorsFile));
+    inFront(readiness_, *this,
+            [&](QWidget* parent) { return new ReadinessWindow(context_, *std::move(monitors), parent); });
 }
 
 void TQuobrixFrame::showSummaryLog() {

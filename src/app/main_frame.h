@@ -22,6 +22,7 @@ namespace quobrix {
 
 class NamesDialog;
 class NavigationPane;
+class ReadinessWindow;
 class Splitter;
 class SummaryLogDialog;
 class TableWindows;
@@ -119,6 +120,7 @@ private:
     void showSummaryLog();
     void editTypes();
     void showTypeReport();
+    void showReadiness();
     void restoreWindow();
     void rememberWindow();
 
@@ -139,6 +141,7 @@ private:
     std::unique_ptr<TableWindows> tableWindows_;
     QPointer<SummaryLogDialog> summaryLog_;
     QPointer<TripTypeWindow> typeReport_;
+    QPointer<ReadinessWindow> readiness_;
     QLabel* readOnlyStatus_;
     QLabel* warningMark_;
     QLabel* warning_;

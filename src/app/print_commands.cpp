@@ -20,6 +20,7 @@
 #include "ui/windows.h"
 #include "views/comparison_window.h"
 #include "views/names_dialog.h"
+#include "views/readiness_window.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_window.h"
 
@@ -135,6 +136,8 @@ Printable PrintCommands::inView() const {
         }};
     if (const QPointer types = dynamic_cast<TripTypeWindow*>(window))
         return {[types](const auto&) { return types ? types->printable() : std::nullopt; }};
+    if (const QPointer readiness = dynamic_cast<ReadinessWindow*>(window))
+        return {[readiness](const auto&) { return readiness ? readiness->printable() : std::nullopt; }};
     if (const QPointer compared = dynamic_cast<ComparisonWindow*>(window))
         return {[compared](const auto&) { return compared ? std::optional(compared->printable()) : std::nullopt; }};
     if (const QPointer errors = qobject_cast<TErrorLog*>(window))

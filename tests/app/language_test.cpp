@@ -34,6 +34,7 @@
 #include "views/driving_panel.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
+#include "views/readiness_window.h"
 #include "views/record_dialog.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_dialog.h"
@@ -265,6 +266,9 @@ TEST_F(LanguageTest, EveryDialogOfTheFrameIsTranslated) {
     look(types);
     TripTypeWindow typeReport(asking, readTripTypes("Z\t0.5\tkm"), nullptr);
     look(typeReport);
+    ReadinessWindow readiness(context_, *readMonitors("Z\tcruise=300,warmups=1"), nullptr);
+    QApplication::processEvents(); // which reads the trips
+    look(readiness);
     const RowIndex trip = test::addTrip(document_, test::kStart);
     addData(document_.vehicles());
     TCommentsDialog comments(context_, logSpec(LogId::Trips), trip, nullptr);

@@ -211,8 +211,8 @@ TEST_F(SelectionOnTheCommandLine, IsNeverWholeWhereSomethingCouldNotBeRead) {
 
 #ifndef _WIN32 // where the folder of the user's types follows no variable
 TEST_F(SelectionOnTheCommandLine, TheTripTypeReportIsTheSumOfItsTrips) {
-    fs::create_directories(folder_ / ".local/share/quobrix");
-    std::ofstream(folder_ / ".local/share/quobrix/triptype.txt") << "Work\t0.3333\tkm\n";
+    fs::create_directories(folder_ / "home/.local/share/quobrix");
+    std::ofstream(folder_ / "home/.local/share/quobrix/triptype.txt") << "Work\t0.3333\tkm\n";
     {
         TQuobrixDocument document; // of 12 km each
         ASSERT_TRUE(document.open(folder_ / "A.car", TDocument::Access::Edit));

@@ -108,6 +108,11 @@ TEST_F(Language, OfListsAndReports) {
     expectTranslated({"trip-types", "Example.car"}, 0, own);
     expectTranslated({"trip-types", "Example.car", "--type", "Y"}, 1, {"Y", "Business", "Commuting", "Personal"});
     expectTranslated({"trip-types", "Example.car", "--format", "xlsx"}, 2, {"xlsx"});
+    std::set<std::string> monitors = own; // as monitorcodes.txt has them
+    monitors.insert({"Misfire", "Fuel System", "Comprehensive Components", "Catalyst", "Heated Catalyst",
+                     "Evaporative System", "Secondary Air System", "A/C System Refrigerant", "Oxygen Sensor",
+                     "Oxygen Sensor Heater", "EGR System", "Heated", "Heater"});
+    expectTranslated({"readiness", "Example.car"}, 0, monitors);
     expectTranslated({"plot", "trip", "1", "Example.car", "-o", "Plot.svg"}, 0);
     expectTranslated({"plot", "trip", "1", "2", "Example.car", "-o", "Plot.svg"}, 0);
     expectTranslated({"download", "--into", "Example.car"}, 1);
@@ -115,9 +120,9 @@ TEST_F(Language, OfListsAndReports) {
 
 TEST_F(Language, OfHelpAndRefusals) {
     std::ofstream(folder_ / "Garbage.car") << "These are notes about a car.";
-    const std::vector<std::string> commands = {"download", "import", "list",       "export",    "columns",
-                                               "report",   "check",  "compact",    "configure", "describe",
-                                               "plot",     "print",  "statistics", "trip-types"};
+    const std::vector<std::string> commands = {"download", "import", "list",       "export",     "columns",
+                                               "report",   "check",  "compact",    "configure",  "describe",
+                                               "plot",     "print",  "statistics", "trip-types", "readiness"};
     expectTranslated({"--help"}, 0, {commands.begin(), commands.end()});
     for (const std::string& command : commands)
         expectTranslated({command, "--help"}, 0, {command, "number", "record", "file", "log", "code"});
