@@ -32,7 +32,7 @@ QComboBox* choiceBox(const char* name) {
     auto* box = new QComboBox;
     box->setObjectName(QLatin1String(name));
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    box->setMinimumContentsLength(12);
+    box->setMinimumContentsLength(8);
     return box;
 }
 
