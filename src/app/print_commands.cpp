@@ -111,9 +111,9 @@ Result<void> write(const CopyPlace& place, const Bytes& bytes) {
 
 PrintCommands::PrintCommands(TQuobrixFrame& frame, Background& search, std::shared_ptr<Printers> printers)
     : frame_(frame), threads_{std::move(printers), search, pages_} {
-    frame_.commands().handle(CommandId::Print, [this] { print(inView(), usableParent(frame_)); });
+    frame_.commands().handle(CommandId::Print, [this] { print(inView(), windowInView()); });
     frame_.commands().handle(CommandId::PrintPreview, [this] { preview(); });
-    frame_.commands().handle(CommandId::PrintSetup, [this] { setUp(usableParent(frame_)); });
+    frame_.commands().handle(CommandId::PrintSetup, [this] { setUp(windowInView()); });
     frame_.whenReportWanted(
         [this](const Report& report) { guarded(CommandId::SaveAs, [&] { save(report, kReportFormats); }); });
 }
@@ -154,6 +154,12 @@ Printable PrintCommands::inView() const {
             page->printableRecords()};
 }
 
+/// What dialogs stand over: it is in front again once they are closed.
+QWidget& PrintCommands::windowInView() const {
+    QWidget* const window = QApplication::activeWindow();
+    return window && !QApplication::activeModalWidget() ? *window : usableParent(frame_);
+}
+
 std::optional<Report> PrintCommands::reportOf(const Printable& printable) {
     std::optional<Report> report = printable.make({});
     if (!report)
@@ -192,7 +198,7 @@ void PrintCommands::preview() {
          .savePdf = [this,
                      shown = *report](QWidget&) { guarded(CommandId::SaveAs, [&] { save(shown, kPageFormats); }); },
          .setUp = [this](QWidget& over) { guarded(CommandId::PrintSetup, [&] { setUp(over); }); }},
-        pages_, &usableParent(frame_));
+        pages_, &windowInView());
     preview_->setAttribute(Qt::WA_DeleteOnClose);
     preview_->open();
 }

@@ -28,6 +28,7 @@ private:
     /// Nothing is told: what is in view has nothing to print, which has been told.
     std::optional<Report> reportOf(const Printable& printable);
     Printable inView() const;
+    QWidget& windowInView() const;
     void print(const Printable& printable, QWidget& over);
     void preview();
     void setUp(QWidget& over);

@@ -4,6 +4,7 @@
 #include "paper/printout.h"
 #include "paper/ui/paper_painter.h"
 #include "settings/settings.h"
+#include "ui/fields.h"
 #include "ui/windows.h"
 
 #include <QAction>
@@ -77,6 +78,7 @@ PrintPreviewDialog::PrintPreviewDialog(const ViewContext& context, Report report
     auto* close = new QDialogButtonBox(QDialogButtonBox::Close);
     close->button(QDialogButtonBox::Close)->setObjectName(QStringLiteral("PreviewClose"));
     close->button(QDialogButtonBox::Close)->setAutoDefault(false);
+    close->button(QDialogButtonBox::Close)->setText(tr("&Close"));
     connect(close, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 8);
@@ -120,18 +122,23 @@ QAction* PrintPreviewDialog::addAction(const char* name, const QString& text, co
     return action;
 }
 
+void PrintPreviewDialog::addField(const QString& label, QWidget& field) {
+    QLabel* name = fieldLabel(label, field);
+    name->setContentsMargins(6, 0, 4, 0);
+    bar_->addWidget(name);
+    bar_->addWidget(&field);
+}
+
 void PrintPreviewDialog::addPageBox() {
     page_->setObjectName(QStringLiteral("PreviewPage"));
-    page_->setAccessibleName(tr("Page"));
     page_->setKeyboardTracking(false);
     connect(page_, &QSpinBox::valueChanged, this,
             [this](int page) { view_->goTo(static_cast<std::size_t>(page - 1)); });
-    bar_->addWidget(page_);
+    addField(tr("Pa&ge:"), *page_);
 }
 
 void PrintPreviewDialog::addScaleBox() {
     scale_->setObjectName(QStringLiteral("PreviewZoom"));
-    scale_->setAccessibleName(tr("Zoom"));
     scale_->addItems({tr("Fit Page"), tr("Fit Width")});
     for (const int percent : kPercents)
         scale_->addItem(tr("%1 %").arg(percent), percent);
@@ -143,7 +150,7 @@ void PrintPreviewDialog::addScaleBox() {
             view_->setScale(scale_->itemData(entry).toInt() / 100.0);
         view_->setFocus();
     });
-    bar_->addWidget(scale_);
+    addField(tr("&Zoom:"), *scale_);
 }
 
 void PrintPreviewDialog::layOut() {

@@ -33,6 +33,7 @@ public:
 private:
     QAction* addAction(const char* name, const QString& text, const QKeySequence& keys, const char* icon,
                        std::function<void()> run);
+    void addField(const QString& label, QWidget& field);
     void addPageBox();
     void addScaleBox();
     void layOut();

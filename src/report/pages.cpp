@@ -4,8 +4,6 @@
 #include "report/typeset.h"
 #include "texts/text.h"
 
-#include <algorithm>
-
 namespace quobrix {
 
 /// What has been set, and where the pages begin in it.
@@ -27,11 +25,7 @@ public:
     const PageFormat& format() const { return format_; }
     std::size_t count() const { return begins_.size(); }
 
-    bool fits() const {
-        return std::ranges::all_of(galley_.strips, [&](const SetStrip& strip) {
-            return !strip.drawing || (strip.drawing->size.width <= room_.width && strip.height <= room_.height);
-        });
-    }
+    bool fits() const { return !galley_.crowded; }
 
     Drawing page(std::size_t index) const {
         Drawing page{title_, text(TextId::PageOf, index + 1, count()), format_.paper, measure_.fontSize(), {}};

@@ -34,7 +34,7 @@ public:
     const std::string& title() const;
     const PageFormat& format() const;
     std::size_t count() const;
-    /// Whether no picture is larger than a page; texts never are.
+    /// Whether every picture has room where it was meant to stand; texts always have.
     bool fits() const;
     Drawing page(std::size_t index) const;
 

@@ -210,8 +210,11 @@ private:
             if (height - below >= kMostOfPage * room_.height)
                 height -= below;
         }
-        const Drawing& drawing = *galley_.drawings.emplace_back(
-            std::make_unique<const Drawing>(picture.draw({room_.width, std::floor(height - kHair)}, measure_)));
+        const Size given{room_.width, std::floor(height - kHair)};
+        const Drawing& drawing =
+            *galley_.drawings.emplace_back(std::make_unique<const Drawing>(picture.draw(given, measure_)));
+        if (drawing.size.width > given.width + kHair || drawing.size.height > given.height + kHair)
+            galley_.crowded = true;
         add({drawing.size.height, nullptr, 0, 0, &drawing}, kBlockGap * em_);
     }
 

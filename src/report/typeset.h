@@ -85,6 +85,7 @@ struct Galley {
     std::vector<Strip> tableHeads{};    ///< from 1
     std::vector<std::unique_ptr<const SetRows>> rows{};
     std::vector<std::unique_ptr<const Drawing>> drawings{};
+    bool crowded = false; ///< a picture is larger than the room that it was given
 };
 
 /// Sets REPORT in texts as they are measured; both must live as long as what is returned. No strip is higher than fits

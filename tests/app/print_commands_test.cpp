@@ -221,6 +221,11 @@ TEST_F(PrintTest, WhatIsInFrontIsPrinted) {
     compared->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(compared));
     EXPECT_EQ(titleInPreview(), "Comparison of Trip 2, Trip 5") << "although the logger began all at one time";
+    compared->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(compared));
+    frame_.commands().trigger(CommandId::PrintPreview);
+    EXPECT_EQ(preview()->parentWidget(), compared) << "which is in front again afterwards";
+    delete preview();
     delete compared;
     frame_.tableWindows().showErrors();
     QWidget* errors = frame_.findChild<QWidget*>("TErrorLog");

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <set>
 #include <span>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -194,6 +195,13 @@ TEST(Pages, APlotSharesItsPageWithWhatItStandsAbove) {
     EXPECT_LT(given.height, beside);
     EXPECT_EQ(pagesOf(reportOver(10)).size(), 2u) << "too little would be left of it";
     EXPECT_GT(given.height, beside);
+    for (const auto& [least, fits] : {std::pair(270.0, true), std::pair(290.0, false)}) {
+        const Picture picture{[least = least](Size room, const TextMeasure& measure) {
+            return Drawing{"Plot", "", {room.width, std::max(room.height, least)}, measure.fontSize(), {}};
+        }};
+        EXPECT_EQ(Pages({"Trip", {picture, numbers(20, {{"No."}})}}, kPage, kMeasure).fits(), fits)
+            << "the title would have a page of its own";
+    }
     drawReport(reportOver(1), 300, kMeasure);
     EXPECT_EQ(given.height, kUnlimited) << "a picture that scrolls has the height that suits it";
 }
