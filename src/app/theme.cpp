@@ -4,8 +4,10 @@
 #include "settings/settings.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QPainter>
 #include <QPalette>
+#include <QPixmap>
 #include <QProxyStyle>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -30,6 +32,23 @@ public:
             painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), 2, 2);
             painter->restore();
         }
+    }
+
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override {
+        const auto* button = qstyleoption_cast<const QStyleOptionToolButton*>(option);
+        if (control != CC_ToolButton || !button || !widget ||
+            widget->objectName() != QLatin1String("qt_toolbar_ext_button"))
+            return QProxyStyle::drawComplexControl(control, option, painter, widget);
+        // The style's own picture of what goes on is dark, whatever it lies on.
+        QPixmap picture = button->icon.pixmap(button->iconSize, widget->devicePixelRatioF());
+        QPainter colour(&picture);
+        colour.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        colour.fillRect(picture.rect(), option->palette.color(QPalette::ButtonText));
+        colour.end();
+        QStyleOptionToolButton coloured = *button;
+        coloured.icon = QIcon(picture);
+        QProxyStyle::drawComplexControl(control, &coloured, painter, widget);
     }
 
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

@@ -203,8 +203,10 @@ MonthsPicture drawMonths(const DrivingChart& chart, std::span<const DrivingMonth
                     Rectangle{{begin + step * kGap / 2, top, step * (1 - kGap), height}, look.parts[part].second});
         }
         std::string name = shortName(months[i].month);
-        if (months[i].unfinished)
-            name = '(' + name + ')';
+        if (months[i].unfinished) {
+            const std::string soFar = text(TextId::StatisticsUnfinished, name);
+            name = measure.width(soFar, FontRole::Small) <= step ? soFar : '(' + name + ')';
+        }
         write({begin + step / 2, foot + 0.2 * em + measure.ascent(FontRole::Small)},
               elided(name, FontRole::Small, step, measure), Anchor::Middle);
     }

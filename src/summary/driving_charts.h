@@ -34,8 +34,8 @@ struct MonthsPicture {
     std::vector<MonthPlace> months;
 };
 
-/// A bar for each of MONTHS beside a scale, as wide as ROOM; in words, too. An unfinished month has its name in
-/// brackets.
+/// A bar for each of MONTHS beside a scale, as wide as ROOM; in words, too. An unfinished month says so, or has
+/// its name in brackets where there is no room for that.
 MonthsPicture drawMonths(const DrivingChart& chart, std::span<const DrivingMonth> months, const TUnitSystem& units,
                          Size room, const TextMeasure& measure);
 

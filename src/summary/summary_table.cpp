@@ -1,6 +1,7 @@
 #include "summary/summary_table.h"
 
 #include "base/utf8.h"
+#include "texts/text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +16,9 @@ namespace {
 
 // A file may hold anything.
 std::string known(const SummaryText& name, const SummaryText& key) {
-    return name.known() ? validUtf8(name.view()) : key.known() ? validUtf8(key.view()) : std::string();
+    return name.known()  ? validUtf8(name.view())
+           : key.known() ? validUtf8(key.view())
+                         : std::string(text(TextId::StatisticsUnknown));
 }
 
 std::int32_t seconds(std::int64_t time) {

@@ -34,6 +34,7 @@ namespace quobrix {
 namespace {
 
 constexpr std::string_view kSection = "Home Page";
+constexpr std::string_view kUsualPeriod = "last-3-months", kNoPeriod = "-";
 constexpr int kMostColumns = 4; // of figures
 constexpr int kMostBox = 60;    // characters
 constexpr std::size_t kRankingRows = 6;
@@ -182,8 +183,6 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
     for (const Period& period : periods())
         period_->addItem(toQt(text(period.text)), toQt(period.name));
     period_->addItem(toQt(text(TextId::StatisticsAllTrips)), QString());
-    const int period = period_->findData(toQt(context_.settings.getText(kSection, "Period", "last-3-months")));
-    period_->setCurrentIndex(std::max(period, 0));
     for (const auto& [field, setting] :
          {std::pair(period_, "Period"), std::pair(vehicle_, "Vehicle"), std::pair(driver_, "Driver")})
         connect(field, &QComboBox::activated, this, [this, of = field, name = setting] {
@@ -314,7 +313,26 @@ DrivingStatistics DrivingPanel::statistics() const {
     return result;
 }
 
+/// What a person has chosen. Until then the usual one, or where that has no trips the shortest that has some: whoever
+/// has counted trips for the first time sees them.
+void DrivingPanel::choosePeriod() {
+    const std::string chosen = context_.settings.getText(kSection, "Period", kNoPeriod);
+    const SummaryKeeper::Records& records = context_.counter->keeper().records();
+    const auto drove = [&](const Period& period) {
+        const TimeRange time = rangeOf(period, currentTime(), context_.zone);
+        return std::ranges::any_of(*records, [&](const SummaryRecord& trip) { return time.holds(trip.start); });
+    };
+    const auto usual = std::ranges::find(periods(), kUsualPeriod, &Period::name);
+    auto period = usual;
+    if (chosen != kNoPeriod)
+        period = std::ranges::find(periods(), chosen, &Period::name);
+    else if (records && !records->empty() && !drove(*usual))
+        period = std::ranges::find_if(periods(), drove);
+    period_->setCurrentIndex(static_cast<int>(period - periods().begin())); // all there is stands behind the last
+}
+
 void DrivingPanel::refresh() {
+    choosePeriod();
     const SummaryRows all = allRows();
     std::vector<DrivingGroup> vehicles = byVehicle(all), drivers = byDriver(all);
     rename(vehicles, context_.document.vehicles());
@@ -336,7 +354,7 @@ void DrivingPanel::showFigures() {
         const DrivingFigure& figure = figures[i];
         QString remark;
         if (figure.kind == FigureKind::Economy && !figure.value(statistics_.totals))
-            remark = tr("Needs recorded air flow, and petrol in Setup / Vehicle ID");
+            remark = tr("Needs air flow and petrol");
         else if (figure.ofFewTrips(statistics_.totals))
             remark = tr("fewer than three trips");
         else if (const auto change = statistics_.before
@@ -345,6 +363,10 @@ void DrivingPanel::showFigures() {
             remark = tr("%1 from before", "a change in percent").arg(toQt(changeText(change)));
         tiles_[i]->show(toQt(figureTitle(figure, context_.units)),
                         toQt(figureText(figure, statistics_.totals, context_.units)), remark);
+        if (figure.kind == FigureKind::Economy)
+            tiles_[i]->setToolTip(
+                tr("Estimated from the air flow that trips recorded, for the vehicles that burn petrol "
+                   "according to Setup / Vehicle ID"));
     }
     const bool any = statistics_.totals.trips > 0;
     for (std::size_t i = 0; i < charts_.size(); ++i) {

@@ -76,6 +76,7 @@ private:
     };
 
     void makeCharts(QVBoxLayout& content);
+    void choosePeriod();
     void offer(QComboBox& box, const char* setting, const QString& any, const std::vector<DrivingGroup>& groups);
     DrivingChoice choice() const;
     DrivingStatistics statistics() const;

@@ -106,7 +106,7 @@ NamesDialog::NamesDialog(const ViewContext& context, NamesTable& names, const Na
 
     list_->setFocus();
     if (!quobrix::restoreGeometry(*this, context_.settings, spec.name))
-        resize(fontMetrics().averageCharWidth() * 84, fontMetrics().lineSpacing() * 26);
+        resize(fontMetrics().averageCharWidth() * 120, fontMetrics().lineSpacing() * 26);
 }
 
 NamesDialog::~NamesDialog() {

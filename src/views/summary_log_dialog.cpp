@@ -19,8 +19,11 @@
 #include <QStatusTipEvent>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <functional>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace quobrix {
 namespace {
@@ -84,7 +87,7 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
     keeper_.read(); // another program may have counted meanwhile
     list_->setFocus();
     if (!quobrix::restoreGeometry(*this, context_.settings, kSection))
-        resize(fontMetrics().averageCharWidth() * 165, fontMetrics().lineSpacing() * 32);
+        resize(fontMetrics().averageCharWidth() * 175, fontMetrics().lineSpacing() * 32);
 }
 
 SummaryLogDialog::~SummaryLogDialog() {
@@ -102,16 +105,22 @@ bool SummaryLogDialog::event(QEvent* event) {
     return true;
 }
 
-/// With the same records current and selected.
+/// With the same records current and selected; in the order in which they were driven, not in that of counting.
 void SummaryLogDialog::refresh() {
-    if (keeper_.records() == records_)
+    if (keeper_.records() == counted_)
         return showState();
     std::vector<SummaryRecord> selected, current;
     for (const RowIndex row : selectedRows())
         selected.push_back((*records_)[row]);
     if (const auto row = list_->currentRow())
         current.push_back((*records_)[*row]);
-    records_ = keeper_.records();
+    counted_ = keeper_.records();
+    records_.reset();
+    if (counted_) {
+        auto inOrder = std::make_shared<std::vector<SummaryRecord>>(*counted_);
+        std::ranges::stable_sort(*inOrder, {}, &SummaryRecord::start);
+        records_ = std::move(inOrder);
+    }
     auto table = SummaryTable::of(records_ ? std::span(*records_) : std::span<const SummaryRecord>());
     std::vector<ShownColumn> columns;
     for (std::size_t i = 0; i < table->columnCount(); ++i)

@@ -39,6 +39,7 @@ private:
 
     const ViewContext context_;
     SummaryKeeper& keeper_;
+    SummaryKeeper::Records counted_; ///< as the database has them
     SummaryKeeper::Records records_; ///< as they are shown
     std::unique_ptr<SummaryTable> table_;
     TSpreadsheet* list_ = nullptr;

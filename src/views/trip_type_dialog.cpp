@@ -56,6 +56,8 @@ void stretch(TTableSpreadsheet& list, int column) {
     QHeaderView& header = *list.view().horizontalHeader();
     header.setStretchLastSection(false);
     header.setSectionResizeMode(column, QHeaderView::Stretch);
+    header.setMinimumSectionSize(list.fontMetrics().horizontalAdvance(toQt(text(kEmptyCell))) +
+                                 list.fontMetrics().height());
 }
 
 /// LIST with its buttons below EXPLANATION.
