@@ -69,8 +69,9 @@ constexpr FontStyle fontStyle(FontRole role) {
 
 /// How a line is broken.
 enum class Dash { Solid, Dashed, Dotted, DashDotted, LongDashed, DashDoubleDotted };
-inline constexpr Dash kDashes[] = {Dash::Solid,      Dash::Dashed,     Dash::Dotted,
-                                   Dash::DashDotted, Dash::LongDashed, Dash::DashDoubleDotted};
+/// Of lines beside each other; dots, the faintest, are for the last, whose colour is the strongest.
+inline constexpr Dash kDashes[] = {Dash::Solid,      Dash::Dashed,           Dash::DashDotted,
+                                   Dash::LongDashed, Dash::DashDoubleDotted, Dash::Dotted};
 /// Lengths of what is drawn and what is left out, in turn; none of a solid line.
 std::span<const double> dashLengths(Dash dash);
 

@@ -5,6 +5,7 @@
 #include "model/trip_log.h"
 #include "texts/text.h"
 #include "units/date_time.h"
+#include "units/fine_text.h"
 #include "units/unit_system.h"
 
 #include <algorithm>
@@ -54,7 +55,7 @@ std::vector<Block> stopSections(const TAccidentLogTable& stops, RowIndex row, co
         blocks.push_back(Facts{
             {{text(TextId::FactDuration),
               hasValue(figures.duration) ? durationText(static_cast<std::int64_t>(figures.duration)) : std::string()},
-             {text(TextId::FactDistance), figure(UnitTypeId::Distance, figures.distance)},
+             {text(TextId::FactDistance), lengthText(context.units, UnitTypeId::Distance, figures.distance)},
              {text(TextId::FactLargestDeceleration), figure(UnitTypeId::Acceleration, figures.largestDeceleration)},
              {text(TextId::FactMeanDeceleration), figure(UnitTypeId::Acceleration, figures.meanDeceleration)}}});
     }

@@ -12,6 +12,7 @@ namespace {
 using Points = std::vector<Point>;
 
 constexpr double kAround = 8;              // units that lines go on beyond the area
+constexpr double kHalfLine = 0.5;          // of what is drawn along the edge
 constexpr double kRoomForDots = 12;        // between two samples
 constexpr std::size_t kPolygonPoints = 64; // polygons of more are slow
 constexpr double kSparse = 3;              // pixels a sample
@@ -171,7 +172,10 @@ CurveShape shapeOf(const PlotSamples& samples, const PanelLayout& panel, const P
                     shape.dots.push_back(point);
         if (steps)
             line = asSteps(line, axis.x(axis.from + samples.step()) - axis.left);
-        std::ranges::move(clippedLine(line, around), std::back_inserter(shape.lines));
+        // What is beyond a common maximum runs along the edge: a line that ends there looks as if nothing was recorded.
+        const bool beyond = std::ranges::any_of(line, [&](Point at) { return at.y < area.top || at.y > bottom; });
+        std::ranges::move(clippedLine(beyond ? flattened(line, area.top + kHalfLine, bottom) : line, around),
+                          std::back_inserter(shape.lines));
         if (!areas)
             continue;
         for (const Points& piece : clippedLine(line, across)) {

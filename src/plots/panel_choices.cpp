@@ -82,6 +82,18 @@ std::vector<PanelChoice> withMoved(const PlotData& data, std::vector<PanelChoice
     return choices;
 }
 
+std::vector<PanelChoice> withPlaced(const PlotData& data, std::vector<PanelChoice> choices, std::size_t panel,
+                                    std::optional<std::size_t> before) {
+    choices = withAllPanels(data, std::move(choices));
+    const PanelChoice moved = choiceOf(choices, data.panels[panel]);
+    if (before == panel)
+        return choices;
+    std::erase(choices, moved);
+    const auto place = before ? std::ranges::find(choices, data.panels[*before].key, &PanelChoice::key) : choices.end();
+    choices.insert(place, moved);
+    return choices;
+}
+
 std::vector<PanelChoice> withBorder(const PlotData& data, std::vector<PanelChoice> choices, const PlotLayout& layout,
                                     std::size_t upper, double by) {
     choices = withAllPanels(data, std::move(choices));

@@ -3,6 +3,7 @@
 #include "plots/plot_layout.h"
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 namespace quobrix {
@@ -24,6 +25,9 @@ std::vector<PanelChoice> withHidden(const PlotData& data, std::vector<PanelChoic
 /// Where PANEL has changed places with the next one that is shown above it (STEP -1) or below (1); nothing has changed
 /// if there is none.
 std::vector<PanelChoice> withMoved(const PlotData& data, std::vector<PanelChoice> choices, std::size_t panel, int step);
+/// Where PANEL has come to stand above the panel BEFORE, or without one below all others.
+std::vector<PanelChoice> withPlaced(const PlotData& data, std::vector<PanelChoice> choices, std::size_t panel,
+                                    std::optional<std::size_t> before);
 /// Where the border between the panels LAYOUT has in the places UPPER and UPPER + 1 has moved down BY units, as far as
 /// both stay worth looking at.
 std::vector<PanelChoice> withBorder(const PlotData& data, std::vector<PanelChoice> choices, const PlotLayout& layout,

@@ -62,9 +62,10 @@ private:
             add(Marks{spec.shape, kPlotMarkSize, {entry.sample}, spec.colour});
         } else {
             const double half = kLineSampleHalf * layout_.fontSize;
-            add(Line{{entry.sample.x - half, entry.sample.y},
-                     {entry.sample.x + half, entry.sample.y},
-                     {curveColour(data_, entry.record), 2, curveDash(data_, entry.record)}});
+            const Stroke stroke = entry.bands
+                                      ? Stroke{ColourRole::SecondaryText, hair_, Dash::Dashed}
+                                      : Stroke{curveColour(data_, entry.record), 2, curveDash(data_, entry.record)};
+            add(Line{{entry.sample.x - half, entry.sample.y}, {entry.sample.x + half, entry.sample.y}, stroke});
         }
         add(entry.label);
     }
@@ -239,8 +240,7 @@ Drawing drawPlotPointers(const PlotData& data, const PlotLayout& layout, const P
     if (pointers.cursor && seen(*pointers.cursor))
         for (const PanelLayout& panel : layout.panels)
             for (const PlotCurve& curve : data.panels[panel.panel].curves)
-                if (const auto sample = curve.samples.lastUpTo(*pointers.cursor);
-                    sample && curve.samples.has(*sample)) {
+                if (const auto sample = sampleReadAt(data, curve, *pointers.cursor)) {
                     const Point place{axis.x(curve.samples.at(*sample)), panel.scale.y(curve.samples.value(*sample))};
                     if (place.x >= axis.left && place.y >= panel.scale.top)
                         drawing.commands.emplace_back(

@@ -3,6 +3,7 @@
 #include "plots/plot_layout.h"
 #include "texts/text.h"
 #include "units/date_time.h"
+#include "units/fine_text.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
@@ -42,10 +43,11 @@ std::span<const PlotCurve> leading(const PlotData& data) {
     return data.panels.empty() ? std::span<const PlotCurve>() : data.panels.front().curves;
 }
 
-const PlotSamples* speedOf(const PlotData& data) {
+/// Of the first record.
+const PlotCurve* speedOf(const PlotData& data) {
     for (const PlotPanel& panel : data.panels)
-        if (panel.key == kSpeedPanel)
-            return &panel.curves.front().samples;
+        if (panel.key == kSpeedPanel && panel.curves.front().record == 0)
+            return &panel.curves.front();
     return nullptr;
 }
 
@@ -71,6 +73,24 @@ std::string valueText(const PlotPanel& panel, double value, const TextContext& c
     return panel.states[static_cast<std::size_t>(std::clamp(value, 0.0, static_cast<double>(panel.states.size() - 1)))];
 }
 
+std::optional<std::size_t> sampleReadAt(const PlotData& data, const PlotCurve& curve, double place) {
+    const PlotSamples& samples = curve.samples;
+    const std::optional<std::size_t> sample = samples.lastUpTo(place);
+    if (!sample || !samples.has(*sample))
+        return {};
+    if (*sample + 1 < samples.size())
+        return sample;
+    // The last one holds as long as one before it did, and no longer than anything of its record was sampled.
+    const bool goesOn = std::ranges::any_of(data.panels, [&](const PlotPanel& panel) {
+        return std::ranges::any_of(panel.curves, [&](const PlotCurve& other) {
+            return other.record == curve.record && !other.samples.empty() &&
+                   place <= other.samples.at(other.samples.size() - 1);
+        });
+    });
+    const bool held = samples.step() == 0 || place <= samples.at(*sample) + samples.step();
+    return goesOn && held ? sample : std::nullopt;
+}
+
 PlotReading readPlot(const PlotData& data, double place, const TextContext& context) {
     PlotReading reading;
     reading.place = placeText(data, place, context);
@@ -83,15 +103,14 @@ PlotReading readPlot(const PlotData& data, double place, const TextContext& cont
     }
     for (std::size_t i = 0; i < data.panels.size(); ++i)
         for (const PlotCurve& curve : data.panels[i].curves) {
-            const std::optional<std::size_t> sample = curve.samples.lastUpTo(place);
-            const bool known = sample && curve.samples.has(*sample);
+            const std::optional<std::size_t> sample = sampleReadAt(data, curve, place);
             reading.values.push_back(
                 {i, curve.record, titleOf(data, data.panels[i], curve),
-                 known ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
+                 sample ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
         }
-    if (const PlotSamples* speed = speedOf(data))
-        if (const std::optional<std::size_t> sample = speed->lastUpTo(place); sample && speed->has(*sample))
-            reading.band = bandOf(data, speed->value(*sample));
+    if (const PlotCurve* speed = speedOf(data))
+        if (const std::optional<std::size_t> sample = sampleReadAt(data, *speed, place))
+            reading.band = bandOf(data, speed->samples.value(*sample));
     if (reading.band)
         reading.bandLabel = data.bands[*reading.band].label;
     const auto event =
@@ -149,19 +168,19 @@ RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext&
     figures.range = {nearestSample(data, std::min(range.from, range.to)),
                      nearestSample(data, std::max(range.from, range.to))};
     const double length = figures.range.length();
-    figures.length = data.axis == PlotAxis::Distance ? context.units.formatValueWithUnits(UnitTypeId::Distance, length)
+    figures.length = data.axis == PlotAxis::Distance ? lengthText(context.units, UnitTypeId::Distance, length)
                                                      : durationText(std::llround(length));
     if (data.axis == PlotAxis::Distance) {
         figures.distance = length;
-    } else if (const PlotSamples* speed = speedOf(data)) {
-        const auto [begin, end] = samplesIn(*speed, figures.range);
+    } else if (const PlotCurve* curve = speedOf(data)) {
+        const PlotSamples& speed = curve->samples;
+        const auto [begin, end] = samplesIn(speed, figures.range);
         figures.distance = 0;
         for (std::size_t i = begin + 1; i < end; ++i)
-            if (speed->has(i - 1) && speed->has(i))
-                figures.distance += (speed->value(i - 1) + speed->value(i)) / 2 * (speed->at(i) - speed->at(i - 1));
+            if (speed.has(i - 1) && speed.has(i))
+                figures.distance += (speed.value(i - 1) + speed.value(i)) / 2 * (speed.at(i) - speed.at(i - 1));
     }
-    if (hasValue(figures.distance))
-        figures.distanceText = context.units.formatValueWithUnits(UnitTypeId::Distance, figures.distance);
+    figures.distanceText = lengthText(context.units, UnitTypeId::Distance, figures.distance);
     for (std::size_t i = 0; i < data.panels.size(); ++i) {
         const PlotPanel& panel = data.panels[i];
         if (!panel.states.empty())

@@ -15,12 +15,15 @@ ShownText plotTitle(const PlotData& data, const TextContext& context);
 /// The value of a curve as it reads; empty where there is none.
 std::string valueText(const PlotPanel& panel, double value, const TextContext& context);
 
+/// The sample of CURVE that is read at PLACE: the last one there or before, if that has a value and its record goes on.
+std::optional<std::size_t> sampleReadAt(const PlotData& data, const PlotCurve& curve, double place);
+
 /// What a plot tells at one place of its axis, as texts.
 struct PlotReading {
     struct Value {
         std::size_t panel = 0, record = 0;
         ShownText title;  ///< of the panel, with the record's where several are compared
-        std::string text; ///< the last sample at the place or before; empty where that has no value
+        std::string text; ///< of sampleReadAt(); empty without one
     };
     std::string place; ///< "00:12:30"
     std::string clock; ///< "10:25:50 PM"; empty where the axis has none

@@ -2,6 +2,7 @@
 
 #include "texts/text.h"
 #include "units/date_time.h"
+#include "units/fine_text.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
@@ -14,9 +15,11 @@ namespace {
 
 // In sizes of the body's font.
 constexpr double kMargin = 0.7;
-constexpr double kGap = 0.4;
+constexpr double kGap = 0.5;
 constexpr double kTickGap = 0.35;
+constexpr double kAboveArea = 0.45; // from the baseline of the title: the highest label begins there
 constexpr double kLeastArea = 2.4;
+constexpr double kEmptyArea = 0.8; // of a panel that shows nothing
 constexpr double kAreaBesideMarks = 4.5;
 constexpr double kUsualArea = 11;
 constexpr double kLeastWidth = 26;
@@ -26,6 +29,7 @@ constexpr double kLabelGap = 1.2;
 constexpr double kMostOfWidth = 0.2; // for the names of bands
 
 constexpr double kTickRoom = 1.7; // lines of small text between two ticks
+constexpr double kMostTicks = 10; // beyond which more of them tell no more
 constexpr double kMarksHeight = kPlotMarkSize + 3;
 
 struct Shown {
@@ -158,16 +162,28 @@ private:
             x += width + kLabelGap * em_;
             result_.legend.push_back(std::move(entry));
         };
-        if (data_.compares())
+        // What is not of all that are compared says of which it is.
+        const auto ofFirst = [&](const ShownText& what) {
+            return data_.compares() ? text(TextId::PlotOfRecord, what, data_.records.front()) : what;
+        };
+        if (data_.compares()) {
             for (std::size_t record = 0; record < data_.records.size(); ++record)
-                add({{}, record, {}, {}}, data_.records[record], kLineSample * em_);
+                add({.record = record}, data_.records[record], kLineSample * em_);
+            if (showsBands() && !data_.bands.empty())
+                add({.bands = true}, ofFirst(text(TextId::SectionSpeedBands)), kLineSample * em_);
+        }
         for (std::size_t i = 0; i < kPlotEventKinds; ++i) {
             const auto kind = static_cast<PlotEventKind>(i);
             if (shows(view_.options, kind) &&
                 std::ranges::find(data_.events, kind, &PlotEvent::kind) != data_.events.end())
-                add({kind, 0, {}, {}}, plotEventName(kind), kPlotMarkSize);
+                add({.event = kind}, ofFirst(plotEventName(kind)), kPlotMarkSize);
         }
         return baseline;
+    }
+
+    bool showsBands() const {
+        return view_.options.bands &&
+               std::ranges::any_of(shown_, [](const Shown& shown) { return shown.panel->speed; });
     }
 
     bool marksEvents() const {
@@ -176,25 +192,18 @@ private:
     }
 
     void addPanels(double top, double bottom) {
-        const double least = std::ceil(kLeastArea * em_), frame = line_ + kGap * em_;
+        const double frame = line_ + kGap * em_;
         const auto count = static_cast<double>(shown_.size());
-        double parts = 0, empty = 0;
-        for (const Shown& shown : shown_) {
-            parts += shown.height;
-            empty += shown.height == 0;
-        }
         // Where there is little room, the events are marked above the first panel only.
         const bool marks = marksEvents();
         const bool marksAll = marks && bottom - top >= count * (frame + kMarksHeight + kAreaBesideMarks * em_);
-        double room =
-            bottom + kGap * em_ - top - frame * count - kMarksHeight * (marksAll ? count : marks) - least * empty;
-        if (!std::isfinite(room))
-            room = parts * kUsualArea * em_;
+        const std::vector<double> heights =
+            areaHeights(bottom + kGap * em_ - top - frame * count - kMarksHeight * (marksAll ? count : marks));
         for (const Shown& shown : shown_) {
             PanelLayout& panel = result_.panels.emplace_back();
             panel.panel = shown.index;
             top += line_;
-            panel.title = {{kMargin * em_, top - 0.35 * em_}, titleOf(*shown.panel)};
+            panel.title = {{kMargin * em_, top - kAboveArea * em_}, titleOf(*shown.panel)};
             panel.title.text =
                 elided(panel.title.text, FontRole::Body, result_.size.width - 2 * kMargin * em_, measure_);
             if (marksAll || (marks && result_.panels.size() == 1)) {
@@ -202,10 +211,12 @@ private:
                 top += kMarksHeight;
             }
             panel.area.top = std::floor(top);
-            panel.area.height = shown.height == 0 ? least : std::max(std::floor(room * shown.height / parts), least);
+            panel.area.height = heights[result_.panels.size() - 1];
             panel.scale.top = panel.area.top;
             panel.scale.bottom = panel.area.top + panel.area.height;
             scale(panel, *shown.panel);
+            panel.grip = {panel.title.place.x, panel.title.place.y - measure_.ascent(FontRole::Body),
+                          measure_.width(panel.title.text, FontRole::Body), line_};
             top = panel.scale.bottom + kGap * em_;
         }
         result_.tickBaseline = top - kGap * em_ + kTickGap * em_ + measure_.ascent(FontRole::Small);
@@ -218,6 +229,34 @@ private:
             if (!std::isfinite(roomHeight_))
                 result_.size.height = std::ceil(top + 2 * line_ + kMargin * em_);
         }
+    }
+
+    /// Of all panels together ROOM, in proportion, but none less than it can be read in: then the others get less.
+    std::vector<double> areaHeights(double room) const {
+        const double least = std::ceil(kLeastArea * em_);
+        std::vector<double> heights;
+        double parts = 0;
+        for (const Shown& shown : shown_) {
+            heights.push_back(shown.height == 0 ? std::ceil(kEmptyArea * em_) : 0);
+            room -= heights.back();
+            parts += shown.height;
+        }
+        if (!std::isfinite(room))
+            room = parts * kUsualArea * em_;
+        for (bool again = true; again;) {
+            again = false;
+            for (std::size_t i = 0; i < heights.size(); ++i)
+                if (heights[i] == 0 && room * shown_[i].height < least * parts) {
+                    heights[i] = least;
+                    room -= least;
+                    parts -= shown_[i].height;
+                    again = true;
+                }
+        }
+        for (std::size_t i = 0; i < heights.size(); ++i)
+            if (heights[i] == 0)
+                heights[i] = std::max(std::floor(room * shown_[i].height / parts), least);
+        return heights;
     }
 
     ShownText titleOf(const PlotPanel& panel) const {
@@ -244,7 +283,7 @@ private:
         }
         const TUnitSystem& units = context_.units;
         const auto base = [&](double shown) { return units.toBase(data.unit, shown); };
-        const double most = std::max(2.0, std::floor(room / (kTickRoom * small_)));
+        const double most = std::clamp(std::floor(room / (kTickRoom * small_)), 2.0, kMostTicks);
         auto [least, greatest] = bounds(data, units);
         const bool normalized = data.speed && view_.options.normalize && view_.options.maximum > 0;
         if (normalized) {
@@ -283,7 +322,7 @@ private:
     /// axis may go on by half.
     double rightMargin() const {
         double width = std::max(kMargin * em_, labelWidth(placeText(data_, data_.whole.to, context_)) / 2 + 1);
-        if (view_.options.bands && std::ranges::any_of(shown_, [](const Shown& shown) { return shown.panel->speed; }))
+        if (showsBands())
             for (const PlotBand& band : data_.bands)
                 width = std::max(width, kTickGap * em_ + measure_.width(band.label, FontRole::Fine) + 1);
         return std::min(width, kMostOfWidth * result_.size.width);
@@ -387,7 +426,7 @@ std::string placeText(const PlotData& data, double place, const TextContext& con
     case PlotAxis::Distance:
         break;
     }
-    return context.units.formatValueWithUnits(UnitTypeId::Distance, place);
+    return fineText(context.units, UnitTypeId::Distance, place, data.finest); // so that two samples read different
 }
 
 std::optional<std::size_t> PlotLayout::panelAt(Point point) const {
@@ -398,6 +437,23 @@ std::optional<std::size_t> PlotLayout::panelAt(Point point) const {
             return i;
     }
     return {};
+}
+
+std::optional<std::size_t> PlotLayout::titleAt(Point point) const {
+    for (std::size_t i = 0; i < panels.size(); ++i) {
+        const Box& grip = panels[i].grip;
+        if (point.x >= grip.left && point.x <= grip.left + grip.width && point.y >= grip.top &&
+            point.y <= grip.top + grip.height)
+            return i;
+    }
+    return {};
+}
+
+std::size_t PlotLayout::placeOfPanel(double y) const {
+    std::size_t place = 0;
+    while (place < panels.size() && y > (panels[place].grip.top + panels[place].scale.bottom) / 2)
+        ++place;
+    return place;
 }
 
 std::optional<std::size_t> PlotLayout::borderAt(Point point) const {

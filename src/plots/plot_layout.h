@@ -43,17 +43,20 @@ struct PanelLayout {
     ValueScale scale;
     double baseline = 0; ///< where areas end: zero, or the edge nearest to it; in base units
     Text title;
+    Box grip{}; ///< around the title, by which the panel can be moved
     std::vector<PlotTick> ticks;
     std::vector<BandRows> bands;
     std::vector<Text> bandLabels;  ///< those that touch no other
     std::optional<double> marksAt; ///< the middle of the row above the area in which events are marked
 };
 
+/// Of a record, of a kind of events, or of the speed bands.
 struct LegendEntry {
-    std::optional<PlotEventKind> event; ///< else of the record
+    std::optional<PlotEventKind> event{};
+    bool bands = false;
     std::size_t record = 0;
-    Point sample; ///< the middle of its mark, or of its line
-    Text label;
+    Point sample{}; ///< the middle of its mark, or of its line
+    Text label{};
 };
 
 /// Where everything of a plot is, in units of the drawing.
@@ -73,6 +76,10 @@ struct PlotLayout {
     double width() const { return axis.right - axis.left; }
     /// Which of the panels' areas POINT is in.
     std::optional<std::size_t> panelAt(Point point) const;
+    /// The panel whose title POINT is at.
+    std::optional<std::size_t> titleAt(Point point) const;
+    /// Above which of the panels one that is dragged to Y comes to stand; their number: below the last.
+    std::size_t placeOfPanel(double y) const;
     /// The panel whose lower border POINT is at, to be drawn up or down.
     std::optional<std::size_t> borderAt(Point point) const;
     /// The place of the axis under X, if that is within the panels.

@@ -116,6 +116,8 @@ TEST_F(PlotDataTest, IsReadAtAPlaceAsLastSampled) {
         spokenReading(data, reading),
         "00:00:04, Speed 4 kph, Engine Speed 2,000 RPM, Fuel System Status 1 C, Fuel System Status 2 O, Speed Band 1");
     EXPECT_EQ(readPlot(data, 2.5, context_).values[1].text, "") << "that sample has no value";
+    for (const PlotReading::Value& value : readPlot(data, 61, context_).values)
+        EXPECT_EQ(value.text, "") << "behind the last sample of the trip";
     reading = readPlot(data, 30, context_);
     ASSERT_TRUE(reading.event);
     EXPECT_EQ(data.events[*reading.event].kind, PlotEventKind::HardBrake);
@@ -137,6 +139,10 @@ TEST_F(PlotDataTest, ARangeIsMeasuredOnRawSamples) {
     EXPECT_EQ(figures.curves[0].count, 11u);
     EXPECT_EQ(figures.curves[1].count, 0u);
     EXPECT_EQ(figures.curves[1].meanText, "");
+    units_.setUnit(UnitTypeId::Distance, UnitId::Mile);
+    EXPECT_EQ(figures.distanceText, "41.67 m");
+    EXPECT_EQ(figuresOf(trip(), {57, 60}, context_).distanceText, "0.030 Miles");
+    EXPECT_EQ(figuresOf(trip(), {0, 60}, context_).distanceText, "0.31 Miles");
     EXPECT_EQ(figuresOf(trip(), {0, 6}, context_).curves[1].meanText, "1,933 RPM") << "of three that have a value";
 }
 
@@ -169,6 +175,9 @@ TEST_F(PlotDataTest, TripsAreComparedByTimeOrDistance) {
     EXPECT_EQ(byTime.panels[2].states, (Texts{"O", "C", "O (SF)"}));
     EXPECT_EQ(valueText(byTime.panels[2], byTime.panels[2].curves[1].samples.value(0), context_), "O (SF)");
     EXPECT_EQ(readPlot(byTime, 3, context_).values[1].title, "Speed of Trip 2");
+    EXPECT_EQ(readPlot(byTime, 3, context_).values[1].text, "36 kph");
+    EXPECT_EQ(readPlot(byTime, 20, context_).values[1].text, "") << "it has ended";
+    EXPECT_EQ(readPlot(byTime, 20, context_).values[0].text, "20 kph");
     const PlotData shorterFirst[] = {trip(1), trip(0)};
     const PlotData longerLast = comparedPlot(shorterFirst, PlotAxis::Elapsed);
     EXPECT_EQ(sampleBeside(longerLast, 3, 1), 4) << "the first has ended";
@@ -181,6 +190,7 @@ TEST_F(PlotDataTest, TripsAreComparedByTimeOrDistance) {
     EXPECT_NEAR(byDistance.whole.to, 1800 / 3.6, 1e-9);    // from 0 to 60 km/h within a minute
     EXPECT_NEAR(byDistance.events[1].at, 450 / 3.6, 1e-9); // after 30 s
     EXPECT_EQ(readPlot(byDistance, 15, context_).values[1].text, "36 kph");
+    EXPECT_EQ(readPlot(byDistance, 31, context_).values[1].text, "");
     EXPECT_NEAR(figuresOf(byDistance, {0, 20}, context_).distance, 20, 3);
 
     samples.speed().setAll({0, 0, 0, 0}); // one that never moved takes nothing of the others

@@ -104,7 +104,8 @@ TEST_F(PlotLayoutTest, NothingTouchesAnotherTextAndEverythingIsWithin) {
         }
         for (const PanelLayout& panel : layout.panels) {
             EXPECT_EQ(panel.area.top, std::floor(panel.area.top));
-            EXPECT_GE(panel.area.height, 24);
+            EXPECT_GE(panel.area.height, panel.ticks.empty() ? 8 : 24);
+            EXPECT_LE(panel.ticks.size(), 24u);
             for (const PlotTick& tick : panel.ticks)
                 EXPECT_TRUE(tick.at >= panel.scale.top - 1 && tick.at <= panel.scale.bottom) << tick.label;
             for (const PlotTick& tick : layout.ticks)
@@ -119,7 +120,11 @@ TEST_F(PlotLayoutTest, WhatIsPointedAtIsWhatWasDrawnThere) {
         PlotData data = test::randomPlot(random);
         const PlotLayout layout = layOutPlot(data, view_, context_, {1200, 700}, measure_);
         for (std::size_t i = 0; i < layout.panels.size(); ++i) {
-            const Box& area = layout.panels[i].area;
+            const Box &area = layout.panels[i].area, &grip = layout.panels[i].grip;
+            EXPECT_EQ(layout.titleAt({grip.left + grip.width / 2, grip.top + grip.height / 2}), i);
+            EXPECT_EQ(layout.titleAt({area.left + 3, area.top + area.height / 2}), std::nullopt);
+            EXPECT_EQ(layout.placeOfPanel(grip.top), i);
+            EXPECT_EQ(layout.placeOfPanel(area.top + area.height), i + 1);
             EXPECT_EQ(layout.panelAt({area.left + 3, area.top + area.height / 2}), i);
             EXPECT_EQ(layout.panelAt({area.left + 3, area.top + area.height + 2}), std::nullopt);
             EXPECT_EQ(layout.borderAt({area.left + 3, area.top + area.height + 2}), i);
@@ -200,6 +205,10 @@ TEST_F(PlotLayoutTest, PanelsAreHiddenReorderedAndSized) {
     EXPECT_LT(layout.panels[0].area.height, 40) << "what shows nothing leaves the room to the others";
     EXPECT_GT(layout.panels[1].area.height, 1.5 * before);
     EXPECT_NEAR(layout.panels[2].scale.bottom, left, 3);
+    view_.panels.back().height = 10;
+    layout = layOutPlot(data, view_, context_, {1200, 240}, measure_);
+    EXPECT_LE(layout.size.height, 240) << "the higher one leaves the others what they need";
+    EXPECT_GT(layout.panels[1].area.height, layout.panels[2].area.height);
     for (std::size_t i = 0; i < 4; ++i)
         view_.panels.push_back({data.panels[i].key, true, 1});
     view_.panels.erase(view_.panels.begin(), view_.panels.begin() + 4);

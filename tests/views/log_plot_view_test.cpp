@@ -64,6 +64,8 @@ private:
     }
 };
 
+using Texts = std::vector<std::string>;
+
 class LogPlotViewTest : public test::ViewTest {
 protected:
     void SetUp() override {
@@ -211,6 +213,11 @@ TEST_F(LogPlotViewTest, KeysMoveMarkAndZoom) {
     for (int i = 0; i < 20; ++i)
         key(Qt::Key_Plus);
     EXPECT_EQ(tips.last, "Maximum magnification reached.");
+    key(Qt::Key_Escape); // gives up the range
+    key(Qt::Key_Escape);
+    EXPECT_EQ(tips.last, "") << "it is no longer so";
+    for (int i = 0; i < 20; ++i)
+        key(Qt::Key_Plus);
     EXPECT_NEAR(plot().seen().length(), leastRange(plot().data(), plot().plotLayout().width()), 1e-6);
     page_->resize(1600, 900);
     EXPECT_NEAR(plot().seen().length(), leastRange(plot().data(), plot().plotLayout().width()), 1e-6);
@@ -312,6 +319,23 @@ TEST_F(LogPlotViewTest, PanelsAreHiddenMovedAndSized) {
     EXPECT_FALSE(action("PlotPanelUp").isEnabled());
     action("PlotPanelDown").trigger();
     EXPECT_EQ(panels(), "Parameter2 Speed FuelSystem1 FuelSystem2");
+    const auto title = [&](std::size_t panel) {
+        const Box& grip = plot().plotLayout().panels[panel].grip;
+        return QPointF(grip.left + grip.width / 2, grip.top + grip.height / 2);
+    };
+    hand().mouse(QEvent::MouseMove, title(1));
+    EXPECT_TRUE(QToolTip::text().startsWith("Drag the title")) << QToolTip::text().toStdString();
+    hand().drag(title(1), title(0));
+    EXPECT_EQ(panels(), "Speed Parameter2 FuelSystem1 FuelSystem2");
+    hand().drag(title(0), title(3) + QPointF(0, plot().plotLayout().panels[3].area.height + 60));
+    EXPECT_EQ(panels(), "Parameter2 FuelSystem1 FuelSystem2 Speed");
+    hand().drag(title(3), title(1));
+    EXPECT_EQ(panels(), "Parameter2 Speed FuelSystem1 FuelSystem2");
+    hand().mouse(QEvent::MouseButtonPress, title(0), Qt::LeftButton);
+    hand().mouse(QEvent::MouseMove, title(2));
+    key(Qt::Key_Escape);
+    hand().mouse(QEvent::MouseButtonRelease, title(2), Qt::LeftButton);
+    EXPECT_EQ(panels(), "Parameter2 Speed FuelSystem1 FuelSystem2") << "given up";
     const double before = heights(0);
     const QPointF border(300, plot().plotLayout().panels[0].scale.bottom);
     hand().drag(border, border + QPointF(0, 30));
@@ -396,7 +420,14 @@ TEST_F(LogPlotViewTest, SelectedTripsAreCompared) {
     auto& window = *page_->findChild<QDialog*>(QStringLiteral("Comparison"));
     EXPECT_EQ(window.windowTitle(), "Comparison of Trip 1, Trip 2");
     auto& compared = *window.findChild<PlotWidget*>();
-    EXPECT_EQ(compared.plotLayout().legend.size(), 5u) << "two trips and three kinds of events";
+    Texts legend;
+    for (const LegendEntry& entry : compared.plotLayout().legend)
+        legend.push_back(entry.label.text);
+    EXPECT_EQ(legend, (Texts{"Trip 1", "Trip 2", "Speed Bands of Trip 1", "Hard Brake of Trip 1",
+                             "Extreme Brake of Trip 1", "Hard Acceleration of Trip 1"}));
+    test::PlotHand over(compared);
+    over.mouse(QEvent::MouseMove, over.at(12));
+    EXPECT_EQ(QToolTip::text().count("<tr>"), 5) << "a row for each quantity: " << QToolTip::text().toStdString();
     compared.zoomTo({10, 40});
     units_.setUnit(UnitTypeId::Speed, UnitId::MilePerHour);
     EXPECT_TRUE(compared.zoomed());
@@ -443,6 +474,7 @@ TEST_F(LogPlotViewTest, OptionsAreTakenBackByCancel) {
         TPlotOptionsDialog dialog(
             context_.text(), settings_, [&] { page_->edited(); }, nullptr);
         EXPECT_EQ(dialog.findChildren<QCheckBox*>().size(), 6);
+        EXPECT_EQ(dialog.findChild<QLineEdit*>(QStringLiteral("TIOVerticalAxisMaximumColumn"))->text(), "90");
         change(dialog, "50");
         EXPECT_TRUE(plot().view().options.lines) << "shown in open plots";
         EXPECT_NEAR(plot().view().options.maximum, 50 / 3.6, 1e-6);

@@ -8,6 +8,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QPainter>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -22,8 +23,22 @@ enum FigureColumn { kQuantity, kAtCursor, kLeast, kMean, kGreatest, kFigureColum
 constexpr int kMostRows = 6; // without scrolling
 constexpr int kMargin = 6;
 
+/// Says all of its text in its tooltip where there is no room for it.
+class CutLabel final : public QLabel {
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        const bool cut = sizeHint().width() > width();
+        setToolTip(cut ? text() : QString());
+        if (!cut)
+            return QLabel::paintEvent(event);
+        QPainter painter(this);
+        painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                         fontMetrics().elidedText(text(), Qt::ElideRight, width()));
+    }
+};
+
 QLabel* lineOfText(const char* name) {
-    auto* label = new QLabel;
+    auto* label = new CutLabel;
     label->setObjectName(QLatin1String(name));
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
@@ -46,6 +61,7 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
     table_->horizontalHeader()->setSectionResizeMode(kQuantity, QHeaderView::Stretch);
     table_->setMinimumSize(1, 1);
     table_->horizontalHeader()->setHighlightSections(false);
+    table_->horizontalHeader()->setResizeContentsPrecision(-1); // of all rows, also of those that are scrolled away
     table_->horizontalHeaderItem(kQuantity)->setTextAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     for (int column = kAtCursor; column < kFigureColumns; ++column)
         table_->horizontalHeaderItem(column)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -59,6 +75,7 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
 
     auto* line = new QHBoxLayout;
     line->setContentsMargins(kMargin, kMargin / 2, kMargin, 0);
+    line->setSpacing(3 * kMargin);
     line->addWidget(cursor_, 1);
     line->addWidget(range_);
     auto* layout = new QVBoxLayout(this);
@@ -76,20 +93,26 @@ PlotFiguresTable::PlotFiguresTable(const TextContext& text, PlotWidget& plot, QW
 }
 
 int PlotFiguresTable::heightOfRows(int rows) const {
-    return table_->horizontalHeader()->sizeHint().height() + rows * table_->verticalHeader()->defaultSectionSize() +
-           cursor_->sizeHint().height() + kMargin;
+    const int line = cursor_->sizeHint().height() + kMargin;
+    return rows == 0 ? line
+                     : line + table_->horizontalHeader()->sizeHint().height() +
+                           rows * table_->verticalHeader()->defaultSectionSize();
 }
 
-QSize PlotFiguresTable::sizeHint() const {
+/// Without scrolling; 0 where the plot needs all the room.
+int PlotFiguresTable::rowsShown() const {
     int rows = std::clamp(table_->rowCount(), 1, kMostRows);
-    while (rows > 1 && heightOfRows(rows) > room_)
+    while (rows > 0 && heightOfRows(rows) > room_)
         --rows;
-    return {1, heightOfRows(rows)};
+    return rows;
 }
+
+QSize PlotFiguresTable::sizeHint() const { return {1, heightOfRows(rowsShown())}; }
 
 void PlotFiguresTable::fitInto(int height) {
-    if (std::exchange(room_, height) != height)
-        updateGeometry();
+    room_ = height;
+    table_->setVisible(rowsShown() > 0);
+    updateGeometry();
 }
 
 void PlotFiguresTable::resizeEvent(QResizeEvent*) { sizeColumns(); }
@@ -102,7 +125,7 @@ void PlotFiguresTable::sizeColumns() {
     for (int column = kAtCursor; column < kFigureColumns; ++column)
         least = std::max({least, header.sectionSizeHint(column),
                           column == kAtCursor ? 0 : cells.sizeHintForColumn(column) + kMargin});
-    const int names = cells.sizeHintForColumn(kQuantity) + kMargin;
+    const int names = std::max(cells.sizeHintForColumn(kQuantity), header.sectionSizeHint(kQuantity)) + kMargin;
     const int width = std::max(least, (table_->viewport()->width() - names) / (kFigureColumns - 1));
     for (int column = kAtCursor; column < kFigureColumns; ++column)
         table_->horizontalHeader()->resizeSection(column, width);

@@ -21,7 +21,7 @@ public:
     /// Follows PLOT, which must outlive it, while it is shown.
     PlotFiguresTable(const TextContext& text, PlotWidget& plot, QWidget* parent = nullptr);
 
-    /// Takes no more than HEIGHT but for one row.
+    /// Takes no more than HEIGHT but for what is at the cursor.
     void fitInto(int height);
 
     QSize sizeHint() const override;
@@ -32,6 +32,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    int rowsShown() const;
     void showAll();
     void showCursor();
     void sizeColumns();

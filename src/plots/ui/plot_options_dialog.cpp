@@ -66,7 +66,10 @@ QWidget* TPlotOptionsDialog::maximumField() {
     const Column& column = options_.columnOf(kMaximum);
     maximum_->setObjectName(toQt(column.spec().key));
     maximum_->setToolTip(toQt(quobrix::text(column.spec().tooltip)));
-    maximum_->setText(toQt(column.editText(0, text_)));
+    // As it is read elsewhere. What nobody has edited is not taken from the field, which may say less than it is.
+    const Value value = column.value(0);
+    if (const auto* speed = std::get_if<double>(&value))
+        maximum_->setText(toQt(text_.units.formatValue(UnitTypeId::Speed, *speed)));
     connect(maximum_, &QLineEdit::textEdited, this, [this] { takeMaximum(); });
     auto* row = new QWidget;
     auto* layout = new QHBoxLayout(row);
@@ -94,7 +97,7 @@ void TPlotOptionsDialog::finish(const EditOutcome& outcome) {
 }
 
 void TPlotOptionsDialog::done(int result) {
-    if (result == Accepted && !takeMaximum()) {
+    if (result == Accepted && maximum_->isModified() && !takeMaximum()) {
         maximum_->setFocus();
         maximum_->selectAll();
         return;

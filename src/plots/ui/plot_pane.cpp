@@ -100,7 +100,7 @@ void PlotPane::resizeEvent(QResizeEvent* event) {
     shareRoom();
 }
 
-/// Figures take a third of the room at most, and no more than a row of what the plot needs.
+/// Figures take a third of the room at most, and nothing but a line of what the plot needs.
 void PlotPane::shareRoom() { figures_->fitInto(std::min(height() / 3, height() - plot_->minimumSizeHint().height())); }
 
 void PlotPane::showEvent(QShowEvent* event) {

@@ -37,6 +37,7 @@ constexpr double kPagePart = 0.1;           // of what is seen, that the cursor 
 constexpr double kPagedPart = 0.9;          // of what is zoomed
 constexpr int kLineRoom = 2, kMarkRoom = 2; // pixels around what is painted
 constexpr int kBandAlpha = 48;
+constexpr int kPlaceHeight = 3; // of the line that shows where a panel comes to stand
 
 /// As much of a widget as DRAWING takes.
 QRegion regionOf(const Drawing& drawing) {
@@ -59,6 +60,31 @@ QRegion regionOf(const Drawing& drawing) {
     return region;
 }
 
+QString nothingThere() { return QStringLiteral("–"); }
+
+/// A row for each quantity and a column for each record: below each other they would cover the plot.
+QString comparedRows(const PlotData& data, const PlotReading& reading) {
+    const auto cell = [](const QString& text) {
+        return QStringLiteral("<td align=\"right\">&nbsp;&nbsp;%1</td>")
+            .arg(text.toHtmlEscaped().replace(QLatin1Char(' '), QLatin1String("&nbsp;")));
+    };
+    QString rows = QStringLiteral("<tr><td></td>");
+    for (const ShownText& record : data.records)
+        rows += cell(toQt(record));
+    rows += QStringLiteral("</tr>");
+    for (std::size_t panel = 0; panel < data.panels.size(); ++panel) {
+        rows += QStringLiteral("<tr><td>%1</td>").arg(toQt(data.panels[panel].title).toHtmlEscaped());
+        for (std::size_t record = 0; record < data.records.size(); ++record) {
+            const auto value = std::ranges::find_if(reading.values, [&](const PlotReading::Value& one) {
+                return one.panel == panel && one.record == record;
+            });
+            rows += cell(value == reading.values.end() || value->text.empty() ? nothingThere() : toQt(value->text));
+        }
+        rows += QStringLiteral("</tr>");
+    }
+    return rows;
+}
+
 /// What is said of a place: a line for what it is, a row for each quantity.
 QString tipOf(const PlotData& data, const PlotReading& reading) {
     QString tip = toQt(reading.place);
@@ -72,8 +98,10 @@ QString tipOf(const PlotData& data, const PlotReading& reading) {
         tip += QStringLiteral("<tr><td>%1&nbsp;&nbsp;</td><td align=\"right\">%2</td></tr>")
                    .arg(name.toHtmlEscaped(), value.toHtmlEscaped());
     };
+    if (data.compares())
+        return tip + comparedRows(data, reading) + QStringLiteral("</table>");
     for (const PlotReading::Value& value : reading.values)
-        row(toQt(value.title), value.text.empty() ? QStringLiteral("–") : toQt(value.text));
+        row(toQt(value.title), value.text.empty() ? nothingThere() : toQt(value.text));
     if (reading.band)
         row(PlotWidget::tr("Speed band"), toQt(reading.bandLabel));
     return tip + QStringLiteral("</table>");
@@ -144,6 +172,8 @@ void PlotWidget::setPlot(PlotData data, bool same) {
     endDrag();
     data_ = std::move(data);
     if (!same) {
+        if (std::exchange(toldMaximum_, false))
+            say({});
         view_.range.reset();
         pointers_ = {};
         fixed_.reset();
@@ -246,6 +276,7 @@ void PlotWidget::paintEvent(QPaintEvent* event) {
         painter.setBrush(colour);
         painter.drawRect(band.adjusted(0, 0, -1, -1));
     }
+    painter.fillRect(placeOfDragged(), palette().color(QPalette::Highlight));
     if (hasFocus()) {
         painter.setPen(palette().color(QPalette::Highlight));
         painter.setBrush(Qt::NoBrush);
@@ -262,6 +293,8 @@ void PlotWidget::show(PlotRange range) {
         return;
     view_.range = wanted;
     layOut();
+    if (std::exchange(toldMaximum_, false))
+        say({});
     emit viewChanged();
 }
 
@@ -271,14 +304,14 @@ void PlotWidget::zoomTo(PlotRange range) {
     const ZoomResult zoomed = zoomedTo(data_, range, layout_.width());
     show(zoomed.range);
     if (zoomed.maximumReached)
-        say(toQt(makeMessage(MessageId::MaximumZoom).text));
+        tellMaximum();
 }
 
 void PlotWidget::zoomBy(double factor, double at) {
     const ZoomResult zoomed = zoomedAt(data_, seen(), at, factor, layout_.width());
     show(zoomed.range);
     if (zoomed.maximumReached)
-        say(toQt(makeMessage(MessageId::MaximumZoom).text));
+        tellMaximum();
 }
 
 void PlotWidget::unzoom() { show(data_.whole); }
@@ -378,6 +411,34 @@ QRect PlotWidget::rubberBand() const {
         .toAlignedRect();
 }
 
+/// The line between panels where the one that is dragged comes to stand; empty while it stays where it is.
+QRect PlotWidget::placeOfDragged() const {
+    if (drag_ != Drag::Panel || panel_ >= layout_.panels.size())
+        return {};
+    const std::size_t place = layout_.placeOfPanel(last_.y());
+    if (place == panel_ || place == panel_ + 1)
+        return {};
+    const double y =
+        place < layout_.panels.size() ? layout_.panels[place].grip.top : layout_.panels.back().scale.bottom;
+    return {0, static_cast<int>(y) - kPlaceHeight / 2, width(), kPlaceHeight};
+}
+
+/// Moves the panel in the place PANEL above that in PLACE, or below all others.
+void PlotWidget::placePanel(std::size_t panel, std::size_t place) {
+    if (panel >= layout_.panels.size() || place == panel || place == panel + 1)
+        return;
+    const auto before = place < layout_.panels.size() ? std::optional(layout_.panels[place].panel) : std::nullopt;
+    setPanels(withPlaced(data_, view_.panels, layout_.panels[panel].panel, before));
+    emit panelsChanged(view_.panels);
+}
+
+void PlotWidget::setCursorAt(QPointF point) {
+    setCursor(borderAt(point)  ? Qt::SplitVCursor
+              : titleAt(point) ? Qt::OpenHandCursor
+              : over(point)    ? Qt::CrossCursor
+                               : Qt::ArrowCursor);
+}
+
 void PlotWidget::mousePressEvent(QMouseEvent* event) {
     if (drag_ != Drag::None)
         return endDrag();
@@ -387,6 +448,10 @@ void PlotWidget::mousePressEvent(QMouseEvent* event) {
     if (const auto border = borderAt(point); border && event->button() == Qt::LeftButton) {
         drag_ = Drag::Border;
         border_ = *border;
+    } else if (const auto title = titleAt(point); title && event->button() == Qt::LeftButton) {
+        drag_ = Drag::Panel;
+        panel_ = *title;
+        setCursor(Qt::ClosedHandCursor);
     } else if (!layout_.placeAt(point.x())) {
         return event->ignore();
     } else if (event->button() == Qt::MiddleButton) {
@@ -405,7 +470,7 @@ void PlotWidget::mouseMoveEvent(QMouseEvent* event) {
     if (drag_ != Drag::None)
         follow(point);
     else
-        setCursor(borderAt(point) ? Qt::SplitVCursor : over(point) ? Qt::CrossCursor : Qt::ArrowCursor);
+        setCursorAt(point);
     last_ = point;
     hover(point, event->modifiers());
 }
@@ -432,6 +497,13 @@ void PlotWidget::follow(QPointF point) {
         if (border_ + 1 < layout_.panels.size())
             setPanels(withBorder(data_, view_.panels, layout_, border_, point.y() - last_.y()));
         break;
+    case Drag::Panel: {
+        const QRect before = placeOfDragged();
+        last_ = point;
+        update(before);
+        update(placeOfDragged());
+        break;
+    }
     case Drag::None:
         break;
     }
@@ -450,15 +522,17 @@ void PlotWidget::mouseReleaseEvent(QMouseEvent* event) {
         goTo(touched ? data_.events[*touched].at : nearestSample(data_, placeNear(point.x())), false);
     } else if (drag == Drag::Border)
         emit panelsChanged(view_.panels);
+    else if (drag == Drag::Panel)
+        placePanel(panel_, layout_.placeOfPanel(point.y()));
     else if (drag == Drag::Range && pointers_.range && !(pointers_.range->length() > 0))
         markRange({});
 }
 
 void PlotWidget::endDrag() {
-    const QRect band = rubberBand();
-    if (std::exchange(drag_, Drag::None) == Drag::Pan)
-        unsetCursor();
-    update(band);
+    const QRegion shown = QRegion(rubberBand()) + placeOfDragged();
+    if (const Drag drag = std::exchange(drag_, Drag::None); drag == Drag::Pan || drag == Drag::Panel)
+        setCursorAt(last_);
+    update(shown);
 }
 
 void PlotWidget::hover(QPointF point, Qt::KeyboardModifiers modifiers) {
@@ -468,15 +542,22 @@ void PlotWidget::hover(QPointF point, Qt::KeyboardModifiers modifiers) {
     showTip(point, modifiers);
 }
 
-void PlotWidget::showTip(QPointF point, Qt::KeyboardModifiers modifiers) {
+/// What is told of POINT: how a panel is moved on its title, else what was there.
+QString PlotWidget::tipAt(QPointF point, Qt::KeyboardModifiers modifiers) const {
+    if (drag_ == Drag::None && titleAt(point))
+        return tr("Drag the title to move this quantity, or the line below it to make it higher. The menu of the right "
+                  "mouse button hides it.");
     const bool wanted = !view_.options.coordinatesOnCtrl || modifiers.testFlag(Qt::ControlModifier);
-    if (!wanted || !over(point) || (drag_ != Drag::None && drag_ != Drag::Range)) {
-        QToolTip::hideText();
-        return;
-    }
+    if (!wanted || !over(point) || (drag_ != Drag::None && drag_ != Drag::Range))
+        return {};
     const auto touched = layout_.eventAt(data_, view_.options, {point.x(), point.y()});
     const double place = touched ? data_.events[*touched].at : placeNear(point.x());
-    QToolTip::showText(mapToGlobal(point.toPoint()), tipOf(data_, readPlot(data_, place, text_)), this, rect());
+    return tipOf(data_, readPlot(data_, place, text_));
+}
+
+/// Hides it where there is nothing to tell.
+void PlotWidget::showTip(QPointF point, Qt::KeyboardModifiers modifiers) {
+    QToolTip::showText(mapToGlobal(point.toPoint()), tipAt(point, modifiers), this, rect());
 }
 
 void PlotWidget::leaveEvent(QEvent*) {
@@ -532,7 +613,9 @@ void PlotWidget::contextMenuEvent(QContextMenuEvent* event) {
                      layout_.panels.empty() ? height() / 2.0 : layout_.panels.front().area.top);
         place = mapToGlobal(at.toPoint());
     }
-    const std::optional<std::size_t> panel = layout_.panelAt({at.x(), at.y()});
+    std::optional<std::size_t> panel = layout_.panelAt({at.x(), at.y()});
+    if (!panel)
+        panel = titleAt(at);
     emit menuRequested(place, panel ? std::optional(layout_.panels[*panel].panel) : std::nullopt);
 }
 
@@ -643,6 +726,12 @@ bool PlotWidget::giveUp() {
 }
 
 // What is told
+
+/// Until another part of the axis is seen.
+void PlotWidget::tellMaximum() {
+    toldMaximum_ = true;
+    say(toQt(makeMessage(MessageId::MaximumZoom).text));
+}
 
 void PlotWidget::say(const QString& text) {
     QStatusTipEvent tip(text);

@@ -17,7 +17,7 @@ namespace quobrix {
 /// with Shift, and the keys that move the cursor with Shift, mark a range. Arrows move the cursor by a sample, or by a
 /// pixel where there are more of them; Page Up and Down by a tenth, or along what is zoomed; Home and End to the ends;
 /// +, - and 0 zoom. Escape gives up the range, then the zoom, and is then left to the parent. The border between two
-/// panels can be moved.
+/// panels can be moved, and a panel by its title.
 ///
 /// Nothing is drawn while the pointer moves but what follows it: the plot is kept as a picture.
 class PlotWidget final : public QWidget {
@@ -82,10 +82,12 @@ protected:
 
 private:
     /// What the button that is held down does.
-    enum class Drag { None, Zoom, Range, Pan, Border };
+    enum class Drag { None, Zoom, Range, Pan, Border, Panel };
 
     bool over(QPointF point) const;
     std::optional<std::size_t> borderAt(QPointF point) const;
+    std::optional<std::size_t> titleAt(QPointF point) const { return layout_.titleAt({point.x(), point.y()}); }
+    void setCursorAt(QPointF point);
     /// The place under X, or the nearest one that is seen.
     double placeNear(double x) const;
     void layOut();
@@ -96,6 +98,7 @@ private:
     void pan(double units);
     void point(PlotPointers pointers);
     void hover(QPointF point, Qt::KeyboardModifiers modifiers);
+    QString tipAt(QPointF point, Qt::KeyboardModifiers modifiers) const;
     void showTip(QPointF point, Qt::KeyboardModifiers modifiers);
     void follow(QPointF point);
     void endDrag();
@@ -104,8 +107,11 @@ private:
     bool giveUp();
     void goTo(double place, bool marks);
     void say(const QString& text);
+    void tellMaximum();
     void speak();
     QRect rubberBand() const;
+    QRect placeOfDragged() const;
+    void placePanel(std::size_t panel, std::size_t place);
 
     TextContext text_;
     PlotData data_;
@@ -120,7 +126,9 @@ private:
     std::optional<double> anchor_; ///< the other end of the range that keys mark
     Drag drag_ = Drag::None;
     QPointF pressed_, last_;
-    std::size_t border_ = 0; ///< that is moved: of the panel in this place and the next one
+    std::size_t border_ = 0;   ///< that is moved: of the panel in this place and the next one
+    std::size_t panel_ = 0;    ///< that is moved, by its place
+    bool toldMaximum_ = false; ///< the status bar says that more cannot be seen
 };
 
 } // namespace quobrix
