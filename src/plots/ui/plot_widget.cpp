@@ -64,16 +64,18 @@ QString nothingThere() { return QStringLiteral("–"); }
 
 /// A row for each quantity and a column for each record: below each other they would cover the plot.
 QString comparedRows(const PlotData& data, const PlotReading& reading) {
-    const auto cell = [](const QString& text) {
-        return QStringLiteral("<td align=\"right\">&nbsp;&nbsp;%1</td>")
-            .arg(text.toHtmlEscaped().replace(QLatin1Char(' '), QLatin1String("&nbsp;")));
+    const auto unbroken = [](const QString& text) {
+        return text.toHtmlEscaped().replace(QLatin1Char(' '), QLatin1String("&nbsp;"));
+    };
+    const auto cell = [&](const QString& text) {
+        return QStringLiteral("<td align=\"right\">&nbsp;&nbsp;%1</td>").arg(unbroken(text));
     };
     QString rows = QStringLiteral("<tr><td></td>");
     for (const ShownText& record : data.records)
         rows += cell(toQt(record));
     rows += QStringLiteral("</tr>");
     for (std::size_t panel = 0; panel < data.panels.size(); ++panel) {
-        rows += QStringLiteral("<tr><td>%1</td>").arg(toQt(data.panels[panel].title).toHtmlEscaped());
+        rows += QStringLiteral("<tr><td>%1</td>").arg(unbroken(toQt(data.panels[panel].title)));
         for (std::size_t record = 0; record < data.records.size(); ++record) {
             const auto value = std::ranges::find_if(reading.values, [&](const PlotReading::Value& one) {
                 return one.panel == panel && one.record == record;
