@@ -177,7 +177,8 @@ private:
                          ColourRole::SecondaryText});
         }
         add(std::move(ticks));
-        add(layout_.axisTitle);
+        if (!layout_.axisTitle.text.empty())
+            add(layout_.axisTitle);
     }
 
     const PlotData& data_;

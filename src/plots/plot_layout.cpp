@@ -85,19 +85,24 @@ std::pair<double, double> bounds(const PlotPanel& panel, const TUnitSystem& unit
 
 class Layouter {
 public:
-    Layouter(const PlotData& data, const PlotView& view, const TextContext& context, const TextMeasure& measure)
+    /// Where it is TIGHT, what tells least gives way.
+    Layouter(const PlotData& data, const PlotView& view, const TextContext& context, const TextMeasure& measure,
+             bool tight)
         : data_(data), view_(view), context_(context), measure_(measure), em_(measure.fontSize()),
           line_(measure.lineHeight(FontRole::Body)), small_(measure.lineHeight(FontRole::Small)),
-          shown_(shownPanels(data, view.panels)) {}
+          shown_(shownPanels(data, view.panels)), tight_(tight), titled_(!tight || data.axis != PlotAxis::Elapsed) {
+        if (const auto empty = [](const Shown& shown) { return shown.height == 0; };
+            tight_ && !std::ranges::all_of(shown_, empty))
+            std::erase_if(shown_, empty);
+    }
 
     PlotLayout layOut(Size room, double pixel) {
         result_.fontSize = em_;
         result_.pixel = pixel;
         result_.size.width = std::max(room.width, kLeastWidth * em_);
-        double top = addHeadings(kMargin * em_);
-        const double below = kTickGap * em_ + small_ + line_ + kMargin * em_ / 2;
+        double top = addHeadings(tight_ ? kGap * em_ / 2 : kMargin * em_);
         roomHeight_ = room.height;
-        addPanels(top, room.height - below);
+        addPanels(top, room.height - belowPanels());
         if (shown_.empty())
             return std::move(result_);
         result_.axis.left = std::ceil(leftMargin());
@@ -121,6 +126,11 @@ public:
     }
 
 private:
+    /// What the axis takes.
+    double belowPanels() const {
+        return kTickGap * em_ + small_ + (titled_ ? line_ : 0) + (tight_ ? 0 : kMargin * em_ / 2);
+    }
+
     double addHeadings(double top) {
         const double left = kMargin * em_, right = result_.size.width - left;
         double baseline = top + measure_.ascent(FontRole::Strong);
@@ -220,7 +230,7 @@ private:
             top = panel.scale.bottom + kGap * em_;
         }
         result_.tickBaseline = top - kGap * em_ + kTickGap * em_ + measure_.ascent(FontRole::Small);
-        result_.size.height = std::ceil(top - kGap * em_ + kTickGap * em_ + small_ + line_ + kMargin * em_ / 2);
+        result_.size.height = std::ceil(top - kGap * em_ + belowPanels());
         if (std::isfinite(roomHeight_))
             result_.size.height = std::max(result_.size.height, roomHeight_);
         if (shown_.empty()) {
@@ -373,6 +383,8 @@ private:
             for (const double shown : multiples(steps.step, from, to))
                 addTick(units.toBase(UnitTypeId::Distance, shown), units.formatNumber(shown, steps.decimals));
         }
+        if (!titled_)
+            return;
         const ShownText title = data_.axis == PlotAxis::Elapsed ? text(TextId::PlotElapsedTime)
                                 : data_.axis == PlotAxis::UntilStandstill
                                     ? text(TextId::PlotTimeBeforeStandstill)
@@ -401,6 +413,8 @@ private:
     double em_, line_, small_;
     double roomHeight_ = kUnlimited;
     std::vector<Shown> shown_;
+    const bool tight_;
+    const bool titled_; ///< the axis, whose labels say enough where they are times
     PlotLayout result_;
 };
 
@@ -412,7 +426,8 @@ bool shows(const PlotOptions& options, PlotEventKind kind) {
 
 PlotLayout layOutPlot(const PlotData& data, const PlotView& view, const TextContext& context, Size room,
                       const TextMeasure& measure, double pixel) {
-    return Layouter(data, view, context, measure).layOut(room, pixel);
+    PlotLayout layout = Layouter(data, view, context, measure, false).layOut(room, pixel);
+    return layout.size.height > room.height ? Layouter(data, view, context, measure, true).layOut(room, pixel) : layout;
 }
 
 std::int64_t wholeSecond(double place) { return static_cast<std::int64_t>(std::floor(place + 1e-6)); }

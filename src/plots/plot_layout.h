@@ -70,7 +70,7 @@ struct PlotLayout {
     std::vector<PanelLayout> panels;
     std::vector<PlotTick> ticks; ///< of the axis, below the last panel
     double tickBaseline = 0;
-    Text axisTitle;
+    Text axisTitle; ///< may be empty
 
     PlotRange range() const { return {axis.from, axis.to}; }
     double width() const { return axis.right - axis.left; }
@@ -95,9 +95,10 @@ inline constexpr double kPlotMarkSize = 9; ///< of an event's mark
 /// Whether events of KIND are drawn.
 bool shows(const PlotOptions& options, PlotEventKind kind);
 
-/// Lays DATA out in ROOM, or in more where that is too small for what is shown. PIXEL is the width of a pixel of the
-/// device, in units of the drawing. The part of the axis is moved by less than half a pixel, so that columns of pixels
-/// begin at multiples of their width.
+/// Lays DATA out in ROOM, or in more where that is too small for what is shown, though panels that show nothing are
+/// then left out, and so is the title of an axis of elapsed times. PIXEL is the width of a pixel of the device, in
+/// units of the drawing. The part of the axis is moved by less than half a pixel, so that columns of pixels begin at
+/// multiples of their width.
 PlotLayout layOutPlot(const PlotData& data, const PlotView& view, const TextContext& context, Size room,
                       const TextMeasure& measure, double pixel = 1);
 

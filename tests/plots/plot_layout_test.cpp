@@ -208,6 +208,8 @@ TEST_F(PlotLayoutTest, PanelsAreHiddenReorderedAndSized) {
     view_.panels.back().height = 10;
     layout = layOutPlot(data, view_, context_, {1200, 240}, measure_);
     EXPECT_LE(layout.size.height, 240) << "the higher one leaves the others what they need";
+    EXPECT_LT(layOutPlot(data, view_, context_, {1200, 100}, measure_).panels.size(), 3u)
+        << "where there is no room, what shows nothing is left out";
     EXPECT_GT(layout.panels[1].area.height, layout.panels[2].area.height);
     for (std::size_t i = 0; i < 4; ++i)
         view_.panels.push_back({data.panels[i].key, true, 1});

@@ -196,13 +196,16 @@ void PlotPane::showMenu(const QPoint& place, std::optional<std::size_t> panel) {
 QMenu* PlotPane::quantitiesMenu(QMenu& parent) {
     auto* menu = new QMenu(tr("&Quantities"), &parent);
     menu->setObjectName(QStringLiteral("PlotQuantitiesMenu"));
-    const auto& shown = plot_->plotLayout().panels;
+    const auto hidden = [&choices = plot_->view().panels](const PlotPanel& panel) {
+        const auto choice = std::ranges::find(choices, panel.key, &PanelChoice::key);
+        return choice != choices.end() && choice->hidden;
+    };
     for (std::size_t i = 0; i < plot_->data().panels.size(); ++i) {
         const PlotPanel& panel = plot_->data().panels[i];
         QAction* one = menu->addAction(toQt(panel.title).replace(QLatin1Char('&'), QLatin1String("&&")));
         one->setObjectName(QStringLiteral("PlotShow") + toQt(panel.key));
         one->setCheckable(true);
-        one->setChecked(std::ranges::find(shown, i, &PanelLayout::panel) != shown.end());
+        one->setChecked(!hidden(panel));
         connect(one, &QAction::triggered, this, [this, i](bool on) {
             if (i < plot_->data().panels.size())
                 choosePanels(withHidden(plot_->data(), plot_->view().panels, i, !on));
