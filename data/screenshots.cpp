@@ -13,6 +13,7 @@
 #include "paper/ui/paper_painter.h"
 #include "platform/paths.h"
 #include "settings/settings.h"
+#include "ui/background.h"
 #include "units/time_zone.h"
 #include "views/comparison_window.h"
 #include "views/log_view.h"
@@ -189,7 +190,8 @@ private:
     TQuobrixFrame frame_{ViewContext{document_, settings_, units_, zone_}};
     UnitsCommand unitsCommand_{frame_, units_, store_};
     NamesCommands namesCommands_{frame_};
-    PrintCommands printCommands_{frame_};
+    Background printers_;
+    PrintCommands printCommands_{frame_, printers_};
 };
 
 } // namespace
