@@ -435,10 +435,10 @@ void PlotWidget::placePanel(std::size_t panel, std::size_t place) {
 }
 
 void PlotWidget::setCursorAt(QPointF point) {
-    setCursor(borderAt(point)  ? Qt::SplitVCursor
-              : titleAt(point) ? Qt::OpenHandCursor
-              : over(point)    ? Qt::CrossCursor
-                               : Qt::ArrowCursor);
+    setCursor(borderAt(point) ? Qt::SplitVCursor
+              : gripAt(point) ? Qt::OpenHandCursor
+              : over(point)   ? Qt::CrossCursor
+                              : Qt::ArrowCursor);
 }
 
 void PlotWidget::mousePressEvent(QMouseEvent* event) {
@@ -450,7 +450,7 @@ void PlotWidget::mousePressEvent(QMouseEvent* event) {
     if (const auto border = borderAt(point); border && event->button() == Qt::LeftButton) {
         drag_ = Drag::Border;
         border_ = *border;
-    } else if (const auto title = titleAt(point); title && event->button() == Qt::LeftButton) {
+    } else if (const auto title = gripAt(point); title && event->button() == Qt::LeftButton) {
         drag_ = Drag::Panel;
         panel_ = *title;
         setCursor(Qt::ClosedHandCursor);
@@ -546,7 +546,7 @@ void PlotWidget::hover(QPointF point, Qt::KeyboardModifiers modifiers) {
 
 /// What is told of POINT: how a panel is moved on its title, else what was there.
 QString PlotWidget::tipAt(QPointF point, Qt::KeyboardModifiers modifiers) const {
-    if (drag_ == Drag::None && titleAt(point))
+    if (drag_ == Drag::None && gripAt(point))
         return tr("Drag the title to move this quantity, or the line below it to make it higher. The menu of the right "
                   "mouse button hides it.");
     const bool wanted = !view_.options.coordinatesOnCtrl || modifiers.testFlag(Qt::ControlModifier);

@@ -87,6 +87,10 @@ private:
     bool over(QPointF point) const;
     std::optional<std::size_t> borderAt(QPointF point) const;
     std::optional<std::size_t> titleAt(QPointF point) const { return layout_.titleAt({point.x(), point.y()}); }
+    /// The same, where there is another panel beside which it can be moved.
+    std::optional<std::size_t> gripAt(QPointF point) const {
+        return layout_.panels.size() > 1 ? titleAt(point) : std::nullopt;
+    }
     void setCursorAt(QPointF point);
     /// The place under X, or the nearest one that is seen.
     double placeNear(double x) const;
