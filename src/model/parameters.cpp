@@ -128,11 +128,12 @@ Value ParameterSeriesColumn::sampleValue(std::size_t sample) const {
 
 std::string_view ParameterSeriesColumn::sampleText(std::size_t sample, const TextContext& context,
                                                    TextBuffer& buffer) const {
+    if (series_.parameter() != kFuelSystemStatusParameter) {
+        const double shown = series_.has(sample) ? base(sample) : baseFromMetric(series_.parameter(), 0);
+        return context.units.formatValueWithUnits(unitTypeOfParameter(series_.parameter()), shown, buffer.figure);
+    }
     if (!series_.has(sample))
         return {};
-    if (series_.parameter() != kFuelSystemStatusParameter)
-        return context.units.formatValueWithUnits(unitTypeOfParameter(series_.parameter()), base(sample),
-                                                  buffer.figure);
     const std::uint16_t status = series_.raw(sample);
     buffer.words = fuelSystemStatusCode(static_cast<std::uint8_t>(status & 0xFF));
     if (series_.twoValues())

@@ -98,8 +98,8 @@ public:
 
     /// The sample in base units; nothing where there is none.
     Value sampleValue(std::size_t sample) const;
-    /// The sample as the user reads it; empty where there is none: what reads as zero was measured. Of the codes of
-    /// the fuel systems' status the second one only where there are two.
+    /// The sample as the user reads it. One without a value reads as zero of the loggers' unit does (0 °C), which it
+    /// has always done; codes of the fuel systems' status, the second one only where there are two, are empty then.
     std::string_view sampleText(std::size_t sample, const TextContext& context, TextBuffer& buffer) const;
 
     /// As rows of the sample table: the sample taken at the row's elapsed time; nothing at rows between samples.

