@@ -8,6 +8,7 @@
 #include "export/trip_type_rows.h"
 #include "export/xlsx.h"
 #include "messages/file_messages.h"
+#include "model/fuel_entries.h"
 #include "model/record_totals.h"
 #include "model/trip_type_report.h"
 #include "texts/text.h"
@@ -57,6 +58,7 @@ ExitCode tripTypes(const TripTypeOptions& options) {
     if (const ExitCode code = selection.choose(options, units); code != kDone)
         return code;
     TripTypeReport report{.trips = selection.rows(), .time = selection.time(), .types = std::move(types->types)};
+    report.readings = odometerReadings(report.trips);
     if (!options.period.empty())
         report.period = text(std::ranges::find(periods(), std::string_view(options.period), &Period::name)->text);
     else if (report.time == TimeRange())

@@ -76,7 +76,7 @@ public:
         taken = take("units", *frame_.findChild<QWidget*>(QStringLiteral("UnitSys"))) && taken;
         fillGarage();
         frame_.commands().trigger(CommandId::VehicleId);
-        return take("vehicle-names", *frame_.namesDialogs().constFirst()) && takeSpreadsheet() && taken;
+        return take("vehicle-names", *frame_.listDialogs().constFirst()) && takeSpreadsheet() && taken;
     }
 
     /// The latest trip of DOCUMENT in every view.

@@ -19,8 +19,8 @@
 #include "ui/windows.h"
 #include "units/time_zone.h"
 #include "views/home_page.h"
+#include "views/list_dialog.h"
 #include "views/log_view.h"
-#include "views/names_dialog.h"
 #include "views/readiness_window.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_dialog.h"
@@ -83,7 +83,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
                           whenReplaced_();
                       if (context_.counter)
                           context_.counter->documentReplacing();
-                      qDeleteAll(namesDialogs());
+                      qDeleteAll(listDialogs());
                       delete typeReport_;
                       delete readiness_;
                       pages_->discard();
@@ -197,7 +197,7 @@ TQuobrixFrame::~TQuobrixFrame() {
     pages_->whenMoved({});
     context_.document.whenOutdated({});
     context_.document.whenDamaged({});
-    qDeleteAll(namesDialogs());
+    qDeleteAll(listDialogs());
     delete summaryLog_;
     delete typeReport_;
     delete readiness_;
@@ -426,7 +426,7 @@ void TQuobrixFrame::documentChanged() {
     commands_->refresh();
     navigation_->refresh();
     pages_->refresh();
-    for (NamesDialog* dialog : namesDialogs())
+    for (ListDialog* dialog : listDialogs())
         dialog->refresh();
 }
 
@@ -446,13 +446,13 @@ void TQuobrixFrame::damageMet() {
 
 bool TQuobrixFrame::finishEdits() {
     return pages_->finishEdits() && (!typeReport_ || typeReport_->finishEdit()) &&
-           std::ranges::all_of(namesDialogs(), [](NamesDialog* dialog) { return dialog->finishEdit(); });
+           std::ranges::all_of(listDialogs(), [](ListDialog* dialog) { return dialog->finishEdit(); });
 }
 
-QList<NamesDialog*> TQuobrixFrame::namesDialogs() const {
-    QList<NamesDialog*> dialogs;
+QList<ListDialog*> TQuobrixFrame::listDialogs() const {
+    QList<ListDialog*> dialogs;
     for (QObject* child : children())
-        if (auto* dialog = dynamic_cast<NamesDialog*>(child))
+        if (auto* dialog = dynamic_cast<ListDialog*>(child))
             dialogs.push_back(dialog);
     return dialogs;
 }

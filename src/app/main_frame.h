@@ -20,7 +20,7 @@ class QToolBar;
 
 namespace quobrix {
 
-class NamesDialog;
+class ListDialog;
 class NavigationPane;
 class ReadinessWindow;
 class Splitter;
@@ -49,8 +49,8 @@ public:
     RecentFiles& recentFiles() { return recent_; }
     TableWindows& tableWindows() { return *tableWindows_; }
 
-    /// The dialogs of names that are open.
-    QList<NamesDialog*> namesDialogs() const;
+    /// The dialogs of lists that are open: names, fuel entries.
+    QList<ListDialog*> listDialogs() const;
 
     /// Adds a page; a command of the same id then shows it, and the navigation pane leads there. COUNT (none: nothing
     /// is counted) says how much there is on it.

@@ -3,6 +3,7 @@
 #include "app/main_frame.h"
 #include "app/table_windows.h"
 #include "ui/windows.h"
+#include "views/fuel_entry_dialog.h"
 
 namespace quobrix {
 
@@ -10,20 +11,20 @@ NamesCommands::NamesCommands(TQuobrixFrame& frame) : frame_(frame) {
     offer<TVehicleNamesDialog, TVehicleNamesTable>(CommandId::VehicleId);
     offer<TQuobrixNamesDialog, TQuobrixNamesTable>(CommandId::QuobrixId);
     offer<DriverNamesDialog, DriverNamesTable>(CommandId::DriverId);
+    offer<FuelEntryDialog, TFuelEntryTable>(CommandId::FuelEntry);
 }
 
-template <class Dialog, class NamesTable>
+template <class Dialog, class Table>
 void NamesCommands::offer(CommandId id) {
     frame_.commands().handle(id, [this] { open<Dialog>(); });
-    frame_.tableWindows().addSource(NamesTable::kType, [this](std::string_view columnKey, RowIndex row) {
-        open<Dialog>().showCell(columnKey, row);
-    });
+    frame_.tableWindows().addSource(
+        Table::kType, [this](std::string_view columnKey, RowIndex row) { open<Dialog>().showCell(columnKey, row); });
 }
 
 template <class Dialog>
 Dialog& NamesCommands::open() {
     Dialog* dialog = nullptr;
-    for (NamesDialog* shown : frame_.namesDialogs())
+    for (ListDialog* shown : frame_.listDialogs())
         if (auto* found = dynamic_cast<Dialog*>(shown); found && found->isVisible()) // not one about to be deleted
             dialog = found;
     if (!dialog) {

@@ -10,8 +10,8 @@ namespace quobrix {
 
 class TQuobrixFrame;
 
-/// The commands Vehicle ID, Quobrix ID and Driver ID: a dialog each, which stays open beside the pages while they show
-/// what is edited in it.
+/// The commands Vehicle ID, Quobrix ID, Driver ID and Fuel Entry: a dialog each, which stays open beside the pages
+/// while they show what is edited in it.
 class NamesCommands {
 public:
     /// FRAME must outlive the commands.
@@ -25,7 +25,7 @@ private:
     template <class Dialog>
     Dialog& open();
     /// Makes Dialog what the command ID opens, and where the values of its table are found.
-    template <class Dialog, class NamesTable>
+    template <class Dialog, class Table>
     void offer(CommandId id);
 
     TQuobrixFrame& frame_;

@@ -19,7 +19,7 @@
 #include "texts/text.h"
 #include "ui/windows.h"
 #include "views/comparison_window.h"
-#include "views/names_dialog.h"
+#include "views/list_dialog.h"
 #include "views/readiness_window.h"
 #include "views/summary_log_dialog.h"
 #include "views/trip_type_window.h"
@@ -125,10 +125,10 @@ PrintCommands::~PrintCommands() {
 
 Printable PrintCommands::inView() const {
     QWidget* window = QApplication::activeWindow();
-    if (const QPointer names = dynamic_cast<NamesDialog*>(window))
-        return {[names](const auto&) {
-            auto* list = names ? names->findChild<TTableSpreadsheet*>() : nullptr;
-            return list ? tableReport(*names, shownCells(*list)) : std::nullopt;
+    if (const QPointer dialog = dynamic_cast<ListDialog*>(window))
+        return {[dialog](const auto&) {
+            auto* list = dialog ? dialog->findChild<TTableSpreadsheet*>() : nullptr;
+            return list ? tableReport(*dialog, shownCells(*list)) : std::nullopt;
         }};
     if (const QPointer summaries = dynamic_cast<SummaryLogDialog*>(window))
         return {[summaries](const auto&) {

@@ -2,6 +2,7 @@
 
 #include "base/utf8.h"
 #include "messages/message.h"
+#include "model/fuel_entries.h"
 #include "model/logs.h"
 #include "model/serial_number.h"
 #include "texts/text.h"
@@ -147,7 +148,10 @@ bool InUseColumn::inUse(RowIndex row) const {
 }
 
 std::vector<const Column*> VehicleInUseColumn::users() const {
-    return columnsOfLogs(*this, [](const LogSpec& log) { return log.vehicle; });
+    std::vector<const Column*> columns = columnsOfLogs(*this, [](const LogSpec& log) { return log.vehicle; });
+    if (const auto* entries = store() ? store()->existingSingleton<TFuelEntryTable>() : nullptr)
+        columns.push_back(&entries->column<TFuelEntryVehicleColumn>());
+    return columns;
 }
 
 std::vector<const Column*> LoggerInUseColumn::users() const {

@@ -20,6 +20,7 @@ constexpr NamesOfClass kNameTables[] = {
     {"TVehicleNames", SourceText("Vehicle ID")},
     {"TQuobrixNames", SourceText("Quobrix ID")},
     {"DriverNames", SourceText("Driver ID")},
+    {"TFuelEntry", SourceText("Fuel Entry")},
 };
 
 /// The root table T. Its row count is looked at now, so that a damaged one is known to be before anything is changed.
@@ -60,6 +61,7 @@ const TypeRegistry& modelTypes() {
         TABLE(TVehicleNamesTable)
         TABLE(TQuobrixNamesTable)
         TABLE(DriverNamesTable)
+        TABLE(TFuelEntryTable)
         TABLE(TDownloadTable)
         TABLE(TClearTable)
         TABLE(TCurrentSpeedBandsTable)
@@ -70,6 +72,7 @@ const TypeRegistry& modelTypes() {
         TABLE(TAccidentLogSpeedBandFromColumn)
         TABLE(TAccidentLogSpeedBandToColumn)
 #define COLUMN(Name, ...) types.add(Name::kType);
+#include "model/fuel_entries.def"
 #include "model/logger_tables.def"
 #include "model/names.def"
 #include "model/options.def"
@@ -137,9 +140,11 @@ std::string TQuobrixDocument::title() const {
 
 bool TQuobrixDocument::holdsSomething() const {
     return std::ranges::any_of(roots(), [](const Table* table) { return table->rowCount() > 0; }) ||
-           std::ranges::any_of(logs(), [this](const LogSpec& log) { // one that not every document has
-               return !isRootTable(log.table) && store().singletonIds().contains(log.table.id());
-           });
+           std::ranges::any_of(logs(),
+                               [this](const LogSpec& log) { // one that not every document has
+                                   return !isRootTable(log.table) && store().singletonIds().contains(log.table.id());
+                               }) ||
+           store().singletonIds().contains(TFuelEntryTable::kType.id());
 }
 
 ShownText TQuobrixDocument::lockedBecause() const {

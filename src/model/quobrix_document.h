@@ -3,6 +3,7 @@
 #include "document/document.h"
 #include "model/accident_log.h"
 #include "model/activity_log.h"
+#include "model/fuel_entries.h"
 #include "model/logger_tables.h"
 #include "model/logs.h"
 #include "model/names.h"
@@ -44,6 +45,9 @@ public:
     DriverNamesTable& drivers() const { return *drivers_; }
     /// The accident log; none before the first stop was recorded.
     TAccidentLogTable* accidents() { return store().existingSingleton<TAccidentLogTable>(); }
+
+    /// The fuel entries; none before the first one.
+    TFuelEntryTable* fuelEntries() { return store().existingSingleton<TFuelEntryTable>(); }
 
     /// The table of LOG. Nothing if the document has none, or cannot read it, and it is no root table.
     Table* log(const LogSpec& log);

@@ -11,7 +11,7 @@ struct TripTypeReport {
     TimeRange time{};               ///< that they were chosen by
     ShownText period{};             ///< what that is called; may be empty
     std::vector<TripType> types{};
-    std::vector<OdometerReading> readings{}; ///< without any, odometers are left out
+    std::vector<OdometerReading> readings{}; ///< what odometers showed; without any, they are left out
     bool eachTrip = true;                    ///< else only what they come to
 };
 

@@ -7,7 +7,7 @@ std::vector<Finding> checkValues(TQuobrixDocument& document, const TextContext& 
     std::vector<const Table*> tables;
     for (const LogSpec& log : logs())
         tables.push_back(document.log(log));
-    tables.insert(tables.end(), {&document.vehicles(), &document.loggers(), &document.drivers(),
+    tables.insert(tables.end(), {&document.vehicles(), &document.loggers(), &document.drivers(), document.fuelEntries(),
                                  store.existingSingleton<TCurrentSpeedBandsTable>(),
                                  store.existingSingleton<TCurrentParametersTable>()});
     std::vector<Finding> findings;

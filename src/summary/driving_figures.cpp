@@ -3,6 +3,7 @@
 #include "report/report.h"
 #include "texts/text.h"
 #include "units/date_time.h"
+#include "units/economy.h"
 #include "units/unit_system.h"
 
 #include <algorithm>
@@ -33,16 +34,7 @@ std::int64_t wholeNumber(double value) {
     return std::isnan(value) ? 0 : std::llround(std::clamp(value, -kMost, kMost));
 }
 
-bool inLitresPer100Kilometres(const TUnitSystem& units) {
-    return units.unit(UnitTypeId::Distance) == UnitId::Kilometre && units.unit(UnitTypeId::Fuel) == UnitId::Liter;
-}
-
 } // namespace
-
-bool inMiles(const TUnitSystem& units) {
-    const UnitId unit = units.unit(UnitTypeId::Distance);
-    return unit == UnitId::Mile || unit == UnitId::Foot;
-}
 
 std::span<const DrivingFigure> drivingFigures() { return kFigures; }
 
@@ -60,24 +52,13 @@ double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem&
         return value * 100 * (inMiles(units) ? kMile : 1000);
     case FigureKind::Share:
         return value * 100;
-    case FigureKind::Economy: {
-        const double perFuel = units.toDisplay(UnitTypeId::Distance, value) / units.toDisplay(UnitTypeId::Fuel, 1);
-        return inLitresPer100Kilometres(units) ? 100 / perFuel : perFuel;
-    }
+    case FigureKind::Economy:
+        return shownEconomy(value, units);
     case FigureKind::Count:
     case FigureKind::Time:
         break;
     }
     return value;
-}
-
-ShownText economyUnit(const TUnitSystem& units) {
-    if (inLitresPer100Kilometres(units))
-        return text(TextId::LitresPer100Kilometres);
-    if (units.unit(UnitTypeId::Distance) == UnitId::Mile && units.unit(UnitTypeId::Fuel) == UnitId::Gallon)
-        return text(TextId::MilesPerGallon);
-    const auto name = [&](UnitTypeId type) { return text(unitRecord(units.unit(type)).shownName); };
-    return text(TextId::UnitPerUnit, name(UnitTypeId::Distance), name(UnitTypeId::Fuel));
 }
 
 ShownText rateTitle(const ShownText& what, const TUnitSystem& units) {
@@ -107,7 +88,7 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
         return ShownText::asItIs(
             std::string(formatNumber(units.locale().numbers, shownFigure(figure, *value, units), 1, buffer)));
     case FigureKind::Economy:
-        return ShownText::asItIs(figureCell(figure, totals, units) + ' ' + economyUnit(units));
+        return economyText(*value, units);
     case FigureKind::Share:
         break;
     }

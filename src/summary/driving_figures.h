@@ -20,7 +20,7 @@ enum class FigureKind {
     Quantity, ///< in the user's unit
     Rate,     ///< a metre; shown for 100 miles or kilometres
     Share,    ///< 0 to 1, as percent
-    Economy,  ///< m a US gallon, of the trips whose fuel is known; see economyUnit()
+    Economy,  ///< m a US gallon, of the trips whose fuel is known; see units/economy.h
 };
 
 /// Fewer trips than that say little about how somebody drives: rates and shares of them are shown with a remark.
@@ -51,17 +51,12 @@ std::span<const DrivingFigure> drivingFigures();
 /// The one with KEY; nothing if there is none.
 const DrivingFigure* drivingFigure(std::string_view key);
 
-/// Whether distances are shown in miles or feet, and what is counted by distance goes by miles.
-bool inMiles(const TUnitSystem& units);
 /// WHAT for 100 miles or kilometres, as rates are shown.
 ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
 /// "Hard Brakes per 100 Miles": miles where distances are shown in miles or feet, else kilometres.
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
 /// As the user reads it, with its unit; empty where there is no value.
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
-/// What economies are shown in: miles a gallon, litres for 100 km (less is better), or else the user's unit of distance
-/// for one of fuel.
-ShownText economyUnit(const TUnitSystem& units);
 /// VALUE of FIGURE as a number of what it is shown in: the user's unit, events for 100 of them, percent, s.
 double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem& units);
 /// The same for a table: "Distance (km)" above the figure alone.

@@ -48,6 +48,11 @@ bool isSelectable(const Column& column, std::int64_t code) {
     return std::ranges::any_of(selections, [&](const Selection& selection) { return selection.code == code; });
 }
 
+/// What a person fills in, and what is computed beside it, about which there may be something to remark.
+bool isChecked(const Column& column, const Table& table) {
+    return column.editable() || (!column.stored() && table.spec().rows.editable);
+}
+
 } // namespace
 
 ShownText cellMarkText(Severity severity) {
@@ -146,7 +151,7 @@ void TableChecker::append(const Column& column, std::size_t index, RowIndex row,
 std::vector<Finding> TableChecker::cell(std::size_t index, RowIndex row, const TextContext& context) {
     std::vector<Finding> findings;
     const Column& column = table_.column(index);
-    if (column.editable() && row < column.rowCount())
+    if (isChecked(column, table_) && row < column.rowCount())
         append(column, index, row, context, findings);
     return findings;
 }
@@ -163,7 +168,7 @@ std::vector<Finding> TableChecker::all(const TextContext& context) {
         findings.push_back(finding(Severity::Recommended, text(TextId::FewerThanRecommendedRows)));
     std::vector<std::size_t> checked; // what is neither editable nor to be a certain way needs no look at its cells
     for (std::size_t i = 0; i < table_.columnCount(); ++i)
-        if (table_.column(i).editable())
+        if (isChecked(table_.column(i), table_))
             checked.push_back(i);
     for (RowIndex row = 0; row < count; ++row)
         for (const std::size_t i : checked)

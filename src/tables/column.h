@@ -126,7 +126,8 @@ public:
     virtual std::string editText(RowIndex row, const TextContext& context) const { return text(row, context); }
     /// A figure of this column's kind as the user reads it, such as a bound of a range.
     virtual std::string figureText(double base, const TextContext& context) const;
-    /// What can be selected, in the order in which it is offered; for columns of the kind Selection only.
+    /// What can be selected, in the order in which it is offered: all that columns of the kind Selection can hold, and
+    /// texts of others, for which codes mean nothing.
     virtual std::vector<Selection> selections() const { return {}; }
     /// What speaks against a value without forbidding it; empty: nothing.
     virtual ShownText doubt(const Value&) const { return {}; }

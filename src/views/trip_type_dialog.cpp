@@ -7,12 +7,12 @@
 #include "messages/prompter.h"
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
-#include "summary/driving_figures.h"
 #include "tables/ui/table_spreadsheet.h"
 #include "texts/text.h"
 #include "ui/fields.h"
 #include "ui/status_line.h"
 #include "ui/windows.h"
+#include "units/economy.h"
 #include "units/unit_system.h"
 #include "views/list_buttons.h"
 

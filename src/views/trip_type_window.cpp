@@ -2,6 +2,7 @@
 
 #include "base/ui/qt_text.h"
 #include "export/trip_type_rows.h"
+#include "model/fuel_entries.h"
 #include "model/quobrix_document.h"
 #include "report/ui/report_view.h"
 #include "settings/settings.h"
@@ -213,6 +214,7 @@ TripTypeReport TripTypeWindow::chosen() const {
     if (const auto type = chosenIn(*type_))
         keepType(rows, trips, *type);
     result.trips.push_back({&trips, std::move(rows)});
+    result.readings = odometerReadings(result.trips);
     return result;
 }
 

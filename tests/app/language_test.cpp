@@ -32,6 +32,7 @@
 #include "units/unit_catalogue.h"
 #include "views/comments_dialog.h"
 #include "views/driving_panel.h"
+#include "views/fuel_entry_dialog.h"
 #include "views/log_view.h"
 #include "views/names_dialog.h"
 #include "views/readiness_window.h"
@@ -334,15 +335,17 @@ TEST_F(LanguageTest, WhatASpreadsheetOffersIsTranslated) {
     TQuobrixFrame frame(context_);
     const NamesCommands names(frame);
     frame.show();
-    for (const CommandId id : {CommandId::VehicleId, CommandId::QuobrixId, CommandId::DriverId})
+    for (const CommandId id : {CommandId::VehicleId, CommandId::QuobrixId, CommandId::DriverId, CommandId::FuelEntry})
         frame.commands().trigger(id);
-    for (NamesDialog* dialog : frame.namesDialogs()) {
+    for (ListDialog* dialog : frame.listDialogs()) {
         look(*dialog); // without entries
         auto& list = *dialog->findChild<TTableSpreadsheet*>();
         SpreadsheetCommands& commands = list.commands();
         commands.action(SpreadsheetCommand::Add).trigger();
         look(*dialog); // with an entry that lacks its key
-        list.view().edit(list.model().index(0, 0));
+        // Where something is typed, not chosen.
+        const int typed = dynamic_cast<FuelEntryDialog*>(dialog) ? 2 : 0;
+        list.view().edit(list.model().index(0, typed));
         look(*dialog); // with an editor
         dialog->findChild<QLineEdit*>(QStringLiteral("cellEditor"))->setText(QStringLiteral("7"));
         dialog->finishEdit();

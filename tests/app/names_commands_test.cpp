@@ -24,7 +24,7 @@ protected:
     }
     template <class Dialog>
     Dialog* dialog() {
-        for (NamesDialog* open : frame_.namesDialogs())
+        for (ListDialog* open : frame_.listDialogs())
             if (auto* found = dynamic_cast<Dialog*>(open); found && found->isVisible())
                 return found;
         return nullptr;
@@ -70,7 +70,7 @@ TEST_F(NamesCommandsTest, AnOpenEntryIsTakenBeforeACommand) {
     });
     frame_.commands().trigger(CommandId::New);
     EXPECT_FALSE(open);
-    EXPECT_TRUE(frame_.namesDialogs().isEmpty());
+    EXPECT_TRUE(frame_.listDialogs().isEmpty());
     frame_.commands().trigger(CommandId::VehicleId);
     EXPECT_EQ(view(*dialog<TVehicleNamesDialog>()).model()->rowCount(), 0);
 }

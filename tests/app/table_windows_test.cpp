@@ -58,8 +58,8 @@ TEST_F(TableWindowsTest, GoesToTheCellOfADialog) {
     const auto error = std::ranges::find(log()->findings(), RowIndex{2}, &Finding::row);
     ASSERT_NE(error, log()->findings().end());
     emit log()->goTo(*error);
-    ASSERT_EQ(frame_.namesDialogs().size(), 1);
-    auto* list = frame_.namesDialogs().front()->findChild<TSpreadsheet*>();
+    ASSERT_EQ(frame_.listDialogs().size(), 1);
+    auto* list = frame_.listDialogs().front()->findChild<TSpreadsheet*>();
     ASSERT_TRUE(list);
     EXPECT_EQ(list->currentRow(), 2u);
     EXPECT_EQ(list->model().spec(list->view().currentIndex().column()).key, "DriverNamesIDColumn");
@@ -82,8 +82,8 @@ TEST_F(TableWindowsTest, GoesFromANameInALogToWhereItIsGiven) {
     list.setCurrentCell(trip, list.model().indexOf("TTripLogVinColumn"));
     ASSERT_TRUE(go.isEnabled());
     list.commands().action(SpreadsheetCommand::GoToSource).trigger();
-    ASSERT_EQ(frame_.namesDialogs().size(), 1);
-    auto* vehicles = frame_.namesDialogs().front()->findChild<TSpreadsheet*>();
+    ASSERT_EQ(frame_.listDialogs().size(), 1);
+    auto* vehicles = frame_.listDialogs().front()->findChild<TSpreadsheet*>();
     EXPECT_EQ(vehicles->currentRow(), vehicle);
     EXPECT_EQ(vehicles->model().spec(vehicles->view().currentIndex().column()).key, "TVehicleNamesNameColumn");
 }

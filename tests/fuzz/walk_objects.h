@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fuzz/walk_records.h"
+#include "model/fuel_entries.h"
 #include "model/logs.h"
 #include "model/quobrix_document.h"
 #include "units/time_zone.h"
@@ -30,6 +31,9 @@ inline void walkObjects(ObjectStore& store) {
                 if (log.table.id() == table->type().id())
                     walkRecords(log, *table, context);
         }
+        if (const auto* entries = dynamic_cast<TFuelEntryTable*>(object))
+            for (const std::string& vehicle : entries->vehicles())
+                (void)entries->summaryOf(vehicle, context);
         if (object) {
             ByteWriter out;
             object->write(out);

@@ -155,7 +155,7 @@ TEST_F(LogFilter, TimeAndNamesNarrowIt) {
     };
     units_.setUnit(UnitTypeId::Date, UnitId::DayMonthYear);
     for (const auto& step : steps) {
-        SCOPED_TRACE(testing::Message() << step.field << " " << step.text);
+        SCOPED_TRACE(::testing::Message() << step.field << " " << step.text);
         if (view_->findChild<QLineEdit*>(QLatin1String(step.field)))
             enter(step.field, step.text);
         else

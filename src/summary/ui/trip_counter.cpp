@@ -46,7 +46,7 @@ void TripCounter::tableChanged(const TableChange& change) {
     }
     if (change.kind != TableChange::Kind::Objects)
         for (const Table* other : std::initializer_list<const Table*>{
-                 &document_.vehicles(), &document_.loggers(), &document_.drivers(),
+                 &document_.vehicles(), &document_.loggers(), &document_.drivers(), document_.fuelEntries(),
                  document_.log(logSpec(LogId::Troubles)), document_.log(logSpec(LogId::Accidents))})
             if (is(other))
                 return;

@@ -41,7 +41,7 @@ QComboBox* makeList(const Column& column, QWidget* parent) {
 
 QWidget* makeCellEditor(const SpreadsheetModel& model, const QModelIndex& cell, QWidget* parent) {
     const Column& column = model.column(cell.column());
-    QWidget* editor = column.kind() == ColumnKind::Selection
+    QWidget* editor = column.kind() == ColumnKind::Selection || !column.selections().empty()
                           ? static_cast<QWidget*>(makeList(column, parent))
                           : makeLine(model.editHint(cell.row(), cell.column()), parent);
     editor->setObjectName(QStringLiteral("cellEditor"));

@@ -356,17 +356,26 @@ void TSpreadsheet::paste() {
         for (std::size_t place = first; place < end; ++place)
             rows.push_back(model_.storedRow(static_cast<int>(place)));
 
-    const ObjectId id = table()->id();
     const TextContext form{*clipboard->form, context_.text.zone};
-    EditOutcome outcome =
-        one ? context_.edits->fill(id, columns, rows, cells.cell(0, 0), form, tr("paste").toStdString())
-            : context_.edits->paste(id, columns, rows, cells, form);
+    EditOutcome outcome = editRows(tr("paste"), [&](const Table& of) {
+        return one ? context_.edits->fill(of.id(), columns, rows, cells.cell(0, 0), form, tr("paste").toStdString())
+                   : context_.edits->paste(of.id(), columns, rows, cells, form);
+    });
     if (outcome.row != Finding::kNoRow) { // one cell of the clipboard does not fit: which, and why
         const std::string heading = plainHeading(table()->column(outcome.column).spec());
         outcome.refusal = ShownText::asItIs(text(kIncompatiblePaste) + "\n\n" +
                                             text(TextId::PasteRefusedAt, outcome.row + 1, heading, outcome.refusal));
     }
     report(outcome, MessageId::CannotPaste);
+}
+
+EditOutcome TSpreadsheet::editRows(const QString& description, const std::function<EditOutcome(const Table&)>& edit) {
+    if (table()->store() || !makesTable())
+        return edit(*table());
+    return context_.edits->group(description.toStdString(), [&] {
+        const Table* made = makeTable();
+        return made ? edit(*made) : refused(text(TextId::CannotBeRead, text(table()->spec().title)));
+    });
 }
 
 void TSpreadsheet::emptyCells(const CellBlock& block, std::string_view description, MessageOf<1> refusal) {

@@ -118,10 +118,15 @@ protected:
     std::optional<CellSource> currentSource() const;
     /// The table of the rows; nothing while nothing is shown.
     const Table* table() const;
+    /// Does EDIT, called DESCRIPTION, with the table of the rows, which is made before where it is not there yet.
+    EditOutcome editRows(const QString& description, const std::function<EditOutcome(const Table&)>& edit);
     void emptyCells(const CellBlock& block, std::string_view description, MessageOf<1> refusal);
     bool canEmpty(const CellBlock& block) const;
     DeleteSelection selectionToDelete() const;
     bool deletesRecords() const;
+    /// The table of the rows where the one that is shown only stands for it; nothing if it cannot be made.
+    virtual Table* makeTable() const { return nullptr; }
+    virtual bool makesTable() const { return false; }
     /// Puts what can be done besides into the menu of the cells, before the action BEFORE.
     virtual void addToMenu(QMenu& /*menu*/, QAction* /*before*/) {}
 

@@ -45,12 +45,14 @@ void TTableSpreadsheet::insertBeside(bool after) {
 
 void TTableSpreadsheet::insertRow(RowIndex at) {
     TableEdits& edits = *context().edits;
-    const ObjectId id = table()->id();
     const EditOutcome outcome = edits.group(tr("adding a row").toStdString(), [&] {
-        EditOutcome inserted = edits.insertRows(id, at);
-        if (inserted.ok() && newRow_)
-            edits.set(id, newRow_(at), context().text, {}); // what does not fit is left for the person to fill in
-        return inserted;
+        return editRows({}, [&](const Table& of) {
+            EditOutcome inserted = edits.insertRows(of.id(), at);
+            if (inserted.ok() && newRow_)
+                edits.set(of.id(), newRow_(at), context().text,
+                          {}); // what does not fit is left for the person to fill in
+            return inserted;
+        });
     });
     report(outcome, MessageId::CannotInsert);
     if (!outcome.ok())

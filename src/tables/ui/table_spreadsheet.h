@@ -31,12 +31,19 @@ public:
     using NewRow = std::function<std::vector<CellEdit>(RowIndex row)>;
     void setNewRow(NewRow newRow) { newRow_ = std::move(newRow); }
 
+    /// The table that is shown is empty and stands for one that is made with its first row, by this: nothing if it
+    /// cannot be made. Part of the edit that adds the row; who gives it shows the table then.
+    using MakeTable = std::function<Table*()>;
+    void setMakeTable(MakeTable makeTable) { makeTable_ = std::move(makeTable); }
+
     /// Adds a row at the end and goes to its first cell for editing.
     void addRow();
 
 protected:
     void deleteSelection() override { deleteRows(mayDelete_); }
     bool canDelete() const override { return canDeleteRows(); }
+    Table* makeTable() const override { return makeTable_(); }
+    bool makesTable() const override { return makeTable_ != nullptr; }
 
 private:
     void insertRow(RowIndex at);
@@ -44,6 +51,7 @@ private:
 
     MayDelete mayDelete_;
     NewRow newRow_;
+    MakeTable makeTable_;
 };
 
 } // namespace quobrix
