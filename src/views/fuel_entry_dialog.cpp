@@ -15,7 +15,7 @@ namespace {
 enum : std::size_t { kVehicleColumn, kTimeColumn, kFullTankColumn = 4 };
 constexpr int kCommentsColumn = 8;
 
-constexpr ListDialogSpec kSpec{"FuelEntryDialog", MessageId::EmptyFuelEntries, kCommentsColumn};
+constexpr ListDialogSpec kSpec{"FuelEntryDialog", MessageId::EmptyFuelEntries, kCommentsColumn, 170};
 
 } // namespace
 

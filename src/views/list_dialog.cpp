@@ -14,6 +14,7 @@
 #include <QDialogButtonBox>
 #include <QHeaderView>
 #include <QPushButton>
+#include <QScreen>
 #include <QStatusTipEvent>
 #include <QVBoxLayout>
 
@@ -56,7 +57,8 @@ ListDialog::ListDialog(const ViewContext& context, const ListDialogSpec& spec, c
 
     list_->setFocus();
     if (!quobrix::restoreGeometry(*this, context_.settings, spec.name))
-        resize(fontMetrics().averageCharWidth() * 120, fontMetrics().lineSpacing() * 26);
+        resize(QSize(fontMetrics().averageCharWidth() * spec.width, fontMetrics().lineSpacing() * 26)
+                   .boundedTo(screen()->availableSize() * 9 / 10));
 }
 
 ListDialog::~ListDialog() {

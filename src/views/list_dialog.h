@@ -19,6 +19,7 @@ struct ListDialogSpec {
     const char* name; ///< object name, and the section of the settings
     MessageId emptyText;
     int widestColumn; ///< that takes what room there is
+    int width = 120;  ///< at first, in characters
 };
 
 /// Edits a table of the document that people fill in. Edits apply immediately, so that the windows behind show it, and
