@@ -54,7 +54,8 @@ void SpreadsheetModel::setColumns(std::vector<ShownColumn> columns, RowTitle row
         source.comparesRows = column.comparesRows();
         if (const Table* table = column.table()) {
             source.column = table->indexOf(column.spec().key);
-            if (edits_ && column.editable())
+            source.editable = edits_ && column.editable();
+            if (edits_ && (source.editable || table->spec().rows.editable))
                 source.checker = &checkers_.try_emplace(table, *table).first->second;
         }
         sources_.push_back(source);

@@ -7,6 +7,7 @@
 
 #include <QAbstractTableModel>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <optional>
@@ -88,8 +89,8 @@ public:
     /// A box that is ticked or not.
     bool isCheckBox(int column) const;
     bool isChecked(int place, int column) const;
-    bool isEditable(int column) const { return sources_[static_cast<std::size_t>(column)].checker != nullptr; }
-    bool anyEditable() const { return !checkers_.empty(); }
+    bool isEditable(int column) const { return sources_[static_cast<std::size_t>(column)].editable; }
+    bool anyEditable() const { return std::ranges::any_of(sources_, &Source::editable); }
     /// Why a cell that can be edited cannot be just now; empty: it can.
     QString lockedBecause(int place, int column) const;
     /// What stands behind the value while it is edited: the unit, or the form of a date.
@@ -130,7 +131,8 @@ private:
     struct Source {
         ObjectId table = kNoObject;
         std::size_t column = 0;
-        TableChecker* checker = nullptr; ///< none: not for editing
+        bool editable = false;
+        TableChecker* checker = nullptr; ///< where there may be something wrong
         bool comparesRows = false;
     };
 
