@@ -82,7 +82,8 @@ TEST_F(MainFrameTest, CommandsWithoutHandlersSaySo) {
         EXPECT_NE(action(row.id)->toolTip().endsWith(QLatin1String("(not available yet)")), handled) << row.name;
     }
     EXPECT_EQ(action(CommandId::Open)->statusTip(), QStringLiteral("Opens an existing file."));
-    EXPECT_EQ(action(CommandId::ExpressSetup)->statusTip(), QStringLiteral("Express Walkthrough Setup (not available yet)"));
+    EXPECT_EQ(action(CommandId::ExpressSetup)->statusTip(),
+              QStringLiteral("Express Walkthrough Setup (not available yet)"));
 }
 
 TEST_F(MainFrameTest, ATroubleLeadsToItsTrip) {
