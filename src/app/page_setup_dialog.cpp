@@ -45,7 +45,7 @@ PageSetupDialog::PageSetupDialog(const PageSetup& setup, QWidget* parent)
     }
     paper_->setCurrentIndex(static_cast<int>(setup.paper - papers().data()));
     orientation_->setObjectName(QStringLiteral("Orientation"));
-    orientation_->addItems({tr("Lists landscape, reports portrait"), tr("Portrait"), tr("Landscape")});
+    orientation_->addItems({tr("Lists and plots landscape, reports portrait"), tr("Portrait"), tr("Landscape")});
     orientation_->setCurrentIndex(static_cast<int>(setup.orientation));
 
     auto* page = new QFormLayout;

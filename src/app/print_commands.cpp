@@ -66,7 +66,15 @@ std::optional<Report> tableReport(const QWidget& window, Grid grid) {
 Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 /// REPORT in FORMAT. The errors are Cancelled; Unsupported, which says what to do instead; Io.
-Result<Bytes> contentOf(const Report& report, FileFormat format, const PageSetup& setup, DiskProgress& progress) {
+/// Those of PAGES that ORDER wants.
+PageSource wanted(const PageSource& pages, const PrintOrder& order) {
+    const std::size_t last = std::min(order.last, pages.count), first = std::min(order.first, last);
+    return {pages.title, pages.paper, last - first,
+            [page = pages.page, first](std::size_t i) { return page(first + i); }};
+}
+
+Result<Bytes> contentOf(const Report& report, FileFormat format, const PageSetup& setup, const PrintOrder& order,
+                        DiskProgress& progress) {
     const PaperPainter painter;
     switch (format) {
     case FileFormat::Html:
@@ -85,7 +93,7 @@ Result<Bytes> contentOf(const Report& report, FileFormat format, const PageSetup
         break;
     }
     progress.what = &kPainting;
-    const PageSource pages = layOut(report, setup, painter);
+    const PageSource pages = wanted(layOut(report, setup, painter), order);
     progress.total = pages.count;
     Bytes file = painter.pdf(pages, [&](std::size_t done) {
         progress.done = done;
@@ -175,7 +183,7 @@ void PrintCommands::print(const Printable& printable, QWidget& over) {
     if (dialog.exec() != QDialog::Accepted)
         return;
     if (dialog.target() == PrintDialog::Target::PdfFile)
-        return save(dialog.report(), kPdf);
+        return save(dialog.report(), kPdf, dialog.order());
     const PageSetup setup = PageSetup::load(frame_.context().settings);
     const Result<void> printed = frame_.runDisk([&](DiskProgress& progress) {
         progress.what = &kPainting;
@@ -213,14 +221,14 @@ void PrintCommands::guarded(CommandId command, const std::function<void()>& work
     frame_.commands().guard(*frame_.commands().action(command), work);
 }
 
-void PrintCommands::save(const Report& report, std::span<const FileFormat> formats) {
+void PrintCommands::save(const Report& report, std::span<const FileFormat> formats, const PrintOrder& order) {
     const auto place = chooseCopyOf(frame_.context().document, frame_.chooser(), frame_.prompter(),
                                     SourceText("Save As"), report.title, formats);
     if (!place)
         return;
     const PageSetup setup = PageSetup::load(frame_.context().settings);
     const Result<void> saved = frame_.runDisk([&](DiskProgress& progress) -> Result<void> {
-        const Result<Bytes> bytes = contentOf(report, place->format, setup, progress);
+        const Result<Bytes> bytes = contentOf(report, place->format, setup, order, progress);
         return bytes ? write(*place, *bytes) : bytes.error();
     });
     const std::string name = utf8(place->path);

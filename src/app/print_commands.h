@@ -32,8 +32,8 @@ private:
     void print(const Printable& printable, QWidget& over);
     void preview();
     void setUp(QWidget& over);
-    /// Saves REPORT in one of FORMATS.
-    void save(const Report& report, std::span<const FileFormat> formats);
+    /// Saves REPORT in one of FORMATS; of one in pages those that ORDER wants.
+    void save(const Report& report, std::span<const FileFormat> formats, const PrintOrder& order = {});
     /// Does WORK, which a window has asked for, as COMMAND does its own: what goes wrong is told.
     void guarded(CommandId command, const std::function<void()>& work);
 

@@ -335,5 +335,30 @@ TEST_F(PrintTest, AReportIsSavedAsWhatItsFileIsCalled) {
     EXPECT_TRUE(test::textOf(folder / "Trip.HTML").starts_with("<!DOCTYPE html>"));
 }
 
+TEST_F(PrintTest, APdfHasThePagesThatAreChosen) {
+    std::string words;
+    while (words.size() < 20'000)
+        words += "far ";
+    document_.trips().column<TTripLogCommentsColumn>().set(2, words);
+    trips().showRecord(2);
+    const test::TemporaryFolder folder;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, [&] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (auto* files = qobject_cast<QFileDialog*>(dialog)) {
+            files->selectFile(toQtPath(folder / "two.pdf"));
+            static_cast<QDialog*>(files)->accept();
+        } else if (auto* last = dialog ? dialog->findChild<QSpinBox*>(QStringLiteral("LastPage")) : nullptr;
+                   last && last->isEnabled() && last->value() > 2) {
+            dialog->findChild<QSpinBox*>(QStringLiteral("FirstPage"))->setValue(2);
+            last->setValue(3);
+            part<QPushButton>(*dialog, "PdfButton").click();
+        }
+    });
+    answer.start(0);
+    frame_.commands().trigger(CommandId::Print);
+    EXPECT_NE(test::textOf(folder / "two.pdf").find("/Count 2"), std::string::npos);
+}
+
 } // namespace
 } // namespace quobrix

@@ -459,6 +459,13 @@ TEST_F(LogPlotViewTest, SpeaksToAssistiveTechnology) {
     EXPECT_EQ(value->maximumValue().toDouble(), 600);
     value->setCurrentValue(30.2);
     EXPECT_TRUE(chart->text(QAccessible::Name).startsWith("00:00:30, Hard Brake, Speed "));
+    key(Qt::Key_Right, Qt::ShiftModifier);
+    key(Qt::Key_Right, Qt::ShiftModifier);
+    const QString range = plot().spokenRange();
+    EXPECT_TRUE(range.startsWith("Selected: 00:00:30 to 00:00:32 (00:00:02, ")) << range.toStdString();
+    EXPECT_TRUE(chart->text(QAccessible::Value).endsWith(range));
+    EXPECT_TRUE(chart->text(QAccessible::Description).startsWith(range + ". Speed: "))
+        << chart->text(QAccessible::Description).toStdString();
 }
 
 TEST_F(LogPlotViewTest, OptionsAreTakenBackByCancel) {

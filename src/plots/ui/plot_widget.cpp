@@ -740,13 +740,32 @@ void PlotWidget::say(const QString& text) {
     QApplication::sendEvent(this, &tip);
 }
 
-QString PlotWidget::spokenText() const {
-    return pointers_.cursor && !data_.panels.empty()
-               ? toQt(spokenReading(data_, readPlot(data_, *pointers_.cursor, text_)))
+QString PlotWidget::spokenRange() const {
+    return pointers_.range && !data_.panels.empty()
+               ? toQt(rangeText(data_, figuresOf(data_, *pointers_.range, text_), true, text_))
                : QString();
 }
 
-QString PlotWidget::describe() const { return toQt(plotDescription(data_, layout_, text_)); }
+QString PlotWidget::spokenText() const {
+    QStringList spoken;
+    if (pointers_.cursor && !data_.panels.empty())
+        spoken << toQt(spokenReading(data_, readPlot(data_, *pointers_.cursor, text_)));
+    if (const QString range = spokenRange(); !range.isEmpty())
+        spoken << range;
+    return spoken.join(QLatin1String(". "));
+}
+
+QString PlotWidget::describe() const {
+    QStringList all;
+    if (const QString range = spokenRange(); !range.isEmpty()) {
+        all << range + QLatin1Char('.');
+        for (const PanelLayout& panel : layout_.panels)
+            for (const ShownText& sentence : sentencesOf(data_, data_.panels[panel.panel], *pointers_.range, text_))
+                all << toQt(sentence);
+    }
+    all << toQt(plotDescription(data_, layout_, text_));
+    return all.join(QLatin1Char(' '));
+}
 
 /// Only where a key has moved the cursor: the mouse would never stop talking.
 void PlotWidget::speak() {

@@ -53,6 +53,8 @@ public:
     QString spokenText() const;
     /// What the panels show, in words.
     QString describe() const;
+    /// What is selected, with its length; empty if nothing is.
+    QString spokenRange() const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return least_; }
