@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::int32_t kCoolantParameter = 4; // °C
 
+/// Nobody's mean gets right after so many times the least stretch.
+constexpr std::size_t kGivenUp = 10;
+
 /// s in stretches of cruise.
 std::int64_t cruiseIn(const DriveSamples& samples) {
     const std::size_t least = (static_cast<std::size_t>(kLeastCruise) + samples.interval - 1) / samples.interval;
@@ -21,6 +24,10 @@ std::int64_t cruiseIn(const DriveSamples& samples) {
         std::size_t count = 0, cruised = 0;
         for (std::size_t i = first; i < samples.speeds.size(); ++i) {
             const int speed = samples.speeds[i];
+            if (speed < kCruiseLeast - kCruiseSpan || speed > kCruiseMost + kCruiseSpan)
+                break; // it is far from every mean that counts
+            if (cruised == 0 && count > kGivenUp * least)
+                break; // hours at a speed below would be added up from each of their seconds on
             sum += speed;
             slowest = std::min(slowest, speed);
             fastest = std::max(fastest, speed);
