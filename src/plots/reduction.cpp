@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -79,11 +80,12 @@ Reduction reduce(const PlotSamples& samples, double origin, double width, std::s
                 ++first;
             while (!samples.has(last))
                 --last;
-            const auto [earlier, later] =
-                std::ranges::minmax({extremes->least, extremes->greatest}, {}, &PlotSamples::Sample::number);
+            PlotSamples::Sample earlier = extremes->least, later = extremes->greatest;
+            if (later.number < earlier.number)
+                std::swap(earlier, later);
             runs.beginWith(first);
             runs.add({first, samples.value(first)});
-            for (const PlotSamples::Sample& sample : {earlier, later, {last, samples.value(last)}})
+            for (const PlotSamples::Sample& sample : {earlier, later, PlotSamples::Sample{last, samples.value(last)}})
                 runs.addOther(sample);
         }
         i = next;
