@@ -34,9 +34,10 @@ protected:
 };
 
 TEST_F(TripTypeReportTest, EachTripIsPaidByTheRateOfItsLocalDayAndRoundedOnce) {
-    zone_ = *TimeZone::named("America/New_York"); // the trips start at 17:13 there, and five hours later in Greenwich
-    add(test::kStart, "Work", 10'050);            // 3.015, exactly half a hundredth
-    add(test::kStart + 3 * kHour, "wORK", 1000);  // 20:13, the next day in Greenwich
+    zone_ =
+        *TimeZone::named("EST5EDT,M3.2.0,M11.1.0"); // the trips start at 17:13 there, and five hours later in Greenwich
+    add(test::kStart, "Work", 10'050);              // 3.015, exactly half a hundredth
+    add(test::kStart + 3 * kHour, "wORK", 1000);    // 20:13, the next day in Greenwich
     add(test::kStart + 7 * kHour, "Work", 1609.344 * 10);
     add(test::kStart, "Fun", 1000);
     add(test::kStart, "Late", 1000);

@@ -90,7 +90,7 @@ TEST(TripTypes, AUsersFileGoesBeforeTheDeliveredOne) {
 TEST(TripTypes, WhatIsTypedIsADayAndANameWithoutBlanks) {
     TripTypesTable table;
     const TUnitSystem units;
-    const TimeZone zone = *TimeZone::named("America/Sao_Paulo"); // where 4 November 2018 began at one o'clock
+    const TimeZone zone = *TimeZone::named("<-03>3<-02>,M11.1.0/0,M2.3.0/0"); // 4 November 2018 began at one o'clock
     const TextContext context{units, zone};
     TableEdits edits(table);
     table.show({{"Work", 0.5, false}}, zone);
