@@ -16,15 +16,6 @@ constexpr double kLeastEconomy = 3 * 1609.344, kMostEconomy = 240 * 1609.344; //
 
 const TFuelEntryTable* entriesOf(const Column& column) { return static_cast<const TFuelEntryTable*>(column.table()); }
 
-/// By its name; by its number, too, where it has none or another one has the same.
-std::string calledIn(const TVehicleNamesTable& vehicles, RowIndex row) {
-    const std::string key = vehicles.key(row), &name = vehicles.name(row);
-    if (name.empty())
-        return key;
-    const bool alone = std::ranges::count(vehicles.column<TVehicleNamesNameColumn>().values(), name) == 1;
-    return alone ? name : std::string(text(TextId::WithAside, name, key));
-}
-
 } // namespace
 
 const TVehicleNamesTable* FuelVehicleColumn::vehicles() const {
@@ -36,7 +27,7 @@ std::string_view FuelVehicleColumn::textView(RowIndex row, const TextContext&, T
     const RowIndex known = names ? names->find(at(row)) : 0;
     if (!names || known >= names->rowCount())
         return at(row);
-    return buffer.words = calledIn(*names, known);
+    return buffer.words = names->choiceName(known);
 }
 
 std::vector<Selection> FuelVehicleColumn::selections() const {
@@ -44,7 +35,7 @@ std::vector<Selection> FuelVehicleColumn::selections() const {
     if (const TVehicleNamesTable* names = vehicles())
         for (RowIndex row = 0; row < names->rowCount(); ++row)
             if (!names->key(row).empty())
-                all.push_back({static_cast<std::int64_t>(row), calledIn(*names, row)});
+                all.push_back({static_cast<std::int64_t>(row), names->choiceName(row)});
     return all;
 }
 
@@ -56,7 +47,7 @@ Parsed FuelVehicleColumn::parse(std::string_view text, const TextContext&) const
     const TVehicleNamesTable* names = vehicles();
     std::vector<RowIndex> called;
     for (RowIndex row = 0; names && row < names->rowCount(); ++row) {
-        if (foldCase(names->key(row)) == typed || foldCase(calledIn(*names, row)) == typed)
+        if (foldCase(names->key(row)) == typed || foldCase(names->choiceName(row)) == typed)
             return {names->key(row), {}};
         if (foldCase(names->name(row)) == typed)
             called.push_back(row);

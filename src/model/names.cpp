@@ -196,6 +196,16 @@ std::string_view NamesTable::displayName(std::string_view key, std::string& buff
     return row < rowCount() && !name(row).empty() ? std::string_view(name(row)) : textIn(buffer, kUnknownName);
 }
 
+std::string NamesTable::choiceName(RowIndex row) const {
+    const std::string& own = name(row);
+    if (own.empty())
+        return key(row);
+    for (RowIndex other = 0; other < rowCount(); ++other)
+        if (other != row && name(other) == own)
+            return text(TextId::WithAside, own, key(row));
+    return own;
+}
+
 const TableSpec& TVehicleNamesTable::spec() const {
     static constexpr TableSpec spec{
         kType,

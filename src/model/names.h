@@ -131,6 +131,9 @@ public:
     std::string nameOf(std::string_view key) const;
     /// The name of KEY, or "Unknown"; holds until a name or BUFFER changes.
     std::string_view displayName(std::string_view key, std::string& buffer) const;
+    /// What tells the row from the others where people choose among them: its name; with its key, where another row has
+    /// the same name; its key alone, where it has none.
+    std::string choiceName(RowIndex row) const;
 
     /// Adds a row for each of KEYS that has none, in their order; gives the keys added. Empty ones are passed over.
     /// Takes time in proportion to the keys and the rows.

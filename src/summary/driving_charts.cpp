@@ -129,6 +129,20 @@ Scale scaleOf(const DrivingChart& chart, double highest, const TUnitSystem& unit
     return scale;
 }
 
+Scale scaleOf(const DrivingChart& chart, std::span<const DrivingMonth> months, const TUnitSystem& units) {
+    double highest = 0;
+    for (const DrivingMonth& month : months)
+        highest = std::max(highest, barOf(chart, month.totals, units).whole());
+    return scaleOf(chart, highest, units);
+}
+
+double widthOf(const Scale& scale, const TextMeasure& measure) {
+    double widest = 0;
+    for (const std::string& text : scale.texts)
+        widest = std::max(widest, measure.width(text, FontRole::Small) + 0.6 * measure.fontSize());
+    return widest;
+}
+
 } // namespace
 
 std::array<DrivingChart, 3> drivingCharts() {
@@ -144,18 +158,16 @@ MonthsPicture drawMonths(const DrivingChart& chart, std::span<const DrivingMonth
     Drawing& drawing = picture.drawing;
     drawing = {look.title, {}, {}, em, {}};
     std::vector<MonthBar> bars;
-    double highest = 0;
     for (const DrivingMonth& month : months) {
         bars.push_back(barOf(chart, month.totals, units));
-        highest = std::max(highest, bars.back().whole());
         picture.months.push_back({{}, nameOf(month), bars.back().text});
         if (!bars.back().parts.empty())
             drawing.description += (drawing.description.empty() ? "" : "; ") + nameOf(month) + ": " + bars.back().text;
     }
-    const Scale scale = scaleOf(chart, highest, units);
-    double left = 0; // of the bars, right of the scale
-    for (const std::string& text : scale.texts)
-        left = std::max(left, measure.width(text, FontRole::Small) + 0.6 * em);
+    const Scale scale = scaleOf(chart, months, units);
+    double left = widthOf(scale, measure); // of the bars; a month stands in one place in all charts of a page
+    for (const DrivingChart& other : drivingCharts())
+        left = std::max(left, widthOf(scaleOf(other, months, units), measure));
     const double step =
         std::max((room.width - left) / static_cast<double>(std::max<std::size_t>(months.size(), 1)), kLeastMonth * em);
     drawing.size.width = left + step * static_cast<double>(months.size());

@@ -18,8 +18,10 @@
 
 #include <QDialogButtonBox>
 #include <QHeaderView>
+#include <QKeySequence>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QStatusTipEvent>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -167,7 +169,51 @@ QWidget* TripTypeDialog::rulesPage() {
                  *ruleList_, ruleEdits_);
     for (QPushButton* button : page->findChildren<QPushButton*>()) // "addRule", beside "addName" for the types
         button->setObjectName(button->objectName().replace(QLatin1String("Name"), QLatin1String("Rule")));
+    auto& buttons =
+        *static_cast<QVBoxLayout*>(page->findChild<QPushButton*>(QStringLiteral("addRule"))->parentWidget()->layout());
+    buttons.insertWidget(2, moveButton(tr("Move U&p"), "moveRuleUp", -1));
+    buttons.insertWidget(3, moveButton(tr("Move Do&wn"), "moveRuleDown", 1));
     return page;
+}
+
+/// Moves the current rule among the others by one place, BY 1 or -1.
+QPushButton* TripTypeDialog::moveButton(const QString& text, const char* name, int by) {
+    auto* button = new QPushButton(text);
+    button->setObjectName(QLatin1String(name));
+    button->setAutoDefault(false);
+    button->setFocusPolicy(Qt::TabFocus);
+    const QKeySequence keys(by < 0 ? Qt::ALT | Qt::Key_Up : Qt::ALT | Qt::Key_Down);
+    button->setToolTip(
+        tr("Moves the rule: the first one that fits a trip counts (%1).").arg(keys.toString(QKeySequence::NativeText)));
+    connect(button, &QPushButton::clicked, this, [this, by] { moveRule(by); });
+    auto* key = new QShortcut(keys, ruleList_);
+    key->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(key, &QShortcut::activated, this, [this, by] { moveRule(by); });
+    const auto follow = [this, button, by] {
+        const std::optional<RowIndex> row = ruleList_ ? ruleList_->currentRow() : std::nullopt;
+        button->setEnabled(row && (by < 0 ? *row > 0 : *row + 1 < rules_.rowCount()));
+    };
+    follow();
+    connect(ruleList_, &TSpreadsheet::currentRowChanged, button, follow);
+    connect(&ruleList_->model(), &SpreadsheetModel::editHistoryChanged, button, follow);
+    return button;
+}
+
+void TripTypeDialog::moveRule(int by) {
+    if (!ruleList_->finishEdit() || !ruleList_->currentRow())
+        return;
+    const RowIndex row = *ruleList_->currentRow();
+    if (by < 0 ? row == 0 : row + 1 >= rules_.rowCount())
+        return;
+    const RowIndex other = by < 0 ? row - 1 : row + 1;
+    std::vector<CellEdit> cells;
+    for (std::size_t column = 0; column < rules_.columnCount(); ++column) {
+        cells.push_back({column, row, rules_.column(column).value(other)});
+        cells.push_back({column, other, rules_.column(column).value(row)});
+    }
+    const int column = ruleList_->view().currentIndex().column();
+    if (ruleEdits_.set(kNoObject, std::move(cells), context_.text(), text(TextId::MovingRule)).ok())
+        ruleList_->setCurrentCell(other, column);
 }
 
 /// The rules choose among the types of the other page, and the vehicles of the document.
@@ -178,13 +224,9 @@ void TripTypeDialog::offerTypes() {
             types.push_back({name});
     const TVehicleNamesTable& names = context_.document.vehicles();
     std::vector<RuleChoiceColumn::Choice> vehicles;
-    for (RowIndex row = 0; row < names.rowCount(); ++row) {
-        const std::string key = names.key(row), &name = names.name(row);
-        if (key.empty())
-            continue;
-        const bool alone = std::ranges::count(names.column<TVehicleNamesNameColumn>().values(), name) == 1;
-        vehicles.push_back({key, name.empty() ? key : alone ? name : text(TextId::WithAside, name, key)});
-    }
+    for (RowIndex row = 0; row < names.rowCount(); ++row)
+        if (const std::string key = names.key(row); !key.empty())
+            vehicles.push_back({key, names.choiceName(row)});
     rules_.offer(namesOf(types), std::move(vehicles));
     ruleList_->model().valuesChanged(); // marks and names
 }

@@ -8,6 +8,7 @@
 
 #include <optional>
 
+class QPushButton;
 class QTabWidget;
 
 namespace quobrix {
@@ -40,6 +41,8 @@ private:
     QWidget* typesPage();
     QWidget* rulesPage();
     TTableSpreadsheet& currentList() const;
+    QPushButton* moveButton(const QString& text, const char* name, int by);
+    void moveRule(int by);
     void offerTypes();
     void refuse(QWidget& list, const ShownText& why);
     void showStatus(const QString& tip);

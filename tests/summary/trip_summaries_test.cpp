@@ -265,6 +265,27 @@ TEST_F(Counting, AnyDocumentsInAnyOrderCountEveryTripOnce) {
         ASSERT_EQ(counted().size(), seen.size());
         ASSERT_EQ(distance, expected);
         ASSERT_EQ(count(some), Counts(0, 0));
+        for (int edit = 0; edit < 6; ++edit) { // whatever is done and undone, each trip's record is as the trip is
+            const RowIndex rows = some.trips().rowCount();
+            if (random() % 3 == 0 && some.edits().canUndo())
+                some.edits().undo();
+            else if (random() % 3 == 0 && some.edits().canRedo())
+                some.edits().redo();
+            else if (random() % 2 == 0 && rows > 0)
+                some.edits().removeRows(some.trips().id(), {random() % rows});
+            else if (rows > 0)
+                (void)giveDriver(some, {random() % rows}, static_cast<std::int32_t>(random() % 3));
+            count(some);
+            const std::vector<SummaryRecord> all = counted();
+            ASSERT_EQ(all.size(), seen.size());
+            for (RowIndex row = 0; row < some.trips().rowCount(); ++row) {
+                const SummaryRecord trip = *TripSummaries(some, settings).record(row);
+                const auto found = std::ranges::find(all, trip.start, &SummaryRecord::start);
+                ASSERT_NE(found, all.end());
+                ASSERT_EQ(found->driver, trip.driver);
+                ASSERT_EQ(found->distance, trip.distance);
+            }
+        }
     }
 }
 

@@ -244,6 +244,16 @@ TEST_F(RecordCommandsTest, RulesForNewTripsAreEditedBesideTheTypes) {
     press("undoRules");
     EXPECT_EQ(rules.index(0, 4).data().toString(), "Fun");
     press("redoRules");
+    press("addRule");
+    ASSERT_TRUE(dialog.ruleList().finishEdit());
+    EXPECT_TRUE(rules.type(1, 4, "work").ok());
+    press("moveRuleUp");
+    EXPECT_EQ(rules.index(0, 4).data().toString(), "Work");
+    EXPECT_EQ(rules.index(0, 3).data().toString(), "") << "any vehicle";
+    EXPECT_FALSE(dialog.findChild<QPushButton*>("moveRuleUp")->isEnabled());
+    press("undoRules");
+    press("undoRules");
+    press("undoRules");
     dialog.findChild<QPushButton*>("showTypeReport")->click();
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_TRUE(dialog.reportWanted());
