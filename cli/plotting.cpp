@@ -16,6 +16,8 @@
 #include "plots/time_window.h"
 #include "settings/file_settings.h"
 #include "texts/text.h"
+#include "units/date_time.h"
+#include "units/fine_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -88,7 +90,10 @@ std::optional<PlotRange> rangeOf(const PlottingOptions& options, const PlotData&
     const ZoomResult zoomed = zoomedTo(data, range, width);
     if (!zoomed.maximumReached)
         return zoomed.range;
-    complain(makeMessage(MessageId::MaximumZoom).text);
+    const double least = zoomed.range.length();
+    complain(text(TextId::CliPlotLeast, makeMessage(MessageId::MaximumZoom).text,
+                  data.axis == PlotAxis::Distance ? lengthText(units.context().units, UnitTypeId::Distance, least)
+                                                  : durationText(static_cast<std::int64_t>(std::ceil(least - 1e-6)))));
     return {};
 }
 
@@ -185,7 +190,13 @@ ExitCode plot(const PlottingOptions& options) {
         return kFailed;
     }
     if (!options.from.empty() || !options.to.empty()) {
-        view.range = rangeOf(options, data, layOutPlot(data, view, context, *size, *measure).width(), units);
+        Size room = *size;
+        if (*format == FileFormat::Pdf) {
+            const PageFormat page = PageSetup::load(settings).formatFor({{}, {}, true});
+            room.width = page.paper.width - page.margins.left - page.margins.right;
+            measure = painter->measure(kListFontSize);
+        }
+        view.range = rangeOf(options, data, layOutPlot(data, view, context, room, *measure).width(), units);
         if (!view.range)
             return kUsage;
     }

@@ -94,6 +94,14 @@ std::vector<PanelChoice> withPlaced(const PlotData& data, std::vector<PanelChoic
     return choices;
 }
 
+std::vector<PanelChoice> withHeight(const PlotData& data, std::vector<PanelChoice> choices, std::size_t panel,
+                                    double factor) {
+    choices = withAllPanels(data, std::move(choices));
+    double& height = choiceOf(choices, data.panels[panel]).height;
+    height = std::clamp(height * factor, kLeastPercent / kPercent, kMostPercent / kPercent);
+    return choices;
+}
+
 std::vector<PanelChoice> withBorder(const PlotData& data, std::vector<PanelChoice> choices, const PlotLayout& layout,
                                     std::size_t upper, double by) {
     choices = withAllPanels(data, std::move(choices));

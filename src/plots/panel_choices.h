@@ -28,6 +28,9 @@ std::vector<PanelChoice> withMoved(const PlotData& data, std::vector<PanelChoice
 /// Where PANEL has come to stand above the panel BEFORE, or without one below all others.
 std::vector<PanelChoice> withPlaced(const PlotData& data, std::vector<PanelChoice> choices, std::size_t panel,
                                     std::optional<std::size_t> before);
+/// Where PANEL takes FACTOR times as much of the height as before, as far as all stay worth looking at.
+std::vector<PanelChoice> withHeight(const PlotData& data, std::vector<PanelChoice> choices, std::size_t panel,
+                                    double factor);
 /// Where the border between the panels LAYOUT has in the places UPPER and UPPER + 1 has moved down BY units, as far as
 /// both stay worth looking at.
 std::vector<PanelChoice> withBorder(const PlotData& data, std::vector<PanelChoice> choices, const PlotLayout& layout,

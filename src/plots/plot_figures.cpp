@@ -1,6 +1,5 @@
 #include "plots/plot_figures.h"
 
-#include "plots/plot_layout.h"
 #include "texts/text.h"
 #include "units/date_time.h"
 #include "units/fine_text.h"
@@ -91,7 +90,8 @@ std::optional<std::size_t> sampleReadAt(const PlotData& data, const PlotCurve& c
     return goesOn && held ? sample : std::nullopt;
 }
 
-PlotReading readPlot(const PlotData& data, double place, const TextContext& context) {
+PlotReading readPlot(const PlotData& data, double place, const TextContext& context,
+                     std::span<const PanelChoice> choices) {
     PlotReading reading;
     reading.place = placeText(data, place, context);
     if (data.clock && data.axis != PlotAxis::Distance) {
@@ -101,13 +101,16 @@ PlotReading readPlot(const PlotData& data, double place, const TextContext& cont
         const DateTime local = context.zone.toLocal(static_cast<std::int32_t>(moment));
         reading.clock = timeTextWithSeconds(context.units, local);
     }
-    for (std::size_t i = 0; i < data.panels.size(); ++i)
+    for (std::size_t i = 0; i < data.panels.size(); ++i) {
+        if (hides(choices, data.panels[i]))
+            continue;
         for (const PlotCurve& curve : data.panels[i].curves) {
             const std::optional<std::size_t> sample = sampleReadAt(data, curve, place);
             reading.values.push_back(
                 {i, curve.record, titleOf(data, data.panels[i], curve),
                  sample ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
         }
+    }
     if (const PlotCurve* speed = speedOf(data))
         if (const std::optional<std::size_t> sample = sampleReadAt(data, *speed, place))
             reading.band = bandOf(data, speed->samples.value(*sample));
@@ -163,7 +166,8 @@ double sampleBeside(const PlotData& data, double place, int direction) {
     return beside.value_or(here);
 }
 
-RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context) {
+RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context,
+                       std::span<const PanelChoice> choices) {
     RangeFigures figures;
     figures.range = {nearestSample(data, std::min(range.from, range.to)),
                      nearestSample(data, std::max(range.from, range.to))};
@@ -183,7 +187,7 @@ RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext&
     figures.distanceText = lengthText(context.units, UnitTypeId::Distance, figures.distance);
     for (std::size_t i = 0; i < data.panels.size(); ++i) {
         const PlotPanel& panel = data.panels[i];
-        if (!panel.states.empty())
+        if (!panel.states.empty() || hides(choices, panel))
             continue;
         for (const PlotCurve& curve : panel.curves) {
             CurveFigures& of = figures.curves.emplace_back();

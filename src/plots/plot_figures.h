@@ -1,9 +1,10 @@
 #pragma once
 
-#include "plots/plot_data.h"
+#include "plots/plot_layout.h"
 #include "report/report.h"
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,7 @@ std::string valueText(const PlotPanel& panel, double value, const TextContext& c
 /// The sample of CURVE that is read at PLACE: the last one there or before, if that has a value and its record goes on.
 std::optional<std::size_t> sampleReadAt(const PlotData& data, const PlotCurve& curve, double place);
 
-/// What a plot tells at one place of its axis, as texts.
+/// What a plot tells at one place of its axis, as texts. What a person has hidden is left out here as below.
 struct PlotReading {
     struct Value {
         std::size_t panel = 0, record = 0;
@@ -32,7 +33,8 @@ struct PlotReading {
     ShownText bandLabel;
     std::optional<std::size_t> event; ///< at that very moment
 };
-PlotReading readPlot(const PlotData& data, double place, const TextContext& context);
+PlotReading readPlot(const PlotData& data, double place, const TextContext& context,
+                     std::span<const PanelChoice> choices = {});
 /// A reading in one line, for who hears it.
 ShownText spokenReading(const PlotData& data, const PlotReading& reading);
 
@@ -57,7 +59,8 @@ struct RangeFigures {
     std::string distanceText;
     std::vector<CurveFigures> curves; ///< in the order of the panels
 };
-RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context);
+RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext& context,
+                       std::span<const PanelChoice> choices = {});
 
 /// What they are figures of: "Shown: 00:00:00 to 00:25:10 (00:25:10, 12.3 Miles)".
 ShownText rangeText(const PlotData& data, const RangeFigures& figures, bool selected, const TextContext& context);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 namespace quobrix {
@@ -30,6 +31,7 @@ constexpr double kMostOfWidth = 0.2; // for the names of bands
 
 constexpr double kTickRoom = 1.7; // lines of small text between two ticks
 constexpr double kMostTicks = 10; // beyond which more of them tell no more
+constexpr double kStepParts = 4;  // of a step between ticks: an axis ends at one of them
 constexpr double kMarksHeight = kPlotMarkSize + 3;
 
 struct Shown {
@@ -81,6 +83,19 @@ std::pair<double, double> bounds(const PlotPanel& panel, const TUnitSystem& unit
         greatest += room;
     }
     return {least, greatest};
+}
+
+/// The tops of labels of HEIGHT, given by their MIDDLES from the bottom up, moved no further than it takes for them to
+/// lie between TOP and BOTTOM without touching; all of them have room there.
+std::vector<double> apart(const std::vector<double>& middles, double height, double top, double bottom) {
+    std::vector<double> tops;
+    for (const double middle : middles) {
+        tops.push_back(std::min(middle - height / 2, bottom - height));
+        bottom = tops.back();
+    }
+    for (std::size_t i = tops.size(); i-- > 0; top = tops[i] + height)
+        tops[i] = std::max(tops[i], top);
+    return tops;
 }
 
 class Layouter {
@@ -303,15 +318,17 @@ private:
         Steps steps = stepsFrom((greatest - least) / most);
         double lower = least, upper = greatest;
         if (!normalized) {
-            const auto whole = [&, from = least, to = greatest] {
-                lower = std::floor(from / steps.step + 1e-9) * steps.step;
-                upper = std::ceil(to / steps.step - 1e-9) * steps.step;
+            const auto widen = [&, from = least, to = greatest](double unit) {
+                lower = std::floor(from / unit + 1e-9) * unit;
+                upper = std::ceil(to / unit - 1e-9) * unit;
             };
-            whole();
-            if ((upper - lower) / steps.step > most + 0.5) {
+            widen(steps.step / kStepParts);
+            if ((upper - lower) / steps.step > most + 1e-9) {
                 steps = stepsFrom(steps.step * 1.5);
-                whole();
+                widen(steps.step / kStepParts);
             }
+            if (multiples(steps.step, lower, upper).size() < 2)
+                widen(steps.step);
         }
         for (const double value : multiples(steps.step, lower, upper))
             panel.ticks.push_back({base(value), 0, units.formatNumber(value, steps.decimals)});
@@ -343,22 +360,24 @@ private:
         for (const PlotBand& band : data_.bands)
             ends.push_back(band.to);
         panel.bands = walkBands(ends, panel.scale);
+        std::vector<std::size_t> named(panel.bands.size());
+        std::iota(named.begin(), named.end(), std::size_t{0});
         const double height = measure_.lineHeight(FontRole::Fine), ascent = measure_.ascent(FontRole::Fine);
-        double above = panel.scale.bottom; // what is free ends here
-        for (std::size_t band = 0; band < panel.bands.size(); ++band) {
-            const double top =
-                std::clamp(panel.bands[band].label - height / 2, panel.scale.top, panel.scale.bottom - height);
-            if (top + height > above)
-                continue;
-            above = top;
-            const double left = result_.axis.right + kTickGap * em_;
+        // Where not all of them have room, the lowest bands tell least.
+        const auto room = static_cast<std::size_t>(std::max(1.0, std::floor(panel.area.height / height)));
+        named.erase(named.begin(), named.end() - static_cast<std::ptrdiff_t>(std::min(room, named.size())));
+        std::vector<double> middles;
+        for (const std::size_t band : named)
+            middles.push_back(panel.bands[band].label);
+        const std::vector<double> tops = apart(middles, height, panel.scale.top, panel.scale.bottom);
+        const double left = result_.axis.right + kTickGap * em_;
+        for (std::size_t i = 0; i < named.size(); ++i)
             panel.bandLabels.push_back(
-                {{left, top + ascent},
-                 elided(data_.bands[band].label, FontRole::Fine, result_.size.width - left, measure_),
+                {{left, tops[i] + ascent},
+                 elided(data_.bands[named[i]].label, FontRole::Fine, result_.size.width - left, measure_),
                  Anchor::Start,
                  FontRole::Fine,
                  ColourRole::SecondaryText});
-        }
     }
 
     void addAxis() {
@@ -419,6 +438,11 @@ private:
 };
 
 } // namespace
+
+bool hides(std::span<const PanelChoice> choices, const PlotPanel& panel) {
+    const auto choice = std::ranges::find(choices, panel.key, &PanelChoice::key);
+    return choice != choices.end() && choice->hidden;
+}
 
 bool shows(const PlotOptions& options, PlotEventKind kind) {
     return plotEventSpec(kind).braking ? options.brakes : options.accelerations;

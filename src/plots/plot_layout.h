@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ struct PanelChoice {
     double height = 1; ///< in proportion to the others
     bool operator==(const PanelChoice&) const = default;
 };
+/// Whether PANEL is not to be shown by CHOICES.
+bool hides(std::span<const PanelChoice> choices, const PlotPanel& panel);
 
 /// What of a plot is shown, and how.
 struct PlotView {
@@ -46,7 +49,7 @@ struct PanelLayout {
     Box grip{}; ///< around the title, by which the panel can be moved
     std::vector<PlotTick> ticks;
     std::vector<BandRows> bands;
-    std::vector<Text> bandLabels;  ///< those that touch no other
+    std::vector<Text> bandLabels;  ///< from the lowest band up; they do not touch
     std::optional<double> marksAt; ///< the middle of the row above the area in which events are marked
 };
 

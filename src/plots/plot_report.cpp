@@ -34,7 +34,7 @@ Report ShownPlot::report(PlotData data, PlotView view, const TextContext& contex
         return report;
     }
     view.named = false; // the report is
-    const RangeFigures figures = figuresOf(data, view.range.value_or(data.whole), context);
+    const RangeFigures figures = figuresOf(data, view.range.value_or(data.whole), context, view.panels);
     Paragraph range{rangeText(data, figures, false, context)};
     const auto shown = std::make_shared<const ShownPlot>(std::move(data), std::move(view), context);
     report.blocks.emplace_back(

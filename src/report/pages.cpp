@@ -37,6 +37,10 @@ public:
     /// All pages one below the other, without what stands at their feet.
     Drawing together() const {
         Drawing all{title_, {}, {format_.paper.width, 0}, measure_.fontSize(), {}};
+        for (const Block& block : report_.blocks)
+            if (const auto* picture = std::get_if<Picture>(&block))
+                all.description += (all.description.empty() ? "" : "\n") +
+                                   picture->draw({room_.width, kUnlimited}, measure_).description;
         all.commands.emplace_back(Rectangle{});
         double top = 0;
         for (std::size_t index = 0; index < count(); ++index)

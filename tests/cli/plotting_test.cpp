@@ -118,7 +118,7 @@ TEST_F(PlottingOnTheCommandLine, RefusesWhatItCannotDraw) {
         {{"trip", "1", "A.car", "--from", "00:00:05", "--to", "00:00:09"},
          "New.svg",
          2,
-         "Maximum magnification reached."},
+         "Maximum magnification reached. Nothing shorter than 00:0"},
     };
     for (const auto& c : cases) {
         const Outcome outcome = plot(c.arguments, c.out);

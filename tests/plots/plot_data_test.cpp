@@ -115,6 +115,10 @@ TEST_F(PlotDataTest, IsReadAtAPlaceAsLastSampled) {
     EXPECT_EQ(
         spokenReading(data, reading),
         "00:00:04, Speed 4 kph, Engine Speed 2,000 RPM, Fuel System Status 1 C, Fuel System Status 2 O, Speed Band 1");
+    const PanelChoice hidden[] = {{data.panels[0].key, true}, {data.panels[2].key, true}};
+    const PlotReading shown = readPlot(data, 4.2, context_, hidden);
+    EXPECT_EQ(spokenReading(data, shown), "00:00:04, Engine Speed 2,000 RPM, Fuel System Status 2 O, Speed Band 1");
+    EXPECT_EQ(figuresOf(data, data.whole, context_, hidden).curves.size(), 1u);
     EXPECT_EQ(readPlot(data, 2.5, context_).values[1].text, "") << "that sample has no value";
     for (const PlotReading::Value& value : readPlot(data, 61, context_).values)
         EXPECT_EQ(value.text, "") << "behind the last sample of the trip";

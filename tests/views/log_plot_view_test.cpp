@@ -347,6 +347,21 @@ TEST_F(LogPlotViewTest, PanelsAreHiddenMovedAndSized) {
     EXPECT_EQ(panels(), "Speed FuelSystem1 FuelSystem2");
     open();
     EXPECT_EQ(panels(), "Speed FuelSystem1 FuelSystem2") << "remembered";
+    EXPECT_EQ(page_->findChild<QTableWidget*>(QStringLiteral("PlotFiguresTable"))->rowCount(), 3);
+    plot().setFocus();
+    key(Qt::Key_Down);
+    EXPECT_TRUE(plot().spokenText().startsWith("Fuel System Status 1 (2 of 3). ")) << plot().spokenText().toStdString();
+    key(Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(panels(), "FuelSystem1 Speed FuelSystem2");
+    EXPECT_FALSE(action("PlotPanelUp").isEnabled());
+    const double low = heights(0);
+    key(Qt::Key_Up, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_GT(heights(0), low);
+    key(Qt::Key_Down, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NEAR(heights(0), low, 1);
+    menu();
+    action("PlotPanelDown").trigger();
+    EXPECT_EQ(panels(), "Speed FuelSystem1 FuelSystem2") << "the menu of the keyboard is that of the chosen one";
     for (int i = 0; i < 3; ++i) {
         menu();
         action("PlotPanelHide").trigger();

@@ -152,8 +152,9 @@ void PlotFiguresTable::showAll() {
         return;
     shown_ = plot_.pointers().range;
     const PlotData& plotted = plot_.data();
-    const RangeFigures figures = figuresOf(plotted, shown_.value_or(plot_.seen()), text_);
-    const std::vector<PlotReading::Value> rows = readPlot(plotted, plotted.whole.from, text_).values;
+    const RangeFigures figures = figuresOf(plotted, shown_.value_or(plot_.seen()), text_, plot_.view().panels);
+    const std::vector<PlotReading::Value> rows =
+        readPlot(plotted, plotted.whole.from, text_, plot_.view().panels).values;
     if (table_->rowCount() != static_cast<int>(rows.size())) {
         table_->setRowCount(static_cast<int>(rows.size()));
         updateGeometry();
@@ -179,7 +180,7 @@ void PlotFiguresTable::showCursor() {
         return;
     const PlotData& plotted = plot_.data();
     const std::optional<double> at = plot_.pointers().cursor;
-    const PlotReading reading = readPlot(plotted, at.value_or(plotted.whole.from), text_);
+    const PlotReading reading = readPlot(plotted, at.value_or(plotted.whole.from), text_, plot_.view().panels);
     for (std::size_t i = 0; i < reading.values.size() && static_cast<int>(i) < table_->rowCount(); ++i)
         setCell(static_cast<int>(i), kAtCursor, at ? toQt(reading.values[i].text) : QString());
     QString said;

@@ -48,6 +48,7 @@ constexpr PlotCommandRow kPlotCommands[] = {
 
 constexpr Size kPicture{960, 600};  // of what is copied, in pixels
 constexpr double kPictureText = 13; // likewise
+constexpr double kHeightStep = 1.25;
 constexpr const char *kPlotSection = "Plots", *kFigures = "Figures";
 
 } // namespace
@@ -72,6 +73,9 @@ PlotPane::PlotPane(PlotPaneContext context, bool events, QWidget* parent)
     connect(plot_, &PlotWidget::menuRequested, this, &PlotPane::showMenu);
     connect(plot_, &PlotWidget::panelsChanged, this, &PlotPane::choosePanels);
     connect(plot_, &PlotWidget::viewChanged, this, [this] { action(Command::Unzoom).setEnabled(plot_->zoomed()); });
+    for (const auto changed : {&PlotWidget::viewChanged, &PlotWidget::panelChosen})
+        connect(plot_, changed, this, &PlotPane::offerPanelCommands);
+    offerPanelCommands();
     followSettings();
 }
 
@@ -125,11 +129,27 @@ void PlotPane::addCommands() {
     for (const PlotCommandRow& row : kPlotCommands)
         actions_.push_back(addCommand(*this, "Plot", row.command));
     using enum Command;
-    for (const Command step : {PanelUp, PanelDown})
-        handle(step, [this, by = step == PanelUp ? -1 : 1] {
-            choosePanels(withMoved(plot_->data(), plot_->view().panels, panel_, by));
+    const auto change = [this](Command command, auto make) {
+        handle(command, [this, make] {
+            if (const std::optional<std::size_t> panel = plot_->chosenPanel()) {
+                choosePanels(make(plot_->data(), plot_->view().panels, *panel));
+                plot_->tellPanel();
+            }
         });
-    handle(PanelHide, [this] { choosePanels(withHidden(plot_->data(), plot_->view().panels, panel_, true)); });
+    };
+    using Choices = std::vector<PanelChoice>;
+    for (const Command step : {PanelUp, PanelDown})
+        change(step, [by = step == PanelUp ? -1 : 1](const PlotData& plot, Choices choices, std::size_t panel) {
+            return withMoved(plot, std::move(choices), panel, by);
+        });
+    for (const Command step : {PanelHigher, PanelLower})
+        change(step, [by = step == PanelHigher ? kHeightStep : 1 / kHeightStep](const PlotData& plot, Choices choices,
+                                                                                std::size_t panel) {
+            return withHeight(plot, std::move(choices), panel, by);
+        });
+    change(PanelHide, [](const PlotData& plot, Choices choices, std::size_t panel) {
+        return withHidden(plot, std::move(choices), panel, true);
+    });
     handle(PanelsReset, [this] { choosePanels({}); });
     action(Figures).setCheckable(true);
     handle(Figures, [this] {
@@ -164,14 +184,11 @@ void PlotPane::showMenu(const QPoint& place, std::optional<std::size_t> panel) {
             to.addAction(&action(command));
     };
     if (panel) {
-        panel_ = *panel;
-        const auto& shown = plot_->plotLayout().panels;
-        action(PanelUp).setEnabled(!shown.empty() && shown.front().panel != *panel);
-        action(PanelDown).setEnabled(!shown.empty() && shown.back().panel != *panel);
+        plot_->choosePanel(*panel);
         QMenu* one =
             menu->addMenu(toQt(plot_->data().panels[*panel].title).replace(QLatin1Char('&'), QLatin1String("&&")));
         one->setObjectName(QStringLiteral("PlotPanelMenu"));
-        add(*one, {PanelUp, PanelDown, PanelHide});
+        add(*one, {PanelUp, PanelDown, PanelHigher, PanelLower, PanelHide});
     }
     if (!plot_->data().panels.empty())
         menu->addMenu(quantitiesMenu(*menu));
@@ -192,20 +209,27 @@ void PlotPane::showMenu(const QPoint& place, std::optional<std::size_t> panel) {
     menu->popup(place);
 }
 
+/// Those that would change something.
+void PlotPane::offerPanelCommands() {
+    const auto& shown = plot_->plotLayout().panels;
+    const std::optional<std::size_t> panel = plot_->chosenPanel();
+    action(Command::PanelUp).setEnabled(panel && shown.front().panel != *panel);
+    action(Command::PanelDown).setEnabled(panel && shown.back().panel != *panel);
+    for (const Command command : {Command::PanelHigher, Command::PanelLower})
+        action(command).setEnabled(panel && shown.size() > 1);
+    action(Command::PanelHide).setEnabled(panel.has_value());
+}
+
 /// Which of them are shown.
 QMenu* PlotPane::quantitiesMenu(QMenu& parent) {
     auto* menu = new QMenu(tr("&Quantities"), &parent);
     menu->setObjectName(QStringLiteral("PlotQuantitiesMenu"));
-    const auto hidden = [&choices = plot_->view().panels](const PlotPanel& panel) {
-        const auto choice = std::ranges::find(choices, panel.key, &PanelChoice::key);
-        return choice != choices.end() && choice->hidden;
-    };
     for (std::size_t i = 0; i < plot_->data().panels.size(); ++i) {
         const PlotPanel& panel = plot_->data().panels[i];
         QAction* one = menu->addAction(toQt(panel.title).replace(QLatin1Char('&'), QLatin1String("&&")));
         one->setObjectName(QStringLiteral("PlotShow") + toQt(panel.key));
         one->setCheckable(true);
-        one->setChecked(!hidden(panel));
+        one->setChecked(!hides(plot_->view().panels, panel));
         connect(one, &QAction::triggered, this, [this, i](bool on) {
             if (i < plot_->data().panels.size())
                 choosePanels(withHidden(plot_->data(), plot_->view().panels, i, !on));

@@ -56,6 +56,7 @@ private:
     void showMenu(const QPoint& place, std::optional<std::size_t> panel);
     QMenu* quantitiesMenu(QMenu& parent);
     void choosePanels(std::vector<PanelChoice> panels);
+    void offerPanelCommands();
     void copyDrawing();
     void copyPicture();
 
@@ -64,7 +65,6 @@ private:
     PlotWidget* plot_;
     PlotFiguresTable* figures_;
     std::vector<QAction*> actions_; ///< by command
-    std::size_t panel_ = 0;         ///< that the menu was opened on
 };
 
 } // namespace quobrix

@@ -37,6 +37,7 @@ constexpr double kPagePart = 0.1;           // of what is seen, that the cursor 
 constexpr double kPagedPart = 0.9;          // of what is zoomed
 constexpr int kLineRoom = 2, kMarkRoom = 2; // pixels around what is painted
 constexpr int kBandAlpha = 48;
+constexpr int kTitleRoom = 3;   // beside the title of the panel that is chosen
 constexpr int kPlaceHeight = 3; // of the line that shows where a panel comes to stand
 
 /// As much of a widget as DRAWING takes.
@@ -75,6 +76,8 @@ QString comparedRows(const PlotData& data, const PlotReading& reading) {
         rows += cell(toQt(record));
     rows += QStringLiteral("</tr>");
     for (std::size_t panel = 0; panel < data.panels.size(); ++panel) {
+        if (std::ranges::find(reading.values, panel, &PlotReading::Value::panel) == reading.values.end())
+            continue;
         rows += QStringLiteral("<tr><td>%1</td>").arg(unbroken(toQt(data.panels[panel].title)));
         for (std::size_t record = 0; record < data.records.size(); ++record) {
             const auto value = std::ranges::find_if(reading.values, [&](const PlotReading::Value& one) {
@@ -207,6 +210,32 @@ void PlotWidget::setPanels(std::vector<PanelChoice> panels) {
         return;
     view_.panels = std::move(panels);
     layOut();
+    emit viewChanged();
+}
+
+std::optional<std::size_t> PlotWidget::chosenPanel() const {
+    if (layout_.panels.empty())
+        return {};
+    const auto chosen = std::ranges::find_if(
+        layout_.panels, [this](const PanelLayout& panel) { return data_.panels[panel.panel].key == chosen_; });
+    return chosen == layout_.panels.end() ? layout_.panels.front().panel : chosen->panel;
+}
+
+/// Where that panel is; nothing where none is shown.
+const PanelLayout* PlotWidget::chosenLayout() const {
+    const std::optional<std::size_t> panel = chosenPanel();
+    return panel ? &*std::ranges::find(layout_.panels, *panel, &PanelLayout::panel) : nullptr;
+}
+
+void PlotWidget::choosePanel(std::size_t panel) {
+    chosen_ = data_.panels[panel].key;
+    update();
+    emit panelChosen();
+}
+
+void PlotWidget::tellPanel() {
+    tellsPanel_ = true;
+    speak();
 }
 
 /// Lays the plot out for the size that the widget has; it is painted when it is seen.
@@ -283,6 +312,9 @@ void PlotWidget::paintEvent(QPaintEvent* event) {
         painter.setPen(palette().color(QPalette::Highlight));
         painter.setBrush(Qt::NoBrush);
         painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        if (const PanelLayout* chosen = chosenLayout(); chosen && layout_.panels.size() > 1)
+            painter.drawRect(QRectF(chosen->grip.left - kTitleRoom, chosen->grip.top,
+                                    chosen->grip.width + 2 * kTitleRoom, chosen->grip.height));
     }
 }
 
@@ -338,6 +370,7 @@ void PlotWidget::point(PlotPointers pointers) {
     if (pointers == pointers_)
         return;
     pointers_ = std::move(pointers);
+    tellsPanel_ = false;
     QRegion now = regionOf(drawPlotPointers(data_, layout_, pointers_));
     update(now + pointed_);
     pointed_ = std::move(now);
@@ -447,10 +480,11 @@ void PlotWidget::mousePressEvent(QMouseEvent* event) {
     const QPointF point = event->position();
     if (layout_.panels.empty())
         return event->ignore();
+    const auto title = gripAt(point);
     if (const auto border = borderAt(point); border && event->button() == Qt::LeftButton) {
         drag_ = Drag::Border;
         border_ = *border;
-    } else if (const auto title = gripAt(point); title && event->button() == Qt::LeftButton) {
+    } else if (title && event->button() == Qt::LeftButton) {
         drag_ = Drag::Panel;
         panel_ = *title;
         setCursor(Qt::ClosedHandCursor);
@@ -465,6 +499,8 @@ void PlotWidget::mousePressEvent(QMouseEvent* event) {
         return event->ignore();
     }
     pressed_ = last_ = point;
+    if (const auto panel = title ? title : layout_.panelAt({point.x(), point.y()}))
+        choosePanel(layout_.panels[*panel].panel);
 }
 
 void PlotWidget::mouseMoveEvent(QMouseEvent* event) {
@@ -554,7 +590,7 @@ QString PlotWidget::tipAt(QPointF point, Qt::KeyboardModifiers modifiers) const 
         return {};
     const auto touched = layout_.eventAt(data_, view_.options, {point.x(), point.y()});
     const double place = touched ? data_.events[*touched].at : placeNear(point.x());
-    return tipOf(data_, readPlot(data_, place, text_));
+    return tipOf(data_, readPlot(data_, place, text_, view_.panels));
 }
 
 /// Hides it where there is nothing to tell.
@@ -612,7 +648,7 @@ void PlotWidget::contextMenuEvent(QContextMenuEvent* event) {
     QPointF at = event->pos();
     if (event->reason() == QContextMenuEvent::Keyboard) {
         at = QPointF(pointers_.cursor ? layout_.axis.x(*pointers_.cursor) : width() / 2.0,
-                     layout_.panels.empty() ? height() / 2.0 : layout_.panels.front().area.top);
+                     layout_.panels.empty() ? height() / 2.0 : chosenLayout()->area.top);
         place = mapToGlobal(at.toPoint());
     }
     std::optional<std::size_t> panel = layout_.panelAt({at.x(), at.y()});
@@ -626,7 +662,7 @@ void PlotWidget::contextMenuEvent(QContextMenuEvent* event) {
 void PlotWidget::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control && underMouse())
         showTip(mapFromGlobal(QCursor::pos()), event->modifiers() | Qt::ControlModifier);
-    if (event->key() == Qt::Key_Escape ? giveUp() : moveByKey(*event) || zoomByKey(*event))
+    if (event->key() == Qt::Key_Escape ? giveUp() : choosePanelByKey(*event) || moveByKey(*event) || zoomByKey(*event))
         return;
     QWidget::keyPressEvent(event);
 }
@@ -640,6 +676,18 @@ void PlotWidget::keyReleaseEvent(QKeyEvent* event) {
 void PlotWidget::focusOutEvent(QFocusEvent* event) {
     endDrag();
     QWidget::focusOutEvent(event);
+}
+
+bool PlotWidget::choosePanelByKey(const QKeyEvent& event) {
+    const int step = event.key() == Qt::Key_Up ? -1 : event.key() == Qt::Key_Down ? 1 : 0;
+    const PanelLayout* chosen = chosenLayout();
+    if (step == 0 || !chosen || event.modifiers() & ~Qt::KeyboardModifiers(Qt::KeypadModifier))
+        return false;
+    const auto place =
+        std::clamp<std::ptrdiff_t>(chosen - layout_.panels.data() + step, 0, std::ssize(layout_.panels) - 1);
+    choosePanel(layout_.panels[static_cast<std::size_t>(place)].panel);
+    tellPanel();
+    return true;
 }
 
 bool PlotWidget::moveByKey(const QKeyEvent& event) {
@@ -746,10 +794,25 @@ QString PlotWidget::spokenRange() const {
                : QString();
 }
 
+/// "Engine Speed (2 of 5)", and what it does.
+QString PlotWidget::spokenPanel() const {
+    const PanelLayout* chosen = chosenLayout();
+    if (!chosen)
+        return {};
+    const PlotPanel& panel = data_.panels[chosen->panel];
+    QString said = toQt(text(TextId::PlotPanelPlace, panel.title,
+                             static_cast<std::size_t>(chosen - layout_.panels.data()) + 1, layout_.panels.size()));
+    for (const ShownText& sentence : sentencesOf(data_, panel, pointers_.range.value_or(seen()), text_))
+        said += QStringLiteral(". ") + toQt(sentence);
+    return said;
+}
+
 QString PlotWidget::spokenText() const {
+    if (tellsPanel_)
+        return spokenPanel();
     QStringList spoken;
     if (pointers_.cursor && !data_.panels.empty())
-        spoken << toQt(spokenReading(data_, readPlot(data_, *pointers_.cursor, text_)));
+        spoken << toQt(spokenReading(data_, readPlot(data_, *pointers_.cursor, text_, view_.panels)));
     if (const QString range = spokenRange(); !range.isEmpty())
         spoken << range;
     return spoken.join(QLatin1String(". "));

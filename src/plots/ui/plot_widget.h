@@ -16,8 +16,8 @@ namespace quobrix {
 /// A drag zooms, the wheel does so at the pointer, the middle button and a wheel that tilts move along the axis. A drag
 /// with Shift, and the keys that move the cursor with Shift, mark a range. Arrows move the cursor by a sample, or by a
 /// pixel where there are more of them; Page Up and Down by a tenth, or along what is zoomed; Home and End to the ends;
-/// +, - and 0 zoom. Escape gives up the range, then the zoom, and is then left to the parent. The border between two
-/// panels can be moved, and a panel by its title.
+/// +, - and 0 zoom; Up and Down choose the panel that commands are about. Escape gives up the range, then the zoom, and
+/// is then left to the parent. The border between two panels can be moved, and a panel by its title.
 ///
 /// Nothing is drawn while the pointer moves but what follows it: the plot is kept as a picture.
 class PlotWidget final : public QWidget {
@@ -46,6 +46,12 @@ public:
     void centreOn(double place);
     void moveCursor(double place);
     void markRange(std::optional<PlotRange> range);
+    /// The panel of the data that commands are about: the one that was chosen, or the first that is shown. None where
+    /// none is shown.
+    std::optional<std::size_t> chosenPanel() const;
+    void choosePanel(std::size_t panel);
+    /// Lets assistive technology say what the chosen panel shows.
+    void tellPanel();
     /// Marks a speed band of the data.
     void markBand(std::optional<std::size_t> band);
 
@@ -60,8 +66,9 @@ public:
     QSize minimumSizeHint() const override { return least_; }
 
 signals:
-    /// Another part of the axis is seen.
+    /// Another part of the axis is seen, or other panels are.
     void viewChanged();
+    void panelChosen();
     void pointersChanged();
     /// A person has changed the panels.
     void panelsChanged(const std::vector<quobrix::PanelChoice>& panels);
@@ -109,6 +116,9 @@ private:
     void follow(QPointF point);
     void endDrag();
     bool moveByKey(const QKeyEvent& event);
+    bool choosePanelByKey(const QKeyEvent& event);
+    QString spokenPanel() const;
+    const PanelLayout* chosenLayout() const;
     bool zoomByKey(const QKeyEvent& event);
     bool giveUp();
     void goTo(double place, bool marks);
@@ -134,6 +144,8 @@ private:
     QPointF pressed_, last_;
     std::size_t border_ = 0;   ///< that is moved: of the panel in this place and the next one
     std::size_t panel_ = 0;    ///< that is moved, by its place
+    std::string chosen_;       ///< the key of a panel
+    bool tellsPanel_ = false;  ///< it was chosen last
     bool toldMaximum_ = false; ///< the status bar says that more cannot be seen
 };
 
