@@ -216,6 +216,7 @@ ExitCode run(const ProgramArguments& arguments) {
     std::vector<std::string> periodNames;
     for (const Period& period : periods())
         periodNames.emplace_back(period.name);
+    statisticsCommand.add_option("file", statisticsOptions.file, text(TextId::CliHelpStatisticsFile));
     statisticsCommand.add_option("--period", statisticsOptions.period, text(TextId::CliHelpStatisticsPeriod))
         ->check(CLI::IsMember(periodNames))
         ->type_name(text(TextId::CliHelpWordText));

@@ -2,6 +2,7 @@
 
 #include "base/fold_case.h"
 #include "base/path_text.h"
+#include "cli/opened_document.h"
 #include "cli/units.h"
 #include "export/csv.h"
 #include "export/json_text.h"
@@ -112,22 +113,35 @@ ExitCode statistics(const StatisticsOptions& options) {
         complainOf(records.error(), path);
         return kFailed;
     }
+    OpenedDocument opened;
+    if (!options.file.empty() && !opened.open(options.file))
+        return kFailed;
+    TQuobrixDocument& document = opened.document();
+    std::vector<FuelFill> fills;
+    if (const TFuelEntryTable* entries = options.file.empty() ? nullptr : document.fuelEntries())
+        fills = entries->fills();
+    const auto named = [&](std::vector<DrivingGroup> groups, const NamesTable& names) {
+        rename(groups, names);
+        return groups;
+    };
     SummaryRows all;
     for (const SummaryRecord& record : *records)
         all.push_back(&record);
     DrivingChoice choice;
     if (!options.period.empty())
         choice.period = &*std::ranges::find(periods(), std::string_view(options.period), &Period::name);
-    if (options.vehicle && !(choice.vehicle = keyNamed(byVehicle(all), *options.vehicle))) {
+    if (options.vehicle && !(choice.vehicle = keyNamed(named(byVehicle(all), document.vehicles()), *options.vehicle))) {
         complain(text(TextId::CliNoSuchVehicle, *options.vehicle));
         return kFailed;
     }
-    if (options.driver && !(choice.driver = keyNamed(byDriver(all), *options.driver))) {
+    if (options.driver && !(choice.driver = keyNamed(named(byDriver(all), document.drivers()), *options.driver))) {
         complain(text(TextId::CliNoSuchDriver, *options.driver));
         return kFailed;
     }
     const TextContext context = units.context();
-    const DrivingStatistics result = drivingStatistics(*records, choice, currentTime(), context.zone);
+    DrivingStatistics result = drivingStatistics(*records, choice, currentTime(), context.zone, fills);
+    rename(result.vehicles, document.vehicles());
+    rename(result.drivers, document.drivers());
     Output output;
     if (options.format == "json")
         output.putData(jsonOf(result));
@@ -140,7 +154,7 @@ ExitCode statistics(const StatisticsOptions& options) {
     else {
         output.put(ShownText::asItIs(renderText(drivingReport(result, drivingTitle(result, choice), context.units))));
     }
-    return output.finish(kDone);
+    return output.finish(options.file.empty() ? kDone : opened.completeness());
 }
 
 } // namespace quobrix::cli

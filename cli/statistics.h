@@ -8,6 +8,7 @@
 namespace quobrix::cli {
 
 struct StatisticsOptions {
+    std::string file;   ///< a document whose names and fuel entries are used; empty: none
     std::string period; ///< the name of one of periods(); empty: all that was counted
     std::optional<std::string> vehicle, driver;
     std::string database; ///< empty: the user's

@@ -19,8 +19,12 @@ std::optional<double> ratio(double part, double whole) {
 }
 
 constexpr DrivingFigure kFigures[] = {
-#define FIGURE(Key, Title, Kind, Unit, OfTotals)                                                                       \
-    {#Key, SourceText(Title), FigureKind::Kind, UnitTypeId::Unit,                                                      \
+#define FIGURE(Key, Title, Kind, Source, Unit, OfTotals)                                                               \
+    {#Key,                                                                                                             \
+     SourceText(Title),                                                                                                \
+     FigureKind::Kind,                                                                                                 \
+     FigureSource::Source,                                                                                             \
+     UnitTypeId::Unit,                                                                                                 \
      [](const DrivingTotals& t) -> std::optional<double> {                                                             \
          return t.trips > 0 ? std::optional<double>(OfTotals) : std::nullopt;                                          \
      }},
@@ -49,6 +53,7 @@ double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem&
     case FigureKind::Quantity:
         return units.toDisplay(figure.unit, value);
     case FigureKind::Rate:
+    case FigureKind::Price:
         return value * 100 * (inMiles(units) ? kMile : 1000);
     case FigureKind::Share:
         return value * 100;
@@ -56,6 +61,7 @@ double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem&
         return shownEconomy(value, units);
     case FigureKind::Count:
     case FigureKind::Time:
+    case FigureKind::Money:
         break;
     }
     return value;
@@ -67,9 +73,7 @@ ShownText rateTitle(const ShownText& what, const TUnitSystem& units) {
 
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units) {
     const ShownText title = text(figure.title);
-    if (figure.kind != FigureKind::Rate)
-        return title;
-    return rateTitle(title, units);
+    return figure.kind == FigureKind::Rate || figure.kind == FigureKind::Price ? rateTitle(title, units) : title;
 }
 
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
@@ -89,6 +93,10 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
             std::string(formatNumber(units.locale().numbers, shownFigure(figure, *value, units), 1, buffer)));
     case FigureKind::Economy:
         return economyText(*value, units);
+    case FigureKind::Money:
+    case FigureKind::Price:
+        return ShownText::asItIs(
+            std::string(formatNumber(units.locale().numbers, shownFigure(figure, *value, units), 2, buffer)));
     case FigureKind::Share:
         break;
     }

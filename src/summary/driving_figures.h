@@ -20,7 +20,16 @@ enum class FigureKind {
     Quantity, ///< in the user's unit
     Rate,     ///< a metre; shown for 100 miles or kilometres
     Share,    ///< 0 to 1, as percent
-    Economy,  ///< m a US gallon, of the trips whose fuel is known; see units/economy.h
+    Economy,  ///< m a US gallon; see units/economy.h
+    Money,    ///< in whatever money a person counts
+    Price,    ///< money a metre; shown for 100 miles or kilometres
+};
+
+/// What figures are made of.
+enum class FigureSource {
+    Trips,
+    KnownFuel,   ///< the trips whose fuel is known
+    FuelEntries, ///< where there are none, nothing is missing
 };
 
 /// Fewer trips than that say little about how somebody drives: rates and shares of them are shown with a remark.
@@ -31,20 +40,18 @@ struct DrivingFigure {
     std::string_view key; ///< "hardBrakes"; names it for programs
     SourceText title;     ///< "Hard Brakes"
     FigureKind kind;
+    FigureSource source;
     UnitTypeId unit;                                      ///< of quantities
     std::optional<double> (*value)(const DrivingTotals&); ///< nothing where there is nothing to make it of
 
+    /// There is nothing of it, and nobody misses it: it is not shown.
+    bool leftOut(const DrivingTotals& totals) const { return source == FigureSource::FuelEntries && !value(totals); }
     /// Whether it is made of so few trips that whoever shows it says so.
     bool ofFewTrips(const DrivingTotals& totals) const {
-        switch (kind) {
-        case FigureKind::Economy:
+        if (source == FigureSource::KnownFuel)
             return totals.fuelTrips < kFewTrips;
-        case FigureKind::Rate:
-        case FigureKind::Share:
-            return totals.trips < kFewTrips;
-        default:
-            return false;
-        }
+        return source == FigureSource::Trips && (kind == FigureKind::Rate || kind == FigureKind::Share) &&
+               totals.trips < kFewTrips;
     }
 };
 std::span<const DrivingFigure> drivingFigures();

@@ -92,6 +92,8 @@ Report drivingReport(const DrivingStatistics& statistics, ShownText title, const
     if (statistics.before)
         figures.columns.push_back({text(TextId::StatisticsChange)});
     for (const DrivingFigure& figure : drivingFigures()) {
+        if (figure.leftOut(statistics.totals))
+            continue;
         std::vector<std::string>& row = figures.rows.emplace_back();
         row = {figureTitle(figure, units), valueText(figure, statistics.totals, units)};
         if (statistics.before)

@@ -40,9 +40,10 @@ std::vector<DrivingRow> drivingRows(const DrivingStatistics& statistics, const T
         if (totals.trips == 0)
             return;
         for (const DrivingFigure& figure : drivingFigures())
-            rows.push_back({what, name, figureHeading(figure, units), figureCell(figure, totals, units),
-                            change(before ? figureChange(figure, *before, totals, units) : std::nullopt),
-                            std::to_string(totals.trips)});
+            if (!figure.leftOut(totals))
+                rows.push_back({what, name, figureHeading(figure, units), figureCell(figure, totals, units),
+                                change(before ? figureChange(figure, *before, totals, units) : std::nullopt),
+                                std::to_string(totals.trips)});
     };
     add(text(TextId::StatisticsAll), {}, statistics.totals, statistics.before ? &*statistics.before : nullptr);
     for (const DrivingMonth& month : statistics.months)

@@ -1,6 +1,7 @@
 #include "summary/driving_statistics.h"
 
 #include "base/utf8.h"
+#include "model/names.h"
 #include "units/time_zone.h"
 
 #include <algorithm>
@@ -62,6 +63,45 @@ TimeRange rangeBefore(const DrivingChoice& choice, std::int32_t now, const TimeZ
     return rangeOf(period, zone.toUtc(then), zone);
 }
 
+/// What was filled in, by time and vehicle.
+class Fills {
+public:
+    explicit Fills(std::span<const FuelFill> fills) : fills_(fills), uses_(fuelUses(fills)) {}
+
+    /// Within TIME, into VEHICLE, or into any.
+    DrivingTotals within(const TimeRange& time, const std::optional<std::string>& vehicle) const {
+        DrivingTotals totals;
+        for (std::size_t i = 0; i < fills_.size(); ++i) {
+            const FuelFill& fill = fills_[i];
+            // By as much of the VIN as the database keeps.
+            if (!fill.time || !time.holds(*fill.time) || (vehicle && SummaryText(fill.vehicle).view() != *vehicle))
+                continue;
+            totals.price += sound(fill.totalPrice.value_or(0));
+            if (const std::optional<FuelUse>& use = uses_[i]) {
+                totals.filledDistance += use->distance;
+                totals.filledFuel += use->fuel;
+                if (use->price) {
+                    totals.pricedDistance += use->distance;
+                    totals.distancePrice += sound(*use->price);
+                }
+            }
+        }
+        return totals;
+    }
+
+private:
+    std::span<const FuelFill> fills_;
+    std::vector<std::optional<FuelUse>> uses_;
+};
+
+/// Of one vehicle.
+void compareFuel(DrivingTotals& totals) {
+    if (totals.fuelDistance > 0 && totals.filledFuel > 0) {
+        totals.comparedFuel = totals.filledFuel;
+        totals.estimatedFuel = totals.filledDistance * totals.fuel / totals.fuelDistance;
+    }
+}
+
 } // namespace
 
 std::string_view vehicleKey(const SummaryRecord& record) { return firstKnown(record.vin, record.vehicleName); }
@@ -86,6 +126,14 @@ void DrivingTotals::add(const SummaryRecord& record) {
     for (std::size_t band = 0; band < record.bandTimes.size(); ++band)
         bands[band + 1] += sound(record.bandTimes[band]);
     bands[4] += sound(record.topBandTime);
+}
+
+void DrivingTotals::addFilled(const DrivingTotals& filled) {
+    filledDistance += filled.filledDistance;
+    filledFuel += filled.filledFuel;
+    pricedDistance += filled.pricedDistance;
+    distancePrice += filled.distancePrice;
+    price += filled.price;
 }
 
 double DrivingTotals::bandTime() const { return std::accumulate(bands.begin(), bands.end(), 0.0); }
@@ -156,7 +204,7 @@ TimeRange rangeOf(const DrivingChoice& choice, std::int32_t now, const TimeZone&
 }
 
 DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
-                                    std::int32_t now, const TimeZone& zone) {
+                                    std::int32_t now, const TimeZone& zone, std::span<const FuelFill> fills) {
     SummaryRows ofAllTimes;
     ofAllTimes.reserve(records.size());
     for (const SummaryRecord& record : records)
@@ -182,7 +230,27 @@ DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, cons
     result.vehicles = byVehicle(rows);
     result.drivers = byDriver(rows);
     result.parameters = monitoredParameters(rows);
+    if (choice.driver || fills.empty())
+        return result;
+    const Fills filled(fills);
+    result.totals.addFilled(filled.within(result.time, choice.vehicle));
+    if (result.before)
+        result.before->addFilled(filled.within(rangeBefore(choice, now, zone), choice.vehicle));
+    for (DrivingMonth& month : result.months)
+        month.totals.addFilled(filled.within(rangeOf(CalendarMonth{month.year, month.month}, zone), choice.vehicle));
+    for (DrivingGroup& vehicle : result.vehicles) {
+        vehicle.totals.addFilled(filled.within(result.time, vehicle.key));
+        compareFuel(vehicle.totals);
+        result.totals.comparedFuel += vehicle.totals.comparedFuel;
+        result.totals.estimatedFuel += vehicle.totals.estimatedFuel;
+    }
     return result;
+}
+
+void rename(std::vector<DrivingGroup>& groups, const NamesTable& names) {
+    for (DrivingGroup& group : groups)
+        if (std::string known = names.nameOf(group.key); !known.empty())
+            group.name = std::move(known);
 }
 
 } // namespace quobrix

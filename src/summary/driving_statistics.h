@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/fuel_use.h"
 #include "model/record_filter.h"
 #include "summary/summary_record.h"
 #include "units/date_time.h"
@@ -14,6 +15,7 @@
 
 namespace quobrix {
 
+class NamesTable;
 class TimeZone;
 
 // What the records of the summary database come to: whoever shows a figure takes it from here. Base units.
@@ -37,11 +39,20 @@ struct DrivingTotals {
     double fuel = 0;            ///< US gallons, of the trips that this is known of
     double fuelDistance = 0;    ///< m in those
     std::size_t fuelTrips = 0;
+    // What people say they filled in, of the stretches between full tanks that end in the time; see FuelUse.
+    double filledDistance = 0, filledFuel = 0;    ///< m, US gallons
+    double pricedDistance = 0, distancePrice = 0; ///< m, of the stretches with a price
+    double price = 0;                             ///< of all that was filled in
+    /// US gallons that were filled into vehicles of which the trips tell fuel, too, and what their trips would have
+    /// made of the same distance.
+    double comparedFuel = 0, estimatedFuel = 0;
     std::array<double, SummaryRecord::kEventKinds> events{};
     /// s at idle, in bands 1 to 3 and in the top one
     std::array<double, 5> bands{};
 
     void add(const SummaryRecord& record);
+    /// Fills and prices only.
+    void addFilled(const DrivingTotals& filled);
     double bandTime() const; ///< s in all of them
 };
 DrivingTotals totalsOf(const SummaryRows& rows);
@@ -101,7 +112,11 @@ struct DrivingStatistics {
     std::vector<DrivingGroup> vehicles, drivers;
     std::vector<MonitoredParameter> parameters;
 };
+/// FILLS are those of the open document. They tell no driver: what is wanted of one goes without.
 DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
-                                    std::int32_t now, const TimeZone& zone);
+                                    std::int32_t now, const TimeZone& zone, std::span<const FuelFill> fills = {});
+
+/// Calls GROUPS by the names that NAMES has for them.
+void rename(std::vector<DrivingGroup>& groups, const NamesTable& names);
 
 } // namespace quobrix

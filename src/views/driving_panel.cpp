@@ -54,11 +54,10 @@ QComboBox* box(const char* name) {
     return result;
 }
 
-/// By the names that the open document has for them.
-void rename(std::vector<DrivingGroup>& groups, const NamesTable& names) {
-    for (DrivingGroup& group : groups)
-        if (std::string known = names.nameOf(group.key); !known.empty())
-            group.name = std::move(known);
+/// Whether FIGURE has no tile: what nobody misses, and an estimate that cannot be made of what is known for sure.
+bool isLeftOut(const DrivingFigure& figure, const DrivingTotals& totals) {
+    return figure.leftOut(totals) || (figure.source == FigureSource::KnownFuel && !figure.value(totals) &&
+                                      drivingFigure("filledEfficiency")->value(totals));
 }
 
 /// What GROUPS, or the open document, call KEY.
@@ -307,7 +306,9 @@ DrivingStatistics DrivingPanel::statistics() const {
     const SummaryKeeper::Records& records = context_.counter->keeper().records();
     if (!records)
         return {};
-    DrivingStatistics result = drivingStatistics(*records, choice(), currentTime(), context_.zone);
+    const TFuelEntryTable* entries = context_.document.fuelEntries();
+    DrivingStatistics result = drivingStatistics(*records, choice(), currentTime(), context_.zone,
+                                                 entries ? entries->fills() : std::vector<FuelFill>());
     rename(result.vehicles, context_.document.vehicles());
     rename(result.drivers, context_.document.drivers());
     return result;
@@ -353,8 +354,8 @@ void DrivingPanel::showFigures() {
     for (std::size_t i = 0; i < figures.size(); ++i) {
         const DrivingFigure& figure = figures[i];
         QString remark;
-        if (figure.kind == FigureKind::Economy && !figure.value(statistics_.totals))
-            remark = tr("Needs air flow and petrol");
+        if (figure.source == FigureSource::KnownFuel && !figure.value(statistics_.totals))
+            remark = tr("Use Tools / Fuel Entry");
         else if (figure.ofFewTrips(statistics_.totals))
             remark = tr("fewer than three trips");
         else if (const auto change = statistics_.before
@@ -363,10 +364,13 @@ void DrivingPanel::showFigures() {
             remark = tr("%1 from before", "a change in percent").arg(toQt(changeText(change)));
         tiles_[i]->show(toQt(figureTitle(figure, context_.units)),
                         toQt(figureText(figure, statistics_.totals, context_.units)), remark);
-        if (figure.kind == FigureKind::Economy)
-            tiles_[i]->setToolTip(
-                tr("Estimated from the air flow that trips recorded, for the vehicles that burn petrol "
-                   "according to Setup / Vehicle ID"));
+        if (figure.source == FigureSource::KnownFuel)
+            tiles_[i]->setToolTip(tr("Estimated from the air flow that trips recorded, for the vehicles that burn "
+                                     "petrol according to Setup / Vehicle ID. What is entered by Tools / Fuel Entry "
+                                     "tells the efficiency of any vehicle, but not of one driver."));
+        else if (figure.source == FigureSource::FuelEntries)
+            tiles_[i]->setToolTip(tr("From the entries of Tools / Fuel Entry in this file, from one full tank to the "
+                                     "next, by the day of the later one"));
     }
     const bool any = statistics_.totals.trips > 0;
     for (std::size_t i = 0; i < charts_.size(); ++i) {
@@ -385,7 +389,7 @@ void DrivingPanel::arrangeTiles() {
     const auto figures = drivingFigures();
     int place = 0;
     for (std::size_t i = 0; i < tiles_.size(); ++i) {
-        const bool shown = !detail_.figure || detail_.figure == &figures[i];
+        const bool shown = detail_.figure ? detail_.figure == &figures[i] : !isLeftOut(figures[i], statistics_.totals);
         tiles_[i]->setVisible(shown);
         if (shown) {
             figuresGrid_->addWidget(tiles_[i], place / columns, place % columns);

@@ -156,6 +156,27 @@ TEST_F(CommandLine, StatisticsAreThoseOfTheSummaryDatabase) {
          {std::vector<std::string>{"Vehicle", "Pickup", "Share of Idle Time (%)", "50.0", "", "1"},
           {"Parameter", "Coolant Temperature", "High Above Thresh (°C)", "105", "", "1"}})
         EXPECT_NE(std::ranges::find(lines, line), lines.end()) << line[2];
+    TQuobrixDocument document;
+    document.vehicles().insertRows(0, 1);
+    document.vehicles().column<TVehicleNamesVinColumn>().set(0, "V2");
+    document.vehicles().column<TVehicleNamesNameColumn>().set(0, "Lorry");
+    auto& entries = document.store().singleton<TFuelEntryTable>();
+    entries.insertRows(0, 2);
+    for (const RowIndex row : {RowIndex{0}, RowIndex{1}}) {
+        entries.column<TFuelEntryVehicleColumn>().set(row, "V2");
+        entries.column<TFuelEntryTimeColumn>().set(row, kStart + static_cast<std::int32_t>(row) * 86'400);
+        entries.column<TFuelEntryOdometerColumn>().set(row, 1e6 + 500e3 * static_cast<double>(row));
+        entries.column<TFuelEntryAmountColumn>().set(row, 10);
+        entries.column<TFuelEntryFullTankColumn>().set(row, 1);
+        entries.column<TFuelEntryTotalPriceColumn>().set(row, 70);
+    }
+    ASSERT_TRUE(document.saveAs(folder_ / "Fuel.car"));
+    outcome = statistics({"--vehicle", "lorry", "--format", "json", "Fuel.car"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.error;
+    EXPECT_EQ(jsonLeaves(outcome.out).at("figures.filledEfficiency"), JsonValue(50'000.0));
+    EXPECT_EQ(jsonLeaves(outcome.out).at("figures.fuelPrice"), JsonValue(140.0));
+    EXPECT_EQ(jsonLeaves(statistics({"--format", "json"}).out).at("figures.fuelPrice"), JsonValue());
+    EXPECT_EQ(statistics({"Missing.car"}).exitCode, 1);
     EXPECT_NE(statistics({"--period", "last-month"}).out.find("No trip"), std::string::npos);
     EXPECT_EQ(statistics({"--vehicle", "Tractor"}).exitCode, 1);
     EXPECT_EQ(cli({"statistics"}).exitCode, 1); // there is none, and none is made

@@ -80,8 +80,10 @@ TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
     EXPECT_EQ(valueOf("idleShare", s.totals), 600 / 3600.0);
     for (const DrivingFigure& figure : drivingFigures()) {
         EXPECT_FALSE(figure.value(DrivingTotals())) << figure.key; // no trips, no figures
-        EXPECT_EQ(figure.ofFewTrips(s.totals), figure.kind == FigureKind::Rate || figure.kind == FigureKind::Share ||
-                                                   figure.kind == FigureKind::Economy);
+        EXPECT_EQ(figure.ofFewTrips(s.totals),
+                  figure.source != FigureSource::FuelEntries &&
+                      (figure.kind == FigureKind::Rate || figure.kind == FigureKind::Share ||
+                       figure.kind == FigureKind::Economy));
     }
     const DrivingFigure& brakes = *std::ranges::find(drivingFigures(), "hardBrakes", &DrivingFigure::key);
     TUnitSystem units;
@@ -139,6 +141,53 @@ TEST(DrivingStatistics, FuelEfficiencyIsOfTheTripsWhoseFuelIsKnown) {
         EXPECT_NEAR(*figureChange(economy, totals, better, units), change, 1e-9) << "of what is shown";
         EXPECT_EQ(figureText(economy, none, units), "");
     }
+}
+
+TEST(DrivingStatistics, WhatWasFilledInGoesBeforeEstimates) {
+    std::vector<SummaryRecord> records{trip({2026, 2, 3}, "V1", "1", 100), trip({2026, 2, 20}, "V1", "2", 300),
+                                       trip({2026, 2, 4}, "V2", "1", 50)};
+    records[0].fuel = 2;
+    records[1].fuel = 6;
+    const auto at = [](const DateTime& time) { return std::int64_t{kZone.toUtc(time)}; };
+    const std::string vin = "V1";
+    const std::vector<FuelFill> fills{
+        {vin, at({2026, 1, 20}), 1'000'000, 9, true, false, 40},
+        {vin, at({2026, 1, 31, 23, 59}), 1'200'000, 4, false, false, 20}, // counts for the next full tank
+        {vin, at({2026, 2, 1}), 1'500'000, 8, true, false, 36},           // 500 km with 12 gallons for 56
+        {vin, at({2026, 2, 25}), 1'800'000, 6, true, false, {}},          // 300 km with 6, nobody knows for how much
+        {vin, at({2026, 3, 2}), 1'900'000, 2, true, true, 10},            // after one that was forgotten
+        {"V2", at({2026, 2, 6}), 500'000, 10, true, false, 50},
+        {"V3", at({2026, 2, 7}), 1, 10, true, false, 7}, // no trip of it has been counted
+    };
+    const auto of = [&](const DrivingChoice& choice) { return drivingStatistics(records, choice, kNow, kZone, fills); };
+    const DrivingStatistics s = of({&period("last-month")});
+    EXPECT_EQ(valueOf("filledEfficiency", s.totals), 800'000 / 18.0);
+    EXPECT_EQ(valueOf("distancePrice", s.totals), 56 / 500'000.0);
+    EXPECT_EQ(valueOf("fuelPrice", s.totals), 36 + 50 + 7);
+    EXPECT_NEAR(valueOf("fuelAgreement", s.totals), (800 * 8 / 400.0) / 18, 1e-12) << "16 gallons instead of 18";
+    EXPECT_EQ(s.months[9].totals.price, 60);
+    EXPECT_FALSE(drivingFigure("filledEfficiency")->value(*s.before)) << "nobody drove then";
+    const auto& v2 = *std::ranges::find(s.vehicles, "V2", &DrivingGroup::key);
+    EXPECT_EQ(valueOf("fuelPrice", v2.totals), 50);
+    EXPECT_TRUE(drivingFigure("filledEfficiency")->leftOut(v2.totals)) << "one full tank";
+    EXPECT_EQ(of({&period("last-month"), "V2"}).totals.price, 50);
+    EXPECT_EQ(of({.month = CalendarMonth{2026, 3}}).totals.filledFuel, 0);
+    EXPECT_EQ(of({&period("last-month"), {}, "1"}).totals.price, 0) << "who filled it is not known";
+    double price = 0;
+    for (const DrivingMonth& month : of({}).months)
+        price += month.totals.price;
+    EXPECT_EQ(price, of({}).totals.price);
+
+    TUnitSystem units;
+    units.setUnit(UnitTypeId::Distance, UnitId::Kilometre);
+    units.setUnit(UnitTypeId::Fuel, UnitId::Liter);
+    const auto reads = [&](const char* key) {
+        return figureTitle(*drivingFigure(key), units) + ": " + figureText(*drivingFigure(key), s.totals, units);
+    };
+    EXPECT_EQ(reads("filledEfficiency"), "Fuel Efficiency: 8.5 L/100 km");
+    EXPECT_EQ(reads("distancePrice"), "Fuel Cost per 100 km: 11.20");
+    EXPECT_EQ(reads("fuelPrice"), "Fuel Cost: 93.00");
+    EXPECT_EQ(reads("fuelAgreement"), "Estimated Beside Filled-In Fuel: 89%");
 }
 
 TEST(DrivingStatistics, GroupsAreToldApartByWhatNeverChanges) {
