@@ -368,6 +368,10 @@ void DrivingPanel::showFigures() {
             tiles_[i]->setToolTip(tr("Estimated from the air flow that trips recorded, for the vehicles that burn "
                                      "petrol according to Setup / Vehicle ID. What is entered by Tools / Fuel Entry "
                                      "tells the efficiency of any vehicle, but not of one driver."));
+        else if (figure.key == "fuelAgreement")
+            tiles_[i]->setToolTip(
+                tr("The fuel that the air flow of the trips comes to, as a part of what was filled in "
+                   "for the same distance: at 100% both agree"));
         else if (figure.source == FigureSource::FuelEntries)
             tiles_[i]->setToolTip(tr("From the entries of Tools / Fuel Entry in this file, from one full tank to the "
                                      "next, by the day of the later one"));

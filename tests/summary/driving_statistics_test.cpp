@@ -187,7 +187,7 @@ TEST(DrivingStatistics, WhatWasFilledInGoesBeforeEstimates) {
     EXPECT_EQ(reads("filledEfficiency"), "Fuel Efficiency: 8.5 L/100 km");
     EXPECT_EQ(reads("distancePrice"), "Fuel Cost per 100 km: 11.20");
     EXPECT_EQ(reads("fuelPrice"), "Fuel Cost: 93.00");
-    EXPECT_EQ(reads("fuelAgreement"), "Estimated Beside Filled-In Fuel: 89%");
+    EXPECT_EQ(reads("fuelAgreement"), "Fuel Estimate Against Entries: 89%");
 }
 
 TEST(DrivingStatistics, GroupsAreToldApartByWhatNeverChanges) {
