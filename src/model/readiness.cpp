@@ -98,17 +98,21 @@ private:
     std::vector<ObjectId> ids_;
 };
 
-/// What the newest trouble code of VEHICLE says goes into READINESS.
-void takeLastCode(const TTroubleLogTable& troubles, VehicleReadiness& readiness) {
+/// The trouble codes of the vehicle of READINESS go into it.
+void takeCodes(const TTroubleLogTable& troubles, VehicleReadiness& readiness) {
     const auto& vehicles = troubles.column<TTroubleLogVinColumn>();
     const auto& times = troubles.column<TTroubleLogTimeRecordedColumn>();
     const auto& codes = troubles.column<TTroubleLogTroubleCodeColumn>();
-    for (RowIndex row = 0; row < troubles.rowCount(); ++row)
-        if (vehicles.at(row) == readiness.vehicle && times.has(row) && !codes.at(row).empty() &&
-            (readiness.lastCode.empty() || times.at(row) >= readiness.lastCodeTime)) {
-            readiness.lastCode = codes.at(row);
-            readiness.lastCodeTime = times.at(row);
-        }
+    for (RowIndex row = 0; row < troubles.rowCount(); ++row) {
+        if (vehicles.at(row) != readiness.vehicle || !times.has(row) || codes.at(row).empty())
+            continue;
+        auto known = std::ranges::find(readiness.codes, codes.at(row), &VehicleReadiness::Code::code);
+        if (known == readiness.codes.end())
+            known = readiness.codes.insert(known, {codes.at(row), 0, times.at(row)});
+        ++known->times;
+        known->last = std::max(known->last, times.at(row));
+    }
+    std::ranges::stable_sort(readiness.codes, std::ranges::greater(), &VehicleReadiness::Code::last);
 }
 
 } // namespace
@@ -170,9 +174,9 @@ bool ReadinessReader::readNext() {
     VehicleReadiness& vehicle = entry->second;
     if (isNew) {
         vehicle.vehicle = vin;
-        takeLastCode(document_.troubles(), vehicle);
+        takeCodes(document_.troubles(), vehicle);
     }
-    if (!vehicle.lastCode.empty() && starts.at(row) < vehicle.lastCodeTime)
+    if (!vehicle.codes.empty() && starts.at(row) < vehicle.codes.front().last)
         return true;
     ++vehicle.trips;
     Loaded loaded(trips.store());

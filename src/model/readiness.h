@@ -44,11 +44,16 @@ struct DriveEvidence {
 /// interval.
 DriveEvidence evidenceOf(const DriveSamples& samples);
 
-/// What the trips of a vehicle since its last trouble code come to.
+/// What the trips of a vehicle since its last trouble code come to, and its codes.
 struct VehicleReadiness {
     std::string vehicle; ///< VIN
-    std::string lastCode{};
-    std::int32_t lastCodeTime = 0; ///< s since 1970-01-01 00:00 UTC
+    /// A trouble code that it had.
+    struct Code {
+        std::string code;
+        std::size_t times = 0;
+        std::int32_t last = 0; ///< s since 1970-01-01 00:00 UTC
+    };
+    std::vector<Code> codes{}; ///< that with the newest record first
     std::size_t trips = 0;
     DriveAmounts amounts{};
     std::array<std::size_t, kDriveNeeds> sampledTrips{}; ///< in which what each need is told by was sampled

@@ -71,13 +71,27 @@ ShownText joined(const ShownText& all, const ShownText& next) {
     return all.empty() ? next : text(TextId::PlotAlso, all, next);
 }
 
+/// "P0420 (3 times, last 11/14/2023 11:13 PM)"
+ShownText codeText(const VehicleReadiness::Code& code, const TextContext& context) {
+    const std::string last = dateTimeText(context.units, context.zone.toLocal(code.last));
+    return text(TextId::WithAside, code.code,
+                code.times == 1
+                    ? last
+                    : std::string(text(TextId::ReadinessCodeTimes,
+                                       context.units.formatInteger(static_cast<std::int64_t>(code.times)), last)));
+}
+
 Facts factsOf(const VehicleReadiness& vehicle, const TextContext& context) {
-    const bool coded = !vehicle.lastCode.empty();
+    const bool coded = !vehicle.codes.empty();
     Facts facts;
     facts.facts.push_back({text(TextId::ReadinessLastCode),
-                           coded ? text(TextId::WithAside, vehicle.lastCode,
-                                        dateTimeText(context.units, context.zone.toLocal(vehicle.lastCodeTime)))
-                                 : text(TextId::ReadinessNoCode)});
+                           coded ? codeText(vehicle.codes.front(), context) : text(TextId::ReadinessNoCode)});
+    if (vehicle.codes.size() > 1) {
+        ShownText others;
+        for (const VehicleReadiness::Code& code : std::span(vehicle.codes).subspan(1))
+            others = joined(others, codeText(code, context));
+        facts.facts.push_back({text(TextId::ReadinessOtherCodes), others});
+    }
     facts.facts.push_back({coded ? text(TextId::ReadinessTripsSince) : text(TextId::ReadinessTripsInFile),
                            context.units.formatInteger(static_cast<std::int64_t>(vehicle.trips))});
     for (std::size_t i = 0; i < kDriveNeeds; ++i) {

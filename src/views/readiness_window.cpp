@@ -7,14 +7,13 @@
 #include "texts/text.h"
 #include "ui/fields.h"
 #include "ui/windows.h"
+#include "views/report_buttons.h"
 
-#include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPushButton>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -50,20 +49,7 @@ ReadinessWindow::ReadinessWindow(const ViewContext& context, std::vector<Monitor
     fields->addWidget(progress_);
 
     auto* box = new QDialogButtonBox(QDialogButtonBox::Close);
-    for (QAction* action : context_.printing ? *context_.printing : std::vector<QAction*>()) {
-        addAction(action); // for its keys
-        auto* button = box->addButton(action->text(), QDialogButtonBox::ActionRole);
-        button->setObjectName(QStringLiteral("readiness") + action->objectName());
-        followAction(*button, *action, promptWithKeys);
-    }
-    auto* save = box->addButton(tr("&Save As..."), QDialogButtonBox::ActionRole);
-    save->setObjectName(QStringLiteral("readinessSaveAs"));
-    save->setToolTip(tr("Saves the report as a file for people: PDF, HTML, a picture or text."));
-    save->setEnabled(context_.saveReport && *context_.saveReport);
-    connect(save, &QPushButton::clicked, this, [this] {
-        if (std::optional<Report> report = printable())
-            (*context_.saveReport)(*std::move(report));
-    });
+    addReportButtons(*box, *this, "readiness", context_, [this] { return printable(); });
     connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(fields);
@@ -107,8 +93,10 @@ void ReadinessWindow::readSome() {
                 while (vehicle_->count() > 1)
                     vehicle_->removeItem(1);
                 for (const VehicleReadiness& vehicle : vehicles_) {
-                    const std::string name = context_.document.vehicles().nameOf(vehicle.vehicle);
-                    vehicle_->addItem(toQt(name.empty() ? vehicle.vehicle : name), toQt(vehicle.vehicle));
+                    const TVehicleNamesTable& names = context_.document.vehicles();
+                    const RowIndex row = names.find(vehicle.vehicle);
+                    vehicle_->addItem(toQt(row < names.rowCount() ? names.choiceName(row) : vehicle.vehicle),
+                                      toQt(vehicle.vehicle));
                 }
                 vehicle_->setCurrentIndex(wanted.isValid() ? std::max(0, vehicle_->findData(wanted)) : 0);
             }

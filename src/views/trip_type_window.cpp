@@ -10,6 +10,7 @@
 #include "ui/fields.h"
 #include "ui/windows.h"
 #include "units/time_zone.h"
+#include "views/report_buttons.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -96,19 +97,8 @@ TripTypeWindow::TripTypeWindow(const ViewContext& context, TripTypes types, QWid
     parts->setStretchFactor(1, 2);
 
     auto* box = new QDialogButtonBox(QDialogButtonBox::Close);
-    for (QAction* action : context_.printing ? *context_.printing : std::vector<QAction*>()) {
-        addAction(action); // for its keys
-        auto* button = box->addButton(action->text(), QDialogButtonBox::ActionRole);
-        button->setObjectName(QStringLiteral("type") + action->objectName());
-        followAction(*button, *action, promptWithKeys);
-    }
-    auto* save = box->addButton(tr("&Save As..."), QDialogButtonBox::ActionRole);
-    save->setObjectName(QStringLiteral("typeSaveAs"));
-    save->setToolTip(tr("Saves the report as a file for people: PDF, HTML, a picture or text."));
-    save->setEnabled(context_.saveReport && *context_.saveReport);
-    connect(save, &QPushButton::clicked, this, [this] {
-        if (finishEdit())
-            (*context_.saveReport)(tripTypeReport(chosen(), context_.text()));
+    addReportButtons(*box, *this, "type", context_, [this] {
+        return finishEdit() ? std::optional(tripTypeReport(chosen(), context_.text())) : std::nullopt;
     });
     auto* exported = box->addButton(tr("&Export..."), QDialogButtonBox::ActionRole);
     exported->setObjectName(QStringLiteral("typeExport"));

@@ -122,11 +122,12 @@ TEST(Readiness, CountsTheTripsOfAVehicleSinceItsLastCode) {
             samples.series(2).setSeries({4, 10, false, {20, 60, 90}});
     }
     TTroubleLogTable& troubles = document.troubles();
-    troubles.insertRows(0, 2);
-    for (RowIndex row = 0; row < 2; ++row) {
-        troubles.column<TTroubleLogVinColumn>().set(row, row == 0 ? test::kVin : "ANOTHER");
-        troubles.column<TTroubleLogTroubleCodeColumn>().set(row, "P0420");
-        troubles.column<TTroubleLogTimeRecordedColumn>().set(row, test::kStart + (row == 0 ? 3600 : 10 * 86'400));
+    troubles.insertRows(0, 4);
+    for (RowIndex row = 0; row < 4; ++row) {
+        troubles.column<TTroubleLogVinColumn>().set(row, row != 1 ? test::kVin : "ANOTHER");
+        troubles.column<TTroubleLogTroubleCodeColumn>().set(row, row == 2 ? "P0171" : "P0420");
+        constexpr std::int32_t kTimes[] = {3600, 10 * 86'400, 60, 120};
+        troubles.column<TTroubleLogTimeRecordedColumn>().set(row, test::kStart + kTimes[row]);
     }
     const TUnitSystem units;
     const TimeZone zone;
@@ -139,13 +140,14 @@ TEST(Readiness, CountsTheTripsOfAVehicleSinceItsLastCode) {
         return renderText(readinessReport(reader.vehicles(), monitors, document.vehicles(), {units, zone}));
     };
     EXPECT_NE(text().find("Unknown #1\n"
-                          "  Last Trouble Code     P0420 (11/14/2023 11:13 PM)\n"
-                          "  Trips Since           2\n"
-                          "  Warm-up Cycles        1 (sampled in 1 of 2 trips)\n"
-                          "  Cold Starts           1 (sampled in 1 of 2 trips)\n"
-                          "  Steady Driving        00:02:00\n"
-                          "  Idling                00:01:20\n"
-                          "  Smooth Decelerations  2\n"
+                          "  Last Trouble Code      P0420 (2 times, last 11/14/2023 11:13 PM)\n"
+                          "  Earlier Trouble Codes  P0171 (11/14/2023 10:14 PM)\n"
+                          "  Trips Since            2\n"
+                          "  Warm-up Cycles         1 (sampled in 1 of 2 trips)\n"
+                          "  Cold Starts            1 (sampled in 1 of 2 trips)\n"
+                          "  Steady Driving         00:02:00\n"
+                          "  Idling                 00:01:20\n"
+                          "  Smooth Decelerations   2\n"
                           "  Monitor  State    Reason\n"
                           "  Cold     Likely   The trips had all that it needs.\n"
                           "  Long     Not yet  Missing: 00:01:00 of steady driving\n"
