@@ -5,9 +5,14 @@
 #include "export/export_file.h"
 #include "export/xlsx.h"
 #include "messages/file_messages.h"
+#include "model/fuel_entries.h"
 #include "model/record_totals.h"
 #include "platform/file_system.h"
+#include "tables/columns.h"
+#include "tables/declare.h"
 #include "texts/text.h"
+#include "units/economy.h"
+#include "units/unit_system.h"
 
 #include <algorithm>
 #include <optional>
@@ -34,15 +39,52 @@ ExitCode samplesOf(const LogSpec& log, const ExportOptions& options, OpenedDocum
     return kDone;
 }
 
+/// Economies as numbers of what they are shown in.
+QUOBRIX_COLUMN_CLASS(ShownEconomyColumn, RealColumn, "ShownEconomyColumn", D1, "Economy", "", Computed)
+
+/// The fuel entries of the document that OPTIONS name; for people, where no program wants base units.
+ExitCode entriesOf(const ExportOptions& options, bool forPeople, OpenedDocument& document, const UserUnits& units,
+                   ExportContent& content, ShownText& count) {
+    const std::string& file = options.files.front();
+    if (!document.open(file))
+        return kFailed;
+    const TFuelEntryTable* entries = document.document().fuelEntries();
+    if (!entries) {
+        const ExitCode code = document.completeness(); // it may be what cannot be read
+        complain(text(TextId::CliNoFuelEntries, file));
+        return std::max(code, kFailed);
+    }
+    content = {.records = {{exportColumns(*entries, Repeats::LeaveOut), allRows(*entries)}},
+               .title = text(entries->spec().title)};
+    for (ExportColumn& column : content.records.front().columns)
+        if (forPeople && column.column == &entries->column<TFuelEntryEconomyColumn>()) {
+            const TUnitSystem& shownIn = units.context().units;
+            auto shown = std::make_shared<ShownEconomyColumn>();
+            shown->setAll(std::vector<double>(entries->rowCount(), kNoValue));
+            for (RowIndex row = 0; row < entries->rowCount(); ++row)
+                if (const std::optional<FuelUse>& use = entries->uses()[row])
+                    shown->set(row, shownEconomy(use->distance / use->fuel, shownIn));
+            column = {shown.get(), text(TextId::WithAside, plainHeading(column.column->spec()), economyUnit(shownIn))};
+            content.made.push_back(std::move(shown));
+        }
+    count = counted(TextId::CliFuelEntries, content.rowCount(), content.rowCount());
+    return kDone;
+}
+
 } // namespace
 
 ExitCode exportRecords(const ExportOptions& options) {
+    const bool ofEntries = options.log == kFuelEntries;
+    if (ofEntries && (options.files.size() != 1 || options.any() || options.samples)) {
+        complain(text(TextId::CliExportOfEntries));
+        return kUsage;
+    }
     const auto log = std::ranges::find(logs(), std::string_view(options.log), &LogSpec::name);
     const auto recordLog = std::ranges::find(logs(), std::string_view(options.log), &LogSpec::recordName);
     // The activity log and a record of it are called the same: "activity 1 FILE" asks for a record.
     const bool ofOneRecord =
-        log == logs().end() || (log == recordLog && options.files.size() == 2 &&
-                                options.files[0].find_first_not_of("0123456789") == std::string::npos);
+        (log == logs().end() && !ofEntries) || (log == recordLog && options.files.size() == 2 &&
+                                                options.files[0].find_first_not_of("0123456789") == std::string::npos);
     if (ofOneRecord && (options.files.size() != 2 || options.any() || options.samples)) {
         complain(text(TextId::CliExportOfOneRecord, options.log));
         return kUsage;
@@ -75,7 +117,10 @@ ExitCode exportRecords(const ExportOptions& options) {
     OpenedDocument document;
     ExportContent content;
     ShownText count;
-    if (ofOneRecord) {
+    if (ofEntries) {
+        if (const ExitCode code = entriesOf(options, !json, document, units, content, count); code != kDone)
+            return code;
+    } else if (ofOneRecord) {
         if (const ExitCode code = samplesOf(*recordLog, options, document, units, content, count); code != kDone)
             return code;
     } else {
@@ -88,7 +133,7 @@ ExitCode exportRecords(const ExportOptions& options) {
     }
     return putExport(
         content, *format, units.context(), options.out,
-        [&] { return ofOneRecord ? document.completeness() : selection.completeness(); }, count);
+        [&] { return ofOneRecord || ofEntries ? document.completeness() : selection.completeness(); }, count);
 }
 
 ExitCode putExport(const ExportContent& content, FileFormat format, const TextContext& context, const std::string& out,

@@ -23,8 +23,11 @@ inline constexpr FileFormat kExportFormats[] = {FileFormat::Csv, FileFormat::Jso
 ExitCode putExport(const ExportContent& content, FileFormat format, const TextContext& context, const std::string& out,
                    const std::function<ExitCode()>& completeness, const ShownText& what);
 
+/// What stands for the log where the fuel entries of a document are wanted.
+inline constexpr const char* kFuelEntries = "fuel";
+
 /// OPTIONS.log is one of logNames(), or one of recordNames(): then the files are the number of a record and a document,
-/// and its samples are written.
+/// and its samples are written; or kFuelEntries: then there is one file.
 ExitCode exportRecords(const ExportOptions& options);
 
 } // namespace quobrix::cli

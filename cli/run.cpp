@@ -148,6 +148,7 @@ ExitCode run(const ProgramArguments& arguments) {
     for (const std::string& record : recordNames())
         if (std::ranges::find(exported, record) == exported.end())
             exported.push_back(record);
+    exported.emplace_back(kFuelEntries);
     log(exportCommand, exportOptions.log, exported, TextId::CliHelpExportWhat);
     selection(exportCommand, exportOptions);
     exportCommand.add_option("-o,--out", exportOptions.out, text(TextId::CliHelpOut))->required();

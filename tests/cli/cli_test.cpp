@@ -177,6 +177,16 @@ TEST_F(CommandLine, StatisticsAreThoseOfTheSummaryDatabase) {
     EXPECT_EQ(jsonLeaves(outcome.out).at("figures.fuelPrice"), JsonValue(140.0));
     EXPECT_EQ(jsonLeaves(statistics({"--format", "json"}).out).at("figures.fuelPrice"), JsonValue());
     EXPECT_EQ(statistics({"Missing.car"}).exitCode, 1);
+    outcome = cli({"export", "fuel", "Fuel.car", "-o", "fuel.csv", "--units", "Metric"});
+    EXPECT_EQ(outcome.out, "fuel.csv: 2 fuel entries\n") << outcome.error;
+    const auto written = parseCsv(textOf(folder_ / "fuel.csv"));
+    ASSERT_EQ(written.size(), 3u);
+    EXPECT_EQ(written[0][7], "Economy (L/100 km)");
+    EXPECT_EQ(written[2][0], "Lorry");
+    EXPECT_EQ(written[2][7], "7.6");
+    EXPECT_EQ(cli({"export", "fuel", "Test.car", "-o", "none.csv"}).exitCode, 1);
+    EXPECT_EQ(cli({"export", "fuel", "Fuel.car", "Fuel.car", "-o", "none.csv"}).exitCode, 2);
+    EXPECT_FALSE(fs::exists(folder_ / "none.csv"));
     EXPECT_NE(statistics({"--period", "last-month"}).out.find("No trip"), std::string::npos);
     EXPECT_EQ(statistics({"--vehicle", "Tractor"}).exitCode, 1);
     EXPECT_EQ(cli({"statistics"}).exitCode, 1); // there is none, and none is made

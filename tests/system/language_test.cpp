@@ -101,6 +101,7 @@ TEST_F(Language, OfListsAndReports) {
         {"integer", "text", "selection", "datetime", "boolean", "real", "table", "list", "s since", "UTC"});
     expectTranslated({"export", "trips", "Example.car", "-o", "Trips.csv"}, 0);
     expectTranslated({"export", "trip", "1", "Example.car", "-o", "Trip.csv"}, 0);
+    expectTranslated({"export", "fuel", "Example.car", "-o", "Fuel.csv"}, 1);
     expectTranslated({"print", "trips", "Example.car", "-o", "Trips.html"}, 0);
     expectTranslated({"print", "trips", "Example.car", "--records", "3-999", "-o", "Trips.html"}, 1);
     expectTranslated({"print", "trips", "Example.car", "--records", "3-x", "-o", "Trips.html"}, 2);
