@@ -61,6 +61,7 @@ JsonObject jsonOf(const DrivingTotals& totals) {
     JsonObject object;
     for (const DrivingFigure& figure : drivingFigures())
         object.add(figure.key, jsonReal(figure.value(totals)));
+    object.add("fuelTrips", jsonNumber(static_cast<std::int64_t>(totals.fuelTrips)));
     object.add("fewTrips", totals.trips < kFewTrips ? "true" : "false");
     return object;
 }
@@ -152,7 +153,8 @@ ExitCode statistics(const StatisticsOptions& options) {
     } else if (result.totals.trips == 0)
         output.put(ShownText::asItIs(text(TextId::StatisticsNone) + "\n"));
     else {
-        output.put(ShownText::asItIs(renderText(drivingReport(result, drivingTitle(result, choice), context.units))));
+        output.put(
+            ShownText::asItIs(renderText(drivingReport(result, drivingTitle(result, choice, context), context.units))));
     }
     return output.finish(options.file.empty() ? kDone : opened.completeness());
 }

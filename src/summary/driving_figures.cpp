@@ -26,7 +26,8 @@ constexpr DrivingFigure kFigures[] = {
      FigureSource::Source,                                                                                             \
      UnitTypeId::Unit,                                                                                                 \
      [](const DrivingTotals& t) -> std::optional<double> {                                                             \
-         return t.trips > 0 ? std::optional<double>(OfTotals) : std::nullopt;                                          \
+         return t.trips > 0 || FigureSource::Source == FigureSource::FuelEntries ? std::optional<double>(OfTotals)     \
+                                                                                 : std::nullopt;                       \
      }},
 #include "summary/driving_figures.def"
 #undef FIGURE

@@ -44,14 +44,22 @@ struct DrivingFigure {
     UnitTypeId unit;                                      ///< of quantities
     std::optional<double> (*value)(const DrivingTotals&); ///< nothing where there is nothing to make it of
 
-    /// There is nothing of it, and nobody misses it: it is not shown.
-    bool leftOut(const DrivingTotals& totals) const { return source == FigureSource::FuelEntries && !value(totals); }
+    /// There is nothing of it, and nobody misses it, as an estimate of what is known for sure: it is not shown.
+    bool leftOut(const DrivingTotals& totals) const {
+        const bool wanted =
+            source == FigureSource::Trips || (source == FigureSource::KnownFuel && totals.filledFuel == 0);
+        return !wanted && !value(totals);
+    }
     /// Whether it is made of so few trips that whoever shows it says so.
     bool ofFewTrips(const DrivingTotals& totals) const {
-        if (source == FigureSource::KnownFuel)
-            return totals.fuelTrips < kFewTrips;
-        return source == FigureSource::Trips && (kind == FigureKind::Rate || kind == FigureKind::Share) &&
-               totals.trips < kFewTrips;
+        if (source == FigureSource::FuelEntries && kind != FigureKind::Share)
+            return false; // one stretch between full tanks is long
+        return (kind == FigureKind::Rate || kind == FigureKind::Share || kind == FigureKind::Economy) &&
+               tripsOf(totals) < kFewTrips;
+    }
+    /// How many trips it is made of; of the entries' share, those of the estimate.
+    std::size_t tripsOf(const DrivingTotals& totals) const {
+        return source == FigureSource::Trips ? totals.trips : totals.fuelTrips;
     }
 };
 std::span<const DrivingFigure> drivingFigures();

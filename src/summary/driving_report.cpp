@@ -4,10 +4,12 @@
 #include "model/parameters.h"
 #include "texts/text.h"
 #include "units/date_time.h"
+#include "units/time_zone.h"
 #include "units/unit_system.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -84,6 +86,21 @@ ShownText drivingTitle(const DrivingStatistics& statistics, const DrivingChoice&
                       : choice.period ? text(choice.period->text)
                                       : text(TextId::StatisticsAllTrips);
     return statistics.unfinished ? text(TextId::StatisticsUnfinished, title) : title;
+}
+
+ShownText drivingTitle(const DrivingStatistics& statistics, const DrivingChoice& choice, const TextContext& context) {
+    ShownText title = drivingTitle(statistics, choice);
+    const auto day = [&](std::int64_t time) {
+        return dateText(context.units, context.zone.toLocal(static_cast<std::int32_t>(time)));
+    };
+    if (const auto& [from, until] = statistics.time; !choice.month && from && until)
+        title = text(TextId::WithAside, title, text(TextId::TypeReportFromTo, day(*from), day(*until - 1)));
+    for (const auto& [key, groups] :
+         {std::pair(&choice.vehicle, &statistics.vehicles), std::pair(&choice.driver, &statistics.drivers)})
+        if (*key)
+            if (const auto of = std::ranges::find(*groups, **key, &DrivingGroup::key); of != groups->end())
+                title = text(TextId::PlotAlso, title, nameOf(*of));
+    return title;
 }
 
 Report drivingReport(const DrivingStatistics& statistics, ShownText title, const TUnitSystem& units) {

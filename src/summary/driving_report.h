@@ -2,6 +2,7 @@
 
 #include "report/report.h"
 #include "summary/driving_figures.h"
+#include "tables/column.h"
 
 #include <optional>
 #include <span>
@@ -28,6 +29,8 @@ ShownText changeText(std::optional<double> change);
 
 /// What STATISTICS of a CHOICE are about: "Last 3 Months", "This Month (so far)".
 ShownText drivingTitle(const DrivingStatistics& statistics, const DrivingChoice& choice);
+/// The same for paper, which is read elsewhere and later: with the days, and the vehicle and driver of CHOICE.
+ShownText drivingTitle(const DrivingStatistics& statistics, const DrivingChoice& choice, const TextContext& context);
 /// All of STATISTICS in the user's units.
 Report drivingReport(const DrivingStatistics& statistics, ShownText title, const TUnitSystem& units);
 

@@ -37,13 +37,12 @@ std::vector<DrivingRow> drivingRows(const DrivingStatistics& statistics, const T
     std::vector<DrivingRow> rows;
     const auto add = [&](const ShownText& what, const std::string& name, const DrivingTotals& totals,
                          const DrivingTotals* before) {
-        if (totals.trips == 0)
-            return;
         for (const DrivingFigure& figure : drivingFigures())
-            if (!figure.leftOut(totals))
+            if (!figure.leftOut(totals) && (totals.trips > 0 || figure.value(totals)))
                 rows.push_back({what, name, figureHeading(figure, units), figureCell(figure, totals, units),
                                 change(before ? figureChange(figure, *before, totals, units) : std::nullopt),
-                                std::to_string(totals.trips)});
+                                std::to_string(figure.source == FigureSource::FuelEntries ? totals.trips
+                                                                                          : figure.tripsOf(totals))});
     };
     add(text(TextId::StatisticsAll), {}, statistics.totals, statistics.before ? &*statistics.before : nullptr);
     for (const DrivingMonth& month : statistics.months)

@@ -2,6 +2,7 @@
 
 #include "base/utf8.h"
 #include "model/names.h"
+#include "texts/text.h"
 #include "units/time_zone.h"
 
 #include <algorithm>
@@ -77,6 +78,7 @@ public:
             if (!fill.time || !time.holds(*fill.time) || (vehicle && SummaryText(fill.vehicle).view() != *vehicle))
                 continue;
             totals.price += sound(fill.totalPrice.value_or(0));
+            totals.unpricedFills += !fill.totalPrice;
             if (const std::optional<FuelUse>& use = uses_[i]) {
                 totals.filledDistance += use->distance;
                 totals.filledFuel += use->fuel;
@@ -134,6 +136,7 @@ void DrivingTotals::addFilled(const DrivingTotals& filled) {
     pricedDistance += filled.pricedDistance;
     distancePrice += filled.distancePrice;
     price += filled.price;
+    unpricedFills += filled.unpricedFills;
 }
 
 double DrivingTotals::bandTime() const { return std::accumulate(bands.begin(), bands.end(), 0.0); }
@@ -149,7 +152,11 @@ std::vector<DrivingGroup> byVehicle(const SummaryRows& rows) {
     return grouped(rows, vehicleKey, &SummaryRecord::vehicleName);
 }
 std::vector<DrivingGroup> byDriver(const SummaryRows& rows) {
-    return grouped(rows, driverKey, &SummaryRecord::driverName);
+    std::vector<DrivingGroup> drivers = grouped(rows, driverKey, &SummaryRecord::driverName);
+    for (DrivingGroup& driver : drivers) // a number alone reads like a figure
+        if (!driver.key.empty() && driver.name == driver.key)
+            driver.name = text(TextId::WithAside, text(TextId::StatisticsUnknown), driver.key);
+    return drivers;
 }
 
 std::vector<DrivingMonth> byMonth(const SummaryRows& rows, std::int32_t now, const TimeZone& zone) {
@@ -175,7 +182,9 @@ std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows) {
     std::map<std::int32_t, std::pair<MonitoredParameter, std::int32_t>> parameters; // with the start of the newest trip
     for (const SummaryRecord* record : rows)
         for (const SummaryRecord::Slot& slot : record->parameters) {
-            if (slot.used == 0 || !record->ours())
+            const bool sampled =
+                slot.timeOver > 0 || slot.timeUnder > 0 || hasValue(slot.highest) || hasValue(slot.lowest);
+            if (slot.used == 0 || !sampled || !record->ours())
                 continue;
             auto& [sum, newest] = parameters[slot.parameter];
             if (sum.trips == 0 || record->start >= newest) {

@@ -43,6 +43,7 @@ struct DrivingTotals {
     double filledDistance = 0, filledFuel = 0;    ///< m, US gallons
     double pricedDistance = 0, distancePrice = 0; ///< m, of the stretches with a price
     double price = 0;                             ///< of all that was filled in
+    std::size_t unpricedFills = 0;                ///< that have no price
     /// US gallons that were filled into vehicles of which the trips tell fuel, too, and what their trips would have
     /// made of the same distance.
     double comparedFuel = 0, estimatedFuel = 0;

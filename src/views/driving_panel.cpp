@@ -54,11 +54,8 @@ QComboBox* box(const char* name) {
     return result;
 }
 
-/// Whether FIGURE has no tile: what nobody misses, and an estimate that cannot be made of what is known for sure.
-bool isLeftOut(const DrivingFigure& figure, const DrivingTotals& totals) {
-    return figure.leftOut(totals) || (figure.source == FigureSource::KnownFuel && !figure.value(totals) &&
-                                      drivingFigure("filledEfficiency")->value(totals));
-}
+/// In lines that fit the screen.
+void explain(QWidget& of, const QString& text) { of.setToolTip(QStringLiteral("<p>%1</p>").arg(text.toHtmlEscaped())); }
 
 /// What GROUPS, or the open document, call KEY.
 QString nameOfKey(const std::string& key, std::vector<DrivingGroup> groups, const NamesTable& names) {
@@ -134,7 +131,8 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
     content.addWidget(all_, 0, Qt::AlignLeft);
     figuresGrid_->setContentsMargins(0, 0, 0, 0);
     for (const DrivingFigure& figure : drivingFigures()) {
-        tiles_.push_back(new FigureTile(QStringLiteral("homeFigure_") + toQt(figure.key)));
+        tiles_.push_back(
+            new FigureTile(QStringLiteral("homeFigure_") + toQt(figure.key), FigureTile::Room::Card, figures_));
         connect(tiles_.back(), &QAbstractButton::clicked, this, [this, figure = &figure] {
             if (detail_.figure == figure)
                 return trips_->click(); // not while it is disabled
@@ -160,7 +158,8 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
     sides->setContentsMargins(0, 8, 0, 0);
     sides->setHorizontalSpacing(24);
     int column = 0;
-    for (const auto& [ranking, name] : {std::pair(&vehicles_, "homeVehicles"), std::pair(&drivers_, "homeDrivers")}) {
+    for (const auto& [ranking, name] :
+         {std::pair(&vehicles_, "rankedVehicles"), std::pair(&drivers_, "rankedDrivers")}) {
         ranking->rows->setObjectName(QLatin1String(name));
         auto* rows = new QVBoxLayout(ranking->rows);
         rows->setContentsMargins(0, 0, 0, 0);
@@ -347,15 +346,35 @@ void DrivingPanel::refresh() {
     rankings_->setVisible(!vehicles_.rows->isHidden() || !drivers_.rows->isHidden());
     showParameters();
     showState();
+    orderTabs();
+}
+
+/// As they are read, whenever they were made.
+void DrivingPanel::orderTabs() {
+    std::vector<QWidget*> order{period_, vehicle_, driver_, all_};
+    order.insert(order.end(), tiles_.begin(), tiles_.end());
+    order.insert(order.end(), {trips_, again_});
+    std::vector<QWidget*> parts(charts_.begin(), charts_.end());
+    parts.insert(parts.end(), {vehicles_.rows, drivers_.rows, parameters_});
+    for (const QWidget* part : parts)
+        std::ranges::copy(part->findChildren<QAbstractButton*>(), std::back_inserter(order));
+    for (std::size_t i = 1; i < order.size(); ++i)
+        setTabOrder(order[i - 1], order[i]);
 }
 
 void DrivingPanel::showFigures() {
     const auto figures = drivingFigures();
+    const auto filled = static_cast<std::size_t>(std::ranges::count_if(
+        statistics_.vehicles, [](const DrivingGroup& vehicle) { return vehicle.totals.filledFuel > 0; }));
     for (std::size_t i = 0; i < figures.size(); ++i) {
         const DrivingFigure& figure = figures[i];
         QString remark;
         if (figure.source == FigureSource::KnownFuel && !figure.value(statistics_.totals))
-            remark = tr("Use Tools / Fuel Entry");
+            remark = choice().driver ? tr("Needs air flow and petrol") : tr("Use Tools / Fuel Entry");
+        else if (figure.kind == FigureKind::Money && statistics_.totals.unpricedFills > 0)
+            remark = tr("%n fill(s) without a price", nullptr, static_cast<int>(statistics_.totals.unpricedFills));
+        else if (figure.key == "filledEfficiency" && filled < statistics_.vehicles.size())
+            remark = tr("of %1 of %2 vehicles").arg(filled).arg(statistics_.vehicles.size());
         else if (figure.ofFewTrips(statistics_.totals))
             remark = tr("fewer than three trips");
         else if (const auto change = statistics_.before
@@ -365,21 +384,23 @@ void DrivingPanel::showFigures() {
         tiles_[i]->show(toQt(figureTitle(figure, context_.units)),
                         toQt(figureText(figure, statistics_.totals, context_.units)), remark);
         if (figure.source == FigureSource::KnownFuel)
-            tiles_[i]->setToolTip(tr("Estimated from the air flow that trips recorded, for the vehicles that burn "
-                                     "petrol according to Setup / Vehicle ID. What is entered by Tools / Fuel Entry "
-                                     "tells the efficiency of any vehicle, but not of one driver."));
+            explain(*tiles_[i], tr("Estimated from the air flow that trips recorded, for the vehicles that burn "
+                                   "petrol according to Setup / Vehicle ID. What is entered by Tools / Fuel Entry "
+                                   "tells the efficiency of any vehicle, but not of one driver."));
         else if (figure.key == "fuelAgreement")
-            tiles_[i]->setToolTip(
-                tr("The fuel that the air flow of the trips comes to, as a part of what was filled in "
-                   "for the same distance: at 100% both agree"));
+            explain(*tiles_[i], tr("The fuel that the air flow of the trips comes to, as a part of what was filled in "
+                                   "for the same distance: at 100% both agree"));
         else if (figure.source == FigureSource::FuelEntries)
-            tiles_[i]->setToolTip(tr("From the entries of Tools / Fuel Entry in this file, from one full tank to the "
-                                     "next, by the day of the later one"));
+            explain(*tiles_[i], tr("From the entries of Tools / Fuel Entry in this file, from one full tank to the "
+                                   "next, by the day of the later one"));
     }
     const bool any = statistics_.totals.trips > 0;
+    const bool told = !detail_.figure || std::ranges::any_of(statistics_.months, [&](const DrivingMonth& month) {
+        return detail_.figure->value(month.totals).has_value();
+    });
     for (std::size_t i = 0; i < charts_.size(); ++i) {
         charts_[i]->redraw();
-        charts_[i]->setVisible(any && !detail_.only.month &&
+        charts_[i]->setVisible(any && told && !detail_.only.month &&
                                (i == drivingCharts().size()) == (detail_.figure != nullptr));
     }
     figures_->setVisible(any);
@@ -393,7 +414,7 @@ void DrivingPanel::arrangeTiles() {
     const auto figures = drivingFigures();
     int place = 0;
     for (std::size_t i = 0; i < tiles_.size(); ++i) {
-        const bool shown = detail_.figure ? detail_.figure == &figures[i] : !isLeftOut(figures[i], statistics_.totals);
+        const bool shown = detail_.figure ? detail_.figure == &figures[i] : !figures[i].leftOut(statistics_.totals);
         tiles_[i]->setVisible(shown);
         if (shown) {
             figuresGrid_->addWidget(tiles_[i], place / columns, place % columns);
@@ -489,6 +510,7 @@ void DrivingPanel::showParameters() {
 void DrivingPanel::showState() {
     const SummaryKeeper& keeper = context_.counter->keeper();
     const std::optional<double> progress = context_.counter->progress();
+    const bool counts = !context_.document.isExample() && context_.document.trips().rowCount() > 0;
     QString state;
     if (progress)
         state = tr("The trips of this file are being counted: %1").arg(toQt(shareText(*progress)));
@@ -498,8 +520,11 @@ void DrivingPanel::showState() {
         state = QString();
     else if (keeper.records()->empty())
         state =
-            tr("No trip has been counted yet. Download your Quobrix, or open a file with trips: they count from then "
-               "on, whatever becomes of the file.");
+            counts
+                ? tr("No trip is counted. Count This Document Again counts those of this file, also trips that were "
+                     "deleted from the summary log.")
+                : tr("No trip has been counted yet. Download your Quobrix, or open a file with trips: they count from "
+                     "then on, whatever becomes of the file.");
     else if (statistics_.totals.trips == 0)
         state = toQt(text(TextId::StatisticsNone)) + QLatin1Char(' ') + tr("Choose another period.");
     else if (statistics_.unfinished)
@@ -508,7 +533,6 @@ void DrivingPanel::showState() {
     state_->setVisible(!state.isEmpty());
     all_->setVisible(!detail_.any() && keeper.records() && !keeper.records()->empty() && statistics_.totals.trips == 0);
 
-    const bool counts = !context_.document.isExample() && context_.document.trips().rowCount() > 0;
     again_->setEnabled(counts);
     std::size_t inFile = 0;
     if (statistics_.totals.trips > 0) {
@@ -533,7 +557,10 @@ void DrivingPanel::showState() {
 std::optional<Report> DrivingPanel::report() const {
     if (statistics_.totals.trips == 0)
         return {};
-    ShownText title = drivingTitle(statistics_, choice());
+    DrivingChoice chosen = choice();
+    if (detail_.any()) // whose title names them
+        chosen.vehicle.reset(), chosen.driver.reset();
+    ShownText title = drivingTitle(statistics_, chosen, context_.text());
     if (detail_.any())
         title = text(TextId::WithAside, detailTitle().toStdString(), title);
     Report report = drivingReport(statistics_, std::move(title), context_.units);

@@ -86,6 +86,7 @@ private:
     void showRanking(const Ranking& ranking, const std::vector<DrivingGroup>& groups);
     void showParameters();
     void arrangeTiles();
+    void orderTabs();
     void showState();
 
     const ViewContext context_;

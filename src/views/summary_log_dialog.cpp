@@ -16,6 +16,7 @@
 #include <QItemSelectionModel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QStatusTipEvent>
 #include <QVBoxLayout>
 
@@ -87,7 +88,8 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
     keeper_.read(); // another program may have counted meanwhile
     list_->setFocus();
     if (!quobrix::restoreGeometry(*this, context_.settings, kSection))
-        resize(fontMetrics().averageCharWidth() * 175, fontMetrics().lineSpacing() * 32);
+        resize(QSize(fontMetrics().averageCharWidth() * 175, fontMetrics().lineSpacing() * 32)
+                   .boundedTo(screen()->availableSize() * 9 / 10));
 }
 
 SummaryLogDialog::~SummaryLogDialog() {

@@ -122,8 +122,8 @@ TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
     };
     EXPECT_EQ(press("homeFigure_hardBrakes"), "Home / Anna, Hard Brakes per 100 km");
     EXPECT_TRUE(tile("homeFigure_distance")->isHidden());
-    EXPECT_EQ(tile("homeVehicles1")->accessibleName(), "Unknown #1: 16.7");
-    EXPECT_EQ(press("homeVehicles1"), "Home / Unknown #1, Anna");
+    EXPECT_EQ(tile("rankedVehicles1")->accessibleName(), "Unknown #1: 16.7");
+    EXPECT_EQ(press("rankedVehicles1"), "Home / Unknown #1, Anna");
     EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 24.0 km");
     frame_.pages().step(-1);
     frame_.pages().step(-1);

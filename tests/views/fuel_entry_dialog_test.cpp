@@ -7,6 +7,7 @@
 #include "support/view_fixture.h"
 #include "tables/ui/table_spreadsheet.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -49,6 +50,38 @@ protected:
     ScriptedPrompter silent_;
     std::unique_ptr<FuelEntryDialog> dialog_;
 };
+
+TEST_F(FuelEntryDialogTest, ANameIsTypedIntoTheListOfVehiclesAsItReads) {
+    document_.vehicles().nameAll(Keys{"WVWZZZ1KZAW000001"}, "Van 1");
+    document_.vehicles().nameAll(Keys{"WAUZZZ8K9BA000002"}, "Van 2");
+    const auto opened = [&] {
+        run(SpreadsheetCommand::Add);
+        EXPECT_TRUE(list().finishEdit());
+        const QModelIndex cell = list().model().index(list().model().rowCount() - 1, 0);
+        list().view().edit(cell);
+        return qobject_cast<QComboBox*>(list().view().indexWidget(cell));
+    };
+    const auto typed = [&](const char* text, int pause) -> QString {
+        QComboBox* box = opened();
+        if (!box)
+            return QStringLiteral("no list");
+        QTest::keyClicks(box, QLatin1String(text), Qt::NoModifier, pause);
+        const QString chosen = box->currentText();
+        EXPECT_TRUE(list().finishEdit());
+        return chosen;
+    };
+    EXPECT_EQ(typed("van 1", 0), "Van 1");
+    EXPECT_EQ(typed("van 2", 0), "Van 2");
+    EXPECT_EQ(typed("Van 1", QApplication::keyboardInputInterval() + 50), "Van 1") << "slowly";
+    EXPECT_EQ(typed("Vxan 2", 0), "Van 2") << "what no name has";
+    EXPECT_EQ(typed("vv", 0), "Van 2") << "the next one";
+    QComboBox* box = opened();
+    ASSERT_TRUE(box);
+    box->showPopup();
+    QTest::keyClicks(box->view(), QStringLiteral("van 2"));
+    EXPECT_EQ(box->view()->currentIndex().data().toString(), "Van 2");
+    box->hidePopup();
+}
 
 TEST_F(FuelEntryDialogTest, TheTableComesAndGoesWithItsFirstEntry) {
     EXPECT_FALSE(document_.fuelEntries()) << "to look is no edit";

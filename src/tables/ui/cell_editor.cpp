@@ -3,8 +3,12 @@
 #include "base/ui/qt_text.h"
 #include "tables/ui/spreadsheet_model.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 
@@ -28,8 +32,62 @@ QLineEdit* makeLine(const QString& hint, QWidget* parent) {
     return line;
 }
 
+/// A list that is typed into: all that was typed so far is looked for, blanks as any character, however slowly that is
+/// done. What nothing begins with is passed over; after a pause it begins anew.
+class CellList final : public QComboBox {
+public:
+    explicit CellList(QWidget* parent) : QComboBox(parent) { view()->installEventFilter(this); }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (!takes(*event))
+            QComboBox::keyPressEvent(event);
+    }
+    bool eventFilter(QObject* object, QEvent* event) override {
+        return (object == view() && event->type() == QEvent::KeyPress && takes(*static_cast<QKeyEvent*>(event))) ||
+               QComboBox::eventFilter(object, event);
+    }
+
+private:
+    bool takes(const QKeyEvent& key) {
+        const QString text = key.text();
+        const bool typed = !text.isEmpty() && text.front().isPrint() &&
+                           !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier));
+        if (!typed) // it may choose something else
+            typed_.clear();
+        if (!typed || (typed_.isEmpty() && text == QLatin1String(" "))) // which opens the list
+            return false;
+        const bool paused = !lastKey_.isValid() || lastKey_.hasExpired(QApplication::keyboardInputInterval());
+        lastKey_.start();
+        int row = findText(typed_ + text, Qt::MatchStartsWith);
+        if (row < 0 && (paused || typed_ == text)) {
+            row = next(text);
+            typed_.clear();
+        }
+        if (row < 0)
+            return true;
+        typed_ += text;
+        if (view()->isVisible())
+            view()->setCurrentIndex(model()->index(row, modelColumn()));
+        else
+            setCurrentIndex(row);
+        return true;
+    }
+    /// The next row that begins with TEXT.
+    int next(const QString& text) const {
+        const int here = view()->isVisible() ? view()->currentIndex().row() : currentIndex();
+        for (int step = 1; step <= count(); ++step)
+            if (const int row = (here + step) % count(); itemText(row).startsWith(text, Qt::CaseInsensitive))
+                return row;
+        return -1;
+    }
+
+    QString typed_;
+    QElapsedTimer lastKey_;
+};
+
 QComboBox* makeList(const Column& column, QWidget* parent) {
-    auto* list = new QComboBox(parent);
+    auto* list = new CellList(parent);
     if (column.requirements().need != Need::Required)
         list->addItem(QString());
     for (const Selection& selection : column.selections())
