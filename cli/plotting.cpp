@@ -146,9 +146,9 @@ ExitCode plot(const PlottingOptions& options) {
     Settings settings(userSettings());
     view.options = plotOptions(settings);
     view.options.lines = options.lines || (view.options.lines && !options.areas);
-    view.options.bands = view.options.bands && !options.noBands;
-    view.options.brakes = view.options.brakes && !options.noEvents;
-    view.options.accelerations = view.options.accelerations && !options.noEvents;
+    view.options.bands = options.bands.value_or(view.options.bands);
+    view.options.brakes = options.events.value_or(view.options.brakes);
+    view.options.accelerations = options.events.value_or(view.options.accelerations);
     if (options.normalize) {
         view.options.normalize = true;
         const TIOVerticalAxisMaximumColumn column;

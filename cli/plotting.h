@@ -18,9 +18,9 @@ struct PlottingOptions {
     std::string size = "1200x700"; ///< not of pages
     std::string from, to;          ///< on the axis; empty: its ends
     bool lines = false, areas = false;
-    std::optional<std::string> normalize; ///< a speed; empty: the user's
-    bool noBands = false, noEvents = false;
-    std::optional<std::string> by; ///< what trips are compared along: "time" (if nothing is said) or "distance"
+    std::optional<std::string> normalize;  ///< a speed; empty: the user's
+    std::optional<bool> bands{}, events{}; ///< nothing: the user's
+    std::optional<std::string> by;         ///< what trips are compared along: "time" (if nothing is said) or "distance"
     std::optional<std::string> units;
 };
 

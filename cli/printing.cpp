@@ -62,6 +62,10 @@ ExitCode putReport(Report report, FileFormat format, const std::string& out, Exi
         const PageSource source = layOut(std::move(report), PageSetup::load(settings), **painter);
         pages = source.count;
         content = textOf((*painter)->pdf(source));
+        if (content.empty()) {
+            complain(text(TextId::WithDetail, out, text(TextId::PagesNotPainted)));
+            return kFailed;
+        }
     } else {
         content = format == FileFormat::Html ? renderHtml(report) : renderText(report);
     }

@@ -25,7 +25,7 @@ ExitCode readiness(const ReadinessOptions& options) {
         return code;
     const Result<std::vector<Monitor>> monitors = loadMonitors();
     if (!monitors) {
-        complain(fileMessage(monitors.error(), FileAction::Open, kMonitorsFile).text);
+        complain(textFileMessage(monitors.error(), kMonitorsFile).text);
         return kFailed;
     }
     OpenedDocument opened;

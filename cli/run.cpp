@@ -205,8 +205,11 @@ ExitCode run(const ProgramArguments& arguments) {
     CLI::Option& lines = *plotCommand.add_flag("--lines", plottingOptions.lines, text(TextId::CliHelpPlotLines));
     plotCommand.add_flag("--areas", plottingOptions.areas, text(TextId::CliHelpPlotAreas))->excludes(&lines);
     plotCommand.add_option("--normalize", plottingOptions.normalize, text(TextId::CliHelpPlotNormalize));
-    plotCommand.add_flag("--no-bands", plottingOptions.noBands, text(TextId::CliHelpPlotNoBands));
-    plotCommand.add_flag("--no-events", plottingOptions.noEvents, text(TextId::CliHelpPlotNoEvents));
+    const auto eitherWay = [](std::optional<bool>& choice) { return [&choice](auto times) { choice = times > 0; }; };
+    plotCommand.add_flag_function("--bands,!--no-bands", eitherWay(plottingOptions.bands),
+                                  text(TextId::CliHelpPlotBands));
+    plotCommand.add_flag_function("--events,!--no-events", eitherWay(plottingOptions.events),
+                                  text(TextId::CliHelpPlotEvents));
     plotCommand.add_option("--by", plottingOptions.by, text(TextId::CliHelpPlotBy))
         ->check(CLI::IsMember({"time", "distance"}))
         ->type_name(text(TextId::CliHelpWordText));

@@ -35,12 +35,21 @@ void complainOf(const Error& error, const std::filesystem::path& path) {
         complain(summaryProblem(error, path));
 }
 
-/// The key of the one of GROUPS that WANTED names, by key or name in any case.
-std::optional<std::string> keyNamed(const std::vector<DrivingGroup>& groups, std::string_view wanted) {
-    const auto found = std::ranges::find_if(groups, [&](const DrivingGroup& group) {
-        return foldCase(group.key) == foldCase(wanted) || foldCase(group.name) == foldCase(wanted);
-    });
-    return found != groups.end() ? std::optional(found->key) : std::nullopt;
+/// The key of the one of GROUPS that WANTED names, by key or name in any case. Nothing, which is told, for none, which
+/// NONE says, and for several.
+std::optional<std::string> keyNamed(const std::vector<DrivingGroup>& groups, const std::string& wanted,
+                                    TextOf<1> none) {
+    const auto is = [folded = foldCase(wanted)](const std::string& text) { return foldCase(text) == folded; };
+    if (const auto key = std::ranges::find_if(groups, is, &DrivingGroup::key); key != groups.end())
+        return key->key;
+    const auto name = std::ranges::find_if(groups, is, &DrivingGroup::name);
+    if (name == groups.end())
+        complain(text(none, wanted));
+    else if (std::ranges::any_of(name + 1, groups.end(), is, &DrivingGroup::name))
+        complain(text(TextId::CliSeveralOfThatName, wanted));
+    else
+        return name->key;
+    return {};
 }
 
 std::string csvOf(const DrivingStatistics& statistics, const TUnitSystem& units) {
@@ -61,7 +70,10 @@ JsonObject jsonOf(const DrivingTotals& totals) {
     JsonObject object;
     for (const DrivingFigure& figure : drivingFigures())
         object.add(figure.key, jsonReal(figure.value(totals)));
-    object.add("fuelTrips", jsonNumber(static_cast<std::int64_t>(totals.fuelTrips)));
+    for (const auto& [key, count] :
+         {std::pair("watchedTrips", totals.watchedTrips), std::pair("fuelTrips", totals.fuelTrips),
+          std::pair("unpricedFills", totals.unpricedFills)})
+        object.add(key, jsonNumber(static_cast<std::int64_t>(count)));
     object.add("fewTrips", totals.trips < kFewTrips ? "true" : "false");
     return object;
 }
@@ -131,18 +143,18 @@ ExitCode statistics(const StatisticsOptions& options) {
     DrivingChoice choice;
     if (!options.period.empty())
         choice.period = &*std::ranges::find(periods(), std::string_view(options.period), &Period::name);
-    if (options.vehicle && !(choice.vehicle = keyNamed(named(byVehicle(all), document.vehicles()), *options.vehicle))) {
-        complain(text(TextId::CliNoSuchVehicle, *options.vehicle));
+    if (options.vehicle && !(choice.vehicle = keyNamed(named(byVehicle(all), document.vehicles()), *options.vehicle,
+                                                       TextId::CliNoSuchVehicle)))
         return kFailed;
-    }
-    if (options.driver && !(choice.driver = keyNamed(named(byDriver(all), document.drivers()), *options.driver))) {
-        complain(text(TextId::CliNoSuchDriver, *options.driver));
+    if (options.driver &&
+        !(choice.driver = keyNamed(named(byDriver(all), document.drivers()), *options.driver, TextId::CliNoSuchDriver)))
         return kFailed;
-    }
     const TextContext context = units.context();
     DrivingStatistics result = drivingStatistics(*records, choice, currentTime(), context.zone, fills);
     rename(result.vehicles, document.vehicles());
     rename(result.drivers, document.drivers());
+    tellApart(result.vehicles);
+    tellApart(result.drivers);
     Output output;
     if (options.format == "json")
         output.putData(jsonOf(result));
@@ -150,7 +162,7 @@ ExitCode statistics(const StatisticsOptions& options) {
         TUnitSystem plain(csvLocale());
         plain.replace(context.units.choices());
         output.putData(csvOf(result, plain));
-    } else if (result.totals.trips == 0)
+    } else if (!tellsAnything(result.totals))
         output.put(ShownText::asItIs(text(TextId::StatisticsNone) + "\n"));
     else {
         output.put(

@@ -51,7 +51,7 @@ ExitCode tripTypes(const TripTypeOptions& options) {
         return code;
     Result<TripTypes> types = loadTripTypes();
     if (!types) {
-        complain(fileMessage(types.error(), FileAction::Open, kTripTypesFile).text);
+        complain(textFileMessage(types.error(), kTripTypesFile).text);
         return kFailed;
     }
     Selection selection;

@@ -55,12 +55,12 @@ public:
         frame_.pages().show(kHomePage);
         bool taken = take("home", frame_);
         frame_.pages().show(kTripLogPage);
-        taken = take("trip-log", frame_) && taken;
+        taken = take("trip-log", frame_) && takePage("list-page") && taken;
         taken = takeFilter() && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Report);
-        taken = take("trip-report", frame_) && taken;
+        taken = take("trip-report", frame_) && takePage("report-page") && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Plot);
-        taken = take("trip-plot", frame_) && takePage() && takeComparison() && taken;
+        taken = take("trip-plot", frame_) && takePage("plot-page") && takeComparison() && taken;
         static_cast<LogView*>(frame_.pages().page(kTripLogPage))->showView(LogViewKind::Table);
         taken = take("trip-table", frame_) && taken;
         constexpr std::pair<CommandId, const char*> kLogs[] = {{CommandId::TroubleLog, "trouble-log"},
@@ -156,12 +156,12 @@ private:
         return take("spreadsheet", dialog);
     }
 
-    /// The page that the plot in view is printed on.
-    bool takePage() {
+    /// The first page that what is in view is printed on.
+    bool takePage(const char* name) {
         const PageSource pages = layOut(*frame_.pages().page(kTripLogPage)->printable({}), {}, PaperPainter());
         const Bytes png = PaperPainter().png(pages.page(0), 1.5);
         return QImage::fromData(png.data(), static_cast<int>(png.size()))
-            .save(folder_ + QStringLiteral("/plot-page.png"));
+            .save(QStringLiteral("%1/%2.png").arg(folder_, QLatin1String(name)));
     }
 
     /// Of the newest trips.

@@ -11,6 +11,7 @@
 #include "model/quobrix_document.h"
 #include "platform/event_log.h"
 #include "plots/ui/plot_options_dialog.h"
+#include "plots/ui/plot_pane.h"
 #include "settings/settings.h"
 #include "summary/ui/trip_counter.h"
 #include "tables/ui/cell_mark.h"
@@ -134,7 +135,7 @@ TQuobrixFrame::TQuobrixFrame(const ViewContext& context)
     context_.windows = &windows_;
     context_.saveReport = &saveReport_;
     printing_ = {commands_->action(CommandId::Print), commands_->action(CommandId::PrintPreview)};
-    context_.printing = &printing_;
+    context_.printing = printing_;
     context_.document.edits().addListener(*this);
     context_.units.addListener(*this);
 
@@ -216,7 +217,7 @@ void TQuobrixFrame::addHandlers() {
                       [this] { MiscellaneousDialog(context_.settings, reminders_, this).exec(); });
     commands_->handle(CommandId::PlotOptions, [this] {
         TPlotOptionsDialog(
-            context_.text(), context_.settings, [this] { pages_->edited(); }, this)
+            context_.text(), context_.settings, [this] { PlotPane::followAll(context_.settings); }, this)
             .exec();
     });
     commands_->handle(CommandId::TripTypeEntry, [this] { editTypes(); });
@@ -550,7 +551,7 @@ void TQuobrixFrame::editTypes() {
 void TQuobrixFrame::showTypeReport() {
     Result<TripTypes> types = loadTripTypes();
     if (!types)
-        return prompter_.tell(fileMessage(types.error(), FileAction::Open, kTripTypesFile));
+        return prompter_.tell(textFileMessage(types.error(), kTripTypesFile));
     inFront(typeReport_, *this,
             [&](QWidget* parent) { return new TripTypeWindow(context_, *std::move(types), parent); });
 }
@@ -558,7 +559,7 @@ void TQuobrixFrame::showTypeReport() {
 void TQuobrixFrame::showReadiness() {
     Result<std::vector<Monitor>> monitors = loadMonitors();
     if (!monitors)
-        return prompter_.tell(fileMessage(monitors.error(), FileAction::Open, kMonitorsFile));
+        return prompter_.tell(textFileMessage(monitors.error(), kMonitorsFile));
     inFront(readiness_, *this,
             [&](QWidget* parent) { return new ReadinessWindow(context_, *std::move(monitors), parent); });
 }

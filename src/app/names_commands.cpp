@@ -30,7 +30,6 @@ Dialog& NamesCommands::open() {
     if (!dialog) {
         dialog = new Dialog(frame_.context(), &frame_);
         dialog->setAttribute(Qt::WA_DeleteOnClose);
-        dialog->addAction(frame_.commands().action(CommandId::Print)); // for its keys
     }
     bringToFront(*dialog);
     return *dialog;

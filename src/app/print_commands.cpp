@@ -14,18 +14,11 @@
 #include "platform/file_system.h"
 #include "report/pages.h"
 #include "report/render.h"
-#include "tables/ui/error_log.h"
-#include "tables/ui/table_spreadsheet.h"
+#include "report/ui/printable_window.h"
 #include "texts/text.h"
 #include "ui/windows.h"
-#include "views/comparison_window.h"
-#include "views/list_dialog.h"
-#include "views/readiness_window.h"
-#include "views/summary_log_dialog.h"
-#include "views/trip_type_window.h"
 
 #include <QApplication>
-#include <QTreeView>
 
 #include <algorithm>
 #include <array>
@@ -42,30 +35,8 @@ constexpr FileFormat kReportFormats[] = {FileFormat::Pdf, FileFormat::Html, File
 constexpr FileFormat kPageFormats[] = {FileFormat::Pdf, FileFormat::Html};
 constexpr FileFormat kPdf[] = {FileFormat::Pdf};
 
-/// The lines of LIST under its headings.
-Grid linesOf(const QAbstractItemModel& list) {
-    Grid grid;
-    for (int column = 0; column < list.columnCount(); ++column)
-        grid.columns.push_back({list.headerData(column, Qt::Horizontal).toString().toStdString(), false});
-    for (int row = 0; row < list.rowCount(); ++row) {
-        std::vector<std::string>& cells = grid.rows.emplace_back();
-        for (int column = 0; column < list.columnCount(); ++column)
-            cells.push_back(list.index(row, column).data().toString().toStdString());
-    }
-    return grid;
-}
-
-std::optional<Report> tableReport(const QWidget& window, Grid grid) {
-    if (grid.rows.empty())
-        return {};
-    Report report{window.windowTitle().toStdString(), {}};
-    report.blocks.emplace_back(std::move(grid));
-    return report;
-}
-
 Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
-/// REPORT in FORMAT. The errors are Cancelled; Unsupported, which says what to do instead; Io.
 /// Those of PAGES that ORDER wants.
 PageSource wanted(const PageSource& pages, const PrintOrder& order) {
     const std::size_t last = std::min(order.last, pages.count), first = std::min(order.first, last);
@@ -73,6 +44,8 @@ PageSource wanted(const PageSource& pages, const PrintOrder& order) {
             [page = pages.page, first](std::size_t i) { return page(first + i); }};
 }
 
+/// REPORT in FORMAT, of one in pages those that ORDER wants. The errors are Cancelled; Unsupported, which says what to
+/// do instead; Io.
 Result<Bytes> contentOf(const Report& report, FileFormat format, const PageSetup& setup, const PrintOrder& order,
                         DiskProgress& progress) {
     const PaperPainter painter;
@@ -133,26 +106,8 @@ PrintCommands::~PrintCommands() {
 
 Printable PrintCommands::inView() const {
     QWidget* window = QApplication::activeWindow();
-    if (const QPointer dialog = dynamic_cast<ListDialog*>(window))
-        return {[dialog](const auto&) {
-            auto* list = dialog ? dialog->findChild<TTableSpreadsheet*>() : nullptr;
-            return list ? tableReport(*dialog, shownCells(*list)) : std::nullopt;
-        }};
-    if (const QPointer summaries = dynamic_cast<SummaryLogDialog*>(window))
-        return {[summaries](const auto&) {
-            return summaries ? tableReport(*summaries, shownCells(summaries->list())) : std::nullopt;
-        }};
-    if (const QPointer types = dynamic_cast<TripTypeWindow*>(window))
-        return {[types](const auto&) { return types ? types->printable() : std::nullopt; }};
-    if (const QPointer readiness = dynamic_cast<ReadinessWindow*>(window))
-        return {[readiness](const auto&) { return readiness ? readiness->printable() : std::nullopt; }};
-    if (const QPointer compared = dynamic_cast<ComparisonWindow*>(window))
-        return {[compared](const auto&) { return compared ? std::optional(compared->printable()) : std::nullopt; }};
-    if (const QPointer errors = qobject_cast<TErrorLog*>(window))
-        return {[errors](const auto&) {
-            const auto* list = errors ? errors->findChild<QTreeView*>() : nullptr;
-            return list ? tableReport(*errors, linesOf(*list->model())) : std::nullopt;
-        }};
+    if (auto* own = dynamic_cast<PrintableWindow*>(window)) // which may end before it is printed
+        return {[there = QPointer(window), own](const auto&) { return there ? own->printable() : std::nullopt; }};
     const QPointer page = frame_.pages().page(frame_.pages().current());
     if (!page)
         return {[](const auto&) { return std::optional<Report>(); }};

@@ -16,8 +16,8 @@ class PrintPreviewDialog;
 class TQuobrixFrame;
 
 /// Print, Print Preview and Print Setup, for whatever window is in front: the page of the main frame, a dialog of
-/// names, the error log, a comparison. A report is saved as a file here, too. Pages are laid out and painted on other
-/// threads.
+/// names, the error log, a comparison. A report is saved as a file here, too. Pages are laid out on another thread, and
+/// painted on one for files and printers.
 class PrintCommands final {
 public:
     /// Printers are looked for on the thread of SEARCH. It and FRAME must outlive this.

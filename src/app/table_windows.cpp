@@ -30,8 +30,8 @@ void TableWindows::addSource(const PersistentType& table, ShowCell showCell) {
 
 void TableWindows::showErrors() {
     inFront(errors_, frame_, [&](QWidget* parent) {
-        auto* log = new TErrorLog(frame_.context().text(), frame_.context().settings, parent);
-        log->addAction(frame_.commands().action(CommandId::Print)); // for its keys
+        auto* log =
+            new TErrorLog(frame_.context().text(), frame_.context().settings, parent, frame_.context().printing);
         QObject::connect(log, &TErrorLog::goTo, &frame_, [this](const Finding& finding) { goTo(finding); });
         return log;
     });

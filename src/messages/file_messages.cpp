@@ -74,4 +74,10 @@ Message fileMessage(const Error& error, FileAction action, std::string_view name
     return makeMessage(MessageId::FileIo, name, done, error.detail);
 }
 
+Message textFileMessage(const Error& error, std::string_view name) {
+    const bool content = error.kind == ErrorKind::Corrupt || error.kind == ErrorKind::Unsupported;
+    return content && !error.detail.empty() ? makeMessage(MessageId::FileTextUnread, name, error.detail)
+                                            : fileMessage(error, FileAction::Open, name);
+}
+
 } // namespace quobrix

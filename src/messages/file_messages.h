@@ -15,4 +15,7 @@ std::string fileActionText(FileAction action);
 /// name is told so).
 Message fileMessage(const Error& error, FileAction action, std::string_view name);
 
+/// The same of a text file that people write, which could not be read: what is wrong with it is told, too.
+Message textFileMessage(const Error& error, std::string_view name);
+
 } // namespace quobrix

@@ -108,8 +108,10 @@ void TFuelEntryTable::refresh() const {
         state = state * 1000003u + each->revision();
     if (state == state_)
         return;
+    // What nobody can mean, a damaged file says: it is as if nothing stood there.
     const auto figure = [](const RealColumn& of, RowIndex row) {
-        return of.has(row) ? std::optional(of.at(row)) : std::nullopt;
+        constexpr double kMost = 1e12;
+        return of.has(row) && of.at(row) >= 0 && of.at(row) <= kMost ? std::optional(of.at(row)) : std::nullopt;
     };
     fills_.clear();
     for (RowIndex row = 0; row < rowCount(); ++row)

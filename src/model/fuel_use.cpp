@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
+#include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -36,6 +39,15 @@ std::vector<std::optional<FuelUse>> fuelUses(std::span<const FuelFill> fills) {
     std::vector<std::optional<FuelUse>> uses(fills.size());
     std::optional<FuelUse> open; // since the last full tank
     double begin = 0;            // its odometer
+    // What was filled at a time that nobody knows belongs to the stretch that its odometer lies in.
+    std::set<std::pair<std::string_view, double>> undated;
+    for (const FuelFill& fill : fills)
+        if (!fill.time && fill.odometer)
+            undated.emplace(fill.vehicle, *fill.odometer);
+    const auto holdsUndated = [&](const FuelFill& end) {
+        const auto next = undated.upper_bound({end.vehicle, begin});
+        return next != undated.end() && next->first == end.vehicle && next->second <= *end.odometer;
+    };
     inOrder(fills, [&](std::size_t i, std::optional<std::size_t> before) {
         const FuelFill& fill = fills[i];
         const bool known = fill.odometer && std::isfinite(*fill.odometer) && fill.amount && *fill.amount > 0 &&
@@ -50,7 +62,8 @@ std::vector<std::optional<FuelUse>> fuelUses(std::span<const FuelFill> fills) {
             if (fill.fullTank) {
                 open->end = *fill.time;
                 open->distance = *fill.odometer - begin;
-                uses[i] = open;
+                if (!holdsUndated(fill))
+                    uses[i] = open;
             }
         }
         if (fill.fullTank && known) {

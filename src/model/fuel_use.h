@@ -32,7 +32,7 @@ struct FuelUse {
 std::vector<std::size_t> fuelOrder(std::span<const FuelFill> fills);
 
 /// What was used up to each of FILLS, in their order: nothing unless the tank was full then and some time before, all
-/// between was recorded and odometers rose. Partial fills count for the next full tank.
+/// between was recorded, dates included, and odometers rose. Partial fills count for the next full tank.
 std::vector<std::optional<FuelUse>> fuelUses(std::span<const FuelFill> fills);
 
 /// The fill right before each of FILLS, of the same vehicle, whose odometer is not below: it, or a later one, is wrong.

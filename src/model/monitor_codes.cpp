@@ -1,5 +1,6 @@
 #include "model/monitor_codes.h"
 
+#include "base/path_text.h"
 #include "base/utf8.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
@@ -60,6 +61,8 @@ std::optional<Monitor> monitorOf(std::string_view line) {
 
 Result<std::vector<Monitor>> readMonitors(std::string_view text) {
     std::vector<Monitor> monitors;
+    if (constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; text.starts_with(kByteOrderMark))
+        text.remove_prefix(kByteOrderMark.size()); // which some editors put there
     for (std::size_t number = 1; !text.empty(); ++number) {
         const std::string_view line = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(line.size() + 1, text.size()));
@@ -80,8 +83,13 @@ Result<std::vector<Monitor>> loadMonitors(const std::vector<std::filesystem::pat
         if (folder.empty())
             continue;
         const Result<Bytes> bytes = readFile(folder / kMonitorsFile, kLargestMonitorsFile);
-        if (bytes)
-            return readMonitors({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
+        if (bytes) {
+            auto monitors = readMonitors({reinterpret_cast<const char*>(bytes->data()), bytes->size()});
+            if (!monitors)
+                return Error{monitors.error().kind,
+                             text(TextId::WithDetail, utf8(folder / kMonitorsFile), monitors.error().detail)};
+            return monitors;
+        }
         if (bytes.error().kind != ErrorKind::NotFound)
             return bytes.error();
     }

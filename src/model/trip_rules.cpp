@@ -125,8 +125,14 @@ std::vector<TripRule> loadTripRules(const Settings& settings) {
 }
 
 void saveTripRules(Settings& settings, std::span<const TripRule> rules) {
-    for (std::size_t i = 0; i < kMostTripRules; ++i)
-        settings.setText(kSection, std::to_string(i + 1), i < rules.size() ? tripRuleText(rules[i]) : std::string());
+    std::vector<std::string> texts;
+    std::ranges::transform(rules, std::back_inserter(texts), tripRuleText);
+    for (std::size_t i = 1; i <= kMostTripRules; ++i) // what another version may read
+        if (std::string text = settings.getText(kSection, std::to_string(i)); !text.empty() && !readTripRule(text))
+            texts.push_back(std::move(text));
+    texts.resize(kMostTripRules);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        settings.setText(kSection, std::to_string(i + 1), texts[i]);
 }
 
 void giveTypesByRules(TTripLogTable& trips, std::span<const RowIndex> rows, std::span<const TripRule> rules,

@@ -40,6 +40,7 @@ std::string tripRuleText(const TripRule& rule);
 std::optional<TripRule> readTripRule(std::string_view text);
 /// In their order; what says no rule is passed over.
 std::vector<TripRule> loadTripRules(const Settings& settings);
+/// Puts RULES in place of those before; what says no rule stays, behind them.
 void saveTripRules(Settings& settings, std::span<const TripRule> rules);
 
 /// Gives the trips of ROWS that have no type those of RULES, within a step of the document's edits. A rule whose type

@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <set>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -87,10 +89,6 @@ std::optional<TripType> typeOf(std::string_view line) {
     return type;
 }
 
-bool sayTheSame(const TripType& a, const TripType& b) {
-    return a.from == b.from && foldCase(a.name) == foldCase(b.name);
-}
-
 std::string lineOf(const TripType& type) {
     std::string line = type.name;
     if (type.rate) {
@@ -109,6 +107,7 @@ std::string lineOf(const TripType& type) {
 
 TripTypes readTripTypes(std::string_view text) {
     TripTypes all;
+    std::set<std::pair<std::string, std::optional<std::int64_t>>> known; // names and days
     for (std::size_t number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());
         const std::string_view line = text.substr(0, end);
@@ -116,7 +115,7 @@ TripTypes readTripTypes(std::string_view text) {
         if (withoutBlanks(line).empty())
             continue;
         std::optional<TripType> type = typeOf(line);
-        if (type && std::ranges::none_of(all.types, [&](const TripType& other) { return sayTheSame(*type, other); }))
+        if (type && known.emplace(foldCase(type->name), type->from).second)
             all.types.push_back(std::move(*type));
         else
             all.unread.push_back({number, std::string(line)});
@@ -159,8 +158,9 @@ Result<void> saveTripTypes(const TripTypes& types, const TripTypesFolders& folde
 
 std::vector<std::string> namesOf(const std::vector<TripType>& types) {
     std::vector<std::string> names;
+    std::set<std::string> known;
     for (const TripType& type : types)
-        if (std::ranges::none_of(names, [&](const auto& name) { return foldCase(name) == foldCase(type.name); }))
+        if (known.insert(foldCase(type.name)).second)
             names.push_back(type.name);
     return names;
 }

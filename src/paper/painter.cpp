@@ -20,11 +20,12 @@ Result<std::unique_ptr<FilePainter>> loadFilePainter() {
                 error = library.error();
             continue;
         }
-        // It stays loaded to the end: the toolkit is not made to be unloaded.
-        static const DynamicLibrary* const kept = new DynamicLibrary(*library);
-        const auto make = reinterpret_cast<MakeFilePainter>(kept->symbol(kMakeFilePainter));
-        if (FilePainter* painter = make ? make(QUOBRIX_VERSION) : nullptr)
+        const auto make = reinterpret_cast<MakeFilePainter>(library->symbol(kMakeFilePainter));
+        if (FilePainter* painter = make ? make(QUOBRIX_VERSION) : nullptr) {
+            // It stays loaded to the end: the toolkit is not made to be unloaded.
+            static const DynamicLibrary kept = *library;
             return std::unique_ptr<FilePainter>(painter);
+        }
         error = {ErrorKind::Unsupported, text(TextId::PainterOfAnotherVersion, QUOBRIX_PAINTER_FILE)};
     }
     return error;

@@ -33,6 +33,11 @@ double meanOf(const PlotSamples& samples, std::size_t begin, std::size_t end, st
     return count > 0 ? sum / static_cast<double>(count) : kNoValue;
 }
 
+/// The state of PANEL that VALUE stands for.
+std::size_t stateOf(const PlotPanel& panel, double value) {
+    return static_cast<std::size_t>(std::clamp(value, 0.0, static_cast<double>(panel.states.size() - 1)));
+}
+
 ShownText titleOf(const PlotData& data, const PlotPanel& panel, const PlotCurve& curve) {
     return data.compares() ? text(TextId::PlotOfRecord, panel.title, data.records[curve.record]) : panel.title;
 }
@@ -69,7 +74,7 @@ std::string valueText(const PlotPanel& panel, double value, const TextContext& c
         return {};
     if (panel.states.empty())
         return context.units.formatValueWithUnits(panel.unit, value);
-    return panel.states[static_cast<std::size_t>(std::clamp(value, 0.0, static_cast<double>(panel.states.size() - 1)))];
+    return panel.states[stateOf(panel, value)];
 }
 
 std::optional<std::size_t> sampleReadAt(const PlotData& data, const PlotCurve& curve, double place) {
@@ -101,16 +106,13 @@ PlotReading readPlot(const PlotData& data, double place, const TextContext& cont
         const DateTime local = context.zone.toLocal(static_cast<std::int32_t>(moment));
         reading.clock = timeTextWithSeconds(context.units, local);
     }
-    for (std::size_t i = 0; i < data.panels.size(); ++i) {
-        if (hides(choices, data.panels[i]))
-            continue;
+    for (const std::size_t i : shownPanels(data, choices))
         for (const PlotCurve& curve : data.panels[i].curves) {
             const std::optional<std::size_t> sample = sampleReadAt(data, curve, place);
             reading.values.push_back(
                 {i, curve.record, titleOf(data, data.panels[i], curve),
                  sample ? valueText(data.panels[i], curve.samples.value(*sample), context) : std::string()});
         }
-    }
     if (const PlotCurve* speed = speedOf(data))
         if (const std::optional<std::size_t> sample = sampleReadAt(data, *speed, place))
             reading.band = bandOf(data, speed->samples.value(*sample));
@@ -185,9 +187,9 @@ RangeFigures figuresOf(const PlotData& data, PlotRange range, const TextContext&
                 figures.distance += (speed.value(i - 1) + speed.value(i)) / 2 * (speed.at(i) - speed.at(i - 1));
     }
     figures.distanceText = lengthText(context.units, UnitTypeId::Distance, figures.distance);
-    for (std::size_t i = 0; i < data.panels.size(); ++i) {
+    for (const std::size_t i : shownPanels(data, choices)) {
         const PlotPanel& panel = data.panels[i];
-        if (!panel.states.empty() || hides(choices, panel))
+        if (!panel.states.empty())
             continue;
         for (const PlotCurve& curve : panel.curves) {
             CurveFigures& of = figures.curves.emplace_back();
@@ -244,7 +246,7 @@ std::vector<ShownText> sentencesOf(const PlotData& data, const PlotPanel& panel,
             std::vector<std::size_t> counts(panel.states.size());
             for (std::size_t i = begin; i < end; ++i)
                 if (samples.has(i))
-                    ++counts[static_cast<std::size_t>(samples.value(i))];
+                    ++counts[stateOf(panel, samples.value(i))];
             const auto most = static_cast<std::size_t>(std::ranges::max_element(counts) - counts.begin());
             sentences.push_back(std::ranges::count_if(counts, [](std::size_t n) { return n > 0; }) == 1
                                     ? text(TextId::PlotOneState, title, panel.states[most])

@@ -19,7 +19,8 @@ std::string valueText(const PlotPanel& panel, double value, const TextContext& c
 /// The sample of CURVE that is read at PLACE: the last one there or before, if that has a value and its record goes on.
 std::optional<std::size_t> sampleReadAt(const PlotData& data, const PlotCurve& curve, double place);
 
-/// What a plot tells at one place of its axis, as texts. What a person has hidden is left out here as below.
+/// What a plot tells at one place of its axis, as texts. What a person has hidden is left out here as below, and the
+/// rest comes in the order of the panels.
 struct PlotReading {
     struct Value {
         std::size_t panel = 0, record = 0;

@@ -47,19 +47,13 @@ bool isEmpty(const PlotPanel& panel) {
            });
 }
 
-std::vector<Shown> shownPanels(const PlotData& data, const std::vector<PanelChoice>& choices) {
+std::vector<Shown> shownOf(const PlotData& data, std::span<const PanelChoice> choices) {
     std::vector<Shown> shown;
-    std::vector<char> chosen(data.panels.size());
-    const auto add = [&](std::size_t i, const PanelChoice& choice) {
-        if (!std::exchange(chosen[i], 1) && !choice.hidden)
-            shown.push_back({&data.panels[i], i, isEmpty(data.panels[i]) ? 0.0 : std::clamp(choice.height, 0.1, 10.0)});
-    };
-    for (const PanelChoice& choice : choices)
-        for (std::size_t i = 0; i < data.panels.size(); ++i)
-            if (data.panels[i].key == choice.key)
-                add(i, choice);
-    for (std::size_t i = 0; i < data.panels.size(); ++i)
-        add(i, {});
+    for (const std::size_t i : shownPanels(data, choices)) {
+        const auto choice = std::ranges::find(choices, data.panels[i].key, &PanelChoice::key);
+        const double height = choice != choices.end() ? choice->height : 1;
+        shown.push_back({&data.panels[i], i, isEmpty(data.panels[i]) ? 0.0 : std::clamp(height, 0.1, 10.0)});
+    }
     return shown;
 }
 
@@ -105,7 +99,7 @@ public:
              bool tight)
         : data_(data), view_(view), context_(context), measure_(measure), em_(measure.fontSize()),
           line_(measure.lineHeight(FontRole::Body)), small_(measure.lineHeight(FontRole::Small)),
-          shown_(shownPanels(data, view.panels)), tight_(tight), titled_(!tight || data.axis != PlotAxis::Elapsed) {
+          shown_(shownOf(data, view.panels)), tight_(tight), titled_(!tight || data.axis != PlotAxis::Elapsed) {
         if (const auto empty = [](const Shown& shown) { return shown.height == 0; };
             tight_ && !std::ranges::all_of(shown_, empty))
             std::erase_if(shown_, empty);
@@ -442,6 +436,17 @@ private:
 bool hides(std::span<const PanelChoice> choices, const PlotPanel& panel) {
     const auto choice = std::ranges::find(choices, panel.key, &PanelChoice::key);
     return choice != choices.end() && choice->hidden;
+}
+
+std::vector<std::size_t> shownPanels(const PlotData& data, std::span<const PanelChoice> choices) {
+    std::vector<std::size_t> shown;
+    for (std::size_t i = 0; i < data.panels.size(); ++i)
+        if (!hides(choices, data.panels[i]))
+            shown.push_back(i);
+    std::ranges::stable_sort(shown, {}, [&](std::size_t i) {
+        return std::ranges::find(choices, data.panels[i].key, &PanelChoice::key) - choices.begin();
+    });
+    return shown;
 }
 
 bool shows(const PlotOptions& options, PlotEventKind kind) {

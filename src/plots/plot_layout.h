@@ -24,6 +24,8 @@ struct PanelChoice {
 };
 /// Whether PANEL is not to be shown by CHOICES.
 bool hides(std::span<const PanelChoice> choices, const PlotPanel& panel);
+/// The panels of DATA that are shown, from the upper one down.
+std::vector<std::size_t> shownPanels(const PlotData& data, std::span<const PanelChoice> choices);
 
 /// What of a plot is shown, and how.
 struct PlotView {

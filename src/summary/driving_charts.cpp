@@ -80,7 +80,7 @@ MonthBar barOf(const DrivingChart& chart, const DrivingTotals& totals, const TUn
     MonthBar bar;
     if (chart.kind == DrivingChart::Kind::Figure) {
         if (const std::optional<double> value = chart.figure->value(totals))
-            bar = {{shownFigure(*chart.figure, *value, units)}, figureText(*chart.figure, totals, units)};
+            bar = {{shownFigure(*chart.figure, *value, units)}, remarkedFigure(*chart.figure, totals, units)};
     } else if (chart.kind == DrivingChart::Kind::Events) {
         if (!drivingFigure(kEvents[0])->value(totals))
             return bar;
@@ -90,6 +90,8 @@ MonthBar barOf(const DrivingChart& chart, const DrivingTotals& totals, const TUn
             bar.text = ShownText::asItIs(bar.text + (bar.text.empty() ? "" : ", ") + text(figure.title) + ' ' +
                                          figureText(figure, totals, units));
         }
+        if (const ShownText remark = figureRemark(*drivingFigure(kEvents[0]), totals, units); !remark.empty())
+            bar.text = text(TextId::WithAside, bar.text, remark);
     } else if (totals.bandTime() > 0) {
         for (std::size_t band = 0; band < totals.bands.size(); ++band) {
             const double part = totals.bands[band] / totals.bandTime();

@@ -18,6 +18,11 @@ std::optional<double> ratio(double part, double whole) {
     return whole > 0 ? std::optional(part / whole) : std::nullopt;
 }
 
+bool hasSource(FigureSource source, const DrivingTotals& totals) {
+    return source == FigureSource::FuelEntries ||
+           (source == FigureSource::WatchedTrips ? totals.watchedTrips : totals.trips) > 0;
+}
+
 constexpr DrivingFigure kFigures[] = {
 #define FIGURE(Key, Title, Kind, Source, Unit, OfTotals)                                                               \
     {#Key,                                                                                                             \
@@ -26,8 +31,7 @@ constexpr DrivingFigure kFigures[] = {
      FigureSource::Source,                                                                                             \
      UnitTypeId::Unit,                                                                                                 \
      [](const DrivingTotals& t) -> std::optional<double> {                                                             \
-         return t.trips > 0 || FigureSource::Source == FigureSource::FuelEntries ? std::optional<double>(OfTotals)     \
-                                                                                 : std::nullopt;                       \
+         return hasSource(FigureSource::Source, t) ? std::optional<double>(OfTotals) : std::nullopt;                   \
      }},
 #include "summary/driving_figures.def"
 #undef FIGURE
@@ -104,6 +108,29 @@ ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, c
     return ShownText::asItIs(shareText(*value));
 }
 
+ShownText figureRemark(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
+    if (!figure.value(totals))
+        return {};
+    const auto number = [&](std::size_t count) { return units.formatInteger(static_cast<std::int64_t>(count)); };
+    if (figure.kind == FigureKind::Money && totals.unpricedFills > 0)
+        return counted(TextId::RemarkUnpriced, totals.unpricedFills, number(totals.unpricedFills));
+    if (figure.ofFewTrips(totals))
+        return text(TextId::RemarkFewTrips);
+    return figure.source == FigureSource::FuelEntries && figure.kind != FigureKind::Money &&
+                   totals.filledVehicles < totals.vehicles
+               ? text(TextId::RemarkSomeVehicles, number(totals.filledVehicles), number(totals.vehicles))
+               : ShownText();
+}
+
+ShownText remarkedFigure(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
+    const ShownText value = figureText(figure, totals, units), remark = figureRemark(figure, totals, units);
+    return remark.empty() ? value : text(TextId::WithAside, value, remark);
+}
+
+bool tellsAnything(const DrivingTotals& totals) {
+    return std::ranges::any_of(kFigures, [&](const DrivingFigure& figure) { return figure.value(totals).has_value(); });
+}
+
 ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units) {
     const ShownText title = figureTitle(figure, units);
     if (figure.kind == FigureKind::Quantity)
@@ -130,6 +157,10 @@ std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTot
     if (!old || !present || *old == 0)
         return {};
     return shownFigure(figure, *present, units) / shownFigure(figure, *old, units) - 1;
+}
+
+std::int64_t wholePercent(double part) {
+    return std::isnan(part) ? 0 : std::llround(std::clamp(part * 100, -1e6, 1e6));
 }
 
 } // namespace quobrix

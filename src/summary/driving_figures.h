@@ -4,6 +4,7 @@
 #include "texts/source_text.h"
 #include "units/unit_catalogue.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -28,8 +29,9 @@ enum class FigureKind {
 /// What figures are made of.
 enum class FigureSource {
     Trips,
-    KnownFuel,   ///< the trips whose fuel is known
-    FuelEntries, ///< where there are none, nothing is missing
+    WatchedTrips, ///< in which events and bands were counted
+    KnownFuel,    ///< the trips whose fuel is known
+    FuelEntries,  ///< where there are none, nothing is missing
 };
 
 /// Fewer trips than that say little about how somebody drives: rates and shares of them are shown with a remark.
@@ -46,8 +48,8 @@ struct DrivingFigure {
 
     /// There is nothing of it, and nobody misses it, as an estimate of what is known for sure: it is not shown.
     bool leftOut(const DrivingTotals& totals) const {
-        const bool wanted =
-            source == FigureSource::Trips || (source == FigureSource::KnownFuel && totals.filledFuel == 0);
+        const bool wanted = totals.trips > 0 && source != FigureSource::FuelEntries &&
+                            (source != FigureSource::KnownFuel || totals.filledFuel == 0);
         return !wanted && !value(totals);
     }
     /// Whether it is made of so few trips that whoever shows it says so.
@@ -59,7 +61,9 @@ struct DrivingFigure {
     }
     /// How many trips it is made of; of the entries' share, those of the estimate.
     std::size_t tripsOf(const DrivingTotals& totals) const {
-        return source == FigureSource::Trips ? totals.trips : totals.fuelTrips;
+        return source == FigureSource::Trips          ? totals.trips
+               : source == FigureSource::WatchedTrips ? totals.watchedTrips
+                                                      : totals.fuelTrips;
     }
 };
 std::span<const DrivingFigure> drivingFigures();
@@ -72,6 +76,12 @@ ShownText rateTitle(const ShownText& what, const TUnitSystem& units);
 ShownText figureTitle(const DrivingFigure& figure, const TUnitSystem& units);
 /// As the user reads it, with its unit; empty where there is no value.
 ShownText figureText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// What has to be known beside it: "fewer than three trips"; empty if nothing has, or there is no value.
+ShownText figureRemark(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// The text with the remark: "3% (fewer than three trips)".
+ShownText remarkedFigure(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
+/// Whether any figure has a value: prices can be known without a trip.
+bool tellsAnything(const DrivingTotals& totals);
 /// VALUE of FIGURE as a number of what it is shown in: the user's unit, events for 100 of them, percent, s.
 double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem& units);
 /// The same for a table: "Distance (km)" above the figure alone.
@@ -81,5 +91,8 @@ ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, c
 /// older one is 0.
 std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now,
                                    const TUnitSystem& units);
+
+/// A change of PART in whole percent; beyond a million of them it is the same to everybody.
+std::int64_t wholePercent(double part);
 
 } // namespace quobrix

@@ -16,12 +16,6 @@
 namespace quobrix {
 namespace {
 
-/// What is made of few trips says so.
-ShownText valueText(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units) {
-    const ShownText value = figureText(figure, totals, units);
-    return !value.empty() && figure.ofFewTrips(totals) ? text(TextId::StatisticsFewTrips, value) : value;
-}
-
 constexpr ParameterFigure kParameterFigures[] = {
     {"threshold", SourceText("Threshold"), &MonitoredParameter::threshold, false},
     {"timeOver", SourceText("Time Over Thresh"), &MonitoredParameter::timeOver, true},
@@ -78,7 +72,7 @@ ShownText nameOf(const DrivingMonth& month) {
 }
 
 ShownText changeText(std::optional<double> change) {
-    return ShownText::asItIs(change ? fmt::format("{:+}%", std::lround(*change * 100)) : std::string());
+    return ShownText::asItIs(change ? fmt::format("{:+}%", wholePercent(*change)) : std::string());
 }
 
 ShownText drivingTitle(const DrivingStatistics& statistics, const DrivingChoice& choice) {
@@ -112,7 +106,7 @@ Report drivingReport(const DrivingStatistics& statistics, ShownText title, const
         if (figure.leftOut(statistics.totals))
             continue;
         std::vector<std::string>& row = figures.rows.emplace_back();
-        row = {figureTitle(figure, units), valueText(figure, statistics.totals, units)};
+        row = {figureTitle(figure, units), remarkedFigure(figure, statistics.totals, units)};
         if (statistics.before)
             row.push_back(changeText(figureChange(figure, *statistics.before, statistics.totals, units)));
     }

@@ -7,7 +7,6 @@
 #include "texts/text.h"
 #include "units/unit_system.h"
 
-#include <cmath>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -18,9 +17,7 @@ namespace {
 /// Cells that are texts already.
 QUOBRIX_COLUMN_CLASS(DrivingColumn, TextColumn, "DrivingColumn", D0, "Statistics", "", Computed)
 
-std::string change(std::optional<double> part) {
-    return part ? std::to_string(std::lround(*part * 100)) : std::string();
-}
+std::string change(std::optional<double> part) { return part ? std::to_string(wholePercent(*part)) : std::string(); }
 
 } // namespace
 
@@ -38,7 +35,7 @@ std::vector<DrivingRow> drivingRows(const DrivingStatistics& statistics, const T
     const auto add = [&](const ShownText& what, const std::string& name, const DrivingTotals& totals,
                          const DrivingTotals* before) {
         for (const DrivingFigure& figure : drivingFigures())
-            if (!figure.leftOut(totals) && (totals.trips > 0 || figure.value(totals)))
+            if (!figure.leftOut(totals))
                 rows.push_back({what, name, figureHeading(figure, units), figureCell(figure, totals, units),
                                 change(before ? figureChange(figure, *before, totals, units) : std::nullopt),
                                 std::to_string(figure.source == FigureSource::FuelEntries ? totals.trips

@@ -10,12 +10,17 @@
 #include <map>
 #include <numeric>
 #include <unordered_map>
+#include <utility>
 
 namespace quobrix {
 namespace {
 
-/// What a file says may be anything.
-double sound(double value) { return std::isfinite(value) && value > 0 ? value : 0; }
+/// More than any trip comes to: what a damaged file says beyond it counts for nothing, as what is no number.
+constexpr double kMostMetres = 1e9, kMostSeconds = 1e8, kMostSpeed = 1e3, kMostGallons = 1e5;
+
+double sound(double value, double most) { return value > 0 && value <= most ? value : 0; }
+
+bool isFigure(double value) { return hasValue(value) && std::isfinite(value); }
 
 std::string_view firstKnown(const SummaryText& first, const SummaryText& second) {
     return first.known() ? first.view() : second.known() ? second.view() : std::string_view();
@@ -77,14 +82,14 @@ public:
             // By as much of the VIN as the database keeps.
             if (!fill.time || !time.holds(*fill.time) || (vehicle && SummaryText(fill.vehicle).view() != *vehicle))
                 continue;
-            totals.price += sound(fill.totalPrice.value_or(0));
+            totals.price += fill.totalPrice.value_or(0);
             totals.unpricedFills += !fill.totalPrice;
             if (const std::optional<FuelUse>& use = uses_[i]) {
                 totals.filledDistance += use->distance;
                 totals.filledFuel += use->fuel;
                 if (use->price) {
                     totals.pricedDistance += use->distance;
-                    totals.distancePrice += sound(*use->price);
+                    totals.distancePrice += *use->price;
                 }
             }
         }
@@ -111,23 +116,24 @@ std::string_view driverKey(const SummaryRecord& record) { return firstKnown(reco
 
 void DrivingTotals::add(const SummaryRecord& record) {
     ++trips;
-    distance += sound(record.distance);
-    time += sound(static_cast<double>(record.duration()));
-    topSpeed = std::max(topSpeed, sound(record.topSpeed));
+    distance += sound(record.distance, kMostMetres);
+    time += sound(static_cast<double>(record.duration()), kMostSeconds);
+    topSpeed = std::max(topSpeed, sound(record.topSpeed, kMostSpeed));
     if (!record.ours())
         return;
-    watchedDistance += sound(record.distance);
-    if (sound(record.fuel) > 0 && sound(record.distance) > 0) {
+    ++watchedTrips;
+    watchedDistance += sound(record.distance, kMostMetres);
+    if (sound(record.fuel, kMostGallons) > 0 && sound(record.distance, kMostMetres) > 0) {
         fuel += record.fuel;
         fuelDistance += record.distance;
         ++fuelTrips;
     }
     for (std::size_t kind = 0; kind < events.size(); ++kind)
         events[kind] += record.events[kind].count;
-    bands[0] += sound(record.idleTime);
+    bands[0] += sound(record.idleTime, kMostSeconds);
     for (std::size_t band = 0; band < record.bandTimes.size(); ++band)
-        bands[band + 1] += sound(record.bandTimes[band]);
-    bands[4] += sound(record.topBandTime);
+        bands[band + 1] += sound(record.bandTimes[band], kMostSeconds);
+    bands[4] += sound(record.topBandTime, kMostSeconds);
 }
 
 void DrivingTotals::addFilled(const DrivingTotals& filled) {
@@ -179,30 +185,28 @@ std::vector<DrivingMonth> byMonth(const SummaryRows& rows, std::int32_t now, con
 }
 
 std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows) {
-    std::map<std::int32_t, std::pair<MonitoredParameter, std::int32_t>> parameters; // with the start of the newest trip
+    std::map<std::pair<std::int32_t, double>, MonitoredParameter> parameters;
     for (const SummaryRecord* record : rows)
         for (const SummaryRecord::Slot& slot : record->parameters) {
             const bool sampled =
-                slot.timeOver > 0 || slot.timeUnder > 0 || hasValue(slot.highest) || hasValue(slot.lowest);
+                slot.timeOver > 0 || slot.timeUnder > 0 || isFigure(slot.highest) || isFigure(slot.lowest);
             if (slot.used == 0 || !sampled || !record->ours())
                 continue;
-            auto& [sum, newest] = parameters[slot.parameter];
-            if (sum.trips == 0 || record->start >= newest) {
-                newest = record->start;
-                sum.threshold = slot.threshold;
-            }
+            const double threshold = isFigure(slot.threshold) ? slot.threshold : kNoValue;
+            MonitoredParameter& sum = parameters[{slot.parameter, threshold}];
             sum.parameter = slot.parameter;
+            sum.threshold = threshold;
             ++sum.trips;
-            sum.timeOver += slot.timeOver;
-            sum.timeUnder += slot.timeUnder;
-            if (hasValue(slot.highest))
+            sum.timeOver += sound(slot.timeOver, kMostSeconds);
+            sum.timeUnder += sound(slot.timeUnder, kMostSeconds);
+            if (isFigure(slot.highest))
                 sum.highest = hasValue(sum.highest) ? std::max(sum.highest, slot.highest) : slot.highest;
-            if (hasValue(slot.lowest))
+            if (isFigure(slot.lowest))
                 sum.lowest = hasValue(sum.lowest) ? std::min(sum.lowest, slot.lowest) : slot.lowest;
         }
     std::vector<MonitoredParameter> result;
-    for (const auto& [parameter, sum] : parameters)
-        result.push_back(sum.first);
+    for (const auto& [key, sum] : parameters)
+        result.push_back(sum);
     return result;
 }
 
@@ -212,14 +216,18 @@ TimeRange rangeOf(const DrivingChoice& choice, std::int32_t now, const TimeZone&
     return choice.period ? rangeOf(*choice.period, now, zone) : TimeRange();
 }
 
-DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
-                                    std::int32_t now, const TimeZone& zone, std::span<const FuelFill> fills) {
-    SummaryRows ofAllTimes;
-    ofAllTimes.reserve(records.size());
+SummaryRows rowsOf(std::span<const SummaryRecord> records, const DrivingChoice& choice, const TimeRange& time) {
+    SummaryRows rows;
     for (const SummaryRecord& record : records)
         if ((!choice.vehicle || vehicleKey(record) == *choice.vehicle) &&
-            (!choice.driver || driverKey(record) == *choice.driver))
-            ofAllTimes.push_back(&record);
+            (!choice.driver || driverKey(record) == *choice.driver) && time.holds(record.start))
+            rows.push_back(&record);
+    return rows;
+}
+
+DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, const DrivingChoice& choice,
+                                    std::int32_t now, const TimeZone& zone, std::span<const FuelFill> fills) {
+    const SummaryRows ofAllTimes = rowsOf(records, choice, {});
     const auto within = [&](const TimeRange& time) {
         SummaryRows rows;
         std::ranges::copy_if(ofAllTimes, std::back_inserter(rows),
@@ -247,9 +255,11 @@ DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, cons
         result.before->addFilled(filled.within(rangeBefore(choice, now, zone), choice.vehicle));
     for (DrivingMonth& month : result.months)
         month.totals.addFilled(filled.within(rangeOf(CalendarMonth{month.year, month.month}, zone), choice.vehicle));
+    result.totals.vehicles = result.vehicles.size();
     for (DrivingGroup& vehicle : result.vehicles) {
         vehicle.totals.addFilled(filled.within(result.time, vehicle.key));
         compareFuel(vehicle.totals);
+        result.totals.filledVehicles += vehicle.totals.filledFuel > 0;
         result.totals.comparedFuel += vehicle.totals.comparedFuel;
         result.totals.estimatedFuel += vehicle.totals.estimatedFuel;
     }
@@ -260,6 +270,15 @@ void rename(std::vector<DrivingGroup>& groups, const NamesTable& names) {
     for (DrivingGroup& group : groups)
         if (std::string known = names.nameOf(group.key); !known.empty())
             group.name = std::move(known);
+}
+
+void tellApart(std::vector<DrivingGroup>& groups) {
+    std::map<std::string, std::size_t> counts;
+    for (const DrivingGroup& group : groups)
+        ++counts[group.name];
+    for (DrivingGroup& group : groups)
+        if (counts[group.name] > 1 && !group.key.empty())
+            group.name = text(TextId::WithAside, group.name, oneLine(group.key));
 }
 
 } // namespace quobrix

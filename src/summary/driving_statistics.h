@@ -32,10 +32,12 @@ using SummaryRows = std::vector<const SummaryRecord*>;
 /// what else it holds cannot be known.
 struct DrivingTotals {
     std::size_t trips = 0;
-    double distance = 0;        ///< m
-    double time = 0;            ///< s
-    double topSpeed = 0;        ///< m/s
-    double watchedDistance = 0; ///< m of it in which events were counted
+    double distance = 0; ///< m
+    double time = 0;     ///< s
+    double topSpeed = 0; ///< m/s
+    // Of the trips in which events and bands were counted: those of records that are ours.
+    std::size_t watchedTrips = 0;
+    double watchedDistance = 0; ///< m
     double fuel = 0;            ///< US gallons, of the trips that this is known of
     double fuelDistance = 0;    ///< m in those
     std::size_t fuelTrips = 0;
@@ -44,6 +46,8 @@ struct DrivingTotals {
     double pricedDistance = 0, distancePrice = 0; ///< m, of the stretches with a price
     double price = 0;                             ///< of all that was filled in
     std::size_t unpricedFills = 0;                ///< that have no price
+    std::size_t vehicles = 0,
+                filledVehicles = 0; ///< where several are summed up: and those that stretches are known of
     /// US gallons that were filled into vehicles of which the trips tell fuel, too, and what their trips would have
     /// made of the same distance.
     double comparedFuel = 0, estimatedFuel = 0;
@@ -77,15 +81,15 @@ struct DrivingMonth {
 /// The twelve that end with the one of NOW, by when trips started.
 std::vector<DrivingMonth> byMonth(const SummaryRows& rows, std::int32_t now, const TimeZone& zone);
 
-/// How a parameter stood beside its threshold.
+/// How a parameter stood beside one of its thresholds.
 struct MonitoredParameter {
     std::int32_t parameter = 0;
-    std::size_t trips = 0;
-    double threshold = kNoValue;        ///< in the newest trip
+    std::size_t trips = 0; ///< that were counted with it
+    double threshold = kNoValue;
     double timeOver = 0, timeUnder = 0; ///< s
     double highest = kNoValue, lowest = kNoValue;
 };
-/// By parameter.
+/// By parameter and threshold.
 std::vector<MonitoredParameter> monitoredParameters(const SummaryRows& rows);
 
 /// A month of the local calendar.
@@ -103,6 +107,9 @@ struct DrivingChoice {
 /// The time that CHOICE is about.
 TimeRange rangeOf(const DrivingChoice& choice, std::int32_t now, const TimeZone& zone);
 
+/// The RECORDS of CHOICE that start within TIME.
+SummaryRows rowsOf(std::span<const SummaryRecord> records, const DrivingChoice& choice, const TimeRange& time);
+
 /// All of them, for whoever shows them together.
 struct DrivingStatistics {
     TimeRange time;
@@ -119,5 +126,7 @@ DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, cons
 
 /// Calls GROUPS by the names that NAMES has for them.
 void rename(std::vector<DrivingGroup>& groups, const NamesTable& names);
+/// Puts the key behind each of several equal names.
+void tellApart(std::vector<DrivingGroup>& groups);
 
 } // namespace quobrix

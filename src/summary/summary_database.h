@@ -21,7 +21,7 @@ ShownText summaryProblem(const Error& error, const std::filesystem::path& path);
 
 /// The summary database: a header and a record for every trip that was counted, whatever becomes of its document.
 /// Opened for one operation and closed again. A power cut at any moment leaves every record that was there, and of
-/// those that are being added all or none. User-interface thread only, like the document.
+/// those that are being added all or none. One thread at a time: in the window SummaryKeeper has one for it.
 class SummaryDatabase {
 public:
     enum class Access {

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
+#include <utility>
 
 namespace quobrix {
 namespace {
@@ -267,6 +269,23 @@ std::vector<SummaryRecord> TripSummaries::records() const {
         if (const std::optional<SummaryRecord> each = record(row))
             all.push_back(*each);
     return all;
+}
+
+std::size_t countedAmong(const SummaryRows& records, const TTripLogTable& trips, std::span<const RowIndex> rows) {
+    std::set<std::pair<std::string, std::int32_t>> known;
+    std::vector<std::int32_t> starts;
+    for (const RowIndex row : rows) {
+        const SummaryText logger(trips.column<TTripLogQuobrixSerialNumberColumn>().at(row));
+        known.emplace(logger.view(), trips.column<TTripLogRecordColumn>().at(row).loggerTime);
+        starts.push_back(trips.column<TTripLogStartTimeColumn>().at(row));
+    }
+    std::ranges::sort(starts);
+    return static_cast<std::size_t>(std::ranges::count_if(records, [&](const SummaryRecord* record) {
+        if (record->ours())
+            return known.contains({std::string(record->logger.view()), record->recordedStart});
+        const auto start = std::ranges::lower_bound(starts, record->start);
+        return start != starts.end() && *start <= record->end;
+    }));
 }
 
 } // namespace quobrix

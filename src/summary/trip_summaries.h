@@ -1,12 +1,14 @@
 #pragma once
 
 #include "model/quobrix_document.h"
+#include "summary/driving_statistics.h"
 #include "summary/summary_record.h"
 
 #include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -55,5 +57,9 @@ private:
     SampledTrips* known_;
     Times troubles_, accidents_;
 };
+
+/// How many of RECORDS are of trips in ROWS, which are not loaded for it: by logger and start, of records of another
+/// program by whether a trip starts within theirs.
+std::size_t countedAmong(const SummaryRows& records, const TTripLogTable& trips, std::span<const RowIndex> rows);
 
 } // namespace quobrix

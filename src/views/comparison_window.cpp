@@ -52,14 +52,8 @@ ComparisonWindow::ComparisonWindow(const ViewContext& context, std::span<const R
     bar->addWidget(fieldLabel(tr("&Along:"), *along_));
     bar->addWidget(along_);
     bar->addStretch();
-    for (QAction* action : context_.printing ? *context_.printing : std::vector<QAction*>()) {
-        addAction(action); // for its keys
-        auto* button = new QPushButton(action->text());
-        button->setObjectName(QStringLiteral("Compared") + action->objectName());
-        button->setAutoDefault(false);
-        followAction(*button, *action, promptWithKeys);
+    for (QPushButton* button : printButtons(*this, QStringLiteral("Compared"), context_.printing))
         bar->addWidget(button);
-    }
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -79,7 +73,7 @@ ComparisonWindow::~ComparisonWindow() {
     rememberGeometry(*this, context_.settings, kComparisonSection);
 }
 
-Report ComparisonWindow::printable() const { return pane_->printable(); }
+std::optional<Report> ComparisonWindow::printable() { return pane_->printable(); }
 
 /// The edit may have ended the page that this is a child of.
 void ComparisonWindow::historyChanged() {

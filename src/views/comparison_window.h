@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/logs.h"
+#include "report/ui/printable_window.h"
 #include "tables/table_edits.h"
 #include "units/unit_system.h"
 #include "views/page.h"
@@ -18,13 +19,16 @@ class PlotPane;
 
 /// Trips over one another, by the time or by the distance from their starts. Follows edits and units; of trips that are
 /// gone it says nothing more, and it ends when there are fewer than two.
-class ComparisonWindow final : public QDialog, private TableEditsListener, private UnitsListener {
+class ComparisonWindow final : public QDialog,
+                               public PrintableWindow,
+                               private TableEditsListener,
+                               private UnitsListener {
 public:
     /// Of the trips in ROWS, as many as can be compared.
     ComparisonWindow(const ViewContext& context, std::span<const RowIndex> rows, QWidget* parent);
     ~ComparisonWindow() override;
 
-    Report printable() const;
+    std::optional<Report> printable() override;
 
 private:
     void tableChanged(const TableChange&) override {}

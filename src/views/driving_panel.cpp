@@ -6,6 +6,7 @@
 #include "model/quobrix_document.h"
 #include "settings/settings.h"
 #include "summary/driving_rows.h"
+#include "summary/trip_summaries.h"
 #include "summary/ui/trip_counter.h"
 #include "texts/text.h"
 #include "ui/card.h"
@@ -17,6 +18,8 @@
 #include "views/months_chart.h"
 #include "views/ranking_row.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
@@ -57,6 +60,24 @@ QComboBox* box(const char* name) {
 /// In lines that fit the screen.
 void explain(QWidget& of, const QString& text) { of.setToolTip(QStringLiteral("<p>%1</p>").arg(text.toHtmlEscaped())); }
 
+/// The item of LAYOUT that has the keyboard, or holds what has it; -1 if none does.
+int placeOfFocus(const QLayout& layout) {
+    const QWidget* focused = QApplication::focusWidget();
+    for (int i = 0; i < layout.count(); ++i)
+        if (const QWidget* widget = layout.itemAt(i)->widget(); widget == focused || widget->isAncestorOf(focused))
+            return i;
+    return -1;
+}
+/// Gives the item in PLACE the keyboard, which the one that was there before had, or what it begins with.
+void focusOn(const QLayout& layout, int place) {
+    if (place < 0 || layout.count() == 0)
+        return;
+    QWidget* widget = layout.itemAt(std::min(place, layout.count() - 1))->widget();
+    widget->show(); // what is hidden gets none
+    QWidget* button = widget->findChild<QAbstractButton*>();
+    (button ? button : widget)->setFocus();
+}
+
 /// What GROUPS, or the open document, call KEY.
 QString nameOfKey(const std::string& key, std::vector<DrivingGroup> groups, const NamesTable& names) {
     rename(groups, names);
@@ -68,8 +89,10 @@ QString nameOfKey(const std::string& key, std::vector<DrivingGroup> groups, cons
 
 std::string DrivingDetail::subject() const {
     std::string lines;
-    const auto add = [&](std::string_view what, std::string_view which) {
-        lines += std::string(what) + '\t' + std::string(which) + '\n';
+    const auto add = [&](std::string_view what, std::string_view which) { // which may hold any bytes
+        lines += std::string(what) + '\t' +
+                 QByteArray::fromRawData(which.data(), qsizetype(which.size())).toPercentEncoding().toStdString() +
+                 '\n';
     };
     if (only.vehicle)
         add("vehicle", *only.vehicle);
@@ -84,16 +107,16 @@ std::string DrivingDetail::subject() const {
 
 DrivingDetail DrivingDetail::of(const std::string& subject) {
     DrivingDetail detail;
-    for (const QString& line : toQt(subject).split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
-        const QString what = line.section(QLatin1Char('\t'), 0, 0);
-        const std::string which = line.section(QLatin1Char('\t'), 1).toStdString();
-        if (what == QLatin1String("vehicle"))
+    for (const QByteArray& line : QByteArray::fromStdString(subject).split('\n')) {
+        const QByteArray what = line.left(line.indexOf('\t'));
+        const std::string which = QByteArray::fromPercentEncoding(line.mid(line.indexOf('\t') + 1)).toStdString();
+        if (what == "vehicle")
             detail.only.vehicle = which;
-        else if (what == QLatin1String("driver"))
+        else if (what == "driver")
             detail.only.driver = which;
-        else if (what == QLatin1String("month"))
+        else if (what == "month")
             detail.only.month = CalendarMonth{std::stoi(which) / 100, std::stoi(which) % 100};
-        else if (what == QLatin1String("figure"))
+        else if (what == "figure")
             detail.figure = drivingFigure(which);
     }
     return detail;
@@ -185,7 +208,7 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
          {std::pair(period_, "Period"), std::pair(vehicle_, "Vehicle"), std::pair(driver_, "Driver")})
         connect(field, &QComboBox::activated, this, [this, of = field, name = setting] {
             const QVariant chosen = of->currentData(); // none: all of them
-            context_.settings.setText(kSection, name, chosen.toString().toStdString());
+            context_.settings.setText(kSection, name, chosen.toByteArray().toStdString());
             refresh();
         });
     connect(all_, &QPushButton::clicked, this, [this] {
@@ -278,14 +301,14 @@ void DrivingPanel::showEvent(QShowEvent* event) {
 
 void DrivingPanel::offer(QComboBox& box, const char* setting, const QString& any,
                          const std::vector<DrivingGroup>& groups) {
-    const QString chosen = toQt(context_.settings.getText(kSection, setting));
+    const auto chosen = QByteArray::fromStdString(context_.settings.getText(kSection, setting));
     box.clear();
     box.addItem(any);
     for (const DrivingGroup& group : groups)
         if (!group.key.empty())
-            box.addItem(toQt(nameOf(group)), toQt(group.key));
+            box.addItem(toQt(nameOf(group)), QByteArray::fromStdString(group.key)); // of any bytes
     if (!chosen.isEmpty() && box.findData(chosen) < 0)
-        box.addItem(chosen, chosen);
+        box.addItem(QString::fromUtf8(chosen), chosen);
     box.setCurrentIndex(chosen.isEmpty() ? 0 : box.findData(chosen));
 }
 
@@ -297,7 +320,7 @@ DrivingChoice DrivingPanel::choice() const {
         return choice;
     for (const auto& [box, key] : {std::pair(vehicle_, &choice.vehicle), std::pair(driver_, &choice.driver)})
         if (const QVariant chosen = box->currentData(); chosen.isValid())
-            *key = chosen.toString().toStdString();
+            *key = chosen.toByteArray().toStdString();
     return choice;
 }
 
@@ -310,6 +333,8 @@ DrivingStatistics DrivingPanel::statistics() const {
                                                  entries ? entries->fills() : std::vector<FuelFill>());
     rename(result.vehicles, context_.document.vehicles());
     rename(result.drivers, context_.document.drivers());
+    tellApart(result.vehicles);
+    tellApart(result.drivers);
     return result;
 }
 
@@ -337,6 +362,8 @@ void DrivingPanel::refresh() {
     std::vector<DrivingGroup> vehicles = byVehicle(all), drivers = byDriver(all);
     rename(vehicles, context_.document.vehicles());
     rename(drivers, context_.document.drivers());
+    tellApart(vehicles);
+    tellApart(drivers);
     offer(*vehicle_, "Vehicle", tr("All vehicles"), vehicles);
     offer(*driver_, "Driver", tr("All drivers"), drivers);
     statistics_ = statistics();
@@ -364,20 +391,12 @@ void DrivingPanel::orderTabs() {
 
 void DrivingPanel::showFigures() {
     const auto figures = drivingFigures();
-    const auto filled = static_cast<std::size_t>(std::ranges::count_if(
-        statistics_.vehicles, [](const DrivingGroup& vehicle) { return vehicle.totals.filledFuel > 0; }));
     for (std::size_t i = 0; i < figures.size(); ++i) {
         const DrivingFigure& figure = figures[i];
-        QString remark;
+        QString remark = toQt(figureRemark(figure, statistics_.totals, context_.units));
         if (figure.source == FigureSource::KnownFuel && !figure.value(statistics_.totals))
             remark = choice().driver ? tr("Needs air flow and petrol") : tr("Use Tools / Fuel Entry");
-        else if (figure.kind == FigureKind::Money && statistics_.totals.unpricedFills > 0)
-            remark = tr("%n fill(s) without a price", nullptr, static_cast<int>(statistics_.totals.unpricedFills));
-        else if (figure.key == "filledEfficiency" && filled < statistics_.vehicles.size())
-            remark = tr("of %1 of %2 vehicles").arg(filled).arg(statistics_.vehicles.size());
-        else if (figure.ofFewTrips(statistics_.totals))
-            remark = tr("fewer than three trips");
-        else if (const auto change = statistics_.before
+        else if (const auto change = remark.isEmpty() && statistics_.before
                                          ? figureChange(figure, *statistics_.before, statistics_.totals, context_.units)
                                          : std::nullopt)
             remark = tr("%1 from before", "a change in percent").arg(toQt(changeText(change)));
@@ -394,7 +413,7 @@ void DrivingPanel::showFigures() {
             explain(*tiles_[i], tr("From the entries of Tools / Fuel Entry in this file, from one full tank to the "
                                    "next, by the day of the later one"));
     }
-    const bool any = statistics_.totals.trips > 0;
+    const bool any = counts();
     const bool told = !detail_.figure || std::ranges::any_of(statistics_.months, [&](const DrivingMonth& month) {
         return detail_.figure->value(month.totals).has_value();
     });
@@ -428,10 +447,8 @@ void DrivingPanel::arrangeTiles() {
 /// The first of them, of a detail's figure all, in its order.
 void DrivingPanel::showRanking(const Ranking& ranking, const std::vector<DrivingGroup>& groups) {
     auto& layout = static_cast<QVBoxLayout&>(*ranking.rows->layout());
-    int focused = -1;
+    const int focused = placeOfFocus(layout);
     while (QLayoutItem* item = layout.takeAt(0)) {
-        if (item->widget()->hasFocus())
-            focused = static_cast<int>(ranking.rows->findChildren<RankingRow*>().indexOf(item->widget()));
         item->widget()->hide();
         item->widget()->deleteLater(); // it may be the one whose click brought us here
         item->widget()->setParent(nullptr);
@@ -452,7 +469,7 @@ void DrivingPanel::showRanking(const Ranking& ranking, const std::vector<Driving
     for (std::size_t i = 0; i < std::min(most, order.size()); ++i) {
         const DrivingGroup& group = *order[i].second;
         const double longest = order.front().first;
-        auto* row = new RankingRow(toQt(nameOf(group)), toQt(figureText(figure, group.totals, context_.units)),
+        auto* row = new RankingRow(toQt(nameOf(group)), toQt(remarkedFigure(figure, group.totals, context_.units)),
                                    longest > 0 ? order[i].first / longest : 0);
         row->setObjectName(ranking.rows->objectName() + QString::number(i + 1));
         connect(row, &QAbstractButton::clicked, this, [this, key = ranking.key, of = group.key] {
@@ -462,8 +479,6 @@ void DrivingPanel::showRanking(const Ranking& ranking, const std::vector<Driving
             ways_.showDetail(next);
         });
         layout.addWidget(row);
-        if (static_cast<int>(i) == focused)
-            row->setFocus();
     }
     if (most < order.size()) {
         auto* rest = new QPushButton(
@@ -476,11 +491,13 @@ void DrivingPanel::showRanking(const Ranking& ranking, const std::vector<Driving
         });
         layout.addWidget(rest, 0, Qt::AlignLeft);
     }
+    focusOn(layout, focused);
 }
 
 /// A line of figures for each.
 void DrivingPanel::showParameters() {
     auto& layout = static_cast<QVBoxLayout&>(*parameters_->layout());
+    const int focused = placeOfFocus(layout);
     while (QLayoutItem* item = layout.takeAt(0)) {
         item->widget()->hide();
         item->widget()->deleteLater();
@@ -488,22 +505,25 @@ void DrivingPanel::showParameters() {
     }
     parameters_->setVisible(!detail_.figure && !statistics_.parameters.empty());
     layout.addWidget(new HeadingLabel(toQt(text(TextId::StatisticsParameters)), headingFont(font(), 1)));
+    int line = 0;
     for (const MonitoredParameter& parameter : statistics_.parameters) {
+        ++line;
         const QString name = toQt(parameterChoiceName(parameter.parameter));
         layout.addWidget(new QLabel(name));
-        auto* line = new QWidget;
-        auto* tiles = new QHBoxLayout(line);
+        auto* row = new QWidget;
+        auto* tiles = new QHBoxLayout(row);
         tiles->setContentsMargins(0, 0, 0, 0);
         for (const ParameterFigure& figure : parameterFigures()) {
-            auto* tile = new FigureTile(QStringLiteral("homeParameter%1_").arg(parameter.parameter) + toQt(figure.key),
-                                        FigureTile::Room::Line);
+            auto* tile =
+                new FigureTile(QStringLiteral("homeParameter%1_").arg(line) + toQt(figure.key), FigureTile::Room::Line);
             tile->show(toQt(text(figure.title)), toQt(parameterText(figure, parameter, context_.units)), {});
             tile->setAccessibleName(name + QStringLiteral(", ") + tile->accessibleName());
             connect(tile, &QAbstractButton::clicked, trips_, &QAbstractButton::click);
             tiles->addWidget(tile);
         }
-        layout.addWidget(line);
+        layout.addWidget(row);
     }
+    focusOn(layout, focused);
 }
 
 /// What the figures cannot say: that there are none and what to do, and where their trips are.
@@ -539,15 +559,14 @@ void DrivingPanel::showState() {
         const DrivingChoice wanted = choice();
         const LogSpec& log = logSpec(LogId::Trips);
         inFile =
-            findRecords(log, context_.document.trips(), {},
-                        {.time = statistics_.time, .vehicle = wanted.vehicle, .driver = wanted.driver}, context_.text())
-                .size();
+            countedAmong(rowsOf(*keeper.records(), wanted, statistics_.time), context_.document.trips(),
+                         findRecords(log, context_.document.trips(), {},
+                                     {.time = statistics_.time, .vehicle = wanted.vehicle, .driver = wanted.driver},
+                                     context_.text()));
         const auto number = [&](std::size_t count) {
             return toQt(context_.units.formatInteger(static_cast<std::int64_t>(count)));
         };
-        inFile_->setText(
-            tr("%1 of %2 trips are in this file.")
-                .arg(number(std::min(inFile, statistics_.totals.trips)), number(statistics_.totals.trips)));
+        inFile_->setText(tr("%1 of %2 trips are in this file.").arg(number(inFile), number(statistics_.totals.trips)));
     }
     inFile_->setVisible(statistics_.totals.trips > 0);
     trips_->setVisible(statistics_.totals.trips > 0);
@@ -555,7 +574,7 @@ void DrivingPanel::showState() {
 }
 
 std::optional<Report> DrivingPanel::report() const {
-    if (statistics_.totals.trips == 0)
+    if (!counts())
         return {};
     DrivingChoice chosen = choice();
     if (detail_.any()) // whose title names them
@@ -577,7 +596,7 @@ std::optional<Report> DrivingPanel::report() const {
 }
 
 std::optional<ExportContent> DrivingPanel::exported() const {
-    if (statistics_.totals.trips == 0)
+    if (!counts())
         return {};
     TUnitSystem plain(csvLocale());
     plain.replace(context_.units.choices());

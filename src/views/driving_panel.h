@@ -58,8 +58,8 @@ public:
     void refresh();
     /// What is shown, as a report; nothing if nothing has been counted.
     std::optional<Report> report() const;
-    /// Whether any trip is counted of what is shown.
-    bool counts() const { return statistics_.totals.trips > 0; }
+    /// Whether there is any figure of what is shown.
+    bool counts() const { return tellsAnything(statistics_.totals); }
     /// The same for other programs.
     std::optional<ExportContent> exported() const;
 

@@ -42,6 +42,8 @@ ListDialog::ListDialog(const ViewContext& context, const ListDialogSpec& spec, c
     columns->addLayout(left_, 1);
     columns->addWidget(listButtons(*list_, context.document.edits()));
     auto* box = new QDialogButtonBox(QDialogButtonBox::Close | QDialogButtonBox::Help);
+    for (QPushButton* button : printButtons(*this, QLatin1String(spec.name), context.printing))
+        box->addButton(button, QDialogButtonBox::ActionRole);
     for (QAbstractButton* button : box->buttons())
         static_cast<QPushButton*>(button)->setAutoDefault(false);
     QPushButton& help = *box->button(QDialogButtonBox::Help);
@@ -90,6 +92,8 @@ bool ListDialog::event(QEvent* event) {
     showStatus(static_cast<QStatusTipEvent*>(event)->tip());
     return true;
 }
+
+std::optional<Report> ListDialog::printable() { return list_ ? listReport(*this, shownCells(*list_)) : std::nullopt; }
 
 bool ListDialog::finishEdit() {
     if (list_->finishEdit())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "report/ui/printable_window.h"
 #include "views/page.h"
 
 #include <QDialog>
@@ -24,7 +25,7 @@ struct ListDialogSpec {
 
 /// Edits a table of the document that people fill in. Edits apply immediately, so that the windows behind show it, and
 /// can be undone; the dialog can stay open beside them. It ends before the document gets other content.
-class ListDialog : public QDialog {
+class ListDialog : public QDialog, public PrintableWindow {
 public:
     ~ListDialog() override;
 
@@ -35,6 +36,7 @@ public:
     /// Makes a cell current; the row alone, where the column is not shown. An open editor whose value is refused stays.
     void showCell(std::string_view columnKey, RowIndex row);
 
+    std::optional<Report> printable() override;
     void done(int result) override;
 
 protected:

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,8 +37,8 @@ struct ViewContext {
     /// Saves a report as a file that a person chooses; empty or none: not available.
     const std::function<void(Report)>* saveReport = nullptr;
     TripCounter* counter = nullptr; ///< none: no statistics are kept
-    /// The commands that print what window is in front, for those beside the main frame; likewise.
-    const std::vector<QAction*>* printing = nullptr;
+    /// The commands that print what window is in front, for those beside the main frame.
+    std::span<QAction* const> printing{};
 
     TextContext text() const { return {units, zone}; }
     SpreadsheetContext spreadsheet() const;

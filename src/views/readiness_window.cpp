@@ -70,9 +70,7 @@ ReadinessWindow::~ReadinessWindow() {
     rememberGeometry(*this, context_.settings, kReadinessSection);
 }
 
-std::optional<Report> ReadinessWindow::printable() const {
-    return reader_ ? std::nullopt : std::optional(report_->report());
-}
+std::optional<Report> ReadinessWindow::printable() { return reader_ ? std::nullopt : std::optional(report_->report()); }
 
 /// From the first trip on. What is shown stays until all are read.
 void ReadinessWindow::read() {

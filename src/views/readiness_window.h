@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/readiness.h"
+#include "report/ui/printable_window.h"
 #include "tables/table_edits.h"
 #include "units/unit_system.h"
 #include "views/page.h"
@@ -19,13 +20,16 @@ class ReportView;
 
 /// What the trips of the open document make likely of the vehicles' emissions monitors. Trips are read a few at a time
 /// between events, again after every edit; it must end before the document gets other content.
-class ReadinessWindow final : public QDialog, private TableEditsListener, private UnitsListener {
+class ReadinessWindow final : public QDialog,
+                              public PrintableWindow,
+                              private TableEditsListener,
+                              private UnitsListener {
 public:
     ReadinessWindow(const ViewContext& context, std::vector<Monitor> monitors, QWidget* parent);
     ~ReadinessWindow() override;
 
     /// Nothing while the trips are still being read.
-    std::optional<Report> printable() const;
+    std::optional<Report> printable() override;
 
 private:
     void tableChanged(const TableChange&) override {}

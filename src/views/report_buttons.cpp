@@ -1,8 +1,7 @@
 #include "views/report_buttons.h"
 
-#include "ui/fields.h"
+#include "report/ui/printable_window.h"
 
-#include <QAction>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QPushButton>
@@ -13,12 +12,8 @@ namespace quobrix {
 
 void addReportButtons(QDialogButtonBox& box, QDialog& window, const char* prefix, const ViewContext& context,
                       std::function<std::optional<Report>()> report) {
-    for (QAction* action : context.printing ? *context.printing : std::vector<QAction*>()) {
-        window.addAction(action); // for its keys
-        auto* button = box.addButton(action->text(), QDialogButtonBox::ActionRole);
-        button->setObjectName(QLatin1String(prefix) + action->objectName());
-        followAction(*button, *action, promptWithKeys);
-    }
+    for (QPushButton* button : printButtons(window, QLatin1String(prefix), context.printing))
+        box.addButton(button, QDialogButtonBox::ActionRole);
     auto* save = box.addButton(QObject::tr("&Save As..."), QDialogButtonBox::ActionRole);
     save->setObjectName(QLatin1String(prefix) + QLatin1String("SaveAs"));
     save->setToolTip(QObject::tr("Saves the report as a file for people: PDF, HTML, a picture or text."));

@@ -73,8 +73,8 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
     auto* box = new QDialogButtonBox(QDialogButtonBox::Close);
     for (QPushButton* button : {delete_, deleteAll_})
         box->addButton(button, QDialogButtonBox::ActionRole);
-    for (QAction* action : context_.printing ? *context_.printing : std::vector<QAction*>())
-        addAction(action); // for its keys
+    for (QPushButton* button : printButtons(*this, objectName(), context_.printing))
+        box->addButton(button, QDialogButtonBox::ActionRole);
     for (QAbstractButton* button : box->buttons())
         static_cast<QPushButton*>(button)->setAutoDefault(false);
     connect(box, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -95,6 +95,10 @@ SummaryLogDialog::SummaryLogDialog(const ViewContext& context, QWidget* parent)
 SummaryLogDialog::~SummaryLogDialog() {
     rememberGeometry(*this, context_.settings, kSection);
     delete std::exchange(list_, nullptr); // which shows the table
+}
+
+std::optional<Report> SummaryLogDialog::printable() {
+    return list_ ? listReport(*this, shownCells(*list_)) : std::nullopt;
 }
 
 bool SummaryLogDialog::event(QEvent* event) {

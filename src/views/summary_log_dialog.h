@@ -1,5 +1,6 @@
 #pragma once
 
+#include "report/ui/printable_window.h"
 #include "summary/summary_table.h"
 #include "summary/ui/summary_keeper.h"
 #include "views/page.h"
@@ -17,13 +18,14 @@ class StatusLine;
 
 /// The records of the summary database, to be looked at and deleted. It follows what is counted while it is open, and
 /// closes when nothing is left.
-class SummaryLogDialog final : public QDialog {
+class SummaryLogDialog final : public QDialog, public PrintableWindow {
 public:
     /// CONTEXT has a counter.
     SummaryLogDialog(const ViewContext& context, QWidget* parent);
     ~SummaryLogDialog() override;
 
     TSpreadsheet& list() { return *list_; }
+    std::optional<Report> printable() override;
 
 protected:
     bool event(QEvent* event) override;

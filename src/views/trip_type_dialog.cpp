@@ -279,7 +279,7 @@ bool TripTypeDialog::event(QEvent* event) {
 EditedTripTypes editTripTypes(const ViewContext& context, QWidget* parent) {
     Result<TripTypes> types = loadTripTypes();
     if (!types) {
-        context.prompter->tell(fileMessage(types.error(), FileAction::Open, kTripTypesFile));
+        context.prompter->tell(textFileMessage(types.error(), kTripTypesFile));
         return {};
     }
     TripTypeDialog dialog(context, *std::move(types), parent);

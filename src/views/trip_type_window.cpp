@@ -151,7 +151,7 @@ void TripTypeWindow::showTypes() {
     refresh();
 }
 
-std::optional<Report> TripTypeWindow::printable() const {
+std::optional<Report> TripTypeWindow::printable() {
     const TripTypeReport all = chosen();
     return all.trips.front().rows.empty() ? std::nullopt : std::optional(tripTypeReport(all, context_.text()));
 }

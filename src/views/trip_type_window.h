@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/trip_type_report.h"
+#include "report/ui/printable_window.h"
 #include "tables/table_edits.h"
 #include "units/unit_system.h"
 #include "views/page.h"
@@ -15,7 +16,7 @@ class ReportView;
 
 /// The trip type report of the open document: what the trips that are chosen come to, above these trips, whose types
 /// and comments are edited here. It follows edits and units, and must end before the document gets other content.
-class TripTypeWindow final : public QDialog, private TableEditsListener, private UnitsListener {
+class TripTypeWindow final : public QDialog, public PrintableWindow, private TableEditsListener, private UnitsListener {
 public:
     TripTypeWindow(const ViewContext& context, TripTypes types, QWidget* parent);
     ~TripTypeWindow() override;
@@ -23,7 +24,7 @@ public:
     /// Other types, or other rates, hold.
     void setTypes(TripTypes types);
     /// With the trips one by one; nothing if none is chosen.
-    std::optional<Report> printable() const;
+    std::optional<Report> printable() override;
     bool finishEdit() { return list_->finishEdit(); }
 
 private:

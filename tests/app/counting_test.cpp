@@ -4,6 +4,7 @@
 #include "support/frame_fixture.h"
 #include "support/temporary_folder.h"
 #include "units/date_time.h"
+#include "views/driving_panel.h"
 #include "views/log_view.h"
 #include "views/summary_log_dialog.h"
 
@@ -23,6 +24,17 @@ namespace quobrix {
 namespace {
 
 using namespace test;
+
+TEST(DrivingDetail, IsAPlaceWhateverItsKeysHold) {
+    DrivingDetail detail{{.vehicle = "X\nmonth\tq", .driver = "K\xFC%41\x01"}, drivingFigure("hardBrakes")};
+    detail.only.month = CalendarMonth{2026, 3};
+    const DrivingDetail again = DrivingDetail::of(detail.subject());
+    EXPECT_EQ(again.only.vehicle, detail.only.vehicle);
+    EXPECT_EQ(again.only.driver, detail.only.driver);
+    EXPECT_EQ(again.only.month, detail.only.month);
+    EXPECT_EQ(again.figure, detail.figure);
+    EXPECT_FALSE(DrivingDetail::of("").any());
+}
 
 /// The main frame, whose documents' trips are counted in a database of the test's own.
 class CountingTest : public FrameTest {
@@ -122,7 +134,7 @@ TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
     };
     EXPECT_EQ(press("homeFigure_hardBrakes"), "Home / Anna, Hard Brakes per 100 km");
     EXPECT_TRUE(tile("homeFigure_distance")->isHidden());
-    EXPECT_EQ(tile("rankedVehicles1")->accessibleName(), "Unknown #1: 16.7");
+    EXPECT_EQ(tile("rankedVehicles1")->accessibleName(), "Unknown #1: 16.7 (fewer than three trips)");
     EXPECT_EQ(press("rankedVehicles1"), "Home / Unknown #1, Anna");
     EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 24.0 km");
     frame_.pages().step(-1);

@@ -231,6 +231,23 @@ TEST_F(PrintTest, WhatIsInFrontIsPrinted) {
     QWidget* errors = frame_.findChild<QWidget*>("TErrorLog");
     ASSERT_TRUE(errors);
     EXPECT_TRUE(errors->actions().contains(frame_.commands().action(CommandId::Print)));
+    // Their windows hide the menus: each has its own buttons.
+    for (const auto& [command, name, title] : {std::tuple(CommandId::VehicleId, "TVehicleNamesDialog", "Vehicle ID"),
+                                               std::tuple(CommandId::FuelEntry, "FuelEntryDialog", "")}) {
+        frame_.commands().trigger(command);
+        auto* window = frame_.findChild<QDialog*>(QLatin1String(name));
+        ASSERT_TRUE(window) << name;
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+        auto* button = window->findChild<QPushButton*>(QLatin1String(name) + "PrintPreview");
+        ASSERT_TRUE(button) << name;
+        if (!*title)
+            test::inNextDialog<QDialog>([](QDialog& box) { box.reject(); }); // there are no entries
+        button->click();
+        EXPECT_EQ(preview() ? preview()->windowTitle().section(QStringLiteral(" - "), 1).toStdString() : "", title);
+        delete preview();
+        delete window;
+    }
 }
 
 TEST_F(PrintTest, ThePreviewIsWalkedThrough) {

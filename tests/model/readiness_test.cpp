@@ -94,7 +94,8 @@ TEST(Readiness, AMonitorIsLikelyNotYetOrCannotBeTold) {
 }
 
 TEST(Readiness, MonitorsAreReadWithCare) {
-    const auto monitors = readMonitors("Catalyst\tcruise=300, idle = 120\r\n\nEGR System\tdecelerations=2\n");
+    const auto monitors = readMonitors("\xEF\xBB\xBF"
+                                       "Catalyst\tcruise=300, idle = 120\r\n\nEGR System\tdecelerations=2\n");
     ASSERT_TRUE(monitors);
     EXPECT_EQ(*monitors, (std::vector<Monitor>{{"Catalyst", {0, 0, 300, 120, 0}}, {"EGR System", {0, 0, 0, 0, 2}}}));
     for (const char* line : {"Catalyst", "\tcruise=1", "A\t", "A\tcruise", "A\tcruise=", "A\tcruise=0", "A\tcruise=-1",

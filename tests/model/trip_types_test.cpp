@@ -139,6 +139,9 @@ TEST(TripRules, AreKeptInTheirOrderAndReadWithCare) {
     EXPECT_EQ(loadTripRules(settings), rules) << "and no rule of before";
     settings.setText("TripRules", "1", "never\t\t\t\tWork");
     EXPECT_EQ(loadTripRules(settings), std::vector(1, rules[1]));
+    saveTripRules(settings, rules);
+    EXPECT_EQ(loadTripRules(settings), rules);
+    EXPECT_EQ(settings.getText("TripRules", "3"), "never\t\t\t\tWork") << "another version may read it";
     for (const char* text : {"", "all", "all\t\t\t\t", "all\t\t\t\tX\t", "all\t8:00\t\t\tX", "all\t24:00\t\t\tX",
                              "all\t00:60\t\t\tX", "all\t-1:00\t\t\tX", "all\t09:00\t09:00\t\tX", "all\t\t00:00\t\tX",
                              "all\t\t\t\t\xFF", "all\t\t\t\tA type that is longer than types can be, by far"})

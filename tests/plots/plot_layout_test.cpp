@@ -74,10 +74,12 @@ TEST_F(PlotLayoutTest, NothingTouchesAnotherTextAndEverythingIsWithin) {
     const Size sizes[] = {{640, 400}, {1600, 900}, {3840, 2160}, {0, 0}, {900, kUnlimited}};
     for (int round = 0; round < 250; ++round) {
         SCOPED_TRACE(round);
-        const PlotData data = test::randomPlot(random);
+        const PlotData data = test::randomPlotOrComparison(random);
         view_.options.lines = random() % 2;
         view_.options.normalize = random() % 2;
-        view_.range = random() % 2 ? std::optional(PlotRange{data.whole.to * 0.3, data.whole.to * 0.61}) : std::nullopt;
+        view_.range = random() % 2 ? std::optional(PlotRange{data.whole.from + data.whole.length() * 0.3,
+                                                             data.whole.from + data.whole.length() * 0.61})
+                                   : std::nullopt;
         const Size size = sizes[round % std::ssize(sizes)];
         const double pixel = std::array{1.0, 0.5, 2.0 / 3}[static_cast<std::size_t>(round) % 3];
         const PlotLayout layout = layOutPlot(data, view_, context_, size, measure_, pixel);
@@ -221,7 +223,9 @@ TEST_F(PlotLayoutTest, PanelsAreHiddenReorderedAndSized) {
     view_.panels.erase(view_.panels.begin(), view_.panels.begin() + 4);
     layout = layOutPlot(data, view_, context_, {1200, 900}, measure_);
     EXPECT_TRUE(layout.panels.empty());
-    EXPECT_EQ(plotDescription(data, layout, context_), "All plots of this record are hidden.");
+    EXPECT_EQ(
+        plotDescription(data, layout, context_),
+        "All quantities are hidden. In the menu of the right mouse button, Quantities / Show All shows them again.");
 }
 
 TEST_F(PlotLayoutTest, MovingByWholePixelsLeavesColumnsOfPixelsWhereTheyAre) {

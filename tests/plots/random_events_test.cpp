@@ -55,8 +55,9 @@ protected:
     void act() {
         PlotWidget& plot = pane_->plot();
         test::PlotHand hand(plot);
-        constexpr Qt::Key kKeys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home,
-                                     Qt::Key_End,  Qt::Key_Plus,  Qt::Key_Minus,  Qt::Key_0,        Qt::Key_Escape};
+        constexpr Qt::Key kKeys[] = {Qt::Key_Left, Qt::Key_Right,  Qt::Key_PageUp, Qt::Key_PageDown,
+                                     Qt::Key_Home, Qt::Key_End,    Qt::Key_Plus,   Qt::Key_Minus,
+                                     Qt::Key_0,    Qt::Key_Escape, Qt::Key_Up,     Qt::Key_Down};
         constexpr Qt::MouseButton kButtons[] = {Qt::LeftButton, Qt::MiddleButton, Qt::RightButton};
         const QPointF point = pointOn(plot);
         switch (any(14)) {
@@ -78,10 +79,15 @@ protected:
             return;
         case 8:
             if (oneIn(4))
-                pane_->show(test::randomPlot(random_), oneIn(2));
+                pane_->show(test::randomPlotOrComparison(random_), oneIn(2));
             return;
         case 9:
-            if (oneIn(4))
+            if (oneIn(32)) {
+                std::vector<PanelChoice> none;
+                for (const PlotPanel& panel : plot.data().panels)
+                    none.push_back({panel.key, true});
+                plot.setPanels(none);
+            } else if (oneIn(4) && !plot.data().panels.empty())
                 plot.setPanels(withHidden(plot.data(), oneIn(2) ? plot.view().panels : std::vector<PanelChoice>(),
                                           random_() % plot.data().panels.size(), oneIn(2)));
             return;
@@ -137,7 +143,7 @@ protected:
 TEST_F(PlotRandomEvents, LeaveAPlotWhole) {
     pane_ = std::make_unique<PlotPane>(PlotPaneContext{{units_, zone_}, settings_}, true);
     pane_->resize(1000, 800);
-    pane_->show(test::randomPlot(random_), false);
+    pane_->show(test::randomPlotOrComparison(random_), false);
     static_cast<QWidget&>(*pane_).show();
     for (int i = 0; i < count() && !HasFatalFailure(); ++i) {
         SCOPED_TRACE(i);

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "plots/comparison.h"
 #include "plots/plot_data.h"
 #include "texts/text.h"
 
 #include <cmath>
 #include <random>
+#include <vector>
 
 namespace quobrix::test {
 
-/// A plot of anything that may come: up to six panels of few or many values, large, tiny, equal or missing ones, with
-/// events and bands.
+/// A plot of any one record that may come, a stop among others: up to six panels of few or many values, large, tiny,
+/// equal or missing ones, with events and bands.
 inline PlotData randomPlot(std::mt19937& random) {
     const auto between = [&](double from, double to) {
         return std::uniform_real_distribution<double>(from, to)(random);
@@ -19,6 +21,10 @@ inline PlotData randomPlot(std::mt19937& random) {
     if (random() % 4 > 0)
         data.clock = static_cast<std::int32_t>(random() % 2'000'000'000);
     data.whole = {0, std::floor(std::exp2(between(1, 17)))};
+    if (random() % 6 == 0) {
+        data.axis = PlotAxis::UntilStandstill;
+        data.whole = {-data.whole.to, 0};
+    }
     const UnitTypeId units[] = {UnitTypeId::Speed, UnitTypeId::EngineSpeed, UnitTypeId::Temperature,
                                 UnitTypeId::P2,    UnitTypeId::Voltage,     UnitTypeId::Pressure};
     const std::size_t panels = random() % 6 + 1;
@@ -34,7 +40,7 @@ inline PlotData randomPlot(std::mt19937& random) {
         const double offset = between(-1, 1) * std::pow(10, between(-3, 4)), size = std::pow(10, between(-3, 4));
         const int kind = static_cast<int>(random() % 4); // level, wandering, wild, all missing or some
         double value = offset;
-        std::vector<double> values(static_cast<std::size_t>(data.whole.to / step) + 1);
+        std::vector<double> values(static_cast<std::size_t>(data.whole.length() / step) + 1);
         for (double& v : values) {
             value = kind == 0 ? value : kind == 1 ? value + between(-1, 1) * size : offset + between(-1, 1) * size;
             v = panel.speed ? std::abs(value) : value;
@@ -43,11 +49,12 @@ inline PlotData randomPlot(std::mt19937& random) {
             if (kind == 3 && (i % 2 == 1 || random() % 3 == 0))
                 v = kNoValue;
         }
-        panel.curves.push_back({0, PlotSamples(0, step, std::move(values))});
+        panel.curves.push_back({0, PlotSamples(data.whole.from, step, std::move(values))});
         data.finest = i == 0 ? step : std::min(data.finest, step);
     }
     for (std::size_t count = random() % 40; count > 0; --count)
-        data.events.push_back({static_cast<PlotEventKind>(random() % kPlotEventKinds), between(0, data.whole.to)});
+        data.events.push_back(
+            {static_cast<PlotEventKind>(random() % kPlotEventKinds), between(data.whole.from, data.whole.to)});
     double from = 0;
     for (std::size_t count = random() % 6; count > 0; --count) {
         const double to = from + between(0, 20);
@@ -56,6 +63,18 @@ inline PlotData randomPlot(std::mt19937& random) {
         from = to;
     }
     return data;
+}
+
+/// That, or several trips over one another.
+inline PlotData randomPlotOrComparison(std::mt19937& random) {
+    PlotData first = randomPlot(random);
+    if (random() % 3 > 0 || first.axis == PlotAxis::UntilStandstill)
+        return first;
+    std::vector<PlotData> trips{std::move(first)};
+    for (std::size_t count = kLeastCompared + random() % (kMostCompared - kLeastCompared + 1); trips.size() < count;)
+        if (PlotData trip = randomPlot(random); trip.axis == PlotAxis::Elapsed)
+            trips.push_back(std::move(trip));
+    return comparedPlot(trips, random() % 2 ? PlotAxis::Elapsed : PlotAxis::Distance);
 }
 
 } // namespace quobrix::test

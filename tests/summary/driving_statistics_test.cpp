@@ -1,10 +1,12 @@
 #include "summary/driving_figures.h"
+#include "summary/driving_report.h"
 #include "units/time_zone.h"
 #include "units/unit_system.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <random>
 
@@ -105,6 +107,46 @@ TEST(DrivingStatistics, FiguresAreMadeOfTheSums) {
     EXPECT_FALSE(figureText(time, damaged, units).starts_with("-"));
 }
 
+TEST(DrivingStatistics, WhatNoTripComesToCountsForNothing) {
+    std::vector<SummaryRecord> records{trip({2026, 2, 1}, "V", "1", 40), trip({2026, 2, 2}, "V", "1", 10)};
+    const DrivingTotals sound = drivingStatistics({records.data(), 1}, {}, kNow, kZone).totals;
+    for (const float wrong : {1e30f, std::numeric_limits<float>::quiet_NaN(), HUGE_VALF, -1.0f}) {
+        SummaryRecord& damaged = records[1];
+        damaged.distance = damaged.fuel = damaged.idleTime = damaged.topBandTime = wrong;
+        damaged.topSpeed = wrong;
+        damaged.bandTimes.fill(wrong);
+        damaged.parameters[0] = {1, 2, wrong, wrong, wrong, 4'000'000'000, 4'000'000'000};
+        const DrivingStatistics s = drivingStatistics(records, {}, kNow, kZone);
+        EXPECT_EQ(s.totals.distance, sound.distance);
+        EXPECT_EQ(s.totals.topSpeed, sound.topSpeed);
+        EXPECT_EQ(s.totals.bandTime(), sound.bandTime());
+        EXPECT_EQ(s.totals.fuelTrips, 0u);
+        for (const MonitoredParameter& parameter : s.parameters)
+            EXPECT_EQ(parameter.timeOver, 0);
+    }
+    const DrivingFigure& distance = *drivingFigure("distance");
+    DrivingTotals far = sound;
+    far.distance = 1e37;
+    EXPECT_EQ(changeText(figureChange(distance, sound, far, TUnitSystem())), "+1000000%");
+}
+
+TEST(DrivingStatistics, RecordsOfAnotherProgramTellNothingOfEvents) {
+    std::vector<SummaryRecord> records;
+    for (int day = 1; day <= 9; ++day)
+        records.push_back(trip({2026, 2, day}, "V", "1", 10));
+    for (std::size_t i = 1; i < records.size(); ++i)
+        records[i].mark = 0;
+    const TUnitSystem units;
+    const auto told = [&](const char* key, std::size_t first) {
+        const DrivingStatistics s = drivingStatistics(std::span(records).subspan(first), {}, kNow, kZone);
+        return std::string(remarkedFigure(*drivingFigure(key), s.totals, units));
+    };
+    EXPECT_TRUE(told("hardBrakes", 0).ends_with(" (fewer than three trips)")) << told("hardBrakes", 0);
+    EXPECT_TRUE(told("idleShare", 0).ends_with(" (fewer than three trips)"));
+    EXPECT_EQ(told("hardBrakes", 1) + told("topBandTime", 1) + told("idleShare", 1), "") << "nothing is known";
+    EXPECT_FALSE(told("averageSpeed", 1).empty());
+}
+
 TEST(DrivingStatistics, FuelEfficiencyIsOfTheTripsWhoseFuelIsKnown) {
     std::vector<SummaryRecord> records;
     for (int day = 1; day <= 5; ++day)
@@ -167,6 +209,7 @@ TEST(DrivingStatistics, WhatWasFilledInGoesBeforeEstimates) {
     EXPECT_NEAR(valueOf("fuelAgreement", s.totals), (800 * 8 / 400.0) / 18, 1e-12) << "16 gallons instead of 18";
     EXPECT_EQ(valueOf("fuelPrice", s.months[9].totals), 60) << "nobody drove then, but somebody paid";
     EXPECT_FALSE(drivingFigure("filledEfficiency")->value(*s.before));
+    EXPECT_EQ(s.before->price, 60) << "for the change";
     EXPECT_EQ(s.totals.unpricedFills, 1u);
     EXPECT_TRUE(drivingFigure("fuelAgreement")->ofFewTrips(s.totals)) << "as the estimate that is in it";
     const auto& v2 = *std::ranges::find(s.vehicles, "V2", &DrivingGroup::key);
@@ -226,15 +269,21 @@ TEST(DrivingStatistics, ParametersAreSummedByThemselves) {
     records[0].parameters[1] = {1, 4, 368, 370, 290, 20, 580};
     records[1].parameters[3] = {1, 4, 360, kNoValue, 280, 0, 600};
     records[1].parameters[4] = {1, 1, 30, 31, 0, 5, 595};
+    records.push_back(trip({2026, 2, 3}, "V", "1", 5));
+    records[2].parameters[0] = {1, 4, 368, kNoValue, 270, 0, 30};
+    records.push_back(records[2]);
+    records[3].mark = 0; // another program's, which says something else there
     const std::vector<MonitoredParameter> parameters = drivingStatistics(records, {}, kNow, kZone).parameters;
-    ASSERT_EQ(parameters.size(), 2u);
+    ASSERT_EQ(parameters.size(), 3u);
     EXPECT_EQ(parameters[0].parameter, 1);
-    EXPECT_EQ(parameters[1].trips, 2u);
-    EXPECT_EQ(parameters[1].threshold, 368);
-    EXPECT_EQ(parameters[1].timeOver, 20);
-    EXPECT_EQ(parameters[1].timeUnder, 1180);
-    EXPECT_EQ(parameters[1].highest, 370);
-    EXPECT_EQ(parameters[1].lowest, 280);
+    EXPECT_EQ(parameters[1].threshold, 360) << "what is over one threshold is not over another";
+    EXPECT_EQ(parameters[1].timeOver, 0);
+    EXPECT_EQ(parameters[2].trips, 2u);
+    EXPECT_EQ(parameters[2].threshold, 368);
+    EXPECT_EQ(parameters[2].timeOver, 20);
+    EXPECT_EQ(parameters[2].timeUnder, 30 + 580);
+    EXPECT_EQ(parameters[2].highest, 370);
+    EXPECT_EQ(parameters[2].lowest, 270);
 }
 
 TEST(DrivingStatistics, SumsOverMonthsVehiclesAndDriversAgree) {

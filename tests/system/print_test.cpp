@@ -5,6 +5,7 @@
 #include "model/quobrix_document.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <regex>
 #include <sstream>
 
@@ -112,6 +113,17 @@ TEST_F(Paper, APlotIsOnePageWhoseTextsCanBeFound) {
     EXPECT_EQ(picture.exitCode, 0) << picture.error;
     const Outcome size = runProgram(folder_.path(), "/bin/sh", {"-c", "od -An -tx1 -j16 -N8 plot.png"});
     EXPECT_EQ(size.out, " 00 00 02 80 00 00 01 90\n");
+    // What is beside the program but no painter does not hide the one where it is installed.
+    namespace fs = std::filesystem;
+    const fs::path installed = folder_ / "installed", bin = pathFromUtf8(QUOBRIX_CLI).parent_path();
+    fs::create_directories(installed / "bin");
+    fs::create_directories(installed / "lib" / "quobrix");
+    fs::copy(QUOBRIX_CLI, installed / "bin");
+    fs::copy(bin / QUOBRIX_PAINTER_FILE, installed / "lib" / "quobrix");
+    fs::copy(QUOBRIX_SIMULATOR_LIBRARY, installed / "bin" / QUOBRIX_PAINTER_FILE);
+    const Outcome drawn = runProgram(folder_.path(), utf8(installed / "bin" / "quobrix-cli"),
+                                     {"plot", "trip", "34", QUOBRIX_EXAMPLE, "-o", "other.png"});
+    EXPECT_EQ(drawn.exitCode, 0) << drawn.error;
 }
 
 } // namespace

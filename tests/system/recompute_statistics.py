@@ -60,6 +60,10 @@ def check(where, said, trips):
         if figure == 'fewTrips':
             if value != (len(trips) < 3):
                 wrong.append(f'{where}: {len(trips)} trips are {"few" if value else "not few"}')
+        elif figure == 'watchedTrips':
+            compare(f'{where} {figure}', value, len(trips))
+        elif figure in ('fuelTrips', 'unpricedFills'):  # no vehicle burns petrol, and nothing was filled in
+            compare(f'{where} {figure}', value, 0)
         else:
             compare(f'{where} {figure}', value, computed.get(figure))
 

@@ -66,6 +66,8 @@ TEST_F(FuelEntryDialogTest, ANameIsTypedIntoTheListOfVehiclesAsItReads) {
         if (!box)
             return QStringLiteral("no list");
         QTest::keyClicks(box, QLatin1String(text), Qt::NoModifier, pause);
+        if (box->view()->isVisible()) // which it is once there was time for it
+            QTest::keyClick(box->view(), Qt::Key_Return);
         const QString chosen = box->currentText();
         EXPECT_TRUE(list().finishEdit());
         return chosen;
@@ -144,6 +146,29 @@ TEST_F(FuelEntryDialogTest, EntriesArePastedCheckedAndKept) {
     open();
     EXPECT_EQ(list().model().rowCount(), 3);
     EXPECT_EQ(shown(0, 6), "40.00");
+}
+
+TEST_F(FuelEntryDialogTest, WhatADamagedFileSaysCountsForNothing) {
+    auto& entries = document_.store().singleton<TFuelEntryTable>();
+    entries.insertRows(0, 3);
+    for (RowIndex row = 0; row < 3; ++row) {
+        entries.column<TFuelEntryVehicleColumn>().set(row, "WVWZZZ1KZAW000001");
+        entries.column<TFuelEntryTimeColumn>().set(row, 1'700'000'000 + static_cast<std::int32_t>(row) * 86'400);
+        entries.column<TFuelEntryOdometerColumn>().set(row, 1e6 + static_cast<double>(row) * 1e5);
+        entries.column<TFuelEntryAmountColumn>().set(row, 5);
+        entries.column<TFuelEntryFullTankColumn>().set(row, 1);
+        entries.column<TFuelEntryTotalPriceColumn>().set(row, 40);
+    }
+    EXPECT_EQ(fuelTotals(entries.fills()).price, 120);
+    for (const double wrong : {std::nan(""), HUGE_VAL, -40.0, 1e300}) {
+        entries.column<TFuelEntryTotalPriceColumn>().set(2, wrong);
+        const FuelTotals totals = fuelTotals(entries.fills());
+        EXPECT_EQ(totals.price, 80) << wrong;
+        EXPECT_EQ(totals.distance, 2e5) << wrong;
+        EXPECT_EQ(totals.pricedDistance, 1e5) << "of the stretch whose price is known";
+    }
+    entries.column<TFuelEntryOdometerColumn>().set(1, HUGE_VAL);
+    EXPECT_EQ(fuelTotals(entries.fills()).distance, 0);
 }
 
 TEST_F(FuelEntryDialogTest, VehiclesAreChosenFromTheirList) {

@@ -319,6 +319,7 @@ TEST_F(LogPlotViewTest, PanelsAreHiddenMovedAndSized) {
     EXPECT_FALSE(action("PlotPanelUp").isEnabled());
     action("PlotPanelDown").trigger();
     EXPECT_EQ(panels(), "Parameter2 Speed FuelSystem1 FuelSystem2");
+    EXPECT_EQ(cell(1, 0), "Speed") << "the figures stand in the same order";
     const auto title = [&](std::size_t panel) {
         const Box& grip = plot().plotLayout().panels[panel].grip;
         return QPointF(grip.left + grip.width / 2, grip.top + grip.height / 2);
@@ -367,12 +368,21 @@ TEST_F(LogPlotViewTest, PanelsAreHiddenMovedAndSized) {
         action("PlotPanelHide").trigger();
     }
     EXPECT_EQ(panels(), "");
-    EXPECT_EQ(plot().describe(), "All plots of this record are hidden.");
+    EXPECT_EQ(
+        plot().describe(),
+        "All quantities are hidden. In the menu of the right mouse button, Quantities / Show All shows them again.");
     key(Qt::Key_Plus);
     key(Qt::Key_Right);
     hand().drag({100, 100}, {300, 200});
     EXPECT_FALSE(plot().zoomed());
     action("PlotPanelsReset").trigger();
+    hand().mouse(QEvent::MouseButtonPress, {200, 200}, Qt::LeftButton);
+    hand().mouse(QEvent::MouseMove, {400, 220});
+    plot().setPanels({{"Speed", true}, {"Parameter2", true}, {"FuelSystem1", true}, {"FuelSystem2", true}});
+    plot().grab();
+    hand().mouse(QEvent::MouseButtonRelease, {400, 220}, Qt::LeftButton);
+    EXPECT_FALSE(plot().zoomed()) << "all are hidden while part of one is chosen";
+    plot().setPanels({});
     EXPECT_EQ(panels(), "Speed Parameter2 FuelSystem1 FuelSystem2");
     settings_.setText("Plots", "Panels", "Speed -:7 -Parameter2:9e9 FuelSystem1:999999 x:");
     open();
@@ -446,6 +456,11 @@ TEST_F(LogPlotViewTest, SelectedTripsAreCompared) {
     compared.zoomTo({10, 40});
     units_.setUnit(UnitTypeId::Speed, UnitId::MilePerHour);
     EXPECT_TRUE(compared.zoomed());
+    page_->showView(LogViewKind::Plot);
+    window.findChild<QAction*>("PlotSpeedBands")->trigger();
+    EXPECT_FALSE(plot().view().options.bands) << "what is set in one plot holds for all";
+    action("PlotSpeedBands").trigger();
+    EXPECT_TRUE(compared.view().options.bands);
     auto& along = *window.findChild<QComboBox*>(QStringLiteral("ComparedAlong"));
     along.setCurrentIndex(1);
     EXPECT_EQ(compared.data().axis, PlotAxis::Distance);

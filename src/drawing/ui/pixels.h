@@ -15,7 +15,7 @@ class QTransform;
 namespace quobrix {
 
 /// The pixels of an image that is being painted, as far as its painter is clipped to them: written at once, where a
-/// painter takes ten times as long.
+/// painter takes more than twice as long (docs/performance.md).
 class Pixels {
 public:
     /// Of the image that PAINTER paints, or of the window, as far as it may; nothing where it paints anything else, an

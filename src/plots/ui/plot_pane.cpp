@@ -99,6 +99,13 @@ void PlotPane::followSettings() {
     shareRoom();
 }
 
+void PlotPane::followAll(const Settings& settings) {
+    for (QWidget* widget : QApplication::allWidgets())
+        if (auto* pane = qobject_cast<PlotPane*>(widget);
+            pane && &pane->context_.settings == &settings && pane->isVisible()) // others do when they are shown
+            pane->followSettings();
+}
+
 void PlotPane::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     shareRoom();
@@ -154,7 +161,7 @@ void PlotPane::addCommands() {
     action(Figures).setCheckable(true);
     handle(Figures, [this] {
         context_.settings.setBoolean(kPlotSection, kFigures, action(Command::Figures).isChecked());
-        followSettings();
+        followAll(context_.settings);
     });
     handle(Unzoom, [this] { plot_->unzoom(); });
     action(Unzoom).setEnabled(false);
@@ -165,7 +172,7 @@ void PlotPane::addCommands() {
             actions_[i]->setCheckable(true);
             handle(static_cast<Command>(i), [this, option] {
                 setPlotOption(context_.settings, *option, !plotOption(context_.settings, *option));
-                followSettings();
+                followAll(context_.settings);
             });
         }
     if (context_.save)
@@ -242,8 +249,7 @@ QMenu* PlotPane::quantitiesMenu(QMenu& parent) {
 
 void PlotPane::choosePanels(std::vector<PanelChoice> panels) {
     rememberPanels(context_.settings, panels);
-    plot_->setPanels(std::move(panels));
-    shareRoom();
+    followAll(context_.settings);
 }
 
 void PlotPane::copyDrawing() {

@@ -25,7 +25,7 @@ struct PlotPaneContext {
 };
 
 /// A plot with its figures below, and the menu of both. How plots are drawn, and what a person makes of their panels,
-/// is remembered for all of them: a pane follows when it is shown.
+/// is remembered for all of them: a change in one is one in all.
 class PlotPane : public QWidget {
     Q_OBJECT
 public:
@@ -37,9 +37,9 @@ public:
     void show(PlotData plot, bool same);
     /// Draws as is set now.
     void followSettings();
+    /// All panes in view that have SETTINGS do.
+    static void followAll(const Settings& settings);
     /// The plot as it stands on paper: of the same part of the axis, whatever the window is like.
-    Drawing drawing(Size room, const TextMeasure& measure) const;
-    /// The same as a report of its own.
     Report printable() const;
 
 protected:
@@ -57,6 +57,8 @@ private:
     QMenu* quantitiesMenu(QMenu& parent);
     void choosePanels(std::vector<PanelChoice> panels);
     void offerPanelCommands();
+    /// The plot as a picture: of the same part of the axis, whatever the window is like.
+    Drawing drawing(Size room, const TextMeasure& measure) const;
     void copyDrawing();
     void copyPicture();
 

@@ -75,9 +75,11 @@ QString comparedRows(const PlotData& data, const PlotReading& reading) {
     for (const ShownText& record : data.records)
         rows += cell(toQt(record));
     rows += QStringLiteral("</tr>");
-    for (std::size_t panel = 0; panel < data.panels.size(); ++panel) {
-        if (std::ranges::find(reading.values, panel, &PlotReading::Value::panel) == reading.values.end())
-            continue;
+    std::vector<std::size_t> panels; // the values of each follow one another
+    for (const PlotReading::Value& value : reading.values)
+        if (panels.empty() || panels.back() != value.panel)
+            panels.push_back(value.panel);
+    for (const std::size_t panel : panels) {
         rows += QStringLiteral("<tr><td>%1</td>").arg(unbroken(toQt(data.panels[panel].title)));
         for (std::size_t record = 0; record < data.records.size(); ++record) {
             const auto value = std::ranges::find_if(reading.values, [&](const PlotReading::Value& one) {
@@ -112,6 +114,14 @@ QString tipOf(const PlotData& data, const PlotReading& reading) {
     return tip + QStringLiteral("</table>");
 }
 
+/// PARTS with a pause between them, some of which are sentences.
+QString spokenOneByOne(const QStringList& parts) {
+    QString said;
+    for (const QString& part : parts)
+        said += (said.isEmpty() ? "" : said.endsWith(QLatin1Char('.')) ? " " : ". ") + part;
+    return said;
+}
+
 /// A chart whose value is where the cursor stands. Screen readers speak the name of what has the keyboard when it
 /// changes, or else its value, depending on the system.
 class PlotAccessible final : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -126,7 +136,7 @@ public:
         const QString spoken = plot_.spokenText();
         switch (what) {
         case QAccessible::Name:
-            return spoken.isEmpty() ? plot_.accessibleName() : spoken + QLatin1String(". ") + plot_.accessibleName();
+            return spoken.isEmpty() ? plot_.accessibleName() : spokenOneByOne({spoken, plot_.accessibleName()});
         case QAccessible::Description:
             return plot_.describe();
         case QAccessible::Value:
@@ -437,7 +447,8 @@ double PlotWidget::placeNear(double x) const {
 
 /// Between where the button was pressed and the pointer; empty unless that is to be zoomed.
 QRect PlotWidget::rubberBand() const {
-    if (drag_ != Drag::Zoom || std::abs(last_.x() - pressed_.x()) < QApplication::startDragDistance())
+    if (drag_ != Drag::Zoom || layout_.panels.empty() ||
+        std::abs(last_.x() - pressed_.x()) < QApplication::startDragDistance())
         return {};
     const auto x = [&](double at) { return std::clamp(at, layout_.axis.left, layout_.axis.right); };
     return QRectF(QPointF(x(pressed_.x()), layout_.panels.front().scale.top),
@@ -800,11 +811,11 @@ QString PlotWidget::spokenPanel() const {
     if (!chosen)
         return {};
     const PlotPanel& panel = data_.panels[chosen->panel];
-    QString said = toQt(text(TextId::PlotPanelPlace, panel.title,
-                             static_cast<std::size_t>(chosen - layout_.panels.data()) + 1, layout_.panels.size()));
+    QStringList said{toQt(text(TextId::PlotPanelPlace, panel.title,
+                               static_cast<std::size_t>(chosen - layout_.panels.data()) + 1, layout_.panels.size()))};
     for (const ShownText& sentence : sentencesOf(data_, panel, pointers_.range.value_or(seen()), text_))
-        said += QStringLiteral(". ") + toQt(sentence);
-    return said;
+        said << toQt(sentence);
+    return spokenOneByOne(said);
 }
 
 QString PlotWidget::spokenText() const {
@@ -815,7 +826,7 @@ QString PlotWidget::spokenText() const {
         spoken << toQt(spokenReading(data_, readPlot(data_, *pointers_.cursor, text_, view_.panels)));
     if (const QString range = spokenRange(); !range.isEmpty())
         spoken << range;
-    return spoken.join(QLatin1String(". "));
+    return spokenOneByOne(spoken);
 }
 
 QString PlotWidget::describe() const {

@@ -115,7 +115,8 @@ private:
     std::vector<Finding> findings_;
 };
 
-TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* parent)
+TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* parent,
+                     std::span<QAction* const> printing)
     : QDialog(parent), settings_(settings), model_(new ErrorLogModel(context, this)), list_(new QTreeView),
       none_(new QLabel(tr("No Errors!"))), content_(new QStackedWidget), summary_(new QLabel),
       goToSource_(new QPushButton(tr("&Go To Source"))) {
@@ -157,7 +158,7 @@ TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* pa
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(hint);
     layout->addWidget(content_, 1);
-    layout->addWidget(makeButtons());
+    layout->addWidget(makeButtons(printing));
     setFindings({});
 
     if (!quobrix::restoreGeometry(*this, settings_, kSection))
@@ -166,7 +167,7 @@ TErrorLog::TErrorLog(const TextContext& context, Settings& settings, QWidget* pa
 
 TErrorLog::~TErrorLog() { rememberGeometry(*this, settings_, kSection); }
 
-QWidget* TErrorLog::makeButtons() {
+QWidget* TErrorLog::makeButtons(std::span<QAction* const> printing) {
     summary_->setObjectName(QStringLiteral("summary"));
     goToSource_->setObjectName(QStringLiteral("goToSource"));
     // Enter goes to the source wherever the focus is but on another button.
@@ -176,6 +177,8 @@ QWidget* TErrorLog::makeButtons() {
     buttons->button(QDialogButtonBox::Close)->setObjectName(QStringLiteral("close"));
     buttons->button(QDialogButtonBox::Close)->setAutoDefault(false);
     buttons->addButton(goToSource_, QDialogButtonBox::ActionRole);
+    for (QPushButton* button : printButtons(*this, objectName(), printing))
+        buttons->addButton(button, QDialogButtonBox::ActionRole);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* row = new QWidget;
     auto* layout = new QHBoxLayout(row);
@@ -215,6 +218,19 @@ void TErrorLog::setFindings(std::vector<Finding> findings) {
     if (first)
         for (int field = 0; field < kText; ++field)
             list_->resizeColumnToContents(field);
+}
+
+std::optional<Report> TErrorLog::printable() {
+    Grid lines;
+    for (int field = 0; field < kFieldCount; ++field)
+        lines.columns.push_back(
+            {model_->headerData(field, Qt::Horizontal, Qt::DisplayRole).toString().toStdString(), field == kRow});
+    for (int line = 0; line < model_->rowCount(); ++line) {
+        std::vector<std::string>& cells = lines.rows.emplace_back();
+        for (int field = 0; field < kFieldCount; ++field)
+            cells.push_back(model_->text(line, field).toStdString());
+    }
+    return listReport(*this, std::move(lines));
 }
 
 void TErrorLog::selectTable(ObjectId table) {
