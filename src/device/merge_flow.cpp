@@ -3,6 +3,7 @@
 #include "device/log_rows.h"
 #include "messages/file_messages.h"
 #include "model/trip_rules.h"
+#include "model/trip_types.h"
 #include "units/date_time.h"
 #include "units/time_zone.h"
 
@@ -103,8 +104,8 @@ void MergeFlow::giveTypes(const std::vector<RowIndex>& newTrips) {
     if (rules.empty() || newTrips.empty())
         return;
     const Result<TripTypes> types = loadTripTypes();
-    if (!types) // the trips stay without one; the dialog of types tells why
-        return;
+    if (!types) // the trips stay without one
+        return context_.prompter.tell(textFileMessage(types.error(), kTripTypesFile));
     TTripLogTable& trips = context_.document.trips();
     context_.document.edits().changeRows(
         trips, runsOf(newTrips), [&] { giveTypesByRules(trips, newTrips, rules, namesOf(types->types), text_.zone); });

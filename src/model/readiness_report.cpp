@@ -50,11 +50,14 @@ std::string coolantText(double celsius, const TextContext& context) {
 
 /// What a drive would have to be like for AMOUNT more of NEED.
 ShownText driveFor(DriveNeed need, std::int64_t amount, const TextContext& context) {
+    const auto often = [&](const ShownText& drive) {
+        return amount > 1 ? text(TextId::ReadinessDriveTimes, drive, context.units.formatInteger(amount)) : drive;
+    };
     switch (need) {
     case DriveNeed::Warmups:
-        return text(TextId::ReadinessDriveWarmup, coolantText(kWarmupLeast, context));
+        return often(text(TextId::ReadinessDriveWarmup, coolantText(kWarmupLeast, context)));
     case DriveNeed::ColdStarts:
-        return text(TextId::ReadinessDriveColdStart, coolantText(kColdStart, context));
+        return often(text(TextId::ReadinessDriveColdStart, coolantText(kColdStart, context)));
     case DriveNeed::Cruise:
         return text(TextId::ReadinessDriveCruise, speedText(kCruiseLeast, context), speedText(kCruiseMost, context),
                     durationText(amount));
@@ -63,8 +66,8 @@ ShownText driveFor(DriveNeed need, std::int64_t amount, const TextContext& conte
     case DriveNeed::Decelerations:
         break;
     }
-    return text(TextId::ReadinessDriveDecelerations, speedText(kDecelerationFrom, context),
-                speedText(kDecelerationTo, context));
+    return often(text(TextId::ReadinessDriveDecelerations, speedText(kDecelerationFrom, context),
+                      speedText(kDecelerationTo, context)));
 }
 
 ShownText joined(const ShownText& all, const ShownText& next) {

@@ -103,9 +103,16 @@ void addOdometers(Report& report, const TripTypeReport& of, const TextContext& c
     report.blocks.emplace_back(std::move(grid));
 }
 
+/// What the one of GROUPS is called that the trip in ROW of COLUMN belongs to.
+std::string nameIn(const std::vector<TripTypeGroup>& groups, const Column& column, RowIndex row,
+                   const TextContext& context) {
+    const auto group = std::ranges::find(groups, column.namedKey(row), &TripTypeGroup::key);
+    return group != groups.end() && !group->name.empty() ? group->name : column.text(row, context);
+}
+
 /// The driver's log. What is the same in all trips has been said above.
-void addTrips(Report& report, const TripTypeReport& of, bool vehicles, bool types, bool paid,
-              const TextContext& context) {
+void addTrips(Report& report, const TripTypeReport& of, const std::vector<TripTypeGroup>& vehicles,
+              const std::vector<TripTypeGroup>& drivers, bool types, bool paid, const TextContext& context) {
     Grid grid{{{text(TextId::TypeReportDate), false},
                {text(TextId::TypeReportStart), false},
                {text(TextId::TypeReportEnd), false}},
@@ -114,7 +121,7 @@ void addTrips(Report& report, const TripTypeReport& of, bool vehicles, bool type
         if (shown)
             grid.columns.push_back({text(heading), figures});
     };
-    add(vehicles, TextId::FactVehicle);
+    add(vehicles.size() > 1, TextId::FactVehicle);
     add(true, TextId::StatisticsDriver);
     add(types, TextId::TypeReportType);
     add(true, TextId::FactDistance, true);
@@ -133,9 +140,9 @@ void addTrips(Report& report, const TripTypeReport& of, bool vehicles, bool type
             }
             if (ends.has(row))
                 cells[2] = timeText(context.units, context.zone.toLocal(ends.at(row)));
-            if (vehicles)
-                cells.push_back(trips.column<TTripLogVinColumn>().text(row, context));
-            cells.push_back(trips.column<TTripLogDriverIDColumn>().text(row, context));
+            if (vehicles.size() > 1)
+                cells.push_back(nameIn(vehicles, trips.column<TTripLogVinColumn>(), row, context));
+            cells.push_back(nameIn(drivers, trips.column<TTripLogDriverIDColumn>(), row, context));
             if (types)
                 cells.push_back(trips.column<TTripLogTripTypeColumn>().text(row, context));
             cells.push_back(trips.column<TTripLogDistanceColumn>().text(row, context));
@@ -195,7 +202,7 @@ Report tripTypeReport(const TripTypeReport& of, const TextContext& context) {
     if (!of.readings.empty())
         addOdometers(report, of, context);
     if (of.eachTrip)
-        addTrips(report, of, vehicles.size() > 1, types.size() > 1, all.paid > 0, context);
+        addTrips(report, of, vehicles, drivers, types.size() > 1, all.paid > 0, context);
     return report;
 }
 

@@ -159,7 +159,7 @@ std::vector<TripTypeGroup> groupTrips(std::span<const TableRows> trips, TripType
     for (const std::size_t i : order) {
         const auto& [key, name, place] = kinds[i];
         const bool alone = key.empty() || std::ranges::count(kinds, name, &Kind::name) == 1;
-        groups.push_back({alone ? name : text(TextId::WithAside, name, key), totals[i]});
+        groups.push_back({alone ? name : text(TextId::WithAside, name, key), totals[i], key});
     }
     return groups;
 }

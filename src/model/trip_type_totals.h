@@ -66,6 +66,7 @@ TripTypeTotals tripTypeTotals(std::span<const TableRows> trips, const std::vecto
 struct TripTypeGroup {
     std::string name; ///< empty: that they have none
     TripTypeTotals totals;
+    std::string key{}; ///< as Column::namedKey() of vehicles and drivers
 };
 enum class TripTypeGrouping { Type, Month, Vehicle, Driver };
 /// Types in the order of TYPES, those that are none of these behind them; months of the local calendar in their order;

@@ -154,7 +154,7 @@ ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, c
 std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now,
                                    const TUnitSystem& units) {
     const std::optional<double> old = figure.value(before), present = figure.value(now);
-    if (!old || !present || *old == 0)
+    if (!old || !present || *old == 0 || figure.ofFewTrips(before))
         return {};
     return shownFigure(figure, *present, units) / shownFigure(figure, *old, units) - 1;
 }

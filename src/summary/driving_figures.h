@@ -63,7 +63,8 @@ struct DrivingFigure {
     std::size_t tripsOf(const DrivingTotals& totals) const {
         return source == FigureSource::Trips          ? totals.trips
                : source == FigureSource::WatchedTrips ? totals.watchedTrips
-                                                      : totals.fuelTrips;
+               : source == FigureSource::KnownFuel    ? totals.fuelTrips
+                                                      : totals.comparedTrips;
     }
 };
 std::span<const DrivingFigure> drivingFigures();
@@ -87,8 +88,8 @@ double shownFigure(const DrivingFigure& figure, double value, const TUnitSystem&
 /// The same for a table: "Distance (km)" above the figure alone.
 ShownText figureHeading(const DrivingFigure& figure, const TUnitSystem& units);
 ShownText figureCell(const DrivingFigure& figure, const DrivingTotals& totals, const TUnitSystem& units);
-/// The part by which what is shown of it changed, 0.1 being a tenth more; nothing where either value is missing or the
-/// older one is 0.
+/// The part by which what is shown of it changed, 0.1 being a tenth more; nothing where either value is missing, or the
+/// older one is 0 or made of few trips.
 std::optional<double> figureChange(const DrivingFigure& figure, const DrivingTotals& before, const DrivingTotals& now,
                                    const TUnitSystem& units);
 

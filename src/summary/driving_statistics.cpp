@@ -104,6 +104,7 @@ private:
 /// Of one vehicle.
 void compareFuel(DrivingTotals& totals) {
     if (totals.fuelDistance > 0 && totals.filledFuel > 0) {
+        totals.comparedTrips = totals.fuelTrips;
         totals.comparedFuel = totals.filledFuel;
         totals.estimatedFuel = totals.filledDistance * totals.fuel / totals.fuelDistance;
     }
@@ -260,6 +261,7 @@ DrivingStatistics drivingStatistics(std::span<const SummaryRecord> records, cons
         vehicle.totals.addFilled(filled.within(result.time, vehicle.key));
         compareFuel(vehicle.totals);
         result.totals.filledVehicles += vehicle.totals.filledFuel > 0;
+        result.totals.comparedTrips += vehicle.totals.comparedTrips;
         result.totals.comparedFuel += vehicle.totals.comparedFuel;
         result.totals.estimatedFuel += vehicle.totals.estimatedFuel;
     }

@@ -51,6 +51,7 @@ struct DrivingTotals {
     /// US gallons that were filled into vehicles of which the trips tell fuel, too, and what their trips would have
     /// made of the same distance.
     double comparedFuel = 0, estimatedFuel = 0;
+    std::size_t comparedTrips = 0; ///< of these
     std::array<double, SummaryRecord::kEventKinds> events{};
     /// s at idle, in bands 1 to 3 and in the top one
     std::array<double, 5> bands{};

@@ -19,7 +19,6 @@
 #include "views/ranking_row.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
@@ -62,7 +61,7 @@ void explain(QWidget& of, const QString& text) { of.setToolTip(QStringLiteral("<
 
 /// The item of LAYOUT that has the keyboard, or holds what has it; -1 if none does.
 int placeOfFocus(const QLayout& layout) {
-    const QWidget* focused = QApplication::focusWidget();
+    const QWidget* focused = layout.parentWidget()->window()->focusWidget(); // whichever window is in front
     for (int i = 0; i < layout.count(); ++i)
         if (const QWidget* widget = layout.itemAt(i)->widget(); widget == focused || widget->isAncestorOf(focused))
             return i;
@@ -136,7 +135,7 @@ DrivingPanel::DrivingPanel(const ViewContext& context, Ways ways, QWidget* paren
     QVBoxLayout& content = card->content();
     content.addWidget(heading_);
     auto* choices = new QHBoxLayout;
-    for (const auto& [label, field] : {std::pair(tr("&Period:"), period_), std::pair(tr("&Vehicle:"), vehicle_),
+    for (const auto& [label, field] : {std::pair(tr("&Period:"), period_), std::pair(tr("Vehic&le:"), vehicle_),
                                        std::pair(tr("D&river:"), driver_)}) {
         choices->addWidget(labels_.emplace_back(fieldLabel(label, *field)));
         choices->addWidget(field, 1);
@@ -508,7 +507,12 @@ void DrivingPanel::showParameters() {
     int line = 0;
     for (const MonitoredParameter& parameter : statistics_.parameters) {
         ++line;
-        const QString name = toQt(parameterChoiceName(parameter.parameter));
+        const bool alone =
+            std::ranges::count(statistics_.parameters, parameter.parameter, &MonitoredParameter::parameter) == 1;
+        const ShownText of = parameterChoiceName(parameter.parameter);
+        const QString name = toQt(
+            alone ? of
+                  : text(TextId::WithAside, of, parameterText(parameterFigures().front(), parameter, context_.units)));
         layout.addWidget(new QLabel(name));
         auto* row = new QWidget;
         auto* tiles = new QHBoxLayout(row);

@@ -135,6 +135,12 @@ TEST_F(CountingTest, TheHomePageSaysHowWasDrivenAndLeadsToTheTrips) {
     EXPECT_EQ(press("homeFigure_hardBrakes"), "Home / Anna, Hard Brakes per 100 km");
     EXPECT_TRUE(tile("homeFigure_distance")->isHidden());
     EXPECT_EQ(tile("rankedVehicles1")->accessibleName(), "Unknown #1: 16.7 (fewer than three trips)");
+    frame_.show();
+    QApplication::processEvents();
+    tile("rankedVehicles1")->setFocus();
+    frame_.pages().page(kHomePage)->refresh(); // as after every edit
+    QApplication::processEvents();
+    EXPECT_EQ(frame_.focusWidget()->objectName(), "rankedVehicles1") << "the keyboard stays where it is";
     EXPECT_EQ(press("rankedVehicles1"), "Home / Unknown #1, Anna");
     EXPECT_EQ(tile("homeFigure_distance")->accessibleName(), "Distance: 24.0 km");
     frame_.pages().step(-1);

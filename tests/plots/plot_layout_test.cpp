@@ -137,8 +137,8 @@ TEST_F(PlotLayoutTest, WhatIsPointedAtIsWhatWasDrawnThere) {
             EXPECT_EQ(layout.borderAt({area.left + 3, area.top + area.height + 2}), i);
             EXPECT_EQ(layout.borderAt({area.left + 3, area.top + area.height / 2}), std::nullopt);
         }
-        const double place = data.whole.to * 0.37;
-        EXPECT_NEAR(*layout.placeAt(layout.axis.x(place)), place, data.whole.to * 1e-9);
+        const double place = data.whole.from + data.whole.length() * 0.37;
+        EXPECT_NEAR(*layout.placeAt(layout.axis.x(place)), place, data.whole.length() * 1e-9);
         EXPECT_EQ(layout.placeAt(layout.axis.left - 1), std::nullopt);
         for (const PlotEvent& event : data.events) {
             const auto hit = layout.eventAt(data, view_.options, {layout.axis.x(event.at), *layout.panels[0].marksAt});

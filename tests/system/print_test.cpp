@@ -109,6 +109,11 @@ TEST_F(Paper, APlotIsOnePageWhoseTextsCanBeFound) {
         EXPECT_NE(found, std::string::npos) << words << " in " << page;
         EXPECT_EQ(page.find(words, found + 1), std::string::npos) << words << " stands twice";
     }
+    const auto part = printed({"plot", "trip", "34", "--from", "00:05:00", "--to", "00:08:00"}, "part.pdf");
+    ASSERT_EQ(part.size(), 1u);
+    EXPECT_TRUE(std::ranges::any_of(part[0], [](const std::string& line) {
+        return line.find("Shown: 00:05:00 to 00:08:00 (00:03:00") != line.npos;
+    })) << "the figures are those of the part";
     const Outcome picture = cli({"plot", "trip", "34", QUOBRIX_EXAMPLE, "-o", "plot.png", "--size", "640x400"});
     EXPECT_EQ(picture.exitCode, 0) << picture.error;
     const Outcome size = runProgram(folder_.path(), "/bin/sh", {"-c", "od -An -tx1 -j16 -N8 plot.png"});
