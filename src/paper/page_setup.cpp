@@ -75,6 +75,11 @@ PageFormat PageSetup::formatFor(const Report& report) const {
     PageFormat format{paper->size, margins};
     if (landscape)
         std::swap(format.paper.width, format.paper.height);
+    for (const auto& [name, margin] : kMargins) {
+        const bool across = margin == &Margins::left || margin == &Margins::right;
+        const double room = across ? format.paper.width : format.paper.height;
+        format.margins.*margin = std::min(format.margins.*margin, room * kMostMarginPart);
+    }
     return format;
 }
 

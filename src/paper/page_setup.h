@@ -39,11 +39,12 @@ struct PageSetup {
     static PageSetup load(const Settings& settings);
     void save(Settings& settings) const;
 
-    /// The format of the pages of REPORT.
+    /// The format of the pages of REPORT. On small paper margins leave room for a plot.
     PageFormat formatFor(const Report& report) const;
 };
 
 /// The smallest and the largest margin, in points: 5 mm, and what leaves room for a table.
 inline constexpr double kLeastMargin = 14, kMostMargin = 142;
+inline constexpr double kMostMarginPart = 0.25; ///< of what a margin takes of its side of the page
 
 } // namespace quobrix

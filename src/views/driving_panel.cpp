@@ -398,7 +398,9 @@ void DrivingPanel::showFigures() {
         else if (const auto change = remark.isEmpty() && statistics_.before
                                          ? figureChange(figure, *statistics_.before, statistics_.totals, context_.units)
                                          : std::nullopt)
-            remark = tr("%1 from before", "a change in percent").arg(toQt(changeText(change)));
+            remark = wholePercent(*change) == 0
+                         ? tr("as before")
+                         : tr("%1 from before", "a change in percent").arg(toQt(changeText(change)));
         tiles_[i]->show(toQt(figureTitle(figure, context_.units)),
                         toQt(figureText(figure, statistics_.totals, context_.units)), remark);
         if (figure.source == FigureSource::KnownFuel)

@@ -35,6 +35,13 @@ TEST(PageSetup, PaperLiesAsTheReportAsksForUnlessAPersonDoes) {
         setup.orientation = orientation;
         const Size size = setup.formatFor({"Log", {}, wide}).paper;
         EXPECT_EQ(size.width > size.height, landscape);
+        setup.margins = {kMostMargin, kMostMargin, kMostMargin, kMostMargin};
+        for (const Paper& paper : papers()) {
+            setup.paper = &paper;
+            const PageFormat format = setup.formatFor({"Log", {}, wide});
+            EXPECT_GE(format.paper.height - format.margins.top - format.margins.bottom, format.paper.height * 0.49);
+            EXPECT_GE(format.paper.width - format.margins.left - format.margins.right, format.paper.width * 0.49);
+        }
     }
 }
 
