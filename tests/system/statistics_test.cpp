@@ -1,9 +1,16 @@
 /// How was driven, counted from loggers, is what a computation that shares nothing with the program says of them.
 #include "system/programs.h"
 
+#include "model/fuel_entries.h"
+#include "model/quobrix_document.h"
+
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <iterator>
 
 namespace quobrix {
 namespace {
@@ -12,13 +19,18 @@ using namespace test;
 
 class StatisticsOfLoggers : public Programs {
 protected:
-    void expectRecomputed(const std::vector<std::string>& ports) {
+    /// FUEL is what the script reads, and is true of DOCUMENT.
+    void expectRecomputed(const std::vector<std::string>& ports, const Arguments& document = {},
+                          const std::string& fuel = R"({"petrol": [], "fills": []})") {
         const auto keep = [&](const std::string& name, const Outcome& outcome) {
             ASSERT_EQ(outcome.exitCode, 0) << outcome.error;
             std::ofstream(folder_ / name, std::ios::binary) << outcome.out;
         };
-        keep("said.json", cli({"statistics", "--format", "json"}));
-        Arguments arguments{QUOBRIX_RECOMPUTE, "said.json"};
+        Arguments statistics{"statistics", "--format", "json"};
+        statistics.insert(statistics.end(), document.begin(), document.end());
+        keep("said.json", cli(statistics));
+        keep("fuel.json", {0, fuel, {}});
+        Arguments arguments{QUOBRIX_RECOMPUTE, "said.json", "fuel.json"};
         for (const std::string& port : ports)
             keep(arguments.emplace_back(port + ".json"), sim({"dump", port}));
         const Outcome compared = runProgram(folder_.path(), "/usr/bin/python3", arguments);
@@ -35,6 +47,48 @@ TEST_F(StatisticsOfLoggers, GeneratedTripsAgree) {
     ASSERT_EQ(sim({"export", "COM4", "Drives.txt"}).exitCode, 0); // and by another way
     ASSERT_EQ(cli({"import", "Drives.txt", "--into", "Imported.car"}).exitCode, 0);
     expectRecomputed({"COM3", "COM4"});
+}
+
+TEST_F(StatisticsOfLoggers, FuelThatWasMeasuredAndFilledInAgrees) {
+    ASSERT_EQ(sim({"attach", "COM3", "--serial", "K-0042-B", "--parameter", "7:5"}).exitCode, 0);
+    ASSERT_EQ(sim({"generate", "COM3", "--trips", "60", "--seed", "7"}).exitCode, 0);
+    ASSERT_EQ(download("Fuel.car").exitCode, 0);
+    std::string fills;
+    {
+        TQuobrixDocument document;
+        ASSERT_TRUE(document.open(folder_ / "Fuel.car", TDocument::Access::Edit));
+        const std::string vin = document.trips().column<TTripLogVinColumn>().at(0);
+        document.vehicles().addMissing(std::vector{vin});
+        document.vehicles().column<TVehicleNamesFuelColumn>().set(0, static_cast<std::int32_t>(Fuel::Petrol));
+        auto& entries = document.store().singleton<TFuelEntryTable>();
+        entries.insertRows(0, 12);
+        for (RowIndex row = 0; row < 12; ++row) { // between the trips, with one partial, one missed and one unpriced
+            const auto time = document.trips().column<TTripLogStartTimeColumn>().at(row * 5) - 60;
+            const auto n = static_cast<double>(row);
+            const double odometer = 1e6 + n * 9e4 + n * n * 100, gallons = 2.5 + n / 8;
+            const bool full = row != 3, missed = row == 7, priced = row != 9;
+            entries.column<TFuelEntryVehicleColumn>().set(row, vin);
+            entries.column<TFuelEntryTimeColumn>().set(row, time);
+            entries.column<TFuelEntryOdometerColumn>().set(row, odometer);
+            entries.column<TFuelEntryAmountColumn>().set(row, gallons);
+            entries.column<TFuelEntryFullTankColumn>().set(row, full);
+            entries.column<TFuelEntryMissedFillColumn>().set(row, missed);
+            if (priced)
+                entries.column<TFuelEntryTotalPriceColumn>().set(row, gallons * 3.5);
+            fills += fmt::format(
+                R"({}{{"vin": "{}", "time": {}, "odometer": {}, "gallons": {}, "full": {}, "missed": {}, "price": {}}})",
+                row == 0 ? "" : ", ", vin, time, odometer, gallons, full, missed,
+                priced ? std::to_string(gallons * 3.5) : "null");
+        }
+        ASSERT_TRUE(document.save());
+        fills = R"({"petrol": [")" + vin + R"("], "fills": [)" + fills + "]}";
+    }
+    ASSERT_EQ(download("Fuel.car").exitCode, 0); // what is known now is counted
+    expectRecomputed({"COM3"}, {"Fuel.car"}, fills);
+    std::ifstream file(folder_ / "said.json");
+    const std::string said{std::istreambuf_iterator<char>(file), {}};
+    for (const char* figure : {"filledEfficiency", "fuelEfficiency", "fuelAgreement", "distancePrice", "fuelPrice"})
+        EXPECT_NE(said.substr(said.find(figure)).find("\":null"), std::strlen(figure)) << "nothing was compared";
 }
 
 TEST_F(StatisticsOfLoggers, RealDrivesAgree) {
