@@ -159,7 +159,22 @@ MonitorReadiness readinessOf(const Monitor& monitor, const VehicleReadiness& veh
     return result;
 }
 
-ReadinessReader::ReadinessReader(TQuobrixDocument& document) : document_(document) {}
+ReadinessReader::ReadinessReader(TQuobrixDocument& document) : document_(document) {
+    // One with codes need not have driven since.
+    const TTroubleLogTable& troubles = document_.troubles();
+    for (RowIndex row = 0; row < troubles.rowCount(); ++row)
+        if (const std::string& vin = troubles.column<TTroubleLogVinColumn>().at(row); !vin.empty())
+            vehicle(vin);
+}
+
+VehicleReadiness& ReadinessReader::vehicle(const std::string& vin) {
+    const auto [entry, isNew] = vehicles_.try_emplace(vin);
+    if (isNew) {
+        entry->second.vehicle = vin;
+        takeCodes(document_.troubles(), entry->second);
+    }
+    return entry->second;
+}
 
 bool ReadinessReader::readNext() {
     const TTripLogTable& trips = document_.trips();
@@ -170,12 +185,7 @@ bool ReadinessReader::readNext() {
     const auto& starts = trips.column<TTripLogStartTimeColumn>();
     if (vin.empty() || !starts.has(row))
         return true;
-    const auto [entry, isNew] = vehicles_.try_emplace(vin);
-    VehicleReadiness& vehicle = entry->second;
-    if (isNew) {
-        vehicle.vehicle = vin;
-        takeCodes(document_.troubles(), vehicle);
-    }
+    VehicleReadiness& vehicle = this->vehicle(vin);
     if (!vehicle.codes.empty() && starts.at(row) < vehicle.codes.front().last)
         return true;
     ++vehicle.trips;

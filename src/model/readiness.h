@@ -80,10 +80,12 @@ public:
     bool readNext();
     /// How much of it is read, 0 to 1.
     double progress() const;
-    /// By the numbers of their trips, more first.
+    /// All that drove or have codes, by the numbers of their trips, more first.
     std::vector<VehicleReadiness> vehicles() const;
 
 private:
+    VehicleReadiness& vehicle(const std::string& vin);
+
     TQuobrixDocument& document_;
     RowIndex next_ = 0;
     std::unordered_map<std::string, VehicleReadiness> vehicles_;

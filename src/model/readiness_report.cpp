@@ -104,9 +104,9 @@ Facts factsOf(const VehicleReadiness& vehicle, const TextContext& context) {
         };
         facts.facts.push_back(
             {text(kNeedNames[i]),
-             vehicle.sampledTrips[i] == 0 ? text(TextId::ReadinessNotSampled)
-             : vehicle.sampledTrips[i] == vehicle.trips
-                 ? ShownText::asItIs(amount)
+             vehicle.sampledTrips[i] == vehicle.trips ? ShownText::asItIs(amount)
+             : vehicle.sampledTrips[i] == 0
+                 ? text(TextId::ReadinessNotSampled)
                  : text(TextId::ReadinessSampledIn, amount, number(vehicle.sampledTrips[i]), number(vehicle.trips))});
     }
     return facts;

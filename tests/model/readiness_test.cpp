@@ -155,6 +155,8 @@ TEST(Readiness, CountsTheTripsOfAVehicleSinceItsLastCode) {
                           "  Slow     Not yet  Missing: 1 smooth deceleration\n"),
               std::string::npos)
         << text();
+    EXPECT_NE(text().find("  Trips Since           0\n  Warm-up Cycles        0\n"), std::string::npos)
+        << "one that has not driven since: " << text();
     document.trips().column<TTripLogSampleTableColumn>().object(2)->series(2).setSeries({});
     EXPECT_NE(text().find("Cold     Cannot be told  Not sampled: 1 cold start\n"), std::string::npos) << text();
 }
