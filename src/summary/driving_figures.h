@@ -59,12 +59,12 @@ struct DrivingFigure {
         return (kind == FigureKind::Rate || kind == FigureKind::Share || kind == FigureKind::Economy) &&
                tripsOf(totals) < kFewTrips;
     }
-    /// How many trips it is made of; of the entries' share, those of the estimate.
+    /// How many trips it is made of; of entries all, but for their share, which is that of the estimate.
     std::size_t tripsOf(const DrivingTotals& totals) const {
-        return source == FigureSource::Trips          ? totals.trips
-               : source == FigureSource::WatchedTrips ? totals.watchedTrips
-               : source == FigureSource::KnownFuel    ? totals.fuelTrips
-                                                      : totals.comparedTrips;
+        return source == FigureSource::WatchedTrips                               ? totals.watchedTrips
+               : source == FigureSource::KnownFuel                                ? totals.fuelTrips
+               : source == FigureSource::FuelEntries && kind == FigureKind::Share ? totals.comparedTrips
+                                                                                  : totals.trips;
     }
 };
 std::span<const DrivingFigure> drivingFigures();

@@ -38,8 +38,7 @@ std::vector<DrivingRow> drivingRows(const DrivingStatistics& statistics, const T
             if (!figure.leftOut(totals))
                 rows.push_back({what, name, figureHeading(figure, units), figureCell(figure, totals, units),
                                 change(before ? figureChange(figure, *before, totals, units) : std::nullopt),
-                                std::to_string(figure.source == FigureSource::FuelEntries ? totals.trips
-                                                                                          : figure.tripsOf(totals))});
+                                std::to_string(figure.tripsOf(totals))});
     };
     add(text(TextId::StatisticsAll), {}, statistics.totals, statistics.before ? &*statistics.before : nullptr);
     for (const DrivingMonth& month : statistics.months)
