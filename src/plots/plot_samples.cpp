@@ -36,16 +36,29 @@ void PlotSamples::build() {
             within_[i].greatestFrom = static_cast<std::uint8_t>(greatest - begin);
         }
     }
-    std::vector<Block> level(size() / kFan);
-    for (std::size_t i = 0; i < level.size(); ++i)
-        level[i].include(from(i * kFan));
-    while (!level.empty()) {
-        levels_.push_back(std::move(level));
-        const std::vector<Block>& below = levels_.back();
-        level.assign(below.size() / kFan, {});
-        for (std::size_t i = 0; i < level.size() * kFan; ++i)
-            level[i / kFan].include(below[i]);
+    Level level;
+    for (std::size_t i = 0; i < size() / kFan; ++i) {
+        Block whole; // which has no NaN
+        whole.include(from(i * kFan));
+        level.add(whole);
     }
+    while (level.size() > 0) {
+        levels_.push_back(std::exchange(level, {}));
+        const Level& below = levels_.back();
+        for (std::size_t begin = 0; begin + kFan <= below.size(); begin += kFan) {
+            Block whole;
+            for (std::size_t i = begin; i < begin + kFan; ++i)
+                whole.include(below.block(i, i));
+            level.add(whole);
+        }
+    }
+}
+
+void PlotSamples::Level::add(const Block& block) {
+    least.push_back(block.least);
+    greatest.push_back(block.greatest);
+    leastAt.push_back(block.leastAt);
+    greatestAt.push_back(block.greatestAt);
 }
 
 std::size_t PlotSamples::firstFrom(double place) const {
@@ -76,20 +89,34 @@ void PlotSamples::fetch(std::size_t begin, std::size_t end) const {
     __builtin_prefetch(&within_[begin]);
     __builtin_prefetch(&values_[block * kFan]);
     __builtin_prefetch(&values_[block * kFan] + kFan / 2);
-    for (std::size_t i = block + 1; i < behind; i += 3) // a line of memory holds about three
-        __builtin_prefetch(&levels_[0][i]);
+    for (std::size_t i = block + 1; i < behind; i += 8) { // as many as a line of memory holds
+        __builtin_prefetch(&levels_[0].least[i]);
+        __builtin_prefetch(&levels_[0].greatest[i]);
+    }
+    if (block + 1 < behind) {
+        __builtin_prefetch(&levels_[0].least[behind - 1]);
+        __builtin_prefetch(&levels_[0].greatest[behind - 1]);
+        __builtin_prefetch(&levels_[0].leastAt[block + 1]);
+        __builtin_prefetch(&levels_[0].greatestAt[block + 1]);
+    }
 }
 
 void PlotSamples::includeBlocks(Block& found, std::size_t level, std::size_t begin, std::size_t end) const {
-    const std::vector<Block>& blocks = levels_[level];
+    const Level& blocks = levels_[level];
     const auto includeUpTo = [&](std::size_t behind) {
-        for (; begin + 1 < behind; begin += 2) { // two at once, of which one need not wait for what was found before
-            Block two = blocks[begin];
-            two.include(blocks[begin + 1]);
-            found.include(two);
+        if (begin >= behind)
+            return;
+        std::size_t lower = begin, higher = begin;
+        double least = blocks.least[begin], greatest = blocks.greatest[begin];
+        for (std::size_t i = begin + 1; i < behind; ++i) {
+            const double low = blocks.least[i], high = blocks.greatest[i];
+            lower = low < least ? i : lower;
+            least = low < least ? low : least;
+            higher = high > greatest ? i : higher;
+            greatest = high > greatest ? high : greatest;
         }
-        if (begin < behind)
-            found.include(blocks[begin++]);
+        found.include(blocks.block(lower, higher));
+        begin = behind;
     };
     const std::size_t above = (begin + kFan - 1) / kFan, aboveEnd = end / kFan;
     if (above < aboveEnd) {

@@ -76,6 +76,18 @@ private:
     };
 
     void build();
+    /// The extremes of blocks, by their number: values beside values, since few of the places are looked at.
+    struct Level {
+        std::vector<double> least, greatest;
+        std::vector<std::uint32_t> leastAt, greatestAt;
+
+        std::size_t size() const { return least.size(); }
+        void add(const Block& block);
+        Block block(std::size_t lower, std::size_t higher) const {
+            return {least[lower], greatest[higher], leastAt[lower], greatestAt[higher]};
+        }
+    };
+
     /// Those of LEVEL from BEGIN up to before END, in their order, by greater ones where they hold them.
     void includeBlocks(Block& found, std::size_t level, std::size_t begin, std::size_t end) const;
     Block sample(std::size_t at) const { return block(at, at); }
@@ -93,11 +105,11 @@ private:
     }
 
     double start_ = 0, step_ = 0;
-    double perPlace_ = 0;                    ///< samples; to divide takes longer than to multiply
-    std::vector<double> places_;             ///< empty: at even distances
-    std::vector<double> values_;             ///< NaN where there is none, which no comparison takes for an extreme
-    std::vector<Within> within_;             ///< as many as values
-    std::vector<std::vector<Block>> levels_; ///< of 16 samples each, of 256, …; whole blocks only
+    double perPlace_ = 0;        ///< samples; to divide takes longer than to multiply
+    std::vector<double> places_; ///< empty: at even distances
+    std::vector<double> values_; ///< NaN where there is none, which no comparison takes for an extreme
+    std::vector<Within> within_; ///< as many as values
+    std::vector<Level> levels_;  ///< of 16 samples each, of 256, …; whole blocks only
 };
 
 } // namespace quobrix
