@@ -92,7 +92,7 @@ std::optional<TripType> typeOf(std::string_view line) {
 std::string lineOf(const TripType& type) {
     std::string line = type.name;
     if (type.rate) {
-        std::array<char, 64> digits; // as few as give the rate back
+        std::array<char, 400> digits; // as few as give the rate back, which may be as small as a double can be
         const auto end =
             std::to_chars(digits.data(), digits.data() + digits.size(), *type.rate, std::chars_format::fixed).ptr;
         line += fmt::format("\t{}\t{}", std::string_view(digits.data(), end), type.perMile ? "mi" : "km");
